@@ -1,0 +1,193 @@
+#include "instrument/cdevicevisa.h"
+
+#include <QByteArray>
+#include <QMutexLocker>
+
+#include <algorithm>
+
+#include "instrument/visabinding.h"
+
+namespace {
+
+constexpr ViUInt32 kReadBufferSize = 40960;
+constexpr ViUInt32 kLongestReply = kReadBufferSize - 1;
+constexpr ViAttrState kDefaultTimeoutMs = 2000;
+constexpr ViAttrState kSerialTimeoutMs = 5000;
+constexpr char kTerminator = '\n';
+
+struct AttributeRow
+{
+    ViAttr attribute;
+    ViAttrState value;
+};
+
+constexpr AttributeRow kSerialSettings[] = {
+    {VI_ATTR_ASRL_BAUD, 57600},
+    {VI_ATTR_ASRL_DATA_BITS, 8},
+    {VI_ATTR_ASRL_PARITY, VI_ASRL_PAR_NONE},
+    {VI_ATTR_ASRL_STOP_BITS, VI_ASRL_STOP_ONE},
+    {VI_ATTR_TMO_VALUE, kSerialTimeoutMs},
+};
+
+} // namespace
+
+CDeviceVisa* CDeviceVisa::instance()
+{
+    static CDeviceVisa* const device = new CDeviceVisa(nullptr);
+    return device;
+}
+
+CDeviceVisa::CDeviceVisa(QObject* parent)
+    : QObject(parent)
+{
+    const ViStatus status = VisaBinding::table().viOpenDefaultRM(&m_resourceManager);
+    if (status == VI_SUCCESS)
+        return;
+    // A warning comes with a resource manager that works, an error with none.
+    if (status < VI_SUCCESS)
+        m_resourceManager = 0;
+    const QByteArray text = statusText(0, status);
+    fail(QStringLiteral("VISA 初始化失败: %1").arg(QString::fromLocal8Bit(text)));
+}
+
+CDeviceVisa::~CDeviceVisa()
+{
+    disconnectDevice();
+    if (m_resourceManager != 0)
+        VisaBinding::table().viClose(m_resourceManager);
+}
+
+bool CDeviceVisa::connectDevice(const QString& resource)
+{
+    const QMutexLocker locker(&m_mutex);
+    if (m_connected)
+        disconnectDevice();
+    const VisaTable& visa = VisaBinding::table();
+    ViSession session = 0;
+    const ViStatus status =
+        visa.viOpen(m_resourceManager, resource.toLocal8Bit().constData(), VI_NO_LOCK, 0, &session);
+    if (status != VI_SUCCESS) {
+        // A session that came with a warning is not used, so it must not stay open.
+        if (status > VI_SUCCESS && session != 0)
+            visa.viClose(session);
+        const QByteArray text = statusText(0, status);
+        fail(QStringLiteral("连接失败: %1").arg(QString::fromLocal8Bit(text)));
+        return false;
+    }
+    m_session = session;
+    configureSession(resource.contains(QLatin1String("ASRL"), Qt::CaseInsensitive));
+    m_connected = true;
+    return true;
+}
+
+void CDeviceVisa::disconnectDevice()
+{
+    const QMutexLocker locker(&m_mutex);
+    if (!m_connected || m_session == 0)
+        return;
+    VisaBinding::table().viClose(m_session);
+    m_session = 0;
+    m_connected = false;
+}
+
+bool CDeviceVisa::isConnected()
+{
+    const QMutexLocker locker(&m_mutex);
+    return m_connected;
+}
+
+QString CDeviceVisa::sendCommand(const QString& command, int timeoutMs)
+{
+    const QMutexLocker locker(&m_mutex);
+    if (!m_connected || m_session == 0) {
+        fail(QStringLiteral("仪器未连接"));
+        return {};
+    }
+    VisaBinding::table().viSetAttribute(m_session, VI_ATTR_TMO_VALUE,
+                                        static_cast<ViAttrState>(std::max(timeoutMs, 0)));
+    if (!writeCommand(command))
+        return {};
+    QString response;
+    if (command.contains(QLatin1Char('?')) && !readResponse(response))
+        return {};
+    emit commandCompleted(command, response);
+    return response;
+}
+
+QVector<QString> CDeviceVisa::sendCommands(const QStringList& commands, int timeoutMs)
+{
+    QVector<QString> responses;
+    responses.reserve(commands.size());
+    for (const QString& command : commands)
+        responses.append(sendCommand(command, timeoutMs));
+    emit commandsCompleted(commands, responses);
+    return responses;
+}
+
+QString CDeviceVisa::lastError()
+{
+    const QMutexLocker locker(&m_mutex);
+    return m_lastError;
+}
+
+/// The settings of a new session. What a resource does not take does not matter.
+void CDeviceVisa::configureSession(bool serial)
+{
+    const VisaTable& visa = VisaBinding::table();
+    if (serial) {
+        for (const AttributeRow& row : kSerialSettings)
+            visa.viSetAttribute(m_session, row.attribute, row.value);
+    } else {
+        visa.viSetAttribute(m_session, VI_ATTR_TMO_VALUE, kDefaultTimeoutMs);
+    }
+    visa.viSetAttribute(m_session, VI_ATTR_TERMCHAR, static_cast<ViAttrState>(kTerminator));
+    visa.viSetAttribute(m_session, VI_ATTR_TERMCHAR_EN, 1);
+}
+
+bool CDeviceVisa::writeCommand(const QString& command)
+{
+    const QByteArray line = command.toUtf8() + kTerminator;
+    ViUInt32 sent = 0;
+    const ViStatus status =
+        VisaBinding::table().viWrite(m_session, reinterpret_cast<const ViByte*>(line.constData()),
+                                     static_cast<ViUInt32>(line.size()), &sent);
+    if (status == VI_SUCCESS)
+        return true;
+    // The texts of an exchange are taken as UTF-8, those of opening in the local encoding.
+    const QByteArray text = statusText(m_session, status);
+    fail(QStringLiteral("发送命令失败: %1").arg(QString::fromUtf8(text)));
+    return false;
+}
+
+/// One read into a buffer on the stack. A reply that fills it is a failure, and what is left of it
+/// stays with the instrument.
+bool CDeviceVisa::readResponse(QString& response)
+{
+    char buffer[kReadBufferSize];
+    ViUInt32 received = 0;
+    const ViStatus status = VisaBinding::table().viRead(
+        m_session, reinterpret_cast<ViByte*>(buffer), kLongestReply, &received);
+    if (status != VI_SUCCESS && status != VI_SUCCESS_TERM_CHAR) {
+        const QByteArray text = statusText(m_session, status);
+        fail(QStringLiteral("读取响应失败: %1").arg(QString::fromUtf8(text)));
+        return false;
+    }
+    buffer[std::min(received, kLongestReply)] = '\0';
+    response = QString::fromUtf8(buffer).trimmed();
+    return true;
+}
+
+/// The VISA text of a status, as bytes; empty where there is none.
+QByteArray CDeviceVisa::statusText(ViObject object, ViStatus status) const
+{
+    char text[kViStatusTextSize] = {};
+    VisaBinding::table().viStatusDesc(object, status, text);
+    text[kViStatusTextSize - 1] = '\0';
+    return QByteArray(text);
+}
+
+void CDeviceVisa::fail(const QString& message)
+{
+    m_lastError = message;
+    emit errorOccurred(m_lastError);
+}

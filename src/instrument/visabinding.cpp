@@ -1,0 +1,72 @@
+#include "instrument/visabinding.h"
+
+#include <QLatin1String>
+#include <QLibrary>
+
+#include <optional>
+
+#include "visa/visaprovider.h"
+
+namespace {
+
+/// Where a platform keeps its VISA library, in the order of looking.
+#if defined(Q_OS_WIN)
+constexpr const char* kLibraryNames[] = {"visa64", "visa32"};
+#elif defined(Q_OS_MACOS)
+constexpr const char* kLibraryNames[] = {"/Library/Frameworks/VISA.framework/VISA", "visa"};
+#else
+constexpr const char* kLibraryNames[] = {"visa"};
+#endif
+
+template <typename Function>
+bool resolve(QLibrary& library, const char* symbol, Function& function)
+{
+    function = reinterpret_cast<Function>(library.resolve(symbol));
+    return function != nullptr;
+}
+
+/// The operations of one library; nothing where it is missing or lacks one of them.
+std::optional<VisaTable> tableOf(const char* libraryName)
+{
+    QLibrary library{QLatin1String(libraryName)};
+    if (!library.load())
+        return std::nullopt;
+    VisaTable found = {};
+    if (resolve(library, "viOpenDefaultRM", found.viOpenDefaultRM) &&
+        resolve(library, "viOpen", found.viOpen) && resolve(library, "viClose", found.viClose) &&
+        resolve(library, "viSetAttribute", found.viSetAttribute) &&
+        resolve(library, "viStatusDesc", found.viStatusDesc) &&
+        resolve(library, "viRead", found.viRead) && resolve(library, "viWrite", found.viWrite))
+        return found;
+    library.unload();
+    return std::nullopt;
+}
+
+VisaTable findTable()
+{
+    for (const char* const name : kLibraryNames) {
+        if (const auto found = tableOf(name))
+            return *found;
+    }
+    return providerVisaTable();
+}
+
+const VisaTable*& replacementTable()
+{
+    static const VisaTable* replacement = nullptr;
+    return replacement;
+}
+
+} // namespace
+
+const VisaTable& VisaBinding::table()
+{
+    static const VisaTable found = findTable();
+    const VisaTable* const replacement = replacementTable();
+    return replacement ? *replacement : found;
+}
+
+void VisaBinding::setTable(const VisaTable* replacement)
+{
+    replacementTable() = replacement;
+}

@@ -1,0 +1,30 @@
+#pragma once
+
+#include <netinet/in.h>
+#include <sys/socket.h>
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "visa/deadline.h"
+
+/// One address to try.
+struct SocketAddress
+{
+    sockaddr_storage storage = {};
+    socklen_t size = 0;
+    int family = 0;
+};
+
+struct HostLookup
+{
+    /// VI_SUCCESS, VI_ERROR_RSRC_NFOUND for a host that nobody knows, VI_ERROR_TMO, VI_ERROR_ALLOC.
+    ViStatus status = VI_SUCCESS;
+    std::vector<SocketAddress> addresses;
+};
+
+/// The addresses of a host and TCP port, in the order to try them. An address is taken as it is; a
+/// name is looked up on a thread of its own, because the system's resolver has no time limit that
+/// a caller could set and cannot be interrupted.
+HostLookup lookUpHost(const std::string& host, std::uint16_t port, const Deadline& deadline);

@@ -1,0 +1,9 @@
+#include "visa/serialtransport_posix.h"
+#include "visa/sockettransport_posix.h"
+
+OpenedTransport openTransport(const ResourceName& name, const Deadline& deadline)
+{
+    if (name.kind == ResourceName::Kind::Socket)
+        return openSocket(name.host, name.port, deadline);
+    return openSerialPort(name.device);
+}
