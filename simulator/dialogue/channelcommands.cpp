@@ -1,0 +1,267 @@
+#include <algorithm>
+
+#include "dialogue/commands.h"
+#include "scpi/headerpattern.h"
+#include "scpi/response.h"
+
+namespace scnsim {
+
+namespace {
+
+constexpr std::size_t kLongestLabel = 40;
+constexpr std::size_t kLongestUnit = 8;
+
+/// Joins the answers of several channels.
+template <typename Answer>
+Outcome forEachChannel(Session& s, Arguments& a, const Answer& answerOf)
+{
+    const std::vector<int> channels = a.channels(s.instrument);
+    if (!a.ok()) {
+        return refuse(a.error());
+    }
+    std::string text;
+    for (const int channel : channels) {
+        if (!text.empty()) {
+            text += ',';
+        }
+        text += answerOf(s.instrument.channel(channel));
+    }
+    return answer(std::move(text));
+}
+
+/// The spelling's short form without what may be left out: "VOLTage[:DC]" gives "VOLT".
+std::string shortName(const std::string& spelling)
+{
+    std::string name;
+    bool inBrackets = false;
+    for (const char c : spelling) {
+        if (c == '[' || c == ']') {
+            inBrackets = c == '[';
+        } else if (!inBrackets && (c < 'a' || c > 'z')) {
+            name += c;
+        }
+    }
+    return name;
+}
+
+std::optional<Function> functionNamed(const std::string& name)
+{
+    for (int f = 0; f < static_cast<int>(Function::None); ++f) {
+        const auto function = static_cast<Function>(f);
+        if (HeaderPattern(functionInfo(function).spelling).matches(headerNodes(name))) {
+            return function;
+        }
+    }
+    return std::nullopt;
+}
+
+Outcome setFunction(Session& s, Arguments& a)
+{
+    // No function's name is longer than the longest text the instrument takes.
+    const std::optional<Function> function = functionNamed(a.text(kLongestLabel));
+    const std::vector<int> channels = a.channels(s.instrument);
+    if (!a.ok()) {
+        return refuse(a.error());
+    }
+    return function ? outcomeOf(s.instrument.setFunction(channels, *function))
+                    : refuse(ErrorCode::IllegalParameterValue);
+}
+
+Outcome function(Session& s, Arguments& a)
+{
+    return forEachChannel(s, a, [](const ChannelSettings& c) {
+        return quoted(shortName(functionInfo(c.function).spelling));
+    });
+}
+
+/// Which kind of sensor the temperature function takes. Two- and four-wire forms are one kind; a
+/// channel that measures no temperature answers as for a thermocouple.
+Outcome transducerType(Session& s, Arguments& a)
+{
+    return forEachChannel(s, a, [](const ChannelSettings& c) -> std::string {
+        switch (c.function) {
+        case Function::Rtd:
+        case Function::Rtd4W:
+            return "RTD";
+        case Function::Thermistor:
+        case Function::Thermistor4W:
+            return "THER";
+        default:
+            return "TC";
+        }
+    });
+}
+
+Outcome setLabel(Session& s, Arguments& a)
+{
+    const std::string label = a.text(kLongestLabel);
+    const std::vector<int> channels = a.channels(s.instrument);
+    if (!a.ok()) {
+        return refuse(a.error());
+    }
+    s.instrument.setLabel(channels, label);
+    return done();
+}
+
+Outcome label(Session& s, Arguments& a)
+{
+    return forEachChannel(s, a, [](const ChannelSettings& c) { return quoted(c.label); });
+}
+
+/// A unit becomes a part of each reading, so it must not hold what separates there.
+Outcome setScaledUnit(Session& s, Arguments& a)
+{
+    const std::string unit = a.text(kLongestUnit);
+    const std::vector<int> channels = a.channels(s.instrument);
+    if (!a.ok()) {
+        return refuse(a.error());
+    }
+    if (unit.find_first_of(" ,;\"") != std::string::npos) {
+        return refuse(ErrorCode::InvalidStringData);
+    }
+    s.instrument.setScaledUnit(channels, unit);
+    return done();
+}
+
+Outcome scaledUnit(Session& s, Arguments& a)
+{
+    return forEachChannel(s, a, [](const ChannelSettings& c) { return quoted(c.scaledUnit); });
+}
+
+constexpr CommandRow kCommands[] = {
+    {"CALCulate:SCALe:UNIT", setScaledUnit, scaledUnit},
+    {"ROUTe:CHANnel:LABel", setLabel, label},
+    {"[SENSe:]FUNCtion", setFunction, function},
+    {"[SENSe:]TEMPerature:TRANsducer:TYPE", nullptr, transducerType},
+};
+
+using O = Option;
+
+/// Some settings have more than one header: the lowest frequency of period and frequency, and the
+/// diode, which is "DIOD" as a function and "DIDD" as a header.
+constexpr OptionRow kOptions[] = {
+    {"[SENSe:]VOLTage[:DC]:RANGe", O::VoltDcRange},
+    {"[SENSe:]VOLTage[:DC]:RANGe:AUTO", O::VoltDcRangeAuto},
+    {"[SENSe:]VOLTage:AC:RANGe", O::VoltAcRange},
+    {"[SENSe:]VOLTage:AC:RANGe:AUTO", O::VoltAcRangeAuto},
+    {"[SENSe:]PERiod:VOLTage:RANGe", O::PeriodRange},
+    {"[SENSe:]PERiod:VOLTage:RANGe:AUTO", O::PeriodRangeAuto},
+    {"[SENSe:]FREQuency:VOLTage:RANGe", O::FreqRange},
+    {"[SENSe:]FREQuency:VOLTage:RANGe:AUTO", O::FreqRangeAuto},
+    {"[SENSe:]RESistance:RANGe", O::ResRange},
+    {"[SENSe:]RESistance:RANGe:AUTO", O::ResRangeAuto},
+    {"[SENSe:]FRESistance:RANGe", O::FresRange},
+    {"[SENSe:]FRESistance:RANGe:AUTO", O::FresRangeAuto},
+    {"[SENSe:]CAPacitance:RANGe", O::CapRange},
+    {"[SENSe:]CAPacitance:RANGe:AUTO", O::CapRangeAuto},
+    {"[SENSe:]CURRent[:DC]:RANGe", O::CurrDcRange},
+    {"[SENSe:]CURRent[:DC]:RANGe:AUTO", O::CurrDcRangeAuto},
+    {"[SENSe:]CURRent:AC:RANGe", O::CurrAcRange},
+    {"[SENSe:]CURRent:AC:RANGe:AUTO", O::CurrAcRangeAuto},
+    {"[SENSe:]STRain:VOLTage:RANGe", O::StrainRange},
+    {"[SENSe:]STRain:VOLTage:RANGe:AUTO", O::StrainRangeAuto},
+    {"[SENSe:]VOLTage[:DC]:NPLC", O::VoltDcNplc},
+    {"[SENSe:]RESistance:NPLC", O::ResNplc},
+    {"[SENSe:]FRESistance:NPLC", O::FresNplc},
+    {"[SENSe:]TEMPerature:NPLC", O::TempNplc},
+    {"[SENSe:]STRain:NPLC", O::StrainNplc},
+    {"[SENSe:]CURRent[:DC]:NPLC", O::CurrDcNplc},
+    {"[SENSe:]DIODe:NPLC", O::DiodeNplc},
+    {"[SENSe:]DIDD:NPLC", O::DiodeNplc},
+    {"[SENSe:]VOLTage:AC:BANDwidth", O::VoltAcBand},
+    {"[SENSe:]CURRent:AC:BANDwidth", O::CurrAcBand},
+    {"[SENSe:]PERiod:RANGe:LOWer", O::PeriodBand},
+    {"[SENSe:]PERiod:VOLTage:BANDwidth", O::PeriodBand},
+    {"[SENSe:]FREQuency:RANGe:LOWer", O::FreqBand},
+    {"[SENSe:]FREQuency:VOLTage:BANDwidth", O::FreqBand},
+    {"[SENSe:]RESistance:OCOMpensated", O::ResCompensation},
+    {"[SENSe:]FRESistance:OCOMpensated", O::FresCompensation},
+    {"ROUTe:CHANnel:DELay", O::Delay},
+    {"ROUTe:CHANnel:DELay:AUTO", O::DelayAuto},
+    {"INPut:IMPedance:AUTO", O::InputImpedanceAuto},
+    {"[SENSe:]VOLTage[:DC]:REFerence", O::VoltReference},
+    {"[SENSe:]TEMPerature:TRANsducer:TCouple:TYPE", O::TcType},
+    {"[SENSe:]TEMPerature:TRANsducer:TCouple:RJUNction", O::TcJunctionTemperature},
+    {"[SENSe:]TEMPerature:TRANsducer:TCouple:RJUNction:TYPE", O::TcJunctionType},
+    {"[SENSe:]TEMPerature:TRANsducer:TCouple:CHECk", O::TcCheck},
+    {"[SENSe:]TEMPerature:TRANsducer:TCouple:REFerence", O::TcReference},
+    {"[SENSe:]TEMPerature:TRANsducer:RTD:REFerence", O::RtdReference},
+    {"[SENSe:]TEMPerature:TRANsducer:FRTD:REFerence", O::FrtdReference},
+    {"[SENSe:]TEMPerature:TRANsducer:THERmistor:REFerence", O::TherReference},
+    {"[SENSe:]TEMPerature:TRANsducer:FTHermistor:REFerence", O::FthReference},
+    {"[SENSe:]TEMPerature:TRANsducer:RTD:RESistance", O::RtdResistance},
+    {"[SENSe:]TEMPerature:TRANsducer:FRTD:RESistance", O::FrtdResistance},
+    {"[SENSe:]TEMPerature:TRANsducer:RTD:TYPE", O::RtdType},
+    {"[SENSe:]TEMPerature:TRANsducer:FRTD:TYPE", O::FrtdType},
+    {"[SENSe:]TEMPerature:TRANsducer:THERmistor:TYPE", O::TherType},
+    {"[SENSe:]TEMPerature:TRANsducer:FTHermistor:TYPE", O::FthType},
+    {"UNIT:TEMPerature", O::TemperatureUnit},
+    {"[SENSe:]STRain:GFACtor", O::GaugeFactor},
+    {"[SENSe:]STRain:RESistance", O::StrainResistance},
+    {"[SENSe:]STRain:EXCitation", O::Excitation},
+    {"[SENSe:]STRain:POISson", O::Poisson},
+    {"CALCulate:SCALe:GAIN", O::ScaleGain},
+    {"CALCulate:SCALe:OFFSet", O::ScaleOffset},
+    {"CALCulate:SCALe:STATe", O::ScaleState},
+    {"CALCulate:SCALe:FUNCtion", O::ScaleFunction},
+    {"CALCulate:SCALe:REFerence", O::ScaleReference},
+    {"CALCulate:SCALe:REFerence:AUTO", O::ScaleReferenceAuto},
+    {"CALCulate:SCALe:DBM:REFerence", O::DbmReference},
+    {"CALCulate:SCALe:DB:REFerence", O::DbReference},
+};
+
+double takeValue(Arguments& a, const OptionInfo& info)
+{
+    switch (info.kind) {
+    case OptionKind::Switch:
+        return a.onOff() ? 1 : 0;
+    case OptionKind::Choice:
+        return static_cast<double>(a.word(info.words));
+    default:
+        return a.number(info.minimum, info.maximum, info.initial);
+    }
+}
+
+std::string valueText(const OptionInfo& info, double value)
+{
+    switch (info.kind) {
+    case OptionKind::Switch:
+        return switchText(value != 0);
+    case OptionKind::Choice:
+        return Mnemonic(info.words.data[static_cast<std::size_t>(value)]).shortForm();
+    case OptionKind::Listed:
+        return signedInteger(static_cast<long long>(value));
+    default:
+        return settingNumber(value);
+    }
+}
+
+} // namespace
+
+Facts<CommandRow> channelCommands()
+{
+    return kCommands;
+}
+
+Facts<OptionRow> optionHeaders()
+{
+    return kOptions;
+}
+
+Outcome setOption(Session& session, Arguments& arguments, Option option)
+{
+    const double value = takeValue(arguments, optionInfo(option));
+    const std::vector<int> channels = arguments.channels(session.instrument);
+    return arguments.ok() ? outcomeOf(session.instrument.setOption(channels, option, value))
+                          : refuse(arguments.error());
+}
+
+Outcome queryOption(Session& session, Arguments& arguments, Option option)
+{
+    const OptionInfo& info = optionInfo(option);
+    return forEachChannel(session, arguments, [&info](const ChannelSettings& c) {
+        return valueText(info, c.value(info.option));
+    });
+}
+
+} // namespace scnsim

@@ -1,0 +1,175 @@
+#include <limits>
+
+#include "dialogue/commands.h"
+#include "scpi/response.h"
+
+namespace scnsim {
+
+namespace {
+
+constexpr double kLongestTimerS = 360000;
+constexpr int kMostSweeps = 1000000;
+
+constexpr const char* kSources[] = {"IMMediate", "TIMer",  "EXTernal", "BUS",
+                                    "ALARm1",    "ALARm2", "ALARm3",   "ALARm4"};
+constexpr const char* kSourceAnswers[] = {"IMM",   "TIM",   "EXT",   "BUS",
+                                          "ALAR1", "ALAR2", "ALAR3", "ALAR4"};
+constexpr std::size_t kFirstAlarm = 4;
+
+Outcome start(Session& s, Arguments& a)
+{
+    return a.ok() ? outcomeOf(s.instrument.scan().start(s.now)) : refuse(a.error());
+}
+
+Outcome abort(Session& s, Arguments& a)
+{
+    if (!a.ok()) {
+        return refuse(a.error());
+    }
+    s.instrument.scan().abort();
+    return done();
+}
+
+Outcome setScanList(Session& s, Arguments& a)
+{
+    std::vector<int> channels = a.channelsOrNone(s.instrument);
+    return a.ok() ? outcomeOf(s.instrument.setScanList(std::move(channels))) : refuse(a.error());
+}
+
+Outcome scanList(Session& s, Arguments& a)
+{
+    if (!a.ok()) {
+        return refuse(a.error());
+    }
+    std::string list;
+    for (const int channel : s.instrument.configuration().scanList) {
+        list += (list.empty() ? "" : ",") + std::to_string(channel);
+    }
+    return answer(definiteBlock("(@" + list + ")"));
+}
+
+Outcome setSource(Session& s, Arguments& a)
+{
+    const std::size_t index = a.word(kSources);
+    if (!a.ok()) {
+        return refuse(a.error());
+    }
+    TriggerSettings& trigger = s.instrument.configuration().trigger;
+    if (index < kFirstAlarm) {
+        trigger.source = static_cast<TriggerSource>(index);
+    } else {
+        trigger.source = TriggerSource::Alarm;
+        trigger.alarm = static_cast<int>(index - kFirstAlarm) + 1;
+    }
+    return done();
+}
+
+Outcome source(Session& s, Arguments& a)
+{
+    if (!a.ok()) {
+        return refuse(a.error());
+    }
+    const TriggerSettings& trigger = s.instrument.configuration().trigger;
+    auto index = static_cast<std::size_t>(trigger.source);
+    if (trigger.source == TriggerSource::Alarm) {
+        index = kFirstAlarm + static_cast<std::size_t>(trigger.alarm - 1);
+    }
+    return answer(kSourceAnswers[index]);
+}
+
+Outcome setCount(Session& s, Arguments& a)
+{
+    const std::optional<int> count = a.countOrInfinity(1, kMostSweeps);
+    if (!a.ok()) {
+        return refuse(a.error());
+    }
+    s.instrument.configuration().trigger.count = count;
+    return done();
+}
+
+Outcome count(Session& s, Arguments& a)
+{
+    const std::optional<int> sweeps = s.instrument.configuration().trigger.count;
+    return a.ok() ? answer(longNumber(sweeps ? *sweeps : kOverload)) : refuse(a.error());
+}
+
+Outcome setTimer(Session& s, Arguments& a)
+{
+    const double seconds = a.number(0, kLongestTimerS, TriggerSettings().timerS);
+    if (!a.ok()) {
+        return refuse(a.error());
+    }
+    s.instrument.configuration().trigger.timerS = seconds;
+    return done();
+}
+
+Outcome timer(Session& s, Arguments& a)
+{
+    return a.ok() ? answer(longNumber(s.instrument.configuration().trigger.timerS))
+                  : refuse(a.error());
+}
+
+Outcome readingCount(Session& s, Arguments& a)
+{
+    return a.ok() ? answer(signedInteger(static_cast<long long>(s.instrument.memory().count())))
+                  : refuse(a.error());
+}
+
+/// One record: the value, and as the format settings say unit, time, channel and alarm. Its value
+/// is signed, so that a record at the front of a block never starts with a digit.
+std::string record(const Reading& reading, const ReadingFormat& format)
+{
+    std::string text = longNumber(reading.value);
+    if (format.unit) {
+        text += ' ' + reading.unit;
+    }
+    if (format.time && format.absoluteTime) {
+        text += ',' + timeStampText(fromMilliseconds(reading.stampMs));
+    } else if (format.time) {
+        text += ',' + longNumber(static_cast<double>(reading.sinceStartMs) / 1000);
+    }
+    if (format.channel) {
+        text += ',' + std::to_string(reading.channel);
+    }
+    if (format.alarm) {
+        text += ',' + std::to_string(reading.alarm);
+    }
+    return text;
+}
+
+Outcome takeReadings(Session& s, Arguments& a)
+{
+    const int wanted = a.hasMore() ? a.integer(1, std::numeric_limits<int>::max())
+                                   : std::numeric_limits<int>::max();
+    if (!a.ok()) {
+        return refuse(a.error());
+    }
+    std::string records;
+    for (const Reading& reading : s.instrument.memory().take(static_cast<std::size_t>(wanted))) {
+        if (!records.empty()) {
+            records += ',';
+        }
+        records += record(reading, s.instrument.configuration().format);
+    }
+    return answer(definiteBlock(records));
+}
+
+constexpr CommandRow kCommands[] = {
+    {"ABORt", abort, nullptr},
+    {"DATA:POINts", nullptr, readingCount},
+    {"INITiate[:IMMediate]", start, nullptr},
+    {"R", nullptr, takeReadings},
+    {"ROUTe:SCAN", setScanList, scanList},
+    {"TRIGger:COUNt", setCount, count},
+    {"TRIGger:SOURce", setSource, source},
+    {"TRIGger:TIMer", setTimer, timer},
+};
+
+} // namespace
+
+Facts<CommandRow> scanCommands()
+{
+    return kCommands;
+}
+
+} // namespace scnsim

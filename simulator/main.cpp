@@ -1,0 +1,109 @@
+#include <chrono>
+#include <cstdio>
+#include <ctime>
+#include <string>
+#include <vector>
+
+#include "dialogue/dialogue.h"
+#include "options.h"
+#include "transport/server.h"
+#include "transport/stopsignal.h"
+
+namespace {
+
+using namespace scnsim;
+
+constexpr int kBadOptions = 2;
+constexpr int kCannotServe = 1;
+
+/// Hands the lines of the ports to the instrument, with the time since the program started.
+class InstrumentService : public LineService
+{
+public:
+    explicit InstrumentService(Dialogue& dialogue)
+        : m_dialogue(dialogue)
+    {
+    }
+
+    std::string answer(const std::string& line) override { return m_dialogue.handle(line, now()); }
+    void lineTooLong() override { m_dialogue.report(ErrorCode::InputBufferOverrun); }
+    void replyInterrupted() override { m_dialogue.report(ErrorCode::QueryInterrupted); }
+    void tick() override { m_dialogue.advance(now()); }
+
+private:
+    Instant now() const { return std::chrono::steady_clock::now() - m_powerOn; }
+
+    Dialogue& m_dialogue;
+    std::chrono::steady_clock::time_point m_powerOn = std::chrono::steady_clock::now();
+};
+
+/// The instrument's clock starts with this computer's local time and runs on its own from there.
+DateTime localTimeNow()
+{
+    const auto now = std::chrono::system_clock::now();
+    const std::time_t seconds = std::chrono::system_clock::to_time_t(now);
+    const std::tm* const local = std::localtime(&seconds);
+    DateTime time;
+    time.year = local->tm_year + 1900;
+    time.month = local->tm_mon + 1;
+    time.day = local->tm_mday;
+    time.hour = local->tm_hour;
+    time.minute = local->tm_min;
+    time.second = local->tm_sec;
+    return time;
+}
+
+InstrumentSetup setupFrom(const Options& options)
+{
+    InstrumentSetup setup;
+    setup.slots = options.slots;
+    setup.seed = options.seed;
+    setup.readingsPerSecond = options.readingsPerSecond;
+    setup.openChannels = options.openChannels;
+    setup.powerOnTime = localTimeNow();
+    return setup;
+}
+
+int fail(const std::string& error, int code)
+{
+    std::fprintf(stderr, "scn4070a-sim: %s\n", error.c_str());
+    return code;
+}
+
+bool openPorts(Server& server, const Options& options, std::string& error)
+{
+    return (!options.tcpPort || server.listenTcp(*options.tcpPort, error)) &&
+           (options.terminalLink.empty() || server.openPseudoTerminal(options.terminalLink, error));
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    Options options;
+    std::string error;
+    if (!parseOptions(std::vector<std::string>(argv + 1, argv + argc), options, error)) {
+        return fail(error, kBadOptions);
+    }
+    if (options.help) {
+        std::fputs(usageText(), stdout);
+        return 0;
+    }
+    Transcript transcript;
+    if (!options.transcriptPath.empty() && !transcript.open(options.transcriptPath)) {
+        return fail("cannot write " + options.transcriptPath, kCannotServe);
+    }
+    Instrument instrument(setupFrom(options));
+    Dialogue dialogue(instrument, options.identity);
+    InstrumentService service(dialogue);
+    Server server(service, transcript);
+    if (!stopsignal::install() || !openPorts(server, options, error)) {
+        return fail(error.empty() ? "cannot catch signals" : error, kCannotServe);
+    }
+    for (const std::string& resource : server.resources()) {
+        std::printf("READY %s\n", resource.c_str());
+    }
+    std::fflush(stdout);
+    server.run(stopsignal::descriptor());
+    return 0;
+}

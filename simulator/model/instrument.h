@@ -1,0 +1,137 @@
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <map>
+#include <optional>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "model/configuration.h"
+#include "model/instrumentclock.h"
+#include "model/meter.h"
+#include "model/readingmemory.h"
+#include "model/refusal.h"
+#include "model/scanengine.h"
+
+namespace scnsim {
+
+constexpr int kLastSlot = 99;
+constexpr int kStoredStateCount = 5;
+constexpr std::size_t kReadingMemoryCapacity = 100000;
+
+/// What the mainframe is made of and what lies on its inputs; fixed from power-on.
+struct InstrumentSetup
+{
+    /// Slot, 1 to kLastSlot, to module type.
+    std::map<int, int> slots;
+    std::uint64_t seed = 1;
+    /// The total rate; none: as the channels' settings ask for.
+    std::optional<double> readingsPerSecond;
+    std::set<int> openChannels;
+    DateTime powerOnTime;
+    std::size_t memoryCapacity = kReadingMemoryCapacity;
+};
+
+/// Bits of the operation status register.
+enum OperationBit : unsigned {
+    kOperationMeasuring = 16,
+    kOperationWaiting = 32,
+    kOperationIdle = 256,
+    kOperationUsedElsewhere = 2048,
+};
+
+/// The instrument without its language: modules, channels and their settings, scan engine,
+/// memory, clock, stored states. It does no input or output. Channel numbers are
+/// 100 × slot + position, both counted from 1.
+class Instrument
+{
+public:
+    explicit Instrument(const InstrumentSetup& setup);
+
+    /// Lets everything happen that was due by now. To be called before anything else is asked.
+    void advance(Instant now) { m_engine.advance(now); }
+
+    /// Ends the scan and puts all settings back to the factory's. The clock, the stored states
+    /// and the memory stay.
+    void reset();
+
+    /// The type of the module in a slot; none for an empty or missing slot.
+    std::optional<int> moduleType(int slot) const;
+
+    /// Appends the channels from first to last to the list, across slots if need be.
+    /// @return NoModule or OutOfRange if one of the ends does not exist
+    Refusal expand(int first, int last, std::vector<int>& channels) const;
+
+    /// Must be a channel that exists.
+    const ChannelSettings& channel(int number) const { return m_configuration.channels.at(number); }
+
+    /// The second half's channel that the channel's four-wire function senses with.
+    std::optional<int> partnerOf(int number) const;
+
+    /// Selects a function. Another function than before turns the scaling off, and a four-wire
+    /// function takes its partner over: the partner leaves the scan list.
+    /// @return Conflict if a channel does not offer it or is itself a partner in use
+    Refusal setFunction(const std::vector<int>& channels, Function function);
+
+    Refusal setOption(const std::vector<int>& channels, Option option, double wanted);
+    void setLabel(const std::vector<int>& channels, const std::string& label);
+    void setScaledUnit(const std::vector<int>& channels, const std::string& unit);
+
+    /// @return Conflict if a channel measures nothing or is a partner in use
+    Refusal setScanList(std::vector<int> channels);
+
+    /// Settings of the instrument as a whole, open to change.
+    Configuration& configuration() { return m_configuration; }
+
+    InstrumentClock& clock() { return m_clock; }
+    ReadingMemory& memory() { return m_memory; }
+    ScanEngine& scan() { return m_engine; }
+
+    unsigned operationCondition() const;
+    /// Reads and clears the operation event register. Only "used elsewhere" is latched there.
+    unsigned takeOperationEvents();
+    void clearOperationEvents() { m_operationEvents = 0; }
+    /// Somebody else works on the instrument from now on, or no longer.
+    void setUsedElsewhere(bool used);
+
+    /// Stored states are counted from 1.
+    void saveState(int number) { storedState(number).configuration = m_configuration; }
+    /// Ends the scan and takes the state over.
+    /// @return Conflict if nothing is stored there
+    Refusal recallState(int number);
+    bool isStateStored(int number) { return storedState(number).configuration.has_value(); }
+    std::string& stateName(int number) { return storedState(number).name; }
+
+private:
+    struct StoredState
+    {
+        std::string name;
+        std::optional<Configuration> configuration;
+    };
+
+    StoredState& storedState(int number)
+    {
+        return m_states.at(static_cast<std::size_t>(number - 1));
+    }
+    Configuration factoryConfiguration() const;
+    Refusal checkChannel(int number) const;
+    FunctionSet functionsOf(int number) const;
+    std::optional<int> ownerOf(int number) const;
+    bool isPartnerInUse(int number) const;
+    void applyFunction(int number, Function function);
+
+    std::map<int, int> m_slots;
+    Configuration m_configuration;
+    InstrumentClock m_clock;
+    Meter m_meter;
+    ReadingMemory m_memory;
+    ScanEngine m_engine;
+    bool m_usedElsewhere = false;
+    unsigned m_operationEvents = 0;
+    std::array<StoredState, kStoredStateCount> m_states;
+};
+
+} // namespace scnsim

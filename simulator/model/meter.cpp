@@ -1,0 +1,154 @@
+#include "model/meter.h"
+
+#include <cmath>
+#include <utility>
+
+#include "model/readingmemory.h"
+
+namespace scnsim {
+
+namespace {
+
+constexpr double kLineFrequencyHz = 50;
+constexpr double kSwitchingS = 0.003;
+/// A fixed range reads a fifth beyond its nominal end.
+constexpr double kOverRange = 1.2;
+/// An alternating input is observed for this many cycles of the lowest frequency.
+constexpr double kCyclesOfLowestFrequency = 5;
+/// The aperture of a function that has no setting for it.
+constexpr double kFixedApertureS = 0.1;
+constexpr double kMilliwatt = 1e-3;
+
+/// Functions whose range limits the measured quantity itself. Frequency, period and the bridges
+/// have the range of the voltage on the input instead.
+constexpr FunctionSet kLimitedByRange =
+    functionBit(Function::VoltageDc) | functionBit(Function::VoltageAc) |
+    functionBit(Function::Resistance) | functionBit(Function::Resistance4W) |
+    functionBit(Function::Capacitance) | functionBit(Function::CurrentDc) |
+    functionBit(Function::CurrentAc);
+
+constexpr const char* kScaledUnits[] = {"", "PCT", "DBM", "DB"};
+constexpr const char* kTemperatureUnits[] = {"C", "F", "K"};
+
+double inTemperatureUnit(double celsius, double unit)
+{
+    if (unit == kFahrenheit) {
+        return celsius * 1.8 + 32;
+    }
+    return unit == kKelvin ? celsius + 273.15 : celsius;
+}
+
+bool isBeyondRange(const ChannelSettings& settings, double value)
+{
+    const FunctionInfo& info = functionInfo(settings.function);
+    return (kLimitedByRange & functionBit(settings.function)) != 0 &&
+           !settings.isOn(info.rangeAuto) &&
+           std::fabs(value) > kOverRange * settings.value(info.range);
+}
+
+/// Power in the reference resistance, in decibels above a milliwatt.
+double decibelMilliwatt(const ChannelSettings& settings, double value)
+{
+    const double resistance = settings.value(Option::DbmReference);
+    const double power = settings.function == Function::CurrentDc ? value * value * resistance
+                                                                  : value * value / resistance;
+    return 10 * std::log10(power / kMilliwatt);
+}
+
+double withinLimits(double value)
+{
+    if (std::isnan(value)) {
+        return kOverload;
+    }
+    return std::fabs(value) > kOverload ? std::copysign(kOverload, value) : value;
+}
+
+std::string unitOf(const ChannelSettings& settings)
+{
+    if (settings.isOn(Option::ScaleState)) {
+        const auto function = static_cast<std::size_t>(settings.value(Option::ScaleFunction));
+        const std::string unit =
+            function == kScaleLinear ? settings.scaledUnit : kScaledUnits[function];
+        // A reading always has a unit text: an empty one leaves the function's own.
+        if (!unit.empty()) {
+            return unit;
+        }
+    }
+    if (isTemperature(settings.function)) {
+        return kTemperatureUnits[static_cast<std::size_t>(settings.value(Option::TemperatureUnit))];
+    }
+    return functionInfo(settings.function).unit;
+}
+
+double apertureS(const ChannelSettings& settings)
+{
+    const FunctionInfo& info = functionInfo(settings.function);
+    double seconds = kFixedApertureS;
+    if (info.nplc != Option::Count) {
+        seconds = settings.value(info.nplc) / kLineFrequencyHz;
+    } else if (info.lowFrequency != Option::Count) {
+        seconds = kCyclesOfLowestFrequency / settings.value(info.lowFrequency);
+    }
+    const bool twice =
+        info.offsetCompensation != Option::Count && settings.isOn(info.offsetCompensation);
+    return twice ? seconds * 2 : seconds;
+}
+
+} // namespace
+
+Meter::Meter(std::uint64_t seed, std::set<int> openChannels)
+    : m_source(seed)
+    , m_openChannels(std::move(openChannels))
+{
+}
+
+Meter::Result Meter::measure(int channel, const ChannelSettings& settings, Instant at)
+{
+    double value = unscaled(channel, settings, at);
+    if (settings.isOn(Option::ScaleState) && std::fabs(value) < kOverload) {
+        value = scaled(channel, settings, value);
+    }
+    return {withinLimits(value), unitOf(settings)};
+}
+
+Instant Meter::measuringTime(const ChannelSettings& settings)
+{
+    const double delayS = settings.isOn(Option::DelayAuto) ? 0 : settings.value(Option::Delay);
+    const std::chrono::duration<double> seconds(kSwitchingS + delayS + apertureS(settings));
+    return std::chrono::duration_cast<Instant>(seconds);
+}
+
+double Meter::unscaled(int channel, const ChannelSettings& settings, Instant at)
+{
+    const double value = m_source.value(channel, settings.function, at, m_ordinals[channel]++);
+    if (m_openChannels.count(channel) != 0) {
+        return kOverload;
+    }
+    if (isBeyondRange(settings, value)) {
+        return std::copysign(kOverload, value);
+    }
+    return isTemperature(settings.function)
+               ? inTemperatureUnit(value, settings.value(Option::TemperatureUnit))
+               : value;
+}
+
+double Meter::scaled(int channel, const ChannelSettings& settings, double value)
+{
+    switch (static_cast<int>(settings.value(Option::ScaleFunction))) {
+    case kScalePercent: {
+        double reference = settings.value(Option::ScaleReference);
+        if (settings.isOn(Option::ScaleReferenceAuto)) {
+            reference = m_references.emplace(channel, value).first->second;
+        }
+        return 100 * (value - reference) / reference;
+    }
+    case kScaleDbm:
+        return decibelMilliwatt(settings, value);
+    case kScaleDb:
+        return decibelMilliwatt(settings, value) - settings.value(Option::DbReference);
+    default:
+        return value * settings.value(Option::ScaleGain) + settings.value(Option::ScaleOffset);
+    }
+}
+
+} // namespace scnsim

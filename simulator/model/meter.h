@@ -1,0 +1,46 @@
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <set>
+#include <string>
+
+#include "model/configuration.h"
+#include "model/signalsource.h"
+
+namespace scnsim {
+
+/// Turns what lies on an input into what the instrument reports: overload, temperature unit,
+/// scaling. It also knows how long a measurement takes.
+class Meter
+{
+public:
+    struct Result
+    {
+        double value;
+        std::string unit;
+    };
+
+    /// @param openChannels channels with nothing connected, which read as overload
+    Meter(std::uint64_t seed, std::set<int> openChannels);
+
+    /// A new scan begins: an automatic scaling reference is taken anew.
+    void beginScan() { m_references.clear(); }
+
+    Result measure(int channel, const ChannelSettings& settings, Instant at);
+
+    /// The time that one reading takes with these settings: switching, channel delay, aperture.
+    static Instant measuringTime(const ChannelSettings& settings);
+
+private:
+    double unscaled(int channel, const ChannelSettings& settings, Instant at);
+    double scaled(int channel, const ChannelSettings& settings, double value);
+
+    SignalSource m_source;
+    std::set<int> m_openChannels;
+    std::map<int, std::uint64_t> m_ordinals;
+    /// The first value of the scan on each channel whose reference is automatic.
+    std::map<int, double> m_references;
+};
+
+} // namespace scnsim

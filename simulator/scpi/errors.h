@@ -1,0 +1,44 @@
+#pragma once
+
+namespace scnsim {
+
+/// The numbers of the SCPI standard's error list that the instrument uses. The hundreds tell the
+/// class: -1xx a command error, -2xx an execution error, -3xx a device error, -4xx a query error.
+enum class ErrorCode : int {
+    None = 0,
+    InvalidCharacter = -101,
+    SyntaxError = -102,
+    DataTypeError = -104,
+    ParameterNotAllowed = -108,
+    MissingParameter = -109,
+    CommandHeaderError = -110,
+    HeaderSeparatorError = -111,
+    MnemonicTooLong = -112,
+    UndefinedHeader = -113,
+    InvalidCharacterInNumber = -121,
+    ExponentTooLarge = -123,
+    SuffixNotAllowed = -138,
+    InvalidCharacterData = -141,
+    InvalidStringData = -151,
+    BlockDataNotAllowed = -168,
+    InvalidExpression = -171,
+    TriggerIgnored = -211,
+    InitIgnored = -213,
+    SettingsConflict = -221,
+    DataOutOfRange = -222,
+    TooMuchData = -223,
+    IllegalParameterValue = -224,
+    HardwareMissing = -241,
+    OutOfMemory = -321,
+    QueueOverflow = -350,
+    InputBufferOverrun = -363,
+    QueryInterrupted = -410,
+};
+
+/// The standard's text for a number.
+const char* errorText(ErrorCode code);
+
+/// The bit of the standard event status register that an error of this number sets; 0 for none.
+unsigned errorEventBit(ErrorCode code);
+
+} // namespace scnsim

@@ -1,0 +1,61 @@
+#pragma once
+
+#include <cstddef>
+#include <string>
+
+#include "transport/descriptor.h"
+#include "transport/linebuffer.h"
+
+namespace scnsim {
+
+/// One connection with a client: what came in and is not yet answered, and what is to go out and
+/// has not yet left. It never blocks.
+class Link
+{
+public:
+    /// What happens to a reply that the client has not taken when its next line comes.
+    enum class LateReply {
+        Kept,   ///< it goes out first; the line waits
+        Dropped ///< its rest is dropped, as on a serial line whose reader went away
+    };
+
+    /// @param descriptor a non-blocking stream
+    /// @param port the name of the port in the transcript
+    Link(Descriptor descriptor, std::string port, LateReply lateReply);
+
+    int descriptor() const { return m_descriptor.number(); }
+    const std::string& port() const { return m_port; }
+
+    /// Reads what has come in.
+    /// @return false once the peer has gone
+    bool receive();
+
+    LineBuffer& input() { return m_input; }
+
+    /// Adds a line to what is to go out and sends what the stream takes.
+    void send(const std::string& line);
+
+    /// Sends what the stream takes.
+    /// @return false once the peer has gone
+    bool flush();
+
+    bool hasPendingOutput() const { return m_sent < m_output.size(); }
+
+    /// Drops a late reply if this link does so.
+    /// @return whether one was dropped
+    bool dropLateReply();
+
+    /// Whether another line may be taken from the client now.
+    bool takesInput() const;
+
+private:
+    Descriptor m_descriptor;
+    std::string m_port;
+    LateReply m_lateReply;
+    LineBuffer m_input;
+    std::string m_output;
+    std::size_t m_sent = 0;
+    bool m_gone = false;
+};
+
+} // namespace scnsim

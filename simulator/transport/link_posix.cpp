@@ -1,0 +1,81 @@
+#include "transport/link.h"
+
+#include <array>
+#include <cerrno>
+#include <unistd.h>
+#include <utility>
+
+namespace scnsim {
+
+namespace {
+
+constexpr std::size_t kReadSize = 16384;
+/// A client that does not take its replies is not read from any more beyond this.
+constexpr std::size_t kMostPendingOutput = 1 << 20;
+
+bool isTemporary(int error)
+{
+    return error == EAGAIN || error == EWOULDBLOCK || error == EINTR;
+}
+
+} // namespace
+
+Link::Link(Descriptor descriptor, std::string port, LateReply lateReply)
+    : m_descriptor(std::move(descriptor))
+    , m_port(std::move(port))
+    , m_lateReply(lateReply)
+{
+}
+
+bool Link::receive()
+{
+    std::array<char, kReadSize> bytes;
+    const ssize_t count = read(m_descriptor.number(), bytes.data(), bytes.size());
+    if (count > 0) {
+        m_input.append({bytes.data(), static_cast<std::size_t>(count)});
+        return true;
+    }
+    return count < 0 && isTemporary(errno);
+}
+
+void Link::send(const std::string& line)
+{
+    m_output += line;
+    m_output += '\n';
+    flush();
+}
+
+bool Link::flush()
+{
+    while (!m_gone && hasPendingOutput()) {
+        const ssize_t count =
+            write(m_descriptor.number(), m_output.data() + m_sent, m_output.size() - m_sent);
+        if (count < 0) {
+            m_gone = !isTemporary(errno);
+            break;
+        }
+        m_sent += static_cast<std::size_t>(count);
+    }
+    if (m_gone || !hasPendingOutput()) {
+        m_output.clear();
+        m_sent = 0;
+    }
+    return !m_gone;
+}
+
+bool Link::dropLateReply()
+{
+    if (m_lateReply == LateReply::Kept || !hasPendingOutput()) {
+        return false;
+    }
+    m_output.clear();
+    m_sent = 0;
+    return true;
+}
+
+bool Link::takesInput() const
+{
+    return m_lateReply == LateReply::Dropped || m_output.size() - m_sent < kMostPendingOutput;
+}
+
+} // namespace scnsim

@@ -1,0 +1,40 @@
+#pragma once
+
+#include <string>
+
+#include "transport/descriptor.h"
+
+namespace scnsim {
+
+/// A pseudo-terminal in raw mode behind a symbolic link, in place of a serial port. The client's
+/// side is kept open here too, so that clients may come and go. The link is removed with the
+/// object.
+class PseudoTerminal
+{
+public:
+    PseudoTerminal() = default;
+    PseudoTerminal(const PseudoTerminal&) = delete;
+    PseudoTerminal& operator=(const PseudoTerminal&) = delete;
+    ~PseudoTerminal();
+
+    /// @param link the path to put the link at; a link that is there is replaced, nothing else is
+    /// @return false with a text in error
+    bool open(const std::string& link, std::string& error);
+
+    /// The absolute path of the link.
+    const std::string& link() const { return m_link; }
+
+    /// Gives away our side of the line, non-blocking.
+    Descriptor takeStream();
+
+private:
+    bool openLine(std::string& error);
+    bool makeLink(const std::string& link, std::string& error);
+
+    Descriptor m_ownSide;
+    Descriptor m_clientSide;
+    std::string m_device;
+    std::string m_link;
+};
+
+} // namespace scnsim

@@ -1,0 +1,82 @@
+#include "transport/pseudoterminal.h"
+
+#include <cerrno>
+#include <cstdlib>
+#include <cstring>
+#include <fcntl.h>
+#include <filesystem>
+#include <system_error>
+#include <termios.h>
+#include <unistd.h>
+#include <utility>
+
+namespace scnsim {
+
+namespace {
+
+bool makeRaw(int descriptor)
+{
+    termios settings = {};
+    if (tcgetattr(descriptor, &settings) != 0) {
+        return false;
+    }
+    cfmakeraw(&settings);
+    return tcsetattr(descriptor, TCSANOW, &settings) == 0;
+}
+
+} // namespace
+
+PseudoTerminal::~PseudoTerminal()
+{
+    if (m_link.empty()) {
+        return;
+    }
+    std::error_code ignored;
+    if (std::filesystem::read_symlink(m_link, ignored) == m_device) {
+        std::filesystem::remove(m_link, ignored);
+    }
+}
+
+bool PseudoTerminal::open(const std::string& link, std::string& error)
+{
+    return openLine(error) && makeLink(link, error);
+}
+
+Descriptor PseudoTerminal::takeStream()
+{
+    return std::move(m_ownSide);
+}
+
+bool PseudoTerminal::openLine(std::string& error)
+{
+    m_ownSide = Descriptor(posix_openpt(O_RDWR | O_NOCTTY | O_NONBLOCK | O_CLOEXEC));
+    const bool unlocked =
+        m_ownSide.isOpen() && grantpt(m_ownSide.number()) == 0 && unlockpt(m_ownSide.number()) == 0;
+    if (const char* const name = unlocked ? ptsname(m_ownSide.number()) : nullptr) {
+        m_device = name;
+        m_clientSide = Descriptor(::open(name, O_RDWR | O_NOCTTY | O_CLOEXEC));
+    }
+    if (!m_clientSide.isOpen() || !makeRaw(m_clientSide.number())) {
+        error = std::string("cannot open a pseudo-terminal: ") + std::strerror(errno);
+        return false;
+    }
+    return true;
+}
+
+bool PseudoTerminal::makeLink(const std::string& link, std::string& error)
+{
+    std::error_code failure;
+    const std::filesystem::path path = std::filesystem::absolute(link, failure);
+    if (std::filesystem::is_symlink(path, failure)) {
+        std::filesystem::remove(path, failure);
+    }
+    std::filesystem::create_symlink(m_device, path, failure);
+    if (failure) {
+        error = "cannot make the link " + path.string() + ": " + failure.message();
+        return false;
+    }
+    m_link = path.string();
+    return true;
+}
+
+} // namespace scnsim

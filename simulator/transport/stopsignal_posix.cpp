@@ -1,0 +1,46 @@
+#include "transport/stopsignal.h"
+
+#include <csignal>
+#include <fcntl.h>
+#include <unistd.h>
+
+namespace scnsim {
+
+namespace {
+
+/// Read end and write end of the pipe that carries the signal into the loop.
+int g_pipe[2] = {-1, -1};
+
+extern "C" void onStopSignal(int)
+{
+    const char byte = 0;
+    // A full pipe has carried the signal already.
+    [[maybe_unused]] const ssize_t written = write(g_pipe[1], &byte, 1);
+}
+
+} // namespace
+
+bool stopsignal::install()
+{
+    if (pipe(g_pipe) != 0) {
+        return false;
+    }
+    for (const int end : g_pipe) {
+        fcntl(end, F_SETFL, O_NONBLOCK);
+        fcntl(end, F_SETFD, FD_CLOEXEC);
+    }
+    struct sigaction action = {};
+    action.sa_handler = onStopSignal;
+    sigemptyset(&action.sa_mask);
+    struct sigaction ignore = {};
+    ignore.sa_handler = SIG_IGN;
+    return sigaction(SIGTERM, &action, nullptr) == 0 && sigaction(SIGINT, &action, nullptr) == 0 &&
+           sigaction(SIGPIPE, &ignore, nullptr) == 0;
+}
+
+int stopsignal::descriptor()
+{
+    return g_pipe[0];
+}
+
+} // namespace scnsim
