@@ -1,0 +1,154 @@
+#include "acquisition/readdata.h"
+
+#include "acquisition/recorddecoder.h"
+#include "app/globals.h"
+#include "instrument/cdevicevisa.h"
+
+#include <QDeadlineTimer>
+
+#include <algorithm>
+
+namespace {
+
+constexpr int kExchangeTimeoutMs = 5000;
+constexpr int kStartDelayMs = 1000;
+constexpr int kPassDelayMs = 1000;
+constexpr int kSettleDelayMs = 50;
+constexpr int kFetchRetryDelayMs = 100;
+constexpr int kFetchRetries = 6;
+constexpr int kSilenceDelayMs = 3000;
+constexpr int kSilenceRetries = 6;
+
+/// A sleep looks at the running flag this often. Slices need no lock, so that a thread terminated
+/// in one leaves nothing locked behind.
+constexpr int kSleepSliceMs = 20;
+
+const QLatin1String kScanEndedCondition("+256");
+const QLatin1String kInUseEvent("+2048");
+
+ReadData* s_instance = nullptr;
+
+QString ask(const QString& query)
+{
+    return g_visa->sendCommand(query, kExchangeTimeoutMs);
+}
+
+QString askEvent()
+{
+    return ask(QStringLiteral("STAT:OPER:EVEN?"));
+}
+
+} // namespace
+
+ReadData* ReadData::instance()
+{
+    if (!s_instance) {
+        s_instance = new ReadData;
+    }
+    return s_instance;
+}
+
+ReadData::ReadData()
+{
+    // Batches are queued to other threads, whether or not the program has registered them yet.
+    qRegisterMetaType<QList<MeasurementData>>();
+}
+
+ReadData::~ReadData()
+{
+    if (s_instance == this) {
+        s_instance = nullptr;
+    }
+}
+
+void ReadData::stop()
+{
+    m_running.store(false, std::memory_order_relaxed);
+}
+
+QList<MeasurementData> ReadData::parseResponse(const QString& reply) const
+{
+    return decodeResponse(reply);
+}
+
+MeasurementData ReadData::parseRecord(const QStringList& fields) const
+{
+    return decodeRecord(fields);
+}
+
+void ReadData::run()
+{
+    // The flag is set after the first sleep: a stop requested in it is overwritten.
+    msleep(kStartDelayMs);
+    m_running.store(true, std::memory_order_relaxed);
+    do {
+        if (g_scanRunning.load(std::memory_order_relaxed)) {
+            pollReadings();
+        }
+        if (instrumentLost()) {
+            emit sigUseInst();
+            m_running.store(false, std::memory_order_relaxed);
+        }
+        pause(kPassDelayMs);
+    } while (m_running.load(std::memory_order_relaxed));
+}
+
+/// The part of a pass that belongs to a running scan: fetch what has gathered, then look whether the
+/// scan has ended. A pass that found readings never ends the scan, so the last ones are drained first.
+void ReadData::pollReadings()
+{
+    const int count = ask(QStringLiteral("DATA:POIN?")).toInt();
+    if (count != 0) {
+        const QList<MeasurementData> batch = fetchReadings(count);
+        if (!batch.isEmpty()) {
+            emit sigSendMeasure(batch);
+        }
+        pause(kSettleDelayMs);
+    }
+    const QString condition = ask(QStringLiteral("STAT:OPER:COND?"));
+    if (count == 0 && condition == kScanEndedCondition) {
+        g_scanRunning.store(false, std::memory_order_relaxed);
+        emit sigStopScan();
+    }
+    pause(kSettleDelayMs);
+}
+
+/// Fetches `count` readings, again up to six times as long as nothing decodes. Empty when nothing
+/// ever did; what the instrument has kept then comes with the next pass.
+QList<MeasurementData> ReadData::fetchReadings(int count)
+{
+    const QString fetch = QStringLiteral("R? %1").arg(count);
+    QList<MeasurementData> batch = parseResponse(ask(fetch));
+    for (int retry = 0; retry < kFetchRetries && batch.isEmpty(); ++retry) {
+        pause(kFetchRetryDelayMs);
+        batch = parseResponse(ask(fetch));
+    }
+    return batch;
+}
+
+/// Asks for the event register. True when the instrument says that it is in use elsewhere, or says
+/// nothing now and six more times; any reply in between ends the silence and is not looked at.
+bool ReadData::instrumentLost()
+{
+    const QString event = askEvent();
+    if (!event.isEmpty()) {
+        return event == kInUseEvent;
+    }
+    for (int retry = 0; retry < kSilenceRetries; ++retry) {
+        pause(kSilenceDelayMs);
+        if (!askEvent().isEmpty()) {
+            return false;
+        }
+    }
+    return true;
+}
+
+/// Sleeps, ending early when the running flag is cleared.
+void ReadData::pause(int milliseconds) const
+{
+    const QDeadlineTimer end(milliseconds);
+    while (m_running.load(std::memory_order_relaxed) && !end.hasExpired()) {
+        msleep(
+            static_cast<unsigned long>(std::clamp<qint64>(end.remainingTime(), 1, kSleepSliceMs)));
+    }
+}

@@ -1,0 +1,445 @@
+#include "acquisition/readdata.h"
+#include "app/globals.h"
+#include "instrument/cdevicevisa.h"
+#include "logcapture.h"
+#include "support/fakevisa.h"
+
+#include <QElapsedTimer>
+#include <QtTest>
+
+#include <memory>
+
+namespace {
+
+constexpr int kPatienceMs = 120000;
+
+const QString kPoints = QStringLiteral("DATA:POIN?");
+const QString kFetchTwo = QStringLiteral("R? 2");
+const QString kCondition = QStringLiteral("STAT:OPER:COND?");
+const QString kEvent = QStringLiteral("STAT:OPER:EVEN?");
+
+const QString kTwoReadings = QStringLiteral("#280+1.5 V,2024,1,2,3,4,5.600,101,0,"
+                                            "-2.5 V,2024,1,2,3,4,5.700,102,1");
+
+/// An instrument that answers each query from a list of its own: one reply each time, the last one
+/// for ever. An empty reply is silence. It notes when each query came.
+class ScriptedInstrument
+{
+public:
+    ScriptedInstrument()
+    {
+        m_clock.start();
+        m_visa.setResponder([this](const QByteArray& line) { return answer(line); });
+        g_visa->connectDevice(QStringLiteral("TCPIP0::127.0.0.1::5025::SOCKET"));
+    }
+
+    ~ScriptedInstrument() { g_visa->disconnectDevice(); }
+
+    ScriptedInstrument(const ScriptedInstrument&) = delete;
+    ScriptedInstrument& operator=(const ScriptedInstrument&) = delete;
+
+    void setReplies(const QString& query, const QStringList& replies)
+    {
+        const QMutexLocker locker(&m_mutex);
+        m_replies.insert(query, replies);
+    }
+
+    QStringList queries() const
+    {
+        const QMutexLocker locker(&m_mutex);
+        return m_queries;
+    }
+
+    /// Milliseconds since the instrument was made, one for each query.
+    QList<qint64> times() const
+    {
+        const QMutexLocker locker(&m_mutex);
+        return m_times;
+    }
+
+private:
+    QByteArray answer(const QByteArray& line)
+    {
+        const QMutexLocker locker(&m_mutex);
+        const QString query = QString::fromUtf8(line);
+        m_queries.append(query);
+        m_times.append(m_clock.elapsed());
+        QStringList& replies = m_replies[query];
+        const QString reply = replies.value(0);
+        if (replies.size() > 1) {
+            replies.removeFirst();
+        }
+        return reply.isEmpty() ? QByteArray() : reply.toUtf8() + '\n';
+    }
+
+    mutable QMutex m_mutex;
+    QElapsedTimer m_clock;
+    QMap<QString, QStringList> m_replies;
+    QStringList m_queries;
+    QList<qint64> m_times;
+    FakeVisa m_visa;
+};
+
+/// What the thread told, in order, as it arrives on the GUI thread.
+class Listener : public QObject
+{
+    Q_OBJECT
+
+public:
+    explicit Listener(ReadData* thread)
+    {
+        connect(thread, &ReadData::sigStopScan, this, &Listener::onStopScan);
+        connect(thread, &ReadData::sigUseInst, this, &Listener::onUseInst);
+        connect(thread, &ReadData::sigSendMeasure, this, &Listener::onMeasure);
+    }
+
+    QStringList told;
+    QList<MeasurementData> readings;
+
+private:
+    void onStopScan() { note(QStringLiteral("stop")); }
+    void onUseInst() { note(QStringLiteral("in use")); }
+    void onMeasure(const QList<MeasurementData>& batch)
+    {
+        note(QStringLiteral("batch of %1").arg(batch.size()));
+        readings += batch;
+    }
+    void note(const QString& text)
+    {
+        told.append(QThread::currentThread() == qApp->thread()
+                        ? text
+                        : QStringLiteral("off the GUI thread"));
+    }
+};
+
+/// Delivers what the thread queued before it ended.
+void deliverSignals()
+{
+    QCoreApplication::sendPostedEvents();
+}
+
+} // namespace
+
+class TestReadData : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void init();
+    void cleanup();
+
+    void accessorMakesAnotherObjectAfterDeletion();
+    void idlePassAsksOnlyForTheEvent();
+    void passOfAScanFetchesThenLooksForItsEnd();
+    void unreadableReplyIsFetchedSixMoreTimes();
+    void fetchIsRepeatedUntilABatchDecodes();
+    void zeroPointsAndIdleConditionEndTheScan_data();
+    void zeroPointsAndIdleConditionEndTheScan();
+    void lastReadingsAreDrainedBeforeTheStop();
+    void otherEventsAreIgnored();
+    void inUseEventEndsTheThreadAlsoDuringAScan();
+    void sixMoreSilencesEndTheThread();
+    void anyReplyEndsTheSilence();
+    void threadRunsAgainAfterItsEnd();
+    void stopInTheFirstSecondIsOverwritten();
+    void stopEndsASleepEarly();
+    void terminationInASleepLeavesNothingBehind();
+    void sleepsAreAtLeastAsLongAsTold();
+
+private:
+    bool ended() const { return m_thread->isFinished(); }
+
+    std::unique_ptr<ScriptedInstrument> m_instrument;
+    ReadData* m_thread = nullptr;
+    std::unique_ptr<Listener> m_listener;
+};
+
+void TestReadData::init()
+{
+    g_scanRunning = false;
+    m_instrument = std::make_unique<ScriptedInstrument>();
+    m_thread = ReadData::instance();
+    m_listener = std::make_unique<Listener>(m_thread);
+}
+
+void TestReadData::cleanup()
+{
+    // A failed test may leave the thread in its first second, where a stop is overwritten.
+    while (m_thread->isRunning()) {
+        m_thread->stop();
+        m_thread->wait(100);
+    }
+    delete m_thread;
+    m_thread = nullptr;
+    m_listener.reset();
+    m_instrument.reset();
+}
+
+void TestReadData::accessorMakesAnotherObjectAfterDeletion()
+{
+    QCOMPARE(ReadData::instance(), m_thread);
+    QVERIFY(!m_thread->parent());
+    QPointer<ReadData> first = m_thread;
+    delete m_thread;
+    QVERIFY(first.isNull());
+    m_thread = ReadData::instance();
+    QVERIFY(m_thread);
+    QVERIFY(!m_thread->isRunning());
+    QCOMPARE(ReadData::instance(), m_thread);
+}
+
+void TestReadData::idlePassAsksOnlyForTheEvent()
+{
+    m_instrument->setReplies(kEvent,
+                             {QStringLiteral("+0"), QStringLiteral("+0"), QStringLiteral("+2048")});
+    m_thread->start();
+    QTRY_VERIFY_WITH_TIMEOUT(ended(), kPatienceMs);
+    QCOMPARE(m_instrument->queries(), (QStringList{kEvent, kEvent, kEvent}));
+    QCOMPARE(m_listener->told, QStringList{QStringLiteral("in use")});
+}
+
+void TestReadData::passOfAScanFetchesThenLooksForItsEnd()
+{
+    g_scanRunning = true;
+    m_instrument->setReplies(kPoints, {QStringLiteral("+2")});
+    m_instrument->setReplies(kFetchTwo, {kTwoReadings});
+    m_instrument->setReplies(kCondition, {QStringLiteral("+256")});
+    m_instrument->setReplies(kEvent, {QStringLiteral("+2048")});
+    m_thread->start();
+    QTRY_VERIFY_WITH_TIMEOUT(ended(), kPatienceMs);
+    deliverSignals();
+    QCOMPARE(m_instrument->queries(), (QStringList{kPoints, kFetchTwo, kCondition, kEvent}));
+    QCOMPARE(m_listener->told,
+             (QStringList{QStringLiteral("batch of 2"), QStringLiteral("in use")}));
+    QVERIFY(g_scanRunning);
+    QCOMPARE(m_listener->readings.size(), 2);
+    QCOMPARE(m_listener->readings[0].value, 1.5);
+    QCOMPARE(m_listener->readings[0].channel, 101);
+    QCOMPARE(m_listener->readings[1].value, -2.5);
+    QCOMPARE(m_listener->readings[1].channel, 102);
+    QCOMPARE(m_listener->readings[1].time, QDateTime(QDate(2024, 1, 2), QTime(3, 4, 5, 700)));
+}
+
+void TestReadData::unreadableReplyIsFetchedSixMoreTimes()
+{
+    g_scanRunning = true;
+    m_instrument->setReplies(kPoints, {QStringLiteral("2")});
+    m_instrument->setReplies(kFetchTwo, {QStringLiteral("#13+1 ")});
+    m_instrument->setReplies(kCondition, {QStringLiteral("+256")});
+    m_instrument->setReplies(kEvent, {QStringLiteral("+2048")});
+    const LogCapture log;
+    m_thread->start();
+    QTRY_VERIFY_WITH_TIMEOUT(ended(), kPatienceMs);
+    deliverSignals();
+    QCOMPARE(m_instrument->queries(),
+             (QStringList{kPoints, kFetchTwo, kFetchTwo, kFetchTwo, kFetchTwo, kFetchTwo, kFetchTwo,
+                          kFetchTwo, kCondition, kEvent}));
+    QCOMPARE(m_listener->told, QStringList{QStringLiteral("in use")});
+    QCOMPARE(log.lines().size(), 7);
+    QCOMPARE(log.lines().count(QStringLiteral("存在不完整的数据记录，已忽略")), 7);
+}
+
+void TestReadData::fetchIsRepeatedUntilABatchDecodes()
+{
+    g_scanRunning = true;
+    m_instrument->setReplies(kPoints, {QStringLiteral("+2")});
+    m_instrument->setReplies(kFetchTwo, {QString(), QString(), kTwoReadings});
+    m_instrument->setReplies(kCondition, {QStringLiteral("+16")});
+    m_instrument->setReplies(kEvent, {QStringLiteral("+2048")});
+    m_thread->start();
+    QTRY_VERIFY_WITH_TIMEOUT(ended(), kPatienceMs);
+    deliverSignals();
+    QCOMPARE(m_instrument->queries(),
+             (QStringList{kPoints, kFetchTwo, kFetchTwo, kFetchTwo, kCondition, kEvent}));
+    QCOMPARE(m_listener->told,
+             (QStringList{QStringLiteral("batch of 2"), QStringLiteral("in use")}));
+}
+
+void TestReadData::zeroPointsAndIdleConditionEndTheScan_data()
+{
+    QTest::addColumn<QString>("points");
+    QTest::addColumn<QString>("condition");
+    QTest::addColumn<bool>("ends");
+    QTest::newRow("zero and idle") << QStringLiteral("+0") << QStringLiteral("+256") << true;
+    QTest::newRow("no answer and idle") << QString() << QStringLiteral("+256") << true;
+    QTest::newRow("no number and idle") << QStringLiteral("many") << QStringLiteral("+256") << true;
+    QTest::newRow("zero and scanning") << QStringLiteral("+0") << QStringLiteral("+16") << false;
+    QTest::newRow("zero and no answer") << QStringLiteral("+0") << QString() << false;
+    QTest::newRow("zero and no sign") << QStringLiteral("+0") << QStringLiteral("256") << false;
+    QTest::newRow("zero and more bits") << QStringLiteral("+0") << QStringLiteral("+272") << false;
+}
+
+void TestReadData::zeroPointsAndIdleConditionEndTheScan()
+{
+    QFETCH(const QString, points);
+    QFETCH(const QString, condition);
+    QFETCH(const bool, ends);
+    g_scanRunning = true;
+    m_instrument->setReplies(kPoints, {points});
+    m_instrument->setReplies(kCondition, {condition});
+    m_instrument->setReplies(kEvent, {QStringLiteral("+2048")});
+    m_thread->start();
+    QTRY_VERIFY_WITH_TIMEOUT(ended(), kPatienceMs);
+    deliverSignals();
+    QCOMPARE(m_instrument->queries(), (QStringList{kPoints, kCondition, kEvent}));
+    QCOMPARE(m_listener->told.contains(QStringLiteral("stop")), ends);
+    QCOMPARE(g_scanRunning.load(), !ends);
+}
+
+void TestReadData::lastReadingsAreDrainedBeforeTheStop()
+{
+    g_scanRunning = true;
+    m_instrument->setReplies(kPoints, {QStringLiteral("+2"), QStringLiteral("+0")});
+    m_instrument->setReplies(kFetchTwo, {kTwoReadings});
+    m_instrument->setReplies(kCondition, {QStringLiteral("+256")});
+    m_instrument->setReplies(kEvent,
+                             {QStringLiteral("+0"), QStringLiteral("+0"), QStringLiteral("+2048")});
+    m_thread->start();
+    QTRY_VERIFY_WITH_TIMEOUT(ended(), kPatienceMs);
+    deliverSignals();
+    // The third pass belongs to no scan.
+    QCOMPARE(m_instrument->queries(), (QStringList{kPoints, kFetchTwo, kCondition, kEvent, kPoints,
+                                                   kCondition, kEvent, kEvent}));
+    QCOMPARE(m_listener->told, (QStringList{QStringLiteral("batch of 2"), QStringLiteral("stop"),
+                                            QStringLiteral("in use")}));
+    QVERIFY(!g_scanRunning);
+}
+
+void TestReadData::otherEventsAreIgnored()
+{
+    m_instrument->setReplies(kEvent, {QStringLiteral("+2049"), QStringLiteral("2048"),
+                                      QStringLiteral("+1"), QStringLiteral("+2048")});
+    m_thread->start();
+    QTRY_VERIFY_WITH_TIMEOUT(ended(), kPatienceMs);
+    deliverSignals();
+    QCOMPARE(m_instrument->queries().size(), 4);
+    QCOMPARE(m_listener->told, QStringList{QStringLiteral("in use")});
+}
+
+void TestReadData::inUseEventEndsTheThreadAlsoDuringAScan()
+{
+    g_scanRunning = true;
+    m_instrument->setReplies(kPoints, {QStringLiteral("+0")});
+    m_instrument->setReplies(kCondition, {QStringLiteral("+16")});
+    m_instrument->setReplies(kEvent, {QStringLiteral("+2048")});
+    m_thread->start();
+    QTRY_VERIFY_WITH_TIMEOUT(ended(), kPatienceMs);
+    deliverSignals();
+    QCOMPARE(m_instrument->queries(), (QStringList{kPoints, kCondition, kEvent}));
+    QCOMPARE(m_listener->told, QStringList{QStringLiteral("in use")});
+    // The verdict leaves the scan as it is.
+    QVERIFY(g_scanRunning);
+}
+
+void TestReadData::sixMoreSilencesEndTheThread()
+{
+    m_instrument->setReplies(kEvent, {QString()});
+    m_thread->start();
+    QTRY_VERIFY_WITH_TIMEOUT(ended(), kPatienceMs);
+    deliverSignals();
+    QCOMPARE(m_instrument->queries(),
+             (QStringList{kEvent, kEvent, kEvent, kEvent, kEvent, kEvent, kEvent}));
+    QCOMPARE(m_listener->told, QStringList{QStringLiteral("in use")});
+    const QList<qint64> times = m_instrument->times();
+    for (int i = 1; i < times.size(); ++i) {
+        QVERIFY(times[i] - times[i - 1] >= 3000);
+    }
+}
+
+void TestReadData::anyReplyEndsTheSilence()
+{
+    // The reply that ends the silence is not looked at; the next pass's is.
+    m_instrument->setReplies(kEvent, {QString(), QString(), QStringLiteral("+2048"),
+                                      QStringLiteral("+0"), QStringLiteral("+2048")});
+    m_thread->start();
+    QTRY_VERIFY_WITH_TIMEOUT(m_instrument->queries().size() >= 4, kPatienceMs);
+    deliverSignals();
+    QCOMPARE(m_listener->told, QStringList());
+    QTRY_VERIFY_WITH_TIMEOUT(ended(), kPatienceMs);
+    deliverSignals();
+    QCOMPARE(m_instrument->queries().size(), 5);
+    QCOMPARE(m_listener->told, QStringList{QStringLiteral("in use")});
+}
+
+void TestReadData::threadRunsAgainAfterItsEnd()
+{
+    m_instrument->setReplies(kEvent, {QStringLiteral("+2048")});
+    m_thread->start();
+    QTRY_VERIFY_WITH_TIMEOUT(ended(), kPatienceMs);
+    m_instrument->setReplies(kEvent, {QStringLiteral("+0"), QStringLiteral("+2048")});
+    m_thread->start();
+    QVERIFY(m_thread->isRunning());
+    QTRY_VERIFY_WITH_TIMEOUT(ended(), kPatienceMs);
+    deliverSignals();
+    QCOMPARE(m_instrument->queries(), (QStringList{kEvent, kEvent, kEvent}));
+    QCOMPARE(m_listener->told, (QStringList{QStringLiteral("in use"), QStringLiteral("in use")}));
+}
+
+void TestReadData::stopInTheFirstSecondIsOverwritten()
+{
+    m_instrument->setReplies(kEvent, {QStringLiteral("+0")});
+    m_thread->start();
+    m_thread->stop();
+    QTRY_VERIFY_WITH_TIMEOUT(m_instrument->queries().size() >= 3, kPatienceMs);
+    QVERIFY(m_thread->isRunning());
+    m_thread->stop();
+    QVERIFY(m_thread->wait(kPatienceMs));
+}
+
+void TestReadData::stopEndsASleepEarly()
+{
+    m_instrument->setReplies(kEvent, {QString()});
+    m_thread->start();
+    QTRY_VERIFY_WITH_TIMEOUT(m_instrument->queries().size() == 1, kPatienceMs);
+    // Six sleeps of three seconds lie ahead.
+    QElapsedTimer clock;
+    clock.start();
+    m_thread->stop();
+    QVERIFY(m_thread->wait(kPatienceMs));
+    QVERIFY(clock.elapsed() < 6000);
+    QCOMPARE(m_instrument->queries().size(), 7);
+}
+
+void TestReadData::terminationInASleepLeavesNothingBehind()
+{
+    const LogCapture log;
+    m_instrument->setReplies(kEvent, {QString()});
+    m_thread->start();
+    QTRY_VERIFY_WITH_TIMEOUT(m_instrument->queries().size() == 1, kPatienceMs);
+    m_thread->terminate();
+    QVERIFY(m_thread->wait(kPatienceMs));
+    // The gate is free, and stopping a dead thread blocks nobody.
+    m_thread->stop();
+    m_instrument->setReplies(kPoints, {QStringLiteral("+0")});
+    QCOMPARE(g_visa->sendCommand(kPoints, 5000), QStringLiteral("+0"));
+    delete m_thread;
+    m_thread = ReadData::instance();
+    m_instrument->setReplies(kEvent, {QStringLiteral("+2048")});
+    m_thread->start();
+    QTRY_VERIFY_WITH_TIMEOUT(ended(), kPatienceMs);
+    QCOMPARE(log.lines(), QStringList());
+}
+
+void TestReadData::sleepsAreAtLeastAsLongAsTold()
+{
+    g_scanRunning = true;
+    m_instrument->setReplies(kPoints, {QStringLiteral("+2"), QStringLiteral("+0")});
+    m_instrument->setReplies(kFetchTwo, {QString(), kTwoReadings});
+    m_instrument->setReplies(kCondition, {QStringLiteral("+16")});
+    m_instrument->setReplies(kEvent, {QStringLiteral("+0"), QStringLiteral("+2048")});
+    m_thread->start();
+    QTRY_VERIFY_WITH_TIMEOUT(ended(), kPatienceMs);
+    const QStringList queries{kPoints, kFetchTwo, kFetchTwo,  kCondition,
+                              kEvent,  kPoints,   kCondition, kEvent};
+    QCOMPARE(m_instrument->queries(), queries);
+    const QList<qint64> times = m_instrument->times();
+    QVERIFY(times[0] >= 1000);
+    QVERIFY(times[2] - times[1] >= 100);
+    QVERIFY(times[3] - times[2] >= 50);
+    QVERIFY(times[4] - times[3] >= 50);
+    QVERIFY(times[5] - times[4] >= 1000);
+    QVERIFY(times[7] - times[6] >= 50);
+}
+
+QTEST_GUILESS_MAIN(TestReadData)
+#include "test_readdata.moc"
