@@ -1,0 +1,199 @@
+#pragma once
+
+#include <QString>
+#include <QWidget>
+
+#include <array>
+
+class CommFunc;
+class CustomComboBox;
+class QAbstractButton;
+class QButtonGroup;
+class QCheckBox;
+class QDoubleSpinBox;
+class QGroupBox;
+class QLabel;
+class QVBoxLayout;
+
+/// The popup with the options of one channel that do not fit into its row of the channel table. Each
+/// row has two: one for the options of the measurement function, one for the references of the scaling.
+/// A change goes to the instrument at once; sigComponentChanged() then asks for a read-back.
+///
+/// The controls are made when the panel is first shown. Until then the setters keep what the instrument
+/// reported, so that a large channel table costs nothing for panels that nobody opens. GUI thread only.
+class AdvancedSetting : public QWidget
+{
+    Q_OBJECT
+    Q_DISABLE_COPY_MOVE(AdvancedSetting)
+
+public:
+    explicit AdvancedSetting(QWidget* parent = nullptr);
+
+    /// Makes this the panel of a function's options. An unknown function index shows no option.
+    void showFunctionOptions(const QString& name, int functionIndex, int channel);
+
+    /// Makes this the panel of a scale function's references.
+    void showScaleOptions(const QString& scaleFunction, int channel);
+
+    // What the instrument reports. None of these sends a command.
+
+    /// Integration time in power line cycles; a value that no row has is logged and changes nothing.
+    void setNplc(double cycles);
+    /// Lower frequency limit: 3, 20 or 200 Hz; any other value changes nothing.
+    void setLowFrequency(double hertz);
+    void setOffsetCompensation(bool on);
+    /// Row of the delay box, 0 automatic and 1 a fixed time; any other row changes nothing.
+    void setDelayMode(int row);
+    /// Channel delay in seconds.
+    void setDelayValue(double seconds);
+    /// True for the high input resistance, false for 10 MOhm.
+    void setInputImpedanceAuto(bool on);
+    void setRefJunctionFixed(bool fixed);
+    /// Fixed reference junction temperature, in the channel's unit.
+    void setFixedJunctionTemp(double temperature);
+    /// Resistance of an RTD at 0 °C, in ohms.
+    void setRtdR0(double ohms);
+    void setGaugeFactor(double factor);
+    /// Resistance of the unstrained gauge, in ohms.
+    void setStrainResistance(double ohms);
+    void setPoissonRatio(double ratio);
+    /// Excitation voltage of the bridge, in volts.
+    void setDriveVoltage(double volts);
+    /// Reference of the DBM scaling, in ohms; a value that no row has is logged and changes nothing.
+    void setDbmReferenceResistance(double ohms);
+    void setDbReference(double decibels);
+    void setPercentReference(double reference);
+
+    void setVisible(bool visible) override;
+
+private slots:
+    void onPlcComboCurrentIndexChanged(int index);
+    void onFreqRadioBtnToggled(QAbstractButton* btn, bool checked);
+    void onOffsetRadioBtnToggled(QAbstractButton* btn, bool checked);
+    void onDelayComboCurrentIndexChanged(int index);
+    void onDelaySpinBoxValueChanged(double value);
+    void onVoltInResRadioBtnToggled(QAbstractButton* btn, bool checked);
+    void onAutoCheckToggled(bool checked);
+    void onSetRefToggled(bool checked);
+    void onRefJuncRadioBtnToggled(QAbstractButton* btn, bool checked);
+    void onFixSpinBoxValueChanged(double value);
+    void onRtdRoSpinBoxValueChanged(double value);
+    void onInstCoeSpinBoxValueChanged(double value);
+    void onStrResSpinBoxValueChanged(double value);
+    void onPoissonRatioSpinBoxValueChanged(double value);
+    void onDrivVoltSpinBoxValueChanged(double value);
+    void onReferResComboCurrentIndexChanged(int index);
+    void ondBReferSpinBoxValueChanged(double value);
+    void onReferSpinBoxValueChanged(double value);
+
+    /// Gives each option that the panel shows its default, as if the user did it: what changes is sent.
+    void onReDefSetBtnClicked();
+
+signals:
+    /// A command has been sent; the channel is to be read back.
+    void sigComponentChanged(int channelNum);
+
+protected:
+    bool event(QEvent* event) override;
+
+private:
+    // Groups in the order in which defaults are restored.
+    enum Group {
+        NplcGroup,
+        LowFrequencyGroup,
+        OffsetGroup,
+        DelayGroup,
+        InputResistanceGroup,
+        AutoCheckGroup,
+        SetReferenceGroup,
+        RefJunctionGroup,
+        R0Group,
+        GaugeFactorGroup,
+        StrainResistanceGroup,
+        PoissonRatioGroup,
+        DriveVoltageGroup,
+        ReferenceResistanceGroup,
+        DbReferenceGroup,
+        PercentReferenceGroup,
+        GroupCount
+    };
+    enum List { NplcList, DelayList, ReferenceResistanceList, ListCount };
+    enum Choice {
+        LowFrequencyChoice,
+        OffsetChoice,
+        InputResistanceChoice,
+        RefJunctionChoice,
+        ChoiceCount
+    };
+    enum Check { AutoCheck, SetReferenceCheck, CheckCount };
+    enum Spin {
+        DelaySpin,
+        FixedTempSpin,
+        R0Spin,
+        GaugeFactorSpin,
+        StrainResistanceSpin,
+        PoissonRatioSpin,
+        DriveVoltageSpin,
+        DbReferenceSpin,
+        PercentReferenceSpin,
+        SpinCount
+    };
+
+    struct ListSpec;
+    struct ChoiceSpec;
+    struct CheckSpec;
+    struct SpinSpec;
+    static const std::array<const char*, GroupCount> s_groupTitles;
+    static const std::array<ListSpec, ListCount> s_lists;
+    static const std::array<ChoiceSpec, ChoiceCount> s_choices;
+    static const std::array<CheckSpec, CheckCount> s_checks;
+    static const std::array<SpinSpec, SpinCount> s_spins;
+
+    const CommFunc& catalogue();
+    QString header();
+    QString headerRoot();
+    QString headerBranch();
+    void send(const QString& command);
+    void sendStrain(const QString& form, double value);
+    void sendTransducer(const QString& form, const QString& value);
+
+    void selectRow(List list, int row);
+    void selectMatchingRow(List list, double value);
+    void choose(Choice choice, int id);
+    void setSpinValue(Spin spin, double value);
+    void enableDependentSpins();
+
+    static quint32 groupsOfFunction(int functionIndex);
+    static quint32 groupsOfScaleFunction(const QString& scaleFunction);
+    bool isOffered(Group group) const;
+    void setTitle(const QString& title);
+    void buildPanel();
+    void buildTitleBar(QVBoxLayout* layout);
+    void buildGroups(QVBoxLayout* body);
+    void buildList(List list);
+    void buildChoice(Choice choice);
+    void buildCheck(Check check);
+    void buildSpin(Spin spin);
+    void showOfferedGroups();
+
+    CommFunc* m_commFunc = nullptr;
+    int m_functionIndex = 0;
+    QString m_scaleFunction = QStringLiteral("SCAL");
+    int m_channel = 101;
+    QString m_title;
+    quint32 m_functionGroups = 0;
+    quint32 m_scaleGroups = 0;
+
+    QWidget* m_titleBar = nullptr;
+    QLabel* m_titleLabel = nullptr;
+    std::array<QGroupBox*, GroupCount> m_groups{};
+    std::array<CustomComboBox*, ListCount> m_lists{};
+    std::array<QButtonGroup*, ChoiceCount> m_choices{};
+    std::array<QCheckBox*, CheckCount> m_checks{};
+    std::array<QDoubleSpinBox*, SpinCount> m_spins{};
+
+    // What the controls hold once they are made.
+    std::array<int, ListCount> m_rows{};
+    std::array<int, ChoiceCount> m_chosen{};
+    std::array<double, SpinCount> m_values{};
+};
