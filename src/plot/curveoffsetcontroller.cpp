@@ -1,0 +1,207 @@
+#include "plot/curveoffsetcontroller.h"
+
+#include "common/threadassert.h"
+#include "plot/ccurveplot.h"
+#include "plot/curvelabel.h"
+
+#include <qwt_scale_div.h>
+
+#include <cmath>
+
+namespace {
+constexpr int kStripWidth = 45;
+constexpr QSize kMinimumSizeHint(40, 80);
+} // namespace
+
+CurveOffsetController::CurveOffsetController(CCurvePlot* plot, QWidget* parent)
+    : QWidget(parent)
+    , m_labelLayer(new QWidget(this))
+    , m_plot(plot)
+{
+    assertGuiThread();
+    setMinimumWidth(kStripWidth);
+    setMaximumWidth(kStripWidth);
+    m_labelLayer->setAttribute(Qt::WA_TranslucentBackground);
+    m_labelLayer->setAutoFillBackground(false);
+    m_labelLayer->setGeometry(rect());
+    if (m_plot)
+        connectPlot();
+}
+
+void CurveOffsetController::addCurveLabel(const QString& text, QwtPlotCurve* curve,
+                                          const QColor& color, double baseValue)
+{
+    assertGuiThread();
+    if (!curve || m_labels.contains(curve))
+        return;
+    m_baseValues[curve] = baseValue;
+
+    auto* label = new CurveLabel(text, curve, m_labelLayer);
+    label->setColor(color);
+    label->setValue(0.0);
+    // The first place may stick out of the strip; the next change of the range or size holds it inside.
+    label->move(0, valueToPixel(0.0, baseValue) - label->height() / 2);
+    label->show();
+
+    connect(label, &CurveLabel::labelPressed, this, &CurveOffsetController::onLabelPressed);
+    connect(label, &CurveLabel::dragStarted, this, &CurveOffsetController::onDragStarted);
+    connect(label, &CurveLabel::dragged, this, &CurveOffsetController::onLabelDragged);
+    connect(label, &CurveLabel::dragEnded, this, &CurveOffsetController::onDragEnded);
+    m_labels[curve] = label;
+    m_labelOrder.append(curve);
+}
+
+void CurveOffsetController::setLabelValue(QwtPlotCurve* curve, double value)
+{
+    assertGuiThread();
+    if (CurveLabel* label = m_labels.value(curve)) {
+        label->setValue(value);
+        placeLabel(curve, label);
+    }
+}
+
+double CurveOffsetController::labelValue(QwtPlotCurve* curve) const
+{
+    assertGuiThread();
+    const CurveLabel* label = m_labels.value(curve);
+    return label ? label->value() : 0.0;
+}
+
+void CurveOffsetController::hideCurveLabel(QwtPlotCurve* curve)
+{
+    assertGuiThread();
+    if (CurveLabel* label = m_labels.value(curve))
+        label->hide();
+}
+
+void CurveOffsetController::showCurveLabel(QwtPlotCurve* curve)
+{
+    assertGuiThread();
+    if (CurveLabel* label = m_labels.value(curve))
+        label->show();
+}
+
+void CurveOffsetController::setLabelColor(QwtPlotCurve* curve, const QColor& color)
+{
+    assertGuiThread();
+    if (CurveLabel* label = m_labels.value(curve))
+        label->setColor(color);
+}
+
+void CurveOffsetController::clearLabels()
+{
+    assertGuiThread();
+    // A tag that is being dragged lives on until the event loop takes it; it may report no more, for
+    // its curve is about to go.
+    m_activeLabel = nullptr;
+    for (CurveLabel* label : qAsConst(m_labels)) {
+        label->disconnect(this);
+        label->deleteLater();
+    }
+    m_labels.clear();
+    m_labelOrder.clear();
+}
+
+void CurveOffsetController::setPlot(CCurvePlot* plot)
+{
+    assertGuiThread();
+    if (m_plot && m_plot != plot)
+        disconnect(m_plot, nullptr, this, nullptr);
+    m_plot = plot;
+    if (m_plot)
+        connectPlot();
+}
+
+QSize CurveOffsetController::minimumSizeHint() const
+{
+    assertGuiThread();
+    return kMinimumSizeHint;
+}
+
+void CurveOffsetController::resizeEvent(QResizeEvent* event)
+{
+    assertGuiThread();
+    QWidget::resizeEvent(event);
+    m_labelLayer->setGeometry(rect());
+    placeLabels();
+}
+
+void CurveOffsetController::onLabelPressed(CurveLabel* label)
+{
+    assertGuiThread();
+    m_activeLabel = label;
+}
+
+void CurveOffsetController::onDragStarted()
+{
+    // The press has named the tag already; there is nothing to prepare.
+}
+
+void CurveOffsetController::onLabelDragged(int deltaY)
+{
+    assertGuiThread();
+    if (!m_activeLabel || !m_activeLabel->curve())
+        return;
+    QwtPlotCurve* curve = m_activeLabel->curve();
+    const double base = m_baseValues.value(curve, m_defaultBase);
+    const int labelHeight = m_activeLabel->height();
+    const int newTop = qBound(0, m_activeLabel->y() + deltaY, height() - labelHeight);
+    m_activeLabel->move(m_activeLabel->x(), newTop);
+
+    double value = 0.0;
+    if (height() > 0) {
+        const double centre = newTop + labelHeight / 2;
+        value = m_yMin + (1.0 - centre / height()) * (m_yMax - m_yMin) - base;
+    }
+    m_activeLabel->setValue(value);
+    emit offsetChanged(curve, value);
+}
+
+void CurveOffsetController::onDragEnded()
+{
+    assertGuiThread();
+    m_activeLabel = nullptr;
+}
+
+void CurveOffsetController::connectPlot()
+{
+    const QwtScaleDiv scale = m_plot->axisScaleDiv(QwtPlot::yLeft);
+    m_yMin = scale.lowerBound();
+    m_yMax = scale.upperBound();
+    placeLabels();
+    connect(m_plot, &CCurvePlot::yAxisRangeChanged, this,
+            &CurveOffsetController::onYAxisRangeChanged, Qt::UniqueConnection);
+}
+
+void CurveOffsetController::onYAxisRangeChanged(double yMin, double yMax)
+{
+    assertGuiThread();
+    m_yMin = yMin;
+    m_yMax = yMax;
+    placeLabels();
+}
+
+void CurveOffsetController::placeLabels()
+{
+    for (auto it = m_labels.cbegin(); it != m_labels.cend(); ++it)
+        if (it.value())
+            placeLabel(it.key(), it.value());
+}
+
+void CurveOffsetController::placeLabel(QwtPlotCurve* curve, CurveLabel* label)
+{
+    const double base = m_baseValues.value(curve, m_defaultBase);
+    const int top = valueToPixel(label->value(), base) - label->height() / 2;
+    label->move(0, qBound(0, top, height() - label->height()));
+}
+
+/// Height of `value` above `base` in the strip, 0 at the top. Values outside the y range are held to
+/// the strip's ends before they become an int, which a narrow range would overflow.
+int CurveOffsetController::valueToPixel(double value, double base) const
+{
+    const double share = (value + base - m_yMin) / (m_yMax - m_yMin);
+    const double pixel = height() - std::trunc(share * height());
+    if (std::isnan(pixel))
+        return 0;
+    return static_cast<int>(qBound(0.0, pixel, static_cast<double>(height())));
+}

@@ -1,0 +1,389 @@
+#include "mouseevents.h"
+#include "plot/ccurveplot.h"
+#include "plot/curvelabel.h"
+#include "plot/curveoffsetcontroller.h"
+
+#include <qwt_plot_curve.h>
+
+#include <QtTest>
+
+namespace {
+constexpr int kHeight = 200;
+
+/// A strip of 200 pixels beside a plot whose y axis runs from 0 to 10, so a unit is 20 pixels.
+struct Fixture
+{
+    Fixture()
+    {
+        plot.setAxisScale(QwtPlot::yLeft, 0.0, 10.0);
+        plot.QwtPlot::updateAxes();
+        strip = std::make_unique<CurveOffsetController>(&plot, nullptr);
+        strip->resize(45, kHeight);
+        strip->show();
+    }
+
+    CurveLabel* addLabel(QwtPlotCurve* added, double base)
+    {
+        const QList<CurveLabel*> before = labels();
+        strip->addCurveLabel(QStringLiteral("101"), added, Qt::red, base);
+        for (CurveLabel* label : labels())
+            if (!before.contains(label))
+                return label;
+        return nullptr;
+    }
+
+    QList<CurveLabel*> labels() const { return strip->findChildren<CurveLabel*>(); }
+
+    void drag(CurveLabel* label, int deltaY)
+    {
+        const QPoint start = label->mapToGlobal(label->rect().center());
+        pressAt(label, start);
+        dragTo(label, start + QPoint(0, deltaY));
+        releaseAt(label, start + QPoint(0, deltaY));
+    }
+
+    CCurvePlot plot;
+    QwtPlotCurve curve;
+    QwtPlotCurve other;
+    std::unique_ptr<CurveOffsetController> strip;
+};
+
+/// What a strip has reported.
+struct Reports
+{
+    explicit Reports(const Fixture& fixture)
+    {
+        QObject::connect(fixture.strip.get(), &CurveOffsetController::offsetChanged,
+                         [this](QwtPlotCurve* curve, double offset) {
+                             curves.append(curve);
+                             offsets.append(offset);
+                         });
+    }
+
+    QList<QwtPlotCurve*> curves;
+    QList<double> offsets;
+};
+} // namespace
+
+class TestCurveOffsetController : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void stripIsFortyFiveWide();
+    void labelLayerFillsTheStrip();
+    void labelStartsAtTheCurvesAverage_data();
+    void labelStartsAtTheCurvesAverage();
+    void newRangeHoldsLabelsInsideTheStrip_data();
+    void newRangeHoldsLabelsInsideTheStrip();
+    void resizeHoldsLabelsInsideTheStrip();
+    void valueMovesTheLabel();
+    void secondLabelOfACurveChangesNothing();
+    void nullCurveGetsNoLabel();
+    void curveWithoutLabelIsIgnored();
+    void labelHidesAndShows();
+    void labelColorChanges();
+    void dragReportsTheOffset();
+    void dragStopsAtTheEdges_data();
+    void dragStopsAtTheEdges();
+    void dragMovesOnlyThePressedLabel();
+    void clearRemovesAllLabels();
+    void curveAddedAgainTakesTheNewBase();
+    void labelClearedDuringItsDragReportsNoMore();
+    void stripWithoutHeightReportsZero();
+    void emptyOrTinyRangeIsHarmless_data();
+    void emptyOrTinyRangeIsHarmless();
+    void nullPlotLeavesTheRange();
+    void newPlotReplacesTheOld();
+};
+
+void TestCurveOffsetController::stripIsFortyFiveWide()
+{
+    const CurveOffsetController strip(nullptr, nullptr);
+    QCOMPARE(strip.minimumWidth(), 45);
+    QCOMPARE(strip.maximumWidth(), 45);
+    QCOMPARE(strip.minimumSizeHint(), QSize(40, 80));
+}
+
+void TestCurveOffsetController::labelLayerFillsTheStrip()
+{
+    Fixture f;
+    const CurveLabel* label = f.addLabel(&f.curve, 5.0);
+    const QWidget* layer = label->parentWidget();
+    QCOMPARE(layer->parentWidget(), f.strip.get());
+    QVERIFY(layer->testAttribute(Qt::WA_TranslucentBackground));
+    QVERIFY(!layer->autoFillBackground());
+    QCOMPARE(layer->geometry(), f.strip->rect());
+    f.strip->resize(45, 120);
+    QCOMPARE(layer->geometry(), f.strip->rect());
+}
+
+void TestCurveOffsetController::labelStartsAtTheCurvesAverage_data()
+{
+    QTest::addColumn<double>("base");
+    QTest::addColumn<int>("top");
+    QTest::newRow("middle") << 5.0 << 90;
+    QTest::newRow("between pixels is cut off") << 5.04 << 90;
+    QTest::newRow("upper bound, not held inside") << 10.0 << -10;
+    QTest::newRow("lower bound, not held inside") << 0.0 << 190;
+    QTest::newRow("above the range") << 1e6 << -10;
+    QTest::newRow("below the range") << -1e6 << 190;
+}
+
+void TestCurveOffsetController::labelStartsAtTheCurvesAverage()
+{
+    QFETCH(double, base);
+    QFETCH(int, top);
+    Fixture f;
+    const CurveLabel* label = f.addLabel(&f.curve, base);
+    QCOMPARE(label->pos(), QPoint(0, top));
+    QVERIFY(label->isVisible());
+    QCOMPARE(label->text(), QStringLiteral("101"));
+    QCOMPARE(label->color(), QColor(Qt::red));
+    QCOMPARE(label->value(), 0.0);
+}
+
+void TestCurveOffsetController::newRangeHoldsLabelsInsideTheStrip_data()
+{
+    QTest::addColumn<double>("yMin");
+    QTest::addColumn<double>("yMax");
+    QTest::addColumn<int>("top");
+    QTest::newRow("inside") << 0.0 << 20.0 << 140;
+    QTest::newRow("at the top") << 0.0 << 5.0 << 0;
+    QTest::newRow("at the bottom") << 5.0 << 10.0 << kHeight - 20;
+    QTest::newRow("above") << -10.0 << 0.0 << 0;
+    QTest::newRow("below") << 10.0 << 20.0 << kHeight - 20;
+}
+
+void TestCurveOffsetController::newRangeHoldsLabelsInsideTheStrip()
+{
+    QFETCH(double, yMin);
+    QFETCH(double, yMax);
+    QFETCH(int, top);
+    Fixture f;
+    const CurveLabel* label = f.addLabel(&f.curve, 5.0);
+    emit f.plot.yAxisRangeChanged(yMin, yMax);
+    QCOMPARE(label->pos(), QPoint(0, top));
+}
+
+void TestCurveOffsetController::resizeHoldsLabelsInsideTheStrip()
+{
+    Fixture f;
+    const CurveLabel* atTop = f.addLabel(&f.curve, 10.0);
+    const CurveLabel* inMiddle = f.addLabel(&f.other, 5.0);
+    f.strip->resize(45, 100);
+    QCOMPARE(atTop->y(), 0);
+    QCOMPARE(inMiddle->y(), 40);
+}
+
+void TestCurveOffsetController::valueMovesTheLabel()
+{
+    Fixture f;
+    const CurveLabel* label = f.addLabel(&f.curve, 5.0);
+    f.strip->setLabelValue(&f.curve, 2.0);
+    QCOMPARE(label->pos(), QPoint(0, 50));
+    QCOMPARE(f.strip->labelValue(&f.curve), 2.0);
+    f.strip->setLabelValue(&f.curve, -100.0);
+    QCOMPARE(label->pos(), QPoint(0, kHeight - 20));
+}
+
+void TestCurveOffsetController::secondLabelOfACurveChangesNothing()
+{
+    Fixture f;
+    const CurveLabel* label = f.addLabel(&f.curve, 5.0);
+    QVERIFY(!f.addLabel(&f.curve, 8.0));
+    QCOMPARE(f.labels().size(), 1);
+    // The base is still the first one.
+    emit f.plot.yAxisRangeChanged(0.0, 10.0);
+    QCOMPARE(label->y(), 90);
+}
+
+void TestCurveOffsetController::nullCurveGetsNoLabel()
+{
+    Fixture f;
+    QVERIFY(!f.addLabel(nullptr, 5.0));
+    QVERIFY(f.labels().isEmpty());
+}
+
+void TestCurveOffsetController::curveWithoutLabelIsIgnored()
+{
+    Fixture f;
+    const CurveLabel* label = f.addLabel(&f.curve, 5.0);
+    f.strip->setLabelValue(&f.other, 3.0);
+    f.strip->setLabelColor(&f.other, Qt::blue);
+    f.strip->hideCurveLabel(&f.other);
+    f.strip->showCurveLabel(&f.other);
+    f.strip->setLabelColor(nullptr, Qt::blue);
+    QCOMPARE(f.strip->labelValue(&f.other), 0.0);
+    QCOMPARE(label->value(), 0.0);
+    QCOMPARE(label->color(), QColor(Qt::red));
+    QVERIFY(label->isVisible());
+    QCOMPARE(f.labels().size(), 1);
+}
+
+void TestCurveOffsetController::labelHidesAndShows()
+{
+    Fixture f;
+    const CurveLabel* label = f.addLabel(&f.curve, 5.0);
+    f.strip->hideCurveLabel(&f.curve);
+    QVERIFY(!label->isVisible());
+    f.strip->showCurveLabel(&f.curve);
+    QVERIFY(label->isVisible());
+}
+
+void TestCurveOffsetController::labelColorChanges()
+{
+    Fixture f;
+    const CurveLabel* label = f.addLabel(&f.curve, 5.0);
+    f.strip->setLabelColor(&f.curve, Qt::green);
+    QCOMPARE(label->color(), QColor(Qt::green));
+}
+
+void TestCurveOffsetController::dragReportsTheOffset()
+{
+    Fixture f;
+    CurveLabel* label = f.addLabel(&f.curve, 5.0);
+    const Reports reports(f);
+    f.drag(label, -20);
+    QCOMPARE(reports.curves, QList<QwtPlotCurve*>{&f.curve});
+    QCOMPARE(reports.offsets, QList<double>{1.0});
+    QCOMPARE(label->pos(), QPoint(0, 70));
+    QCOMPARE(label->value(), 1.0);
+    // A new range puts the label where its value says, which is where it was dropped.
+    emit f.plot.yAxisRangeChanged(0.0, 10.0);
+    QCOMPARE(label->y(), 70);
+}
+
+void TestCurveOffsetController::dragStopsAtTheEdges_data()
+{
+    QTest::addColumn<int>("deltaY");
+    QTest::addColumn<int>("top");
+    QTest::addColumn<double>("value");
+    QTest::newRow("upper edge") << -500 << 0 << 4.5;
+    QTest::newRow("lower edge") << 500 << kHeight - 20 << -4.5;
+}
+
+void TestCurveOffsetController::dragStopsAtTheEdges()
+{
+    QFETCH(int, deltaY);
+    QFETCH(int, top);
+    QFETCH(double, value);
+    Fixture f;
+    CurveLabel* label = f.addLabel(&f.curve, 5.0);
+    f.drag(label, deltaY);
+    QCOMPARE(label->y(), top);
+    QCOMPARE(f.strip->labelValue(&f.curve), value);
+}
+
+void TestCurveOffsetController::dragMovesOnlyThePressedLabel()
+{
+    Fixture f;
+    CurveLabel* label = f.addLabel(&f.curve, 5.0);
+    CurveLabel* otherLabel = f.addLabel(&f.other, 2.0);
+    const Reports reports(f);
+    f.drag(label, 40);
+    f.drag(otherLabel, -20);
+    QCOMPARE(reports.curves, (QList<QwtPlotCurve*>{&f.curve, &f.other}));
+    QCOMPARE(label->value(), -2.0);
+    QCOMPARE(otherLabel->value(), 1.0);
+}
+
+void TestCurveOffsetController::clearRemovesAllLabels()
+{
+    Fixture f;
+    const QPointer<CurveLabel> label = f.addLabel(&f.curve, 5.0);
+    f.addLabel(&f.other, 2.0);
+    f.strip->setLabelValue(&f.curve, 2.0);
+    f.strip->clearLabels();
+    QVERIFY(label);
+    QCOMPARE(f.strip->labelValue(&f.curve), 0.0);
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    QVERIFY(!label);
+    QVERIFY(f.labels().isEmpty());
+}
+
+void TestCurveOffsetController::curveAddedAgainTakesTheNewBase()
+{
+    Fixture f;
+    f.addLabel(&f.curve, 5.0);
+    f.strip->clearLabels();
+    const CurveLabel* label = f.addLabel(&f.curve, 8.0);
+    QCOMPARE(label->y(), 30);
+    emit f.plot.yAxisRangeChanged(0.0, 10.0);
+    QCOMPARE(label->y(), 30);
+}
+
+void TestCurveOffsetController::labelClearedDuringItsDragReportsNoMore()
+{
+    Fixture f;
+    CurveLabel* label = f.addLabel(&f.curve, 5.0);
+    const Reports reports(f);
+    const QPoint start = label->mapToGlobal(label->rect().center());
+    pressAt(label, start);
+    f.strip->clearLabels();
+    dragTo(label, start + QPoint(0, 10));
+    releaseAt(label, start + QPoint(0, 10));
+    QVERIFY(reports.curves.isEmpty());
+}
+
+void TestCurveOffsetController::stripWithoutHeightReportsZero()
+{
+    Fixture f;
+    CurveLabel* label = f.addLabel(&f.curve, 5.0);
+    f.strip->setLabelValue(&f.curve, 3.0);
+    f.strip->resize(45, 0);
+    const Reports reports(f);
+    f.drag(label, 10);
+    QCOMPARE(reports.offsets, QList<double>{0.0});
+    QCOMPARE(label->y(), 0);
+}
+
+void TestCurveOffsetController::emptyOrTinyRangeIsHarmless_data()
+{
+    QTest::addColumn<double>("yMin");
+    QTest::addColumn<double>("yMax");
+    QTest::addColumn<int>("top");
+    QTest::newRow("no range, on the value") << 5.0 << 5.0 << 0;
+    QTest::newRow("no range, below the value") << 4.0 << 4.0 << 0;
+    QTest::newRow("no range, above the value") << 6.0 << 6.0 << kHeight - 20;
+    QTest::newRow("more pixels than an int holds") << 4.0 << 4.0 + 1e-12 << 0;
+}
+
+void TestCurveOffsetController::emptyOrTinyRangeIsHarmless()
+{
+    QFETCH(double, yMin);
+    QFETCH(double, yMax);
+    QFETCH(int, top);
+    Fixture f;
+    const CurveLabel* label = f.addLabel(&f.curve, 5.0);
+    emit f.plot.yAxisRangeChanged(yMin, yMax);
+    QCOMPARE(label->pos(), QPoint(0, top));
+}
+
+void TestCurveOffsetController::nullPlotLeavesTheRange()
+{
+    Fixture f;
+    f.strip->setPlot(nullptr);
+    const CurveLabel* label = f.addLabel(&f.curve, 5.0);
+    QCOMPARE(label->y(), 90);
+    emit f.plot.yAxisRangeChanged(0.0, 20.0);
+    QCOMPARE(label->y(), 90);
+}
+
+void TestCurveOffsetController::newPlotReplacesTheOld()
+{
+    Fixture f;
+    CCurvePlot second;
+    second.setAxisScale(QwtPlot::yLeft, 0.0, 20.0);
+    second.QwtPlot::updateAxes();
+    const CurveLabel* label = f.addLabel(&f.curve, 5.0);
+    f.strip->setPlot(&second);
+    QCOMPARE(label->y(), 140);
+    emit f.plot.yAxisRangeChanged(0.0, 10.0);
+    QCOMPARE(label->y(), 140);
+    emit second.yAxisRangeChanged(0.0, 10.0);
+    QCOMPARE(label->y(), 90);
+}
+
+QTEST_MAIN(TestCurveOffsetController)
+#include "test_curveoffsetcontroller.moc"
