@@ -1,0 +1,461 @@
+#include "plot/barchartwidget.h"
+
+#include "app/globals.h"
+#include "common/threadassert.h"
+#include "plot/ccurveplot.h"
+#include "plot/colorselectbutton.h"
+#include "plot/curveoffsetcontroller.h"
+#include "storage/curveseriesdata.h"
+#include "widgets/customcombobox.h"
+
+#include <qwt_plot_curve.h>
+
+#include <QComboBox>
+#include <QDoubleSpinBox>
+#include <QHBoxLayout>
+#include <QHeaderView>
+#include <QLabel>
+#include <QPushButton>
+#include <QSignalBlocker>
+#include <QSizeGrip>
+#include <QSplitter>
+#include <QTableWidget>
+#include <QVBoxLayout>
+
+namespace {
+constexpr int kRowCount = 40;
+
+enum Column {
+    NumberColumn,
+    ColorColumn,
+    ChannelColumn,
+    AxisColumn,
+    UnitsPerDivColumn,
+    OffsetColumn,
+    ColumnCount
+};
+
+constexpr int kNumberColumnWidth = 50;
+constexpr int kColorColumnWidth = 80;
+constexpr int kAxisColumnWidth = 100;
+constexpr int kColorCellMargin = 2;
+
+constexpr double kOffsetLimit = 1000.0;
+constexpr int kOffsetDecimals = 5;
+
+constexpr double kCurvePenWidth = 0.0;
+constexpr QRgb kNewCurveColor = 0xffB793E6;
+
+constexpr QMargins kOuterMargins(10, 10, 1, 0);
+constexpr int kPlotStretch = 7;
+constexpr int kTableStretch = 2;
+constexpr int kPlotStretchAlone = 9;
+constexpr int kTableStretchHidden = 1;
+constexpr int kContainerMaximumHeight = 2000;
+
+/// Channel number of a combo text "number(unit)"; 0 and `*ok` false when there is none.
+int channelOfText(const QString& text, bool* ok = nullptr)
+{
+    return text.section(QLatin1Char('('), 0, 0).toInt(ok);
+}
+
+QPen curvePen(const QColor& color)
+{
+    return {color, kCurvePenWidth, Qt::SolidLine};
+}
+} // namespace
+
+BarChartWidget::BarChartWidget(QWidget* parent)
+    : QWidget(parent)
+{
+    assertGuiThread();
+    buildLayout();
+}
+
+BarChartWidget::~BarChartWidget()
+{
+    assertGuiThread();
+    delete m_splitter;
+}
+
+void BarChartWidget::clearChart()
+{
+    assertGuiThread();
+    m_offsetController->clearLabels();
+    m_channelCurves.clear();
+    m_curveSpinBoxes.clear();
+    m_plot->clearCurves();
+    m_shownSeries.clear();
+}
+
+void BarChartWidget::setChannelList(const QStringList& items)
+{
+    assertGuiThread();
+    if (items.isEmpty())
+        return;
+    for (int row = 0; row < m_table->rowCount(); ++row) {
+        if (QComboBox* combo = channelComboOfRow(row)) {
+            const QSignalBlocker blocker(combo);
+            combo->clear();
+            combo->insertItems(0, items);
+        }
+    }
+}
+
+void BarChartWidget::onNewSample(qint64 timeMs)
+{
+    assertGuiThread();
+    m_plot->onNewSample(timeMs);
+}
+
+void BarChartWidget::onChannelTypeChange(int index)
+{
+    assertGuiThread();
+    auto* combo = qobject_cast<QComboBox*>(sender());
+    if (index < 0 || !combo)
+        return;
+    const int row = m_widgetRows.value(combo, -1);
+    if (index == 0) {
+        resetRow(row);
+        syncCurves(row);
+        return;
+    }
+    if (row < 0 || row >= m_table->rowCount())
+        return;
+    const int channel = channelOfText(combo->currentText());
+    enableRow(row, channel);
+    const QwtPlotCurve* curve = m_channelCurves[channel];
+    if (curve && curve->isVisible()) {
+        // Another row shows this channel. Going back to "none" enters this slot again for this row.
+        combo->setCurrentIndex(0);
+        return;
+    }
+    syncCurves(row);
+}
+
+void BarChartWidget::onColorChanged(QColor newColor)
+{
+    assertGuiThread();
+    const int row = m_widgetRows.value(sender(), -1);
+    const QComboBox* combo = channelComboOfRow(row);
+    if (!combo || combo->currentIndex() <= 0)
+        return;
+    QwtPlotCurve* curve = m_channelCurves[channelOfText(combo->currentText())];
+    if (curve)
+        curve->setPen(curvePen(newColor));
+    m_plot->replot();
+    m_offsetController->setLabelColor(curve, newColor);
+}
+
+void BarChartWidget::onOffsetChanged(double value)
+{
+    assertGuiThread();
+    const int row = m_widgetRows.value(sender(), -1);
+    const QComboBox* combo = channelComboOfRow(row);
+    if (!combo || combo->currentIndex() <= 0)
+        return;
+    QwtPlotCurve* curve = m_channelCurves[channelOfText(combo->currentText())];
+    m_plot->setCurveOffset(curve, value);
+    m_offsetController->setLabelValue(curve, value);
+}
+
+void BarChartWidget::hideTableWidget()
+{
+    assertGuiThread();
+    if (!m_table)
+        return;
+    if (m_table->isVisible()) {
+        m_table->hide();
+        m_toggleButton->setText(tr("▲选择通道"));
+        m_tableContainer->setMinimumHeight(m_toggleButton->height());
+        m_tableContainer->setMaximumHeight(m_toggleButton->height());
+        m_splitter->setStretchFactor(0, kPlotStretchAlone);
+        m_splitter->setStretchFactor(1, kTableStretchHidden);
+    } else {
+        m_table->show();
+        m_toggleButton->setText(tr("▼选择通道"));
+        m_tableContainer->setMaximumHeight(kContainerMaximumHeight);
+        m_tableContainer->setMinimumHeight(0);
+        m_splitter->setStretchFactor(0, kPlotStretch);
+        m_splitter->setStretchFactor(1, kTableStretch);
+    }
+}
+
+void BarChartWidget::onCurrDisPlot()
+{
+    assertGuiThread();
+    if (m_plot)
+        m_plot->resumeLive();
+}
+
+void BarChartWidget::onPlotZoomTypeChanged(int index)
+{
+    assertGuiThread();
+    if (index >= 0 && m_plot)
+        m_plot->setZoomMode(static_cast<short>(index + 1));
+}
+
+void BarChartWidget::setOffset(QwtPlotCurve* curve, double offset)
+{
+    assertGuiThread();
+    if (!curve || !m_plot)
+        return;
+    m_plot->setCurveOffset(curve, offset);
+    if (QDoubleSpinBox* spinBox = m_curveSpinBoxes.value(curve)) {
+        const QSignalBlocker blocker(spinBox);
+        spinBox->setValue(offset);
+    }
+}
+
+void BarChartWidget::buildLayout()
+{
+    auto* layout = new QVBoxLayout(this);
+    layout->setContentsMargins(kOuterMargins);
+    m_splitter = new QSplitter(Qt::Vertical, this);
+    m_splitter->setOpaqueResize(true);
+    m_splitter->setChildrenCollapsible(false);
+    m_splitter->addWidget(buildPlotArea());
+    m_splitter->addWidget(buildTableArea());
+    m_splitter->setStretchFactor(0, kPlotStretch);
+    m_splitter->setStretchFactor(1, kTableStretch);
+    layout->addWidget(m_splitter);
+    layout->addWidget(new QSizeGrip(this), 0, Qt::AlignBottom | Qt::AlignRight);
+}
+
+QWidget* BarChartWidget::buildPlotArea()
+{
+    auto* area = new QWidget(this);
+    auto* layout = new QVBoxLayout(area);
+
+    m_plot = new CCurvePlot(area);
+    m_offsetController = new CurveOffsetController(m_plot, area);
+    connect(m_offsetController, &CurveOffsetController::offsetChanged, this,
+            &BarChartWidget::setOffset);
+    auto* plotRow = new QHBoxLayout;
+    plotRow->addWidget(m_offsetController);
+    plotRow->addWidget(m_plot);
+    layout->addLayout(plotRow);
+
+    auto* liveButton = new QPushButton(tr("实时显示"), area);
+    liveButton->setStyleSheet(QStringLiteral("background:#171717;"));
+    connect(liveButton, &QPushButton::clicked, this, &BarChartWidget::onCurrDisPlot);
+    auto* zoomBox = new CustomComboBox(area);
+    zoomBox->addFunctionItems({tr("水平"), tr("垂直"), tr("双向")});
+    connect(zoomBox, qOverload<int>(&QComboBox::currentIndexChanged), this,
+            &BarChartWidget::onPlotZoomTypeChanged);
+    auto* controlRow = new QHBoxLayout;
+    controlRow->addStretch();
+    controlRow->addWidget(liveButton);
+    controlRow->addWidget(zoomBox);
+    layout->addLayout(controlRow);
+    return area;
+}
+
+QWidget* BarChartWidget::buildTableArea()
+{
+    m_tableContainer = new QWidget(this);
+    m_tableContainer->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Preferred);
+    auto* layout = new QVBoxLayout(m_tableContainer);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->setSpacing(0);
+
+    m_toggleButton = new QPushButton(tr("▲选择通道"), m_tableContainer);
+    m_toggleButton->setStyleSheet(QStringLiteral("text-align: left; padding-left: 8px;"));
+    connect(m_toggleButton, &QPushButton::clicked, this, &BarChartWidget::hideTableWidget);
+    layout->addWidget(m_toggleButton);
+    buildTable();
+    layout->addWidget(m_table);
+    return m_tableContainer;
+}
+
+void BarChartWidget::buildTable()
+{
+    m_table = new QTableWidget(kRowCount, ColumnCount, m_tableContainer);
+    m_table->setHorizontalHeaderLabels(
+        {QString(), tr("颜色"), tr("通道"), tr("图表 Y轴"), tr("单位/Div"), tr("偏移量")});
+    m_table->verticalHeader()->setVisible(false);
+    m_table->setEditTriggers(QAbstractItemView::NoEditTriggers);
+    m_table->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+
+    QHeaderView* header = m_table->horizontalHeader();
+    header->setStyleSheet(QStringLiteral("QHeaderView::section {    background-color: #5D5D5D;"
+                                         "    border: 0px solid #ddd;    padding: 4px;"
+                                         "    font-weight: bold;}"));
+    m_table->setColumnWidth(NumberColumn, kNumberColumnWidth);
+    m_table->setColumnWidth(ColorColumn, kColorColumnWidth);
+    m_table->setColumnWidth(AxisColumn, kAxisColumnWidth);
+    for (const int column : {ChannelColumn, UnitsPerDivColumn, OffsetColumn})
+        header->setSectionResizeMode(column, QHeaderView::Stretch);
+    for (int row = 0; row < kRowCount; ++row)
+        buildRow(row);
+}
+
+void BarChartWidget::buildRow(int row)
+{
+    auto* number = new QTableWidgetItem(QString::number(row + 1));
+    number->setTextAlignment(Qt::AlignCenter);
+    m_table->setItem(row, NumberColumn, number);
+
+    m_table->setCellWidget(row, ColorColumn, buildColorCell(row));
+
+    auto* channelBox = new QComboBox(m_table->viewport());
+    channelBox->addItem(tr("无"));
+    m_widgetRows[channelBox] = row;
+    connect(channelBox, qOverload<int>(&QComboBox::currentIndexChanged), this,
+            &BarChartWidget::onChannelTypeChange);
+    m_table->setCellWidget(row, ChannelColumn, channelBox);
+
+    auto* axisLabel = new QLabel(QStringLiteral("---"), m_table->viewport());
+    axisLabel->setAlignment(Qt::AlignCenter);
+    m_table->setCellWidget(row, AxisColumn, axisLabel);
+
+    auto* unitsPerDivBox = new QComboBox(m_table->viewport());
+    unitsPerDivBox->addItems(
+        {QStringLiteral("1/"), QStringLiteral("2/"), QStringLiteral("5/"), QStringLiteral("10/")});
+    unitsPerDivBox->setEnabled(false);
+    m_table->setCellWidget(row, UnitsPerDivColumn, unitsPerDivBox);
+
+    m_table->setCellWidget(row, OffsetColumn, buildOffsetCell(row));
+}
+
+QWidget* BarChartWidget::buildColorCell(int row)
+{
+    auto* holder = new QWidget(m_table->viewport());
+    auto* layout = new QHBoxLayout(holder);
+    layout->setContentsMargins(kColorCellMargin, kColorCellMargin, kColorCellMargin,
+                               kColorCellMargin);
+    layout->setAlignment(Qt::AlignCenter);
+    auto* button = new ColorSelectButton(holder);
+    layout->addWidget(button);
+    m_widgetRows[button] = row;
+    connect(button, &ColorSelectButton::colorChanged, this, &BarChartWidget::onColorChanged);
+    return holder;
+}
+
+QWidget* BarChartWidget::buildOffsetCell(int row)
+{
+    auto* holder = new QWidget(m_table->viewport());
+    auto* layout = new QHBoxLayout(holder);
+    layout->setContentsMargins(0, 0, 0, 0);
+    auto* spinBox = new QDoubleSpinBox(holder);
+    spinBox->setRange(-kOffsetLimit, kOffsetLimit);
+    spinBox->setDecimals(kOffsetDecimals);
+    spinBox->setValue(0.0);
+    spinBox->setSuffix(QStringLiteral(" Vdc"));
+    spinBox->setEnabled(false);
+    layout->addWidget(spinBox);
+    m_widgetRows[spinBox] = row;
+    connect(spinBox, qOverload<double>(&QDoubleSpinBox::valueChanged), this,
+            &BarChartWidget::onOffsetChanged);
+    return holder;
+}
+
+QComboBox* BarChartWidget::channelComboOfRow(int row) const
+{
+    return qobject_cast<QComboBox*>(m_table->cellWidget(row, ChannelColumn));
+}
+
+QDoubleSpinBox* BarChartWidget::spinBoxOfRow(int row) const
+{
+    const QWidget* holder = m_table->cellWidget(row, OffsetColumn);
+    return holder ? holder->findChild<QDoubleSpinBox*>() : nullptr;
+}
+
+ColorSelectButton* BarChartWidget::colorButtonOfRow(int row) const
+{
+    const QWidget* holder = m_table->cellWidget(row, ColorColumn);
+    return holder ? holder->findChild<ColorSelectButton*>() : nullptr;
+}
+
+/// Channel that a row has selected; -1 for none and for a text without a channel number.
+int BarChartWidget::selectedChannel(int row) const
+{
+    const QComboBox* combo = channelComboOfRow(row);
+    if (!combo || combo->currentIndex() <= 0)
+        return -1;
+    bool ok = false;
+    const int channel = channelOfText(combo->currentText(), &ok);
+    return ok ? channel : -1;
+}
+
+void BarChartWidget::resetRow(int row)
+{
+    QDoubleSpinBox* spinBox = spinBoxOfRow(row);
+    if (!spinBox)
+        return;
+    const QSignalBlocker blocker(spinBox);
+    spinBox->setEnabled(false);
+    spinBox->setValue(0.0);
+    // The curve keeps its offset in the plot and shows it again when the channel is chosen again.
+    if (QwtPlotCurve* curve = m_curveSpinBoxes.key(spinBox))
+        m_curveSpinBoxes.remove(curve);
+}
+
+void BarChartWidget::enableRow(int row, int channel)
+{
+    if (QWidget* unitsPerDivBox = m_table->cellWidget(row, UnitsPerDivColumn))
+        unitsPerDivBox->setEnabled(true);
+    QDoubleSpinBox* spinBox = spinBoxOfRow(row);
+    if (!spinBox)
+        return;
+    const QSignalBlocker blocker(spinBox);
+    spinBox->setEnabled(true);
+    spinBox->setValue(m_plot->curveOffset(m_channelCurves[channel]));
+    spinBox->setSuffix(QStringLiteral(" %1").arg(g_scanChannels[channel]));
+}
+
+/// Makes the curves on show those of the selected channels. A curve that has to be made takes its
+/// colour and its spin box from `row`.
+void BarChartWidget::syncCurves(int row)
+{
+    QList<int> channels;
+    for (int i = 0; i < m_table->rowCount(); ++i) {
+        const int channel = selectedChannel(i);
+        if (channel >= 0)
+            channels.append(channel);
+    }
+    for (const int channel : qAsConst(channels))
+        showChannel(channel, row);
+    hideOtherChannels(channels);
+    m_plot->replot();
+}
+
+void BarChartWidget::showChannel(int channel, int row)
+{
+    QwtPlotCurve* curve = m_channelCurves.value(channel);
+    if (!curve) {
+        createCurve(channel, row);
+    } else if (!curve->isVisible()) {
+        curve->show();
+        m_offsetController->showCurveLabel(curve);
+    }
+}
+
+void BarChartWidget::createCurve(int channel, int row)
+{
+    const std::shared_ptr<CurveSeriesData> series = g_curveSeries.value(channel);
+    if (!series)
+        return;
+    const QString title = QString::number(channel);
+    QwtPlotCurve* curve = m_plot->addCurve(series.get(), QColor(kNewCurveColor), title);
+    m_shownSeries[channel] = series;
+    m_channelCurves[channel] = curve;
+    m_offsetController->addCurveLabel(title, curve, QColor(kNewCurveColor), series->average());
+    if (const ColorSelectButton* button = colorButtonOfRow(row)) {
+        curve->setPen(curvePen(button->color()));
+        m_offsetController->setLabelColor(curve, button->color());
+    }
+    if (QDoubleSpinBox* spinBox = spinBoxOfRow(row))
+        m_curveSpinBoxes[curve] = spinBox;
+    curve->show();
+}
+
+void BarChartWidget::hideOtherChannels(const QList<int>& channels)
+{
+    for (auto it = m_channelCurves.cbegin(); it != m_channelCurves.cend(); ++it) {
+        if (!it.value() || channels.contains(it.key()))
+            continue;
+        it.value()->hide();
+        m_offsetController->hideCurveLabel(it.value());
+    }
+}

@@ -1,0 +1,88 @@
+#pragma once
+
+#include <QColor>
+#include <QMap>
+#include <QStringList>
+#include <QWidget>
+
+#include <memory>
+
+class CCurvePlot;
+class ColorSelectButton;
+class CurveOffsetController;
+class CurveSeriesData;
+class QComboBox;
+class QDoubleSpinBox;
+class QPushButton;
+class QSplitter;
+class QTableWidget;
+class QwtPlotCurve;
+
+/// The chart window's content: a plot with its strip of tags, a live button and a zoom selector above;
+/// below, a table of 40 rows in which the user gives each curve a channel, a colour and an offset. It
+/// shows no bars, whatever its name. GUI thread.
+///
+/// Curves point at the shared series. The chart keeps each series that it shows alive until
+/// clearChart() or its own end, so that a rebuilt g_curveSeries never leaves a curve without data.
+class BarChartWidget : public QWidget
+{
+    Q_OBJECT
+    Q_DISABLE_COPY_MOVE(BarChartWidget)
+
+public:
+    explicit BarChartWidget(QWidget* parent = nullptr);
+    ~BarChartWidget() override;
+
+    /// Deletes all curves and tags and lets go of their series.
+    void clearChart();
+
+    /// Offers these channels in every row and goes back to the first of them, without touching the
+    /// curves. An empty list is ignored.
+    void setChannelList(const QStringList& items);
+
+    /// A batch of readings has arrived; `timeMs` is the last one's time in ms since the epoch.
+    void onNewSample(qint64 timeMs);
+
+public slots:
+    void onChannelTypeChange(int index);
+    void onColorChanged(QColor newColor);
+    void onOffsetChanged(double value);
+    void hideTableWidget();
+    /// Gives the view back to the readings.
+    void onCurrDisPlot();
+    void onPlotZoomTypeChanged(int index);
+    /// Takes over the offset of a dragged tag, in y units.
+    void setOffset(QwtPlotCurve* curve, double offset);
+
+private:
+    void buildLayout();
+    QWidget* buildPlotArea();
+    QWidget* buildTableArea();
+    void buildTable();
+    void buildRow(int row);
+    QWidget* buildColorCell(int row);
+    QWidget* buildOffsetCell(int row);
+
+    QComboBox* channelComboOfRow(int row) const;
+    QDoubleSpinBox* spinBoxOfRow(int row) const;
+    ColorSelectButton* colorButtonOfRow(int row) const;
+    int selectedChannel(int row) const;
+
+    void resetRow(int row);
+    void enableRow(int row, int channel);
+    void syncCurves(int row);
+    void showChannel(int channel, int row);
+    void createCurve(int channel, int row);
+    void hideOtherChannels(const QList<int>& channels);
+
+    CurveOffsetController* m_offsetController = nullptr;
+    CCurvePlot* m_plot = nullptr;
+    QSplitter* m_splitter = nullptr;
+    QWidget* m_tableContainer = nullptr;
+    QPushButton* m_toggleButton = nullptr;
+    QTableWidget* m_table = nullptr;
+    QMap<QObject*, int> m_widgetRows;
+    QMap<int, QwtPlotCurve*> m_channelCurves;
+    QMap<QwtPlotCurve*, QDoubleSpinBox*> m_curveSpinBoxes;
+    QMap<int, std::shared_ptr<CurveSeriesData>> m_shownSeries;
+};

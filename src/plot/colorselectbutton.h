@@ -1,0 +1,41 @@
+#pragma once
+
+#include <QColor>
+#include <QList>
+#include <QPushButton>
+
+class QMenu;
+
+/// A small square that shows a curve's colour; a click opens a menu of 18 swatches below it. New
+/// buttons go round the palette, across all chart windows of the process. GUI thread.
+class ColorSelectButton : public QPushButton
+{
+    Q_OBJECT
+    Q_DISABLE_COPY_MOVE(ColorSelectButton)
+
+public:
+    explicit ColorSelectButton(QWidget* parent = nullptr);
+
+    QColor color() const { return m_color; }
+
+signals:
+    /// The user has chosen a colour, which may be the present one.
+    void colorChanged(QColor color);
+
+private slots:
+    /// Chooses from all colours in a dialog; nothing offers it yet.
+    void showColorDialog();
+    void updateButtonColor(QColor color);
+
+private:
+    void showMenu();
+    QMenu* buildMenu();
+    void showCurrentColor();
+
+    static int nextColorIndex;
+
+    QColor m_color;
+    // Made at the first click: most of the 40 buttons of a chart never show it.
+    QMenu* m_menu = nullptr;
+    QList<QColor> m_palette;
+};
