@@ -1,0 +1,148 @@
+#include "plot/datanetwork.h"
+
+#include "app/globals.h"
+#include "common/threadassert.h"
+#include "storage/curveseriesdata.h"
+
+#include <QComboBox>
+#include <QHeaderView>
+#include <QSignalBlocker>
+#include <QSizeGrip>
+#include <QTableWidget>
+#include <QVBoxLayout>
+
+namespace {
+constexpr int kRowCount = 20;
+constexpr int kValueDecimals = 5;
+
+enum Column {
+    NumberColumn,
+    ChannelColumn,
+    ReadingColumn,
+    TimeColumn,
+    MinimumColumn,
+    MaximumColumn,
+    AverageColumn,
+    ColumnCount
+};
+
+QString noChannel()
+{
+    return DataNetwork::tr("无");
+}
+
+QString valueText(double value)
+{
+    return QString::number(value, 'f', kValueDecimals);
+}
+} // namespace
+
+DataNetwork::DataNetwork(QWidget* parent)
+    : QWidget(parent)
+    , m_table(new QTableWidget(this))
+{
+    assertGuiThread();
+    buildTable();
+    auto* layout = new QVBoxLayout(this);
+    layout->addWidget(m_table);
+    layout->addWidget(new QSizeGrip(this), 0, Qt::AlignBottom | Qt::AlignRight);
+}
+
+void DataNetwork::setChannelList(const QStringList& items)
+{
+    assertGuiThread();
+    if (items.isEmpty())
+        return;
+    for (int row = 0; row < m_table->rowCount(); ++row) {
+        if (QComboBox* combo = comboOfRow(row)) {
+            const QSignalBlocker blocker(combo);
+            combo->clear();
+            combo->insertItems(0, items);
+        }
+    }
+}
+
+void DataNetwork::refreshRows()
+{
+    assertGuiThread();
+    for (int row = 0; row < m_table->rowCount(); ++row) {
+        const QComboBox* combo = comboOfRow(row);
+        if (combo && combo->currentIndex() > 0)
+            refreshRow(row);
+    }
+}
+
+void DataNetwork::onChannelChanged(int index)
+{
+    assertGuiThread();
+    const auto* combo = qobject_cast<QComboBox*>(sender());
+    if (index < 0 || !combo)
+        return;
+    for (int row = 0; row < m_table->rowCount(); ++row) {
+        if (m_table->cellWidget(row, ChannelColumn) == combo) {
+            refreshRow(row);
+            return;
+        }
+    }
+}
+
+void DataNetwork::buildTable()
+{
+    m_table->setRowCount(kRowCount);
+    m_table->setColumnCount(ColumnCount);
+    m_table->setHorizontalHeaderLabels(
+        {QString(), tr("通道"), tr("读数"), tr("时间"), tr("最小值"), tr("最大值"), tr("平均值")});
+    m_table->horizontalHeader()->setSectionResizeMode(QHeaderView::Stretch);
+    m_table->verticalHeader()->setVisible(false);
+    for (int row = 0; row < kRowCount; ++row)
+        buildRow(row);
+}
+
+void DataNetwork::buildRow(int row)
+{
+    auto* number = new QTableWidgetItem(QString::number(row + 1));
+    number->setFlags(number->flags() & ~Qt::ItemIsEditable);
+    m_table->setItem(row, NumberColumn, number);
+
+    auto* combo = new QComboBox(m_table->viewport());
+    combo->addItem(noChannel());
+    connect(combo, qOverload<int>(&QComboBox::currentIndexChanged), this,
+            &DataNetwork::onChannelChanged);
+    m_table->setCellWidget(row, ChannelColumn, combo);
+
+    for (int column = ReadingColumn; column < ColumnCount; ++column)
+        m_table->setItem(row, column, new QTableWidgetItem(QString()));
+}
+
+QComboBox* DataNetwork::comboOfRow(int row) const
+{
+    return qobject_cast<QComboBox*>(m_table->cellWidget(row, ChannelColumn));
+}
+
+void DataNetwork::refreshRow(int row)
+{
+    const QComboBox* combo = comboOfRow(row);
+    if (!combo)
+        return;
+    const QString text = combo->currentText();
+    if (text == noChannel()) {
+        for (int column = ReadingColumn; column < ColumnCount; ++column)
+            writeCell(row, column, QString());
+        return;
+    }
+    const int channel = text.section(QLatin1Char('('), 0, 0).toInt();
+    const std::shared_ptr<CurveSeriesData> series = g_curveSeries.value(channel);
+    if (!series)
+        return;
+    writeCell(row, ReadingColumn, valueText(series->lastValue()));
+    writeCell(row, TimeColumn, series->lastTimeText());
+    writeCell(row, MinimumColumn, valueText(series->minimum()));
+    writeCell(row, MaximumColumn, valueText(series->maximum()));
+    writeCell(row, AverageColumn, valueText(series->average()));
+}
+
+void DataNetwork::writeCell(int row, int column, const QString& text)
+{
+    if (QTableWidgetItem* item = m_table->item(row, column))
+        item->setData(Qt::EditRole, text);
+}

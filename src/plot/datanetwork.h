@@ -1,0 +1,38 @@
+#pragma once
+
+#include <QStringList>
+#include <QWidget>
+
+class QComboBox;
+class QTableWidget;
+
+/// The data grid of the workspace: 20 rows, in each of which the user picks a channel and sees its
+/// latest reading, that reading's time, and the minimum, maximum and average so far. It reads the
+/// shared series and holds nothing of its own. GUI thread.
+class DataNetwork : public QWidget
+{
+    Q_OBJECT
+    Q_DISABLE_COPY_MOVE(DataNetwork)
+
+public:
+    explicit DataNetwork(QWidget* parent = nullptr);
+
+    /// Offers these channels in every row and goes back to the first of them, without touching the
+    /// values on show. An empty list is ignored.
+    void setChannelList(const QStringList& items);
+
+    /// Rewrites each row that has a channel.
+    void refreshRows();
+
+private slots:
+    void onChannelChanged(int index);
+
+private:
+    void buildTable();
+    void buildRow(int row);
+    QComboBox* comboOfRow(int row) const;
+    void refreshRow(int row);
+    void writeCell(int row, int column, const QString& text);
+
+    QTableWidget* m_table;
+};

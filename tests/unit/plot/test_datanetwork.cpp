@@ -1,0 +1,277 @@
+#include "plot/datanetwork.h"
+#include "seriesstore.h"
+
+#include <QComboBox>
+#include <QDateTime>
+#include <QHeaderView>
+#include <QSignalSpy>
+#include <QSizeGrip>
+#include <QTableWidget>
+#include <QtTest>
+
+namespace {
+const QStringList kChannels{QStringLiteral("无"), QStringLiteral("101(V)"),
+                            QStringLiteral("102(A)")};
+
+/// Readings of today: the store keeps them in a file that the series is registered in.
+const QDateTime kTime = QDateTime::currentDateTime();
+
+double readingTime()
+{
+    return static_cast<double>(kTime.toMSecsSinceEpoch());
+}
+
+struct Fixture
+{
+    Fixture() { grid.setChannelList(kChannels); }
+
+    QTableWidget* table() const { return grid.findChild<QTableWidget*>(); }
+    QComboBox* combo(int row) const
+    {
+        return qobject_cast<QComboBox*>(table()->cellWidget(row, 1));
+    }
+
+    /// Texts of columns 2 to 6.
+    QStringList cells(int row) const
+    {
+        QStringList texts;
+        for (int column = 2; column <= 6; ++column)
+            texts.append(table()->item(row, column)->text());
+        return texts;
+    }
+
+    DataNetwork grid;
+};
+
+const QStringList kEmptyRow{QString(), QString(), QString(), QString(), QString()};
+const QStringList kTwoReadings{
+    QStringLiteral("-0.50000"), kTime.addSecs(1).toString(QStringLiteral("yyyy-MM-dd hh:mm:ss")),
+    QStringLiteral("-0.50000"), QStringLiteral("1.25000"), QStringLiteral("0.37500")};
+
+void addTwoReadings(CurveSeriesData& series)
+{
+    series.addPoint(readingTime(), 1.25);
+    series.addPoint(readingTime() + 1000.0, -0.5);
+}
+} // namespace
+
+class TestDataNetwork : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void initTestCase()
+    {
+        m_store = std::make_unique<SeriesStore>(QStringLiteral("test_datanetwork_Data"));
+    }
+    void cleanupTestCase() { m_store.reset(); }
+    void cleanup() { SeriesStore::reset(); }
+
+    void tableHasTwentyRowsAndSevenColumns();
+    void numbersCannotBeEdited();
+    void newRowsAreEmpty();
+    void sizeGripStandsBelowTheTable();
+    void channelListReplacesTheItemsSilently();
+    void emptyChannelListIsIgnored();
+    void choosingAChannelShowsItsStatisticsAtOnce();
+    void seriesWithoutReadingsShowsItsStartValues();
+    void channelWithoutSeriesLeavesTheRow();
+    void nullSeriesLeavesTheRow();
+    void choosingNoneEmptiesTheRow();
+    void channelMayStandInTwoRows();
+    void refreshRewritesRowsWithAChannel();
+    void newChannelListKeepsOldValuesUntilANewChoice();
+    void slotWithoutASenderDoesNothing();
+
+private:
+    std::unique_ptr<SeriesStore> m_store;
+};
+
+void TestDataNetwork::tableHasTwentyRowsAndSevenColumns()
+{
+    const DataNetwork grid;
+    const auto* table = grid.findChild<QTableWidget*>();
+    QVERIFY(table);
+    QCOMPARE(table->rowCount(), 20);
+    const QStringList headers{QString(),
+                              QStringLiteral("通道"),
+                              QStringLiteral("读数"),
+                              QStringLiteral("时间"),
+                              QStringLiteral("最小值"),
+                              QStringLiteral("最大值"),
+                              QStringLiteral("平均值")};
+    QCOMPARE(table->columnCount(), headers.size());
+    for (int column = 0; column < headers.size(); ++column) {
+        QCOMPARE(table->horizontalHeaderItem(column)->text(), headers.at(column));
+        QCOMPARE(table->horizontalHeader()->sectionResizeMode(column), QHeaderView::Stretch);
+    }
+    QVERIFY(table->verticalHeader()->isHidden());
+}
+
+void TestDataNetwork::numbersCannotBeEdited()
+{
+    const Fixture f;
+    for (int row = 0; row < 20; ++row) {
+        QCOMPARE(f.table()->item(row, 0)->text(), QString::number(row + 1));
+        QVERIFY(!(f.table()->item(row, 0)->flags() & Qt::ItemIsEditable));
+    }
+}
+
+void TestDataNetwork::newRowsAreEmpty()
+{
+    const DataNetwork grid;
+    const auto* table = grid.findChild<QTableWidget*>();
+    for (int row = 0; row < 20; ++row) {
+        const auto* combo = qobject_cast<QComboBox*>(table->cellWidget(row, 1));
+        QVERIFY(combo);
+        QCOMPARE(combo->count(), 1);
+        QCOMPARE(combo->currentText(), QStringLiteral("无"));
+        for (int column = 2; column <= 6; ++column)
+            QCOMPARE(table->item(row, column)->text(), QString());
+    }
+}
+
+void TestDataNetwork::sizeGripStandsBelowTheTable()
+{
+    DataNetwork grid;
+    grid.resize(480, 220);
+    grid.show();
+    const auto* grip = grid.findChild<QSizeGrip*>();
+    QVERIFY(grip);
+    QVERIFY(grip->y() >= grid.findChild<QTableWidget*>()->geometry().bottom());
+    QVERIFY(grip->geometry().right() > grid.width() / 2);
+}
+
+void TestDataNetwork::channelListReplacesTheItemsSilently()
+{
+    Fixture f;
+    m_store->add(101)->addPoint(readingTime(), 3.0);
+    f.combo(3)->setCurrentIndex(1);
+    QSignalSpy changed(f.combo(3), qOverload<int>(&QComboBox::currentIndexChanged));
+    f.grid.setChannelList({QStringLiteral("无"), QStringLiteral("201(V)")});
+    QCOMPARE(changed.size(), 0);
+    for (int row = 0; row < 20; ++row) {
+        QCOMPARE(f.combo(row)->count(), 2);
+        QCOMPARE(f.combo(row)->itemText(1), QStringLiteral("201(V)"));
+        QCOMPARE(f.combo(row)->currentIndex(), 0);
+        QVERIFY(!f.combo(row)->signalsBlocked());
+    }
+}
+
+void TestDataNetwork::emptyChannelListIsIgnored()
+{
+    Fixture f;
+    f.combo(0)->setCurrentIndex(2);
+    f.grid.setChannelList({});
+    QCOMPARE(f.combo(0)->count(), 3);
+    QCOMPARE(f.combo(0)->currentIndex(), 2);
+}
+
+void TestDataNetwork::choosingAChannelShowsItsStatisticsAtOnce()
+{
+    Fixture f;
+    addTwoReadings(*m_store->add(101));
+    f.combo(4)->setCurrentIndex(1);
+    QCOMPARE(f.cells(4), kTwoReadings);
+    QCOMPARE(f.table()->item(4, 2)->data(Qt::EditRole).toString(), QStringLiteral("-0.50000"));
+    for (int row = 0; row < 20; ++row)
+        if (row != 4)
+            QCOMPARE(f.cells(row), kEmptyRow);
+}
+
+void TestDataNetwork::seriesWithoutReadingsShowsItsStartValues()
+{
+    Fixture f;
+    m_store->add(101);
+    f.combo(0)->setCurrentIndex(1);
+    QCOMPARE(f.cells(0).at(0), QStringLiteral("0.00000"));
+    QCOMPARE(f.cells(0).at(1), QString());
+    QCOMPARE(f.cells(0).at(2), QString::number(std::numeric_limits<double>::max(), 'f', 5));
+    QCOMPARE(f.cells(0).at(3), QStringLiteral("0.00000"));
+    QCOMPARE(f.cells(0).at(4), QStringLiteral("0.00000"));
+}
+
+void TestDataNetwork::channelWithoutSeriesLeavesTheRow()
+{
+    Fixture f;
+    addTwoReadings(*m_store->add(101));
+    f.combo(0)->setCurrentIndex(1);
+    f.combo(0)->setCurrentIndex(2);
+    QCOMPARE(f.cells(0), kTwoReadings);
+    QVERIFY(!g_curveSeries.contains(102));
+}
+
+void TestDataNetwork::nullSeriesLeavesTheRow()
+{
+    Fixture f;
+    addTwoReadings(*m_store->add(101));
+    f.combo(0)->setCurrentIndex(1);
+    g_curveSeries[102] = nullptr;
+    f.combo(0)->setCurrentIndex(2);
+    QCOMPARE(f.cells(0), kTwoReadings);
+}
+
+void TestDataNetwork::choosingNoneEmptiesTheRow()
+{
+    Fixture f;
+    addTwoReadings(*m_store->add(101));
+    f.combo(0)->setCurrentIndex(1);
+    f.combo(0)->setCurrentIndex(0);
+    QCOMPARE(f.cells(0), kEmptyRow);
+}
+
+void TestDataNetwork::channelMayStandInTwoRows()
+{
+    Fixture f;
+    addTwoReadings(*m_store->add(101));
+    f.combo(0)->setCurrentIndex(1);
+    f.combo(7)->setCurrentIndex(1);
+    QCOMPARE(f.cells(0), kTwoReadings);
+    QCOMPARE(f.cells(7), kTwoReadings);
+}
+
+void TestDataNetwork::refreshRewritesRowsWithAChannel()
+{
+    Fixture f;
+    const auto series = m_store->add(101);
+    f.combo(2)->setCurrentIndex(1);
+    f.table()->item(5, 2)->setText(QStringLiteral("untouched"));
+    addTwoReadings(*series);
+    f.grid.refreshRows();
+    QCOMPARE(f.cells(2), kTwoReadings);
+    QCOMPARE(f.table()->item(5, 2)->text(), QStringLiteral("untouched"));
+}
+
+void TestDataNetwork::newChannelListKeepsOldValuesUntilANewChoice()
+{
+    Fixture f;
+    const auto series = m_store->add(101);
+    addTwoReadings(*series);
+    f.combo(0)->setCurrentIndex(1);
+    f.grid.setChannelList(kChannels);
+    series->addPoint(readingTime() + 2000.0, 9.0);
+    f.grid.refreshRows();
+    QCOMPARE(f.cells(0), kTwoReadings);
+    f.combo(0)->setCurrentIndex(1);
+    QCOMPARE(f.cells(0).at(0), QStringLiteral("9.00000"));
+    f.grid.setChannelList(kChannels);
+    // Choosing "none" by hand: the box is opened on it and told so again.
+    f.combo(0)->setCurrentIndex(1);
+    f.combo(0)->setCurrentIndex(0);
+    QCOMPARE(f.cells(0), kEmptyRow);
+}
+
+void TestDataNetwork::slotWithoutASenderDoesNothing()
+{
+    Fixture f;
+    addTwoReadings(*m_store->add(101));
+    {
+        const QSignalBlocker blocker(f.combo(0));
+        f.combo(0)->setCurrentIndex(1);
+    }
+    QVERIFY(QMetaObject::invokeMethod(&f.grid, "onChannelChanged", Q_ARG(int, 1)));
+    QCOMPARE(f.cells(0), kEmptyRow);
+}
+
+QTEST_MAIN(TestDataNetwork)
+#include "test_datanetwork.moc"
