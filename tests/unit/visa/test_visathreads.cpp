@@ -1,0 +1,335 @@
+#include <QDir>
+#include <QElapsedTimer>
+#include <QTest>
+#include <QThread>
+
+#include <atomic>
+#include <memory>
+#include <thread>
+#include <vector>
+
+#include "unit/visa/peers_posix.h"
+#include "unit/visa/providersession.h"
+
+namespace {
+
+constexpr qint64 kGenerousMs = 1000;
+
+int openDescriptors()
+{
+    return QDir(QStringLiteral("/proc/self/fd"))
+        .entryList(QDir::NoDotAndDotDot | QDir::Files | QDir::System)
+        .size();
+}
+
+} // namespace
+
+/// The seven operations called by several threads at once.
+class TestVisaThreads : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void closingEndsAReadInAnotherThread_data();
+    void closingEndsAReadInAnotherThread();
+    void closingEndsAWriteInAnotherThread();
+    void closingTheResourceManagerEndsAReadInAnotherThread();
+    void openingAndClosingWhileOthersRead();
+    void eachThreadItsOwnSession();
+    void messagesOfTwoWritersDoNotMix();
+    void writerWaitsForItsTurnNoLongerThanItsTimeout();
+    void writeDuringAReadThatWaits();
+    void terminatedThreadLeavesASessionThatWorks_data();
+    void terminatedThreadLeavesASessionThatWorks();
+    void noDescriptorIsLeftBehind();
+};
+
+void TestVisaThreads::closingEndsAReadInAnotherThread_data()
+{
+    QTest::addColumn<bool>("serial");
+    QTest::newRow("TCP") << false;
+    QTest::newRow("serial") << true;
+}
+
+void TestVisaThreads::closingEndsAReadInAnotherThread()
+{
+    QFETCH(bool, serial);
+    TcpPeer tcp;
+    PtyPeer pty;
+    ProviderSession session(serial ? pty.resource() : tcp.resource());
+    session.set(VI_ATTR_TMO_VALUE, 20000);
+    ReadOutcome outcome = {VI_SUCCESS, {}};
+    std::thread reader([&] { outcome = session.read(); });
+    std::this_thread::sleep_for(std::chrono::milliseconds(50));
+    QElapsedTimer timer;
+    timer.start();
+    const ViStatus closed = session.close();
+    reader.join();
+    QVERIFY(timer.elapsed() < kGenerousMs);
+    QCOMPARE(closed, VI_SUCCESS);
+    QCOMPARE(outcome.status, VI_ERROR_ABORT);
+    QCOMPARE(session.read().status, VI_ERROR_INV_OBJECT);
+}
+
+void TestVisaThreads::closingEndsAWriteInAnotherThread()
+{
+    TcpPeer peer;
+    peer.useSmallBuffers();
+    ProviderSession session(peer.resource());
+    session.set(VI_ATTR_TMO_VALUE, 20000);
+    ViStatus status = VI_SUCCESS;
+    std::thread writer([&] { status = session.write(QByteArray(64 << 20, 'w')); });
+    std::this_thread::sleep_for(std::chrono::milliseconds(100));
+    QElapsedTimer timer;
+    timer.start();
+    session.close();
+    writer.join();
+    QVERIFY(timer.elapsed() < 2 * kGenerousMs);
+    QCOMPARE(status, VI_ERROR_ABORT);
+}
+
+void TestVisaThreads::closingTheResourceManagerEndsAReadInAnotherThread()
+{
+    TcpPeer peer;
+    ProviderSession session(peer.resource());
+    session.set(VI_ATTR_TMO_VALUE, 20000);
+    ReadOutcome outcome = {VI_SUCCESS, {}};
+    std::thread reader([&] { outcome = session.read(); });
+    std::this_thread::sleep_for(std::chrono::milliseconds(50));
+    QCOMPARE(providerVisaTable().viClose(session.resourceManager()), VI_SUCCESS);
+    reader.join();
+    QCOMPARE(outcome.status, VI_ERROR_ABORT);
+}
+
+void TestVisaThreads::openingAndClosingWhileOthersRead()
+{
+    PtyPeer peer;
+    std::atomic<bool> stop{false};
+    std::atomic<ViSession> current{0};
+    std::atomic<int> strange{0};
+    std::vector<std::thread> users;
+    for (int i = 0; i < 3; ++i) {
+        users.emplace_back([&] {
+            const VisaTable& visa = providerVisaTable();
+            while (!stop) {
+                ViByte buffer[16];
+                const ViStatus read = visa.viRead(current, buffer, sizeof buffer, nullptr);
+                const ViStatus set = visa.viSetAttribute(current, VI_ATTR_TMO_VALUE, 5);
+                for (const ViStatus status : {read, set}) {
+                    if (status != VI_SUCCESS && status != VI_ERROR_TMO &&
+                        status != VI_ERROR_ABORT && status != VI_ERROR_INV_OBJECT)
+                        ++strange;
+                }
+            }
+        });
+    }
+    for (int i = 0; i < 200; ++i) {
+        ProviderSession session(peer.resource());
+        session.set(VI_ATTR_TMO_VALUE, 1000);
+        current = session.handle();
+        std::this_thread::sleep_for(std::chrono::microseconds(500));
+        session.close();
+    }
+    stop = true;
+    for (std::thread& user : users)
+        user.join();
+    QCOMPARE(strange.load(), 0);
+}
+
+void TestVisaThreads::eachThreadItsOwnSession()
+{
+    constexpr int kThreads = 8;
+    constexpr int kExchanges = 200;
+    std::vector<std::unique_ptr<TcpPeer>> peers;
+    std::vector<std::thread> threads;
+    std::atomic<int> good{0};
+    for (int i = 0; i < kThreads; ++i) {
+        peers.push_back(std::make_unique<TcpPeer>());
+        TcpPeer* const peer = peers.back().get();
+        threads.emplace_back([&good, peer, i] {
+            ProviderSession session(peer->resource());
+            std::thread instrument([peer] {
+                if (!peer->accept())
+                    return;
+                for (int n = 0; n < kExchanges; ++n)
+                    peer->send("re:" + peer->receive(7));
+            });
+            for (int n = 0; n < kExchanges; ++n) {
+                const QByteArray command =
+                    QByteArray::number(i * 1000 + n).rightJustified(6, '0') + "\n";
+                if (session.write(command) == VI_SUCCESS &&
+                    session.read().bytes == QByteArray("re:" + command))
+                    ++good;
+            }
+            instrument.join();
+        });
+    }
+    for (std::thread& thread : threads)
+        thread.join();
+    QCOMPARE(good.load(), kThreads * kExchanges);
+}
+
+void TestVisaThreads::messagesOfTwoWritersDoNotMix()
+{
+    constexpr int kSize = 2 << 20;
+    TcpPeer peer;
+    peer.useSmallBuffers();
+    ProviderSession session(peer.resource());
+    QVERIFY(peer.accept());
+    session.set(VI_ATTR_TMO_VALUE, 30000);
+    std::vector<std::thread> writers;
+    std::atomic<int> written{0};
+    for (const char letter : {'a', 'b', 'c'}) {
+        writers.emplace_back([&session, &written, letter] {
+            const QByteArray message(kSize, letter);
+            ViUInt32 sent = 0;
+            if (providerVisaTable().viWrite(session.handle(),
+                                            reinterpret_cast<const ViByte*>(message.constData()),
+                                            kSize, &sent) == VI_SUCCESS &&
+                sent == kSize)
+                ++written;
+        });
+    }
+    const QByteArray all = peer.receive(3 * kSize);
+    for (std::thread& writer : writers)
+        writer.join();
+    QCOMPARE(written.load(), 3);
+    QCOMPARE(all.size(), 3 * kSize);
+    QByteArray order;
+    for (int i = 0; i < all.size(); ++i) {
+        if (order.isEmpty() || order.back() != all.at(i))
+            order.append(all.at(i));
+    }
+    std::sort(order.begin(), order.end());
+    QCOMPARE(order, QByteArray("abc"));
+}
+
+void TestVisaThreads::writerWaitsForItsTurnNoLongerThanItsTimeout()
+{
+    TcpPeer peer;
+    peer.useSmallBuffers();
+    ProviderSession session(peer.resource());
+    QVERIFY(peer.accept());
+    session.set(VI_ATTR_TMO_VALUE, 20000);
+    ViStatus first = VI_SUCCESS;
+    std::thread writer([&] {
+        const QByteArray much(64 << 20, 'w');
+        first = providerVisaTable().viWrite(session.handle(),
+                                            reinterpret_cast<const ViByte*>(much.constData()),
+                                            static_cast<ViUInt32>(much.size()), nullptr);
+    });
+    std::this_thread::sleep_for(std::chrono::milliseconds(200));
+    session.set(VI_ATTR_TMO_VALUE, 100);
+    QElapsedTimer timer;
+    timer.start();
+    const ViStatus second = session.write("x\n");
+    const qint64 elapsed = timer.elapsed();
+    session.close();
+    writer.join();
+    QCOMPARE(second, VI_ERROR_TMO);
+    QCOMPARE(session.sent(), 0U);
+    QVERIFY2(elapsed >= 100 && elapsed < 100 + kGenerousMs, qPrintable(QString::number(elapsed)));
+    QCOMPARE(first, VI_ERROR_ABORT);
+}
+
+void TestVisaThreads::writeDuringAReadThatWaits()
+{
+    TcpPeer peer;
+    ProviderSession session(peer.resource());
+    QVERIFY(peer.accept());
+    session.set(VI_ATTR_TMO_VALUE, 10000);
+    ReadOutcome outcome = {VI_SUCCESS, {}};
+    std::thread reader([&] { outcome = session.read(); });
+    std::this_thread::sleep_for(std::chrono::milliseconds(50));
+    QElapsedTimer timer;
+    timer.start();
+    const ViStatus written = session.write("ABOR\n");
+    QVERIFY(timer.elapsed() < kGenerousMs);
+    const QByteArray line = peer.receive(5);
+    peer.send("ok\n");
+    reader.join();
+    QCOMPARE(written, VI_SUCCESS);
+    QCOMPARE(line, QByteArray("ABOR\n"));
+    QCOMPARE(outcome.bytes, QByteArray("ok\n"));
+}
+
+void TestVisaThreads::terminatedThreadLeavesASessionThatWorks_data()
+{
+    QTest::addColumn<bool>("reading");
+    QTest::newRow("in a read") << true;
+    QTest::newRow("in a write") << false;
+}
+
+void TestVisaThreads::terminatedThreadLeavesASessionThatWorks()
+{
+    QFETCH(bool, reading);
+    TcpPeer peer;
+    peer.useSmallBuffers();
+    ProviderSession session(peer.resource());
+    QVERIFY(peer.accept());
+    session.set(VI_ATTR_TMO_VALUE, 60000);
+    static const QByteArray much(64 << 20, 'w');
+    const std::unique_ptr<QThread> thread(QThread::create([&session, reading] {
+        ViByte buffer[64];
+        if (reading)
+            providerVisaTable().viRead(session.handle(), buffer, sizeof buffer, nullptr);
+        else
+            providerVisaTable().viWrite(session.handle(),
+                                        reinterpret_cast<const ViByte*>(much.constData()),
+                                        static_cast<ViUInt32>(much.size()), nullptr);
+    }));
+    thread->start();
+    QTest::qWait(100);
+    QVERIFY(thread->isRunning());
+    thread->terminate();
+    QVERIFY(thread->wait(5000));
+    // Empties the line of what the write had sent.
+    std::atomic<bool> found{false};
+    std::thread instrument([&] {
+        QByteArray tail;
+        while (!tail.endsWith("next?\n")) {
+            const QByteArray more = peer.receive(1);
+            if (more.isEmpty())
+                return;
+            tail.append(more);
+            tail = tail.right(6);
+        }
+        found = true;
+        peer.send("next\n");
+    });
+    session.set(VI_ATTR_TMO_VALUE, 10000);
+    const ViStatus written = session.write("next?\n");
+    const ReadOutcome outcome = session.read();
+    instrument.join();
+    QCOMPARE(written, VI_SUCCESS);
+    QVERIFY(found);
+    QCOMPARE(outcome.bytes, QByteArray("next\n"));
+}
+
+void TestVisaThreads::noDescriptorIsLeftBehind()
+{
+    TcpPeer listening;
+    TcpPeer deaf;
+    deaf.stopListening();
+    PtyPeer pty;
+    const int before = openDescriptors();
+    QVERIFY(before > 0);
+    for (int i = 0; i < 20; ++i) {
+        ProviderSession tcp(listening.resource());
+        QVERIFY(listening.accept());
+        listening.close();
+        ProviderSession serial(pty.resource());
+        QCOMPARE(serial.openStatus(), VI_SUCCESS);
+        ProviderSession refused(deaf.resource());
+        QCOMPARE(refused.openStatus(), VI_ERROR_RSRC_NFOUND);
+        ProviderSession missing("ASRL/dev/no-such-port::INSTR");
+        QCOMPARE(missing.openStatus(), VI_ERROR_RSRC_NFOUND);
+        ProviderSession nobody("TCPIP0::no-such-host.invalid::1::SOCKET");
+        QVERIFY(nobody.openStatus() < 0);
+    }
+    // A look-up whose caller has given up still ends by itself.
+    QTRY_COMPARE_WITH_TIMEOUT(openDescriptors(), before, 30000);
+}
+
+QTEST_GUILESS_MAIN(TestVisaThreads)
+#include "test_visathreads.moc"
