@@ -50,13 +50,15 @@ DateTime localTimeNow()
     time.hour = local->tm_hour;
     time.minute = local->tm_min;
     time.second = local->tm_sec;
+    const auto sinceEpoch = std::chrono::floor<std::chrono::milliseconds>(now.time_since_epoch());
+    time.millisecond = static_cast<int>(sinceEpoch.count() % 1000);
     return time;
 }
 
 InstrumentSetup setupFrom(const Options& options)
 {
     InstrumentSetup setup;
-    setup.slots = options.slots;
+    setup.modules = options.modules;
     setup.seed = options.seed;
     setup.readingsPerSecond = options.readingsPerSecond;
     setup.openChannels = options.openChannels;

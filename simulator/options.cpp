@@ -54,7 +54,7 @@ bool parseTerminal(const std::string& text, Options& options)
 /// "1:1,2:8": slot and module type. An empty text is a mainframe without modules.
 bool parseSlots(const std::string& text, Options& options)
 {
-    options.slots.clear();
+    options.modules.clear();
     if (text.empty()) {
         return true;
     }
@@ -64,7 +64,7 @@ bool parseSlots(const std::string& text, Options& options)
         int type = 0;
         if (pair.size() != 2 || !parseNumber(pair[0], 1, kLastSlot, slot) ||
             !parseNumber(pair[1], 0, kLastModuleType, type) ||
-            !options.slots.emplace(slot, type).second) {
+            !options.modules.emplace(slot, type).second) {
             return false;
         }
     }

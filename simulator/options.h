@@ -17,7 +17,7 @@ struct Options
     /// port of instruments.
     std::optional<std::uint16_t> tcpPort;
     std::string terminalLink;
-    std::map<int, int> slots = {{1, 1}, {2, 2}, {3, 8}};
+    std::map<int, int> modules = {{1, 1}, {2, 2}, {3, 8}};
     std::string identity = "SCN,SCN4070A,MY00000042,01.02-sim";
     std::optional<double> readingsPerSecond;
     std::uint64_t seed = 1;

@@ -56,24 +56,22 @@ ErrorCode errorFor(Refusal refusal)
 double Arguments::number(double minimum, double maximum)
 {
     const Parameter* const parameter = take(Parameter::Type::Number);
-    if (parameter == nullptr) {
-        return minimum;
-    }
-    if (parameter->number < minimum || parameter->number > maximum) {
-        fail(ErrorCode::DataOutOfRange);
-        return minimum;
-    }
-    return parameter->number;
+    return parameter != nullptr ? within(minimum, maximum, parameter->number) : minimum;
 }
 
 double Arguments::number(double minimum, double maximum, double standard)
 {
+    return within(minimum, maximum, numberOrLimit(minimum, maximum, standard));
+}
+
+double Arguments::numberOrLimit(double minimum, double maximum, double standard)
+{
     if (hasMore() && m_parameters[m_next].type == Parameter::Type::Word) {
         const double values[] = {minimum, maximum, standard};
-        const std::size_t limit = word(kLimitWords);
-        return values[limit];
+        return values[word(kLimitWords)];
     }
-    return number(minimum, maximum);
+    const Parameter* const parameter = take(Parameter::Type::Number);
+    return parameter != nullptr ? parameter->number : minimum;
 }
 
 int Arguments::integer(int minimum, int maximum)
@@ -160,6 +158,15 @@ bool Arguments::ok()
         fail(ErrorCode::ParameterNotAllowed);
     }
     return m_error == ErrorCode::None;
+}
+
+double Arguments::within(double minimum, double maximum, double number)
+{
+    if (number < minimum || number > maximum) {
+        fail(ErrorCode::DataOutOfRange);
+        return minimum;
+    }
+    return number;
 }
 
 const Parameter* Arguments::take(Parameter::Type type)

@@ -26,6 +26,9 @@ public:
     /// A number or, in its place, MINimum, MAXimum or DEFault.
     double number(double minimum, double maximum, double standard);
 
+    /// A number of any size, or one of the three words; what the number may be is left to others.
+    double numberOrLimit(double minimum, double maximum, double standard);
+
     /// A number between the limits, rounded to an integer.
     int integer(int minimum, int maximum);
 
@@ -58,6 +61,7 @@ public:
 private:
     const Parameter* take(Parameter::Type type);
     const Parameter* take();
+    double within(double minimum, double maximum, double number);
     void fail(ErrorCode error);
 
     const std::vector<Parameter>& m_parameters;

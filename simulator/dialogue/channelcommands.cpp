@@ -218,7 +218,7 @@ double takeValue(Arguments& a, const OptionInfo& info)
     case OptionKind::Choice:
         return static_cast<double>(a.word(info.words));
     default:
-        return a.number(info.minimum, info.maximum, info.initial);
+        return a.numberOrLimit(info.minimum, info.maximum, info.initial);
     }
 }
 

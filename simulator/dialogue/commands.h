@@ -52,6 +52,24 @@ inline Outcome answer(std::string text)
 
 using Handler = Outcome (*)(Session&, Arguments&);
 
+/// The handler of a query that takes no parameters.
+template <std::string (*Text)(Session&)>
+Outcome ask(Session& session, Arguments& arguments)
+{
+    return arguments.ok() ? answer(Text(session)) : refuse(arguments.error());
+}
+
+/// The handler of a command that takes no parameters.
+template <void (*Action)(Session&)>
+Outcome perform(Session& session, Arguments& arguments)
+{
+    if (!arguments.ok()) {
+        return refuse(arguments.error());
+    }
+    Action(session);
+    return done();
+}
+
 /// A header with what its command and its query do; a missing handler means that the instrument
 /// has no such command or query.
 struct CommandRow

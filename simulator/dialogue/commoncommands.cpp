@@ -10,54 +10,38 @@ constexpr unsigned kErrorsWaiting = 0x04;
 constexpr unsigned kEventSummary = 0x20;
 constexpr unsigned kMasterSummary = 0x40;
 
-Outcome clearStatus(Session& s, Arguments& a)
+void clearStatus(Session& s)
 {
-    if (!a.ok()) {
-        return refuse(a.error());
-    }
     s.errors.clear();
     s.status.eventStatus = 0;
     s.instrument.clearOperationEvents();
-    return done();
 }
 
-Outcome identify(Session& s, Arguments& a)
+std::string identity(Session& s)
 {
-    return a.ok() ? answer(s.identity) : refuse(a.error());
+    return s.identity;
 }
 
-Outcome reset(Session& s, Arguments& a)
+void reset(Session& s)
 {
-    if (!a.ok()) {
-        return refuse(a.error());
-    }
     s.instrument.reset();
-    return done();
 }
 
-Outcome markComplete(Session& s, Arguments& a)
+void markComplete(Session& s)
 {
-    if (!a.ok()) {
-        return refuse(a.error());
-    }
     s.status.eventStatus |= kOperationComplete;
-    return done();
 }
 
-Outcome answerOne(Session&, Arguments& a)
+/// All commands are carried out at once, so there is never anything to wait for.
+std::string allComplete(Session&)
 {
-    return a.ok() ? answer("1") : refuse(a.error());
+    return "1";
 }
+void wait(Session&) {}
 
-Outcome answerTestPassed(Session&, Arguments& a)
+std::string testPassed(Session&)
 {
-    return a.ok() ? answer(signedInteger(0)) : refuse(a.error());
-}
-
-/// All commands are carried out at once, so there is nothing to wait for.
-Outcome wait(Session&, Arguments& a)
-{
-    return a.ok() ? done() : refuse(a.error());
+    return signedInteger(0);
 }
 
 Outcome triggerBus(Session& s, Arguments& a)
@@ -66,51 +50,32 @@ Outcome triggerBus(Session& s, Arguments& a)
                   : refuse(a.error());
 }
 
-Outcome takeEventStatus(Session& s, Arguments& a)
+std::string takeEventStatus(Session& s)
 {
-    if (!a.ok()) {
-        return refuse(a.error());
-    }
     const unsigned events = s.status.eventStatus;
     s.status.eventStatus = 0;
-    return answer(signedInteger(events));
+    return signedInteger(events);
 }
 
-Outcome setRegister(Arguments& a, unsigned& target)
+template <unsigned StatusRegisters::*Register>
+Outcome setRegister(Session& s, Arguments& a)
 {
     const int bits = a.integer(0, 255);
     if (!a.ok()) {
         return refuse(a.error());
     }
-    target = static_cast<unsigned>(bits);
+    s.status.*Register = static_cast<unsigned>(bits);
     return done();
 }
 
-Outcome setEventEnable(Session& s, Arguments& a)
+template <unsigned StatusRegisters::*Register>
+std::string registerText(Session& s)
 {
-    return setRegister(a, s.status.eventEnable);
+    return signedInteger(s.status.*Register);
 }
 
-Outcome eventEnable(Session& s, Arguments& a)
+std::string statusByte(Session& s)
 {
-    return a.ok() ? answer(signedInteger(s.status.eventEnable)) : refuse(a.error());
-}
-
-Outcome setServiceEnable(Session& s, Arguments& a)
-{
-    return setRegister(a, s.status.serviceEnable);
-}
-
-Outcome serviceEnable(Session& s, Arguments& a)
-{
-    return a.ok() ? answer(signedInteger(s.status.serviceEnable)) : refuse(a.error());
-}
-
-Outcome statusByte(Session& s, Arguments& a)
-{
-    if (!a.ok()) {
-        return refuse(a.error());
-    }
     unsigned bits = s.errors.count() > 0 ? kErrorsWaiting : 0;
     if ((s.status.eventStatus & s.status.eventEnable) != 0) {
         bits |= kEventSummary;
@@ -118,7 +83,7 @@ Outcome statusByte(Session& s, Arguments& a)
     if ((bits & s.status.serviceEnable) != 0) {
         bits |= kMasterSummary;
     }
-    return answer(signedInteger(bits));
+    return signedInteger(bits);
 }
 
 Outcome saveState(Session& s, Arguments& a)
@@ -137,20 +102,22 @@ Outcome recallState(Session& s, Arguments& a)
     return a.ok() ? outcomeOf(s.instrument.recallState(number)) : refuse(a.error());
 }
 
+using S = StatusRegisters;
+
 constexpr CommandRow kCommands[] = {
-    {"*CLS", clearStatus, nullptr},
-    {"*ESE", setEventEnable, eventEnable},
-    {"*ESR", nullptr, takeEventStatus},
-    {"*IDN", nullptr, identify},
-    {"*OPC", markComplete, answerOne},
+    {"*CLS", perform<clearStatus>, nullptr},
+    {"*ESE", setRegister<&S::eventEnable>, ask<registerText<&S::eventEnable>>},
+    {"*ESR", nullptr, ask<takeEventStatus>},
+    {"*IDN", nullptr, ask<identity>},
+    {"*OPC", perform<markComplete>, ask<allComplete>},
     {"*RCL", recallState, nullptr},
-    {"*RST", reset, nullptr},
+    {"*RST", perform<reset>, nullptr},
     {"*SAV", saveState, nullptr},
-    {"*SRE", setServiceEnable, serviceEnable},
-    {"*STB", nullptr, statusByte},
+    {"*SRE", setRegister<&S::serviceEnable>, ask<registerText<&S::serviceEnable>>},
+    {"*STB", nullptr, ask<statusByte>},
     {"*TRG", triggerBus, nullptr},
-    {"*TST", nullptr, answerTestPassed},
-    {"*WAI", wait, nullptr},
+    {"*TST", nullptr, ask<testPassed>},
+    {"*WAI", perform<wait>, nullptr},
 };
 
 } // namespace

@@ -21,13 +21,9 @@ Outcome start(Session& s, Arguments& a)
     return a.ok() ? outcomeOf(s.instrument.scan().start(s.now)) : refuse(a.error());
 }
 
-Outcome abort(Session& s, Arguments& a)
+void abort(Session& s)
 {
-    if (!a.ok()) {
-        return refuse(a.error());
-    }
     s.instrument.scan().abort();
-    return done();
 }
 
 Outcome setScanList(Session& s, Arguments& a)
@@ -36,16 +32,14 @@ Outcome setScanList(Session& s, Arguments& a)
     return a.ok() ? outcomeOf(s.instrument.setScanList(std::move(channels))) : refuse(a.error());
 }
 
-Outcome scanList(Session& s, Arguments& a)
+/// Plain channel numbers, no ranges.
+std::string scanList(Session& s)
 {
-    if (!a.ok()) {
-        return refuse(a.error());
-    }
     std::string list;
     for (const int channel : s.instrument.configuration().scanList) {
         list += (list.empty() ? "" : ",") + std::to_string(channel);
     }
-    return answer(definiteBlock("(@" + list + ")"));
+    return definiteBlock("(@" + list + ")");
 }
 
 Outcome setSource(Session& s, Arguments& a)
@@ -64,17 +58,14 @@ Outcome setSource(Session& s, Arguments& a)
     return done();
 }
 
-Outcome source(Session& s, Arguments& a)
+std::string source(Session& s)
 {
-    if (!a.ok()) {
-        return refuse(a.error());
-    }
     const TriggerSettings& trigger = s.instrument.configuration().trigger;
     auto index = static_cast<std::size_t>(trigger.source);
     if (trigger.source == TriggerSource::Alarm) {
         index = kFirstAlarm + static_cast<std::size_t>(trigger.alarm - 1);
     }
-    return answer(kSourceAnswers[index]);
+    return kSourceAnswers[index];
 }
 
 Outcome setCount(Session& s, Arguments& a)
@@ -87,10 +78,10 @@ Outcome setCount(Session& s, Arguments& a)
     return done();
 }
 
-Outcome count(Session& s, Arguments& a)
+std::string count(Session& s)
 {
     const std::optional<int> sweeps = s.instrument.configuration().trigger.count;
-    return a.ok() ? answer(longNumber(sweeps ? *sweeps : kOverload)) : refuse(a.error());
+    return longNumber(sweeps ? *sweeps : kOverload);
 }
 
 Outcome setTimer(Session& s, Arguments& a)
@@ -103,16 +94,14 @@ Outcome setTimer(Session& s, Arguments& a)
     return done();
 }
 
-Outcome timer(Session& s, Arguments& a)
+std::string timer(Session& s)
 {
-    return a.ok() ? answer(longNumber(s.instrument.configuration().trigger.timerS))
-                  : refuse(a.error());
+    return longNumber(s.instrument.configuration().trigger.timerS);
 }
 
-Outcome readingCount(Session& s, Arguments& a)
+std::string readingCount(Session& s)
 {
-    return a.ok() ? answer(signedInteger(static_cast<long long>(s.instrument.memory().count())))
-                  : refuse(a.error());
+    return signedInteger(static_cast<long long>(s.instrument.memory().count()));
 }
 
 /// One record: the value, and as the format settings say unit, time, channel and alarm. Its value
@@ -155,14 +144,10 @@ Outcome takeReadings(Session& s, Arguments& a)
 }
 
 constexpr CommandRow kCommands[] = {
-    {"ABORt", abort, nullptr},
-    {"DATA:POINts", nullptr, readingCount},
-    {"INITiate[:IMMediate]", start, nullptr},
-    {"R", nullptr, takeReadings},
-    {"ROUTe:SCAN", setScanList, scanList},
-    {"TRIGger:COUNt", setCount, count},
-    {"TRIGger:SOURce", setSource, source},
-    {"TRIGger:TIMer", setTimer, timer},
+    {"ABORt", perform<abort>, nullptr},         {"DATA:POINts", nullptr, ask<readingCount>},
+    {"INITiate[:IMMediate]", start, nullptr},   {"R", nullptr, takeReadings},
+    {"ROUTe:SCAN", setScanList, ask<scanList>}, {"TRIGger:COUNt", setCount, ask<count>},
+    {"TRIGger:SOURce", setSource, ask<source>}, {"TRIGger:TIMer", setTimer, ask<timer>},
 };
 
 } // namespace

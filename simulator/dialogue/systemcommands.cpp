@@ -15,19 +15,22 @@ constexpr const char* kPersonality = "SCN4070A";
 constexpr int kLeastRowLimit = 65536;
 constexpr int kGreatestRowLimit = 100000;
 constexpr std::size_t kLongestStateName = 40;
+constexpr int kMsPerMinute = 60000;
 constexpr const char* kTimeTypes[] = {"RELative", "ABSolute"};
+/// Where the time of day begins in a time stamp's text; the date and a comma stand before it.
+constexpr std::size_t kTimeOfDay = 11;
 
-Outcome takeError(Session& s, Arguments& a)
+std::string takeError(Session& s)
 {
-    return a.ok() ? answer(s.errors.pop()) : refuse(a.error());
+    return s.errors.pop();
 }
 
-Outcome errorCount(Session& s, Arguments& a)
+std::string errorCount(Session& s)
 {
-    return a.ok() ? answer(signedInteger(static_cast<long long>(s.errors.count())))
-                  : refuse(a.error());
+    return signedInteger(static_cast<long long>(s.errors.count()));
 }
 
+/// Maker, model, serial number, revision. An empty slot has "0" for a model.
 Outcome moduleInSlot(Session& s, Arguments& a)
 {
     const int slot = a.integer(1, kLastSlot);
@@ -42,7 +45,7 @@ Outcome moduleInSlot(Session& s, Arguments& a)
 
 Outcome setDate(Session& s, Arguments& a)
 {
-    const int year = a.integer(2000, 2099);
+    const int year = a.integer(0, 9999);
     const int month = a.integer(1, 12);
     const int day = a.integer(1, 31);
     if (!a.ok()) {
@@ -55,13 +58,14 @@ Outcome setDate(Session& s, Arguments& a)
     return done();
 }
 
-Outcome date(Session& s, Arguments& a)
+std::string clockText(const Session& s)
 {
-    if (!a.ok()) {
-        return refuse(a.error());
-    }
-    // The first ten characters are the date.
-    return answer(timeStampText(s.instrument.clock().read(s.now)).substr(0, 10));
+    return timeStampText(s.instrument.clock().read(s.now));
+}
+
+std::string date(Session& s)
+{
+    return clockText(s).substr(0, kTimeOfDay - 1);
 }
 
 Outcome setTime(Session& s, Arguments& a)
@@ -72,28 +76,24 @@ Outcome setTime(Session& s, Arguments& a)
     if (!a.ok()) {
         return refuse(a.error());
     }
-    const int milliseconds = std::min(59999, static_cast<int>(std::lround(seconds * 1000)));
-    s.instrument.clock().setTime(hour, minute, milliseconds / 1000, milliseconds % 1000, s.now);
+    const int ms = std::min(kMsPerMinute - 1, static_cast<int>(std::lround(seconds * 1000)));
+    s.instrument.clock().setTime(hour, minute, ms / 1000, ms % 1000, s.now);
     return done();
 }
 
-Outcome time(Session& s, Arguments& a)
+std::string timeOfDay(Session& s)
 {
-    if (!a.ok()) {
-        return refuse(a.error());
-    }
-    return answer(timeStampText(s.instrument.clock().read(s.now)).substr(11));
+    return clockText(s).substr(kTimeOfDay);
 }
 
-Outcome scanStartTime(Session& s, Arguments& a)
+std::string scanStartTime(Session& s)
 {
-    return a.ok() ? answer(timeStampText(fromMilliseconds(s.instrument.scan().startStampMs())))
-                  : refuse(a.error());
+    return timeStampText(fromMilliseconds(s.instrument.scan().startStampMs()));
 }
 
-Outcome personality(Session&, Arguments& a)
+std::string personality(Session&)
 {
-    return a.ok() ? answer(quoted(kPersonality)) : refuse(a.error());
+    return quoted(kPersonality);
 }
 
 Outcome setStateName(Session& s, Arguments& a)
@@ -129,12 +129,7 @@ Outcome setSwitch(Arguments& a, bool& target)
     return done();
 }
 
-Outcome querySwitch(Arguments& a, bool value)
-{
-    return a.ok() ? answer(switchText(value)) : refuse(a.error());
-}
-
-/// A switch of the instrument as a whole, found by the path to it.
+/// A switch of the instrument as a whole, found by the members that lead to it.
 template <auto Group, auto Member>
 Outcome setGroupSwitch(Session& s, Arguments& a)
 {
@@ -142,9 +137,19 @@ Outcome setGroupSwitch(Session& s, Arguments& a)
 }
 
 template <auto Group, auto Member>
-Outcome queryGroupSwitch(Session& s, Arguments& a)
+std::string groupSwitch(Session& s)
 {
-    return querySwitch(a, s.instrument.configuration().*Group.*Member);
+    return switchText(s.instrument.configuration().*Group.*Member);
+}
+
+Outcome setMonitor(Session& s, Arguments& a)
+{
+    return setSwitch(a, s.instrument.configuration().monitor);
+}
+
+std::string monitor(Session& s)
+{
+    return switchText(s.instrument.configuration().monitor);
 }
 
 Outcome setTimeType(Session& s, Arguments& a)
@@ -157,10 +162,9 @@ Outcome setTimeType(Session& s, Arguments& a)
     return done();
 }
 
-Outcome timeType(Session& s, Arguments& a)
+std::string timeType(Session& s)
 {
-    const bool absolute = s.instrument.configuration().format.absoluteTime;
-    return a.ok() ? answer(absolute ? "ABS" : "REL") : refuse(a.error());
+    return s.instrument.configuration().format.absoluteTime ? "ABS" : "REL";
 }
 
 Outcome setRowLimitCount(Session& s, Arguments& a)
@@ -173,30 +177,19 @@ Outcome setRowLimitCount(Session& s, Arguments& a)
     return done();
 }
 
-Outcome rowLimitCount(Session& s, Arguments& a)
+std::string rowLimitCount(Session& s)
 {
-    return a.ok() ? answer(longNumber(s.instrument.configuration().log.rowLimitCount))
-                  : refuse(a.error());
+    return longNumber(s.instrument.configuration().log.rowLimitCount);
 }
 
-Outcome setMonitor(Session& s, Arguments& a)
+std::string operationCondition(Session& s)
 {
-    return setSwitch(a, s.instrument.configuration().monitor);
+    return signedInteger(s.instrument.operationCondition());
 }
 
-Outcome monitor(Session& s, Arguments& a)
+std::string operationEvents(Session& s)
 {
-    return querySwitch(a, s.instrument.configuration().monitor);
-}
-
-Outcome operationCondition(Session& s, Arguments& a)
-{
-    return a.ok() ? answer(signedInteger(s.instrument.operationCondition())) : refuse(a.error());
-}
-
-Outcome operationEvents(Session& s, Arguments& a)
-{
-    return a.ok() ? answer(signedInteger(s.instrument.takeOperationEvents())) : refuse(a.error());
+    return signedInteger(s.instrument.takeOperationEvents());
 }
 
 using C = Configuration;
@@ -205,32 +198,32 @@ using L = LogSettings;
 
 constexpr CommandRow kCommands[] = {
     {"FORMat:READing:ALARm", setGroupSwitch<&C::format, &R::alarm>,
-     queryGroupSwitch<&C::format, &R::alarm>},
+     ask<groupSwitch<&C::format, &R::alarm>>},
     {"FORMat:READing:CHANnel", setGroupSwitch<&C::format, &R::channel>,
-     queryGroupSwitch<&C::format, &R::channel>},
+     ask<groupSwitch<&C::format, &R::channel>>},
     {"FORMat:READing:TIME", setGroupSwitch<&C::format, &R::time>,
-     queryGroupSwitch<&C::format, &R::time>},
-    {"FORMat:READing:TIME:TYPE", setTimeType, timeType},
+     ask<groupSwitch<&C::format, &R::time>>},
+    {"FORMat:READing:TIME:TYPE", setTimeType, ask<timeType>},
     {"FORMat:READing:UNIT", setGroupSwitch<&C::format, &R::unit>,
-     queryGroupSwitch<&C::format, &R::unit>},
+     ask<groupSwitch<&C::format, &R::unit>>},
     {"MEMory:STATe:NAME", setStateName, stateName},
     {"MEMory:STATe:VALid", nullptr, isStateStored},
     {"MMEMory:FORMat:READing:RLIMit[:STATe]", setGroupSwitch<&C::log, &L::rowLimit>,
-     queryGroupSwitch<&C::log, &L::rowLimit>},
-    {"MMEMory:FORMat:READing:RLIMit:COUNt", setRowLimitCount, rowLimitCount},
+     ask<groupSwitch<&C::log, &L::rowLimit>>},
+    {"MMEMory:FORMat:READing:RLIMit:COUNt", setRowLimitCount, ask<rowLimitCount>},
     {"MMEMory:LOG[:ENABle]", setGroupSwitch<&C::log, &L::enabled>,
-     queryGroupSwitch<&C::log, &L::enabled>},
-    {"ROUTe:MONitor[:STATe]", setMonitor, monitor},
-    {"STATus:OPERation:CONDition", nullptr, operationCondition},
-    {"STATus:OPERation[:EVENt]", nullptr, operationEvents},
+     ask<groupSwitch<&C::log, &L::enabled>>},
+    {"ROUTe:MONitor[:STATe]", setMonitor, ask<monitor>},
+    {"STATus:OPERation:CONDition", nullptr, ask<operationCondition>},
+    {"STATus:OPERation[:EVENt]", nullptr, ask<operationEvents>},
     {"SYSTem:CTYPe", nullptr, moduleInSlot},
-    {"SYSTem:DATE", setDate, date},
-    {"SYSTem:ERRor[:NEXT]", nullptr, takeError},
-    {"SYSTem:ERRor:COUNt", nullptr, errorCount},
-    {"SYSTem:PERSonality:MODel", nullptr, personality},
-    {"SYSTem:PERSonality:MODel:DEFault", nullptr, personality},
-    {"SYSTem:TIME", setTime, time},
-    {"SYSTem:TIME:SCAN", nullptr, scanStartTime},
+    {"SYSTem:DATE", setDate, ask<date>},
+    {"SYSTem:ERRor[:NEXT]", nullptr, ask<takeError>},
+    {"SYSTem:ERRor:COUNt", nullptr, ask<errorCount>},
+    {"SYSTem:PERSonality:MODel", nullptr, ask<personality>},
+    {"SYSTem:PERSonality:MODel:DEFault", nullptr, ask<personality>},
+    {"SYSTem:TIME", setTime, ask<timeOfDay>},
+    {"SYSTem:TIME:SCAN", nullptr, ask<scanStartTime>},
 };
 
 } // namespace

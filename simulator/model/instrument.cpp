@@ -25,7 +25,7 @@ Function firstOf(FunctionSet functions)
 } // namespace
 
 Instrument::Instrument(const InstrumentSetup& setup)
-    : m_slots(setup.slots)
+    : m_slots(setup.modules)
     , m_configuration(factoryConfiguration())
     , m_clock(setup.powerOnTime)
     , m_meter(setup.seed, setup.openChannels)

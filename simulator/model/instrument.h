@@ -26,7 +26,7 @@ constexpr std::size_t kReadingMemoryCapacity = 100000;
 struct InstrumentSetup
 {
     /// Slot, 1 to kLastSlot, to module type.
-    std::map<int, int> slots;
+    std::map<int, int> modules;
     std::uint64_t seed = 1;
     /// The total rate; none: as the channels' settings ask for.
     std::optional<double> readingsPerSecond;

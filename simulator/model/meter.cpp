@@ -115,7 +115,7 @@ Instant Meter::measuringTime(const ChannelSettings& settings)
 {
     const double delayS = settings.isOn(Option::DelayAuto) ? 0 : settings.value(Option::Delay);
     const std::chrono::duration<double> seconds(kSwitchingS + delayS + apertureS(settings));
-    return std::chrono::duration_cast<Instant>(seconds);
+    return std::chrono::round<Instant>(seconds);
 }
 
 double Meter::unscaled(int channel, const ChannelSettings& settings, Instant at)

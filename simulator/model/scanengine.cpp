@@ -13,7 +13,7 @@ constexpr Instant kShortestSweep = std::chrono::milliseconds(1);
 
 Instant fromSeconds(double seconds)
 {
-    return duration_cast<Instant>(std::chrono::duration<double>(seconds));
+    return std::chrono::round<Instant>(std::chrono::duration<double>(seconds));
 }
 
 } // namespace

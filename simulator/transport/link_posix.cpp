@@ -10,6 +10,8 @@ namespace scnsim {
 namespace {
 
 constexpr std::size_t kReadSize = 16384;
+/// What has been sent is forgotten in pieces of at least this size.
+constexpr std::size_t kCompactAt = 1 << 18;
 /// A client that does not take its replies is not read from any more beyond this.
 constexpr std::size_t kMostPendingOutput = 1 << 20;
 
@@ -58,6 +60,9 @@ bool Link::flush()
     }
     if (m_gone || !hasPendingOutput()) {
         m_output.clear();
+        m_sent = 0;
+    } else if (m_sent >= kCompactAt) {
+        m_output.erase(0, m_sent);
         m_sent = 0;
     }
     return !m_gone;

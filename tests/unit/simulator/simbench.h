@@ -1,0 +1,62 @@
+#pragma once
+
+#include <QString>
+
+#include <chrono>
+#include <map>
+#include <string>
+
+#include "dialogue/dialogue.h"
+
+/// Text of the simulator in Qt's form, so that a failed comparison shows both sides.
+inline QString shown(const std::string& text)
+{
+    return QString::fromStdString(text);
+}
+
+/// An instrument with its language on the table, and a clock that only the test moves. It is
+/// switched on at 2024-01-02 03:04:05.000.
+class SimBench
+{
+public:
+    using Slots = std::map<int, int>;
+
+    explicit SimBench(const Slots& modules = {{1, 1}, {2, 2}, {3, 8}})
+        : SimBench(setupWith(modules))
+    {
+    }
+
+    explicit SimBench(const scnsim::InstrumentSetup& setup)
+        : m_instrument(setup)
+        , m_dialogue(m_instrument, "SCN,SCN4070A,MY00000042,01.02-sim")
+    {
+    }
+
+    static scnsim::InstrumentSetup setupWith(const Slots& modules)
+    {
+        scnsim::InstrumentSetup setup;
+        setup.modules = modules;
+        setup.powerOnTime = {2024, 1, 2, 3, 4, 5, 0};
+        return setup;
+    }
+
+    /// One line to the instrument; the answer, empty for none.
+    QString ask(const QString& line) { return shown(m_dialogue.handle(line.toStdString(), m_now)); }
+    QString ask(const char* line) { return ask(QString::fromUtf8(line)); }
+
+    /// Lets time pass without a word.
+    void pass(std::chrono::nanoseconds time)
+    {
+        m_now += time;
+        m_dialogue.advance(m_now);
+    }
+
+    scnsim::Instrument& instrument() { return m_instrument; }
+    scnsim::Dialogue& dialogue() { return m_dialogue; }
+    scnsim::Instant now() const { return m_now; }
+
+private:
+    scnsim::Instrument m_instrument;
+    scnsim::Dialogue m_dialogue;
+    scnsim::Instant m_now{0};
+};

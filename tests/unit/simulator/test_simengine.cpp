@@ -1,0 +1,583 @@
+#include <QtTest>
+
+#include <cmath>
+
+#include "simbench.h"
+
+using namespace scnsim;
+using namespace std::chrono_literals;
+
+namespace {
+
+constexpr const char* kNoError = "+0,\"No error\"";
+constexpr const char* kAllFields = "FORM:READ:ALAR ON;CHAN ON;TIME ON;UNIT ON;TIME:TYPE ABS";
+constexpr int kFieldsOfARecord = 9;
+
+/// The content of a definite-length block; a null text if its length is not the one it tells.
+QString blockContent(const QString& block)
+{
+    const int digits = block.mid(1, 1).toInt();
+    const int length = block.mid(2, digits).toInt();
+    const QString content = block.mid(2 + digits);
+    return block.startsWith(QLatin1Char('#')) && content.size() == length ? content : QString();
+}
+
+struct Record
+{
+    double value;
+    QString unit;
+    qint64 stampMs;
+    int channel;
+    int alarm;
+};
+
+/// Fetches all readings with all fields.
+QList<Record> fetch(SimBench& bench)
+{
+    bench.ask(kAllFields);
+    QList<Record> records;
+    const QString content = blockContent(bench.ask("R?"));
+    if (content.isEmpty()) {
+        return records;
+    }
+    const QStringList fields = content.split(QLatin1Char(','));
+    for (int i = 0; i + kFieldsOfARecord <= fields.size(); i += kFieldsOfARecord) {
+        const DateTime stamp{fields[i + 1].toInt(),
+                             fields[i + 2].toInt(),
+                             fields[i + 3].toInt(),
+                             fields[i + 4].toInt(),
+                             fields[i + 5].toInt(),
+                             fields[i + 6].section(QLatin1Char('.'), 0, 0).toInt(),
+                             fields[i + 6].section(QLatin1Char('.'), 1, 1).toInt()};
+        records.append({fields[i].section(QLatin1Char(' '), 0, 0).toDouble(),
+                        fields[i].section(QLatin1Char(' '), 1, 1), toMilliseconds(stamp),
+                        fields[i + 7].toInt(), fields[i + 8].toInt()});
+    }
+    return records;
+}
+
+InstrumentSetup setupAtRate(const SimBench::Slots& modules, double readingsPerSecond)
+{
+    InstrumentSetup setup = SimBench::setupWith(modules);
+    setup.readingsPerSecond = readingsPerSecond;
+    return setup;
+}
+
+} // namespace
+
+/// The scan engine with the test's own clock: exact times, exact counts.
+class TestSimEngine : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void readingIsThereWhenItsTimeIsOver();
+    void recordsCarryTheFieldsThatTheFormatAsksFor();
+    void recordIsAboutFiftyBytesAndSigned();
+    void immediateSweepsFollowEachOther();
+    void endlessScanRunsUntilAborted();
+    void rateIsTheTotalOverAllChannels();
+    void stampsOfAChannelDifferAtAnyRate();
+    void timerStartsSweepsAtItsTicks();
+    void timerTicksWithinASweepAreLeftOut();
+    void timerOfZeroSweepsWithoutPause();
+    void busTriggerStartsOneSweep();
+    void externalAndAlarmTriggersStartOneSweep();
+    void secondInitIsRefused();
+    void initEmptiesTheMemory();
+    void fetchingRemovesTheOldest();
+    void fullMemoryDropsTheOldestAndTellsOnce();
+    void memoryHoldsAHundredThousand();
+    void scanListChangesWithTheNextScan();
+    void channelSettingsChangeWithTheNextSweep();
+    void measuringTimeFollowsTheSettings_data();
+    void measuringTimeFollowsTheSettings();
+    void thousandChannelsAtTenThousandReadings();
+    void seedDecidesTheValues();
+    void openChannelReadsOverload();
+    void valueBeyondTheRangeReadsOverload();
+    void linearScalingIsApplied();
+    void percentReferenceIsTheFirstReadingUnlessSet();
+    void percentOfZeroIsOverload();
+    void decibelsAreApplied();
+    void emptyScaledUnitLeavesTheFunctionsUnit();
+    void temperatureUnitIsApplied();
+    void everyFunctionHasASignal();
+};
+
+void TestSimEngine::readingIsThereWhenItsTimeIsOver()
+{
+    // 3 ms to switch and one cycle of 20 ms to integrate.
+    SimBench bench;
+    bench.ask("ROUT:SCAN (@101:103);:TRIG:COUN 1;:INIT");
+    QCOMPARE(bench.ask("DATA:POIN?;:STAT:OPER:COND?"), QStringLiteral("+0;+16"));
+    bench.pass(23ms - 1ns);
+    QCOMPARE(bench.ask("DATA:POIN?"), QStringLiteral("+0"));
+    bench.pass(1ns);
+    QCOMPARE(bench.ask("DATA:POIN?"), QStringLiteral("+1"));
+    bench.pass(46ms - 1ns);
+    QCOMPARE(bench.ask("DATA:POIN?;:STAT:OPER:COND?"), QStringLiteral("+2;+16"));
+    bench.pass(1ns);
+    QCOMPARE(bench.ask("DATA:POIN?;:STAT:OPER:COND?"), QStringLiteral("+3;+256"));
+    bench.pass(10s);
+    QCOMPARE(bench.ask("DATA:POIN?;:SYST:ERR?"), QStringLiteral("+3;+0,\"No error\""));
+}
+
+void TestSimEngine::recordsCarryTheFieldsThatTheFormatAsksFor()
+{
+    SimBench bench;
+    bench.ask("ROUT:SCAN (@101,102);:TRIG:COUN 4");
+    bench.pass(1s);
+    bench.ask("INIT");
+    bench.pass(1s);
+    const auto matches = [&bench](const char* pattern) {
+        const QString content = blockContent(bench.ask("R? 1"));
+        const QString whole = QStringLiteral("^%1$").arg(QString::fromLatin1(pattern));
+        const bool fits = QRegularExpression(whole).match(content).hasMatch();
+        return fits ? QString() : content;
+    };
+    constexpr const char* kOk = "";
+    QCOMPARE(matches("\\+\\d\\.\\d{8}E[+-]\\d\\d"), QString::fromLatin1(kOk));
+    bench.ask("FORM:READ:UNIT ON");
+    QCOMPARE(matches("\\+\\S+ Vdc"), QString::fromLatin1(kOk));
+    bench.ask("FORM:READ:TIME ON");
+    QCOMPARE(matches("\\+\\S+ Vdc,\\+4\\.60000000E-02"), QString::fromLatin1(kOk));
+    bench.ask("FORM:READ:TIME:TYPE ABS");
+    QCOMPARE(matches("\\+\\S+ Vdc,2024,01,02,03,04,06\\.069"), QString::fromLatin1(kOk));
+    bench.ask("FORM:READ:CHAN ON");
+    QCOMPARE(matches("\\+\\S+ Vdc,2024,01,02,03,04,06\\.092,101"), QString::fromLatin1(kOk));
+    bench.ask("FORM:READ:ALAR ON");
+    QCOMPARE(matches("\\+\\S+ Vdc,2024,01,02,03,04,06\\.115,102,0"), QString::fromLatin1(kOk));
+    QCOMPARE(bench.ask("SYST:TIME:SCAN?"), QStringLiteral("2024,01,02,03,04,06.000"));
+    QCOMPARE(bench.ask("SYST:ERR?"), QString::fromLatin1(kNoError));
+}
+
+void TestSimEngine::recordIsAboutFiftyBytesAndSigned()
+{
+    SimBench bench;
+    bench.ask(kAllFields);
+    bench.ask("ROUT:SCAN (@101:120);:TRIG:COUN 5;:INIT");
+    bench.pass(10s);
+    const QString content = blockContent(bench.ask("R? 100"));
+    // A comma follows each record but the last.
+    QCOMPARE(content.size() + 1, 100 * 50);
+    QVERIFY(content.startsWith(QLatin1Char('+')));
+}
+
+void TestSimEngine::immediateSweepsFollowEachOther()
+{
+    SimBench bench;
+    bench.ask("ROUT:SCAN (@101:110);:TRIG:COUN 3;:INIT");
+    bench.pass(3 * 230ms - 1ns);
+    QCOMPARE(bench.ask("DATA:POIN?;:STAT:OPER:COND?"), QStringLiteral("+29;+16"));
+    bench.pass(1ns);
+    QCOMPARE(bench.ask("DATA:POIN?;:STAT:OPER:COND?"), QStringLiteral("+30;+256"));
+    const QList<Record> records = fetch(bench);
+    QCOMPARE(records.size(), 30);
+    for (int i = 0; i < records.size(); ++i) {
+        QCOMPARE(records[i].channel, 101 + i % 10);
+        QCOMPARE(records[i].stampMs, toMilliseconds({2024, 1, 2, 3, 4, 5, 0}) + i * 23);
+    }
+}
+
+void TestSimEngine::endlessScanRunsUntilAborted()
+{
+    SimBench bench;
+    bench.ask("ROUT:SCAN (@101);:TRIG:COUN INF;:INIT");
+    bench.pass(230s);
+    QCOMPARE(bench.ask("DATA:POIN?;:STAT:OPER:COND?"), QStringLiteral("+10000;+16"));
+    bench.ask("ABOR");
+    bench.pass(10s);
+    QCOMPARE(bench.ask("DATA:POIN?;:STAT:OPER:COND?"), QStringLiteral("+10000;+256"));
+}
+
+void TestSimEngine::rateIsTheTotalOverAllChannels()
+{
+    SimBench bench(setupAtRate({{1, 1}}, 100));
+    bench.ask("ROUT:SCAN (@101:104);:INIT");
+    bench.pass(1s);
+    QCOMPARE(bench.ask("DATA:POIN?"), QStringLiteral("+100"));
+    const QList<Record> records = fetch(bench);
+    QCOMPARE(records[99].channel, 104);
+    QCOMPARE(records[99].stampMs - records[0].stampMs, qint64{990});
+}
+
+void TestSimEngine::stampsOfAChannelDifferAtAnyRate()
+{
+    // Ten readings a millisecond are asked for, and one is the most a single channel gives.
+    SimBench bench(setupAtRate({{1, 1}}, 10000));
+    bench.ask("ROUT:SCAN (@101);:INIT");
+    bench.pass(1s);
+    const QList<Record> records = fetch(bench);
+    QCOMPARE(records.size(), 1000);
+    for (int i = 1; i < records.size(); ++i) {
+        QCOMPARE(records[i].stampMs, records[i - 1].stampMs + 1);
+    }
+}
+
+void TestSimEngine::timerStartsSweepsAtItsTicks()
+{
+    SimBench bench;
+    bench.ask("ROUT:SCAN (@101,102);:TRIG:SOUR TIM;TIM 2;COUN 3;:INIT");
+    QCOMPARE(bench.ask("STAT:OPER:COND?"), QStringLiteral("+16"));
+    bench.pass(46ms);
+    QCOMPARE(bench.ask("DATA:POIN?;:STAT:OPER:COND?"), QStringLiteral("+2;+32"));
+    bench.pass(1954ms - 1ns);
+    QCOMPARE(bench.ask("STAT:OPER:COND?"), QStringLiteral("+32"));
+    bench.pass(1ns);
+    QCOMPARE(bench.ask("STAT:OPER:COND?"), QStringLiteral("+16"));
+    bench.pass(2046ms);
+    QCOMPARE(bench.ask("DATA:POIN?;:STAT:OPER:COND?"), QStringLiteral("+6;+256"));
+    const QList<Record> records = fetch(bench);
+    const qint64 start = records[0].stampMs;
+    QCOMPARE(records[2].stampMs - start, qint64{2000});
+    QCOMPARE(records[4].stampMs - start, qint64{4000});
+    QCOMPARE(records[5].stampMs - start, qint64{4023});
+}
+
+void TestSimEngine::timerTicksWithinASweepAreLeftOut()
+{
+    // A sweep of 230 ms on a timer of 100 ms starts at every third tick.
+    SimBench bench;
+    bench.ask("ROUT:SCAN (@101:110);:TRIG:SOUR TIM;TIM 0.1;COUN 2;:INIT");
+    bench.pass(10s);
+    const QList<Record> records = fetch(bench);
+    QCOMPARE(records.size(), 20);
+    QCOMPARE(records[10].stampMs - records[0].stampMs, qint64{300});
+}
+
+void TestSimEngine::timerOfZeroSweepsWithoutPause()
+{
+    SimBench bench;
+    bench.ask("ROUT:SCAN (@101);:TRIG:SOUR TIM;TIM 0;COUN 3;:INIT");
+    bench.pass(69ms);
+    QCOMPARE(bench.ask("DATA:POIN?;:STAT:OPER:COND?"), QStringLiteral("+3;+256"));
+}
+
+void TestSimEngine::busTriggerStartsOneSweep()
+{
+    SimBench bench;
+    bench.ask("ROUT:SCAN (@101);:TRIG:SOUR BUS;COUN 2;:INIT");
+    bench.pass(10s);
+    QCOMPARE(bench.ask("DATA:POIN?;:STAT:OPER:COND?"), QStringLiteral("+0;+32"));
+    bench.ask("*TRG");
+    QCOMPARE(bench.ask("STAT:OPER:COND?"), QStringLiteral("+16"));
+    bench.ask("*TRG");
+    QCOMPARE(bench.ask("SYST:ERR?"), QStringLiteral("-211,\"Trigger ignored\""));
+    bench.pass(23ms);
+    QCOMPARE(bench.ask("DATA:POIN?;:STAT:OPER:COND?"), QStringLiteral("+1;+32"));
+    bench.ask("*TRG");
+    bench.pass(23ms);
+    QCOMPARE(bench.ask("DATA:POIN?;:STAT:OPER:COND?"), QStringLiteral("+2;+256"));
+}
+
+void TestSimEngine::externalAndAlarmTriggersStartOneSweep()
+{
+    SimBench bench;
+    ScanEngine& scan = bench.instrument().scan();
+    bench.ask("ROUT:SCAN (@101);:TRIG:SOUR EXT;COUN 1;:INIT");
+    QVERIFY(scan.trigger(TriggerSource::Bus, 0, bench.now()) == Refusal::NotWaiting);
+    QVERIFY(scan.trigger(TriggerSource::External, 0, bench.now()) == Refusal::None);
+    bench.pass(23ms);
+    QCOMPARE(bench.ask("DATA:POIN?;:STAT:OPER:COND?"), QStringLiteral("+1;+256"));
+
+    bench.ask("TRIG:SOUR ALAR2;:INIT");
+    QVERIFY(scan.trigger(TriggerSource::Alarm, 1, bench.now()) == Refusal::NotWaiting);
+    QVERIFY(scan.trigger(TriggerSource::Alarm, 2, bench.now()) == Refusal::None);
+    bench.pass(23ms);
+    QCOMPARE(bench.ask("DATA:POIN?;:STAT:OPER:COND?"), QStringLiteral("+1;+256"));
+}
+
+void TestSimEngine::secondInitIsRefused()
+{
+    SimBench bench;
+    bench.ask("ROUT:SCAN (@101);:INIT;:INIT");
+    QCOMPARE(bench.ask("SYST:ERR?"), QStringLiteral("-213,\"Init ignored\""));
+    bench.pass(23ms);
+    QCOMPARE(bench.ask("DATA:POIN?"), QStringLiteral("+1"));
+}
+
+void TestSimEngine::initEmptiesTheMemory()
+{
+    SimBench bench;
+    bench.ask("ROUT:SCAN (@101:103);:TRIG:COUN 1;:INIT");
+    bench.pass(1s);
+    QCOMPARE(bench.ask("DATA:POIN?"), QStringLiteral("+3"));
+    bench.ask("INIT");
+    QCOMPARE(bench.ask("DATA:POIN?"), QStringLiteral("+0"));
+}
+
+void TestSimEngine::fetchingRemovesTheOldest()
+{
+    SimBench bench;
+    QCOMPARE(bench.ask("R? 5"), QStringLiteral("#10"));
+    bench.ask("ROUT:SCAN (@101:110);:TRIG:COUN 1;:FORM:READ:CHAN ON;:INIT");
+    bench.pass(1s);
+    const QStringList first = blockContent(bench.ask("R? 3")).split(QLatin1Char(','));
+    QCOMPARE(first.size(), 6);
+    QCOMPARE(first[1], QStringLiteral("101"));
+    QCOMPARE(first[5], QStringLiteral("103"));
+    QCOMPARE(bench.ask("DATA:POIN?"), QStringLiteral("+7"));
+    const QStringList rest = blockContent(bench.ask("r? 100")).split(QLatin1Char(','));
+    QCOMPARE(rest.size(), 14);
+    QCOMPARE(rest[1], QStringLiteral("104"));
+    QCOMPARE(bench.ask("DATA:POIN?"), QStringLiteral("+0"));
+    QCOMPARE(bench.ask("R? 0"), QString());
+    QCOMPARE(bench.ask("SYST:ERR?"), QStringLiteral("-222,\"Data out of range\""));
+}
+
+void TestSimEngine::fullMemoryDropsTheOldestAndTellsOnce()
+{
+    InstrumentSetup setup = setupAtRate({{1, 1}}, 10);
+    setup.memoryCapacity = 10;
+    SimBench bench(setup);
+    bench.ask("ROUT:SCAN (@101);:INIT");
+    bench.pass(1s);
+    QCOMPARE(bench.ask("DATA:POIN?;:SYST:ERR?"), QStringLiteral("+10;+0,\"No error\""));
+    bench.pass(500ms);
+    QCOMPARE(bench.ask("DATA:POIN?"), QStringLiteral("+10"));
+    QCOMPARE(bench.ask("SYST:ERR?"), QStringLiteral("-321,\"Out of memory\""));
+    bench.pass(500ms);
+    QCOMPARE(bench.ask("SYST:ERR?"), QString::fromLatin1(kNoError));
+    const QList<Record> records = fetch(bench);
+    QCOMPARE(records.size(), 10);
+    QCOMPARE(records[0].stampMs, toMilliseconds({2024, 1, 2, 3, 4, 6, 0}));
+    bench.pass(2s);
+    QCOMPARE(bench.ask("SYST:ERR?;:SYST:ERR?"),
+             QStringLiteral("-321,\"Out of memory\";+0,\"No error\""));
+}
+
+void TestSimEngine::memoryHoldsAHundredThousand()
+{
+    SimBench bench(setupAtRate({{1, 8}}, 10000));
+    bench.ask("ROUT:SCAN (@101:140);:INIT");
+    bench.pass(10s);
+    QCOMPARE(bench.ask("DATA:POIN?;:SYST:ERR?"), QStringLiteral("+100000;+0,\"No error\""));
+    bench.pass(100us);
+    QCOMPARE(bench.ask("DATA:POIN?;:SYST:ERR?"), QStringLiteral("+100000;-321,\"Out of memory\""));
+}
+
+void TestSimEngine::scanListChangesWithTheNextScan()
+{
+    SimBench bench;
+    bench.ask("ROUT:SCAN (@101);:TRIG:COUN 2;:INIT");
+    bench.ask("ROUT:SCAN (@102);:TRIG:COUN 1");
+    bench.pass(1s);
+    QList<Record> records = fetch(bench);
+    QCOMPARE(records.size(), 2);
+    QCOMPARE(records[1].channel, 101);
+    bench.ask("INIT");
+    bench.pass(1s);
+    records = fetch(bench);
+    QCOMPARE(records.size(), 1);
+    QCOMPARE(records[0].channel, 102);
+}
+
+void TestSimEngine::channelSettingsChangeWithTheNextSweep()
+{
+    SimBench bench;
+    bench.ask("ROUT:SCAN (@101);:TRIG:COUN 3;:INIT");
+    bench.pass(10ms);
+    bench.ask("VOLT:NPLC 10,(@101)");
+    bench.pass(10s);
+    const QList<Record> records = fetch(bench);
+    QCOMPARE(records[1].stampMs - records[0].stampMs, qint64{23});
+    QCOMPARE(records[2].stampMs - records[1].stampMs, qint64{203});
+}
+
+void TestSimEngine::measuringTimeFollowsTheSettings_data()
+{
+    QTest::addColumn<QString>("settings");
+    QTest::addColumn<qint64>("milliseconds");
+
+    const auto row = [](const char* settings, qint64 milliseconds) {
+        QTest::newRow(settings) << QString::fromLatin1(settings) << milliseconds;
+    };
+    row("VOLT:NPLC 0.2,(@101)", 3 + 4);
+    row("VOLT:NPLC 100,(@101)", 3 + 2000);
+    row("ROUT:CHAN:DEL 1.5,(@101)", 3 + 20 + 1500);
+    row("ROUT:CHAN:DEL 1.5,(@101);DEL:AUTO ON,(@101)", 3 + 20);
+    row("FUNC \"RES\",(@101);:RES:OCOM ON,(@101)", 3 + 40);
+    row("FUNC \"VOLT:AC\",(@101)", 3 + 250);
+    row("FUNC \"VOLT:AC\",(@101);:VOLT:AC:BAND 200,(@101)", 3 + 25);
+    row("FUNC \"FREQ\",(@101);:FREQ:VOLT:BAND 200,(@101)", 3 + 25);
+    row("FUNC \"CAP\",(@101)", 3 + 100);
+    row("FUNC \"TEMP:TC\",(@101);:TEMP:NPLC 10,(@101)", 3 + 200);
+}
+
+void TestSimEngine::measuringTimeFollowsTheSettings()
+{
+    QFETCH(QString, settings);
+    SimBench bench;
+    bench.ask(settings);
+    bench.ask("ROUT:SCAN (@101);:TRIG:COUN 2;:INIT");
+    bench.pass(10s);
+    const QList<Record> records = fetch(bench);
+    QCOMPARE(records.size(), 2);
+    QTEST(records[1].stampMs - records[0].stampMs, "milliseconds");
+    QCOMPARE(bench.ask("SYST:ERR?"), QString::fromLatin1(kNoError));
+}
+
+void TestSimEngine::thousandChannelsAtTenThousandReadings()
+{
+    SimBench::Slots modules;
+    for (int slot = 1; slot <= 25; ++slot) {
+        modules[slot] = 8;
+    }
+    SimBench bench(setupAtRate(modules, 10000));
+    bench.ask("ROUT:SCAN (@101:2540);:INIT");
+    bench.pass(2s);
+    QCOMPARE(bench.ask("DATA:POIN?"), QStringLiteral("+20000"));
+    const QList<Record> records = fetch(bench);
+    for (int i = 1000; i < records.size(); ++i) {
+        QCOMPARE(records[i].channel, records[i - 1000].channel);
+        QCOMPARE(records[i].stampMs - records[i - 1000].stampMs, qint64{100});
+    }
+}
+
+void TestSimEngine::seedDecidesTheValues()
+{
+    const auto readings = [](std::uint64_t seed) {
+        InstrumentSetup setup = SimBench::setupWith({{1, 1}});
+        setup.seed = seed;
+        SimBench bench(setup);
+        bench.ask("ROUT:SCAN (@101:110);:TRIG:COUN 5;:INIT");
+        bench.pass(5s);
+        return bench.ask("R?");
+    };
+    QCOMPARE(readings(7), readings(7));
+    QVERIFY(readings(7) != readings(8));
+}
+
+void TestSimEngine::openChannelReadsOverload()
+{
+    InstrumentSetup setup = SimBench::setupWith({{1, 1}});
+    setup.openChannels = {102};
+    SimBench bench(setup);
+    bench.ask("CALC:SCAL:GAIN 2,(@102);STAT ON,(@102)");
+    bench.ask("ROUT:SCAN (@101,102);:TRIG:COUN 1;:INIT");
+    bench.pass(1s);
+    const QString content = blockContent(bench.ask("R? 2"));
+    QCOMPARE(content.section(QLatin1Char(','), 1, 1), QStringLiteral("+9.90000000E+37"));
+    QVERIFY(content.section(QLatin1Char(','), 0, 0).toDouble() < 2);
+}
+
+void TestSimEngine::valueBeyondTheRangeReadsOverload()
+{
+    // Position 1 carries about 1 V.
+    SimBench bench;
+    bench.ask("VOLT:RANG 0.1,(@101);:ROUT:SCAN (@101);:TRIG:COUN 1;:INIT");
+    bench.pass(1s);
+    QCOMPARE(blockContent(bench.ask("R? 1")), QStringLiteral("+9.90000000E+37"));
+    bench.ask("VOLT:RANG:AUTO ON,(@101);:INIT");
+    bench.pass(1s);
+    QVERIFY(std::fabs(blockContent(bench.ask("R? 1")).toDouble() - 1) < 0.05);
+}
+
+void TestSimEngine::linearScalingIsApplied()
+{
+    SimBench bench;
+    bench.ask("ROUT:SCAN (@101);:TRIG:COUN 1;:INIT");
+    bench.pass(1s);
+    const double plain = fetch(bench)[0].value;
+    SimBench scaled;
+    scaled.ask("CALC:SCAL:GAIN -2,(@101);OFFS 10,(@101);UNIT \"bar\",(@101);STAT ON,(@101)");
+    scaled.ask("ROUT:SCAN (@101);:TRIG:COUN 1;:INIT");
+    scaled.pass(1s);
+    const Record record = fetch(scaled)[0];
+    QVERIFY(std::fabs(record.value - (10 - 2 * plain)) < 1e-6);
+    QCOMPARE(record.unit, QStringLiteral("bar"));
+}
+
+void TestSimEngine::percentReferenceIsTheFirstReadingUnlessSet()
+{
+    SimBench bench;
+    bench.ask("CALC:SCAL:FUNC PCT,(@101);STAT ON,(@101);:ROUT:SCAN (@101);:TRIG:COUN 2;:INIT");
+    bench.pass(1s);
+    QList<Record> records = fetch(bench);
+    QCOMPARE(records[0].value, 0.0);
+    QVERIFY(records[1].value != 0.0);
+    QVERIFY(std::fabs(records[1].value) < 1);
+    QCOMPARE(records[0].unit, QStringLiteral("PCT"));
+    bench.ask("CALC:SCAL:REF 0.5,(@101);:INIT");
+    bench.pass(1s);
+    // About 1 V is twice the reference: 100 per cent above it.
+    QVERIFY(std::fabs(fetch(bench)[0].value - 100) < 10);
+}
+
+void TestSimEngine::percentOfZeroIsOverload()
+{
+    SimBench bench;
+    bench.ask("CALC:SCAL:FUNC PCT,(@101);REF 0,(@101);STAT ON,(@101)");
+    bench.ask("ROUT:SCAN (@101);:TRIG:COUN 1;:INIT");
+    bench.pass(1s);
+    QCOMPARE(fetch(bench)[0].value, 9.9e37);
+}
+
+void TestSimEngine::decibelsAreApplied()
+{
+    SimBench bench;
+    bench.ask("ROUT:SCAN (@101);:TRIG:COUN 1;:INIT");
+    bench.pass(1s);
+    const double volts = fetch(bench)[0].value;
+    const double dbm = 10 * std::log10(volts * volts / 50 / 1e-3);
+
+    SimBench inDbm;
+    inDbm.ask("CALC:SCAL:FUNC DBM,(@101);DBM:REF 50,(@101);:CALC:SCAL:STAT ON,(@101)");
+    inDbm.ask("ROUT:SCAN (@101);:TRIG:COUN 1;:INIT");
+    inDbm.pass(1s);
+    Record record = fetch(inDbm)[0];
+    QVERIFY(std::fabs(record.value - dbm) < 1e-6);
+    QCOMPARE(record.unit, QStringLiteral("DBM"));
+
+    SimBench inDb;
+    inDb.ask("CALC:SCAL:FUNC DB,(@101);DBM:REF 50,(@101);:CALC:SCAL:DB:REF 3,(@101)");
+    inDb.ask("CALC:SCAL:STAT ON,(@101);:ROUT:SCAN (@101);:TRIG:COUN 1;:INIT");
+    inDb.pass(1s);
+    record = fetch(inDb)[0];
+    QVERIFY(std::fabs(record.value - (dbm - 3)) < 1e-6);
+    QCOMPARE(record.unit, QStringLiteral("DB"));
+}
+
+void TestSimEngine::emptyScaledUnitLeavesTheFunctionsUnit()
+{
+    SimBench bench;
+    bench.ask("CALC:SCAL:UNIT \"\",(@101);STAT ON,(@101);:ROUT:SCAN (@101);:TRIG:COUN 1;:INIT");
+    bench.pass(1s);
+    QCOMPARE(fetch(bench)[0].unit, QStringLiteral("Vdc"));
+}
+
+void TestSimEngine::temperatureUnitIsApplied()
+{
+    const auto reading = [](const char* unit) {
+        SimBench bench;
+        bench.ask("FUNC \"TEMP:TC\",(@101);:ROUT:SCAN (@101);:TRIG:COUN 1");
+        bench.ask(QStringLiteral("UNIT:TEMP %1,(@101);:INIT").arg(QString::fromLatin1(unit)));
+        bench.pass(1s);
+        return fetch(bench)[0];
+    };
+    const Record celsius = reading("C");
+    const Record fahrenheit = reading("F");
+    const Record kelvin = reading("K");
+    QVERIFY(celsius.value > 15 && celsius.value < 35);
+    QVERIFY(std::fabs(fahrenheit.value - (celsius.value * 1.8 + 32)) < 1e-5);
+    QVERIFY(std::fabs(kelvin.value - (celsius.value + 273.15)) < 1e-5);
+    QCOMPARE(celsius.unit, QStringLiteral("C"));
+    QCOMPARE(fahrenheit.unit, QStringLiteral("F"));
+    QCOMPARE(kelvin.unit, QStringLiteral("K"));
+}
+
+void TestSimEngine::everyFunctionHasASignal()
+{
+    const SignalSource source(1);
+    for (int f = 0; f < static_cast<int>(Function::None); ++f) {
+        const auto function = static_cast<Function>(f);
+        QVERIFY(source.value(101, function, 1s, 1) > 0);
+        QVERIFY(source.value(101, function, 1s, 1) != source.value(101, function, 1s, 2));
+        QVERIFY(source.value(101, function, 1s, 1) != source.value(102, function, 1s, 1));
+    }
+    QCOMPARE(source.value(101, Function::None, 1s, 1), 0.0);
+}
+
+QTEST_APPLESS_MAIN(TestSimEngine)
+#include "test_simengine.moc"

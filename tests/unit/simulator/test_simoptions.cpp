@@ -1,0 +1,110 @@
+#include <QtTest>
+
+#include "options.h"
+#include "simbench.h"
+
+using namespace scnsim;
+
+class TestSimOptions : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void nothingMeansTheUsualPort();
+    void allOptionsAreRead();
+    void badOptionIsRefused_data();
+    void badOptionIsRefused();
+};
+
+void TestSimOptions::nothingMeansTheUsualPort()
+{
+    Options options;
+    std::string error;
+    QVERIFY(parseOptions({}, options, error));
+    QCOMPARE(int{*options.tcpPort}, 5025);
+    QVERIFY(options.terminalLink.empty());
+    QCOMPARE(options.modules, (std::map<int, int>{{1, 1}, {2, 2}, {3, 8}}));
+    QVERIFY(!options.readingsPerSecond);
+
+    Options onTerminal;
+    QVERIFY(parseOptions({"--pty", "/tmp/x"}, onTerminal, error));
+    QVERIFY(!onTerminal.tcpPort);
+}
+
+void TestSimOptions::allOptionsAreRead()
+{
+    Options options;
+    std::string error;
+    QVERIFY(parseOptions({"--tcp", "0", "--pty", "/tmp/x", "--slots", "2:14,15:0", "--idn",
+                          "A,B,C,D", "--rate", "0.5", "--seed", "18446744073709551615", "--open",
+                          "201,1503", "--transcript", "t.log", "--help"},
+                         options, error));
+    QCOMPARE(int{*options.tcpPort}, 0);
+    QCOMPARE(shown(options.terminalLink), QStringLiteral("/tmp/x"));
+    QCOMPARE(options.modules, (std::map<int, int>{{2, 14}, {15, 0}}));
+    QCOMPARE(shown(options.identity), QStringLiteral("A,B,C,D"));
+    QCOMPARE(*options.readingsPerSecond, 0.5);
+    QCOMPARE(options.seed, UINT64_MAX);
+    QCOMPARE(options.openChannels, (std::set<int>{201, 1503}));
+    QCOMPARE(shown(options.transcriptPath), QStringLiteral("t.log"));
+    QVERIFY(options.help);
+
+    Options empty;
+    QVERIFY(parseOptions({"--slots", ""}, empty, error));
+    QVERIFY(empty.modules.empty());
+}
+
+void TestSimOptions::badOptionIsRefused_data()
+{
+    QTest::addColumn<QStringList>("arguments");
+    const auto row = [](const char* arguments) {
+        QTest::newRow(arguments) << QString::fromLatin1(arguments).split(QLatin1Char(' '));
+    };
+    row("5025");
+    row("--port 1");
+    row("--tcp");
+    row("--tcp x");
+    row("--tcp 65536");
+    row("--tcp -1");
+    row("--tcp 12x");
+    row("--slots 1");
+    row("--slots 1:");
+    row("--slots 0:1");
+    row("--slots 100:1");
+    row("--slots 1:1000");
+    row("--slots 1:-1");
+    row("--slots 1:1,1:2");
+    row("--slots 1:1,");
+    row("--idn A,B,C");
+    row("--idn A,B,C,D,E");
+    row("--idn A,B,,D");
+    row("--rate 0");
+    row("--rate fast");
+    row("--rate nan");
+    row("--rate inf");
+    row("--seed -1");
+    row("--seed 1.5");
+    row("--open 1");
+    row("--open 101,");
+    row("--transcript");
+
+    QTest::newRow("blank in the identity")
+        << QStringList{QStringLiteral("--idn"), QStringLiteral("A,B C,D,E")};
+    QTest::newRow("no path of a link") << QStringList{QStringLiteral("--pty"), QString()};
+}
+
+void TestSimOptions::badOptionIsRefused()
+{
+    QFETCH(QStringList, arguments);
+    std::vector<std::string> texts;
+    for (const QString& argument : arguments) {
+        texts.push_back(argument.toStdString());
+    }
+    Options options;
+    std::string error;
+    QVERIFY(!parseOptions(texts, options, error));
+    QVERIFY2(shown(error).contains(arguments.first()), error.c_str());
+}
+
+QTEST_APPLESS_MAIN(TestSimOptions)
+#include "test_simoptions.moc"
