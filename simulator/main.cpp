@@ -75,7 +75,8 @@ int fail(const std::string& error, int code)
 bool openPorts(Server& server, const Options& options, std::string& error)
 {
     return (!options.tcpPort || server.listenTcp(*options.tcpPort, error)) &&
-           (options.terminalLink.empty() || server.openPseudoTerminal(options.terminalLink, error));
+           (options.terminalLink.empty() ||
+            server.openPseudoTerminal(options.terminalLink, options.baud, error));
 }
 
 } // namespace

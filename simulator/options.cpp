@@ -12,6 +12,8 @@ constexpr std::uint16_t kUsualPort = 5025;
 constexpr int kLastSlot = 99;
 constexpr int kLastModuleType = 999;
 constexpr double kHighestRate = 100000;
+constexpr int kLowestBaud = 300;
+constexpr int kHighestBaud = 4000000;
 
 /// Reads the whole text as a number between the limits.
 template <typename Number>
@@ -49,6 +51,11 @@ bool parseTerminal(const std::string& text, Options& options)
 {
     options.terminalLink = text;
     return !text.empty();
+}
+
+bool parseBaud(const std::string& text, Options& options)
+{
+    return parseNumber(text, kLowestBaud, kHighestBaud, options.baud);
 }
 
 /// "1:1,2:8": slot and module type. An empty text is a mainframe without modules.
@@ -126,6 +133,7 @@ struct OptionRow
 constexpr OptionRow kOptions[] = {
     {"--tcp", parseTcp, "a port from 0 to 65535"},
     {"--pty", parseTerminal, "the path of a link"},
+    {"--baud", parseBaud, "bits per second from 300 to 4000000"},
     {"--slots", parseSlots, "slot:module type,... with slots 1 to 99 and types 0 to 999"},
     {"--idn", parseIdentity, "four fields separated by commas, without blanks"},
     {"--rate", parseRate, "readings per second from 0.001 to 100000"},
@@ -183,6 +191,8 @@ const char* usageText()
            "  --tcp PORT          serve on 127.0.0.1:PORT; 0 picks a free port\n"
            "  --pty LINK          serve on a pseudo-terminal behind the symbolic link LINK\n"
            "                      (with neither of the two: --tcp 5025)\n"
+           "  --baud NUMBER       send on the pseudo-terminal at this many bits per second\n"
+           "                      (as fast as it goes)\n"
            "  --slots LIST        modules as slot:type,... (1:1,2:2,3:8)\n"
            "  --idn TEXT          the identity, four fields without blanks\n"
            "                      (SCN,SCN4070A,MY00000042,01.02-sim)\n"

@@ -17,6 +17,8 @@ struct Options
     /// port of instruments.
     std::optional<std::uint16_t> tcpPort;
     std::string terminalLink;
+    /// The speed of the pseudo-terminal in bits per second; 0: as fast as it goes.
+    int baud = 0;
     std::map<int, int> modules = {{1, 1}, {2, 2}, {3, 8}};
     std::string identity = "SCN,SCN4070A,MY00000042,01.02-sim";
     std::optional<double> readingsPerSecond;

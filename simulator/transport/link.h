@@ -5,6 +5,7 @@
 
 #include "transport/descriptor.h"
 #include "transport/linebuffer.h"
+#include "transport/pace.h"
 
 namespace scnsim {
 
@@ -21,7 +22,7 @@ public:
 
     /// @param descriptor a non-blocking stream
     /// @param port the name of the port in the transcript
-    Link(Descriptor descriptor, std::string port, LateReply lateReply);
+    Link(Descriptor descriptor, std::string port, LateReply lateReply, Pace pace = Pace(0));
 
     int descriptor() const { return m_descriptor.number(); }
     const std::string& port() const { return m_port; }
@@ -41,6 +42,9 @@ public:
 
     bool hasPendingOutput() const { return m_sent < m_output.size(); }
 
+    /// Whether what is to go out waits for time to pass, not for the stream.
+    bool isPaced() const { return m_pace.isLimited(); }
+
     /// Drops a late reply if this link does so.
     /// @return whether one was dropped
     bool dropLateReply();
@@ -52,6 +56,7 @@ private:
     Descriptor m_descriptor;
     std::string m_port;
     LateReply m_lateReply;
+    Pace m_pace;
     LineBuffer m_input;
     std::string m_output;
     std::size_t m_sent = 0;

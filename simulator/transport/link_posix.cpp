@@ -1,7 +1,9 @@
 #include "transport/link.h"
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
+#include <chrono>
 #include <unistd.h>
 #include <utility>
 
@@ -22,10 +24,11 @@ bool isTemporary(int error)
 
 } // namespace
 
-Link::Link(Descriptor descriptor, std::string port, LateReply lateReply)
+Link::Link(Descriptor descriptor, std::string port, LateReply lateReply, Pace pace)
     : m_descriptor(std::move(descriptor))
     , m_port(std::move(port))
     , m_lateReply(lateReply)
+    , m_pace(pace)
 {
 }
 
@@ -49,14 +52,18 @@ void Link::send(const std::string& line)
 
 bool Link::flush()
 {
-    while (!m_gone && hasPendingOutput()) {
-        const ssize_t count =
-            write(m_descriptor.number(), m_output.data() + m_sent, m_output.size() - m_sent);
+    std::size_t allowance = m_pace.allowance(std::chrono::steady_clock::now().time_since_epoch());
+    while (!m_gone && hasPendingOutput() && allowance > 0) {
+        const std::size_t size = std::min(allowance, m_output.size() - m_sent);
+        const ssize_t count = write(m_descriptor.number(), m_output.data() + m_sent, size);
         if (count < 0) {
             m_gone = !isTemporary(errno);
             break;
         }
-        m_sent += static_cast<std::size_t>(count);
+        const auto written = static_cast<std::size_t>(count);
+        m_sent += written;
+        allowance -= written;
+        m_pace.spend(written);
     }
     if (m_gone || !hasPendingOutput()) {
         m_output.clear();

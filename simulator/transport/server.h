@@ -22,7 +22,8 @@ public:
 
     /// @return false with a text in error
     bool listenTcp(std::uint16_t port, std::string& error);
-    bool openPseudoTerminal(const std::string& link, std::string& error);
+    /// @param bitsPerSecond the speed at which replies leave; 0 for no limit
+    bool openPseudoTerminal(const std::string& link, int bitsPerSecond, std::string& error);
 
     /// The resource names of the open ports in the order of their opening.
     const std::vector<std::string>& resources() const { return m_resources; }
@@ -32,6 +33,7 @@ public:
 
 private:
     bool pollOnce(int stopDescriptor);
+    int pollTimeoutMs() const;
     void acceptClient();
     bool serveLink(Link& link, short events);
     void answerLines(Link& link);

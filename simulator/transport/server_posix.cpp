@@ -1,5 +1,6 @@
 #include "transport/server.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <poll.h>
 #include <utility>
@@ -10,6 +11,8 @@ namespace {
 
 /// The loop wakes up at least this often.
 constexpr int kTickMs = 50;
+/// And this often while a paced line has something to send.
+constexpr int kPacedTickMs = 1;
 
 constexpr const char* kTcpPort = "tcp";
 constexpr const char* kTerminalPort = "pty";
@@ -17,7 +20,8 @@ constexpr const char* kTerminalPort = "pty";
 short wantedEvents(const Link& link)
 {
     const int input = link.takesInput() ? POLLIN : 0;
-    const int output = link.hasPendingOutput() ? POLLOUT : 0;
+    // A paced stream would always be ready: its output goes with the ticks.
+    const int output = link.hasPendingOutput() && !link.isPaced() ? POLLOUT : 0;
     return static_cast<short>(input | output);
 }
 
@@ -38,13 +42,13 @@ bool Server::listenTcp(std::uint16_t port, std::string& error)
     return true;
 }
 
-bool Server::openPseudoTerminal(const std::string& link, std::string& error)
+bool Server::openPseudoTerminal(const std::string& link, int bitsPerSecond, std::string& error)
 {
     if (!m_terminal.open(link, error)) {
         return false;
     }
-    m_links.push_back(
-        std::make_unique<Link>(m_terminal.takeStream(), kTerminalPort, Link::LateReply::Dropped));
+    m_links.push_back(std::make_unique<Link>(m_terminal.takeStream(), kTerminalPort,
+                                             Link::LateReply::Dropped, Pace(bitsPerSecond)));
     m_resources.push_back("ASRL" + m_terminal.link() + "::INSTR");
     return true;
 }
@@ -64,7 +68,7 @@ bool Server::pollOnce(int stopDescriptor)
     for (const std::unique_ptr<Link>& link : m_links) {
         polled.push_back({link->descriptor(), wantedEvents(*link), 0});
     }
-    if (poll(polled.data(), polled.size(), kTickMs) < 0) {
+    if (poll(polled.data(), polled.size(), pollTimeoutMs()) < 0) {
         return errno == EINTR;
     }
     if (polled[0].revents != 0) {
@@ -83,6 +87,14 @@ bool Server::pollOnce(int stopDescriptor)
     return true;
 }
 
+int Server::pollTimeoutMs() const
+{
+    const bool pacing = std::any_of(m_links.begin(), m_links.end(), [](const auto& link) {
+        return link->isPaced() && link->hasPendingOutput();
+    });
+    return pacing ? kPacedTickMs : kTickMs;
+}
+
 void Server::acceptClient()
 {
     Descriptor stream = m_listener.accept();
@@ -95,7 +107,8 @@ void Server::acceptClient()
 /// @return false once the peer has gone
 bool Server::serveLink(Link& link, short events)
 {
-    if ((events & POLLOUT) != 0 && !link.flush()) {
+    const bool mayWrite = (events & POLLOUT) != 0 || link.isPaced();
+    if (mayWrite && !link.flush()) {
         return false;
     }
     const bool readable = (events & (POLLIN | POLLHUP | POLLERR)) != 0;

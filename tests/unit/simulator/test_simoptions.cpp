@@ -35,15 +35,17 @@ void TestSimOptions::allOptionsAreRead()
 {
     Options options;
     std::string error;
-    QVERIFY(parseOptions({"--tcp", "0", "--pty", "/tmp/x", "--slots", "2:14,15:0", "--idn",
-                          "A,B,C,D", "--rate", "0.5", "--seed", "18446744073709551615", "--open",
-                          "201,1503", "--transcript", "t.log", "--help"},
-                         options, error));
+    QVERIFY(
+        parseOptions({"--tcp", "0", "--pty", "/tmp/x", "--slots", "2:14,15:0", "--idn", "A,B,C,D",
+                      "--rate", "0.5", "--baud", "57600", "--seed", "18446744073709551615",
+                      "--open", "201,1503", "--transcript", "t.log", "--help"},
+                     options, error));
     QCOMPARE(int{*options.tcpPort}, 0);
     QCOMPARE(shown(options.terminalLink), QStringLiteral("/tmp/x"));
     QCOMPARE(options.modules, (std::map<int, int>{{2, 14}, {15, 0}}));
     QCOMPARE(shown(options.identity), QStringLiteral("A,B,C,D"));
     QCOMPARE(*options.readingsPerSecond, 0.5);
+    QCOMPARE(options.baud, 57600);
     QCOMPARE(options.seed, UINT64_MAX);
     QCOMPARE(options.openChannels, (std::set<int>{201, 1503}));
     QCOMPARE(shown(options.transcriptPath), QStringLiteral("t.log"));
@@ -82,6 +84,8 @@ void TestSimOptions::badOptionIsRefused_data()
     row("--rate fast");
     row("--rate nan");
     row("--rate inf");
+    row("--baud 0");
+    row("--baud 9600.5");
     row("--seed -1");
     row("--seed 1.5");
     row("--open 1");

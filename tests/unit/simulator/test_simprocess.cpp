@@ -33,6 +33,7 @@ private slots:
     void clientThatNeverReadsDisturbsNobody();
     void terminalSurvivesItsClient();
     void lateReplyOnTheTerminalIsDropped();
+    void baudLimitsTheTerminal();
     void badOptionsAreTold_data();
     void badOptionsAreTold();
     void helpIsShown();
@@ -270,6 +271,24 @@ void TestSimProcess::lateReplyOnTheTerminalIsDropped()
     QVERIFY(line.size() < 100000);
 }
 
+void TestSimProcess::baudLimitsTheTerminal()
+{
+    start({QStringLiteral("--rate"), QStringLiteral("10000"), QStringLiteral("--baud"),
+           QStringLiteral("57600")});
+    StreamClient serial;
+    QVERIFY(serial.openDevice(m_link));
+    QVERIFY(serial.send("ROUT:SCAN (@101:120);:TRIG:COUN 10;:INIT\n"));
+    QTRY_COMPARE(serial.ask("DATA:POIN?"), QByteArray("+200"));
+    QElapsedTimer timer;
+    timer.start();
+    const QByteArray reply = serial.ask("R? 200");
+    // 3204 bytes at 5760 a second, and the few that the port holds at once.
+    const int bytes = reply.size() + 1;
+    QCOMPARE(bytes, 200 * 16 - 1 + 6 + 1);
+    QVERIFY2(timer.elapsed() >= (bytes - 64) * 1000 / 5760,
+             qPrintable(QString::number(timer.elapsed())));
+}
+
 void TestSimProcess::badOptionsAreTold_data()
 {
     QTest::addColumn<QStringList>("options");
@@ -299,8 +318,8 @@ void TestSimProcess::helpIsShown()
     QVERIFY(m_process.waitForFinished(kPatienceMs));
     QCOMPARE(m_process.exitCode(), 0);
     const QByteArray text = m_process.readAllStandardOutput();
-    for (const char* option :
-         {"--tcp", "--pty", "--slots", "--idn", "--rate", "--seed", "--open", "--transcript"}) {
+    for (const char* option : {"--tcp", "--pty", "--baud", "--slots", "--idn", "--rate", "--seed",
+                               "--open", "--transcript"}) {
         QVERIFY2(text.contains(option), option);
     }
 }

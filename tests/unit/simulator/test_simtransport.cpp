@@ -2,6 +2,7 @@
 
 #include "simbench.h"
 #include "transport/linebuffer.h"
+#include "transport/pace.h"
 #include "transport/transcript.h"
 
 using namespace scnsim;
@@ -17,6 +18,8 @@ private slots:
     void longestLineIsTaken();
     void tooLongALineIsDroppedUpToItsEnd();
     void tooLongALineInPiecesTellsOnce();
+    void paceLetsOutTheBytesOfTheTime();
+    void noPaceLetsOutEverything();
     void transcriptLineHasTimePortAndDirection();
     void transcriptWithoutFileIsSilent();
 };
@@ -73,6 +76,29 @@ void TestSimTransport::tooLongALineInPiecesTellsOnce()
     buffer.append("\n*CLS\n");
     QCOMPARE(shown(buffer.take().line), QStringLiteral("*CLS"));
     QVERIFY(!buffer.hasItem());
+}
+
+void TestSimTransport::paceLetsOutTheBytesOfTheTime()
+{
+    using namespace std::chrono_literals;
+    Pace pace(57600);
+    QVERIFY(pace.isLimited());
+    // After a long rest the port's own buffer, then 5.76 bytes a millisecond.
+    QCOMPARE(pace.allowance(100s), std::size_t{64});
+    pace.spend(64);
+    QCOMPARE(pace.allowance(100s), std::size_t{0});
+    QCOMPARE(pace.allowance(100s + 1ms), std::size_t{5});
+    pace.spend(5);
+    QCOMPARE(pace.allowance(100s + 10ms), std::size_t{52});
+}
+
+void TestSimTransport::noPaceLetsOutEverything()
+{
+    Pace pace(0);
+    QVERIFY(!pace.isLimited());
+    QVERIFY(pace.allowance(Pace::Time(1)) > 1000000000);
+    pace.spend(1000000000);
+    QVERIFY(pace.allowance(Pace::Time(1)) > 1000000000);
 }
 
 void TestSimTransport::transcriptLineHasTimePortAndDirection()
