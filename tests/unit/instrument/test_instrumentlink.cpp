@@ -1,5 +1,6 @@
 #include <QElapsedTimer>
 #include <QTest>
+#include <QThread>
 
 #include <memory>
 #include <thread>
@@ -8,6 +9,35 @@
 #include "instrument/visabinding.h"
 #include "unit/visa/peers_posix.h"
 #include "visa/visaprovider.h"
+
+// The address sanitizer takes the stack frames that a terminated thread leaves for ones still in
+// use, unless it keeps their variables elsewhere.
+#ifdef __SANITIZE_ADDRESS__
+extern "C" const char* __asan_default_options()
+{
+    return "detect_stack_use_after_return=1";
+}
+#endif
+
+namespace {
+
+/// A thread that asks the instrument something that it never answers.
+class AskingThread : public QThread
+{
+public:
+    explicit AskingThread(CDeviceVisa& device)
+        : m_device(device)
+    {
+    }
+
+protected:
+    void run() override { m_device.sendCommand(QStringLiteral("ASK?"), 60000); }
+
+private:
+    CDeviceVisa& m_device;
+};
+
+} // namespace
 
 /// The gate together with the provider, over a real connection.
 class TestInstrumentLink : public QObject
@@ -23,6 +53,7 @@ private slots:
     void replyThatFillsTheBufferFails();
     void lostInstrumentFailsAtOnceUntilConnectedAgain();
     void nobodyListens();
+    void terminatedThreadLeavesTheGateFree();
 };
 
 void TestInstrumentLink::initTestCase()
@@ -150,6 +181,26 @@ void TestInstrumentLink::nobodyListens()
     QCOMPARE(device.lastError(),
              QStringLiteral("连接失败: VI_ERROR_RSRC_NFOUND: "
                             "the resource is not present or cannot be reached"));
+}
+
+void TestInstrumentLink::terminatedThreadLeavesTheGateFree()
+{
+    TcpPeer peer;
+    CDeviceVisa device(nullptr);
+    QVERIFY(device.connectDevice(QString::fromLatin1(peer.resource())));
+    QVERIFY(peer.accept());
+    AskingThread thread(device);
+    thread.start();
+    QCOMPARE(peer.receive(5), QByteArray("ASK?\n"));
+    thread.terminate();
+    QVERIFY(thread.wait(5000));
+    std::thread instrument([&] {
+        peer.receive(6);
+        peer.send("still here\n");
+    });
+    const QString reply = device.sendCommand(QStringLiteral("*IDN?"), 5000);
+    instrument.join();
+    QCOMPARE(reply, QStringLiteral("still here"));
 }
 
 QTEST_GUILESS_MAIN(TestInstrumentLink)

@@ -3,7 +3,10 @@
 #include <QTest>
 #include <QThread>
 
+#include <algorithm>
 #include <atomic>
+#include <functional>
+#include <future>
 #include <memory>
 #include <thread>
 #include <vector>
@@ -11,7 +14,66 @@
 #include "unit/visa/peers_posix.h"
 #include "unit/visa/providersession.h"
 
+// The address sanitizer takes the stack frames that a terminated thread leaves for ones still in
+// use, unless it keeps their variables elsewhere.
+#ifdef __SANITIZE_ADDRESS__
+extern "C" const char* __asan_default_options()
+{
+    return "detect_stack_use_after_return=1";
+}
+#endif
+
 namespace {
+
+/// A thread that does one thing, with nothing of the library's between it and its termination.
+class WorkThread : public QThread
+{
+public:
+    explicit WorkThread(std::function<void()> work)
+        : m_work(std::move(work))
+    {
+    }
+
+protected:
+    void run() override { m_work(); }
+
+private:
+    const std::function<void()> m_work;
+};
+
+/// A read that goes on in a thread of its own.
+class BackgroundRead
+{
+public:
+    explicit BackgroundRead(ProviderSession& session)
+        : m_thread([this, &session] {
+            m_started.set_value();
+            m_outcome = session.read();
+        })
+    {
+        m_started.get_future().wait();
+        // Long enough for a thread that runs to get from here into its wait.
+        std::this_thread::sleep_for(std::chrono::milliseconds(50));
+    }
+    ~BackgroundRead()
+    {
+        if (m_thread.joinable())
+            m_thread.join();
+    }
+    BackgroundRead(const BackgroundRead&) = delete;
+    BackgroundRead& operator=(const BackgroundRead&) = delete;
+
+    ReadOutcome outcome()
+    {
+        m_thread.join();
+        return m_outcome;
+    }
+
+private:
+    std::promise<void> m_started;
+    ReadOutcome m_outcome = {VI_SUCCESS, {}};
+    std::thread m_thread;
+};
 
 constexpr qint64 kGenerousMs = 1000;
 
@@ -58,13 +120,11 @@ void TestVisaThreads::closingEndsAReadInAnotherThread()
     PtyPeer pty;
     ProviderSession session(serial ? pty.resource() : tcp.resource());
     session.set(VI_ATTR_TMO_VALUE, 20000);
-    ReadOutcome outcome = {VI_SUCCESS, {}};
-    std::thread reader([&] { outcome = session.read(); });
-    std::this_thread::sleep_for(std::chrono::milliseconds(50));
+    BackgroundRead read(session);
     QElapsedTimer timer;
     timer.start();
     const ViStatus closed = session.close();
-    reader.join();
+    const ReadOutcome outcome = read.outcome();
     QVERIFY(timer.elapsed() < kGenerousMs);
     QCOMPARE(closed, VI_SUCCESS);
     QCOMPARE(outcome.status, VI_ERROR_ABORT);
@@ -76,14 +136,16 @@ void TestVisaThreads::closingEndsAWriteInAnotherThread()
     TcpPeer peer;
     peer.useSmallBuffers();
     ProviderSession session(peer.resource());
+    QVERIFY(peer.accept());
     session.set(VI_ATTR_TMO_VALUE, 20000);
     ViStatus status = VI_SUCCESS;
     std::thread writer([&] { status = session.write(QByteArray(64 << 20, 'w')); });
-    std::this_thread::sleep_for(std::chrono::milliseconds(100));
+    const bool begun = !peer.receive(1).isEmpty();
     QElapsedTimer timer;
     timer.start();
     session.close();
     writer.join();
+    QVERIFY(begun);
     QVERIFY(timer.elapsed() < 2 * kGenerousMs);
     QCOMPARE(status, VI_ERROR_ABORT);
 }
@@ -93,12 +155,9 @@ void TestVisaThreads::closingTheResourceManagerEndsAReadInAnotherThread()
     TcpPeer peer;
     ProviderSession session(peer.resource());
     session.set(VI_ATTR_TMO_VALUE, 20000);
-    ReadOutcome outcome = {VI_SUCCESS, {}};
-    std::thread reader([&] { outcome = session.read(); });
-    std::this_thread::sleep_for(std::chrono::milliseconds(50));
+    BackgroundRead read(session);
     QCOMPARE(providerVisaTable().viClose(session.resourceManager()), VI_SUCCESS);
-    reader.join();
-    QCOMPARE(outcome.status, VI_ERROR_ABORT);
+    QCOMPARE(read.outcome().status, VI_ERROR_ABORT);
 }
 
 void TestVisaThreads::openingAndClosingWhileOthersRead()
@@ -218,7 +277,7 @@ void TestVisaThreads::writerWaitsForItsTurnNoLongerThanItsTimeout()
                                             reinterpret_cast<const ViByte*>(much.constData()),
                                             static_cast<ViUInt32>(much.size()), nullptr);
     });
-    std::this_thread::sleep_for(std::chrono::milliseconds(200));
+    const bool begun = !peer.receive(1).isEmpty();
     session.set(VI_ATTR_TMO_VALUE, 100);
     QElapsedTimer timer;
     timer.start();
@@ -226,6 +285,7 @@ void TestVisaThreads::writerWaitsForItsTurnNoLongerThanItsTimeout()
     const qint64 elapsed = timer.elapsed();
     session.close();
     writer.join();
+    QVERIFY(begun);
     QCOMPARE(second, VI_ERROR_TMO);
     QCOMPARE(session.sent(), 0U);
     QVERIFY2(elapsed >= 100 && elapsed < 100 + kGenerousMs, qPrintable(QString::number(elapsed)));
@@ -238,19 +298,16 @@ void TestVisaThreads::writeDuringAReadThatWaits()
     ProviderSession session(peer.resource());
     QVERIFY(peer.accept());
     session.set(VI_ATTR_TMO_VALUE, 10000);
-    ReadOutcome outcome = {VI_SUCCESS, {}};
-    std::thread reader([&] { outcome = session.read(); });
-    std::this_thread::sleep_for(std::chrono::milliseconds(50));
+    BackgroundRead read(session);
     QElapsedTimer timer;
     timer.start();
     const ViStatus written = session.write("ABOR\n");
     QVERIFY(timer.elapsed() < kGenerousMs);
     const QByteArray line = peer.receive(5);
     peer.send("ok\n");
-    reader.join();
     QCOMPARE(written, VI_SUCCESS);
     QCOMPARE(line, QByteArray("ABOR\n"));
-    QCOMPARE(outcome.bytes, QByteArray("ok\n"));
+    QCOMPARE(read.outcome().bytes, QByteArray("ok\n"));
 }
 
 void TestVisaThreads::terminatedThreadLeavesASessionThatWorks_data()
@@ -269,7 +326,7 @@ void TestVisaThreads::terminatedThreadLeavesASessionThatWorks()
     QVERIFY(peer.accept());
     session.set(VI_ATTR_TMO_VALUE, 60000);
     static const QByteArray much(64 << 20, 'w');
-    const std::unique_ptr<QThread> thread(QThread::create([&session, reading] {
+    WorkThread thread([&session, reading] {
         ViByte buffer[64];
         if (reading)
             providerVisaTable().viRead(session.handle(), buffer, sizeof buffer, nullptr);
@@ -277,12 +334,12 @@ void TestVisaThreads::terminatedThreadLeavesASessionThatWorks()
             providerVisaTable().viWrite(session.handle(),
                                         reinterpret_cast<const ViByte*>(much.constData()),
                                         static_cast<ViUInt32>(much.size()), nullptr);
-    }));
-    thread->start();
+    });
+    thread.start();
     QTest::qWait(100);
-    QVERIFY(thread->isRunning());
-    thread->terminate();
-    QVERIFY(thread->wait(5000));
+    QVERIFY(thread.isRunning());
+    thread.terminate();
+    QVERIFY(thread.wait(5000));
     // Empties the line of what the write had sent.
     std::atomic<bool> found{false};
     std::thread instrument([&] {
