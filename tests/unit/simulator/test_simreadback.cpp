@@ -106,6 +106,7 @@ private slots:
     void refusedValueChangesNothing_data();
     void refusedValueChangesNothing();
     void everyOptionHasAHeader();
+    void everyHeaderStandsInTheDocumentation();
     void settingsBelongToOneChannelAndFunction();
     void resetPutsTheFactorySettingsBack();
 };
@@ -379,6 +380,25 @@ void TestSimReadBack::everyOptionHasAHeader()
         };
         const Facts<OptionRow> rows = optionHeaders();
         QVERIFY2(std::any_of(rows.begin(), rows.end(), named), qPrintable(QString::number(i)));
+    }
+}
+
+void TestSimReadBack::everyHeaderStandsInTheDocumentation()
+{
+    QFile file(QStringLiteral(SCN_SOURCE_DIR "/docs/scpi.md"));
+    QVERIFY(file.open(QIODevice::ReadOnly));
+    const QByteArray text = file.readAll();
+    const auto isThere = [&text](const char* spelling) {
+        return text.contains(QByteArray("`") + spelling + '`');
+    };
+    for (const Facts<CommandRow> table :
+         {commonCommands(), systemCommands(), channelCommands(), scanCommands()}) {
+        for (const CommandRow& row : table) {
+            QVERIFY2(isThere(row.spelling), row.spelling);
+        }
+    }
+    for (const OptionRow& row : optionHeaders()) {
+        QVERIFY2(isThere(row.spelling), row.spelling);
     }
 }
 
