@@ -1,0 +1,76 @@
+#include "widgets/customcombobox.h"
+
+#include "common/threadassert.h"
+#include "widgets/customitemdelegate.h"
+
+#include <QListView>
+
+namespace {
+
+/// Spacing of a new box, in pixels; also the view's own space around its rows.
+constexpr int kInitialItemSpacing = 4;
+
+} // namespace
+
+CustomComboBox::CustomComboBox(QWidget* parent)
+    : QComboBox(parent)
+    , m_delegate(new CustomItemDelegate(kInitialItemSpacing, this))
+    , m_itemSpacing(kInitialItemSpacing)
+{
+    assertGuiThread();
+    auto* list = new QListView(this);
+    list->setSpacing(kInitialItemSpacing);
+    list->setUniformItemSizes(true);
+    setView(list);
+    // A view brings its own delegate with it, so the box's goes in after the view.
+    setItemDelegate(m_delegate);
+
+    connect(this, qOverload<int>(&QComboBox::currentIndexChanged), this,
+            &CustomComboBox::onCurrentIndexChanged);
+}
+
+void CustomComboBox::addFunctionItems(const QStringList& items)
+{
+    assertGuiThread();
+    insertItems(count(), items);
+}
+
+void CustomComboBox::setItemSpacing(int spacing)
+{
+    assertGuiThread();
+    if (spacing == m_itemSpacing) {
+        return;
+    }
+    m_itemSpacing = spacing;
+    m_delegate->setSpacing(spacing);
+    view()->update();
+    emit itemSpacingChanged(spacing);
+}
+
+void CustomComboBox::onCurrentIndexChanged(int index)
+{
+    assertGuiThread();
+    view()->setCurrentIndex(model()->index(index, modelColumn(), rootModelIndex()));
+}
+
+void CustomComboBox::showEvent(QShowEvent* event)
+{
+    assertGuiThread();
+    QComboBox::showEvent(event);
+    fitPopupToBox();
+}
+
+void CustomComboBox::resizeEvent(QResizeEvent* event)
+{
+    assertGuiThread();
+    QComboBox::resizeEvent(event);
+    fitPopupToBox();
+}
+
+void CustomComboBox::fitPopupToBox()
+{
+    view()->setMinimumWidth(width());
+    view()->setMaximumWidth(width());
+    // The style makes the frame around the view as wide as the longest text.
+    view()->parentWidget()->setMaximumWidth(width());
+}

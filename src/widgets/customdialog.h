@@ -1,0 +1,43 @@
+#pragma once
+
+#include <QDialog>
+#include <QPoint>
+
+class QLabel;
+class QVBoxLayout;
+
+/// A modal dialog without a window frame: an own title bar, by which it is dragged, above one
+/// content widget.
+class CustomDialog : public QDialog
+{
+    Q_OBJECT
+    Q_DISABLE_COPY_MOVE(CustomDialog)
+
+public:
+    explicit CustomDialog(QWidget* parent = nullptr);
+
+    /// Makes the widget the only content of the body; the dialog owns it from then on. What the
+    /// body held before is deleted once control is back in the event loop. A null pointer only
+    /// empties the body.
+    void setContent(QWidget* widget);
+
+    /// Text of the title bar.
+    void setTitle(const QString& title);
+
+public slots:
+    void onCloseClicked();
+
+protected:
+    void mousePressEvent(QMouseEvent* event) override;
+    void mouseMoveEvent(QMouseEvent* event) override;
+    void showEvent(QShowEvent* event) override;
+
+private:
+    QWidget* buildTitleBar();
+
+    QWidget* m_titleBar = nullptr;
+    QLabel* m_titleLabel = nullptr;
+    QVBoxLayout* m_contentLayout = nullptr;
+    bool m_dragging = false;
+    QPoint m_dragOffset; ///< From the dialog's top-left corner to the pointer.
+};
