@@ -1,0 +1,53 @@
+#pragma once
+
+#include <QGraphicsView>
+
+#include <memory>
+
+/// Covers its parent while the program waits for the instrument: a turning ring with a text, or,
+/// after the link was lost, a text with a button that starts the recovery. It belongs to the GUI
+/// thread.
+class LoadingView : public QGraphicsView
+{
+    Q_OBJECT
+    Q_DISABLE_COPY_MOVE(LoadingView)
+
+public:
+    /// @param mode 0 for the plain busy form, 1 for the recovery form
+    explicit LoadingView(int mode, QWidget* parent = nullptr);
+    ~LoadingView() override;
+
+    /// Covers the parent. The busy form turns at once, the recovery form waits for the user.
+    void showLoading();
+
+    /// Text beside the ring.
+    void setLoadingText(const QString& text);
+
+    void startSpinning();
+
+    /// Hides the view; the recovery form is back in its first state the next time.
+    void stopLoading();
+
+    bool eventFilter(QObject* watched, QEvent* event) override;
+
+signals:
+    /// The user wants the link restored; the ring turns already.
+    void confirmRequested();
+
+protected:
+    void paintEvent(QPaintEvent* event) override;
+    void showEvent(QShowEvent* event) override;
+
+private:
+    struct State;
+
+    void buildControls();
+    void buildRecoveryControls();
+    void placeControls();
+    void placeLoadingLabel();
+    void placeRecoveryLabel();
+    void showRecoveryForm();
+    void onRecoveryClicked();
+
+    std::unique_ptr<State> m_state;
+};

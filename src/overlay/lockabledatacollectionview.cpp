@@ -1,0 +1,235 @@
+#include "overlay/lockabledatacollectionview.h"
+
+#include "common/threadassert.h"
+#include "overlay/viewportcover.h"
+
+#include <QGraphicsOpacityEffect>
+#include <QGraphicsProxyWidget>
+#include <QGraphicsRectItem>
+#include <QGraphicsScene>
+#include <QPointer>
+#include <QPropertyAnimation>
+#include <QPushButton>
+#include <QTimer>
+
+namespace {
+
+constexpr int kHoldMs = 1000;
+constexpr int kFadeMs = 500;
+constexpr int kBarHeight = 50;
+
+const QColor kVeilColour(50, 50, 50, 180);
+const QRectF kFirstVeilRect(0, 0, 400, 200);
+
+/// The veil lies below the bar, also when it is made anew.
+constexpr qreal kVeilZ = -1;
+
+QString holdToUnlockText()
+{
+    return LockableDataCollectionView::tr("点击并按住解锁,并清除数据");
+}
+
+} // namespace
+
+struct LockableDataCollectionView::State
+{
+    QGraphicsScene* scene = nullptr;
+    QGraphicsRectItem* veil = nullptr;
+    QPushButton* unlockButton = nullptr;
+    QGraphicsProxyWidget* unlockButtonProxy = nullptr;
+    QTimer unlockTimer;
+    bool isLocked = true;
+    int holdMs = kHoldMs;
+    QPointer<QPropertyAnimation> fade; ///< Null unless the veil is fading.
+};
+
+LockableDataCollectionView::LockableDataCollectionView(QWidget* parent)
+    : QGraphicsView(parent)
+    , m_state(std::make_unique<State>())
+{
+    assertGuiThread();
+    setSceneRect(QRectF());
+    setResizeAnchor(QGraphicsView::AnchorViewCenter);
+    setWindowFlags(Qt::Widget);
+    setAttribute(Qt::WA_TranslucentBackground);
+    setStyleSheet(QStringLiteral("background-color: rgba(50, 50, 50, 180);"));
+    setFrameShape(QFrame::NoFrame);
+    setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+
+    m_state->scene = new QGraphicsScene(this);
+    setScene(m_state->scene);
+    setRenderHint(QPainter::Antialiasing);
+    makeVeil();
+    makeBar();
+
+    connect(m_state->unlockButton, &QPushButton::pressed, this,
+            &LockableDataCollectionView::onUnlockButtonPressed);
+    connect(m_state->unlockButton, &QPushButton::released, this,
+            &LockableDataCollectionView::onUnlockButtonReleased);
+    connect(&m_state->unlockTimer, &QTimer::timeout, this,
+            &LockableDataCollectionView::handleUnlockTimerTimeout);
+    hide();
+}
+
+LockableDataCollectionView::~LockableDataCollectionView()
+{
+    // The base class still deletes the scene and its bar, whose signals need the state.
+    delete m_state->fade.data();
+    delete m_state->scene;
+}
+
+void LockableDataCollectionView::makeVeil()
+{
+    const QRectF sceneRect = m_state->scene->sceneRect();
+    m_state->veil = new QGraphicsRectItem(sceneRect.isEmpty() ? kFirstVeilRect : sceneRect);
+    m_state->veil->setBrush(QBrush(kVeilColour, Qt::SolidPattern));
+    m_state->veil->setPen(Qt::NoPen);
+    m_state->veil->setZValue(kVeilZ);
+    m_state->scene->addItem(m_state->veil);
+}
+
+void LockableDataCollectionView::removeVeil()
+{
+    if (m_state->fade) {
+        m_state->fade->stop();
+    }
+    if (m_state->veil) {
+        m_state->scene->removeItem(m_state->veil);
+        delete m_state->veil;
+        m_state->veil = nullptr;
+    }
+}
+
+void LockableDataCollectionView::makeBar()
+{
+    m_state->unlockButton = new QPushButton(holdToUnlockText());
+    m_state->unlockButton->setStyleSheet(
+        QStringLiteral("color:#13C4FF;font-weight:bold;font-size:16px;"));
+    m_state->unlockButtonProxy = m_state->scene->addWidget(m_state->unlockButton);
+    m_state->unlockButtonProxy->setPos(0, 0);
+    // The bar keeps its half of the width on a narrow page too, where its text would want more.
+    m_state->unlockButtonProxy->setMinimumSize(0, 0);
+    layOutBar();
+}
+
+void LockableDataCollectionView::layOutBar()
+{
+    const qreal sceneWidth = m_state->scene->width();
+    const qreal width = sceneWidth / 2;
+    m_state->unlockButtonProxy->setGeometry(QRectF(
+        (sceneWidth - width) / 2, (m_state->scene->height() - kBarHeight) / 2, width, kBarHeight));
+}
+
+void LockableDataCollectionView::resizeEvent(QResizeEvent* event)
+{
+    assertGuiThread();
+    const QMargins margins = viewportCoverMargins(*this);
+    if (margins != viewportMargins()) {
+        setViewportMargins(margins);
+    }
+    QGraphicsView::resizeEvent(event);
+    const QRectF whole(0, 0, width(), height());
+    m_state->scene->setSceneRect(whole);
+    if (m_state->veil) {
+        m_state->veil->setRect(whole);
+    }
+    layOutBar();
+}
+
+void LockableDataCollectionView::lock()
+{
+    assertGuiThread();
+    removeVeil();
+    makeVeil();
+    m_state->isLocked = true;
+    m_state->unlockButton->setText(holdToUnlockText());
+    emit locked();
+    hide();
+}
+
+bool LockableDataCollectionView::isLocked() const
+{
+    return m_state->isLocked;
+}
+
+void LockableDataCollectionView::setUnlockHoldTime(int ms)
+{
+    m_state->holdMs = ms;
+}
+
+void LockableDataCollectionView::ensureVeil()
+{
+    assertGuiThread();
+    if (!m_state->veil && m_state->isLocked) {
+        makeVeil();
+        layOutBar();
+    }
+}
+
+void LockableDataCollectionView::globalLock()
+{
+    if (!m_state->isLocked) {
+        lock();
+    }
+}
+
+void LockableDataCollectionView::globalUnlock()
+{
+    if (m_state->isLocked) {
+        fadeOut();
+    }
+}
+
+void LockableDataCollectionView::onUnlockButtonPressed()
+{
+    assertGuiThread();
+    // A press while the veil goes, or is gone, must not count against the next lock.
+    if (m_state->fade || !m_state->isLocked) {
+        return;
+    }
+    m_state->unlockTimer.setTimerType(Qt::PreciseTimer);
+    m_state->unlockTimer.start(m_state->holdMs);
+    m_state->unlockButton->setText(tr("正在解锁..."));
+}
+
+void LockableDataCollectionView::onUnlockButtonReleased()
+{
+    assertGuiThread();
+    if (m_state->unlockTimer.isActive()) {
+        m_state->unlockTimer.stop();
+        m_state->unlockButton->setText(holdToUnlockText());
+    }
+}
+
+void LockableDataCollectionView::handleUnlockTimerTimeout()
+{
+    assertGuiThread();
+    m_state->unlockTimer.stop();
+    fadeOut();
+}
+
+void LockableDataCollectionView::fadeOut()
+{
+    assertGuiThread();
+    if (m_state->fade || !m_state->veil) {
+        return;
+    }
+    auto* effect = new QGraphicsOpacityEffect;
+    m_state->veil->setGraphicsEffect(effect);
+    m_state->fade = new QPropertyAnimation(effect, QByteArrayLiteral("opacity"), this);
+    m_state->fade->setDuration(kFadeMs);
+    m_state->fade->setStartValue(1.0);
+    m_state->fade->setEndValue(0.0);
+    connect(m_state->fade, &QPropertyAnimation::finished, this,
+            &LockableDataCollectionView::onFadeFinished, Qt::DirectConnection);
+    m_state->fade->start(QAbstractAnimation::DeleteWhenStopped);
+}
+
+void LockableDataCollectionView::onFadeFinished()
+{
+    m_state->fade.clear();
+    removeVeil();
+    m_state->isLocked = false;
+    emit unlocked();
+}

@@ -1,0 +1,132 @@
+#include "overlay/windowlockmanager.h"
+
+#include "common/threadassert.h"
+#include "overlay/lockabledatacollectionview.h"
+
+#include <QEvent>
+
+WindowLockManager::WindowLockManager(QObject* parent)
+    : QObject(parent)
+{
+    assertGuiThread();
+    overlay()->hide();
+}
+
+LockableDataCollectionView* WindowLockManager::overlay()
+{
+    // The overlay of all managers. It is a child of the page that it covers, and goes with it.
+    static QPointer<LockableDataCollectionView> shared;
+    if (!shared) {
+        shared = new LockableDataCollectionView;
+    }
+    if (m_lockView != shared) {
+        m_lockView = shared;
+        connect(m_lockView, &LockableDataCollectionView::unlocked, this,
+                &WindowLockManager::hideLockView);
+    }
+    return m_lockView;
+}
+
+void WindowLockManager::registerWindow(QWidget* window)
+{
+    assertGuiThread();
+    if (!window || m_windows.contains(window)) {
+        return;
+    }
+    m_windows.append(window);
+    window->setMouseTracking(true);
+    window->installEventFilter(this);
+}
+
+void WindowLockManager::setLockEnabled(bool on)
+{
+    assertGuiThread();
+    m_enabled = on;
+    if (!on) {
+        overlay()->lock();
+    }
+    updateCurrentWindow();
+}
+
+void WindowLockManager::lockView()
+{
+    assertGuiThread();
+    if (m_lockView) {
+        m_lockView->lock();
+    }
+}
+
+bool WindowLockManager::eventFilter(QObject* watched, QEvent* event)
+{
+    assertGuiThread();
+    auto* window = qobject_cast<QWidget*>(watched);
+    if (window && m_windows.contains(window)) {
+        if (event->type() == QEvent::Enter) {
+            enter(window);
+        } else if (event->type() == QEvent::Leave) {
+            leave(window);
+        }
+    }
+    return QObject::eventFilter(watched, event);
+}
+
+void WindowLockManager::enter(QWidget* window)
+{
+    m_currentWindow = window;
+    if (m_enabled && overlay()->isLocked()) {
+        layOver(window);
+    }
+}
+
+void WindowLockManager::leave(QWidget* window)
+{
+    if (m_currentWindow == window) {
+        overlay()->hide();
+        m_currentWindow.clear();
+    }
+}
+
+void WindowLockManager::layOver(QWidget* window)
+{
+    LockableDataCollectionView* view = overlay();
+    view->setParent(window);
+    view->setGeometry(window->rect());
+    view->raise();
+    view->show();
+}
+
+void WindowLockManager::updateCurrentWindow()
+{
+    if (!m_currentWindow) {
+        return;
+    }
+    if (m_enabled && overlay()->isLocked()) {
+        overlay()->ensureVeil();
+        layOver(m_currentWindow);
+    } else {
+        overlay()->hide();
+    }
+}
+
+void WindowLockManager::onWindowEntered()
+{
+    assertGuiThread();
+    if (auto* window = qobject_cast<QWidget*>(sender())) {
+        enter(window);
+    }
+}
+
+void WindowLockManager::onWindowLeft()
+{
+    assertGuiThread();
+    if (auto* window = qobject_cast<QWidget*>(sender())) {
+        leave(window);
+    }
+}
+
+void WindowLockManager::hideLockView()
+{
+    assertGuiThread();
+    overlay()->hide();
+    emit unlocked();
+}

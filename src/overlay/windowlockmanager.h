@@ -1,0 +1,51 @@
+#pragma once
+
+#include <QList>
+#include <QObject>
+#include <QPointer>
+#include <QWidget>
+
+class LockableDataCollectionView;
+
+/// Watches pages and lays the one lock overlay of the process over the page that the pointer
+/// enters while locking is on. It belongs to the GUI thread.
+class WindowLockManager : public QObject
+{
+    Q_OBJECT
+    Q_DISABLE_COPY_MOVE(WindowLockManager)
+
+public:
+    explicit WindowLockManager(QObject* parent = nullptr);
+
+    /// Watches the page from now on. A null or known page is ignored; a page may be deleted.
+    void registerWindow(QWidget* window);
+
+    /// Turns locking on or off; on, the page under the pointer is covered at once.
+    void setLockEnabled(bool on);
+
+    /// Locks the overlay anew; it appears at the next entry of a page.
+    void lockView();
+
+    bool eventFilter(QObject* watched, QEvent* event) override;
+
+signals:
+    /// The user has held the bar to the end.
+    void unlocked();
+
+private slots:
+    void onWindowEntered();
+    void onWindowLeft();
+    void hideLockView();
+
+private:
+    LockableDataCollectionView* overlay();
+    void layOver(QWidget* window);
+    void enter(QWidget* window);
+    void leave(QWidget* window);
+    void updateCurrentWindow();
+
+    QPointer<LockableDataCollectionView> m_lockView;
+    QList<QPointer<QWidget>> m_windows;
+    QPointer<QWidget> m_currentWindow;
+    bool m_enabled = false;
+};

@@ -1,0 +1,473 @@
+#include "overlay/loadingview.h"
+
+#include <QElapsedTimer>
+#include <QLabel>
+#include <QPushButton>
+#include <QSignalSpy>
+#include <QTest>
+
+#include <cmath>
+#include <memory>
+
+namespace {
+
+constexpr int kBusy = 0;
+constexpr int kRecovery = 1;
+
+const QString kLoadingText = QStringLiteral("正在加载，请稍等...");
+const QString kRecoveryText = QStringLiteral("应用程序将在恢复通信时与仪器同步。");
+const QColor kRing(153, 153, 153);
+
+QLabel* labelOf(const LoadingView& view, const QString& text)
+{
+    for (QLabel* label : view.findChildren<QLabel*>()) {
+        if (label->text() == text) {
+            return label;
+        }
+    }
+    return nullptr;
+}
+
+QPushButton* buttonOf(const LoadingView& view)
+{
+    return view.findChild<QPushButton*>();
+}
+
+/// The place on the circle about the ring's centre, at an angle that counts anticlockwise from
+/// three o'clock as seen while the ring has not yet turned.
+QPoint onRing(const LoadingView& view, double radius, double degrees)
+{
+    const double angle = degrees * M_PI / 180;
+    return QPointF(view.width() * 0.5 + radius * std::cos(angle),
+                   view.height() * 0.5 - 20 - radius * std::sin(angle))
+        .toPoint();
+}
+
+bool isRing(const QImage& image, const QPoint& place)
+{
+    return image.pixelColor(place) == kRing;
+}
+
+/// Counts the paint events of a viewport.
+class PaintCounter : public QObject
+{
+public:
+    bool eventFilter(QObject* watched, QEvent* event) override
+    {
+        count += event->type() == QEvent::Paint ? 1 : 0;
+        return QObject::eventFilter(watched, event);
+    }
+
+    int count = 0;
+};
+
+} // namespace
+
+class TestLoadingView : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void init();
+    void cleanup();
+    void coversItsParentHiddenAtFirst();
+    void busyFormHasItsTextOnly();
+    void recoveryFormHasTextButtonAndHiddenLabel();
+    void worksWithoutAParent();
+    void verySmallParentIsHarmless_data();
+    void verySmallParentIsHarmless();
+    void showLoadingCoversAndTurns();
+    void groundIsFilled();
+    void ringsAreSixDashes();
+    void ringTurnsByTwelveDegreesAStep();
+    void stopLoadingHidesAndStandsStill();
+    void recoveryFormWaitsForTheUser();
+    void recoveryClickTurnsToTheBusyForm();
+    void recoveryClickCannotComeTwice();
+    void stopLoadingRestoresTheRecoveryForm();
+    void showLoadingAfterAFailedRecoveryOffersTheButtonAgain();
+    void controlsArePlaced_data();
+    void controlsArePlaced();
+    void followsItsParentsSize();
+    void recoveryTextGrowsWithTheParent();
+    void loadingTextIsReplacedAndCentred();
+    void startSpinningDrawsTheRing();
+    void coversItsParentUnderAStyleSheetThatDrawsFrames();
+    void raisedWhenShown();
+
+private:
+    std::unique_ptr<QWidget> m_parent;
+};
+
+void TestLoadingView::init()
+{
+    m_parent = std::make_unique<QWidget>();
+    m_parent->resize(400, 400);
+    m_parent->show();
+    QVERIFY(QTest::qWaitForWindowActive(m_parent.get()));
+}
+
+void TestLoadingView::cleanup()
+{
+    m_parent.reset();
+}
+
+void TestLoadingView::coversItsParentHiddenAtFirst()
+{
+    const LoadingView view(kBusy, m_parent.get());
+    QVERIFY(view.isHidden());
+    QCOMPARE(view.geometry(), m_parent->rect());
+    QVERIFY(view.windowFlags() & Qt::FramelessWindowHint);
+    QVERIFY(!view.isWindow());
+    QVERIFY(view.testAttribute(Qt::WA_TranslucentBackground));
+    QCOMPARE(view.styleSheet(), QStringLiteral("background: transparent;"));
+}
+
+void TestLoadingView::busyFormHasItsTextOnly()
+{
+    const LoadingView view(kBusy, m_parent.get());
+    const QLabel* label = labelOf(view, kLoadingText);
+    QVERIFY(label);
+    QVERIFY(!label->isHidden());
+    QCOMPARE(
+        label->styleSheet(),
+        QStringLiteral("QLabel{ color: white; font: 14px '微软雅黑'; background:transparent; }"));
+    QCOMPARE(label->alignment(), Qt::Alignment(Qt::AlignCenter));
+    QCOMPARE(view.findChildren<QLabel*>().size(), 1);
+    QVERIFY(!buttonOf(view));
+}
+
+void TestLoadingView::recoveryFormHasTextButtonAndHiddenLabel()
+{
+    const LoadingView view(kRecovery, m_parent.get());
+    const QLabel* label = labelOf(view, kRecoveryText);
+    QVERIFY(label);
+    QVERIFY(!label->isHidden());
+    QVERIFY(label->wordWrap());
+    QCOMPARE(label->alignment(), Qt::Alignment(Qt::AlignCenter));
+    QCOMPARE(label->styleSheet(),
+             QStringLiteral("QLabel{ color: white; font: 14px '微软雅黑'; background:transparent; "
+                            "text-align: center; }"));
+    QVERIFY(buttonOf(view));
+    QVERIFY(!buttonOf(view)->isHidden());
+    QCOMPARE(buttonOf(view)->text(), QStringLiteral("恢复"));
+    QCOMPARE(
+        buttonOf(view)->styleSheet(),
+        QStringLiteral("QPushButton{ color: white; background-color: #333333; border: 1px solid "
+                       "#666666; font: 14px '微软雅黑'; padding: 6px 12px; border-radius: 4px; } "
+                       "QPushButton:hover{ background-color: #444444; }QPushButton:pressed{ "
+                       "background-color: #555555; }"));
+    QVERIFY(labelOf(view, kLoadingText));
+    QVERIFY(labelOf(view, kLoadingText)->isHidden());
+}
+
+void TestLoadingView::worksWithoutAParent()
+{
+    for (const int mode : {kBusy, kRecovery}) {
+        LoadingView view(mode);
+        view.resize(300, 200);
+        view.showLoading();
+        QVERIFY(view.isVisible());
+        QCOMPARE(view.size(), QSize(300, 200));
+        view.stopLoading();
+        QVERIFY(!view.isVisible());
+    }
+}
+
+void TestLoadingView::verySmallParentIsHarmless_data()
+{
+    QTest::addColumn<QSize>("size");
+    QTest::newRow("ring vanishes") << QSize(7, 7);
+    QTest::newRow("one pixel") << QSize(1, 1);
+    QTest::newRow("a line") << QSize(300, 1);
+}
+
+void TestLoadingView::verySmallParentIsHarmless()
+{
+    QFETCH(QSize, size);
+    QWidget host;
+    QWidget small(&host);
+    small.resize(size);
+    host.show();
+    for (const int mode : {kBusy, kRecovery}) {
+        LoadingView view(mode, &small);
+        view.showLoading();
+        view.startSpinning();
+        QCOMPARE(view.size(), size);
+        const QImage image = view.grab().toImage();
+        QCOMPARE(image.size(), size);
+        view.stopLoading();
+    }
+}
+
+void TestLoadingView::showLoadingCoversAndTurns()
+{
+    LoadingView view(kBusy, m_parent.get());
+    m_parent->resize(320, 240);
+    view.showLoading();
+    QVERIFY(view.isVisible());
+    QCOMPARE(view.geometry(), QRect(0, 0, 320, 240));
+    QVERIFY(isRing(view.grab().toImage(), onRing(view, 30, 22)));
+}
+
+void TestLoadingView::groundIsFilled()
+{
+    m_parent->setStyleSheet(QStringLiteral("background: white;"));
+    LoadingView view(kRecovery, m_parent.get());
+    view.showLoading();
+    // 40 at an opacity of 220 of 255, over white.
+    const QColor ground = m_parent->grab().toImage().pixelColor(3, 3);
+    QVERIFY(qAbs(ground.red() - 70) <= 1);
+    QCOMPARE(ground.red(), ground.green());
+    QCOMPARE(ground.red(), ground.blue());
+}
+
+void TestLoadingView::ringsAreSixDashes()
+{
+    LoadingView view(kBusy, m_parent.get());
+    view.showLoading();
+    const QImage image = view.grab().toImage();
+    // 400 x 400: radii 50 and 35.
+    for (const int start : {0, 120, 240}) {
+        QVERIFY(isRing(image, onRing(view, 50, start + 3)));
+        QVERIFY(isRing(image, onRing(view, 50, start + 42)));
+        QVERIFY(!isRing(image, onRing(view, 50, start + 60)));
+        QVERIFY(!isRing(image, onRing(view, 50, start + 105)));
+        QVERIFY(isRing(image, onRing(view, 35, start + 60 + 3)));
+        QVERIFY(isRing(image, onRing(view, 35, start + 60 + 42)));
+        QVERIFY(!isRing(image, onRing(view, 35, start)));
+        QVERIFY(!isRing(image, onRing(view, 35, start + 45)));
+        QVERIFY(!isRing(image, onRing(view, 42, start + 22)));
+    }
+}
+
+void TestLoadingView::ringTurnsByTwelveDegreesAStep()
+{
+    LoadingView view(kBusy, m_parent.get());
+    PaintCounter counter;
+    view.viewport()->installEventFilter(&counter);
+    QElapsedTimer clock;
+    clock.start();
+    view.showLoading();
+    const QImage first = view.grab().toImage();
+    QTRY_VERIFY(view.grab().toImage() != first);
+    const QImage turned = view.grab().toImage();
+    const qint64 elapsed = clock.elapsed();
+
+    // Clockwise by whole steps; after ten of them the rings look the same again.
+    QVector<int> matchingSteps;
+    for (int step = 0; step < 10; ++step) {
+        const int angle = -12 * step;
+        if (isRing(turned, onRing(view, 50, angle + 3)) &&
+            isRing(turned, onRing(view, 50, angle + 42)) &&
+            !isRing(turned, onRing(view, 50, angle - 4)) &&
+            !isRing(turned, onRing(view, 50, angle + 49)) &&
+            isRing(turned, onRing(view, 35, angle + 82))) {
+            matchingSteps << step;
+        }
+    }
+    QCOMPARE(matchingSteps.size(), 1);
+    QVERIFY(matchingSteps.first() >= 1);
+    // The timer is a coarse one: it may gain a twentieth.
+    QVERIFY(elapsed >= matchingSteps.first() * 76);
+
+    const int before = counter.count;
+    clock.restart();
+    QTRY_VERIFY(counter.count >= before + 6);
+    // The first of the six may come at once.
+    QVERIFY2(clock.elapsed() >= 5 * 76, qPrintable(QString::number(clock.elapsed())));
+}
+
+void TestLoadingView::stopLoadingHidesAndStandsStill()
+{
+    LoadingView view(kBusy, m_parent.get());
+    view.showLoading();
+    view.stopLoading();
+    QVERIFY(!view.isVisible());
+    view.show();
+    QVERIFY(!isRing(view.grab().toImage(), onRing(view, 50, 22)));
+    const QImage still = view.grab().toImage();
+    QTest::qWait(200);
+    QCOMPARE(view.grab().toImage(), still);
+}
+
+void TestLoadingView::recoveryFormWaitsForTheUser()
+{
+    LoadingView view(kRecovery, m_parent.get());
+    view.showLoading();
+    QVERIFY(labelOf(view, kRecoveryText)->isVisible());
+    QVERIFY(buttonOf(view)->isVisible());
+    QVERIFY(!labelOf(view, kLoadingText)->isVisible());
+    for (const int angle : {5, 22, 40, 125, 150, 245}) {
+        QVERIFY(!isRing(view.grab().toImage(), onRing(view, 50, angle)));
+    }
+}
+
+void TestLoadingView::recoveryClickTurnsToTheBusyForm()
+{
+    LoadingView view(kRecovery, m_parent.get());
+    view.showLoading();
+    bool turning = false;
+    bool loading = false;
+    int confirmed = 0;
+    connect(&view, &LoadingView::confirmRequested, this, [&] {
+        ++confirmed;
+        turning = isRing(view.grab().toImage(), onRing(view, 50, 22));
+        loading = labelOf(view, kLoadingText)->isVisible();
+    });
+    QTest::mouseClick(buttonOf(view), Qt::LeftButton);
+    QCOMPARE(confirmed, 1);
+    QVERIFY(turning);
+    QVERIFY(loading);
+    QVERIFY(!labelOf(view, kRecoveryText)->isVisible());
+    QVERIFY(!buttonOf(view)->isVisible());
+    const QImage first = view.grab().toImage();
+    QTRY_VERIFY(view.grab().toImage() != first);
+}
+
+void TestLoadingView::recoveryClickCannotComeTwice()
+{
+    LoadingView view(kRecovery, m_parent.get());
+    view.showLoading();
+    QVERIFY(QTest::qWaitForWindowExposed(m_parent.get()));
+    QSignalSpy confirmed(&view, &LoadingView::confirmRequested);
+    const QPoint place = buttonOf(view)->mapTo(m_parent.get(), buttonOf(view)->rect().center());
+    QTest::mouseClick(m_parent->windowHandle(), Qt::LeftButton, Qt::NoModifier, place);
+    QTest::mouseClick(m_parent->windowHandle(), Qt::LeftButton, Qt::NoModifier, place);
+    QCOMPARE(confirmed.count(), 1);
+}
+
+void TestLoadingView::stopLoadingRestoresTheRecoveryForm()
+{
+    LoadingView view(kRecovery, m_parent.get());
+    view.showLoading();
+    QTest::mouseClick(buttonOf(view), Qt::LeftButton);
+    view.stopLoading();
+    QVERIFY(!view.isVisible());
+    view.showLoading();
+    QVERIFY(labelOf(view, kRecoveryText)->isVisible());
+    QVERIFY(buttonOf(view)->isVisible());
+    QVERIFY(!labelOf(view, kLoadingText)->isVisible());
+    QVERIFY(!isRing(view.grab().toImage(), onRing(view, 50, 22)));
+    QSignalSpy confirmed(&view, &LoadingView::confirmRequested);
+    QTest::mouseClick(buttonOf(view), Qt::LeftButton);
+    QCOMPARE(confirmed.count(), 1);
+}
+
+void TestLoadingView::showLoadingAfterAFailedRecoveryOffersTheButtonAgain()
+{
+    LoadingView view(kRecovery, m_parent.get());
+    view.showLoading();
+    QTest::mouseClick(buttonOf(view), Qt::LeftButton);
+    // The recovery failed and the view is shown again without having been stopped.
+    view.hide();
+    view.showLoading();
+    QVERIFY(buttonOf(view)->isVisible());
+    QVERIFY(labelOf(view, kRecoveryText)->isVisible());
+    const QImage still = view.grab().toImage();
+    QTest::qWait(200);
+    QCOMPARE(view.grab().toImage(), still);
+}
+
+void TestLoadingView::controlsArePlaced_data()
+{
+    QTest::addColumn<QSize>("size");
+    QTest::newRow("square") << QSize(400, 400);
+    QTest::newRow("wide") << QSize(1001, 333);
+    QTest::newRow("narrow") << QSize(151, 403);
+}
+
+void TestLoadingView::controlsArePlaced()
+{
+    QFETCH(QSize, size);
+    m_parent->resize(size);
+    const int width = size.width();
+    const int height = size.height();
+
+    LoadingView busy(kBusy, m_parent.get());
+    busy.showLoading();
+    const QLabel* loading = labelOf(busy, kLoadingText);
+    QCOMPARE(loading->size(), loading->sizeHint());
+    QCOMPARE(loading->x(), (width - loading->width()) / 2);
+    QCOMPARE(loading->y(), height / 2 + qMin(width, height) / 8);
+
+    LoadingView recovery(kRecovery, m_parent.get());
+    recovery.showLoading();
+    const QLabel* label = labelOf(recovery, kRecoveryText);
+    QVERIFY(label->width() <= int(width * 0.6));
+    QCOMPARE(label->minimumWidth(), label->maximumWidth());
+    QCOMPARE(label->x(), (width - label->width()) / 2);
+    QCOMPARE(label->y(), int(height * 0.3));
+    QCOMPARE(label->height(), label->heightForWidth(label->width()));
+    const QPushButton* button = buttonOf(recovery);
+    QCOMPARE(button->x(), (width - button->width()) / 2);
+    QCOMPARE(button->y(), int(height * 0.5));
+    QTest::mouseClick(buttonOf(recovery), Qt::LeftButton);
+    QCOMPARE(labelOf(recovery, kLoadingText)->geometry(), loading->geometry());
+}
+
+void TestLoadingView::followsItsParentsSize()
+{
+    LoadingView view(kBusy, m_parent.get());
+    view.showLoading();
+    m_parent->resize(640, 480);
+    QTRY_COMPARE(view.geometry(), QRect(0, 0, 640, 480));
+    const QLabel* label = labelOf(view, kLoadingText);
+    QCOMPARE(label->x(), (640 - label->width()) / 2);
+    QCOMPARE(label->y(), 240 + 60);
+}
+
+void TestLoadingView::recoveryTextGrowsWithTheParent()
+{
+    LoadingView view(kRecovery, m_parent.get());
+    view.showLoading();
+    const int wide = labelOf(view, kRecoveryText)->width();
+    m_parent->resize(100, 400);
+    QTRY_COMPARE(labelOf(view, kRecoveryText)->width(), 60);
+    m_parent->resize(400, 400);
+    QTRY_COMPARE(labelOf(view, kRecoveryText)->width(), wide);
+}
+
+void TestLoadingView::loadingTextIsReplacedAndCentred()
+{
+    LoadingView view(kBusy, m_parent.get());
+    view.showLoading();
+    const QString text = QStringLiteral("正在导出，请稍等，这可能需要几分钟...");
+    view.setLoadingText(text);
+    const QLabel* label = labelOf(view, text);
+    QVERIFY(label);
+    QCOMPARE(label->size(), label->sizeHint());
+    QCOMPARE(label->x(), (400 - label->width()) / 2);
+}
+
+void TestLoadingView::startSpinningDrawsTheRing()
+{
+    LoadingView view(kRecovery, m_parent.get());
+    view.showLoading();
+    view.startSpinning();
+    QVERIFY(isRing(view.grab().toImage(), onRing(view, 50, 22)));
+}
+
+void TestLoadingView::coversItsParentUnderAStyleSheetThatDrawsFrames()
+{
+    m_parent->setStyleSheet(
+        QStringLiteral("QAbstractScrollArea { border: 1px solid red; padding: 2px; }"));
+    LoadingView view(kBusy, m_parent.get());
+    view.showLoading();
+    QCOMPARE(view.viewport()->geometry(), m_parent->rect());
+    m_parent->resize(300, 200);
+    QTRY_COMPARE(view.viewport()->geometry(), QRect(0, 0, 300, 200));
+}
+
+void TestLoadingView::raisedWhenShown()
+{
+    LoadingView view(kBusy, m_parent.get());
+    QWidget later(m_parent.get());
+    later.setGeometry(m_parent->rect());
+    later.show();
+    view.showLoading();
+    QCOMPARE(m_parent->childAt(2, 2), view.viewport());
+}
+
+QTEST_MAIN(TestLoadingView)
+#include "test_loadingview.moc"

@@ -1,0 +1,420 @@
+#include "overlay/lockabledatacollectionview.h"
+
+#include <QElapsedTimer>
+#include <QGraphicsOpacityEffect>
+#include <QGraphicsProxyWidget>
+#include <QGraphicsRectItem>
+#include <QPropertyAnimation>
+#include <QPushButton>
+#include <QSignalSpy>
+#include <QTest>
+
+#include <memory>
+
+namespace {
+
+const QString kIdleText = QStringLiteral("点击并按住解锁,并清除数据");
+const QString kHeldText = QStringLiteral("正在解锁...");
+
+QList<QGraphicsRectItem*> veilsOf(const LockableDataCollectionView& view)
+{
+    QList<QGraphicsRectItem*> veils;
+    for (QGraphicsItem* item : view.scene()->items()) {
+        if (auto* veil = qgraphicsitem_cast<QGraphicsRectItem*>(item)) {
+            veils << veil;
+        }
+    }
+    return veils;
+}
+
+QGraphicsProxyWidget* proxyOf(const LockableDataCollectionView& view)
+{
+    for (QGraphicsItem* item : view.scene()->items()) {
+        if (auto* proxy = qgraphicsitem_cast<QGraphicsProxyWidget*>(item)) {
+            return proxy;
+        }
+    }
+    return nullptr;
+}
+
+QPushButton* barOf(const LockableDataCollectionView& view)
+{
+    return qobject_cast<QPushButton*>(proxyOf(view)->widget());
+}
+
+bool isFading(const LockableDataCollectionView& view)
+{
+    const QList<QGraphicsRectItem*> veils = veilsOf(view);
+    return veils.size() == 1 && veils.first()->graphicsEffect();
+}
+
+QPoint barCentre(const LockableDataCollectionView& view)
+{
+    return view.mapFromScene(proxyOf(view)->geometry().center());
+}
+
+void press(LockableDataCollectionView& view)
+{
+    QTest::mousePress(view.viewport(), Qt::LeftButton, Qt::NoModifier, barCentre(view));
+}
+
+void release(LockableDataCollectionView& view)
+{
+    QTest::mouseRelease(view.viewport(), Qt::LeftButton, Qt::NoModifier, barCentre(view));
+}
+
+} // namespace
+
+class TestLockableDataCollectionView : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void init();
+    void cleanup();
+    void startsLockedHiddenAndVeiled();
+    void styleIsFixed();
+    void barIsCentredAtHalfTheWidth_data();
+    void barIsCentredAtHalfTheWidth();
+    void veilAndBarFollowTheSize();
+    void barLiesOverTheVeil();
+    void barLiesOverAFreshVeilToo();
+    void pressShowsThatItUnlocks();
+    void unlockBeforeOneSecondChangesNothing();
+    void holdOfOneSecondFadesWhileTheButtonIsDown();
+    void fadeTakesHalfASecondFromFullToNothing();
+    void unlockedViewHasNoVeil();
+    void lockMakesAFreshVeilAfterAnUnlock();
+    void lockDuringTheFadeEndsItUnheard();
+    void globalLockWhileLockedDoesNothing();
+    void globalUnlockWhileUnlockedDoesNothing();
+    void globalLockAndUnlockTakeTurns();
+    void secondUnlockDuringTheFadeIsOneUnlock();
+    void pressDuringTheFadeDoesNotUnlockTheNextLock();
+    void holdTimeCanBeSet();
+    void veilIsEnsuredOnlyWhileLocked();
+    void hiddenViewStillEndsItsHold();
+    void deletedDuringTheFadeIsHarmless();
+    void coversItsPageUnderAStyleSheetThatDrawsFrames();
+
+private:
+    std::unique_ptr<QWidget> m_page;
+    LockableDataCollectionView* m_view = nullptr;
+};
+
+void TestLockableDataCollectionView::init()
+{
+    m_page = std::make_unique<QWidget>();
+    m_page->resize(600, 400);
+    m_view = new LockableDataCollectionView(m_page.get());
+    m_page->show();
+    QVERIFY(QTest::qWaitForWindowActive(m_page.get()));
+    m_view->setGeometry(m_page->rect());
+    m_view->show();
+}
+
+void TestLockableDataCollectionView::cleanup()
+{
+    m_page.reset();
+}
+
+void TestLockableDataCollectionView::startsLockedHiddenAndVeiled()
+{
+    const LockableDataCollectionView view;
+    QVERIFY(view.isLocked());
+    QVERIFY(view.isHidden());
+    QCOMPARE(veilsOf(view).size(), 1);
+    QCOMPARE(veilsOf(view).first()->rect(), QRectF(0, 0, 400, 200));
+    QCOMPARE(veilsOf(view).first()->brush(), QBrush(QColor(50, 50, 50, 180), Qt::SolidPattern));
+    QCOMPARE(barOf(view)->text(), kIdleText);
+    QCOMPARE(proxyOf(view)->geometry().height(), 50.0);
+}
+
+void TestLockableDataCollectionView::styleIsFixed()
+{
+    QCOMPARE(m_view->styleSheet(), QStringLiteral("background-color: rgba(50, 50, 50, 180);"));
+    QCOMPARE(barOf(*m_view)->styleSheet(),
+             QStringLiteral("color:#13C4FF;font-weight:bold;font-size:16px;"));
+    QVERIFY(m_view->testAttribute(Qt::WA_TranslucentBackground));
+    QCOMPARE(m_view->resizeAnchor(), QGraphicsView::AnchorViewCenter);
+    QVERIFY(m_view->renderHints() & QPainter::Antialiasing);
+    QVERIFY(!m_view->isWindow());
+}
+
+void TestLockableDataCollectionView::barIsCentredAtHalfTheWidth_data()
+{
+    QTest::addColumn<QSize>("size");
+    QTest::newRow("page") << QSize(600, 400);
+    QTest::newRow("narrower than the text") << QSize(120, 300);
+    QTest::newRow("lower than the bar") << QSize(400, 30);
+}
+
+void TestLockableDataCollectionView::barIsCentredAtHalfTheWidth()
+{
+    QFETCH(QSize, size);
+    m_view->resize(size);
+    const QRectF expected(size.width() / 4.0, (size.height() - 50) / 2.0, size.width() / 2.0, 50);
+    QCOMPARE(proxyOf(*m_view)->geometry(), expected);
+    QCOMPARE(barOf(*m_view)->size(), expected.size().toSize());
+}
+
+void TestLockableDataCollectionView::veilAndBarFollowTheSize()
+{
+    for (const QSize& size : {QSize(500, 300), QSize(700, 200)}) {
+        m_view->resize(size);
+        QCOMPARE(m_view->scene()->sceneRect(), QRectF(QPointF(0, 0), size));
+        QCOMPARE(veilsOf(*m_view).first()->rect(), QRectF(QPointF(0, 0), size));
+        QCOMPARE(proxyOf(*m_view)->geometry().center(),
+                 QPointF(size.width() / 2.0, size.height() / 2.0));
+    }
+}
+
+void TestLockableDataCollectionView::barLiesOverTheVeil()
+{
+    QCOMPARE(m_view->scene()->items(QPointF(300, 200)).first(), proxyOf(*m_view));
+}
+
+void TestLockableDataCollectionView::barLiesOverAFreshVeilToo()
+{
+    m_view->lock();
+    m_view->show();
+    QCOMPARE(m_view->scene()->items(QPointF(300, 200)).first(), proxyOf(*m_view));
+    QCOMPARE(veilsOf(*m_view).first()->rect(), QRectF(0, 0, 600, 400));
+}
+
+void TestLockableDataCollectionView::pressShowsThatItUnlocks()
+{
+    press(*m_view);
+    QCOMPARE(barOf(*m_view)->text(), kHeldText);
+    QVERIFY(!isFading(*m_view));
+    release(*m_view);
+    QCOMPARE(barOf(*m_view)->text(), kIdleText);
+}
+
+void TestLockableDataCollectionView::unlockBeforeOneSecondChangesNothing()
+{
+    QSignalSpy unlocked(m_view, &LockableDataCollectionView::unlocked);
+    // A busy machine may let the second pass before the release: such an attempt tells nothing.
+    bool released = false;
+    for (int attempt = 0; attempt < 20 && !released; ++attempt) {
+        m_view->lock();
+        m_view->show();
+        unlocked.clear();
+        QElapsedTimer held;
+        held.start();
+        press(*m_view);
+        QTest::qWait(985);
+        while (held.elapsed() < 999) {
+            QCoreApplication::processEvents();
+        }
+        release(*m_view);
+        released = held.elapsed() < 1000;
+    }
+    QVERIFY2(released, "the machine is too busy for a release at 999 ms");
+    QCOMPARE(barOf(*m_view)->text(), kIdleText);
+    QTest::qWait(700);
+    QVERIFY(!isFading(*m_view));
+    QVERIFY(m_view->isLocked());
+    QVERIFY(m_view->isVisible());
+    QCOMPARE(unlocked.count(), 0);
+}
+
+void TestLockableDataCollectionView::holdOfOneSecondFadesWhileTheButtonIsDown()
+{
+    QSignalSpy unlocked(m_view, &LockableDataCollectionView::unlocked);
+    QElapsedTimer held;
+    held.start();
+    press(*m_view);
+    QTRY_VERIFY(isFading(*m_view));
+    QVERIFY2(held.elapsed() >= 1000, qPrintable(QString::number(held.elapsed())));
+    QVERIFY(barOf(*m_view)->isDown());
+    QVERIFY(m_view->isLocked());
+    QCOMPARE(unlocked.count(), 0);
+
+    release(*m_view);
+    QVERIFY(isFading(*m_view));
+    QCOMPARE(barOf(*m_view)->text(), kHeldText);
+    QTRY_COMPARE(unlocked.count(), 1);
+    QVERIFY2(held.elapsed() >= 1500, qPrintable(QString::number(held.elapsed())));
+    QVERIFY(!m_view->isLocked());
+    // The bar stays on show until the view is hidden.
+    QVERIFY(m_view->isVisible());
+    QVERIFY(barOf(*m_view)->isVisible());
+}
+
+void TestLockableDataCollectionView::fadeTakesHalfASecondFromFullToNothing()
+{
+    m_view->globalUnlock();
+    const auto* fade = m_view->findChild<QPropertyAnimation*>();
+    QVERIFY(fade);
+    QCOMPARE(fade->duration(), 500);
+    QCOMPARE(fade->startValue().toDouble(), 1.0);
+    QCOMPARE(fade->endValue().toDouble(), 0.0);
+    QCOMPARE(fade->propertyName(), QByteArrayLiteral("opacity"));
+    const auto* effect =
+        qobject_cast<QGraphicsOpacityEffect*>(veilsOf(*m_view).first()->graphicsEffect());
+    QVERIFY(effect);
+    QCOMPARE(fade->targetObject(), effect);
+    QTRY_VERIFY(effect->opacity() < 0.9);
+    QTRY_VERIFY(!m_view->isLocked());
+    QTRY_VERIFY(!m_view->findChild<QPropertyAnimation*>());
+}
+
+void TestLockableDataCollectionView::unlockedViewHasNoVeil()
+{
+    bool veiledAtSignal = true;
+    bool lockedAtSignal = true;
+    connect(m_view, &LockableDataCollectionView::unlocked, this, [&] {
+        veiledAtSignal = !veilsOf(*m_view).isEmpty();
+        lockedAtSignal = m_view->isLocked();
+    });
+    m_view->globalUnlock();
+    QTRY_VERIFY(!lockedAtSignal);
+    QVERIFY(!veiledAtSignal);
+    QVERIFY(veilsOf(*m_view).isEmpty());
+    // A view without its veil can still be resized.
+    m_view->resize(300, 200);
+    QCOMPARE(proxyOf(*m_view)->geometry(), QRectF(75, 75, 150, 50));
+}
+
+void TestLockableDataCollectionView::lockMakesAFreshVeilAfterAnUnlock()
+{
+    m_view->globalUnlock();
+    QTRY_VERIFY(!m_view->isLocked());
+    QSignalSpy locked(m_view, &LockableDataCollectionView::locked);
+    m_view->lock();
+    QCOMPARE(locked.count(), 1);
+    QVERIFY(m_view->isLocked());
+    QVERIFY(m_view->isHidden());
+    QCOMPARE(veilsOf(*m_view).size(), 1);
+    QVERIFY(!veilsOf(*m_view).first()->graphicsEffect());
+    QCOMPARE(barOf(*m_view)->text(), kIdleText);
+
+    QSignalSpy unlocked(m_view, &LockableDataCollectionView::unlocked);
+    m_view->globalUnlock();
+    QTRY_COMPARE(unlocked.count(), 1);
+}
+
+void TestLockableDataCollectionView::lockDuringTheFadeEndsItUnheard()
+{
+    QSignalSpy unlocked(m_view, &LockableDataCollectionView::unlocked);
+    m_view->globalUnlock();
+    QTest::qWait(100);
+    m_view->lock();
+    QVERIFY(!isFading(*m_view));
+    QTest::qWait(600);
+    QCOMPARE(unlocked.count(), 0);
+    QVERIFY(m_view->isLocked());
+    QCOMPARE(veilsOf(*m_view).size(), 1);
+}
+
+void TestLockableDataCollectionView::globalLockWhileLockedDoesNothing()
+{
+    QSignalSpy locked(m_view, &LockableDataCollectionView::locked);
+    const QGraphicsRectItem* veil = veilsOf(*m_view).first();
+    m_view->globalLock();
+    QCOMPARE(locked.count(), 0);
+    QCOMPARE(veilsOf(*m_view).first(), veil);
+    QVERIFY(m_view->isVisible());
+}
+
+void TestLockableDataCollectionView::globalUnlockWhileUnlockedDoesNothing()
+{
+    QSignalSpy unlocked(m_view, &LockableDataCollectionView::unlocked);
+    m_view->globalUnlock();
+    QTRY_COMPARE(unlocked.count(), 1);
+    m_view->globalUnlock();
+    QVERIFY(!m_view->findChild<QPropertyAnimation*>() ||
+            m_view->findChild<QPropertyAnimation*>()->state() == QAbstractAnimation::Stopped);
+    QTest::qWait(600);
+    QCOMPARE(unlocked.count(), 1);
+}
+
+void TestLockableDataCollectionView::globalLockAndUnlockTakeTurns()
+{
+    QSignalSpy unlocked(m_view, &LockableDataCollectionView::unlocked);
+    QSignalSpy locked(m_view, &LockableDataCollectionView::locked);
+    m_view->globalUnlock();
+    QTRY_COMPARE(unlocked.count(), 1);
+    m_view->globalLock();
+    QCOMPARE(locked.count(), 1);
+    QVERIFY(m_view->isLocked());
+}
+
+void TestLockableDataCollectionView::secondUnlockDuringTheFadeIsOneUnlock()
+{
+    QSignalSpy unlocked(m_view, &LockableDataCollectionView::unlocked);
+    m_view->globalUnlock();
+    QTest::qWait(50);
+    m_view->globalUnlock();
+    QTRY_COMPARE(unlocked.count(), 1);
+    QTest::qWait(600);
+    QCOMPARE(unlocked.count(), 1);
+}
+
+void TestLockableDataCollectionView::pressDuringTheFadeDoesNotUnlockTheNextLock()
+{
+    m_view->setUnlockHoldTime(300);
+    QSignalSpy unlocked(m_view, &LockableDataCollectionView::unlocked);
+    m_view->globalUnlock();
+    press(*m_view);
+    QTRY_COMPARE(unlocked.count(), 1);
+    m_view->lock();
+    QTest::qWait(900);
+    QVERIFY(m_view->isLocked());
+    QCOMPARE(unlocked.count(), 1);
+}
+
+void TestLockableDataCollectionView::holdTimeCanBeSet()
+{
+    m_view->setUnlockHoldTime(200);
+    QElapsedTimer held;
+    held.start();
+    press(*m_view);
+    QTRY_VERIFY(isFading(*m_view));
+    QVERIFY2(held.elapsed() >= 200, qPrintable(QString::number(held.elapsed())));
+    QVERIFY2(held.elapsed() < 1000, qPrintable(QString::number(held.elapsed())));
+}
+
+void TestLockableDataCollectionView::veilIsEnsuredOnlyWhileLocked()
+{
+    m_view->ensureVeil();
+    QCOMPARE(veilsOf(*m_view).size(), 1);
+    m_view->globalUnlock();
+    QTRY_VERIFY(!m_view->isLocked());
+    m_view->ensureVeil();
+    QVERIFY(veilsOf(*m_view).isEmpty());
+}
+
+void TestLockableDataCollectionView::hiddenViewStillEndsItsHold()
+{
+    m_view->setUnlockHoldTime(200);
+    QSignalSpy unlocked(m_view, &LockableDataCollectionView::unlocked);
+    press(*m_view);
+    m_view->hide();
+    QTRY_COMPARE(unlocked.count(), 1);
+    QVERIFY(m_view->isHidden());
+}
+
+void TestLockableDataCollectionView::deletedDuringTheFadeIsHarmless()
+{
+    QSignalSpy unlocked(m_view, &LockableDataCollectionView::unlocked);
+    m_view->globalUnlock();
+    QTest::qWait(50);
+    m_page.reset();
+    QTest::qWait(550);
+    QCOMPARE(unlocked.count(), 0);
+}
+
+void TestLockableDataCollectionView::coversItsPageUnderAStyleSheetThatDrawsFrames()
+{
+    m_page->setStyleSheet(
+        QStringLiteral("QAbstractScrollArea { border: 1px solid red; padding: 2px; }"));
+    m_view->resize(500, 300);
+    QTRY_COMPARE(m_view->viewport()->geometry(), QRect(0, 0, 500, 300));
+    QCOMPARE(m_view->scene()->sceneRect(), QRectF(0, 0, 500, 300));
+    QCOMPARE(barCentre(*m_view), QPoint(250, 150));
+}
+
+QTEST_MAIN(TestLockableDataCollectionView)
+#include "test_lockabledatacollectionview.moc"
