@@ -1,0 +1,237 @@
+#pragma once
+
+#include "storage/managedquery.h"
+#include "storage/timeslice.h"
+
+#include <QDeadlineTimer>
+#include <QList>
+#include <QMap>
+#include <QMutex>
+#include <QObject>
+#include <QPointF>
+#include <QSet>
+#include <QSharedPointer>
+#include <QSqlDatabase>
+#include <QString>
+#include <QStringList>
+#include <QVector>
+
+#include <atomic>
+#include <limits>
+#include <memory>
+#include <unordered_map>
+
+class QThread;
+
+/// One table of one curve: six hours of readings.
+struct DBBatchInfo
+{
+    qint64 batchStart = 0; ///< First millisecond, since the epoch.
+    qint64 batchEnd = 0;   ///< Last millisecond, since the epoch.
+    QString tableName;
+};
+
+/// Extremes of one curve. The initial values mean that no reading has been seen.
+struct DBCurveMetadata
+{
+    qint64 minTime = std::numeric_limits<qint64>::max();
+    qint64 maxTime = std::numeric_limits<qint64>::min();
+    double minValue = std::numeric_limits<double>::max();
+    double maxValue = std::numeric_limits<double>::lowest();
+};
+
+Q_DECLARE_METATYPE(DBBatchInfo)
+Q_DECLARE_METATYPE(DBCurveMetadata)
+Q_DECLARE_METATYPE(QSharedPointer<QSqlDatabase>)
+
+/// The process-wide store of curves: one SQLite file for each local day, in it one table for each
+/// curve and six hours. Times are milliseconds since the epoch.
+///
+/// Any thread may call; every public operation holds the store's recursive mutex from start to end.
+/// Only openDb() does not. Failures are log lines and an empty, false or -1 result; a failed write
+/// never stops the next one.
+class CurveDataDB : public QObject
+{
+    Q_OBJECT
+    Q_DISABLE_COPY_MOVE(CurveDataDB)
+
+public:
+    /// The one store of the program. The first caller's directory name wins; it is a name below
+    /// the application's directory, "curve_data" if empty.
+    static CurveDataDB* instance(const QString& directoryName);
+
+    /// Closes the program's store and its connections in order, within two seconds, and keeps it
+    /// closed. Entry calls it between the window's end and the application object's. Nothing is
+    /// done if no store was ever opened.
+    static void shutdown();
+
+    /// A store in a directory given by its path, beside the program's own: for tests and
+    /// benchmarks.
+    explicit CurveDataDB(const QString& dataDirectory, QObject* parent = nullptr);
+    ~CurveDataDB() override;
+
+    /// What shutdown() does, for this store.
+    void closeForExit(QDeadlineTimer deadline);
+
+    QString dataDirectory() const { return m_dataDir; }
+
+    QString dbPathForDate(const QString& dateKey) const;
+    QString dbPathForTime(qint64 timestamp) const;
+    QString todayDbPath() const;
+
+    /// The pooled connection to a file, opened if need be; null if it cannot be opened, while the
+    /// store is being cleared and after it was closed for good. Takes no lock of the store's.
+    QSharedPointer<QSqlDatabase> openDb(const QString& path);
+
+    /// The id of a curve in today's file, registered if it is new there (which takes 200 ms);
+    /// -1 if that fails.
+    int registerCurve(const QString& name);
+
+    /// Stores one reading, in a commit of its own, and the curve's extremes in another.
+    void appendPoint(int curveId, qint64 timestamp, double value);
+
+    /// Stores many readings of one curve, one transaction for each file; x is the time.
+    void appendPoints(int curveId, const QVector<QPointF>& points);
+
+    /// Writes the points that were held back.
+    void flushPending();
+
+    /// Saves what is unsaved and lets go of today's file; the next write takes it up again.
+    void flushAndDetach();
+
+    /// Saves the extremes of all curves that today's file knows.
+    bool saveMetadata();
+
+    /// Extremes of a curve; the initial values for an unknown id.
+    DBCurveMetadata curveMetadata(int curveId) const;
+
+    /// Names of all known curves by id.
+    QMap<int, QString> curveNames() const;
+
+    /// Names of those ids that are known.
+    QMap<int, QString> namesForIds(const QList<int>& ids) const;
+
+    /// How many batch tables have been seen to exist.
+    int knownTableCount() const;
+
+    /// Points of a curve from start to end, both included, ascending by time; x the time, y the
+    /// stored value. More than maxPoints are thinned; 0 or less: no limit.
+    QVector<QPointF> readCurveData(int curveId, qint64 start, qint64 end, int maxPoints);
+
+    /// The batches of a curve in one file that overlap the range.
+    QVector<DBBatchInfo> queryBatches(int curveId, qint64 start, qint64 end,
+                                      const QSharedPointer<QSqlDatabase>& db);
+
+    /// Whether a connection is open and answers.
+    bool pingConnection(const QSharedPointer<QSqlDatabase>& db);
+
+    /// queryBatches() for a file given by its path; empty if there is no such file.
+    QVector<DBBatchInfo> listBatchesInFile(int curveId, qint64 start, qint64 end,
+                                           const QString& path);
+
+    /// Notes the tables of a curve in today's file as known. From then on appendPoints() holds its
+    /// points back.
+    void loadBatchesForCurve(int curveId, qint64 start, qint64 end);
+
+    /// Starts to empty the store and returns; sigClearFinished() tells when it is ready again.
+    /// GUI thread.
+    void clearAll();
+
+    /// Removes one curve's tables from today's file.
+    bool deleteCurveData(int curveId);
+
+signals:
+    /// The store is empty and ready.
+    void sigClearFinished();
+
+private slots:
+    void onClearFinished();
+
+private:
+    /// The kept insert of one curve, prepared for the table of one batch.
+    struct LiveInsert
+    {
+        qint64 batchStart = 0;
+        std::unique_ptr<ManagedQuery> query;
+    };
+
+    // Catalogue and rollover: curvedatadb.cpp
+    void ensureCurrentDb();
+    void openCurrentDb(const QString& today);
+    bool reopenCurrentDb();
+    void takeUpCurrentDb();
+    void buildCatalogue();
+    void forgetAttachment();
+    void noteFailure(const QString& errorText);
+    bool createBaseTables(const QSqlDatabase& db);
+    bool loadMetadata(const QString& path);
+    void loadCurveNames(const QSqlDatabase& db, bool isCurrent);
+    void loadBatchList(const QSqlDatabase& db, bool isCurrent);
+    void loadExtremes(const QSqlDatabase& db, bool isCurrent);
+    int findCurve(const QString& name);
+    int insertCurve(const QString& name);
+    const QString& currentDayKey();
+    bool isCurrentOpen() const;
+    bool isAttachedToday();
+    bool isCurrentFileGone() const;
+    void noteUse();
+
+    // Writing: curvedatadb_write.cpp
+    const QString& dateKeyFor(qint64 timestamp);
+    bool targetsCurrentFile(qint64 timestamp);
+    void repairAttachment();
+    void appendToCurrentFile(int curveId, qint64 timestamp, double value);
+    void appendToOtherFile(int curveId, qint64 timestamp, double value);
+    ManagedQuery* liveInsert(int curveId, qint64 timestamp);
+    bool openForWrite(int curveId, qint64 timestamp);
+    int curveIdInOtherFile(const QSqlDatabase& db, int curveId);
+    bool createBatchTable(const DBBatchInfo& info, const QSqlDatabase& db, int curveId);
+    bool insertBatchRow(const DBBatchInfo& info, const QSqlDatabase& db, int curveId);
+    void appendToFile(const QString& path, int curveId, const QVector<QPointF>& points);
+    void insertPoints(const QSqlDatabase& db, int curveId, const QVector<QPointF>& points);
+    void updateMetadataCache(int curveId, qint64 timestamp, double value);
+    QVector<int> unsavedCurves() const;
+    bool writeMetadata();
+    bool writeMetadataRows(const QVector<int>& ids, QString* error);
+
+    // Clearing: curvedatadb_clear.cpp
+    void closeAllForClear();
+    void startClearThread();
+    void stopClearThreads(qint64 waitMs);
+    bool dropCurve(int curveId);
+
+    QString m_dataDir;
+    QString m_currentDbPath;
+    QString m_currentDate; ///< "yyyyMMdd"
+    QSharedPointer<QSqlDatabase> m_currentDb;
+    QMap<int, QString> m_curveNameMap;
+    QMap<int, DBCurveMetadata> m_metadataMap;
+    QVector<DBBatchInfo> m_batchList;  ///< Batches of the file loaded last.
+    QMap<QString, bool> m_knownTables; ///< Tables seen as present; written and counted.
+    QMap<int, QVector<QPointF>> m_pendingPoints;
+    mutable QRecursiveMutex m_mutex;
+    bool m_batchLoadMode = false; ///< Once set, appendPoints() holds its points back for good.
+    QThread* m_clearThread = nullptr;
+    std::atomic<bool> m_clearing{false}; ///< openDb() reads it without the mutex.
+    std::atomic<bool> m_closedForExit{false};
+
+    /// What today's file is known to hold, so that only what differs is written.
+    QSet<int> m_currentFileIds;                 ///< Ids in its curve_info.
+    QMap<int, DBCurveMetadata> m_savedMetadata; ///< Rows of its curve_metadata.
+    QSet<int> m_changedCurves;                  ///< Extremes changed since they were saved.
+    bool m_compareAll = false; ///< m_metadataMap came from another file: any entry may differ.
+
+    /// The connection that the kept statements and the knowledge above belong to.
+    QString m_attachedPath;
+    QString m_attachedConnection;
+    bool m_catalogueTrusted = false; ///< Memory agrees with the file; nothing has failed since.
+    bool m_tablesMissing = false;    ///< A write has met a file without the base tables.
+    bool m_attaching = false;
+    std::unordered_map<int, LiveInsert> m_liveInserts;
+    std::unique_ptr<ManagedQuery> m_metadataWriter;
+
+    TimeSliceCache m_readingSlice;
+    TimeSliceCache m_nowSlice;
+    qint64 m_lastUseNoted = 0;
+    qint64 m_lastRepair = 0;
+};

@@ -1,0 +1,53 @@
+#include "storage/dbclearworker.h"
+
+#include <QDebug>
+#include <QDir>
+#include <QFile>
+#include <QThread>
+
+namespace {
+
+constexpr int kAttempts = 3;
+constexpr int kRetryDelayMs = 500;
+
+} // namespace
+
+DBClearWorker::DBClearWorker(CurveDataDB* store, int curveId, const QString& dataDirectory)
+    : m_store(store)
+    , m_curveId(curveId)
+    , m_dataDirectory(dataDirectory)
+{
+}
+
+void DBClearWorker::doClear()
+{
+    const QDir directory(m_dataDirectory);
+    if (!directory.exists()) {
+        emit clearFinished();
+        return;
+    }
+    QFileInfoList files;
+    for (const QString& filter :
+         {QStringLiteral("*.db-wal"), QStringLiteral("*.db-shm"), QStringLiteral("*.db")}) {
+        files +=
+            directory.entryInfoList({filter}, QDir::Files | QDir::NoDotAndDotDot, QDir::Unsorted);
+    }
+    for (const QFileInfo& file : qAsConst(files)) {
+        if (QThread::currentThread()->isInterruptionRequested())
+            return; // the program ends: nobody waits for the answer
+        removeFile(file.absoluteFilePath());
+    }
+    emit clearFinished();
+}
+
+void DBClearWorker::removeFile(const QString& path)
+{
+    for (int attempt = 0; attempt < kAttempts; ++attempt) {
+        if (QFile::remove(path))
+            return;
+        QThread::msleep(kRetryDelayMs);
+        if (QThread::currentThread()->isInterruptionRequested())
+            return;
+    }
+    qCritical() << "多次重试后仍无法删除文件（可能被其他进程占用）:" << path;
+}

@@ -1,0 +1,168 @@
+#include "storage/managedquery.h"
+
+#include "storage/querymanager.h"
+
+#include <QSqlDatabase>
+#include <QSqlDriver>
+#include <QSqlError>
+
+namespace {
+
+QSqlQuery makeQuery(const QSqlDatabase& database, const std::shared_ptr<ConnectionMutex>& mutex)
+{
+    const ConnectionLocker locker(mutex);
+    return QSqlQuery(database);
+}
+
+} // namespace
+
+ManagedQuery::ManagedQuery(const QSqlDatabase& database)
+    : m_connectionName(database.connectionName())
+    , m_mutex(connectionMutex(m_connectionName))
+    , m_query(makeQuery(database, m_mutex))
+{
+    const ConnectionLocker locker(m_mutex);
+    QueryManager::instance().registerQuery(&m_query, m_connectionName);
+}
+
+ManagedQuery::~ManagedQuery()
+{
+    const ConnectionLocker locker(m_mutex);
+    clear();
+    QueryManager::instance().unregisterQuery(&m_query, m_connectionName);
+    m_query = QSqlQuery(static_cast<QSqlResult*>(nullptr)); // its end, too, is under the lock
+}
+
+void ManagedQuery::setForwardOnly(bool forwardOnly)
+{
+    const ConnectionLocker locker(m_mutex);
+    m_query.setForwardOnly(forwardOnly);
+}
+
+bool ManagedQuery::prepare(const QString& sql)
+{
+    const ConnectionLocker locker(m_mutex);
+    if (!driverOpen())
+        return fail(QStringLiteral("database not open"));
+    m_prepared = m_query.prepare(sql);
+    return m_prepared || fail(m_query.lastError().text());
+}
+
+bool ManagedQuery::exec()
+{
+    const ConnectionLocker locker(m_mutex);
+    if (!preparedUnlocked())
+        return fail(QStringLiteral("nothing prepared on an open database"));
+    if (!m_query.exec())
+        return fail(m_query.lastError().text());
+    return true;
+}
+
+bool ManagedQuery::exec(const QString& sql)
+{
+    const ConnectionLocker locker(m_mutex);
+    if (!driverOpen())
+        return fail(QStringLiteral("database not open"));
+    m_prepared = m_query.exec(sql);
+    return m_prepared || fail(m_query.lastError().text());
+}
+
+bool ManagedQuery::execWith(std::initializer_list<QVariant> values)
+{
+    const ConnectionLocker locker(m_mutex);
+    int position = 0;
+    for (const QVariant& value : values)
+        m_query.bindValue(position++, value);
+    return exec();
+}
+
+bool ManagedQuery::run(const QString& sql, std::initializer_list<QVariant> values)
+{
+    const ConnectionLocker locker(m_mutex);
+    return prepare(sql) && execWith(values);
+}
+
+bool ManagedQuery::execColumns(const QVector<QVariantList>& columns)
+{
+    const ConnectionLocker locker(m_mutex);
+    if (!preparedUnlocked())
+        return fail(QStringLiteral("nothing prepared on an open database"));
+    for (const QVariantList& column : columns)
+        m_query.addBindValue(QVariant(column));
+    if (!m_query.execBatch(QSqlQuery::ValuesAsRows))
+        return fail(m_query.lastError().text());
+    return true;
+}
+
+bool ManagedQuery::next()
+{
+    const ConnectionLocker locker(m_mutex);
+    return stepUnlocked();
+}
+
+QVariant ManagedQuery::value(int column) const
+{
+    const ConnectionLocker locker(m_mutex);
+    return m_query.isValid() && driverOpen() ? m_query.value(column) : QVariant();
+}
+
+QVariant ManagedQuery::lastInsertId() const
+{
+    const ConnectionLocker locker(m_mutex);
+    return driverOpen() ? m_query.lastInsertId() : QVariant();
+}
+
+void ManagedQuery::finish()
+{
+    const ConnectionLocker locker(m_mutex);
+    if (m_query.isActive())
+        m_query.finish();
+}
+
+void ManagedQuery::clear()
+{
+    const ConnectionLocker locker(m_mutex);
+    finish();
+    m_prepared = false;
+    if (m_query.driver()) // clearing a query whose driver has gone would crash
+        m_query.clear();
+}
+
+bool ManagedQuery::isUsable() const
+{
+    const ConnectionLocker locker(m_mutex);
+    return preparedUnlocked();
+}
+
+QString ManagedQuery::errorText() const
+{
+    return m_errorText;
+}
+
+bool ManagedQuery::driverOpen() const
+{
+    const QSqlDriver* driver = m_query.driver();
+    return driver && driver->isOpen();
+}
+
+bool ManagedQuery::preparedUnlocked() const
+{
+    // Executing a query that was ended from outside would report a success without doing anything.
+    return m_prepared && driverOpen() && !m_query.lastQuery().isEmpty();
+}
+
+bool ManagedQuery::stepUnlocked()
+{
+    if (!driverOpen() || !m_query.next()) {
+        if (driverOpen() && m_query.lastError().isValid())
+            m_errorText = m_query.lastError().text();
+        return false;
+    }
+    return true;
+}
+
+bool ManagedQuery::fail(const QString& text)
+{
+    m_errorText = text;
+    return false;
+}

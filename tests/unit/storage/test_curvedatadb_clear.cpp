@@ -1,0 +1,439 @@
+#include "dayfilereader.h"
+#include "dayfilewriter.h"
+#include "logcapture.h"
+#include "teststore.h"
+
+#include "storage/connectionpool.h"
+#include "storage/curvedatadb.h"
+#include "storage/dbclearworker.h"
+
+#include <QDir>
+#include <QElapsedTimer>
+#include <QFile>
+#include <QProcess>
+#include <QThread>
+#include <QTimer>
+#include <QtTest>
+
+#include <algorithm>
+#include <limits>
+#include <unistd.h>
+
+namespace {
+
+constexpr int kClearTimeoutMs = 10000;
+constexpr int kSingleShotMs = 1000;
+
+QString one(const char* row)
+{
+    return QString::fromLatin1(row);
+}
+
+qint64 at(const char* timeOfDay)
+{
+    return localTime(QByteArray("2026-01-12 ").append(timeOfDay).append(".000").constData());
+}
+
+bool writeText(const QString& path)
+{
+    QFile file(path);
+    return file.open(QIODevice::WriteOnly) && file.write("x") == 1;
+}
+
+/// Makes a file impossible to delete while it lives. Root is stopped by the file's own flag only,
+/// others by the rights of the directory.
+class UndeletableFile
+{
+public:
+    explicit UndeletableFile(const QString& path)
+        : m_path(path)
+    {
+        m_made = geteuid() == 0
+                     ? setFlag("+i")
+                     : QFile::setPermissions(directory(), QFile::ReadOwner | QFile::ExeOwner);
+    }
+    ~UndeletableFile()
+    {
+        if (geteuid() == 0)
+            setFlag("-i");
+        else
+            QFile::setPermissions(directory(),
+                                  QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+    }
+    UndeletableFile(const UndeletableFile&) = delete;
+    UndeletableFile& operator=(const UndeletableFile&) = delete;
+
+    bool isMade() const { return m_made; }
+
+private:
+    QString directory() const { return QFileInfo(m_path).absolutePath(); }
+    bool setFlag(const char* flag)
+    {
+        return QProcess::execute(one("chattr"), {one(flag), m_path}) == 0;
+    }
+
+    QString m_path;
+    bool m_made = false;
+};
+
+} // namespace
+
+class TestCurveDataDBClear : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void init() { setPresent(at("09:30:00")); }
+
+    void clearEmptiesTheStore();
+    void clearReturnsAtOnceAndTakesItsTime();
+    void nothingIsOpenedDuringAClear();
+    void secondClearIsIgnored();
+    void clearsFollowEachOther();
+    void directoryThatIsGoneIsMadeAgain();
+    void singleShotAfterTheEndDoesNothing();
+    void readingsDuringAClearAreDropped();
+    void storeEndsDuringAClear();
+    void exitDuringAClearIsQuick();
+    void filesThatAreNoneOfTheStoresStay();
+    void missingDirectoryIsDoneAtOnce();
+    void fileThatResistsIsLoggedAndLeft();
+    void deletedCurveIsGone();
+    void deletingAnUnknownCurveChangesNothing();
+    void failedDeletionIsRolledBack();
+    void deletedCurveGoesOn();
+};
+
+void TestCurveDataDBClear::clearEmptiesTheStore()
+{
+    TestStore store;
+    QCOMPARE(store->registerCurve(one("101(V)")), 1);
+    QCOMPARE(store->registerCurve(one("102(V)")), 2);
+    store->appendPoint(2, at("09:00:00"), 1.0);
+    {
+        DayFileWriter writer(store.path("20260111"));
+        writer.addCurve(1, one("old"));
+    }
+    QVERIFY(store->openDb(store.path("20260111")));
+    QSignalSpy cleared(store.get(), &CurveDataDB::sigClearFinished);
+    store->clearAll();
+    QCOMPARE(store->curveNames(), (QMap<int, QString>()));
+    QVERIFY(cleared.wait(kClearTimeoutMs));
+
+    QCOMPARE(QDir(store.directory()).entryList({one("*.db")}), QStringList{one("20260112.db")});
+    QCOMPARE(dayfile::dump(store.path("20260112")),
+             (QStringList{one("batch_metadata: "), one("curve_info: "), one("curve_metadata: ")}));
+    QCOMPARE(store->knownTableCount(), 0);
+    QCOMPARE(store->curveMetadata(2).maxTime, std::numeric_limits<qint64>::min());
+    QCOMPARE(store->registerCurve(one("102(V)")), 1);
+    store->appendPoint(1, at("09:00:01"), 2.0);
+    QCOMPARE(dayfile::rows(store.path("20260112"),
+                           one("SELECT value FROM curve_1_batch_20260112_060000_20260112_115959")),
+             QStringList{one("2.0")});
+    QTest::qWait(50);
+    QCOMPARE(cleared.count(), 1);
+    QVERIFY(store->findChildren<QThread*>().isEmpty());
+}
+
+void TestCurveDataDBClear::clearReturnsAtOnceAndTakesItsTime()
+{
+    TestStore store;
+    QSignalSpy cleared(store.get(), &CurveDataDB::sigClearFinished);
+    QElapsedTimer timer;
+    timer.start();
+    store->clearAll();
+    const qint64 returned = timer.elapsed();
+    // The current file takes 750 ms of waits, the end of the closing 300 ms.
+    QVERIFY2(returned >= 1050 && returned < 2500, qPrintable(QString::number(returned)));
+    QCOMPARE(cleared.count(), 0);
+    QVERIFY(QFile::exists(store.path("20260112")));
+    QVERIFY(cleared.wait(kClearTimeoutMs));
+    QVERIFY2(timer.elapsed() - returned >= kSingleShotMs - 50,
+             qPrintable(QString::number(timer.elapsed())));
+}
+
+void TestCurveDataDBClear::nothingIsOpenedDuringAClear()
+{
+    TestStore store;
+    store->registerCurve(one("101(V)"));
+    QSignalSpy cleared(store.get(), &CurveDataDB::sigClearFinished);
+    store->clearAll();
+    {
+        const LogCapture log;
+        QVERIFY(!store->openDb(store.path("20260112")));
+        QCOMPARE(log.lines(),
+                 QStringList{QStringLiteral("warning: 正在清理数据库，禁止打开新连接： \"%1\"")
+                                 .arg(store.path("20260112"))});
+        QCOMPARE(store->registerCurve(one("102(V)")), -1);
+        QVERIFY(!store->saveMetadata());
+        QVERIFY(!store->deleteCurveData(1));
+    }
+    QVERIFY(cleared.wait(kClearTimeoutMs));
+    QVERIFY(store->openDb(store.path("20260112")));
+}
+
+void TestCurveDataDBClear::secondClearIsIgnored()
+{
+    TestStore store;
+    QSignalSpy cleared(store.get(), &CurveDataDB::sigClearFinished);
+    store->clearAll();
+    QElapsedTimer timer;
+    timer.start();
+    store->clearAll();
+    QVERIFY(timer.elapsed() < 100);
+    QVERIFY(cleared.wait(kClearTimeoutMs));
+    QTest::qWait(kSingleShotMs + 300);
+    QCOMPARE(cleared.count(), 1);
+}
+
+void TestCurveDataDBClear::clearsFollowEachOther()
+{
+    TestStore store;
+    QSignalSpy cleared(store.get(), &CurveDataDB::sigClearFinished);
+    for (int round = 1; round <= 2; ++round) {
+        QCOMPARE(store->registerCurve(one("101(V)")), 1);
+        store->appendPoint(1, at("09:00:00"), round);
+        store->clearAll();
+        QVERIFY(cleared.wait(kClearTimeoutMs));
+        QCOMPARE(cleared.count(), round);
+    }
+}
+
+/// What the start of a scan does first: the directory goes while its files are still open.
+void TestCurveDataDBClear::directoryThatIsGoneIsMadeAgain()
+{
+    TestStore store;
+    store->registerCurve(one("101(V)"));
+    store->appendPoint(1, at("09:00:00"), 1.0);
+    QVERIFY(QDir(store.directory()).removeRecursively());
+    QSignalSpy cleared(store.get(), &CurveDataDB::sigClearFinished);
+    store->clearAll();
+    QVERIFY(cleared.wait(kClearTimeoutMs));
+    QCOMPARE(store->registerCurve(one("101(V)")), 1);
+    store->appendPoint(1, at("09:00:01"), 2.0);
+    QCOMPARE(dayfile::rows(store.path("20260112"),
+                           one("SELECT value FROM curve_1_batch_20260112_060000_20260112_115959")),
+             QStringList{one("2.0")});
+}
+
+void TestCurveDataDBClear::singleShotAfterTheEndDoesNothing()
+{
+    TestStore store;
+    QSignalSpy cleared(store.get(), &CurveDataDB::sigClearFinished);
+    store->clearAll();
+    QVERIFY(QMetaObject::invokeMethod(store.get(), "onClearFinished"));
+    QCOMPARE(cleared.count(), 1);
+    store->registerCurve(one("101(V)"));
+    QTest::qWait(kSingleShotMs + 300);
+    QCOMPARE(cleared.count(), 1);
+    QCOMPARE(dayfile::rows(store.path("20260112"), one("SELECT name FROM curve_info")),
+             QStringList{one("101(V)")});
+}
+
+void TestCurveDataDBClear::readingsDuringAClearAreDropped()
+{
+    TestStore store;
+    store->registerCurve(one("101(V)"));
+    store->appendPoint(1, at("09:00:00"), 1.0);
+    // Readings come in while the clear handles events, inside it and after.
+    const LogCapture log;
+    int sent = 0;
+    QTimer readings;
+    connect(&readings, &QTimer::timeout, store.get(), [&store, &sent] {
+        store->appendPoint(1, at("09:00:01") + sent, 1.0);
+        store->appendPoints(1, {QPointF(static_cast<double>(at("09:00:01") + sent), 1.0)});
+        store->flushAndDetach();
+        ++sent;
+    });
+    readings.start(20);
+    QSignalSpy cleared(store.get(), &CurveDataDB::sigClearFinished);
+    store->clearAll();
+    QVERIFY(sent > 5);
+    connect(store.get(), &CurveDataDB::sigClearFinished, &readings, &QTimer::stop);
+    QVERIFY(cleared.wait(kClearTimeoutMs));
+    QCOMPARE(dayfile::dump(store.path("20260112")),
+             (QStringList{one("batch_metadata: "), one("curve_info: "), one("curve_metadata: ")}));
+    QVERIFY(log.lines().contains(QStringLiteral("warning: 正在清理数据库，禁止打开新连接： \"%1\"")
+                                     .arg(store.path("20260112"))));
+}
+
+void TestCurveDataDBClear::storeEndsDuringAClear()
+{
+    const QTemporaryDir directory;
+    auto store = std::make_unique<CurveDataDB>(directory.filePath(one("SN1_Data")));
+    store->clearAll();
+    QTRY_VERIFY_WITH_TIMEOUT(!store->findChildren<QThread*>().isEmpty(), 3000);
+    const LogCapture log; // the end detaches once more, which the clear refuses
+    store.reset();
+    QCOMPARE(ConnectionPool::instance().connectionCount(), 0);
+    QTest::qWait(100);
+}
+
+void TestCurveDataDBClear::exitDuringAClearIsQuick()
+{
+    TestStore store;
+    for (int i = 0; i < 3; ++i)
+        QVERIFY(writeText(store.directory() + QStringLiteral("/%1.db").arg(i)));
+    const UndeletableFile first(store.directory() + one("/0.db"));
+    QVERIFY(first.isMade());
+    QSignalSpy cleared(store.get(), &CurveDataDB::sigClearFinished);
+    store->clearAll();
+    QTRY_VERIFY_WITH_TIMEOUT(!store->findChildren<QThread*>().isEmpty(), 3000);
+    QElapsedTimer timer;
+    timer.start();
+    store->closeForExit(QDeadlineTimer(2000));
+    QVERIFY2(timer.elapsed() < 1200, qPrintable(QString::number(timer.elapsed())));
+    QTest::qWait(100);
+    QCOMPARE(cleared.count(), 0);
+}
+
+void TestCurveDataDBClear::filesThatAreNoneOfTheStoresStay()
+{
+    const QTemporaryDir directory;
+    for (const char* name : {"a.db", "a.db-wal", "a.db-shm", "notes.txt", "a.db.bak"})
+        QVERIFY(writeText(directory.filePath(one(name))));
+    QVERIFY(QDir(directory.path()).mkdir(one("inner.db")));
+    DBClearWorker worker(nullptr, -1, directory.path());
+    QSignalSpy finished(&worker, &DBClearWorker::clearFinished);
+    worker.doClear();
+    QCOMPARE(finished.count(), 1);
+    QCOMPARE(QDir(directory.path()).entryList(QDir::AllEntries | QDir::NoDotAndDotDot, QDir::Name),
+             (QStringList{one("a.db.bak"), one("inner.db"), one("notes.txt")}));
+}
+
+void TestCurveDataDBClear::missingDirectoryIsDoneAtOnce()
+{
+    const QTemporaryDir directory;
+    DBClearWorker worker(nullptr, -1, directory.filePath(one("missing")));
+    QSignalSpy finished(&worker, &DBClearWorker::clearFinished);
+    const LogCapture log;
+    worker.doClear();
+    QCOMPARE(finished.count(), 1);
+    QCOMPARE(log.lines(), QStringList());
+}
+
+void TestCurveDataDBClear::fileThatResistsIsLoggedAndLeft()
+{
+    const QTemporaryDir directory;
+    const QString held = directory.filePath(one("a.db"));
+    QVERIFY(writeText(held));
+    if (geteuid() == 0)
+        QVERIFY(writeText(directory.filePath(one("b.db"))));
+    const UndeletableFile guard(held);
+    QVERIFY(guard.isMade());
+    DBClearWorker worker(nullptr, -1, directory.path());
+    QSignalSpy finished(&worker, &DBClearWorker::clearFinished);
+    QElapsedTimer timer;
+    timer.start();
+    const LogCapture log;
+    worker.doClear();
+    QVERIFY2(timer.elapsed() >= 1500 && timer.elapsed() < 2500,
+             qPrintable(QString::number(timer.elapsed())));
+    QCOMPARE(finished.count(), 1);
+    QCOMPARE(log.lines(),
+             QStringList{
+                 QStringLiteral("critical: 多次重试后仍无法删除文件（可能被其他进程占用）: \"%1\"")
+                     .arg(held)});
+    QVERIFY(QFile::exists(held));
+    QVERIFY(!QFile::exists(directory.filePath(one("b.db"))));
+}
+
+void TestCurveDataDBClear::deletedCurveIsGone()
+{
+    setPresent(at("12:30:00"));
+    TestStore store;
+    store->registerCurve(one("101(V)"));
+    store->registerCurve(one("102(V)"));
+    for (const int id : {1, 2}) {
+        store->appendPoint(id, at("09:00:00"), id);
+        store->appendPoint(id, at("12:00:00"), id);
+    }
+    const LogCapture log;
+    QVERIFY(store->deleteCurveData(1));
+    QCOMPARE(log.lines(), QStringList());
+    const QString path = store.path("20260112");
+    QCOMPARE(
+        dayfile::rows(path, one("SELECT name FROM sqlite_master WHERE type = 'table' AND name LIKE "
+                                "'curve_1_batch%'")),
+        QStringList());
+    QCOMPARE(dayfile::rows(path, one("SELECT DISTINCT curve_id FROM batch_metadata")),
+             QStringList{one("2")});
+    QCOMPARE(dayfile::rows(path, one("SELECT * FROM curve_metadata WHERE curve_id = 1")),
+             QStringList{one("1|NULL|NULL|NULL|NULL")});
+    QCOMPARE(dayfile::rows(path, one("SELECT name FROM curve_info")).size(), 2);
+    QCOMPARE(store->curveMetadata(1).minTime, std::numeric_limits<qint64>::max());
+    QCOMPARE(store->curveMetadata(2).maxValue, 2.0);
+    QCOMPARE(dayfile::rows(
+                 path, one("SELECT count(*) FROM curve_2_batch_20260112_060000_20260112_115959")),
+             QStringList{one("1")});
+}
+
+void TestCurveDataDBClear::deletingAnUnknownCurveChangesNothing()
+{
+    TestStore store;
+    store->registerCurve(one("101(V)"));
+    store->appendPoint(1, at("09:00:00"), 1.0);
+    const QStringList before = dayfile::dump(store.path("20260112"));
+    QVERIFY(store->deleteCurveData(7));
+    QCOMPARE(dayfile::dump(store.path("20260112")), before);
+}
+
+void TestCurveDataDBClear::failedDeletionIsRolledBack()
+{
+    TestStore store;
+    store->registerCurve(one("101(V)"));
+    store->appendPoint(1, at("09:00:00"), 1.0);
+    const QString path = store.path("20260112");
+    QCOMPARE(dayfile::execute(path, one("CREATE TRIGGER refuse BEFORE DELETE ON batch_metadata "
+                                        "BEGIN SELECT RAISE(ABORT, 'refused'); END")),
+             QString());
+    const QStringList before = dayfile::dump(path);
+    {
+        const LogCapture log;
+        QVERIFY(!store->deleteCurveData(1));
+        QCOMPARE(log.lines().size(), 1);
+        QVERIFY(log.lines().first().startsWith(
+            QStringLiteral("warning: 删除分片元数据失败: \"refused")));
+    }
+    QCOMPARE(dayfile::dump(path), before);
+    QCOMPARE(dayfile::execute(
+                 path, one("DROP TRIGGER refuse; UPDATE batch_metadata SET table_name = 'a b c'")),
+             QString());
+    {
+        const LogCapture log;
+        QVERIFY(!store->deleteCurveData(1));
+        QVERIFY2(log.lines().first().startsWith(
+                     QStringLiteral("warning: 删除分片表 \"a b c\" 失败: \"")),
+                 qPrintable(log.lines().first()));
+    }
+    QCOMPARE(dayfile::execute(path, one("DROP TABLE batch_metadata")), QString());
+    const LogCapture log;
+    QVERIFY(!store->deleteCurveData(1));
+    QVERIFY(log.lines().first().startsWith(
+        QStringLiteral("warning: 查询曲线分片失败: \"no such table")));
+}
+
+void TestCurveDataDBClear::deletedCurveGoesOn()
+{
+    TestStore store;
+    store->registerCurve(one("101(V)"));
+    store->appendPoint(1, at("09:00:00"), 1.0);
+    QVERIFY(store->deleteCurveData(1));
+    store->appendPoint(1, at("09:00:01"), 2.0);
+    const QString path = store.path("20260112");
+    QCOMPARE(dayfile::rows(
+                 path,
+                 one("SELECT timestamp, value FROM curve_1_batch_20260112_060000_20260112_115959")),
+             QStringList{QStringLiteral("%1|2.0").arg(at("09:00:01"))});
+    QCOMPARE(dayfile::rows(path, one("SELECT min_value, max_value FROM curve_metadata")),
+             QStringList{one("2.0|2.0")});
+
+    // A detachment saves the initial extremes over the nulls.
+    QVERIFY(store->deleteCurveData(1));
+    store->flushAndDetach();
+    QCOMPARE(dayfile::rows(path, one("SELECT min_time, max_time FROM curve_metadata")),
+             QStringList{one("9223372036854775807|-9223372036854775808")});
+}
+
+QTEST_GUILESS_MAIN(TestCurveDataDBClear)
+#include "test_curvedatadb_clear.moc"

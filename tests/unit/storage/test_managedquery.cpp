@@ -1,0 +1,239 @@
+#include "storage/connectionlock.h"
+#include "storage/managedquery.h"
+#include "storage/querymanager.h"
+
+#include <QSqlDatabase>
+#include <QTemporaryDir>
+#include <QtTest>
+
+#include <atomic>
+#include <thread>
+
+namespace {
+
+const QString kConnection = QStringLiteral("test_connection");
+const QString kThreeRows = QStringLiteral("SELECT 1 UNION ALL SELECT 2 UNION ALL SELECT 3");
+
+} // namespace
+
+class TestManagedQuery : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void init();
+    void cleanup();
+
+    void registersWhileItLives();
+    void preparesBindsAndFetches();
+    void failureOfPrepareIsTold();
+    void failureOfExecIsTold();
+    void nothingPreparedIsNotASuccess();
+    void finishKeepsThePreparation();
+    void clearedByTheManagerIsNotASuccess();
+    void closedConnectionIsNotTheEndOfTheRows();
+    void outlivesItsConnection();
+    void columnsAreInsertedAsRows();
+    void fetchesInBlocks();
+    void finishQueriesLeavesOtherConnectionsAlone();
+    void lockOfAConnectionIsOne();
+    void lockIsRecursiveAndExcludesOthers();
+    void closedDatabaseGivesFailures();
+
+private:
+    QTemporaryDir m_directory;
+    QSqlDatabase m_database;
+};
+
+void TestManagedQuery::init()
+{
+    m_database = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), kConnection);
+    m_database.setDatabaseName(QStringLiteral(":memory:"));
+    QVERIFY(m_database.open());
+    QVERIFY(ManagedQuery(m_database)
+                .exec(QStringLiteral("CREATE TABLE t (id INTEGER PRIMARY KEY, v REAL NOT NULL)")));
+}
+
+void TestManagedQuery::cleanup()
+{
+    m_database = QSqlDatabase();
+    if (QSqlDatabase::contains(kConnection))
+        QSqlDatabase::removeDatabase(kConnection);
+}
+
+void TestManagedQuery::registersWhileItLives()
+{
+    QCOMPARE(QueryManager::instance().queryCount(kConnection), 0);
+    {
+        const ManagedQuery first(m_database);
+        const ManagedQuery second(m_database);
+        QCOMPARE(QueryManager::instance().queryCount(kConnection), 2);
+        QCOMPARE(first.connectionName(), kConnection);
+    }
+    QCOMPARE(QueryManager::instance().queryCount(kConnection), 0);
+}
+
+void TestManagedQuery::preparesBindsAndFetches()
+{
+    ManagedQuery query(m_database);
+    QVERIFY(query.prepare(QStringLiteral("INSERT INTO t (v) VALUES (?)")));
+    QVERIFY(query.execWith({1.5}));
+    QVERIFY(query.execWith({2.5}));
+    QCOMPARE(query.lastInsertId().toInt(), 2);
+    QVERIFY(query.run(QStringLiteral("SELECT id, v FROM t WHERE v > ? ORDER BY id"), {2.0}));
+    QVERIFY(query.next());
+    QCOMPARE(query.value(0).toInt(), 2);
+    QCOMPARE(query.value(1).toDouble(), 2.5);
+    QVERIFY(!query.next());
+    QVERIFY(!query.value(0).isValid());
+    QVERIFY(query.isUsable());
+}
+
+void TestManagedQuery::failureOfPrepareIsTold()
+{
+    ManagedQuery query(m_database);
+    QVERIFY(!query.run(QStringLiteral("SELECT x FROM missing WHERE y = ?"), {1}));
+    QVERIFY2(query.errorText().contains(QLatin1String("no such table: missing")),
+             qPrintable(query.errorText()));
+    QVERIFY(!query.isUsable());
+}
+
+void TestManagedQuery::failureOfExecIsTold()
+{
+    ManagedQuery query(m_database);
+    QVERIFY(!query.run(QStringLiteral("INSERT INTO t (v) VALUES (?)"), {QVariant()}));
+    QVERIFY2(query.errorText().contains(QLatin1String("NOT NULL")), qPrintable(query.errorText()));
+}
+
+void TestManagedQuery::nothingPreparedIsNotASuccess()
+{
+    ManagedQuery query(m_database);
+    QVERIFY(!query.exec());
+    QVERIFY(!query.prepare(QStringLiteral("INSERT INTO missing DEFAULT VALUES")));
+    QVERIFY(!query.exec());
+}
+
+void TestManagedQuery::finishKeepsThePreparation()
+{
+    ManagedQuery query(m_database);
+    QVERIFY(query.prepare(kThreeRows));
+    QVERIFY(query.exec());
+    QVERIFY(query.next());
+    query.finish();
+    QVERIFY(!query.next());
+    QVERIFY(query.exec());
+    QVERIFY(query.next());
+    query.clear();
+    QVERIFY(!query.exec());
+}
+
+/// Executing a query that was cleared reports a success in Qt and does nothing.
+void TestManagedQuery::clearedByTheManagerIsNotASuccess()
+{
+    ManagedQuery query(m_database);
+    QVERIFY(query.prepare(QStringLiteral("INSERT INTO t (v) VALUES (1)")));
+    QVERIFY(query.isUsable());
+    QueryManager::instance().finishQueries(kConnection);
+    QCOMPARE(QueryManager::instance().queryCount(kConnection), 0);
+    QVERIFY(!query.isUsable());
+    QVERIFY(!query.exec());
+    QVERIFY(!query.errorText().isEmpty());
+    QVERIFY(query.prepare(QStringLiteral("SELECT count(*) FROM t")));
+    QVERIFY(query.exec());
+    QVERIFY(query.next());
+    QCOMPARE(query.value(0).toInt(), 0);
+}
+
+void TestManagedQuery::closedConnectionIsNotTheEndOfTheRows()
+{
+    ManagedQuery query(m_database);
+    QVERIFY(query.exec(kThreeRows));
+    QVERIFY(query.next());
+    m_database.close();
+    QVERIFY(!query.next());
+    QVERIFY(!query.isUsable());
+    QVERIFY(!query.exec());
+    QVERIFY(!query.value(0).isValid());
+}
+
+void TestManagedQuery::outlivesItsConnection()
+{
+    auto query = std::make_unique<ManagedQuery>(m_database);
+    QVERIFY(query->exec(kThreeRows));
+    m_database = QSqlDatabase();
+    QSqlDatabase::removeDatabase(kConnection);
+    QVERIFY(!query->next());
+    QVERIFY(!query->exec());
+    QVERIFY(!query->prepare(kThreeRows));
+    QVERIFY(!query->lastInsertId().isValid());
+    QueryManager::instance().finishQueries(kConnection);
+    query.reset();
+    QCOMPARE(QueryManager::instance().queryCount(kConnection), 0);
+}
+
+void TestManagedQuery::columnsAreInsertedAsRows()
+{
+    ManagedQuery query(m_database);
+    QVERIFY(query.prepare(QStringLiteral("INSERT INTO t (id, v) VALUES (?, ?)")));
+    QVERIFY(query.execColumns({{7, 8, 9}, {0.5, 1.5, 2.5}}));
+    QVERIFY(query.exec(QStringLiteral("SELECT sum(id), sum(v), count(*) FROM t")));
+    QVERIFY(query.next());
+    QCOMPARE(query.value(0).toInt(), 24);
+    QCOMPARE(query.value(1).toDouble(), 4.5);
+    QCOMPARE(query.value(2).toInt(), 3);
+}
+
+void TestManagedQuery::fetchesInBlocks()
+{
+    ManagedQuery query(m_database);
+    query.setForwardOnly(true);
+    QVERIFY(query.exec(kThreeRows));
+    QVector<int> seen;
+    const auto collect = [&seen](const QSqlQuery& row) { seen.append(row.value(0).toInt()); };
+    QCOMPARE(query.fetchRows(2, collect), 2);
+    QCOMPARE(query.fetchRows(2, collect), 1);
+    QCOMPARE(query.fetchRows(2, collect), 0);
+    QCOMPARE(seen, (QVector<int>{1, 2, 3}));
+}
+
+void TestManagedQuery::finishQueriesLeavesOtherConnectionsAlone()
+{
+    ManagedQuery query(m_database);
+    QVERIFY(query.exec(kThreeRows));
+    QueryManager::instance().finishQueries(QStringLiteral("another connection"));
+    QVERIFY(query.next());
+}
+
+void TestManagedQuery::lockOfAConnectionIsOne()
+{
+    const auto first = connectionMutex(kConnection);
+    QCOMPARE(connectionMutex(kConnection), first);
+    QVERIFY(connectionMutex(QStringLiteral("another connection")) != first);
+}
+
+void TestManagedQuery::lockIsRecursiveAndExcludesOthers()
+{
+    const ConnectionLocker outer(m_database);
+    const ConnectionLocker inner(m_database);
+    std::atomic<bool> entered{false};
+    std::thread other([this, &entered] {
+        if (connectionMutex(kConnection)->tryLock(50))
+            entered = true;
+    });
+    other.join();
+    QVERIFY(!entered);
+}
+
+void TestManagedQuery::closedDatabaseGivesFailures()
+{
+    ManagedQuery query{QSqlDatabase()};
+    QVERIFY(!query.prepare(kThreeRows));
+    QVERIFY(!query.exec(kThreeRows));
+    QVERIFY(!query.execColumns({}));
+    QVERIFY(!query.next());
+    query.finish();
+    query.clear();
+}
+
+QTEST_GUILESS_MAIN(TestManagedQuery)
+#include "test_managedquery.moc"
