@@ -33,9 +33,15 @@ QString ask(const QString& query)
     return g_visa->sendCommand(query, kExchangeTimeoutMs);
 }
 
-QString askEvent()
+enum class Event { Silence, InUse, Other };
+
+Event askEvent()
 {
-    return ask(QStringLiteral("STAT:OPER:EVEN?"));
+    const QString reply = ask(QStringLiteral("STAT:OPER:EVEN?"));
+    if (reply.isEmpty()) {
+        return Event::Silence;
+    }
+    return reply == kInUseEvent ? Event::InUse : Event::Other;
 }
 
 } // namespace
@@ -99,51 +105,58 @@ void ReadData::pollReadings()
 {
     const int count = ask(QStringLiteral("DATA:POIN?")).toInt();
     if (count != 0) {
-        const QList<MeasurementData> batch = fetchReadings(count);
-        if (!batch.isEmpty()) {
-            emit sigSendMeasure(batch);
-        }
+        fetchReadings(count);
         pause(kSettleDelayMs);
     }
-    const QString condition = ask(QStringLiteral("STAT:OPER:COND?"));
-    if (count == 0 && condition == kScanEndedCondition) {
+    const bool isIdle = ask(QStringLiteral("STAT:OPER:COND?")) == kScanEndedCondition;
+    if (count == 0 && isIdle) {
         g_scanRunning.store(false, std::memory_order_relaxed);
         emit sigStopScan();
     }
     pause(kSettleDelayMs);
 }
 
-/// Fetches `count` readings, again up to six times as long as nothing decodes. Empty when nothing
-/// ever did; what the instrument has kept then comes with the next pass.
-QList<MeasurementData> ReadData::fetchReadings(int count)
+/// Fetches `count` readings, again up to six times as long as nothing decodes. What the instrument
+/// has kept after that comes with the next pass.
+void ReadData::fetchReadings(int count)
 {
-    const QString fetch = QStringLiteral("R? %1").arg(count);
-    QList<MeasurementData> batch = parseResponse(ask(fetch));
-    for (int retry = 0; retry < kFetchRetries && batch.isEmpty(); ++retry) {
+    bool isFetched = fetchBatch(count);
+    for (int retry = 0; retry < kFetchRetries && !isFetched; ++retry) {
         pause(kFetchRetryDelayMs);
-        batch = parseResponse(ask(fetch));
+        isFetched = fetchBatch(count);
     }
-    return batch;
+}
+
+/// One try; false when no record could be decoded.
+bool ReadData::fetchBatch(int count)
+{
+    const QList<MeasurementData> batch = parseResponse(ask(QStringLiteral("R? %1").arg(count)));
+    if (batch.isEmpty()) {
+        return false;
+    }
+    emit sigSendMeasure(batch);
+    return true;
 }
 
 /// Asks for the event register. True when the instrument says that it is in use elsewhere, or says
 /// nothing now and six more times; any reply in between ends the silence and is not looked at.
 bool ReadData::instrumentLost()
 {
-    const QString event = askEvent();
-    if (!event.isEmpty()) {
-        return event == kInUseEvent;
+    const Event event = askEvent();
+    if (event != Event::Silence) {
+        return event == Event::InUse;
     }
     for (int retry = 0; retry < kSilenceRetries; ++retry) {
         pause(kSilenceDelayMs);
-        if (!askEvent().isEmpty()) {
+        if (askEvent() != Event::Silence) {
             return false;
         }
     }
     return true;
 }
 
-/// Sleeps, ending early when the running flag is cleared.
+/// Sleeps, ending early when the running flag is cleared. Here the thread may be terminated, so the
+/// callers hold nothing meanwhile that would have to be let go.
 void ReadData::pause(int milliseconds) const
 {
     const QDeadlineTimer end(milliseconds);

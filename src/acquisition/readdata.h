@@ -53,7 +53,8 @@ protected:
 
 private:
     void pollReadings();
-    QList<MeasurementData> fetchReadings(int count);
+    void fetchReadings(int count);
+    bool fetchBatch(int count);
     bool instrumentLost();
     void pause(int milliseconds) const;
 

@@ -106,7 +106,7 @@ private:
     }
     void note(const QString& text)
     {
-        told.append(QThread::currentThread() == qApp->thread()
+        told.append(QThread::currentThread() == QCoreApplication::instance()->thread()
                         ? text
                         : QStringLiteral("off the GUI thread"));
     }
@@ -194,6 +194,7 @@ void TestReadData::idlePassAsksOnlyForTheEvent()
                              {QStringLiteral("+0"), QStringLiteral("+0"), QStringLiteral("+2048")});
     m_thread->start();
     QTRY_VERIFY_WITH_TIMEOUT(ended(), kPatienceMs);
+    deliverSignals();
     QCOMPARE(m_instrument->queries(), (QStringList{kEvent, kEvent, kEvent}));
     QCOMPARE(m_listener->told, QStringList{QStringLiteral("in use")});
 }
@@ -366,6 +367,7 @@ void TestReadData::threadRunsAgainAfterItsEnd()
     m_instrument->setReplies(kEvent, {QStringLiteral("+2048")});
     m_thread->start();
     QTRY_VERIFY_WITH_TIMEOUT(ended(), kPatienceMs);
+    deliverSignals();
     m_instrument->setReplies(kEvent, {QStringLiteral("+0"), QStringLiteral("+2048")});
     m_thread->start();
     QVERIFY(m_thread->isRunning());
@@ -417,6 +419,7 @@ void TestReadData::terminationInASleepLeavesNothingBehind()
     m_instrument->setReplies(kEvent, {QStringLiteral("+2048")});
     m_thread->start();
     QTRY_VERIFY_WITH_TIMEOUT(ended(), kPatienceMs);
+    deliverSignals();
     QCOMPARE(log.lines(), QStringList());
 }
 
@@ -429,6 +432,7 @@ void TestReadData::sleepsAreAtLeastAsLongAsTold()
     m_instrument->setReplies(kEvent, {QStringLiteral("+0"), QStringLiteral("+2048")});
     m_thread->start();
     QTRY_VERIFY_WITH_TIMEOUT(ended(), kPatienceMs);
+    deliverSignals();
     const QStringList queries{kPoints, kFetchTwo, kFetchTwo,  kCondition,
                               kEvent,  kPoints,   kCondition, kEvent};
     QCOMPARE(m_instrument->queries(), queries);
