@@ -2,7 +2,7 @@
 #include "channels/advancedsetting.h"
 
 #include "app/globals.h"
-#include "channels/advancedsetting_specs.h"
+#include "channels/advancedsetting_facts.h"
 #include "channels/commfunc.h"
 #include "common/threadassert.h"
 #include "instrument/cdevicevisa.h"
@@ -52,11 +52,11 @@ AdvancedSetting::AdvancedSetting(QWidget* parent)
 {
     assertGuiThread();
     std::transform(s_lists.cbegin(), s_lists.cend(), m_rows.begin(),
-                   [](const ListSpec& spec) { return spec.initialRow; });
+                   [](const ListFacts& facts) { return facts.initialRow; });
     std::transform(s_choices.cbegin(), s_choices.cend(), m_chosen.begin(),
-                   [](const ChoiceSpec& spec) { return spec.initialId; });
+                   [](const ChoiceFacts& facts) { return facts.initialId; });
     std::transform(s_spins.cbegin(), s_spins.cend(), m_values.begin(),
-                   [](const SpinSpec& spec) { return spec.initial; });
+                   [](const SpinFacts& facts) { return facts.initial; });
 }
 
 const CommFunc& AdvancedSetting::catalogue()
@@ -300,16 +300,16 @@ void AdvancedSetting::selectRow(List list, int row)
 
 void AdvancedSetting::selectMatchingRow(List list, double value)
 {
-    const ListSpec& spec = s_lists[list];
-    const auto* const end = spec.texts.cbegin() + spec.rowCount;
-    const auto* const match = std::find_if(spec.texts.cbegin(), end, [value](const char* text) {
+    const ListFacts& facts = s_lists[list];
+    const auto* const end = facts.texts.cbegin() + facts.rowCount;
+    const auto* const match = std::find_if(facts.texts.cbegin(), end, [value](const char* text) {
         return qFuzzyCompare(QString::fromUtf8(text).toDouble(), value);
     });
     if (match == end) {
         qDebug() << "未找到与值" << value << "匹配的选项";
         return;
     }
-    selectRow(list, static_cast<int>(match - spec.texts.cbegin()));
+    selectRow(list, static_cast<int>(match - facts.texts.cbegin()));
 }
 
 void AdvancedSetting::choose(Choice choice, int id)

@@ -139,15 +139,15 @@ private:
         SpinCount
     };
 
-    struct ListSpec;
-    struct ChoiceSpec;
-    struct CheckSpec;
-    struct SpinSpec;
+    struct ListFacts;
+    struct ChoiceFacts;
+    struct CheckFacts;
+    struct SpinFacts;
     static const std::array<const char*, GroupCount> s_groupTitles;
-    static const std::array<ListSpec, ListCount> s_lists;
-    static const std::array<ChoiceSpec, ChoiceCount> s_choices;
-    static const std::array<CheckSpec, CheckCount> s_checks;
-    static const std::array<SpinSpec, SpinCount> s_spins;
+    static const std::array<ListFacts, ListCount> s_lists;
+    static const std::array<ChoiceFacts, ChoiceCount> s_choices;
+    static const std::array<CheckFacts, CheckCount> s_checks;
+    static const std::array<SpinFacts, SpinCount> s_spins;
 
     const CommFunc& catalogue();
     QString header();

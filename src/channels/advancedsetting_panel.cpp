@@ -1,7 +1,7 @@
 // What the panel looks like: its groups, which of them a function has, and how it opens and closes.
 #include "channels/advancedsetting.h"
 
-#include "channels/advancedsetting_specs.h"
+#include "channels/advancedsetting_facts.h"
 #include "common/threadassert.h"
 #include "widgets/customcombobox.h"
 
@@ -62,8 +62,8 @@ const std::array<const char*, AdvancedSetting::GroupCount> AdvancedSetting::s_gr
     QT_TR_NOOP("参考值"),
 };
 
-const std::array<AdvancedSetting::ListSpec, AdvancedSetting::ListCount> AdvancedSetting::s_lists = {
-    {
+const std::array<AdvancedSetting::ListFacts, AdvancedSetting::ListCount> AdvancedSetting::s_lists =
+    {{
         {NplcGroup,
          {"0.02", "0.2", "1", "10", "100"},
          5,
@@ -83,7 +83,7 @@ const std::array<AdvancedSetting::ListSpec, AdvancedSetting::ListCount> Advanced
     }};
 
 // A new panel shows the low input resistance, restored defaults the high one.
-const std::array<AdvancedSetting::ChoiceSpec, AdvancedSetting::ChoiceCount>
+const std::array<AdvancedSetting::ChoiceFacts, AdvancedSetting::ChoiceCount>
     AdvancedSetting::s_choices = {{
         {LowFrequencyGroup,
          {{{"3Hz(低速)", 3}, {"20Hz(中速)", 20}, {"200Hz(高速)", 200}}},
@@ -111,14 +111,14 @@ const std::array<AdvancedSetting::ChoiceSpec, AdvancedSetting::ChoiceCount>
          &AdvancedSetting::onRefJuncRadioBtnToggled},
     }};
 
-const std::array<AdvancedSetting::CheckSpec, AdvancedSetting::CheckCount>
+const std::array<AdvancedSetting::CheckFacts, AdvancedSetting::CheckCount>
     AdvancedSetting::s_checks = {{
         {AutoCheckGroup, "自动检查", &AdvancedSetting::onAutoCheckToggled},
         {SetReferenceGroup, "设置为参考", &AdvancedSetting::onSetRefToggled},
     }};
 
-const std::array<AdvancedSetting::SpinSpec, AdvancedSetting::SpinCount> AdvancedSetting::s_spins = {
-    {
+const std::array<AdvancedSetting::SpinFacts, AdvancedSetting::SpinCount> AdvancedSetting::s_spins =
+    {{
         {DelayGroup, 0.0, 60.0, 3, 0.0, &AdvancedSetting::onDelaySpinBoxValueChanged},
         {RefJunctionGroup, -20.0, 80.0, 2, 20.0, &AdvancedSetting::onFixSpinBoxValueChanged},
         {R0Group, 99.0, 1010.0, 4, 100.0, &AdvancedSetting::onRtdRoSpinBoxValueChanged, "R0"},
@@ -294,61 +294,61 @@ void AdvancedSetting::buildGroups(QVBoxLayout* body)
 
 void AdvancedSetting::buildList(List list)
 {
-    const ListSpec& spec = s_lists[list];
-    auto* box = new CustomComboBox(m_groups[spec.group]);
+    const ListFacts& facts = s_lists[list];
+    auto* box = new CustomComboBox(m_groups[facts.group]);
     box->setStyleSheet(QStringLiteral("background: #171717;"));
     box->setMinimumWidth(kListMinimumWidth);
     QStringList texts;
-    for (int row = 0; row < spec.rowCount; ++row) {
-        texts.append(QString::fromUtf8(spec.texts[static_cast<std::size_t>(row)]));
+    for (int row = 0; row < facts.rowCount; ++row) {
+        texts.append(QString::fromUtf8(facts.texts[static_cast<std::size_t>(row)]));
     }
     box->addFunctionItems(texts);
     box->setCurrentIndex(m_rows[list]);
-    m_groups[spec.group]->layout()->addWidget(box);
+    m_groups[facts.group]->layout()->addWidget(box);
     m_lists[list] = box;
-    connect(box, qOverload<int>(&QComboBox::currentIndexChanged), this, spec.slot);
+    connect(box, qOverload<int>(&QComboBox::currentIndexChanged), this, facts.slot);
 }
 
 void AdvancedSetting::buildChoice(Choice choice)
 {
-    const ChoiceSpec& spec = s_choices[choice];
-    auto* buttons = new QButtonGroup(m_groups[spec.group]);
-    for (int number = 0; number < spec.buttonCount; ++number) {
-        const ChoiceButton& row = spec.buttons[static_cast<std::size_t>(number)];
-        auto* button = new QRadioButton(QString::fromUtf8(row.text), m_groups[spec.group]);
+    const ChoiceFacts& facts = s_choices[choice];
+    auto* buttons = new QButtonGroup(m_groups[facts.group]);
+    for (int number = 0; number < facts.buttonCount; ++number) {
+        const ChoiceButton& row = facts.buttons[static_cast<std::size_t>(number)];
+        auto* button = new QRadioButton(QString::fromUtf8(row.text), m_groups[facts.group]);
         buttons->addButton(button, row.id);
         button->setChecked(row.id == m_chosen[choice]);
-        m_groups[spec.group]->layout()->addWidget(button);
+        m_groups[facts.group]->layout()->addWidget(button);
     }
     m_choices[choice] = buttons;
     connect(buttons, qOverload<QAbstractButton*, bool>(&QButtonGroup::buttonToggled), this,
-            spec.slot);
+            facts.slot);
 }
 
 void AdvancedSetting::buildCheck(Check check)
 {
-    const CheckSpec& spec = s_checks[check];
-    m_checks[check] = new QCheckBox(QString::fromUtf8(spec.text), m_groups[spec.group]);
-    m_groups[spec.group]->layout()->addWidget(m_checks[check]);
-    connect(m_checks[check], &QCheckBox::toggled, this, spec.slot);
+    const CheckFacts& facts = s_checks[check];
+    m_checks[check] = new QCheckBox(QString::fromUtf8(facts.text), m_groups[facts.group]);
+    m_groups[facts.group]->layout()->addWidget(m_checks[check]);
+    connect(m_checks[check], &QCheckBox::toggled, this, facts.slot);
 }
 
 void AdvancedSetting::buildSpin(Spin spin)
 {
-    const SpinSpec& spec = s_spins[spin];
-    if (spec.label) {
-        auto* label = new QLabel(QString::fromUtf8(spec.label), m_groups[spec.group]);
+    const SpinFacts& facts = s_spins[spin];
+    if (facts.label) {
+        auto* label = new QLabel(QString::fromUtf8(facts.label), m_groups[facts.group]);
         label->setStyleSheet(QStringLiteral("background: #444444;"));
-        m_groups[spec.group]->layout()->addWidget(label);
+        m_groups[facts.group]->layout()->addWidget(label);
     }
-    auto* box = new QDoubleSpinBox(m_groups[spec.group]);
+    auto* box = new QDoubleSpinBox(m_groups[facts.group]);
     box->setAlignment(Qt::AlignCenter);
-    box->setDecimals(spec.decimals);
-    box->setRange(spec.minimum, spec.maximum);
+    box->setDecimals(facts.decimals);
+    box->setRange(facts.minimum, facts.maximum);
     box->setValue(m_values[spin]);
-    m_groups[spec.group]->layout()->addWidget(box);
+    m_groups[facts.group]->layout()->addWidget(box);
     m_spins[spin] = box;
-    connect(box, qOverload<double>(&QDoubleSpinBox::valueChanged), this, spec.slot);
+    connect(box, qOverload<double>(&QDoubleSpinBox::valueChanged), this, facts.slot);
 }
 
 bool AdvancedSetting::event(QEvent* event)

@@ -7,7 +7,7 @@
 constexpr int kMaxListRows = 17;
 constexpr int kMaxChoiceButtons = 3;
 
-struct AdvancedSetting::ListSpec
+struct AdvancedSetting::ListFacts
 {
     Group group;
     std::array<const char*, kMaxListRows> texts;
@@ -23,7 +23,7 @@ struct ChoiceButton
     int id;
 };
 
-struct AdvancedSetting::ChoiceSpec
+struct AdvancedSetting::ChoiceFacts
 {
     Group group;
     std::array<ChoiceButton, kMaxChoiceButtons> buttons;
@@ -33,14 +33,14 @@ struct AdvancedSetting::ChoiceSpec
     void (AdvancedSetting::*slot)(QAbstractButton*, bool);
 };
 
-struct AdvancedSetting::CheckSpec
+struct AdvancedSetting::CheckFacts
 {
     Group group;
     const char* text;
     void (AdvancedSetting::*slot)(bool);
 };
 
-struct AdvancedSetting::SpinSpec
+struct AdvancedSetting::SpinFacts
 {
     Group group;
     double minimum;
