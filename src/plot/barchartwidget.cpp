@@ -214,18 +214,21 @@ void BarChartWidget::buildLayout()
     m_splitter = new QSplitter(Qt::Vertical, this);
     m_splitter->setOpaqueResize(true);
     m_splitter->setChildrenCollapsible(false);
-    m_splitter->addWidget(buildPlotArea());
-    m_splitter->addWidget(buildTableArea());
-    m_splitter->setStretchFactor(0, kPlotStretch);
-    m_splitter->setStretchFactor(1, kTableStretch);
     layout->addWidget(m_splitter);
     layout->addWidget(new QSizeGrip(this), 0, Qt::AlignBottom | Qt::AlignRight);
+    // Each widget is made where it stays: moving a finished one restyles all that it holds, and a
+    // restyled combo box makes its popup.
+    buildPlotArea();
+    buildTableArea();
+    m_splitter->setStretchFactor(0, kPlotStretch);
+    m_splitter->setStretchFactor(1, kTableStretch);
 }
 
-QWidget* BarChartWidget::buildPlotArea()
+void BarChartWidget::buildPlotArea()
 {
-    auto* area = new QWidget(this);
+    auto* area = new QWidget(m_splitter);
     auto* layout = new QVBoxLayout(area);
+    layout->setContentsMargins(0, 0, 0, 0);
 
     m_plot = new CCurvePlot(area);
     m_offsetController = new CurveOffsetController(m_plot, area);
@@ -248,12 +251,11 @@ QWidget* BarChartWidget::buildPlotArea()
     controlRow->addWidget(liveButton);
     controlRow->addWidget(zoomBox);
     layout->addLayout(controlRow);
-    return area;
 }
 
-QWidget* BarChartWidget::buildTableArea()
+void BarChartWidget::buildTableArea()
 {
-    m_tableContainer = new QWidget(this);
+    m_tableContainer = new QWidget(m_splitter);
     m_tableContainer->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Preferred);
     auto* layout = new QVBoxLayout(m_tableContainer);
     layout->setContentsMargins(0, 0, 0, 0);
@@ -265,7 +267,6 @@ QWidget* BarChartWidget::buildTableArea()
     layout->addWidget(m_toggleButton);
     buildTable();
     layout->addWidget(m_table);
-    return m_tableContainer;
 }
 
 void BarChartWidget::buildTable()

@@ -56,8 +56,8 @@ public slots:
 
 private:
     void buildLayout();
-    QWidget* buildPlotArea();
-    QWidget* buildTableArea();
+    void buildPlotArea();
+    void buildTableArea();
     void buildTable();
     void buildRow(int row);
     QWidget* buildColorCell(int row);

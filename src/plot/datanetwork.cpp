@@ -14,6 +14,7 @@
 namespace {
 constexpr int kRowCount = 20;
 constexpr int kValueDecimals = 5;
+constexpr int kRowPadding = 6;
 
 enum Column {
     NumberColumn,
@@ -94,6 +95,10 @@ void DataNetwork::buildTable()
         {QString(), tr("通道"), tr("读数"), tr("时间"), tr("最小值"), tr("最大值"), tr("平均值")});
     m_table->horizontalHeader()->setSectionResizeMode(QHeaderView::Stretch);
     m_table->verticalHeader()->setVisible(false);
+    // A narrow column wraps the time. Rows that fit themselves to it would be measured at each batch,
+    // which takes longer than writing it.
+    m_table->verticalHeader()->setDefaultSectionSize(2 * m_table->fontMetrics().lineSpacing() +
+                                                     kRowPadding);
     for (int row = 0; row < kRowCount; ++row)
         buildRow(row);
 }
