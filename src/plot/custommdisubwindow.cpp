@@ -1,0 +1,292 @@
+#include "plot/custommdisubwindow.h"
+
+#include "common/threadassert.h"
+#include "plot/customtitlebar.h"
+
+#include <QApplication>
+#include <QMdiArea>
+#include <QMouseEvent>
+#include <QPainter>
+#include <QScreen>
+#include <QVBoxLayout>
+
+namespace {
+constexpr int kTitleBarHeight = 35;
+constexpr int kContentMargin = 5;
+constexpr int kTileReach = 69; // from the tile's first pixel to its last
+constexpr int kKeptInView = 35;
+
+constexpr int kBorderWidth = 2;
+constexpr qreal kBorderRadius = 4.0;
+constexpr QLatin1String kActiveBorderColor("#2BA1D5");
+constexpr QLatin1String kBorderColor("#FFFFFF");
+constexpr QLatin1String kBackgroundColor("black"); // as the workspace behind the windows
+
+QPoint heldToPositive(const QPoint& corner)
+{
+    return {qMax(0, corner.x()), qMax(0, corner.y())};
+}
+} // namespace
+
+CustomMdiSubWindow::CustomMdiSubWindow(const QString& iconPath, QWidget* parent)
+    : QMdiSubWindow(parent)
+{
+    assertGuiThread();
+    setWindowFlags(windowFlags() | Qt::FramelessWindowHint);
+    setAttribute(Qt::WA_DeleteOnClose);
+    setStyleSheet(QStringLiteral("background: transparent;"));
+    buildShell(iconPath);
+    connectTitleBar();
+    watch(m_holder);
+}
+
+CustomMdiSubWindow::~CustomMdiSubWindow()
+{
+    assertGuiThread();
+    const QList<QWidget*> widgets = m_holder->findChildren<QWidget*>();
+    for (QWidget* widget : widgets)
+        widget->removeEventFilter(this);
+    m_holder->removeEventFilter(this);
+
+    m_titleBar->disconnect(this);
+    // Only `destroyed` is left: by it the workspace takes the window out of its record.
+    disconnect(this, &QMdiSubWindow::windowStateChanged, nullptr, nullptr);
+    disconnect(this, &QMdiSubWindow::aboutToActivate, nullptr, nullptr);
+    disconnect(this, &QWidget::windowTitleChanged, nullptr, nullptr);
+}
+
+void CustomMdiSubWindow::setTitle(const QString& title)
+{
+    assertGuiThread();
+    m_titleBar->setTitle(title);
+    setWindowTitle(title);
+}
+
+void CustomMdiSubWindow::setContentWidget(QWidget* widget)
+{
+    assertGuiThread();
+    if (!widget)
+        return;
+    m_contentWidget = widget;
+    if (m_contentLayout->indexOf(widget) != -1)
+        return;
+    m_contentLayout->addWidget(widget);
+    watch(widget);
+}
+
+void CustomMdiSubWindow::activate()
+{
+    assertGuiThread();
+    if (QMdiArea* area = mdiArea())
+        area->setActiveSubWindow(this);
+}
+
+bool CustomMdiSubWindow::eventFilter(QObject* watched, QEvent* event)
+{
+    assertGuiThread();
+    if (event->type() == QEvent::MouseButtonPress) {
+        const auto* widget = qobject_cast<QWidget*>(watched);
+        if (widget && isAncestorOf(widget)) {
+            takeFocusFromPress();
+            return false;
+        }
+    }
+    return QMdiSubWindow::eventFilter(watched, event);
+}
+
+void CustomMdiSubWindow::mousePressEvent(QMouseEvent* event)
+{
+    assertGuiThread();
+    if (event->button() != Qt::LeftButton)
+        return;
+    if (!isOnTitleBar(event->globalPos())) {
+        QMdiSubWindow::mousePressEvent(event);
+        return;
+    }
+    setFocus();
+    m_dragging = true;
+    m_pressGlobal = event->globalPos();
+    m_pressWindowPos = pos();
+    event->accept();
+}
+
+void CustomMdiSubWindow::mouseReleaseEvent(QMouseEvent* event)
+{
+    assertGuiThread();
+    if (event->button() == Qt::LeftButton)
+        m_dragging = false;
+    QMdiSubWindow::mouseReleaseEvent(event);
+}
+
+void CustomMdiSubWindow::mouseMoveEvent(QMouseEvent* event)
+{
+    assertGuiThread();
+    if (!m_dragging) {
+        QMdiSubWindow::mouseMoveEvent(event);
+        return;
+    }
+    move(heldInArea(m_pressWindowPos + event->globalPos() - m_pressGlobal));
+    event->accept();
+}
+
+void CustomMdiSubWindow::focusInEvent(QFocusEvent* event)
+{
+    assertGuiThread();
+    m_hasFocus = true;
+    QMdiSubWindow::focusInEvent(event);
+    update();
+}
+
+void CustomMdiSubWindow::focusOutEvent(QFocusEvent* event)
+{
+    assertGuiThread();
+    m_hasFocus = false;
+    QMdiSubWindow::focusOutEvent(event);
+    update();
+}
+
+void CustomMdiSubWindow::paintEvent(QPaintEvent* event)
+{
+    assertGuiThread();
+    QMdiSubWindow::paintEvent(event);
+    const QMdiArea* area = mdiArea();
+    const bool active = area && area->activeSubWindow() == this;
+    QPainter painter(this);
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setPen(QPen(QColor(active ? kActiveBorderColor : kBorderColor), kBorderWidth,
+                        Qt::SolidLine, Qt::SquareCap, Qt::BevelJoin));
+    // The style leaves the window without a background; windows below would show through the content.
+    painter.setBrush(QColor(kBackgroundColor));
+    painter.drawRoundedRect(QRect(1, 1, width() - 2, height() - 2), kBorderRadius, kBorderRadius);
+}
+
+void CustomMdiSubWindow::showEvent(QShowEvent* event)
+{
+    assertGuiThread();
+    QMdiSubWindow::showEvent(event);
+    if (!m_collapsed)
+        m_normalGeometry = frameGeometry();
+}
+
+void CustomMdiSubWindow::changeEvent(QEvent* event)
+{
+    assertGuiThread();
+    QMdiSubWindow::changeEvent(event);
+    if (event->type() == QEvent::WindowStateChange) {
+        m_isMaximized = isMaximized();
+        update();
+    }
+}
+
+void CustomMdiSubWindow::onMaximizeClicked()
+{
+    assertGuiThread();
+    if (m_collapsed)
+        return;
+    if (isMaximized())
+        showNormal();
+    m_normalGeometry = frameGeometry();
+    const QPoint corner = heldToPositive(m_normalGeometry.topLeft());
+    setGeometry(QRect(corner, corner + QPoint(kTileReach, kTileReach)));
+    m_contentArea->hide();
+    m_collapsed = true;
+    m_titleBar->setCollapsed(true);
+    setWindowState(windowState() & ~Qt::WindowMaximized);
+}
+
+void CustomMdiSubWindow::onMinimizeToTitleBar()
+{
+    assertGuiThread();
+    if (m_collapsed) {
+        openTile();
+    } else if (isMaximized()) {
+        showNormal();
+        setGeometry(m_normalGeometry);
+    } else {
+        m_normalGeometry = frameGeometry();
+        showMaximized();
+    }
+}
+
+void CustomMdiSubWindow::buildShell(const QString& iconPath)
+{
+    m_holder = new QWidget(this);
+    m_holderLayout = new QVBoxLayout(m_holder);
+    m_holderLayout->setContentsMargins(0, 0, 0, 0);
+    m_holderLayout->setSpacing(0);
+
+    m_titleBar = new CustomTitleBar(iconPath, m_holder);
+    m_holderLayout->addWidget(m_titleBar);
+
+    m_contentArea = new QWidget(m_holder);
+    m_contentLayout = new QVBoxLayout(m_contentArea);
+    m_contentLayout->setContentsMargins(kContentMargin, kContentMargin, kContentMargin,
+                                        kContentMargin);
+    m_contentLayout->setSpacing(kContentMargin);
+    m_holderLayout->addWidget(m_contentArea);
+
+    setWidget(m_holder);
+    setTitle(QString());
+}
+
+/// The names stand crosswise on purpose: the first button collapses, the second one and a double
+/// click on the bar maximise.
+void CustomMdiSubWindow::connectTitleBar()
+{
+    connect(m_titleBar, &CustomTitleBar::minimizeClicked, this,
+            &CustomMdiSubWindow::onMaximizeClicked);
+    connect(m_titleBar, &CustomTitleBar::maximizeClicked, this,
+            &CustomMdiSubWindow::onMinimizeToTitleBar);
+    connect(m_titleBar, &CustomTitleBar::closeClicked, this, &CustomMdiSubWindow::close);
+}
+
+/// Lets this window see the mouse presses of `root` and everything that `root` holds by now.
+void CustomMdiSubWindow::watch(QWidget* root)
+{
+    root->installEventFilter(this);
+    const QList<QWidget*> widgets = root->findChildren<QWidget*>();
+    for (QWidget* widget : widgets)
+        widget->installEventFilter(this);
+}
+
+void CustomMdiSubWindow::openTile()
+{
+    setGeometry(QRect(heldToPositive(pos()), m_normalGeometry.size()));
+    m_collapsed = false;
+    m_titleBar->setMinimumHeight(kTitleBarHeight);
+    m_contentArea->show();
+    m_titleBar->setCollapsed(false);
+    showNormal();
+    setFocus();
+}
+
+/// The press has given its target the focus by now. The base class, when the window gets it, passes it
+/// on to the widget that had it before the window lost it; the target gets it back from there.
+void CustomMdiSubWindow::takeFocusFromPress()
+{
+    QWidget* target = QApplication::focusWidget();
+    setFocus();
+    activate();
+    if (target && isAncestorOf(target) && !target->hasFocus())
+        target->setFocus(Qt::MouseFocusReason);
+}
+
+bool CustomMdiSubWindow::isOnTitleBar(const QPoint& globalPos) const
+{
+    const QRect bar(m_titleBar->mapTo(this, QPoint()), m_titleBar->size());
+    return bar.contains(mapFromGlobal(globalPos));
+}
+
+/// Where a drag to `topLeft` ends: never above the area, and always with a strip in view.
+QPoint CustomMdiSubWindow::heldInArea(QPoint topLeft) const
+{
+    const QMdiArea* area = mdiArea();
+    const QRect bounds =
+        area ? area->contentsRect() : QApplication::primaryScreen()->availableGeometry();
+    const int y = qMin(qMax(topLeft.y(), bounds.top()), bounds.bottom() - kKeptInView);
+    int x = topLeft.x();
+    if (x + width() <= kKeptInView)
+        x = kKeptInView - width();
+    x = qMin(x, bounds.right() - kKeptInView);
+    return {x, y};
+}

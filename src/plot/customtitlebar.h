@@ -1,0 +1,45 @@
+#pragma once
+
+#include <QString>
+#include <QWidget>
+
+class QHBoxLayout;
+class QLabel;
+class QPushButton;
+class QSpacerItem;
+
+/// Title bar of a workspace window: a title and three buttons, or, while the window is a tile, its
+/// icon alone. GUI thread.
+class CustomTitleBar : public QWidget
+{
+    Q_OBJECT
+    Q_DISABLE_COPY_MOVE(CustomTitleBar)
+
+public:
+    CustomTitleBar(const QString& iconPath, QWidget* parent);
+
+    void setTitle(const QString& title);
+
+    /// Shows the icon in place of the title and the buttons, or the reverse.
+    void setCollapsed(bool collapsed);
+
+signals:
+    void minimizeClicked();
+    /// Also emitted for a left double click on the bar.
+    void maximizeClicked();
+    void closeClicked();
+
+protected:
+    void mouseDoubleClickEvent(QMouseEvent* event) override;
+
+private:
+    QPushButton* makeButton(const QString& iconPath);
+
+    QHBoxLayout* m_layout;
+    QLabel* m_iconLabel;
+    QLabel* m_titleLabel;
+    QSpacerItem* m_spacer;
+    QPushButton* m_minimizeButton;
+    QPushButton* m_maximizeButton;
+    QPushButton* m_closeButton;
+};

@@ -1,0 +1,471 @@
+#include "mouseevents.h"
+#include "plot/custommdisubwindow.h"
+#include "plot/customtitlebar.h"
+
+#include <QDoubleSpinBox>
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QMdiArea>
+#include <QPushButton>
+#include <QScreen>
+#include <QVBoxLayout>
+#include <QtTest>
+
+namespace {
+const QRect kPlace(100, 80, 480, 220);
+constexpr int kTileSide = 70;
+
+/// Content that counts the presses that reach it.
+class Content : public QWidget
+{
+public:
+    Content()
+    {
+        setMinimumSize(50, 30);
+        auto* layout = new QVBoxLayout(this);
+        spinBox = new QDoubleSpinBox(this);
+        layout->addWidget(spinBox);
+    }
+
+    QDoubleSpinBox* spinBox;
+    int presses = 0;
+
+protected:
+    void mousePressEvent(QMouseEvent* event) override
+    {
+        ++presses;
+        event->accept();
+    }
+};
+
+struct Fixture
+{
+    Fixture()
+    {
+        area.resize(1000, 700);
+        area.show();
+        if (!QTest::qWaitForWindowActive(&area))
+            qFatal("the area's window is not active");
+        window = open();
+    }
+
+    CustomMdiSubWindow* open()
+    {
+        auto* opened = new CustomMdiSubWindow(QString(), nullptr);
+        opened->setTitle(QStringLiteral("title"));
+        area.addSubWindow(opened);
+        content = new Content;
+        opened->setContentWidget(content);
+        opened->show();
+        opened->setGeometry(kPlace);
+        return opened;
+    }
+
+    CustomTitleBar* bar() const { return window->findChild<CustomTitleBar*>(); }
+    QWidget* contentArea() const { return content->parentWidget(); }
+    QPushButton* button(int number) const
+    {
+        return qobject_cast<QPushButton*>(bar()->layout()->itemAt(3 + 2 * number)->widget());
+    }
+    void clickCollapse() const { QTest::mouseClick(button(0), Qt::LeftButton); }
+    void clickMaximize() const { QTest::mouseClick(button(1), Qt::LeftButton); }
+    void doubleClickBar() const
+    {
+        QTest::mouseDClick(bar(), Qt::LeftButton, Qt::NoModifier, QPoint(10, 10));
+    }
+    void drag(const QPoint& by) const
+    {
+        const QPoint start = bar()->mapToGlobal(QPoint(10, 10));
+        pressAt(bar(), start);
+        dragTo(bar(), start + by);
+        releaseAt(bar(), start + by);
+    }
+
+    QMdiArea area;
+    CustomMdiSubWindow* window = nullptr;
+    Content* content = nullptr;
+};
+
+QColor borderColor(CustomMdiSubWindow* window)
+{
+    return window->grab().toImage().pixelColor(window->width() / 2, 0);
+}
+} // namespace
+
+class TestCustomMdiSubWindow : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void shellIsFramelessAndDeletedOnClose();
+    void titleStartsEmptyAndNamesWindowAndBar();
+    void contentStandsBelowTheBar();
+    void nullContentIsIgnored();
+    void contentMayBeSetTwice();
+
+    void firstButtonCollapsesToATile();
+    void tileOfAWindowLeftOfTheAreaStandsInside();
+    void collapsedWindowDoesNotCollapseAgain();
+    void collapseOfAMaximisedWindowRemembersItsNormalPlace();
+    void doubleClickOpensTheTileWhereItStands();
+    void draggedTileOpensAtItsNewPlace();
+    void secondButtonMaximisesAndTakesBack();
+    void doubleClickMaximises();
+    void thirdButtonClosesAndDeletes();
+
+    void barDragMovesTheWindow();
+    void dragIsHeldInTheArea_data();
+    void dragIsHeldInTheArea();
+    void dragWithoutAnAreaIsHeldOnTheScreen();
+    void dragEndsWithTheRelease();
+    void pressBelowTheBarStartsNoDrag();
+    void rightPressOnTheBarStartsNoDrag();
+
+    void pressInsideActivatesAndGoesOn();
+    void pressOnTheBarActivates();
+    void pressInLaterContentActivates();
+    void clickedSpinBoxOfAnInactiveWindowTakesKeys();
+    void borderTellsTheActiveWindow();
+    void windowCoversThoseBelow();
+    void shellLetsItsWidgetsGoAtItsEnd();
+    void endIsStillReported();
+};
+
+void TestCustomMdiSubWindow::shellIsFramelessAndDeletedOnClose()
+{
+    const Fixture f;
+    QVERIFY(f.window->windowFlags() & Qt::FramelessWindowHint);
+    QVERIFY(f.window->testAttribute(Qt::WA_DeleteOnClose));
+    QCOMPARE(f.window->styleSheet(), QStringLiteral("background: transparent;"));
+    QCOMPARE(f.bar()->minimumHeight(), 35);
+    QCOMPARE(f.contentArea()->layout()->contentsMargins(), QMargins(5, 5, 5, 5));
+    QCOMPARE(f.contentArea()->layout()->spacing(), 5);
+    const QWidget* holder = f.window->widget();
+    QCOMPARE(f.bar()->parentWidget(), holder);
+    QCOMPARE(f.contentArea()->parentWidget(), holder);
+    QCOMPARE(holder->layout()->contentsMargins(), QMargins(0, 0, 0, 0));
+    QCOMPARE(holder->layout()->spacing(), 0);
+}
+
+void TestCustomMdiSubWindow::titleStartsEmptyAndNamesWindowAndBar()
+{
+    CustomMdiSubWindow window(QString(), nullptr);
+    const auto* label =
+        qobject_cast<QLabel*>(window.findChild<CustomTitleBar*>()->layout()->itemAt(0)->widget());
+    QCOMPARE(label->text(), QString());
+    QCOMPARE(window.windowTitle(), QString());
+    window.setTitle(QStringLiteral("数据网格2"));
+    QCOMPARE(label->text(), QStringLiteral("数据网格2"));
+    QCOMPARE(window.windowTitle(), QStringLiteral("数据网格2"));
+}
+
+void TestCustomMdiSubWindow::contentStandsBelowTheBar()
+{
+    const Fixture f;
+    QCOMPARE(f.window->contentWidget(), f.content);
+    QVERIFY(f.content->isVisible());
+    QVERIFY(f.contentArea()->y() > f.bar()->geometry().bottom());
+    QCOMPARE(f.window->widget()->geometry(), f.window->rect());
+}
+
+void TestCustomMdiSubWindow::nullContentIsIgnored()
+{
+    const Fixture f;
+    f.window->setContentWidget(nullptr);
+    QCOMPARE(f.window->contentWidget(), f.content);
+}
+
+void TestCustomMdiSubWindow::contentMayBeSetTwice()
+{
+    const Fixture f;
+    f.window->setContentWidget(f.content);
+    QCOMPARE(f.contentArea()->layout()->count(), 1);
+    QCOMPARE(f.window->contentWidget(), f.content);
+}
+
+void TestCustomMdiSubWindow::firstButtonCollapsesToATile()
+{
+    const Fixture f;
+    f.clickCollapse();
+    QCOMPARE(f.window->geometry(), QRect(kPlace.topLeft(), QSize(kTileSide, kTileSide)));
+    QVERIFY(!f.contentArea()->isVisible());
+    QVERIFY(!f.button(0)->isVisible());
+    QVERIFY(f.bar()->layout()->itemAt(1)->widget()->isVisible());
+    QVERIFY(!f.window->isMaximized());
+}
+
+void TestCustomMdiSubWindow::tileOfAWindowLeftOfTheAreaStandsInside()
+{
+    const Fixture f;
+    f.window->move(-200, -30);
+    f.clickCollapse();
+    QCOMPARE(f.window->geometry(), QRect(0, 0, kTileSide, kTileSide));
+}
+
+void TestCustomMdiSubWindow::collapsedWindowDoesNotCollapseAgain()
+{
+    const Fixture f;
+    f.clickCollapse();
+    QVERIFY(QMetaObject::invokeMethod(f.window, "onMaximizeClicked"));
+    f.doubleClickBar();
+    // A second collapse would have taken the tile's size for the window's.
+    QCOMPARE(f.window->size(), kPlace.size());
+}
+
+void TestCustomMdiSubWindow::collapseOfAMaximisedWindowRemembersItsNormalPlace()
+{
+    const Fixture f;
+    f.clickMaximize();
+    QVERIFY(f.window->isMaximized());
+    f.clickCollapse();
+    QVERIFY(!f.window->isMaximized());
+    QCOMPARE(f.window->geometry(), QRect(kPlace.topLeft(), QSize(kTileSide, kTileSide)));
+    f.doubleClickBar();
+    QCOMPARE(f.window->geometry(), kPlace);
+}
+
+void TestCustomMdiSubWindow::doubleClickOpensTheTileWhereItStands()
+{
+    const Fixture f;
+    f.clickCollapse();
+    f.doubleClickBar();
+    QCOMPARE(f.window->geometry(), kPlace);
+    QVERIFY(f.contentArea()->isVisible());
+    QVERIFY(f.button(0)->isVisible());
+    QVERIFY(!f.bar()->layout()->itemAt(1)->widget()->isVisible());
+    QCOMPARE(f.bar()->minimumHeight(), 35);
+    QVERIFY(!f.window->isMaximized());
+    QVERIFY(f.window->isAncestorOf(QApplication::focusWidget()) ||
+            QApplication::focusWidget() == f.window);
+}
+
+void TestCustomMdiSubWindow::draggedTileOpensAtItsNewPlace()
+{
+    const Fixture f;
+    f.clickCollapse();
+    f.drag(QPoint(60, 200));
+    QCOMPARE(f.window->pos(), kPlace.topLeft() + QPoint(60, 200));
+    QCOMPARE(f.window->size(), QSize(kTileSide, kTileSide));
+    f.doubleClickBar();
+    QCOMPARE(f.window->geometry(), QRect(kPlace.topLeft() + QPoint(60, 200), kPlace.size()));
+}
+
+void TestCustomMdiSubWindow::secondButtonMaximisesAndTakesBack()
+{
+    const Fixture f;
+    f.clickMaximize();
+    QVERIFY(f.window->isMaximized());
+    QCOMPARE(f.window->size(), f.area.viewport()->size());
+    f.clickMaximize();
+    QVERIFY(!f.window->isMaximized());
+    QCOMPARE(f.window->geometry(), kPlace);
+}
+
+void TestCustomMdiSubWindow::doubleClickMaximises()
+{
+    const Fixture f;
+    f.doubleClickBar();
+    QVERIFY(f.window->isMaximized());
+    f.doubleClickBar();
+    QVERIFY(!f.window->isMaximized());
+    QCOMPARE(f.window->geometry(), kPlace);
+}
+
+void TestCustomMdiSubWindow::thirdButtonClosesAndDeletes()
+{
+    const Fixture f;
+    const QPointer<CustomMdiSubWindow> window = f.window;
+    const QPointer<Content> content = f.content;
+    QTest::mouseClick(f.button(2), Qt::LeftButton);
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    QVERIFY(!window);
+    QVERIFY(!content);
+    QVERIFY(f.area.subWindowList().isEmpty());
+}
+
+void TestCustomMdiSubWindow::barDragMovesTheWindow()
+{
+    const Fixture f;
+    f.drag(QPoint(25, -10));
+    QCOMPARE(f.window->geometry(), kPlace.translated(25, -10));
+}
+
+void TestCustomMdiSubWindow::dragIsHeldInTheArea_data()
+{
+    QTest::addColumn<QPoint>("by");
+    QTest::addColumn<bool>("atLeft");
+    QTest::addColumn<bool>("atRight");
+    QTest::addColumn<bool>("atTop");
+    QTest::addColumn<bool>("atBottom");
+    QTest::newRow("left") << QPoint(-5000, 0) << true << false << false << false;
+    QTest::newRow("right") << QPoint(5000, 0) << false << true << false << false;
+    QTest::newRow("top") << QPoint(0, -5000) << false << false << true << false;
+    QTest::newRow("bottom") << QPoint(0, 5000) << false << false << false << true;
+    QTest::newRow("corner") << QPoint(5000, 5000) << false << true << false << true;
+}
+
+void TestCustomMdiSubWindow::dragIsHeldInTheArea()
+{
+    QFETCH(QPoint, by);
+    QFETCH(bool, atLeft);
+    QFETCH(bool, atRight);
+    QFETCH(bool, atTop);
+    QFETCH(bool, atBottom);
+    const Fixture f;
+    const QRect bounds = f.area.contentsRect();
+    f.drag(by);
+    int x = kPlace.x();
+    if (atLeft)
+        x = 35 - kPlace.width();
+    else if (atRight)
+        x = bounds.right() - 35;
+    int y = kPlace.y();
+    if (atTop)
+        y = bounds.top();
+    else if (atBottom)
+        y = bounds.bottom() - 35;
+    QCOMPARE(f.window->pos(), QPoint(x, y));
+}
+
+void TestCustomMdiSubWindow::dragWithoutAnAreaIsHeldOnTheScreen()
+{
+    CustomMdiSubWindow window(QString(), nullptr);
+    window.setGeometry(kPlace);
+    window.show();
+    auto* bar = window.findChild<CustomTitleBar*>();
+    const QRect bounds = QGuiApplication::primaryScreen()->availableGeometry();
+    const QPoint start = bar->mapToGlobal(QPoint(10, 10));
+    pressAt(bar, start);
+    dragTo(bar, start + QPoint(9000, -9000));
+    releaseAt(bar, start);
+    QCOMPARE(window.pos(), QPoint(bounds.right() - 35, bounds.top()));
+}
+
+void TestCustomMdiSubWindow::dragEndsWithTheRelease()
+{
+    const Fixture f;
+    f.drag(QPoint(25, 0));
+    dragTo(f.bar(), f.bar()->mapToGlobal(QPoint(300, 10)), Qt::NoButton);
+    QCOMPARE(f.window->pos(), kPlace.topLeft() + QPoint(25, 0));
+}
+
+void TestCustomMdiSubWindow::pressBelowTheBarStartsNoDrag()
+{
+    const Fixture f;
+    const QPoint start = f.window->mapToGlobal(QPoint(100, f.bar()->height() + 3));
+    pressAt(f.window, start);
+    dragTo(f.window, start + QPoint(50, 50));
+    releaseAt(f.window, start + QPoint(50, 50));
+    QCOMPARE(f.window->geometry(), kPlace);
+}
+
+void TestCustomMdiSubWindow::rightPressOnTheBarStartsNoDrag()
+{
+    const Fixture f;
+    const QPoint start = f.bar()->mapToGlobal(QPoint(10, 10));
+    pressAt(f.bar(), start, Qt::RightButton);
+    dragTo(f.bar(), start + QPoint(50, 50), Qt::RightButton);
+    releaseAt(f.bar(), start + QPoint(50, 50), Qt::RightButton);
+    QCOMPARE(f.window->geometry(), kPlace);
+}
+
+void TestCustomMdiSubWindow::pressInsideActivatesAndGoesOn()
+{
+    Fixture f;
+    CustomMdiSubWindow* first = f.window;
+    Content* firstContent = f.content;
+    CustomMdiSubWindow* second = f.open();
+    f.area.setActiveSubWindow(second);
+    QCOMPARE(f.area.activeSubWindow(), second);
+    QTest::mouseClick(firstContent, Qt::LeftButton, Qt::NoModifier, QPoint(2, 2));
+    QCOMPARE(f.area.activeSubWindow(), first);
+    QCOMPARE(firstContent->presses, 1);
+}
+
+void TestCustomMdiSubWindow::pressOnTheBarActivates()
+{
+    Fixture f;
+    CustomMdiSubWindow* first = f.window;
+    CustomTitleBar* firstBar = f.bar();
+    f.open();
+    QVERIFY(f.area.activeSubWindow() != first);
+    QTest::mouseClick(firstBar, Qt::LeftButton, Qt::NoModifier, QPoint(10, 10));
+    QCOMPARE(f.area.activeSubWindow(), first);
+    // So does a right press, which starts nothing else.
+    f.area.setActiveSubWindow(f.area.subWindowList().last());
+    pressAt(firstBar, firstBar->mapToGlobal(QPoint(10, 10)), Qt::RightButton);
+    releaseAt(firstBar, firstBar->mapToGlobal(QPoint(10, 10)), Qt::RightButton);
+    QCOMPARE(f.area.activeSubWindow(), first);
+}
+
+void TestCustomMdiSubWindow::pressInLaterContentActivates()
+{
+    Fixture f;
+    CustomMdiSubWindow* first = f.window;
+    auto* later = new Content;
+    first->setContentWidget(later);
+    QCOMPARE(first->contentWidget(), later);
+    f.open();
+    QTest::mouseClick(later->spinBox, Qt::LeftButton);
+    QCOMPARE(f.area.activeSubWindow(), first);
+}
+
+void TestCustomMdiSubWindow::clickedSpinBoxOfAnInactiveWindowTakesKeys()
+{
+    Fixture f;
+    QDoubleSpinBox* spinBox = f.content->spinBox;
+    f.open()->move(500, 400);
+    const QPoint pos = spinBox->mapTo(&f.area, spinBox->rect().center() - QPoint(20, 0));
+    QTest::mouseClick(f.area.windowHandle(), Qt::LeftButton, Qt::NoModifier, pos);
+    QVERIFY(spinBox->hasFocus());
+    spinBox->selectAll();
+    QTest::keyClicks(QApplication::focusWidget(), QStringLiteral("42"));
+    QCOMPARE(spinBox->value(), 42.0);
+}
+
+void TestCustomMdiSubWindow::borderTellsTheActiveWindow()
+{
+    Fixture f;
+    CustomMdiSubWindow* first = f.window;
+    CustomMdiSubWindow* second = f.open();
+    second->activate();
+    QCOMPARE(borderColor(second), QColor(0x2B, 0xA1, 0xD5));
+    QCOMPARE(borderColor(first), QColor(Qt::white));
+    first->activate();
+    QCOMPARE(borderColor(first), QColor(0x2B, 0xA1, 0xD5));
+    QCOMPARE(borderColor(second), QColor(Qt::white));
+}
+
+void TestCustomMdiSubWindow::windowCoversThoseBelow()
+{
+    Fixture f;
+    f.content->setStyleSheet(QStringLiteral("background:red;"));
+    f.content->setAttribute(Qt::WA_StyledBackground);
+    const QPoint point(kPlace.center().x(), kPlace.bottom() - 10);
+    QCOMPARE(f.area.grab().toImage().pixelColor(point), QColor(Qt::red));
+    f.open()->activate();
+    QCOMPARE(f.area.grab().toImage().pixelColor(point), QColor(Qt::black));
+}
+
+void TestCustomMdiSubWindow::shellLetsItsWidgetsGoAtItsEnd()
+{
+    // Children get events on their way out; none may come back to the half destroyed window.
+    Fixture f;
+    f.content->spinBox->setFocus();
+    delete f.window;
+    QVERIFY(f.area.subWindowList().isEmpty());
+}
+
+void TestCustomMdiSubWindow::endIsStillReported()
+{
+    const Fixture f;
+    QSignalSpy destroyed(f.window, &QObject::destroyed);
+    int stateChanges = 0;
+    connect(f.window, &QMdiSubWindow::windowStateChanged, &f.area, [&] { ++stateChanges; });
+    delete f.window;
+    QCOMPARE(destroyed.size(), 1);
+    QCOMPARE(stateChanges, 0);
+}
+
+QTEST_MAIN(TestCustomMdiSubWindow)
+#include "test_custommdisubwindow.moc"
