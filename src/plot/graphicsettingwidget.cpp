@@ -1,0 +1,200 @@
+#include "plot/graphicsettingwidget.h"
+
+#include "acquisition/readdata.h"
+#include "app/globals.h"
+#include "channels/commfunc.h"
+#include "common/threadassert.h"
+#include "plot/barchartwidget.h"
+#include "plot/custommdisubwindow.h"
+#include "plot/datanetwork.h"
+#include "storage/curveseriesdata.h"
+#include "widgets/sidebar.h"
+
+#include <QDebug>
+#include <QHBoxLayout>
+#include <QMdiArea>
+#include <QPushButton>
+#include <QVBoxLayout>
+
+namespace {
+constexpr int kPageSpacing = 3;
+constexpr int kSideBarWidth = 80;
+constexpr int kSideBarMargin = 10;
+constexpr int kToolButtonSide = 60;
+constexpr QSize kWindowSize(480, 220);
+
+QString chartIcon()
+{
+    return QStringLiteral(":/image/graphicsetting.png");
+}
+QString gridIcon()
+{
+    return QStringLiteral(":/image/DataNetwork.png");
+}
+} // namespace
+
+GraphicSettingWidget::GraphicSettingWidget(QWidget* parent)
+    : QWidget(parent)
+{
+    assertGuiThread();
+    setStyleSheet(QStringLiteral("background-color:black;"));
+    auto* layout = new QHBoxLayout(this);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->setSpacing(kPageSpacing);
+    buildSideBar();
+    QPushButton* chartButton = addToolButton(chartIcon());
+    QPushButton* gridButton = addToolButton(gridIcon());
+    static_cast<QVBoxLayout*>(m_sideBar->content()->layout())->addStretch();
+    layout->addWidget(m_sideBar);
+    buildArea();
+    layout->addWidget(m_mdiArea, 1);
+    connect(chartButton, &QPushButton::clicked, this, &GraphicSettingWidget::recvGraphicBtnSlots);
+    connect(gridButton, &QPushButton::clicked, this,
+            &GraphicSettingWidget::recvDataNetworkBtnSlots);
+    connect(ReadData::instance(), &ReadData::sigSendMeasure, this,
+            &GraphicSettingWidget::refreshCurveSeriesDataSlot);
+}
+
+GraphicSettingWidget::~GraphicSettingWidget()
+{
+    assertGuiThread();
+    // The windows report their end to this object, so they have to go while it is whole.
+    disconnect(m_mdiArea, nullptr, this, nullptr);
+    qDeleteAll(m_mdiArea->subWindowList());
+}
+
+void GraphicSettingWidget::rebuildChannelLists()
+{
+    assertGuiThread();
+    const QStringList channels = channelList();
+    const QList<QMdiSubWindow*> windows = m_mdiArea->subWindowList();
+    for (QMdiSubWindow* subWindow : windows) {
+        auto* window = qobject_cast<CustomMdiSubWindow*>(subWindow);
+        if (!window)
+            continue;
+        QWidget* content = m_subWindows[window];
+        if (auto* chart = qobject_cast<BarChartWidget*>(content)) {
+            chart->clearChart();
+            chart->setChannelList(channels);
+        } else if (auto* grid = qobject_cast<DataNetwork*>(content)) {
+            grid->setChannelList(channels);
+        }
+    }
+}
+
+void GraphicSettingWidget::recvGraphicBtnSlots()
+{
+    assertGuiThread();
+    openWindow<BarChartWidget>(chartIcon(), tr("图形设置"));
+}
+
+void GraphicSettingWidget::recvDataNetworkBtnSlots()
+{
+    assertGuiThread();
+    openWindow<DataNetwork>(gridIcon(), tr("数据网格"));
+}
+
+void GraphicSettingWidget::onSubWindowActivated(QMdiSubWindow* subWindow)
+{
+    assertGuiThread();
+    if (!subWindow)
+        return;
+    const QList<QMdiSubWindow*> windows = m_mdiArea->subWindowList();
+    for (QMdiSubWindow* window : windows)
+        if (qobject_cast<CustomMdiSubWindow*>(window))
+            window->update();
+}
+
+void GraphicSettingWidget::refreshCurveSeriesDataSlot(QList<MeasurementData> dataList)
+{
+    assertGuiThread();
+    for (const MeasurementData& reading : qAsConst(dataList)) {
+        if (const auto series = g_curveSeries.value(reading.channel))
+            series->addPoint(static_cast<double>(reading.time.toMSecsSinceEpoch()), reading.value);
+    }
+    const QList<QMdiSubWindow*> windows = m_mdiArea->subWindowList();
+    if (dataList.isEmpty() || windows.isEmpty())
+        return;
+    const qint64 lastTime = dataList.constLast().time.toMSecsSinceEpoch();
+    for (QMdiSubWindow* subWindow : windows) {
+        QWidget* content = m_subWindows.value(qobject_cast<CustomMdiSubWindow*>(subWindow));
+        if (auto* chart = qobject_cast<BarChartWidget*>(content))
+            chart->onNewSample(lastTime);
+        else if (auto* grid = qobject_cast<DataNetwork*>(content))
+            grid->refreshRows();
+    }
+}
+
+void GraphicSettingWidget::buildSideBar()
+{
+    m_sideBar = new SideBar(this);
+    m_sideBar->setSide(false);
+    m_sideBar->setOpenWidth(kSideBarWidth);
+    m_sideBar->setTitle(tr("小工具"));
+    // The strip is hidden while the bar is open; the tools need its pixels too.
+    m_sideBar->content()->setMaximumWidth(kSideBarWidth);
+
+    auto* layout = new QVBoxLayout(m_sideBar->content());
+    layout->setContentsMargins(kSideBarMargin, kSideBarMargin, kSideBarMargin, kSideBarMargin);
+}
+
+QPushButton* GraphicSettingWidget::addToolButton(const QString& iconPath)
+{
+    auto* button = new QPushButton(m_sideBar->content());
+    button->setIcon(QIcon(iconPath));
+    button->setIconSize(QSize(kToolButtonSide, kToolButtonSide));
+    button->setFixedSize(kToolButtonSide, kToolButtonSide);
+    button->setStyleSheet(CommFunc().buttonStyle());
+    m_sideBar->content()->layout()->addWidget(button);
+    return button;
+}
+
+void GraphicSettingWidget::buildArea()
+{
+    m_mdiArea = new QMdiArea(this);
+    m_mdiArea->setBackground(Qt::NoBrush);
+    m_mdiArea->setViewMode(QMdiArea::SubWindowView);
+    m_mdiArea->setActivationOrder(QMdiArea::ActivationHistoryOrder);
+    connect(m_mdiArea, &QMdiArea::subWindowActivated, this,
+            &GraphicSettingWidget::onSubWindowActivated);
+}
+
+template <typename Content>
+void GraphicSettingWidget::openWindow(const QString& iconPath, const QString& titleText)
+{
+    // The area becomes the parent by addSubWindow(). As the parent from the start it would take the
+    // window in while that is being built, and warn when told to do so again.
+    auto* window = new CustomMdiSubWindow(iconPath, nullptr);
+    window->resize(kWindowSize);
+    ++m_windowCounter;
+    window->setTitle(titleText + QString::number(m_windowCounter));
+    m_mdiArea->addSubWindow(window);
+    // Made in its place: a view that moves there when finished is styled twice, which takes longer
+    // than all the rest.
+    auto* content = new Content(window->contentParent());
+    window->setContentWidget(content);
+    window->show();
+    forgetWindowWhenDestroyed(window);
+    m_subWindows[window] = content;
+    content->setChannelList(channelList());
+}
+
+/// The handler holds the pointer's value only: the window is half gone when it runs. Each window
+/// passes here once, so the connection is its only one.
+void GraphicSettingWidget::forgetWindowWhenDestroyed(CustomMdiSubWindow* window)
+{
+    connect(window, &QObject::destroyed, this, [this, window] {
+        if (m_subWindows.remove(window) > 0)
+            qDebug() << "子窗口已销毁，已从map中移除";
+    });
+}
+
+/// "none" and each channel of the scan list that has a unit, in channel order.
+QStringList GraphicSettingWidget::channelList() const
+{
+    QStringList items{tr("无")};
+    for (auto it = g_scanChannels.cbegin(); it != g_scanChannels.cend(); ++it)
+        if (!it.value().isEmpty())
+            items.append(QStringLiteral("%1(%2)").arg(QString::number(it.key()), it.value()));
+    return items;
+}

@@ -1,0 +1,51 @@
+#pragma once
+
+#include "acquisition/measurementdata.h"
+
+#include <QList>
+#include <QMap>
+#include <QStringList>
+#include <QWidget>
+
+class CustomMdiSubWindow;
+class QMdiArea;
+class QMdiSubWindow;
+class QPushButton;
+class SideBar;
+
+/// The page of the live views: a side bar whose two buttons open charts and data grids in an MDI area.
+/// It receives every batch of readings, feeds the shared series and tells each open window. GUI thread;
+/// the batches cross over from the acquisition thread as queued calls.
+class GraphicSettingWidget : public QWidget
+{
+    Q_OBJECT
+    Q_DISABLE_COPY_MOVE(GraphicSettingWidget)
+
+public:
+    explicit GraphicSettingWidget(QWidget* parent = nullptr);
+    ~GraphicSettingWidget() override;
+
+    /// Offers the scan list's present channels in every window, and empties every chart. Must run
+    /// before g_curveSeries is rebuilt.
+    void rebuildChannelLists();
+
+private slots:
+    void recvGraphicBtnSlots();
+    void recvDataNetworkBtnSlots();
+    void onSubWindowActivated(QMdiSubWindow* subWindow);
+    void refreshCurveSeriesDataSlot(QList<MeasurementData> dataList);
+
+private:
+    void buildSideBar();
+    QPushButton* addToolButton(const QString& iconPath);
+    void buildArea();
+    template <typename Content>
+    void openWindow(const QString& iconPath, const QString& titleText);
+    void forgetWindowWhenDestroyed(CustomMdiSubWindow* window);
+    QStringList channelList() const;
+
+    SideBar* m_sideBar = nullptr;
+    QMdiArea* m_mdiArea = nullptr;
+    QMap<CustomMdiSubWindow*, QWidget*> m_subWindows;
+    int m_windowCounter = 0;
+};
