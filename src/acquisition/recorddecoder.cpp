@@ -161,9 +161,10 @@ QString sharedUnit(QStringView text, QString& lastUnit)
 
 void readFields(const RecordFields& fields, QString& lastUnit, MeasurementData& record)
 {
+    // Trimmed, so that a blank has text on both sides.
     const QStringView reading = fields[ReadingField].trimmed();
     const auto blank = reading.lastIndexOf(QLatin1Char(' '));
-    if (blank <= 0 || blank == reading.size() - 1) {
+    if (blank < 0) {
         qWarning() << "Invalid voltage format:" << fields[ReadingField];
         return;
     }
