@@ -19,7 +19,7 @@ QTabWidget#myTabWidget > QTabBar::tab:selected { background: rgb(51,51,51); font
 QString CommFunc::workspaceTabStyle() const
 {
     return QStringLiteral(R"(
-QTabWidget#myTabWidget1 { background: #000000; qproperty-drawBase: false; }
+QTabWidget#myTabWidget1 { background: #000000; }
 QTabWidget#myTabWidget1::pane { top: -1px; border: none; background: #171717; }
 QTabWidget#myTabWidget1 > QTabBar { background: #000000; qproperty-drawBase: false; }
 QTabWidget#myTabWidget1 > QTabBar::tab {
