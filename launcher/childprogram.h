@@ -1,0 +1,42 @@
+#pragma once
+
+#include <QByteArray>
+#include <QColor>
+#include <QObject>
+#include <QProcess>
+
+/// The control program as the launcher's child: its argument is the VISA resource, its standard
+/// streams carry the launcher channel (see docs/launcher.md).
+class ChildProgram : public QObject
+{
+    Q_OBJECT
+    Q_DISABLE_COPY_MOVE(ChildProgram)
+
+public:
+    explicit ChildProgram(QObject* parent);
+
+    /// Starts the program at `path` on `resource`. Its log goes to the launcher's own.
+    void start(const QString& path, const QString& resource);
+
+    /// Sends "exit" and waits for the end; a child that does not end within 12 s is killed.
+    void end();
+
+    bool isRunning() const { return m_process.state() != QProcess::NotRunning; }
+
+signals:
+    /// The child has shown its window; `handle` is the native window, `color` its background.
+    void windowShown(qulonglong handle, const QColor& color);
+
+    /// Any other line of the child's standard output.
+    void lineReceived(const QString& line);
+
+    /// The child has ended or could not be started.
+    void ended(int exitCode);
+
+private:
+    void readLines();
+    void handleLine(const QString& line);
+
+    QProcess m_process;
+    QByteArray m_pending;
+};

@@ -1,0 +1,99 @@
+#include "launcher/childprogram.h"
+#include "launcher/launcherwindow.h"
+#include "launcher/quitsignals.h"
+#include "launcher/simulatorprocess.h"
+
+#include <QApplication>
+#include <QCommandLineParser>
+
+#include <cstdio>
+
+namespace {
+
+constexpr int kWidth = 1500;
+constexpr int kHeight = 900;
+
+struct Options
+{
+    QString program;
+    QString simulator;
+    QStringList simulatorArguments;
+    QString resource;
+};
+
+QString besideLauncher(const QString& name)
+{
+    return QCoreApplication::applicationDirPath() + QLatin1Char('/') + name;
+}
+
+Options parseOptions(const QApplication& application)
+{
+    QCommandLineParser parser;
+    parser.setApplicationDescription(QStringLiteral(
+        "Starts the SCN4070A control program as an embedded child, on the instrument at RESOURCE "
+        "or, without one, on a simulated instrument."));
+    parser.addHelpOption();
+    const QCommandLineOption program(
+        QStringLiteral("program"), QStringLiteral("Control program to start."),
+        QStringLiteral("path"), besideLauncher(QStringLiteral("scn4070a")));
+    const QCommandLineOption simulator(
+        QStringLiteral("simulator"), QStringLiteral("Simulator to start without a RESOURCE."),
+        QStringLiteral("path"), besideLauncher(QStringLiteral("scn4070a-sim")));
+    const QCommandLineOption transcript(QStringLiteral("transcript"),
+                                        QStringLiteral("File for the simulator's transcript."),
+                                        QStringLiteral("path"));
+    const QCommandLineOption slotModules(QStringLiteral("slots"),
+                                         QStringLiteral("Modules of the simulator, slot:type,..."),
+                                         QStringLiteral("list"));
+    const QCommandLineOption rate(QStringLiteral("rate"),
+                                  QStringLiteral("Readings per second of the simulator."),
+                                  QStringLiteral("number"));
+    parser.addOptions({program, simulator, transcript, slotModules, rate});
+    parser.addPositionalArgument(QStringLiteral("RESOURCE"),
+                                 QStringLiteral("VISA resource of the instrument."),
+                                 QStringLiteral("[RESOURCE]"));
+    parser.process(application);
+
+    Options options;
+    options.program = parser.value(program);
+    options.simulator = parser.value(simulator);
+    options.resource = parser.positionalArguments().value(0);
+    options.simulatorArguments << QStringLiteral("--tcp") << QStringLiteral("0");
+    for (const QCommandLineOption& passedOn : {transcript, slotModules, rate}) {
+        if (parser.isSet(passedOn))
+            options.simulatorArguments << QStringLiteral("--") + passedOn.names().constFirst()
+                                       << parser.value(passedOn);
+    }
+    return options;
+}
+
+} // namespace
+
+int main(int argc, char* argv[])
+{
+    QApplication application(argc, argv);
+    Options options = parseOptions(application);
+    quitOnSignals();
+
+    SimulatorProcess simulator;
+    if (options.resource.isEmpty()) {
+        options.resource = simulator.start(options.simulator, options.simulatorArguments);
+        if (options.resource.isEmpty()) {
+            std::fprintf(stderr, "%s\n", qUtf8Printable(simulator.errorText()));
+            return 1;
+        }
+    }
+
+    LauncherWindow window;
+    window.resize(kWidth, kHeight);
+    ChildProgram child(&application);
+    QObject::connect(&child, &ChildProgram::windowShown, &window, &LauncherWindow::embed);
+    QObject::connect(&child, &ChildProgram::ended, &application,
+                     [](int exitCode) { QCoreApplication::exit(exitCode < 0 ? 1 : exitCode); });
+    QObject::connect(&window, &LauncherWindow::closing, &child, &ChildProgram::end);
+    child.start(options.program, options.resource);
+    window.show();
+    const int status = QApplication::exec();
+    child.end();
+    return status;
+}

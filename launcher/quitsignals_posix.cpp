@@ -1,0 +1,34 @@
+#include "launcher/quitsignals.h"
+
+#include <QCoreApplication>
+#include <QSocketNotifier>
+
+#include <csignal>
+#include <unistd.h>
+
+// Another system tells a console program by other means (Windows: SetConsoleCtrlHandler).
+
+namespace {
+
+int g_pipe[2] = {-1, -1};
+
+/// Only what a signal handler may do: the event loop hears of it through the pipe.
+void onSignal(int)
+{
+    const char byte = 0;
+    [[maybe_unused]] const ssize_t written = ::write(g_pipe[1], &byte, 1);
+}
+
+} // namespace
+
+void quitOnSignals()
+{
+    if (::pipe(g_pipe) != 0)
+        return;
+    auto* notifier =
+        new QSocketNotifier(g_pipe[0], QSocketNotifier::Read, QCoreApplication::instance());
+    QObject::connect(notifier, &QSocketNotifier::activated, QCoreApplication::instance(),
+                     &QCoreApplication::quit);
+    std::signal(SIGINT, onSignal);
+    std::signal(SIGTERM, onSignal);
+}

@@ -1,0 +1,90 @@
+#!/usr/bin/env bash
+# demo.sh BIN_DIR OUTPUT_DIR: a short scan on the simulated instrument under a virtual display, with
+# real clicks. Leaves a picture of the window, the day file, and the transcript of the wire.
+set -eu
+bin=$(cd "$1" && pwd)
+mkdir -p "$2"
+out=$(cd "$2" && pwd)
+rm -rf "$out"/*
+
+XDG_RUNTIME_DIR="$out/runtime"
+mkdir -m 700 "$XDG_RUNTIME_DIR"
+export XDG_RUNTIME_DIR LC_ALL=C.UTF-8
+
+# The server picks a free display and tells its number.
+exec 3<> "$out/display"
+Xvfb -displayfd 3 -screen 0 1500x900x24 -nolisten tcp >"$out/display.log" 2>&1 &
+server=$!
+launcher=""
+finish() {
+    [ -z "$launcher" ] || kill "$launcher" 2>/dev/null || true
+    kill "$server" 2>/dev/null || true
+    rm -rf "$out/display" "$out/display.log" "$XDG_RUNTIME_DIR"
+}
+trap finish EXIT
+
+# wait_for SECONDS TEXT COMMAND...: until the command succeeds.
+wait_for() {
+    limit=$(($(date +%s) + $1)) what=$2
+    shift 2
+    until "$@" >/dev/null 2>&1; do
+        [ "$(date +%s)" -lt "$limit" ] || { echo "gave up waiting for: $what" >&2; exit 1; }
+        sleep 0.2
+    done
+}
+wait_for 20 "the virtual display" test -s "$out/display"
+DISPLAY=":$(head -n 1 "$out/display")"
+export DISPLAY
+
+click() { xdotool mousemove "$1" "$2" sleep 0.1 click 1; sleep 0.5; }
+received() { grep -q -e " > $1" "$out/transcript.txt"; }
+
+echo "starting the simulated instrument and the program"
+"$bin/scn4070a-launcher" --slots 1:2,2:14 --rate 40 --transcript "$out/transcript.txt" >"$out/program.log" 2>&1 &
+launcher=$!
+wait_for 60 "the program's read-back" received 'MEM:STAT:VAL? 5'
+# The busy overlay covers the window for two seconds more.
+wait_for 20 "the first polls" sh -c "[ \$(grep -c ' > STAT:OPER:EVEN?' '$out/transcript.txt') -ge 5 ]"
+
+echo "ticking four channels and pressing start"
+for row in 0 1 2 3; do
+    click 356 $((129 + 33 * row))
+done
+wait_for 10 "the scan list" received 'ROUT:SCAN (@101:104)'
+click 46 880
+wait_for 30 "the start of the scan" received 'INIT'
+wait_for 30 "the first readings" received 'R? '
+
+echo "opening a chart with three of the channels"
+click 471 14   # the workspace
+click 330 300  # its side bar
+click 350 90   # a new chart
+xdotool mousemove 600 52 click --repeat 2 --delay 60 1  # as large as the workspace
+sleep 1
+for row in 1 2 3; do
+    click 690 $((776 + 31 * (row - 1)))
+    for _ in $(seq "$row"); do
+        xdotool key Down
+    done
+    xdotool key Return
+    sleep 0.5
+done
+sleep 8
+import -window root "$out/screenshot.png"
+
+echo "pressing stop"
+click 46 880
+wait_for 20 "the end of the scan" received 'ABOR'
+sleep 3
+
+# The end of the launcher ends the program, which closes its day file.
+kill "$launcher"
+wait "$launcher" 2>/dev/null || true
+launcher=""
+day_file=$(ls "$bin"/*_Data/*.db)
+cp "$day_file" "$out"
+
+echo
+echo "screenshot:  $out/screenshot.png"
+echo "day file:    $out/$(basename "$day_file")"
+echo "transcript:  $out/transcript.txt ($(grep -c ' > R? ' "$out/transcript.txt") fetches)"

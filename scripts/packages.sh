@@ -1,0 +1,29 @@
+# Debian packages, by what needs them, and the function that installs those that are missing.
+# Sourced by run, test and .ci/run.
+
+build_packages="g++ cmake ninja-build ccache qtbase5-dev libqwt-qt5-dev libqt5sql5-sqlite dpkg-dev fonts-wqy-microhei"
+display_packages="xvfb xauth xdotool x11-utils imagemagick"
+test_packages="$display_packages sqlite3 libsqlite3-dev libxcb1-dev faketime procps"
+check_packages="clang-format clang-tidy libbenchmark-dev"
+
+# install_packages PACKAGE... : installs what is not there yet, as root or through sudo.
+install_packages() {
+    missing=""
+    for package in "$@"; do
+        dpkg-query -W -f='${Status}' "$package" 2>/dev/null | grep -q 'ok installed' || missing="$missing $package"
+    done
+    # The style sheet's package is fetched at configure time, so the lists must be there too.
+    if [ -z "$missing" ] && { [ -d build/qdarkstyle ] || apt-cache show python3-qdarkstyle >/dev/null 2>&1; }; then
+        return 0
+    fi
+    as_root=""
+    if [ "$(id -u)" -ne 0 ]; then
+        as_root="sudo"
+    fi
+    $as_root env DEBIAN_FRONTEND=noninteractive apt-get update -q
+    if [ -n "$missing" ]; then
+        echo "installing:$missing"
+        $as_root env DEBIAN_FRONTEND=noninteractive \
+            apt-get install -q -y --no-install-recommends $missing
+    fi
+}

@@ -1,0 +1,16 @@
+#pragma once
+
+#include "app/channelrow.h"
+
+#include <functional>
+
+class GuiGate;
+
+/// Asks the instrument for everything but the function of one channel and shows it in the channel's
+/// row and its two panels. No control sends a command while it is set.
+///
+/// Runs on any thread: the questions are asked here, in the order of the read-back, and what they
+/// give is shown through `gate`. `rowOf` is called on the GUI thread only. `function` is the function
+/// index whose header and options apply. An unanswered question reads as 0 or as no match.
+void readBackChannelOptions(GuiGate& gate, const std::function<ChannelRow(int channel)>& rowOf,
+                            int function, int channel);

@@ -1,0 +1,61 @@
+#include "app/inputreaderthread.h"
+
+#include "app/linesplitter.h"
+#include "app/standardinput.h"
+
+namespace {
+
+constexpr int kPollMs = 100;
+
+} // namespace
+
+InputReaderThread::InputReaderThread(QObject* parent)
+    : QThread(parent)
+{
+}
+
+void InputReaderThread::stop()
+{
+    const QMutexLocker locker(&m_mutex);
+    m_stop = true;
+}
+
+bool InputReaderThread::stopRequested()
+{
+    const QMutexLocker locker(&m_mutex);
+    return m_stop;
+}
+
+void InputReaderThread::deliver(const QStringList& lines)
+{
+    for (const QString& line : lines) {
+        if (!line.isEmpty())
+            emit newInputReceived(line);
+    }
+}
+
+void InputReaderThread::run()
+{
+    StandardInput input;
+    LineSplitter splitter;
+    bool atEnd = false;
+    while (!stopRequested()) {
+        if (atEnd) {
+            // The launcher has gone; the program goes on, and this thread idles until it is stopped.
+            msleep(kPollMs);
+            continue;
+        }
+        QByteArray bytes;
+        switch (input.read(bytes, kPollMs)) {
+        case StandardInput::Status::Data:
+            deliver(splitter.feed(bytes));
+            break;
+        case StandardInput::Status::Quiet:
+            break;
+        case StandardInput::Status::End:
+            deliver(splitter.finish());
+            atEnd = true;
+            break;
+        }
+    }
+}

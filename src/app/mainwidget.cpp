@@ -1,0 +1,236 @@
+#include "app/mainwidget.h"
+
+#include "acquisition/readdata.h"
+#include "app/globals.h"
+#include "app/guigate.h"
+#include "app/inputreaderthread.h"
+#include "channels/commfunc.h"
+#include "common/threadassert.h"
+#include "overlay/loadingview.h"
+#include "overlay/windowlockmanager.h"
+#include "plot/graphicsettingwidget.h"
+#include "widgets/custommessagedialog.h"
+#include "widgets/imagebutton.h"
+#include "widgets/timepicker.h"
+
+#include <QCheckBox>
+#include <QColor>
+#include <QCoreApplication>
+#include <QDebug>
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QRadioButton>
+#include <QScrollArea>
+#include <QSpinBox>
+#include <QTabWidget>
+#include <QTextStream>
+#include <QTimer>
+#include <QTreeWidget>
+#include <QVBoxLayout>
+
+#include <cstdio>
+#include <iostream>
+
+namespace {
+
+/// How long the window's end waits for each of its threads.
+constexpr unsigned long kThreadWaitMs = 5000;
+/// How long a thread may take to fall after it was ended by force.
+constexpr unsigned long kTerminationWaitMs = 1000;
+/// When the busy overlay of the start-up goes, counted from the end of the read-back.
+constexpr int kStartupViewMs = 2000;
+constexpr int kSettingsTabsWidth = 320;
+constexpr int kButtonBarHeight = 40;
+
+void removeMargins(QLayout* layout)
+{
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->setSpacing(0);
+}
+
+/// Waits for a thread that was told to stop, ends it by force if it does not, and deletes it.
+template <typename Thread>
+void endThread(Thread*& thread)
+{
+    if (!thread->wait(kThreadWaitMs)) {
+        thread->terminate();
+        // A thread that even this does not end is left to the end of the process.
+        if (!thread->wait(kTerminationWaitMs)) {
+            thread->setParent(nullptr);
+            thread = nullptr;
+            return;
+        }
+    }
+    delete thread;
+    thread = nullptr;
+}
+
+} // namespace
+
+MainWidget::MainWidget(QWidget* parent)
+    : QWidget(parent)
+    , m_gate(std::make_shared<GuiGate>())
+{
+    setObjectName(QStringLiteral("MainWidget"));
+    m_commFunc = new CommFunc(this);
+    m_messageDialog = CustomMessageDialog::instance(this);
+    m_readData = ReadData::instance();
+    discoverInstrument();
+    setStyleSheet(QStringLiteral("font-family:'Microsoft YaHei',Arial;"));
+    if (!g_instrumentConnected)
+        return;
+    bringUp();
+}
+
+MainWidget::~MainWidget()
+{
+    m_gate->close();
+    if (m_readData) {
+        m_readData->stop();
+        endThread(m_readData);
+    }
+    if (m_inputReader) {
+        m_inputReader->stop();
+        endThread(m_inputReader);
+    }
+}
+
+/// The part of the construction that needs an instrument; run later when there was none at start.
+void MainWidget::bringUp()
+{
+    buildInterface();
+    setWindowTitle(tr("SCN4070A 控制软件"));
+    m_lockManager = new WindowLockManager(this);
+    m_lockManager->registerWindow(m_loggingPageContent);
+    m_lockManager->registerWindow(m_channelTree);
+    m_lockManager->registerWindow(m_instrumentPageContent);
+    makeConnections();
+    readBackInstrument();
+    QTimer::singleShot(kStartupViewMs, [view = QPointer<LoadingView>(m_startupView)] {
+        if (view)
+            view->stopLoading();
+    });
+    setAttribute(Qt::WA_DeleteOnClose);
+    setWindowFlags(Qt::Window | Qt::FramelessWindowHint);
+    resize(600, 400);
+    setVisible(false);
+
+    m_inputReader = new InputReaderThread(this);
+    connect(m_inputReader, &InputReaderThread::newInputReceived, this, &MainWidget::handleInput);
+    m_inputReader->start();
+    m_readData->start();
+}
+
+void MainWidget::buildInterface()
+{
+    m_startupView = new LoadingView(0, this);
+    m_startupView->showLoading();
+
+    m_mainLayout = new QVBoxLayout(this);
+    removeMargins(m_mainLayout);
+    m_contentWidget = new QWidget(this);
+    m_contentWidget->setStyleSheet(QStringLiteral("background:rgb(23,23,23);"));
+    m_contentLayout = new QHBoxLayout(m_contentWidget);
+    removeMargins(m_contentLayout);
+
+    m_settingsTabs = new QTabWidget(m_contentWidget);
+    m_settingsTabs->setObjectName(QStringLiteral("myTabWidget"));
+    m_settingsTabs->setFixedWidth(kSettingsTabsWidth);
+    m_settingsTabs->setStyleSheet(m_commFunc->tabStyle());
+    m_settingsTabs->addTab(buildInstrumentPage(), tr("仪器设置"));
+    m_settingsTabs->addTab(buildLoggingPage(), tr("数据记录设置"));
+    m_settingsTabs->setCurrentIndex(1);
+
+    m_workTabs = new QTabWidget(m_contentWidget);
+    m_workTabs->setObjectName(QStringLiteral("myTabWidget1"));
+    m_workTabs->setStyleSheet(m_commFunc->workspaceTabStyle());
+    buildChannelTree();
+    m_graphicSetting = new GraphicSettingWidget(m_workTabs);
+    m_workTabs->addTab(m_channelTree, QIcon(QStringLiteral(":/image/confChannel.png")),
+                       tr("配置通道"));
+    m_workTabs->addTab(m_graphicSetting, QIcon(QStringLiteral(":/image/graphicsetting.png")),
+                       tr("图形设置"));
+
+    m_contentLayout->addWidget(m_settingsTabs);
+    m_contentLayout->addWidget(m_workTabs);
+    buildButtonBar();
+    m_mainLayout->addWidget(m_contentWidget);
+    m_mainLayout->addWidget(m_buttonBar);
+}
+
+void MainWidget::buildButtonBar()
+{
+    m_buttonBar = new QWidget(this);
+    m_buttonBar->setStyleSheet(QStringLiteral("background:rgb(43,43,43);"));
+    m_buttonBar->setFixedHeight(kButtonBarHeight);
+    m_buttonBarLayout = new QHBoxLayout(m_buttonBar);
+    removeMargins(m_buttonBarLayout);
+
+    const auto addButton = [this](const QString& iconPath, const QString& text,
+                                  const QSize& iconSize, const QSize& size) {
+        auto* button = new ImageButton(text, m_buttonBar);
+        button->setObjectName(QStringLiteral("imageButton"));
+        button->setLeftIcon(QIcon(iconPath));
+        button->setIconSize(iconSize);
+        button->setFixedSize(size);
+        m_buttonBarLayout->addWidget(button);
+        return button;
+    };
+    m_startButton =
+        addButton(QStringLiteral(":/image/start.png"), tr("开始"), QSize(60, 40), QSize(100, 40));
+    m_buttonBarLayout->addItem(new QSpacerItem(0, 0, QSizePolicy::Expanding, QSizePolicy::Minimum));
+    m_exportButton =
+        addButton(QStringLiteral(":/image/derive.png"), tr("导出"), QSize(50, 40), QSize(90, 40));
+
+    m_runningLabel = new QLabel(tr("数据记录正在运行.."), m_buttonBar);
+    m_runningLabel->setMinimumHeight(40);
+    m_runningLabel->hide();
+}
+
+void MainWidget::makeConnections()
+{
+    connect(m_channelTree, &QTreeWidget::itemChanged, this, &MainWidget::onItemChanged);
+    connect(m_startButton, &ImageButton::clicked, this, &MainWidget::recvStartButtonSlot);
+    connect(m_lockManager, &WindowLockManager::unlocked, this, &MainWidget::recvLockScreenSlot);
+    connect(m_usbLogCheck, &QCheckBox::toggled, this, &MainWidget::recvUsbSlot);
+    for (QRadioButton* radio : {m_startNowRadio, m_startAtTimeRadio, m_startOnAlarmRadio})
+        connect(radio, &QRadioButton::toggled, this, &MainWidget::recvStartSlot);
+    for (QRadioButton* radio : {m_intervalMinimumRadio, m_intervalCustomRadio,
+                                m_intervalExternalRadio, m_intervalManualRadio})
+        connect(radio, &QRadioButton::toggled, this, &MainWidget::recvIntervalSlot);
+    connect(m_intervalPicker, &TimePicker::sigTimePickerValueChanged, this,
+            &MainWidget::recvIntervalPickerSlot);
+    for (QRadioButton* radio : {m_stopManualRadio, m_stopElapsedRadio, m_stopCountRadio})
+        connect(radio, &QRadioButton::toggled, this, &MainWidget::recvStopSlot);
+    connect(m_stopCountBox, qOverload<int>(&QSpinBox::valueChanged), this,
+            &MainWidget::recvStopCountSlot);
+    connect(m_readData, &ReadData::sigStopScan, this, &MainWidget::recvStopScan);
+    connect(m_readData, &ReadData::sigUseInst, this, &MainWidget::recvUseInstSlot);
+}
+
+void MainWidget::showEvent(QShowEvent*)
+{
+    assertGuiThread();
+    // Multi-argument form: neither text can be taken for a marker.
+    const QString line =
+        QStringLiteral("WID:%1;COLOR:%2").arg(QString::number(winId()), QColor(43, 43, 43).name());
+    std::cout << line.toUtf8().constData() << std::endl;
+}
+
+void MainWidget::handleInput(const QString& line)
+{
+    assertGuiThread();
+    replyToParent(line);
+    if (line == QLatin1String("exit")) {
+        qDebug() << "child app received exit cmd!";
+        QCoreApplication::quit();
+    }
+}
+
+void MainWidget::replyToParent(const QString& line)
+{
+    assertGuiThread();
+    QTextStream out(stdout, QIODevice::ReadWrite);
+    out << QStringLiteral("receive msg: ") << line << '\n';
+    out.flush();
+}

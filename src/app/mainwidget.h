@@ -1,0 +1,240 @@
+#pragma once
+
+#include "app/channelrow.h"
+
+#include <QMap>
+#include <QString>
+#include <QWidget>
+
+#include <memory>
+
+class AdvancedSetting;
+class CommFunc;
+class CurveDataDB;
+class CustomLineEdit;
+class CustomMessageDialog;
+class GraphicSettingWidget;
+class GuiGate;
+class ImageButton;
+class InputReaderThread;
+class LoadingView;
+class QCheckBox;
+class QComboBox;
+class QGroupBox;
+class QHBoxLayout;
+class QLabel;
+class QPushButton;
+class QRadioButton;
+class QScrollArea;
+class QSpinBox;
+class QTabWidget;
+class QTimer;
+class QTreeWidget;
+class QTreeWidgetItem;
+class QVBoxLayout;
+class ReadData;
+class TimePicker;
+class WindowLockManager;
+
+/// The program's one window and the coordinator of its subsystems: it owns the pages and the two
+/// long-running threads, wires the signals and carries the slots of every page.
+///
+/// The window is frameless and made to be embedded by the launcher. With no instrument at start it
+/// holds only the connection overlay; the pages are then built when the instrument is there.
+/// All slots run on the GUI thread. The sources are one file per page:
+/// mainwidget.cpp (composition, wiring, launcher channel), mainwidget_discovery.cpp (finding the
+/// instrument, reading it back), mainwidget_channeltable.cpp (the table and its check marks),
+/// mainwidget_channelrow.cpp (editing a channel), mainwidget_loggingpage.cpp,
+/// mainwidget_runcontrol.cpp.
+class MainWidget : public QWidget
+{
+    Q_OBJECT
+    Q_DISABLE_COPY_MOVE(MainWidget)
+
+public:
+    /// Opens the instrument named by g_resourceName and reads its state back: blocks as long as
+    /// that takes.
+    explicit MainWidget(QWidget* parent);
+
+    /// Stops the two threads, waiting up to 5000 ms for each before it ends it by force. Sends
+    /// nothing: a running scan goes on in the instrument.
+    ~MainWidget() override;
+
+public slots:
+    // Run control; queued by name from helper threads.
+    void stopLoadingView();
+    void scanFunc();
+
+protected:
+    /// Tells the launcher the native handle and the background colour of the window.
+    void showEvent(QShowEvent* event) override;
+
+private slots:
+    // Launcher channel
+    void handleInput(const QString& line);
+    void replyToParent(const QString& line);
+
+    // Channel table
+    void onItemChanged(QTreeWidgetItem* item, int column);
+    void onModuleItemChanged(QTreeWidgetItem* item, int column);
+    void onChannelItemChanged(QTreeWidgetItem* item, int column);
+    void onTitleEdited(const QString& text);
+    void onMeasTypeChanged(int index);
+    void onRangeTypeChanged(int index);
+    void onResTypeChanged(int index);
+    void onMoreButton1Clicked();
+    void onZoomStateChanged(bool state);
+    void onFuncTypeChanged(int index);
+    void onModificationEdited(const QString& text);
+    void onLowerEdited(const QString& text);
+    void onUnitChanged(int index);
+    void onMoreButton2Clicked();
+    void recvAdvancedSettingChanged(int channelNum);
+
+    // Logging page
+    void recvUsbSlot(bool isChecked);
+    void recvStartSlot(bool isChecked);
+    void recvAlarmComboSlot(int index);
+    void recvIntervalSlot(bool isChecked);
+    void recvIntervalPickerSlot(double value);
+    void recvStopSlot(bool isChecked);
+    void recvStopCountSlot(int count);
+
+    // Run control
+    void recvStartButtonSlot();
+    void recvDataClearFinished();
+    void recvStopScan();
+    void recvElapsedTimeSlot();
+    void recvLockScreenSlot();
+    void recvUseInstSlot();
+    void recvLoadBtnSlot();
+
+private:
+    // Composition
+    void bringUp();
+    void buildInterface();
+    void buildButtonBar();
+    void makeConnections();
+
+    // Discovery and read-back. The static operations ask on any thread and show through the gate,
+    // so they never touch the window themselves.
+    void discoverInstrument();
+    static bool discover(const std::shared_ptr<GuiGate>& gate, MainWidget* window);
+    void readBackInstrument();
+    static void readBack(const std::shared_ptr<GuiGate>& gate, MainWidget* window);
+    static void readBackScanList(const std::shared_ptr<GuiGate>& gate, MainWidget* window);
+    static void readBackChannel(const std::shared_ptr<GuiGate>& gate, MainWidget* window,
+                                int channel);
+    static void readBackOptions(const std::shared_ptr<GuiGate>& gate, MainWidget* window,
+                                int function, int channel);
+    static void syncTriggerSettings(const std::shared_ptr<GuiGate>& gate, MainWidget* window);
+    static void syncIntervalPicker(const std::shared_ptr<GuiGate>& gate, MainWidget* window);
+    static void syncClock();
+    static void queryStoredStates();
+    void showScanList(const QList<int>& channels);
+    bool showChannelFunction(int channel, const QString& displayName);
+    void showTriggerSource(const QString& reply);
+    void showTriggerCount(double count);
+    QTreeWidgetItem* rowForChannel(int channel) const;
+
+    // Channel table
+    QWidget* buildInstrumentPage();
+    QWidget* buildSlotPanel(int slot);
+    void buildChannelTree();
+    void addModuleRow(int slot);
+    void addChannelRow(QTreeWidgetItem* module, int channel);
+    void connectRow(const ChannelRow& row);
+    ChannelRow channelRow(int channel) const;
+    int senderChannel() const;
+    int partnerOf(int channel) const;
+    int partnerOf(int channel, int function) const;
+    int functionOf(const ChannelRow& row) const;
+    void takePartnerOver(int partner, int channel, int functionRow);
+    void givePartnerBack(int partner);
+    void applyFunction(int function, int channel);
+    void sendAndReadBack(const QString& command, int channel);
+    void sendScaleNumber(const QString& command, const QString& text,
+                         CustomLineEdit* ChannelRow::*edit);
+    void openPanel(AdvancedSetting* panel, const QPushButton* button);
+    bool isChannelChecked(int slot, int channelRow) const;
+    QTreeWidgetItem* findChannelItem(int channel) const;
+    static void setRowEnabled(QTreeWidget* tree, QTreeWidgetItem* item, bool enabled);
+    void updateModuleCheckState(QTreeWidgetItem* module);
+    void rebuildScanChannels();
+    QString displayUnit(const ChannelRow& row) const;
+    void tellWorkspace();
+
+    // Logging page
+    QWidget* buildLoggingPage();
+    QGroupBox* buildFileGroup();
+    QGroupBox* buildStartGroup();
+    QGroupBox* buildIntervalGroup();
+    QGroupBox* buildStopGroup();
+    QGroupBox* buildDigitizingGroup();
+
+    // Run control
+    void enterStarting();
+    void endScan();
+    void resetStartButton();
+    void stopElapsedTimer();
+    void startElapsedTimer();
+    void dropUnnamedScanChannels();
+    void showReconnectView();
+    static void reconnect(const std::shared_ptr<GuiGate>& gate, MainWidget* window);
+
+    std::shared_ptr<GuiGate> m_gate;
+
+    CommFunc* m_commFunc = nullptr;
+    CustomMessageDialog* m_messageDialog = nullptr;
+    ReadData* m_readData = nullptr;
+    InputReaderThread* m_inputReader = nullptr;
+    LoadingView* m_startupView = nullptr;
+    LoadingView* m_reconnectView = nullptr;
+    WindowLockManager* m_lockManager = nullptr;
+    QVBoxLayout* m_mainLayout = nullptr;
+    QWidget* m_contentWidget = nullptr;
+    QHBoxLayout* m_contentLayout = nullptr;
+    QTabWidget* m_settingsTabs = nullptr;
+    QTabWidget* m_workTabs = nullptr;
+    QScrollArea* m_instrumentPage = nullptr;
+    QWidget* m_instrumentPageContent = nullptr;
+    QScrollArea* m_loggingPage = nullptr;
+    QWidget* m_loggingPageContent = nullptr;
+    QTreeWidget* m_channelTree = nullptr;
+    GraphicSettingWidget* m_graphicSetting = nullptr;
+    QWidget* m_buttonBar = nullptr;
+    QHBoxLayout* m_buttonBarLayout = nullptr;
+    ImageButton* m_startButton = nullptr;
+    ImageButton* m_exportButton = nullptr;
+    QLabel* m_runningLabel = nullptr;
+    CurveDataDB* m_curveStore = nullptr;
+    std::unique_ptr<QTimer> m_elapsedTimer;
+    bool m_starting = false;     ///< between the click on start and the end of scanFunc()
+    bool m_reconnecting = false; ///< a helper looks for the instrument
+
+    // Logging page
+    QCheckBox* m_usbLogCheck = nullptr;
+    QCheckBox* m_rowLimitCheck = nullptr;
+    QSpinBox* m_rowLimitSpin = nullptr;
+    QRadioButton* m_startNowRadio = nullptr;
+    QRadioButton* m_startAtTimeRadio = nullptr;
+    QRadioButton* m_startOnAlarmRadio = nullptr;
+    QComboBox* m_alarmCombo = nullptr;
+    QGroupBox* m_intervalGroup = nullptr;
+    QRadioButton* m_intervalMinimumRadio = nullptr;
+    QRadioButton* m_intervalCustomRadio = nullptr;
+    TimePicker* m_intervalPicker = nullptr;
+    QRadioButton* m_intervalExternalRadio = nullptr;
+    QRadioButton* m_intervalManualRadio = nullptr;
+    QRadioButton* m_stopManualRadio = nullptr;
+    QRadioButton* m_stopElapsedRadio = nullptr;
+    TimePicker* m_stopElapsedPicker = nullptr;
+    QRadioButton* m_stopCountRadio = nullptr;
+    QSpinBox* m_stopCountBox = nullptr;
+
+    // Channel table
+    QMap<int, QTreeWidgetItem*> slotItems;    ///< slot to the module's item
+    QMap<QTreeWidgetItem*, bool> moduleItems; ///< the module items; the value is not used
+    QMap<QWidget*, int> rowWidgetChannels;    ///< control of a row to its channel number
+    QMap<QPushButton*, AdvancedSetting*> moreButtonPanels; ///< "..." button of a row to its panel
+};

@@ -1,0 +1,345 @@
+#include "app/mainwidget.h"
+
+#include "app/globals.h"
+#include "channels/advancedsetting.h"
+#include "channels/commfunc.h"
+#include "common/threadassert.h"
+#include "instrument/cdevicevisa.h"
+#include "plot/graphicsettingwidget.h"
+#include "widgets/customcombobox.h"
+#include "widgets/customlineedit.h"
+#include "widgets/custommessagedialog.h"
+
+#include <QCheckBox>
+#include <QDebug>
+#include <QPushButton>
+#include <QSignalBlocker>
+#include <QTreeWidget>
+
+// Editing one channel: each change goes to the instrument at once, and the row then shows what the
+// instrument reports.
+
+namespace {
+
+constexpr int kExchangeTimeoutMs = 5000;
+constexpr int kMessageMs = 3000;
+constexpr int kErrorMessage = 1;
+
+void send(const QString& command)
+{
+    g_visa->sendCommand(command, kExchangeTimeoutMs);
+}
+
+void refillQuietly(CustomComboBox* box, const QStringList& items)
+{
+    const QSignalBlocker blocker(box);
+    box->clear();
+    box->addFunctionItems(items);
+}
+
+void selectQuietly(CustomComboBox* box, int index)
+{
+    const QSignalBlocker blocker(box);
+    box->setCurrentIndex(index);
+}
+
+} // namespace
+
+int MainWidget::senderChannel() const
+{
+    return rowWidgetChannels.value(qobject_cast<QWidget*>(sender()));
+}
+
+int MainWidget::functionOf(const ChannelRow& row) const
+{
+    return m_commFunc->functionIndex(row.function->currentText());
+}
+
+/// The channel that a four-wire function on `channel` would take over; 0 when it has none.
+int MainWidget::partnerOf(int channel) const
+{
+    const int bank = m_commFunc->bankSize(static_cast<uchar>(channel / 100));
+    return bank != 0 && channel % 100 <= bank ? channel + bank : 0;
+}
+
+/// The channel that mirrors `channel` while it measures `function`; 0 when none does.
+int MainWidget::partnerOf(int channel, int function) const
+{
+    return m_commFunc->isFourWire(function) ? partnerOf(channel) : 0;
+}
+
+/// The end of each change: the command, the error queue emptied, the channel read back.
+void MainWidget::sendAndReadBack(const QString& command, int channel)
+{
+    send(command);
+    send(QStringLiteral("SYST:ERR?"));
+    readBackChannel(m_gate, this, channel);
+}
+
+void MainWidget::onTitleEdited(const QString& text)
+{
+    assertGuiThread();
+    qDebug() << "onTitleEdited"
+             << "-0000-" << text;
+}
+
+void MainWidget::onMeasTypeChanged(int index)
+{
+    assertGuiThread();
+    const auto* box = qobject_cast<CustomComboBox*>(sender());
+    const int channel = senderChannel();
+    const ChannelRow row = channelRow(channel);
+    if (index < 0 || !box || !row.exists())
+        return;
+    const int function = m_commFunc->functionIndex(box->currentText());
+    if (g_scanChannels.contains(channel)) {
+        g_scanChannels[channel] = m_commFunc->baseUnit(function);
+        tellWorkspace();
+    }
+    refillQuietly(row.range, m_commFunc->rangeList(function));
+    refillQuietly(row.resolution, m_commFunc->temperatureUnitList(function));
+    row.functionPanel->showFunctionOptions(box->currentText(), function, channel);
+    {
+        const QSignalBlocker blocker(row.scale);
+        row.scale->setChecked(false);
+    }
+    refillQuietly(row.scaleFunction, m_commFunc->scaleFunctionList(function));
+    selectQuietly(row.unit, m_commFunc->defaultUnitIndex(function));
+
+    if (const int partner = partnerOf(channel); partner != 0 && rowForChannel(partner)) {
+        if (!channelRow(partner).exists())
+            return;
+        if (m_commFunc->isFourWire(function))
+            takePartnerOver(partner, channel, index);
+        else
+            givePartnerBack(partner);
+    }
+    applyFunction(function, channel);
+}
+
+/// Takes a partner channel out of use: it shows the function of `channel` and leaves the scan list.
+void MainWidget::takePartnerOver(int partner, int channel, int functionRow)
+{
+    CustomComboBox* const box = channelRow(partner).function;
+    refillQuietly(box, m_commFunc->functionList(channel));
+    selectQuietly(box, functionRow);
+    QTreeWidgetItem* const item = rowForChannel(partner);
+    setRowEnabled(m_channelTree, item, false);
+    if (item->checkState(ScanColumn) == Qt::Checked)
+        item->setCheckState(ScanColumn, Qt::Unchecked);
+    // Setting the flags reports a changed item even when the check mark is the same.
+    const QSignalBlocker blocker(m_channelTree);
+    item->setFlags(item->flags() & ~Qt::ItemIsUserCheckable);
+}
+
+void MainWidget::givePartnerBack(int partner)
+{
+    CustomComboBox* const box = channelRow(partner).function;
+    refillQuietly(box, m_commFunc->functionList(partner));
+    selectQuietly(box, 0);
+    QTreeWidgetItem* const item = rowForChannel(partner);
+    setRowEnabled(m_channelTree, item, true);
+    const QSignalBlocker blocker(m_channelTree);
+    item->setFlags(item->flags() | Qt::ItemIsUserCheckable);
+}
+
+/// Selects a function on the instrument and reads its options back. The index that the user chose is
+/// kept: the instrument's own name stands for a whole family.
+void MainWidget::applyFunction(int function, int channel)
+{
+    const auto entry = funcCommands.constFind(function);
+    if (entry != funcCommands.constEnd()) {
+        send(QStringLiteral("FUNC \"%1\",(@%2)").arg(entry->function, QString::number(channel)));
+        send(QStringLiteral("SYST:ERR?"));
+        if (!entry->typeCommand.isEmpty()) {
+            send(entry->typeCommand.arg(entry->typeArgument, QString::number(channel)));
+            send(QStringLiteral("SYST:ERR?"));
+        }
+    }
+    readBackOptions(m_gate, this, function, channel);
+}
+
+void MainWidget::onRangeTypeChanged(int index)
+{
+    assertGuiThread();
+    const int channel = senderChannel();
+    const ChannelRow row = channelRow(channel);
+    if (index < 0 || !row.exists())
+        return;
+    const int function = functionOf(row);
+    if (const ChannelRow partner = channelRow(partnerOf(channel, function)); partner.exists()) {
+        // Blocks the own function box, not the partner's range: the partner's command goes first.
+        const QSignalBlocker blocker(row.function);
+        partner.range->setCurrentIndex(index);
+    }
+    const QString header = m_commFunc->scpiHeader(function);
+    if (index == 0) {
+        sendAndReadBack(
+            QStringLiteral("%1:RANG:AUTO ON,(@%2)").arg(header, QString::number(channel)), channel);
+        return;
+    }
+    sendAndReadBack(QStringLiteral("%1:RANG %2,(@%3)")
+                        .arg(header)
+                        .arg(m_commFunc->rangeValue(function, index))
+                        .arg(channel),
+                    channel);
+}
+
+void MainWidget::onResTypeChanged(int index)
+{
+    assertGuiThread();
+    const int channel = senderChannel();
+    const ChannelRow row = channelRow(channel);
+    if (index < 0 || !row.exists())
+        return;
+    if (const ChannelRow partner = channelRow(partnerOf(channel, functionOf(row)));
+        partner.exists())
+        selectQuietly(partner.resolution, index);
+    sendAndReadBack(QStringLiteral("UNIT:TEMP %1,(@%2)")
+                        .arg(row.resolution->currentText(), QString::number(channel)),
+                    channel);
+}
+
+void MainWidget::onZoomStateChanged(bool state)
+{
+    assertGuiThread();
+    const int channel = senderChannel();
+    const ChannelRow row = channelRow(channel);
+    if (!row.exists())
+        return;
+    const int function = functionOf(row);
+    QString unit = m_commFunc->baseUnit(function);
+    if (state) {
+        // The unit of the row one bank on, whatever the function; without such a row the base unit.
+        const int bank = m_commFunc->bankSize(static_cast<uchar>(channel / 100));
+        if (const ChannelRow other = channelRow(channel + bank); other.unit)
+            unit = other.unit->currentText();
+    }
+    if (g_scanChannels.value(channel) != unit)
+        tellWorkspace();
+    if (partnerOf(channel, function) != 0) {
+        // The copy goes to the own check box, so the partner's stays as it is.
+        const QSignalBlocker blocker(row.scale);
+        row.scale->setChecked(state);
+    }
+    sendAndReadBack(
+        QStringLiteral("CALC:SCAL:STAT %1,(@%2)")
+            .arg(state ? QStringLiteral("ON") : QStringLiteral("OFF"), QString::number(channel)),
+        channel);
+}
+
+void MainWidget::onFuncTypeChanged(int index)
+{
+    assertGuiThread();
+    const int channel = senderChannel();
+    const ChannelRow row = channelRow(channel);
+    if (index < 0 || !row.exists())
+        return;
+    const bool isLinear = index == 0;
+    for (CustomLineEdit* edit : {row.gain, row.offset}) {
+        if (edit)
+            edit->setEnabled(isLinear);
+    }
+    row.scaleMore->setEnabled(!isLinear);
+    const QString name = row.scaleFunction->currentText();
+    row.scalePanel->showScaleOptions(name, channel);
+    if (const ChannelRow partner = channelRow(partnerOf(channel, functionOf(row)));
+        partner.exists())
+        selectQuietly(partner.scaleFunction, index);
+    sendAndReadBack(QStringLiteral("CALC:SCAL:FUNC %1,(@%2)").arg(name, QString::number(channel)),
+                    channel);
+}
+
+void MainWidget::onModificationEdited(const QString& text)
+{
+    sendScaleNumber(QStringLiteral("CALC:SCAL:GAIN %1,(@%2)"), text, &ChannelRow::gain);
+}
+
+void MainWidget::onLowerEdited(const QString& text)
+{
+    sendScaleNumber(QStringLiteral("CALC:SCAL:OFFS %1,(@%2)"), text, &ChannelRow::offset);
+}
+
+void MainWidget::sendScaleNumber(const QString& command, const QString& text,
+                                 CustomLineEdit* ChannelRow::*edit)
+{
+    assertGuiThread();
+    const int channel = senderChannel();
+    const ChannelRow row = channelRow(channel);
+    if (text.isEmpty() || !row.exists())
+        return;
+    bool isNumber = false;
+    text.toDouble(&isNumber);
+    if (!isNumber) {
+        m_messageDialog->showMessage(tr("非法字符请重新输入"), kErrorMessage, kMessageMs);
+        return;
+    }
+    if (const ChannelRow partner = channelRow(partnerOf(channel, functionOf(row)));
+        partner.exists() && partner.*edit)
+        (partner.*edit)->setText(text);
+    sendAndReadBack(command.arg(text, QString::number(channel)), channel);
+}
+
+void MainWidget::onUnitChanged(int index)
+{
+    assertGuiThread();
+    const int channel = senderChannel();
+    const ChannelRow row = channelRow(channel);
+    if (index < 0 || !row.exists())
+        return;
+    // Nothing is blocked: the partner's own change goes out first.
+    if (const ChannelRow partner = channelRow(partnerOf(channel, functionOf(row))); partner.unit)
+        partner.unit->setCurrentIndex(index);
+    g_scanChannels[channel] = displayUnit(row);
+    tellWorkspace();
+    QString unit = row.unit->currentText();
+    qDebug() << "onUnitChanged"
+             << "-0000-" << unit;
+    if (unit == QStringLiteral("°C"))
+        unit = QStringLiteral("#C");
+    else if (unit == QStringLiteral("°F"))
+        unit = QStringLiteral("#F");
+    else if (unit == m_commFunc->unitList().constFirst())
+        unit.clear();
+    sendAndReadBack(
+        QStringLiteral("CALC:SCAL:UNIT \"%1\",(@%2)").arg(unit, QString::number(channel)), channel);
+}
+
+void MainWidget::onMoreButton1Clicked()
+{
+    assertGuiThread();
+    auto* button = qobject_cast<QPushButton*>(sender());
+    AdvancedSetting* panel = moreButtonPanels.value(button);
+    if (!panel || panel->isVisible())
+        return;
+    const int channel = senderChannel();
+    const ChannelRow row = channelRow(channel);
+    panel->showFunctionOptions(row.function->currentText(), functionOf(row), channel);
+    openPanel(panel, button);
+}
+
+void MainWidget::onMoreButton2Clicked()
+{
+    assertGuiThread();
+    auto* button = qobject_cast<QPushButton*>(sender());
+    AdvancedSetting* panel = moreButtonPanels.value(button);
+    if (!panel || panel->isVisible())
+        return;
+    const int channel = senderChannel();
+    panel->showScaleOptions(channelRow(channel).scaleFunction->currentText(), channel);
+    openPanel(panel, button);
+}
+
+/// Opens a panel with its corner at the right end of its button.
+void MainWidget::openPanel(AdvancedSetting* panel, const QPushButton* button)
+{
+    panel->move(button->mapToGlobal(QPoint(button->width(), 0)));
+    panel->show();
+    panel->setFocus(Qt::OtherFocusReason);
+}
+
+void MainWidget::recvAdvancedSettingChanged(int channelNum)
+{
+    assertGuiThread();
+    readBackChannel(m_gate, this, channelNum);
+}

@@ -1,0 +1,276 @@
+#include "app/mainwidget.h"
+
+#include "acquisition/readdata.h"
+#include "app/globals.h"
+#include "app/guigate.h"
+#include "app/helperthreads.h"
+#include "common/threadassert.h"
+#include "instrument/cdevicevisa.h"
+#include "overlay/loadingview.h"
+#include "overlay/windowlockmanager.h"
+#include "plot/graphicsettingwidget.h"
+#include "storage/curvedatadb.h"
+#include "storage/curveseriesbuilder.h"
+#include "storage/datadirectory.h"
+#include "widgets/custommessagedialog.h"
+#include "widgets/imagebutton.h"
+#include "widgets/timepicker.h"
+
+#include <QDateTime>
+#include <QHBoxLayout>
+#include <QIcon>
+#include <QLabel>
+#include <QRadioButton>
+#include <QTimer>
+
+namespace {
+
+constexpr int kExchangeTimeoutMs = 5000;
+constexpr int kMessageMs = 3000;
+/// Longer than the acquisition thread's pause between two passes.
+constexpr unsigned long kLastPassMs = 2000;
+constexpr int kWarningMessage = 0;
+constexpr int kErrorMessage = 1;
+/// Place of the running label in the button bar: right of the start button.
+constexpr int kRunningLabelPosition = 1;
+constexpr int kRecoveryForm = 1;
+
+QString ask(const QString& command)
+{
+    return g_visa->sendCommand(command, kExchangeTimeoutMs);
+}
+
+/// The local time in the form that the run's start and end are kept in.
+QString runTimeText()
+{
+    return QDateTime::currentDateTime().toString(QStringLiteral("yyyy MM dd hh mm ss"));
+}
+
+} // namespace
+
+void MainWidget::recvStartButtonSlot()
+{
+    assertGuiThread();
+    if (g_scanRunning) {
+        // The acquisition thread drains the instrument and then clears the flag.
+        stopElapsedTimer();
+        ask(QStringLiteral("ABOR"));
+        endScan();
+        return;
+    }
+    if (m_starting)
+        return;
+    if (g_scanChannels.isEmpty()) {
+        m_messageDialog->showMessage(tr("未选择扫描通道"), kWarningMessage, kMessageMs);
+        return;
+    }
+    enterStarting();
+
+    const QString directoryName = dataDirectoryName(g_instrumentId);
+    removeDataDirectory(directoryName);
+    if (m_curveStore) {
+        m_curveStore->clearAll();
+        return;
+    }
+    m_curveStore = CurveDataDB::instance(directoryName);
+    connect(m_curveStore, &CurveDataDB::sigClearFinished, this, &MainWidget::recvDataClearFinished);
+    recvDataClearFinished();
+}
+
+void MainWidget::enterStarting()
+{
+    m_starting = true;
+    m_startButton->setLeftIcon(QIcon(QStringLiteral(":/image/stop.png")));
+    m_startButton->setText(tr("停止"));
+    m_exportButton->setEnabled(false);
+    m_buttonBarLayout->insertWidget(kRunningLabelPosition, m_runningLabel);
+    m_runningLabel->show();
+    m_startupView->showLoading();
+}
+
+void MainWidget::recvDataClearFinished()
+{
+    assertGuiThread();
+    m_graphicSetting->rebuildChannelLists();
+    // No chart shows a series any more. The new ones are built aside, since each new curve takes its
+    // time, and handed over whole before the scan starts.
+    g_curveSeries.clear();
+    HelperThreads::start([gate = m_gate, window = this, channels = g_scanChannels,
+                          directoryName = dataDirectoryName(g_instrumentId)] {
+        const auto series =
+            buildCurveSeries(channels, directoryName, [&gate] { return gate->isOpen(); });
+        gate->post([series, window] {
+            g_curveSeries = series;
+            QMetaObject::invokeMethod(window, "scanFunc", Qt::QueuedConnection);
+        });
+    });
+}
+
+void MainWidget::scanFunc()
+{
+    assertGuiThread();
+    if (ask(QStringLiteral("*IDN?")).isEmpty()) {
+        // The acquisition thread will report the loss; afterwards a start is possible again.
+        m_starting = false;
+        m_messageDialog->showMessage(tr("机器已断开"), kErrorMessage, kMessageMs);
+        return;
+    }
+    ask(QStringLiteral("MMEM:LOG:ENAB?"));
+    ask(QStringLiteral("INIT"));
+    if (m_stopElapsedRadio->isChecked())
+        startElapsedTimer();
+    for (const char* command : {"FORM:READ:ALAR ON", "FORM:READ:CHAN ON", "FORM:READ:TIME ON",
+                                "FORM:READ:TIME:TYPE ABS", "FORM:READ:UNIT ON", "SYST:ERR?"})
+        ask(QLatin1String(command));
+
+    if (ask(QStringLiteral("ROUT:SCAN?")).count(QLatin1Char(',')) + 1 != g_scanChannels.size())
+        dropUnnamedScanChannels();
+
+    // The instrument's scan time is asked for twice and serves nothing: a run starts at the
+    // computer's time.
+    ask(QStringLiteral("SYST:TIME:SCAN?"));
+    g_scanStartText =
+        ask(QStringLiteral("SYST:TIME:SCAN?")).replace(QLatin1Char(','), QLatin1Char(' '));
+    g_scanStartText = runTimeText();
+
+    g_scanRunning = true;
+    m_starting = false;
+    m_lockManager->setLockEnabled(true);
+    m_lockManager->lockView();
+    m_startupView->stopLoading();
+}
+
+/// Removes the channels of the scan list that have no unit text.
+void MainWidget::dropUnnamedScanChannels()
+{
+    for (auto entry = g_scanChannels.begin(); entry != g_scanChannels.end();) {
+        if (entry.value().isEmpty())
+            entry = g_scanChannels.erase(entry);
+        else
+            ++entry;
+    }
+}
+
+void MainWidget::startElapsedTimer()
+{
+    if (!m_elapsedTimer) {
+        m_elapsedTimer = std::make_unique<QTimer>();
+        connect(m_elapsedTimer.get(), &QTimer::timeout, this, &MainWidget::recvElapsedTimeSlot);
+    }
+    m_elapsedTimer->setInterval(static_cast<int>(m_stopElapsedPicker->value() * 1000));
+    m_elapsedTimer->start();
+}
+
+void MainWidget::stopElapsedTimer()
+{
+    if (m_elapsedTimer)
+        m_elapsedTimer->stop();
+}
+
+/// Notes the end of the run and shows the idle state.
+void MainWidget::endScan()
+{
+    g_scanEndText = runTimeText();
+    resetStartButton();
+}
+
+void MainWidget::resetStartButton()
+{
+    m_startButton->setLeftIcon(QIcon(QStringLiteral(":/image/start.png")));
+    m_startButton->setText(tr("开始"));
+    m_exportButton->setEnabled(true);
+    m_runningLabel->hide();
+}
+
+void MainWidget::recvStopScan()
+{
+    assertGuiThread();
+    if (g_scanRunning)
+        return;
+    stopElapsedTimer();
+    endScan();
+}
+
+void MainWidget::recvElapsedTimeSlot()
+{
+    assertGuiThread();
+    stopElapsedTimer();
+    ask(QStringLiteral("ABOR"));
+    g_scanRunning = false;
+    endScan();
+}
+
+void MainWidget::recvLockScreenSlot()
+{
+    assertGuiThread();
+    stopElapsedTimer();
+    g_scanRunning = false;
+    ask(QStringLiteral("ABOR"));
+    endScan();
+}
+
+void MainWidget::recvUseInstSlot()
+{
+    assertGuiThread();
+    g_instrumentConnected = false;
+    showReconnectView();
+}
+
+void MainWidget::showReconnectView()
+{
+    assertGuiThread();
+    if (!m_reconnectView) {
+        m_reconnectView = new LoadingView(kRecoveryForm, this);
+        connect(m_reconnectView, &LoadingView::confirmRequested, this,
+                &MainWidget::recvLoadBtnSlot);
+    }
+    if (m_startupView && m_startupView->isVisible())
+        m_startupView->stopLoading();
+    // Hiding brings the recovery form back.
+    m_reconnectView->stopLoading();
+    m_reconnectView->showLoading();
+}
+
+void MainWidget::recvLoadBtnSlot()
+{
+    assertGuiThread();
+    if (m_reconnecting)
+        return;
+    m_reconnecting = true;
+    HelperThreads::start([gate = m_gate, window = this] {
+        reconnect(gate, window);
+        gate->run([window] { window->m_reconnecting = false; });
+    });
+}
+
+/// Looks for the instrument again and brings the window to its state.
+void MainWidget::reconnect(const std::shared_ptr<GuiGate>& gate, MainWidget* window)
+{
+    if (!discover(gate, window))
+        return;
+    bool hadPages = true;
+    gate->run([window, &hadPages] {
+        hadPages = window->m_channelTree != nullptr;
+        if (!hadPages) {
+            // There was no instrument at start: the pages come up now.
+            window->bringUp();
+            window->show();
+            window->m_reconnectView->stopLoading();
+        }
+    });
+    if (!hadPages)
+        return;
+    readBack(gate, window);
+    gate->post(
+        [window] { QMetaObject::invokeMethod(window, "stopLoadingView", Qt::QueuedConnection); });
+}
+
+void MainWidget::stopLoadingView()
+{
+    assertGuiThread();
+    m_reconnectView->stopLoading();
+    // A thread that has reported the loss may still be in its last pause; starting it then would do
+    // nothing.
+    m_readData->wait(kLastPassMs);
+    m_readData->start();
+}

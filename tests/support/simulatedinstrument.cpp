@@ -1,0 +1,73 @@
+#include "support/simulatedinstrument.h"
+
+#include <QFile>
+
+#include <csignal>
+
+namespace {
+
+constexpr int kReadyWaitMs = 20000;
+
+} // namespace
+
+SimulatedInstrument::SimulatedInstrument(Transport transport, const QStringList& options)
+{
+    QStringList arguments = options;
+    if (transport == Transport::Tcp)
+        arguments << QStringLiteral("--tcp") << QStringLiteral("0");
+    else
+        arguments << QStringLiteral("--pty") << m_directory.filePath(QStringLiteral("instrument"));
+    arguments << QStringLiteral("--transcript")
+              << m_directory.filePath(QStringLiteral("transcript"));
+    m_process.setProcessChannelMode(QProcess::ForwardedErrorChannel);
+    m_process.start(QStringLiteral(SCN_BIN_DIR "/scn4070a-sim"), arguments);
+    while (!m_process.canReadLine()) {
+        if (!m_process.waitForReadyRead(kReadyWaitMs))
+            return;
+    }
+    const QString line = QString::fromUtf8(m_process.readLine()).trimmed();
+    if (line.startsWith(QLatin1String("READY ")))
+        m_resource = line.mid(6);
+}
+
+SimulatedInstrument::~SimulatedInstrument()
+{
+    thaw();
+    m_process.terminate();
+    m_process.waitForFinished();
+}
+
+void SimulatedInstrument::switchOff()
+{
+    m_process.kill();
+    m_process.waitForFinished();
+}
+
+void SimulatedInstrument::freeze()
+{
+    ::kill(static_cast<pid_t>(m_process.processId()), SIGSTOP);
+}
+
+void SimulatedInstrument::thaw()
+{
+    if (m_process.state() == QProcess::Running)
+        ::kill(static_cast<pid_t>(m_process.processId()), SIGCONT);
+}
+
+QStringList SimulatedInstrument::lines(const QString& direction) const
+{
+    QFile transcript(m_directory.filePath(QStringLiteral("transcript")));
+    QStringList found;
+    if (!transcript.open(QIODevice::ReadOnly))
+        return found;
+    for (QByteArray line = transcript.readLine(); !line.isEmpty(); line = transcript.readLine()) {
+        if (!line.endsWith('\n'))
+            break; // still being written
+        const QString text = QString::fromUtf8(line).chopped(1);
+        // "time transport > line"
+        const int at = text.indexOf(direction);
+        if (at >= 0 && text.left(at).count(QLatin1Char(' ')) == 1)
+            found.append(text.mid(at + direction.size()));
+    }
+    return found;
+}

@@ -1,0 +1,95 @@
+#include "support/virtualdisplay.h"
+
+#include <QProcessEnvironment>
+
+#include <xcb/xcb.h>
+
+#include <cstdlib>
+#include <memory>
+
+namespace {
+
+constexpr int kStartWaitMs = 20000;
+constexpr int kToolWaitMs = 20000;
+
+xcb_atom_t atom(xcb_connection_t* connection, const QByteArray& name)
+{
+    const auto cookie =
+        xcb_intern_atom(connection, 0, static_cast<uint16_t>(name.size()), name.constData());
+    const std::unique_ptr<xcb_intern_atom_reply_t, decltype(&std::free)> reply(
+        xcb_intern_atom_reply(connection, cookie, nullptr), &std::free);
+    return reply ? reply->atom : static_cast<xcb_atom_t>(XCB_ATOM_NONE);
+}
+
+} // namespace
+
+VirtualDisplay::VirtualDisplay()
+{
+    // The server picks a free number and tells it on its standard output.
+    m_server.start(QStringLiteral("Xvfb"),
+                   {QStringLiteral("-displayfd"), QStringLiteral("1"), QStringLiteral("-screen"),
+                    QStringLiteral("0"), QStringLiteral("1600x1000x24"),
+                    QStringLiteral("-nolisten"), QStringLiteral("tcp")});
+    while (!m_server.canReadLine()) {
+        if (!m_server.waitForReadyRead(kStartWaitMs))
+            return;
+    }
+    m_name = QLatin1Char(':') + QString::fromLatin1(m_server.readLine()).trimmed();
+}
+
+VirtualDisplay::~VirtualDisplay()
+{
+    m_server.terminate();
+    m_server.waitForFinished();
+}
+
+QString VirtualDisplay::xdotool(const QStringList& arguments) const
+{
+    QProcess tool;
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.insert(QStringLiteral("DISPLAY"), m_name);
+    tool.setProcessEnvironment(environment);
+    tool.start(QStringLiteral("xdotool"), arguments);
+    if (!tool.waitForFinished(kToolWaitMs))
+        return {};
+    return QString::fromUtf8(tool.readAllStandardOutput()).trimmed();
+}
+
+void VirtualDisplay::movePointer(int x, int y) const
+{
+    xdotool({QStringLiteral("mousemove"), QString::number(x), QString::number(y)});
+}
+
+void VirtualDisplay::press() const
+{
+    xdotool({QStringLiteral("mousedown"), QStringLiteral("1")});
+}
+
+void VirtualDisplay::release() const
+{
+    xdotool({QStringLiteral("mouseup"), QStringLiteral("1")});
+}
+
+void VirtualDisplay::click(int x, int y) const
+{
+    movePointer(x, y);
+    press();
+    release();
+}
+
+bool VirtualDisplay::closeWindow(qulonglong window) const
+{
+    const std::unique_ptr<xcb_connection_t, decltype(&xcb_disconnect)> connection(
+        xcb_connect(m_name.toLatin1().constData(), nullptr), &xcb_disconnect);
+    if (xcb_connection_has_error(connection.get()))
+        return false;
+    xcb_client_message_event_t event{};
+    event.response_type = XCB_CLIENT_MESSAGE;
+    event.format = 32;
+    event.window = static_cast<xcb_window_t>(window);
+    event.type = atom(connection.get(), "WM_PROTOCOLS");
+    event.data.data32[0] = atom(connection.get(), "WM_DELETE_WINDOW");
+    xcb_send_event(connection.get(), 0, event.window, XCB_EVENT_MASK_NO_EVENT,
+                   reinterpret_cast<const char*>(&event));
+    return xcb_flush(connection.get()) > 0;
+}

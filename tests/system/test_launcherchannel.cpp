@@ -1,0 +1,252 @@
+#include "support/programprocess.h"
+#include "support/simulatedinstrument.h"
+#include "support/virtualdisplay.h"
+
+#include <QDir>
+#include <QElapsedTimer>
+#include <QTest>
+
+namespace {
+
+/// Long enough for a start under a sanitizer on a busy machine.
+constexpr int kEndWaitMs = 20000;
+
+/// One module with one channel: the window is up in a moment.
+const QStringList kSmallest = {QStringLiteral("--slots"), QStringLiteral("1:13")};
+
+const QString kWid = QStringLiteral("WID:");
+const QString kReply = QStringLiteral("receive msg: ");
+
+} // namespace
+
+/// The program as a launcher sees it: argument, standard streams, native window, end.
+class TestLauncherChannel : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void initTestCase();
+    void resourceEndsAtTheFirstSemicolon_data();
+    void resourceEndsAtTheFirstSemicolon();
+    void showTellsHandleAndColor();
+    void handleIsThatOfARealWindow();
+    void linesAreEchoed_data();
+    void linesAreEchoed();
+    void emptyLineGetsNoReply();
+    void exitIsEchoedBeforeTheProgramEnds();
+    void exitIsFastWithoutStore();
+    void onlyTheExactWordEnds();
+    void endOfInputDeliversTheLastLineAndGoesOn();
+    void launcherThatDiesDoesNotEndTheProgram();
+    void withoutInstrumentTheWindowHoldsTheOverlayAlone();
+    void withoutArgumentThereIsNoInstrument();
+    void closingTheWindowEndsTheProgram();
+    void logLinesCarryNoFileAndNoCategory();
+
+private:
+    VirtualDisplay m_display;
+};
+
+void TestLauncherChannel::initTestCase()
+{
+    QVERIFY2(!m_display.name().isEmpty(), "Xvfb did not start");
+}
+
+void TestLauncherChannel::resourceEndsAtTheFirstSemicolon_data()
+{
+    QTest::addColumn<QString>("behind");
+    QTest::newRow("no semicolon") << QString();
+    QTest::newRow("one more section") << QStringLiteral(";extra");
+    QTest::newRow("two more sections") << QStringLiteral(";extra;more");
+}
+
+void TestLauncherChannel::resourceEndsAtTheFirstSemicolon()
+{
+    QFETCH(QString, behind);
+    const SimulatedInstrument instrument(SimulatedInstrument::Transport::Tcp, kSmallest);
+    QVERIFY(!instrument.resource().isEmpty());
+    ProgramProcess program(m_display.name());
+    program.start({instrument.resource() + behind});
+    QCOMPARE(program.waitForLines(kWid, 1).size(), 1);
+    QCOMPARE(instrument.received().value(0), QStringLiteral("*CLS"));
+    QCOMPARE(instrument.received().value(1), QStringLiteral("*IDN?"));
+}
+
+void TestLauncherChannel::showTellsHandleAndColor()
+{
+    const SimulatedInstrument instrument(SimulatedInstrument::Transport::Tcp, kSmallest);
+    ProgramProcess program(m_display.name());
+    program.start({instrument.resource()});
+    const QStringList lines = program.waitForLines(kWid, 1);
+    QCOMPARE(lines.size(), 1);
+    QVERIFY2(QRegExp(QStringLiteral("WID:\\d+;COLOR:#2b2b2b")).exactMatch(lines.constFirst()),
+             qPrintable(lines.constFirst()));
+    // Both the direct show and the queued one ask for it, but the window is shown once.
+    QTest::qWait(300);
+    QCOMPARE(program.waitForLines(kWid, 2, 0).size(), 1);
+}
+
+void TestLauncherChannel::handleIsThatOfARealWindow()
+{
+    const SimulatedInstrument instrument(SimulatedInstrument::Transport::Tcp, kSmallest);
+    ProgramProcess program(m_display.name());
+    program.start({instrument.resource()});
+    QCOMPARE(program.waitForLines(kWid, 1).size(), 1);
+    const QString handle = QString::number(program.windowHandle());
+    QString geometry;
+    QTRY_VERIFY2((geometry = m_display.xdotool({QStringLiteral("getwindowgeometry"), handle}))
+                     .contains(QLatin1String("600x400")),
+                 qPrintable(geometry));
+    QVERIFY2(geometry.contains(QLatin1String("200,200")), qPrintable(geometry));
+    QCOMPARE(m_display.xdotool({QStringLiteral("getwindowpid"), handle}).toLongLong(),
+             program.processId());
+}
+
+void TestLauncherChannel::linesAreEchoed_data()
+{
+    QTest::addColumn<QByteArray>("input");
+    QTest::addColumn<QString>("echo");
+    QTest::newRow("plain") << QByteArray("hello\n") << QStringLiteral("hello");
+    QTest::newRow("carriage return") << QByteArray("hello\r\n") << QStringLiteral("hello");
+    QTest::newRow("blanks are kept") << QByteArray("  a b \n") << QStringLiteral("  a b ");
+    QTest::newRow("Chinese") << QByteArray("你好\n") << QStringLiteral("你好");
+    QTest::newRow("long") << QByteArray(100000, 'x') + '\n' << QString(100000, QLatin1Char('x'));
+}
+
+void TestLauncherChannel::linesAreEchoed()
+{
+    QFETCH(QByteArray, input);
+    QFETCH(QString, echo);
+    const SimulatedInstrument instrument(SimulatedInstrument::Transport::Tcp, kSmallest);
+    ProgramProcess program(m_display.name());
+    program.start({instrument.resource()});
+    QCOMPARE(program.waitForLines(kWid, 1).size(), 1);
+    program.write(input);
+    QCOMPARE(program.waitForLines(kReply, 1), QStringList{kReply + echo});
+}
+
+void TestLauncherChannel::emptyLineGetsNoReply()
+{
+    const SimulatedInstrument instrument(SimulatedInstrument::Transport::Tcp, kSmallest);
+    ProgramProcess program(m_display.name());
+    program.start({instrument.resource()});
+    QCOMPARE(program.waitForLines(kWid, 1).size(), 1);
+    program.write("\n\r\nlast\n");
+    QCOMPARE(program.waitForLines(kReply, 1), QStringList{kReply + QStringLiteral("last")});
+}
+
+void TestLauncherChannel::exitIsEchoedBeforeTheProgramEnds()
+{
+    const SimulatedInstrument instrument(SimulatedInstrument::Transport::Tcp, kSmallest);
+    ProgramProcess program(m_display.name());
+    program.start({instrument.resource()});
+    QCOMPARE(program.waitForLines(kWid, 1).size(), 1);
+    program.write("exit\n");
+    QVERIFY(program.waitForEnd(kEndWaitMs));
+    QVERIFY(!program.crashed());
+    QCOMPARE(program.exitCode(), 0);
+    QCOMPARE(program.lines().constLast(), QStringLiteral("receive msg: exit"));
+    QVERIFY(program.log().contains(QLatin1String("child app received exit cmd!")));
+}
+
+void TestLauncherChannel::exitIsFastWithoutStore()
+{
+    const SimulatedInstrument instrument(SimulatedInstrument::Transport::Tcp, kSmallest);
+    ProgramProcess program(m_display.name());
+    program.start({instrument.resource()});
+    QCOMPARE(program.waitForLines(kWid, 1).size(), 1);
+    // The acquisition thread overwrites a stop in its first second.
+    QTest::qWait(1500);
+    QElapsedTimer timer;
+    timer.start();
+    program.write("exit\n");
+    QVERIFY(program.waitForEnd(kEndWaitMs));
+    QVERIFY2(timer.elapsed() < 500, qPrintable(QString::number(timer.elapsed())));
+}
+
+void TestLauncherChannel::onlyTheExactWordEnds()
+{
+    const SimulatedInstrument instrument(SimulatedInstrument::Transport::Tcp, kSmallest);
+    ProgramProcess program(m_display.name());
+    program.start({instrument.resource()});
+    QCOMPARE(program.waitForLines(kWid, 1).size(), 1);
+    program.write("EXIT\nexit \n exit\n");
+    QCOMPARE(program.waitForLines(kReply, 3),
+             (QStringList{QStringLiteral("receive msg: EXIT"), QStringLiteral("receive msg: exit "),
+                          QStringLiteral("receive msg:  exit")}));
+    QVERIFY(!program.waitForEnd(500));
+}
+
+void TestLauncherChannel::endOfInputDeliversTheLastLineAndGoesOn()
+{
+    const SimulatedInstrument instrument(SimulatedInstrument::Transport::Tcp, kSmallest);
+    ProgramProcess program(m_display.name());
+    program.start({instrument.resource()});
+    QCOMPARE(program.waitForLines(kWid, 1).size(), 1);
+    program.write("no line feed");
+    program.closeInput();
+    QCOMPARE(program.waitForLines(kReply, 1), QStringList{kReply + QStringLiteral("no line feed")});
+    QVERIFY(!program.waitForEnd(500));
+}
+
+void TestLauncherChannel::launcherThatDiesDoesNotEndTheProgram()
+{
+    const SimulatedInstrument instrument(SimulatedInstrument::Transport::Tcp, kSmallest);
+    ProgramProcess program(m_display.name());
+    program.start({instrument.resource()});
+    QCOMPARE(program.waitForLines(kWid, 1).size(), 1);
+    program.closeOutput();
+    program.write("nobody reads the echo\nnor this one\n");
+    program.closeInput();
+    QVERIFY(!program.waitForEnd(1000));
+    QVERIFY(program.isRunning());
+    const int polls = instrument.received().size();
+    QTRY_VERIFY_WITH_TIMEOUT(instrument.received().size() > polls, 5000);
+}
+
+void TestLauncherChannel::withoutInstrumentTheWindowHoldsTheOverlayAlone()
+{
+    ProgramProcess program(m_display.name());
+    // The discard port of the loopback: nobody listens.
+    program.start({QStringLiteral("TCPIP0::127.0.0.1::9::SOCKET")});
+    QCOMPARE(program.waitForLines(kWid, 1).size(), 1);
+    program.write("exit\n");
+    QVERIFY(!program.waitForEnd(1000));
+    QCOMPARE(program.waitForLines(kReply, 1, 0), QStringList());
+}
+
+void TestLauncherChannel::withoutArgumentThereIsNoInstrument()
+{
+    ProgramProcess program(m_display.name());
+    program.start({});
+    QCOMPARE(program.waitForLines(kWid, 1).size(), 1);
+    QVERIFY(program.isRunning());
+}
+
+void TestLauncherChannel::closingTheWindowEndsTheProgram()
+{
+    const SimulatedInstrument instrument(SimulatedInstrument::Transport::Tcp, kSmallest);
+    ProgramProcess program(m_display.name());
+    program.start({instrument.resource()});
+    QCOMPARE(program.waitForLines(kWid, 1).size(), 1);
+    QTest::qWait(1500);
+    QVERIFY(m_display.closeWindow(program.windowHandle()));
+    QVERIFY(program.waitForEnd(kEndWaitMs));
+    QVERIFY2(!program.crashed(), qPrintable(program.log()));
+}
+
+void TestLauncherChannel::logLinesCarryNoFileAndNoCategory()
+{
+    const SimulatedInstrument instrument(SimulatedInstrument::Transport::Tcp, kSmallest);
+    ProgramProcess program(m_display.name());
+    program.start({instrument.resource()});
+    QCOMPARE(program.waitForLines(kWid, 1).size(), 1);
+    program.write("exit\n");
+    QVERIFY(program.waitForEnd(kEndWaitMs));
+    const QStringList log = program.log().split(QLatin1Char('\n'));
+    QVERIFY2(log.contains(QStringLiteral("child app received exit cmd!")),
+             qPrintable(program.log()));
+}
+
+QTEST_GUILESS_MAIN(TestLauncherChannel)
+#include "test_launcherchannel.moc"

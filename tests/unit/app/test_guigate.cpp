@@ -1,0 +1,119 @@
+#include "app/guigate.h"
+#include "app/helperthreads.h"
+
+#include <QCoreApplication>
+#include <QSemaphore>
+#include <QTest>
+#include <QThread>
+
+/// Work of helper threads reaches the GUI thread, and nothing of it outlives the window.
+class TestGuiGate : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void runsAtOnceOnTheGuiThread();
+    void helperWaitsUntilItsWorkHasRun();
+    void closedGateRunsNothing();
+    void closingWakesAWaitingHelper();
+    void postedWorkKeepsItsOrder();
+    void postedWorkIsDroppedByClosing();
+    void waitingForHelpersIsBounded();
+};
+
+void TestGuiGate::runsAtOnceOnTheGuiThread()
+{
+    GuiGate gate;
+    bool hasRun = false;
+    QVERIFY(gate.run([&hasRun] { hasRun = true; }));
+    QVERIFY(hasRun);
+    gate.close();
+}
+
+void TestGuiGate::helperWaitsUntilItsWorkHasRun()
+{
+    const auto gate = std::make_shared<GuiGate>();
+    QThread* ranOn = nullptr;
+    std::atomic<bool> returned{false};
+    bool hadRunAtReturn = false;
+    HelperThreads::start([gate, &ranOn, &returned, &hadRunAtReturn] {
+        const bool ran = gate->run([&ranOn] { ranOn = QThread::currentThread(); });
+        hadRunAtReturn = ran && ranOn;
+        returned = true;
+    });
+    QTRY_VERIFY(returned);
+    QVERIFY(hadRunAtReturn);
+    QCOMPARE(ranOn, QCoreApplication::instance()->thread());
+    gate->close();
+}
+
+void TestGuiGate::closedGateRunsNothing()
+{
+    const auto gate = std::make_shared<GuiGate>();
+    gate->close();
+    QVERIFY(!gate->isOpen());
+    bool hasRun = false;
+    QVERIFY(!gate->run([&hasRun] { hasRun = true; }));
+    QSemaphore done;
+    HelperThreads::start([gate, &hasRun, &done] {
+        gate->run([&hasRun] { hasRun = true; });
+        gate->post([&hasRun] { hasRun = true; });
+        done.release();
+    });
+    QVERIFY(done.tryAcquire(1, 5000));
+    QCoreApplication::processEvents();
+    QVERIFY(!hasRun);
+}
+
+void TestGuiGate::closingWakesAWaitingHelper()
+{
+    const auto gate = std::make_shared<GuiGate>();
+    bool hasRun = false;
+    bool told = true;
+    QSemaphore started;
+    QSemaphore done;
+    HelperThreads::start([gate, &hasRun, &told, &started, &done] {
+        started.release();
+        told = gate->run([&hasRun] { hasRun = true; });
+        done.release();
+    });
+    QVERIFY(started.tryAcquire(1, 5000));
+    QThread::msleep(20);
+    gate->close();
+    QVERIFY(done.tryAcquire(1, 5000));
+    QVERIFY(!told);
+    QVERIFY(!hasRun);
+}
+
+void TestGuiGate::postedWorkKeepsItsOrder()
+{
+    const auto gate = std::make_shared<GuiGate>();
+    QList<int> order;
+    gate->post([&order] { order.append(1); });
+    gate->post([&order] { order.append(2); });
+    QVERIFY(order.isEmpty());
+    QTRY_COMPARE(order, (QList<int>{1, 2}));
+    gate->close();
+}
+
+void TestGuiGate::postedWorkIsDroppedByClosing()
+{
+    const auto gate = std::make_shared<GuiGate>();
+    bool hasRun = false;
+    gate->post([&hasRun] { hasRun = true; });
+    gate->close();
+    QCoreApplication::processEvents();
+    QVERIFY(!hasRun);
+}
+
+void TestGuiGate::waitingForHelpersIsBounded()
+{
+    const auto release = std::make_shared<QSemaphore>();
+    HelperThreads::start([release] { release->acquire(); });
+    QVERIFY(!HelperThreads::waitForAll(50));
+    release->release();
+    QVERIFY(HelperThreads::waitForAll(5000));
+}
+
+QTEST_GUILESS_MAIN(TestGuiGate)
+#include "test_guigate.moc"
