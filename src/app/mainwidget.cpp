@@ -88,6 +88,9 @@ MainWidget::~MainWidget()
     if (m_readData) {
         m_readData->stop();
         endThread(m_readData);
+        // A batch that is still on its way has left the instrument: it goes into the store now.
+        if (m_graphicSetting)
+            QCoreApplication::sendPostedEvents(m_graphicSetting, QEvent::MetaCall);
     }
     if (m_inputReader) {
         m_inputReader->stop();
