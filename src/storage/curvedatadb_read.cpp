@@ -1,0 +1,214 @@
+#include "storage/curvedatadb.h"
+
+#include "storage/connectionpool.h"
+#include "storage/pointthinning.h"
+#include "storage/shardnaming.h"
+#include "storage/storeclock.h"
+
+#include <QDebug>
+#include <QFileInfo>
+#include <QMutexLocker>
+
+#include <algorithm>
+
+namespace {
+
+/// Rows fetched under one hold of the connection's lock: enough to make the lock cheap, few enough
+/// to let others in.
+constexpr int kRowsPerBlock = 4096;
+
+/// What a read asks for.
+struct ReadRange
+{
+    int curveId;
+    qint64 start;
+    qint64 end;
+    int maxPoints;
+};
+
+/// Keys of the days that a read looks into, oldest first. The days are counted off from the start
+/// of the range, so a range shorter than a day that crosses midnight has the first day only. All
+/// times to come have today's key, so the count ends with the first of them.
+QStringList dateKeysOfRange(qint64 start, qint64 end)
+{
+    const qint64 now = storeNow();
+    QStringList keys;
+    qint64 time = start;
+    while (time <= end) {
+        const QString key = dateKeyForTime(time);
+        if (keys.isEmpty() || keys.constLast() != key)
+            keys.append(key);
+        const quint64 left = static_cast<quint64>(end) - static_cast<quint64>(time);
+        if (time > now || left < static_cast<quint64>(kDayLengthMs))
+            break;
+        time += kDayLengthMs;
+    }
+    return keys;
+}
+
+/// The name in double quotes, as SQL wants it for a table.
+QString quotedTable(const QString& table)
+{
+    QString name = table;
+    return QLatin1Char('"') + name.replace(QLatin1Char('"'), QLatin1String("\"\"")) +
+           QLatin1Char('"');
+}
+
+/// Tells why the query of a batch could not be prepared. The catalogue of tables is looked into
+/// only then: it has no index, and a file of many curves has thousands of entries.
+void warnOfUnreadableTable(const QSqlDatabase& database, const QString& table,
+                           const QString& prepareError)
+{
+    ManagedQuery query(database);
+    const QString sql =
+        QStringLiteral("SELECT name FROM sqlite_master WHERE type='table' AND name=") +
+        sqlLiteral(table);
+    if (!query.exec(sql))
+        qWarning() << "检查表存在性失败:" << table << "错误:" << query.errorText();
+    else if (!query.next())
+        qWarning() << "分片表不存在:" << table;
+    else
+        qWarning() << "SQL准备失败:" << prepareError;
+}
+
+/// Appends the points of one batch table to `points`.
+void readBatch(const QSqlDatabase& database, const QString& table, const ReadRange& range,
+               QVector<QPointF>& points)
+{
+    ManagedQuery query(database);
+    query.setForwardOnly(true);
+    const QString sql =
+        QStringLiteral("SELECT timestamp, value FROM %1 WHERE curve_id = ? AND timestamp "
+                       "BETWEEN ? AND ? ORDER BY timestamp ASC")
+            .arg(quotedTable(table));
+    if (!query.prepare(sql)) {
+        warnOfUnreadableTable(database, table, query.errorText());
+        return;
+    }
+    if (!query.execWith({range.curveId, range.start, range.end})) {
+        qWarning() << "读取分片" << table << "失败:" << query.errorText();
+        return;
+    }
+    const auto takeRow = [&points](const QSqlQuery& row) {
+        points.append(
+            QPointF(static_cast<double>(row.value(0).toLongLong()), row.value(1).toDouble()));
+    };
+    while (query.fetchRows(kRowsPerBlock, takeRow) == kRowsPerBlock) {
+    }
+    // A table that cannot be read to its end gives what was read.
+    if (!query.isUsable() || !query.errorText().isEmpty())
+        qWarning() << "读取分片" << table << "失败:" << query.errorText();
+}
+
+/// Appends the points of one day file to `points`, thinning on the way.
+void readFile(CurveDataDB& store, const QString& path, const ReadRange& range,
+              QVector<QPointF>& points)
+{
+    if (!QFileInfo::exists(path)) {
+        qDebug() << "数据库文件不存在:" << path;
+        return;
+    }
+    QSharedPointer<QSqlDatabase> db = store.openDb(path);
+    if (!db || !db->isOpen()) {
+        qWarning() << "无法打开数据库:" << path;
+        return;
+    }
+    const QVector<DBBatchInfo> batches =
+        store.queryBatches(range.curveId, range.start, range.end, db);
+    if (batches.isEmpty())
+        qDebug() << "在数据库" << path << "中未找到匹配的分片";
+    for (const DBBatchInfo& batch : batches) {
+        readBatch(*db, batch.tableName, range, points);
+        // Bounds the memory of a long read. What was read early is thinned again and again.
+        if (range.maxPoints > 0 && points.size() > 2 * static_cast<qint64>(range.maxPoints))
+            thinPoints(points, range.maxPoints);
+    }
+    db.reset();
+    ConnectionPool::instance().releaseConnection(path);
+}
+
+} // namespace
+
+QVector<QPointF> CurveDataDB::readCurveData(int curveId, qint64 start, qint64 end, int maxPoints)
+{
+    const QMutexLocker locker(&m_mutex);
+    if (!m_curveNameMap.contains(curveId)) {
+        qWarning() << "曲线ID" << curveId << "不存在";
+        return {};
+    }
+    QVector<QPointF> points;
+    const QStringList keys = dateKeysOfRange(start, end);
+    for (const QString& key : keys)
+        readFile(*this, dbPathForDate(key), {curveId, start, end, maxPoints}, points);
+    const auto byTime = [](const QPointF& a, const QPointF& b) { return a.x() < b.x(); };
+    if (!std::is_sorted(points.cbegin(), points.cend(), byTime))
+        std::sort(points.begin(), points.end(), byTime);
+    thinPoints(points, maxPoints);
+    return points;
+}
+
+QVector<DBBatchInfo> CurveDataDB::queryBatches(int curveId, qint64 start, qint64 end,
+                                               const QSharedPointer<QSqlDatabase>& db)
+{
+    const QMutexLocker locker(&m_mutex);
+    if (!pingConnection(db)) {
+        qWarning() << "外部数据库连接无效";
+        return {};
+    }
+    ManagedQuery query(*db);
+    query.setForwardOnly(true);
+    const QString sql = QStringLiteral(
+        "SELECT curve_id, batch_start, batch_end, table_name FROM batch_metadata WHERE curve_id = "
+        "? "
+        "AND ( (batch_start BETWEEN ? AND ?) OR (batch_end BETWEEN ? AND ?) OR (batch_start <= ? "
+        "AND batch_end >= ?) )");
+    if (!query.run(sql, {curveId, start, end, start, end, start, end})) {
+        qWarning() << "查询分片元数据失败:" << query.errorText();
+        return {};
+    }
+    // An id that was given anew may find the tables of the curve that had it before.
+    const QString prefix = tablePrefix(curveId);
+    QVector<DBBatchInfo> batches;
+    while (query.next()) {
+        const DBBatchInfo batch{query.value(1).toLongLong(), query.value(2).toLongLong(),
+                                query.value(3).toString()};
+        if (batch.tableName.startsWith(prefix))
+            batches.append(batch);
+    }
+    return batches;
+}
+
+bool CurveDataDB::pingConnection(const QSharedPointer<QSqlDatabase>& db)
+{
+    const QMutexLocker locker(&m_mutex);
+    if (!db || !db->isOpen())
+        return false;
+    ManagedQuery query(*db);
+    return query.exec(QStringLiteral("SELECT 1"));
+}
+
+QVector<DBBatchInfo> CurveDataDB::listBatchesInFile(int curveId, qint64 start, qint64 end,
+                                                    const QString& path)
+{
+    const QMutexLocker locker(&m_mutex);
+    if (!QFileInfo::exists(path))
+        return {};
+    QSharedPointer<QSqlDatabase> db = openDb(path);
+    QVector<DBBatchInfo> batches;
+    if (pingConnection(db))
+        batches = queryBatches(curveId, start, end, db);
+    else
+        qWarning() << "数据库连接无效:" << path;
+    db.reset();
+    ConnectionPool::instance().releaseConnection(path);
+    return batches;
+}
+
+void CurveDataDB::loadBatchesForCurve(int curveId, qint64 start, qint64 end)
+{
+    const QMutexLocker locker(&m_mutex);
+    const QVector<DBBatchInfo> batches = listBatchesInFile(curveId, start, end, m_currentDbPath);
+    for (const DBBatchInfo& batch : batches)
+        m_knownTables[batch.tableName] = true;
+    m_batchLoadMode = true;
+}

@@ -1,0 +1,246 @@
+#include "storage/curveseriesdata.h"
+
+#include "common/threadassert.h"
+#include "storage/curvedatadb.h"
+#include "storage/pointthinning.h"
+
+#include <QDateTime>
+#include <QDebug>
+
+#include <algorithm>
+
+namespace {
+
+/// Dropped points that pile up in front of the window before one block move removes them, so that
+/// the move costs next to nothing per point.
+constexpr int kTrimBlock = 1000;
+
+/// How far outside the points in memory a view may start and still be served from them.
+constexpr double kMemoryMarginMs = 10000.0;
+
+qint64 toTime(double x)
+{
+    return static_cast<qint64>(x);
+}
+
+} // namespace
+
+CurveSeriesData::CurveSeriesData(const QString& curveName, const QString& directoryName)
+    : CurveSeriesData(curveName, CurveDataDB::instance(directoryName))
+{
+}
+
+CurveSeriesData::CurveSeriesData(const QString& curveName, CurveDataDB* store)
+    : m_store(store)
+    , m_curveId(store ? store->registerCurve(curveName) : -1)
+{
+    if (m_curveId == -1)
+        qWarning() << "曲线注册失败，无法生成有效curve_id";
+}
+
+void CurveSeriesData::addPoint(double x, double y)
+{
+    assertGuiThread();
+    if (!isUsable())
+        return;
+    m_store->appendPoint(m_curveId, toTime(x), y);
+    m_recentPoints.append(QPointF(x, y));
+    pointsAdded();
+}
+
+void CurveSeriesData::addPoints(const QVector<QPointF>& points)
+{
+    assertGuiThread();
+    if (!isUsable() || points.isEmpty())
+        return;
+    m_store->appendPoints(m_curveId, points);
+    m_recentPoints.append(points);
+    pointsAdded();
+}
+
+void CurveSeriesData::pointsAdded()
+{
+    trimWindow();
+    m_recentStart = toTime(recentData()[0].x());
+    m_recentEnd = toTime(m_recentPoints.constLast().x());
+    updateStatistics();
+}
+
+/// Leaves exactly the newest kMaxRecentPoints in the window.
+void CurveSeriesData::trimWindow()
+{
+    if (recentCount() <= kMaxRecentPoints)
+        return;
+    m_recentOffset = m_recentPoints.size() - kMaxRecentPoints;
+    if (m_recentOffset < kTrimBlock)
+        return;
+    m_recentPoints.remove(0, m_recentOffset);
+    m_recentOffset = 0;
+}
+
+void CurveSeriesData::loadWindow(qint64 start, qint64 end, int maxPoints, double offset)
+{
+    assertGuiThread();
+    if (!isUsable())
+        return;
+    m_store->flushAndDetach();
+    m_yOffset = offset;
+    if (isInMemory(start)) {
+        showPoints(recentData(), recentCount(), maxPoints);
+    } else {
+        const QVector<QPointF> stored = m_store->readCurveData(m_curveId, start, end, maxPoints);
+        showPoints(stored.constData(), stored.size(), maxPoints);
+    }
+    const bool empty = m_visiblePoints.isEmpty();
+    m_visibleStart = empty ? start : toTime(m_visiblePoints.constFirst().x());
+    m_visibleEnd = empty ? end : toTime(m_visiblePoints.constLast().x());
+    updateStatistics();
+}
+
+/// Only the start of the view counts: the points in memory serve it even when it ends beyond them.
+bool CurveSeriesData::isInMemory(qint64 start) const
+{
+    if (recentCount() == 0)
+        return false;
+    return toTime(m_recentPoints.constLast().x() + kMemoryMarginMs) >= start &&
+           toTime(recentData()[0].x() - kMemoryMarginMs) <= start;
+}
+
+void CurveSeriesData::showPoints(const QPointF* points, int count, int maxPoints)
+{
+    const bool thin = maxPoints > 0 && count > maxPoints;
+    m_visiblePoints.resize(thin ? maxPoints : count);
+    QPointF* const shown = m_visiblePoints.data();
+    if (thin)
+        thinPoints(points, count, maxPoints, shown);
+    else
+        std::copy_n(points, count, shown);
+    for (QPointF& point : m_visiblePoints)
+        point.ry() += m_yOffset;
+    m_boundsStale = true;
+}
+
+QVector<QPointF> CurveSeriesData::allData() const
+{
+    if (!isUsable())
+        return {};
+    const DBCurveMetadata bounds = m_store->curveMetadata(m_curveId);
+    if (bounds.minTime == DBCurveMetadata().minTime)
+        return {};
+    return m_store->readCurveData(m_curveId, bounds.minTime, bounds.maxTime, 0);
+}
+
+void CurveSeriesData::clear()
+{
+    assertGuiThread();
+    m_recentPoints.clear();
+    m_recentOffset = 0;
+    m_visiblePoints.clear();
+    m_recentStart = 0;
+    m_recentEnd = 0;
+    m_visibleStart = 0;
+    m_visibleEnd = 0;
+    m_boundsStale = true;
+    updateStatistics();
+}
+
+size_t CurveSeriesData::size() const
+{
+    return static_cast<size_t>(m_visiblePoints.size());
+}
+
+QPointF CurveSeriesData::sample(size_t i) const
+{
+    return i < size() ? m_visiblePoints.at(static_cast<int>(i)) : QPointF();
+}
+
+QRectF CurveSeriesData::boundingRect() const
+{
+    if (m_visiblePoints.isEmpty())
+        return {};
+    if (m_boundsStale) {
+        const auto byY = [](const QPointF& a, const QPointF& b) { return a.y() < b.y(); };
+        const auto [lowest, highest] =
+            std::minmax_element(m_visiblePoints.cbegin(), m_visiblePoints.cend(), byY);
+        d_boundingRect = QRectF(QPointF(m_visiblePoints.constFirst().x(), lowest->y()),
+                                QPointF(m_visiblePoints.constLast().x(), highest->y()));
+        m_boundsStale = false;
+    }
+    return d_boundingRect;
+}
+
+void CurveSeriesData::setRectOfInterest(const QRectF&) {}
+
+double CurveSeriesData::rawValue(int i) const
+{
+    if (i < 0 || i >= m_visiblePoints.size())
+        return 0.0;
+    return m_visiblePoints.at(i).y() - m_yOffset;
+}
+
+void CurveSeriesData::updateStatistics()
+{
+    m_statisticsStale = true;
+}
+
+const CurveSeriesData::Statistics& CurveSeriesData::statistics() const
+{
+    if (!m_statisticsStale)
+        return m_statistics;
+    m_statistics = Statistics();
+    m_statisticsStale = false;
+    if (recentCount() == 0)
+        return m_statistics;
+    const QPointF& last = m_recentPoints.constLast();
+    m_statistics.count = recentCount();
+    m_statistics.lastValue = last.y();
+    m_statistics.lastTimeText = QDateTime::fromMSecsSinceEpoch(toTime(last.x()))
+                                    .toString(QStringLiteral("yyyy-MM-dd hh:mm:ss"));
+    std::for_each(recentData(), recentData() + recentCount(), [this](const QPointF& point) {
+        m_statistics.sum += point.y();
+        m_statistics.maximum = std::max(m_statistics.maximum, point.y());
+        m_statistics.minimum = std::min(m_statistics.minimum, point.y());
+    });
+    m_statistics.mean = m_statistics.sum / m_statistics.count;
+    return m_statistics;
+}
+
+int CurveSeriesData::count() const
+{
+    return statistics().count;
+}
+
+double CurveSeriesData::lastValue() const
+{
+    return statistics().lastValue;
+}
+
+QString CurveSeriesData::lastTimeText() const
+{
+    return statistics().lastTimeText;
+}
+
+double CurveSeriesData::minimum() const
+{
+    return statistics().minimum;
+}
+
+double CurveSeriesData::maximum() const
+{
+    return statistics().maximum;
+}
+
+double CurveSeriesData::sum() const
+{
+    return statistics().sum;
+}
+
+double CurveSeriesData::average() const
+{
+    return statistics().mean;
+}
+
+QVector<QPointF> CurveSeriesData::recentPoints() const
+{
+    return m_recentPoints.mid(m_recentOffset);
+}

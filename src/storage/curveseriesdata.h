@@ -1,0 +1,135 @@
+#pragma once
+
+#include <qwt_series_data.h>
+
+#include <QPointF>
+#include <QRectF>
+#include <QString>
+#include <QVector>
+
+#include <limits>
+
+class CurveDataDB;
+
+/// One channel's curve as charts and grids see it. It hands each reading to the store, keeps the
+/// newest ones in memory for the statistics, and holds the points that a plot shows at the moment.
+///
+/// Times are milliseconds since the Unix epoch; as the x of a point they are doubles, truncated
+/// towards zero when converted back. All of it belongs to the GUI thread, except the constructor,
+/// which may run anywhere; there is no lock.
+class CurveSeriesData : public QwtSeriesData<QPointF>
+{
+public:
+    /// Points kept in memory after each append.
+    static constexpr int kMaxRecentPoints = 15000;
+
+    /// Registers `curveName` with the store of `directoryName`. If that fails the series stays empty
+    /// for good: points and windows are ignored.
+    CurveSeriesData(const QString& curveName, const QString& directoryName);
+
+    /// The same with a store of the caller's own, which must outlive the series; null: no store.
+    CurveSeriesData(const QString& curveName, CurveDataDB* store);
+
+    /// Stores one reading at once and adds it to the points in memory. `x` in ms, `y` as measured.
+    void addPoint(double x, double y);
+
+    /// Stores several readings in one go and adds them to the points in memory.
+    void addPoints(const QVector<QPointF>& points);
+
+    /// Loads what the plot shows for the times from `start` to `end`: the points in memory, all of
+    /// them, if `start` lies within their span widened by 10 s on either side, else what the store
+    /// holds for that range; thinned to `maxPoints` (0 or less: no limit), with `offset` added to
+    /// each y. Writes out and detaches the store first.
+    void loadWindow(qint64 start, qint64 end, int maxPoints, double offset);
+
+    /// All that the store holds of this curve, without the offset; empty if there is nothing or the
+    /// curve is not registered.
+    QVector<QPointF> allData() const;
+
+    /// Forgets the points in memory and those on display and resets the statistics. The store and
+    /// the offset stay as they are.
+    void clear();
+
+    /// Number of points on display.
+    size_t size() const override;
+
+    /// Point `i` on display, with the offset; a zero point if there is none.
+    QPointF sample(size_t i) const override;
+
+    /// x from the first to the last point on display, y over all of them; a zero rectangle if there
+    /// are none.
+    QRectF boundingRect() const override;
+
+    /// Wanted by the plot library; the series loads by time instead.
+    void setRectOfInterest(const QRectF& rect) override;
+
+    /// y of point `i` on display without the offset; 0 if there is no such point.
+    double rawValue(int i) const;
+
+    /// Statistics over the points in memory, whatever is on display. Without points: 0, an empty
+    /// text, and the values that minimum and maximum start from.
+    int count() const;
+    double lastValue() const;
+    /// Local time of the newest point, "yyyy-MM-dd hh:mm:ss".
+    QString lastTimeText() const;
+    double minimum() const;
+    double maximum() const;
+    double sum() const;
+    /// The mean.
+    double average() const;
+
+    /// Number of the curve in the store's current file; -1 if it could not be registered.
+    int curveId() const { return m_curveId; }
+    /// What was added to y at the last loadWindow().
+    double yOffset() const { return m_yOffset; }
+    /// The points in memory, oldest first, as measured.
+    QVector<QPointF> recentPoints() const;
+    /// The points on display, oldest first, with the offset.
+    const QVector<QPointF>& visiblePoints() const { return m_visiblePoints; }
+    /// Times of the first and last point in memory; 0 if there are none.
+    qint64 recentStart() const { return m_recentStart; }
+    qint64 recentEnd() const { return m_recentEnd; }
+    /// Times of the first and last point on display, or the range asked for if that held none.
+    qint64 visibleStart() const { return m_visibleStart; }
+    qint64 visibleEnd() const { return m_visibleEnd; }
+
+private:
+    struct Statistics
+    {
+        int count = 0;
+        double lastValue = 0.0;
+        QString lastTimeText;
+        // The smallest positive normal number, not the lowest one: a curve of negative values only
+        // has this for its maximum.
+        double maximum = std::numeric_limits<double>::min();
+        double minimum = std::numeric_limits<double>::max();
+        double mean = 0.0;
+        double sum = 0.0;
+    };
+
+    bool isUsable() const { return m_curveId != -1 && m_store; }
+    void trimWindow();
+    void pointsAdded();
+    bool isInMemory(qint64 start) const;
+    void showPoints(const QPointF* points, int count, int maxPoints);
+    void updateStatistics();
+    const Statistics& statistics() const;
+    const QPointF* recentData() const { return m_recentPoints.constData() + m_recentOffset; }
+    int recentCount() const { return m_recentPoints.size() - m_recentOffset; }
+
+    CurveDataDB* m_store;
+    int m_curveId;
+    QVector<QPointF> m_recentPoints;
+    // Index of the oldest point still in the window; those before it wait for the next block move.
+    int m_recentOffset = 0;
+    qint64 m_recentStart = 0;
+    qint64 m_recentEnd = 0;
+    QVector<QPointF> m_visiblePoints;
+    qint64 m_visibleStart = 0;
+    qint64 m_visibleEnd = 0;
+    double m_yOffset = 0.0;
+    // Counted when somebody asks, since most readings arrive with nobody looking.
+    mutable Statistics m_statistics;
+    mutable bool m_statisticsStale = false;
+    mutable bool m_boundsStale = true;
+};

@@ -1,0 +1,33 @@
+#pragma once
+
+#include <qwt_series_data.h>
+
+#include <QPointF>
+#include <QRectF>
+
+class CurveSeriesData;
+
+/// What a plot curve holds in place of the series itself: a view of one CurveSeriesData that
+/// several plots can share. It does not own the series and must go before it.
+class NonOwningCurveData : public QwtSeriesData<QPointF>
+{
+public:
+    /// `series` may be null; the view is then empty.
+    explicit NonOwningCurveData(CurveSeriesData* series);
+
+    /// Number of points loaded for display; 0 without a series.
+    size_t size() const override;
+
+    /// Point `i` as displayed: x in ms since the epoch, y with the offset. A zero point without a
+    /// series.
+    QPointF sample(size_t i) const override;
+
+    /// Bounds of the loaded points; a zero rectangle without a series.
+    QRectF boundingRect() const override;
+
+    /// The series looked at; null if there is none.
+    CurveSeriesData* series() const { return m_series; }
+
+private:
+    CurveSeriesData* m_series;
+};

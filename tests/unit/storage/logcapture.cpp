@@ -1,0 +1,69 @@
+#include "logcapture.h"
+
+#include <QMutex>
+#include <QPair>
+#include <QVector>
+
+namespace {
+
+using LogLine = QPair<QtMsgType, QString>;
+
+QMutex g_mutex;
+QVector<LogLine> g_lines;
+
+void collect(QtMsgType level, const QMessageLogContext&, const QString& text)
+{
+    const QMutexLocker locker(&g_mutex);
+    g_lines.append({level, text});
+}
+
+QString levelName(QtMsgType level)
+{
+    switch (level) {
+    case QtDebugMsg:
+        return QStringLiteral("debug: ");
+    case QtInfoMsg:
+        return QStringLiteral("info: ");
+    case QtWarningMsg:
+        return QStringLiteral("warning: ");
+    case QtCriticalMsg:
+        return QStringLiteral("critical: ");
+    case QtFatalMsg:
+        return QStringLiteral("fatal: ");
+    }
+    return {};
+}
+
+} // namespace
+
+LogCapture::LogCapture()
+    : m_previous(qInstallMessageHandler(collect))
+{
+    const QMutexLocker locker(&g_mutex);
+    g_lines.clear();
+}
+
+LogCapture::~LogCapture()
+{
+    qInstallMessageHandler(m_previous);
+}
+
+QStringList LogCapture::lines() const
+{
+    const QMutexLocker locker(&g_mutex);
+    QStringList lines;
+    for (const LogLine& line : qAsConst(g_lines))
+        lines.append(levelName(line.first) + line.second);
+    return lines;
+}
+
+QStringList LogCapture::lines(QtMsgType level) const
+{
+    const QMutexLocker locker(&g_mutex);
+    QStringList lines;
+    for (const LogLine& line : qAsConst(g_lines)) {
+        if (line.first == level)
+            lines.append(line.second);
+    }
+    return lines;
+}

@@ -1,0 +1,23 @@
+#pragma once
+
+#include <QStringList>
+
+/// Collects the log lines of the program, with their level, while it lives, and keeps them off the
+/// terminal. One at a time.
+class LogCapture
+{
+public:
+    LogCapture();
+    ~LogCapture();
+    LogCapture(const LogCapture&) = delete;
+    LogCapture& operator=(const LogCapture&) = delete;
+
+    /// The lines so far, each as "debug: text", "warning: text" or "critical: text".
+    QStringList lines() const;
+
+    /// The lines of one level so far, without the level.
+    QStringList lines(QtMsgType level) const;
+
+private:
+    QtMessageHandler m_previous;
+};
