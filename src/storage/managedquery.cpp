@@ -153,12 +153,16 @@ bool ManagedQuery::preparedUnlocked() const
 
 bool ManagedQuery::stepUnlocked()
 {
-    if (!driverOpen() || !m_query.next()) {
-        if (driverOpen() && m_query.lastError().isValid())
-            m_errorText = m_query.lastError().text();
-        return false;
-    }
-    return true;
+    return driverOpen() && nextRow();
+}
+
+bool ManagedQuery::nextRow()
+{
+    if (m_query.next())
+        return true;
+    if (m_query.lastError().isValid())
+        m_errorText = m_query.lastError().text();
+    return false;
 }
 
 bool ManagedQuery::fail(const QString& text)

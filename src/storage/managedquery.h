@@ -70,7 +70,9 @@ public:
     {
         const ConnectionLocker locker(m_mutex);
         int count = 0;
-        while (count < limit && stepUnlocked()) {
+        if (!driverOpen()) // and it stays so: who closes it holds the lock
+            return count;
+        while (count < limit && nextRow()) {
             row(static_cast<const QSqlQuery&>(m_query));
             ++count;
         }
@@ -81,6 +83,7 @@ private:
     bool driverOpen() const;
     bool preparedUnlocked() const;
     bool stepUnlocked();
+    bool nextRow();
     bool fail(const QString& text);
 
     QString m_connectionName;
