@@ -1,0 +1,89 @@
+#pragma once
+
+#include <benchmark/benchmark.h>
+
+#include <algorithm>
+#include <ctime>
+#include <vector>
+
+/// Times of one candidate and its yardstick, measured in turns so that both see the same weather.
+struct AlternatingResult
+{
+    /// Medians over the rounds, nanoseconds per operation.
+    double candidateNs = 0.0;
+    double yardstickNs = 0.0;
+    /// Median over the rounds of the ratio of the two.
+    double ratio = 0.0;
+    /// The same ratio of the processor time of the two, for a machine that is busy with other work.
+    double processorRatio = 0.0;
+};
+
+inline double medianOf(std::vector<double> values)
+{
+    std::sort(values.begin(), values.end());
+    const std::size_t half = values.size() / 2;
+    return values.size() % 2 == 1 ? values[half] : (values[half - 1] + values[half]) / 2;
+}
+
+/// Time that passes and time of this thread on the processor.
+struct TimeTaken
+{
+    double passedNs = 0.0;
+    double processorNs = 0.0;
+};
+
+template <typename Work>
+TimeTaken timeTaken(Work&& work)
+{
+    const auto now = [](clockid_t clock) {
+        timespec time{};
+        clock_gettime(clock, &time);
+        return static_cast<double>(time.tv_sec) * 1e9 + static_cast<double>(time.tv_nsec);
+    };
+    const double passedBefore = now(CLOCK_MONOTONIC);
+    const double processorBefore = now(CLOCK_THREAD_CPUTIME_ID);
+    work();
+    return {now(CLOCK_MONOTONIC) - passedBefore, now(CLOCK_THREAD_CPUTIME_ID) - processorBefore};
+}
+
+/// Runs `candidate` and `yardstick` in turns, `rounds` times each after one round that does not
+/// count; each call does `operations` operations. Which of the two goes first changes from round to
+/// round.
+template <typename Candidate, typename Yardstick>
+AlternatingResult measureAlternating(int rounds, int operations, Candidate&& candidate,
+                                     Yardstick&& yardstick)
+{
+    std::vector<double> candidateTimes;
+    std::vector<double> yardstickTimes;
+    std::vector<double> ratios;
+    std::vector<double> processorRatios;
+    candidate();
+    yardstick();
+    for (int round = 0; round < rounds; ++round) {
+        TimeTaken candidateTime;
+        TimeTaken yardstickTime;
+        if (round % 2 == 0) {
+            candidateTime = timeTaken(candidate);
+            yardstickTime = timeTaken(yardstick);
+        } else {
+            yardstickTime = timeTaken(yardstick);
+            candidateTime = timeTaken(candidate);
+        }
+        candidateTimes.push_back(candidateTime.passedNs / operations);
+        yardstickTimes.push_back(yardstickTime.passedNs / operations);
+        ratios.push_back(candidateTime.passedNs / yardstickTime.passedNs);
+        processorRatios.push_back(candidateTime.processorNs / yardstickTime.processorNs);
+    }
+    return {medianOf(candidateTimes), medianOf(yardstickTimes), medianOf(ratios),
+            medianOf(processorRatios)};
+}
+
+/// Puts the figures into the line that the benchmark prints. `limit` is the ratio aimed at.
+inline void reportRatio(benchmark::State& state, const AlternatingResult& result, double limit)
+{
+    state.counters["ratio"] = result.ratio;
+    state.counters["cpu_ratio"] = result.processorRatio;
+    state.counters["limit"] = limit;
+    state.counters["program_ns"] = result.candidateNs;
+    state.counters["yardstick_ns"] = result.yardstickNs;
+}

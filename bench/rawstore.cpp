@@ -1,0 +1,91 @@
+#include "rawstore.h"
+
+#include <QDateTime>
+
+#include <cstdio>
+#include <cstdlib>
+
+RawStore::RawStore(const QString& path)
+{
+    if (sqlite3_open(path.toUtf8().constData(), &m_db) != SQLITE_OK)
+        fail("open");
+}
+
+RawStore::~RawStore()
+{
+    sqlite3_close(m_db);
+}
+
+void RawStore::fail(const std::string& what)
+{
+    std::fprintf(stderr, "yardstick failed: %s: %s\n", what.c_str(), sqlite3_errmsg(m_db));
+    std::exit(1);
+}
+
+void RawStore::execute(const std::string& sql)
+{
+    if (sqlite3_exec(m_db, sql.c_str(), nullptr, nullptr, nullptr) != SQLITE_OK)
+        fail(sql);
+}
+
+sqlite3_stmt* RawStore::prepare(const std::string& sql)
+{
+    sqlite3_stmt* statement = nullptr;
+    if (sqlite3_prepare_v2(m_db, sql.c_str(), -1, &statement, nullptr) != SQLITE_OK)
+        fail(sql);
+    return statement;
+}
+
+void RawStore::createBaseTables()
+{
+    execute("CREATE TABLE IF NOT EXISTS curve_info ("
+            "curve_id INTEGER PRIMARY KEY AUTOINCREMENT, name TEXT NOT NULL UNIQUE)");
+    execute("CREATE TABLE IF NOT EXISTS batch_metadata ("
+            "id INTEGER PRIMARY KEY AUTOINCREMENT, curve_id INTEGER NOT NULL, "
+            "batch_start INTEGER NOT NULL, batch_end INTEGER NOT NULL, table_name TEXT NOT NULL, "
+            "FOREIGN KEY(curve_id) REFERENCES curve_info(curve_id), UNIQUE(curve_id, table_name))");
+    execute("CREATE TABLE IF NOT EXISTS curve_metadata ("
+            "curve_id INTEGER PRIMARY KEY, min_time INTEGER, max_time INTEGER, min_value REAL, "
+            "max_value REAL, FOREIGN KEY(curve_id) REFERENCES curve_info(curve_id))");
+}
+
+void RawStore::addCurve(int curveId, const QString& name)
+{
+    execute("INSERT INTO curve_info (curve_id, name) VALUES (" + std::to_string(curveId) + ", '" +
+            name.toStdString() + "')");
+}
+
+void RawStore::createBatchTable(int curveId, qint64 batchStart, const QString& tableName)
+{
+    const std::string table = tableName.toStdString();
+    const std::string id = std::to_string(curveId);
+    execute("CREATE TABLE IF NOT EXISTS \"" + table +
+            "\" (id INTEGER PRIMARY KEY AUTOINCREMENT, curve_id INTEGER NOT NULL, "
+            "timestamp INTEGER NOT NULL, value REAL NOT NULL, UNIQUE(curve_id, timestamp), "
+            "FOREIGN KEY(curve_id) REFERENCES curve_info(curve_id))");
+    execute("CREATE INDEX IF NOT EXISTS idx_" + table + "_curve_time ON \"" + table +
+            "\" (curve_id, timestamp)");
+    execute("INSERT OR IGNORE INTO batch_metadata (curve_id, batch_start, batch_end, table_name) "
+            "VALUES (" +
+            id + ", " + std::to_string(batchStart) + ", " +
+            std::to_string(batchStart + kRawBatchLengthMs - 1) + ", '" + table + "')");
+}
+
+void stepDone(sqlite3_stmt* statement)
+{
+    const int result = sqlite3_step(statement);
+    if (result != SQLITE_DONE) {
+        std::fprintf(stderr, "yardstick failed: %s\n",
+                     sqlite3_errmsg(sqlite3_db_handle(statement)));
+        std::exit(1);
+    }
+    sqlite3_reset(statement);
+}
+
+QString rawTableName(int curveId, qint64 batchStart)
+{
+    const QString format = QStringLiteral("yyyyMMdd_HHmmss");
+    return QStringLiteral("curve_%1_batch_%2_%3")
+        .arg(QString::number(curveId), QDateTime::fromMSecsSinceEpoch(batchStart).toString(format),
+             QDateTime::fromMSecsSinceEpoch(batchStart + kRawBatchLengthMs - 1).toString(format));
+}

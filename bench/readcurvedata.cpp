@@ -1,0 +1,255 @@
+// The cost of reading stored points back, and of handing points in memory to a chart.
+
+#include "alternatingrounds.h"
+#include "rawstore.h"
+
+#include "storage/connectionpool.h"
+#include "storage/curvedatadb.h"
+#include "storage/curveseriesdata.h"
+#include "storage/storeclock.h"
+
+#include <benchmark/benchmark.h>
+
+#include <QCoreApplication>
+#include <QDateTime>
+#include <QTemporaryDir>
+#include <QVector>
+
+#include <cstdio>
+#include <cstdlib>
+
+namespace {
+
+constexpr qint64 kHourMs = 3600000;
+
+/// Noon of the store's present day; the files read are those of the days before.
+qint64 presentTime()
+{
+    static const qint64 time = QDateTime(QDate(2026, 3, 5), QTime(12, 0)).toMSecsSinceEpoch();
+    return time;
+}
+
+qint64 midnightOf(int day)
+{
+    return QDateTime(QDate(2026, 3, day), QTime(0, 0)).toMSecsSinceEpoch();
+}
+
+/// Ends the program if a measurement did not do its work.
+void require(bool condition, const char* what)
+{
+    if (condition)
+        return;
+    std::fprintf(stderr, "benchmark is wrong: %s\n", what);
+    std::exit(1);
+}
+
+/// A store whose today's file knows one curve, with the number 1.
+class Store
+{
+public:
+    Store()
+        : m_directory(QCoreApplication::applicationDirPath() +
+                      QStringLiteral("/readcurvedata-XXXXXX"))
+    {
+        RawStore today(pathOf(5));
+        today.createBaseTables();
+        today.addCurve(1, QStringLiteral("101(V)"));
+        setStoreClock(&presentTime);
+    }
+
+    QString path() const { return m_directory.path(); }
+    QString pathOf(int day) const
+    {
+        return m_directory.filePath(QStringLiteral("2026030%1.db").arg(day));
+    }
+
+private:
+    QTemporaryDir m_directory;
+};
+
+/// Inserts as many points as are asked for when it runs, all in one statement: the number that
+/// AUTOINCREMENT draws costs a look through a table with a row for each table of the file.
+sqlite3_stmt* prepareInsert(RawStore& file, const QString& table)
+{
+    return file.prepare("INSERT INTO " + table.toStdString() +
+                        " (curve_id, timestamp, value) WITH RECURSIVE counter(i) AS (SELECT 0 "
+                        "UNION ALL SELECT i + 1 FROM counter WHERE i < ?2 - 1) "
+                        "SELECT ?1, ?3 + i * ?4, i * 0.01 FROM counter");
+}
+
+void insertPoints(sqlite3_stmt* insert, int curveId, int points, qint64 start, qint64 stepMs)
+{
+    sqlite3_bind_int(insert, 1, curveId);
+    sqlite3_bind_int(insert, 2, points);
+    sqlite3_bind_int64(insert, 3, start);
+    sqlite3_bind_int64(insert, 4, stepMs);
+    stepDone(insert);
+}
+
+/// One batch of one curve with `points` points, `stepMs` apart.
+void fillBatch(const QString& path, qint64 batchStart, int points, qint64 stepMs)
+{
+    RawStore file(path);
+    file.createBaseTables();
+    file.addCurve(1, QStringLiteral("101(V)"));
+    const QString table = rawTableName(1, batchStart);
+    file.createBatchTable(1, batchStart, table);
+    sqlite3_stmt* const insert = prepareInsert(file, table);
+    insertPoints(insert, 1, points, batchStart, stepMs);
+    sqlite3_finalize(insert);
+}
+
+/// A whole day of `curves` curves. Ten minutes of one curve follow ten minutes of another, so that
+/// the pages of a table lie scattered over the file as a run leaves them.
+void fillDay(const QString& path, qint64 midnight, int curves, qint64 stepMs)
+{
+    constexpr qint64 kStretchMs = 600000;
+    RawStore file(path);
+    file.execute("PRAGMA synchronous = OFF");
+    file.execute("PRAGMA journal_mode = OFF");
+    file.execute("PRAGMA cache_size = -400000"); // the pages that grow at a time
+    file.createBaseTables();
+    for (int curveId = 1; curveId <= curves; ++curveId)
+        file.addCurve(curveId, QStringLiteral("%1(V)").arg(100 + curveId));
+    for (int batch = 0; batch < 4; ++batch) {
+        const qint64 start = midnight + batch * kRawBatchLengthMs;
+        file.execute("BEGIN");
+        std::vector<sqlite3_stmt*> inserts;
+        for (int curveId = 1; curveId <= curves; ++curveId) {
+            const QString table = rawTableName(curveId, start);
+            file.createBatchTable(curveId, start, table);
+            inserts.push_back(prepareInsert(file, table));
+        }
+        for (qint64 time = start; time < start + kRawBatchLengthMs; time += kStretchMs) {
+            int curveId = 0;
+            for (sqlite3_stmt* insert : inserts)
+                insertPoints(insert, ++curveId, static_cast<int>(kStretchMs / stepMs), time,
+                             stepMs);
+        }
+        for (sqlite3_stmt* insert : inserts)
+            sqlite3_finalize(insert);
+        file.execute("COMMIT");
+    }
+}
+
+void readMillionPoints(benchmark::State& state)
+{
+    const auto maxPoints = static_cast<int>(state.range(0));
+    constexpr int kPoints = 1000000;
+    const Store files;
+    const qint64 start = midnightOf(1);
+    fillBatch(files.pathOf(1), start, kPoints, 20);
+    CurveDataDB store(files.path());
+    const auto candidate = [&] {
+        const QVector<QPointF> points =
+            store.readCurveData(1, start, start + kRawBatchLengthMs, maxPoints);
+        require(points.size() == (maxPoints > 0 ? maxPoints : kPoints), "points are missing");
+    };
+    RawStore file(files.pathOf(1));
+    const std::string sql = "SELECT timestamp, value FROM \"" +
+                            rawTableName(1, start).toStdString() +
+                            "\" WHERE curve_id = ? AND timestamp BETWEEN ? AND ? "
+                            "ORDER BY timestamp ASC";
+    const auto yardstick = [&] {
+        sqlite3_stmt* const statement = file.prepare(sql);
+        sqlite3_bind_int(statement, 1, 1);
+        sqlite3_bind_int64(statement, 2, start);
+        sqlite3_bind_int64(statement, 3, start + kRawBatchLengthMs);
+        int rows = 0;
+        while (sqlite3_step(statement) == SQLITE_ROW) {
+            benchmark::DoNotOptimize(sqlite3_column_int64(statement, 0));
+            benchmark::DoNotOptimize(sqlite3_column_double(statement, 1));
+            ++rows;
+        }
+        sqlite3_finalize(statement);
+        require(rows == kPoints, "the yardstick did not see all rows");
+    };
+    for (auto _ : state)
+        reportRatio(state, measureAlternating(9, kPoints, candidate, yardstick), 1.8);
+}
+
+void readHourOfManyCurves(benchmark::State& state)
+{
+    constexpr qint64 kStepMs = 10000;
+    constexpr int kHourPoints = 360;
+    constexpr int kReads = 50;
+    const Store files;
+    fillDay(files.pathOf(1), midnightOf(1), 600, kStepMs);
+    fillDay(files.pathOf(2), midnightOf(2), 1, kStepMs);
+    CurveDataDB store(files.path());
+    const auto readDay = [&](int day) {
+        // A different hour each time, and the fourth batch as well as the first.
+        for (int i = 0; i < kReads; ++i) {
+            const qint64 start = midnightOf(day) + (i * 7 % 23) * kHourMs;
+            const auto points = store.readCurveData(1, start, start + kHourMs - 1, 10000);
+            require(points.size() == kHourPoints, "not all points of the hour were read");
+        }
+    };
+    for (auto _ : state)
+        reportRatio(state,
+                    measureAlternating(
+                        21, kReads, [&] { readDay(1); }, [&] { readDay(2); }),
+                    1.2);
+}
+
+void loadWindowFromMemory(benchmark::State& state)
+{
+    const auto maxPoints = static_cast<int>(state.range(0));
+    constexpr int kPoints = CurveSeriesData::kMaxRecentPoints;
+    constexpr int kLoads = 100;
+    const Store files;
+    CurveDataDB store(files.path());
+    CurveSeriesData series(QStringLiteral("101(V)"), &store);
+    const qint64 start = midnightOf(5);
+    QVector<QPointF> points;
+    for (int i = 0; i < kPoints; ++i)
+        points.append(QPointF(static_cast<double>(start + i * 100), i * 0.25));
+    series.addPoints(points);
+    double offset = 0.0;
+    const auto candidate = [&] {
+        for (int i = 0; i < kLoads; ++i) {
+            offset += 0.5;
+            series.loadWindow(start, start + kHourMs, maxPoints, offset);
+            benchmark::DoNotOptimize(series.sample(0));
+        }
+        require(series.size() == size_t(maxPoints > 0 ? maxPoints : kPoints), "wrong size");
+    };
+    std::vector<QPointF> copy(kPoints);
+    const auto yardstick = [&] {
+        for (int i = 0; i < kLoads; ++i) {
+            offset += 0.5;
+            const QPointF* const source = points.constData();
+            for (size_t k = 0; k < copy.size(); ++k)
+                copy[k] = QPointF(source[k].x(), source[k].y() + offset);
+            benchmark::DoNotOptimize(copy.data());
+            benchmark::ClobberMemory();
+        }
+    };
+    for (auto _ : state)
+        reportRatio(state, measureAlternating(21, kLoads, candidate, yardstick), 4.0);
+}
+
+BENCHMARK(readMillionPoints)
+    ->ArgName("maxPoints")
+    ->Arg(0)
+    ->Arg(10000)
+    ->Iterations(1)
+    ->Unit(benchmark::kMillisecond);
+BENCHMARK(readHourOfManyCurves)->Iterations(1)->Unit(benchmark::kMillisecond);
+BENCHMARK(loadWindowFromMemory)
+    ->ArgName("maxPoints")
+    ->Arg(0)
+    ->Arg(10000)
+    ->Iterations(1)
+    ->Unit(benchmark::kMillisecond);
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    QCoreApplication application(argc, argv);
+    benchmark::Initialize(&argc, argv);
+    benchmark::RunSpecifiedBenchmarks();
+    ConnectionPool::instance().closeForExit(QDeadlineTimer(2000));
+    return 0;
+}
