@@ -16,10 +16,8 @@ ProgramProcess::ProgramProcess(const QString& display)
 
 ProgramProcess::~ProgramProcess()
 {
-    if (m_process.state() == QProcess::NotRunning)
-        return;
-    m_process.kill();
-    m_process.waitForFinished();
+    if (m_process.state() != QProcess::NotRunning)
+        kill();
 }
 
 void ProgramProcess::start(const QStringList& arguments)
@@ -75,6 +73,12 @@ bool ProgramProcess::waitForEnd(int timeoutMs)
         m_process.state() == QProcess::NotRunning || m_process.waitForFinished(timeoutMs);
     collect();
     return ended;
+}
+
+void ProgramProcess::kill()
+{
+    m_process.kill();
+    m_process.waitForFinished();
 }
 
 QString ProgramProcess::log()

@@ -27,6 +27,8 @@ public:
     QStringList lines();
 
     bool waitForEnd(int timeoutMs);
+    /// Ends it by SIGKILL, as a power cut would.
+    void kill();
     bool isRunning() const { return m_process.state() == QProcess::Running; }
     int exitCode() const { return m_process.exitCode(); }
     bool crashed() const { return m_process.exitStatus() == QProcess::CrashExit; }

@@ -9,6 +9,7 @@
 #include "storage/curveseriesdata.h"
 #include "storage/datadirectory.h"
 #include "storage/nonowningcurvedata.h"
+#include "support/readings.h"
 #include "support/simulatedinstrument.h"
 #include "widgets/customsidebutton.h"
 #include "widgets/imagebutton.h"
@@ -19,7 +20,6 @@
 #include <QApplication>
 #include <QComboBox>
 #include <QDir>
-#include <QProcess>
 #include <QPushButton>
 #include <QTabWidget>
 #include <QTableWidget>
@@ -31,68 +31,6 @@ namespace {
 constexpr int kChannels = 60;
 constexpr int kChannelsPerChart = 30;
 constexpr int kChannelColumn = 2;
-
-/// Readings by channel, each list in the order of time: ms since the epoch, and the value.
-using Readings = QMap<int, QVector<QPair<qint64, double>>>;
-
-/// The readings in the replies that the instrument has sent, decoded here on its own: nine fields a
-/// record behind a definite-length block header.
-Readings readingsInTranscript(const SimulatedInstrument& instrument)
-{
-    Readings readings;
-    const QStringList lines = instrument.sent();
-    for (const QString& line : lines) {
-        if (!line.startsWith(QLatin1Char('#')) || line.contains(QLatin1Char('@')))
-            continue;
-        const int headerLength = 2 + line.mid(1, 1).toInt();
-        const QStringList fields = line.mid(headerLength).split(QLatin1Char(','));
-        for (int field = 0; field + 8 < fields.size(); field += 9) {
-            const QDate date(fields.at(field + 1).toInt(), fields.at(field + 2).toInt(),
-                             fields.at(field + 3).toInt());
-            const QTime time = QTime(fields.at(field + 4).toInt(), fields.at(field + 5).toInt())
-                                   .addMSecs(qRound(fields.at(field + 6).toDouble() * 1000));
-            const double value = fields.at(field).section(QLatin1Char(' '), 0, 0).toDouble();
-            readings[fields.at(field + 7).toInt()].append(
-                {QDateTime(date, time).toMSecsSinceEpoch(), value});
-        }
-    }
-    return readings;
-}
-
-QStringList sqlite(const QString& file, const QString& statement)
-{
-    QProcess program;
-    program.start(QStringLiteral("sqlite3"), {file, statement});
-    if (!program.waitForFinished() || program.exitCode() != 0)
-        return {};
-    return QString::fromUtf8(program.readAllStandardOutput())
-        .split(QLatin1Char('\n'), Qt::SkipEmptyParts);
-}
-
-/// The readings in the day files of a directory, read with the sqlite3 program.
-Readings readingsInStore(const QString& directory)
-{
-    Readings readings;
-    const QStringList files = QDir(directory).entryList({QStringLiteral("*.db")});
-    for (const QString& name : files) {
-        const QString file = QDir(directory).filePath(name);
-        const QStringList tables =
-            sqlite(file, QStringLiteral(
-                             "SELECT m.table_name, i.name FROM batch_metadata m JOIN curve_info i "
-                             "ON i.curve_id = m.curve_id ORDER BY m.batch_start"));
-        for (const QString& table : tables) {
-            const int channel =
-                table.section(QLatin1Char('|'), 1).section(QLatin1Char('('), 0, 0).toInt();
-            const QStringList rows = sqlite(
-                file, QStringLiteral("SELECT timestamp, quote(value) FROM %1 ORDER BY timestamp")
-                          .arg(table.section(QLatin1Char('|'), 0, 0)));
-            for (const QString& row : rows)
-                readings[channel].append({row.section(QLatin1Char('|'), 0, 0).toLongLong(),
-                                          row.section(QLatin1Char('|'), 1).toDouble()});
-        }
-    }
-    return readings;
-}
 
 /// The readings in memory of the series behind the curves of some charts.
 Readings readingsBehind(const QList<BarChartWidget*>& charts)
@@ -226,7 +164,7 @@ void TestScan::transcriptDayFileAndChartsAgree()
     QTRY_VERIFY_WITH_TIMEOUT(!g_scanRunning, 20000);
     QTest::qWait(500);
 
-    const Readings sent = readingsInTranscript(instrument);
+    const Readings sent = readingsInReplies(instrument.sent());
     QCOMPARE(sent.size(), kChannels);
     for (const auto& channel : sent)
         QVERIFY(channel.size() >= 3);

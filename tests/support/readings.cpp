@@ -1,0 +1,75 @@
+#include "support/readings.h"
+
+#include <QDateTime>
+#include <QDir>
+#include <QProcess>
+
+#include <cmath>
+
+namespace {
+
+constexpr int kFields = 9;
+
+/// Local time of a record's fields 1 to 6.
+qint64 timeOf(const QStringList& fields, int first)
+{
+    const QDate date(fields.at(first + 1).toInt(), fields.at(first + 2).toInt(),
+                     fields.at(first + 3).toInt());
+    const int seconds = static_cast<int>(std::lround(fields.at(first + 6).toDouble() * 1000));
+    const QTime time =
+        QTime(fields.at(first + 4).toInt(), fields.at(first + 5).toInt()).addMSecs(seconds);
+    return QDateTime(date, time).toMSecsSinceEpoch();
+}
+
+} // namespace
+
+Readings readingsInReplies(const QStringList& sentLines)
+{
+    Readings readings;
+    for (const QString& line : sentLines) {
+        // The scan list comes in a block too.
+        if (!line.startsWith(QLatin1Char('#')) || line.contains(QLatin1Char('@')))
+            continue;
+        const int headerLength = 2 + line.mid(1, 1).toInt();
+        const QStringList fields = line.mid(headerLength).split(QLatin1Char(','));
+        for (int first = 0; first + kFields <= fields.size(); first += kFields) {
+            const double value = fields.at(first).section(QLatin1Char(' '), 0, 0).toDouble();
+            readings[fields.at(first + 7).toInt()].append({timeOf(fields, first), value});
+        }
+    }
+    return readings;
+}
+
+QStringList runSqlite(const QString& file, const QString& statement)
+{
+    QProcess program;
+    program.start(QStringLiteral("sqlite3"), {file, statement});
+    if (!program.waitForFinished() || program.exitCode() != 0)
+        return {};
+    return QString::fromUtf8(program.readAllStandardOutput())
+        .split(QLatin1Char('\n'), Qt::SkipEmptyParts);
+}
+
+Readings readingsInStore(const QString& directory)
+{
+    Readings readings;
+    const QLatin1Char bar('|');
+    const QStringList files = QDir(directory).entryList({QStringLiteral("*.db")});
+    for (const QString& name : files) {
+        const QString file = QDir(directory).filePath(name);
+        const QStringList tables = runSqlite(
+            file, QStringLiteral("SELECT m.table_name, i.name FROM batch_metadata m JOIN "
+                                 "curve_info i ON i.curve_id = m.curve_id ORDER BY m.batch_start"));
+        for (const QString& table : tables) {
+            const QString curve = table.section(bar, 1);
+            const int channel = curve.section(QLatin1Char('('), 0, 0).toInt();
+            const QStringList rows = runSqlite(
+                file, QStringLiteral("SELECT timestamp, quote(value) FROM %1 ORDER BY timestamp")
+                          .arg(table.section(bar, 0, 0)));
+            for (const QString& row : rows)
+                readings[channel].append(
+                    {row.section(bar, 0, 0).toLongLong(), row.section(bar, 1).toDouble()});
+        }
+    }
+    return readings;
+}

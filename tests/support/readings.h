@@ -1,0 +1,20 @@
+#pragma once
+
+#include <QMap>
+#include <QPair>
+#include <QString>
+#include <QStringList>
+#include <QVector>
+
+/// Readings by channel, each list in the order of time: ms since the epoch, and the value.
+using Readings = QMap<int, QVector<QPair<qint64, double>>>;
+
+/// The readings in the replies that an instrument has sent, decoded apart from the program: nine
+/// fields a record behind a definite-length block header.
+Readings readingsInReplies(const QStringList& sentLines);
+
+/// The readings in the day files of a directory, read with the sqlite3 program.
+Readings readingsInStore(const QString& directory);
+
+/// What the sqlite3 program prints for a statement on a file, a line a row.
+QStringList runSqlite(const QString& file, const QString& statement);

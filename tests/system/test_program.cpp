@@ -1,0 +1,211 @@
+#include "support/programprocess.h"
+#include "support/readings.h"
+#include "support/simulatedinstrument.h"
+#include "support/virtualdisplay.h"
+
+#include <QDir>
+#include <QElapsedTimer>
+#include <QTest>
+
+namespace {
+
+constexpr int kStartWaitMs = 60000;
+constexpr int kEndWaitMs = 20000;
+
+/// Where the controls are in a window of 1500 x 900 at the screen's corner.
+constexpr int kCheckBoxX = 356;
+constexpr int kFirstRowY = 129;
+constexpr int kRowHeight = 33;
+const QPoint kStartButton(46, 880);
+
+const QString kSerial = QStringLiteral("PROG/0001");
+const QString kPoll = QStringLiteral("STAT:OPER:EVEN?");
+
+} // namespace
+
+/// The program as its user sees it: a real window, real clicks, a real instrument on the wire, and
+/// the files that are left.
+class TestProgram : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void initTestCase();
+    void endingAScanLeavesEveryReading_data();
+    void endingAScanLeavesEveryReading();
+    void leavingDuringAScanLeavesACleanStore();
+    void killingDuringAScanLeavesAReadableStore();
+    void storeThatCannotBeWrittenDoesNotStopTheProgram();
+
+private:
+    bool bringUp(ProgramProcess& program, const SimulatedInstrument& instrument);
+    bool startScan(const SimulatedInstrument& instrument) const;
+    void clickStart() const;
+
+    VirtualDisplay m_display;
+};
+
+void TestProgram::initTestCase()
+{
+    QVERIFY2(!m_display.name().isEmpty(), "Xvfb did not start");
+}
+
+/// Starts the program and waits until its window takes clicks.
+bool TestProgram::bringUp(ProgramProcess& program, const SimulatedInstrument& instrument)
+{
+    program.start({instrument.resource()});
+    if (program.waitForLines(QStringLiteral("WID:"), 1, kStartWaitMs).isEmpty())
+        return false;
+    const QString handle = QString::number(program.windowHandle());
+    m_display.xdotool({QStringLiteral("windowmove"), QStringLiteral("--sync"), handle,
+                       QStringLiteral("0"), QStringLiteral("0")});
+    m_display.xdotool({QStringLiteral("windowsize"), QStringLiteral("--sync"), handle,
+                       QStringLiteral("1500"), QStringLiteral("900")});
+    // The busy overlay goes two seconds after the read-back; the polls go on.
+    return QTest::qWaitFor([&instrument] { return instrument.received().count(kPoll) >= 5; },
+                           kStartWaitMs);
+}
+
+void TestProgram::clickStart() const
+{
+    m_display.click(kStartButton.x(), kStartButton.y());
+}
+
+/// Ticks the first four channels and presses start; true when readings are being fetched.
+bool TestProgram::startScan(const SimulatedInstrument& instrument) const
+{
+    for (int row = 0; row < 4; ++row)
+        m_display.click(kCheckBoxX, kFirstRowY + row * kRowHeight);
+    if (!QTest::qWaitFor(
+            [&instrument] {
+                return instrument.received().contains(QStringLiteral("ROUT:SCAN (@101:104)"));
+            },
+            kStartWaitMs))
+        return false;
+    clickStart();
+    return QTest::qWaitFor(
+        [&instrument] { return instrument.received().filter(QStringLiteral("R? ")).size() >= 3; },
+        kStartWaitMs);
+}
+
+void TestProgram::endingAScanLeavesEveryReading_data()
+{
+    QTest::addColumn<int>("transport");
+    QTest::newRow("TCP") << static_cast<int>(SimulatedInstrument::Transport::Tcp);
+    QTest::newRow("pseudo-terminal")
+        << static_cast<int>(SimulatedInstrument::Transport::PseudoTerminal);
+}
+
+void TestProgram::endingAScanLeavesEveryReading()
+{
+    QFETCH(int, transport);
+    const SimulatedInstrument instrument(static_cast<SimulatedInstrument::Transport>(transport),
+                                         {QStringLiteral("--slots"), QStringLiteral("1:15"),
+                                          QStringLiteral("--rate"), QStringLiteral("40"),
+                                          QStringLiteral("--idn"),
+                                          QStringLiteral("SCN,SCN4070A,%1,1").arg(kSerial)});
+    ProgramProcess program(m_display.name());
+    QVERIFY(bringUp(program, instrument));
+    QVERIFY(startScan(instrument));
+    clickStart();
+    QTRY_VERIFY_WITH_TIMEOUT(instrument.received().contains(QStringLiteral("ABOR")), kEndWaitMs);
+    // The drain: a pass that finds no readings and the instrument idle.
+    QTRY_VERIFY_WITH_TIMEOUT(instrument.sent().count(QStringLiteral("+256")) >= 2, kEndWaitMs);
+    QTest::qWait(1000);
+    QCOMPARE(instrument.received().count(QStringLiteral("INIT")), 1);
+
+    program.write("exit\n");
+    QVERIFY(program.waitForEnd(kEndWaitMs));
+    QVERIFY2(!program.crashed(), qPrintable(program.log()));
+    // A slash in the serial number does not lead out of the program's folder.
+    const QDir store(program.directory() + QStringLiteral("/PROG_0001_Data"));
+    QCOMPARE(store.entryList({QStringLiteral("*.db-wal"), QStringLiteral("*.db-shm")}),
+             QStringList());
+    const Readings sent = readingsInReplies(instrument.sent());
+    QCOMPARE(sent.keys(), (QList<int>{101, 102, 103, 104}));
+    QCOMPARE(readingsInStore(store.path()), sent);
+}
+
+void TestProgram::leavingDuringAScanLeavesACleanStore()
+{
+    const SimulatedInstrument instrument(SimulatedInstrument::Transport::Tcp,
+                                         {QStringLiteral("--slots"), QStringLiteral("1:15"),
+                                          QStringLiteral("--rate"), QStringLiteral("40")});
+    ProgramProcess program(m_display.name());
+    QVERIFY(bringUp(program, instrument));
+    QVERIFY(startScan(instrument));
+    QElapsedTimer timer;
+    timer.start();
+    program.write("exit\n");
+    QVERIFY(program.waitForEnd(kEndWaitMs));
+    // At most two seconds for the store, half a second for the rest, and a busy machine.
+    QVERIFY2(timer.elapsed() < 5000, qPrintable(QString::number(timer.elapsed())));
+    QVERIFY2(!program.crashed(), qPrintable(program.log()));
+    QVERIFY2(!program.log().contains(QLatin1String("QSql")), qPrintable(program.log()));
+
+    const QDir store(program.directory() + QStringLiteral("/MY00000042_Data"));
+    QCOMPARE(store.entryList(QDir::Files).size(), 1);
+    const QString file = store.filePath(store.entryList(QDir::Files).constFirst());
+    QCOMPARE(runSqlite(file, QStringLiteral("PRAGMA journal_mode")),
+             QStringList{QStringLiteral("delete")});
+    QCOMPARE(runSqlite(file, QStringLiteral("PRAGMA integrity_check")),
+             QStringList{QStringLiteral("ok")});
+    // Whatever was fetched is there.
+    QCOMPARE(readingsInStore(store.path()), readingsInReplies(instrument.sent()));
+    // The instrument goes on scanning; the next start stops it.
+    QVERIFY(!instrument.received().contains(QStringLiteral("ABOR")));
+}
+
+void TestProgram::killingDuringAScanLeavesAReadableStore()
+{
+    const SimulatedInstrument instrument(SimulatedInstrument::Transport::Tcp,
+                                         {QStringLiteral("--slots"), QStringLiteral("1:15"),
+                                          QStringLiteral("--rate"), QStringLiteral("40")});
+    ProgramProcess program(m_display.name());
+    QVERIFY(bringUp(program, instrument));
+    QVERIFY(startScan(instrument));
+    program.kill();
+
+    const QDir store(program.directory() + QStringLiteral("/MY00000042_Data"));
+    const QString file = store.filePath(store.entryList({QStringLiteral("*.db")}).constFirst());
+    QCOMPARE(runSqlite(file, QStringLiteral("PRAGMA integrity_check")),
+             QStringList{QStringLiteral("ok")});
+    const Readings sent = readingsInReplies(instrument.sent());
+    const Readings stored = readingsInStore(store.path());
+    QCOMPARE(stored.keys(), sent.keys());
+    for (auto channel = stored.cbegin(); channel != stored.cend(); ++channel) {
+        // All but a batch that was on its way when the program died.
+        QVERIFY(channel->size() > 0);
+        QCOMPARE(channel.value(), sent.value(channel.key()).mid(0, channel->size()));
+    }
+
+    // The next start finds the instrument running and stops it.
+    ProgramProcess next(m_display.name());
+    const int mark = instrument.received().size();
+    QVERIFY(bringUp(next, instrument));
+    QCOMPARE(instrument.received().mid(mark).count(QStringLiteral("ABOR")), 1);
+}
+
+void TestProgram::storeThatCannotBeWrittenDoesNotStopTheProgram()
+{
+    const SimulatedInstrument instrument(SimulatedInstrument::Transport::Tcp,
+                                         {QStringLiteral("--slots"), QStringLiteral("1:15"),
+                                          QStringLiteral("--rate"), QStringLiteral("40")});
+    ProgramProcess program(m_display.name());
+    // A file stands where the data directory would be, which root cannot write through either.
+    QFile inTheWay(program.directory() + QStringLiteral("/MY00000042_Data"));
+    QVERIFY(inTheWay.open(QIODevice::WriteOnly));
+    inTheWay.close();
+    QVERIFY(bringUp(program, instrument));
+    QVERIFY(startScan(instrument));
+    QVERIFY2(program.log().contains(QStringLiteral("创建数据目录失败:")),
+             qPrintable(program.log()));
+    clickStart();
+    QTRY_VERIFY_WITH_TIMEOUT(instrument.received().contains(QStringLiteral("ABOR")), kEndWaitMs);
+    program.write("exit\n");
+    QVERIFY(program.waitForEnd(kEndWaitMs));
+    QVERIFY2(!program.crashed(), qPrintable(program.log()));
+}
+
+QTEST_GUILESS_MAIN(TestProgram)
+#include "test_program.moc"
