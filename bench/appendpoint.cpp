@@ -14,6 +14,8 @@
 #include <QDateTime>
 #include <QTemporaryDir>
 
+#include <cstdio>
+#include <cstdlib>
 #include <ctime>
 #include <memory>
 
@@ -135,6 +137,24 @@ void prepareDayFile(const QString& path, int curves)
         file.addCurve(curveId, QStringLiteral("%1(V)").arg(curveId));
 }
 
+/// Ends the program unless the file holds that many readings of all curves, and the extremes of
+/// each.
+void requireRows(const QString& path, int curves, qint64 batchStart, int expected)
+{
+    RawStore file(path);
+    qint64 rows = 0;
+    for (int curveId = 1; curveId <= curves; ++curveId)
+        rows +=
+            file.number("SELECT count(*) FROM " + rawTableName(curveId, batchStart).toStdString());
+    const qint64 extremes =
+        file.number("SELECT count(*) FROM curve_metadata WHERE max_time > min_time");
+    if (rows == expected && extremes == curves)
+        return;
+    std::fprintf(stderr, "benchmark is wrong: %s holds %lld readings and %lld extremes\n",
+                 qPrintable(path), static_cast<long long>(rows), static_cast<long long>(extremes));
+    std::exit(1);
+}
+
 void setZone(bool set)
 {
     if (set)
@@ -152,11 +172,13 @@ void appendPoint(benchmark::State& state, int curves, bool zoneSet, int pointsPe
     const QTemporaryDir directory(QCoreApplication::applicationDirPath() +
                                   QStringLiteral("/appendpoint-XXXXXX"));
     const qint64 batchStart = alignToBatchStart(QDateTime::currentMSecsSinceEpoch());
-    prepareDayFile(directory.filePath(todayKey() + QStringLiteral(".db")), curves);
+    const QString dayFile = directory.filePath(todayKey() + QStringLiteral(".db"));
+    const QString yardstickFile = directory.filePath(QStringLiteral("yardstick.sqlite"));
+    prepareDayFile(dayFile, curves);
     CurveDataDB store(directory.path());
     for (int curveId = 1; curveId <= curves; ++curveId)
         store.registerCurve(QStringLiteral("%1(V)").arg(curveId));
-    Yardstick yardstick(directory.filePath(QStringLiteral("yardstick.sqlite")), curves, batchStart);
+    Yardstick yardstick(yardstickFile, curves, batchStart);
     Readings readings(curves, batchStart);
     int untilRefresh = pointsPerRefresh;
     const auto appendMany = [&] {
@@ -176,6 +198,9 @@ void appendPoint(benchmark::State& state, int curves, bool zoneSet, int pointsPe
     for (auto _ : state)
         reportRatio(state, measureAlternating(kRounds, kPointsPerRound, appendMany, yardstickMany),
                     kLimit);
+    store.flushAndDetach();
+    for (const QString& path : {dayFile, yardstickFile})
+        requireRows(path, curves, batchStart, (kRounds + 1) * kPointsPerRound);
 }
 
 } // namespace

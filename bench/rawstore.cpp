@@ -28,6 +28,16 @@ void RawStore::execute(const std::string& sql)
         fail(sql);
 }
 
+qint64 RawStore::number(const std::string& sql)
+{
+    sqlite3_stmt* const statement = prepare(sql);
+    if (sqlite3_step(statement) != SQLITE_ROW)
+        fail(sql);
+    const qint64 result = sqlite3_column_int64(statement, 0);
+    sqlite3_finalize(statement);
+    return result;
+}
+
 sqlite3_stmt* RawStore::prepare(const std::string& sql)
 {
     sqlite3_stmt* statement = nullptr;

@@ -20,6 +20,9 @@ public:
     /// Runs statements that give no rows of interest.
     void execute(const std::string& sql);
 
+    /// The number in the first row of a query.
+    qint64 number(const std::string& sql);
+
     /// A prepared statement; the caller finalizes it before this object goes.
     sqlite3_stmt* prepare(const std::string& sql);
 
