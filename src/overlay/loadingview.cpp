@@ -57,7 +57,7 @@ struct LoadingView::State
 {
     int angle = 0;
     QTimer timer;
-    QString message; ///< Kept for callers; nothing shows it.
+    QString message; ///< Not read: the labels hold the texts.
     int mode = kBusyMode;
     bool spinning = false;
     QLabel* loadingLabel = nullptr;

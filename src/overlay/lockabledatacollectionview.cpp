@@ -93,6 +93,8 @@ void LockableDataCollectionView::removeVeil()
 {
     if (m_state->fade) {
         m_state->fade->stop();
+        // It is deleted later only; until then it must not count as a fade under way.
+        m_state->fade.clear();
     }
     if (m_state->veil) {
         m_state->scene->removeItem(m_state->veil);

@@ -4,6 +4,7 @@
 #include <QGraphicsOpacityEffect>
 #include <QGraphicsProxyWidget>
 #include <QGraphicsRectItem>
+#include <QPointer>
 #include <QPropertyAnimation>
 #include <QPushButton>
 #include <QSignalSpy>
@@ -86,6 +87,7 @@ private slots:
     void unlockedViewHasNoVeil();
     void lockMakesAFreshVeilAfterAnUnlock();
     void lockDuringTheFadeEndsItUnheard();
+    void lockDuringTheFadeCanBeUnlockedAtOnce();
     void globalLockWhileLockedDoesNothing();
     void globalUnlockWhileUnlockedDoesNothing();
     void globalLockAndUnlockTakeTurns();
@@ -127,7 +129,7 @@ void TestLockableDataCollectionView::startsLockedHiddenAndVeiled()
     QCOMPARE(veilsOf(view).first()->rect(), QRectF(0, 0, 400, 200));
     QCOMPARE(veilsOf(view).first()->brush(), QBrush(QColor(50, 50, 50, 180), Qt::SolidPattern));
     QCOMPARE(barOf(view)->text(), kIdleText);
-    QCOMPARE(proxyOf(view)->geometry().height(), 50.0);
+    QCOMPARE(proxyOf(view)->geometry(), QRectF(100, 75, 200, 50));
 }
 
 void TestLockableDataCollectionView::styleIsFixed()
@@ -256,7 +258,10 @@ void TestLockableDataCollectionView::fadeTakesHalfASecondFromFullToNothing()
     QVERIFY(effect);
     QCOMPARE(fade->targetObject(), effect);
     QTRY_VERIFY(effect->opacity() < 0.9);
+    const QPointer<const QGraphicsOpacityEffect> watched = effect;
     QTRY_VERIFY(!m_view->isLocked());
+    // The effect has gone with the veil.
+    QVERIFY(!watched);
     QTRY_VERIFY(!m_view->findChild<QPropertyAnimation*>());
 }
 
@@ -279,11 +284,17 @@ void TestLockableDataCollectionView::unlockedViewHasNoVeil()
 
 void TestLockableDataCollectionView::lockMakesAFreshVeilAfterAnUnlock()
 {
-    m_view->globalUnlock();
+    m_view->setUnlockHoldTime(50);
+    press(*m_view);
     QTRY_VERIFY(!m_view->isLocked());
+    QCOMPARE(barOf(*m_view)->text(), kHeldText);
     QSignalSpy locked(m_view, &LockableDataCollectionView::locked);
+    bool shownAtSignal = false;
+    connect(m_view, &LockableDataCollectionView::locked, this,
+            [&] { shownAtSignal = m_view->isVisible(); });
     m_view->lock();
     QCOMPARE(locked.count(), 1);
+    QVERIFY(shownAtSignal);
     QVERIFY(m_view->isLocked());
     QVERIFY(m_view->isHidden());
     QCOMPARE(veilsOf(*m_view).size(), 1);
@@ -306,6 +317,18 @@ void TestLockableDataCollectionView::lockDuringTheFadeEndsItUnheard()
     QCOMPARE(unlocked.count(), 0);
     QVERIFY(m_view->isLocked());
     QCOMPARE(veilsOf(*m_view).size(), 1);
+}
+
+void TestLockableDataCollectionView::lockDuringTheFadeCanBeUnlockedAtOnce()
+{
+    QSignalSpy unlocked(m_view, &LockableDataCollectionView::unlocked);
+    m_view->globalUnlock();
+    QTest::qWait(50);
+    m_view->lock();
+    m_view->globalUnlock();
+    QVERIFY(isFading(*m_view));
+    QTRY_COMPARE(unlocked.count(), 1);
+    QVERIFY(!m_view->isLocked());
 }
 
 void TestLockableDataCollectionView::globalLockWhileLockedDoesNothing()

@@ -73,6 +73,7 @@ private slots:
     void enteringCoversThePageWhileLockingIsOn();
     void leavingHidesTheOverlay();
     void leavingAnotherPageThanTheCurrentOneKeepsTheOverlay();
+    void pageThatWasLeftIsNotCoveredAtOnce();
     void nextPageGainsTheOneOverlay();
     void unwatchedPageIsNotCovered();
     void nullAndKnownPagesAreIgnored();
@@ -88,6 +89,7 @@ private slots:
     void overlayIsMadeAnewAfterItsPageDied();
     void deletedPagesAreForgotten();
     void managersShareTheOverlay();
+    void newManagerHidesTheOverlay();
     void slotsTakeThePageFromTheSender();
 
 private:
@@ -157,6 +159,14 @@ void TestWindowLockManager::leavingAnotherPageThanTheCurrentOneKeepsTheOverlay()
     send(*m_first, QEvent::Enter);
     send(*m_second, QEvent::Leave);
     QVERIFY(overlayOn(*m_first));
+}
+
+void TestWindowLockManager::pageThatWasLeftIsNotCoveredAtOnce()
+{
+    send(*m_first, QEvent::Enter);
+    send(*m_first, QEvent::Leave);
+    m_manager->setLockEnabled(true);
+    QVERIFY(!overlayOn(*m_first));
 }
 
 void TestWindowLockManager::nextPageGainsTheOneOverlay()
@@ -353,6 +363,15 @@ void TestWindowLockManager::managersShareTheOverlay()
     overlayOn(*m_first)->globalUnlock();
     QTRY_COMPARE(unlocked.count(), 1);
     QCOMPARE(otherUnlocked.count(), 1);
+}
+
+void TestWindowLockManager::newManagerHidesTheOverlay()
+{
+    m_manager->setLockEnabled(true);
+    send(*m_first, QEvent::Enter);
+    QVERIFY(overlayOn(*m_first));
+    const WindowLockManager other;
+    QVERIFY(!overlayOn(*m_first));
 }
 
 void TestWindowLockManager::slotsTakeThePageFromTheSender()
