@@ -283,6 +283,7 @@ void TimeColumn::focusInEvent(QFocusEvent* event)
 
 void TimeColumn::onTextChanged(const QString& text)
 {
+    assertGuiThread();
     if (m_internalChange) {
         m_internalChange = false;
         return;

@@ -141,6 +141,12 @@ void TestCustomComboBox::popupFollowsTheWidthOfTheBox()
         QTRY_COMPARE(box.view()->minimumWidth(), width);
         QCOMPARE(box.view()->maximumWidth(), width);
     }
+    // Also where something else has set the width while the box was hidden.
+    box.hide();
+    box.view()->setFixedWidth(7);
+    box.show();
+    QCOMPARE(box.view()->minimumWidth(), 110);
+    QCOMPARE(box.view()->maximumWidth(), 110);
 }
 
 void TestCustomComboBox::popupOfLongTextsIsAsWideAsTheBox()

@@ -12,7 +12,8 @@ class TestCustomDialog : public QObject
 private slots:
     void isAModalFramelessDialogOfASmallestSize();
     void titleIsBoldAndWhite();
-    void titleBarIsAtTheTopWithAnEmptyBody();
+    void titleBarKeepsItsHeight();
+    void closeButtonIsFlatAndWhite();
     void closeButtonCloses();
     void contentIsReplacedAndTheOldOneDeleted();
     void oldContentOutlivesTheSlotThatReplacesIt();
@@ -23,6 +24,8 @@ private slots:
     void pressOnTheBodyEndsAnOlderDrag();
     void centredOnItsParent();
     void centredOnAChildAsParent();
+    void withoutAParentItStaysInItsPlace();
+    void draggedByARealPressOnTheTitle();
 };
 
 namespace {
@@ -72,7 +75,7 @@ void TestCustomDialog::titleIsBoldAndWhite()
     QCOMPARE(title->palette().color(QPalette::WindowText), QColor(Qt::white));
 }
 
-void TestCustomDialog::titleBarIsAtTheTopWithAnEmptyBody()
+void TestCustomDialog::titleBarKeepsItsHeight()
 {
     CustomDialog dialog;
     dialog.show();
@@ -80,6 +83,23 @@ void TestCustomDialog::titleBarIsAtTheTopWithAnEmptyBody()
     const int height = closeButton(dialog)->parentWidget()->height();
     dialog.resize(600, 500);
     QCOMPARE(closeButton(dialog)->parentWidget()->height(), height);
+}
+
+void TestCustomDialog::closeButtonIsFlatAndWhite()
+{
+    CustomDialog dialog;
+    dialog.resize(400, 300);
+    dialog.show();
+    const QPushButton* button = closeButton(dialog);
+    QVERIFY(button);
+    QCOMPARE(button->minimumSize(), button->maximumSize());
+    QCOMPARE(button->palette().color(QPalette::ButtonText), QColor(Qt::white));
+    // No face and no border: the ground of the title bar goes through to the button's corners.
+    const QImage image = dialog.grab().toImage();
+    const QPoint corner = button->mapTo(&dialog, QPoint(0, 0));
+    const QColor ground = image.pixelColor(corner - QPoint(3, 0));
+    QCOMPARE(image.pixelColor(corner), ground);
+    QCOMPARE(image.pixelColor(corner + QPoint(2, 2)), ground);
 }
 
 void TestCustomDialog::closeButtonCloses()
@@ -212,6 +232,33 @@ void TestCustomDialog::centredOnAChildAsParent()
     dialog.show();
     QCOMPARE(dialog.frameGeometry().center(),
              QRect(child.mapToGlobal(QPoint(0, 0)), child.size()).center());
+}
+
+void TestCustomDialog::withoutAParentItStaysInItsPlace()
+{
+    QWidget window;
+    window.setGeometry(50, 60, 600, 400);
+    window.show();
+    CustomDialog dialog;
+    dialog.move(120, 130);
+    dialog.show();
+    QCOMPARE(dialog.pos(), QPoint(120, 130));
+}
+
+void TestCustomDialog::draggedByARealPressOnTheTitle()
+{
+    CustomDialog dialog;
+    dialog.setTitle(QStringLiteral("导出"));
+    dialog.move(100, 100);
+    dialog.show();
+    QVERIFY(QTest::qWaitForWindowExposed(&dialog));
+    // The label under the pointer passes the press on.
+    const QPoint grip(40, 16);
+    QVERIFY(qobject_cast<QLabel*>(dialog.childAt(grip)));
+    QTest::mousePress(dialog.windowHandle(), Qt::LeftButton, Qt::NoModifier, grip);
+    QTest::mouseMove(dialog.windowHandle(), grip + QPoint(25, 15));
+    QTest::mouseRelease(dialog.windowHandle(), Qt::LeftButton, Qt::NoModifier, grip);
+    QCOMPARE(dialog.pos(), QPoint(125, 115));
 }
 
 QTEST_MAIN(TestCustomDialog)

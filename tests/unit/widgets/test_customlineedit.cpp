@@ -22,6 +22,8 @@ private slots:
     void typingOnAfterReturnIsANewChange();
     void textSetByTheProgramAfterFocusInIsNoChangeOfTheUser();
     void flagIsClearedByEveryFocusOut();
+    void flagIsClearedByFocusIn();
+    void returnOnARestoredTextKeepsTheFlag();
     void slotThatTakesTheFocusAwayHearsOneChange();
 
 private:
@@ -146,6 +148,30 @@ void TestCustomLineEdit::flagIsClearedByEveryFocusOut()
     m_edit->setText(QStringLiteral("other"));
     m_edit->onReturnPressed();
     QCOMPARE(changed.count(), 0);
+}
+
+void TestCustomLineEdit::flagIsClearedByFocusIn()
+{
+    QSignalSpy changed(m_edit, &CustomLineEdit::textChangedAndFocusOut);
+    m_edit->onTextEdited(QString());
+    m_edit->setFocus();
+    m_edit->setText(QStringLiteral("set inside"));
+    m_other->setFocus();
+    QCOMPARE(changed.count(), 0);
+}
+
+void TestCustomLineEdit::returnOnARestoredTextKeepsTheFlag()
+{
+    QSignalSpy changed(m_edit, &CustomLineEdit::textChangedAndFocusOut);
+    m_edit->setFocus();
+    QTest::keyClicks(m_edit, QStringLiteral("x"));
+    QTest::keyClick(m_edit, Qt::Key_Backspace);
+    QTest::keyClick(m_edit, Qt::Key_Return);
+    QCOMPARE(changed.count(), 0);
+    m_edit->setText(QStringLiteral("completed"));
+    m_other->setFocus();
+    QCOMPARE(changed.count(), 1);
+    QCOMPARE(changed.at(0).at(0).toString(), QStringLiteral("completed"));
 }
 
 void TestCustomLineEdit::slotThatTakesTheFocusAwayHearsOneChange()

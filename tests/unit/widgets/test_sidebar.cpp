@@ -18,6 +18,7 @@ private slots:
     void init();
     void cleanup();
     void newBarShowsOnlyTheStripWithItsTitleTurned();
+    void layoutsHoldThePanelAndThenTheStrip();
     void openWidthSetsTheLimits();
     void openWidthBelowTheStripIsTheStrip();
     void sideChoosesTheArrows_data();
@@ -27,6 +28,7 @@ private slots:
     void clickOnTheHeaderCloses();
     void secondClickOnTheStripWhileOpeningDoesNothing();
     void secondClickOnTheHeaderWhileClosingDoesNothing();
+    void clickOnTheHeaderWhileOpeningCloses();
     void clickOnTheStripWhileOpenOrClosingDoesNothing();
     void clickOnTheHeaderWhileShutDoesNothing();
     void wideContentDoesNotHoldUpTheSlide();
@@ -110,6 +112,32 @@ void TestSideBar::newBarShowsOnlyTheStripWithItsTitleTurned()
     QVERIFY(m_bar->windowFlags() & Qt::FramelessWindowHint);
     QVERIFY(!m_bar->isWindow());
     QCOMPARE(m_bar->sizePolicy(), QSizePolicy(QSizePolicy::Fixed, QSizePolicy::Expanding));
+}
+
+void TestSideBar::layoutsHoldThePanelAndThenTheStrip()
+{
+    const auto isPlain = [](const QLayout* layout) {
+        return layout->spacing() == 0 && layout->contentsMargins() == QMargins();
+    };
+    const auto* main = qobject_cast<QHBoxLayout*>(m_bar->layout());
+    QVERIFY(main && isPlain(main));
+    QCOMPARE(main->count(), 2);
+    auto* panel = qobject_cast<QVBoxLayout*>(main->itemAt(0)->layout());
+    QVERIFY(panel && isPlain(panel));
+    QCOMPARE(panel->count(), 2);
+    QCOMPARE(panel->itemAt(0)->widget(), header());
+    QCOMPARE(panel->itemAt(1)->widget(), m_bar->content());
+    auto* column = qobject_cast<QVBoxLayout*>(main->itemAt(1)->layout());
+    QVERIFY(column && isPlain(column));
+    QCOMPARE(column->count(), 1);
+    QCOMPARE(column->itemAt(0)->widget(), strip());
+
+    QCOMPARE(header()->sizePolicy(), QSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed));
+    QCOMPARE(m_bar->content()->sizePolicy(),
+             QSizePolicy(QSizePolicy::Expanding, QSizePolicy::Expanding));
+    QCOMPARE(strip()->sizePolicy(), QSizePolicy(QSizePolicy::Fixed, QSizePolicy::Expanding));
+    QCOMPARE(strip()->minimumWidth(), 20);
+    QCOMPARE(strip()->maximumWidth(), 20);
 }
 
 void TestSideBar::openWidthSetsTheLimits()
@@ -227,6 +255,23 @@ void TestSideBar::secondClickOnTheHeaderWhileClosingDoesNothing()
     QVERIFY(runningAnimation()->currentTime() >= before);
     QTRY_VERIFY(strip()->isVisible());
     QTRY_COMPARE(m_bar->width(), 20);
+}
+
+void TestSideBar::clickOnTheHeaderWhileOpeningCloses()
+{
+    QTest::mouseClick(strip(), Qt::LeftButton);
+    const QPropertyAnimation* opening = runningAnimation();
+    QTRY_VERIFY(opening->currentTime() > 50);
+    // The bar counts as open from the click on.
+    QTest::mouseClick(header(), Qt::LeftButton);
+    QCOMPARE(opening->state(), QAbstractAnimation::Stopped);
+    QVERIFY(runningAnimation());
+    QCOMPARE(runningAnimation()->endValue().toInt(), 20);
+    QTRY_VERIFY(strip()->isVisible());
+    QVERIFY(!m_bar->content()->isVisible());
+    QTRY_COMPARE(m_bar->width(), 20);
+    // It can be opened again.
+    open();
 }
 
 void TestSideBar::clickOnTheStripWhileOpenOrClosingDoesNothing()

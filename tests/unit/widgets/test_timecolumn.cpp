@@ -38,6 +38,7 @@ private slots:
     void backspaceCountsOnlyWhenEditingFinishes();
     void finishedEditing_data();
     void finishedEditing();
+    void numberTooLargeToConvertShowsTheValueAgain();
     void otherCharactersAreRemoved_data();
     void otherCharactersAreRemoved();
     void guardDoesNotOutliveAChangeThatChangesNothing();
@@ -461,6 +462,18 @@ void TestTimeColumn::finishedEditing()
     QCOMPARE(m_edit->text(), shown);
     QCOMPARE(m_column->value(), value);
     QCOMPARE(changed.count(), 0);
+}
+
+void TestTimeColumn::numberTooLargeToConvertShowsTheValueAgain()
+{
+    make(0, 59, 11);
+    m_column->setValue(12);
+    m_edit->setFocus();
+    m_edit->clear();
+    m_edit->insert(QStringLiteral("99999999999"));
+    m_other->setFocus();
+    QCOMPARE(m_edit->text(), QStringLiteral("00000000012"));
+    QCOMPARE(m_column->value(), 12);
 }
 
 void TestTimeColumn::otherCharactersAreRemoved_data()

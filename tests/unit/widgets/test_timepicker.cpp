@@ -25,6 +25,7 @@ private slots:
     void cleanup();
     void startsWithTenSecondsAndNoMilliseconds();
     void columnsHaveTheirTitlesAndSeparators();
+    void columnsStandInTheirOrder();
     void limitsFollowTheMaximum_data();
     void limitsFollowTheMaximum();
     void valueIsTheSumOfTheColumns();
@@ -131,6 +132,17 @@ void TestTimePicker::columnsHaveTheirTitlesAndSeparators()
         QVERIFY(texts.contains(labels.at(i).at(1)));
         QCOMPARE(edit(i)->maxLength(), i == Milliseconds ? 3 : 2);
         QCOMPARE(column(i)->minimum(), 0);
+    }
+}
+
+void TestTimePicker::columnsStandInTheirOrder()
+{
+    const auto* layout = qobject_cast<QHBoxLayout*>(m_picker->layout());
+    QVERIFY(layout);
+    QCOMPARE(layout->spacing(), 0);
+    QCOMPARE(layout->count(), 5);
+    for (int i = Days; i <= Milliseconds; ++i) {
+        QCOMPARE(layout->itemAt(i)->widget(), column(i));
     }
 }
 
