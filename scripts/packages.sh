@@ -13,7 +13,7 @@ install_packages() {
         dpkg-query -W -f='${Status}' "$package" 2>/dev/null | grep -q 'ok installed' || missing="$missing $package"
     done
     # The style sheet's package is fetched at configure time, so the lists must be there too.
-    if [ -z "$missing" ] && { [ -d build/qdarkstyle ] || apt-cache show python3-qdarkstyle >/dev/null 2>&1; }; then
+    if [ -z "$missing" ] && { [ -e build/qdarkstyle/complete ] || apt-cache show python3-qdarkstyle >/dev/null 2>&1; }; then
         return 0
     fi
     as_root=""
