@@ -57,6 +57,23 @@ ViStatus SCN_VISA_CALL readMoreThanThereIs(ViSession, ViByte* buffer, ViUInt32 c
     return VI_SUCCESS;
 }
 
+/// Leaves other bytes behind the reply, as a buffer that is not cleared does.
+ViStatus SCN_VISA_CALL readIntoDirt(ViSession, ViByte* buffer, ViUInt32 count, ViUInt32* received)
+{
+    std::fill_n(buffer, count, ViByte('d'));
+    std::fill_n(buffer, 3, ViByte('r'));
+    *received = 3;
+    return VI_SUCCESS;
+}
+
+/// Succeeds with a handle that is none.
+ViStatus SCN_VISA_CALL openNothing(ViSession, const ViChar*, ViAccessMode, ViUInt32,
+                                   ViSession* session)
+{
+    *session = VI_NULL;
+    return VI_SUCCESS;
+}
+
 /// Another encoding of the locale for as long as the object lives.
 class LocaleCodec
 {
@@ -99,10 +116,14 @@ private slots:
     void connectWhileConnectedClosesTheOldSessionFirst();
     void connectSendsTheResourceInTheLocalEncoding();
     void failedConnectTellsTheReason();
+    void failedConnect_data();
+    void failedConnect();
     void failedConnectWhileConnectedLeavesNothingOpen();
     void sessionThatCameWithAWarningIsNotUsed();
     void disconnectClosesTheSessionOnly();
     void disconnectWhileDisconnectedDoesNothing();
+    void failedCloseDisconnectsAllTheSame();
+    void sessionWithoutHandleIsNotUsed();
 
     void plainCommandReadsNothing();
     void queryReadsOnce();
@@ -118,6 +139,7 @@ private slots:
     void restOfALongReplyStaysWithTheInstrument();
     void lateReplyIsTakenForTheNextOne();
     void countBeyondTheBufferIsNotBelieved();
+    void replyEndsAtItsCount();
 
     void sendWhileDisconnectedFailsEveryTime();
     void failedWrite_data();
@@ -324,6 +346,24 @@ void TestCDeviceVisa::failedConnectTellsTheReason()
                           QStringLiteral("viStatusDesc(0, 0xBFFF0011)")}));
 }
 
+void TestCDeviceVisa::failedConnect_data()
+{
+    failedWrite_data();
+}
+
+void TestCDeviceVisa::failedConnect()
+{
+    QFETCH(ViStatus, status);
+    m_fake->fail(FakeVisa::Operation::Open, status);
+    QVERIFY(!m_device->connectDevice(kTcpResource));
+    QVERIFY(!m_device->isConnected());
+    QCOMPARE(m_device->lastError(), QStringLiteral("连接失败: %1").arg(statusName(status)));
+    QCOMPARE(m_fake->openSessions(), QList<ViSession>());
+    m_fake->fail(FakeVisa::Operation::StatusDesc, VI_ERROR_INV_OBJECT);
+    QVERIFY(!m_device->connectDevice(kTcpResource));
+    QCOMPARE(m_device->lastError(), QStringLiteral("连接失败: "));
+}
+
 void TestCDeviceVisa::failedConnectWhileConnectedLeavesNothingOpen()
 {
     connectDevice();
@@ -363,6 +403,31 @@ void TestCDeviceVisa::disconnectWhileDisconnectedDoesNothing()
     m_device->disconnectDevice();
     m_device->disconnectDevice();
     QCOMPARE(m_fake->calls(), QStringList{QStringLiteral("viClose(100)")});
+}
+
+void TestCDeviceVisa::failedCloseDisconnectsAllTheSame()
+{
+    connectDevice();
+    QSignalSpy errors(m_device.get(), &CDeviceVisa::errorOccurred);
+    m_fake->fail(FakeVisa::Operation::Close, VI_ERROR_CLOSING_FAILED);
+    m_device->disconnectDevice();
+    QVERIFY(!m_device->isConnected());
+    QCOMPARE(errors.count(), 0);
+    QVERIFY(m_device->connectDevice(kTcpResource));
+}
+
+void TestCDeviceVisa::sessionWithoutHandleIsNotUsed()
+{
+    VisaTable lying = VisaBinding::table();
+    lying.viOpen = openNothing;
+    VisaBinding::setTable(&lying);
+    m_device->connectDevice(kTcpResource);
+    m_fake->clearCalls();
+    QCOMPARE(m_device->sendCommand(QStringLiteral("*IDN?"), 5000), QString());
+    QCOMPARE(m_device->lastError(), QStringLiteral("仪器未连接"));
+    m_device->disconnectDevice();
+    QCOMPARE(m_fake->calls(), QStringList());
+    m_device.reset();
 }
 
 void TestCDeviceVisa::plainCommandReadsNothing()
@@ -528,6 +593,16 @@ void TestCDeviceVisa::countBeyondTheBufferIsNotBelieved()
     lying.viRead = readMoreThanThereIs;
     VisaBinding::setTable(&lying);
     QCOMPARE(m_device->sendCommand(QStringLiteral("R?"), 5000), QString(40959, QLatin1Char('r')));
+    m_device.reset();
+}
+
+void TestCDeviceVisa::replyEndsAtItsCount()
+{
+    connectDevice();
+    VisaTable dirty = VisaBinding::table();
+    dirty.viRead = readIntoDirt;
+    VisaBinding::setTable(&dirty);
+    QCOMPARE(m_device->sendCommand(QStringLiteral("R?"), 5000), QStringLiteral("rrr"));
     m_device.reset();
 }
 
