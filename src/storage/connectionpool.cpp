@@ -244,30 +244,43 @@ void ConnectionPool::evictOldestLocked()
 
 void ConnectionPool::closeForExit(QDeadlineTimer deadline)
 {
-    QMap<QString, ConnectionInfo> connections;
-    if (!m_mutex.tryLock(static_cast<int>(std::max<qint64>(deadline.remainingTime(), 0))))
-        return; // somebody is stuck in an open; what is open stays as a killed program leaves it
-    connections.swap(m_connections);
-    m_mutex.unlock();
-
+    const auto lockInTime = [this, &deadline] {
+        return m_mutex.tryLock(static_cast<int>(std::max<qint64>(deadline.remainingTime(), 0)));
+    };
     QStringList stillOpen;
-    for (ConnectionInfo& info : connections) {
-        const QString name = info.connection->connectionName();
-        if (!closeByDeadline(info, deadline))
-            stillOpen.append(name);
+    // A thread that is in the middle of an open may add a connection meanwhile. One that takes too
+    // long leaves its file as a killed program does.
+    for (;;) {
+        QMap<QString, ConnectionInfo> connections;
+        if (!lockInTime())
+            return;
+        connections.swap(m_connections);
+        if (connections.isEmpty())
+            break;
+        m_mutex.unlock();
+        for (ConnectionInfo& info : connections) {
+            const QString name = info.connection->connectionName();
+            if (!closeByDeadline(info, deadline))
+                stillOpen.append(name);
+        }
     }
-    connections.clear();
-
-    const QMutexLocker locker(&m_mutex);
     if (m_expiryTimer.thread() == QThread::currentThread())
         m_expiryTimer.stop();
     purgeRetiredLocked();
+    removeNamesExcept(stillOpen);
+    m_mutex.unlock();
+}
+
+/// Removes the names that expiries have left behind; those of connections that are open or held
+/// stay.
+void ConnectionPool::removeNamesExcept(const QStringList& stillOpen)
+{
+    QStringList kept = stillOpen;
+    for (const RetiredConnection& connection : qAsConst(m_retired))
+        kept.append(connection.name);
     const QStringList names = QSqlDatabase::connectionNames();
     for (const QString& name : names) {
-        const bool retired = std::any_of(
-            m_retired.cbegin(), m_retired.cend(),
-            [&name](const RetiredConnection& connection) { return connection.name == name; });
-        if (name.startsWith(kNamePrefix) && !retired && !stillOpen.contains(name))
+        if (name.startsWith(kNamePrefix) && !kept.contains(name))
             QSqlDatabase::removeDatabase(name);
     }
 }
@@ -283,6 +296,12 @@ bool ConnectionPool::isHeld(const QString& path) const
     const QMutexLocker locker(&m_mutex);
     const auto entry = m_connections.constFind(path);
     return entry != m_connections.constEnd() && *entry->holders > 0;
+}
+
+qint64 ConnectionPool::lastUse(const QString& path) const
+{
+    const QMutexLocker locker(&m_mutex);
+    return m_connections.value(path).lastUse;
 }
 
 void ConnectionPool::cleanExpiredConnections()

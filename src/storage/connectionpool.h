@@ -9,6 +9,7 @@
 #include <QSharedPointer>
 #include <QSqlDatabase>
 #include <QString>
+#include <QStringList>
 #include <QTimer>
 #include <QVector>
 
@@ -76,6 +77,9 @@ public:
     /// Whether anybody holds the connection to a path.
     bool isHeld(const QString& path) const;
 
+    /// When a path was used last, in milliseconds since the epoch; 0 if it is not pooled.
+    qint64 lastUse(const QString& path) const;
+
 private slots:
     void cleanExpiredConnections();
 
@@ -113,6 +117,7 @@ private:
     bool closeByDeadline(ConnectionInfo& info, const QDeadlineTimer& deadline);
     void forgetName(const QString& name, const HolderCount& holders);
     void purgeRetiredLocked();
+    void removeNamesExcept(const QStringList& stillOpen);
     static QSharedPointer<QSqlDatabase> lend(ConnectionInfo& info);
 
     QMap<QString, ConnectionInfo> m_connections;

@@ -290,14 +290,9 @@ bool CurveDataDB::reopenCurrentDb()
 void CurveDataDB::takeUpCurrentDb()
 {
     noteUse();
-    if (m_catalogueTrusted && m_attachedPath == m_currentDbPath &&
-        m_attachedConnection == m_currentDb->connectionName()) {
-        if (!m_changedCurves.isEmpty()) {
-            m_metadataMap = m_savedMetadata; // what reading it back gives
-            m_changedCurves.clear();
-        }
+    if (m_catalogueTrusted && m_changedCurves.isEmpty() && m_attachedPath == m_currentDbPath &&
+        m_attachedConnection == m_currentDb->connectionName())
         return;
-    }
     forgetAttachment();
     m_attachedPath = m_currentDbPath;
     m_attachedConnection = m_currentDb->connectionName();

@@ -105,7 +105,6 @@ void CurveDataDB::appendToCurrentFile(int curveId, qint64 timestamp, double valu
         const bool tableGone =
             insert->errorText().contains(QLatin1String("no such table")) || !insert->isUsable();
         m_liveInserts.erase(curveId);
-        m_catalogueTrusted = false;
         insert = tableGone ? liveInsert(curveId, timestamp) : nullptr;
         if (insert)
             insert->execWith({curveId, timestamp, value});

@@ -61,6 +61,8 @@ private slots:
     void leftoverLogIsFoldedIn();
     void refusedWalFallsBackToFullSynchronisation();
     void garbageFileIsOpenedWithWarnings();
+    void unexpectedAnswerOfAPragmaIsLogged();
+    void nameThatHasGoneIsLogged();
     void pathIsPooledOnce();
     void connectionNameIsMadeOfPathAndUuid();
     void missingDirectoryIsMade();
@@ -222,6 +224,31 @@ void TestConnectionPool::garbageFileIsOpenedWithWarnings()
                  QStringLiteral("执行PRAGMA失败： \"PRAGMA journal_mode = WAL\"  错误： ")),
              qPrintable(warnings.first()));
     QVERIFY(warnings.first().contains(QLatin1String("file is not a database")));
+}
+
+void TestConnectionPool::unexpectedAnswerOfAPragmaIsLogged()
+{
+    const LogCapture log;
+    const QString inMemory = QStringLiteral(":memory:"); // has a journal mode of its own
+    const auto db = ConnectionPool::instance().acquireConnection(inMemory);
+    QVERIFY(db && db->isOpen());
+    QCOMPARE(log.lines(), QStringList{QStringLiteral(
+                              "warning: PRAGMA结果不匹配： \"PRAGMA journal_mode = DELETE\"  "
+                              "预期： \"DELETE\"  实际： \"memory\"")});
+    QCOMPARE(pragma(*db, "synchronous"), QStringLiteral("0"));
+}
+
+void TestConnectionPool::nameThatHasGoneIsLogged()
+{
+    ConnectionPool& pool = ConnectionPool::instance();
+    const QString name = pool.acquireConnection(path(kToday))->connectionName();
+    const LogCapture log;
+    QSqlDatabase::removeDatabase(name);
+    QVERIFY(log.lines().first().contains(QLatin1String("still in use")));
+    pool.removeConnection(path(kToday));
+    QCOMPARE(pool.connectionCount(), 0);
+    QCOMPARE(log.lines().size(), 2);
+    QVERIFY(log.lines().last().startsWith(QStringLiteral("debug: 连接名已不存在: ")));
 }
 
 void TestConnectionPool::pathIsPooledOnce()

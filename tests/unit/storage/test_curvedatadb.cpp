@@ -64,6 +64,7 @@ private slots:
     void curvesAreFoundAgainAfterARestart();
     void missingTablesAreRebuiltByRegistration();
     void directoryThatCannotBeMadeLeavesAStoreWithoutFile();
+    void fileThatCannotBeOpenedIsAskedForAgain();
     void registrationReopensAClosedFile();
     void garbageFileIsReportedAndSurvived();
     void midnightRegistersAllCurvesInTheNewFile();
@@ -74,6 +75,7 @@ private slots:
     void reattachmentToAnotherConnectionReadsTheFile();
     void detachmentSavesExtremes();
     void writerThatNobodyReadsIsNotSwept();
+    void writeIsAUse();
     void deletedFileIsMadeAnew();
     void closedForGoodStaysClosed();
     void closingForExitLeavesNoSideFiles();
@@ -267,6 +269,31 @@ void TestCurveDataDB::directoryThatCannotBeMadeLeavesAStoreWithoutFile()
     store.appendPoint(1, localTime("2026-01-12 07:30:00.000"), 2.0);
     QCOMPARE(store.curveMetadata(1).maxValue, 2.0);
     store.closeForExit(QDeadlineTimer(2000));
+}
+
+void TestCurveDataDB::fileThatCannotBeOpenedIsAskedForAgain()
+{
+    setPresent(localTime("2026-01-12 23:59:59.000"));
+    TestStore store;
+    store->registerCurve(QStringLiteral("101(V)"));
+    QVERIFY(QDir(store.directory()).mkdir(QStringLiteral("20260113.db"))); // in the file's place
+    setPresent(localTime("2026-01-13 00:00:10.000"));
+    const qint64 time = localTime("2026-01-13 00:00:01.000");
+    const LogCapture log;
+    store->appendPoint(1, time, 1.0);
+    store->appendPoint(1, time + 1, 2.0);
+    const int attempts = log.lines(QtCriticalMsg).size();
+    QVERIFY(log.lines(QtCriticalMsg).first().startsWith(QStringLiteral("打开数据库失败: ")));
+    for (int i = 2; i < 20; ++i)
+        store->appendPoint(1, time + i, 3.0);
+    QCOMPARE(log.lines(QtCriticalMsg).size(), attempts); // not with every reading
+    QVERIFY(QDir(store.directory()).rmdir(QStringLiteral("20260113.db")));
+    advancePresent(5000);
+    store->appendPoint(1, time + 20, 4.0);
+    QCOMPARE(dayfile::rows(
+                 store.path("20260113"),
+                 QStringLiteral("SELECT value FROM curve_1_batch_20260113_000000_20260113_055959")),
+             QStringList{one("4.0")});
 }
 
 void TestCurveDataDB::registrationReopensAClosedFile()
@@ -487,6 +514,18 @@ void TestCurveDataDB::writerThatNobodyReadsIsNotSwept()
     }
     QCOMPARE(stored, expected);
     QVERIFY(log.lines(QtWarningMsg).isEmpty());
+}
+
+void TestCurveDataDB::writeIsAUse()
+{
+    TestStore store;
+    store->registerCurve(QStringLiteral("101(V)"));
+    store->appendPoint(1, localTime("2026-01-12 09:00:00.000"), 1.0);
+    setPresent(localTime("2026-01-12 20:00:00.000"));
+    store->appendPoint(1, localTime("2026-01-12 19:59:59.000"), 1.0);
+    QCOMPARE(ConnectionPool::instance().lastUse(store.path("20260112")),
+             localTime("2026-01-12 20:00:00.000"));
+    QCOMPARE(ConnectionPool::instance().lastUse(store.path("20260111")), 0);
 }
 
 void TestCurveDataDB::deletedFileIsMadeAnew()

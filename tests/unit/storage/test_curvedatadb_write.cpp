@@ -85,6 +85,7 @@ private slots:
     void droppedBaseTablesAreMadeAgain();
     void lockedFileIsWaitedFor();
     void failedExtremesAreSavedLater();
+    void fullDiskLosesOnlyWhatDoesNotFit();
     void closedConnectionIsReopened();
     void appendPointsSpreadsOverFilesAndBatches();
     void appendPointsOfAnUnknownCurveDoesNothing();
@@ -474,6 +475,42 @@ void TestCurveDataDBWrite::failedExtremesAreSavedLater()
              QStringList{extremesRow(1, at("09:00:00"), at("09:00:01"), "1.0|2.0")});
 }
 
+void TestCurveDataDBWrite::fullDiskLosesOnlyWhatDoesNotFit()
+{
+    TestStore store;
+    store->registerCurve(one("101(V)"));
+    store->appendPoint(1, at("09:00:00"), 1.0);
+    const QString path = store.path("20260112");
+    const auto limitPages = [&store, &path](int extra) {
+        const auto db = store->openDb(path);
+        ManagedQuery query(*db);
+        QVERIFY(query.exec(one("PRAGMA page_count")) && query.next());
+        const int pages = query.value(0).toInt() + extra;
+        QVERIFY(query.exec(QStringLiteral("PRAGMA max_page_count = %1").arg(pages)));
+    };
+    limitPages(0);
+    const LogCapture log;
+    constexpr int kReadings = 2000;
+    for (int i = 1; i <= kReadings; ++i)
+        store->appendPoint(1, at("09:00:00") + i, i);
+    const int fitted = points(path, one(kMorning)).size();
+    QVERIFY(fitted > 1 && fitted < kReadings);
+    // There is no room for the table of another batch either.
+    store->appendPoint(1, at("03:00:00"), 1.0);
+    QVERIFY(log.lines(QtWarningMsg)
+                .last()
+                .startsWith(QStringLiteral("创建分片表失败: \"curve_1_batch_20260112_000000")));
+    limitPages(1000);
+    store->appendPoint(1, at("03:00:01"), 5.0);
+    store->appendPoint(1, at("09:20:00"), 6.0);
+    QCOMPARE(points(path, one("curve_1_batch_20260112_000000_20260112_055959")),
+             QStringList{point(at("03:00:01"), "5.0")});
+    QCOMPARE(points(path, one(kMorning)).last(), point(at("09:20:00"), "6.0"));
+    QCOMPARE(dayfile::rows(path, one("PRAGMA integrity_check")), QStringList{one("ok")});
+    QCOMPARE(extremes(path),
+             QStringList{extremesRow(1, at("03:00:00"), at("09:20:00"), "1.0|2000.0")});
+}
+
 void TestCurveDataDBWrite::closedConnectionIsReopened()
 {
     TestStore store;
@@ -662,6 +699,7 @@ void TestCurveDataDBWrite::filesAreThoseOfThePlainStore()
     const QStringList files = QDir(plainDirectory.path()).entryList({one("*.db")});
     QCOMPARE(QDir(store.directory()).entryList({one("*.db")}), files);
     QVERIFY(files.size() > 1);
+    QVERIFY(dayfile::dump(store.path("20260112")).filter(one("_batch_")).size() > 50);
     for (const QString& file : files) {
         QCOMPARE(dayfile::dump(store.directory() + QLatin1Char('/') + file),
                  dayfile::dump(plainDirectory.filePath(file)));
