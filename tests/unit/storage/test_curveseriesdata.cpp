@@ -675,7 +675,9 @@ void TestCurveSeriesData::loadingAWindowDetachesTheStore()
 {
     const auto series = makeSeries();
     series->addPoint(double(today()), 1.0);
+    QVERIFY(ConnectionPool::instance().isHeld(todayPath()));
     series->loadWindow(today(), today() + 100, 0, 0.0);
+    QVERIFY(!ConnectionPool::instance().isHeld(todayPath()));
     // Detached and attached again at every load, the store goes on taking points.
     for (int i = 1; i < 20; ++i) {
         series->addPoint(double(today() + i), 1.0);
