@@ -203,12 +203,11 @@ bool CurveDataDB::openForWrite(int curveId, qint64 timestamp)
 /// be; -1 on failure.
 int CurveDataDB::curveIdInOtherFile(const QSqlDatabase& db, int curveId)
 {
-    const auto known = m_curveNameMap.constFind(curveId);
-    if (known == m_curveNameMap.constEnd()) {
+    if (!m_curveNameMap.contains(curveId)) {
         qWarning() << "曲线ID" << curveId << "在内存映射中不存在";
         return -1;
     }
-    const QString name = *known;
+    const QString name = m_curveNameMap.value(curveId);
     ManagedQuery query(db);
     if (query.run(QStringLiteral("SELECT curve_id FROM curve_info WHERE name = ?"), {name}) &&
         query.next())
