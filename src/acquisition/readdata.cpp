@@ -23,21 +23,16 @@ constexpr int kSilenceRetries = 6;
 /// in one leaves nothing locked behind.
 constexpr int kSleepSliceMs = 20;
 
+const QLatin1String kEventQuery("STAT:OPER:EVEN?");
 const QLatin1String kScanEndedCondition("+256");
 const QLatin1String kInUseEvent("+2048");
 
 ReadData* s_instance = nullptr;
 
-QString ask(const QString& query)
-{
-    return g_visa->sendCommand(query, kExchangeTimeoutMs);
-}
-
 enum class Event { Silence, InUse, Other };
 
-Event askEvent()
+Event eventOf(const QString& reply)
 {
-    const QString reply = ask(QStringLiteral("STAT:OPER:EVEN?"));
     if (reply.isEmpty()) {
         return Event::Silence;
     }
@@ -86,6 +81,9 @@ void ReadData::run()
 {
     // The flag is set after the first sleep: a stop requested in it is overwritten.
     msleep(kStartDelayMs);
+    // Outside its waits the thread cannot be terminated: unwinding out of a log line would end the
+    // process, and out of a signal's delivery it could leave the GUI thread's event loop locked.
+    setTerminationEnabled(false);
     m_running.store(true, std::memory_order_relaxed);
     do {
         if (g_scanRunning.load(std::memory_order_relaxed)) {
@@ -138,21 +136,30 @@ bool ReadData::fetchBatch(int count)
     return true;
 }
 
-/// Asks for the event register. True when the instrument says that it is in use elsewhere, or says
+/// Looks at the event register. True when the instrument says that it is in use elsewhere, or says
 /// nothing now and six more times; any reply in between ends the silence and is not looked at.
 bool ReadData::instrumentLost()
 {
-    const Event event = askEvent();
+    const Event event = eventOf(ask(kEventQuery));
     if (event != Event::Silence) {
         return event == Event::InUse;
     }
     for (int retry = 0; retry < kSilenceRetries; ++retry) {
         pause(kSilenceDelayMs);
-        if (askEvent() != Event::Silence) {
+        if (eventOf(ask(kEventQuery)) != Event::Silence) {
             return false;
         }
     }
     return true;
+}
+
+/// One exchange. The thread may be terminated in it, as in its sleeps.
+QString ReadData::ask(const QString& query)
+{
+    setTerminationEnabled(true);
+    const QString reply = g_visa->sendCommand(query, kExchangeTimeoutMs);
+    setTerminationEnabled(false);
+    return reply;
 }
 
 /// Sleeps, ending early when the running flag is cleared. Here the thread may be terminated, so the
@@ -161,7 +168,9 @@ void ReadData::pause(int milliseconds) const
 {
     const QDeadlineTimer end(milliseconds);
     while (m_running.load(std::memory_order_relaxed) && !end.hasExpired()) {
-        msleep(
-            static_cast<unsigned long>(std::clamp<qint64>(end.remainingTime(), 1, kSleepSliceMs)));
+        const auto slice = std::clamp<qint64>(end.remainingTime(), 1, kSleepSliceMs);
+        setTerminationEnabled(true);
+        msleep(static_cast<unsigned long>(slice));
+        setTerminationEnabled(false);
     }
 }

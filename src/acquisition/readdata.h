@@ -56,6 +56,7 @@ private:
     void fetchReadings(int count);
     bool fetchBatch(int count);
     bool instrumentLost();
+    static QString ask(const QString& query);
     void pause(int milliseconds) const;
 
     std::atomic<bool> m_running{false};

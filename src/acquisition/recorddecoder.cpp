@@ -76,7 +76,8 @@ int takeDigits(QStringView text, int& position, quint64& number)
     return position - begin;
 }
 
-/// The exponent part of a number from `position` to the end of the text; false when it is no such.
+/// The exponent part of a number from `position` to the end of the text; false, and no exponent, when
+/// it is no such or of more digits than a double can use.
 bool takeExponent(QStringView text, int& position, int& exponent)
 {
     const QChar mark = text[position];
@@ -91,8 +92,11 @@ bool takeExponent(QStringView text, int& position, int& exponent)
     constexpr int maxExponentDigits = 3;
     quint64 magnitude = 0;
     const int digits = takeDigits(text, position, magnitude);
+    if (digits == 0 || digits > maxExponentDigits || position != text.size()) {
+        return false;
+    }
     exponent = negative ? -static_cast<int>(magnitude) : static_cast<int>(magnitude);
-    return digits > 0 && digits <= maxExponentDigits && position == text.size();
+    return true;
 }
 
 /// As QString::toDouble(): 0 for anything that is no number. A mantissa below 2^53 and a power of ten

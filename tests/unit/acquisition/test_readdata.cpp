@@ -7,7 +7,17 @@
 #include <QElapsedTimer>
 #include <QtTest>
 
+#include <atomic>
 #include <memory>
+
+// The address sanitizer takes the stack frames that a terminated thread leaves for ones still in
+// use, unless it keeps their variables elsewhere.
+#ifdef __SANITIZE_ADDRESS__
+extern "C" const char* __asan_default_options()
+{
+    return "detect_stack_use_after_return=1";
+}
+#endif
 
 namespace {
 
@@ -44,6 +54,13 @@ public:
         m_replies.insert(query, replies);
     }
 
+    /// The scan is stopped from outside while this query is on the wire.
+    void stopScanDuring(const QString& query)
+    {
+        const QMutexLocker locker(&m_mutex);
+        m_stoppingQuery = query;
+    }
+
     QStringList queries() const
     {
         const QMutexLocker locker(&m_mutex);
@@ -57,6 +74,9 @@ public:
         return m_times;
     }
 
+    /// All that went through the table of operations.
+    QStringList calls() const { return m_visa.calls(); }
+
 private:
     QByteArray answer(const QByteArray& line)
     {
@@ -64,6 +84,9 @@ private:
         const QString query = QString::fromUtf8(line);
         m_queries.append(query);
         m_times.append(m_clock.elapsed());
+        if (query == m_stoppingQuery) {
+            g_scanRunning = false;
+        }
         QStringList& replies = m_replies[query];
         const QString reply = replies.value(0);
         if (replies.size() > 1) {
@@ -77,6 +100,7 @@ private:
     QMap<QString, QStringList> m_replies;
     QStringList m_queries;
     QList<qint64> m_times;
+    QString m_stoppingQuery;
     FakeVisa m_visa;
 };
 
@@ -112,6 +136,39 @@ private:
     }
 };
 
+/// While it lives a log line takes a second to write, and can be interrupted there.
+class SlowLog
+{
+public:
+    SlowLog()
+        : m_previous(qInstallMessageHandler(&SlowLog::handle))
+    {
+        s_isBegun = false;
+        s_isWritten = false;
+    }
+
+    ~SlowLog() { qInstallMessageHandler(m_previous); }
+
+    SlowLog(const SlowLog&) = delete;
+    SlowLog& operator=(const SlowLog&) = delete;
+
+    static bool isLineBegun() { return s_isBegun; }
+    static bool isLineWritten() { return s_isWritten; }
+
+private:
+    static void handle(QtMsgType, const QMessageLogContext&, const QString&)
+    {
+        s_isBegun = true;
+        QThread::msleep(1000);
+        s_isWritten = true;
+    }
+
+    inline static std::atomic<bool> s_isBegun{false};
+    inline static std::atomic<bool> s_isWritten{false};
+
+    QtMessageHandler m_previous;
+};
+
 /// Delivers what the thread queued before it ended.
 void deliverSignals()
 {
@@ -133,6 +190,9 @@ private slots:
     void passOfAScanFetchesThenLooksForItsEnd();
     void unreadableReplyIsFetchedSixMoreTimes();
     void fetchIsRepeatedUntilABatchDecodes();
+    void nextPassFetchesWhatWasGivenUp();
+    void flagIsReadOnceAPass();
+    void exchangeMayTakeFiveSeconds();
     void zeroPointsAndIdleConditionEndTheScan_data();
     void zeroPointsAndIdleConditionEndTheScan();
     void lastReadingsAreDrainedBeforeTheStop();
@@ -144,6 +204,7 @@ private slots:
     void stopInTheFirstSecondIsOverwritten();
     void stopEndsASleepEarly();
     void terminationInASleepLeavesNothingBehind();
+    void terminationWaitsForALogLine();
     void sleepsAreAtLeastAsLongAsTold();
 
 private:
@@ -254,6 +315,58 @@ void TestReadData::fetchIsRepeatedUntilABatchDecodes()
              (QStringList{kPoints, kFetchTwo, kFetchTwo, kFetchTwo, kCondition, kEvent}));
     QCOMPARE(m_listener->told,
              (QStringList{QStringLiteral("batch of 2"), QStringLiteral("in use")}));
+}
+
+void TestReadData::nextPassFetchesWhatWasGivenUp()
+{
+    g_scanRunning = true;
+    m_instrument->setReplies(kPoints, {QStringLiteral("+2")});
+    m_instrument->setReplies(kFetchTwo, {QString(), QString(), QString(), QString(), QString(),
+                                         QString(), QString(), kTwoReadings});
+    m_instrument->setReplies(kCondition, {QStringLiteral("+256")});
+    m_instrument->setReplies(kEvent, {QStringLiteral("+0"), QStringLiteral("+2048")});
+    m_thread->start();
+    QTRY_VERIFY_WITH_TIMEOUT(ended(), kPatienceMs);
+    deliverSignals();
+    QCOMPARE(m_instrument->queries(),
+             (QStringList{kPoints, kFetchTwo, kFetchTwo, kFetchTwo, kFetchTwo, kFetchTwo, kFetchTwo,
+                          kFetchTwo, kCondition, kEvent, kPoints, kFetchTwo, kCondition, kEvent}));
+    QCOMPARE(m_listener->told,
+             (QStringList{QStringLiteral("batch of 2"), QStringLiteral("in use")}));
+}
+
+void TestReadData::flagIsReadOnceAPass()
+{
+    g_scanRunning = true;
+    m_instrument->stopScanDuring(kPoints);
+    m_instrument->setReplies(kPoints, {QStringLiteral("+0")});
+    m_instrument->setReplies(kCondition, {QStringLiteral("+256")});
+    m_instrument->setReplies(kEvent, {QStringLiteral("+0"), QStringLiteral("+2048")});
+    m_thread->start();
+    QTRY_VERIFY_WITH_TIMEOUT(ended(), kPatienceMs);
+    deliverSignals();
+    QCOMPARE(m_instrument->queries(), (QStringList{kPoints, kCondition, kEvent, kEvent}));
+    QCOMPARE(m_listener->told, (QStringList{QStringLiteral("stop"), QStringLiteral("in use")}));
+}
+
+void TestReadData::exchangeMayTakeFiveSeconds()
+{
+    g_scanRunning = true;
+    m_instrument->setReplies(kPoints, {QStringLiteral("+2")});
+    m_instrument->setReplies(kFetchTwo, {kTwoReadings});
+    m_instrument->setReplies(kCondition, {QStringLiteral("+16")});
+    m_instrument->setReplies(kEvent, {QString(), QStringLiteral("+0"), QStringLiteral("+2048")});
+    m_thread->start();
+    QTRY_VERIFY_WITH_TIMEOUT(ended(), kPatienceMs);
+    const QStringList calls = m_instrument->calls();
+    int exchanges = 0;
+    for (int i = 1; i < calls.size(); ++i) {
+        if (calls[i].startsWith(QLatin1String("viWrite("))) {
+            QCOMPARE(calls[i - 1], QStringLiteral("viSetAttribute(100, 0x3FFF001A, 5000)"));
+            ++exchanges;
+        }
+    }
+    QCOMPARE(exchanges, m_instrument->queries().size());
 }
 
 void TestReadData::zeroPointsAndIdleConditionEndTheScan_data()
@@ -421,6 +534,23 @@ void TestReadData::terminationInASleepLeavesNothingBehind()
     QTRY_VERIFY_WITH_TIMEOUT(ended(), kPatienceMs);
     deliverSignals();
     QCOMPARE(log.lines(), QStringList());
+}
+
+void TestReadData::terminationWaitsForALogLine()
+{
+    // Unwinding out of a log line would end the process.
+    g_scanRunning = true;
+    m_instrument->setReplies(kPoints, {QStringLiteral("+2")});
+    m_instrument->setReplies(kFetchTwo, {QStringLiteral("#13+1 ")});
+    {
+        const SlowLog log;
+        m_thread->start();
+        QTRY_VERIFY_WITH_TIMEOUT(SlowLog::isLineBegun(), kPatienceMs);
+        m_thread->terminate();
+        QVERIFY(m_thread->wait(kPatienceMs));
+        QVERIFY(SlowLog::isLineWritten());
+    }
+    QCOMPARE(m_instrument->queries(), (QStringList{kPoints, kFetchTwo}));
 }
 
 void TestReadData::sleepsAreAtLeastAsLongAsTold()

@@ -530,7 +530,10 @@ void TestRecordDecoder::numbersReadAsQtReadsThem()
                                QStringLiteral("9007199254740993"),
                                QStringLiteral("123456789.123456789"),
                                QStringLiteral("0.000000000000000000000001"),
-                               QStringLiteral("1E0000000000001")};
+                               QStringLiteral("1E0000000000001"),
+                               QStringLiteral("1.5e-2147483648"),
+                               QStringLiteral("1e2147483648"),
+                               QStringLiteral("1e99999999999999999999")};
     std::mt19937 random(20240102);
     QStringList numbers = literals;
     constexpr int randomNumbers = 20000;
