@@ -8,7 +8,8 @@ QString lineText(QByteArray line)
 {
     if (line.endsWith('\r'))
         line.chop(1);
-    return QString::fromLocal8Bit(line);
+    // With its length: a zero byte is a character like others and makes no line shorter.
+    return QString::fromLocal8Bit(line.constData(), line.size());
 }
 
 } // namespace

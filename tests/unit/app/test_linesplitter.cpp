@@ -1,6 +1,7 @@
 #include "app/linesplitter.h"
 
 #include <QTest>
+#include <QTextCodec>
 
 class TestLineSplitter : public QObject
 {
@@ -29,6 +30,9 @@ void TestLineSplitter::cutsLines_data()
     QTest::newRow("only one carriage return goes")
         << QByteArray("a\r\r\n") << QStringList{QStringLiteral("a\r")};
     QTest::newRow("empty lines") << QByteArray("\n\r\n") << QStringList{QString(), QString()};
+    QTest::newRow("zero byte") << QByteArray("exit\0x\n\0y\n", 10)
+                               << QStringList{QStringLiteral("exit") + QChar(0) + QLatin1Char('x'),
+                                              QString(QChar(0)) + QLatin1Char('y')};
     QTest::newRow("unfinished") << QByteArray("a\nb") << QStringList{QStringLiteral("a")};
 }
 
@@ -64,8 +68,12 @@ void TestLineSplitter::unfinishedLineComesOnceAtTheEnd()
 void TestLineSplitter::textIsInTheLocalesEncoding()
 {
     LineSplitter splitter;
-    const QString text = QStringLiteral("通道");
-    QCOMPARE(splitter.feed(text.toLocal8Bit() + '\n'), QStringList{text});
+    QCOMPARE(splitter.feed("\xE9\n"), QStringList{QStringLiteral("\uFFFD")});
+    QTextCodec* const before = QTextCodec::codecForLocale();
+    QTextCodec::setCodecForLocale(QTextCodec::codecForName("ISO-8859-1"));
+    const QStringList lines = splitter.feed("\xE9\n");
+    QTextCodec::setCodecForLocale(before);
+    QCOMPARE(lines, QStringList{QStringLiteral("é")});
 }
 
 QTEST_GUILESS_MAIN(TestLineSplitter)

@@ -1,0 +1,83 @@
+#include "support/standardstreams_posix.h"
+
+#include <QFile>
+#include <QTest>
+
+#include <cstdio>
+#include <fcntl.h>
+#include <unistd.h>
+
+namespace {
+
+/// A second descriptor for the same stream, kept out of child processes.
+int duplicate(int descriptor)
+{
+    return ::fcntl(descriptor, F_DUPFD_CLOEXEC, 3);
+}
+
+} // namespace
+
+CapturedOutput::CapturedOutput()
+    : m_before(duplicate(STDOUT_FILENO))
+{
+    std::fflush(stdout);
+    if (m_file.open())
+        ::dup2(m_file.handle(), STDOUT_FILENO);
+}
+
+CapturedOutput::~CapturedOutput()
+{
+    std::fflush(stdout);
+    ::dup2(m_before, STDOUT_FILENO);
+    ::close(m_before);
+    if (QTest::currentTestFailed()) {
+        // The report of the failure was caught as well.
+        const QByteArray caught = flushed();
+        std::fwrite(caught.constData(), 1, static_cast<std::size_t>(caught.size()), stdout);
+    }
+}
+
+QByteArray CapturedOutput::flushed()
+{
+    // Read apart from the object's own handle: that one shares its position with the writer.
+    QFile file(m_file.fileName());
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+FedInput::FedInput()
+    : m_before(duplicate(STDIN_FILENO))
+{
+    int ends[2];
+    if (::pipe(ends) != 0)
+        return;
+    m_writeEnd = duplicate(ends[1]);
+    ::dup2(ends[0], STDIN_FILENO);
+    ::close(ends[0]);
+    ::close(ends[1]);
+}
+
+FedInput::~FedInput()
+{
+    close();
+    ::dup2(m_before, STDIN_FILENO);
+    ::close(m_before);
+}
+
+void FedInput::write(const QByteArray& bytes)
+{
+    int written = 0;
+    while (written < bytes.size()) {
+        const ssize_t count = ::write(m_writeEnd, bytes.constData() + written,
+                                      static_cast<std::size_t>(bytes.size() - written));
+        if (count <= 0)
+            return;
+        written += static_cast<int>(count);
+    }
+}
+
+void FedInput::close()
+{
+    if (m_writeEnd >= 0)
+        ::close(m_writeEnd);
+    m_writeEnd = -1;
+}

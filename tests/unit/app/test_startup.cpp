@@ -1,0 +1,192 @@
+#include "acquisition/measurementdata.h"
+#include "app/deletionfilter.h"
+#include "app/globals.h"
+#include "app/startup.h"
+#include "export/exportresult.h"
+#include "resources/resources.h"
+
+#include <QApplication>
+#include <QFile>
+#include <QPointer>
+#include <QSignalSpy>
+#include <QTemporaryDir>
+#include <QTest>
+#include <QTimer>
+#include <QVector>
+#include <QWidget>
+
+#include <qwt_legend_data.h>
+
+#include <cerrno>
+#include <csignal>
+#include <unistd.h>
+
+namespace {
+
+/// Counts its show events.
+class CountingWindow : public QWidget
+{
+public:
+    int shows = 0;
+
+protected:
+    void showEvent(QShowEvent*) override { ++shows; }
+};
+
+} // namespace
+
+/// The steps of main().
+class TestStartup : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void cleanup();
+
+    void metaTypesAreRegisteredInOrder();
+    void styleSheetOfTheBundleIsApplied();
+    void styleSheetIsUtf8UpToTheFirstZeroByte_data();
+    void styleSheetIsUtf8UpToTheFirstZeroByte();
+    void missingStyleSheetIsOneDebugLine();
+    void windowWithAnInstrumentIsShownAtOnce();
+    void windowWithoutInstrumentIsShownByTheEventLoop();
+    void windowThatHasGoneIsNotShown();
+    void closeInsideTheEventLoopDeletesNothing();
+    void writeToABrokenPipeFailsWithoutASignal();
+};
+
+void TestStartup::cleanup()
+{
+    qApp->setStyleSheet(QString());
+    g_instrumentConnected = false;
+}
+
+void TestStartup::metaTypesAreRegisteredInOrder()
+{
+    const char* const names[] = {"QList<QwtLegendData>", "MeasurementData",
+                                 "QList<MeasurementData>", "QVector<int>", "ExportResult"};
+    for (const char* const name : names)
+        QCOMPARE(QMetaType::type(name), static_cast<int>(QMetaType::UnknownType));
+    Startup::registerMetaTypes();
+    // Qt numbers the types as they come.
+    int last = 0;
+    for (const char* const name : names) {
+        const int type = QMetaType::type(name);
+        QVERIFY2(type > last, name);
+        last = type;
+    }
+    QCOMPARE(QMetaType::type("MeasurementData"), qMetaTypeId<MeasurementData>());
+    QCOMPARE(QMetaType::type("QList<MeasurementData>"), qMetaTypeId<QList<MeasurementData>>());
+    QCOMPARE(QMetaType::type("QVector<int>"), qMetaTypeId<QVector<int>>());
+    QCOMPARE(QMetaType::type("ExportResult"), qMetaTypeId<ExportResult>());
+}
+
+void TestStartup::styleSheetOfTheBundleIsApplied()
+{
+    initResources();
+    QFile file(QStringLiteral(":/qss/styles.qss"));
+    Startup::applyStyleSheet(file);
+    QVERIFY(!file.isOpen());
+    QVERIFY(qApp->styleSheet().contains(QLatin1String("QTabWidget")));
+    QVERIFY(file.open(QIODevice::ReadOnly));
+    QCOMPARE(qApp->styleSheet(), QString::fromUtf8(file.readAll()));
+}
+
+void TestStartup::styleSheetIsUtf8UpToTheFirstZeroByte_data()
+{
+    QTest::addColumn<QByteArray>("bytes");
+    QTest::addColumn<QString>("text");
+    QTest::newRow("whole") << QByteArray("/* a */ QWidget{}\n")
+                           << QStringLiteral("/* a */ QWidget{}\n");
+    QTest::newRow("UTF-8") << QByteArray("/* \xE6\xB8\xA9 */") << QStringLiteral("/* 温 */");
+    QTest::newRow("zero byte") << QByteArray("/* a */\0/* b */", 15) << QStringLiteral("/* a */");
+    QTest::newRow("text mode") << QByteArray("/* a\r\nb */\r\n") << QStringLiteral("/* a\nb */\n");
+    QTest::newRow("empty") << QByteArray() << QString();
+}
+
+void TestStartup::styleSheetIsUtf8UpToTheFirstZeroByte()
+{
+    QFETCH(QByteArray, bytes);
+    QFETCH(QString, text);
+    const QTemporaryDir directory;
+    QFile file(directory.filePath(QStringLiteral("sheet")));
+    QVERIFY(file.open(QIODevice::WriteOnly));
+    file.write(bytes);
+    file.close();
+    qApp->setStyleSheet(QStringLiteral("QLabel{}"));
+    Startup::applyStyleSheet(file);
+    QCOMPARE(qApp->styleSheet(), text);
+    QVERIFY(!file.isOpen());
+}
+
+void TestStartup::missingStyleSheetIsOneDebugLine()
+{
+    qApp->setStyleSheet(QStringLiteral("QLabel{}"));
+    QFile file(QStringLiteral(":/qss/no-such.qss"));
+    QTest::ignoreMessage(QtDebugMsg, "Failed to open style.qss: \"No such file or directory\"");
+    Startup::applyStyleSheet(file);
+    QCOMPARE(qApp->styleSheet(), QStringLiteral("QLabel{}"));
+}
+
+void TestStartup::windowWithAnInstrumentIsShownAtOnce()
+{
+    g_instrumentConnected = true;
+    CountingWindow window;
+    Startup::presentWindow(window);
+    QCOMPARE(window.pos(), QPoint(200, 200));
+    QVERIFY(window.isVisible());
+    QCOMPARE(window.shows, 1);
+    // Someone hides it before the event loop comes round: the queued show is there in any case.
+    window.hide();
+    QTRY_COMPARE(window.shows, 2);
+}
+
+void TestStartup::windowWithoutInstrumentIsShownByTheEventLoop()
+{
+    CountingWindow window;
+    Startup::presentWindow(window);
+    QCOMPARE(window.pos(), QPoint(200, 200));
+    QVERIFY(!window.isVisible());
+    QTRY_VERIFY(window.isVisible());
+    QCOMPARE(window.shows, 1);
+}
+
+void TestStartup::windowThatHasGoneIsNotShown()
+{
+    auto window = std::make_unique<CountingWindow>();
+    const QPointer<QWidget> alive(window.get());
+    Startup::presentWindow(*window);
+    window.reset();
+    QCoreApplication::processEvents();
+    QVERIFY(!alive);
+}
+
+void TestStartup::closeInsideTheEventLoopDeletesNothing()
+{
+    DeletionFilter filter;
+    QWidget window;
+    window.setAttribute(Qt::WA_DeleteOnClose);
+    window.installEventFilter(&filter);
+    const QSignalSpy destroyed(&window, &QObject::destroyed);
+    window.show();
+    QTimer::singleShot(0, &window, &QWidget::close);
+    QCOMPARE(QApplication::exec(), 0);
+    QVERIFY(!window.isVisible());
+    QCOMPARE(destroyed.count(), 0);
+}
+
+void TestStartup::writeToABrokenPipeFailsWithoutASignal()
+{
+    std::signal(SIGPIPE, SIG_DFL);
+    Startup::ignoreBrokenPipes();
+    int ends[2];
+    QCOMPARE(::pipe(ends), 0);
+    ::close(ends[0]);
+    errno = 0;
+    QCOMPARE(static_cast<int>(::write(ends[1], "x", 1)), -1);
+    QCOMPARE(errno, EPIPE);
+    ::close(ends[1]);
+}
+
+QTEST_MAIN(TestStartup)
+#include "test_startup.moc"
