@@ -1,11 +1,11 @@
 #include "dayfilewriter.h"
 #include "logcapture.h"
+#include "randomcases.h"
 
 #include "storage/connectionpool.h"
 #include "storage/curvedatadb.h"
 #include "storage/storeclock.h"
 
-#include <QRandomGenerator>
 #include <QSqlQuery>
 #include <QtTest>
 
@@ -15,7 +15,6 @@
 namespace {
 
 constexpr int kCurves = 20;
-constexpr int kRandomReads = 500;
 constexpr qint64 kDayMs = 86400000;
 
 /// The store's present: late on a winter day, so that all day files of the tests are past.
@@ -661,8 +660,8 @@ void TestCurveDataDBRead::pointsAreSortedAcrossTables()
 
 void TestCurveDataDBRead::readsEqualTheModel()
 {
-    const quint32 seed = QRandomGenerator::global()->generate();
-    qInfo("seed %u", seed);
+    const quint32 seed = randomSeed();
+    const int cases = randomCaseCount();
     QRandomGenerator random(seed);
     const qint64 first = localTime("2025-12-01 00:00:00.000");
     QVector<ModelDay> days;
@@ -689,7 +688,7 @@ void TestCurveDataDBRead::readsEqualTheModel()
         days.append(model);
     }
     const LogCapture log;
-    for (int round = 0; round < kRandomReads; ++round) {
+    for (int round = 0; round < cases; ++round) {
         const qint64 start = first + random.bounded(int(5 * kDayMs / 1000)) * qint64(1000);
         const qint64 length = random.bounded(int(kDayMs / 1000) << random.bounded(3));
         const qint64 end = start + length * 1000 - 5000;

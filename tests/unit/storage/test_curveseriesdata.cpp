@@ -1,5 +1,6 @@
 #include "dayfilewriter.h"
 #include "logcapture.h"
+#include "randomcases.h"
 
 #include "storage/connectionpool.h"
 #include "storage/curvedatadb.h"
@@ -7,7 +8,6 @@
 #include "storage/nonowningcurvedata.h"
 #include "storage/storeclock.h"
 
-#include <QRandomGenerator>
 #include <QSqlDatabase>
 #include <QSqlQuery>
 #include <QtTest>
@@ -18,7 +18,6 @@ namespace {
 
 constexpr int kLimit = 15000;
 constexpr int kCurves = 60;
-constexpr int kRandomWindows = 500;
 constexpr double kTiniestMaximum = 2.2250738585072014e-308;
 constexpr double kLargest = std::numeric_limits<double>::max();
 
@@ -533,8 +532,8 @@ void TestCurveSeriesData::visibleRangeIsThatOfThePointsOrTheOneAskedFor()
 
 void TestCurveSeriesData::windowsEqualTheModel()
 {
-    const quint32 seed = QRandomGenerator::global()->generate();
-    qInfo("seed %u", seed);
+    const quint32 seed = randomSeed();
+    const int cases = randomCaseCount();
     QRandomGenerator random(seed);
     const auto series = makeSeries();
     const qint64 midnight = today();
@@ -548,7 +547,7 @@ void TestCurveSeriesData::windowsEqualTheModel()
     series->addPoints(all);
     const QVector<QPointF> memory = all.mid(kLimit);
 
-    for (int round = 0; round < kRandomWindows; ++round) {
+    for (int round = 0; round < cases; ++round) {
         const qint64 start = midnight - 2000 + random.bounded(int(time - midnight) + 30000);
         const qint64 end = start + random.bounded(100000) - 500;
         const int maxPoints = random.bounded(4) == 0 ? 0 : 1 + random.bounded(12000);
