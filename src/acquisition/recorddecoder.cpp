@@ -154,16 +154,45 @@ QTime timeOfDay(int hour, int minute, QStringView seconds)
                  toInt(QStringView(fraction.data(), kMillisecondDigits)));
 }
 
-/// The unit's text, shared with the record before where it is the same.
-QString sharedUnit(QStringView text, QString& lastUnit)
+/// What a record finds out that the next one mostly needs again.
+struct LastFound
 {
-    if (text != lastUnit) {
-        lastUnit = text.toString();
+    QString unit;
+
+    /// An hour that the local clock shows only once.
+    QDate date;
+    int hour = -1;
+};
+
+/// Of two moments that a clock put back by an hour shows alike, the first. Which of them the C library
+/// takes depends on what any thread had it convert before, so that readings would jump to and fro.
+QDateTime firstMoment(const QDate& date, const QTime& time, LastFound& last)
+{
+    const QDateTime moment(date, time, Qt::LocalTime);
+    const bool isUnique = date == last.date && time.hour() == last.hour;
+    if (isUnique || !moment.isValid() || moment.isDaylightTime()) {
+        return moment;
     }
-    return lastUnit;
+    constexpr qint64 clockChangeSeconds = 3600;
+    const QDateTime earlier = moment.addSecs(-clockChangeSeconds);
+    if (earlier.time() == time) {
+        return earlier;
+    }
+    last.date = date;
+    last.hour = time.hour();
+    return moment;
 }
 
-void readFields(const RecordFields& fields, QString& lastUnit, MeasurementData& record)
+/// The unit's text, shared with the record before where it is the same.
+QString sharedUnit(QStringView text, LastFound& last)
+{
+    if (text != last.unit) {
+        last.unit = text.toString();
+    }
+    return last.unit;
+}
+
+void readFields(const RecordFields& fields, LastFound& last, MeasurementData& record)
 {
     // Trimmed, so that a blank has text on both sides.
     const QStringView reading = fields[ReadingField].trimmed();
@@ -173,13 +202,13 @@ void readFields(const RecordFields& fields, QString& lastUnit, MeasurementData& 
         return;
     }
     record.value = toDouble(reading.left(blank));
-    record.unit = sharedUnit(reading.mid(blank + 1), lastUnit);
+    record.unit = sharedUnit(reading.mid(blank + 1), last);
 
     const QDate date(toInt(fields[YearField]), toInt(fields[MonthField]), toInt(fields[DayField]));
     const QTime time =
         timeOfDay(toInt(fields[HourField]), toInt(fields[MinuteField]), fields[SecondsField]);
     // An invalid time would silently count as midnight, so it is looked at by itself.
-    const QDateTime moment = time.isValid() ? QDateTime(date, time, Qt::LocalTime) : QDateTime();
+    const QDateTime moment = time.isValid() ? firstMoment(date, time, last) : QDateTime();
     if (!moment.isValid()) {
         qWarning() << "无效的日期时间格式";
         return;
@@ -190,12 +219,12 @@ void readFields(const RecordFields& fields, QString& lastUnit, MeasurementData& 
     record.valid = true;
 }
 
-MeasurementData decodeFields(const RecordFields& fields, QString& lastUnit)
+MeasurementData decodeFields(const RecordFields& fields, LastFound& last)
 {
     MeasurementData record;
     // Not every exception: a terminated thread unwinds by one of its own, which must pass through.
     try {
-        readFields(fields, lastUnit, record);
+        readFields(fields, last, record);
     } catch (const std::exception&) {
         qWarning() << "解析数据时发生错误";
     }
@@ -225,7 +254,7 @@ QList<MeasurementData> decodeResponse(const QString& reply)
 
     RecordFields fields;
     std::size_t filled = 0;
-    QString lastUnit;
+    LastFound last;
     const QStringView text(reply);
     qsizetype begin = headerLength(text);
     while (begin < text.size()) {
@@ -241,7 +270,7 @@ QList<MeasurementData> decodeResponse(const QString& reply)
             continue;
         }
         filled = 0;
-        const MeasurementData record = decodeFields(fields, lastUnit);
+        const MeasurementData record = decodeFields(fields, last);
         if (record.valid) {
             batch.append(record);
         } else {
@@ -262,6 +291,6 @@ MeasurementData decodeRecord(const QStringList& fields)
     }
     RecordFields views;
     std::copy(fields.cbegin(), fields.cend(), views.begin());
-    QString lastUnit;
-    return decodeFields(views, lastUnit);
+    LastFound last;
+    return decodeFields(views, last);
 }

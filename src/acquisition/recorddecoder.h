@@ -18,5 +18,6 @@ QList<MeasurementData> decodeResponse(const QString& reply);
 
 /// Decodes the nine fields of one record. The result's `valid` is false, and a warning logged, when
 /// the count is not nine, field 0 is not a number, a blank and a unit, or the time stamp names no
-/// moment of local time. Numbers that do not parse read as 0. Without state, any thread.
+/// moment of local time. A time that the zone shows twice is the first of the two. Numbers that do not
+/// parse read as 0. Without state, any thread.
 MeasurementData decodeRecord(const QStringList& fields);

@@ -92,6 +92,10 @@ QList<MeasurementData> plainlyDecoded(const QString& reply)
         record.value = reading.left(blank).toDouble();
         record.unit = reading.mid(blank + 1);
         record.time = QDateTime(date, time, Qt::LocalTime);
+        const QDateTime earlier = record.time.addSecs(-3600);
+        if (earlier.time() == time) {
+            record.time = earlier;
+        }
         record.channel = fields[7].toInt();
         record.alarm = fields[8].toInt();
         record.valid = true;
@@ -177,7 +181,8 @@ private slots:
     void wrongFieldCountIsRefused();
     void failingAllocationCostsOnlyTheRecord();
     void hourThatTheZoneSkipsIsDropped();
-    void hourThatTheZoneRepeatsIsQtsOwn();
+    void hourThatTheZoneRepeatsIsTheFirst_data();
+    void hourThatTheZoneRepeatsIsTheFirst();
     void numbersReadAsQtReadsThem();
     void damagedRepliesDecodeAsToldPlainly();
     void threadDecodesLikeTheFreeFunctions();
@@ -489,17 +494,40 @@ void TestRecordDecoder::hourThatTheZoneSkipsIsDropped()
     QCOMPARE(log.lines(), (QStringList{kBadTime, kSkipped}));
 }
 
-void TestRecordDecoder::hourThatTheZoneRepeatsIsQtsOwn()
+void TestRecordDecoder::hourThatTheZoneRepeatsIsTheFirst_data()
 {
-    const TimeZone zone(kCentralEurope);
-    for (const int hour : {1, 2, 3}) {
-        const auto batch =
-            decodeResponse(QStringLiteral("+1 V,2024,10,27,%1,30,0,101,0").arg(hour));
-        QCOMPARE(batch.size(), 1);
-        const QDateTime expected(QDate(2024, 10, 27), QTime(hour, 30));
-        QCOMPARE(batch.first().time.toMSecsSinceEpoch(), expected.toMSecsSinceEpoch());
-        QCOMPARE(batch.first().time.time(), QTime(hour, 30));
+    QTest::addColumn<int>("monthBefore");
+    QTest::addColumn<QTime>("time");
+    QTest::addColumn<qint64>("moment");
+    for (const int month : {7, 12}) {
+        const auto add = [month](int hour, qint64 moment) {
+            QTest::addRow("%d h after month %d", hour, month) << month << QTime(hour, 30) << moment;
+        };
+        add(1, Q_INT64_C(1729985400000));
+        add(2, Q_INT64_C(1729989000000));
+        add(3, Q_INT64_C(1729996200000));
     }
+}
+
+void TestRecordDecoder::hourThatTheZoneRepeatsIsTheFirst()
+{
+    QFETCH(const int, monthBefore);
+    QFETCH(const QTime, time);
+    QFETCH(const qint64, moment);
+    const TimeZone zone(kCentralEurope);
+    // The C library's choice follows the season of what it converted last.
+    QVERIFY(QDateTime(QDate(2024, monthBefore, 1), QTime(12, 0)).isValid());
+    const auto batch = decodeResponse(QStringLiteral("+1 V,2024,10,27,%1,30,0,101,0,"
+                                                     "+1 V,2024,12,1,12,0,0,101,0,"
+                                                     "+1 V,2024,10,27,%1,45,0,101,0")
+                                          .arg(time.hour()));
+    QCOMPARE(batch.size(), 3);
+    QCOMPARE(batch[0].time.toMSecsSinceEpoch(), moment);
+    QCOMPARE(batch[0].time.time(), time);
+    QCOMPARE(batch[0].time.timeSpec(), Qt::LocalTime);
+    constexpr qint64 quarterMs = 15 * 60 * 1000;
+    QCOMPARE(batch[2].time.toMSecsSinceEpoch(), moment + quarterMs);
+    QCOMPARE(batch[2].time.timeSpec(), Qt::LocalTime);
 }
 
 void TestRecordDecoder::numbersReadAsQtReadsThem()
