@@ -1,0 +1,188 @@
+#include "plot/curvetracker.h"
+
+#include "app/globals.h"
+#include "common/threadassert.h"
+#include "plot/curvesamples.h"
+
+#include <QDateTime>
+
+#include <qwt_plot.h>
+#include <qwt_plot_curve.h>
+#include <qwt_scale_map.h>
+#include <qwt_text.h>
+
+#include <cmath>
+
+namespace {
+
+/// Samples as far away as this, in pixels or in data units, are never picked.
+constexpr double kNoDistance = 1000000.0;
+
+/// The pointer must be nearer than this to a sample.
+constexpr double kPickDistancePixels = 10.0;
+
+/// Pixels are held to this range so that they fit an int; what lies outside is too far to be picked.
+constexpr int kPixelLimit = 1 << 30;
+
+/// A scale position as a whole pixel, truncated.
+int toPixel(const QwtScaleMap& map, double value)
+{
+    const double pixel = map.transform(value);
+    if (!(pixel > -kPixelLimit))
+        return -kPixelLimit;
+    if (!(pixel < kPixelLimit))
+        return kPixelLimit;
+    return static_cast<int>(pixel);
+}
+
+bool hasSample(const QwtPlotCurve* curve, int index)
+{
+    return curve && curve->data() && index >= 0 && static_cast<size_t>(index) < curve->dataSize();
+}
+
+/// Search for the sample nearest to a position on screen. Distances are compared as squares of whole
+/// pixels, which orders them exactly as the distances themselves.
+class PixelSearch
+{
+public:
+    PixelSearch(const QwtScaleMap& xMap, const QwtScaleMap& yMap, const QPointF& pos)
+        : m_xMap(xMap)
+        , m_yMap(yMap)
+        , m_x(toPixel(xMap, pos.x()))
+        , m_y(toPixel(yMap, pos.y()))
+    {
+    }
+
+    bool isOnScreen() const { return std::abs(m_x) < kPixelLimit && std::abs(m_y) < kPixelLimit; }
+
+    /// True if a sample of `samples` is nearer than all before.
+    bool offer(const CurveSamples& samples)
+    {
+        qint64 best = m_best;
+        for (int index = 0; index < samples.count(); ++index) {
+            const QPointF sample = samples.display(index);
+            const qint64 dx = toPixel(m_xMap, sample.x()) - qint64(m_x);
+            if (dx * dx >= best)
+                continue;
+            const qint64 dy = toPixel(m_yMap, sample.y()) - qint64(m_y);
+            best = qMin(best, dx * dx + dy * dy);
+        }
+        const bool nearer = best < m_best;
+        m_best = best;
+        return nearer;
+    }
+
+    double distance() const { return std::sqrt(static_cast<double>(m_best)); }
+
+private:
+    const QwtScaleMap m_xMap;
+    const QwtScaleMap m_yMap;
+    const int m_x;
+    const int m_y;
+    qint64 m_best = qint64(kNoDistance) * qint64(kNoDistance);
+};
+
+/// Index of the first of the samples nearest to `pos` in data units, -1 if all are too far. The
+/// x unit is the millisecond, so in effect time decides.
+int nearestInDataUnits(const CurveSamples& samples, const QPointF& pos)
+{
+    int nearest = -1;
+    double distance = kNoDistance;
+    double square = kNoDistance * kNoDistance;
+    for (int index = 0; index < samples.count(); ++index) {
+        const QPointF away = samples.raw(index) - pos;
+        const double candidate = away.x() * away.x() + away.y() * away.y();
+        if (!(candidate < square))
+            continue;
+        // Two squares can have the same root: it is the roots that decide.
+        const double root = std::sqrt(candidate);
+        if (root < distance) {
+            nearest = index;
+            distance = root;
+            square = candidate;
+        }
+    }
+    return nearest;
+}
+
+QString readoutText(const QString& title, qint64 timeMs, double value)
+{
+    const QString time =
+        QDateTime::fromMSecsSinceEpoch(timeMs).toString(QStringLiteral(" yyyy:MM:dd HH:mm:ss "));
+    // A channel that is not in the scan list is entered with an empty unit.
+    const QString unit = g_scanChannels[title.toInt()];
+    return QStringLiteral("\n%1\n%2\n%3 %4\n")
+        .arg(title, time, QString::number(value, 'f', 5), unit);
+}
+
+QwtText styledReadout(const QString& content, const QColor& color)
+{
+    QwtText text(content);
+    QFont font = text.font();
+    font.setPointSize(10);
+    text.setFont(font);
+    text.setColor(color);
+    text.setBackgroundBrush(QBrush(Qt::black));
+    text.setBorderPen(QPen(QBrush(Qt::gray), 2.0, Qt::SolidLine, Qt::SquareCap, Qt::BevelJoin));
+    text.setBorderRadius(3.0);
+    return text;
+}
+
+} // namespace
+
+CurveTracker::CurveTracker(int xAxis, int yAxis, RubberBand rubberBand, DisplayMode trackerMode,
+                           QWidget* canvas)
+    : QwtPlotPicker(xAxis, yAxis, rubberBand, trackerMode, canvas)
+{
+    assertGuiThread();
+}
+
+void CurveTracker::setCurves(const QList<QwtPlotCurve*>& curves)
+{
+    assertGuiThread();
+    m_curves = curves;
+}
+
+QPointF CurveTracker::displaySample(const QwtPlotCurve* curve, int index) const
+{
+    return hasSample(curve, index) ? CurveSamples(curve).display(index) : QPointF();
+}
+
+QPointF CurveTracker::rawSample(const QwtPlotCurve* curve, int index) const
+{
+    return hasSample(curve, index) ? CurveSamples(curve).raw(index) : QPointF();
+}
+
+QwtPlotCurve* CurveTracker::nearestCurve(const QPointF& pos, double* distance) const
+{
+    assertGuiThread();
+    *distance = kNoDistance;
+    if (!plot())
+        return nullptr;
+    PixelSearch search(plot()->canvasMap(xAxis()), plot()->canvasMap(yAxis()), pos);
+    if (!search.isOnScreen())
+        return nullptr;
+    QwtPlotCurve* nearest = nullptr;
+    for (QwtPlotCurve* curve : m_curves) {
+        if (curve && curve->isVisible() && curve->plot() == plot() &&
+            search.offer(CurveSamples(curve)))
+            nearest = curve;
+    }
+    *distance = search.distance();
+    return nearest;
+}
+
+QwtText CurveTracker::trackerTextF(const QPointF& pos) const
+{
+    assertGuiThread();
+    double distance = 0.0;
+    const QwtPlotCurve* curve = nearestCurve(pos, &distance);
+    if (!curve || !(distance < kPickDistancePixels))
+        return QwtText();
+    const CurveSamples samples(curve);
+    const int index = nearestInDataUnits(samples, pos);
+    const QPointF sample = index >= 0 ? samples.raw(index) : QPointF();
+    const QString text =
+        readoutText(curve->title().text(), static_cast<qint64>(sample.x()), sample.y());
+    return styledReadout(text, curve->pen().color());
+}

@@ -1,0 +1,20 @@
+#pragma once
+
+#include <qwt_plot_magnifier.h>
+
+/// Magnifier of a plot that tells when it has zoomed. GUI thread only.
+class CustomMagnifier : public QwtPlotMagnifier
+{
+    Q_OBJECT
+    Q_DISABLE_COPY_MOVE(CustomMagnifier)
+
+public:
+    explicit CustomMagnifier(QWidget* canvas);
+
+signals:
+    /// The plot has been rescaled by `factor`: below 1 zooms in, above 1 zooms out.
+    void zoomed(double factor);
+
+protected:
+    void rescale(double factor) override;
+};

@@ -1,0 +1,182 @@
+#pragma once
+
+#include "plot/ccurveplot.h"
+#include "storage/curvedatadb.h"
+#include "storage/curveseriesdata.h"
+
+#include <QCoreApplication>
+#include <QDateTime>
+#include <QDir>
+#include <QVector>
+#include <QWheelEvent>
+#include <QWindow>
+#include <QtTest>
+
+#include <qwt_interval.h>
+
+#include <memory>
+#include <vector>
+
+/// What the tests of the plot share: a plot that counts its replots, series over a store of their
+/// own, and input as a user makes it.
+namespace plotsupport {
+
+/// Noon of today, ms since the epoch: readings of today go into a day file that is there already.
+inline qint64 noonToday()
+{
+    return QDateTime(QDate::currentDate(), QTime(12, 0)).toMSecsSinceEpoch();
+}
+
+/// A plot that counts how often it is drawn anew.
+class CountingPlot : public CCurvePlot
+{
+public:
+    void replot() override
+    {
+        ++replots;
+        CCurvePlot::replot();
+    }
+
+    int replots = 0;
+};
+
+/// Series over a store below the test program. Registering a name takes a while, so each series
+/// serves test after test.
+class SeriesPool
+{
+public:
+    /// `directoryName`: name of the store's directory, one per test program.
+    explicit SeriesPool(const QString& directoryName)
+        : m_directoryName(directoryName)
+    {
+        directory().removeRecursively();
+    }
+
+    ~SeriesPool()
+    {
+        CurveDataDB::shutdown();
+        directory().removeRecursively();
+    }
+
+    Q_DISABLE_COPY_MOVE(SeriesPool)
+
+    /// Empty series `index`: nothing in memory, on display or in the store. It keeps the range that
+    /// it was last asked to load as its visible range, 0 to 0 at first.
+    CurveSeriesData* empty(size_t index)
+    {
+        CurveSeriesData* series = get(m_empty, index, 201);
+        series->loadWindow(0, 0, 1, 0.0);
+        return series;
+    }
+
+    /// Series `index` with `points` on display and in memory, shifted by `offset`. What it had
+    /// before is left in the store.
+    CurveSeriesData* loaded(size_t index, const QVector<QPointF>& points, double offset = 0.0)
+    {
+        CurveSeriesData* series = get(m_loaded, index, 101);
+        series->clear();
+        series->addPoints(points);
+        if (!points.isEmpty())
+            series->loadWindow(qint64(points.first().x()), qint64(points.last().x()), 0, offset);
+        return series;
+    }
+
+private:
+    QDir directory() const
+    {
+        return QDir(QCoreApplication::applicationDirPath() + QLatin1Char('/') + m_directoryName);
+    }
+
+    using Series = std::vector<std::unique_ptr<CurveSeriesData>>;
+
+    CurveSeriesData* get(Series& series, size_t index, size_t firstChannel) const
+    {
+        while (series.size() <= index) {
+            const QString name = QStringLiteral("%1(VDC)").arg(firstChannel + series.size());
+            series.push_back(std::make_unique<CurveSeriesData>(name, m_directoryName));
+        }
+        return series[index].get();
+    }
+
+    QString m_directoryName;
+    Series m_empty;
+    Series m_loaded;
+};
+
+inline QwtInterval timeBounds(const QwtPlot& plot)
+{
+    return plot.axisInterval(QwtPlot::xBottom);
+}
+
+inline QwtInterval valueBounds(const QwtPlot& plot)
+{
+    return plot.axisInterval(QwtPlot::yLeft);
+}
+
+/// Bounds of the time axis as whole milliseconds: compared as doubles, a millisecond more or less
+/// would pass for equal.
+inline qint64 lowerMs(const QwtPlot& plot)
+{
+    return qRound64(timeBounds(plot).minValue());
+}
+
+inline qint64 upperMs(const QwtPlot& plot)
+{
+    return qRound64(timeBounds(plot).maxValue());
+}
+
+/// Shows `plot` and waits until the events of being shown are through.
+inline bool showSettled(QWidget& plot)
+{
+    plot.show();
+    const bool exposed = QTest::qWaitForWindowExposed(&plot);
+    QTest::qWait(20);
+    return exposed;
+}
+
+/// Turns the wheel over the middle of the canvas; a positive `notches` is away from the user.
+inline void turnWheel(QwtPlot& plot, int notches)
+{
+    QWidget* canvas = plot.canvas();
+    const QPoint pos = canvas->rect().center();
+    QWheelEvent event(pos, canvas->mapToGlobal(pos), QPoint(), QPoint(0, 120 * notches),
+                      Qt::NoButton, Qt::NoModifier, Qt::NoScrollPhase, false);
+    QCoreApplication::sendEvent(canvas, &event);
+}
+
+/// A mouse on the window of a plot. Positions are those of the canvas where it lies at that moment:
+/// the labels of the time axis can shift it.
+class Mouse
+{
+public:
+    explicit Mouse(QwtPlot& plot)
+        : m_plot(plot)
+    {
+    }
+
+    void press(const QPoint& pos, Qt::MouseButton button = Qt::LeftButton)
+    {
+        m_inWindow = m_plot.canvas()->mapTo(m_plot.window(), pos);
+        QTest::mousePress(window(), button, Qt::NoModifier, m_inWindow);
+    }
+
+    void move(const QPoint& pos)
+    {
+        m_inWindow = m_plot.canvas()->mapTo(m_plot.window(), pos);
+        QTest::mouseMove(window(), m_inWindow);
+    }
+
+    /// Releases the button where the mouse is.
+    void release(Qt::MouseButton button = Qt::LeftButton)
+    {
+        QTest::mouseRelease(window(), button, Qt::NoModifier, m_inWindow);
+    }
+
+private:
+    QWindow* window() const { return m_plot.window()->windowHandle(); }
+
+    QwtPlot& m_plot;
+    QPoint m_inWindow;
+};
+
+} // namespace plotsupport

@@ -1,0 +1,198 @@
+#include "plot/seriescurve.h"
+
+#include <QImage>
+#include <QPainter>
+#include <QRandomGenerator>
+#include <QtTest>
+
+#include <qwt_painter.h>
+#include <qwt_plot_curve.h>
+#include <qwt_scale_map.h>
+
+#include <cmath>
+
+namespace {
+
+constexpr int kWidth = 120;
+constexpr int kHeight = 80;
+
+QwtScaleMap scaleMap(double s1, double s2, double p1, double p2)
+{
+    QwtScaleMap map;
+    map.setScaleInterval(s1, s2);
+    map.setPaintInterval(p1, p2);
+    return map;
+}
+
+struct View
+{
+    double left = 0.0;
+    double right = 1000.0;
+    double bottom = 0.0;
+    double top = 100.0;
+};
+
+/// Counts the points that reach the paint engine's poly-lines.
+int drawnPixels(const QImage& image)
+{
+    int drawn = 0;
+    for (int y = 0; y < image.height(); ++y) {
+        for (int x = 0; x < image.width(); ++x)
+            drawn += image.pixelColor(x, y) == QColor(Qt::white) ? 0 : 1;
+    }
+    return drawn;
+}
+
+QImage painted(const QwtPlotCurve& curve, const View& view, bool antialiased = false)
+{
+    QImage image(kWidth, kHeight, QImage::Format_ARGB32_Premultiplied);
+    image.fill(Qt::white);
+    QPainter painter(&image);
+    painter.setClipRect(image.rect());
+    painter.setRenderHint(QPainter::Antialiasing, antialiased);
+    curve.drawSeries(&painter, scaleMap(view.left, view.right, 0.0, kWidth - 1.0),
+                     scaleMap(view.bottom, view.top, kHeight - 1.0, 0.0), QRectF(image.rect()), 0,
+                     -1);
+    return image;
+}
+
+QVector<QPointF> randomSamples(QRandomGenerator& random)
+{
+    QVector<QPointF> samples;
+    const int count = random.bounded(2000);
+    const bool inOrder = random.bounded(4) != 0;
+    const double jump = std::pow(10.0, random.bounded(3));
+    double y = 50.0;
+    for (int i = 0; i < count; ++i) {
+        y += jump * (random.generateDouble() - 0.5);
+        if (random.bounded(200) == 0)
+            y = random.bounded(100.0);
+        const double overload = random.bounded(500) == 0 ? 9.9e37 : y;
+        const double x = inOrder ? 1000.0 * i / count : random.bounded(1000.0);
+        samples.append(QPointF(x, overload));
+    }
+    return samples;
+}
+
+} // namespace
+
+/// The curve against the library's, pixel by pixel.
+class TestSeriesCurve : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void initTestCase() { QwtPainter::setPolylineSplitting(true); }
+
+    void paintsTheSamePixels_data();
+    void paintsTheSamePixels();
+    void paintsTheSamePixelsOfRandomCurves();
+    void leavesOtherLinesToTheLibrary_data();
+    void leavesOtherLinesToTheLibrary();
+    void emptyCurvePaintsNothing();
+};
+
+void TestSeriesCurve::paintsTheSamePixels_data()
+{
+    QTest::addColumn<QVector<QPointF>>("samples");
+    using Samples = QVector<QPointF>;
+    QTest::newRow("one sample") << Samples{{500.0, 50.0}};
+    QTest::newRow("one pixel") << Samples{{500.0, 50.0}, {500.1, 50.1}};
+    QTest::newRow("one column") << Samples{
+        {500.0, 50.0}, {500.1, 20.0}, {500.2, 80.0}, {500.3, 60.0}};
+    QTest::newRow("lowest first") << Samples{{100.0, 10.0}, {100.1, 90.0}, {500.0, 50.0}};
+    QTest::newRow("highest first") << Samples{{100.0, 90.0}, {100.1, 10.0}, {500.0, 50.0}};
+    QTest::newRow("backwards") << Samples{
+        {900.0, 90.0}, {100.0, 10.0}, {100.1, 40.0}, {500.0, 50.0}};
+    QTest::newRow("flat") << Samples{{100.0, 50.0}, {500.0, 50.0}, {900.0, 50.0}};
+    QTest::newRow("on the edges") << Samples{
+        {0.0, 0.0}, {1000.0, 100.0}, {0.0, 100.0}, {-8.0, 50.0}};
+    QTest::newRow("just outside") << Samples{
+        {-9.0, 50.0}, {500.0, -1.5}, {1009.0, 101.5}, {400.0, 50.0}};
+    QTest::newRow("out to the left") << Samples{{-9e15, 90.0}, {100.0, 10.0}, {500.0, 50.0}};
+    QTest::newRow("overload") << Samples{
+        {100.0, 10.0}, {101.0, 9.9e37}, {102.0, 20.0}, {500.0, -9.9e37}};
+    QTest::newRow("overload alone in a column")
+        << Samples{{100.0, 10.0}, {300.0, 9.9e37}, {500.0, 20.0}};
+}
+
+void TestSeriesCurve::paintsTheSamePixels()
+{
+    QFETCH(QVector<QPointF>, samples);
+    QwtPlotCurve library;
+    SeriesCurve quick;
+    for (QwtPlotCurve* curve : {&library, static_cast<QwtPlotCurve*>(&quick)}) {
+        curve->setPen(Qt::red, 0.0);
+        curve->setSamples(samples);
+    }
+    QCOMPARE(painted(quick, View()), painted(library, View()));
+}
+
+void TestSeriesCurve::paintsTheSamePixelsOfRandomCurves()
+{
+    const quint32 seed = QRandomGenerator::global()->generate();
+    qInfo() << "seed" << seed;
+    QRandomGenerator random(seed);
+    qint64 drawn = 0;
+    for (int i = 0; i < 500; ++i) {
+        const QVector<QPointF> samples = randomSamples(random);
+        QwtPlotCurve library;
+        SeriesCurve quick;
+        for (QwtPlotCurve* curve : {&library, static_cast<QwtPlotCurve*>(&quick)}) {
+            curve->setPen(Qt::red, i % 2 == 0 ? 0.0 : 1.0);
+            curve->setSamples(samples);
+        }
+        View view;
+        if (i % 3 != 0) {
+            view.left = random.bounded(900.0);
+            view.right = view.left + std::pow(10.0, random.bounded(6.0) - 3.0);
+            view.bottom = random.bounded(80.0);
+            view.top = view.bottom + std::pow(10.0, random.bounded(5.0) - 3.0);
+        }
+        const QImage expected = painted(library, view);
+        drawn += drawnPixels(expected);
+        QVERIFY2(painted(quick, view) == expected, qPrintable(QStringLiteral("curve %1").arg(i)));
+    }
+    QVERIFY(drawn > 10000);
+}
+
+void TestSeriesCurve::leavesOtherLinesToTheLibrary_data()
+{
+    QTest::addColumn<QPen>("pen");
+    QTest::addColumn<QBrush>("brush");
+    QTest::addColumn<bool>("antialiased");
+    const QPen thin(Qt::red, 0.0);
+    QTest::newRow("thick") << QPen(Qt::red, 3.0) << QBrush() << false;
+    QTest::newRow("dashed") << QPen(Qt::red, 0.0, Qt::DashLine) << QBrush() << false;
+    QTest::newRow("translucent") << QPen(QColor(255, 0, 0, 90), 0.0) << QBrush() << false;
+    QTest::newRow("filled") << thin << QBrush(Qt::blue) << false;
+    QTest::newRow("antialiased") << thin << QBrush() << true;
+}
+
+void TestSeriesCurve::leavesOtherLinesToTheLibrary()
+{
+    QFETCH(QPen, pen);
+    QFETCH(QBrush, brush);
+    QFETCH(bool, antialiased);
+    QVector<QPointF> samples;
+    for (int i = 0; i < 2000; ++i)
+        samples.append(QPointF(0.5 * i, 50.0 + 40.0 * std::sin(0.7 * i)));
+    QwtPlotCurve library;
+    SeriesCurve quick;
+    for (QwtPlotCurve* curve : {&library, static_cast<QwtPlotCurve*>(&quick)}) {
+        curve->setPen(pen);
+        curve->setBrush(brush);
+        curve->setSamples(samples);
+    }
+    QCOMPARE(painted(quick, View(), antialiased), painted(library, View(), antialiased));
+}
+
+void TestSeriesCurve::emptyCurvePaintsNothing()
+{
+    SeriesCurve quick;
+    quick.setPen(Qt::red, 0.0);
+    QCOMPARE(drawnPixels(painted(quick, View())), 0);
+}
+
+QTEST_MAIN(TestSeriesCurve)
+#include "test_seriescurve.moc"
