@@ -1,0 +1,100 @@
+// The cost of one reload and replot of a chart, against a bare painter that draws the same thinned
+// poly-lines, already turned into pixels, into an image of the size of the canvas.
+
+#include "alternatingrounds.h"
+#include "plotbench.h"
+
+#include <benchmark/benchmark.h>
+
+#include <QApplication>
+#include <QImage>
+#include <QPainter>
+
+#include <qwt_scale_map.h>
+
+namespace {
+
+constexpr int kRounds = 21;
+constexpr int kReplotsPerRound = 2;
+constexpr double kLimit = 1.5;
+
+/// The poly-lines that the plot shows, in pixels, and the pens that it draws them with.
+class Yardstick
+{
+public:
+    explicit Yardstick(PlotBench& bench)
+        : m_image(bench.plot().canvas()->size(), QImage::Format_ARGB32_Premultiplied)
+    {
+        const QwtScaleMap xMap = bench.plot().canvasMap(QwtPlot::xBottom);
+        const QwtScaleMap yMap = bench.plot().canvasMap(QwtPlot::yLeft);
+        for (int channel = 0; channel < PlotBench::kCurves; ++channel) {
+            QPolygonF line;
+            for (const QPointF& point : bench.series(channel).visiblePoints())
+                line.append(QwtScaleMap::transform(xMap, yMap, point).toPoint());
+            m_lines.push_back(line);
+            m_pens.push_back(bench.curves()[static_cast<size_t>(channel)]->pen());
+        }
+    }
+
+    void draw()
+    {
+        m_image.fill(Qt::white);
+        QPainter painter(&m_image);
+        // As on a widget: without a clip the painter takes a much slower way.
+        painter.setClipRect(m_image.rect());
+        for (size_t i = 0; i < m_lines.size(); ++i) {
+            painter.setPen(m_pens[i]);
+            painter.drawPolyline(m_lines[i]);
+        }
+    }
+
+private:
+    QImage m_image;
+    std::vector<QPolygonF> m_lines;
+    std::vector<QPen> m_pens;
+};
+
+void reloadAndReplot(benchmark::State& state, PlotBench::Signal signal)
+{
+    PlotBench bench(signal);
+    if (bench.plot().canvas()->size() != QSize(PlotBench::kCanvasWidth, PlotBench::kCanvasHeight) ||
+        bench.series(0).size() != PlotBench::kPoints) {
+        state.SkipWithError("the chart is not the one to be measured");
+        return;
+    }
+    Yardstick yardstick(bench);
+    for (auto _ : state) {
+        const AlternatingResult result = measureAlternating(
+            kRounds, kReplotsPerRound,
+            [&bench] {
+                for (int i = 0; i < kReplotsPerRound; ++i)
+                    bench.reload();
+            },
+            [&yardstick] {
+                for (int i = 0; i < kReplotsPerRound; ++i)
+                    yardstick.draw();
+            });
+        reportRatio(state, result, kLimit);
+    }
+}
+
+BENCHMARK_CAPTURE(reloadAndReplot, quiet, PlotBench::Signal::Quiet)
+    ->Iterations(1)
+    ->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(reloadAndReplot, noisy, PlotBench::Signal::Noisy)
+    ->Iterations(1)
+    ->Unit(benchmark::kMillisecond);
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    qputenv("QT_QPA_PLATFORM", "offscreen");
+    const QApplication application(argc, argv);
+    benchmark::Initialize(&argc, argv);
+    PlotBench::removeStore();
+    benchmark::RunSpecifiedBenchmarks();
+    CurveDataDB::shutdown();
+    PlotBench::removeStore();
+    return 0;
+}

@@ -1,0 +1,133 @@
+// The cost of one read-out under the pointer, against a bare loop over the same samples that turns
+// each into a pixel and keeps the nearest.
+
+#include "alternatingrounds.h"
+#include "plotbench.h"
+
+#include "plot/curvetracker.h"
+
+#include <benchmark/benchmark.h>
+
+#include <QApplication>
+
+#include <qwt_scale_map.h>
+#include <qwt_text.h>
+
+namespace {
+
+constexpr int kRounds = 31;
+constexpr int kPositionsPerRound = 40;
+constexpr double kLimit = 3.0;
+
+/// A linear scale as two numbers.
+struct Scale
+{
+    explicit Scale(const QwtScaleMap& map)
+        : factor((map.p2() - map.p1()) / (map.s2() - map.s1()))
+        , base(map.p1())
+        , start(map.s1())
+    {
+    }
+    int pixel(double value) const { return static_cast<int>(base + (value - start) * factor); }
+
+    double factor;
+    double base;
+    double start;
+};
+
+class Yardstick
+{
+public:
+    explicit Yardstick(PlotBench& bench)
+        : m_x(bench.plot().canvasMap(QwtPlot::xBottom))
+        , m_y(bench.plot().canvasMap(QwtPlot::yLeft))
+    {
+        for (int channel = 0; channel < PlotBench::kCurves; ++channel)
+            m_samples.push_back(bench.series(channel).visiblePoints());
+    }
+
+    /// Square of the distance from `pos` to the nearest sample, in pixels.
+    int nearest(const QPointF& pos) const
+    {
+        const int x = m_x.pixel(pos.x());
+        const int y = m_y.pixel(pos.y());
+        int best = std::numeric_limits<int>::max();
+        for (const QVector<QPointF>& samples : m_samples) {
+            for (const QPointF& sample : samples) {
+                const int dx = m_x.pixel(sample.x()) - x;
+                const int dy = m_y.pixel(sample.y()) - y;
+                best = std::min(best, dx * dx + dy * dy);
+            }
+        }
+        return best;
+    }
+
+private:
+    Scale m_x;
+    Scale m_y;
+    std::vector<QVector<QPointF>> m_samples;
+};
+
+/// Positions all over the canvas.
+std::vector<QPointF> positions(PlotBench& bench)
+{
+    const QwtScaleMap xMap = bench.plot().canvasMap(QwtPlot::xBottom);
+    const QwtScaleMap yMap = bench.plot().canvasMap(QwtPlot::yLeft);
+    QRandomGenerator random(1);
+    std::vector<QPointF> all;
+    for (int i = 0; i < kPositionsPerRound; ++i) {
+        all.emplace_back(xMap.invTransform(random.bounded(double(PlotBench::kCanvasWidth))),
+                         yMap.invTransform(random.bounded(double(PlotBench::kCanvasHeight))));
+    }
+    return all;
+}
+
+void readout(benchmark::State& state, PlotBench::Signal signal)
+{
+    PlotBench bench(signal);
+    const auto* tracker = bench.plot().canvas()->findChild<CurveTracker*>();
+    const Yardstick yardstick(bench);
+    const std::vector<QPointF> places = positions(bench);
+    for (const QPointF& pos : places) {
+        double distance = 0.0;
+        const bool found = tracker->nearestCurve(pos, &distance);
+        if (!found || std::lround(distance * distance) != yardstick.nearest(pos)) {
+            state.SkipWithError("the two do not look for the same");
+            return;
+        }
+    }
+    for (auto _ : state) {
+        const AlternatingResult result = measureAlternating(
+            kRounds, kPositionsPerRound,
+            [&] {
+                for (const QPointF& pos : places)
+                    benchmark::DoNotOptimize(tracker->trackerTextF(pos));
+            },
+            [&] {
+                for (const QPointF& pos : places)
+                    benchmark::DoNotOptimize(yardstick.nearest(pos));
+            });
+        reportRatio(state, result, kLimit);
+    }
+}
+
+BENCHMARK_CAPTURE(readout, quiet, PlotBench::Signal::Quiet)
+    ->Iterations(1)
+    ->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(readout, noisy, PlotBench::Signal::Noisy)
+    ->Iterations(1)
+    ->Unit(benchmark::kMillisecond);
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    qputenv("QT_QPA_PLATFORM", "offscreen");
+    const QApplication application(argc, argv);
+    benchmark::Initialize(&argc, argv);
+    PlotBench::removeStore();
+    benchmark::RunSpecifiedBenchmarks();
+    CurveDataDB::shutdown();
+    PlotBench::removeStore();
+    return 0;
+}
