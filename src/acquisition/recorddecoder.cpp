@@ -165,7 +165,8 @@ struct LastFound
 };
 
 /// Of two moments that a clock put back by an hour shows alike, the first. Which of them the C library
-/// takes depends on what any thread had it convert before, so that readings would jump to and fro.
+/// takes depends on what any thread had it convert before, so that readings would jump to and fro. It
+/// keeps the choice on the one island that puts its clock back by half an hour.
 QDateTime firstMoment(const QDate& date, const QTime& time, LastFound& last)
 {
     const QDateTime moment(date, time, Qt::LocalTime);
