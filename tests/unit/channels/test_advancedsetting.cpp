@@ -1,174 +1,22 @@
-#include "app/globals.h"
-#include "channels/advancedsetting.h"
-#include "instrument/cdevicevisa.h"
-#include "support/fakevisa.h"
+// What the panel looks like and what it says to the instrument.
+#include "openpanel.h"
+#include "starred.h"
 
 #include <QAbstractItemView>
-#include <QCheckBox>
-#include <QComboBox>
-#include <QDoubleSpinBox>
-#include <QGroupBox>
-#include <QLabel>
-#include <QPushButton>
-#include <QRadioButton>
+#include <QLineEdit>
 #include <QtTest>
 
 #include <optional>
-
-namespace {
-
-const QString kNplc = QStringLiteral("电源线周期数(NPLC)");
-const QString kLowFrequency = QStringLiteral("频率下限");
-const QString kOffset = QStringLiteral("偏移补偿");
-const QString kDelay = QStringLiteral("通道延迟(秒)");
-const QString kInputResistance = QStringLiteral("直流输入电阻");
-const QString kAutoCheck = QStringLiteral("热电偶/自动检查");
-const QString kSetReference = QStringLiteral("热电偶/设置为参考");
-const QString kRefJunction = QStringLiteral("参考结温度");
-const QString kRtd = QStringLiteral("RTD类型");
-const QString kGaugeFactor = QStringLiteral("仪器系数");
-const QString kStrainResistance = QStringLiteral("应变仪电阻");
-const QString kDriveVoltage = QStringLiteral("激励电压");
-const QString kPoisson = QStringLiteral("柏松比");
-const QString kReferenceResistance = QStringLiteral("参考电阻");
-const QString kDbReference = QStringLiteral("dB参考值");
-const QString kPercentReference = QStringLiteral("参考值");
-
-/// What a group is called in these tests: its title, and for the two of one title their check box too.
-QString nameOf(const QGroupBox* group)
-{
-    const auto* check = group->findChild<QCheckBox*>();
-    return check ? group->title() + QStringLiteral("/") + check->text() : group->title();
-}
-
-QStringList sorted(QStringList names)
-{
-    names.sort();
-    return names;
-}
-
-/// A panel on the screen and the instrument behind it.
-class OpenPanel
-{
-public:
-    /// The panel of a function's options, channel 105.
-    explicit OpenPanel(int functionIndex)
-    {
-        connectInstrument();
-        m_panel.showFunctionOptions(QStringLiteral("name"), functionIndex, 105);
-        m_panel.show();
-    }
-
-    /// The panel of a scale function's references, channel 105.
-    explicit OpenPanel(const QString& scaleFunction)
-    {
-        connectInstrument();
-        m_panel.showScaleOptions(scaleFunction, 105);
-        m_panel.show();
-    }
-
-    ~OpenPanel() { g_visa->disconnectDevice(); }
-
-    OpenPanel(const OpenPanel&) = delete;
-    OpenPanel& operator=(const OpenPanel&) = delete;
-
-    AdvancedSetting& panel() { return m_panel; }
-
-    QGroupBox* group(const QString& name) const
-    {
-        for (QGroupBox* box : m_panel.findChildren<QGroupBox*>()) {
-            if (nameOf(box) == name) {
-                return box;
-            }
-        }
-        qFatal("no group %s", qPrintable(name));
-    }
-
-    QComboBox* list(const QString& name) const { return group(name)->findChild<QComboBox*>(); }
-    QDoubleSpinBox* spin(const QString& name) const
-    {
-        return group(name)->findChild<QDoubleSpinBox*>();
-    }
-    QCheckBox* check(const QString& name) const { return group(name)->findChild<QCheckBox*>(); }
-    QRadioButton* radio(const QString& name, const QString& text) const
-    {
-        for (QRadioButton* button : group(name)->findChildren<QRadioButton*>()) {
-            if (button->text() == text) {
-                return button;
-            }
-        }
-        qFatal("no button %s", qPrintable(text));
-    }
-
-    QStringList shownGroups() const
-    {
-        QStringList names;
-        for (const QGroupBox* box : m_panel.findChildren<QGroupBox*>()) {
-            if (box->isVisible()) {
-                names << nameOf(box);
-            }
-        }
-        return sorted(names);
-    }
-
-    void restoreDefaults() { button(QStringLiteral("恢复默认值"))->click(); }
-    QPushButton* button(const QString& text) const
-    {
-        for (QPushButton* candidate : m_panel.findChildren<QPushButton*>()) {
-            if (candidate->text() == text) {
-                return candidate;
-            }
-        }
-        qFatal("no button %s", qPrintable(text));
-    }
-
-    /// The commands since the last call, each followed by the channel that is to be read back.
-    QStringList takeSent()
-    {
-        QStringList lines;
-        lines.swap(m_log);
-        return lines;
-    }
-
-    bool hasTitle(const QString& text) const
-    {
-        const auto labels = m_panel.findChildren<QLabel*>();
-        return std::any_of(labels.cbegin(), labels.cend(),
-                           [&text](const QLabel* label) { return label->text() == text; });
-    }
-
-private:
-    void connectInstrument()
-    {
-        m_visa.setResponder([this](const QByteArray& line) {
-            m_log << QString::fromUtf8(line);
-            return QByteArray();
-        });
-        g_visa->connectDevice(QStringLiteral("TCPIP0::127.0.0.1::5025::SOCKET"));
-        QObject::connect(&m_panel, &AdvancedSetting::sigComponentChanged, &m_panel,
-                         [this](int channel) { m_log << QString::number(channel); });
-    }
-
-    FakeVisa m_visa;
-    QStringList m_log;
-    AdvancedSetting m_panel;
-};
-
-const QString kChanged = QStringLiteral("105");
-
-QStringList sent(const char* command)
-{
-    return {QString::fromUtf8(command), kChanged};
-}
-
-} // namespace
 
 class TestAdvancedSetting : public QObject
 {
     Q_OBJECT
 
 private slots:
+    void firstRefusedResistanceGivesOneHundred();
     void controlsAreMadeWhenThePanelIsFirstShown();
+    void panelIsDark();
+    void titlesAreTranslated();
     void functionHasItsGroups_data();
     void functionHasItsGroups();
     void scaleFunctionHasItsGroups_data();
@@ -192,18 +40,21 @@ private slots:
     void otherFunctionsKeepStillAboutForeignOptions();
     void scalingReferencesAreSent();
     void resistanceOutsideTheBandsSnapsBack();
-    void settersSendNothing_data();
-    void settersSendNothing();
-    void settersKeepValuesForALaterPanel();
-    void settersIgnoreValuesThatNoControlHas();
-    void defaultsAreRestoredInOrder();
-    void defaultsTouchOnlyShownGroups();
-    void defaultsThatHoldAlreadySendNothing();
-    void scalingDefaultsAreRestored();
+    void typedResistanceOutsideTheBandsIsNotKept();
     void closesByItsButtonAndByAPressOutside();
     void closesWhenTheWindowIsDeactivated();
     void openListKeepsThePanelOpen();
 };
+
+void TestAdvancedSetting::firstRefusedResistanceGivesOneHundred()
+{
+    // The first test: nothing has been accepted yet.
+    OpenPanel open(14);
+    open.panel().setRtdR0(1000.0);
+    open.spin(kRtd)->setValue(500.0);
+    QCOMPARE(open.spin(kRtd)->value(), 100.0);
+    QCOMPARE(open.takeSent(), QStringList());
+}
 
 void TestAdvancedSetting::controlsAreMadeWhenThePanelIsFirstShown()
 {
@@ -218,6 +69,37 @@ void TestAdvancedSetting::controlsAreMadeWhenThePanelIsFirstShown()
     QCOMPARE(panel.findChildren<QWidget*>().size(), made);
     QVERIFY(panel.windowFlags().testFlag(Qt::FramelessWindowHint));
     QCOMPARE(panel.windowType(), Qt::Popup);
+}
+
+void TestAdvancedSetting::panelIsDark()
+{
+    const OpenPanel open(14);
+    const QWidget* titleBar = open.button(QStringLiteral("X"))->parentWidget();
+    QVERIFY(titleBar->styleSheet().contains(QLatin1String("background: #2a2a2a")));
+    const auto* title = titleBar->findChild<QLabel*>();
+    QCOMPARE(title->text(), QStringLiteral("高级设置 name-105"));
+    QVERIFY(title->styleSheet().contains(QLatin1String("color: white")));
+    QVERIFY(title->styleSheet().contains(QLatin1String("font-weight: bold")));
+    for (const QString& name : {kNplc, kDelay, kReferenceResistance}) {
+        QVERIFY(open.list(name)->styleSheet().contains(QLatin1String("background: #171717")));
+        QCOMPARE(open.list(name)->minimumWidth(), 100);
+        QVERIFY(open.list(name)->inherits("CustomComboBox"));
+    }
+    const auto* plate = open.group(kRtd)->findChild<QLabel*>();
+    QCOMPARE(plate->text(), QStringLiteral("R0"));
+    QVERIFY(plate->styleSheet().contains(QLatin1String("background: #444444")));
+}
+
+void TestAdvancedSetting::titlesAreTranslated()
+{
+    const Starred language("AdvancedSetting");
+    OpenPanel open(0);
+    const auto groups = open.panel().findChildren<QGroupBox*>();
+    QCOMPARE(groups.size(), 16);
+    for (const QGroupBox* box : groups) {
+        QVERIFY2(box->title().startsWith(QLatin1Char('*')), qPrintable(box->title()));
+    }
+    QVERIFY(open.hasTitle(QStringLiteral("*高级设置 name-105")));
 }
 
 void TestAdvancedSetting::functionHasItsGroups_data()
@@ -311,7 +193,6 @@ void TestAdvancedSetting::listsHoldTheirRows()
     QCOMPARE(rowsOf(kDelay), QStringLiteral("自动 时间"));
     QCOMPARE(rowsOf(kReferenceResistance),
              QStringLiteral("50 75 93 110 124 125 135 150 250 300 500 600 800 900 1000 1200 8000"));
-    QCOMPARE(open.list(kNplc)->minimumWidth(), 100);
 }
 
 void TestAdvancedSetting::newPanelHoldsInitialValues()
@@ -512,6 +393,10 @@ void TestAdvancedSetting::otherFunctionsKeepStillAboutForeignOptions()
     open.spin(kPoisson)->setValue(0.1);
     open.spin(kDriveVoltage)->setValue(1.0);
     QCOMPARE(open.takeSent(), QStringList());
+    // What does not go to the instrument: the junction can be entered, the resistance is accepted.
+    QVERIFY(open.spin(kRefJunction)->isEnabled());
+    open.spin(kRtd)->setValue(500.0);
+    QCOMPARE(open.spin(kRtd)->value(), 99.5);
 }
 
 void TestAdvancedSetting::scalingReferencesAreSent()
@@ -568,230 +453,22 @@ void TestAdvancedSetting::resistanceOutsideTheBandsSnapsBack()
     QCOMPARE(enter(100.0), 100.0);
 }
 
-void TestAdvancedSetting::settersSendNothing_data()
+void TestAdvancedSetting::typedResistanceOutsideTheBandsIsNotKept()
 {
-    QTest::addColumn<bool>("isShownFirst");
-    QTest::newRow("panel that has been shown") << true;
-    QTest::newRow("panel that is shown later") << false;
-}
-
-void TestAdvancedSetting::settersSendNothing()
-{
-    QFETCH(const bool, isShownFirst);
-    OpenPanel open(0);
-    AdvancedSetting later;
-    AdvancedSetting& panel = isShownFirst ? open.panel() : later;
-    panel.setNplc(100.0);
-    panel.setLowFrequency(20.0);
-    panel.setOffsetCompensation(true);
-    panel.setDelayMode(1);
-    panel.setDelayValue(1.5);
-    panel.setInputImpedanceAuto(true);
-    panel.setRefJunctionFixed(true);
-    panel.setFixedJunctionTemp(25.5);
-    panel.setRtdR0(500.0);
-    panel.setGaugeFactor(3.0);
-    panel.setStrainResistance(350.0);
-    panel.setPoissonRatio(0.25);
-    panel.setDriveVoltage(10.0);
-    panel.setDbmReferenceResistance(50.0);
-    panel.setDbReference(-10.0);
-    panel.setPercentReference(42.0);
-    panel.show();
-
-    const auto groupOf = [&panel](const QString& name) -> QGroupBox* {
-        for (QGroupBox* box : panel.findChildren<QGroupBox*>()) {
-            if (nameOf(box) == name) {
-                return box;
-            }
-        }
-        return nullptr;
-    };
-    const auto spinOf = [&groupOf](const QString& name) {
-        return groupOf(name)->findChild<QDoubleSpinBox*>();
-    };
-    const auto checkedOf = [&groupOf](const QString& name) {
-        for (const QRadioButton* button : groupOf(name)->findChildren<QRadioButton*>()) {
-            if (button->isChecked()) {
-                return button->text();
-            }
-        }
-        return QString();
-    };
-    QCOMPARE(groupOf(kNplc)->findChild<QComboBox*>()->currentText(), QStringLiteral("100"));
-    QCOMPARE(checkedOf(kLowFrequency), QStringLiteral("20Hz(中速)"));
-    QCOMPARE(checkedOf(kOffset), QStringLiteral("开启"));
-    QCOMPARE(groupOf(kDelay)->findChild<QComboBox*>()->currentText(), QStringLiteral("时间"));
-    QCOMPARE(spinOf(kDelay)->value(), 1.5);
-    QVERIFY(spinOf(kDelay)->isEnabled());
-    QCOMPARE(checkedOf(kInputResistance), QStringLiteral("高"));
-    QCOMPARE(checkedOf(kRefJunction), QStringLiteral("固定"));
-    QCOMPARE(spinOf(kRefJunction)->value(), 25.5);
-    QVERIFY(spinOf(kRefJunction)->isEnabled());
-    // What the instrument reports is shown, in a band or not.
-    QCOMPARE(spinOf(kRtd)->value(), 500.0);
-    QCOMPARE(spinOf(kGaugeFactor)->value(), 3.0);
-    QCOMPARE(spinOf(kStrainResistance)->value(), 350.0);
-    QCOMPARE(spinOf(kPoisson)->value(), 0.25);
-    QCOMPARE(spinOf(kDriveVoltage)->value(), 10.0);
-    QCOMPARE(groupOf(kReferenceResistance)->findChild<QComboBox*>()->currentText(),
-             QStringLiteral("50"));
-    QCOMPARE(spinOf(kDbReference)->value(), -10.0);
-    QCOMPARE(spinOf(kPercentReference)->value(), 42.0);
-
-    panel.setOffsetCompensation(false);
-    panel.setInputImpedanceAuto(false);
-    panel.setRefJunctionFixed(false);
-    panel.setDelayMode(0);
-    QCOMPARE(checkedOf(kOffset), QStringLiteral("关闭"));
-    QCOMPARE(checkedOf(kInputResistance), QStringLiteral("10M"));
-    QCOMPARE(checkedOf(kRefJunction), QStringLiteral("内部"));
-    QVERIFY(!spinOf(kRefJunction)->isEnabled());
-    QVERIFY(!spinOf(kDelay)->isEnabled());
+    OpenPanel open(14);
+    QDoubleSpinBox* box = open.spin(kRtd);
+    box->setValue(1000.0);
+    open.takeSent();
+    auto* line = box->findChild<QLineEdit*>();
+    line->selectAll();
+    QTest::keyClicks(line, QStringLiteral("500"));
+    QCOMPARE(box->value(), 1000.0);
+    QCOMPARE(line->text().toDouble(), 1000.0);
     QCOMPARE(open.takeSent(), QStringList());
-}
-
-void TestAdvancedSetting::settersKeepValuesForALaterPanel()
-{
-    // A value that the control cannot hold is cut to its range, as on a panel that is open.
-    AdvancedSetting panel;
-    panel.setGaugeFactor(99.0);
-    panel.setDelayMode(1);
-    panel.setDelayMode(7);
-    panel.show();
-    for (const QGroupBox* group : panel.findChildren<QGroupBox*>()) {
-        if (group->title() == kGaugeFactor) {
-            QCOMPARE(group->findChild<QDoubleSpinBox*>()->value(), 5.0);
-        }
-        if (group->title() == kDelay) {
-            QCOMPARE(group->findChild<QComboBox*>()->currentIndex(), 1);
-        }
-    }
-}
-
-void TestAdvancedSetting::settersIgnoreValuesThatNoControlHas()
-{
-    OpenPanel open(0);
-    open.panel().setLowFrequency(20.0);
-    open.panel().setLowFrequency(25.0);
-    QVERIFY(open.radio(kLowFrequency, QStringLiteral("20Hz(中速)"))->isChecked());
-    open.panel().setNplc(0.2);
-    QCOMPARE(open.list(kNplc)->currentIndex(), 1);
-    QTest::ignoreMessage(QtDebugMsg, "未找到与值 3 匹配的选项");
-    open.panel().setNplc(3.0);
-    QCOMPARE(open.list(kNplc)->currentIndex(), 1);
-    QTest::ignoreMessage(QtDebugMsg, "未找到与值 0 匹配的选项");
-    open.panel().setNplc(0.0);
-    QTest::ignoreMessage(QtDebugMsg, "未找到与值 601 匹配的选项");
-    open.panel().setDbmReferenceResistance(601.0);
-    QCOMPARE(open.list(kReferenceResistance)->currentText(), QStringLiteral("600"));
-    open.panel().setDelayMode(2);
-    open.panel().setDelayMode(-1);
-    QCOMPARE(open.list(kDelay)->currentIndex(), 0);
-    // A reply that is nearly the row's number is the row's.
-    open.panel().setNplc(0.2 * (1.0 + 1e-14));
-    QCOMPARE(open.list(kNplc)->currentIndex(), 1);
-    QCOMPARE(open.takeSent(), QStringList());
-}
-
-void TestAdvancedSetting::defaultsAreRestoredInOrder()
-{
-    std::optional<OpenPanel> open;
-    open.emplace(9);
-    open->list(kNplc)->setCurrentIndex(4);
-    open->list(kDelay)->setCurrentIndex(1);
-    open->spin(kDelay)->setValue(3.0);
-    open->check(kAutoCheck)->setChecked(true);
-    open->radio(kRefJunction, QStringLiteral("固定"))->setChecked(true);
-    open->spin(kRefJunction)->setValue(30.0);
-    open->takeSent();
-    open->restoreDefaults();
-    QCOMPARE(open->takeSent(),
-             (QStringList{QStringLiteral("TEMP:NPLC 1,(@105)"), kChanged,
-                          QStringLiteral("ROUT:CHAN:DEL:AUTO ON,(@105)"), kChanged,
-                          QStringLiteral("ROUT:CHAN:DEL 0,(@105)"), kChanged,
-                          QStringLiteral("TEMP:TRAN:TC:CHEC OFF,(@105)"), kChanged,
-                          QStringLiteral("TEMP:TRAN:TC:RJUN:TYPE INT,(@105)"), kChanged,
-                          QStringLiteral("TEMP:TRAN:TC:RJUN 20,(@105)"), kChanged}));
-    QVERIFY(!open->spin(kRefJunction)->isEnabled());
-    QVERIFY(!open->spin(kDelay)->isEnabled());
-
-    open.emplace(31);
-    open->spin(kGaugeFactor)->setValue(1.0);
-    open->spin(kPoisson)->setValue(0.0);
-    open->spin(kDriveVoltage)->setValue(1.0);
-    open->takeSent();
-    open->restoreDefaults();
-    QCOMPARE(open->takeSent(), (QStringList{QStringLiteral("STR:GFAC 2,(@105)"), kChanged,
-                                            QStringLiteral("STR:POIS 0.3,(@105)"), kChanged,
-                                            QStringLiteral("STR:EXC 5,(@105)"), kChanged}));
-}
-
-void TestAdvancedSetting::defaultsTouchOnlyShownGroups()
-{
-    OpenPanel open(22);
-    open.panel().setNplc(100.0);
-    open.panel().setInputImpedanceAuto(false);
-    open.panel().setGaugeFactor(4.0);
-    open.panel().setDelayValue(3.0);
-    open.restoreDefaults();
-    QCOMPARE(open.takeSent(), sent("ROUT:CHAN:DEL 0,(@105)"));
-    QCOMPARE(open.list(kNplc)->currentText(), QStringLiteral("100"));
-    QVERIFY(open.radio(kInputResistance, QStringLiteral("10M"))->isChecked());
-    QCOMPARE(open.spin(kGaugeFactor)->value(), 4.0);
-}
-
-void TestAdvancedSetting::defaultsThatHoldAlreadySendNothing()
-{
-    // The default of the input resistance is the high one, unlike a new panel's.
-    std::optional<OpenPanel> open;
-    open.emplace(0);
-    open->restoreDefaults();
-    QCOMPARE(open->takeSent(), sent("INP:IMP:AUTO ON,(@105)"));
-    QVERIFY(open->radio(kInputResistance, QStringLiteral("高"))->isChecked());
-    open->restoreDefaults();
-    QCOMPARE(open->takeSent(), QStringList());
-
-    open.emplace(3);
-    open->restoreDefaults();
-    QCOMPARE(open->takeSent(), QStringList());
-    open->panel().setLowFrequency(3.0);
-    open->restoreDefaults();
-    QCOMPARE(open->takeSent(), sent("FREQ:VOLT:BAND 200,(@105)"));
-
-    open.emplace(4);
-    open->panel().setOffsetCompensation(true);
-    open->restoreDefaults();
-    QCOMPARE(open->takeSent(), sent("RES:OCOM OFF,(@105)"));
-
-    open.emplace(14);
-    open->panel().setRtdR0(1000.0);
-    open->check(kSetReference)->setChecked(true);
-    open->takeSent();
-    open->restoreDefaults();
-    QCOMPARE(open->takeSent(),
-             (QStringList{QStringLiteral("TEMP:TRAN:RTD:REF OFF,(@105)"), kChanged,
-                          QStringLiteral("TEMP:TRAN:RTD:RES 100,(@105)"), kChanged}));
-
-    open.emplace(24);
-    open->panel().setStrainResistance(350.0);
-    open->restoreDefaults();
-    QCOMPARE(open->takeSent(), sent("STR:RES 120,(@105)"));
-}
-
-void TestAdvancedSetting::scalingDefaultsAreRestored()
-{
-    OpenPanel decibel(QStringLiteral("DB"));
-    decibel.panel().setDbmReferenceResistance(50.0);
-    decibel.panel().setDbReference(1.0);
-    decibel.panel().setPercentReference(1.0);
-    decibel.restoreDefaults();
-    QCOMPARE(decibel.takeSent(),
-             (QStringList{QStringLiteral("CALC:SCAL:DBM:REF 600,(@105)"), kChanged,
-                          QStringLiteral("CALC:SCAL:DB:REF 0,(@105)"), kChanged}));
-    decibel.panel().showScaleOptions(QStringLiteral("PCT"), 105);
-    decibel.restoreDefaults();
-    QCOMPARE(decibel.takeSent(), sent("CALC:SCAL:REF 0,(@105)"));
+    line->selectAll();
+    QTest::keyClicks(line, QStringLiteral("99.25"));
+    QCOMPARE(box->value(), 99.25);
+    QVERIFY(open.takeSent().contains(QStringLiteral("TEMP:TRAN:RTD:RES 99.25,(@105)")));
 }
 
 void TestAdvancedSetting::closesByItsButtonAndByAPressOutside()

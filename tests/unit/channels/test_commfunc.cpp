@@ -1,5 +1,6 @@
 #include "app/globals.h"
 #include "channels/commfunc.h"
+#include "starred.h"
 
 #include <QtTest>
 
@@ -191,6 +192,7 @@ private slots:
     void bankOfASlot_data();
     void bankOfASlot();
     void slotWithoutModuleHasNoBank();
+    void textsOfTheUserAreTranslated();
     void styleSheetsHoldTheirColours_data();
     void styleSheetsHoldTheirColours();
 };
@@ -599,6 +601,29 @@ void TestCommFunc::slotWithoutModuleHasNoBank()
     QCOMPARE(catalogue.bankSize(0), 0);
     QCOMPARE(catalogue.bankSize(16), 0);
     QCOMPARE(catalogue.bankSize(255), 0);
+}
+
+void TestCommFunc::textsOfTheUserAreTranslated()
+{
+    const Starred language("CommFunc");
+    CommFunc catalogue;
+    QCOMPARE(catalogue.functionIndex(QStringLiteral("*交流电流")), 33);
+    QCOMPARE(catalogue.functionIndex(QStringLiteral("CURR:AC")), 33);
+    slotPresent[1] = true;
+    slotModuleType[1] = 14;
+    QCOMPARE(catalogue.functionList(101),
+             (QStringList{QStringLiteral("*直流电流"), QStringLiteral("*交流电流")}));
+    slotModuleType[1] = 3;
+    QCOMPARE(catalogue.functionList(101), QStringList{QStringLiteral("*无")});
+    slotModuleType[1] = 17;
+    QCOMPARE(catalogue.functionList(101), QStringList{QStringLiteral("*无")});
+    // The entry of a slot without a module is the same in every language.
+    slotModuleType[1] = -1;
+    QCOMPARE(catalogue.functionList(101), QStringList{QStringLiteral("无")});
+    QCOMPARE(catalogue.unitList().mid(0, 2),
+             (QStringList{QStringLiteral("*无"), QStringLiteral("°C")}));
+    QCOMPARE(catalogue.rangeList(4).mid(0, 2),
+             (QStringList{QStringLiteral("*自动"), QStringLiteral("100")}));
 }
 
 void TestCommFunc::styleSheetsHoldTheirColours_data()
