@@ -9,6 +9,7 @@
 #include "storage/curveseriesdata.h"
 #include "storage/nonowningcurvedata.h"
 
+#include <QCoreApplication>
 #include <QDateTime>
 #include <QScopedValueRollback>
 #include <QTimer>
@@ -91,6 +92,9 @@ CCurvePlot::CCurvePlot(QWidget* parent)
     : QwtPlot(parent)
 {
     assertGuiThread();
+    // The base would draw itself as soon as events are processed, visible or not; all else that is
+    // asked for here is done when the plot is shown.
+    QCoreApplication::removePostedEvents(this, QEvent::PolishRequest);
     setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Expanding);
     initCanvas();
     initInteraction();

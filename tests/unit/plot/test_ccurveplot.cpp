@@ -278,12 +278,12 @@ void TestCCurvePlot::readingAtTheRightEdgeStartsTheScrolling()
     plot.onNewSample(1700000060000);
     QCOMPARE(lowerMs(plot), qint64(1700000000000));
     QCOMPARE(upperMs(plot), qint64(1700000060000));
-    plot.onNewSample(1700000060001);
-    QCOMPARE(lowerMs(plot), qint64(1700000000001));
-    QCOMPARE(upperMs(plot), qint64(1700000060001));
     // It scrolls since the reading at the edge: one before the edge moves it back.
     plot.onNewSample(1700000059999);
+    QCOMPARE(lowerMs(plot), qint64(1699999999999));
     QCOMPARE(upperMs(plot), qint64(1700000059999));
+    plot.onNewSample(1700000060001);
+    QCOMPARE(upperMs(plot), qint64(1700000060001));
 }
 
 void TestCCurvePlot::olderReadingMovesTheScrollingWindowBack()

@@ -68,6 +68,7 @@ private slots:
     void offsetIsLoadedAfterTheDelayUnlessAScanRuns();
 
     void plotThatIsNotVisibleNeitherLoadsNorDraws();
+    void plotThatWasNeverShownIsNeverDrawn();
     void shownPlotLoadsAndScalesToWhatItLoaded();
     void shownPlotKeepsAnAxisThatTheUserHolds();
     void clearWhileHiddenLeavesNoOldPicture();
@@ -261,6 +262,23 @@ void TestCCurvePlotReload::plotThatIsNotVisibleNeitherLoadsNorDraws()
     QCOMPARE(series->visibleEnd(), qint64(0));
     // Its axes have moved all the same.
     QCOMPARE(upperMs(*m_plot), kStart + 200000);
+}
+
+void TestCCurvePlotReload::plotThatWasNeverShownIsNeverDrawn()
+{
+    CountingPlot plot;
+    CurveSeriesData* series = m_pool->empty(0);
+    plot.addCurve(series, Qt::red, QStringLiteral("101"));
+    plot.onNewSample(kStart);
+    plot.clearCurves();
+    plot.addCurve(series, Qt::red, QStringLiteral("101"));
+    plot.onNewSample(kStart);
+    QTest::qWait(kAllReloadsMs);
+    QCOMPARE(plot.replots, 0);
+    QCOMPARE(series->visibleEnd(), qint64(0));
+    QVERIFY(showSettled(plot));
+    QVERIFY(plot.replots > 0);
+    QVERIFY(series->visibleEnd() > 0);
 }
 
 void TestCCurvePlotReload::shownPlotLoadsAndScalesToWhatItLoaded()

@@ -234,7 +234,7 @@ void TestCustomPanner::stepIsKeptFromTheDragBefore()
     Mouse mouse(*m_plot);
     mouse.press(QPoint(200, 100));
     mouse.release();
-    m_plot->setAxisScaleDiv(QwtPlot::xBottom, scaleDiv(0.0, 6000.0, {}, {0.0, 100.0}));
+    m_plot->setAxisScaleDiv(QwtPlot::xBottom, scaleDiv(0.0, 6000.0, {50.0}, {0.0, 100.0}));
     m_plot->replot();
     mouse.press(QPoint(200, 100));
     mouse.move(QPoint(210, 100));
