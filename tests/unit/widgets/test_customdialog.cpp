@@ -81,6 +81,8 @@ void TestCustomDialog::titleBarKeepsItsHeight()
     dialog.show();
     QVERIFY(closeButton(dialog)->mapTo(&dialog, QPoint(0, 0)).y() < 10);
     const int height = closeButton(dialog)->parentWidget()->height();
+    QCOMPARE(closeButton(dialog)->parentWidget()->minimumHeight(), height);
+    QCOMPARE(closeButton(dialog)->parentWidget()->maximumHeight(), height);
     dialog.resize(600, 500);
     QCOMPARE(closeButton(dialog)->parentWidget()->height(), height);
 }

@@ -220,6 +220,20 @@ void TestTimePicker::ownShareIsTakenOffTwice()
     // 7200 - 3000 = 4200 s are left: an hour fits; less the 3000 s again, 1200 s for the seconds.
     QCOMPARE(values(), QVector<int>({0, 0, 50, 0, 0}));
     QCOMPARE(limits(), QVector<int>({0, 1, 59, 59, 999}));
+    // A day of 200000 s leaves 113600 s: less the day again, 27200 s for the hours.
+    m_picker->setMaximum(200000);
+    m_picker->setTime(1, 0, 0, 0, 0);
+    QCOMPARE(values(), QVector<int>({1, 0, 0, 0, 0}));
+    QCOMPARE(limits(), QVector<int>({1, 7, 59, 59, 999}));
+    // Five hours of 38000 s leave 20000 s: less the hours again, 2000 s for the minutes.
+    m_picker->setTime(0, 0, 0, 0, 0);
+    m_picker->setMaximum(38000);
+    m_picker->setTime(0, 5, 0, 0, 0);
+    QCOMPARE(values(), QVector<int>({0, 5, 0, 0, 0}));
+    QCOMPARE(limits(), QVector<int>({0, 5, 33, 59, 999}));
+    m_picker->setTime(0, 0, 0, 0, 0);
+    m_picker->setMaximum(7200);
+    m_picker->setTime(0, 0, 50, 0, 0);
     m_picker->setTime(0, 1, 0, 0, 0);
     // Setting the hour left 600 s: 0 hours and, less the hour once more, 0 minutes.
     QVERIFY(m_picker->value() < 7200);
