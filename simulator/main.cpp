@@ -6,6 +6,8 @@
 
 #include "dialogue/dialogue.h"
 #include "options.h"
+#include "service/controlservice.h"
+#include "service/instrumentservice.h"
 #include "transport/server.h"
 #include "transport/stopsignal.h"
 
@@ -15,27 +17,6 @@ using namespace scnsim;
 
 constexpr int kBadOptions = 2;
 constexpr int kCannotServe = 1;
-
-/// Hands the lines of the ports to the instrument, with the time since the program started.
-class InstrumentService : public LineService
-{
-public:
-    explicit InstrumentService(Dialogue& dialogue)
-        : m_dialogue(dialogue)
-    {
-    }
-
-    std::string answer(const std::string& line) override { return m_dialogue.handle(line, now()); }
-    void lineTooLong() override { m_dialogue.report(ErrorCode::InputBufferOverrun); }
-    void replyInterrupted() override { m_dialogue.report(ErrorCode::QueryInterrupted); }
-    void tick() override { m_dialogue.advance(now()); }
-
-private:
-    Instant now() const { return std::chrono::steady_clock::now() - m_powerOn; }
-
-    Dialogue& m_dialogue;
-    std::chrono::steady_clock::time_point m_powerOn = std::chrono::steady_clock::now();
-};
 
 /// The instrument's clock starts with this computer's local time and runs on its own from there.
 DateTime localTimeNow()
@@ -72,11 +53,23 @@ int fail(const std::string& error, int code)
     return code;
 }
 
-bool openPorts(Server& server, const Options& options, std::string& error)
+bool openPorts(Server& server, ControlService& control, const Options& options, std::string& error)
 {
     return (!options.tcpPort || server.listenTcp(*options.tcpPort, error)) &&
            (options.terminalLink.empty() ||
-            server.openPseudoTerminal(options.terminalLink, options.baud, error));
+            server.openPseudoTerminal(options.terminalLink, options.baud, error)) &&
+           (!options.controlPort || server.listenControl(control, *options.controlPort, error));
+}
+
+void tellPorts(const Server& server, const Options& options)
+{
+    for (const std::string& resource : server.resources()) {
+        std::printf("READY %s\n", resource.c_str());
+    }
+    if (options.controlPort) {
+        std::printf("READY CONTROL 127.0.0.1:%d\n", server.controlPort());
+    }
+    std::fflush(stdout);
 }
 
 } // namespace
@@ -96,17 +89,23 @@ int main(int argc, char** argv)
     if (!options.transcriptPath.empty() && !transcript.open(options.transcriptPath)) {
         return fail("cannot write " + options.transcriptPath, kCannotServe);
     }
+    const auto powerOn = std::chrono::steady_clock::now();
+    const auto sincePowerOn = [powerOn]() -> Instant {
+        return std::chrono::steady_clock::now() - powerOn;
+    };
     Instrument instrument(setupFrom(options));
     Dialogue dialogue(instrument, options.identity);
-    InstrumentService service(dialogue);
+    FaultPlan faults;
+    for (const Fault& fault : options.faults) {
+        faults.add(fault);
+    }
+    InstrumentService service(instrument, dialogue, faults, sincePowerOn, options.seed);
+    ControlService control(instrument, faults, sincePowerOn);
     Server server(service, transcript);
-    if (!stopsignal::install() || !openPorts(server, options, error)) {
+    if (!stopsignal::install() || !openPorts(server, control, options, error)) {
         return fail(error.empty() ? "cannot catch signals" : error, kCannotServe);
     }
-    for (const std::string& resource : server.resources()) {
-        std::printf("READY %s\n", resource.c_str());
-    }
-    std::fflush(stdout);
+    tellPorts(server, options);
     server.run(stopsignal::descriptor());
     return 0;
 }

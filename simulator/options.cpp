@@ -123,6 +123,27 @@ bool parseTranscript(const std::string& text, Options& options)
     return !text.empty();
 }
 
+bool parseControl(const std::string& text, Options& options)
+{
+    std::uint16_t port = 0;
+    if (!parseNumber<std::uint16_t>(text, 0, 65535, port)) {
+        return false;
+    }
+    options.controlPort = port;
+    return true;
+}
+
+bool parseFaultOption(const std::string& text, Options& options)
+{
+    Fault fault;
+    std::string reason;
+    if (!parseFault(text, fault, reason)) {
+        return false;
+    }
+    options.faults.push_back(fault);
+    return true;
+}
+
 struct OptionRow
 {
     const char* name;
@@ -139,6 +160,8 @@ constexpr OptionRow kOptions[] = {
     {"--rate", parseRate, "readings per second from 0.001 to 100000"},
     {"--seed", parseSeed, "a whole number from 0"},
     {"--open", parseOpenChannels, "channel numbers separated by commas"},
+    {"--fault", parseFaultOption, "kind [value] [for pattern] [times count]"},
+    {"--control", parseControl, "a port from 0 to 65535"},
     {"--transcript", parseTranscript, "the path of a file"},
 };
 
@@ -200,6 +223,11 @@ const char* usageText()
            "                      (as the settings of the channels ask for)\n"
            "  --seed NUMBER       the seed of all values (1)\n"
            "  --open CHANNELS     channels with nothing connected: they read as overload\n"
+           "  --fault TEXT        misbehave: kind [value] [for pattern] [times count], for "
+           "example\n"
+           "                      \"delay 6000 for R? * times 1\"; may be given several times\n"
+           "  --control PORT      take orders on 127.0.0.1:PORT; 0 picks a free port, and\n"
+           "                      \"READY CONTROL 127.0.0.1:<port>\" tells it\n"
            "  --transcript FILE   write each line both ways to FILE\n"
            "  --help              show this text\n";
 }

@@ -7,6 +7,8 @@
 #include <string>
 #include <vector>
 
+#include "faults/fault.h"
+
 namespace scnsim {
 
 /// What the command line asks for.
@@ -25,6 +27,9 @@ struct Options
     std::uint64_t seed = 1;
     std::set<int> openChannels;
     std::string transcriptPath;
+    /// None: no control port.
+    std::optional<std::uint16_t> controlPort;
+    std::vector<Fault> faults;
 };
 
 /// Reads the arguments behind the program's name.

@@ -146,6 +146,15 @@ Refusal Instrument::setScanList(std::vector<int> channels)
     return Refusal::None;
 }
 
+Refusal Instrument::setAlarm(int channel, int alarm)
+{
+    const Refusal refusal = checkChannel(channel);
+    if (refusal == Refusal::None) {
+        m_engine.setAlarm(channel, alarm);
+    }
+    return refusal;
+}
+
 unsigned Instrument::operationCondition() const
 {
     unsigned bits = kOperationIdle;

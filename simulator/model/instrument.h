@@ -83,6 +83,10 @@ public:
     /// @return Conflict if a channel measures nothing or is a partner in use
     Refusal setScanList(std::vector<int> channels);
 
+    /// Gives the readings of a channel this number in their alarm field from now on.
+    /// @return NoModule or OutOfRange if there is no such channel
+    Refusal setAlarm(int channel, int alarm);
+
     /// Settings of the instrument as a whole, open to change.
     Configuration& configuration() { return m_configuration; }
 

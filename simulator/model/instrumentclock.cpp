@@ -1,5 +1,7 @@
 #include "model/instrumentclock.h"
 
+#include <algorithm>
+
 namespace scnsim {
 
 namespace {
@@ -33,6 +35,13 @@ void InstrumentClock::setTime(int hour, int minute, int second, int millisecond,
     time.second = second;
     time.millisecond = millisecond;
     set(time, now);
+}
+
+void InstrumentClock::jump(std::int64_t milliseconds, Instant now)
+{
+    const std::int64_t last = toMilliseconds({2099, 12, 31, 23, 59, 59, 999});
+    const std::int64_t wanted = this->milliseconds(now) + milliseconds;
+    m_offsetMs = std::clamp<std::int64_t>(wanted, 0, last) - wholeMilliseconds(now);
 }
 
 void InstrumentClock::set(const DateTime& time, Instant now)

@@ -28,6 +28,10 @@ public:
     /// Sets the time of day and keeps the date. The time must be valid.
     void setTime(int hour, int minute, int second, int millisecond, Instant now);
 
+    /// Jumps forward or back, and runs on from there. It stops short at the ends of what it can
+    /// show.
+    void jump(std::int64_t milliseconds, Instant now);
+
 private:
     void set(const DateTime& time, Instant now);
 

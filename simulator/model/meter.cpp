@@ -83,15 +83,19 @@ std::string unitOf(const ChannelSettings& settings)
 double apertureS(const ChannelSettings& settings)
 {
     const FunctionInfo& info = functionInfo(settings.function);
-    double seconds = kFixedApertureS;
     if (info.nplc != Option::Count) {
-        seconds = settings.value(info.nplc) / kLineFrequencyHz;
-    } else if (info.lowFrequency != Option::Count) {
-        seconds = kCyclesOfLowestFrequency / settings.value(info.lowFrequency);
+        return settings.value(info.nplc) / kLineFrequencyHz;
     }
-    const bool twice =
-        info.offsetCompensation != Option::Count && settings.isOn(info.offsetCompensation);
-    return twice ? seconds * 2 : seconds;
+    if (info.lowFrequency != Option::Count) {
+        return kCyclesOfLowestFrequency / settings.value(info.lowFrequency);
+    }
+    return kFixedApertureS;
+}
+
+bool measuresTwice(const ChannelSettings& settings)
+{
+    const FunctionInfo& info = functionInfo(settings.function);
+    return info.offsetCompensation != Option::Count && settings.isOn(info.offsetCompensation);
 }
 
 } // namespace
@@ -114,13 +118,15 @@ Meter::Result Meter::measure(int channel, const ChannelSettings& settings, Insta
 Instant Meter::measuringTime(const ChannelSettings& settings)
 {
     const double delayS = settings.isOn(Option::DelayAuto) ? 0 : settings.value(Option::Delay);
-    const std::chrono::duration<double> seconds(kSwitchingS + delayS + apertureS(settings));
+    const double measuringS = apertureS(settings) * (measuresTwice(settings) ? 2 : 1);
+    const std::chrono::duration<double> seconds(kSwitchingS + delayS + measuringS);
     return std::chrono::round<Instant>(seconds);
 }
 
 double Meter::unscaled(int channel, const ChannelSettings& settings, Instant at)
 {
-    const double value = m_source.value(channel, settings.function, at, m_ordinals[channel]++);
+    const double value =
+        m_source.value(channel, settings.function, at, apertureS(settings), m_ordinals[channel]++);
     if (m_openChannels.count(channel) != 0) {
         return kOverload;
     }

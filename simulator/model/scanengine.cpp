@@ -135,7 +135,14 @@ void ScanEngine::takeReading(const Step& step)
     reading.stampMs = m_clock.milliseconds(step.begin);
     reading.sinceStartMs = duration_cast<std::chrono::milliseconds>(step.begin - m_start).count();
     reading.channel = step.channel;
+    reading.alarm = alarmOf(step.channel);
     m_memory.store(std::move(reading));
+}
+
+int ScanEngine::alarmOf(int channel) const
+{
+    const auto found = m_alarms.find(channel);
+    return found == m_alarms.end() ? 0 : found->second;
 }
 
 Instant ScanEngine::timeFor(const ChannelSettings& settings) const

@@ -1,8 +1,8 @@
 #pragma once
 
 #include <cstddef>
+#include <map>
 #include <optional>
-#include <set>
 #include <vector>
 
 #include "model/configuration.h"
@@ -41,6 +41,9 @@ public:
     /// @return NotWaiting unless the scan waits for just this trigger
     Refusal trigger(TriggerSource source, int alarm, Instant now);
 
+    /// What the readings of a channel have in their alarm field from now on; 0 at first.
+    void setAlarm(int channel, int alarm) { m_alarms[channel] = alarm; }
+
     /// Takes all readings that are due by now.
     void advance(Instant now);
 
@@ -65,12 +68,14 @@ private:
     bool finishSweep(Instant now);
     void takeReading(const Step& step);
     Instant timeFor(const ChannelSettings& settings) const;
+    int alarmOf(int channel) const;
 
     const Configuration& m_configuration;
     const InstrumentClock& m_clock;
     Meter& m_meter;
     ReadingMemory& m_memory;
     std::optional<Instant> m_timePerReading;
+    std::map<int, int> m_alarms;
 
     State m_state = State::Idle;
     std::vector<int> m_channels;

@@ -7,9 +7,12 @@
 
 namespace scnsim {
 
-/// What lies on the inputs: for each channel and function a level of its own that drifts slowly,
-/// and a little noise. The same seed, channel, function, time and reading number give the same
-/// value on every machine.
+/// What lies on the inputs. Each channel and function has a level of its own that drifts slowly;
+/// thermocouples sit on a heater that warms up for ten minutes and cools down for ten, and every
+/// fourth position has a capacitor at its direct voltage that discharges and is charged anew every
+/// four minutes. On all of it lie noise, which falls with the square root of the aperture, and
+/// mains hum, which whole power line cycles cancel. The same seed, channel, function, time,
+/// aperture and reading number give the same value on every machine.
 class SignalSource
 {
 public:
@@ -18,9 +21,12 @@ public:
     {
     }
 
+    /// @param at the beginning of the measurement, time since power-on
+    /// @param apertureS how long it takes, above 0
     /// @param ordinal the number of the reading on this channel, for the noise
     /// @return the value in base units; temperatures in degrees Celsius
-    double value(int channel, Function function, Instant at, std::uint64_t ordinal) const;
+    double value(int channel, Function function, Instant at, double apertureS,
+                 std::uint64_t ordinal) const;
 
 private:
     std::uint64_t m_seed;

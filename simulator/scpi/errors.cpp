@@ -1,5 +1,8 @@
 #include "scpi/errors.h"
 
+#include <algorithm>
+#include <iterator>
+
 namespace scnsim {
 
 namespace {
@@ -54,6 +57,13 @@ const char* errorText(ErrorCode code)
         }
     }
     return "Device-specific error";
+}
+
+bool isErrorNumber(int number)
+{
+    return std::any_of(std::begin(kErrors), std::end(kErrors), [number](const ErrorRow& row) {
+        return row.code != ErrorCode::None && static_cast<int>(row.code) == number;
+    });
 }
 
 unsigned errorEventBit(ErrorCode code)

@@ -38,6 +38,9 @@ enum class ErrorCode : int {
 /// The standard's text for a number.
 const char* errorText(ErrorCode code);
 
+/// Whether the list has an error of this number.
+bool isErrorNumber(int number);
+
 /// The bit of the standard event status register that an error of this number sets; 0 for none.
 unsigned errorEventBit(ErrorCode code);
 

@@ -1,8 +1,25 @@
 #pragma once
 
+#include <chrono>
 #include <string>
+#include <vector>
 
 namespace scnsim {
+
+/// What goes back for a line.
+struct Reply
+{
+    /// The bytes without a terminator; nothing is sent for none.
+    std::string text;
+    /// Whether the line feed follows.
+    bool isComplete = true;
+    /// It leaves so much later; what comes in meanwhile is answered meanwhile.
+    std::chrono::milliseconds delay{0};
+    /// The connection breaks instead.
+    bool breaksLink = false;
+    /// What the transcript is to tell beside the line itself.
+    std::vector<std::string> notes;
+};
 
 /// Who answers the lines that come in. All calls come from the server's loop, one at a time.
 class LineService
@@ -11,8 +28,7 @@ public:
     virtual ~LineService() = default;
 
     /// @param line a line without its terminator
-    /// @return the reply without its terminator; empty for none
-    virtual std::string answer(const std::string& line) = 0;
+    virtual Reply answer(const std::string& line) = 0;
 
     /// A line was longer than a port takes and has been dropped.
     virtual void lineTooLong() = 0;
@@ -22,6 +38,12 @@ public:
 
     /// Called several times a second, also while nothing comes in.
     virtual void tick() = 0;
+
+    /// Whether clients may connect at all now. Those that are connected stay.
+    virtual bool isReachable() = 0;
+
+    /// Whether the client that has just connected may stay.
+    virtual bool admitsClient() = 0;
 };
 
 } // namespace scnsim

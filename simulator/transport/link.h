@@ -1,10 +1,14 @@
 #pragma once
 
+#include <chrono>
 #include <cstddef>
 #include <string>
+#include <utility>
+#include <vector>
 
 #include "transport/descriptor.h"
 #include "transport/linebuffer.h"
+#include "transport/lineservice.h"
 #include "transport/pace.h"
 
 namespace scnsim {
@@ -14,6 +18,9 @@ namespace scnsim {
 class Link
 {
 public:
+    /// A time of the steady clock.
+    using Time = std::chrono::nanoseconds;
+
     /// What happens to a reply that the client has not taken when its next line comes.
     enum class LateReply {
         Kept,   ///< it goes out first; the line waits
@@ -33,8 +40,14 @@ public:
 
     LineBuffer& input() { return m_input; }
 
-    /// Adds a line to what is to go out and sends what the stream takes.
-    void send(const std::string& line);
+    /// Adds bytes to what is to go out and sends what the stream takes.
+    void send(const std::string& bytes);
+
+    /// Keeps a reply that is to leave at a later time.
+    void keepForLater(Reply reply, Time due) { m_lateReplies.emplace_back(due, std::move(reply)); }
+    bool hasLateReplies() const { return !m_lateReplies.empty(); }
+    /// Gives away the kept replies whose time has come, in the order of their lines.
+    std::vector<Reply> takeLateReplies(Time now);
 
     /// Sends what the stream takes.
     /// @return false once the peer has gone
@@ -60,6 +73,7 @@ private:
     LineBuffer m_input;
     std::string m_output;
     std::size_t m_sent = 0;
+    std::vector<std::pair<Time, Reply>> m_lateReplies;
     bool m_gone = false;
 };
 

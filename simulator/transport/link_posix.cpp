@@ -43,11 +43,25 @@ bool Link::receive()
     return count < 0 && isTemporary(errno);
 }
 
-void Link::send(const std::string& line)
+void Link::send(const std::string& bytes)
 {
-    m_output += line;
-    m_output += '\n';
+    m_output += bytes;
     flush();
+}
+
+std::vector<Reply> Link::takeLateReplies(Time now)
+{
+    std::vector<Reply> due;
+    std::vector<std::pair<Time, Reply>> waiting;
+    for (auto& [time, reply] : m_lateReplies) {
+        if (time <= now) {
+            due.push_back(std::move(reply));
+        } else {
+            waiting.emplace_back(time, std::move(reply));
+        }
+    }
+    m_lateReplies = std::move(waiting);
+    return due;
 }
 
 bool Link::flush()

@@ -21,20 +21,29 @@ public:
     /// @return false with a text in error
     bool open(const std::string& link, std::string& error);
 
+    /// Opens a new line and lets the link lead to it, after the old one has broken.
+    bool renew(std::string& error);
+
+    /// Takes the link away, or puts it back; does nothing before open().
+    void setLinked(bool linked);
+
     /// The absolute path of the link.
     const std::string& link() const { return m_link; }
 
+    bool hasStream() const { return m_ownSide.isOpen(); }
     /// Gives away our side of the line, non-blocking.
     Descriptor takeStream();
 
 private:
     bool openLine(std::string& error);
     bool makeLink(const std::string& link, std::string& error);
+    void removeLink();
 
     Descriptor m_ownSide;
     Descriptor m_clientSide;
     std::string m_device;
     std::string m_link;
+    bool m_linked = false;
 };
 
 } // namespace scnsim

@@ -28,18 +28,32 @@ bool makeRaw(int descriptor)
 
 PseudoTerminal::~PseudoTerminal()
 {
-    if (m_link.empty()) {
-        return;
-    }
-    std::error_code ignored;
-    if (std::filesystem::read_symlink(m_link, ignored) == m_device) {
-        std::filesystem::remove(m_link, ignored);
-    }
+    removeLink();
 }
 
 bool PseudoTerminal::open(const std::string& link, std::string& error)
 {
     return openLine(error) && makeLink(link, error);
+}
+
+bool PseudoTerminal::renew(std::string& error)
+{
+    const bool linked = m_linked;
+    removeLink();
+    return openLine(error) && (!linked || makeLink(m_link, error));
+}
+
+void PseudoTerminal::setLinked(bool linked)
+{
+    if (m_link.empty() || linked == m_linked) {
+        return;
+    }
+    if (linked) {
+        std::string ignored;
+        makeLink(m_link, ignored);
+    } else {
+        removeLink();
+    }
 }
 
 Descriptor PseudoTerminal::takeStream()
@@ -76,7 +90,18 @@ bool PseudoTerminal::makeLink(const std::string& link, std::string& error)
         return false;
     }
     m_link = path.string();
+    m_linked = true;
     return true;
+}
+
+/// Only our own link: somebody may have put another one in its place.
+void PseudoTerminal::removeLink()
+{
+    std::error_code ignored;
+    if (m_linked && std::filesystem::read_symlink(m_link, ignored) == m_device) {
+        std::filesystem::remove(m_link, ignored);
+    }
+    m_linked = false;
 }
 
 } // namespace scnsim

@@ -13,36 +13,54 @@
 
 namespace scnsim {
 
-/// Serves one instrument on a TCP port and a pseudo-terminal, in one loop on one thread. Any
-/// number of clients may be connected; their lines are carried out one at a time as they come.
+/// Serves one instrument on a TCP port and a pseudo-terminal, and whoever controls it on a TCP port
+/// of its own, in one loop on one thread. Any number of clients may be connected; their lines are
+/// carried out one at a time as they come. Only the instrument's dialogue goes into the transcript.
 class Server
 {
 public:
-    Server(LineService& service, Transcript& transcript);
+    Server(LineService& instrument, Transcript& transcript);
 
     /// @return false with a text in error
     bool listenTcp(std::uint16_t port, std::string& error);
     /// @param bitsPerSecond the speed at which replies leave; 0 for no limit
     bool openPseudoTerminal(const std::string& link, int bitsPerSecond, std::string& error);
+    bool listenControl(LineService& control, std::uint16_t port, std::string& error);
 
-    /// The resource names of the open ports in the order of their opening.
+    /// The resource names of the instrument's open ports in the order of their opening.
     const std::vector<std::string>& resources() const { return m_resources; }
+    std::uint16_t controlPort() const { return m_controlListener.port(); }
 
     /// Serves until the descriptor becomes readable.
     void run(int stopDescriptor);
 
 private:
+    struct Client
+    {
+        std::unique_ptr<Link> link;
+        LineService* service;
+    };
+
     bool pollOnce(int stopDescriptor);
     int pollTimeoutMs() const;
-    void acceptClient();
-    bool serveLink(Link& link, short events);
-    void answerLines(Link& link);
+    void acceptClient(TcpListener& listener, LineService& service);
+    bool serveClient(Client& client, short events);
+    bool answerLines(Client& client);
+    bool answerLine(Client& client, const std::string& line);
+    void sendReply(Client& client, Reply reply);
+    void sendLateReplies(Client& client);
+    void record(const Client& client, Transcript::Direction direction, const std::string& line);
+    void serveTerminal();
+    void followReachability();
 
-    LineService& m_service;
+    LineService& m_instrument;
+    LineService* m_control = nullptr;
     Transcript& m_transcript;
     TcpListener m_listener;
+    TcpListener m_controlListener;
     PseudoTerminal m_terminal;
-    std::vector<std::unique_ptr<Link>> m_links;
+    int m_bitsPerSecond = 0;
+    std::vector<Client> m_clients;
     std::vector<std::string> m_resources;
 };
 

@@ -11,11 +11,15 @@ namespace {
 
 /// The loop wakes up at least this often.
 constexpr int kTickMs = 50;
-/// And this often while a paced line has something to send.
+/// And this often while a paced line has something to send or a reply waits for its time.
 constexpr int kPacedTickMs = 1;
 
 constexpr const char* kTcpPort = "tcp";
 constexpr const char* kTerminalPort = "pty";
+constexpr const char* kControlPort = "control";
+
+/// Descriptors that stand in front of the clients' in each poll.
+enum FixedDescriptor { kStop, kInstrumentListener, kControlListener, kFixedCount };
 
 short wantedEvents(const Link& link)
 {
@@ -25,10 +29,15 @@ short wantedEvents(const Link& link)
     return static_cast<short>(input | output);
 }
 
+Link::Time now()
+{
+    return std::chrono::steady_clock::now().time_since_epoch();
+}
+
 } // namespace
 
-Server::Server(LineService& service, Transcript& transcript)
-    : m_service(service)
+Server::Server(LineService& instrument, Transcript& transcript)
+    : m_instrument(instrument)
     , m_transcript(transcript)
 {
 }
@@ -47,66 +56,92 @@ bool Server::openPseudoTerminal(const std::string& link, int bitsPerSecond, std:
     if (!m_terminal.open(link, error)) {
         return false;
     }
-    m_links.push_back(std::make_unique<Link>(m_terminal.takeStream(), kTerminalPort,
-                                             Link::LateReply::Dropped, Pace(bitsPerSecond)));
+    m_bitsPerSecond = bitsPerSecond;
     m_resources.push_back("ASRL" + m_terminal.link() + "::INSTR");
+    serveTerminal();
     return true;
+}
+
+bool Server::listenControl(LineService& control, std::uint16_t port, std::string& error)
+{
+    m_control = &control;
+    return m_controlListener.listen(port, error);
 }
 
 void Server::run(int stopDescriptor)
 {
-    while (pollOnce(stopDescriptor)) {
-        m_service.tick();
-    }
+    do {
+        m_instrument.tick();
+        followReachability();
+    } while (pollOnce(stopDescriptor));
 }
 
 /// @return false when it is time to stop
 bool Server::pollOnce(int stopDescriptor)
 {
     std::vector<pollfd> polled = {{stopDescriptor, POLLIN, 0},
-                                  {m_listener.descriptor(), POLLIN, 0}};
-    for (const std::unique_ptr<Link>& link : m_links) {
-        polled.push_back({link->descriptor(), wantedEvents(*link), 0});
+                                  {m_listener.descriptor(), POLLIN, 0},
+                                  {m_controlListener.descriptor(), POLLIN, 0}};
+    for (const Client& client : m_clients) {
+        polled.push_back({client.link->descriptor(), wantedEvents(*client.link), 0});
     }
     if (poll(polled.data(), polled.size(), pollTimeoutMs()) < 0) {
         return errno == EINTR;
     }
-    if (polled[0].revents != 0) {
+    if (polled[kStop].revents != 0) {
         return false;
     }
-    std::vector<std::unique_ptr<Link>> alive;
-    for (std::size_t i = 0; i < m_links.size(); ++i) {
-        if (serveLink(*m_links[i], polled[i + 2].revents)) {
-            alive.push_back(std::move(m_links[i]));
+    std::vector<Client> alive;
+    bool lostTerminal = false;
+    for (std::size_t i = 0; i < m_clients.size(); ++i) {
+        if (serveClient(m_clients[i], polled[i + kFixedCount].revents)) {
+            alive.push_back(std::move(m_clients[i]));
+        } else {
+            lostTerminal = lostTerminal || m_clients[i].link->port() == kTerminalPort;
         }
     }
-    m_links = std::move(alive);
-    if (polled[1].revents != 0) {
-        acceptClient();
+    m_clients = std::move(alive);
+    if (lostTerminal) {
+        serveTerminal();
+    }
+    if (polled[kInstrumentListener].revents != 0) {
+        acceptClient(m_listener, m_instrument);
+    }
+    if (polled[kControlListener].revents != 0) {
+        acceptClient(m_controlListener, *m_control);
     }
     return true;
 }
 
 int Server::pollTimeoutMs() const
 {
-    const bool pacing = std::any_of(m_links.begin(), m_links.end(), [](const auto& link) {
-        return link->isPaced() && link->hasPendingOutput();
+    const bool waiting = std::any_of(m_clients.begin(), m_clients.end(), [](const Client& client) {
+        return client.link->hasLateReplies() ||
+               (client.link->isPaced() && client.link->hasPendingOutput());
     });
-    return pacing ? kPacedTickMs : kTickMs;
+    return waiting ? kPacedTickMs : kTickMs;
 }
 
-void Server::acceptClient()
+void Server::acceptClient(TcpListener& listener, LineService& service)
 {
-    Descriptor stream = m_listener.accept();
-    if (stream.isOpen()) {
-        m_links.push_back(
-            std::make_unique<Link>(std::move(stream), kTcpPort, Link::LateReply::Kept));
+    Descriptor stream = listener.accept();
+    if (!stream.isOpen()) {
+        return;
     }
+    if (!service.admitsClient()) {
+        TcpListener::reset(std::move(stream));
+        return;
+    }
+    const char* const port = &service == &m_instrument ? kTcpPort : kControlPort;
+    m_clients.push_back(
+        {std::make_unique<Link>(std::move(stream), port, Link::LateReply::Kept), &service});
 }
 
-/// @return false once the peer has gone
-bool Server::serveLink(Link& link, short events)
+/// @return false once the connection is at its end
+bool Server::serveClient(Client& client, short events)
 {
+    Link& link = *client.link;
+    sendLateReplies(client);
     const bool mayWrite = (events & POLLOUT) != 0 || link.isPaced();
     if (mayWrite && !link.flush()) {
         return false;
@@ -114,28 +149,88 @@ bool Server::serveLink(Link& link, short events)
     const bool readable = (events & (POLLIN | POLLHUP | POLLERR)) != 0;
     const bool alive = !readable || link.receive();
     // Lines that came before the end are carried out, although nobody waits for the answers.
-    answerLines(link);
-    return alive;
+    return answerLines(client) && alive;
 }
 
-void Server::answerLines(Link& link)
+/// @return false if the connection is to break
+bool Server::answerLines(Client& client)
 {
+    Link& link = *client.link;
     while (link.takesInput() && link.input().hasItem()) {
         const LineBuffer::Item item = link.input().take();
         if (link.dropLateReply()) {
-            m_service.replyInterrupted();
+            client.service->replyInterrupted();
         }
         if (item.tooLong) {
-            m_service.lineTooLong();
-            continue;
-        }
-        m_transcript.write(link.port(), Transcript::Direction::Received, item.line);
-        const std::string reply = m_service.answer(item.line);
-        if (!reply.empty()) {
-            m_transcript.write(link.port(), Transcript::Direction::Sent, reply);
-            link.send(reply);
+            client.service->lineTooLong();
+        } else if (!answerLine(client, item.line)) {
+            return false;
         }
     }
+    return true;
+}
+
+/// @return false if the connection is to break
+bool Server::answerLine(Client& client, const std::string& line)
+{
+    record(client, Transcript::Direction::Received, line);
+    Reply reply = client.service->answer(line);
+    for (const std::string& note : reply.notes) {
+        record(client, Transcript::Direction::Note, note);
+    }
+    if (reply.breaksLink) {
+        return false;
+    }
+    if (reply.delay.count() > 0) {
+        const Link::Time due = now() + reply.delay;
+        client.link->keepForLater(std::move(reply), due);
+    } else {
+        sendReply(client, std::move(reply));
+    }
+    return true;
+}
+
+void Server::sendReply(Client& client, Reply reply)
+{
+    if (reply.text.empty()) {
+        return;
+    }
+    record(client, Transcript::Direction::Sent, reply.text);
+    client.link->send(reply.text + (reply.isComplete ? "\n" : ""));
+}
+
+void Server::sendLateReplies(Client& client)
+{
+    for (Reply& reply : client.link->takeLateReplies(now())) {
+        sendReply(client, std::move(reply));
+    }
+}
+
+void Server::record(const Client& client, Transcript::Direction direction, const std::string& line)
+{
+    if (client.service == &m_instrument) {
+        m_transcript.write(client.link->port(), direction, line);
+    }
+}
+
+/// Takes our side of the pseudo-terminal as a client; a new line if the last one broke.
+void Server::serveTerminal()
+{
+    std::string error;
+    if (!m_terminal.hasStream() && !m_terminal.renew(error)) {
+        return;
+    }
+    m_clients.push_back({std::make_unique<Link>(m_terminal.takeStream(), kTerminalPort,
+                                                Link::LateReply::Dropped, Pace(m_bitsPerSecond)),
+                         &m_instrument});
+}
+
+/// Closes the doors and opens them again as the instrument wants it.
+void Server::followReachability()
+{
+    const bool reachable = m_instrument.isReachable();
+    m_listener.setOpen(reachable);
+    m_terminal.setLinked(reachable);
 }
 
 } // namespace scnsim

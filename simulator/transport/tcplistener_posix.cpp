@@ -53,6 +53,25 @@ bool TcpListener::listen(std::uint16_t port, std::string& error)
     return true;
 }
 
+void TcpListener::setOpen(bool open)
+{
+    if (m_port == 0 || open == m_descriptor.isOpen()) {
+        return;
+    }
+    if (open) {
+        std::string ignored;
+        listen(m_port, ignored);
+    } else {
+        m_descriptor = Descriptor();
+    }
+}
+
+void TcpListener::reset(Descriptor stream)
+{
+    const linger atOnce = {1, 0};
+    setsockopt(stream.number(), SOL_SOCKET, SO_LINGER, &atOnce, sizeof atOnce);
+}
+
 Descriptor TcpListener::accept()
 {
     Descriptor stream(::accept(m_descriptor.number(), nullptr, nullptr));

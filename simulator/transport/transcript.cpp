@@ -22,6 +22,19 @@ std::string localTime()
     return text;
 }
 
+char markOf(Transcript::Direction direction)
+{
+    switch (direction) {
+    case Transcript::Direction::Received:
+        return '>';
+    case Transcript::Direction::Sent:
+        return '<';
+    case Transcript::Direction::Note:
+        break;
+    }
+    return '!';
+}
+
 std::string printable(const std::string& line)
 {
     std::string text;
@@ -50,8 +63,8 @@ bool Transcript::open(const std::string& path)
 void Transcript::write(const std::string& port, Direction direction, const std::string& line)
 {
     if (m_file.is_open()) {
-        m_file << localTime() << ' ' << port << (direction == Direction::Received ? " > " : " < ")
-               << printable(line) << '\n'
+        m_file << localTime() << ' ' << port << ' ' << markOf(direction) << ' ' << printable(line)
+               << '\n'
                << std::flush;
     }
 }

@@ -103,6 +103,12 @@ private slots:
     void emptyScaledUnitLeavesTheFunctionsUnit();
     void temperatureUnitIsApplied();
     void everyFunctionHasASignal();
+    void wholeLineCyclesCancelTheHum_data();
+    void wholeLineCyclesCancelTheHum();
+    void noiseFallsWithTheAperture();
+    void thermocoupleWarmsUpAndCoolsDown();
+    void capacitorDischargesAndIsChargedAnew();
+    void levelsDriftSlowly();
 };
 
 void TestSimEngine::readingIsThereWhenItsTimeIsOver()
@@ -572,11 +578,114 @@ void TestSimEngine::everyFunctionHasASignal()
     const SignalSource source(1);
     for (int f = 0; f < static_cast<int>(Function::None); ++f) {
         const auto function = static_cast<Function>(f);
-        QVERIFY(source.value(101, function, 1s, 1) > 0);
-        QVERIFY(source.value(101, function, 1s, 1) != source.value(101, function, 1s, 2));
-        QVERIFY(source.value(101, function, 1s, 1) != source.value(102, function, 1s, 1));
+        QVERIFY(source.value(101, function, 1s, 0.02, 1) > 0);
+        QVERIFY(source.value(101, function, 1s, 0.02, 1) !=
+                source.value(101, function, 1s, 0.02, 2));
+        QVERIFY(source.value(101, function, 1s, 0.02, 1) !=
+                source.value(102, function, 1s, 0.02, 1));
     }
-    QCOMPARE(source.value(101, Function::None, 1s, 1), 0.0);
+    QCOMPARE(source.value(101, Function::None, 1s, 0.02, 1), 0.0);
+}
+
+namespace {
+
+/// The spread of a thousand readings of one channel, as a standard deviation.
+double spread(Function function, double apertureS, Instant step)
+{
+    const SignalSource source(1);
+    constexpr int kReadings = 1000;
+    double sum = 0;
+    double squares = 0;
+    for (int i = 0; i < kReadings; ++i) {
+        const double value = source.value(101, function, i * step, apertureS, std::uint64_t(i));
+        sum += value;
+        squares += value * value;
+    }
+    const double mean = sum / kReadings;
+    return std::sqrt(squares / kReadings - mean * mean);
+}
+
+} // namespace
+
+void TestSimEngine::wholeLineCyclesCancelTheHum_data()
+{
+    QTest::addColumn<double>("cycles");
+    QTest::addColumn<bool>("hums");
+    QTest::newRow("0.02") << 0.02 << true;
+    QTest::newRow("0.2") << 0.2 << true;
+    QTest::newRow("1") << 1.0 << false;
+    QTest::newRow("10") << 10.0 << false;
+}
+
+void TestSimEngine::wholeLineCyclesCancelTheHum()
+{
+    QFETCH(double, cycles);
+    // The hum at 1 V is 20 mV high, the noise of one cycle 0.1 mV.
+    QTEST(spread(Function::VoltageDc, cycles / 50, 1ms) > 5e-3, "hums");
+    QVERIFY(spread(Function::VoltageDc, cycles / 50, 1ms) > 1e-6);
+}
+
+void TestSimEngine::noiseFallsWithTheAperture()
+{
+    // All at the same moment, so that nothing but the noise differs.
+    const double atOneCycle = spread(Function::VoltageAc, 0.02, 0ms);
+    const double atHundred = spread(Function::VoltageAc, 2, 0ms);
+    QVERIFY(atOneCycle > 3e-4 && atOneCycle < 1e-3);
+    QVERIFY(std::fabs(atOneCycle / atHundred - 10) < 0.01);
+}
+
+void TestSimEngine::thermocoupleWarmsUpAndCoolsDown()
+{
+    const SignalSource source(1);
+    const auto celsius = [&source](std::chrono::seconds at) {
+        return source.value(101, Function::Thermocouple, at, 0.02, 1);
+    };
+    QVERIFY(std::fabs(celsius(0s) - 21) < 0.1);
+    for (int s = 0; s < 100; s += 10) {
+        QVERIFY(celsius(std::chrono::seconds(s + 10)) > celsius(std::chrono::seconds(s)) + 0.5);
+    }
+    // It ends 30 degrees higher, and each position 5 degrees above the one before.
+    QVERIFY(std::fabs(celsius(599s) - 51) < 0.1);
+    QVERIFY(std::fabs(source.value(103, Function::Thermocouple, 599s, 0.02, 1) - 61) < 0.1);
+    QVERIFY(celsius(650s) < 45);
+    QVERIFY(std::fabs(celsius(1199s) - 21) < 0.1);
+    QVERIFY(std::fabs(celsius(1260s) - celsius(60s)) < 0.1);
+}
+
+void TestSimEngine::capacitorDischargesAndIsChargedAnew()
+{
+    const SignalSource source(1);
+    const auto volts = [&source](std::chrono::seconds at) {
+        return source.value(104, Function::VoltageDc, at, 0.02, 1);
+    };
+    QVERIFY(std::fabs(volts(0s) - 10) < 0.01);
+    // Equal times take off equal parts.
+    const double part = volts(20s) / volts(0s);
+    QVERIFY(part > 0.5 && part < 0.75);
+    QVERIFY(std::fabs(volts(40s) / volts(20s) - part) < 1e-3);
+    QVERIFY(std::fabs(volts(60s) / volts(40s) - part) < 1e-3);
+    QVERIFY(volts(239s) < 0.2);
+    QVERIFY(std::fabs(volts(240s) - 10) < 0.01);
+    // Its neighbours have none.
+    QVERIFY(source.value(103, Function::VoltageDc, 239s, 0.02, 1) > 1.4);
+}
+
+void TestSimEngine::levelsDriftSlowly()
+{
+    const SignalSource source(1);
+    double lowest = 2;
+    double highest = 0;
+    double before = source.value(101, Function::VoltageDc, 0s, 0.02, 1);
+    for (int s = 1; s <= 200; ++s) {
+        const double volts =
+            source.value(101, Function::VoltageDc, std::chrono::seconds(s), 0.02, 1);
+        QVERIFY(std::fabs(volts - before) < 2.2e-3);
+        before = volts;
+        lowest = std::min(lowest, volts);
+        highest = std::max(highest, volts);
+    }
+    QVERIFY(lowest > 0.97 && lowest < 0.985);
+    QVERIFY(highest > 1.015 && highest < 1.03);
 }
 
 QTEST_APPLESS_MAIN(TestSimEngine)

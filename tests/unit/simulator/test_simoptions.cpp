@@ -25,6 +25,8 @@ void TestSimOptions::nothingMeansTheUsualPort()
     QVERIFY(options.terminalLink.empty());
     QCOMPARE(options.modules, (std::map<int, int>{{1, 1}, {2, 2}, {3, 8}}));
     QVERIFY(!options.readingsPerSecond);
+    QVERIFY(!options.controlPort);
+    QVERIFY(options.faults.empty());
 
     Options onTerminal;
     QVERIFY(parseOptions({"--pty", "/tmp/x"}, onTerminal, error));
@@ -35,11 +37,20 @@ void TestSimOptions::allOptionsAreRead()
 {
     Options options;
     std::string error;
-    QVERIFY(
-        parseOptions({"--tcp", "0", "--pty", "/tmp/x", "--slots", "2:14,15:0", "--idn", "A,B,C,D",
-                      "--rate", "0.5", "--baud", "57600", "--seed", "18446744073709551615",
-                      "--open", "201,1503", "--transcript", "t.log", "--help"},
-                     options, error));
+    QVERIFY(parseOptions({"--tcp",        "0",
+                          "--pty",        "/tmp/x",
+                          "--slots",      "2:14,15:0",
+                          "--idn",        "A,B,C,D",
+                          "--rate",       "0.5",
+                          "--baud",       "57600",
+                          "--seed",       "18446744073709551615",
+                          "--open",       "201,1503",
+                          "--transcript", "t.log",
+                          "--control",    "0",
+                          "--fault",      "silence for R? * times 2",
+                          "--fault",      "refuse",
+                          "--help"},
+                         options, error));
     QCOMPARE(int{*options.tcpPort}, 0);
     QCOMPARE(shown(options.terminalLink), QStringLiteral("/tmp/x"));
     QCOMPARE(options.modules, (std::map<int, int>{{2, 14}, {15, 0}}));
@@ -49,6 +60,10 @@ void TestSimOptions::allOptionsAreRead()
     QCOMPARE(options.seed, UINT64_MAX);
     QCOMPARE(options.openChannels, (std::set<int>{201, 1503}));
     QCOMPARE(shown(options.transcriptPath), QStringLiteral("t.log"));
+    QCOMPARE(int{*options.controlPort}, 0);
+    QCOMPARE(options.faults.size(), std::size_t{2});
+    QCOMPARE(shown(faultText(options.faults[0])), QStringLiteral("silence for R? * times 2"));
+    QCOMPARE(shown(faultText(options.faults[1])), QStringLiteral("refuse"));
     QVERIFY(options.help);
 
     Options empty;
@@ -91,6 +106,10 @@ void TestSimOptions::badOptionIsRefused_data()
     row("--open 1");
     row("--open 101,");
     row("--transcript");
+    row("--control");
+    row("--control 65536");
+    row("--fault");
+    row("--fault noise");
 
     QTest::newRow("blank in the identity")
         << QStringList{QStringLiteral("--idn"), QStringLiteral("A,B C,D,E")};

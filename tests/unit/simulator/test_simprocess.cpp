@@ -319,7 +319,7 @@ void TestSimProcess::helpIsShown()
     QCOMPARE(m_process.exitCode(), 0);
     const QByteArray text = m_process.readAllStandardOutput();
     for (const char* option : {"--tcp", "--pty", "--baud", "--slots", "--idn", "--rate", "--seed",
-                               "--open", "--transcript"}) {
+                               "--open", "--transcript", "--fault", "--control"}) {
         QVERIFY2(text.contains(option), option);
     }
 }

@@ -1,6 +1,7 @@
 #include <QtTest>
 
 #include <algorithm>
+#include <cmath>
 
 #include "model/module.h"
 #include "simbench.h"
@@ -105,6 +106,8 @@ private slots:
     void optionIsSetAndReadBack();
     void refusedValueChangesNothing_data();
     void refusedValueChangesNothing();
+    void everyOptionRefusesWhatItCannotTake_data();
+    void everyOptionRefusesWhatItCannotTake();
     void everyOptionHasAHeader();
     void everyHeaderStandsInTheDocumentation();
     void settingsBelongToOneChannelAndFunction();
@@ -370,6 +373,84 @@ void TestSimReadBack::refusedValueChangesNothing()
     QCOMPARE(bench.ask("SYST:ERR?"), QString::fromLatin1(kNoError));
     QVERIFY(!before.isEmpty());
     QCOMPARE(bench.ask(query + channel), before);
+}
+
+void TestSimReadBack::everyOptionRefusesWhatItCannotTake_data()
+{
+    QTest::addColumn<QString>("header");
+    QTest::addColumn<int>("option");
+    for (const OptionRow& row : optionHeaders()) {
+        // The short form with what may be left out.
+        QString header = QString::fromLatin1(row.spelling);
+        header.remove(QRegularExpression(QStringLiteral("[][a-z]")));
+        QTest::newRow(row.spelling) << header << static_cast<int>(row.option);
+    }
+}
+
+void TestSimReadBack::everyOptionRefusesWhatItCannotTake()
+{
+    QFETCH(QString, header);
+    QFETCH(int, option);
+    const OptionInfo& info = optionInfo(static_cast<Option>(option));
+    SimBench bench;
+    const QString query = QStringLiteral("%1? (@101:122)").arg(header);
+    const QString before = bench.ask(query);
+    QCOMPARE(before.count(QLatin1Char(',')), 21);
+
+    const auto errorOf = [&](const QString& line) {
+        const QString answer = bench.ask(line);
+        const QString error = bench.ask("SYST:ERR?");
+        const bool unchanged = bench.ask(query) == before;
+        const bool alone = bench.ask("SYST:ERR?") == QLatin1String(kNoError);
+        return answer.isEmpty() && unchanged && alone ? error : QStringLiteral("more than that");
+    };
+    const auto set = [&header](const QString& value) {
+        return QStringLiteral("%1 %2").arg(header, value);
+    };
+    const QString good = info.kind == OptionKind::Switch   ? QStringLiteral("ON")
+                         : info.kind == OptionKind::Choice ? QString::fromLatin1(info.words.data[1])
+                                                           : QStringLiteral("MAX");
+    const bool isWord = info.kind == OptionKind::Switch || info.kind == OptionKind::Choice;
+
+    if (!isWord) {
+        const QString wrong = info.kind == OptionKind::Listed
+                                  ? QStringLiteral("-224,\"Illegal parameter value\"")
+                                  : QStringLiteral("-222,\"Data out of range\"");
+        const double step = std::max(std::fabs(info.minimum), std::fabs(info.maximum)) * 1e-6;
+        QCOMPARE(errorOf(set(QStringLiteral("%1,(@101)").arg(info.minimum - step, 0, 'g', 15))),
+                 wrong);
+        QCOMPARE(errorOf(set(QStringLiteral("%1,(@101)").arg(info.maximum + step, 0, 'g', 15))),
+                 wrong);
+        QCOMPARE(errorOf(set(QStringLiteral("1 V,(@101)"))),
+                 QStringLiteral("-138,\"Suffix not allowed\""));
+        QCOMPARE(errorOf(set(QStringLiteral("1E999,(@101)"))),
+                 QStringLiteral("-123,\"Exponent too large\""));
+    }
+    QCOMPARE(errorOf(set(QStringLiteral("NOWORD,(@101)"))),
+             QStringLiteral("-224,\"Illegal parameter value\""));
+    QCOMPARE(errorOf(set(QStringLiteral("\"1\",(@101)"))),
+             QStringLiteral("-104,\"Data type error\""));
+    QCOMPARE(errorOf(set(QStringLiteral("#11,(@101)"))),
+             QStringLiteral("-168,\"Block data not allowed\""));
+    QCOMPARE(errorOf(set(QStringLiteral(",(@101)"))), QStringLiteral("-102,\"Syntax error\""));
+    QCOMPARE(errorOf(set(good)), QStringLiteral("-109,\"Missing parameter\""));
+    QCOMPARE(errorOf(set(good + QStringLiteral(",(@)"))),
+             QStringLiteral("-171,\"Invalid expression\""));
+    QCOMPARE(errorOf(set(good + QStringLiteral(",(101)"))),
+             QStringLiteral("-171,\"Invalid expression\""));
+    QCOMPARE(errorOf(set(good + QStringLiteral(",(@101:123)"))),
+             QStringLiteral("-222,\"Data out of range\""));
+    QCOMPARE(errorOf(set(good + QStringLiteral(",(@101,401)"))),
+             QStringLiteral("-241,\"Hardware missing\""));
+    QCOMPARE(errorOf(set(good + QStringLiteral(",(@101),1"))),
+             QStringLiteral("-108,\"Parameter not allowed\""));
+    QCOMPARE(errorOf(QString(header).replace(QLatin1Char(':'), QLatin1String("::")) +
+                     QStringLiteral(" %1,(@101)").arg(good)),
+             QStringLiteral("-110,\"Command header error\""));
+    QCOMPARE(errorOf(QStringLiteral("%1:FOO %2,(@101)").arg(header, good)),
+             QStringLiteral("-113,\"Undefined header\""));
+    QCOMPARE(errorOf(QStringLiteral("%1. %2,(@101)").arg(header, good)),
+             QStringLiteral("-111,\"Header separator error\""));
 }
 
 void TestSimReadBack::everyOptionHasAHeader()
