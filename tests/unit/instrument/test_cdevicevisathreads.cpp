@@ -3,6 +3,7 @@
 #include <QThread>
 
 #include <atomic>
+#include <functional>
 #include <future>
 #include <memory>
 #include <thread>
@@ -17,6 +18,8 @@ const QString kTcpResource = QStringLiteral("TCPIP0::127.0.0.1::5025::SOCKET");
 
 } // namespace
 
+Q_DECLARE_METATYPE(std::function<void(CDeviceVisa&)>)
+
 /// The gate used by several threads, and the mutex that keeps exchanges whole.
 class TestCDeviceVisaThreads : public QObject
 {
@@ -27,6 +30,8 @@ private slots:
     void cleanup();
 
     void signalsComeUnderTheMutexOnTheCallingThread();
+    void otherOperationsWaitForAnExchange_data();
+    void otherOperationsWaitForAnExchange();
     void commandsCompletedComesWithoutTheMutex();
     void receiverOfASignalMaySend();
     void slowQueryHoldsUpOtherThreads();
@@ -74,6 +79,35 @@ void TestCDeviceVisaThreads::signalsComeUnderTheMutexOnTheCallingThread()
     QCOMPARE(seen, 4);
     for (std::future<QString>& other : others)
         QVERIFY(other.wait_for(std::chrono::seconds(5)) == std::future_status::ready);
+}
+
+void TestCDeviceVisaThreads::otherOperationsWaitForAnExchange_data()
+{
+    using Operation = std::function<void(CDeviceVisa&)>;
+    QTest::addColumn<Operation>("operation");
+    QTest::newRow("connect") << Operation([](CDeviceVisa& d) { d.connectDevice(kTcpResource); });
+    QTest::newRow("disconnect") << Operation([](CDeviceVisa& d) { d.disconnectDevice(); });
+    QTest::newRow("state") << Operation([](CDeviceVisa& d) { d.isConnected(); });
+    QTest::newRow("error") << Operation([](CDeviceVisa& d) { d.lastError(); });
+    QTest::newRow("exchange") << Operation(
+        [](CDeviceVisa& d) { d.sendCommand(QStringLiteral("*CLS"), 5000); });
+}
+
+void TestCDeviceVisaThreads::otherOperationsWaitForAnExchange()
+{
+    QFETCH(std::function<void(CDeviceVisa&)>, operation);
+    std::future<void> other;
+    bool waited = false;
+    // The fake answers in the middle of the exchange.
+    m_fake->setResponder([&](const QByteArray&) {
+        other = std::async(std::launch::async, [&] { operation(*m_device); });
+        waited = other.wait_for(std::chrono::milliseconds(50)) == std::future_status::timeout;
+        m_fake->setResponder({});
+        return QByteArray("whole\n");
+    });
+    QCOMPARE(m_device->sendCommand(QStringLiteral("X?"), 5000), QStringLiteral("whole"));
+    QVERIFY(waited);
+    QVERIFY(other.wait_for(std::chrono::seconds(5)) == std::future_status::ready);
 }
 
 void TestCDeviceVisaThreads::commandsCompletedComesWithoutTheMutex()

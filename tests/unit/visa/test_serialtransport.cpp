@@ -3,6 +3,7 @@
 #include <QTest>
 
 #include <fcntl.h>
+#include <sys/wait.h>
 #include <termios.h>
 #include <unistd.h>
 
@@ -54,6 +55,7 @@ private slots:
     void hangUpInAWriteThatWaits();
     void settingsOfALineThatIsHungUp();
     void lineIsFreeAfterClosing();
+    void portIsNotTheControllingTerminal();
 };
 
 void TestSerialTransport::queryAndReply()
@@ -367,6 +369,23 @@ void TestSerialTransport::lineIsFreeAfterClosing()
         QCOMPARE(peer.receive(2), QByteArray("x\n"));
     }
     ::close(keeper);
+}
+
+/// The first terminal that the leader of a session opens would become the one whose hang-up ends it.
+void TestSerialTransport::portIsNotTheControllingTerminal()
+{
+    PtyPeer peer;
+    const pid_t child = ::fork();
+    QVERIFY(child >= 0);
+    if (child == 0) {
+        ::setsid();
+        const ProviderSession session(peer.resource());
+        const bool opened = session.openStatus() == VI_SUCCESS;
+        ::_exit(opened && ::open("/dev/tty", O_RDWR | O_CLOEXEC) < 0 ? 0 : 1);
+    }
+    int status = -1;
+    QCOMPARE(::waitpid(child, &status, 0), child);
+    QCOMPARE(status, 0);
 }
 
 QTEST_GUILESS_MAIN(TestSerialTransport)

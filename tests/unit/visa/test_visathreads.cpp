@@ -3,8 +3,13 @@
 #include <QTest>
 #include <QThread>
 
+#include <fcntl.h>
+#include <pthread.h>
+#include <unistd.h>
+
 #include <algorithm>
 #include <atomic>
+#include <csignal>
 #include <functional>
 #include <future>
 #include <memory>
@@ -13,6 +18,7 @@
 
 #include "unit/visa/peers_posix.h"
 #include "unit/visa/providersession.h"
+#include "visa/filedescriptor_posix.h"
 
 // The address sanitizer takes the stack frames that a terminated thread leaves for ones still in
 // use, unless it keeps their variables elsewhere.
@@ -63,6 +69,9 @@ public:
     BackgroundRead(const BackgroundRead&) = delete;
     BackgroundRead& operator=(const BackgroundRead&) = delete;
 
+    /// Sends the reading thread a signal.
+    void signal(int number) { ::pthread_kill(m_thread.native_handle(), number); }
+
     ReadOutcome outcome()
     {
         m_thread.join();
@@ -77,11 +86,29 @@ private:
 
 constexpr qint64 kGenerousMs = 1000;
 
-int openDescriptors()
+QStringList openDescriptors()
 {
     return QDir(QStringLiteral("/proc/self/fd"))
-        .entryList(QDir::NoDotAndDotDot | QDir::Files | QDir::System)
-        .size();
+        .entryList(QDir::NoDotAndDotDot | QDir::Files | QDir::System);
+}
+
+/// A descriptor that goes out of scope in a thread that has been told to end.
+struct Closing
+{
+    int descriptor = -1;
+    bool done = false;
+};
+
+void* closeWhileTerminated(void* argument)
+{
+    auto* const closing = static_cast<Closing*>(argument);
+    {
+        const FileDescriptor descriptor(closing->descriptor);
+        ::pthread_cancel(::pthread_self());
+    }
+    closing->done = true;
+    ::pthread_testcancel();
+    return nullptr;
 }
 
 } // namespace
@@ -101,9 +128,12 @@ private slots:
     void messagesOfTwoWritersDoNotMix();
     void writerWaitsForItsTurnNoLongerThanItsTimeout();
     void writeDuringAReadThatWaits();
+    void signalsDoNotEndARead();
     void terminatedThreadLeavesASessionThatWorks_data();
     void terminatedThreadLeavesASessionThatWorks();
+    void closingADescriptorIsNoPlaceToBeTerminated();
     void noDescriptorIsLeftBehind();
+    void descriptorsAreKeptFromChildProcesses();
 };
 
 void TestVisaThreads::closingEndsAReadInAnotherThread_data()
@@ -310,6 +340,27 @@ void TestVisaThreads::writeDuringAReadThatWaits()
     QCOMPARE(read.outcome().bytes, QByteArray("ok\n"));
 }
 
+void TestVisaThreads::signalsDoNotEndARead()
+{
+    static std::atomic<int> handled{0};
+    handled = 0;
+    std::signal(SIGUSR1, [](int) { ++handled; });
+    TcpPeer peer;
+    ProviderSession session(peer.resource());
+    QVERIFY(peer.accept());
+    session.set(VI_ATTR_TMO_VALUE, 10000);
+    BackgroundRead read(session);
+    for (int i = 0; i < 3; ++i) {
+        read.signal(SIGUSR1);
+        QTRY_COMPARE(handled.load(), i + 1);
+    }
+    peer.send("still here\n");
+    const ReadOutcome outcome = read.outcome();
+    std::signal(SIGUSR1, SIG_DFL);
+    QCOMPARE(outcome.status, VI_SUCCESS_TERM_CHAR);
+    QCOMPARE(outcome.bytes, QByteArray("still here\n"));
+}
+
 void TestVisaThreads::terminatedThreadLeavesASessionThatWorks_data()
 {
     QTest::addColumn<bool>("reading");
@@ -363,13 +414,26 @@ void TestVisaThreads::terminatedThreadLeavesASessionThatWorks()
     QCOMPARE(outcome.bytes, QByteArray("next\n"));
 }
 
+void TestVisaThreads::closingADescriptorIsNoPlaceToBeTerminated()
+{
+    Closing closing;
+    closing.descriptor = ::dup(STDERR_FILENO);
+    pthread_t thread;
+    QCOMPARE(::pthread_create(&thread, nullptr, closeWhileTerminated, &closing), 0);
+    void* result = nullptr;
+    QCOMPARE(::pthread_join(thread, &result), 0);
+    QVERIFY(closing.done);
+    QCOMPARE(result, PTHREAD_CANCELED);
+    QCOMPARE(::fcntl(closing.descriptor, F_GETFD), -1);
+}
+
 void TestVisaThreads::noDescriptorIsLeftBehind()
 {
     TcpPeer listening;
     TcpPeer deaf;
     deaf.stopListening();
     PtyPeer pty;
-    const int before = openDescriptors();
+    const int before = openDescriptors().size();
     QVERIFY(before > 0);
     for (int i = 0; i < 20; ++i) {
         ProviderSession tcp(listening.resource());
@@ -385,7 +449,26 @@ void TestVisaThreads::noDescriptorIsLeftBehind()
         QVERIFY(nobody.openStatus() < 0);
     }
     // A look-up whose caller has given up still ends by itself.
-    QTRY_COMPARE_WITH_TIMEOUT(openDescriptors(), before, 30000);
+    QTRY_COMPARE_WITH_TIMEOUT(openDescriptors().size(), before, 30000);
+}
+
+void TestVisaThreads::descriptorsAreKeptFromChildProcesses()
+{
+    TcpPeer tcp;
+    PtyPeer pty;
+    const QStringList before = openDescriptors();
+    const ProviderSession first(tcp.resource());
+    const ProviderSession second(pty.resource());
+    int opened = 0;
+    const QStringList after = openDescriptors();
+    for (const QString& name : after) {
+        if (before.contains(name))
+            continue;
+        ++opened;
+        QVERIFY2((::fcntl(name.toInt(), F_GETFD) & FD_CLOEXEC) != 0, qPrintable(name));
+    }
+    // Each session has its connection and a pipe.
+    QCOMPARE(opened, 6);
 }
 
 QTEST_GUILESS_MAIN(TestVisaThreads)
