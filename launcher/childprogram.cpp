@@ -1,5 +1,6 @@
 #include "launcher/childprogram.h"
 
+#include <QDebug>
 #include <QRegularExpression>
 
 namespace {
@@ -17,8 +18,10 @@ ChildProgram::ChildProgram(QObject* parent)
     connect(&m_process, qOverload<int, QProcess::ExitStatus>(&QProcess::finished), this,
             [this](int exitCode) { emit ended(exitCode); });
     connect(&m_process, &QProcess::errorOccurred, this, [this](QProcess::ProcessError error) {
-        if (error == QProcess::FailedToStart)
-            emit ended(-1);
+        if (error != QProcess::FailedToStart)
+            return;
+        qCritical() << "the program did not start:" << m_process.errorString();
+        emit ended(-1);
     });
 }
 

@@ -88,8 +88,11 @@ int main(int argc, char* argv[])
     window.resize(kWidth, kHeight);
     ChildProgram child(&application);
     QObject::connect(&child, &ChildProgram::windowShown, &window, &LauncherWindow::embed);
-    QObject::connect(&child, &ChildProgram::ended, &application,
-                     [](int exitCode) { QCoreApplication::exit(exitCode < 0 ? 1 : exitCode); });
+    // Queued: a child that does not even start has ended before the event loop runs.
+    QObject::connect(
+        &child, &ChildProgram::ended, &application,
+        [](int exitCode) { QCoreApplication::exit(exitCode < 0 ? 1 : exitCode); },
+        Qt::QueuedConnection);
     QObject::connect(&window, &LauncherWindow::closing, &child, &ChildProgram::end);
     child.start(options.program, options.resource);
     window.show();

@@ -93,3 +93,34 @@ bool VirtualDisplay::closeWindow(qulonglong window) const
                    reinterpret_cast<const char*>(&event));
     return xcb_flush(connection.get()) > 0;
 }
+
+qulonglong VirtualDisplay::parentOf(qulonglong window) const
+{
+    const std::unique_ptr<xcb_connection_t, decltype(&xcb_disconnect)> connection(
+        xcb_connect(m_name.toLatin1().constData(), nullptr), &xcb_disconnect);
+    if (xcb_connection_has_error(connection.get()))
+        return 0;
+    const auto cookie = xcb_query_tree(connection.get(), static_cast<xcb_window_t>(window));
+    const std::unique_ptr<xcb_query_tree_reply_t, decltype(&std::free)> reply(
+        xcb_query_tree_reply(connection.get(), cookie, nullptr), &std::free);
+    return reply && reply->parent != reply->root ? reply->parent : 0;
+}
+
+QColor VirtualDisplay::colorAt(int x, int y) const
+{
+    const std::unique_ptr<xcb_connection_t, decltype(&xcb_disconnect)> connection(
+        xcb_connect(m_name.toLatin1().constData(), nullptr), &xcb_disconnect);
+    if (xcb_connection_has_error(connection.get()))
+        return {};
+    const xcb_window_t root = xcb_setup_roots_iterator(xcb_get_setup(connection.get())).data->root;
+    const auto cookie =
+        xcb_get_image(connection.get(), XCB_IMAGE_FORMAT_Z_PIXMAP, root, static_cast<int16_t>(x),
+                      static_cast<int16_t>(y), 1, 1, ~uint32_t(0));
+    const std::unique_ptr<xcb_get_image_reply_t, decltype(&std::free)> reply(
+        xcb_get_image_reply(connection.get(), cookie, nullptr), &std::free);
+    if (!reply || xcb_get_image_data_length(reply.get()) < 3)
+        return {};
+    // 24 bits deep: blue, green, red.
+    const uint8_t* const pixel = xcb_get_image_data(reply.get());
+    return QColor(pixel[2], pixel[1], pixel[0]);
+}

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QColor>
 #include <QProcess>
 #include <QString>
 
@@ -23,6 +24,12 @@ public:
 
     /// Asks a window to close, as a window manager does. False when that could not be sent.
     bool closeWindow(qulonglong window) const;
+
+    /// The window that a window lies in: 0 for the screen itself and for a window that is not there.
+    qulonglong parentOf(qulonglong window) const;
+
+    /// The colour of a point of the screen; invalid when it could not be asked.
+    QColor colorAt(int x, int y) const;
 
     /// Runs xdotool on this display and gives what it prints.
     QString xdotool(const QStringList& arguments) const;

@@ -17,6 +17,33 @@ const QStringList kSmallest = {QStringLiteral("--slots"), QStringLiteral("1:13")
 const QString kWid = QStringLiteral("WID:");
 const QString kReply = QStringLiteral("receive msg: ");
 
+/// Another value of a variable of the environment for as long as the object lives.
+class Variable
+{
+public:
+    Variable(const char* name, const QByteArray& value)
+        : m_name(name)
+        , m_wasSet(qEnvironmentVariableIsSet(name))
+        , m_before(qgetenv(name))
+    {
+        qputenv(name, value);
+    }
+    ~Variable()
+    {
+        if (m_wasSet)
+            qputenv(m_name, m_before);
+        else
+            qunsetenv(m_name);
+    }
+    Variable(const Variable&) = delete;
+    Variable& operator=(const Variable&) = delete;
+
+private:
+    const char* const m_name;
+    const bool m_wasSet;
+    const QByteArray m_before;
+};
+
 } // namespace
 
 /// The program as a launcher sees it: argument, standard streams, native window, end.
@@ -28,8 +55,12 @@ private slots:
     void initTestCase();
     void resourceEndsAtTheFirstSemicolon_data();
     void resourceEndsAtTheFirstSemicolon();
+    void platformLibraryIsAskedForTheFirstSection_data();
+    void platformLibraryIsAskedForTheFirstSection();
     void showTellsHandleAndColor();
     void handleIsThatOfARealWindow();
+    void windowIsNotScaled();
+    void windowWearsTheDarkStyleSheet();
     void linesAreEchoed_data();
     void linesAreEchoed();
     void emptyLineGetsNoReply();
@@ -72,6 +103,36 @@ void TestLauncherChannel::resourceEndsAtTheFirstSemicolon()
     QCOMPARE(instrument.received().value(1), QStringLiteral("*IDN?"));
 }
 
+void TestLauncherChannel::platformLibraryIsAskedForTheFirstSection_data()
+{
+    QTest::addColumn<QStringList>("arguments");
+    QTest::addColumn<QString>("resource");
+    QTest::newRow("first of three")
+        << QStringList{QStringLiteral("USB0::1::2::3::0::INSTR;extra;more")}
+        << QStringLiteral("USB0::1::2::3::0::INSTR");
+    QTest::newRow("whole") << QStringList{QStringLiteral("USB0::1::2::3::0::INSTR")}
+                           << QStringLiteral("USB0::1::2::3::0::INSTR");
+    QTest::newRow("further arguments are ignored")
+        << QStringList{QStringLiteral("first"), QStringLiteral("second")}
+        << QStringLiteral("first");
+    QTest::newRow("no argument") << QStringList() << QString();
+}
+
+void TestLauncherChannel::platformLibraryIsAskedForTheFirstSection()
+{
+    QFETCH(QStringList, arguments);
+    QFETCH(QString, resource);
+    const Variable path("LD_LIBRARY_PATH", SCN_PLATFORM_LIBRARY_DIR);
+    ProgramProcess program(m_display.name());
+    program.start(arguments);
+    QCOMPARE(program.waitForLines(QStringLiteral("library: viOpen "), 1),
+             QStringList{QStringLiteral("library: viOpen 77 ") + resource});
+    QCOMPARE(program.lines().constFirst(), QStringLiteral("library: viOpenDefaultRM"));
+    // Every answer of this library is nonsense; the window comes up all the same.
+    QCOMPARE(program.waitForLines(kWid, 1).size(), 1);
+    QVERIFY(program.isRunning());
+}
+
 void TestLauncherChannel::showTellsHandleAndColor()
 {
     const SimulatedInstrument instrument(SimulatedInstrument::Transport::Tcp, kSmallest);
@@ -100,6 +161,31 @@ void TestLauncherChannel::handleIsThatOfARealWindow()
     QVERIFY2(geometry.contains(QLatin1String("200,200")), qPrintable(geometry));
     QCOMPARE(m_display.xdotool({QStringLiteral("getwindowpid"), handle}).toLongLong(),
              program.processId());
+}
+
+void TestLauncherChannel::windowIsNotScaled()
+{
+    const Variable scale("QT_SCREEN_SCALE_FACTORS", "2");
+    const SimulatedInstrument instrument(SimulatedInstrument::Transport::Tcp, kSmallest);
+    ProgramProcess program(m_display.name());
+    program.start({instrument.resource()});
+    QCOMPARE(program.waitForLines(kWid, 1).size(), 1);
+    const QString handle = QString::number(program.windowHandle());
+    QString geometry;
+    QTRY_VERIFY2((geometry = m_display.xdotool({QStringLiteral("getwindowgeometry"), handle}))
+                     .contains(QLatin1String("600x400")),
+                 qPrintable(geometry));
+}
+
+void TestLauncherChannel::windowWearsTheDarkStyleSheet()
+{
+    const SimulatedInstrument instrument(SimulatedInstrument::Transport::Tcp, kSmallest);
+    ProgramProcess program(m_display.name());
+    program.start({instrument.resource()});
+    QCOMPARE(program.waitForLines(kWid, 1).size(), 1);
+    // The handle of the scroll bar below the logging page has its colour from the sheet alone. The
+    // busy overlay lies over it for two seconds.
+    QTRY_COMPARE_WITH_TIMEOUT(m_display.colorAt(330, 546), QColor(0x60, 0x79, 0x8B), 20000);
 }
 
 void TestLauncherChannel::linesAreEchoed_data()
