@@ -448,6 +448,8 @@ void TestLoadingView::recoveryTextGrowsWithTheParent()
     const int wide = labelOf(view, kRecoveryText)->width();
     m_parent->resize(100, 400);
     QTRY_COMPARE(labelOf(view, kRecoveryText)->width(), 60);
+    // Has the label measure its text again, as a new style sheet does, while it is narrow.
+    labelOf(view, kRecoveryText)->setIndent(-1);
     m_parent->resize(400, 400);
     QTRY_COMPARE(labelOf(view, kRecoveryText)->width(), wide);
 }

@@ -377,7 +377,8 @@ void TestLockableDataCollectionView::secondUnlockDuringTheFadeIsOneUnlock()
 
 void TestLockableDataCollectionView::pressDuringTheFadeDoesNotUnlockTheNextLock()
 {
-    m_view->setUnlockHoldTime(300);
+    // The hold would end after the fade, when the view is locked again.
+    m_view->setUnlockHoldTime(800);
     QSignalSpy unlocked(m_view, &LockableDataCollectionView::unlocked);
     m_view->globalUnlock();
     press(*m_view);
