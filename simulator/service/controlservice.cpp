@@ -81,6 +81,13 @@ Reply ControlService::answer(const std::string& line)
     return reply;
 }
 
+Reply ControlService::lineTooLong()
+{
+    Reply reply;
+    reply.text = error("line too long");
+    return reply;
+}
+
 std::string ControlService::addFault(const std::string& text)
 {
     Fault fault;

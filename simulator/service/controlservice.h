@@ -23,7 +23,7 @@ public:
     ControlService(Instrument& instrument, FaultPlan& faults, InstrumentService::Clock clock);
 
     Reply answer(const std::string& line) override;
-    void lineTooLong() override {}
+    Reply lineTooLong() override;
     void replyInterrupted() override {}
     void tick() override {}
     bool isReachable() override { return true; }

@@ -55,6 +55,12 @@ Reply InstrumentService::answer(const std::string& line)
     return reply;
 }
 
+Reply InstrumentService::lineTooLong()
+{
+    m_dialogue.report(ErrorCode::InputBufferOverrun);
+    return {};
+}
+
 /// The fault, told in the reply's notes.
 std::optional<Fault> InstrumentService::take(FaultKind kind, const std::string& line, Reply& reply)
 {

@@ -23,7 +23,7 @@ public:
                       std::uint64_t seed);
 
     Reply answer(const std::string& line) override;
-    void lineTooLong() override { m_dialogue.report(ErrorCode::InputBufferOverrun); }
+    Reply lineTooLong() override;
     void replyInterrupted() override { m_dialogue.report(ErrorCode::QueryInterrupted); }
     void tick() override { m_dialogue.advance(m_clock()); }
     bool isReachable() override { return !m_faults.standsFor(FaultKind::Refuse); }

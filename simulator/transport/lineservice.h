@@ -31,7 +31,7 @@ public:
     virtual Reply answer(const std::string& line) = 0;
 
     /// A line was longer than a port takes and has been dropped.
-    virtual void lineTooLong() = 0;
+    virtual Reply lineTooLong() = 0;
 
     /// A new line came before the reply to the last one had left; its rest has been dropped.
     virtual void replyInterrupted() = 0;

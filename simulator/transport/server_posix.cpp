@@ -162,7 +162,7 @@ bool Server::answerLines(Client& client)
             client.service->replyInterrupted();
         }
         if (item.tooLong) {
-            client.service->lineTooLong();
+            sendReply(client, client.service->lineTooLong());
         } else if (!answerLine(client, item.line)) {
             return false;
         }

@@ -17,17 +17,37 @@ SimulatedInstrument::SimulatedInstrument(Transport transport, const QStringList&
         arguments << QStringLiteral("--tcp") << QStringLiteral("0");
     else
         arguments << QStringLiteral("--pty") << m_directory.filePath(QStringLiteral("instrument"));
+    arguments << QStringLiteral("--control") << QStringLiteral("0");
     arguments << QStringLiteral("--transcript")
               << m_directory.filePath(QStringLiteral("transcript"));
     m_process.setProcessChannelMode(QProcess::ForwardedErrorChannel);
     m_process.start(QStringLiteral(SCN_BIN_DIR "/scn4070a-sim"), arguments);
+    const QString resource = readyLine();
+    const QString control = readyLine();
+    const quint16 controlPort = control.section(QLatin1Char(':'), 1).toUShort();
+    if (control.startsWith(QLatin1String("CONTROL ")) && m_control.connectTo(controlPort))
+        m_resource = resource;
+}
+
+/// What stands behind READY in the next line of its output; empty when it does not come.
+QString SimulatedInstrument::readyLine()
+{
     while (!m_process.canReadLine()) {
         if (!m_process.waitForReadyRead(kReadyWaitMs))
-            return;
+            return {};
     }
     const QString line = QString::fromUtf8(m_process.readLine()).trimmed();
-    if (line.startsWith(QLatin1String("READY ")))
-        m_resource = line.mid(6);
+    return line.startsWith(QLatin1String("READY ")) ? line.mid(6) : QString();
+}
+
+quint16 SimulatedInstrument::port() const
+{
+    return m_resource.section(QStringLiteral("::"), 2, 2).toUShort();
+}
+
+QString SimulatedInstrument::order(const QString& line)
+{
+    return QString::fromUtf8(m_control.ask(line.toUtf8()));
 }
 
 SimulatedInstrument::~SimulatedInstrument()

@@ -5,6 +5,8 @@
 #include <QStringList>
 #include <QTemporaryDir>
 
+#include "support/streamclient_posix.h"
+
 /// The simulator as a process of its own, with a transcript, as long as this object lives.
 class SimulatedInstrument
 {
@@ -18,10 +20,18 @@ public:
     /// Its VISA resource; empty when it did not start.
     QString resource() const { return m_resource; }
 
+    /// The port of its TCP transport; 0 on a pseudo-terminal.
+    quint16 port() const;
+
+    /// Gives the control port an order; the answer.
+    QString order(const QString& line);
+
     /// The lines that the instrument has received so far, in order.
     QStringList received() const { return lines(QStringLiteral(" > ")); }
     /// The lines that the instrument has sent so far, in order.
     QStringList sent() const { return lines(QStringLiteral(" < ")); }
+    /// The faults that have acted so far, in order.
+    QStringList faults() const { return lines(QStringLiteral(" ! ")); }
 
     /// Stops serving at once, as if switched off.
     void switchOff();
@@ -30,9 +40,11 @@ public:
     void thaw();
 
 private:
+    QString readyLine();
     QStringList lines(const QString& direction) const;
 
     QTemporaryDir m_directory;
     QProcess m_process;
     QString m_resource;
+    StreamClient m_control;
 };

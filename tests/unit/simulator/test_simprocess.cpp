@@ -4,7 +4,7 @@
 
 #include <csignal>
 
-#include "streamclient_posix.h"
+#include "support/streamclient_posix.h"
 
 namespace {
 

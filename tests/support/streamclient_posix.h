@@ -26,6 +26,12 @@ public:
     /// Sends a line and reads one.
     QByteArray ask(const QByteArray& line);
 
+    /// All bytes that come within a time, in milliseconds.
+    QByteArray readFor(int ms);
+
+    /// Waits until the other side has ended the connection; drops what comes before that.
+    bool waitForEnd();
+
 private:
     int m_descriptor = -1;
     QByteArray m_received;

@@ -1,4 +1,6 @@
-#include "streamclient_posix.h"
+#include "support/streamclient_posix.h"
+
+#include <QElapsedTimer>
 
 #include <arpa/inet.h>
 #include <fcntl.h>
@@ -78,4 +80,38 @@ QByteArray StreamClient::readLine()
 QByteArray StreamClient::ask(const QByteArray& line)
 {
     return send(line + '\n') ? readLine() : QByteArray();
+}
+
+QByteArray StreamClient::readFor(int ms)
+{
+    QElapsedTimer timer;
+    timer.start();
+    QByteArray bytes = m_received;
+    m_received.clear();
+    pollfd waiting = {m_descriptor, POLLIN, 0};
+    for (qint64 left = ms; left > 0; left = ms - timer.elapsed()) {
+        char piece[65536];
+        if (poll(&waiting, 1, static_cast<int>(left)) <= 0) {
+            continue;
+        }
+        const ssize_t count = read(m_descriptor, piece, sizeof piece);
+        if (count <= 0) {
+            break;
+        }
+        bytes.append(piece, static_cast<int>(count));
+    }
+    return bytes;
+}
+
+bool StreamClient::waitForEnd()
+{
+    m_received.clear();
+    pollfd waiting = {m_descriptor, POLLIN, 0};
+    char bytes[65536];
+    while (poll(&waiting, 1, kPatienceMs) > 0) {
+        if (read(m_descriptor, bytes, sizeof bytes) <= 0) {
+            return true;
+        }
+    }
+    return false;
 }
