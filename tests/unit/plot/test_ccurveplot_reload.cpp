@@ -143,12 +143,24 @@ void TestCCurvePlotReload::batchesMoveTheAxesAndOneReloadDrawsOnce()
 void TestCCurvePlotReload::batchesCloserThanTheDelayPushTheReloadBack()
 {
     m_plot->addCurve(m_pool->loaded(0, ramp(5)), Qt::red, QStringLiteral("101"));
-    QElapsedTimer sinceFirst;
-    sinceFirst.start();
-    while (sinceFirst.elapsed() < 4 * kReloadDelayMs) {
+    // On a busy machine two batches can come to lie further apart than the delay: such a try says
+    // nothing.
+    bool closeTogether = false;
+    for (int attempt = 0; attempt < 10 && !closeTogether; ++attempt) {
+        m_plot->replots = 0;
+        closeTogether = true;
+        QElapsedTimer sinceFirst;
+        sinceFirst.start();
         m_plot->onNewSample(kStart);
-        QTest::qWait(10);
+        while (closeTogether && sinceFirst.elapsed() < 4 * kReloadDelayMs) {
+            QElapsedTimer sinceLast;
+            sinceLast.start();
+            QTest::qWait(10);
+            m_plot->onNewSample(kStart);
+            closeTogether = sinceLast.elapsed() < kReloadDelayMs / 2;
+        }
     }
+    QVERIFY(closeTogether);
     QCOMPARE(m_plot->replots, 0);
     QTRY_COMPARE(m_plot->replots, 1);
 }

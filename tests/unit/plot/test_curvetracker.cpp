@@ -141,8 +141,11 @@ private slots:
     void hiddenCurveHasNoReadout();
     void curveOfAnotherPlotHasNoReadout();
     void earlierOfTwoEqualCurvesWins();
+    void curveNearerByALittleWins();
     void offsetMovesTheTargetAndNotTheValue();
     void sampleClosestInTimeIsRead();
+    void readingsDecideBetweenTheSamples();
+    void firstOfEquallyDistantSamplesIsRead();
     void sampleFarInDataUnitsReadsAsTheEpoch();
     void samplesFarOffScreenAreHarmless();
     void samplesOfAnyOtherSeriesAreReadAsTheyAre();
@@ -286,6 +289,19 @@ void TestCurveTracker::earlierOfTwoEqualCurvesWins()
     QCOMPARE(distance, 5.0);
 }
 
+void TestCurveTracker::curveNearerByALittleWins()
+{
+    TrackedPlot tracked;
+    // 17 against 16, as squares.
+    tracked.plot.addCurve(m_pool->loaded(0, {tracked.at(301, 204)}), Qt::red,
+                          QStringLiteral("101"));
+    QwtPlotCurve* nearer = tracked.plot.addCurve(m_pool->loaded(1, {tracked.at(304, 200)}),
+                                                 Qt::blue, QStringLiteral("102"));
+    double distance = 0.0;
+    QCOMPARE(tracked.tracker->nearestCurve(tracked.at(300, 200), &distance), nearer);
+    QCOMPARE(distance, 4.0);
+}
+
 void TestCurveTracker::offsetMovesTheTargetAndNotTheValue()
 {
     TrackedPlot tracked;
@@ -308,6 +324,38 @@ void TestCurveTracker::sampleClosestInTimeIsRead()
     QCOMPARE(tracked.tracker->trackerTextF(pos).text(),
              readout(QStringLiteral("102"), qint64(inTime.x()), QString::number(inTime.y(), 'f', 5),
                      QStringLiteral("°C")));
+}
+
+void TestCurveTracker::readingsDecideBetweenTheSamples()
+{
+    TrackedPlot tracked;
+    tracked.plot.setAxisScale(QwtPlot::yLeft, 0.0, 4000.0);
+    tracked.plot.replot();
+    const qint64 time = kStart + 30000;
+    const QPointF byReading(double(time - 300), 1000.0);
+    const QPointF byLine(double(time + 100), 0.0);
+    tracked.plot.addCurve(m_pool->loaded(0, {byReading, byLine}, 1000.0), Qt::red,
+                          QStringLiteral("101"));
+    QCOMPARE(tracked.tracker->trackerTextF(QPointF(double(time), 1000.0)).text(),
+             readout(QStringLiteral("101"), time - 300, QStringLiteral("1000.00000"),
+                     QStringLiteral("VDC")));
+}
+
+void TestCurveTracker::firstOfEquallyDistantSamplesIsRead()
+{
+    TrackedPlot tracked;
+    const qint64 time = kStart + 30000;
+    tracked.plot.setAxisScale(QwtPlot::xBottom, double(time) - 43e6, double(time) + 43e6);
+    tracked.plot.replot();
+    // The squares of the two distances differ, but have the same root.
+    const QPointF first(double(time) - 700000.0, 0.0078);
+    const QPointF second(double(time) + 700000.0, 0.0);
+    QVERIFY(700000.0 * 700000.0 + 0.0078 * 0.0078 > 700000.0 * 700000.0);
+    QVERIFY(std::sqrt(700000.0 * 700000.0 + 0.0078 * 0.0078) == 700000.0);
+    tracked.plot.addCurve(m_pool->loaded(0, {first, second}), Qt::red, QStringLiteral("101"));
+    QCOMPARE(tracked.tracker->trackerTextF(QPointF(double(time), 0.0)).text(),
+             readout(QStringLiteral("101"), time - 700000, QStringLiteral("0.00780"),
+                     QStringLiteral("VDC")));
 }
 
 void TestCurveTracker::sampleFarInDataUnitsReadsAsTheEpoch()
