@@ -172,8 +172,9 @@ void showScaleFunction(const ChannelRow& row, const QString& reply)
         if (reply == QLatin1String(kScaleFunctions[known]))
             index = known;
     }
+    // A scale function that the row does not offer leaves the first one selected.
     const QSignalBlocker blocker(row.scaleFunction);
-    row.scaleFunction->setCurrentIndex(index);
+    row.scaleFunction->setCurrentIndex(index < row.scaleFunction->count() ? index : 0);
 }
 
 constexpr Question kScalingQuestions[] = {
@@ -244,7 +245,7 @@ private:
         text.replace(QLatin1String("{H0}"), m_header.section(QLatin1Char(':'), 0, 0));
         text.replace(QLatin1String("{H1}"), m_header.section(QLatin1Char(':'), 1));
         text.replace(QLatin1String("{ch}"), QString::number(m_channel));
-        return g_visa->sendCommand(text, kExchangeTimeoutMs);
+        return m_gate.isOpen() ? g_visa->sendCommand(text, kExchangeTimeoutMs) : QString();
     }
 
     void show(const std::function<void(const ChannelRow&)>& step) const

@@ -119,7 +119,7 @@ private:
     // Discovery and read-back. The static operations ask on any thread and show through the gate,
     // so they never touch the window themselves.
     void discoverInstrument();
-    static bool discover(const std::shared_ptr<GuiGate>& gate, MainWidget* window);
+    static bool discover(const std::shared_ptr<GuiGate>& gate);
     void readBackInstrument();
     static void readBack(const std::shared_ptr<GuiGate>& gate, MainWidget* window);
     static void readBackScanList(const std::shared_ptr<GuiGate>& gate, MainWidget* window);
@@ -129,12 +129,12 @@ private:
                                 int function, int channel);
     static void syncTriggerSettings(const std::shared_ptr<GuiGate>& gate, MainWidget* window);
     static void syncIntervalPicker(const std::shared_ptr<GuiGate>& gate, MainWidget* window);
-    static void syncClock();
-    static void queryStoredStates();
+    static void syncClock(const GuiGate& gate);
+    static void queryStoredStates(const GuiGate& gate);
     void showScanList(const QList<int>& channels);
     bool showChannelFunction(int channel, const QString& displayName);
     void showTriggerSource(const QString& reply);
-    void showTriggerCount(double count);
+    void showTriggerCount(const QString& reply);
     QTreeWidgetItem* rowForChannel(int channel) const;
 
     // Channel table

@@ -312,7 +312,7 @@ void MainWidget::updateModuleCheckState(QTreeWidgetItem* module)
         checked += state == Qt::Checked ? 1 : 0;
         partly += state == Qt::PartiallyChecked ? 1 : 0;
     }
-    if (checked == module->childCount())
+    if (checked > 0 && checked == module->childCount())
         module->setCheckState(ScanColumn, Qt::Checked);
     else
         module->setCheckState(ScanColumn,

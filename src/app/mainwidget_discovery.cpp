@@ -18,6 +18,10 @@
 #include <QSpinBox>
 #include <QTreeWidget>
 
+#include <algorithm>
+#include <cmath>
+#include <limits>
+
 namespace {
 
 constexpr int kExchangeTimeoutMs = 5000;
@@ -25,9 +29,21 @@ constexpr int kExchangeTimeoutMs = 5000;
 constexpr double kScpiInfinity = 9.9e37;
 constexpr int kStoredStates = 5;
 
-QString ask(const QString& command)
+/// One exchange. Once the window has gone there is none, and the reply is empty: what a helper has
+/// not yet sent by then must not reach a scan that goes on in the instrument.
+QString ask(const GuiGate& gate, const QString& command)
 {
-    return g_visa->sendCommand(command, kExchangeTimeoutMs);
+    return gate.isOpen() ? g_visa->sendCommand(command, kExchangeTimeoutMs) : QString();
+}
+
+/// A number from the instrument cut to an integer, the nearest one where it lies beyond them all.
+int cutToInt(const QString& reply)
+{
+    using Limits = std::numeric_limits<int>;
+    const double value = reply.toDouble();
+    if (std::isnan(value))
+        return 0;
+    return static_cast<int>(std::clamp<double>(value, Limits::min(), Limits::max()));
 }
 
 /// What one slot answered to the module query.
@@ -39,11 +55,11 @@ struct ModuleAnswer
 };
 
 /// Asks for the module of one slot; false for an empty slot.
-bool askModule(int slot, ModuleAnswer& answer)
+bool askModule(const GuiGate& gate, int slot, ModuleAnswer& answer)
 {
     const CommFunc catalogue;
     const QString model =
-        ask(QStringLiteral("SYST:CTYP? %1").arg(slot)).section(QLatin1Char(','), 1, 1);
+        ask(gate, QStringLiteral("SYST:CTYP? %1").arg(slot)).section(QLatin1Char(','), 1, 1);
     if (model.size() <= 1)
         return false;
     answer.slot = slot;
@@ -73,29 +89,26 @@ void setCheckedQuietly(QRadioButton* radio)
 void MainWidget::discoverInstrument()
 {
     assertGuiThread();
-    discover(m_gate, this);
+    if (!discover(m_gate))
+        showReconnectView();
 }
 
 /// True when the instrument has answered.
-bool MainWidget::discover(const std::shared_ptr<GuiGate>& gate, MainWidget* window)
+bool MainWidget::discover(const std::shared_ptr<GuiGate>& gate)
 {
-    const auto giveUp = [&gate, window] {
-        gate->run([window] { window->showReconnectView(); });
-        return false;
-    };
     if (!g_visa->connectDevice(g_resourceName))
-        return giveUp();
-    ask(QStringLiteral("*CLS"));
-    QString identity = ask(QStringLiteral("*IDN?"));
+        return false;
+    ask(*gate, QStringLiteral("*CLS"));
+    QString identity = ask(*gate, QStringLiteral("*IDN?"));
     identity.replace(QLatin1Char(','), QLatin1Char(' '));
     gate->run([identity] { g_instrumentId = identity; });
     if (identity.isEmpty())
-        return giveUp();
+        return false;
     g_instrumentConnected = true;
 
     for (int slot = 1; slot <= kSlotCount && gate->isOpen(); ++slot) {
         ModuleAnswer module{};
-        if (!askModule(slot, module))
+        if (!askModule(*gate, slot, module))
             continue;
         gate->run([module] {
             slotPresent[module.slot] = true;
@@ -118,8 +131,8 @@ void MainWidget::readBack(const std::shared_ptr<GuiGate>& gate, MainWidget* wind
 {
     readBackScanList(gate, window);
     syncTriggerSettings(gate, window);
-    syncClock();
-    queryStoredStates();
+    syncClock(*gate);
+    queryStoredStates(*gate);
     gate->run([window] { window->rebuildScanChannels(); });
 }
 
@@ -127,8 +140,8 @@ void MainWidget::readBackScanList(const std::shared_ptr<GuiGate>& gate, MainWidg
 {
     if (!g_instrumentConnected)
         return;
-    ask(QStringLiteral("STAT:OPER:EVEN?"));
-    const ScanListReply reply = decodeScanListReply(ask(QStringLiteral("ROUT:SCAN?")));
+    ask(*gate, QStringLiteral("STAT:OPER:EVEN?"));
+    const ScanListReply reply = decodeScanListReply(ask(*gate, QStringLiteral("ROUT:SCAN?")));
     QList<int> channels;
     gate->run([&reply, &channels, window] {
         if (!reply.isEmptyList)
@@ -148,10 +161,11 @@ void MainWidget::readBackScanList(const std::shared_ptr<GuiGate>& gate, MainWidg
 void MainWidget::readBackChannel(const std::shared_ptr<GuiGate>& gate, MainWidget* window,
                                  int channel)
 {
-    ask(QStringLiteral("ROUT:CHAN:LAB? (@%1)").arg(channel));
-    QString reply = ask(QStringLiteral("FUNC? (@%1)").arg(channel));
+    ask(*gate, QStringLiteral("ROUT:CHAN:LAB? (@%1)").arg(channel));
+    QString reply = ask(*gate, QStringLiteral("FUNC? (@%1)").arg(channel));
     reply.remove(QLatin1Char('"'));
-    const QString displayName = displayNameOfFunction(reply, channel, ask);
+    const QString displayName = displayNameOfFunction(
+        reply, channel, [&gate](const QString& query) { return ask(*gate, query); });
     int function = -1;
     gate->run([window, channel, &reply, &displayName, &function] {
         // The name of a family, not the one on the screen: it stands for one member of it.
@@ -173,31 +187,30 @@ void MainWidget::syncTriggerSettings(const std::shared_ptr<GuiGate>& gate, MainW
 {
     if (!g_instrumentConnected)
         return;
-    const QString source = ask(QStringLiteral("TRIG:SOUR?"));
+    const QString source = ask(*gate, QStringLiteral("TRIG:SOUR?"));
     gate->run([window, source] { window->showTriggerSource(source); });
     if (source == QLatin1String("TIM"))
         syncIntervalPicker(gate, window);
 
-    const double count = ask(QStringLiteral("TRIG:COUN?")).toDouble();
+    const QString count = ask(*gate, QStringLiteral("TRIG:COUN?"));
     gate->run([window, count] { window->showTriggerCount(count); });
 
-    const bool logsToUsb = ask(QStringLiteral("MMEM:LOG:ENAB?")).toInt() != 0;
+    const bool logsToUsb = ask(*gate, QStringLiteral("MMEM:LOG:ENAB?")).toInt() != 0;
     gate->run([window, logsToUsb] { window->m_usbLogCheck->setChecked(logsToUsb); });
-    const bool limitsRows = ask(QStringLiteral("MMEM:FORM:READ:RLIM?")).toInt() != 0;
+    const bool limitsRows = ask(*gate, QStringLiteral("MMEM:FORM:READ:RLIM?")).toInt() != 0;
     gate->run([window, limitsRows] { window->m_rowLimitCheck->setChecked(limitsRows); });
-    const int rowLimit =
-        static_cast<int>(ask(QStringLiteral("MMEM:FORM:READ:RLIM:COUN?")).toDouble());
+    const int rowLimit = cutToInt(ask(*gate, QStringLiteral("MMEM:FORM:READ:RLIM:COUN?")));
     gate->run([window, rowLimit] { window->m_rowLimitSpin->setValue(rowLimit); });
 
-    ask(QStringLiteral("ROUT:MON:STAT?"));
+    ask(*gate, QStringLiteral("ROUT:MON:STAT?"));
     // An instrument found running is stopped, never adopted.
-    if (ask(QStringLiteral("STAT:OPER:COND?")) != QLatin1String("+256"))
-        ask(QStringLiteral("ABOR"));
+    if (ask(*gate, QStringLiteral("STAT:OPER:COND?")) != QLatin1String("+256"))
+        ask(*gate, QStringLiteral("ABOR"));
 }
 
 void MainWidget::syncIntervalPicker(const std::shared_ptr<GuiGate>& gate, MainWidget* window)
 {
-    const int seconds = static_cast<int>(ask(QStringLiteral("TRIG:TIM?")).toDouble());
+    const int seconds = cutToInt(ask(*gate, QStringLiteral("TRIG:TIM?")));
     gate->run([window, seconds] {
         TimePicker* const picker = window->m_intervalPicker;
         const QSignalBlocker blocker(picker);
@@ -208,23 +221,23 @@ void MainWidget::syncIntervalPicker(const std::shared_ptr<GuiGate>& gate, MainWi
 }
 
 /// Sets the instrument's clock to the computer's.
-void MainWidget::syncClock()
+void MainWidget::syncClock(const GuiGate& gate)
 {
     if (!g_instrumentConnected)
         return;
     const QDateTime now = QDateTime::currentDateTime();
-    ask(QStringLiteral("SYST:DATE %1").arg(now.toString(QStringLiteral("yyyy,MM,dd"))));
-    ask(QStringLiteral("SYST:TIME %1").arg(now.toString(QStringLiteral("hh,mm,ss.zzz"))));
+    ask(gate, QStringLiteral("SYST:DATE %1").arg(now.toString(QStringLiteral("yyyy,MM,dd"))));
+    ask(gate, QStringLiteral("SYST:TIME %1").arg(now.toString(QStringLiteral("hh,mm,ss.zzz"))));
 }
 
 /// Asks for the stored states; the answers are not used.
-void MainWidget::queryStoredStates()
+void MainWidget::queryStoredStates(const GuiGate& gate)
 {
-    ask(QStringLiteral("SYST:PERS:MOD:DEF?"));
-    ask(QStringLiteral("SYST:PERS:MOD?"));
+    ask(gate, QStringLiteral("SYST:PERS:MOD:DEF?"));
+    ask(gate, QStringLiteral("SYST:PERS:MOD?"));
     for (int state = 1; state <= kStoredStates; ++state) {
-        ask(QStringLiteral("MEM:STAT:NAME? %1").arg(state));
-        ask(QStringLiteral("MEM:STAT:VAL? %1").arg(state));
+        ask(gate, QStringLiteral("MEM:STAT:NAME? %1").arg(state));
+        ask(gate, QStringLiteral("MEM:STAT:VAL? %1").arg(state));
     }
 }
 
@@ -274,15 +287,15 @@ void MainWidget::showTriggerSource(const QString& reply)
 }
 
 /// Shows the stop condition. The radio's signals are live: when it changes it sends its command.
-void MainWidget::showTriggerCount(double count)
+void MainWidget::showTriggerCount(const QString& reply)
 {
     assertGuiThread();
-    if (count >= kScpiInfinity) {
+    if (reply.toDouble() >= kScpiInfinity) {
         m_stopManualRadio->setChecked(true);
         return;
     }
     m_stopCountRadio->setChecked(true);
-    m_stopCountBox->setValue(static_cast<int>(count));
+    m_stopCountBox->setValue(cutToInt(reply));
 }
 
 QTreeWidgetItem* MainWidget::rowForChannel(int channel) const

@@ -237,17 +237,20 @@ void MainWidget::recvLoadBtnSlot()
     if (m_reconnecting)
         return;
     m_reconnecting = true;
-    HelperThreads::start([gate = m_gate, window = this] {
-        reconnect(gate, window);
-        gate->run([window] { window->m_reconnecting = false; });
-    });
+    HelperThreads::start([gate = m_gate, window = this] { reconnect(gate, window); });
 }
 
 /// Looks for the instrument again and brings the window to its state.
 void MainWidget::reconnect(const std::shared_ptr<GuiGate>& gate, MainWidget* window)
 {
-    if (!discover(gate, window))
+    if (!discover(gate)) {
+        // The button comes back with the leave to use it: a click in between would be lost.
+        gate->run([window] {
+            window->m_reconnecting = false;
+            window->showReconnectView();
+        });
         return;
+    }
     bool hadPages = true;
     gate->run([window, &hadPages] {
         hadPages = window->m_channelTree != nullptr;
@@ -256,13 +259,16 @@ void MainWidget::reconnect(const std::shared_ptr<GuiGate>& gate, MainWidget* win
             window->bringUp();
             window->show();
             window->m_reconnectView->stopLoading();
+            window->m_reconnecting = false;
         }
     });
     if (!hadPages)
         return;
     readBack(gate, window);
-    gate->post(
-        [window] { QMetaObject::invokeMethod(window, "stopLoadingView", Qt::QueuedConnection); });
+    gate->post([window] {
+        window->m_reconnecting = false;
+        QMetaObject::invokeMethod(window, "stopLoadingView", Qt::QueuedConnection);
+    });
 }
 
 void MainWidget::stopLoadingView()
