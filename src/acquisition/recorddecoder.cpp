@@ -159,28 +159,35 @@ struct LastFound
 {
     QString unit;
 
-    /// An hour that the local clock shows only once.
+    /// A minute that the local clock shows only once.
     QDate date;
-    int hour = -1;
+    int minuteOfDay = -1;
 };
 
-/// Of two moments that a clock put back by an hour shows alike, the first. Which of them the C library
-/// takes depends on what any thread had it convert before, so that readings would jump to and fro. It
-/// keeps the choice on the one island that puts its clock back by half an hour.
+/// By how much, in seconds, clocks are put back: nearly everywhere by an hour.
+constexpr std::array<qint64, 3> kClockSetBacks = {3600, 1800, 7200};
+
+/// Of two moments that a clock put back shows alike, the first. Which of them the C library takes
+/// depends on what any thread had it convert before, so that readings would jump to and fro. That one
+/// of the two is summer time says nothing: some zones count their winter as that. Where none is, as
+/// when a country moves to another zone, the result cannot hold the choice.
 QDateTime firstMoment(const QDate& date, const QTime& time, LastFound& last)
 {
+    constexpr int msPerMinute = 60 * 1000;
     const QDateTime moment(date, time, Qt::LocalTime);
-    const bool isUnique = date == last.date && time.hour() == last.hour;
-    if (isUnique || !moment.isValid() || moment.isDaylightTime()) {
+    const int minuteOfDay = time.msecsSinceStartOfDay() / msPerMinute;
+    const bool isUnique = date == last.date && minuteOfDay == last.minuteOfDay;
+    if (isUnique || !moment.isValid()) {
         return moment;
     }
-    constexpr qint64 clockChangeSeconds = 3600;
-    const QDateTime earlier = moment.addSecs(-clockChangeSeconds);
-    if (earlier.time() == time) {
-        return earlier;
+    for (const qint64 seconds : kClockSetBacks) {
+        const QDateTime earlier = moment.addSecs(-seconds);
+        if (earlier.time() == time) {
+            return earlier;
+        }
     }
     last.date = date;
-    last.hour = time.hour();
+    last.minuteOfDay = minuteOfDay;
     return moment;
 }
 

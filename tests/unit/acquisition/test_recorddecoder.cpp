@@ -183,6 +183,8 @@ private slots:
     void hourThatTheZoneSkipsIsDropped();
     void hourThatTheZoneRepeatsIsTheFirst_data();
     void hourThatTheZoneRepeatsIsTheFirst();
+    void eachZoneRepeatsItsFirstMoment_data();
+    void eachZoneRepeatsItsFirstMoment();
     void numbersReadAsQtReadsThem();
     void damagedRepliesDecodeAsToldPlainly();
     void threadDecodesLikeTheFreeFunctions();
@@ -528,6 +530,59 @@ void TestRecordDecoder::hourThatTheZoneRepeatsIsTheFirst()
     constexpr qint64 quarterMs = 15 * 60 * 1000;
     QCOMPARE(batch[2].time.toMSecsSinceEpoch(), moment + quarterMs);
     QCOMPARE(batch[2].time.timeSpec(), Qt::LocalTime);
+}
+
+void TestRecordDecoder::eachZoneRepeatsItsFirstMoment_data()
+{
+    QTest::addColumn<QByteArray>("zone");
+    QTest::addColumn<QString>("unique");
+    QTest::addColumn<QString>("repeated");
+    QTest::addColumn<qint64>("moment");
+    // The rules of Ireland, of Lord Howe, of the Troll station and of Newfoundland until 2011.
+    QTest::newRow("the winter counts as summer time")
+        << QByteArray("IST-1GMT0,M10.5.0,M3.5.0/1") << QStringLiteral("2024,10,27,0,59,59")
+        << QStringLiteral("2024,10,27,1,30,0") << Q_INT64_C(1729989000000);
+    QTest::newRow("back by half an hour")
+        << QByteArray("<+1030>-10:30<+11>-11,M10.1.0,M4.1.0") << QStringLiteral("2024,4,7,1,29,59")
+        << QStringLiteral("2024,4,7,1,45,0") << Q_INT64_C(1712414700000);
+    QTest::newRow("back by two hours, first of them")
+        << QByteArray("<+00>0<+02>-2,M3.5.0/1,M10.5.0/3") << QStringLiteral("2024,10,27,3,0,0")
+        << QStringLiteral("2024,10,27,1,30,0") << Q_INT64_C(1729985400000);
+    QTest::newRow("back by two hours, second of them")
+        << QByteArray("<+00>0<+02>-2,M3.5.0/1,M10.5.0/3") << QStringLiteral("2024,10,27,0,59,59")
+        << QStringLiteral("2024,10,27,2,30,0") << Q_INT64_C(1729989000000);
+    QTest::newRow("back over midnight, day before")
+        << QByteArray("NST3:30NDT,M3.2.0/0:01,M11.1.0/0:01") << QStringLiteral("2010,11,6,23,0,59")
+        << QStringLiteral("2010,11,6,23,30,0") << Q_INT64_C(1289095200000);
+    QTest::newRow("back over midnight, within the hour that has unique minutes")
+        << QByteArray("NST3:30NDT,M3.2.0/0:01,M11.1.0/0:01") << QStringLiteral("2010,11,7,0,1,0")
+        << QStringLiteral("2010,11,7,0,0,30") << Q_INT64_C(1289097030000);
+}
+
+void TestRecordDecoder::eachZoneRepeatsItsFirstMoment()
+{
+    QFETCH(const QByteArray, zone);
+    QFETCH(const QString, unique);
+    QFETCH(const QString, repeated);
+    QFETCH(const qint64, moment);
+    const TimeZone local(zone.constData());
+    const QString uniqueRecord = QStringLiteral("+1 V,%1,101,0").arg(unique);
+    const QString repeatedRecord = QStringLiteral("+1 V,%1,102,0").arg(repeated);
+    for (const int month : {1, 7}) {
+        // The C library's choice follows the season of what it converted last, the decoder's what it
+        // knows of the record before.
+        const QString season = QStringLiteral("+1 V,2024,%1,1,12,0,0,103,0").arg(month);
+        for (const QStringList& before :
+             {QStringList{uniqueRecord, season}, QStringList{season, uniqueRecord}}) {
+            const QStringList records = before + QStringList{repeatedRecord, repeatedRecord};
+            const auto batch = decodeResponse(records.join(QLatin1Char(',')));
+            QCOMPARE(batch.size(), 4);
+            for (const auto& record : batch.mid(2)) {
+                QCOMPARE(record.time.toMSecsSinceEpoch(), moment);
+                QCOMPARE(record.time.toString(QStringLiteral("yyyy,M,d,h,m,s")), repeated);
+            }
+        }
+    }
 }
 
 void TestRecordDecoder::numbersReadAsQtReadsThem()
