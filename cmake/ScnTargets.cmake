@@ -10,6 +10,17 @@ if(SCN_SANITIZE)
     target_link_options(scn_options INTERFACE -fsanitize=address,undefined)
 endif()
 
+if(SCN_BUILD_FUZZERS)
+    if(NOT CMAKE_CXX_COMPILER_ID STREQUAL "Clang")
+        message(FATAL_ERROR "SCN_BUILD_FUZZERS wants clang++ as the compiler.")
+    endif()
+    # The warnings that count are those of the usual compiler.
+    target_compile_options(scn_options INTERFACE
+        -fsanitize=fuzzer-no-link,address,undefined -fno-sanitize-recover=undefined
+        -fno-omit-frame-pointer -w)
+    target_link_options(scn_options INTERFACE -fsanitize=address,undefined)
+endif()
+
 # Qt's stricter rules: slips become compile errors, log lines carry no file and no line.
 add_library(scn_qt_options INTERFACE)
 target_compile_definitions(scn_qt_options INTERFACE

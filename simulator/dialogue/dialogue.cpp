@@ -1,22 +1,79 @@
 #include "dialogue/dialogue.h"
 
+#include <unordered_map>
 #include <utility>
 
+#include "scpi/headerpattern.h"
+
 namespace scnsim {
+
+namespace {
+
+/// What a header leads to: one of the two.
+struct Entry
+{
+    const CommandRow* command;
+    const OptionRow* option;
+};
+
+using HeaderTable = std::unordered_map<std::string, Entry>;
+
+/// Every header in each of its spellings.
+HeaderTable makeHeaderTable()
+{
+    HeaderTable table;
+    const auto add = [&table](const char* spelling, Entry entry) {
+        for (std::string& header : HeaderPattern(spelling).spellings()) {
+            table.emplace(std::move(header), entry);
+        }
+    };
+    for (const Facts<CommandRow> commands :
+         {commonCommands(), systemCommands(), channelCommands(), scanCommands()}) {
+        for (const CommandRow& row : commands) {
+            add(row.spelling, {&row, nullptr});
+        }
+    }
+    for (const OptionRow& row : optionHeaders()) {
+        add(row.spelling, {nullptr, &row});
+    }
+    return table;
+}
+
+const Entry* lookUp(const std::vector<std::string>& header)
+{
+    static const HeaderTable table = makeHeaderTable();
+    const auto found = table.find(joinedHeader(header));
+    return found == table.end() ? nullptr : &found->second;
+}
+
+/// A header continues in the branch of the one before it on the line; if it is not found there it
+/// is looked for at the root, which spares clients the leading colon. Common commands leave the
+/// branch as it is.
+const Entry* find(const MessageUnit& unit, std::vector<std::string>& path)
+{
+    const bool common = unit.header.front().front() == '*';
+    if (!common && !unit.rooted && !path.empty()) {
+        std::vector<std::string> continued = path;
+        continued.insert(continued.end(), unit.header.begin(), unit.header.end());
+        if (const Entry* const entry = lookUp(continued)) {
+            continued.pop_back();
+            path = std::move(continued);
+            return entry;
+        }
+    }
+    const Entry* const entry = lookUp(unit.header);
+    if (entry != nullptr && !common) {
+        path.assign(unit.header.begin(), unit.header.end() - 1);
+    }
+    return entry;
+}
+
+} // namespace
 
 Dialogue::Dialogue(Instrument& instrument, std::string identity)
     : m_instrument(instrument)
     , m_identity(std::move(identity))
 {
-    for (const Facts<CommandRow> table :
-         {commonCommands(), systemCommands(), channelCommands(), scanCommands()}) {
-        for (const CommandRow& row : table) {
-            m_entries.push_back({HeaderPattern(row.spelling), &row, nullptr});
-        }
-    }
-    for (const OptionRow& row : optionHeaders()) {
-        m_entries.push_back({HeaderPattern(row.spelling), nullptr, &row});
-    }
 }
 
 std::string Dialogue::handle(std::string_view line, Instant now)
@@ -70,38 +127,6 @@ Outcome Dialogue::carryOut(const MessageUnit& unit, std::vector<std::string>& pa
     }
     const Handler handler = unit.query ? entry->command->query : entry->command->command;
     return handler != nullptr ? handler(session, arguments) : refuse(ErrorCode::UndefinedHeader);
-}
-
-/// A header continues in the branch of the one before it on the line; if it is not found there it
-/// is looked for at the root, which spares clients the leading colon. Common commands leave the
-/// branch as it is.
-const Dialogue::Entry* Dialogue::find(const MessageUnit& unit, std::vector<std::string>& path) const
-{
-    const bool common = unit.header.front().front() == '*';
-    if (!common && !unit.rooted && !path.empty()) {
-        std::vector<std::string> continued = path;
-        continued.insert(continued.end(), unit.header.begin(), unit.header.end());
-        if (const Entry* const entry = lookUp(continued)) {
-            continued.pop_back();
-            path = std::move(continued);
-            return entry;
-        }
-    }
-    const Entry* const entry = lookUp(unit.header);
-    if (entry != nullptr && !common) {
-        path.assign(unit.header.begin(), unit.header.end() - 1);
-    }
-    return entry;
-}
-
-const Dialogue::Entry* Dialogue::lookUp(const std::vector<std::string>& header) const
-{
-    for (const Entry& entry : m_entries) {
-        if (entry.pattern.matches(header)) {
-            return &entry;
-        }
-    }
-    return nullptr;
 }
 
 } // namespace scnsim

@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "dialogue/commands.h"
-#include "scpi/headerpattern.h"
+#include "scpi/message.h"
 
 namespace scnsim {
 
@@ -31,22 +31,12 @@ public:
     void report(ErrorCode error);
 
 private:
-    struct Entry
-    {
-        HeaderPattern pattern;
-        const CommandRow* command;
-        const OptionRow* option;
-    };
-
-    const Entry* find(const MessageUnit& unit, std::vector<std::string>& path) const;
-    const Entry* lookUp(const std::vector<std::string>& header) const;
     Outcome carryOut(const MessageUnit& unit, std::vector<std::string>& path, Instant now);
 
     Instrument& m_instrument;
     std::string m_identity;
     ErrorQueue m_errors;
     StatusRegisters m_status;
-    std::vector<Entry> m_entries;
 };
 
 } // namespace scnsim

@@ -155,6 +155,18 @@ const OptionInfo& optionInfo(Option option)
     return kOptions[static_cast<std::size_t>(option)];
 }
 
+const std::array<double, kOptionCount>& initialOptions()
+{
+    static const std::array<double, kOptionCount> values = [] {
+        std::array<double, kOptionCount> initial{};
+        for (std::size_t i = 0; i < kOptionCount; ++i) {
+            initial[i] = kOptions[i].initial;
+        }
+        return initial;
+    }();
+    return values;
+}
+
 Refusal fitOption(Option option, double wanted, double& taken)
 {
     const OptionInfo& info = optionInfo(option);

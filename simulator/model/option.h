@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <cstddef>
 
 #include "model/refusal.h"
@@ -126,6 +127,9 @@ struct OptionInfo
 };
 
 const OptionInfo& optionInfo(Option option);
+
+/// The factory values, indexed by option.
+const std::array<double, kOptionCount>& initialOptions();
 
 /// What the setting becomes when it is asked to take a value: the value itself or the listed one
 /// it is rounded to.

@@ -1,5 +1,7 @@
 #include "scpi/headerpattern.h"
 
+#include <utility>
+
 namespace scnsim {
 
 namespace {
@@ -31,6 +33,15 @@ std::vector<std::string> headerNodes(std::string_view text)
         }
     }
     return nodes;
+}
+
+std::string joinedHeader(const std::vector<std::string>& nodes)
+{
+    std::string header;
+    for (const std::string& node : nodes) {
+        header += (header.empty() ? "" : ":") + node;
+    }
+    return header;
 }
 
 Mnemonic::Mnemonic(std::string_view spelling)
@@ -71,6 +82,23 @@ HeaderPattern::HeaderPattern(std::string_view spelling)
         }
     }
     finishWord();
+}
+
+std::vector<std::string> HeaderPattern::spellings() const
+{
+    std::vector<std::string> all = {std::string()};
+    for (const Node& node : m_nodes) {
+        std::vector<std::string> longer = node.optional ? all : std::vector<std::string>();
+        for (const std::string& begin : all) {
+            const std::string prefix = begin.empty() ? begin : begin + ':';
+            longer.push_back(prefix + node.word.shortForm());
+            if (node.word.longForm() != node.word.shortForm()) {
+                longer.push_back(prefix + node.word.longForm());
+            }
+        }
+        all = std::move(longer);
+    }
+    return all;
 }
 
 bool HeaderPattern::matchesFrom(std::size_t node, const std::vector<std::string>& words,

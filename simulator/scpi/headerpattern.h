@@ -17,6 +17,7 @@ public:
     bool matches(std::string_view upper) const { return upper == m_short || upper == m_long; }
 
     const std::string& shortForm() const { return m_short; }
+    const std::string& longForm() const { return m_long; }
 
 private:
     std::string m_short;
@@ -33,6 +34,9 @@ public:
     /// @param nodes the header's words in upper case
     bool matches(const std::vector<std::string>& nodes) const { return matchesFrom(0, nodes, 0); }
 
+    /// All the ways to write the header, in upper case, its words joined by colons.
+    std::vector<std::string> spellings() const;
+
 private:
     struct Node
     {
@@ -45,6 +49,9 @@ private:
 
     std::vector<Node> m_nodes;
 };
+
+/// The words joined by colons.
+std::string joinedHeader(const std::vector<std::string>& nodes);
 
 /// The text in upper case, ASCII letters only.
 std::string upperCase(std::string_view text);

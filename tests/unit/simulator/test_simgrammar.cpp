@@ -17,6 +17,8 @@ class TestSimGrammar : public QObject
 private slots:
     void headerMatches_data();
     void headerMatches();
+    void spellingsAreAllThatMatches_data();
+    void spellingsAreAllThatMatches();
     void unitIsRefused_data();
     void unitIsRefused();
     void lineIsSplitAtSemicolonsOutsideQuotes();
@@ -63,6 +65,37 @@ void TestSimGrammar::headerMatches()
     QFETCH(QString, header);
     const HeaderPattern pattern(spelling.toStdString());
     QTEST(pattern.matches(headerNodes(header.toStdString())), "matches");
+}
+
+void TestSimGrammar::spellingsAreAllThatMatches_data()
+{
+    QTest::addColumn<QString>("spelling");
+    QTest::addColumn<QStringList>("headers");
+    QTest::newRow("common") << QStringLiteral("*IDN") << QStringList{QStringLiteral("*IDN")};
+    QTest::newRow("optional behind")
+        << QStringLiteral("SYSTem:ERRor[:NEXT]")
+        << QStringLiteral("SYST:ERR SYST:ERROR SYSTEM:ERR SYSTEM:ERROR SYST:ERR:NEXT "
+                          "SYST:ERROR:NEXT SYSTEM:ERR:NEXT SYSTEM:ERROR:NEXT")
+               .split(QLatin1Char(' '));
+    QTest::newRow("optional in front")
+        << QStringLiteral("[SENSe:]FUNC")
+        << QStringLiteral("FUNC SENS:FUNC SENSE:FUNC").split(QLatin1Char(' '));
+}
+
+void TestSimGrammar::spellingsAreAllThatMatches()
+{
+    QFETCH(QString, spelling);
+    QFETCH(QStringList, headers);
+    const HeaderPattern pattern(spelling.toStdString());
+    QStringList spellings;
+    for (const std::string& header : pattern.spellings()) {
+        QVERIFY(pattern.matches(headerNodes(header)));
+        QCOMPARE(shown(joinedHeader(headerNodes(header))), shown(header));
+        spellings << shown(header);
+    }
+    QCOMPARE(spellings.size(), headers.size());
+    QCOMPARE(QSet<QString>(spellings.begin(), spellings.end()),
+             QSet<QString>(headers.begin(), headers.end()));
 }
 
 void TestSimGrammar::unitIsRefused_data()
