@@ -1,5 +1,6 @@
 #include "dayfilewriter.h"
 #include "logcapture.h"
+#include "plainthinning.h"
 #include "randomcases.h"
 
 #include "storage/connectionpool.h"
@@ -47,18 +48,6 @@ QVector<QPointF> inRange(const QVector<QPointF>& points, qint64 start, qint64 en
     return inside;
 }
 
-/// The thinning written out again, the plain way.
-QVector<QPointF> thinned(const QVector<QPointF>& source, int maxPoints)
-{
-    QVector<QPointF> taken;
-    const double step = double(source.size()) / double(maxPoints);
-    for (int i = 0; i < maxPoints; ++i)
-        taken.append(source.at(qMin(int(i * step), source.size() - 1)));
-    if (taken.last().x() != source.last().x())
-        taken.last() = source.last();
-    return taken;
-}
-
 /// All batches of one day's file.
 struct ModelDay
 {
@@ -82,7 +71,7 @@ QVector<QPointF> modelRead(const QVector<ModelDay>& days, qint64 start, qint64 e
                 points = thinned(points, maxPoints);
         }
     }
-    return maxPoints > 0 && points.size() > maxPoints ? thinned(points, maxPoints) : points;
+    return thinned(points, maxPoints);
 }
 
 } // namespace

@@ -1,5 +1,6 @@
 #include "dayfilewriter.h"
 #include "logcapture.h"
+#include "plainthinning.h"
 #include "randomcases.h"
 
 #include "storage/connectionpool.h"
@@ -61,20 +62,6 @@ QVector<QPointF> shifted(QVector<QPointF> points, double offset)
     for (QPointF& point : points)
         point.ry() += offset;
     return points;
-}
-
-/// The thinning written out again, the plain way.
-QVector<QPointF> thinned(const QVector<QPointF>& source, int maxPoints)
-{
-    if (maxPoints <= 0 || source.size() <= maxPoints)
-        return source;
-    QVector<QPointF> taken;
-    const double step = double(source.size()) / double(maxPoints);
-    for (int i = 0; i < maxPoints; ++i)
-        taken.append(source.at(qMin(int(i * step), source.size() - 1)));
-    if (taken.last().x() != source.last().x())
-        taken.last() = source.last();
-    return taken;
 }
 
 } // namespace
