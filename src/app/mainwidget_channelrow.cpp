@@ -170,6 +170,9 @@ void MainWidget::onRangeTypeChanged(int index)
     if (const ChannelRow partner = channelRow(partnerOf(channel, function)); partner.exists()) {
         // Blocks the own function box, not the partner's range: the partner's command goes first.
         const QSignalBlocker blocker(row.function);
+        // The partner may still list the ranges of the function that it had before.
+        if (index >= partner.range->count())
+            refillQuietly(partner.range, m_commFunc->rangeList(function));
         partner.range->setCurrentIndex(index);
     }
     const QString header = m_commFunc->scpiHeader(function);
