@@ -3,7 +3,7 @@
 
 build_packages="g++ cmake ninja-build ccache qtbase5-dev libqwt-qt5-dev libqt5sql5-sqlite dpkg-dev fonts-wqy-microhei"
 display_packages="xvfb xauth xdotool x11-utils imagemagick"
-test_packages="$display_packages sqlite3 libsqlite3-dev libxcb1-dev faketime procps"
+test_packages="$display_packages sqlite3 libsqlite3-dev libxcb1-dev faketime procps python3-pyvisa-py python3-serial"
 check_packages="clang-format clang-tidy libbenchmark-dev"
 
 # install_packages PACKAGE... : installs what is not there yet, as root or through sudo.
