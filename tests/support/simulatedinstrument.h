@@ -23,6 +23,8 @@ public:
     /// The port of its TCP transport; 0 on a pseudo-terminal.
     quint16 port() const;
 
+    qint64 processId() const { return m_process.processId(); }
+
     /// Gives the control port an order; the answer.
     QString order(const QString& line);
 
