@@ -26,6 +26,17 @@ void ProgramProcess::start(const QStringList& arguments)
     m_process.waitForStarted();
 }
 
+void ProgramProcess::startForOneLine(const QStringList& arguments)
+{
+    // QProcess itself never closes its end of the pipe.
+    m_process.start(QStringLiteral("bash"),
+                    QStringList{QStringLiteral("-c"),
+                                QStringLiteral("exec \"$0\" \"$@\" > >(exec head -n 1)"),
+                                m_directory.filePath(QStringLiteral("scn4070a"))} +
+                        arguments);
+    m_process.waitForStarted();
+}
+
 void ProgramProcess::write(const QByteArray& bytes)
 {
     m_process.write(bytes);
@@ -38,12 +49,6 @@ void ProgramProcess::closeInput()
     m_process.closeWriteChannel();
     // The pipe is closed from the event loop.
     m_process.waitForReadyRead(10);
-}
-
-void ProgramProcess::closeOutput()
-{
-    collect();
-    m_process.closeReadChannel(QProcess::StandardOutput);
 }
 
 QStringList ProgramProcess::waitForLines(const QString& prefix, int count, int timeoutMs)

@@ -14,12 +14,13 @@ public:
     ~ProgramProcess();
 
     void start(const QStringList& arguments);
+    /// The same, but nobody reads the program's standard output behind its first line: the other
+    /// end of that pipe is closed then.
+    void startForOneLine(const QStringList& arguments);
 
     /// Writes to the program's standard input as it stands.
     void write(const QByteArray& bytes);
     void closeInput();
-    /// Closes the launcher's end of the program's standard output.
-    void closeOutput();
 
     /// Waits until the output holds `count` lines that start with `prefix`; gives those lines.
     QStringList waitForLines(const QString& prefix, int count, int timeoutMs = 30000);

@@ -55,6 +55,11 @@ public:
         m_process.waitForStarted();
     }
     void terminate() { m_process.terminate(); }
+    void kill()
+    {
+        m_process.kill();
+        m_process.waitForFinished();
+    }
     bool waitForEnd() { return m_process.waitForFinished(kEndWaitMs); }
     bool crashed() const { return m_process.exitStatus() == QProcess::CrashExit; }
     int exitCode() const { return m_process.exitCode(); }
@@ -92,6 +97,7 @@ private slots:
     void resourceIsHandedOn();
     void closingItsWindowEndsTheProgram();
     void programThatDiesEndsIt();
+    void programOutlivesALauncherThatDies();
     void whatCannotStartIsToldAndEndsIt_data();
     void whatCannotStartIsToldAndEndsIt();
 
@@ -184,6 +190,23 @@ void TestLauncher::programThatDiesEndsIt()
     QVERIFY(!launcher.crashed());
     QVERIFY(launcher.exitCode() != 0);
     QVERIFY(!isThere(simulator));
+}
+
+void TestLauncher::programOutlivesALauncherThatDies()
+{
+    const SimulatedInstrument instrument(SimulatedInstrument::Transport::Tcp, kSmallest);
+    Launcher launcher(m_display.name());
+    launcher.start({instrument.resource()});
+    QVERIFY(waitForEmbedding());
+    const qint64 program = launcher.child(QStringLiteral("scn4070a"));
+    QVERIFY(program > 0);
+    launcher.kill();
+    // Its window went with the launcher's, its work goes on.
+    const int polls = instrument.received().size();
+    const bool polled =
+        QTest::qWaitFor([&] { return instrument.received().size() >= polls + 3; }, kStartWaitMs);
+    ::kill(static_cast<pid_t>(program), SIGKILL);
+    QVERIFY(polled);
 }
 
 void TestLauncher::whatCannotStartIsToldAndEndsIt_data()

@@ -279,9 +279,8 @@ void TestLauncherChannel::launcherThatDiesDoesNotEndTheProgram()
 {
     const SimulatedInstrument instrument(SimulatedInstrument::Transport::Tcp, kSmallest);
     ProgramProcess program(m_display.name());
-    program.start({instrument.resource()});
+    program.startForOneLine({instrument.resource()});
     QCOMPARE(program.waitForLines(kWid, 1).size(), 1);
-    program.closeOutput();
     program.write("nobody reads the echo\nnor this one\n");
     program.closeInput();
     QVERIFY(!program.waitForEnd(1000));
