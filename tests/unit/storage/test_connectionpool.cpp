@@ -437,7 +437,10 @@ void TestConnectionPool::closeAllClosesEverything()
     ConnectionPool& pool = ConnectionPool::instance();
     pool.acquireConnection(path(kToday));
     pool.acquireConnection(path(kYesterday));
+    QElapsedTimer timer;
+    timer.start();
     pool.closeAllConnections();
+    QVERIFY2(timer.elapsed() >= 2 * (750 + 50), qPrintable(QString::number(timer.elapsed())));
     QCOMPARE(pool.connectionCount(), 0);
     QVERIFY(!QFile::exists(path(kToday) + QStringLiteral("-wal")));
 }

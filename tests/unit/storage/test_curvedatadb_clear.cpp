@@ -98,6 +98,7 @@ private slots:
     void filesThatAreNoneOfTheStoresStay();
     void missingDirectoryIsDoneAtOnce();
     void fileThatResistsIsLoggedAndLeft();
+    void sideFilesGoBeforeTheDatabase();
     void deletedCurveIsGone();
     void deletingAnUnknownCurveChangesNothing();
     void failedDeletionIsRolledBack();
@@ -336,6 +337,34 @@ void TestCurveDataDBClear::fileThatResistsIsLoggedAndLeft()
                      .arg(held)});
     QVERIFY(QFile::exists(held));
     QVERIFY(!QFile::exists(directory.filePath(one("b.db"))));
+}
+
+/// While a side file resists, those before it are gone and no database is.
+void TestCurveDataDBClear::sideFilesGoBeforeTheDatabase()
+{
+    const QTemporaryDir directory;
+    for (const char* name : {"a.db", "a.db-shm", "a.db-wal", "b.db", "b.db-shm", "b.db-wal"})
+        QVERIFY(writeText(directory.filePath(one(name))));
+    const UndeletableFile first(directory.filePath(one("a.db-shm")));
+    const UndeletableFile second(directory.filePath(one("b.db-shm")));
+    QVERIFY(first.isMade() && second.isMade());
+    QThread thread;
+    DBClearWorker worker(nullptr, -1, directory.path());
+    QSignalSpy finished(&worker, &DBClearWorker::clearFinished);
+    worker.moveToThread(&thread);
+    connect(&thread, &QThread::started, &worker, &DBClearWorker::doClear);
+    thread.start();
+    const LogCapture log;
+    if (geteuid() == 0)
+        QTRY_VERIFY(!QFile::exists(directory.filePath(one("b.db-wal"))));
+    thread.requestInterruption(); // the present file is the last
+    thread.quit();
+    QVERIFY(thread.wait(3000));
+    for (const char* name : {"a.db", "a.db-shm", "b.db", "b.db-shm"})
+        QVERIFY2(QFile::exists(directory.filePath(one(name))), name);
+    QVERIFY(!QFile::exists(directory.filePath(one("a.db-wal"))) || geteuid() != 0);
+    QCOMPARE(finished.count(), 0);
+    QCOMPARE(log.lines(), QStringList());
 }
 
 void TestCurveDataDBClear::deletedCurveIsGone()
