@@ -128,9 +128,15 @@ void TestConnectionPool::livesOnTheGuiThreadWhoeverAsksFirst()
     };
     // The first cleanup of this program stops the timer again, so this test comes first.
     QTRY_COMPARE(active(), 1);
-    const QTimer* running = timers.at(0)->isActive() ? timers.at(0) : timers.at(1);
+    QTimer* running = timers.at(0)->isActive() ? timers.at(0) : timers.at(1);
     QCOMPARE(running->interval(), 14400000);
     QVERIFY(!running->isSingleShot());
+
+    // The four hours are not waited for.
+    const LogCapture log;
+    running->setInterval(1);
+    QTRY_VERIFY(log.lines().contains(QStringLiteral("debug: 连接池清理超时连接数： 0")));
+    running->setInterval(14400000);
 }
 
 void TestConnectionPool::todaysFileIsOpenedForWriting()

@@ -67,6 +67,7 @@ private slots:
 
     void pointGoesToItsBatchAndExtremesFollow();
     void batchEdges();
+    void tableOfAnEarlierRunIsGoneOnWith();
     void secondPointOfAMillisecondIsDroppedButCounts();
     void nanIsNotStored();
     void infinitiesAreStored();
@@ -142,6 +143,21 @@ void TestCurveDataDBWrite::batchEdges()
     QCOMPARE(points(path, one("curve_1_batch_20260112_180000_20260112_235959")),
              QStringList{point(at("23:59:59") + 999, "1.0")});
     QCOMPARE(store->knownTableCount(), 4);
+}
+
+void TestCurveDataDBWrite::tableOfAnEarlierRunIsGoneOnWith()
+{
+    TestStore store;
+    store->registerCurve(one("101(V)"));
+    store->appendPoint(1, at("09:00:00"), 1.0);
+    store.restart();
+    QCOMPARE(store->knownTableCount(), 0);
+    store->appendPoint(1, at("09:00:01"), 2.0);
+    QCOMPARE(store->knownTableCount(), 1);
+    QCOMPARE(points(store.path("20260112"), one(kMorning)),
+             (QStringList{point(at("09:00:00"), "1.0"), point(at("09:00:01"), "2.0")}));
+    QCOMPARE(dayfile::rows(store.path("20260112"), one("SELECT count(*) FROM batch_metadata")),
+             QStringList{one("1")});
 }
 
 void TestCurveDataDBWrite::secondPointOfAMillisecondIsDroppedButCounts()
