@@ -104,9 +104,7 @@ CCurvePlot::CCurvePlot(QWidget* parent)
     initTracker();
     initTimers();
     setMinimumSize(100, 100);
-    const QwtInterval time = axisInterval(QwtPlot::xBottom);
-    m_lastLowerX = time.minValue();
-    m_lastUpperX = time.maxValue();
+    noteTimeAxis();
     onNewSample(QDateTime::currentMSecsSinceEpoch());
 }
 
@@ -251,15 +249,11 @@ void CCurvePlot::clearCurves()
     m_followTime = true;
     m_autoScaleY = true;
 
-    const auto now = static_cast<double>(QDateTime::currentMSecsSinceEpoch());
-    setAxisScale(QwtPlot::xBottom, now - kWindowSpanMs, now);
-    setAxisScale(QwtPlot::yLeft, kClearedLowerY, kClearedUpperY);
+    const qint64 now = QDateTime::currentMSecsSinceEpoch();
+    setTimeAxis(now - kWindowSpanMs, now);
+    setBounds(QwtPlot::yLeft, kClearedLowerY, kClearedUpperY);
     resetTimeWindow();
-
-    QwtPlot::updateAxes();
-    const QwtInterval time = axisInterval(QwtPlot::xBottom);
-    m_lastLowerX = time.minValue();
-    m_lastUpperX = time.maxValue();
+    noteTimeAxis();
     emit curvesUpdated();
     redraw();
 }
@@ -280,10 +274,11 @@ void CCurvePlot::updateAxes(qint64 timeMs)
             followTime(timeMs);
         if (m_autoScaleY && !m_userMovedY)
             autoScaleY();
-        // On screen the scales wait for the reload, so that they and the curves move together.
-        if (!isVisible())
-            QwtPlot::updateAxes();
     }
+    // The reload that is armed here serves the move, so the range check shall not put it off. A plot
+    // without curves is left to that check: it has the first curve loaded.
+    if (!m_curves.isEmpty())
+        noteTimeAxis();
     m_reloadTimer->start(kReloadDelayMs);
 }
 
@@ -304,7 +299,26 @@ void CCurvePlot::followTime(qint64 timeMs)
 
 void CCurvePlot::setTimeAxis(qint64 start, qint64 end)
 {
-    setAxisScale(QwtPlot::xBottom, static_cast<double>(start), static_cast<double>(end));
+    setBounds(QwtPlot::xBottom, static_cast<double>(start), static_cast<double>(end));
+}
+
+/// Takes the bounds of the time axis for seen by the range check.
+void CCurvePlot::noteTimeAxis()
+{
+    const QwtInterval time = axisInterval(QwtPlot::xBottom);
+    m_lastLowerX = time.minValue();
+    m_lastUpperX = time.maxValue();
+}
+
+/// Sets the bounds of an axis. They count at once, and nothing is laid out or painted for them: the
+/// scale on screen follows with the next replot, together with the curves.
+void CCurvePlot::setBounds(int axis, double lower, double upper)
+{
+    // The base keeps the bounds, for the next change of the ticks, but divides the scale by them only
+    // when it is replotted.
+    setAxisScale(axis, lower, upper, 0);
+    setAxisScaleDiv(axis, axisScaleEngine(axis)->divideScale(lower, upper, axisMaxMajor(axis),
+                                                             axisMaxMinor(axis)));
 }
 
 void CCurvePlot::autoScaleY()
@@ -314,7 +328,7 @@ void CCurvePlot::autoScaleY()
         return;
     const QwtInterval values = valueBounds(m_curves);
     if (!values.isValid()) {
-        setAxisScale(QwtPlot::yLeft, kEmptyLowerY, kEmptyUpperY);
+        setBounds(QwtPlot::yLeft, kEmptyLowerY, kEmptyUpperY);
         return;
     }
     const double margin = valueMargin(values.minValue(), values.maxValue());
@@ -322,7 +336,7 @@ void CCurvePlot::autoScaleY()
     const double upper = values.maxValue() + margin;
     // Values at the ends of the number range leave the axis as it is: it cannot span them.
     if (std::isfinite(upper - lower))
-        setAxisScale(QwtPlot::yLeft, lower, upper, 0);
+        setBounds(QwtPlot::yLeft, lower, upper);
 }
 
 void CCurvePlot::resumeLive()
@@ -427,12 +441,11 @@ bool CCurvePlot::loadVisibleCurves()
     if (shown.isEmpty())
         return false;
 
-    // Bounds that were set since the last replot count from here on; the replot follows.
+    // Bounds that others set since the last replot count from here on; the replot follows.
     QwtPlot::updateAxes();
-    const QwtInterval time = axisInterval(QwtPlot::xBottom);
     // What is loaded now needs no second reload by the range check.
-    m_lastLowerX = time.minValue();
-    m_lastUpperX = time.maxValue();
+    noteTimeAxis();
+    const QwtInterval time = axisInterval(QwtPlot::xBottom);
     const qint64 start = static_cast<qint64>(time.minValue()) - kLoadMarginMs;
     const qint64 end = static_cast<qint64>(time.maxValue()) + kLoadMarginMs;
     for (QwtPlotCurve* curve : qAsConst(shown))
@@ -460,8 +473,7 @@ void CCurvePlot::checkAxisRangeChange()
     const QwtInterval time = axisInterval(QwtPlot::xBottom);
     if (std::abs(time.minValue() - m_lastLowerX) > kRangeThresholdX ||
         std::abs(time.maxValue() - m_lastUpperX) > kRangeThresholdX) {
-        m_lastLowerX = time.minValue();
-        m_lastUpperX = time.maxValue();
+        noteTimeAxis();
         m_reloadTimer->start(kReloadDelayMs);
     }
 
@@ -484,10 +496,9 @@ void CCurvePlot::onMagnifierZoomed(double)
     const QwtInterval time = axisInterval(QwtPlot::xBottom);
     if (time.width() > kWidestRangeMs) {
         const double centre = (time.maxValue() + time.minValue()) * 0.5;
-        m_lastLowerX = centre - kWidestRangeMs * 0.5;
-        m_lastUpperX = centre + kWidestRangeMs * 0.5;
-        setAxisScale(QwtPlot::xBottom, m_lastLowerX, m_lastUpperX);
-        // The zoom has just asked for a repaint: it shall find the bounds cut already.
+        setBounds(QwtPlot::xBottom, centre - kWidestRangeMs * 0.5, centre + kWidestRangeMs * 0.5);
+        noteTimeAxis();
+        // The zoom has just asked for a repaint: it shall find the scale cut already.
         QwtPlot::updateAxes();
     }
     m_reloadTimer->start(kReloadDelayMs);

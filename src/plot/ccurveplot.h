@@ -49,7 +49,8 @@ public:
     void onNewSample(qint64 timeMs);
 
     /// Sets both axes for the newest time `timeMs` (ms since the epoch) as far as they are
-    /// automatic, and arms the reload. What is on screen follows with that reload.
+    /// automatic, and arms the reload. The bounds count at once; what is on screen follows with that
+    /// reload.
     void updateAxes(qint64 timeMs);
 
     /// Sets the y axis from the loaded samples of all curves, hidden ones included, so that the
@@ -116,6 +117,8 @@ private:
     void holdView();
     void followTime(qint64 timeMs);
     void setTimeAxis(qint64 start, qint64 end);
+    void noteTimeAxis();
+    void setBounds(int axis, double lower, double upper);
     void stretchTimeWindow();
     void reloadVisibleData();
     bool loadVisibleCurves();

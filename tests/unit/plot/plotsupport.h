@@ -7,13 +7,16 @@
 #include <QCoreApplication>
 #include <QDateTime>
 #include <QDir>
+#include <QTimer>
 #include <QVector>
 #include <QWheelEvent>
 #include <QWindow>
 #include <QtTest>
 
 #include <qwt_interval.h>
+#include <qwt_scale_engine.h>
 
+#include <functional>
 #include <memory>
 #include <vector>
 
@@ -38,6 +41,21 @@ public:
     }
 
     int replots = 0;
+};
+
+/// A scale engine that lets something happen while its plot sets the axis.
+class InterruptingEngine : public QwtLinearScaleEngine
+{
+public:
+    QwtScaleDiv divideScale(double x1, double x2, int maxMajorSteps, int maxMinorSteps,
+                            double stepSize) const override
+    {
+        if (interruption)
+            interruption();
+        return QwtLinearScaleEngine::divideScale(x1, x2, maxMajorSteps, maxMinorSteps, stepSize);
+    }
+
+    std::function<void()> interruption;
 };
 
 /// Series over a store below the test program. Registering a name takes a while, so each series
@@ -123,6 +141,16 @@ inline qint64 lowerMs(const QwtPlot& plot)
 inline qint64 upperMs(const QwtPlot& plot)
 {
     return qRound64(timeBounds(plot).maxValue());
+}
+
+/// The timer of `plot` that runs the reload (single-shot), or the one that runs the range check.
+inline QTimer* timerOf(const CCurvePlot& plot, bool singleShot)
+{
+    for (QTimer* timer : plot.findChildren<QTimer*>(QString(), Qt::FindDirectChildrenOnly)) {
+        if (timer->isSingleShot() == singleShot)
+            return timer;
+    }
+    return nullptr;
 }
 
 /// Shows `plot` and waits until the events of being shown are through.

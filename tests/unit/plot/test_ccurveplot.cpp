@@ -9,6 +9,7 @@
 #include <QSignalSpy>
 
 #include <qwt_date_scale_draw.h>
+#include <qwt_painter.h>
 #include <qwt_picker_machine.h>
 #include <qwt_plot_canvas.h>
 #include <qwt_plot_curve.h>
@@ -39,8 +40,8 @@ QVector<QPointF> pointsOf(const QVector<double>& values)
 
 } // namespace
 
-/// The plot's make-up, its time window and its y scale. The plots here are not shown: their axes
-/// then follow at once.
+/// The plot's make-up, its time window and its y scale. Bounds that the plot sets count at once; only
+/// those that a test sets wait for the next replot.
 class TestCCurvePlot : public QObject
 {
     Q_OBJECT
@@ -59,6 +60,7 @@ private slots:
     void timeAxisIsLabelledWithLocalDateAndTime();
     void gridIsSolidGray();
     void interactionSitsOnTheCanvas();
+    void timersRunTheReloadAndTheRangeCheck();
     void addedCurveLooksAtTheSeriesWithoutOwningIt();
     void addCurveAnnouncesTheListAndHandsItToTheTracker();
 
@@ -126,6 +128,7 @@ void TestCCurvePlot::canvasKeepsItsPictureAndPaintsLater()
     QVERIFY(canvas->testPaintAttribute(QwtPlotCanvas::BackingStore));
     QVERIFY(!canvas->testPaintAttribute(QwtPlotCanvas::ImmediatePaint));
     QVERIFY(!canvas->testAttribute(Qt::WA_PaintOnScreen));
+    QVERIFY(QwtPainter::polylineSplitting());
 }
 
 void TestCCurvePlot::onlyTheTimeAxisShowsAScale()
@@ -209,6 +212,25 @@ void TestCCurvePlot::interactionSitsOnTheCanvas()
     QCOMPARE(tracker->rubberBandPen(),
              QPen(QBrush(Qt::gray), 0.0, Qt::DashLine, Qt::SquareCap, Qt::BevelJoin));
     QVERIFY(dynamic_cast<const QwtPickerTrackerMachine*>(tracker->stateMachine()));
+}
+
+void TestCCurvePlot::timersRunTheReloadAndTheRangeCheck()
+{
+    CCurvePlot plot;
+    const QTimer* rangeCheck = timerOf(plot, false);
+    QVERIFY(rangeCheck);
+    QVERIFY(rangeCheck->isActive());
+    QCOMPARE(rangeCheck->interval(), 100);
+
+    QTimer* reload = timerOf(plot, true);
+    QVERIFY(reload);
+    QVERIFY(reload->isActive());
+    reload->stop();
+    plot.onNewSample(QDateTime::currentMSecsSinceEpoch());
+    QVERIFY(reload->isActive());
+    QCOMPARE(reload->interval(), 100);
+    plot.clearCurves();
+    QVERIFY(!reload->isActive());
 }
 
 void TestCCurvePlot::addedCurveLooksAtTheSeriesWithoutOwningIt()
@@ -302,9 +324,16 @@ void TestCCurvePlot::readingDuringAnUpdateIsIgnored()
     CCurvePlot plot;
     plot.clearCurves();
     plot.onNewSample(1700000000000);
-    connect(plot.axisWidget(QwtPlot::xBottom), &QwtScaleWidget::scaleDivChanged, &plot,
-            [&plot] { plot.onNewSample(1800000000000); });
+    auto* engine = new InterruptingEngine;
+    plot.setAxisScaleEngine(QwtPlot::xBottom, engine);
+    int interruptions = 0;
+    engine->interruption = [&] {
+        ++interruptions;
+        plot.onNewSample(1800000000000);
+    };
     plot.onNewSample(1700000070000);
+    engine->interruption = nullptr;
+    QCOMPARE(interruptions, 1);
     QCOMPARE(upperMs(plot), qint64(1700000070000));
 }
 
@@ -359,7 +388,6 @@ void TestCCurvePlot::valueAxisFitsTheSamples()
     plot.addCurve(m_pool->loaded(0, pointsOf(first)), Qt::red, QStringLiteral("101"));
     plot.addCurve(m_pool->loaded(1, pointsOf(second)), Qt::blue, QStringLiteral("102"));
     plot.autoScaleY();
-    plot.replot();
     // Exactly: the margin of flat data is no round number.
     QVERIFY(valueBounds(plot).minValue() == lower);
     QVERIFY(valueBounds(plot).maxValue() == upper);
@@ -380,7 +408,6 @@ void TestCCurvePlot::flatDataOfAnySizeKeepAnAxis()
     CCurvePlot plot;
     plot.addCurve(m_pool->loaded(0, pointsOf({value})), Qt::red, QStringLiteral("101"));
     plot.autoScaleY();
-    plot.replot();
     QVERIFY(valueBounds(plot).maxValue() > valueBounds(plot).minValue());
     QVERIFY(valueBounds(plot).contains(value));
 }
@@ -401,6 +428,7 @@ void TestCCurvePlot::plotWithoutCurvesKeepsItsValueAxis()
 {
     CCurvePlot plot;
     plot.setAxisScale(QwtPlot::yLeft, -7.0, 7.0);
+    plot.replot();
     plot.autoScaleY();
     plot.onNewSample(1700000000000);
     QCOMPARE(valueBounds(plot).minValue(), -7.0);
@@ -433,6 +461,7 @@ void TestCCurvePlot::setAutoScaleYTakesTheAxisBack()
     plot.addCurve(m_pool->loaded(0, pointsOf({0.0, 8.0})), Qt::red, QStringLiteral("101"));
     plot.setAutoScaleY(false);
     plot.setAxisScale(QwtPlot::yLeft, 20.0, 30.0);
+    plot.replot();
     plot.onNewSample(1700000000000);
     QCOMPARE(valueBounds(plot).minValue(), 20.0);
     plot.onMagnifierZoomed(0.9);

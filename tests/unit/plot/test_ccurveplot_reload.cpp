@@ -8,6 +8,8 @@
 #include <QSignalSpy>
 
 #include <qwt_plot_curve.h>
+#include <qwt_scale_div.h>
+#include <qwt_scale_draw.h>
 
 #include <cmath>
 
@@ -28,6 +30,12 @@ QVector<QPointF> ramp(int count, double stepMs = 1000.0)
     for (int i = 0; i < count; ++i)
         points.append(QPointF(double(kStart) + stepMs * i, i));
     return points;
+}
+
+/// Left end of the time scale that is on show, ms since the epoch.
+qint64 shownLowerMs(const QwtPlot& plot)
+{
+    return qRound64(plot.axisScaleDraw(QwtPlot::xBottom)->scaleDiv().lowerBound());
 }
 
 /// The first pixel of the canvas of `color` or nothing.
@@ -58,6 +66,11 @@ private slots:
     void cleanup();
 
     void batchesMoveTheAxesAndOneReloadDrawsOnce();
+    void batchSetsTheBoundsAtOnceAndShowsThemWithTheReload();
+    void rangeCheckDoesNotPutOffTheReloadOfABatch();
+    void reloadDuringAnUpdateIsIgnored();
+    void firstCurveIsLoadedWithoutABatch();
+    void curveAddedAfterAClearWaitsForABatch();
     void batchesCloserThanTheDelayPushTheReloadBack();
     void reloadTakesTheWindowWithItsMargins();
     void reloadTruncatesTheBounds();
@@ -78,17 +91,22 @@ private slots:
     void rangeCheckWithoutCurvesReturnsAtOnce();
     void rangeCheckReportsNewValueBounds();
 
+    void newValueBoundsAreReportedBeforeTheReload();
+
     void wheelZoomsTimeAndHoldsTheView();
+    void batchArmsTheReloadOfAHeldView();
     void zoomReloadsOnce();
     void zoomModePicksTheAxes_data();
     void zoomModePicksTheAxes();
     void widestZoomIsExactlyTenHours();
     void widestZoomHoldsWithoutCurves();
     void zoomingInHasNoLimit();
+    void valueAxisZoomsOutWithoutLimit();
     void zoomTellsItsFactor();
     void resumeLiveGivesTheViewBack();
     void resumeLiveGoesOnScrolling();
     void setFollowTimeReloadsAtOnce();
+    void setAutoScaleYDrawsAtOnce();
 
     void resizeDrawsAndSpacesTheTicks();
     void loadedRangeIsNeverAnnounced();
@@ -138,6 +156,75 @@ void TestCCurvePlotReload::batchesMoveTheAxesAndOneReloadDrawsOnce()
     QTest::qWait(kAllReloadsMs);
     QCOMPARE(m_plot->replots, 2);
     QCOMPARE(upperMs(*m_plot), kStart + 90000);
+}
+
+void TestCCurvePlotReload::batchSetsTheBoundsAtOnceAndShowsThemWithTheReload()
+{
+    m_plot->addCurve(m_pool->loaded(0, ramp(9)), Qt::red, QStringLiteral("101"));
+    const qint64 shown = shownLowerMs(*m_plot);
+    m_plot->onNewSample(kStart);
+    QCOMPARE(lowerMs(*m_plot), kStart);
+    QCOMPARE(upperMs(*m_plot), kStart + 60000);
+    QCOMPARE(valueBounds(*m_plot).minValue(), -1.0);
+    QCOMPARE(valueBounds(*m_plot).maxValue(), 9.0);
+    QCOMPARE(shownLowerMs(*m_plot), shown);
+    QCOMPARE(m_plot->replots, 0);
+    QTRY_COMPARE(m_plot->replots, 1);
+    QCOMPARE(shownLowerMs(*m_plot), kStart);
+
+    // New ticks are those of the bounds set last.
+    m_plot->onNewSample(kStart + 90000);
+    m_plot->setAxisMaxMajor(QwtPlot::xBottom, 2);
+    m_plot->replot();
+    QCOMPARE(shownLowerMs(*m_plot), kStart + 30000);
+}
+
+void TestCCurvePlotReload::rangeCheckDoesNotPutOffTheReloadOfABatch()
+{
+    m_plot->addCurve(m_pool->loaded(0, ramp(9)), Qt::red, QStringLiteral("101"));
+    m_plot->onNewSample(kStart + 500000);
+    timerOf(*m_plot, true)->stop();
+    m_plot->checkAxisRangeChange();
+    QVERIFY(!timerOf(*m_plot, true)->isActive());
+}
+
+void TestCCurvePlotReload::reloadDuringAnUpdateIsIgnored()
+{
+    CurveSeriesData* series = m_pool->empty(0);
+    m_plot->addCurve(series, Qt::red, QStringLiteral("101"));
+    auto* engine = new InterruptingEngine;
+    m_plot->setAxisScaleEngine(QwtPlot::xBottom, engine);
+    int interruptions = 0;
+    engine->interruption = [&] {
+        ++interruptions;
+        m_plot->updateVisibleData();
+        m_plot->setFollowTime(true);
+    };
+    m_plot->onNewSample(kStart);
+    engine->interruption = nullptr;
+    QCOMPARE(interruptions, 1);
+    QCOMPARE(m_plot->replots, 0);
+    QCOMPARE(series->visibleEnd(), qint64(0));
+}
+
+void TestCCurvePlotReload::firstCurveIsLoadedWithoutABatch()
+{
+    CountingPlot plot;
+    plot.resize(450, 300);
+    QVERIFY(showSettled(plot));
+    QTest::qWait(kAllReloadsMs);
+    CurveSeriesData* series = m_pool->empty(0);
+    plot.addCurve(series, Qt::red, QStringLiteral("101"));
+    QTRY_COMPARE(series->visibleStart(), qint64(timeBounds(plot).minValue()) - 5000);
+}
+
+void TestCCurvePlotReload::curveAddedAfterAClearWaitsForABatch()
+{
+    CurveSeriesData* series = m_pool->empty(0);
+    m_plot->clearCurves();
+    m_plot->addCurve(series, Qt::red, QStringLiteral("101"));
+    m_plot->checkAxisRangeChange();
+    QVERIFY(!timerOf(*m_plot, true)->isActive());
 }
 
 void TestCCurvePlotReload::batchesCloserThanTheDelayPushTheReloadBack()
@@ -409,6 +496,19 @@ void TestCCurvePlotReload::rangeCheckReportsNewValueBounds()
     QCOMPARE(m_plot->replots, 0);
 }
 
+void TestCCurvePlotReload::newValueBoundsAreReportedBeforeTheReload()
+{
+    m_plot->addCurve(m_pool->loaded(0, ramp(9)), Qt::red, QStringLiteral("101"));
+    m_plot->checkAxisRangeChange();
+    const QSignalSpy ranges(m_plot.get(), &CCurvePlot::yAxisRangeChanged);
+    m_plot->onNewSample(kStart);
+    m_plot->checkAxisRangeChange();
+    QCOMPARE(ranges.count(), 1);
+    QCOMPARE(ranges.at(0).at(0).toDouble(), -1.0);
+    QCOMPARE(ranges.at(0).at(1).toDouble(), 9.0);
+    QCOMPARE(m_plot->replots, 0);
+}
+
 void TestCCurvePlotReload::wheelZoomsTimeAndHoldsTheView()
 {
     m_plot->addCurve(m_pool->loaded(0, ramp(9)), Qt::red, QStringLiteral("101"));
@@ -424,6 +524,22 @@ void TestCCurvePlotReload::wheelZoomsTimeAndHoldsTheView()
     m_plot->updateVisibleData();
     QVERIFY(timeBounds(*m_plot) == zoomed);
     QVERIFY(valueBounds(*m_plot) == values);
+}
+
+void TestCCurvePlotReload::batchArmsTheReloadOfAHeldView()
+{
+    CurveSeriesData* series = m_pool->loaded(0, {});
+    m_plot->addCurve(series, Qt::red, QStringLiteral("101"));
+    m_plot->onNewSample(kStart);
+    turnWheel(*m_plot, 1);
+    QTest::qWait(kAllReloadsMs);
+    const QwtInterval held = timeBounds(*m_plot);
+    m_plot->replots = 0;
+    series->addPoints(ramp(9));
+    m_plot->onNewSample(kStart + 8000);
+    QTRY_COMPARE(m_plot->replots, 1);
+    QCOMPARE(series->size(), size_t(9));
+    QVERIFY(timeBounds(*m_plot) == held);
 }
 
 void TestCCurvePlotReload::zoomReloadsOnce()
@@ -515,6 +631,16 @@ void TestCCurvePlotReload::zoomingInHasNoLimit()
     QVERIFY(valueBounds(*m_plot).width() >= 1.0);
 }
 
+void TestCCurvePlotReload::valueAxisZoomsOutWithoutLimit()
+{
+    m_plot->setZoomMode(2);
+    const double width = valueBounds(*m_plot).width();
+    for (int i = 0; i < 200; ++i)
+        turnWheel(*m_plot, 1);
+    const double widened = width * std::pow(1.0 / 0.9, 200);
+    QVERIFY(std::abs(valueBounds(*m_plot).width() / widened - 1.0) < 1e-6);
+}
+
 void TestCCurvePlotReload::zoomTellsItsFactor()
 {
     const QSignalSpy zooms(m_plot->canvas()->findChild<CustomMagnifier*>(),
@@ -572,6 +698,16 @@ void TestCCurvePlotReload::setFollowTimeReloadsAtOnce()
     m_plot->onNewSample(kStart + 500000);
     m_plot->updateVisibleData();
     QCOMPARE(series->visibleEnd(), kStart + 505000);
+}
+
+void TestCCurvePlotReload::setAutoScaleYDrawsAtOnce()
+{
+    m_plot->addCurve(m_pool->loaded(0, ramp(9)), Qt::red, QStringLiteral("101"));
+    m_plot->setAutoScaleY(false);
+    QCOMPARE(m_plot->replots, 0);
+    m_plot->setAutoScaleY(true);
+    QCOMPARE(m_plot->replots, 1);
+    QCOMPARE(valueBounds(*m_plot).maxValue(), 9.0);
 }
 
 void TestCCurvePlotReload::resizeDrawsAndSpacesTheTicks()
