@@ -113,6 +113,9 @@ void DataNetwork::buildRow(int row)
     combo->addItem(noChannel());
     connect(combo, qOverload<int>(&QComboBox::currentIndexChanged), this,
             &DataNetwork::onChannelChanged);
+    // A choice by hand counts also where the box stood on that channel already: after a new list it
+    // stands on "none" beside old values.
+    connect(combo, qOverload<int>(&QComboBox::activated), this, &DataNetwork::onChannelChanged);
     m_table->setCellWidget(row, ChannelColumn, combo);
 
     for (int column = ReadingColumn; column < ColumnCount; ++column)

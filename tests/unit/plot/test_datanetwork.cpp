@@ -1,6 +1,7 @@
 #include "plot/datanetwork.h"
 #include "seriesstore.h"
 
+#include <QAbstractItemView>
 #include <QComboBox>
 #include <QDateTime>
 #include <QHeaderView>
@@ -81,6 +82,7 @@ private slots:
     void channelMayStandInTwoRows();
     void refreshRewritesRowsWithAChannel();
     void newChannelListKeepsOldValuesUntilANewChoice();
+    void noneChosenByHandEmptiesTheRow();
     void slotWithoutASenderDoesNothing();
 
 private:
@@ -254,10 +256,21 @@ void TestDataNetwork::newChannelListKeepsOldValuesUntilANewChoice()
     QCOMPARE(f.cells(0), kTwoReadings);
     f.combo(0)->setCurrentIndex(1);
     QCOMPARE(f.cells(0).at(0), QStringLiteral("9.00000"));
-    f.grid.setChannelList(kChannels);
-    // Choosing "none" by hand: the box is opened on it and told so again.
+}
+
+void TestDataNetwork::noneChosenByHandEmptiesTheRow()
+{
+    Fixture f;
+    f.grid.show();
+    addTwoReadings(*m_store->add(101));
     f.combo(0)->setCurrentIndex(1);
-    f.combo(0)->setCurrentIndex(0);
+    f.grid.setChannelList(kChannels);
+    QCOMPARE(f.cells(0), kTwoReadings);
+    // The box stands on "none" already, so the choice does not change it.
+    QCOMPARE(f.combo(0)->currentIndex(), 0);
+    f.combo(0)->showPopup();
+    QTest::keyClick(f.combo(0)->view(), Qt::Key_Return);
+    QCOMPARE(f.combo(0)->currentIndex(), 0);
     QCOMPARE(f.cells(0), kEmptyRow);
 }
 
