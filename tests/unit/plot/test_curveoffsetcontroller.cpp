@@ -95,6 +95,7 @@ private slots:
     void emptyOrTinyRangeIsHarmless();
     void nullPlotLeavesTheRange();
     void newPlotReplacesTheOld();
+    void boundsThatAnotherChartReportedLastAreMissed();
 };
 
 void TestCurveOffsetController::stripIsFortyFiveWide()
@@ -383,6 +384,23 @@ void TestCurveOffsetController::newPlotReplacesTheOld()
     QCOMPARE(label->y(), 140);
     emit second.yAxisRangeChanged(0.0, 10.0);
     QCOMPARE(label->y(), 90);
+}
+
+void TestCurveOffsetController::boundsThatAnotherChartReportedLastAreMissed()
+{
+    Fixture first;
+    Fixture second;
+    const CurveLabel* firstLabel = first.addLabel(&first.curve, 5.0);
+    const CurveLabel* secondLabel = second.addLabel(&second.curve, 5.0);
+    for (CCurvePlot* plot : {&first.plot, &second.plot}) {
+        plot->addCurve(nullptr, Qt::red, QStringLiteral("101"));
+        plot->setAxisScale(QwtPlot::yLeft, 0.0, 20.0);
+        plot->QwtPlot::updateAxes();
+        plot->checkAxisRangeChange();
+    }
+    QCOMPARE(firstLabel->y(), 140);
+    // The second plot has the same bounds, but all plots compare with what any of them reported last.
+    QCOMPARE(secondLabel->y(), 90);
 }
 
 QTEST_MAIN(TestCurveOffsetController)

@@ -109,6 +109,7 @@ private slots:
     void collapseOfAMaximisedWindowRemembersItsNormalPlace();
     void doubleClickOpensTheTileWhereItStands();
     void draggedTileOpensAtItsNewPlace();
+    void tileShownAgainOpensInItsOldSize();
     void secondButtonMaximisesAndTakesBack();
     void doubleClickMaximises();
     void thirdButtonClosesAndDeletes();
@@ -248,6 +249,17 @@ void TestCustomMdiSubWindow::draggedTileOpensAtItsNewPlace()
     QCOMPARE(f.window->size(), QSize(kTileSide, kTileSide));
     f.doubleClickBar();
     QCOMPARE(f.window->geometry(), QRect(kPlace.topLeft() + QPoint(60, 200), kPlace.size()));
+}
+
+void TestCustomMdiSubWindow::tileShownAgainOpensInItsOldSize()
+{
+    Fixture f;
+    f.clickCollapse();
+    // As when the workspace's page is left and come back to.
+    f.area.hide();
+    f.area.show();
+    f.doubleClickBar();
+    QCOMPARE(f.window->size(), kPlace.size());
 }
 
 void TestCustomMdiSubWindow::secondButtonMaximisesAndTakesBack()

@@ -1,5 +1,6 @@
 #include "channels/commfunc.h"
 #include "plot/customtitlebar.h"
+#include "resources/resources.h"
 
 #include <QHBoxLayout>
 #include <QLabel>
@@ -47,6 +48,8 @@ class TestCustomTitleBar : public QObject
     Q_OBJECT
 
 private slots:
+    void initTestCase() { initResources(); }
+
     void partsStandInOrder();
     void labelsAreSetUp();
     void iconIsScaledKeepingItsShape();
@@ -108,8 +111,15 @@ void TestCustomTitleBar::iconIsScaledKeepingItsShape()
 void TestCustomTitleBar::buttonsAreStyled()
 {
     const Fixture f;
-    for (int i = 0; i < 3; ++i)
+    const QString icons[] = {QStringLiteral(":/dark/window_minimize.png"),
+                             QStringLiteral(":/dark/window_undock.png"),
+                             QStringLiteral(":/dark/window_close.png")};
+    for (int i = 0; i < 3; ++i) {
         QCOMPARE(f.button(i)->styleSheet(), CommFunc().buttonStyle());
+        const QImage icon = f.button(i)->icon().pixmap(16).toImage();
+        QVERIFY(!icon.isNull());
+        QCOMPARE(icon, QIcon(icons[i]).pixmap(16).toImage());
+    }
 }
 
 void TestCustomTitleBar::buttonsReportTheirClicks()

@@ -3,8 +3,10 @@
 #include "plot/barchartwidget.h"
 #include "plot/ccurveplot.h"
 #include "plot/custommdisubwindow.h"
+#include "plot/customtitlebar.h"
 #include "plot/datanetwork.h"
 #include "plot/graphicsettingwidget.h"
+#include "resources/resources.h"
 #include "seriesstore.h"
 #include "widgets/sidebar.h"
 
@@ -101,9 +103,7 @@ int curveCount(const CustomMdiSubWindow* window)
 /// Left end of a chart's time axis, in ms since the epoch.
 double timeStart(const CustomMdiSubWindow* window)
 {
-    auto* plot = window->findChild<CCurvePlot*>();
-    plot->QwtPlot::updateAxes();
-    return plot->axisInterval(QwtPlot::xBottom).minValue();
+    return window->findChild<CCurvePlot*>()->axisInterval(QwtPlot::xBottom).minValue();
 }
 
 const QStringList kOffered{QStringLiteral("无"), QStringLiteral("101(V)"),
@@ -117,6 +117,7 @@ class TestGraphicSettingWidget : public QObject
 private slots:
     void initTestCase()
     {
+        initResources();
         m_store = std::make_unique<SeriesStore>(QStringLiteral("test_graphicsettingwidget_Data"));
     }
     void cleanupTestCase()
@@ -130,6 +131,7 @@ private slots:
     void openSideBarShowsItsToolsWhole();
     void areaIsSetUp();
     void toolButtonsOpenTheirWindows();
+    void toolsAndWindowsShowTheirPictures();
     void chartOpensWithoutMakingPopups();
     void windowsShareOneCount();
     void numbersAreNotReused();
@@ -226,6 +228,23 @@ void TestGraphicSettingWidget::toolButtonsOpenTheirWindows()
         QVERIFY(window->isVisible());
         QVERIFY(window->contentWidget()->isVisible());
         QCOMPARE(window->size(), QSize(480, 220));
+    }
+}
+
+void TestGraphicSettingWidget::toolsAndWindowsShowTheirPictures()
+{
+    Fixture f;
+    const QString paths[] = {QStringLiteral(":/image/graphicsetting.png"),
+                             QStringLiteral(":/image/DataNetwork.png")};
+    const CustomMdiSubWindow* windows[] = {f.openChart(), f.openGrid()};
+    for (int i = 0; i < 2; ++i) {
+        const QImage onTool = f.tool(i)->icon().pixmap(60).toImage();
+        QVERIFY(!onTool.isNull());
+        QCOMPARE(onTool, QIcon(paths[i]).pixmap(60).toImage());
+        const auto* bar = windows[i]->findChild<CustomTitleBar*>();
+        const auto* tile = qobject_cast<QLabel*>(bar->layout()->itemAt(1)->widget());
+        QCOMPARE(tile->pixmap(Qt::ReturnByValue).toImage(),
+                 QPixmap(paths[i]).scaled(50, 50, Qt::KeepAspectRatio).toImage());
     }
 }
 
