@@ -1,7 +1,7 @@
 #include "dayfilewriter.h"
 #include "logcapture.h"
-#include "plainthinning.h"
 #include "randomcases.h"
+#include "readmodel.h"
 #include "teststore.h"
 #include "timescene.h"
 
@@ -9,8 +9,6 @@
 #include "storage/storeclock.h"
 
 #include <QtTest>
-
-#include <map>
 
 // What is read back across the edges of time. The zone is that of Berlin, where the clock goes
 // forward on 29 March 2026 at 01:00 UTC and back on 25 October 2026 at 01:00 UTC.
@@ -61,34 +59,18 @@ struct BerlinClock
     qint64 batch(qint64 time) const { return (time - midnight(day(time))) / kBatchMs; }
 };
 
-/// All readings by their local day and batch.
-using Shelves = std::map<qint64, std::map<qint64, QVector<QPointF>>>;
-
-/// What a read gives, by looking at every reading there is.
-QVector<QPointF> modelRead(const Shelves& days, const BerlinClock& clock, qint64 start, qint64 end,
-                           int maxPoints)
+QString keyOfDay(qint64 day)
 {
-    QSet<qint64> visited;
+    return QDate(1970, 1, 1).addDays(day).toString(QStringLiteral("yyyyMMdd"));
+}
+
+/// Keys of the days that a read looks into: 24 hours after 24 hours from its start.
+QSet<QString> visitedDays(const BerlinClock& clock, qint64 start, qint64 end)
+{
+    QSet<QString> keys;
     for (qint64 time = start; time <= end; time += kDayMs)
-        visited.insert(clock.day(time));
-    QVector<QPointF> points;
-    for (const auto& [day, batches] : days) {
-        if (!visited.contains(day))
-            continue;
-        for (const auto& [number, batch] : batches) {
-            const qint64 first = clock.midnight(day) + number * kBatchMs;
-            if (first > end || first + kBatchMs - 1 < start)
-                continue;
-            for (const QPointF& point : batch) {
-                if (point.x() >= static_cast<double>(start) &&
-                    point.x() <= static_cast<double>(end))
-                    points.append(point);
-            }
-            if (maxPoints > 0 && points.size() > 2 * maxPoints)
-                points = thinned(points, maxPoints);
-        }
-    }
-    return thinned(points, maxPoints);
+        keys.insert(keyOfDay(clock.day(time)));
+    return keys;
 }
 
 } // namespace
@@ -309,19 +291,25 @@ void TestStoreTimeRead::weeksWithAChangeEqualTheModel()
     TestStore store;
     // Curves that a file knows already are registered without the pause that a new name costs.
     for (qint64 day = clock.day(first); day <= clock.day(last); ++day) {
-        const QString key = QDate(1970, 1, 1).addDays(day).toString(QStringLiteral("yyyyMMdd"));
-        DayFileWriter(store.path(qPrintable(key))).addCurve(1, text("101(V)"));
+        DayFileWriter(store.path(qPrintable(keyOfDay(day)))).addCurve(1, text("101(V)"));
     }
     CurveSeriesData series(text("101(V)"), store.get());
-    Shelves days;
+    QVector<ModelDay> days;
+    qint64 lastBatch = -1;
     constexpr int kAverageStepMs = 600000;
     for (qint64 time = first; time <= last; time += 1 + random.bounded(2 * kAverageStepMs)) {
         const double value = random.bounded(200.0) - 100.0;
         setPresent(time);
         store->appendPoint(1, time, value);
-        days[clock.day(time)][clock.batch(time)].append(QPointF(static_cast<double>(time), value));
+        if (days.isEmpty() || days.constLast().key != keyOfDay(clock.day(time)))
+            days.append({keyOfDay(clock.day(time)), {}});
+        ModelDay& day = days.last();
+        if (day.batches.isEmpty() || clock.batch(time) != lastBatch)
+            day.batches.append(QVector<QPointF>());
+        lastBatch = clock.batch(time);
+        day.batches.last().append(QPointF(static_cast<double>(time), value));
     }
-    QCOMPARE(days.size(), size_t(5));
+    QCOMPARE(days.size(), 5);
     const LogCapture log;
     const int cases = randomCaseCount();
     for (int round = 0; round < cases; ++round) {
@@ -329,7 +317,8 @@ void TestStoreTimeRead::weeksWithAChangeEqualTheModel()
         const qint64 end =
             start + random.bounded(int(kDayMs / 1000) << random.bounded(3)) * qint64(1000);
         const int maxPoints = random.bounded(3) == 0 ? 0 : 1 + random.bounded(400);
-        const QVector<QPointF> expected = modelRead(days, clock, start, end, maxPoints);
+        const QVector<QPointF> expected =
+            modelRead(days, visitedDays(clock, start, end), start, end, maxPoints);
         series.loadWindow(start, end, maxPoints, 0.0);
         if (store->readCurveData(1, start, end, maxPoints) != expected ||
             series.visiblePoints() != expected) {
