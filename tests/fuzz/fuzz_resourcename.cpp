@@ -1,0 +1,131 @@
+#include "visa/resourcename.h"
+
+#include "check.h"
+
+#include <QRegularExpression>
+#include <QString>
+
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace {
+
+using Kind = ResourceName::Kind;
+
+QRegularExpression wholeText(const char* pattern)
+{
+    return QRegularExpression(
+        QLatin1String("\\A(?:") + QLatin1String(pattern) + QLatin1String(")\\z"),
+        QRegularExpression::CaseInsensitiveOption | QRegularExpression::DotMatchesEverythingOption);
+}
+
+/// A number from 1 to the highest, with zeros in front of it or none.
+int plainNumber(QString digits, int highest)
+{
+    while (digits.startsWith(QLatin1Char('0'))) {
+        digits.remove(0, 1);
+    }
+    const int number = digits.size() > 9 ? 0 : digits.toInt();
+    return number <= highest ? number : 0;
+}
+
+std::optional<ResourceName> plainSerialFile(const QString& text)
+{
+    static const QRegularExpression form = wholeText("ASRL(/.+?)(?:::INSTR)?");
+    const QString path = form.match(text).captured(1);
+    if (path.isEmpty() || path.contains(QLatin1String("::"))) {
+        return std::nullopt;
+    }
+    return ResourceName{Kind::Serial, path.toLatin1().toStdString(), {}, 0};
+}
+
+std::optional<ResourceName> plainSerialNumber(const QString& text)
+{
+    static const QRegularExpression form = wholeText("ASRL([0-9]+)(?:::INSTR)?");
+    const int port = plainNumber(form.match(text).captured(1), 9999);
+    if (port == 0) {
+        return std::nullopt;
+    }
+    return ResourceName{Kind::Serial, "/dev/ttyS" + std::to_string(port - 1), {}, 0};
+}
+
+std::optional<ResourceName> plainSocket(const QString& text)
+{
+    static const QRegularExpression form =
+        wholeText("TCPIP[0-9]*::(?|\\[([0-9a-f:.]+)\\]|([^][: ]+))::([0-9]+)::SOCKET");
+    const QRegularExpressionMatch match = form.match(text);
+    const int port = plainNumber(match.captured(2), 65535);
+    if (port == 0) {
+        return std::nullopt;
+    }
+    return ResourceName{Kind::Socket,
+                        {},
+                        match.captured(1).toLatin1().toStdString(),
+                        static_cast<std::uint16_t>(port)};
+}
+
+/// The parsing told plainly, with regular expressions over Latin 1.
+std::optional<ResourceName> plainResourceName(std::string_view bytes)
+{
+    const QString text = QString::fromLatin1(bytes.data(), static_cast<int>(bytes.size()));
+    static const QRegularExpression control(QStringLiteral("[\\x00-\\x1F\\x7F]"));
+    if (control.match(text).hasMatch()) {
+        return std::nullopt;
+    }
+    for (const auto parse : {plainSerialFile, plainSerialNumber, plainSocket}) {
+        if (const auto name = parse(text)) {
+            return name;
+        }
+    }
+    return std::nullopt;
+}
+
+std::string formatted(const ResourceName& name)
+{
+    if (name.kind == Kind::Serial) {
+        return "ASRL" + name.device + "::INSTR";
+    }
+    const bool isNumeric = name.host.find(':') != std::string::npos;
+    return "TCPIP0::" + (isNumeric ? '[' + name.host + ']' : name.host) +
+           "::" + std::to_string(name.port) + "::SOCKET";
+}
+
+bool same(const std::optional<ResourceName>& a, const std::optional<ResourceName>& b)
+{
+    return a.has_value() == b.has_value() && (!a || (a->kind == b->kind && a->device == b->device &&
+                                                     a->host == b->host && a->port == b->port));
+}
+
+/// What is promised to those who open the port or the connection.
+void checkUsable(const ResourceName& name)
+{
+    if (name.kind == Kind::Serial) {
+        FUZZ_CHECK(name.device.size() > 1 && name.device.front() == '/');
+        FUZZ_CHECK(name.host.empty() && name.port == 0);
+    } else {
+        FUZZ_CHECK(name.device.empty() && !name.host.empty() && name.port > 0);
+        FUZZ_CHECK(name.host.find_first_of("[] ") == std::string::npos);
+    }
+    for (const char c : name.device + name.host) {
+        FUZZ_CHECK(static_cast<unsigned char>(c) >= 0x20 && c != 0x7F);
+    }
+}
+
+} // namespace
+
+/// The bytes are a resource string. What is accepted, written again, is taken apart to the same.
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
+{
+    const std::string_view text(reinterpret_cast<const char*>(data), size);
+    const auto name = parseResourceName(text);
+    FUZZ_CHECK(same(name, plainResourceName(text)));
+    if (name) {
+        checkUsable(*name);
+        FUZZ_CHECK(same(name, parseResourceName(formatted(*name))));
+        FUZZ_CHECK(!parseResourceName(" " + std::string(text)));
+    }
+    return 0;
+}
