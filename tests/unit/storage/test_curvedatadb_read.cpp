@@ -558,7 +558,6 @@ void TestCurveDataDBRead::limitOf10000LeavesOneOf10001Out()
     QCOMPARE(found.constFirst(), points.constFirst());
     QCOMPARE(found.constLast(), points.constLast());
     QCOMPARE(found, thinned(points, 10000));
-    // The same file has what the next two tests want.
     QCOMPARE(read(1, start, start + kBatchMs, 1), points.mid(10000));
     QCOMPARE(read(1, start, start + kBatchMs, 0), points);
     QCOMPARE(read(1, start, start + kBatchMs, -3), points);
