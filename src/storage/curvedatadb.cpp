@@ -1,6 +1,7 @@
 #include "storage/curvedatadb.h"
 
 #include "storage/connectionpool.h"
+#include "storage/lockpatience.h"
 #include "storage/shardnaming.h"
 #include "storage/storeclock.h"
 
@@ -118,6 +119,7 @@ void CurveDataDB::closeForExit(QDeadlineTimer deadline)
 
     if (m_mutex.tryLock(static_cast<int>(remaining() / 2))) {
         if (isCurrentOpen()) {
+            const LockPatience patience;
             ManagedQuery(*m_currentDb)
                 .exec(QStringLiteral("PRAGMA busy_timeout = %1").arg(remaining() / 4));
             flushPending();
@@ -161,6 +163,7 @@ QSharedPointer<QSqlDatabase> CurveDataDB::openDb(const QString& path)
 int CurveDataDB::registerCurve(const QString& name)
 {
     const QMutexLocker locker(&m_mutex);
+    const LockPatience patience;
     ensureCurrentDb();
     if (!isCurrentOpen() && !reopenCurrentDb())
         return -1;
@@ -242,6 +245,7 @@ int CurveDataDB::knownTableCount() const
 /// gone. Nothing happens while it is current and in place.
 void CurveDataDB::ensureCurrentDb()
 {
+    const LockPatience patience;
     if (m_attaching || m_closedForExit || (isAttachedToday() && !isCurrentFileGone()))
         return;
     m_attaching = true;

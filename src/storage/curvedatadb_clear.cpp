@@ -2,6 +2,7 @@
 
 #include "storage/connectionpool.h"
 #include "storage/dbclearworker.h"
+#include "storage/lockpatience.h"
 
 #include <QCoreApplication>
 #include <QDebug>
@@ -105,6 +106,7 @@ void CurveDataDB::stopClearThreads(qint64 waitMs)
 bool CurveDataDB::deleteCurveData(int curveId)
 {
     const QMutexLocker locker(&m_mutex);
+    const LockPatience patience;
     if (!isCurrentOpen()) {
         qCritical() << "数据库未打开，无法删除曲线数据";
         return false;

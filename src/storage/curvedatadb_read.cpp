@@ -1,6 +1,7 @@
 #include "storage/curvedatadb.h"
 
 #include "storage/connectionpool.h"
+#include "storage/lockpatience.h"
 #include "storage/pointthinning.h"
 #include "storage/shardnaming.h"
 #include "storage/storeclock.h"
@@ -132,6 +133,7 @@ void readFile(CurveDataDB& store, const QString& path, const ReadRange& range,
 QVector<QPointF> CurveDataDB::readCurveData(int curveId, qint64 start, qint64 end, int maxPoints)
 {
     const QMutexLocker locker(&m_mutex);
+    const LockPatience patience;
     if (!m_curveNameMap.contains(curveId)) {
         qWarning() << "曲线ID" << curveId << "不存在";
         return {};
@@ -191,6 +193,7 @@ QVector<DBBatchInfo> CurveDataDB::listBatchesInFile(int curveId, qint64 start, q
                                                     const QString& path)
 {
     const QMutexLocker locker(&m_mutex);
+    const LockPatience patience;
     if (!QFileInfo::exists(path))
         return {};
     QSharedPointer<QSqlDatabase> db = openDb(path);

@@ -1,6 +1,7 @@
 #include "storage/curvedatadb.h"
 
 #include "storage/connectionpool.h"
+#include "storage/lockpatience.h"
 #include "storage/shardnaming.h"
 #include "storage/storeclock.h"
 
@@ -55,6 +56,7 @@ bool holdsNan(const DBCurveMetadata& extremes)
 void CurveDataDB::appendPoint(int curveId, qint64 timestamp, double value)
 {
     const QMutexLocker locker(&m_mutex);
+    const LockPatience patience;
     if (targetsCurrentFile(timestamp))
         repairAttachment();
     else
@@ -286,6 +288,7 @@ bool CurveDataDB::insertBatchRow(const DBBatchInfo& info, const QSqlDatabase& db
 void CurveDataDB::appendPoints(int curveId, const QVector<QPointF>& points)
 {
     const QMutexLocker locker(&m_mutex);
+    const LockPatience patience;
     if (!m_curveNameMap.contains(curveId) || points.isEmpty())
         return;
     if (m_batchLoadMode || m_clearing) {
@@ -369,6 +372,7 @@ void CurveDataDB::flushPending()
 void CurveDataDB::flushAndDetach()
 {
     const QMutexLocker locker(&m_mutex);
+    const LockPatience patience;
     if (!m_currentDb)
         return;
     flushPending();
@@ -398,6 +402,7 @@ void CurveDataDB::updateMetadataCache(int curveId, qint64 timestamp, double valu
 bool CurveDataDB::saveMetadata()
 {
     const QMutexLocker locker(&m_mutex);
+    const LockPatience patience;
     if (!isAttachedToday())
         ensureCurrentDb();
     return isCurrentOpen() && writeMetadata();

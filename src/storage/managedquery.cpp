@@ -1,5 +1,6 @@
 #include "storage/managedquery.h"
 
+#include "storage/lockpatience.h"
 #include "storage/querymanager.h"
 
 #include <QSqlDatabase>
@@ -45,7 +46,7 @@ bool ManagedQuery::prepare(const QString& sql)
     if (!driverOpen())
         return fail(QStringLiteral("database not open"));
     m_prepared = m_query.prepare(sql);
-    return m_prepared || fail(m_query.lastError().text());
+    return m_prepared || failWithQueryError();
 }
 
 bool ManagedQuery::exec()
@@ -54,7 +55,7 @@ bool ManagedQuery::exec()
     if (!preparedUnlocked())
         return fail(QStringLiteral("nothing prepared on an open database"));
     if (!m_query.exec())
-        return fail(m_query.lastError().text());
+        return failWithQueryError();
     return true;
 }
 
@@ -64,7 +65,7 @@ bool ManagedQuery::exec(const QString& sql)
     if (!driverOpen())
         return fail(QStringLiteral("database not open"));
     m_prepared = m_query.exec(sql);
-    return m_prepared || fail(m_query.lastError().text());
+    return m_prepared || failWithQueryError();
 }
 
 bool ManagedQuery::execWith(std::initializer_list<QVariant> values)
@@ -90,7 +91,7 @@ bool ManagedQuery::execColumns(const QVector<QVariantList>& columns)
     for (const QVariantList& column : columns)
         m_query.addBindValue(QVariant(column));
     if (!m_query.execBatch(QSqlQuery::ValuesAsRows))
-        return fail(m_query.lastError().text());
+        return failWithQueryError();
     return true;
 }
 
@@ -161,12 +162,23 @@ bool ManagedQuery::nextRow()
     if (m_query.next())
         return true;
     if (m_query.lastError().isValid())
-        m_errorText = m_query.lastError().text();
+        failWithQueryError();
     return false;
 }
 
 bool ManagedQuery::fail(const QString& text)
 {
     m_errorText = text;
+    m_errorCode = 0;
+    return false;
+}
+
+bool ManagedQuery::failWithQueryError()
+{
+    const QSqlError error = m_query.lastError();
+    m_errorText = error.text();
+    m_errorCode = error.nativeErrorCode().toInt() & kPrimaryCodeMask;
+    if (m_errorCode == kBusyCode)
+        LockPatience::waitedInVain(m_mutex, m_query.driver());
     return false;
 }

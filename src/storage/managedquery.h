@@ -60,6 +60,10 @@ public:
     bool isUsable() const;
 
     QString errorText() const;
+
+    /// Whether the last failure came of a connection that may only read its file.
+    bool metReadOnly() const { return m_errorCode == kReadOnlyCode; }
+
     const QString& connectionName() const { return m_connectionName; }
 
     /// Steps through up to `limit` rows under one hold of the connection's lock, calling `row`
@@ -85,10 +89,17 @@ private:
     bool stepUnlocked();
     bool nextRow();
     bool fail(const QString& text);
+    bool failWithQueryError();
+
+    // Result codes of SQLite.
+    static constexpr int kBusyCode = 5;
+    static constexpr int kReadOnlyCode = 8;
+    static constexpr int kPrimaryCodeMask = 0xff;
 
     QString m_connectionName;
     std::shared_ptr<ConnectionMutex> m_mutex;
     QSqlQuery m_query;
     bool m_prepared = false;
     QString m_errorText;
+    int m_errorCode = 0;
 };
