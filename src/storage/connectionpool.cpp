@@ -124,7 +124,7 @@ QSharedPointer<QSqlDatabase> ConnectionPool::acquireConnection(const QString& pa
     const auto pooled = [this, &path]() -> QSharedPointer<QSqlDatabase> {
         const auto entry = m_connections.find(path);
         if (entry == m_connections.end() || !entry->connection ||
-            !validateConnection(*entry->connection))
+            entry->file != fileIdentity(path) || !validateConnection(*entry->connection))
             return {};
         entry->lastUse = storeNow();
         return lend(*entry);
@@ -133,7 +133,10 @@ QSharedPointer<QSqlDatabase> ConnectionPool::acquireConnection(const QString& pa
         return connection;
     if (m_connections.contains(path)) {
         qDebug() << "连接无效，重新创建：" << path;
-        closeConnection(path, true);
+        if (m_connections.value(path).file == fileIdentity(path))
+            closeConnection(path, true);
+        else
+            discardLocked(path);
     }
     if (m_connections.size() >= kMaxConnections)
         evictOldestLocked();
@@ -147,6 +150,7 @@ QSharedPointer<QSqlDatabase> ConnectionPool::acquireConnection(const QString& pa
     ConnectionInfo info;
     info.connection = QSharedPointer<QSqlDatabase>::create(created);
     info.lastUse = storeNow();
+    info.file = fileIdentity(path);
     info.mutex = connectionMutex(created.connectionName());
     const auto entry = m_connections.insert(path, info);
     return lend(*entry);
@@ -194,20 +198,28 @@ void ConnectionPool::closeConnection(const QString& path, bool alreadyLocked)
 
 void ConnectionPool::discardConnection(const QString& path)
 {
+    const QMutexLocker locker(&m_mutex);
+    discardLocked(path);
+}
+
+void ConnectionPool::discardLocked(const QString& path)
+{
     ConnectionInfo info;
-    {
-        const QMutexLocker locker(&m_mutex);
-        if (!takeEntry(path, &info))
-            return;
-    }
+    if (!takeEntry(path, &info))
+        return;
     const QString name = info.connection->connectionName();
     QueryManager::instance().finishQueries(name);
     {
         const ConnectionLocker locker(info.mutex);
+        // Closing leaves the log of a file that is not in its place: it would be replayed into the
+        // one that has taken it. Folded in, it is empty, and a file that was moved has it all.
+        ManagedQuery(*info.connection).exec(QStringLiteral("PRAGMA busy_timeout = 0"));
+        ManagedQuery(*info.connection).exec(kCheckpointTruncate);
         info.connection->close();
     }
     info.connection.reset();
-    forgetName(name, info.holders);
+    m_retired.append({name, info.holders});
+    purgeRetiredLocked();
 }
 
 void ConnectionPool::closeAllConnections()
@@ -339,7 +351,7 @@ void ConnectionPool::closeExpired(const QString& path, ConnectionInfo& info)
             logInUse = wal && QFile::exists(path + kWalSuffix);
         }
     }
-    if (!logInUse) {
+    if (!logInUse && info.file == fileIdentity(path)) {
         QFile::remove(path + kWalSuffix);
         QFile::remove(path + kShmSuffix);
     }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "storage/connectionlock.h"
+#include "storage/fileidentity.h"
 
 #include <QDeadlineTimer>
 #include <QMap>
@@ -20,7 +21,8 @@
 ///
 /// A connection's role follows from the file's name: today's file is opened for writing (WAL),
 /// any other for reading (DELETE journal). Connections idle for twelve hours are closed by a timer.
-/// A connection that anybody still holds is neither evicted nor closed for being idle.
+/// A connection that anybody still holds is neither evicted nor closed for being idle. One whose
+/// file was deleted or replaced is not handed out again.
 ///
 /// Any thread may call. The pool lives on the GUI thread, whoever asks for it first, and is never
 /// destroyed: no SQL may run once the application object has gone, so entry calls closeForExit()
@@ -57,8 +59,8 @@ public:
     /// `alreadyLocked` says that the caller holds the pool's mutex; it is given up while waiting.
     void closeConnection(const QString& path, bool alreadyLocked = false);
 
-    /// Closes the connection to a path without a wait or a checkpoint: for a file that is no
-    /// longer there.
+    /// Closes the connection to a path without a wait: for a file that is no longer there, or has
+    /// to be opened anew at once.
     void discardConnection(const QString& path);
 
     /// Closes every connection, one after the other.
@@ -91,6 +93,7 @@ private:
     {
         QSharedPointer<QSqlDatabase> connection;
         qint64 lastUse = 0; ///< Milliseconds since the epoch.
+        FileIdentity file;
         HolderCount holders = std::make_shared<std::atomic<int>>(0);
         std::shared_ptr<ConnectionMutex> mutex;
     };
@@ -112,6 +115,7 @@ private:
     void setUpReader(const QSqlDatabase& database);
     void evictOldestLocked();
     bool takeEntry(const QString& path, ConnectionInfo* info);
+    void discardLocked(const QString& path);
     void foldAndClose(QSqlDatabase& database);
     void closeExpired(const QString& path, ConnectionInfo& info);
     bool closeByDeadline(ConnectionInfo& info, const QDeadlineTimer& deadline);

@@ -8,7 +8,6 @@
 #include <QCoreApplication>
 #include <QDebug>
 #include <QDir>
-#include <QFile>
 #include <QSqlError>
 #include <QThread>
 
@@ -262,12 +261,14 @@ void CurveDataDB::openCurrentDb(const QString& today)
     m_currentDate = today;
     m_currentDbPath = dbPathForDate(today);
     m_currentDb.reset();
-    if (isCurrentFileGone()) {
-        // What is written to a deleted file is lost: a new one takes its place.
-        forgetAttachment();
+    const bool unfit = m_readOnly || m_incomplete;
+    const FileIdentity found = fileIdentity(m_currentDbPath);
+    if (unfit || found != m_currentFile)
+        forgetAttachment(); // the statements are those of a connection that has had its day
+    if (unfit)              // what kept it from being set up may have gone
         ConnectionPool::instance().discardConnection(m_currentDbPath);
-    }
     m_currentDb = openDb(m_currentDbPath);
+    m_currentFile = found.exists() ? found : fileIdentity(m_currentDbPath);
     if (!isCurrentOpen())
         qWarning() << "切换数据库失败，连接无效：" << m_currentDbPath;
 }
@@ -306,13 +307,13 @@ void CurveDataDB::takeUpCurrentDb()
 void CurveDataDB::buildCatalogue()
 {
     const QMap<int, QString> names = m_curveNameMap;
-    m_tablesMissing = !createBaseTables(*m_currentDb);
-    m_catalogueTrusted = !m_tablesMissing;
-    if (!m_tablesMissing) { // without the tables each name would only cost its pauses
-        for (const QString& name : names)
-            m_catalogueTrusted = registerCurve(name) >= 0 && m_catalogueTrusted;
-    }
+    m_catalogueTrusted = true;
+    m_incomplete = !createBaseTables(*m_currentDb);
+    // Ids are given in order: after one that cannot be registered the others would get each other's.
+    for (auto name = names.cbegin(); name != names.cend() && !m_incomplete; ++name)
+        m_incomplete = registerCurve(*name) < 0;
     loadMetadata(m_currentDbPath);
+    m_catalogueTrusted = m_catalogueTrusted && !m_incomplete;
 }
 
 /// Drops all that is known of the file which was current.
@@ -327,14 +328,20 @@ void CurveDataDB::forgetAttachment()
     m_attachedPath.clear();
     m_attachedConnection.clear();
     m_catalogueTrusted = false;
-    m_tablesMissing = false;
+    m_incomplete = false;
+    m_readOnly = false;
 }
 
-void CurveDataDB::noteFailure(const QString& errorText)
+/// Looks at the failure of a query; those of today's file tell what has to be repaired.
+void CurveDataDB::noteFailure(const ManagedQuery& query)
 {
+    if (query.connectionName() != m_attachedConnection)
+        return;
     m_catalogueTrusted = false;
-    if (saysMissingTable(errorText))
-        m_tablesMissing = true;
+    if (saysMissingTable(query.errorText()))
+        m_incomplete = true;
+    if (query.metReadOnly())
+        m_readOnly = true;
 }
 
 bool CurveDataDB::createBaseTables(const QSqlDatabase& db)
@@ -383,7 +390,7 @@ void CurveDataDB::loadCurveNames(const QSqlDatabase& db, bool isCurrent)
     query.setForwardOnly(true);
     if (!query.exec(QStringLiteral("SELECT curve_id, name FROM curve_info"))) {
         if (isCurrent)
-            noteFailure(query.errorText());
+            noteFailure(query);
         return;
     }
     while (query.next()) {
@@ -401,7 +408,7 @@ void CurveDataDB::loadBatchList(const QSqlDatabase& db, bool isCurrent)
     if (!query.exec(QStringLiteral(
             "SELECT curve_id, batch_start, batch_end, table_name FROM batch_metadata"))) {
         if (isCurrent)
-            noteFailure(query.errorText());
+            noteFailure(query);
         return;
     }
     while (query.next()) {
@@ -417,7 +424,7 @@ void CurveDataDB::loadExtremes(const QSqlDatabase& db, bool isCurrent)
     if (!query.exec(QStringLiteral("SELECT curve_id, min_time, max_time, min_value, max_value "
                                    "FROM curve_metadata"))) {
         if (isCurrent)
-            noteFailure(query.errorText());
+            noteFailure(query);
         return;
     }
     while (query.next()) {
@@ -455,9 +462,12 @@ bool CurveDataDB::isAttachedToday()
     return isCurrentOpen() && m_currentDate == currentDayKey();
 }
 
+/// Whether today's file was deleted, moved or replaced since it was opened: what is written to it
+/// then is lost.
 bool CurveDataDB::isCurrentFileGone() const
 {
-    return !QFile::exists(m_currentDbPath);
+    const FileIdentity found = fileIdentity(m_currentDbPath);
+    return !found.exists() || found != m_currentFile;
 }
 
 /// A write is a use: without this the sweep of idle connections would take the writer's for one.

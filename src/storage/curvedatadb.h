@@ -1,5 +1,6 @@
 #pragma once
 
+#include "storage/fileidentity.h"
 #include "storage/managedquery.h"
 #include "storage/timeslice.h"
 
@@ -162,7 +163,7 @@ private:
     void takeUpCurrentDb();
     void buildCatalogue();
     void forgetAttachment();
-    void noteFailure(const QString& errorText);
+    void noteFailure(const ManagedQuery& query);
     bool createBaseTables(const QSqlDatabase& db);
     bool loadMetadata(const QString& path);
     void loadCurveNames(const QSqlDatabase& db, bool isCurrent);
@@ -192,7 +193,8 @@ private:
     void updateMetadataCache(int curveId, qint64 timestamp, double value);
     QVector<int> unsavedCurves() const;
     bool writeMetadata();
-    bool writeMetadataRows(const QVector<int>& ids, QString* error);
+    bool writeMetadataRows(const QVector<int>& ids);
+    bool failedToSaveMetadata(const ManagedQuery& query);
 
     // Clearing: curvedatadb_clear.cpp
     void closeAllForClear();
@@ -225,7 +227,9 @@ private:
     QString m_attachedPath;
     QString m_attachedConnection;
     bool m_catalogueTrusted = false; ///< Memory agrees with the file; nothing has failed since.
-    bool m_tablesMissing = false;    ///< A write has met a file without the base tables.
+    bool m_incomplete = false;       ///< The file lacks base tables or curves that it must have.
+    bool m_readOnly = false;         ///< The connection has turned out to be unfit for writing.
+    FileIdentity m_currentFile;      ///< What the connection was opened on.
     bool m_attaching = false;
     std::unordered_map<int, LiveInsert> m_liveInserts;
     std::unique_ptr<ManagedQuery> m_metadataWriter;

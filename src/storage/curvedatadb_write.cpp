@@ -78,22 +78,24 @@ bool CurveDataDB::targetsCurrentFile(qint64 timestamp)
     return !m_currentDbPath.isEmpty() && dateKeyFor(timestamp) == m_currentDate;
 }
 
-/// Takes today's file up again after it was deleted, could not be opened, or lost its tables. What
-/// cannot be had yet is asked for again every few seconds, not with every reading.
+/// Takes today's file up again after it was deleted, could not be opened or written, or was found
+/// incomplete. What cannot be had yet is asked for again every few seconds, not with every reading.
 void CurveDataDB::repairAttachment()
 {
-    const bool deleted = isCurrentOpen() && isCurrentFileGone();
-    if (isCurrentOpen() && !deleted && !m_tablesMissing)
+    const bool gone = isCurrentOpen() && isCurrentFileGone();
+    if (isCurrentOpen() && !gone && !m_incomplete && !m_readOnly)
         return;
     const qint64 now = storeNow();
     const bool tooSoon = now >= m_lastRepair && now - m_lastRepair < kRepairIntervalMs;
-    if (m_clearing || (tooSoon && !deleted))
+    if (m_clearing || (tooSoon && !gone))
         return;
+    // Whether a file can be written again shows only at the next reading.
+    const bool provenByOpening = !m_readOnly;
     m_lastRepair = now;
     m_catalogueTrusted = false;
     m_currentDate.clear();
     ensureCurrentDb();
-    if (isCurrentOpen() && !m_tablesMissing)
+    if (isCurrentOpen() && !m_incomplete && provenByOpening)
         m_lastRepair = 0;
 }
 
@@ -106,6 +108,7 @@ void CurveDataDB::appendToCurrentFile(int curveId, qint64 timestamp, double valu
     if (insert && !insert->execWith({curveId, timestamp, value})) {
         const bool tableGone =
             insert->errorText().contains(QLatin1String("no such table")) || !insert->isUsable();
+        m_readOnly = m_readOnly || insert->metReadOnly();
         m_liveInserts.erase(curveId);
         insert = tableGone ? liveInsert(curveId, timestamp) : nullptr;
         if (insert)
@@ -241,7 +244,7 @@ bool CurveDataDB::createBatchTable(const DBBatchInfo& info, const QSqlDatabase& 
                                    "FOREIGN KEY(curve_id) REFERENCES curve_info(curve_id))")
                         .arg(info.tableName))) {
         qWarning() << "创建分片表失败:" << info.tableName << "，错误:" << query.errorText();
-        noteFailure(query.errorText());
+        noteFailure(query);
         query.exec(kRollback);
         return false;
     }
@@ -260,7 +263,7 @@ bool CurveDataDB::createBatchTable(const DBBatchInfo& info, const QSqlDatabase& 
         m_batchList.append(info);
     if (!query.exec(kCommit)) {
         qWarning() << "提交事务失败:" << query.errorText();
-        noteFailure(query.errorText());
+        noteFailure(query);
         query.exec(kRollback); // left open it would take every later write with it
         return false;
     }
@@ -274,12 +277,12 @@ bool CurveDataDB::insertBatchRow(const DBBatchInfo& info, const QSqlDatabase& db
                                       "(curve_id, batch_start, batch_end, table_name) "
                                       "VALUES (?, ?, ?, ?)"))) {
         qWarning() << "准备分片元数据插入语句失败:" << query.errorText();
-        noteFailure(query.errorText());
+        noteFailure(query);
         return false;
     }
     if (!query.execWith({curveId, info.batchStart, info.batchEnd, info.tableName})) {
         qWarning() << "插入分片元数据失败:" << query.errorText();
-        noteFailure(query.errorText());
+        noteFailure(query);
         return false;
     }
     return true;
@@ -351,7 +354,7 @@ void CurveDataDB::insertPoints(const QSqlDatabase& db, int curveId, const QVecto
         }
         if (!query.prepare(insertPointSql(it.key())) || !query.execColumns({ids, times, values})) {
             qWarning() << "批量插入失败:" << query.errorText();
-            noteFailure(query.errorText());
+            noteFailure(query);
         }
     }
     if (!query.exec(kCommit))
@@ -431,10 +434,7 @@ QVector<int> CurveDataDB::unsavedCurves() const
 bool CurveDataDB::writeMetadata()
 {
     const QVector<int> ids = unsavedCurves();
-    QString error;
-    if (!ids.isEmpty() && !writeMetadataRows(ids, &error)) {
-        noteFailure(error);
-        qWarning() << "保存曲线元数据失败:" << error;
+    if (!ids.isEmpty() && !writeMetadataRows(ids)) {
         m_metadataWriter.reset();
         if (ids.size() > 1)
             ManagedQuery(*m_currentDb).exec(kRollback);
@@ -451,17 +451,15 @@ bool CurveDataDB::writeMetadata()
     return true;
 }
 
-bool CurveDataDB::writeMetadataRows(const QVector<int>& ids, QString* error)
+bool CurveDataDB::writeMetadataRows(const QVector<int>& ids)
 {
     if (!m_metadataWriter || !m_metadataWriter->isUsable()) {
         m_metadataWriter = std::make_unique<ManagedQuery>(*m_currentDb);
         m_metadataWriter->setForwardOnly(true);
         if (!m_metadataWriter->prepare(QStringLiteral(
                 "INSERT OR REPLACE INTO curve_metadata "
-                "(curve_id, min_time, max_time, min_value, max_value) VALUES (?, ?, ?, ?, ?)"))) {
-            *error = m_metadataWriter->errorText();
-            return false;
-        }
+                "(curve_id, min_time, max_time, min_value, max_value) VALUES (?, ?, ?, ?, ?)")))
+            return failedToSaveMetadata(*m_metadataWriter);
     }
     const bool several = ids.size() > 1;
     if (several)
@@ -469,16 +467,18 @@ bool CurveDataDB::writeMetadataRows(const QVector<int>& ids, QString* error)
     for (const int id : ids) {
         const DBCurveMetadata& extremes = m_metadataMap[id];
         if (!m_metadataWriter->execWith(
-                {id, extremes.minTime, extremes.maxTime, extremes.minValue, extremes.maxValue})) {
-            *error = m_metadataWriter->errorText();
-            return false;
-        }
+                {id, extremes.minTime, extremes.maxTime, extremes.minValue, extremes.maxValue}))
+            return failedToSaveMetadata(*m_metadataWriter);
     }
     if (!several)
         return true;
     ManagedQuery commit(*m_currentDb);
-    if (commit.exec(kCommit))
-        return true;
-    *error = commit.errorText();
+    return commit.exec(kCommit) || failedToSaveMetadata(commit);
+}
+
+bool CurveDataDB::failedToSaveMetadata(const ManagedQuery& query)
+{
+    noteFailure(query);
+    qWarning() << "保存曲线元数据失败:" << query.errorText();
     return false;
 }
