@@ -600,9 +600,11 @@ void TestMainWidget::acquisitionThatHangsIsEndedByForce()
         QThread::sleep(60);
     });
     QTRY_VERIFY_WITH_TIMEOUT(hangs, 10000);
+    const QPointer<ReadData> readData = ReadData::instance();
     QElapsedTimer clock;
     clock.start();
     bench.close();
+    QVERIFY(!readData);
     QVERIFY2(clock.elapsed() >= 4900, qPrintable(QString::number(clock.elapsed())));
     QVERIFY2(clock.elapsed() < 7000, qPrintable(QString::number(clock.elapsed())));
 }

@@ -1,0 +1,518 @@
+#include "acquisition/readdata.h"
+#include "app/globals.h"
+#include "app/helperthreads.h"
+#include "app/mainwidget.h"
+#include "overlay/loadingview.h"
+#include "overlay/lockabledatacollectionview.h"
+#include "overlay/windowlockmanager.h"
+#include "resources/resources.h"
+#include "widgets/custommessagedialog.h"
+#include "widgets/imagebutton.h"
+#include "widgets/timepicker.h"
+#include "windowbench.h"
+
+#include <QApplication>
+#include <QDateTime>
+#include <QElapsedTimer>
+#include <QGroupBox>
+#include <QIcon>
+#include <QLabel>
+#include <QPointer>
+#include <QPushButton>
+#include <QTimer>
+#include <QtTest>
+
+#include <atomic>
+#include <initializer_list>
+
+namespace {
+
+QStringList texts(std::initializer_list<const char*> lines)
+{
+    QStringList list;
+    for (const char* line : lines)
+        list.append(QString::fromUtf8(line));
+    return list;
+}
+
+/// What the proper start of a scan sends.
+QStringList scanLines()
+{
+    return texts({"*IDN?", "MMEM:LOG:ENAB?", "INIT", "FORM:READ:ALAR ON", "FORM:READ:CHAN ON",
+                  "FORM:READ:TIME ON", "FORM:READ:TIME:TYPE ABS", "FORM:READ:UNIT ON", "SYST:ERR?",
+                  "ROUT:SCAN?", "SYST:TIME:SCAN?", "SYST:TIME:SCAN?"});
+}
+
+/// A window with two channels whose scans begin at their proper start, without a store.
+struct Scan : WindowBench
+{
+    Scan()
+    {
+        instrument().putModule(2, QStringLiteral("SCN4005A"));
+        instrument().setReply(QStringLiteral("ROUT:SCAN?"), QStringLiteral("#16(@201)"));
+    }
+    ~Scan() { g_scanRunning = false; }
+    Scan(const Scan&) = delete;
+    Scan& operator=(const Scan&) = delete;
+
+    /// The window with a scan under way.
+    MainWidget& run(Acquisition acquisition = AcquisitionEnded)
+    {
+        MainWidget& opened = open(acquisition);
+        opened.show();
+        opened.scanFunc();
+        return opened;
+    }
+
+    /// Stops after so much time instead of by hand.
+    void stopAfter(int hours, int seconds)
+    {
+        button(QStringLiteral("已用时间之后:"))->setChecked(true);
+        picker()->setTime(0, hours, 0, seconds, 0);
+    }
+    TimePicker* picker() const
+    {
+        for (TimePicker* candidate : window().findChildren<TimePicker*>()) {
+            const auto* group = qobject_cast<QGroupBox*>(candidate->parentWidget());
+            if (group && group->title() == QStringLiteral("停止数据记录"))
+                return candidate;
+        }
+        return nullptr;
+    }
+    QStringList takeLines() { return instrument().takeLines(); }
+
+    /// The window shows the idle state and has noted the end of the run.
+    bool isIdle() const
+    {
+        const QSize size(32, 32);
+        return startButton()->text() == QStringLiteral("开始") &&
+               startButton()->leftIcon().pixmap(size).toImage() ==
+                   QIcon(QStringLiteral(":/image/start.png")).pixmap(size).toImage() &&
+               exportButton()->isEnabled() && runningLabel()->isHidden();
+    }
+};
+
+/// True for a text of the form that a run's start and end have, not more than five seconds ago.
+bool isRecentRunTime(const QString& text)
+{
+    const QDateTime time = QDateTime::fromString(text, QStringLiteral("yyyy MM dd hh mm ss"));
+    const qint64 age = time.secsTo(QDateTime::currentDateTime());
+    return time.isValid() && age >= 0 && age <= 5;
+}
+
+/// Finds the stop-after timer, which belongs to nobody, by the first time that it runs out.
+class StopTimerFinder : public QObject
+{
+public:
+    StopTimerFinder() { qApp->installEventFilter(this); }
+
+    QPointer<QTimer> timer() const { return m_timer; }
+
+    bool eventFilter(QObject* watched, QEvent* event) override
+    {
+        auto* timer = qobject_cast<QTimer*>(watched);
+        if (event->type() == QEvent::Timer && timer && !timer->parent() &&
+            timer->interval() == 1000)
+            m_timer = timer;
+        return false;
+    }
+
+private:
+    QPointer<QTimer> m_timer;
+};
+
+} // namespace
+
+/// The proper start of a scan, its four ends, and the loss and recovery of the instrument.
+class TestRunControl : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void initTestCase() { initResources(); }
+
+    void scanStartSendsTheseLines();
+    void scanRunsOnlyWhenAllIsSent();
+    void scanStartNotesTheComputersTime();
+    void scanStartEngagesTheLock();
+    void lostIdentityEndsTheStart();
+    void namelessChannelsAreDroppedWhenCountsDiffer_data();
+    void namelessChannelsAreDroppedWhenCountsDiffer();
+
+    void stopButtonLeavesTheFlagToTheAcquisition();
+    void countReachedEndsWithoutAbort();
+    void stopReportOfARunningScanIsIgnored();
+    void elapsedTimeEndsTheScan();
+    void elapsedTimeIsInMilliseconds();
+    void manualStopStartsNoTimer();
+    void everyEndStopsTheTimer_data();
+    void everyEndStopsTheTimer();
+    void unlockingEndsTheScan();
+    void heldBarEndsTheScan();
+
+    void lostInstrumentShowsTheRecovery();
+    void recoveryEndsTheScanTheUsualWay();
+    void recoveryRestartsTheAcquisition();
+    void recoveryThatFailsCanBeTriedAgain();
+    void secondClickOnTheRecoveryIsIgnored();
+};
+
+void TestRunControl::scanStartSendsTheseLines()
+{
+    Scan bench;
+    bench.run();
+    QCOMPARE(bench.takeLines(), scanLines());
+    QVERIFY(g_scanRunning);
+}
+
+void TestRunControl::scanRunsOnlyWhenAllIsSent()
+{
+    Scan bench;
+    std::atomic<bool> ranEarly{false};
+    MainWidget& window = bench.open();
+    bench.instrument().whenAsked(QStringLiteral("SYST:TIME:SCAN?"),
+                                 [&ranEarly] { ranEarly = ranEarly || g_scanRunning; });
+    window.show();
+    QVERIFY(bench.startupView()->isVisible());
+    window.scanFunc();
+    QVERIFY(!ranEarly);
+    QVERIFY(g_scanRunning);
+    QVERIFY(!bench.startupView()->isVisible());
+}
+
+void TestRunControl::scanStartNotesTheComputersTime()
+{
+    Scan bench;
+    bench.run();
+    // The instrument's own scan time is of 2024.
+    QVERIFY2(isRecentRunTime(g_scanStartText), qPrintable(g_scanStartText));
+}
+
+void TestRunControl::scanStartEngagesTheLock()
+{
+    Scan bench;
+    MainWidget& window = bench.open();
+    QWidget* table = bench.tree();
+    QEvent enter(QEvent::Enter);
+    QCoreApplication::sendEvent(table, &enter);
+    QVERIFY(!table->findChild<LockableDataCollectionView*>());
+    window.scanFunc();
+    QCoreApplication::sendEvent(table, &enter);
+    const auto* veil = table->findChild<LockableDataCollectionView*>();
+    QVERIFY(veil);
+    QVERIFY(veil->isLocked() && !veil->isHidden());
+}
+
+void TestRunControl::lostIdentityEndsTheStart()
+{
+    Scan bench;
+    MainWidget& window = bench.open();
+    window.show();
+    bench.instrument().setSilent(true);
+    window.scanFunc();
+    QCOMPARE(bench.takeLines(), texts({"*IDN?"}));
+    QVERIFY(!g_scanRunning);
+    QCOMPARE(bench.message(), QStringLiteral("机器已断开"));
+    QCOMPARE(bench.messageDialog()->windowTitle(), QStringLiteral("错误"));
+    QCOMPARE(bench.messageDialog()->findChild<QTimer*>()->interval(), 3000);
+    // The overlay stays as it is.
+    QVERIFY(bench.startupView()->isVisible());
+}
+
+void TestRunControl::namelessChannelsAreDroppedWhenCountsDiffer_data()
+{
+    QTest::addColumn<QString>("reply");
+    QTest::addColumn<QList<int>>("kept");
+    QTest::newRow("same count") << QStringLiteral("#210(@201,202)") << QList<int>{201, 202};
+    QTest::newRow("fewer") << QStringLiteral("#16(@201)") << QList<int>{201};
+    QTest::newRow("more") << QStringLiteral("#214(@201,202,203)") << QList<int>{201};
+    QTest::newRow("range counts as one") << QStringLiteral("#210(@201:202)") << QList<int>{201};
+}
+
+void TestRunControl::namelessChannelsAreDroppedWhenCountsDiffer()
+{
+    QFETCH(QString, reply);
+    QFETCH(QList<int>, kept);
+    Scan bench;
+    MainWidget& window = bench.open();
+    g_scanChannels = {{201, QStringLiteral("Vdc")}, {202, QString()}};
+    bench.instrument().setReply(QStringLiteral("ROUT:SCAN?"), reply);
+    window.scanFunc();
+    QCOMPARE(g_scanChannels.keys(), kept);
+}
+
+void TestRunControl::stopButtonLeavesTheFlagToTheAcquisition()
+{
+    Scan bench;
+    bench.run(WindowBench::AcquisitionRuns);
+    bench.instrument().setReply(QStringLiteral("DATA:POIN?"), QStringLiteral("+0"));
+    bench.instrument().setReply(QStringLiteral("STAT:OPER:COND?"), QStringLiteral("+16"));
+    bench.takeLines();
+    bench.startButton()->click();
+    QCOMPARE(bench.takeLines(), texts({"ABOR"}));
+    QVERIFY(g_scanRunning);
+    QVERIFY(bench.isIdle());
+    QVERIFY(isRecentRunTime(g_scanEndText));
+    // Until the instrument has ended it, one more click is one more ABOR.
+    bench.startButton()->click();
+    QCOMPARE(bench.takeLines(), texts({"ABOR"}));
+    bench.instrument().setReply(QStringLiteral("STAT:OPER:COND?"), QStringLiteral("+256"));
+    QTRY_VERIFY_WITH_TIMEOUT(!g_scanRunning, 10000);
+    QVERIFY(bench.isIdle());
+}
+
+void TestRunControl::countReachedEndsWithoutAbort()
+{
+    Scan bench;
+    bench.run(WindowBench::AcquisitionRuns);
+    g_scanEndText.clear();
+    bench.takeLines();
+    bench.exportButton()->setEnabled(false);
+    QTRY_VERIFY_WITH_TIMEOUT(!g_scanEndText.isEmpty(), 10000);
+    QVERIFY(!g_scanRunning);
+    QVERIFY(isRecentRunTime(g_scanEndText));
+    QVERIFY(bench.isIdle());
+    QCOMPARE(bench.takeLines(), QStringList());
+}
+
+void TestRunControl::stopReportOfARunningScanIsIgnored()
+{
+    Scan bench;
+    bench.run();
+    g_scanEndText.clear();
+    bench.exportButton()->setEnabled(false);
+    emit ReadData::instance()->sigStopScan();
+    QCoreApplication::processEvents();
+    QVERIFY(g_scanEndText.isEmpty());
+    QVERIFY(!bench.exportButton()->isEnabled());
+    g_scanRunning = false;
+    emit ReadData::instance()->sigStopScan();
+    QTRY_VERIFY(bench.exportButton()->isEnabled());
+    QVERIFY(isRecentRunTime(g_scanEndText));
+}
+
+void TestRunControl::elapsedTimeEndsTheScan()
+{
+    Scan bench;
+    bench.open();
+    bench.stopAfter(0, 1);
+    bench.takeLines();
+    bool ranAtAbort = false;
+    bench.instrument().whenAsked(QStringLiteral("ABOR"),
+                                 [&ranAtAbort] { ranAtAbort = g_scanRunning; });
+    bench.exportButton()->setEnabled(false);
+    bench.window().scanFunc();
+    QVERIFY(g_scanRunning);
+    QTRY_VERIFY(!g_scanRunning);
+    QVERIFY(ranAtAbort);
+    QVERIFY(bench.isIdle());
+    QVERIFY(isRecentRunTime(g_scanEndText));
+    // The timer is stopped by its slot.
+    QTest::qWait(1300);
+    QCOMPARE(bench.takeLines(), scanLines() + texts({"ABOR"}));
+}
+
+void TestRunControl::elapsedTimeIsInMilliseconds()
+{
+    Scan bench;
+    bench.open();
+    const StopTimerFinder finder;
+    bench.stopAfter(0, 1);
+    bench.window().scanFunc();
+    QTRY_VERIFY(!g_scanRunning);
+    const QPointer<QTimer> timer = finder.timer();
+    QVERIFY(timer);
+    QVERIFY(!timer->isActive());
+    // One and the same timer serves all scans.
+    bench.stopAfter(1, 0);
+    bench.window().scanFunc();
+    QCOMPARE(bench.picker()->value(), 3600.0);
+    QCOMPARE(timer->interval(), 3600000);
+    QVERIFY(timer->isActive());
+    QVERIFY(!timer->isSingleShot());
+    QVERIFY(!timer->parent());
+    bench.close();
+    QVERIFY(!timer);
+}
+
+void TestRunControl::manualStopStartsNoTimer()
+{
+    Scan bench;
+    bench.open();
+    bench.stopAfter(0, 1);
+    bench.button(QStringLiteral("使用“停止”按钮立即停止"))->setChecked(true);
+    bench.takeLines();
+    bench.window().scanFunc();
+    QTest::qWait(1300);
+    QVERIFY(g_scanRunning);
+    QCOMPARE(bench.takeLines(), scanLines());
+}
+
+void TestRunControl::everyEndStopsTheTimer_data()
+{
+    QTest::addColumn<QString>("end");
+    QTest::addColumn<QStringList>("lines");
+    QTest::newRow("stop button") << QStringLiteral("stop") << texts({"ABOR"});
+    QTest::newRow("count") << QStringLiteral("count") << QStringList();
+    QTest::newRow("unlocking") << QStringLiteral("unlock") << texts({"ABOR"});
+}
+
+void TestRunControl::everyEndStopsTheTimer()
+{
+    QFETCH(QString, end);
+    QFETCH(QStringList, lines);
+    Scan bench;
+    bench.open();
+    bench.stopAfter(0, 1);
+    bench.window().scanFunc();
+    bench.takeLines();
+    if (end == QLatin1String("stop")) {
+        bench.startButton()->click();
+    } else if (end == QLatin1String("count")) {
+        g_scanRunning = false;
+        bench.call("recvStopScan");
+    } else {
+        emit bench.window().findChild<WindowLockManager*>()->unlocked();
+    }
+    QTest::qWait(1300);
+    QCOMPARE(bench.takeLines(), lines);
+}
+
+void TestRunControl::unlockingEndsTheScan()
+{
+    Scan bench;
+    bench.run(WindowBench::AcquisitionRuns);
+    bench.instrument().setReply(QStringLiteral("STAT:OPER:COND?"), QStringLiteral("+16"));
+    std::atomic<bool> drained{false};
+    bench.takeLines();
+    bool ranAtAbort = true;
+    bench.instrument().whenAsked(QStringLiteral("ABOR"), [&] {
+        ranAtAbort = g_scanRunning;
+        bench.instrument().whenAsked(QStringLiteral("DATA:POIN?"), [&drained] { drained = true; });
+    });
+    bench.exportButton()->setEnabled(false);
+    emit bench.window().findChild<WindowLockManager*>()->unlocked();
+    QVERIFY(!ranAtAbort);
+    QVERIFY(!g_scanRunning);
+    QCOMPARE(bench.takeLines(), texts({"ABOR"}));
+    QVERIFY(bench.isIdle());
+    QVERIFY(isRecentRunTime(g_scanEndText));
+    // The readings that are left stay in the instrument.
+    std::atomic<int> polls{0};
+    bench.instrument().whenAsked(QStringLiteral("STAT:OPER:EVEN?"), [&polls] { ++polls; });
+    QTRY_VERIFY_WITH_TIMEOUT(polls >= 2, 10000);
+    QVERIFY(!drained);
+    WindowBench::endAcquisition();
+}
+
+void TestRunControl::heldBarEndsTheScan()
+{
+    Scan bench;
+    bench.run();
+    QEvent enter(QEvent::Enter);
+    QCoreApplication::sendEvent(bench.tree(), &enter);
+    auto* veil = bench.tree()->findChild<LockableDataCollectionView*>();
+    QVERIFY(veil);
+    bench.takeLines();
+    veil->globalUnlock();
+    QTRY_VERIFY(!g_scanRunning);
+    QCOMPARE(bench.takeLines(), texts({"ABOR"}));
+    QVERIFY(veil->isHidden());
+}
+
+void TestRunControl::lostInstrumentShowsTheRecovery()
+{
+    Scan bench;
+    bench.run(WindowBench::AcquisitionRuns);
+    bench.startupView()->showLoading();
+    bench.takeLines();
+    bench.instrument().setReply(QStringLiteral("STAT:OPER:COND?"), QStringLiteral("+16"));
+    bench.instrument().setReply(QStringLiteral("STAT:OPER:EVEN?"), QStringLiteral("+2048"));
+    QTRY_VERIFY_WITH_TIMEOUT(bench.reconnectView() && bench.reconnectView()->isVisible(), 10000);
+    QVERIFY(!bench.startupView()->isVisible());
+    QVERIFY(!g_instrumentConnected);
+    QVERIFY(g_scanRunning);
+    QTRY_VERIFY(!ReadData::instance()->isRunning());
+    QCOMPARE(bench.takeLines(), QStringList());
+    // A second report shows the same overlay again.
+    const LoadingView* overlay = bench.reconnectView();
+    bench.call("recvUseInstSlot");
+    QCOMPARE(bench.reconnectView(), overlay);
+    QVERIFY(overlay->isVisible());
+}
+
+void TestRunControl::recoveryEndsTheScanTheUsualWay()
+{
+    Scan bench;
+    bench.run(WindowBench::AcquisitionRuns);
+    bench.exportButton()->setEnabled(false);
+    bench.instrument().setReply(QStringLiteral("STAT:OPER:COND?"), QStringLiteral("+16"));
+    bench.instrument().setReply(QStringLiteral("STAT:OPER:EVEN?"), QStringLiteral("+2048"));
+    QTRY_VERIFY_WITH_TIMEOUT(bench.reconnectView() && bench.reconnectView()->isVisible(), 10000);
+    bench.instrument().setReply(QStringLiteral("STAT:OPER:EVEN?"), QStringLiteral("+0"));
+    // The read-back stops the instrument that still runs.
+    bench.instrument().whenAsked(QStringLiteral("ABOR"), [&bench] {
+        bench.instrument().setReply(QStringLiteral("STAT:OPER:COND?"), QStringLiteral("+256"));
+    });
+    bench.takeLines();
+    g_scanEndText.clear();
+    bench.clickRecovery();
+    QTRY_VERIFY_WITH_TIMEOUT(!bench.reconnectView()->isVisible(), 10000);
+    QVERIFY(g_instrumentConnected);
+    QCOMPARE(bench.takeLines().filter(QStringLiteral("ABOR")), texts({"ABOR"}));
+    QTRY_VERIFY_WITH_TIMEOUT(!g_scanEndText.isEmpty(), 10000);
+    QVERIFY(!g_scanRunning);
+    QVERIFY(bench.isIdle());
+}
+
+void TestRunControl::recoveryRestartsTheAcquisition()
+{
+    Scan bench;
+    bench.open(WindowBench::AcquisitionRuns);
+    bench.instrument().setReply(QStringLiteral("STAT:OPER:EVEN?"), QStringLiteral("+2048"));
+    QTRY_VERIFY_WITH_TIMEOUT(bench.reconnectView(), 10000);
+    bench.instrument().setReply(QStringLiteral("STAT:OPER:EVEN?"), QStringLiteral("+0"));
+    bench.clickRecovery();
+    QTRY_VERIFY_WITH_TIMEOUT(bench.reconnectView()->isHidden(), 10000);
+    QVERIFY(ReadData::instance()->isRunning());
+    std::atomic<int> polls{0};
+    bench.instrument().whenAsked(QStringLiteral("STAT:OPER:EVEN?"), [&polls] { ++polls; });
+    QTRY_VERIFY_WITH_TIMEOUT(polls >= 2, 10000);
+    WindowBench::endAcquisition();
+}
+
+void TestRunControl::recoveryThatFailsCanBeTriedAgain()
+{
+    Scan bench;
+    bench.open().show();
+    bench.call("recvUseInstSlot");
+    const auto* recovery = bench.reconnectView()->findChild<QPushButton*>();
+    bench.instrument().visa().fail(FakeVisa::Operation::Open, VI_ERROR_RSRC_NFOUND, 0, 2);
+    for (int round = 0; round < 2; ++round) {
+        bench.clickRecovery();
+        QVERIFY(!recovery->isVisible());
+        QTRY_VERIFY(recovery->isVisible());
+        QVERIFY(!g_instrumentConnected);
+    }
+    bench.clickRecovery();
+    QTRY_VERIFY_WITH_TIMEOUT(!bench.reconnectView()->isVisible(), 10000);
+    QVERIFY(g_instrumentConnected);
+    WindowBench::endAcquisition();
+}
+
+void TestRunControl::secondClickOnTheRecoveryIsIgnored()
+{
+    Scan bench;
+    bench.open().show();
+    bench.call("recvUseInstSlot");
+    bench.instrument().visa().clearCalls();
+    bench.clickRecovery();
+    bench.call("recvLoadBtnSlot");
+    QTRY_VERIFY_WITH_TIMEOUT(!bench.reconnectView()->isVisible(), 10000);
+    QVERIFY(HelperThreads::waitForAll(10000));
+    QCOMPARE(bench.instrument().visa().calls().filter(QStringLiteral("viOpen(")).size(), 1);
+    WindowBench::endAcquisition();
+}
+
+QTEST_MAIN(TestRunControl)
+#include "test_runcontrol.moc"

@@ -1,0 +1,252 @@
+#include "acquisition/readdata.h"
+#include "app/globals.h"
+#include "app/helperthreads.h"
+#include "app/mainwidget.h"
+#include "overlay/loadingview.h"
+#include "overlay/windowlockmanager.h"
+#include "resources/resources.h"
+#include "storage/curvedatadb.h"
+#include "storage/curveseriesdata.h"
+#include "widgets/custommessagedialog.h"
+#include "widgets/imagebutton.h"
+#include "windowbench.h"
+
+#include <QCoreApplication>
+#include <QDir>
+#include <QFile>
+#include <QHBoxLayout>
+#include <QIcon>
+#include <QLabel>
+#include <QTimer>
+#include <QtTest>
+
+#include <initializer_list>
+
+namespace {
+
+QStringList texts(std::initializer_list<const char*> lines)
+{
+    QStringList list;
+    for (const char* line : lines)
+        list.append(QString::fromUtf8(line));
+    return list;
+}
+
+/// What the proper start of a scan sends.
+QStringList scanLines()
+{
+    return texts({"*IDN?", "MMEM:LOG:ENAB?", "INIT", "FORM:READ:ALAR ON", "FORM:READ:CHAN ON",
+                  "FORM:READ:TIME ON", "FORM:READ:TIME:TYPE ABS", "FORM:READ:UNIT ON", "SYST:ERR?",
+                  "ROUT:SCAN?", "SYST:TIME:SCAN?", "SYST:TIME:SCAN?"});
+}
+
+/// A window with two channels, the first of them in the scan list. The serial number is the test's
+/// own, so that tests that run side by side keep apart stores.
+struct Start : WindowBench
+{
+    Start()
+    {
+        instrument().putModule(2, QStringLiteral("SCN4005A"));
+        instrument().setReply(QStringLiteral("*IDN?"),
+                              QStringLiteral("MAKER,SCN4070A,%1,1.00")
+                                  .arg(QLatin1String(QTest::currentTestFunction())));
+        instrument().setReply(QStringLiteral("ROUT:SCAN?"), QStringLiteral("#16(@201)"));
+        open().show();
+    }
+    ~Start() { g_scanRunning = false; }
+    Start(const Start&) = delete;
+    Start& operator=(const Start&) = delete;
+
+    QHBoxLayout* bar() const
+    {
+        return qobject_cast<QHBoxLayout*>(startButton()->parentWidget()->layout());
+    }
+    QStringList takeLines() { return instrument().takeLines(); }
+};
+
+QDir dataDirectory()
+{
+    return QDir(QCoreApplication::applicationDirPath() + QLatin1Char('/') +
+                QLatin1String(QTest::currentTestFunction()) + QLatin1String("_Data"));
+}
+
+} // namespace
+
+/// From the click on the start button to the running scan. Each test runs in a process of its own:
+/// there is one store for each, and the end of the process closes it for good.
+class TestScanStart : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void initTestCase() { initResources(); }
+    void cleanup();
+
+    void emptyScanListShowsAMessage();
+    void startRunsTheScan();
+    void startShowsWhatItDoes();
+    void startRemovesTheLastScansData();
+    void startHandsTheSeriesOver();
+    void clicksWhileStartingAreIgnored();
+    void secondScanStartsFromAnEmptyStore();
+    void startAfterALostIdentityIsPossible();
+    void windowsEndWhileStartingSendsNothing();
+};
+
+void TestScanStart::cleanup()
+{
+    QVERIFY(HelperThreads::waitForAll(10000));
+    CurveDataDB::shutdown();
+    dataDirectory().removeRecursively();
+}
+
+void TestScanStart::emptyScanListShowsAMessage()
+{
+    Start bench;
+    bench.tick(201, false);
+    bench.takeLines();
+    bench.startButton()->click();
+    QCOMPARE(bench.message(), QStringLiteral("未选择扫描通道"));
+    QCOMPARE(bench.messageDialog()->windowTitle(), QStringLiteral("警告"));
+    QCOMPARE(bench.messageDialog()->findChild<QTimer*>()->interval(), 3000);
+    QCOMPARE(bench.startButton()->text(), QStringLiteral("开始"));
+    QVERIFY(bench.exportButton()->isEnabled());
+    QTest::qWait(100);
+    QCOMPARE(bench.takeLines(), QStringList());
+    QVERIFY(!dataDirectory().exists());
+}
+
+void TestScanStart::startRunsTheScan()
+{
+    Start bench;
+    bench.takeLines();
+    bench.startButton()->click();
+    QTRY_VERIFY_WITH_TIMEOUT(g_scanRunning, 10000);
+    QCOMPARE(bench.takeLines(), scanLines());
+    QVERIFY(dataDirectory().exists());
+    QVERIFY(!bench.startupView()->isVisible());
+    QCOMPARE(bench.startButton()->text(), QStringLiteral("停止"));
+    QVERIFY(!bench.exportButton()->isEnabled());
+}
+
+void TestScanStart::startShowsWhatItDoes()
+{
+    Start bench;
+    QTRY_VERIFY_WITH_TIMEOUT(!bench.startupView()->isVisible(), 10000);
+    bench.startButton()->click();
+    const QSize size(32, 32);
+    QCOMPARE(bench.startButton()->leftIcon().pixmap(size).toImage(),
+             QIcon(QStringLiteral(":/image/stop.png")).pixmap(size).toImage());
+    QCOMPARE(bench.startButton()->text(), QStringLiteral("停止"));
+    QVERIFY(!bench.exportButton()->isEnabled());
+    QCOMPARE(bench.bar()->indexOf(bench.runningLabel()), 1);
+    QCOMPARE(bench.bar()->count(), 4);
+    QVERIFY(bench.runningLabel()->isVisible());
+    QVERIFY(bench.startupView()->isVisible());
+    QVERIFY(!g_scanRunning);
+    QTRY_VERIFY_WITH_TIMEOUT(g_scanRunning, 10000);
+}
+
+void TestScanStart::startRemovesTheLastScansData()
+{
+    QVERIFY(dataDirectory().mkpath(QStringLiteral("below")));
+    QFile old(dataDirectory().filePath(QStringLiteral("below/20240101.db")));
+    QVERIFY(old.open(QIODevice::WriteOnly));
+    old.close();
+    Start bench;
+    bench.startButton()->click();
+    QTRY_VERIFY_WITH_TIMEOUT(g_scanRunning, 10000);
+    QVERIFY(!old.exists());
+    QVERIFY(!dataDirectory().exists(QStringLiteral("below")));
+}
+
+void TestScanStart::startHandsTheSeriesOver()
+{
+    Start bench;
+    bench.tick(202);
+    g_scanChannels[202].clear();
+    g_curveSeries.insert(999, nullptr);
+    bool hadSeries = false;
+    bench.instrument().whenAsked(QStringLiteral("INIT"),
+                                 [&hadSeries] { hadSeries = g_curveSeries.value(201) != nullptr; });
+    bench.startButton()->click();
+    // The old ones go at once, the new ones are there when the scan starts.
+    QVERIFY(g_curveSeries.isEmpty());
+    QTRY_VERIFY_WITH_TIMEOUT(g_scanRunning, 10000);
+    QVERIFY(hadSeries);
+    // The channel without a unit text has none.
+    QCOMPARE(g_curveSeries.keys(), QList<int>{201});
+    QCOMPARE(CurveDataDB::instance(QString())->curveNames().values(), texts({"201(Vdc)"}));
+    QCOMPARE(g_scanChannels.keys(), QList<int>{201});
+}
+
+void TestScanStart::clicksWhileStartingAreIgnored()
+{
+    Start bench;
+    bench.takeLines();
+    bench.startButton()->click();
+    bench.startButton()->click();
+    QTest::keyClick(bench.startButton(), Qt::Key_Space);
+    bench.call("recvStartButtonSlot");
+    QTRY_VERIFY_WITH_TIMEOUT(g_scanRunning, 10000);
+    QTest::qWait(300);
+    QCOMPARE(bench.takeLines(), scanLines());
+}
+
+void TestScanStart::secondScanStartsFromAnEmptyStore()
+{
+    Start bench;
+    bench.startButton()->click();
+    QTRY_VERIFY_WITH_TIMEOUT(g_scanRunning, 10000);
+    const auto first = g_curveSeries.value(201);
+    QVERIFY(first);
+    const qint64 now = QDateTime::currentMSecsSinceEpoch();
+    auto* store = CurveDataDB::instance(QString());
+    store->appendPoint(1, now, 1.5);
+    QCOMPARE(store->readCurveData(1, now - 1000, now + 1000, 0).size(), 1);
+    emit bench.window().findChild<WindowLockManager*>()->unlocked();
+    QVERIFY(!g_scanRunning);
+
+    bench.takeLines();
+    bench.startButton()->click();
+    QTRY_VERIFY_WITH_TIMEOUT(g_scanRunning, 10000);
+    QCOMPARE(bench.takeLines(), scanLines());
+    QCOMPARE(store->readCurveData(1, now - 1000, now + 1000, 0).size(), 0);
+    QCOMPARE(store->curveNames().values(), texts({"201(Vdc)"}));
+    QVERIFY(g_curveSeries.value(201) && g_curveSeries.value(201) != first);
+    // The label has its one place in the bar.
+    QCOMPARE(bench.bar()->count(), 4);
+    QCOMPARE(bench.bar()->indexOf(bench.runningLabel()), 1);
+}
+
+void TestScanStart::startAfterALostIdentityIsPossible()
+{
+    Start bench;
+    bench.startButton()->click();
+    bench.instrument().setSilent(true);
+    QTRY_COMPARE_WITH_TIMEOUT(bench.message(), QStringLiteral("机器已断开"), 10000);
+    QVERIFY(!g_scanRunning);
+    // Button and overlay stay as they are.
+    QCOMPARE(bench.startButton()->text(), QStringLiteral("停止"));
+    QVERIFY(bench.startupView()->isVisible());
+    bench.instrument().setSilent(false);
+    bench.takeLines();
+    bench.startButton()->click();
+    QTRY_VERIFY_WITH_TIMEOUT(g_scanRunning, 10000);
+    QCOMPARE(bench.takeLines(), scanLines());
+}
+
+void TestScanStart::windowsEndWhileStartingSendsNothing()
+{
+    Start bench;
+    bench.takeLines();
+    bench.startButton()->click();
+    bench.close();
+    QVERIFY(HelperThreads::waitForAll(10000));
+    QTest::qWait(100);
+    QCOMPARE(bench.takeLines(), QStringList());
+    QVERIFY(!g_scanRunning);
+}
+
+QTEST_MAIN(TestScanStart)
+#include "test_scanstart.moc"
