@@ -89,9 +89,13 @@ bool VirtualDisplay::closeWindow(qulonglong window) const
     event.window = static_cast<xcb_window_t>(window);
     event.type = atom(connection.get(), "WM_PROTOCOLS");
     event.data.data32[0] = atom(connection.get(), "WM_DELETE_WINDOW");
-    xcb_send_event(connection.get(), 0, event.window, XCB_EVENT_MASK_NO_EVENT,
-                   reinterpret_cast<const char*>(&event));
-    return xcb_flush(connection.get()) > 0;
+    const auto cookie =
+        xcb_send_event_checked(connection.get(), 0, event.window, XCB_EVENT_MASK_NO_EVENT,
+                               reinterpret_cast<const char*>(&event));
+    // Waits until the server has taken it: of a client that has gone it drops what it has not read.
+    const std::unique_ptr<xcb_generic_error_t, decltype(&std::free)> error(
+        xcb_request_check(connection.get(), cookie), &std::free);
+    return !error;
 }
 
 qulonglong VirtualDisplay::parentOf(qulonglong window) const
