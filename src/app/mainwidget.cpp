@@ -19,6 +19,7 @@
 #include <QDebug>
 #include <QHBoxLayout>
 #include <QLabel>
+#include <QPointer>
 #include <QRadioButton>
 #include <QScrollArea>
 #include <QSpinBox>

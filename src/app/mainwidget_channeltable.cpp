@@ -217,6 +217,7 @@ void MainWidget::connectRow(const ChannelRow& row)
 
 ChannelRow MainWidget::channelRow(int channel) const
 {
+    assertGuiThread();
     QTreeWidgetItem* const item = rowForChannel(channel);
     if (!item)
         return {};

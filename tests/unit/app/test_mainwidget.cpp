@@ -429,12 +429,13 @@ void TestMainWidget::startupViewGoesTwoSecondsAfterASlowReadBack()
 {
     TwoChannels bench;
     bench.instrument().whenAsked(QStringLiteral("ROUT:MON:STAT?"), [] { QThread::msleep(2100); });
-    bench.open().show();
+    // The last question of the read-back.
     QElapsedTimer clock;
-    clock.start();
+    bench.instrument().whenAsked(QStringLiteral("MEM:STAT:VAL? 5"), [&clock] { clock.start(); });
+    bench.open().show();
     QVERIFY(bench.startupView()->isVisible());
     QTRY_VERIFY_WITH_TIMEOUT(!bench.startupView()->isVisible(), 10000);
-    QVERIFY2(clock.elapsed() >= 1800, qPrintable(QString::number(clock.elapsed())));
+    QVERIFY2(clock.elapsed() >= 1850, qPrintable(QString::number(clock.elapsed())));
 }
 
 void TestMainWidget::threadsStartAfterTheReadBack()
@@ -531,7 +532,6 @@ void TestMainWidget::lateInstrumentBringsThePagesUp()
     QVERIFY(!bench.reconnectView()->isVisible());
     QVERIFY(bench.startupView()->isVisible());
     QCOMPARE(window.windowTitle(), QStringLiteral("SCN4070A 控制软件"));
-    QCOMPARE(window.size(), QSize(600, 400));
     QVERIFY(ReadData::instance()->isRunning());
     QVERIFY(window.findChild<InputReaderThread*>()->isRunning());
 
@@ -606,7 +606,7 @@ void TestMainWidget::acquisitionThatHangsIsEndedByForce()
     bench.close();
     QVERIFY(!readData);
     QVERIFY2(clock.elapsed() >= 4900, qPrintable(QString::number(clock.elapsed())));
-    QVERIFY2(clock.elapsed() < 7000, qPrintable(QString::number(clock.elapsed())));
+    QVERIFY2(clock.elapsed() < 8000, qPrintable(QString::number(clock.elapsed())));
 }
 
 QTEST_MAIN(TestMainWidget)
