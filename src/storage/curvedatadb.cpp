@@ -380,6 +380,7 @@ bool CurveDataDB::loadMetadata(const QString& path)
     loadCurveNames(*db, isCurrent);
     loadBatchList(*db, isCurrent);
     loadExtremes(*db, isCurrent);
+    m_loadedPath = path;
     ConnectionPool::instance().releaseConnection(path);
     return true;
 }

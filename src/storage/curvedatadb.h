@@ -88,7 +88,8 @@ public:
     /// -1 if that fails.
     int registerCurve(const QString& name);
 
-    /// Stores one reading, in a commit of its own, and the curve's extremes in another.
+    /// Stores one reading, in a commit of its own, and the curve's extremes in another. What lies
+    /// more than 270,000 years from the epoch is no time, and is not stored.
     void appendPoint(int curveId, qint64 timestamp, double value);
 
     /// Stores many readings of one curve, one transaction for each file; x is the time.
@@ -216,6 +217,8 @@ private:
     QThread* m_clearThread = nullptr;
     std::atomic<bool> m_clearing{false}; ///< openDb() reads it without the mutex.
     std::atomic<bool> m_closedForExit{false};
+
+    QString m_loadedPath; ///< The file loaded last, if that came to its end.
 
     /// What today's file is known to hold, so that only what differs is written.
     QSet<int> m_currentFileIds;                 ///< Ids in its curve_info.

@@ -27,11 +27,19 @@ QString insertPointSql(const QString& table)
         .arg(table);
 }
 
-/// Whether a point's x can be a time at all.
+/// The calendar's own limit, some 270,000 years from the epoch on either side.
+constexpr qint64 kFarthestTime = 8640000000000000;
+
+/// Whether a number of milliseconds can be a time at all: reckoning with others would overflow.
+bool isTime(qint64 timestamp)
+{
+    return timestamp >= -kFarthestTime && timestamp <= kFarthestTime;
+}
+
+/// The same of a point's x.
 bool hasTime(const QPointF& point)
 {
-    constexpr double kFarthest = 8.64e15; // the calendar's own limit, some 270,000 years
-    return std::abs(point.x()) <= kFarthest;
+    return std::abs(point.x()) <= static_cast<double>(kFarthestTime);
 }
 
 qint64 timeOf(const QPointF& point)
@@ -57,6 +65,8 @@ void CurveDataDB::appendPoint(int curveId, qint64 timestamp, double value)
 {
     const QMutexLocker locker(&m_mutex);
     const LockPatience patience;
+    if (!isTime(timestamp))
+        return;
     if (targetsCurrentFile(timestamp))
         repairAttachment();
     else
@@ -148,12 +158,14 @@ void CurveDataDB::appendToOtherFile(int curveId, qint64 timestamp, double value)
     const QSharedPointer<QSqlDatabase> db = openDb(path);
     if (!db || !db->isOpen())
         return;
+    m_loadedPath.clear();
     openForWrite(curveId, timestamp);
     // The caller's id names the table even where the file knows the curve under another one; the
     // insert then finds no table.
     ManagedQuery(*db).run(insertPointSql(makeTableName(curveId, makeBatchName(timestamp))),
                           {curveId, timestamp, value});
-    loadMetadata(path);
+    if (m_loadedPath != path) // as a rule it was loaded for the look at its batches
+        loadMetadata(path);
     updateMetadataCache(curveId, timestamp, value);
     saveMetadata();
     ConnectionPool::instance().releaseConnection(path);

@@ -6,6 +6,8 @@
 
 #include <QtTest>
 
+#include <limits>
+
 /// What the day files hold when a clock was set, and after readings from the future and from long
 /// ago: every row of every table, written out. The zone is that of Berlin.
 class TestStoreTimeClocks : public QObject
@@ -26,6 +28,7 @@ private slots:
     void readingFromLongAgo();
     void readingFromLongAgoWithItsFile();
     void instrumentWithoutAClock();
+    void timesThatAreNone();
 };
 
 void TestStoreTimeClocks::initTestCase()
@@ -465,6 +468,37 @@ void TestStoreTimeClocks::instrumentWithoutAClock()
             1|101(V)
           curve_metadata
             1|-3600000|18000000|1.5|4.5
+        )"));
+}
+
+/// No calendar reaches that far: nothing is stored and nothing is said. What it does reach is
+/// stored, years of five and six digits among it.
+void TestStoreTimeClocks::timesThatAreNone()
+{
+    setPresent(instant("2026-01-12T09:00:00.000+01:00"));
+    TestStore store;
+    enlist(store, "101(V)");
+    const LogCapture log;
+    for (const qint64 none :
+         {std::numeric_limits<qint64>::max(), std::numeric_limits<qint64>::min(),
+          Q_INT64_C(8640000000000001), Q_INT64_C(-8640000000000001)})
+        store->appendPoint(1, none, 1.5);
+    for (const qint64 far : {Q_INT64_C(253402300799999), Q_INT64_C(8640000000000000)})
+        store->appendPoint(1, far, 2.5);
+    QCOMPARE(log.lines(), QStringList());
+    QCOMPARE(allRows(store.directory()), lines(R"(
+        20260112.db
+          batch_metadata
+            1|1|253402297200000|253402318799999|curve_1_batch_100000101_000000_100000101_055959
+            2|1|8639999992800000|8640000014399999|curve_1_batch_2757600913_000000_2757600913_055959
+          curve_1_batch_100000101_000000_100000101_055959
+            1|1|253402300799999|2.5
+          curve_1_batch_2757600913_000000_2757600913_055959
+            1|1|8640000000000000|2.5
+          curve_info
+            1|101(V)
+          curve_metadata
+            1|253402300799999|8640000000000000|2.5|2.5
         )"));
 }
 
