@@ -57,7 +57,8 @@ struct TriggerForm : WindowBench
     QStringList settingLines() const
     {
         const int first = startUpLines().indexOf(QStringLiteral("TRIG:SOUR?"));
-        const int clock = startUpLines().indexOf(QRegularExpression(QStringLiteral("SYST:DATE .*")));
+        const int clock =
+            startUpLines().indexOf(QRegularExpression(QStringLiteral("SYST:DATE .*")));
         return startUpLines().mid(first, clock - first);
     }
 };
