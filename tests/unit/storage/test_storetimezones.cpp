@@ -254,6 +254,18 @@ void StoreTimeScenes::midnightTwice()
           curve_metadata
             1|1289097059999|1289118600000|2.5|6.5
         )"));
+
+    // A read finds them if it reaches back to that batch.
+    const auto values = [&store](const char* start, const char* end) {
+        QVector<double> found;
+        for (const QPointF& point : store->readCurveData(1, instant(start), instant(end), 0))
+            found.append(point.y());
+        return found;
+    };
+    QCOMPARE(values("2010-11-06T23:00:00.000-02:30", "2010-11-06T23:59:59.999-03:30"),
+             QVector<double>{1.5});
+    QCOMPARE(values("2010-11-06T05:00:00.000-02:30", "2010-11-06T23:59:59.999-03:30"),
+             (QVector<double>{1.5, 3.5, 4.5}));
 }
 
 /// A day of 24 and a half hours.
