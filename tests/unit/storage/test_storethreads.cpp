@@ -1,6 +1,7 @@
 #include "dayfilereader.h"
 #include "dayfilewriter.h"
 #include "logcapture.h"
+#include "standstillwatchdog.h"
 #include "teststore.h"
 
 #include "storage/connectionpool.h"
@@ -14,7 +15,6 @@
 #include <QtTest>
 
 #include <atomic>
-#include <cstdlib>
 #include <memory>
 #include <thread>
 #include <vector>
@@ -31,35 +31,6 @@ QString one(const char* text)
 {
     return QString::fromLatin1(text);
 }
-
-/// Ends the program when the threads have come to a standstill.
-class Watchdog
-{
-public:
-    Watchdog()
-        : m_thread([this] {
-            QElapsedTimer timer;
-            timer.start();
-            while (!m_done) {
-                if (timer.elapsed() > kWatchdogMs)
-                    std::abort();
-                QThread::msleep(50);
-            }
-        })
-    {
-    }
-    ~Watchdog()
-    {
-        m_done = true;
-        m_thread.join();
-    }
-    Watchdog(const Watchdog&) = delete;
-    Watchdog& operator=(const Watchdog&) = delete;
-
-private:
-    std::atomic<bool> m_done{false};
-    std::thread m_thread;
-};
 
 /// Threads that do one thing over and over until the object ends.
 class Crowd
@@ -148,7 +119,7 @@ void TestStoreThreads::makePastFiles(TestStore& store)
 
 void TestStoreThreads::writersReadersAndSweeps()
 {
-    const Watchdog watchdog;
+    const StandstillWatchdog watchdog(kWatchdogMs);
     const LogCapture log;
     TestStore store;
     makePastFiles(store);
@@ -201,7 +172,7 @@ void TestStoreThreads::writersReadersAndSweeps()
 
 void TestStoreThreads::closingUnderReaders()
 {
-    const Watchdog watchdog;
+    const StandstillWatchdog watchdog(kWatchdogMs);
     const LogCapture log;
     TestStore store;
     makePastFiles(store);
@@ -227,7 +198,7 @@ void TestStoreThreads::closingUnderReaders()
 
 void TestStoreThreads::clearsUnderReadersAndWriters()
 {
-    const Watchdog watchdog;
+    const StandstillWatchdog watchdog(kWatchdogMs);
     const LogCapture log;
     TestStore store;
     QSignalSpy cleared(store.get(), &CurveDataDB::sigClearFinished);

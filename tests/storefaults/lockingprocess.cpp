@@ -1,0 +1,60 @@
+#include "lockingprocess.h"
+
+#include <QCoreApplication>
+#include <QThread>
+
+#include <cstdio>
+#include <sqlite3.h>
+
+namespace {
+
+const QString kOption = QStringLiteral("--hold-lock");
+constexpr int kStartTimeoutMs = 20000;
+constexpr int kEndTimeoutMs = 60000;
+constexpr int kBusyMs = 5000;
+
+} // namespace
+
+LockingProcess::LockingProcess(const QString& path, Kind kind, int milliseconds)
+{
+    m_process.start(
+        QCoreApplication::applicationFilePath(),
+        {kOption, path,
+         kind == Writing ? QStringLiteral("BEGIN IMMEDIATE") : QStringLiteral("BEGIN EXCLUSIVE"),
+         QString::number(milliseconds)});
+    m_held = m_process.waitForReadyRead(kStartTimeoutMs) && m_process.readLine() == "locked\n";
+}
+
+LockingProcess::~LockingProcess()
+{
+    m_process.kill();
+    m_process.waitForFinished(kEndTimeoutMs);
+}
+
+void LockingProcess::waitForEnd()
+{
+    m_process.waitForFinished(kEndTimeoutMs);
+}
+
+bool LockingProcess::isMeant(const QStringList& arguments)
+{
+    return arguments.value(1) == kOption;
+}
+
+int LockingProcess::playLock(const QStringList& arguments)
+{
+    sqlite3* database = nullptr;
+    sqlite3_open(arguments.value(2).toUtf8().constData(), &database);
+    sqlite3_busy_timeout(database, kBusyMs);
+    const QByteArray sql = arguments.value(3).toUtf8();
+    if (sqlite3_exec(database, sql.constData(), nullptr, nullptr, nullptr) != SQLITE_OK) {
+        std::printf("%s\n", sqlite3_errmsg(database));
+        return 1;
+    }
+    std::printf("locked\n");
+    std::fflush(stdout);
+    QThread::msleep(arguments.value(4).toULong());
+    sqlite3_exec(database, "ROLLBACK", nullptr, nullptr, nullptr);
+    sqlite3_close(database);
+    return 0;
+}

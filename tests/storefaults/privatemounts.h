@@ -1,0 +1,21 @@
+#pragma once
+
+#include <QString>
+
+/// Mounts that only this process sees.
+namespace privatemounts {
+
+/// Gives the process mounts of its own, as root or in a user namespace of its own. To be called
+/// before there is a second thread. Gives what stood in the way; empty on success.
+QString enter();
+
+/// A file system in memory of so many bytes, in place of a directory.
+bool mountMemory(const QString& directory, qint64 bytes);
+
+/// Makes a directory read-only for whatever is opened from now on. What is open stays writable.
+bool makeReadOnly(const QString& directory);
+
+/// Takes back the last of the two above.
+bool unmount(const QString& directory);
+
+} // namespace privatemounts
