@@ -320,6 +320,7 @@ void CurveDataDB::buildCatalogue()
 void CurveDataDB::forgetAttachment()
 {
     m_liveInserts.clear();
+    m_cacheKib = 0;
     m_metadataWriter.reset();
     m_currentFileIds.clear();
     m_savedMetadata.clear();

@@ -185,6 +185,7 @@ private:
     void appendToCurrentFile(int curveId, qint64 timestamp, double value);
     void appendToOtherFile(int curveId, qint64 timestamp, double value);
     ManagedQuery* liveInsert(int curveId, qint64 timestamp);
+    void growCache();
     bool openForWrite(int curveId, qint64 timestamp);
     int curveIdInOtherFile(const QSqlDatabase& db, int curveId);
     bool createBatchTable(const DBBatchInfo& info, const QSqlDatabase& db, int curveId);
@@ -235,6 +236,7 @@ private:
     FileIdentity m_currentFile;      ///< What the connection was opened on.
     bool m_attaching = false;
     std::unordered_map<int, LiveInsert> m_liveInserts;
+    int m_cacheKib = 0; ///< Page cache asked for on the connection; 0: SQLite's own.
     std::unique_ptr<ManagedQuery> m_metadataWriter;
 
     TimeSliceCache m_readingSlice;

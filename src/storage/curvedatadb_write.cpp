@@ -14,6 +14,13 @@ namespace {
 
 constexpr qint64 kRepairIntervalMs = 5000;
 
+/// A reading goes to the ends of three trees, its table and two indexes, each up to three pages of
+/// 4 KiB deep. If the ends of all curves do not fit in the page cache, each reading drops what the
+/// next one needs, and a run gets slower with every level that its trees grow by.
+constexpr int kCacheKibPerCurve = 40;
+constexpr int kCacheKibForTheRest = 1600;
+constexpr int kOwnCacheKib = 2000; // what SQLite takes unasked
+
 /// Marks an insert whose table is not known to exist; no batch starts there.
 constexpr qint64 kNoBatch = std::numeric_limits<qint64>::min();
 
@@ -147,7 +154,19 @@ ManagedQuery* CurveDataDB::liveInsert(int curveId, qint64 timestamp)
     LiveInsert& entry = m_liveInserts[curveId];
     entry.batchStart = ready ? slice.batchStart : kNoBatch;
     entry.query = std::move(query);
+    growCache();
     return entry.query.get();
+}
+
+/// Gives the page cache of today's file the size that the curves being written need.
+void CurveDataDB::growCache()
+{
+    const int wanted =
+        kCacheKibForTheRest + kCacheKibPerCurve * static_cast<int>(m_liveInserts.size());
+    if (wanted <= std::max(kOwnCacheKib, m_cacheKib))
+        return;
+    m_cacheKib = wanted;
+    ManagedQuery(*m_currentDb).exec(QStringLiteral("PRAGMA cache_size = -%1").arg(wanted));
 }
 
 /// The way of a reading of another day. The file's own catalogue is loaded, and today's file gets

@@ -93,6 +93,7 @@ private slots:
     void appendPointsIsHeldBackInBatchLoadMode();
     void pointsWithoutATimeAreLeftOut();
     void sixHundredCurves();
+    void pageCacheGrowsWithTheCurvesWritten();
     void dayOf25Hours();
     void hourThatComesTwiceCollides();
     void filesAreThoseOfThePlainStore_data();
@@ -629,6 +630,36 @@ void TestCurveDataDBWrite::sixHundredCurves()
                      .size(),
                  2);
     }
+}
+
+void TestCurveDataDBWrite::pageCacheGrowsWithTheCurvesWritten()
+{
+    constexpr int kCurves = 12;
+    TestStore store;
+    {
+        DayFileWriter file(store.path("20260112"));
+        for (int curveId = 1; curveId <= kCurves; ++curveId)
+            file.addCurve(curveId, QStringLiteral("%1(V)").arg(100 + curveId));
+    }
+    store.restart();
+    const auto cacheSize = [&store] {
+        ManagedQuery query(*store->openDb(store.path("20260112")));
+        return query.exec(one("PRAGMA cache_size")) && query.next() ? query.value(0).toInt() : 0;
+    };
+    const QVector<int> expected = {-2000, -2000, -2000, -2000, -2000, -2000,
+                                   -2000, -2000, -2000, -2000, -2040, -2080};
+    QVector<int> sizes;
+    for (int curveId = 1; curveId <= kCurves; ++curveId) {
+        store->appendPoint(curveId, at("09:00:00"), 1.0);
+        sizes.append(cacheSize());
+    }
+    QCOMPARE(sizes, expected);
+    store->appendPoint(1, at("09:00:01"), 1.0);
+    QCOMPARE(cacheSize(), -2080);
+    store->flushAndDetach();
+    ConnectionPool::instance().discardConnection(store.path("20260112"));
+    store->appendPoint(1, at("09:00:02"), 1.0);
+    QCOMPARE(cacheSize(), -2000);
 }
 
 void TestCurveDataDBWrite::dayOf25Hours()
