@@ -255,8 +255,10 @@ void MainWidget::reconnect(const std::shared_ptr<GuiGate>& gate, MainWidget* win
     gate->run([window, &hadPages] {
         hadPages = window->m_channelTree != nullptr;
         if (!hadPages) {
-            // There was no instrument at start: the pages come up now.
+            // There was no instrument at start: the pages come up now, where the window stands.
+            const QRect place = window->geometry();
             window->bringUp();
+            window->setGeometry(place);
             window->show();
             window->m_reconnectView->stopLoading();
             window->m_reconnecting = false;

@@ -1,4 +1,5 @@
 #include "support/programprocess.h"
+#include "support/programuser.h"
 #include "support/readings.h"
 #include "support/simulatedinstrument.h"
 #include "support/virtualdisplay.h"
@@ -9,17 +10,9 @@
 
 namespace {
 
-constexpr int kStartWaitMs = 60000;
 constexpr int kEndWaitMs = 20000;
 
-/// Where the controls are in a window of 1500 x 900 at the screen's corner.
-constexpr int kCheckBoxX = 356;
-constexpr int kFirstRowY = 129;
-constexpr int kRowHeight = 33;
-const QPoint kStartButton(46, 880);
-
 const QString kSerial = QStringLiteral("PROG/0001");
-const QString kPoll = QStringLiteral("STAT:OPER:EVEN?");
 
 } // namespace
 
@@ -38,54 +31,12 @@ private slots:
     void storeThatCannotBeWrittenDoesNotStopTheProgram();
 
 private:
-    bool bringUp(ProgramProcess& program, const SimulatedInstrument& instrument);
-    bool startScan(const SimulatedInstrument& instrument) const;
-    void clickStart() const;
-
     VirtualDisplay m_display;
 };
 
 void TestProgram::initTestCase()
 {
     QVERIFY2(!m_display.name().isEmpty(), "Xvfb did not start");
-}
-
-/// Starts the program and waits until its window takes clicks.
-bool TestProgram::bringUp(ProgramProcess& program, const SimulatedInstrument& instrument)
-{
-    program.start({instrument.resource()});
-    if (program.waitForLines(QStringLiteral("WID:"), 1, kStartWaitMs).isEmpty())
-        return false;
-    const QString handle = QString::number(program.windowHandle());
-    m_display.xdotool({QStringLiteral("windowmove"), QStringLiteral("--sync"), handle,
-                       QStringLiteral("0"), QStringLiteral("0")});
-    m_display.xdotool({QStringLiteral("windowsize"), QStringLiteral("--sync"), handle,
-                       QStringLiteral("1500"), QStringLiteral("900")});
-    // The busy overlay goes two seconds after the read-back; the polls go on.
-    return QTest::qWaitFor([&instrument] { return instrument.received().count(kPoll) >= 5; },
-                           kStartWaitMs);
-}
-
-void TestProgram::clickStart() const
-{
-    m_display.click(kStartButton.x(), kStartButton.y());
-}
-
-/// Ticks the first four channels and presses start; true when readings are being fetched.
-bool TestProgram::startScan(const SimulatedInstrument& instrument) const
-{
-    for (int row = 0; row < 4; ++row)
-        m_display.click(kCheckBoxX, kFirstRowY + row * kRowHeight);
-    if (!QTest::qWaitFor(
-            [&instrument] {
-                return instrument.received().contains(QStringLiteral("ROUT:SCAN (@101:104)"));
-            },
-            kStartWaitMs))
-        return false;
-    clickStart();
-    return QTest::qWaitFor(
-        [&instrument] { return instrument.received().filter(QStringLiteral("R? ")).size() >= 3; },
-        kStartWaitMs);
 }
 
 void TestProgram::endingAScanLeavesEveryReading_data()
@@ -105,9 +56,10 @@ void TestProgram::endingAScanLeavesEveryReading()
                                           QStringLiteral("--idn"),
                                           QStringLiteral("SCN,SCN4070A,%1,1").arg(kSerial)});
     ProgramProcess program(m_display.name());
-    QVERIFY(bringUp(program, instrument));
-    QVERIFY(startScan(instrument));
-    clickStart();
+    ProgramUser user(m_display, program);
+    QVERIFY(user.bringUp(instrument));
+    QVERIFY(user.startScan(instrument));
+    user.clickStart();
     QTRY_VERIFY_WITH_TIMEOUT(instrument.received().contains(QStringLiteral("ABOR")), kEndWaitMs);
     // The drain: a pass that finds no readings and the instrument idle.
     QTRY_VERIFY_WITH_TIMEOUT(instrument.sent().count(QStringLiteral("+256")) >= 2, kEndWaitMs);
@@ -132,8 +84,9 @@ void TestProgram::leavingDuringAScanLeavesACleanStore()
                                          {QStringLiteral("--slots"), QStringLiteral("1:15"),
                                           QStringLiteral("--rate"), QStringLiteral("40")});
     ProgramProcess program(m_display.name());
-    QVERIFY(bringUp(program, instrument));
-    QVERIFY(startScan(instrument));
+    ProgramUser user(m_display, program);
+    QVERIFY(user.bringUp(instrument));
+    QVERIFY(user.startScan(instrument));
     QElapsedTimer timer;
     timer.start();
     program.write("exit\n");
@@ -162,8 +115,9 @@ void TestProgram::killingDuringAScanLeavesAReadableStore()
                                          {QStringLiteral("--slots"), QStringLiteral("1:15"),
                                           QStringLiteral("--rate"), QStringLiteral("40")});
     ProgramProcess program(m_display.name());
-    QVERIFY(bringUp(program, instrument));
-    QVERIFY(startScan(instrument));
+    ProgramUser user(m_display, program);
+    QVERIFY(user.bringUp(instrument));
+    QVERIFY(user.startScan(instrument));
     program.kill();
 
     const QDir store(program.directory() + QStringLiteral("/MY00000042_Data"));
@@ -181,8 +135,9 @@ void TestProgram::killingDuringAScanLeavesAReadableStore()
 
     // The next start finds the instrument running and stops it.
     ProgramProcess next(m_display.name());
+    ProgramUser nextUser(m_display, next);
     const int mark = instrument.received().size();
-    QVERIFY(bringUp(next, instrument));
+    QVERIFY(nextUser.bringUp(instrument));
     QCOMPARE(instrument.received().mid(mark).count(QStringLiteral("ABOR")), 1);
 }
 
@@ -192,15 +147,16 @@ void TestProgram::storeThatCannotBeWrittenDoesNotStopTheProgram()
                                          {QStringLiteral("--slots"), QStringLiteral("1:15"),
                                           QStringLiteral("--rate"), QStringLiteral("40")});
     ProgramProcess program(m_display.name());
+    ProgramUser user(m_display, program);
     // A file stands where the data directory would be, which root cannot write through either.
     QFile inTheWay(program.directory() + QStringLiteral("/MY00000042_Data"));
     QVERIFY(inTheWay.open(QIODevice::WriteOnly));
     inTheWay.close();
-    QVERIFY(bringUp(program, instrument));
-    QVERIFY(startScan(instrument));
+    QVERIFY(user.bringUp(instrument));
+    QVERIFY(user.startScan(instrument));
     QVERIFY2(program.log().contains(QStringLiteral("创建数据目录失败:")),
              qPrintable(program.log()));
-    clickStart();
+    user.clickStart();
     QTRY_VERIFY_WITH_TIMEOUT(instrument.received().contains(QStringLiteral("ABOR")), kEndWaitMs);
     program.write("exit\n");
     QVERIFY(program.waitForEnd(kEndWaitMs));

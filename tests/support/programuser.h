@@ -1,0 +1,41 @@
+#pragma once
+
+#include <QPoint>
+
+#include "support/programprocess.h"
+#include "support/simulatedinstrument.h"
+#include "support/virtualdisplay.h"
+
+/// Who sits before the program: looks at its window and uses the mouse. The window stands at the
+/// screen's corner with 1500 x 900 points, which is where the places below come from.
+class ProgramUser
+{
+public:
+    ProgramUser(const VirtualDisplay& display, ProgramProcess& program);
+
+    /// Starts the program on the instrument and waits until its window takes clicks.
+    bool bringUp(const SimulatedInstrument& instrument);
+
+    /// Starts the program and waits until its window stands in its place.
+    bool open(const SimulatedInstrument& instrument);
+
+    /// Waits until the program is at work: that many more polls of the status have come in.
+    static bool waitForPolls(const SimulatedInstrument& instrument, int count);
+
+    /// Clicks the check box of a channel of the first module; rows count from 0.
+    void tickChannel(int row) const;
+
+    /// Clicks the button that starts and stops a scan.
+    void clickStart() const;
+
+    /// Ticks the first four channels and starts; true when readings are being fetched.
+    bool startScan(const SimulatedInstrument& instrument) const;
+
+    /// Whether the overlay of a lost instrument is there with its button.
+    bool seesRecoveryButton() const;
+    void clickRecovery() const;
+
+private:
+    const VirtualDisplay& m_display;
+    ProgramProcess& m_program;
+};

@@ -1,0 +1,529 @@
+#include "support/programprocess.h"
+#include "support/programuser.h"
+#include "support/readings.h"
+#include "support/simulatedinstrument.h"
+#include "support/virtualdisplay.h"
+
+#include <QDateTime>
+#include <QDir>
+#include <QElapsedTimer>
+#include <QSet>
+#include <QTest>
+
+#include <algorithm>
+#include <memory>
+
+namespace {
+
+using Transport = SimulatedInstrument::Transport;
+
+constexpr int kEndWaitMs = 20000;
+/// Six pauses of three seconds and seven polls that fail at once, and a busy machine.
+constexpr int kLossWaitMs = 18000 + 12000;
+/// The same with seven polls that run into their time-outs.
+constexpr int kSilenceWaitMs = 18000 + 7 * 5000 + 12000;
+constexpr int kExchangeMs = 5000;
+/// The program's buffer for a reply with its line feed.
+constexpr int kLongestReply = 40959;
+constexpr int kFields = 9;
+
+const QString kBlank = QStringLiteral(" ");
+const QString kPoll = QStringLiteral("STAT:OPER:EVEN?");
+const QString kStore = QStringLiteral("/MY00000042_Data");
+
+QStringList options(const QStringList& more = {}, int readingsPerSecond = 40)
+{
+    return QStringList{QStringLiteral("--slots"), QStringLiteral("1:15"), QStringLiteral("--rate"),
+                       QString::number(readingsPerSecond)} +
+           more;
+}
+
+/// What can be stored of the replies: the whole and sound records of those that fit the program's
+/// buffer.
+Readings storableReadings(const QStringList& sentLines)
+{
+    QStringList sound;
+    for (const QString& line : sentLines) {
+        if (!line.startsWith(QLatin1Char('#')) || line.contains(QLatin1Char('@')) ||
+            line.size() >= kLongestReply)
+            continue;
+        const QStringList fields = line.mid(2 + line.mid(1, 1).toInt()).split(QLatin1Char(','));
+        for (int first = 0; first + kFields <= fields.size(); first += kFields) {
+            const QStringList record = fields.mid(first, kFields);
+            if (record[0].contains(kBlank) && record[2].toInt() <= 12)
+                sound << QStringLiteral("#0") + record.join(QLatin1Char(','));
+        }
+    }
+    return readingsInReplies(sound);
+}
+
+/// What two sets of readings do not share, for the report of a failure; empty if they are equal.
+QString difference(const Readings& readings, const Readings& wanted)
+{
+    QString text;
+    const QSet<int> channels = QSet<int>(readings.keyBegin(), readings.keyEnd()) +
+                               QSet<int>(wanted.keyBegin(), wanted.keyEnd());
+    for (const int channel : channels) {
+        const auto have = readings.value(channel);
+        const auto want = wanted.value(channel);
+        if (have == want)
+            continue;
+        int first = 0;
+        while (first < have.size() && first < want.size() && have[first] == want[first])
+            ++first;
+        text += QStringLiteral("channel %1: %2 readings instead of %3, the first %4 are equal; ")
+                    .arg(channel)
+                    .arg(have.size())
+                    .arg(want.size())
+                    .arg(first);
+    }
+    return text;
+}
+
+int countOf(const Readings& readings)
+{
+    int count = 0;
+    for (const auto& channel : readings)
+        count += channel.size();
+    return count;
+}
+
+} // namespace
+
+/// The program against an instrument that misbehaves: nothing crashes or hangs beyond the stated
+/// waits, what can be stored is, exchanges stay in step, and a lost link comes back.
+class TestFaults : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void initTestCase();
+    void init();
+    void cleanup();
+
+    void refusedConnectionAtStart();
+    void silentIdentityAtStart();
+    void garbledReadBackAtStart();
+    void garbledIdentityKeepsTheStoreInItsPlace();
+    void refusedScanListEndsTheScanAtOnce();
+    void spoiltBatchesCostOnlyThemselves();
+    void missingRepliesCostOnlyTheirTime_data();
+    void missingRepliesCostOnlyTheirTime();
+    void lateRepliesAreNotTakenForTheNext();
+    void clockJumpIsStoredAsItComes();
+    void triggersAndAlarmsFromOutsideComeThrough();
+    void usedElsewhereEndsInTheOverlayAndRecovers();
+    void droppedLinkRecovers_data();
+    void droppedLinkRecovers();
+    void silentInstrumentIsGivenUpAndRecovers();
+
+private:
+    bool order(const QString& line);
+    bool waitForFault(const QString& begin) const;
+    bool stopScan();
+    bool recover();
+    bool leave();
+    Readings stored() const;
+
+    VirtualDisplay m_display;
+    std::unique_ptr<SimulatedInstrument> m_instrument;
+    std::unique_ptr<ProgramProcess> m_program;
+    std::unique_ptr<ProgramUser> m_user;
+};
+
+void TestFaults::initTestCase()
+{
+    QVERIFY2(!m_display.name().isEmpty(), "Xvfb did not start");
+}
+
+void TestFaults::init()
+{
+    m_program = std::make_unique<ProgramProcess>(m_display.name());
+    m_user = std::make_unique<ProgramUser>(m_display, *m_program);
+}
+
+void TestFaults::cleanup()
+{
+    if (QTest::currentTestFailed())
+        qWarning("%s", qPrintable(m_program->log()));
+    m_user.reset();
+    m_program.reset();
+    m_instrument.reset();
+}
+
+/// Gives the instrument an order; false if it is refused.
+bool TestFaults::order(const QString& line)
+{
+    return m_instrument->order(line).startsWith(QLatin1String("ok"));
+}
+
+/// Waits until a fault has acted.
+bool TestFaults::waitForFault(const QString& begin) const
+{
+    return QTest::qWaitFor(
+        [this, &begin] { return !m_instrument->faults().filter(begin).isEmpty(); }, kEndWaitMs);
+}
+
+/// Presses stop and waits until the program has drained the instrument.
+bool TestFaults::stopScan()
+{
+    m_user->clickStart();
+    const int aborts = m_instrument->received().count(QStringLiteral("ABOR"));
+    return QTest::qWaitFor(
+               [this, aborts] {
+                   return m_instrument->received().count(QStringLiteral("ABOR")) >= aborts &&
+                          m_instrument->sent().contains(QStringLiteral("+256"));
+               },
+               kEndWaitMs) &&
+           ProgramUser::waitForPolls(*m_instrument, 3);
+}
+
+/// Clicks the overlay's button and waits until the program is at work again.
+bool TestFaults::recover()
+{
+    const int openings = m_instrument->received().count(QStringLiteral("*CLS"));
+    m_user->clickRecovery();
+    return QTest::qWaitFor(
+               [this, openings] {
+                   return m_instrument->received().count(QStringLiteral("*CLS")) > openings;
+               },
+               kEndWaitMs) &&
+           QTest::qWaitFor([this] { return !m_user->seesRecoveryButton(); }, 2 * kEndWaitMs) &&
+           // The busy overlay of a window that has just come up goes after two seconds.
+           ProgramUser::waitForPolls(*m_instrument, 5);
+}
+
+bool TestFaults::leave()
+{
+    m_program->write("exit\n");
+    return m_program->waitForEnd(kEndWaitMs) && !m_program->crashed();
+}
+
+Readings TestFaults::stored() const
+{
+    return readingsInStore(m_program->directory() + kStore);
+}
+
+void TestFaults::refusedConnectionAtStart()
+{
+    m_instrument = std::make_unique<SimulatedInstrument>(
+        Transport::Tcp, options({QStringLiteral("--fault"), QStringLiteral("refuse")}));
+    QVERIFY(m_user->open(*m_instrument));
+    QTRY_VERIFY_WITH_TIMEOUT(m_user->seesRecoveryButton(), kEndWaitMs);
+    QCOMPARE(m_instrument->received(), QStringList());
+    // A try that fails again leaves the button there.
+    m_user->clickRecovery();
+    QTest::qWait(1000);
+    QTRY_VERIFY_WITH_TIMEOUT(m_user->seesRecoveryButton(), kEndWaitMs);
+    QVERIFY(order(QStringLiteral("clear")));
+    QVERIFY(recover());
+    QVERIFY(m_user->startScan(*m_instrument));
+    QVERIFY(stopScan());
+    QVERIFY(leave());
+    QCOMPARE(difference(stored(), readingsInReplies(m_instrument->sent())), QString());
+}
+
+void TestFaults::silentIdentityAtStart()
+{
+    m_instrument = std::make_unique<SimulatedInstrument>(
+        Transport::Tcp,
+        options({QStringLiteral("--fault"), QStringLiteral("silence for *IDN? times 1")}));
+    QElapsedTimer timer;
+    timer.start();
+    QVERIFY(m_user->open(*m_instrument));
+    QTRY_VERIFY_WITH_TIMEOUT(m_user->seesRecoveryButton(), kEndWaitMs);
+    QVERIFY2(timer.elapsed() >= kExchangeMs, qPrintable(QString::number(timer.elapsed())));
+    QCOMPARE(m_instrument->received(),
+             (QStringList{QStringLiteral("*CLS"), QStringLiteral("*IDN?")}));
+    QVERIFY(recover());
+    QVERIFY(m_user->startScan(*m_instrument));
+    QVERIFY(leave());
+}
+
+void TestFaults::garbledReadBackAtStart()
+{
+    QStringList faults;
+    for (const char* fault :
+         {"oversize for SYST:CTYP? 2 times 1", "garbage for FUNC? (@101) times 2",
+          "truncate 3 for VOLT:DC:NPLC? (@102) times 1", "shorten 2 for ROUT:SCAN? times 1",
+          "garbage 300 for CALC:SCAL:GAIN? (@103)", "oversize 100000 for MMEM:LOG:ENAB? times 1",
+          "reject for SYST:DATE *", "delay 5600 for MEM:STAT:NAME? 3 times 1",
+          "delay 300 for STAT:OPER:COND? times 1", "garbage for TRIG:SOUR? times 1"})
+        faults << QStringLiteral("--fault") << QString::fromLatin1(fault);
+    m_instrument = std::make_unique<SimulatedInstrument>(Transport::Tcp, options(faults));
+    QVERIFY(m_user->bringUp(*m_instrument));
+    // All of it has happened, and what comes behind is in step again.
+    QCOMPARE(m_instrument->faults().size(), 11);
+    QVERIFY(order(QStringLiteral("clear")));
+    QVERIFY(m_user->startScan(*m_instrument));
+    QVERIFY(stopScan());
+    QVERIFY(leave());
+    QCOMPARE(difference(stored(), readingsInReplies(m_instrument->sent())), QString());
+    QCOMPARE(stored().keys(), (QList<int>{101, 102, 103, 104}));
+}
+
+void TestFaults::garbledIdentityKeepsTheStoreInItsPlace()
+{
+    m_instrument = std::make_unique<SimulatedInstrument>(
+        Transport::Tcp, options({QStringLiteral("--fault"), QStringLiteral("garbage 90 for *IDN?"),
+                                 QStringLiteral("--seed"), QStringLiteral("3")}));
+    QVERIFY(m_user->bringUp(*m_instrument));
+    QVERIFY(m_user->startScan(*m_instrument));
+    QVERIFY(stopScan());
+    QVERIFY(leave());
+    // Whatever the name is, it lies directly below the program.
+    const QStringList stores =
+        QDir(m_program->directory())
+            .entryList({QStringLiteral("*_Data")}, QDir::Dirs | QDir::Hidden);
+    QCOMPARE(stores.size(), 1);
+    const QString store = m_program->directory() + QLatin1Char('/') + stores.constFirst();
+    QCOMPARE(difference(readingsInStore(store), readingsInReplies(m_instrument->sent())),
+             QString());
+}
+
+void TestFaults::refusedScanListEndsTheScanAtOnce()
+{
+    m_instrument = std::make_unique<SimulatedInstrument>(Transport::Tcp, options());
+    QVERIFY(m_user->bringUp(*m_instrument));
+    QVERIFY(order(QStringLiteral("fault reject for ROUT:SCAN *")));
+    m_user->tickChannel(0);
+    QVERIFY(waitForFault(QStringLiteral("reject")));
+    m_user->clickStart();
+    // INIT finds no channel; the first pass finds no readings and an idle instrument.
+    QTRY_COMPARE_WITH_TIMEOUT(m_instrument->received().count(QStringLiteral("INIT")), 1,
+                              kEndWaitMs);
+    QTRY_VERIFY_WITH_TIMEOUT(
+        m_instrument->sent().contains(QStringLiteral("-221,\"Settings conflict\"")), kEndWaitMs);
+    QVERIFY(ProgramUser::waitForPolls(*m_instrument, 3));
+    QVERIFY(!m_instrument->received().contains(QStringLiteral("ABOR")));
+
+    // The program is idle again, and a scan list that is taken scans.
+    QVERIFY(order(QStringLiteral("clear")));
+    QVERIFY(leave());
+}
+
+void TestFaults::spoiltBatchesCostOnlyThemselves()
+{
+    m_instrument = std::make_unique<SimulatedInstrument>(Transport::Tcp, options());
+    QVERIFY(m_user->bringUp(*m_instrument));
+    QVERIFY(m_user->startScan(*m_instrument));
+    // One after the other, each on a batch of its own.
+    for (const char* fault :
+         {"badrecord month for R? * times 1", "badrecord unit for R? * times 1",
+          "badrecord field for R? * times 1", "garbage 200 for R? * times 1",
+          "shorten 120 for R? * times 1", "oversize 50000 for R? * times 1",
+          "garbage 30 for DATA:POIN? times 1", "garbage 30 for STAT:OPER:COND? times 1"}) {
+        QVERIFY(order(QStringLiteral("fault ") + QString::fromLatin1(fault)));
+        QVERIFY2(waitForFault(QString::fromLatin1(fault)), fault);
+    }
+    QVERIFY(ProgramUser::waitForPolls(*m_instrument, 2));
+    QVERIFY(stopScan());
+    QVERIFY(leave());
+
+    const Readings storable = storableReadings(m_instrument->sent());
+    QCOMPARE(difference(stored(), storable), QString());
+    QVERIFY(countOf(storable) > 200);
+    QCOMPARE(m_program->log().count(QStringLiteral("无效的日期时间格式")), 1);
+    QCOMPARE(m_program->log().count(QStringLiteral("Invalid voltage format:")), 1);
+    QCOMPARE(m_program->log().count(QStringLiteral("无效的数据记录，跳过解析")), 2);
+    QVERIFY(m_program->log().contains(QStringLiteral("存在不完整的数据记录，已忽略")));
+}
+
+void TestFaults::missingRepliesCostOnlyTheirTime_data()
+{
+    QTest::addColumn<QStringList>("faults");
+    QTest::newRow("batches") << QStringList{QStringLiteral("silence for R? * times 1"),
+                                            QStringLiteral("reject -410 for R? * times 1"),
+                                            QStringLiteral("truncate 10 for R? * times 1")};
+    QTest::newRow("questions") << QStringList{
+        QStringLiteral("silence for DATA:POIN? times 1"),
+        QStringLiteral("silence for STAT:OPER:COND? times 1"),
+        QStringLiteral("silence for STAT:OPER:EVEN? times 1")};
+}
+
+void TestFaults::missingRepliesCostOnlyTheirTime()
+{
+    QFETCH(QStringList, faults);
+    m_instrument = std::make_unique<SimulatedInstrument>(Transport::Tcp, options());
+    QVERIFY(m_user->bringUp(*m_instrument));
+    QVERIFY(m_user->startScan(*m_instrument));
+    for (const QString& fault : qAsConst(faults)) {
+        QVERIFY(order(QStringLiteral("fault ") + fault));
+        QVERIFY2(waitForFault(fault), qPrintable(fault));
+        QElapsedTimer timer;
+        timer.start();
+        QVERIFY(ProgramUser::waitForPolls(*m_instrument, 1));
+        QVERIFY2(timer.elapsed() < 2 * kExchangeMs, qPrintable(fault));
+    }
+    QVERIFY(stopScan());
+    QVERIFY(!m_user->seesRecoveryButton());
+    QVERIFY(leave());
+    // A batch that was swallowed or refused stays in the instrument and comes with the next try.
+    QCOMPARE(difference(stored(), storableReadings(m_instrument->sent())), QString());
+    QVERIFY(!m_program->log().contains(QStringLiteral("无效的数据记录")));
+}
+
+void TestFaults::lateRepliesAreNotTakenForTheNext()
+{
+    m_instrument = std::make_unique<SimulatedInstrument>(Transport::Tcp, options());
+    QVERIFY(m_user->bringUp(*m_instrument));
+    QVERIFY(m_user->startScan(*m_instrument));
+    // They arrive in the pause of a second behind the poll that follows.
+    for (const char* query : {"DATA:POIN?", "STAT:OPER:COND?"}) {
+        const int polls = m_instrument->received().count(kPoll);
+        QVERIFY(order(QStringLiteral("fault delay 5500 for %1 times 1").arg(QLatin1String(query))));
+        QVERIFY2(waitForFault(QLatin1String(query)), query);
+        QTRY_VERIFY_WITH_TIMEOUT(m_instrument->received().count(kPoll) > polls + 2, kEndWaitMs);
+    }
+    QVERIFY(stopScan());
+    QVERIFY(leave());
+    QCOMPARE(difference(stored(), readingsInReplies(m_instrument->sent())), QString());
+    // Each fetch asks for what the instrument has just told: no answer has slipped by one.
+    const QStringList lines = m_instrument->received();
+    QCOMPARE(lines.filter(QRegExp(QStringLiteral("^R\\? (256|16|32|2048)$"))).size(), 0);
+    QVERIFY(!m_program->log().contains(QStringLiteral("无效的数据记录")));
+}
+
+void TestFaults::clockJumpIsStoredAsItComes()
+{
+    m_instrument = std::make_unique<SimulatedInstrument>(Transport::Tcp, options());
+    QVERIFY(m_user->bringUp(*m_instrument));
+    QVERIFY(m_user->startScan(*m_instrument));
+    // Two hours one way and one hour back, within the day.
+    const int way = QTime::currentTime().hour() < 12 ? 1 : -1;
+    QVERIFY(order(QStringLiteral("fault clock %1 for R? *").arg(7200 * way)));
+    QVERIFY(waitForFault(QStringLiteral("clock")));
+    QVERIFY(ProgramUser::waitForPolls(*m_instrument, 2));
+    QVERIFY(order(QStringLiteral("jump %1").arg(-3600 * way)));
+    QVERIFY(ProgramUser::waitForPolls(*m_instrument, 2));
+    // There is no file of the day before, and none is made; the readings behind it are stored again.
+    QVERIFY(order(QStringLiteral("jump -90000")));
+    QVERIFY(ProgramUser::waitForPolls(*m_instrument, 2));
+    QVERIFY(order(QStringLiteral("jump 90000")));
+    QVERIFY(ProgramUser::waitForPolls(*m_instrument, 2));
+    QVERIFY(stopScan());
+    QVERIFY(leave());
+
+    const qint64 midnight = QDateTime(QDate::currentDate(), QTime(0, 0)).toMSecsSinceEpoch();
+    Readings ofToday;
+    const Readings sent = readingsInReplies(m_instrument->sent());
+    for (auto channel = sent.cbegin(); channel != sent.cend(); ++channel) {
+        for (const auto& reading : *channel) {
+            if (reading.first >= midnight)
+                ofToday[channel.key()].append(reading);
+        }
+        // The store gives them in the order of time.
+        std::sort(ofToday[channel.key()].begin(), ofToday[channel.key()].end());
+    }
+    QVERIFY(countOf(ofToday) < countOf(sent));
+    QCOMPARE(difference(stored(), ofToday), QString());
+}
+
+void TestFaults::triggersAndAlarmsFromOutsideComeThrough()
+{
+    m_instrument = std::make_unique<SimulatedInstrument>(Transport::Tcp, options());
+    QVERIFY(m_user->bringUp(*m_instrument));
+    // Somebody sets the instrument up by hand.
+    StreamClient hand;
+    QVERIFY(hand.connectTo(m_instrument->port()));
+    QCOMPARE(hand.ask("TRIG:SOUR EXT;SOUR?"), QByteArray("EXT"));
+    QVERIFY(order(QStringLiteral("alarm 102 2")));
+    m_user->tickChannel(0);
+    m_user->tickChannel(1);
+    QTRY_VERIFY_WITH_TIMEOUT(
+        m_instrument->received().contains(QStringLiteral("ROUT:SCAN (@101,102)")), kEndWaitMs);
+    m_user->clickStart();
+    // It waits for its trigger, and the scan goes on.
+    QTRY_VERIFY_WITH_TIMEOUT(m_instrument->sent().count(QStringLiteral("+32")) >= 2, kEndWaitMs);
+    for (int sweep = 1; sweep <= 3; ++sweep) {
+        QVERIFY(order(QStringLiteral("trigger external")));
+        QTRY_COMPARE_WITH_TIMEOUT(m_instrument->received().count(QStringLiteral("R? 2")), sweep,
+                                  kEndWaitMs);
+        QVERIFY(ProgramUser::waitForPolls(*m_instrument, 1));
+    }
+    QVERIFY(stopScan());
+    QVERIFY(leave());
+    const Readings sent = readingsInReplies(m_instrument->sent());
+    QCOMPARE(countOf(sent), 6);
+    QCOMPARE(difference(stored(), sent), QString());
+    QCOMPARE(m_instrument->sent().join(QString()).count(QStringLiteral(",101,0")), 3);
+    QCOMPARE(m_instrument->sent().join(QString()).count(QStringLiteral(",102,2")), 3);
+}
+
+void TestFaults::usedElsewhereEndsInTheOverlayAndRecovers()
+{
+    m_instrument = std::make_unique<SimulatedInstrument>(Transport::Tcp, options());
+    QVERIFY(m_user->bringUp(*m_instrument));
+    QVERIFY(!m_user->seesRecoveryButton());
+    QVERIFY(m_user->startScan(*m_instrument));
+    QVERIFY(order(QStringLiteral("fault elsewhere for STAT:OPER:EVEN? times 1")));
+    QTRY_VERIFY_WITH_TIMEOUT(m_user->seesRecoveryButton(), kEndWaitMs);
+    // The program leaves the instrument to the other one.
+    QTest::qWait(1500);
+    QCOMPARE(m_instrument->sent().constLast(), QStringLiteral("+2048"));
+    QVERIFY(!m_instrument->received().contains(QStringLiteral("ABOR")));
+    QVERIFY(m_program->isRunning());
+
+    // It finds it scanning, stops it and fetches what is left.
+    QVERIFY(recover());
+    QCOMPARE(m_instrument->received().count(QStringLiteral("ABOR")), 1);
+    QTRY_COMPARE_WITH_TIMEOUT(m_instrument->sent().constLast(), QStringLiteral("+0"), kEndWaitMs);
+    QVERIFY(ProgramUser::waitForPolls(*m_instrument, 3));
+    QVERIFY(leave());
+    QCOMPARE(difference(stored(), readingsInReplies(m_instrument->sent())), QString());
+}
+
+void TestFaults::droppedLinkRecovers_data()
+{
+    QTest::addColumn<int>("transport");
+    QTest::newRow("TCP") << static_cast<int>(Transport::Tcp);
+    QTest::newRow("pseudo-terminal") << static_cast<int>(Transport::PseudoTerminal);
+}
+
+void TestFaults::droppedLinkRecovers()
+{
+    QFETCH(int, transport);
+    // What gathers in the instrument meanwhile must fit the program's buffer for a reply.
+    m_instrument =
+        std::make_unique<SimulatedInstrument>(static_cast<Transport>(transport), options({}, 10));
+    QVERIFY(m_user->bringUp(*m_instrument));
+    QVERIFY(m_user->startScan(*m_instrument));
+    QVERIFY(order(QStringLiteral("fault refuse")));
+    QVERIFY(order(QStringLiteral("fault drop for R? * times 1")));
+    QVERIFY(waitForFault(QStringLiteral("drop")));
+    QElapsedTimer timer;
+    timer.start();
+    QTRY_VERIFY_WITH_TIMEOUT(m_user->seesRecoveryButton(), kLossWaitMs);
+    QVERIFY2(timer.elapsed() >= 17000, qPrintable(QString::number(timer.elapsed())));
+
+    // While nobody may connect the button stays.
+    m_user->clickRecovery();
+    QTest::qWait(1000);
+    QTRY_VERIFY_WITH_TIMEOUT(m_user->seesRecoveryButton(), kEndWaitMs);
+    QVERIFY(order(QStringLiteral("clear")));
+    QVERIFY(recover());
+    QCOMPARE(m_instrument->received().count(QStringLiteral("ABOR")), 1);
+    QVERIFY(ProgramUser::waitForPolls(*m_instrument, 3));
+    QVERIFY(leave());
+    QCOMPARE(difference(stored(), readingsInReplies(m_instrument->sent())), QString());
+}
+
+void TestFaults::silentInstrumentIsGivenUpAndRecovers()
+{
+    m_instrument = std::make_unique<SimulatedInstrument>(Transport::Tcp, options());
+    QVERIFY(m_user->bringUp(*m_instrument));
+    QVERIFY(order(QStringLiteral("fault silence")));
+    QVERIFY(waitForFault(QStringLiteral("silence")));
+    QTRY_VERIFY_WITH_TIMEOUT(m_user->seesRecoveryButton(), kSilenceWaitMs);
+    // One poll and six more.
+    QTRY_COMPARE(m_instrument->faults().size(), 7);
+    QVERIFY(order(QStringLiteral("clear")));
+    QVERIFY(recover());
+    QVERIFY(m_user->startScan(*m_instrument));
+    QVERIFY(stopScan());
+    QVERIFY(leave());
+    QCOMPARE(difference(stored(), readingsInReplies(m_instrument->sent())), QString());
+}
+
+QTEST_GUILESS_MAIN(TestFaults)
+#include "test_faults.moc"
