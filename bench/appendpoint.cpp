@@ -2,7 +2,8 @@
 // the same tables with statements that are prepared once.
 
 #include "alternatingrounds.h"
-#include "rawstore.h"
+#include "rawappender.h"
+#include "runbenchmarks.h"
 
 #include "storage/connectionpool.h"
 #include "storage/curvedatadb.h"
@@ -17,125 +18,12 @@
 #include <cstdio>
 #include <cstdlib>
 #include <ctime>
-#include <memory>
 
 namespace {
 
 constexpr int kRounds = 15;
 constexpr int kPointsPerRound = 2400;
 constexpr double kLimit = 1.6;
-
-/// Readings of all curves in turn, a millisecond from one to the next.
-class Readings
-{
-public:
-    Readings(int curves, qint64 start)
-        : m_curves(curves)
-        , m_time(start)
-    {
-    }
-
-    void next()
-    {
-        m_curveId = m_curveId % m_curves + 1;
-        ++m_time;
-        m_value = m_value < 1000.0 ? m_value + 0.125 : -1000.0;
-    }
-    int curveId() const { return m_curveId; }
-    qint64 time() const { return m_time; }
-    double value() const { return m_value; }
-
-private:
-    int m_curves;
-    int m_curveId = 0;
-    qint64 m_time;
-    double m_value = 0.0;
-};
-
-/// Two commits a reading: the row, and the extremes of its curve.
-class Yardstick
-{
-public:
-    Yardstick(const QString& path, int curves, qint64 batchStart)
-        : m_store(path)
-        , m_readings(curves, batchStart)
-        , m_bounds(static_cast<size_t>(curves))
-    {
-        m_store.execute("PRAGMA journal_mode = WAL");
-        m_store.execute("PRAGMA synchronous = NORMAL");
-        m_store.execute("PRAGMA foreign_keys = ON");
-        m_store.createBaseTables();
-        m_begin = m_store.prepare("BEGIN");
-        m_commit = m_store.prepare("COMMIT");
-        m_forget = m_store.prepare("DELETE FROM curve_metadata WHERE curve_id = ?");
-        m_note = m_store.prepare("INSERT INTO curve_metadata (curve_id, min_time, max_time, "
-                                 "min_value, max_value) VALUES (?, ?, ?, ?, ?)");
-        for (int curveId = 1; curveId <= curves; ++curveId) {
-            const QString table = rawTableName(curveId, batchStart);
-            m_store.addCurve(curveId, QStringLiteral("%1(V)").arg(curveId));
-            m_store.createBatchTable(curveId, batchStart, table);
-            m_inserts.push_back(m_store.prepare("INSERT OR IGNORE INTO " + table.toStdString() +
-                                                " (curve_id, timestamp, value) VALUES (?, ?, ?)"));
-        }
-    }
-
-    ~Yardstick()
-    {
-        for (sqlite3_stmt* statement : m_inserts)
-            sqlite3_finalize(statement);
-        for (sqlite3_stmt* statement : {m_begin, m_commit, m_forget, m_note})
-            sqlite3_finalize(statement);
-    }
-
-    Yardstick(const Yardstick&) = delete;
-    Yardstick& operator=(const Yardstick&) = delete;
-
-    void appendPoint()
-    {
-        m_readings.next();
-        const auto index = static_cast<size_t>(m_readings.curveId() - 1);
-        sqlite3_stmt* const insert = m_inserts[index];
-        sqlite3_bind_int(insert, 1, m_readings.curveId());
-        sqlite3_bind_int64(insert, 2, m_readings.time());
-        sqlite3_bind_double(insert, 3, m_readings.value());
-        stepDone(insert);
-
-        DBCurveMetadata& bounds = m_bounds[index];
-        bounds.minTime = std::min(bounds.minTime, m_readings.time());
-        bounds.maxTime = std::max(bounds.maxTime, m_readings.time());
-        bounds.minValue = std::min(bounds.minValue, m_readings.value());
-        bounds.maxValue = std::max(bounds.maxValue, m_readings.value());
-        stepDone(m_begin);
-        sqlite3_bind_int(m_forget, 1, m_readings.curveId());
-        stepDone(m_forget);
-        sqlite3_bind_int(m_note, 1, m_readings.curveId());
-        sqlite3_bind_int64(m_note, 2, bounds.minTime);
-        sqlite3_bind_int64(m_note, 3, bounds.maxTime);
-        sqlite3_bind_double(m_note, 4, bounds.minValue);
-        sqlite3_bind_double(m_note, 5, bounds.maxValue);
-        stepDone(m_note);
-        stepDone(m_commit);
-    }
-
-private:
-    RawStore m_store;
-    Readings m_readings;
-    std::vector<DBCurveMetadata> m_bounds;
-    std::vector<sqlite3_stmt*> m_inserts;
-    sqlite3_stmt* m_begin = nullptr;
-    sqlite3_stmt* m_commit = nullptr;
-    sqlite3_stmt* m_forget = nullptr;
-    sqlite3_stmt* m_note = nullptr;
-};
-
-/// Today's file with its curves, so that the store finds them instead of pausing for each.
-void prepareDayFile(const QString& path, int curves)
-{
-    RawStore file(path);
-    file.createBaseTables();
-    for (int curveId = 1; curveId <= curves; ++curveId)
-        file.addCurve(curveId, QStringLiteral("%1(V)").arg(curveId));
-}
 
 /// Ends the program unless the file holds that many readings of all curves, and the extremes of
 /// each.
@@ -174,11 +62,11 @@ void appendPoint(benchmark::State& state, int curves, bool zoneSet, int pointsPe
     const qint64 batchStart = alignToBatchStart(QDateTime::currentMSecsSinceEpoch());
     const QString dayFile = directory.filePath(todayKey() + QStringLiteral(".db"));
     const QString yardstickFile = directory.filePath(QStringLiteral("yardstick.sqlite"));
-    prepareDayFile(dayFile, curves);
+    RawStore(dayFile).createDay(curves); // so that the store does not pause for each
     CurveDataDB store(directory.path());
     for (int curveId = 1; curveId <= curves; ++curveId)
-        store.registerCurve(QStringLiteral("%1(V)").arg(curveId));
-    Yardstick yardstick(yardstickFile, curves, batchStart);
+        store.registerCurve(rawCurveName(curveId));
+    RawAppender yardstick(yardstickFile, curves, batchStart);
     Readings readings(curves, batchStart);
     int untilRefresh = pointsPerRefresh;
     const auto appendMany = [&] {
@@ -191,10 +79,7 @@ void appendPoint(benchmark::State& state, int curves, bool zoneSet, int pointsPe
             }
         }
     };
-    const auto yardstickMany = [&] {
-        for (int i = 0; i < kPointsPerRound; ++i)
-            yardstick.appendPoint();
-    };
+    const auto yardstickMany = [&] { yardstick.appendPoints(kPointsPerRound); };
     for (auto _ : state)
         reportRatio(state, measureAlternating(kRounds, kPointsPerRound, appendMany, yardstickMany),
                     kLimit);
@@ -226,8 +111,7 @@ int main(int argc, char** argv)
             ->Iterations(1)
             ->Unit(benchmark::kMillisecond);
     }
-    benchmark::Initialize(&argc, argv);
-    benchmark::RunSpecifiedBenchmarks();
+    const int result = runBenchmarks(argc, argv);
     ConnectionPool::instance().closeForExit(QDeadlineTimer(2000));
-    return 0;
+    return result;
 }

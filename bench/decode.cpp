@@ -1,6 +1,7 @@
 // Decoding a full reply of the instrument against a plain C loop over the same bytes.
 #include "acquisition/recorddecoder.h"
 #include "alternatingrounds.h"
+#include "runbenchmarks.h"
 
 #include <QString>
 
@@ -94,4 +95,7 @@ void decodeFullReply(benchmark::State& state, const char* zone)
 BENCHMARK_CAPTURE(decodeFullReply, zoneWithoutSummerTime, "CST-8")->Iterations(1);
 BENCHMARK_CAPTURE(decodeFullReply, zoneWithSummerTime, "CET-1CEST,M3.5.0,M10.5.0/3")->Iterations(1);
 
-BENCHMARK_MAIN();
+int main(int argc, char** argv)
+{
+    return runBenchmarks(argc, argv);
+}

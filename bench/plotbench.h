@@ -1,10 +1,12 @@
 #pragma once
 
+#include "runbenchmarks.h"
+
 #include "plot/ccurveplot.h"
 #include "storage/curvedatadb.h"
 #include "storage/curveseriesdata.h"
 
-#include <QCoreApplication>
+#include <QApplication>
 #include <QDateTime>
 #include <QDir>
 #include <QRandomGenerator>
@@ -113,3 +115,15 @@ private:
     std::vector<QwtPlotCurve*> m_curves;
     CCurvePlot m_plot;
 };
+
+/// The main() of a benchmark of the plot.
+inline int runPlotBenchmarks(int argc, char** argv)
+{
+    qputenv("QT_QPA_PLATFORM", "offscreen");
+    const QApplication application(argc, argv);
+    PlotBench::removeStore();
+    const int result = runBenchmarks(argc, argv);
+    CurveDataDB::shutdown();
+    PlotBench::removeStore();
+    return result;
+}

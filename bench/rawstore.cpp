@@ -46,7 +46,7 @@ sqlite3_stmt* RawStore::prepare(const std::string& sql)
     return statement;
 }
 
-void RawStore::createBaseTables()
+void RawStore::createDay(int curves)
 {
     execute("CREATE TABLE IF NOT EXISTS curve_info ("
             "curve_id INTEGER PRIMARY KEY AUTOINCREMENT, name TEXT NOT NULL UNIQUE)");
@@ -57,12 +57,11 @@ void RawStore::createBaseTables()
     execute("CREATE TABLE IF NOT EXISTS curve_metadata ("
             "curve_id INTEGER PRIMARY KEY, min_time INTEGER, max_time INTEGER, min_value REAL, "
             "max_value REAL, FOREIGN KEY(curve_id) REFERENCES curve_info(curve_id))");
-}
-
-void RawStore::addCurve(int curveId, const QString& name)
-{
-    execute("INSERT INTO curve_info (curve_id, name) VALUES (" + std::to_string(curveId) + ", '" +
-            name.toStdString() + "')");
+    execute("BEGIN");
+    for (int curveId = 1; curveId <= curves; ++curveId)
+        execute("INSERT INTO curve_info (curve_id, name) VALUES (" + std::to_string(curveId) +
+                ", '" + rawCurveName(curveId).toStdString() + "')");
+    execute("COMMIT");
 }
 
 void RawStore::createBatchTable(int curveId, qint64 batchStart, const QString& tableName)
@@ -90,6 +89,11 @@ void stepDone(sqlite3_stmt* statement)
         std::exit(1);
     }
     sqlite3_reset(statement);
+}
+
+QString rawCurveName(int curveId)
+{
+    return QStringLiteral("%1(V)").arg(100 + curveId);
 }
 
 QString rawTableName(int curveId, qint64 batchStart)

@@ -26,11 +26,9 @@ public:
     /// A prepared statement; the caller finalizes it before this object goes.
     sqlite3_stmt* prepare(const std::string& sql);
 
-    /// The three tables that every day file has.
-    void createBaseTables();
-
-    /// Enters a curve under the given number.
-    void addCurve(int curveId, const QString& name);
+    /// The three tables that every day file has, and so many curves under the numbers from 1 and
+    /// rawCurveName().
+    void createDay(int curves);
 
     /// The table, the index and the catalogue row of one six-hour batch of a curve.
     void createBatchTable(int curveId, qint64 batchStart, const QString& tableName);
@@ -43,6 +41,9 @@ private:
 
 /// Steps a statement that gives no row, and makes it ready for the next run.
 void stepDone(sqlite3_stmt* statement);
+
+/// "101(V)" for the curve 1.
+QString rawCurveName(int curveId);
 
 /// "curve_1_batch_20260112_060000_20260112_115959".
 QString rawTableName(int curveId, qint64 batchStart);

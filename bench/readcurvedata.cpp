@@ -2,6 +2,7 @@
 
 #include "alternatingrounds.h"
 #include "rawstore.h"
+#include "runbenchmarks.h"
 
 #include "storage/connectionpool.h"
 #include "storage/curvedatadb.h"
@@ -51,9 +52,7 @@ public:
         : m_directory(QCoreApplication::applicationDirPath() +
                       QStringLiteral("/readcurvedata-XXXXXX"))
     {
-        RawStore today(pathOf(5));
-        today.createBaseTables();
-        today.addCurve(1, QStringLiteral("101(V)"));
+        RawStore(pathOf(5)).createDay(1);
         setStoreClock(&presentTime);
     }
 
@@ -90,8 +89,7 @@ void insertPoints(sqlite3_stmt* insert, int curveId, int points, qint64 start, q
 void fillBatch(const QString& path, qint64 batchStart, int points, qint64 stepMs)
 {
     RawStore file(path);
-    file.createBaseTables();
-    file.addCurve(1, QStringLiteral("101(V)"));
+    file.createDay(1);
     const QString table = rawTableName(1, batchStart);
     file.createBatchTable(1, batchStart, table);
     sqlite3_stmt* const insert = prepareInsert(file, table);
@@ -108,9 +106,7 @@ void fillDay(const QString& path, qint64 midnight, int curves, qint64 stepMs)
     file.execute("PRAGMA synchronous = OFF");
     file.execute("PRAGMA journal_mode = OFF");
     file.execute("PRAGMA cache_size = -400000"); // the pages that grow at a time
-    file.createBaseTables();
-    for (int curveId = 1; curveId <= curves; ++curveId)
-        file.addCurve(curveId, QStringLiteral("%1(V)").arg(100 + curveId));
+    file.createDay(curves);
     for (int batch = 0; batch < 4; ++batch) {
         const qint64 start = midnight + batch * kRawBatchLengthMs;
         file.execute("BEGIN");
@@ -199,7 +195,7 @@ void loadWindowFromMemory(benchmark::State& state)
     constexpr int kLoads = 100;
     const Store files;
     CurveDataDB store(files.path());
-    CurveSeriesData series(QStringLiteral("101(V)"), &store);
+    CurveSeriesData series(rawCurveName(1), &store);
     const qint64 start = midnightOf(5);
     QVector<QPointF> points;
     for (int i = 0; i < kPoints; ++i)
@@ -248,8 +244,7 @@ BENCHMARK(loadWindowFromMemory)
 int main(int argc, char** argv)
 {
     QCoreApplication application(argc, argv);
-    benchmark::Initialize(&argc, argv);
-    benchmark::RunSpecifiedBenchmarks();
+    const int result = runBenchmarks(argc, argv);
     ConnectionPool::instance().closeForExit(QDeadlineTimer(2000));
-    return 0;
+    return result;
 }

@@ -6,7 +6,6 @@
 
 #include <benchmark/benchmark.h>
 
-#include <QApplication>
 #include <QImage>
 #include <QPainter>
 
@@ -89,12 +88,5 @@ BENCHMARK_CAPTURE(reloadAndReplot, noisy, PlotBench::Signal::Noisy)
 
 int main(int argc, char** argv)
 {
-    qputenv("QT_QPA_PLATFORM", "offscreen");
-    const QApplication application(argc, argv);
-    benchmark::Initialize(&argc, argv);
-    PlotBench::removeStore();
-    benchmark::RunSpecifiedBenchmarks();
-    CurveDataDB::shutdown();
-    PlotBench::removeStore();
-    return 0;
+    return runPlotBenchmarks(argc, argv);
 }

@@ -8,8 +8,6 @@
 
 #include <benchmark/benchmark.h>
 
-#include <QApplication>
-
 #include <qwt_scale_map.h>
 #include <qwt_text.h>
 
@@ -122,12 +120,5 @@ BENCHMARK_CAPTURE(readout, noisy, PlotBench::Signal::Noisy)
 
 int main(int argc, char** argv)
 {
-    qputenv("QT_QPA_PLATFORM", "offscreen");
-    const QApplication application(argc, argv);
-    benchmark::Initialize(&argc, argv);
-    PlotBench::removeStore();
-    benchmark::RunSpecifiedBenchmarks();
-    CurveDataDB::shutdown();
-    PlotBench::removeStore();
-    return 0;
+    return runPlotBenchmarks(argc, argv);
 }
