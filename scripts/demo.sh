@@ -61,8 +61,11 @@ click 330 300  # its side bar
 click 350 90   # a new chart
 xdotool mousemove 600 52 click --repeat 2 --delay 60 1  # as large as the workspace
 sleep 1
+# The splitter goes up, so that three rows of the chart's table show.
+xdotool mousemove 950 747 mousedown 1 sleep 0.2 mousemove 950 650 sleep 0.2 mousemove 950 560 sleep 0.2 mouseup 1
+sleep 0.5
 for row in 1 2 3; do
-    click 690 $((776 + 31 * (row - 1)))
+    click 690 $((633 + 31 * (row - 1)))
     for _ in $(seq "$row"); do
         xdotool key Down
     done
