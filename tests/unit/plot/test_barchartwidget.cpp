@@ -97,8 +97,28 @@ struct Fixture
     }
     CustomComboBox* zoomBox() const { return chart.findChild<CustomComboBox*>(); }
 
+    /// True if the picture that the canvas keeps has `color`.
+    bool paints(const QColor& color) const
+    {
+        const QImage image = plot()->canvas()->grab().toImage();
+        for (int y = 0; y < image.height(); ++y)
+            for (int x = 0; x < image.width(); ++x)
+                if (image.pixelColor(x, y) == color)
+                    return true;
+        return false;
+    }
+
     BarChartWidget chart;
 };
+
+/// Loads a line across the minute from now for `series`.
+void loadLine(CurveSeriesData& series)
+{
+    const qint64 now = QDateTime::currentMSecsSinceEpoch();
+    for (int i = 0; i < 10; ++i)
+        series.addPoint(static_cast<double>(now + i * 1000), i);
+    series.loadWindow(now, now + 60000, 0, 0.0);
+}
 } // namespace
 
 class TestBarChartWidget : public QObject
@@ -130,9 +150,12 @@ private slots:
     void noneHidesTheCurveAndKeepsItsOffset();
     void hiddenChannelComesBackWithItsOffset();
     void changingTheChannelHidesTheOldOne();
+    void boxWithoutAnItemChangesNothing();
+    void pictureFollowsTheTable();
 
     void colorOfASelectedRowChangesItsCurve();
     void colorOfAnUnusedRowChangesNoCurve();
+    void noneIsNotChannelZero();
     void spinBoxShiftsCurveAndLabel();
     void typedOffsetShiftsTheCurve();
     void labelDragShowsInTheSpinBox();
@@ -264,6 +287,10 @@ void TestBarChartWidget::partsStandAsLaidOut()
     QCOMPARE(f.zoomBox()->itemText(0), QStringLiteral("水平"));
     QCOMPARE(f.zoomBox()->itemText(1), QStringLiteral("垂直"));
     QCOMPARE(f.zoomBox()->itemText(2), QStringLiteral("双向"));
+
+    const QWidget* colorCell = f.table()->cellWidget(0, 1);
+    const QPoint offCentre = f.button(0)->geometry().center() - colorCell->rect().center();
+    QVERIFY(offCentre.manhattanLength() <= 2);
 
     const QWidget* container = splitter->widget(1);
     QCOMPARE(container->layout()->contentsMargins(), QMargins(0, 0, 0, 0));
@@ -418,7 +445,9 @@ void TestBarChartWidget::noneHidesTheCurveAndKeepsItsOffset()
     f.choose(0, 101);
     f.spinBox(0)->setValue(2.5);
     QwtPlotCurve* curve = f.curve(101);
+    const QSignalSpy valueChanged(f.spinBox(0), qOverload<double>(&QDoubleSpinBox::valueChanged));
     f.chooseNone(0);
+    QCOMPARE(valueChanged.size(), 0);
     QCOMPARE(f.curves(), QList<QwtPlotCurve*>{curve});
     QVERIFY(!curve->isVisible());
     QVERIFY(!f.label(101)->isVisible());
@@ -440,7 +469,9 @@ void TestBarChartWidget::hiddenChannelComesBackWithItsOffset()
     QwtPlotCurve* curve = f.curve(101);
     const CurveLabel* label = f.label(101);
     f.chooseNone(0);
+    const QSignalSpy valueChanged(f.spinBox(3), qOverload<double>(&QDoubleSpinBox::valueChanged));
     f.choose(3, 101);
+    QCOMPARE(valueChanged.size(), 0);
     QCOMPARE(f.curves(), QList<QwtPlotCurve*>{curve});
     QVERIFY(curve->isVisible());
     QVERIFY(label->isVisible());
@@ -461,6 +492,34 @@ void TestBarChartWidget::changingTheChannelHidesTheOldOne()
     QVERIFY(f.curve(102)->isVisible());
     QVERIFY(f.label(102)->isVisible());
     QCOMPARE(f.spinBox(0)->suffix(), QStringLiteral(" mA"));
+}
+
+void TestBarChartWidget::boxWithoutAnItemChangesNothing()
+{
+    Fixture f;
+    m_store->add(101);
+    f.choose(0, 101);
+    f.combo(0)->setCurrentIndex(-1);
+    QVERIFY(f.curve(101)->isVisible());
+    f.combo(1)->setCurrentIndex(-1);
+    QVERIFY(!f.spinBox(1)->isEnabled());
+    QVERIFY(!f.unitsPerDiv(1)->isEnabled());
+}
+
+void TestBarChartWidget::pictureFollowsTheTable()
+{
+    Fixture f;
+    QVERIFY(QTest::qWaitForWindowExposed(&f.chart));
+    loadLine(*m_store->add(101));
+    const QColor color = f.button(0)->color();
+    f.choose(0, 101);
+    QVERIFY(f.paints(color));
+    const QColor other(1, 200, 3);
+    emit f.button(0)->colorChanged(other);
+    QVERIFY(f.paints(other));
+    QVERIFY(!f.paints(color));
+    f.chooseNone(0);
+    QVERIFY(!f.paints(other));
 }
 
 void TestBarChartWidget::colorOfASelectedRowChangesItsCurve()
@@ -487,6 +546,19 @@ void TestBarChartWidget::colorOfAnUnusedRowChangesNoCurve()
     emit f.button(1)->colorChanged(Qt::cyan);
     QCOMPARE(f.curve(101)->pen().color(), before);
     QCOMPARE(f.curves().size(), 1);
+}
+
+void TestBarChartWidget::noneIsNotChannelZero()
+{
+    Fixture f;
+    m_store->add(0);
+    f.chart.setChannelList({QStringLiteral("无"), QStringLiteral("0(V)")});
+    f.combo(0)->setCurrentIndex(1);
+    const QColor before = f.curve(0)->pen().color();
+    emit f.button(1)->colorChanged(Qt::cyan);
+    f.spinBox(1)->setValue(3.0);
+    QCOMPARE(f.curve(0)->pen().color(), before);
+    QCOMPARE(f.plot()->curveOffset(f.curve(0)), 0.0);
 }
 
 void TestBarChartWidget::spinBoxShiftsCurveAndLabel()
@@ -586,8 +658,12 @@ void TestBarChartWidget::clearRemovesCurvesAndLabels()
     f.choose(0, 101);
     f.choose(1, 102);
     f.spinBox(0)->setValue(5.0);
+    QwtPlotCurve* deleted = f.curve(101);
     f.chart.clearChart();
     QVERIFY(f.curves().isEmpty());
+    // The spin box is no curve's any more.
+    f.chart.setOffset(deleted, 7.0);
+    QCOMPARE(f.spinBox(0)->value(), 5.0);
     QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
     QVERIFY(!f.label(101));
     QVERIFY(!f.label(102));

@@ -70,6 +70,7 @@ private slots:
     void olderReadingMovesTheScrollingWindowBack();
     void readingDuringAnUpdateIsIgnored();
     void resetTimeWindowOpensANewOne();
+    void timeThatIsNotFollowedStands();
 
     void valueAxisFitsTheSamples_data();
     void valueAxisFitsTheSamples();
@@ -348,6 +349,19 @@ void TestCCurvePlot::resetTimeWindowOpensANewOne()
     QCOMPARE(upperMs(plot), qint64(1700000360000));
 }
 
+void TestCCurvePlot::timeThatIsNotFollowedStands()
+{
+    CCurvePlot plot;
+    plot.clearCurves();
+    plot.onNewSample(1700000000000);
+    plot.setFollowTime(false);
+    plot.onNewSample(1700000100000);
+    QCOMPARE(upperMs(plot), qint64(1700000060000));
+    plot.setFollowTime(true);
+    plot.onNewSample(1700000100000);
+    QCOMPARE(upperMs(plot), qint64(1700000100000));
+}
+
 void TestCCurvePlot::valueAxisFitsTheSamples_data()
 {
     QTest::addColumn<QVector<double>>("first");
@@ -463,6 +477,8 @@ void TestCCurvePlot::setAutoScaleYTakesTheAxisBack()
     plot.setAxisScale(QwtPlot::yLeft, 20.0, 30.0);
     plot.replot();
     plot.onNewSample(1700000000000);
+    QCOMPARE(valueBounds(plot).minValue(), 20.0);
+    plot.autoScaleY();
     QCOMPARE(valueBounds(plot).minValue(), 20.0);
     plot.onMagnifierZoomed(0.9);
     plot.setAutoScaleY(true);

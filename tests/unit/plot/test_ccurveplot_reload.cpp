@@ -456,6 +456,12 @@ void TestCCurvePlotReload::rangeCheckTakesNoNoticeOfAMillisecond()
     m_plot->setAxisScale(QwtPlot::xBottom, double(kStart), double(kStart + 1002));
     m_plot->replot();
     QTRY_COMPARE(m_plot->replots, 2);
+    QTest::qWait(kAllReloadsMs);
+    QCOMPARE(m_plot->replots, 2);
+    // Either end counts.
+    m_plot->setAxisScale(QwtPlot::xBottom, double(kStart - 2), double(kStart + 1002));
+    m_plot->replot();
+    QTRY_COMPARE(m_plot->replots, 4);
 }
 
 void TestCCurvePlotReload::rangeCheckWithoutCurvesReturnsAtOnce()
@@ -489,6 +495,10 @@ void TestCCurvePlotReload::rangeCheckReportsNewValueBounds()
     m_plot->replot();
     m_plot->checkAxisRangeChange();
     QCOMPARE(ranges.count(), 2);
+    m_plot->setAxisScale(QwtPlot::yLeft, 123.0 + 5e-6, 456.0 + 5e-6);
+    m_plot->replot();
+    m_plot->checkAxisRangeChange();
+    QCOMPARE(ranges.count(), 3);
 
     // A change of the value axis alone loads nothing.
     m_plot->replots = 0;
@@ -595,10 +605,19 @@ void TestCCurvePlotReload::widestZoomIsExactlyTenHours()
         turnWheel(*m_plot, 1);
     QCOMPARE(qint64(timeBounds(*m_plot).width()), qint64(36000000));
     QCOMPARE(lowerMs(*m_plot) + 18000000, kStart + 30000);
+    QCOMPARE(shownLowerMs(*m_plot), lowerMs(*m_plot));
     QTest::qWait(kAllReloadsMs);
     QCOMPARE(m_plot->replots, 102);
     QCOMPARE(series->visibleStart(), lowerMs(*m_plot) - 5000);
     QCOMPARE(qint64(timeBounds(*m_plot).width()), qint64(36000000));
+
+    // The cut is no move for the range check to reload after.
+    m_plot->setAxisScale(QwtPlot::xBottom, double(kStart), double(kStart + 36000000));
+    m_plot->replot();
+    turnWheel(*m_plot, 1);
+    timerOf(*m_plot, true)->stop();
+    m_plot->checkAxisRangeChange();
+    QVERIFY(!timerOf(*m_plot, true)->isActive());
 }
 
 void TestCCurvePlotReload::widestZoomHoldsWithoutCurves()

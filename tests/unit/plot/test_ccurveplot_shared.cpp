@@ -30,7 +30,9 @@ private slots:
     void firstPlotToFillSetsTheReferenceWidth();
     void laterPlotMeasuresByTheFirst();
     void stretchedWindowIsLoadedAtOnce();
+    void resetForgetsTheStretchedWidth();
     void scrollingWindowIsNotStretched();
+    void windowThatIsNotFollowedIsNotStretched();
 
     void plotsCompareWithTheBoundsReportedLast();
 
@@ -108,12 +110,37 @@ void TestCCurvePlotShared::stretchedWindowIsLoadedAtOnce()
     QCOMPARE(series->visibleEnd(), kStart + 80000);
 }
 
+void TestCCurvePlotShared::resetForgetsTheStretchedWidth()
+{
+    CCurvePlot plot;
+    plot.clearCurves();
+    plot.onNewSample(kStart);
+    plot.resize(800, 300);
+    QVERIFY(showSettled(plot));
+    QCOMPARE(upperMs(plot), kStart + 120000);
+    plot.resetTimeWindow();
+    plot.onNewSample(kStart + 1000);
+    QCOMPARE(lowerMs(plot), kStart + 1000);
+    QCOMPARE(upperMs(plot), kStart + 61000);
+}
+
 void TestCCurvePlotShared::scrollingWindowIsNotStretched()
 {
     CCurvePlot plot;
     plot.clearCurves();
     plot.onNewSample(kStart);
     plot.onNewSample(kStart + 60000);
+    plot.resize(800, 300);
+    QVERIFY(showSettled(plot));
+    QCOMPARE(upperMs(plot) - lowerMs(plot), qint64(60000));
+}
+
+void TestCCurvePlotShared::windowThatIsNotFollowedIsNotStretched()
+{
+    CCurvePlot plot;
+    plot.clearCurves();
+    plot.onNewSample(kStart);
+    plot.setFollowTime(false);
     plot.resize(800, 300);
     QVERIFY(showSettled(plot));
     QCOMPARE(upperMs(plot) - lowerMs(plot), qint64(60000));

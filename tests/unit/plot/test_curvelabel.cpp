@@ -59,6 +59,7 @@ private slots:
     void rightReleaseKeepsTheDrag();
     void pressAndReleaseGoOnToTheParent();
     void paintsItsTextWithAnArrow();
+    void newValueOrColorIsPainted();
 };
 
 void TestCurveLabel::newLabelStandsForNoOffset()
@@ -166,6 +167,33 @@ void TestCurveLabel::paintsItsTextWithAnArrow()
 
     QVERIFY(expected != emptyImage(f.label));
     QCOMPARE(painted, expected);
+}
+
+void TestCurveLabel::newValueOrColorIsPainted()
+{
+    /// Counts the times that a widget is painted.
+    class PaintCounter : public QObject
+    {
+    public:
+        bool eventFilter(QObject*, QEvent* event) override
+        {
+            paints += event->type() == QEvent::Paint ? 1 : 0;
+            return false;
+        }
+
+        int paints = 0;
+    };
+    Fixture f;
+    f.parent.resize(100, 100);
+    f.parent.show();
+    QVERIFY(QTest::qWaitForWindowExposed(&f.parent));
+    QTest::qWait(20);
+    PaintCounter counter;
+    f.label.installEventFilter(&counter);
+    f.label.setValue(2.0);
+    QTRY_COMPARE(counter.paints, 1);
+    f.label.setColor(Qt::red);
+    QTRY_COMPARE(counter.paints, 2);
 }
 
 QTEST_MAIN(TestCurveLabel)

@@ -87,6 +87,7 @@ private slots:
     void dragStopsAtTheEdges_data();
     void dragStopsAtTheEdges();
     void dragMovesOnlyThePressedLabel();
+    void dragEndsWithTheRelease();
     void clearRemovesAllLabels();
     void curveAddedAgainTakesTheNewBase();
     void labelClearedDuringItsDragReportsNoMore();
@@ -287,6 +288,17 @@ void TestCurveOffsetController::dragMovesOnlyThePressedLabel()
     QCOMPARE(reports.curves, (QList<QwtPlotCurve*>{&f.curve, &f.other}));
     QCOMPARE(label->value(), -2.0);
     QCOMPARE(otherLabel->value(), 1.0);
+}
+
+void TestCurveOffsetController::dragEndsWithTheRelease()
+{
+    Fixture f;
+    CurveLabel* label = f.addLabel(&f.curve, 5.0);
+    f.drag(label, -20);
+    const Reports reports(f);
+    QVERIFY(QMetaObject::invokeMethod(f.strip.get(), "onLabelDragged", Q_ARG(int, 10)));
+    QVERIFY(reports.curves.isEmpty());
+    QCOMPARE(label->y(), 70);
 }
 
 void TestCurveOffsetController::clearRemovesAllLabels()

@@ -73,6 +73,11 @@ struct Fixture
     {
         QTest::mouseDClick(bar(), Qt::LeftButton, Qt::NoModifier, QPoint(10, 10));
     }
+    bool hasFocusInside() const
+    {
+        const QWidget* focused = QApplication::focusWidget();
+        return focused == window || window->isAncestorOf(focused);
+    }
     void drag(const QPoint& by) const
     {
         const QPoint start = bar()->mapToGlobal(QPoint(10, 10));
@@ -110,8 +115,11 @@ private slots:
     void doubleClickOpensTheTileWhereItStands();
     void draggedTileOpensAtItsNewPlace();
     void tileShownAgainOpensInItsOldSize();
+    void tileLeftOfTheAreaOpensInside();
+    void openedTileTakesTheFocus();
     void secondButtonMaximisesAndTakesBack();
     void doubleClickMaximises();
+    void windowMaximisedByOthersIsTakenBack();
     void thirdButtonClosesAndDeletes();
 
     void barDragMovesTheWindow();
@@ -119,6 +127,7 @@ private slots:
     void dragIsHeldInTheArea();
     void dragWithoutAnAreaIsHeldOnTheScreen();
     void dragEndsWithTheRelease();
+    void pressOnTheBarTakesTheFocus();
     void pressBelowTheBarStartsNoDrag();
     void rightPressOnTheBarStartsNoDrag();
 
@@ -236,8 +245,7 @@ void TestCustomMdiSubWindow::doubleClickOpensTheTileWhereItStands()
     QVERIFY(!f.bar()->layout()->itemAt(1)->widget()->isVisible());
     QCOMPARE(f.bar()->minimumHeight(), 35);
     QVERIFY(!f.window->isMaximized());
-    QVERIFY(f.window->isAncestorOf(QApplication::focusWidget()) ||
-            QApplication::focusWidget() == f.window);
+    QVERIFY(f.hasFocusInside());
 }
 
 void TestCustomMdiSubWindow::draggedTileOpensAtItsNewPlace()
@@ -262,6 +270,26 @@ void TestCustomMdiSubWindow::tileShownAgainOpensInItsOldSize()
     QCOMPARE(f.window->size(), kPlace.size());
 }
 
+void TestCustomMdiSubWindow::tileLeftOfTheAreaOpensInside()
+{
+    const Fixture f;
+    f.clickCollapse();
+    f.drag(QPoint(-5000, 0));
+    QCOMPARE(f.window->x(), 35 - kTileSide);
+    f.doubleClickBar();
+    QCOMPARE(f.window->geometry(), QRect(QPoint(0, kPlace.y()), kPlace.size()));
+}
+
+void TestCustomMdiSubWindow::openedTileTakesTheFocus()
+{
+    Fixture f;
+    f.clickCollapse();
+    f.area.setFocus();
+    QVERIFY(!f.hasFocusInside());
+    QVERIFY(QMetaObject::invokeMethod(f.window, "onMinimizeToTitleBar"));
+    QVERIFY(f.hasFocusInside());
+}
+
 void TestCustomMdiSubWindow::secondButtonMaximisesAndTakesBack()
 {
     const Fixture f;
@@ -279,6 +307,15 @@ void TestCustomMdiSubWindow::doubleClickMaximises()
     f.doubleClickBar();
     QVERIFY(f.window->isMaximized());
     f.doubleClickBar();
+    QVERIFY(!f.window->isMaximized());
+    QCOMPARE(f.window->geometry(), kPlace);
+}
+
+void TestCustomMdiSubWindow::windowMaximisedByOthersIsTakenBack()
+{
+    const Fixture f;
+    f.window->showMaximized();
+    f.clickMaximize();
     QVERIFY(!f.window->isMaximized());
     QCOMPARE(f.window->geometry(), kPlace);
 }
@@ -357,8 +394,20 @@ void TestCustomMdiSubWindow::dragEndsWithTheRelease()
 {
     const Fixture f;
     f.drag(QPoint(25, 0));
-    dragTo(f.bar(), f.bar()->mapToGlobal(QPoint(300, 10)), Qt::NoButton);
+    // The window itself tracks the mouse; its bar would not hear of a move without a button.
+    dragTo(f.window, f.bar()->mapToGlobal(QPoint(300, 10)), Qt::NoButton);
     QCOMPARE(f.window->pos(), kPlace.topLeft() + QPoint(25, 0));
+}
+
+void TestCustomMdiSubWindow::pressOnTheBarTakesTheFocus()
+{
+    Fixture f;
+    f.area.setFocus();
+    QVERIFY(!f.hasFocusInside());
+    const QPoint start = f.bar()->mapToGlobal(QPoint(10, 10));
+    pressAt(f.window, start);
+    releaseAt(f.window, start);
+    QVERIFY(f.hasFocusInside());
 }
 
 void TestCustomMdiSubWindow::pressBelowTheBarStartsNoDrag()

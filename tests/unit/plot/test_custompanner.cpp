@@ -81,6 +81,8 @@ private slots:
     void verticalDragChangesNothing_data();
     void verticalDragChangesNothing();
     void moveWithoutPressChangesNothing();
+    void moveAfterTheReleaseChangesNothing();
+    void dragOfNoTimeIsNotSignalled();
     void anyButtonDrags();
     void dragHoldsTheViewAndReloads();
     void readoutSurvivesADrag();
@@ -323,6 +325,35 @@ void TestCustomPanner::moveWithoutPressChangesNothing()
     mouse.move(QPoint(200, 100));
     mouse.move(QPoint(300, 100));
     QCOMPARE(lowerMs(*m_plot), kStart);
+    QCOMPARE(m_plot->replots, 0);
+}
+
+void TestCustomPanner::moveAfterTheReleaseChangesNothing()
+{
+    Mouse mouse(*m_plot);
+    mouse.press(QPoint(200, 100));
+    mouse.release();
+    mouse.move(QPoint(250, 100));
+    mouse.move(QPoint(300, 100));
+    QCOMPARE(lowerMs(*m_plot), kStart);
+    QCOMPARE(m_plot->replots, 0);
+}
+
+void TestCustomPanner::dragOfNoTimeIsNotSignalled()
+{
+    // So narrow that a double does not tell the times of neighbouring pixels apart.
+    const QwtScaleDiv narrow = scaleDiv(double(kStart), double(kStart) + 0.001, {0.0, 1.0}, {});
+    m_plot->setAxisScaleDiv(QwtPlot::xBottom, narrow);
+    m_plot->replot();
+    m_plot->replots = 0;
+    const QwtScaleMap map = m_plot->canvasMap(QwtPlot::xBottom);
+    QVERIFY(map.invTransform(0) == map.invTransform(3));
+    const QSignalSpy pans(panner(), qOverload<>(&CustomPanner::panned));
+    Mouse mouse(*m_plot);
+    mouse.press(QPoint(200, 100));
+    mouse.move(QPoint(203, 100));
+    mouse.release();
+    QCOMPARE(pans.count(), 0);
     QCOMPARE(m_plot->replots, 0);
 }
 

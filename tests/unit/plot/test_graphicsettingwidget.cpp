@@ -8,6 +8,7 @@
 #include "plot/graphicsettingwidget.h"
 #include "resources/resources.h"
 #include "seriesstore.h"
+#include "widgets/customsidebutton.h"
 #include "widgets/sidebar.h"
 
 #include <qwt_interval.h>
@@ -177,6 +178,16 @@ void TestGraphicSettingWidget::pageIsLaidOutWithItsTools()
     for (const QLabel* label : bar->findChildren<QLabel*>())
         titled = titled || label->text() == QStringLiteral("小工具");
     QVERIFY(titled);
+    // Shut, the bar points to the right, where it opens.
+    bool pointsRight = false;
+    const QImage arrow = QPixmap(QStringLiteral(":/dark/arrow_right.png"))
+                             .scaled(15, 15, Qt::KeepAspectRatio, Qt::SmoothTransformation)
+                             .toImage();
+    for (const CustomSideButton* button : bar->findChildren<CustomSideButton*>())
+        for (const QLabel* label : button->findChildren<QLabel*>())
+            pointsRight = pointsRight || (button->isVisible() &&
+                                          label->pixmap(Qt::ReturnByValue).toImage() == arrow);
+    QVERIFY(pointsRight);
     QCOMPARE(layout->itemAt(1)->widget(), f.area());
     QCOMPARE(layout->stretch(0), 0);
     QCOMPARE(layout->stretch(1), 1);

@@ -38,13 +38,20 @@ public:
     GroupedHeaderView* header;
 };
 
-bool hasTextPixel(const QImage& image, const QRect& area)
+/// What the bright pixels in `area` cover.
+QRect textBounds(const QImage& image, const QRect& area)
 {
+    QRect bounds;
     for (int y = area.top(); y <= area.bottom(); ++y)
         for (int x = area.left(); x <= area.right(); ++x)
             if (qGray(image.pixel(x, y)) > 200)
-                return true;
-    return false;
+                bounds |= QRect(x, y, 1, 1);
+    return bounds;
+}
+
+bool hasTextPixel(const QImage& image, const QRect& area)
+{
+    return !textBounds(image, area).isEmpty();
 }
 } // namespace
 
@@ -154,6 +161,9 @@ void TestGroupedHeaderView::lineRunsAcrossAllSections()
     const QImage image = table.headerImage();
     for (int x = 0; x < 10 * kSectionWidth; ++x)
         QCOMPARE(image.pixelColor(x, kLineY), kLine);
+    // Two pixels wide. Within a group the next section's cell covers the upper one again.
+    for (int x = 8 * kSectionWidth; x < 10 * kSectionWidth; ++x)
+        QCOMPARE(image.pixelColor(x, kLineY - 1), kLine);
 }
 
 void TestGroupedHeaderView::sectionTextStandsBelowTheGap()
@@ -167,6 +177,9 @@ void TestGroupedHeaderView::sectionTextStandsBelowTheGap()
         const int left = column * kSectionWidth;
         QVERIFY(hasTextPixel(image, QRect(left, kLineY + kGap, kSectionWidth, 18)));
         QVERIFY(!hasTextPixel(image, QRect(left, kLineY, kSectionWidth, kGap)));
+        // In the middle of the lower third of the 56 pixels beside the gap.
+        const QRect text = textBounds(image, QRect(left, kLineY + kGap, kSectionWidth, 18));
+        QVERIFY(qAbs(text.center().y() - (kLineY + kGap + 9)) <= 2);
     }
 }
 
