@@ -1,116 +1,13 @@
+#include "chartfixture.h"
 #include "mouseevents.h"
-#include "plot/barchartwidget.h"
-#include "plot/ccurveplot.h"
-#include "plot/colorselectbutton.h"
-#include "plot/curvelabel.h"
-#include "plot/curveoffsetcontroller.h"
 #include "plot/custommagnifier.h"
 #include "seriesstore.h"
 #include "storage/nonowningcurvedata.h"
-#include "widgets/customcombobox.h"
 
-#include <qwt_plot_curve.h>
-#include <qwt_scale_div.h>
-
-#include <QComboBox>
 #include <QDateTime>
-#include <QDoubleSpinBox>
-#include <QHeaderView>
-#include <QLabel>
-#include <QPushButton>
-#include <QSizeGrip>
-#include <QSplitter>
-#include <QTableWidget>
-#include <QVBoxLayout>
 #include <QtTest>
 
 namespace {
-const QStringList kChannels{QStringLiteral("无"), QStringLiteral("101(V)"),
-                            QStringLiteral("102(mA)"), QStringLiteral("103(V)")};
-
-/// Index of a channel in kChannels.
-int itemOf(int channel)
-{
-    return channel - 100;
-}
-
-struct Fixture
-{
-    Fixture()
-    {
-        g_scanChannels = {
-            {101, QStringLiteral("V")}, {102, QStringLiteral("mA")}, {103, QStringLiteral("V")}};
-        chart.setChannelList(kChannels);
-        chart.resize(700, 600);
-        chart.show();
-    }
-
-    QTableWidget* table() const { return chart.findChild<QTableWidget*>(); }
-    CCurvePlot* plot() const { return chart.findChild<CCurvePlot*>(); }
-    CurveOffsetController* strip() const { return chart.findChild<CurveOffsetController*>(); }
-    ColorSelectButton* button(int row) const
-    {
-        return table()->cellWidget(row, 1)->findChild<ColorSelectButton*>();
-    }
-    QComboBox* combo(int row) const
-    {
-        return qobject_cast<QComboBox*>(table()->cellWidget(row, 2));
-    }
-    QComboBox* unitsPerDiv(int row) const
-    {
-        return qobject_cast<QComboBox*>(table()->cellWidget(row, 4));
-    }
-    QDoubleSpinBox* spinBox(int row) const
-    {
-        return table()->cellWidget(row, 5)->findChild<QDoubleSpinBox*>();
-    }
-    void choose(int row, int channel) { combo(row)->setCurrentIndex(itemOf(channel)); }
-    void chooseNone(int row) { combo(row)->setCurrentIndex(0); }
-
-    QList<QwtPlotCurve*> curves() const
-    {
-        QList<QwtPlotCurve*> found;
-        for (QwtPlotItem* item : plot()->itemList(QwtPlotItem::Rtti_PlotCurve))
-            found.append(static_cast<QwtPlotCurve*>(item));
-        return found;
-    }
-    QwtPlotCurve* curve(int channel) const
-    {
-        for (QwtPlotCurve* candidate : curves())
-            if (candidate->title().text() == QString::number(channel))
-                return candidate;
-        return nullptr;
-    }
-    CurveLabel* label(int channel) const
-    {
-        for (CurveLabel* candidate : strip()->findChildren<CurveLabel*>())
-            if (candidate->text() == QString::number(channel))
-                return candidate;
-        return nullptr;
-    }
-    QPushButton* buttonWithText(const QString& text) const
-    {
-        for (QPushButton* candidate : chart.findChildren<QPushButton*>())
-            if (candidate->text() == text)
-                return candidate;
-        return nullptr;
-    }
-    CustomComboBox* zoomBox() const { return chart.findChild<CustomComboBox*>(); }
-
-    /// True if the picture that the canvas keeps has `color`.
-    bool paints(const QColor& color) const
-    {
-        const QImage image = plot()->canvas()->grab().toImage();
-        for (int y = 0; y < image.height(); ++y)
-            for (int x = 0; x < image.width(); ++x)
-                if (image.pixelColor(x, y) == color)
-                    return true;
-        return false;
-    }
-
-    BarChartWidget chart;
-};
-
 /// Loads a line across the minute from now for `series`.
 void loadLine(CurveSeriesData& series)
 {
@@ -121,6 +18,7 @@ void loadLine(CurveSeriesData& series)
 }
 } // namespace
 
+/// What the channels, colours and offsets of the table do to curves and tags.
 class TestBarChartWidget : public QObject
 {
     Q_OBJECT
@@ -132,11 +30,6 @@ private slots:
     }
     void cleanupTestCase() { m_store.reset(); }
     void cleanup() { SeriesStore::reset(); }
-
-    void tableIsSetUpForFortyCurves();
-    void newRowOffersNothingYet();
-    void buttonsGoRoundThePalette();
-    void partsStandAsLaidOut();
 
     void newCurveTakesTheColorOfItsRow();
     void newCurveLooksAtTheSharedSeries();
@@ -171,7 +64,6 @@ private slots:
     void chartOpenedBetweenTwoScansIsHarmless();
     void newSampleMovesTheTimeAxis();
 
-    void toggleHidesAndShowsTheTable();
     void liveButtonGivesTheViewBack();
     void zoomSelectorPicksTheAxes_data();
     void zoomSelectorPicksTheAxes();
@@ -182,132 +74,9 @@ private:
     std::unique_ptr<SeriesStore> m_store;
 };
 
-void TestBarChartWidget::tableIsSetUpForFortyCurves()
-{
-    const Fixture f;
-    const QTableWidget* table = f.table();
-    QCOMPARE(table->rowCount(), 40);
-    const QStringList headers{QString(),
-                              QStringLiteral("颜色"),
-                              QStringLiteral("通道"),
-                              QStringLiteral("图表 Y轴"),
-                              QStringLiteral("单位/Div"),
-                              QStringLiteral("偏移量")};
-    QCOMPARE(table->columnCount(), headers.size());
-    for (int column = 0; column < headers.size(); ++column)
-        QCOMPARE(table->horizontalHeaderItem(column)->text(), headers.at(column));
-    QCOMPARE(table->columnWidth(0), 50);
-    QCOMPARE(table->columnWidth(1), 80);
-    QCOMPARE(table->columnWidth(3), 100);
-    for (const int column : {2, 4, 5})
-        QCOMPARE(table->horizontalHeader()->sectionResizeMode(column), QHeaderView::Stretch);
-    QVERIFY(table->verticalHeader()->isHidden());
-    QCOMPARE(table->editTriggers(), QAbstractItemView::NoEditTriggers);
-    QCOMPARE(table->horizontalScrollBarPolicy(), Qt::ScrollBarAlwaysOff);
-    QCOMPARE(table->horizontalHeader()->styleSheet(),
-             QStringLiteral("QHeaderView::section {    background-color: #5D5D5D;    border: 0px "
-                            "solid #ddd;    padding: 4px;    font-weight: bold;}"));
-}
-
-void TestBarChartWidget::newRowOffersNothingYet()
-{
-    const BarChartWidget chart;
-    const auto* table = chart.findChild<QTableWidget*>();
-    for (int row = 0; row < 40; ++row) {
-        QCOMPARE(table->item(row, 0)->text(), QString::number(row + 1));
-        QCOMPARE(table->item(row, 0)->textAlignment(), int(Qt::AlignCenter));
-        const QMargins margins = table->cellWidget(row, 1)->layout()->contentsMargins();
-        QCOMPARE(margins, QMargins(2, 2, 2, 2));
-
-        const auto* channel = qobject_cast<QComboBox*>(table->cellWidget(row, 2));
-        QCOMPARE(channel->count(), 1);
-        QCOMPARE(channel->currentText(), QStringLiteral("无"));
-
-        const auto* axis = qobject_cast<QLabel*>(table->cellWidget(row, 3));
-        QCOMPARE(axis->text(), QStringLiteral("---"));
-        QCOMPARE(axis->alignment(), Qt::AlignCenter);
-
-        const auto* units = qobject_cast<QComboBox*>(table->cellWidget(row, 4));
-        QCOMPARE(units->count(), 4);
-        QCOMPARE(units->itemText(0), QStringLiteral("1/"));
-        QCOMPARE(units->itemText(1), QStringLiteral("2/"));
-        QCOMPARE(units->itemText(2), QStringLiteral("5/"));
-        QCOMPARE(units->itemText(3), QStringLiteral("10/"));
-        QVERIFY(!units->isEnabled());
-
-        const QWidget* holder = table->cellWidget(row, 5);
-        QCOMPARE(holder->layout()->contentsMargins(), QMargins(0, 0, 0, 0));
-        const auto* spinBox = holder->findChild<QDoubleSpinBox*>();
-        QCOMPARE(spinBox->minimum(), -1000.0);
-        QCOMPARE(spinBox->maximum(), 1000.0);
-        QCOMPARE(spinBox->decimals(), 5);
-        QCOMPARE(spinBox->value(), 0.0);
-        QCOMPARE(spinBox->suffix(), QStringLiteral(" Vdc"));
-        QVERIFY(!spinBox->isEnabled());
-    }
-}
-
-void TestBarChartWidget::buttonsGoRoundThePalette()
-{
-    const Fixture f;
-    for (int row = 0; row + 18 < 40; ++row) {
-        QCOMPARE(f.button(row + 18)->color(), f.button(row)->color());
-        QVERIFY(f.button(row + 1)->color() != f.button(row)->color());
-    }
-    // The next chart goes on where this one has ended: 40 buttons are two rounds and four.
-    const Fixture next;
-    QCOMPARE(next.button(0)->color(), f.button(4)->color());
-}
-
-void TestBarChartWidget::partsStandAsLaidOut()
-{
-    const Fixture f;
-    QCOMPARE(f.chart.layout()->contentsMargins(), QMargins(10, 10, 1, 0));
-    const auto* splitter = f.chart.findChild<QSplitter*>();
-    QCOMPARE(splitter->orientation(), Qt::Vertical);
-    QVERIFY(splitter->opaqueResize());
-    QVERIFY(!splitter->childrenCollapsible());
-    QCOMPARE(splitter->count(), 2);
-    QCOMPARE(splitter->widget(0)->sizePolicy().verticalStretch(), 7);
-    QCOMPARE(splitter->widget(1)->sizePolicy().verticalStretch(), 2);
-    QVERIFY(splitter->widget(0)->isAncestorOf(f.plot()));
-    QVERIFY(splitter->widget(1)->isAncestorOf(f.table()));
-
-    const auto inChart = [&](const QWidget* widget) {
-        return QRect(widget->mapTo(&f.chart, QPoint()), widget->size());
-    };
-    QVERIFY(inChart(f.strip()).right() < inChart(f.plot()).left());
-    QCOMPARE(f.strip()->width(), 45);
-    const QPushButton* live = f.buttonWithText(QStringLiteral("实时显示"));
-    QVERIFY(live);
-    QCOMPARE(live->styleSheet(), QStringLiteral("background:#171717;"));
-    QVERIFY(inChart(live).top() > inChart(f.plot()).bottom());
-    QVERIFY(inChart(live).right() < inChart(f.zoomBox()).left());
-    QCOMPARE(f.zoomBox()->count(), 3);
-    QCOMPARE(f.zoomBox()->itemText(0), QStringLiteral("水平"));
-    QCOMPARE(f.zoomBox()->itemText(1), QStringLiteral("垂直"));
-    QCOMPARE(f.zoomBox()->itemText(2), QStringLiteral("双向"));
-
-    const QWidget* colorCell = f.table()->cellWidget(0, 1);
-    const QPoint offCentre = f.button(0)->geometry().center() - colorCell->rect().center();
-    QVERIFY(offCentre.manhattanLength() <= 2);
-
-    const QWidget* container = splitter->widget(1);
-    QCOMPARE(container->layout()->contentsMargins(), QMargins(0, 0, 0, 0));
-    QCOMPARE(container->layout()->spacing(), 0);
-    QCOMPARE(container->sizePolicy().horizontalPolicy(), QSizePolicy::Expanding);
-    QCOMPARE(container->sizePolicy().verticalPolicy(), QSizePolicy::Preferred);
-    const QPushButton* toggle = f.buttonWithText(QStringLiteral("▲选择通道"));
-    QVERIFY(toggle);
-    QCOMPARE(toggle->styleSheet(), QStringLiteral("text-align: left; padding-left: 8px;"));
-    QVERIFY(inChart(toggle).bottom() < inChart(f.table()).top());
-    const QWidget* grip = f.chart.findChild<QSizeGrip*>();
-    QVERIFY(inChart(grip).top() > inChart(container).bottom());
-}
-
 void TestBarChartWidget::newCurveTakesTheColorOfItsRow()
 {
-    Fixture f;
+    ChartFixture f;
     m_store->add(101);
     f.choose(2, 101);
     const QwtPlotCurve* curve = f.curve(101);
@@ -322,7 +91,7 @@ void TestBarChartWidget::newCurveTakesTheColorOfItsRow()
 
 void TestBarChartWidget::newCurveLooksAtTheSharedSeries()
 {
-    Fixture f;
+    ChartFixture f;
     const auto series = m_store->add(101);
     const auto now = static_cast<double>(QDateTime::currentMSecsSinceEpoch());
     series->addPoint(now, 4.0);
@@ -338,7 +107,7 @@ void TestBarChartWidget::newCurveLooksAtTheSharedSeries()
 
 void TestBarChartWidget::choosingAChannelEnablesItsRow()
 {
-    Fixture f;
+    ChartFixture f;
     m_store->add(102);
     f.choose(5, 102);
     QVERIFY(f.unitsPerDiv(5)->isEnabled());
@@ -351,7 +120,7 @@ void TestBarChartWidget::choosingAChannelEnablesItsRow()
 
 void TestBarChartWidget::missingUnitIsEnteredAsEmpty()
 {
-    Fixture f;
+    ChartFixture f;
     m_store->add(103);
     g_scanChannels.remove(103);
     f.choose(0, 103);
@@ -362,7 +131,7 @@ void TestBarChartWidget::missingUnitIsEnteredAsEmpty()
 
 void TestBarChartWidget::channelWithoutSeriesKeepsTheSelection()
 {
-    Fixture f;
+    ChartFixture f;
     f.choose(0, 101);
     QCOMPARE(f.combo(0)->currentIndex(), itemOf(101));
     QVERIFY(f.spinBox(0)->isEnabled());
@@ -378,7 +147,7 @@ void TestBarChartWidget::channelWithoutSeriesKeepsTheSelection()
 
 void TestBarChartWidget::lateSeriesIsDrawnWithTheNextChoice()
 {
-    Fixture f;
+    ChartFixture f;
     f.choose(0, 101);
     m_store->add(101);
     m_store->add(102);
@@ -391,7 +160,7 @@ void TestBarChartWidget::lateSeriesIsDrawnWithTheNextChoice()
 
 void TestBarChartWidget::textWithoutANumberIsNoChannel()
 {
-    Fixture f;
+    ChartFixture f;
     m_store->add(101);
     m_store->add(0);
     f.chart.setChannelList(
@@ -404,7 +173,7 @@ void TestBarChartWidget::textWithoutANumberIsNoChannel()
 
 void TestBarChartWidget::channelOfAnotherRowFallsBackToNone()
 {
-    Fixture f;
+    ChartFixture f;
     m_store->add(101);
     f.choose(0, 101);
     f.spinBox(0)->setValue(3.0);
@@ -427,7 +196,7 @@ void TestBarChartWidget::channelOfAnotherRowFallsBackToNone()
 
 void TestBarChartWidget::fallingBackHidesTheRowsOldChannel()
 {
-    Fixture f;
+    ChartFixture f;
     m_store->add(101);
     m_store->add(102);
     f.choose(0, 101);
@@ -440,7 +209,7 @@ void TestBarChartWidget::fallingBackHidesTheRowsOldChannel()
 
 void TestBarChartWidget::noneHidesTheCurveAndKeepsItsOffset()
 {
-    Fixture f;
+    ChartFixture f;
     m_store->add(101);
     f.choose(0, 101);
     f.spinBox(0)->setValue(2.5);
@@ -462,7 +231,7 @@ void TestBarChartWidget::noneHidesTheCurveAndKeepsItsOffset()
 
 void TestBarChartWidget::hiddenChannelComesBackWithItsOffset()
 {
-    Fixture f;
+    ChartFixture f;
     m_store->add(101);
     f.choose(0, 101);
     f.spinBox(0)->setValue(2.5);
@@ -482,7 +251,7 @@ void TestBarChartWidget::hiddenChannelComesBackWithItsOffset()
 
 void TestBarChartWidget::changingTheChannelHidesTheOldOne()
 {
-    Fixture f;
+    ChartFixture f;
     m_store->add(101);
     m_store->add(102);
     f.choose(0, 101);
@@ -496,7 +265,7 @@ void TestBarChartWidget::changingTheChannelHidesTheOldOne()
 
 void TestBarChartWidget::boxWithoutAnItemChangesNothing()
 {
-    Fixture f;
+    ChartFixture f;
     m_store->add(101);
     f.choose(0, 101);
     f.combo(0)->setCurrentIndex(-1);
@@ -508,7 +277,7 @@ void TestBarChartWidget::boxWithoutAnItemChangesNothing()
 
 void TestBarChartWidget::pictureFollowsTheTable()
 {
-    Fixture f;
+    ChartFixture f;
     QVERIFY(QTest::qWaitForWindowExposed(&f.chart));
     loadLine(*m_store->add(101));
     const QColor color = f.button(0)->color();
@@ -524,7 +293,7 @@ void TestBarChartWidget::pictureFollowsTheTable()
 
 void TestBarChartWidget::colorOfASelectedRowChangesItsCurve()
 {
-    Fixture f;
+    ChartFixture f;
     m_store->add(101);
     f.choose(0, 101);
     emit f.button(0)->colorChanged(Qt::cyan);
@@ -535,7 +304,7 @@ void TestBarChartWidget::colorOfASelectedRowChangesItsCurve()
 
 void TestBarChartWidget::colorOfAnUnusedRowChangesNoCurve()
 {
-    Fixture f;
+    ChartFixture f;
     m_store->add(101);
     f.choose(0, 101);
     const QColor before = f.curve(101)->pen().color();
@@ -550,7 +319,7 @@ void TestBarChartWidget::colorOfAnUnusedRowChangesNoCurve()
 
 void TestBarChartWidget::noneIsNotChannelZero()
 {
-    Fixture f;
+    ChartFixture f;
     m_store->add(0);
     f.chart.setChannelList({QStringLiteral("无"), QStringLiteral("0(V)")});
     f.combo(0)->setCurrentIndex(1);
@@ -563,7 +332,7 @@ void TestBarChartWidget::noneIsNotChannelZero()
 
 void TestBarChartWidget::spinBoxShiftsCurveAndLabel()
 {
-    Fixture f;
+    ChartFixture f;
     m_store->add(101);
     m_store->add(102);
     f.choose(0, 101);
@@ -577,7 +346,7 @@ void TestBarChartWidget::spinBoxShiftsCurveAndLabel()
 
 void TestBarChartWidget::typedOffsetShiftsTheCurve()
 {
-    Fixture f;
+    ChartFixture f;
     m_store->add(101);
     f.choose(0, 101);
     f.spinBox(0)->setFocus();
@@ -589,7 +358,7 @@ void TestBarChartWidget::typedOffsetShiftsTheCurve()
 
 void TestBarChartWidget::labelDragShowsInTheSpinBox()
 {
-    Fixture f;
+    ChartFixture f;
     m_store->add(101);
     f.choose(0, 101);
     CurveLabel* label = f.label(101);
@@ -608,7 +377,7 @@ void TestBarChartWidget::labelDragShowsInTheSpinBox()
 
 void TestBarChartWidget::labelDragBeyondTheSpinBoxIsHeldThere()
 {
-    Fixture f;
+    ChartFixture f;
     m_store->add(101);
     f.choose(0, 101);
     f.chart.setOffset(f.curve(101), 5e6);
@@ -618,7 +387,7 @@ void TestBarChartWidget::labelDragBeyondTheSpinBoxIsHeldThere()
 
 void TestBarChartWidget::offsetOfANullCurveIsIgnored()
 {
-    Fixture f;
+    ChartFixture f;
     m_store->add(101);
     f.choose(0, 101);
     f.chart.setOffset(nullptr, 5.0);
@@ -628,7 +397,7 @@ void TestBarChartWidget::offsetOfANullCurveIsIgnored()
 
 void TestBarChartWidget::channelListReplacesTheItemsSilently()
 {
-    Fixture f;
+    ChartFixture f;
     m_store->add(101);
     f.choose(0, 101);
     f.chart.setChannelList({QStringLiteral("无"), QStringLiteral("201(V)")});
@@ -643,7 +412,7 @@ void TestBarChartWidget::channelListReplacesTheItemsSilently()
 
 void TestBarChartWidget::emptyChannelListIsIgnored()
 {
-    Fixture f;
+    ChartFixture f;
     f.choose(0, 102);
     f.chart.setChannelList({});
     QCOMPARE(f.combo(0)->currentIndex(), itemOf(102));
@@ -652,7 +421,7 @@ void TestBarChartWidget::emptyChannelListIsIgnored()
 
 void TestBarChartWidget::clearRemovesCurvesAndLabels()
 {
-    Fixture f;
+    ChartFixture f;
     m_store->add(101);
     m_store->add(102);
     f.choose(0, 101);
@@ -676,7 +445,7 @@ void TestBarChartWidget::clearRemovesCurvesAndLabels()
 
 void TestBarChartWidget::clearLetsTheSeriesGo()
 {
-    Fixture f;
+    ChartFixture f;
     auto series = m_store->makeUnshared(103);
     const std::weak_ptr<CurveSeriesData> alive = series;
     g_curveSeries[103] = series;
@@ -691,7 +460,7 @@ void TestBarChartWidget::clearLetsTheSeriesGo()
 
 void TestBarChartWidget::seriesOutlivesARebuiltMapUntilTheClear()
 {
-    Fixture f;
+    ChartFixture f;
     g_curveSeries[103] = m_store->makeUnshared(103);
     const std::weak_ptr<CurveSeriesData> old = g_curveSeries.value(103);
     f.choose(0, 103);
@@ -708,7 +477,7 @@ void TestBarChartWidget::seriesOutlivesARebuiltMapUntilTheClear()
 
 void TestBarChartWidget::closedChartLetsTheSeriesGo()
 {
-    auto f = std::make_unique<Fixture>();
+    auto f = std::make_unique<ChartFixture>();
     g_curveSeries[103] = m_store->makeUnshared(103);
     const std::weak_ptr<CurveSeriesData> alive = g_curveSeries.value(103);
     f->choose(0, 103);
@@ -726,7 +495,7 @@ void TestBarChartWidget::closedChartLetsTheSeriesGo()
 void TestBarChartWidget::chartOpenedBetweenTwoScansIsHarmless()
 {
     // The old series are gone and the new ones not there yet.
-    Fixture f;
+    ChartFixture f;
     f.choose(0, 101);
     f.choose(1, 102);
     f.chart.onNewSample(1700000000000);
@@ -741,45 +510,15 @@ void TestBarChartWidget::chartOpenedBetweenTwoScansIsHarmless()
 
 void TestBarChartWidget::newSampleMovesTheTimeAxis()
 {
-    Fixture f;
+    ChartFixture f;
     f.chart.clearChart();
     f.chart.onNewSample(1700000000000);
     QCOMPARE(f.plot()->axisInterval(QwtPlot::xBottom).minValue(), 1700000000000.0);
 }
 
-void TestBarChartWidget::toggleHidesAndShowsTheTable()
-{
-    Fixture f;
-    QVERIFY(QTest::qWaitForWindowExposed(&f.chart));
-    QPushButton* toggle = f.buttonWithText(QStringLiteral("▲选择通道"));
-    const auto* splitter = f.chart.findChild<QSplitter*>();
-    const QWidget* container = splitter->widget(1);
-
-    // The text has an up arrow from the start, so the first click leaves it as it is.
-    QTest::mouseClick(toggle, Qt::LeftButton);
-    QVERIFY(!f.table()->isVisible());
-    QCOMPARE(toggle->text(), QStringLiteral("▲选择通道"));
-    QCOMPARE(container->minimumHeight(), toggle->height());
-    QCOMPARE(container->maximumHeight(), toggle->height());
-    QCOMPARE(splitter->widget(0)->sizePolicy().verticalStretch(), 9);
-    QCOMPARE(splitter->widget(1)->sizePolicy().verticalStretch(), 1);
-
-    QTest::mouseClick(toggle, Qt::LeftButton);
-    QVERIFY(f.table()->isVisible());
-    QCOMPARE(toggle->text(), QStringLiteral("▼选择通道"));
-    QCOMPARE(container->minimumHeight(), 0);
-    QCOMPARE(container->maximumHeight(), 2000);
-    QCOMPARE(splitter->widget(0)->sizePolicy().verticalStretch(), 7);
-    QCOMPARE(splitter->widget(1)->sizePolicy().verticalStretch(), 2);
-
-    QTest::mouseClick(toggle, Qt::LeftButton);
-    QVERIFY(!f.table()->isVisible());
-    QCOMPARE(toggle->text(), QStringLiteral("▲选择通道"));
-}
-
 void TestBarChartWidget::liveButtonGivesTheViewBack()
 {
-    Fixture f;
+    ChartFixture f;
     f.chart.clearChart();
     f.chart.onNewSample(1700000000000);
     f.plot()->setFollowTime(false);
@@ -806,7 +545,7 @@ void TestBarChartWidget::zoomSelectorPicksTheAxes()
     QFETCH(int, index);
     QFETCH(bool, horizontal);
     QFETCH(bool, vertical);
-    const Fixture f;
+    const ChartFixture f;
     const auto* magnifier = f.plot()->findChild<CustomMagnifier*>();
     QVERIFY(magnifier);
     f.zoomBox()->setCurrentIndex(index == 0 ? 1 : 0);
@@ -817,7 +556,7 @@ void TestBarChartWidget::zoomSelectorPicksTheAxes()
 
 void TestBarChartWidget::noZoomSelectionChangesNothing()
 {
-    Fixture f;
+    ChartFixture f;
     const auto* magnifier = f.plot()->findChild<CustomMagnifier*>();
     f.zoomBox()->setCurrentIndex(2);
     f.zoomBox()->setCurrentIndex(-1);
@@ -827,7 +566,7 @@ void TestBarChartWidget::noZoomSelectionChangesNothing()
 
 void TestBarChartWidget::slotsWithoutASenderDoNothing()
 {
-    Fixture f;
+    ChartFixture f;
     m_store->add(101);
     f.choose(0, 101);
     const QColor color = f.curve(101)->pen().color();
