@@ -201,7 +201,6 @@ void goOnTo(Run& run, qint64 last)
         std::printf("point %lld: %.1f us each, %.1f MB resident\n",
                     static_cast<long long>(run.pointCount()),
                     static_cast<double>(timer.nsecsElapsed()) / 1000 / count, residentMb());
-        std::fflush(stdout);
     }
 }
 
@@ -243,6 +242,7 @@ bool measure(qint64 points)
 int main(int argc, char** argv)
 {
     QCoreApplication application(argc, argv);
+    std::setvbuf(stdout, nullptr, _IOLBF, 0); // it is watched while it runs
     QLoggingCategory::setFilterRules(QStringLiteral("default.debug=false"));
     const qint64 points = argc > 1 ? std::atoll(argv[1]) : kDefaultPoints;
     if (argc > 2 || points < kMinPoints || points > kMaxPoints) {

@@ -3,7 +3,7 @@
 # checked in below tests/fuzz/corpus. Stops at the first failure.
 #
 #     scripts/fuzz.sh [target|all] [runs] [libFuzzer option...]
-#     scripts/fuzz.sh keep <target>       exchange the corpus for the fewest inputs of the same coverage
+#     scripts/fuzz.sh keep <target>       keep in the corpus what has a name and the fewest others
 #
 # What a run finds stays in build/fuzz/new/<target>, an input that fails in build/fuzz/failures.
 set -eu
@@ -46,12 +46,13 @@ run_fuzzer() {
         "$build/new/$target" "$seeds/$target"
 }
 
-# keep_fewest TARGET
+# keep_fewest TARGET : inputs with a name that somebody gave them stay, the others are named by their hash.
 keep_fewest() {
     fewest="$build/fewest/$1"
     rm -rf "$fewest"
     mkdir -p "$fewest" "$build/new/$1"
-    nice -n 19 "$build/bin/fuzz_$1" -set_cover_merge=1 -use_counters=0 -max_len=512 \
+    find "$seeds/$1" -type f -regextype egrep ! -regex '.*/[0-9a-f]{40}' -exec cp -t "$fewest" {} +
+    nice -n 19 "$build/bin/fuzz_$1" -merge=1 -use_counters=0 -max_len=512 \
         "$fewest" "$seeds/$1" "$build/new/$1"
     rm -rf "${seeds:?}/$1"
     cp -r "$fewest" "$seeds/$1"

@@ -309,13 +309,13 @@ void TestStoreFaults::everyFaultIsSurvived_data()
     };
     constexpr int kAny = 1000000;
     add("running, one write, I/O error", Scene::Running, Operation::Write, SQLITE_IOERR_WRITE,
-        false, true, 97, 1);
+        false, true, 173, 1);
     add("running, one write, disk full", Scene::Running, Operation::Write, SQLITE_FULL, false,
-        false, 97, 1);
+        false, 173, 1);
     add("running, all writes, I/O error", Scene::Running, Operation::Write, SQLITE_IOERR_WRITE,
-        true, false, 97, kAny);
+        true, false, 173, kAny);
     add("running, all writes, disk full", Scene::Running, Operation::Write, SQLITE_FULL, true, true,
-        97, kAny);
+        173, kAny);
     add("running, one sync", Scene::Running, Operation::Sync, SQLITE_IOERR_FSYNC, false, false, 1,
         1);
     add("running, all syncs", Scene::Running, Operation::Sync, SQLITE_IOERR_FSYNC, true, false, 1,
