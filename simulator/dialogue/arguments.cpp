@@ -10,7 +10,7 @@ namespace {
 
 constexpr const char* kSwitchWords[] = {"OFF", "ON"};
 constexpr const char* kLimitWords[] = {"MINimum", "MAXimum", "DEFault"};
-constexpr const char* kInfinityWords[] = {"INFinity"};
+constexpr const char* kCountWords[] = {"MINimum", "MAXimum", "DEFault", "INFinity"};
 
 constexpr std::size_t kNotFound = static_cast<std::size_t>(-1);
 
@@ -82,8 +82,8 @@ int Arguments::integer(int minimum, int maximum)
 std::optional<int> Arguments::countOrInfinity(int minimum, int maximum)
 {
     if (hasMore() && m_parameters[m_next].type == Parameter::Type::Word) {
-        word(kInfinityWords);
-        return std::nullopt;
+        const std::optional<int> values[] = {minimum, maximum, std::nullopt, std::nullopt};
+        return values[word(kCountWords)];
     }
     if (hasMore() && m_parameters[m_next].number >= kOverload) {
         take(Parameter::Type::Number);

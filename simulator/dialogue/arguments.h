@@ -32,7 +32,7 @@ public:
     /// A number between the limits, rounded to an integer.
     int integer(int minimum, int maximum);
 
-    /// An integer between the limits, or INFinity (the word or 9.9E37).
+    /// An integer between the limits, MINimum, MAXimum, or INFinity (that word, DEFault or 9.9E37).
     /// @return none for INFinity
     std::optional<int> countOrInfinity(int minimum, int maximum);
 
