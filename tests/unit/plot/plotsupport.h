@@ -162,14 +162,14 @@ inline bool showSettled(QWidget& plot)
     return exposed;
 }
 
-/// Turns the wheel over the middle of the canvas; a positive `notches` is away from the user.
+/// Turns the wheel over the middle of the canvas of a shown plot; a positive `notches` is away from
+/// the user. The window finds out what lies there, as it does for a user.
 inline void turnWheel(QwtPlot& plot, int notches)
 {
-    QWidget* canvas = plot.canvas();
-    const QPoint pos = canvas->rect().center();
-    QWheelEvent event(pos, canvas->mapToGlobal(pos), QPoint(), QPoint(0, 120 * notches),
+    const QPoint pos = plot.canvas()->mapTo(plot.window(), plot.canvas()->rect().center());
+    QWheelEvent event(pos, plot.window()->mapToGlobal(pos), QPoint(), QPoint(0, 120 * notches),
                       Qt::NoButton, Qt::NoModifier, Qt::NoScrollPhase, false);
-    QCoreApplication::sendEvent(canvas, &event);
+    QCoreApplication::sendEvent(plot.window()->windowHandle(), &event);
 }
 
 /// A mouse on the window of a plot. Positions are those of the canvas where it lies at that moment:

@@ -42,12 +42,15 @@ public:
         tracker = plot.canvas()->findChild<CurveTracker*>();
     }
 
-    /// Plot coordinates of the middle of a pixel of the canvas.
-    QPointF at(int x, int y) const
+    /// Plot coordinates of a place on the canvas, in pixels.
+    QPointF at(const QPointF& pixels) const
     {
-        return {plot.canvasMap(QwtPlot::xBottom).invTransform(x + 0.5),
-                plot.canvasMap(QwtPlot::yLeft).invTransform(y + 0.5)};
+        return {plot.canvasMap(QwtPlot::xBottom).invTransform(pixels.x()),
+                plot.canvasMap(QwtPlot::yLeft).invTransform(pixels.y())};
     }
+
+    /// Plot coordinates of the middle of a pixel of the canvas.
+    QPointF at(int x, int y) const { return at(QPointF(x + 0.5, y + 0.5)); }
 
     CCurvePlot plot;
     CurveTracker* tracker = nullptr;
@@ -134,6 +137,8 @@ private slots:
     void trackerWithoutPlotPicksNothing();
     void readoutAppearsWithinTenPixels_data();
     void readoutAppearsWithinTenPixels();
+    void pixelsAreCutOffTowardsZero_data();
+    void pixelsAreCutOffTowardsZero();
     void readoutTellsChannelTimeReadingAndUnit();
     void readoutIsWrittenInTheCurvesColour();
     void titleIsNotTakenForAPlaceHolder();
@@ -149,6 +154,7 @@ private slots:
     void sampleFarInDataUnitsReadsAsTheEpoch();
     void samplesFarOffScreenAreHarmless();
     void samplesOfAnyOtherSeriesAreReadAsTheyAre();
+    void curveThatOwnsItsSeriesIsReadWithoutTheOffset();
     void samplesOutOfRangeAreZero();
     void picksWhatBruteForcePicks();
     void pointerOnTheCanvasShowsTheReadout();
@@ -209,13 +215,39 @@ void TestCurveTracker::readoutAppearsWithinTenPixels()
     QCOMPARE(!tracked.tracker->trackerTextF(pos).isEmpty(), shown);
 }
 
+void TestCurveTracker::pixelsAreCutOffTowardsZero_data()
+{
+    QTest::addColumn<QPointF>("sample");
+    QTest::addColumn<QPointF>("pointer");
+    QTest::addColumn<double>("distance");
+    QTest::newRow("within a pixel") << QPointF(300.1, 200.9) << QPointF(300.9, 200.1) << 0.0;
+    QTest::newRow("across a border") << QPointF(300.9, 200.5) << QPointF(301.1, 200.5) << 1.0;
+    QTest::newRow("below a border") << QPointF(300.5, 201.1) << QPointF(300.5, 200.9) << 1.0;
+    QTest::newRow("left of the canvas") << QPointF(-0.9, 200.5) << QPointF(0.9, 200.5) << 0.0;
+    QTest::newRow("above the canvas") << QPointF(300.5, 0.9) << QPointF(300.5, -0.9) << 0.0;
+    QTest::newRow("further to the left") << QPointF(-1.1, 200.5) << QPointF(0.9, 200.5) << 1.0;
+}
+
+void TestCurveTracker::pixelsAreCutOffTowardsZero()
+{
+    QFETCH(QPointF, sample);
+    QFETCH(QPointF, pointer);
+    QFETCH(double, distance);
+    TrackedPlot tracked;
+    tracked.plot.addCurve(m_pool->loaded(0, {tracked.at(sample)}), Qt::red, QStringLiteral("101"));
+    double found = -1.0;
+    QVERIFY(tracked.tracker->nearestCurve(tracked.at(pointer), &found));
+    QCOMPARE(found, distance);
+}
+
 void TestCurveTracker::readoutTellsChannelTimeReadingAndUnit()
 {
     TrackedPlot tracked;
     const qint64 time = QDateTime(QDate(2023, 11, 14), QTime(9, 5, 7)).toMSecsSinceEpoch();
     tracked.plot.setAxisScale(QwtPlot::xBottom, double(time - 1000), double(time + 1000));
     tracked.plot.replot();
-    const QPointF sample(double(time), 1.2345678);
+    // The fraction of a millisecond is cut off: rounded, it would be the next second.
+    const QPointF sample(double(time) + 999.7, 1.2345678);
     tracked.plot.addCurve(m_pool->loaded(0, {sample}), Qt::red, QStringLiteral("101"));
     QCOMPARE(tracked.tracker->trackerTextF(sample).text(),
              QStringLiteral("\n101\n 2023:11:14 09:05:07 \n1.23457 VDC\n"));
@@ -405,6 +437,27 @@ void TestCurveTracker::samplesOfAnyOtherSeriesAreReadAsTheyAre()
     curve.detach();
 }
 
+void TestCurveTracker::curveThatOwnsItsSeriesIsReadWithoutTheOffset()
+{
+    TrackedPlot tracked;
+    const QPointF reading(double(kStart + 30000), 2.0);
+    auto series = std::make_unique<CurveSeriesData>(QStringLiteral("150(VDC)"),
+                                                    QStringLiteral("test_curvetracker_Data"));
+    series->addPoints({reading});
+    series->loadWindow(kStart, kStart + 60000, 0, 5.0);
+    QwtPlotCurve curve(QStringLiteral("101"));
+    curve.setSamples(series.release());
+    curve.attach(&tracked.plot);
+    tracked.tracker->setCurves({&curve});
+    QCOMPARE(tracked.tracker->displaySample(&curve, 0), reading + QPointF(0.0, 5.0));
+    QCOMPARE(tracked.tracker->rawSample(&curve, 0), reading);
+    QCOMPARE(tracked.tracker->trackerTextF(reading + QPointF(0.0, 5.0)).text(),
+             readout(QStringLiteral("101"), kStart + 30000, QStringLiteral("2.00000"),
+                     QStringLiteral("VDC")));
+    tracked.tracker->setCurves({});
+    curve.detach();
+}
+
 void TestCurveTracker::samplesOutOfRangeAreZero()
 {
     TrackedPlot tracked;
@@ -423,6 +476,7 @@ void TestCurveTracker::samplesOutOfRangeAreZero()
 
 void TestCurveTracker::picksWhatBruteForcePicks()
 {
+    constexpr double kBesideMs = 2000.0;
     const quint32 seed = QRandomGenerator::global()->generate();
     qInfo() << "seed" << seed;
     QRandomGenerator random(seed);
@@ -432,8 +486,8 @@ void TestCurveTracker::picksWhatBruteForcePicks()
         QVector<QPointF> points;
         for (int i = 0; i < 400; ++i) {
             // Few values, so that many samples share a pixel and many distances are equal; the
-            // third curve does not come in order of time.
-            const double x = c == 2 ? random.bounded(kWidthMs) : 150.0 * i;
+            // third curve does not come in order of time. Some lie outside the canvas.
+            const double x = (c == 2 ? random.bounded(kWidthMs) : 150.0 * i) - kBesideMs;
             points.append(QPointF(std::floor(double(kStart) + x), random.bounded(12)));
         }
         const double offset = c == 3 ? 1.5 : 0.0;
@@ -444,7 +498,8 @@ void TestCurveTracker::picksWhatBruteForcePicks()
 
     int readouts = 0;
     for (int i = 0; i < 1000; ++i) {
-        const QPointF pos(double(kStart) + random.bounded(kWidthMs), random.bounded(kTop));
+        const QPointF pos(double(kStart) - kBesideMs + random.bounded(kWidthMs),
+                          random.bounded(kTop + 2.0) - 1.0);
         const Pick pick = pickByBruteForce(tracked.plot, curves, pos);
         QString expected;
         if (pick.curve) {

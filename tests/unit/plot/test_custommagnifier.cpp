@@ -4,9 +4,11 @@
 
 #include <QSignalSpy>
 
+#include <cmath>
+
 using namespace plotsupport;
 
-/// The magnifier on a plot of the library.
+/// The magnifier on a plot of the library and on the chart's own.
 class TestCustomMagnifier : public QObject
 {
     Q_OBJECT
@@ -15,6 +17,8 @@ private slots:
     void tellsAfterThePlotHasBeenRescaled();
     void zoomsWithTheKeyboardToo();
     void rightDragZooms();
+    void chartZoomsWithTheKeysOnceItIsClicked();
+    void rightDragOnTheChartZoomsAndHoldsTheView();
 };
 
 void TestCustomMagnifier::tellsAfterThePlotHasBeenRescaled()
@@ -23,6 +27,7 @@ void TestCustomMagnifier::tellsAfterThePlotHasBeenRescaled()
     plot.setAxisScale(QwtPlot::xBottom, -10.0, 10.0);
     plot.replot();
     CustomMagnifier magnifier(plot.canvas());
+    QVERIFY(showSettled(plot));
     double width = 0.0;
     connect(&magnifier, &CustomMagnifier::zoomed, &plot,
             [&](double) { width = timeBounds(plot).width(); });
@@ -57,6 +62,41 @@ void TestCustomMagnifier::rightDragZooms()
     mouse.move(QPoint(100, 120));
     mouse.release(Qt::RightButton);
     QVERIFY(zooms.count() > 0);
+}
+
+void TestCustomMagnifier::chartZoomsWithTheKeysOnceItIsClicked()
+{
+    CCurvePlot plot;
+    plot.resize(400, 300);
+    QVERIFY(showSettled(plot));
+    QVERIFY(QTest::qWaitForWindowActive(&plot));
+    Mouse mouse(plot);
+    mouse.press(QPoint(100, 100));
+    mouse.release();
+    QTest::keyClick(plot.windowHandle(), Qt::Key_Plus);
+    QVERIFY(std::abs(timeBounds(plot).width() - 60000.0 * 0.9) < 1.0);
+    QTest::keyClick(plot.windowHandle(), Qt::Key_Minus);
+    QVERIFY(std::abs(timeBounds(plot).width() - 60000.0) < 1.0);
+}
+
+void TestCustomMagnifier::rightDragOnTheChartZoomsAndHoldsTheView()
+{
+    CCurvePlot plot;
+    plot.resize(400, 300);
+    plot.clearCurves();
+    QVERIFY(showSettled(plot));
+    const QSignalSpy zooms(plot.canvas()->findChild<CustomMagnifier*>(), &CustomMagnifier::zoomed);
+    const QwtInterval values = valueBounds(plot);
+    Mouse mouse(plot);
+    mouse.press(QPoint(100, 100), Qt::RightButton);
+    mouse.move(QPoint(100, 120));
+    mouse.release(Qt::RightButton);
+    QVERIFY(zooms.count() > 0);
+    const QwtInterval zoomed = timeBounds(plot);
+    QVERIFY(zoomed.width() != 60000.0);
+    QVERIFY(valueBounds(plot) == values);
+    plot.onNewSample(noonToday());
+    QVERIFY(timeBounds(plot) == zoomed);
 }
 
 QTEST_MAIN(TestCustomMagnifier)

@@ -71,9 +71,12 @@ private slots:
     void snapshotNeverCoversTheCanvas();
     void eachMoveStartsFromTheLastStep();
     void stepIsTheMeanGapOfTheMinorTicks();
+    void stepIsAFifthOfTheMajorGapWithoutMinorTicks_data();
     void stepIsAFifthOfTheMajorGapWithoutMinorTicks();
     void stepIsAFiftiethOfTheRangeWithoutTicks();
     void stepIsKeptFromTheDragBefore();
+    void readingDuringTheDragMovesNotItsStart();
+    void positionsAreRounded();
     void shortDragIsAppliedAtTheRelease_data();
     void shortDragIsAppliedAtTheRelease();
     void restOfTheDragIsForgottenByTheNextPressOnly();
@@ -87,6 +90,8 @@ private slots:
     void dragHoldsTheViewAndReloads();
     void readoutSurvivesADrag();
     void freePanIsTheLibrarys();
+    void axisThatRunsBackwardsIsPannedFreely();
+    void newPannerSnaps();
     void pannerWithoutPlotDoesNothing();
 
 private:
@@ -204,10 +209,17 @@ void TestCustomPanner::stepIsTheMeanGapOfTheMinorTicks()
     mouse.release();
 }
 
+void TestCustomPanner::stepIsAFifthOfTheMajorGapWithoutMinorTicks_data()
+{
+    QTest::addColumn<QList<double>>("majorTicks");
+    QTest::newRow("two") << QList<double>{0.0, 30000.0};
+    QTest::newRow("the first two count") << QList<double>{0.0, 30000.0, 30001.0};
+}
+
 void TestCustomPanner::stepIsAFifthOfTheMajorGapWithoutMinorTicks()
 {
-    m_plot->setAxisScaleDiv(QwtPlot::xBottom,
-                            scaleDiv(0.0, 6000.0, {10.0}, {0.0, 30000.0, 30001.0}));
+    QFETCH(QList<double>, majorTicks);
+    m_plot->setAxisScaleDiv(QwtPlot::xBottom, scaleDiv(0.0, 6000.0, {10.0}, majorTicks));
     m_plot->replot();
     Mouse mouse(*m_plot);
     mouse.press(QPoint(200, 100));
@@ -242,6 +254,34 @@ void TestCustomPanner::stepIsKeptFromTheDragBefore()
     mouse.move(QPoint(210, 100));
     mouse.release();
     QCOMPARE(lowerMs(*m_plot), qint64(-7000));
+}
+
+void TestCustomPanner::readingDuringTheDragMovesNotItsStart()
+{
+    const double step = meanMinorGap(*m_plot);
+    Mouse mouse(*m_plot);
+    mouse.press(QPoint(200, 100));
+    m_plot->onNewSample(kStart + 500000);
+    QCOMPARE(lowerMs(*m_plot), kStart + 500000);
+    const double shift = shiftFor(*m_plot, 50, step);
+    mouse.move(QPoint(250, 100));
+    QCOMPARE(lowerMs(*m_plot), kStart + qRound64(shift));
+    QCOMPARE(upperMs(*m_plot), kStart + 60000 + qRound64(shift));
+    mouse.release();
+}
+
+void TestCustomPanner::positionsAreRounded()
+{
+    const auto send = [this](QEvent::Type type, double x) {
+        QMouseEvent event(type, QPointF(x, 100.0), Qt::LeftButton, Qt::LeftButton, Qt::NoModifier);
+        QCoreApplication::sendEvent(m_plot->canvas(), &event);
+    };
+    send(QEvent::MouseButtonPress, 200.6);
+    send(QEvent::MouseMove, 203.4);
+    QCOMPARE(lowerMs(*m_plot), kStart);
+    send(QEvent::MouseMove, 203.6);
+    QVERIFY(lowerMs(*m_plot) < kStart);
+    send(QEvent::MouseButtonRelease, 203.6);
 }
 
 void TestCustomPanner::shortDragIsAppliedAtTheRelease_data()
@@ -415,6 +455,39 @@ void TestCustomPanner::freePanIsTheLibrarys()
     mouse.release();
     QVERIFY(std::abs(timeBounds(*m_plot).minValue() - double(kStart) - shift) < 1.0);
     QCOMPARE(pans.count(), 0);
+}
+
+void TestCustomPanner::axisThatRunsBackwardsIsPannedFreely()
+{
+    // Every step that its ticks and bounds give is below 0.
+    m_plot->setAxisScale(QwtPlot::xBottom, double(kStart + 60000), double(kStart));
+    m_plot->replot();
+    const QwtScaleMap map = m_plot->canvasMap(QwtPlot::xBottom);
+    const double shift = map.invTransform(0) - map.invTransform(50);
+    QVERIFY(shift > 0.0);
+    const QSignalSpy pans(panner(), qOverload<>(&CustomPanner::panned));
+    Mouse mouse(*m_plot);
+    mouse.press(QPoint(200, 100));
+    mouse.move(QPoint(250, 100));
+    mouse.release();
+    QVERIFY(std::abs(timeBounds(*m_plot).minValue() - double(kStart + 60000) - shift) < 1.0);
+    QCOMPARE(pans.count(), 0);
+}
+
+void TestCustomPanner::newPannerSnaps()
+{
+    QwtPlot plot;
+    plot.setAxisScale(QwtPlot::xBottom, 0.0, 100.0);
+    plot.resize(600, 400);
+    const CustomPanner lone(plot.canvas());
+    QVERIFY(showSettled(plot));
+    const double step = meanMinorGap(plot);
+    QCOMPARE(shiftFor(plot, 3, step), -step);
+    Mouse mouse(plot);
+    mouse.press(QPoint(200, 100));
+    mouse.move(QPoint(203, 100));
+    mouse.release();
+    QCOMPARE(timeBounds(plot).minValue(), -step);
 }
 
 void TestCustomPanner::pannerWithoutPlotDoesNothing()

@@ -32,7 +32,7 @@ struct View
     double top = 100.0;
 };
 
-/// Counts the points that reach the paint engine's poly-lines.
+/// Number of pixels that something has been drawn on.
 int drawnPixels(const QImage& image)
 {
     int drawn = 0;
