@@ -6,7 +6,10 @@
 #include "storage/shardnaming.h"
 #include "storage/storeclock.h"
 
+#include <QDate>
+#include <QDateTime>
 #include <QDebug>
+#include <QDir>
 #include <QFileInfo>
 #include <QMutexLocker>
 
@@ -18,6 +21,9 @@ namespace {
 /// to let others in.
 constexpr int kRowsPerBlock = 4096;
 
+/// Ten years: each day of a range up to that is looked for, a missing file has its log line.
+constexpr quint64 kLongestCountMs = Q_UINT64_C(315576000000);
+
 /// What a read asks for.
 struct ReadRange
 {
@@ -27,14 +33,44 @@ struct ReadRange
     int maxPoints;
 };
 
+/// First moment of the oldest day that has a file; the present if none has.
+qint64 startOfOldestDay(const QString& directory)
+{
+    const QStringList files =
+        QDir(directory).entryList({QStringLiteral("????????.db")}, QDir::Files, QDir::Name);
+    for (const QString& file : files) {
+        const QDate day = QDate::fromString(file.left(8), QStringLiteral("yyyyMMdd"));
+        if (day.isValid())
+            return day.startOfDay().toMSecsSinceEpoch();
+    }
+    return storeNow();
+}
+
+/// Where the count of days begins: at the start of the range, or, if it would be a count of more
+/// than ten years, as many whole days later as have no file. A chart that is zoomed out further and
+/// further would otherwise keep everybody waiting for the store.
+qint64 firstTimeToLookAt(qint64 start, qint64 end, const QString& directory)
+{
+    const auto distance = [](qint64 from, qint64 to) {
+        return static_cast<quint64>(to) - static_cast<quint64>(from);
+    };
+    const qint64 last = std::min(end, storeNow());
+    if (start > last || distance(start, last) <= kLongestCountMs)
+        return start;
+    const qint64 first = std::min(last, startOfOldestDay(directory));
+    if (first <= start)
+        return start;
+    return first - static_cast<qint64>(distance(start, first) % static_cast<quint64>(kDayLengthMs));
+}
+
 /// Keys of the days that a read looks into, oldest first. The days are counted off from the start
 /// of the range, so a range shorter than a day that crosses midnight has the first day only. All
 /// times to come have today's key, so the count ends with the first of them.
-QStringList dateKeysOfRange(qint64 start, qint64 end)
+QStringList dateKeysOfRange(qint64 start, qint64 end, const QString& directory)
 {
     const qint64 now = storeNow();
     QStringList keys;
-    qint64 time = start;
+    qint64 time = firstTimeToLookAt(start, end, directory);
     while (time <= end) {
         const QString key = dateKeyForTime(time);
         if (keys.isEmpty() || keys.constLast() != key)
@@ -139,7 +175,7 @@ QVector<QPointF> CurveDataDB::readCurveData(int curveId, qint64 start, qint64 en
         return {};
     }
     QVector<QPointF> points;
-    const QStringList keys = dateKeysOfRange(start, end);
+    const QStringList keys = dateKeysOfRange(start, end, m_dataDir);
     for (const QString& key : keys)
         readFile(*this, dbPathForDate(key), {curveId, start, end, maxPoints}, points);
     const auto byTime = [](const QPointF& a, const QPointF& b) { return a.x() < b.x(); };

@@ -10,6 +10,8 @@
 
 #include <QtTest>
 
+#include <limits>
+
 // What is read back across the edges of time. The zone is that of Berlin, where the clock goes
 // forward on 29 March 2026 at 01:00 UTC and back on 25 October 2026 at 01:00 UTC.
 
@@ -89,6 +91,9 @@ private slots:
     void dayOf23HoursIsSteppedOver();
     void futureReadingIsFoundThroughItsFile();
     void changedClockIsReadInOrder();
+    void rangeFromTheBeginningOfTimeEnds();
+    void daysBeforeTheFirstFileAreCounted_data();
+    void daysBeforeTheFirstFileAreCounted();
     void chartAcrossMidnight();
     void weeksWithAChangeEqualTheModel_data();
     void weeksWithAChangeEqualTheModel();
@@ -244,6 +249,67 @@ void TestStoreTimeRead::changedClockIsReadInOrder()
                  {"2026-01-13T00:01:02.000+01:00", "2026-01-13T00:01:00.000+01:00", 1, 7.0}});
     QCOMPARE(values(store, "2026-01-12T06:00:00.000+01:00", "2026-01-13T06:00:00.000+01:00"),
              (QVector<double>{1.0, 2.0, 3.0, 4.0, 5.0, 6.0, 7.0}));
+}
+
+/// A chart that is zoomed out without end asks for all there is: it gets that, and soon. The count of
+/// days keeps its hour of the day, so that the same days are stepped over as from nearby.
+void TestStoreTimeRead::rangeFromTheBeginningOfTimeEnds()
+{
+    setPresent(instant("2026-03-28T23:00:00.000+01:00"));
+    TestStore store;
+    enlist(store, "101(V)", {"20260329", "20260330"});
+    live(store, {{"2026-03-28T23:45:00.000+01:00", 1.0},
+                 {"2026-03-29T12:00:00.000+02:00", 2.0},
+                 {"2026-03-30T00:15:00.000+02:00", 3.0},
+                 {"2026-03-30T00:45:00.000+02:00", 4.0}});
+    const auto valuesFrom = [&store](qint64 start, qint64 end) {
+        QVector<double> found;
+        for (const QPointF& point : store->readCurveData(1, start, end, 0))
+            found.append(point.y());
+        return found;
+    };
+    const qint64 beginning = std::numeric_limits<qint64>::min();
+    const qint64 last = std::numeric_limits<qint64>::max();
+    const qint64 tenThousandYears = 3652500 * kDayMs;
+    const LogCapture log;
+    QCOMPARE(valuesFrom(beginning, last), (QVector<double>{1.0, 2.0, 3.0, 4.0}));
+    QCOMPARE(valuesFrom(beginning, instant("2026-03-29T20:00:00.000+02:00")),
+             (QVector<double>{1.0, 2.0}));
+    QVERIFY(valuesFrom(beginning, 0).isEmpty());
+    QVERIFY(valuesFrom(beginning, beginning).isEmpty());
+    QCOMPARE(valuesFrom(instant("2026-03-28T23:30:00.000+01:00") - tenThousandYears,
+                        instant("2026-03-30T00:30:00.000+02:00")),
+             (QVector<double>{1.0, 3.0}));
+    QCOMPARE(valuesFrom(instant("2026-03-28T22:59:59.999+01:00") - tenThousandYears,
+                        instant("2026-03-30T00:30:00.000+02:00")),
+             (QVector<double>{1.0, 2.0}));
+    QVERIFY2(log.lines().size() < 20, qPrintable(QString::number(log.lines().size())));
+}
+
+void TestStoreTimeRead::daysBeforeTheFirstFileAreCounted_data()
+{
+    QTest::addColumn<qint64>("start");
+    QTest::addColumn<int>("missing");
+    const qint64 present = instant("2026-01-12T12:00:00.000+01:00");
+    const qint64 tenYears = Q_INT64_C(315576000000); // 3652 days and a half
+    QTest::newRow("ten years") << present - tenYears << 3652;
+    QTest::newRow("a little more") << present - tenYears - 1 << 1;
+}
+
+/// Up to ten years back each day without a file has its line; beyond, the count starts less than a
+/// day before the oldest file's.
+void TestStoreTimeRead::daysBeforeTheFirstFileAreCounted()
+{
+    QFETCH(qint64, start);
+    QFETCH(int, missing);
+    setPresent(instant("2026-01-12T12:00:00.000+01:00"));
+    TestStore store;
+    enlist(store, "101(V)");
+    live(store, {{"2026-01-12T12:00:00.000+01:00", 1.0}});
+    const LogCapture log;
+    QCOMPARE(store->readCurveData(1, start, start + Q_INT64_C(400000000000), 0).size(), 1);
+    QCOMPARE(log.lines().filter(text("debug: 数据库文件不存在: ")).size(), missing);
+    QCOMPARE(log.lines().size(), missing);
 }
 
 /// A view that begins before what memory holds is read from the store, and ends with the day.
