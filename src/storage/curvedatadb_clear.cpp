@@ -119,12 +119,18 @@ bool CurveDataDB::deleteCurveData(int curveId)
         ManagedQuery(*m_currentDb).exec(QStringLiteral("ROLLBACK"));
         return false;
     }
+    ManagedQuery commit(*m_currentDb);
+    if (!commit.exec(QStringLiteral("COMMIT"))) {
+        qWarning() << "提交事务失败:" << commit.errorText();
+        commit.exec(
+            QStringLiteral("ROLLBACK")); // left open it would take every later write with it
+        return false;
+    }
     const auto extremes = m_metadataMap.find(curveId);
     if (extremes != m_metadataMap.end()) {
         *extremes = DBCurveMetadata();
         m_changedCurves.insert(curveId);
     }
-    ManagedQuery(*m_currentDb).exec(QStringLiteral("COMMIT"));
     return true;
 }
 

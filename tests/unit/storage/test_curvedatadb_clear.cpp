@@ -93,6 +93,7 @@ private slots:
     void directoryThatIsGoneIsMadeAgain();
     void singleShotAfterTheEndDoesNothing();
     void readingsDuringAClearAreDropped();
+    void readsInsideAClearPassOverTheFiles();
     void storeEndsDuringAClear();
     void exitDuringAClearIsQuick();
     void filesThatAreNoneOfTheStoresStay();
@@ -102,6 +103,7 @@ private slots:
     void deletedCurveIsGone();
     void deletingAnUnknownCurveChangesNothing();
     void failedDeletionIsRolledBack();
+    void deletionThatCannotBeCommittedIsRolledBack();
     void deletedCurveGoesOn();
 };
 
@@ -256,6 +258,34 @@ void TestCurveDataDBClear::readingsDuringAClearAreDropped()
              (QStringList{one("batch_metadata: "), one("curve_info: "), one("curve_metadata: ")}));
     QVERIFY(log.lines().contains(QStringLiteral("warning: 正在清理数据库，禁止打开新连接： \"%1\"")
                                      .arg(store.path("20260112"))));
+}
+
+/// A clear handles events before it forgets the curves: what reads then finds its file and cannot
+/// open it.
+void TestCurveDataDBClear::readsInsideAClearPassOverTheFiles()
+{
+    TestStore store;
+    store->registerCurve(one("101(V)"));
+    store->appendPoint(1, at("09:00:00"), 1.0);
+    const QString path = store.path("20260112");
+    int rows = -1;
+    int batches = -1;
+    QTimer::singleShot(0, store.get(), [&] {
+        rows = store->readCurveData(1, at("08:00:00"), at("10:00:00"), 0).size();
+        batches = store->listBatchesInFile(1, at("08:00:00"), at("10:00:00"), path).size();
+    });
+    QSignalSpy cleared(store.get(), &CurveDataDB::sigClearFinished);
+    {
+        const LogCapture log;
+        store->clearAll();
+        QCOMPARE(rows, 0);
+        QCOMPARE(batches, 0);
+        const QString refusal = QStringLiteral("正在清理数据库，禁止打开新连接： \"%1\"").arg(path);
+        QCOMPARE(log.lines(QtWarningMsg),
+                 (QStringList{refusal, QStringLiteral("无法打开数据库: \"%1\"").arg(path), refusal,
+                              QStringLiteral("数据库连接无效: \"%1\"").arg(path)}));
+    }
+    QVERIFY(cleared.wait(kClearTimeoutMs));
 }
 
 void TestCurveDataDBClear::storeEndsDuringAClear()
@@ -440,6 +470,38 @@ void TestCurveDataDBClear::failedDeletionIsRolledBack()
     QVERIFY(!store->deleteCurveData(1));
     QVERIFY(log.lines().first().startsWith(
         QStringLiteral("warning: 查询曲线分片失败: \"no such table")));
+}
+
+/// Without its log a file cannot be committed to while somebody reads it.
+void TestCurveDataDBClear::deletionThatCannotBeCommittedIsRolledBack()
+{
+    TestStore store;
+    store->registerCurve(one("101(V)"));
+    store->appendPoint(1, at("09:00:00"), 1.0);
+    const QString path = store.path("20260112");
+    {
+        const auto db = store->openDb(path);
+        QVERIFY(ManagedQuery(*db).exec(one("PRAGMA journal_mode = DELETE")));
+        QVERIFY(ManagedQuery(*db).exec(one("PRAGMA busy_timeout = 0")));
+    }
+    const QStringList before = dayfile::dump(path);
+    {
+        const DayFileLock reader(path, DayFileLock::Read);
+        QVERIFY(reader.isHeld());
+        const LogCapture log;
+        QVERIFY(!store->deleteCurveData(1));
+        QCOMPARE(log.lines().size(), 1);
+        QVERIFY2(log.lines().first().startsWith(
+                     QStringLiteral("warning: 提交事务失败: \"database is locked")),
+                 qPrintable(log.lines().first()));
+    }
+    QCOMPARE(dayfile::dump(path), before);
+    QCOMPARE(store->curveMetadata(1).maxValue, 1.0);
+    // The next reading is not part of a transaction that was left open.
+    store->appendPoint(1, at("09:00:01"), 2.0);
+    QCOMPARE(
+        dayfile::rows(path, one("SELECT value FROM curve_1_batch_20260112_060000_20260112_115959")),
+        (QStringList{one("1.0"), one("2.0")}));
 }
 
 void TestCurveDataDBClear::deletedCurveGoesOn()
