@@ -63,7 +63,7 @@ public:
     /// to be opened anew at once.
     void discardConnection(const QString& path);
 
-    /// Closes every connection, one after the other.
+    /// Closes every connection, one after the other. One that somebody opens meanwhile stays.
     void closeAllConnections();
 
     /// Closes the connection that was not used for the longest time, of those nobody holds.

@@ -1,12 +1,42 @@
 #include "drivertap.h"
 
+#include <QMutex>
+#include <QRegularExpression>
 #include <QSqlDatabase>
 #include <QSqlDriver>
 #include <QVariant>
 
 #include <sqlite3.h>
+#include <utility>
 
 namespace {
+
+QMutex g_traceMutex;
+bool g_tracing = false;
+QStringList g_traced;
+
+int noteStatement(unsigned, void*, void* statement, void*)
+{
+    const QMutexLocker locker(&g_traceMutex);
+    if (g_tracing)
+        g_traced.append(QString::fromUtf8(sqlite3_sql(static_cast<sqlite3_stmt*>(statement))));
+    return 0;
+}
+
+int traceConnection(sqlite3* handle, char**, const void*)
+{
+    return sqlite3_trace_v2(handle, SQLITE_TRACE_STMT, &noteStatement, nullptr);
+}
+
+/// SQLite takes the address of such a function as that of one without arguments.
+void (*const kTraceConnection)() = reinterpret_cast<void (*)()>(&traceConnection);
+
+void setTracing(bool tracing)
+{
+    const QMutexLocker locker(&g_traceMutex);
+    g_tracing = tracing;
+    g_traced.clear();
+}
 
 sqlite3* handleOf(const QSqlDatabase& database)
 {
@@ -29,6 +59,26 @@ int denyTables(void* denied, int action, const char* table, const char*, const c
 }
 
 } // namespace
+
+StatementTrace::StatementTrace()
+{
+    setTracing(true);
+    if (sqlite3_auto_extension(kTraceConnection) != SQLITE_OK)
+        qFatal("connections cannot be traced");
+}
+
+StatementTrace::~StatementTrace()
+{
+    sqlite3_cancel_auto_extension(kTraceConnection);
+    setTracing(false);
+}
+
+QStringList StatementTrace::take()
+{
+    const QMutexLocker locker(&g_traceMutex);
+    static const QRegularExpression placeholder(QStringLiteral(":[a-z]+"));
+    return std::exchange(g_traced, {}).replaceInStrings(placeholder, QStringLiteral("?"));
+}
 
 InterruptedConnection::InterruptedConnection(const QSqlDatabase& database)
     : m_handle(handleOf(database))

@@ -5,8 +5,22 @@
 class QSqlDatabase;
 struct sqlite3;
 
-// Failures that no file and no statement can bring about: they are made at the connection itself,
-// below Qt's driver, and end with the object that made them.
+// What is seen and done at the connection itself, below Qt's driver. The failures are such that no
+// file and no statement can bring about; they end with the object that made them.
+
+/// Writes down the statements that are run on the connections opened while it lives. One at a time.
+class StatementTrace
+{
+public:
+    StatementTrace();
+    ~StatementTrace();
+    StatementTrace(const StatementTrace&) = delete;
+    StatementTrace& operator=(const StatementTrace&) = delete;
+
+    /// The statements run since the last call, word for word. Qt names the
+    /// placeholders; here they are question marks again.
+    QStringList take();
+};
 
 /// Every statement of a connection is interrupted.
 class InterruptedConnection

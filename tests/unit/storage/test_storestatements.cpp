@@ -1,0 +1,203 @@
+#include "dayfilereader.h"
+#include "dayfilewriter.h"
+#include "drivertap.h"
+#include "teststore.h"
+#include "timescene.h"
+
+#include "storage/connectionpool.h"
+#include "storage/curvedatadb.h"
+#include "storage/storeclock.h"
+
+#include <QTemporaryDir>
+#include <QtTest>
+
+#include <memory>
+
+// The statements that the pool and the store run on their connections: which ones, in which order.
+
+namespace {
+
+constexpr qint64 kExpiredMs = 43200001;
+constexpr int kCloseMs = 2000;
+constexpr const char* kMorning = "curve_1_batch_20260112_060000_20260112_115959";
+
+const QStringList kReaderSetUp = lines(R"(
+    PRAGMA journal_mode = DELETE
+    PRAGMA wal_checkpoint(FULL)
+    PRAGMA synchronous = OFF
+    PRAGMA foreign_keys = ON
+)");
+
+} // namespace
+
+class TestStoreStatements : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void init();
+    void cleanup();
+    void cleanupTestCase() { setStoreClock(nullptr); }
+
+    void writerIsSetUp();
+    void writerWithoutALogIsSetUp();
+    void readerIsSetUp();
+    void readerOfALogInUseIsSetUp();
+    void pooledConnectionIsAsked();
+    void closingFoldsTheLogIn();
+    void expiryFoldsNothingIn();
+    void readLooksForItsBatchesThenReadsThem();
+    void deletionIsOneTransaction();
+
+private:
+    QString path(const char* key) const { return m_directory->filePath(text(key) + text(".db")); }
+
+    std::unique_ptr<QTemporaryDir> m_directory;
+};
+
+void TestStoreStatements::init()
+{
+    m_directory = std::make_unique<QTemporaryDir>();
+    setPresent(localTime("2026-01-12 09:30:00.000"));
+}
+
+void TestStoreStatements::cleanup()
+{
+    ConnectionPool::instance().closeForExit(QDeadlineTimer(kCloseMs));
+}
+
+void TestStoreStatements::writerIsSetUp()
+{
+    StatementTrace trace;
+    QVERIFY(ConnectionPool::instance().acquireConnection(path("20260112")));
+    QCOMPARE(trace.take(), lines(R"(
+        PRAGMA journal_mode = WAL
+        PRAGMA synchronous = NORMAL
+        PRAGMA foreign_keys = ON
+    )"));
+}
+
+void TestStoreStatements::writerWithoutALogIsSetUp()
+{
+    DayFileWriter(path("20260112")).addCurve(1, text("101(V)"));
+    const DayFileLock reader(path("20260112"), DayFileLock::Read);
+    QVERIFY(reader.isHeld());
+    StatementTrace trace;
+    QVERIFY(ConnectionPool::instance().acquireConnection(path("20260112")));
+    QCOMPARE(trace.take(), lines(R"(
+        PRAGMA journal_mode = WAL
+        PRAGMA journal_mode = DELETE
+        PRAGMA synchronous = FULL
+        PRAGMA foreign_keys = ON
+    )"));
+}
+
+void TestStoreStatements::readerIsSetUp()
+{
+    StatementTrace trace;
+    QVERIFY(ConnectionPool::instance().acquireConnection(path("20260111")));
+    QCOMPARE(trace.take(), kReaderSetUp);
+}
+
+/// Its journal cannot be switched, so its log is not folded in.
+void TestStoreStatements::readerOfALogInUseIsSetUp()
+{
+    DayFileWriter(path("20260111")).addCurve(1, text("101(V)"));
+    QCOMPARE(dayfile::execute(path("20260111"), text("PRAGMA journal_mode = WAL")), QString());
+    const DayFileLock writer(path("20260111"));
+    QVERIFY(writer.isHeld());
+    StatementTrace trace;
+    QVERIFY(ConnectionPool::instance().acquireConnection(path("20260111")));
+    QCOMPARE(trace.take(), lines(R"(
+        PRAGMA journal_mode = DELETE
+        PRAGMA synchronous = OFF
+        PRAGMA foreign_keys = ON
+    )"));
+}
+
+void TestStoreStatements::pooledConnectionIsAsked()
+{
+    StatementTrace trace;
+    QVERIFY(ConnectionPool::instance().acquireConnection(path("20260112")));
+    trace.take();
+    QVERIFY(ConnectionPool::instance().acquireConnection(path("20260112")));
+    QCOMPARE(trace.take(), QStringList{text("SELECT 1")});
+    ConnectionPool::instance().releaseConnection(path("20260112"));
+    QCOMPARE(trace.take(), QStringList());
+}
+
+void TestStoreStatements::closingFoldsTheLogIn()
+{
+    StatementTrace trace;
+    {
+        const auto db = ConnectionPool::instance().acquireConnection(path("20260112"));
+        QVERIFY(ManagedQuery(*db).exec(text("CREATE TABLE t (v INTEGER)")));
+    }
+    trace.take();
+    ConnectionPool::instance().removeConnection(path("20260112"));
+    QCOMPARE(trace.take(), lines(R"(
+        PRAGMA wal_checkpoint(TRUNCATE)
+        PRAGMA journal_mode = DELETE
+    )"));
+}
+
+/// It only asks whether there is a log.
+void TestStoreStatements::expiryFoldsNothingIn()
+{
+    StatementTrace trace;
+    QVERIFY(ConnectionPool::instance().acquireConnection(path("20260112")));
+    trace.take();
+    advancePresent(kExpiredMs);
+    QMetaObject::invokeMethod(&ConnectionPool::instance(), "cleanExpiredConnections");
+    QCOMPARE(ConnectionPool::instance().connectionCount(), 0);
+    QCOMPARE(trace.take(), QStringList{text("PRAGMA journal_mode")});
+}
+
+void TestStoreStatements::readLooksForItsBatchesThenReadsThem()
+{
+    TestStore store;
+    enlist(store, "101(V)");
+    const qint64 yesterday = localTime("2026-01-11 06:00:00.000");
+    {
+        DayFileWriter writer(store.path("20260111"));
+        writer.addCurve(1, text("101(V)"));
+        for (const qint64 start : {yesterday, yesterday + kBatchMs})
+            writer.addBatch(1, start, DayFileWriter::tableName(1, start),
+                            {QPointF(static_cast<double>(start), 1.0)});
+    }
+    StatementTrace trace;
+    QCOMPARE(store->readCurveData(1, yesterday, yesterday + kBatchMs, 0).size(), 2);
+    const char* const select = "SELECT timestamp, value FROM \"%1\" WHERE curve_id = ? AND "
+                               "timestamp BETWEEN ? AND ? ORDER BY timestamp ASC";
+    QCOMPARE(trace.take(),
+             kReaderSetUp +
+                 (QStringList{
+                     text("SELECT 1"),
+                     text("SELECT curve_id, batch_start, batch_end, table_name FROM "
+                          "batch_metadata WHERE curve_id = ? AND ( (batch_start BETWEEN ? AND ?) "
+                          "OR (batch_end BETWEEN ? AND ?) OR (batch_start <= ? AND batch_end >= "
+                          "?) )"),
+                     text(select).arg(text("curve_1_batch_20260111_060000_20260111_115959")),
+                     text(select).arg(text("curve_1_batch_20260111_120000_20260111_175959"))}));
+}
+
+void TestStoreStatements::deletionIsOneTransaction()
+{
+    StatementTrace trace;
+    TestStore store;
+    enlist(store, "101(V)");
+    store->appendPoint(1, localTime("2026-01-12 09:00:00.000"), 1.0);
+    trace.take();
+    QVERIFY(store->deleteCurveData(1));
+    QCOMPARE(trace.take(),
+             (QStringList{
+                 text("BEGIN"), text("SELECT table_name FROM batch_metadata WHERE curve_id = ?"),
+                 text("DROP TABLE IF EXISTS %1").arg(text(kMorning)),
+                 text("DELETE FROM batch_metadata WHERE curve_id = ?"),
+                 text("UPDATE curve_metadata SET min_time = NULL, max_time = NULL, min_value "
+                      "= NULL, max_value = NULL WHERE curve_id = ?"),
+                 text("COMMIT")}));
+}
+
+QTEST_GUILESS_MAIN(TestStoreStatements)
+#include "test_storestatements.moc"
