@@ -167,14 +167,13 @@ bool TestFaults::waitForFault(const QString& begin) const
 /// Presses stop and waits until the program has drained the instrument.
 bool TestFaults::stopScan()
 {
+    const auto aborts = [this] { return m_instrument->received().count(QStringLiteral("ABOR")); };
+    const auto idles = [this] { return m_instrument->sent().count(QStringLiteral("+256")); };
+    const int abortsBefore = aborts();
+    const int idlesBefore = idles();
     m_user->clickStart();
-    const int aborts = m_instrument->received().count(QStringLiteral("ABOR"));
-    return QTest::qWaitFor(
-               [this, aborts] {
-                   return m_instrument->received().count(QStringLiteral("ABOR")) >= aborts &&
-                          m_instrument->sent().contains(QStringLiteral("+256"));
-               },
-               kEndWaitMs) &&
+    return QTest::qWaitFor([&] { return aborts() > abortsBefore && idles() > idlesBefore; },
+                           kEndWaitMs) &&
            ProgramUser::waitForPolls(*m_instrument, 3);
 }
 
@@ -297,9 +296,18 @@ void TestFaults::refusedScanListEndsTheScanAtOnce()
     QVERIFY(ProgramUser::waitForPolls(*m_instrument, 3));
     QVERIFY(!m_instrument->received().contains(QStringLiteral("ABOR")));
 
-    // The program is idle again, and a scan list that is taken scans.
+    // The program is idle again: once the instrument has its list, the next start scans.
     QVERIFY(order(QStringLiteral("clear")));
+    StreamClient hand;
+    QVERIFY(hand.connectTo(m_instrument->port()));
+    QCOMPARE(hand.ask("ROUT:SCAN (@101);SCAN?"), QByteArray("#16(@101)"));
+    m_user->clickStart();
+    QTRY_VERIFY_WITH_TIMEOUT(m_instrument->received().filter(QStringLiteral("R? ")).size() >= 2,
+                             kEndWaitMs);
+    QVERIFY(stopScan());
     QVERIFY(leave());
+    QCOMPARE(difference(stored(), readingsInReplies(m_instrument->sent())), QString());
+    QCOMPARE(stored().keys(), QList<int>{101});
 }
 
 void TestFaults::spoiltBatchesCostOnlyThemselves()
