@@ -39,6 +39,7 @@ private slots:
     void helpIsShown();
     void placeOfTheLinkIsNotOverwritten();
     void takenPortIsTold();
+    void programLinksNoWidgetLibrary();
 
 private:
     void start(const QStringList& options = {});
@@ -346,6 +347,18 @@ void TestSimProcess::takenPortIsTold()
     QVERIFY(second.waitForFinished(kPatienceMs));
     QCOMPARE(second.exitCode(), 1);
     QVERIFY(second.readAllStandardError().contains("cannot listen on 127.0.0.1"));
+}
+
+void TestSimProcess::programLinksNoWidgetLibrary()
+{
+    // Its shared libraries are named in its file.
+    QFile file(kProgram);
+    QVERIFY(file.open(QIODevice::ReadOnly));
+    const QByteArray program = file.readAll().toLower();
+    QVERIFY(program.contains("libc.so"));
+    for (const char* library : {"libqt", "libqwt", "libx11", "libxcb", "libgtk"}) {
+        QVERIFY2(!program.contains(library), library);
+    }
 }
 
 QTEST_GUILESS_MAIN(TestSimProcess)
