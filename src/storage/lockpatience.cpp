@@ -10,6 +10,7 @@ constexpr int kBusyTimeoutMs = 5000;
 
 thread_local LockPatience* g_current = nullptr;
 
+/// The caller holds the connection's lock throughout, so nobody needs to know of this query.
 void setBusyTimeout(const QSqlDriver* driver, int milliseconds)
 {
     QSqlQuery(driver->createResult())

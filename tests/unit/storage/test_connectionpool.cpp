@@ -16,8 +16,10 @@
 #include <QtTest>
 
 #include <algorithm>
+#include <atomic>
 #include <memory>
 #include <thread>
+#include <vector>
 
 namespace {
 
@@ -64,6 +66,7 @@ private slots:
     void unexpectedAnswerOfAPragmaIsLogged();
     void nameThatHasGoneIsLogged();
     void pathIsPooledOnce();
+    void pathIsPooledOnceWhoeverAsksAtATime();
     void connectionNameIsMadeOfPathAndUuid();
     void missingDirectoryIsMade();
     void emptyPathIsRefused();
@@ -78,6 +81,7 @@ private slots:
     void connectionOfAnotherThreadIsClosedQuietly();
     void removingAnUnknownPathDoesNothing();
     void closeAllClosesEverything();
+    void connectionOpenedWhileAllAreClosedStays();
     void idleConnectionExpires();
     void expiryRemovesStraySideFiles();
     void expiryKeepsTheLogThatAnotherProcessUses();
@@ -267,6 +271,27 @@ void TestConnectionPool::pathIsPooledOnce()
     QCOMPARE(pool.connectionCount(), 1);
 }
 
+void TestConnectionPool::pathIsPooledOnceWhoeverAsksAtATime()
+{
+    constexpr int kThreads = 8;
+    std::atomic<int> ready{0};
+    std::vector<QString> names(kThreads);
+    std::vector<std::thread> threads;
+    for (QString& name : names) {
+        threads.emplace_back([this, &ready, &name] {
+            for (++ready; ready < kThreads;)
+                std::this_thread::yield();
+            if (const auto db = ConnectionPool::instance().acquireConnection(path(kToday)))
+                name = db->connectionName();
+        });
+    }
+    for (std::thread& thread : threads)
+        thread.join();
+    QVERIFY(!names.front().isEmpty());
+    QCOMPARE(std::count(names.begin(), names.end(), names.front()), std::ptrdiff_t(kThreads));
+    QCOMPARE(QSqlDatabase::connectionNames(), QStringList{names.front()});
+}
+
 void TestConnectionPool::connectionNameIsMadeOfPathAndUuid()
 {
     const auto db = ConnectionPool::instance().acquireConnection(path(kToday));
@@ -449,6 +474,22 @@ void TestConnectionPool::closeAllClosesEverything()
     QVERIFY2(timer.elapsed() >= 2 * (750 + 50), qPrintable(QString::number(timer.elapsed())));
     QCOMPARE(pool.connectionCount(), 0);
     QVERIFY(!QFile::exists(path(kToday) + QStringLiteral("-wal")));
+}
+
+/// Taken from the pool unclosed, it would be open until the end, beside the next one to its file.
+void TestConnectionPool::connectionOpenedWhileAllAreClosedStays()
+{
+    ConnectionPool& pool = ConnectionPool::instance();
+    pool.acquireConnection(path(kToday));
+    QString name;
+    QTimer::singleShot(0, this, [this, &pool, &name] {
+        name = pool.acquireConnection(path(kYesterday))->connectionName();
+    });
+    pool.closeAllConnections();
+    QCOMPARE(pool.connectionCount(), 1);
+    const auto db = pool.acquireConnection(path(kYesterday));
+    QVERIFY(db->isOpen());
+    QCOMPARE(db->connectionName(), name);
 }
 
 void TestConnectionPool::idleConnectionExpires()
