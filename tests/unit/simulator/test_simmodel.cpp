@@ -20,6 +20,8 @@ private slots:
     void modulesHaveTheirChannels_data();
     void modulesHaveTheirChannels();
     void memoryTakesFromTheFront();
+    void foldersKnowOnlyWhatTheyMay_data();
+    void foldersKnowOnlyWhatTheyMay();
 };
 
 void TestSimModel::calendarGoesBothWays_data()
@@ -116,6 +118,40 @@ void TestSimModel::memoryTakesFromTheFront()
     memory.store({});
     memory.clear();
     QCOMPARE(memory.count(), std::size_t{0});
+}
+
+void TestSimModel::foldersKnowOnlyWhatTheyMay_data()
+{
+    QTest::addColumn<QStringList>("known");
+    const auto row = [](const char* folder, const char* known) {
+        QTest::newRow(folder) << QString::fromLatin1(known).split(QLatin1Char(' '));
+    };
+    row("scpi", "scpi");
+    row("model", "model");
+    row("transport", "transport");
+    row("dialogue", "dialogue model scpi");
+    row("faults", "faults scpi");
+}
+
+void TestSimModel::foldersKnowOnlyWhatTheyMay()
+{
+    QFETCH(QStringList, known);
+    const QDir folder(QStringLiteral(SCN_SOURCE_DIR "/simulator/") +
+                      QString::fromLatin1(QTest::currentDataTag()));
+    const QStringList names =
+        folder.entryList({QStringLiteral("*.h"), QStringLiteral("*.cpp")}, QDir::Files);
+    QVERIFY(names.size() >= 4);
+    const QRegularExpression include(QStringLiteral("^#include \"([^\"/]*)/"),
+                                     QRegularExpression::MultilineOption);
+    for (const QString& name : names) {
+        QFile file(folder.filePath(name));
+        QVERIFY(file.open(QIODevice::ReadOnly));
+        const QString text = QString::fromUtf8(file.readAll());
+        QVERIFY2(!text.contains(QLatin1String("#include <Q")), qPrintable(name));
+        for (auto match = include.globalMatch(text); match.hasNext();) {
+            QVERIFY2(known.contains(match.next().captured(1)), qPrintable(name));
+        }
+    }
 }
 
 QTEST_APPLESS_MAIN(TestSimModel)
