@@ -247,6 +247,10 @@ void TestBarChartWidget::hiddenChannelComesBackWithItsOffset()
     QCOMPARE(label->value(), 2.5);
     QVERIFY(f.spinBox(3)->isEnabled());
     QCOMPARE(f.spinBox(3)->value(), 2.5);
+    // Only the row that made the curve follows its tag, and only until its first "none".
+    f.chart.setOffset(curve, 4.0);
+    QCOMPARE(f.spinBox(3)->value(), 2.5);
+    QCOMPARE(f.spinBox(0)->value(), 0.0);
 }
 
 void TestBarChartWidget::changingTheChannelHidesTheOldOne()

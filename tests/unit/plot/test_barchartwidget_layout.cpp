@@ -18,6 +18,7 @@ private slots:
     void buttonsGoRoundThePalette();
     void partsStandAsLaidOut();
     void toggleHidesAndShowsTheTable();
+    void tableOfAHiddenChartIsShownByTheToggle();
 };
 
 void TestBarChartWidgetLayout::tableIsSetUpForFortyCurves()
@@ -171,6 +172,17 @@ void TestBarChartWidgetLayout::toggleHidesAndShowsTheTable()
     QTest::mouseClick(toggle, Qt::LeftButton);
     QVERIFY(!f.table()->isVisible());
     QCOMPARE(toggle->text(), QStringLiteral("▲选择通道"));
+}
+
+void TestBarChartWidgetLayout::tableOfAHiddenChartIsShownByTheToggle()
+{
+    BarChartWidget chart;
+    const auto* table = chart.findChild<QTableWidget*>();
+    chart.hideTableWidget();
+    QVERIFY(!table->isHidden());
+    const auto* toggle =
+        table->parentWidget()->findChild<QPushButton*>(QString(), Qt::FindDirectChildrenOnly);
+    QCOMPARE(toggle->text(), QStringLiteral("▼选择通道"));
 }
 
 QTEST_MAIN(TestBarChartWidgetLayout)

@@ -52,8 +52,10 @@ class TestCurveLabel : public QObject
 private slots:
     void newLabelStandsForNoOffset();
     void leftPressStartsADrag();
+    void pressNamesTheLabelBeforeItsDragStarts();
     void otherButtonsStartNothing();
     void moveReportsTheStepSinceTheLastOne();
+    void positionsAreRounded();
     void moveWithoutADragIsSwallowed();
     void releaseEndsTheDragOnce();
     void rightReleaseKeepsTheDrag();
@@ -87,6 +89,16 @@ void TestCurveLabel::leftPressStartsADrag()
     QCOMPARE(f.dragged.size(), 0);
 }
 
+void TestCurveLabel::pressNamesTheLabelBeforeItsDragStarts()
+{
+    Fixture f;
+    int namedBefore = 0;
+    connect(&f.label, &CurveLabel::dragStarted, &f.parent, [&] { namedBefore = f.pressed.size(); });
+    pressAt(&f.label, QPoint(100, 100));
+    QCOMPARE(f.started.size(), 1);
+    QCOMPARE(namedBefore, 1);
+}
+
 void TestCurveLabel::otherButtonsStartNothing()
 {
     Fixture f;
@@ -105,6 +117,22 @@ void TestCurveLabel::moveReportsTheStepSinceTheLastOne()
     QCOMPARE(f.dragged.size(), 2);
     QCOMPARE(f.dragged.at(0).at(0).toInt(), 7);
     QCOMPARE(f.dragged.at(1).at(0).toInt(), -12);
+}
+
+void TestCurveLabel::positionsAreRounded()
+{
+    Fixture f;
+    const auto send = [&f](QEvent::Type type, double y) {
+        const QPointF pos(20.0, y);
+        QMouseEvent event(type, pos, pos, pos, Qt::LeftButton, Qt::LeftButton, Qt::NoModifier);
+        QCoreApplication::sendEvent(&f.label, &event);
+    };
+    send(QEvent::MouseButtonPress, 9.6);
+    send(QEvent::MouseMove, 13.4);
+    send(QEvent::MouseMove, 14.6);
+    QCOMPARE(f.dragged.size(), 2);
+    QCOMPARE(f.dragged.at(0).at(0).toInt(), 3);
+    QCOMPARE(f.dragged.at(1).at(0).toInt(), 2);
 }
 
 void TestCurveLabel::moveWithoutADragIsSwallowed()

@@ -109,6 +109,8 @@ void TestCurveOffsetController::stripIsFortyFiveWide()
 
 void TestCurveOffsetController::labelLayerFillsTheStrip()
 {
+    const CurveOffsetController unshown(nullptr, nullptr);
+    QCOMPARE(unshown.findChild<QWidget*>()->geometry(), unshown.rect());
     Fixture f;
     const CurveLabel* label = f.addLabel(&f.curve, 5.0);
     const QWidget* layer = label->parentWidget();

@@ -125,6 +125,8 @@ private slots:
     void barDragMovesTheWindow();
     void dragIsHeldInTheArea_data();
     void dragIsHeldInTheArea();
+    void thirtyFivePixelsStayInViewAtTheLeft_data();
+    void thirtyFivePixelsStayInViewAtTheLeft();
     void dragWithoutAnAreaIsHeldOnTheScreen();
     void dragEndsWithTheRelease();
     void pressOnTheBarTakesTheFocus();
@@ -238,6 +240,7 @@ void TestCustomMdiSubWindow::doubleClickOpensTheTileWhereItStands()
 {
     const Fixture f;
     f.clickCollapse();
+    f.bar()->setMinimumHeight(10);
     f.doubleClickBar();
     QCOMPARE(f.window->geometry(), kPlace);
     QVERIFY(f.contentArea()->isVisible());
@@ -374,6 +377,25 @@ void TestCustomMdiSubWindow::dragIsHeldInTheArea()
     else if (atBottom)
         y = bounds.bottom() - 35;
     QCOMPARE(f.window->pos(), QPoint(x, y));
+}
+
+void TestCustomMdiSubWindow::thirtyFivePixelsStayInViewAtTheLeft_data()
+{
+    QTest::addColumn<int>("inView");
+    QTest::addColumn<int>("kept");
+    QTest::newRow("36") << 36 << 36;
+    QTest::newRow("35") << 35 << 35;
+    QTest::newRow("34") << 34 << 35;
+    QTest::newRow("1") << 1 << 35;
+}
+
+void TestCustomMdiSubWindow::thirtyFivePixelsStayInViewAtTheLeft()
+{
+    QFETCH(int, inView);
+    QFETCH(int, kept);
+    const Fixture f;
+    f.drag(QPoint(inView - kPlace.x() - kPlace.width(), 0));
+    QCOMPARE(f.window->x() + f.window->width(), kept);
 }
 
 void TestCustomMdiSubWindow::dragWithoutAnAreaIsHeldOnTheScreen()
