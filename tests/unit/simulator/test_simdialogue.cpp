@@ -15,6 +15,8 @@ private slots:
     void refusedQueryAnswersNothing();
     void usedElsewhereIsLatchedOnce();
     void longLinesAreReported();
+    void switchMeasuresNothing();
+    void channelListHasAnEnd();
 };
 
 namespace {
@@ -597,6 +599,33 @@ void TestSimDialogue::longLinesAreReported()
     SimBench bench;
     bench.dialogue().report(scnsim::ErrorCode::InputBufferOverrun);
     QCOMPARE(bench.ask("SYST:ERR?"), QStringLiteral("-363,\"Input buffer overrun\""));
+}
+
+void TestSimDialogue::switchMeasuresNothing()
+{
+    SimBench bench(SimBench::Slots{{1, 1}, {2, 3}});
+    bench.ask("ROUT:SCAN (@101)");
+    QCOMPARE(bench.ask("FUNC? (@101,201)"), QStringLiteral("\"VOLT\",\"NONE\""));
+    for (const char* refused : {"ROUT:SCAN (@102,201)", "FUNC \"VOLT\",(@102,201)",
+                                "FUNC \"VOLT\",(@201)", "CALC:SCAL:FUNC DB,(@102,201)"}) {
+        QCOMPARE(bench.ask(refused), QString());
+        QCOMPARE(bench.ask("SYST:ERR?"), QStringLiteral("-221,\"Settings conflict\""));
+    }
+    QCOMPARE(bench.ask("ROUT:SCAN?;:FUNC? (@201);:CALC:SCAL:FUNC? (@102)"),
+             QStringLiteral("#16(@101);\"NONE\";SCAL"));
+    QCOMPARE(bench.ask("FUNC \"NONE\",(@101)"), QString());
+    QCOMPARE(bench.ask("SYST:ERR?"), QStringLiteral("-224,\"Illegal parameter value\""));
+}
+
+void TestSimDialogue::channelListHasAnEnd()
+{
+    SimBench bench(SimBench::Slots{{1, 8}});
+    const QString forty = QStringLiteral(",101:140");
+    const QString most = QStringLiteral("UNIT:TEMP? (@%1)").arg(forty.repeated(250).mid(1));
+    QCOMPARE(bench.ask(most), QStringLiteral("C,").repeated(10000).chopped(1));
+    const QString more = QStringLiteral("UNIT:TEMP? (@%1,101)").arg(forty.repeated(250).mid(1));
+    QCOMPARE(bench.ask(more), QString());
+    QCOMPARE(bench.ask("SYST:ERR?"), QStringLiteral("-223,\"Too much data\""));
 }
 
 QTEST_APPLESS_MAIN(TestSimDialogue)
