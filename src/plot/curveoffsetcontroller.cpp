@@ -150,8 +150,8 @@ void CurveOffsetController::onLabelDragged(int deltaY)
 
     double value = 0.0;
     if (height() > 0) {
-        const double centre = newTop + labelHeight / 2;
-        value = m_yMin + (1.0 - centre / height()) * (m_yMax - m_yMin) - base;
+        const int centre = newTop + labelHeight / 2;
+        value = m_yMin + (1.0 - static_cast<double>(centre) / height()) * (m_yMax - m_yMin) - base;
     }
     m_activeLabel->setValue(value);
     emit offsetChanged(curve, value);
