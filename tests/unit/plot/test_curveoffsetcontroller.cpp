@@ -86,6 +86,7 @@ private slots:
     void dragReportsTheOffset();
     void dragStopsAtTheEdges_data();
     void dragStopsAtTheEdges();
+    void dragKeepsThePlaceAcross();
     void dragMovesOnlyThePressedLabel();
     void dragEndsWithTheRelease();
     void clearRemovesAllLabels();
@@ -277,6 +278,17 @@ void TestCurveOffsetController::dragStopsAtTheEdges()
     f.drag(label, deltaY);
     QCOMPARE(label->y(), top);
     QCOMPARE(f.strip->labelValue(&f.curve), value);
+}
+
+void TestCurveOffsetController::dragKeepsThePlaceAcross()
+{
+    Fixture f;
+    CurveLabel* label = f.addLabel(&f.curve, 5.0);
+    label->move(3, label->y());
+    f.drag(label, -20);
+    QCOMPARE(label->pos(), QPoint(3, 70));
+    emit f.plot.yAxisRangeChanged(0.0, 10.0);
+    QCOMPARE(label->pos(), QPoint(0, 70));
 }
 
 void TestCurveOffsetController::dragMovesOnlyThePressedLabel()

@@ -120,6 +120,7 @@ private slots:
     void secondButtonMaximisesAndTakesBack();
     void doubleClickMaximises();
     void windowMaximisedByOthersIsTakenBack();
+    void maximisedWindowShownAgainReturnsToItsPlace();
     void thirdButtonClosesAndDeletes();
 
     void barDragMovesTheWindow();
@@ -132,6 +133,7 @@ private slots:
     void pressOnTheBarTakesTheFocus();
     void pressBelowTheBarStartsNoDrag();
     void rightPressOnTheBarStartsNoDrag();
+    void rightPressGoesNoFurther();
 
     void pressInsideActivatesAndGoesOn();
     void pressOnTheBarActivates();
@@ -323,6 +325,18 @@ void TestCustomMdiSubWindow::windowMaximisedByOthersIsTakenBack()
     QCOMPARE(f.window->geometry(), kPlace);
 }
 
+void TestCustomMdiSubWindow::maximisedWindowShownAgainReturnsToItsPlace()
+{
+    Fixture f;
+    f.clickMaximize();
+    f.area.hide();
+    f.area.show();
+    QVERIFY(f.window->isMaximized());
+    f.clickMaximize();
+    QVERIFY(!f.window->isMaximized());
+    QCOMPARE(f.window->geometry(), kPlace);
+}
+
 void TestCustomMdiSubWindow::thirdButtonClosesAndDeletes()
 {
     const Fixture f;
@@ -450,6 +464,27 @@ void TestCustomMdiSubWindow::rightPressOnTheBarStartsNoDrag()
     dragTo(f.bar(), start + QPoint(50, 50), Qt::RightButton);
     releaseAt(f.bar(), start + QPoint(50, 50), Qt::RightButton);
     QCOMPARE(f.window->geometry(), kPlace);
+}
+
+void TestCustomMdiSubWindow::rightPressGoesNoFurther()
+{
+    /// Counts the presses that a widget gets.
+    class PressCounter : public QObject
+    {
+    public:
+        bool eventFilter(QObject*, QEvent* event) override
+        {
+            presses += event->type() == QEvent::MouseButtonPress ? 1 : 0;
+            return false;
+        }
+
+        int presses = 0;
+    };
+    const Fixture f;
+    PressCounter behind;
+    f.area.viewport()->installEventFilter(&behind);
+    pressAt(f.window, f.bar()->mapToGlobal(QPoint(10, 10)), Qt::RightButton);
+    QCOMPARE(behind.presses, 0);
 }
 
 void TestCustomMdiSubWindow::pressInsideActivatesAndGoesOn()

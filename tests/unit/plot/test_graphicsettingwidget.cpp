@@ -158,6 +158,7 @@ private slots:
     void pageMayEndWithOpenWindows();
     void foreignWindowIsPassedOverByABatch();
     void activationRepaintsAllBorders();
+    void onlyAnActivationRepaints();
 
 private:
     std::unique_ptr<SeriesStore> m_store;
@@ -546,6 +547,39 @@ void TestGraphicSettingWidget::activationRepaintsAllBorders()
     second->activate();
     QTRY_COMPARE(borderOnScreen(second), active);
     QTRY_COMPARE(borderOnScreen(first), QColor(Qt::white));
+}
+
+void TestGraphicSettingWidget::onlyAnActivationRepaints()
+{
+    /// Counts the times that a widget is painted.
+    class PaintCounter : public QObject
+    {
+    public:
+        bool eventFilter(QObject*, QEvent* event) override
+        {
+            paints += event->type() == QEvent::Paint ? 1 : 0;
+            return false;
+        }
+
+        int paints = 0;
+    };
+    Fixture f;
+    CustomMdiSubWindow* windows[] = {f.openGrid(), f.openGrid()};
+    windows[1]->move(500, 300);
+    QVERIFY(QTest::qWaitForWindowExposed(&f.page));
+    QTest::qWait(20);
+    PaintCounter counters[2];
+    for (int i = 0; i < 2; ++i)
+        windows[i]->installEventFilter(&counters[i]);
+    const auto activated = [&](QMdiSubWindow* window) {
+        QMetaObject::invokeMethod(&f.page, "onSubWindowActivated", Q_ARG(QMdiSubWindow*, window));
+        QTest::qWait(20);
+    };
+    activated(nullptr);
+    QCOMPARE(counters[0].paints + counters[1].paints, 0);
+    activated(windows[0]);
+    QCOMPARE(counters[0].paints, 1);
+    QCOMPARE(counters[1].paints, 1);
 }
 
 QTEST_MAIN(TestGraphicSettingWidget)
