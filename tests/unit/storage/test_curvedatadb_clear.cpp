@@ -292,6 +292,10 @@ void TestCurveDataDBClear::storeEndsDuringAClear()
 {
     const QTemporaryDir directory;
     auto store = std::make_unique<CurveDataDB>(directory.filePath(one("SN1_Data")));
+    // The deletion takes its time, so that it is under way when the store ends.
+    QVERIFY(writeText(store->dataDirectory() + one("/0.db")));
+    const UndeletableFile resisting(store->dataDirectory() + one("/0.db"));
+    QVERIFY(resisting.isMade());
     store->clearAll();
     QTRY_VERIFY_WITH_TIMEOUT(!store->findChildren<QThread*>().isEmpty(), 3000);
     const LogCapture log; // the end detaches once more, which the clear refuses

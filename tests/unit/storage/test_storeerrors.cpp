@@ -53,6 +53,8 @@ private slots:
     void registrationThatIsRefusedSaysNothing();
     void transactionThatCannotBegin();
     void transactionThatCannotBeCommitted();
+    void noTransactionIsLeftOpen_data();
+    void noTransactionIsLeftOpen();
     void fileWithoutItsListOfBatches();
     void batchInsertThatFailsGoesOnWithTheNextTable();
     void batchWhoseFileCannotBeOpened();
@@ -218,6 +220,60 @@ void TestStoreErrors::transactionThatCannotBeCommitted()
     store->appendPoint(1, at(1), 2.0);
     QCOMPARE(log.lines(QtWarningMsg).size(), 3);
     QCOMPARE(pointsOf(store, kMorning), QStringList{text("2.0")});
+}
+
+void TestStoreErrors::noTransactionIsLeftOpen_data()
+{
+    QTest::addColumn<int>("times"); // how many readings of each curve meet the lock
+    QTest::addColumn<bool>("bulk");
+    QTest::addColumn<QStringList>("failures");
+    const QString locked = text("\"database is locked Unable to fetch row\"");
+    const QString save = text("保存曲线元数据失败: ") + locked;
+    QTest::newRow("new table") << 1 << false
+                               << QStringList{text("提交事务失败: ") + locked,
+                                              text("创建分片表失败: \"%1\"").arg(text(kMorning)),
+                                              save};
+    QTest::newRow("extremes of two curves") << 2 << false << QStringList{save, save};
+    QTest::newRow("many points") << 0 << true << QStringList{save};
+}
+
+/// Without its log a file that somebody reads cannot be committed to, and the transaction that tried
+/// stays open until it is rolled back. What is stored afterwards is there for others to see.
+void TestStoreErrors::noTransactionIsLeftOpen()
+{
+    QFETCH(int, times);
+    QFETCH(bool, bulk);
+    QFETCH(QStringList, failures);
+    TestStore store;
+    const QString path = store.path("20260112");
+    enlist(store, "101(V)");
+    enlist(store, "102(V)");
+    if (times != 1) {
+        store->appendPoint(1, at(0), 1.0);
+        store->appendPoint(2, at(0), 1.0);
+    }
+    {
+        const auto db = store->openDb(path);
+        QVERIFY(ManagedQuery(*db).exec(text("PRAGMA journal_mode = DELETE")));
+        QVERIFY(ManagedQuery(*db).exec(text("PRAGMA busy_timeout = 0")));
+    }
+    {
+        const DayFileLock reader(path, DayFileLock::Read);
+        QVERIFY(reader.isHeld());
+        const LogCapture log;
+        for (int curve = 1; curve <= times; ++curve)
+            store->appendPoint(curve, at(1), 2.0);
+        if (bulk)
+            store->appendPoints(1, {QPointF(static_cast<double>(at(1)), 2.0)});
+        QCOMPARE(log.lines(QtWarningMsg), failures);
+    }
+    const LogCapture log;
+    store->appendPoint(1, at(2), 3.0);
+    QCOMPARE(log.lines(), QStringList());
+    QCOMPARE(pointsOf(store, kMorning).last(), text("3.0"));
+    QVERIFY(!pointsOf(store, kMorning).contains(text("2.0")));
+    QCOMPARE(dayfile::rows(path, text("SELECT max_time FROM curve_metadata WHERE curve_id = 1")),
+             QStringList{QString::number(at(2))});
 }
 
 /// A file of the past that lacks one of its base tables: what the others hold is taken up, the
