@@ -18,9 +18,9 @@ constexpr int kKeptInView = 35;
 
 constexpr int kBorderWidth = 2;
 constexpr qreal kBorderRadius = 4.0;
-constexpr QLatin1String kActiveBorderColor("#2BA1D5");
-constexpr QLatin1String kBorderColor("#FFFFFF");
-constexpr QLatin1String kBackgroundColor("black"); // as the workspace behind the windows
+const QLatin1String kActiveBorderColor("#2BA1D5");
+const QLatin1String kBorderColor("#FFFFFF");
+const QLatin1String kBackgroundColor("black"); // as the workspace behind the windows
 
 QPoint heldToPositive(const QPoint& corner)
 {

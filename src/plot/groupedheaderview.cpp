@@ -12,10 +12,10 @@ constexpr int kHeaderHeight = 60;
 constexpr int kSectionSize = 60;
 constexpr int kLineWidth = 2;
 
-constexpr QLatin1String kSectionColor("#5D5D5D");
-constexpr QLatin1String kGroupColor("#4A4A4A");
-constexpr QLatin1String kLineColor("#333333");
-constexpr QLatin1String kTitleColor("white");
+const QLatin1String kSectionColor("#5D5D5D");
+const QLatin1String kGroupColor("#4A4A4A");
+const QLatin1String kLineColor("#333333");
+const QLatin1String kTitleColor("white");
 } // namespace
 
 GroupedHeaderView::GroupedHeaderView(const QVector<HeaderGroup>& groups, QWidget* parent)
