@@ -266,6 +266,8 @@ void TestStoreErrors::noTransactionIsLeftOpen()
         if (bulk)
             store->appendPoints(1, {QPointF(static_cast<double>(at(1)), 2.0)});
         QCOMPARE(log.lines(QtWarningMsg), failures);
+        // An open one would keep the next reader out.
+        QCOMPARE(dayfile::rows(path, text("SELECT name FROM curve_info")).size(), 2);
     }
     const LogCapture log;
     store->appendPoint(1, at(2), 3.0);
