@@ -7,6 +7,7 @@
 #include <QVariant>
 
 #include <sqlite3.h>
+#include <thread>
 #include <utility>
 
 namespace {
@@ -78,6 +79,28 @@ QStringList StatementTrace::take()
     const QMutexLocker locker(&g_traceMutex);
     static const QRegularExpression placeholder(QStringLiteral(":[a-z]+"));
     return std::exchange(g_traced, {}).replaceInStrings(placeholder, QStringLiteral("?"));
+}
+
+CrowdedConnection::CrowdedConnection(const QSqlDatabase& database)
+    : m_handle(handleOf(database))
+{
+    sqlite3_progress_handler(m_handle, 1, &visit, this);
+}
+
+CrowdedConnection::~CrowdedConnection()
+{
+    sqlite3_progress_handler(m_handle, 0, nullptr, nullptr);
+}
+
+/// Called for each step of a statement.
+int CrowdedConnection::visit(void* connection)
+{
+    auto* const self = static_cast<CrowdedConnection*>(connection);
+    if (++self->m_inside > 1)
+        self->m_crowded = true;
+    std::this_thread::yield();
+    --self->m_inside;
+    return 0;
 }
 
 InterruptedConnection::InterruptedConnection(const QSqlDatabase& database)

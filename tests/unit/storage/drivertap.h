@@ -2,6 +2,8 @@
 
 #include <QStringList>
 
+#include <atomic>
+
 class QSqlDatabase;
 struct sqlite3;
 
@@ -20,6 +22,25 @@ public:
     /// The statements run since the last call, word for word. Qt names the
     /// placeholders; here they are question marks again.
     QStringList take();
+};
+
+/// Notices whether two threads are inside a connection at a time, and gives them every chance.
+class CrowdedConnection
+{
+public:
+    explicit CrowdedConnection(const QSqlDatabase& database);
+    ~CrowdedConnection();
+    CrowdedConnection(const CrowdedConnection&) = delete;
+    CrowdedConnection& operator=(const CrowdedConnection&) = delete;
+
+    bool wasCrowded() const { return m_crowded; }
+
+private:
+    static int visit(void* connection);
+
+    sqlite3* m_handle;
+    std::atomic<int> m_inside{0};
+    std::atomic<bool> m_crowded{false};
 };
 
 /// Every statement of a connection is interrupted.

@@ -1,3 +1,5 @@
+#include "drivertap.h"
+
 #include "storage/connectionlock.h"
 #include "storage/managedquery.h"
 #include "storage/querymanager.h"
@@ -8,6 +10,7 @@
 
 #include <atomic>
 #include <thread>
+#include <vector>
 
 namespace {
 
@@ -38,6 +41,7 @@ private slots:
     void finishQueriesLeavesOtherConnectionsAlone();
     void lockOfAConnectionIsOne();
     void lockIsRecursiveAndExcludesOthers();
+    void queriesOfOneConnectionLiveOnManyThreads();
     void closedDatabaseGivesFailures();
 
 private:
@@ -222,6 +226,35 @@ void TestManagedQuery::lockIsRecursiveAndExcludesOthers()
     });
     other.join();
     QVERIFY(!entered);
+}
+
+/// Neither SQLite, as Qt opens it, nor Qt's driver stands this by itself.
+void TestManagedQuery::queriesOfOneConnectionLiveOnManyThreads()
+{
+    constexpr int kThreads = 4;
+    constexpr int kRounds = 1000;
+    const CrowdedConnection connection(m_database);
+    std::atomic<int> ready{0};
+    std::atomic<int> rows{0};
+    std::vector<std::thread> threads;
+    for (int thread = 0; thread < kThreads; ++thread) {
+        threads.emplace_back([this, &ready, &rows] {
+            for (++ready; ready < kThreads;)
+                std::this_thread::yield();
+            for (int round = 0; round < kRounds; ++round) {
+                ManagedQuery query(m_database);
+                if (!query.exec(kThreeRows))
+                    continue;
+                while (query.next())
+                    rows += query.value(0).isValid() ? 1 : 0;
+            }
+        });
+    }
+    for (std::thread& thread : threads)
+        thread.join();
+    QVERIFY(!connection.wasCrowded());
+    QCOMPARE(rows.load(), kThreads * kRounds * 3);
+    QCOMPARE(QueryManager::instance().queryCount(kConnection), 0);
 }
 
 void TestManagedQuery::closedDatabaseGivesFailures()
