@@ -13,7 +13,7 @@ export XDG_RUNTIME_DIR LC_ALL=C.UTF-8
 
 # The server picks a free display and tells its number.
 exec 3<> "$out/display"
-Xvfb -displayfd 3 -screen 0 1500x900x24 -nolisten tcp >"$out/display.log" 2>&1 &
+Xvfb -displayfd 3 -screen 0 1500x900x24 -nolisten tcp -noreset >"$out/display.log" 2>&1 &
 server=$!
 launcher=""
 finish() {

@@ -25,11 +25,13 @@ xcb_atom_t atom(xcb_connection_t* connection, const QByteArray& name)
 
 VirtualDisplay::VirtualDisplay()
 {
-    // The server picks a free number and tells it on its standard output.
+    // The server picks a free number and tells it on its standard output. Without -noreset it would
+    // start anew whenever its last client leaves, and refuse those who come meanwhile.
     m_server.start(QStringLiteral("Xvfb"),
                    {QStringLiteral("-displayfd"), QStringLiteral("1"), QStringLiteral("-screen"),
                     QStringLiteral("0"), QStringLiteral("1600x1000x24"),
-                    QStringLiteral("-nolisten"), QStringLiteral("tcp")});
+                    QStringLiteral("-nolisten"), QStringLiteral("tcp"),
+                    QStringLiteral("-noreset")});
     while (!m_server.canReadLine()) {
         if (!m_server.waitForReadyRead(kStartWaitMs))
             return;
