@@ -137,12 +137,12 @@ QSharedPointer<QSqlDatabase> ConnectionPool::acquireConnection(const QString& pa
             closeConnection(path, true);
         else
             discardLocked(path);
+        // Closing gives up the mutex: somebody may have opened the path meanwhile.
+        if (auto connection = pooled())
+            return connection;
     }
     if (m_connections.size() >= kMaxConnections)
         evictOldestLocked();
-    // Closing gives up the mutex: somebody may have opened the path meanwhile.
-    if (auto connection = pooled())
-        return connection;
 
     QSqlDatabase created = createConnection(path);
     if (!created.isOpen())
@@ -241,6 +241,8 @@ void ConnectionPool::evictOldestConnection()
     evictOldestLocked();
 }
 
+/// Waits for nobody, since nobody holds the connection. Handling events here would let a chart load
+/// anew inside the load that asks for the connection, and again inside that one.
 void ConnectionPool::evictOldestLocked()
 {
     auto oldest = m_connections.constEnd();
@@ -250,8 +252,14 @@ void ConnectionPool::evictOldestLocked()
         if (oldest == m_connections.constEnd() || it->lastUse < oldest->lastUse)
             oldest = it;
     }
-    if (oldest != m_connections.constEnd())
-        closeConnection(QString(oldest.key()), true);
+    ConnectionInfo info;
+    if (oldest == m_connections.constEnd() || !takeEntry(QString(oldest.key()), &info))
+        return;
+    const QString name = info.connection->connectionName();
+    foldAndClose(*info.connection);
+    info.connection.reset();
+    m_retired.append({name, info.holders});
+    purgeRetiredLocked();
 }
 
 void ConnectionPool::closeForExit(QDeadlineTimer deadline)

@@ -66,7 +66,8 @@ public:
     /// Closes every connection, one after the other. One that somebody opens meanwhile stays.
     void closeAllConnections();
 
-    /// Closes the connection that was not used for the longest time, of those nobody holds.
+    /// Closes the connection that was not used for the longest time, of those nobody holds. Folds
+    /// its log into the file, without a wait.
     void evictOldestConnection();
 
     /// Closes everything in order without the waits that a running program owes, as far as that is

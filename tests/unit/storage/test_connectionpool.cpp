@@ -89,6 +89,7 @@ private slots:
     void heldConnectionDoesNotExpire();
     void limitEvictsTheLeastRecentlyUsed();
     void firstOfEqualsIsEvicted();
+    void evictionFoldsInAndWaitsForNobody();
     void heldConnectionsAreNotEvictedAndThePoolGrows();
     void discardClosesAtOnce();
     void closeForExitIsOrderlyAndQuick();
@@ -602,6 +603,34 @@ void TestConnectionPool::firstOfEqualsIsEvicted()
     pool.evictOldestConnection();
     QVERIFY(!QSqlDatabase::contains(first));
     QVERIFY(QSqlDatabase::contains(second));
+}
+
+/// A read of more files than the pool keeps evicts one for each: events that came in there would let
+/// reads begin inside each other.
+void TestConnectionPool::evictionFoldsInAndWaitsForNobody()
+{
+    ConnectionPool& pool = ConnectionPool::instance();
+    {
+        const auto db = pool.acquireConnection(path(kToday));
+        QVERIFY(ManagedQuery(*db).exec(QStringLiteral("CREATE TABLE t (v INTEGER)")));
+    }
+    advancePresent(1);
+    for (int i = 1; i < kLimit; ++i)
+        QVERIFY(pool.acquireConnection(path(QStringLiteral("%1.db").arg(i))));
+    bool handled = false;
+    QTimer::singleShot(0, this, [&handled] { handled = true; });
+    const LogCapture log;
+    QElapsedTimer timer;
+    timer.start();
+    QVERIFY(pool.acquireConnection(path(QStringLiteral("last.db"))));
+    QVERIFY2(timer.elapsed() < 700, qPrintable(QString::number(timer.elapsed())));
+    QVERIFY(!handled);
+    QCOMPARE(pool.lastUse(path(kToday)), 0);
+    QCOMPARE(QSqlDatabase::connectionNames().size(), kLimit);
+    QVERIFY(!QFile::exists(path(kToday) + QStringLiteral("-wal")));
+    QCOMPARE(dayfile::rows(path(kToday), QStringLiteral("PRAGMA journal_mode")),
+             QStringList{QStringLiteral("delete")});
+    QCOMPARE(log.lines(), QStringList());
 }
 
 void TestConnectionPool::heldConnectionsAreNotEvictedAndThePoolGrows()
