@@ -122,8 +122,8 @@ bool CurveDataDB::deleteCurveData(int curveId)
     ManagedQuery commit(*m_currentDb);
     if (!commit.exec(QStringLiteral("COMMIT"))) {
         qWarning() << "提交事务失败:" << commit.errorText();
-        commit.exec(
-            QStringLiteral("ROLLBACK")); // left open it would take every later write with it
+        // Left open, the transaction would take every later write with it.
+        commit.exec(QStringLiteral("ROLLBACK"));
         return false;
     }
     const auto extremes = m_metadataMap.find(curveId);
