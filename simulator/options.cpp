@@ -144,11 +144,22 @@ bool parseFaultOption(const std::string& text, Options& options)
     return true;
 }
 
+/// Why a text is no fault.
+std::string faultReason(const std::string& text)
+{
+    Fault fault;
+    std::string reason;
+    parseFault(text, fault, reason);
+    return reason;
+}
+
 struct OptionRow
 {
     const char* name;
     bool (*parse)(const std::string&, Options&);
     const char* wanted;
+    /// Tells what is wrong with a value that was refused; null where it shows.
+    std::string (*reason)(const std::string&) = nullptr;
 };
 
 constexpr OptionRow kOptions[] = {
@@ -160,7 +171,7 @@ constexpr OptionRow kOptions[] = {
     {"--rate", parseRate, "readings per second from 0.001 to 100000"},
     {"--seed", parseSeed, "a whole number from 0"},
     {"--open", parseOpenChannels, "channel numbers separated by commas"},
-    {"--fault", parseFaultOption, "kind [value] [for pattern] [times count]"},
+    {"--fault", parseFaultOption, "kind [value] [for pattern] [times count]", faultReason},
     {"--control", parseControl, "a port from 0 to 65535"},
     {"--transcript", parseTranscript, "the path of a file"},
 };
@@ -197,6 +208,9 @@ bool parseOptions(const std::vector<std::string>& arguments, Options& options, s
         const std::string& value = arguments[++i];
         if (!row->parse(value, options)) {
             error = name + " wants " + row->wanted + ", not \"" + value + "\"";
+            if (row->reason != nullptr) {
+                error += ": " + row->reason(value);
+            }
             return false;
         }
     }

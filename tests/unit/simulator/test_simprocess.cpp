@@ -301,6 +301,10 @@ void TestSimProcess::badOptionsAreTold_data()
     QTest::newRow("wrong")
         << QStringList{QStringLiteral("--tcp"), QStringLiteral("high")}
         << QByteArray("scn4070a-sim: --tcp wants a port from 0 to 65535, not \"high\"\n");
+    QTest::newRow("fault")
+        << QStringList{QStringLiteral("--fault"), QStringLiteral("delay 0 for R? *")}
+        << QByteArray("scn4070a-sim: --fault wants kind [value] [for pattern] [times count], "
+                      "not \"delay 0 for R? *\": delay wants milliseconds from 1 to 3600000\n");
 }
 
 void TestSimProcess::badOptionsAreTold()
