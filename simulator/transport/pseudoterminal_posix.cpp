@@ -63,6 +63,8 @@ Descriptor PseudoTerminal::takeStream()
 
 bool PseudoTerminal::openLine(std::string& error)
 {
+    // The old line's descriptors make room for the new one's.
+    m_clientSide = Descriptor();
     m_ownSide = Descriptor(posix_openpt(O_RDWR | O_NOCTTY | O_NONBLOCK | O_CLOEXEC));
     const bool unlocked =
         m_ownSide.isOpen() && grantpt(m_ownSide.number()) == 0 && unlockpt(m_ownSide.number()) == 0;

@@ -60,6 +60,8 @@ private:
     TcpListener m_controlListener;
     PseudoTerminal m_terminal;
     int m_bitsPerSecond = 0;
+    /// Nobody is let in before this time.
+    Link::Time m_acceptAgain = {};
     std::vector<Client> m_clients;
     std::vector<std::string> m_resources;
 };

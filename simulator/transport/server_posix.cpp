@@ -13,6 +13,8 @@ namespace {
 constexpr int kTickMs = 50;
 /// And this often while a paced line has something to send or a reply waits for its time.
 constexpr int kPacedTickMs = 1;
+/// How long nobody is let in after a client that could not be.
+constexpr std::chrono::milliseconds kAcceptPause(50);
 
 constexpr const char* kTcpPort = "tcp";
 constexpr const char* kTerminalPort = "pty";
@@ -79,9 +81,11 @@ void Server::run(int stopDescriptor)
 /// @return false when it is time to stop
 bool Server::pollOnce(int stopDescriptor)
 {
+    // A descriptor below 0 is passed over.
+    const bool accepts = now() >= m_acceptAgain;
     std::vector<pollfd> polled = {{stopDescriptor, POLLIN, 0},
-                                  {m_listener.descriptor(), POLLIN, 0},
-                                  {m_controlListener.descriptor(), POLLIN, 0}};
+                                  {accepts ? m_listener.descriptor() : -1, POLLIN, 0},
+                                  {accepts ? m_controlListener.descriptor() : -1, POLLIN, 0}};
     for (const Client& client : m_clients) {
         polled.push_back({client.link->descriptor(), wantedEvents(*client.link), 0});
     }
@@ -126,6 +130,8 @@ void Server::acceptClient(TcpListener& listener, LineService& service)
 {
     Descriptor stream = listener.accept();
     if (!stream.isOpen()) {
+        // While no descriptor is free the client goes on knocking, and each poll would end at once.
+        m_acceptAgain = now() + kAcceptPause;
         return;
     }
     if (!service.admitsClient()) {

@@ -23,7 +23,8 @@ public:
     std::uint16_t port() const { return m_port; }
     int descriptor() const { return m_descriptor.number(); }
 
-    /// The next client's stream, non-blocking and without delay; none if it has gone already.
+    /// The next client's stream, non-blocking and without delay; none if it has gone already
+    /// or no descriptor is free.
     Descriptor accept();
 
     /// Ends a connection in the way that its peer sees as a reset.

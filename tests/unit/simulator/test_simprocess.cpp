@@ -2,7 +2,10 @@
 
 #include <QProcess>
 
+#include <array>
 #include <csignal>
+#include <ctime>
+#include <sys/resource.h>
 
 #include "support/streamclient_posix.h"
 
@@ -30,6 +33,9 @@ private slots:
     void clientsComeAndGo();
     void hangingClientDisturbsNobody();
     void lineOfTenMegabytesIsAnError();
+    void endlessLineEndsWithItsClient();
+    void clientsWaitForAFreeDescriptor();
+    void terminalComesBackWithoutFreeDescriptors();
     void clientThatNeverReadsDisturbsNobody();
     void terminalSurvivesItsClient();
     void lateReplyOnTheTerminalIsDropped();
@@ -43,10 +49,14 @@ private slots:
 
 private:
     void start(const QStringList& options = {});
+    void useUpDescriptors();
+    double processorSeconds() const;
     QStringList transcript() const;
 
     QTemporaryDir m_directory;
     QProcess m_process;
+    /// Some are let in, the others wait in front of the port.
+    std::array<StreamClient, 16> m_crowd;
     QString m_link;
     quint16 m_port = 0;
 };
@@ -58,6 +68,9 @@ void TestSimProcess::init()
 
 void TestSimProcess::cleanup()
 {
+    for (StreamClient& client : m_crowd) {
+        client.close();
+    }
     if (m_process.state() != QProcess::NotRunning) {
         m_process.terminate();
         QVERIFY(m_process.waitForFinished(kPatienceMs));
@@ -83,6 +96,31 @@ void TestSimProcess::start(const QStringList& options)
     QVERIFY2(match.hasMatch(), output.constData());
     m_port = match.captured(1).toUShort();
     QCOMPARE(lines[1], QStringLiteral("READY ASRL%1::INSTR").arg(m_link));
+}
+
+/// Takes all but a few descriptors from the running program, and those with clients.
+void TestSimProcess::useUpDescriptors()
+{
+    const rlimit few = {16, 16};
+    QCOMPARE(prlimit(static_cast<pid_t>(m_process.processId()), RLIMIT_NOFILE, &few, nullptr), 0);
+    for (StreamClient& client : m_crowd) {
+        QVERIFY(client.connectTo(m_port));
+    }
+    QCOMPARE(m_crowd.front().ask("*OPC?"), QByteArray("1"));
+    QVERIFY(m_crowd.back().send("*OPC?\n"));
+    QCOMPARE(m_crowd.back().readFor(200), QByteArray());
+}
+
+/// Processor time that the program has used.
+double TestSimProcess::processorSeconds() const
+{
+    clockid_t clock = 0;
+    timespec time = {};
+    if (clock_getcpuclockid(static_cast<pid_t>(m_process.processId()), &clock) != 0 ||
+        clock_gettime(clock, &time) != 0) {
+        return qInf();
+    }
+    return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_nsec) * 1e-9;
 }
 
 QStringList TestSimProcess::transcript() const
@@ -218,6 +256,49 @@ void TestSimProcess::lineOfTenMegabytesIsAnError()
     QVERIFY(tcp.send(QByteArray(10000000, 'x') + '\n'));
     QCOMPARE(tcp.ask("SYST:ERR?"), QByteArray("-363,\"Input buffer overrun\""));
     QCOMPARE(tcp.ask("SYST:ERR?"), QByteArray("+0,\"No error\""));
+}
+
+void TestSimProcess::endlessLineEndsWithItsClient()
+{
+    start();
+    StreamClient endless;
+    QVERIFY(endless.connectTo(m_port));
+    QVERIFY(endless.send(QByteArray(10000000, 'x')));
+    endless.close();
+    StreamClient tcp;
+    QVERIFY(tcp.connectTo(m_port));
+    QTRY_COMPARE(tcp.ask("SYST:ERR:COUN?"), QByteArray("+1"));
+    QCOMPARE(tcp.ask("SYST:ERR?"), QByteArray("-363,\"Input buffer overrun\""));
+    QCOMPARE(tcp.ask("SYST:ERR?"), QByteArray("+0,\"No error\""));
+}
+
+void TestSimProcess::clientsWaitForAFreeDescriptor()
+{
+    start();
+    useUpDescriptors();
+    const double before = processorSeconds();
+    QTest::qSleep(1000);
+    const double used = processorSeconds() - before;
+    QVERIFY2(used < 0.1, qPrintable(QString::number(used)));
+    QCOMPARE(m_crowd.front().ask("*OPC?"), QByteArray("1"));
+    for (std::size_t i = 0; i < m_crowd.size() - 3; ++i) {
+        m_crowd[i].close();
+    }
+    QCOMPARE(m_crowd.back().readLine(), QByteArray("1"));
+}
+
+void TestSimProcess::terminalComesBackWithoutFreeDescriptors()
+{
+    start({QStringLiteral("--fault"), QStringLiteral("drop for *IDN? times 1")});
+    StreamClient serial;
+    QVERIFY(serial.openDevice(m_link));
+    QCOMPARE(serial.ask("*OPC?"), QByteArray("1"));
+    useUpDescriptors();
+    QVERIFY(serial.send("*IDN?\n"));
+    QVERIFY(serial.waitForEnd());
+    QTRY_VERIFY(QFileInfo::exists(m_link));
+    QVERIFY(serial.openDevice(m_link));
+    QCOMPARE(serial.ask("*OPC?"), QByteArray("1"));
 }
 
 void TestSimProcess::clientThatNeverReadsDisturbsNobody()
