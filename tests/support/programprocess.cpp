@@ -22,6 +22,8 @@ ProgramProcess::~ProgramProcess()
 
 void ProgramProcess::start(const QStringList& arguments)
 {
+    m_output.clear();
+    m_errors.clear();
     m_process.start(m_directory.filePath(QStringLiteral("scn4070a")), arguments);
     m_process.waitForStarted();
 }

@@ -13,6 +13,7 @@ public:
     explicit ProgramProcess(const QString& display);
     ~ProgramProcess();
 
+    /// May be called again when it has ended: what it has printed until then is forgotten.
     void start(const QStringList& arguments);
     /// The same, but nobody reads the program's standard output behind its first line: the other
     /// end of that pipe is closed then.

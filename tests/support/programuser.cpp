@@ -61,19 +61,24 @@ void ProgramUser::clickStart() const
     m_display.click(kStartButton.x(), kStartButton.y());
 }
 
-bool ProgramUser::startScan(const SimulatedInstrument& instrument) const
+bool ProgramUser::chooseChannels(const SimulatedInstrument& instrument) const
 {
     for (int row = 0; row < 4; ++row)
         tickChannel(row);
     const auto listIsSent = [&instrument] {
         return instrument.received().contains(QStringLiteral("ROUT:SCAN (@101:104)"));
     };
+    return QTest::qWaitFor(listIsSent, kWaitMs);
+}
+
+bool ProgramUser::startScan(const SimulatedInstrument& instrument) const
+{
+    if (!chooseChannels(instrument))
+        return false;
+    clickStart();
     const auto readingsCome = [&instrument] {
         return instrument.received().filter(QStringLiteral("R? ")).size() >= 3;
     };
-    if (!QTest::qWaitFor(listIsSent, kWaitMs))
-        return false;
-    clickStart();
     return QTest::qWaitFor(readingsCome, kWaitMs);
 }
 

@@ -28,6 +28,9 @@ public:
     /// Clicks the button that starts and stops a scan.
     void clickStart() const;
 
+    /// Ticks the first four channels; true when the scan list has gone out.
+    bool chooseChannels(const SimulatedInstrument& instrument) const;
+
     /// Ticks the first four channels and starts; true when readings are being fetched.
     bool startScan(const SimulatedInstrument& instrument) const;
 

@@ -6,13 +6,45 @@
 
 #include <QDir>
 #include <QElapsedTimer>
+#include <QFile>
+#include <QRandomGenerator>
+#include <QTemporaryDir>
 #include <QTest>
 
 namespace {
 
 constexpr int kEndWaitMs = 20000;
 
+constexpr int kKillsOfTheShortRun = 4;
+constexpr int kLatestKillMs = 4000;
+
 const QString kSerial = QStringLiteral("PROG/0001");
+
+/// Reads the day files that a killed program has left, from a copy: looking at a file would already
+/// recover it. False if one of them is damaged.
+bool readIntact(const QString& store, Readings& readings)
+{
+    const QTemporaryDir copies;
+    for (const QString& name : QDir(store).entryList(QDir::Files))
+        QFile::copy(QDir(store).filePath(name), copies.filePath(name));
+    for (const QString& name : QDir(copies.path()).entryList({QStringLiteral("*.db")})) {
+        if (runSqlite(copies.filePath(name), QStringLiteral("PRAGMA integrity_check")) !=
+            QStringList{QStringLiteral("ok")})
+            return false;
+    }
+    readings = readingsInStore(copies.path());
+    return true;
+}
+
+/// Whether each channel's readings are the first ones of those of the other.
+bool isBeginningOf(const Readings& readings, const Readings& all)
+{
+    for (auto channel = readings.cbegin(); channel != readings.cend(); ++channel) {
+        if (channel.value() != all.value(channel.key()).mid(0, channel->size()))
+            return false;
+    }
+    return true;
+}
 
 } // namespace
 
@@ -28,6 +60,7 @@ private slots:
     void endingAScanLeavesEveryReading();
     void leavingDuringAScanLeavesACleanStore();
     void killingDuringAScanLeavesAReadableStore();
+    void startAfterAKillFindsTheStoreIntact();
     void storeThatCannotBeWrittenDoesNotStopTheProgram();
 
 private:
@@ -139,6 +172,45 @@ void TestProgram::killingDuringAScanLeavesAReadableStore()
     const int mark = instrument.received().size();
     QVERIFY(nextUser.bringUp(instrument));
     QCOMPARE(instrument.received().mid(mark).count(QStringLiteral("ABOR")), 1);
+}
+
+/// Killed at any moment from the click on the start button on, again and again in the same place.
+void TestProgram::startAfterAKillFindsTheStoreIntact()
+{
+    bool isSet = false;
+    const int wantedKills = qEnvironmentVariableIntValue("SCN_KILLS", &isSet);
+    const int kills = isSet ? wantedKills : kKillsOfTheShortRun;
+    const quint32 seed = QRandomGenerator::global()->generate();
+    qInfo("seed %u", seed);
+    QRandomGenerator random(seed);
+
+    ProgramProcess program(m_display.name());
+    ProgramUser user(m_display, program);
+    const QString store = program.directory() + QStringLiteral("/MY00000042_Data");
+    Readings left;
+    int killsWithReadings = 0;
+    for (int i = 0; i < kills; ++i) {
+        const SimulatedInstrument instrument(SimulatedInstrument::Transport::Tcp,
+                                             {QStringLiteral("--slots"), QStringLiteral("1:15"),
+                                              QStringLiteral("--rate"), QStringLiteral("40")});
+        QVERIFY(user.bringUp(instrument));
+        Readings found;
+        QVERIFY(readIntact(store, found));
+        QCOMPARE(found, left);
+        QVERIFY(user.chooseChannels(instrument));
+        user.clickStart();
+        QTest::qWait(random.bounded(kLatestKillMs));
+        program.kill();
+
+        Readings stored;
+        QVERIFY(readIntact(store, stored));
+        const Readings sent = readingsInReplies(instrument.sent());
+        // Nothing of the new scan yet, or all of it but a batch that was on its way.
+        QVERIFY(stored == left || isBeginningOf(stored, sent));
+        left = stored;
+        killsWithReadings += left.isEmpty() ? 0 : 1;
+    }
+    qInfo("%d of %d kills came after the first reading", killsWithReadings, kills);
 }
 
 void TestProgram::storeThatCannotBeWrittenDoesNotStopTheProgram()
