@@ -75,6 +75,7 @@ function(scn_test name)
         AUTOMOC ON
         RUNTIME_OUTPUT_DIRECTORY "${CMAKE_BINARY_DIR}/tests")
     target_link_libraries(${name} PRIVATE scn_qt_options ${ARG_LINK} Qt5::Test)
+    target_include_directories(${name} PRIVATE "${CMAKE_SOURCE_DIR}/tests")
     if(NOT ARG_TIMEOUT)
         set(ARG_TIMEOUT 120)
     endif()

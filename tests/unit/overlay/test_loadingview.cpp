@@ -1,4 +1,5 @@
 #include "overlay/loadingview.h"
+#include "support/eventcounter.h"
 
 #include <QElapsedTimer>
 #include <QLabel>
@@ -47,19 +48,6 @@ bool isRing(const QImage& image, const QPoint& place)
 {
     return image.pixelColor(place) == kRing;
 }
-
-/// Counts the paint events of a viewport.
-class PaintCounter : public QObject
-{
-public:
-    bool eventFilter(QObject* watched, QEvent* event) override
-    {
-        count += event->type() == QEvent::Paint ? 1 : 0;
-        return QObject::eventFilter(watched, event);
-    }
-
-    int count = 0;
-};
 
 } // namespace
 
@@ -265,8 +253,7 @@ void TestLoadingView::penIsFourPixelsWide()
 void TestLoadingView::ringTurnsByTwelveDegreesAStep()
 {
     LoadingView view(kBusy, m_parent.get());
-    PaintCounter counter;
-    view.viewport()->installEventFilter(&counter);
+    const EventCounter counter(view.viewport(), QEvent::Paint);
     QElapsedTimer clock;
     clock.start();
     view.showLoading();
@@ -292,9 +279,9 @@ void TestLoadingView::ringTurnsByTwelveDegreesAStep()
     // The timer is a coarse one: it may gain a twentieth.
     QVERIFY(elapsed >= matchingSteps.first() * 76);
 
-    const int before = counter.count;
+    const int before = counter.count();
     clock.restart();
-    QTRY_VERIFY(counter.count >= before + 6);
+    QTRY_VERIFY(counter.count() >= before + 6);
     // The first of the six may come at once.
     QVERIFY2(clock.elapsed() >= 5 * 76, qPrintable(QString::number(clock.elapsed())));
 }
@@ -309,10 +296,9 @@ void TestLoadingView::stopLoadingHidesAndStandsStill()
     QVERIFY(!isRing(view.grab().toImage(), onRing(view, 50, 22)));
     // Nothing is left that would paint again and again.
     QTest::qWait(50);
-    PaintCounter counter;
-    view.viewport()->installEventFilter(&counter);
+    const EventCounter counter(view.viewport(), QEvent::Paint);
     QTest::qWait(250);
-    QCOMPARE(counter.count, 0);
+    QCOMPARE(counter.count(), 0);
 }
 
 void TestLoadingView::recoveryFormWaitsForTheUser()

@@ -1,5 +1,6 @@
 #include "mouseevents.h"
 #include "plot/curvelabel.h"
+#include "support/eventcounter.h"
 
 #include <qwt_plot_curve.h>
 
@@ -199,29 +200,16 @@ void TestCurveLabel::paintsItsTextWithAnArrow()
 
 void TestCurveLabel::newValueOrColorIsPainted()
 {
-    /// Counts the times that a widget is painted.
-    class PaintCounter : public QObject
-    {
-    public:
-        bool eventFilter(QObject*, QEvent* event) override
-        {
-            paints += event->type() == QEvent::Paint ? 1 : 0;
-            return false;
-        }
-
-        int paints = 0;
-    };
     Fixture f;
     f.parent.resize(100, 100);
     f.parent.show();
     QVERIFY(QTest::qWaitForWindowExposed(&f.parent));
     QTest::qWait(20);
-    PaintCounter counter;
-    f.label.installEventFilter(&counter);
+    const EventCounter paints(&f.label, QEvent::Paint);
     f.label.setValue(2.0);
-    QTRY_COMPARE(counter.paints, 1);
+    QTRY_COMPARE(paints.count(), 1);
     f.label.setColor(Qt::red);
-    QTRY_COMPARE(counter.paints, 2);
+    QTRY_COMPARE(paints.count(), 2);
 }
 
 QTEST_MAIN(TestCurveLabel)

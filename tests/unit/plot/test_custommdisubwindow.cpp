@@ -1,6 +1,7 @@
 #include "mouseevents.h"
 #include "plot/custommdisubwindow.h"
 #include "plot/customtitlebar.h"
+#include "support/eventcounter.h"
 
 #include <QDoubleSpinBox>
 #include <QHBoxLayout>
@@ -468,23 +469,10 @@ void TestCustomMdiSubWindow::rightPressOnTheBarStartsNoDrag()
 
 void TestCustomMdiSubWindow::rightPressGoesNoFurther()
 {
-    /// Counts the presses that a widget gets.
-    class PressCounter : public QObject
-    {
-    public:
-        bool eventFilter(QObject*, QEvent* event) override
-        {
-            presses += event->type() == QEvent::MouseButtonPress ? 1 : 0;
-            return false;
-        }
-
-        int presses = 0;
-    };
     const Fixture f;
-    PressCounter behind;
-    f.area.viewport()->installEventFilter(&behind);
+    const EventCounter behind(f.area.viewport(), QEvent::MouseButtonPress);
     pressAt(f.window, f.bar()->mapToGlobal(QPoint(10, 10)), Qt::RightButton);
-    QCOMPARE(behind.presses, 0);
+    QCOMPARE(behind.count(), 0);
 }
 
 void TestCustomMdiSubWindow::pressInsideActivatesAndGoesOn()

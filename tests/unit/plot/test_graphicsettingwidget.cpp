@@ -8,6 +8,7 @@
 #include "plot/graphicsettingwidget.h"
 #include "resources/resources.h"
 #include "seriesstore.h"
+#include "support/eventcounter.h"
 #include "widgets/customsidebutton.h"
 #include "widgets/sidebar.h"
 
@@ -551,35 +552,22 @@ void TestGraphicSettingWidget::activationRepaintsAllBorders()
 
 void TestGraphicSettingWidget::onlyAnActivationRepaints()
 {
-    /// Counts the times that a widget is painted.
-    class PaintCounter : public QObject
-    {
-    public:
-        bool eventFilter(QObject*, QEvent* event) override
-        {
-            paints += event->type() == QEvent::Paint ? 1 : 0;
-            return false;
-        }
-
-        int paints = 0;
-    };
     Fixture f;
     CustomMdiSubWindow* windows[] = {f.openGrid(), f.openGrid()};
     windows[1]->move(500, 300);
     QVERIFY(QTest::qWaitForWindowExposed(&f.page));
     QTest::qWait(20);
-    PaintCounter counters[2];
-    for (int i = 0; i < 2; ++i)
-        windows[i]->installEventFilter(&counters[i]);
+    const EventCounter first(windows[0], QEvent::Paint);
+    const EventCounter second(windows[1], QEvent::Paint);
     const auto activated = [&](QMdiSubWindow* window) {
         QMetaObject::invokeMethod(&f.page, "onSubWindowActivated", Q_ARG(QMdiSubWindow*, window));
         QTest::qWait(20);
     };
     activated(nullptr);
-    QCOMPARE(counters[0].paints + counters[1].paints, 0);
+    QCOMPARE(first.count() + second.count(), 0);
     activated(windows[0]);
-    QCOMPARE(counters[0].paints, 1);
-    QCOMPARE(counters[1].paints, 1);
+    QTRY_COMPARE(first.count(), 1);
+    QTRY_COMPARE(second.count(), 1);
 }
 
 QTEST_MAIN(TestGraphicSettingWidget)

@@ -1,3 +1,4 @@
+#include "support/eventcounter.h"
 #include "widgets/imagebutton.h"
 
 #include <QMetaEnum>
@@ -297,30 +298,12 @@ void TestImageButton::checkedButtonShowsTheIconOfTheOffState()
     QVERIFY(colourArea(image, kRight).isNull());
 }
 
-namespace {
-
-/// Counts the paint events of a widget.
-class PaintCounter : public QObject
-{
-public:
-    bool eventFilter(QObject* watched, QEvent* event) override
-    {
-        count += event->type() == QEvent::Paint ? 1 : 0;
-        return QObject::eventFilter(watched, event);
-    }
-
-    int count = 0;
-};
-
-} // namespace
-
 void TestImageButton::settersRepaintAndKeepTheSize()
 {
     ImageButton button;
     button.show();
     QVERIFY(QTest::qWaitForWindowExposed(&button));
-    PaintCounter counter;
-    button.installEventFilter(&counter);
+    const EventCounter counter(&button, QEvent::Paint);
     const QSize size = button.size();
     const QSize hint = button.sizeHint();
     const std::vector<std::function<void()>> setters = {
@@ -334,10 +317,10 @@ void TestImageButton::settersRepaintAndKeepTheSize()
     };
     for (const auto& set : setters) {
         QCoreApplication::processEvents();
-        const int before = counter.count;
+        const int before = counter.count();
         set();
-        QCOMPARE(counter.count, before);
-        QTRY_VERIFY(counter.count > before);
+        QCOMPARE(counter.count(), before);
+        QTRY_VERIFY(counter.count() > before);
         QCOMPARE(button.size(), size);
         QCOMPARE(button.sizeHint(), hint);
     }
