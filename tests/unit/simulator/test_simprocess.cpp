@@ -38,6 +38,8 @@ private slots:
     void terminalComesBackWithoutFreeDescriptors();
     void clientThatNeverReadsDisturbsNobody();
     void terminalSurvivesItsClient();
+    void halfALineOnTheTerminalOutlivesItsClient();
+    void tooLongALineOnTheTerminalOutlivesItsClient();
     void lateReplyOnTheTerminalIsDropped();
     void baudLimitsTheTerminal();
     void badOptionsAreTold_data();
@@ -332,6 +334,43 @@ void TestSimProcess::terminalSurvivesItsClient()
     }
 }
 
+void TestSimProcess::halfALineOnTheTerminalOutlivesItsClient()
+{
+    start();
+    StreamClient serial;
+    QVERIFY(serial.openDevice(m_link));
+    QVERIFY(serial.send("*ID"));
+    QVERIFY(serial.openDevice(m_link));
+    QVERIFY(serial.send("\n*IDN?\n"));
+    QCOMPARE(serial.readLine(), QByteArray("SCN,SCN4070A,MY00000042,01.02-sim"));
+    QCOMPARE(serial.ask("SYST:ERR?"), QByteArray("-113,\"Undefined header\""));
+    QCOMPARE(transcript().mid(0, 2),
+             (QStringList{QStringLiteral("pty > *ID"), QStringLiteral("pty > *IDN?")}));
+    // Without an empty line the next client's line is the end of it.
+    QVERIFY(serial.send("*ID"));
+    QVERIFY(serial.openDevice(m_link));
+    QCOMPARE(serial.ask("N?"), QByteArray("SCN,SCN4070A,MY00000042,01.02-sim"));
+}
+
+void TestSimProcess::tooLongALineOnTheTerminalOutlivesItsClient()
+{
+    start();
+    StreamClient serial;
+    QVERIFY(serial.openDevice(m_link));
+    QVERIFY(serial.send(QByteArray(100000, 'x')));
+    QVERIFY(serial.openDevice(m_link));
+    QVERIFY(serial.send("*OPC?\n*IDN?\n"));
+    // The question went with the line that it stood in.
+    QCOMPARE(serial.readLine(), QByteArray("SCN,SCN4070A,MY00000042,01.02-sim"));
+    QCOMPARE(serial.ask("SYST:ERR?"), QByteArray("-363,\"Input buffer overrun\""));
+    QVERIFY(serial.send(QByteArray(100000, 'x')));
+    QVERIFY(serial.openDevice(m_link));
+    QVERIFY(serial.send("\n*IDN?\n"));
+    QCOMPARE(serial.readLine(), QByteArray("SCN,SCN4070A,MY00000042,01.02-sim"));
+    QCOMPARE(serial.ask("SYST:ERR?"), QByteArray("-363,\"Input buffer overrun\""));
+    QCOMPARE(serial.ask("SYST:ERR?"), QByteArray("+0,\"No error\""));
+}
+
 void TestSimProcess::lateReplyOnTheTerminalIsDropped()
 {
     start({QStringLiteral("--rate"), QStringLiteral("10000")});
@@ -344,8 +383,12 @@ void TestSimProcess::lateReplyOnTheTerminalIsDropped()
     // The terminal holds a few kilobytes of the reply; the rest waits for a reader.
     QVERIFY(serial.send("R? 10000\n"));
     QTRY_COMPARE(tcp.ask("DATA:POIN?"), QByteArray("+0"));
-    QVERIFY(serial.send("*CLS\n"));
-    QTRY_VERIFY(transcript().contains(QStringLiteral("pty > *CLS")));
+    QCOMPARE(tcp.ask("SYST:ERR?"), QByteArray("+0,\"No error\""));
+    QVERIFY(serial.send("TRIG:COUN 5\n"));
+    QTRY_VERIFY(transcript().contains(QStringLiteral("pty > TRIG:COUN 5")));
+    QCOMPARE(tcp.ask("SYST:ERR?"), QByteArray("-410,\"Query INTERRUPTED\""));
+    // The line that interrupted was carried out.
+    QCOMPARE(tcp.ask("TRIG:COUN?;:SYST:ERR?"), QByteArray("+5.00000000E+00;+0,\"No error\""));
     QVERIFY(serial.send("\n*IDN?\n"));
     const QByteArray line = serial.readLine();
     QVERIFY(line.startsWith("#6"));
