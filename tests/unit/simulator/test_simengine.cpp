@@ -96,9 +96,12 @@ private slots:
     void seedDecidesTheValues();
     void openChannelReadsOverload();
     void valueBeyondTheRangeReadsOverload();
+    void fixedRangeReadsAFifthBeyondItsEnd();
+    void negativeValueBeyondTheRangeReadsNegativeOverload();
     void linearScalingIsApplied();
     void percentReferenceIsTheFirstReadingUnlessSet();
     void percentOfZeroIsOverload();
+    void decibelsAreApplied_data();
     void decibelsAreApplied();
     void emptyScaledUnitLeavesTheFunctionsUnit();
     void temperatureUnitIsApplied();
@@ -351,6 +354,13 @@ void TestSimEngine::fullMemoryDropsTheOldestAndTellsOnce()
     bench.pass(2s);
     QCOMPARE(bench.ask("SYST:ERR?;:SYST:ERR?"),
              QStringLiteral("-321,\"Out of memory\";+0,\"No error\""));
+    // A new scan begins with an empty memory.
+    bench.ask("ABOR;:INIT");
+    bench.pass(1s);
+    QCOMPARE(bench.ask("DATA:POIN?;:SYST:ERR?"), QStringLiteral("+10;+0,\"No error\""));
+    bench.pass(500ms);
+    QCOMPARE(bench.ask("SYST:ERR?;:SYST:ERR?"),
+             QStringLiteral("-321,\"Out of memory\";+0,\"No error\""));
 }
 
 void TestSimEngine::memoryHoldsAHundredThousand()
@@ -478,6 +488,61 @@ void TestSimEngine::valueBeyondTheRangeReadsOverload()
     bench.ask("VOLT:RANG:AUTO ON,(@101);:INIT");
     bench.pass(1s);
     QVERIFY(std::fabs(blockContent(bench.ask("R? 1")).toDouble() - 1) < 0.05);
+    // A frequency's range is that of the voltage: 50 Hz do not exceed 0.1 V.
+    bench.ask("FUNC \"FREQ\",(@101);:FREQ:VOLT:RANG 0.1,(@101);:INIT");
+    bench.pass(1s);
+    QVERIFY(std::fabs(blockContent(bench.ask("R? 1")).toDouble() - 50) < 0.1);
+    QCOMPARE(bench.ask("SYST:ERR?"), QString::fromLatin1(kNoError));
+}
+
+void TestSimEngine::fixedRangeReadsAFifthBeyondItsEnd()
+{
+    // Position 3 carries 0.12 uF and drifts by 0.3 % to either side within three minutes.
+    const auto farads = [](const char* range) {
+        SimBench bench;
+        bench.ask("FUNC \"CAP\",(@103);:ROUT:SCAN (@103);:TRIG:SOUR TIM;TIM 1;COUN 180");
+        bench.ask(QStringLiteral("CAP:%1,(@103);:INIT").arg(QString::fromLatin1(range)));
+        bench.pass(180s);
+        return fetch(bench);
+    };
+    const QList<Record> automatic = farads("RANG:AUTO ON");
+    const QList<Record> fixed = farads("RANG 1e-7");
+    QCOMPARE(automatic.size(), 180);
+    QCOMPARE(fixed.size(), 180);
+    int beyond = 0;
+    for (int i = 0; i < 180; ++i) {
+        const double value = automatic[i].value;
+        QVERIFY(std::fabs(value - 1.2e-7) < 0.005 * 1.2e-7);
+        QCOMPARE(fixed[i].value, value > 1.2e-7 ? 9.9e37 : value);
+        beyond += value > 1.2e-7 ? 1 : 0;
+    }
+    QVERIFY2(beyond > 45 && beyond < 135, qPrintable(QString::number(beyond)));
+}
+
+void TestSimEngine::negativeValueBeyondTheRangeReadsNegativeOverload()
+{
+    // At position 40 nothing is left of the capacitor's charge after 239 s but the hum of 10.75 V:
+    // 0.215 V high, and a fiftieth of a cycle does not cancel it.
+    const auto volts = [](const char* range) {
+        SimBench bench;
+        bench.pass(239s);
+        bench.ask("VOLT:NPLC 0.02,(@340);:ROUT:SCAN (@340);:TRIG:COUN 50");
+        bench.ask(QStringLiteral("VOLT:%1,(@340);:INIT").arg(QString::fromLatin1(range)));
+        bench.pass(500ms);
+        return fetch(bench);
+    };
+    const QList<Record> automatic = volts("RANG:AUTO ON");
+    const QList<Record> fixed = volts("RANG 0.1");
+    QCOMPARE(automatic.size(), 50);
+    QCOMPARE(fixed.size(), 50);
+    int below = 0;
+    for (int i = 0; i < 50; ++i) {
+        const double value = automatic[i].value;
+        const bool isBeyond = std::fabs(value) > 0.12;
+        QCOMPARE(fixed[i].value, isBeyond ? std::copysign(9.9e37, value) : value);
+        below += value < -0.12 ? 1 : 0;
+    }
+    QVERIFY2(below > 5, qPrintable(QString::number(below)));
 }
 
 void TestSimEngine::linearScalingIsApplied()
@@ -520,27 +585,40 @@ void TestSimEngine::percentOfZeroIsOverload()
     QCOMPARE(fetch(bench)[0].value, 9.9e37);
 }
 
+void TestSimEngine::decibelsAreApplied_data()
+{
+    QTest::addColumn<QString>("channel");
+    QTest::addColumn<double>("level");
+    QTest::addColumn<double>("levelInDbm");
+    // 1 V at 50 ohms is (1 V)^2 / 50 ohms = 20 mW, and 10 log 20 = 13.0103.
+    QTest::newRow("voltage") << QStringLiteral("101") << 1.0 << 13.0102999566;
+    // 50 mA through 50 ohms are (0.05 A)^2 * 50 ohms = 125 mW, and 10 log 125 = 20.9691.
+    QTest::newRow("current") << QStringLiteral("121") << 0.05 << 20.9691001301;
+}
+
 void TestSimEngine::decibelsAreApplied()
 {
-    SimBench bench;
-    bench.ask("ROUT:SCAN (@101);:TRIG:COUN 1;:INIT");
-    bench.pass(1s);
-    const double volts = fetch(bench)[0].value;
-    const double dbm = 10 * std::log10(volts * volts / 50 / 1e-3);
+    QFETCH(QString, channel);
+    QFETCH(double, level);
+    QFETCH(double, levelInDbm);
+    const auto reading = [&channel](const char* settings) {
+        SimBench bench;
+        bench.ask(QString::fromLatin1(settings).replace(QLatin1Char('#'), channel));
+        bench.ask(QStringLiteral("ROUT:SCAN (@%1);:TRIG:COUN 1;:INIT").arg(channel));
+        bench.pass(1s);
+        return fetch(bench)[0];
+    };
+    const double plain = reading("CALC:SCAL:STAT OFF,(@#)").value;
+    QVERIFY(std::fabs(plain / level - 1) < 0.03);
+    // The power grows with the square of either, whatever the resistance.
+    const double dbm = levelInDbm + 20 * std::log10(plain / level);
 
-    SimBench inDbm;
-    inDbm.ask("CALC:SCAL:FUNC DBM,(@101);DBM:REF 50,(@101);:CALC:SCAL:STAT ON,(@101)");
-    inDbm.ask("ROUT:SCAN (@101);:TRIG:COUN 1;:INIT");
-    inDbm.pass(1s);
-    Record record = fetch(inDbm)[0];
+    Record record = reading("CALC:SCAL:FUNC DBM,(@#);STAT ON,(@#);DBM:REF 50,(@#)");
     QVERIFY(std::fabs(record.value - dbm) < 1e-6);
     QCOMPARE(record.unit, QStringLiteral("DBM"));
 
-    SimBench inDb;
-    inDb.ask("CALC:SCAL:FUNC DB,(@101);DBM:REF 50,(@101);:CALC:SCAL:DB:REF 3,(@101)");
-    inDb.ask("CALC:SCAL:STAT ON,(@101);:ROUT:SCAN (@101);:TRIG:COUN 1;:INIT");
-    inDb.pass(1s);
-    record = fetch(inDb)[0];
+    record =
+        reading("CALC:SCAL:FUNC DB,(@#);STAT ON,(@#);DBM:REF 50,(@#);:CALC:SCAL:DB:REF 3,(@#)");
     QVERIFY(std::fabs(record.value - (dbm - 3)) < 1e-6);
     QCOMPARE(record.unit, QStringLiteral("DB"));
 }
