@@ -357,6 +357,8 @@ void TestSimReadBack::refusedValueChangesNothing_data()
     row("STR::NPLC 10,(@101)", "STR:NPLC?", "-110,\"Command header error\"");
     row("STR:GFAC 2.1,(@101:123)", "STR:GFAC?", kOutOfRange);
     row("STR:GFAC 2.1,(@101,901)", "STR:GFAC?", "-241,\"Hardware missing\"");
+    row("ROUT:CHAN:LAB \"x\",(@101,901)", "ROUT:CHAN:LAB?", "-241,\"Hardware missing\"");
+    row("CALC:SCAL:UNIT \"bar\",(@101:123)", "CALC:SCAL:UNIT?", kOutOfRange);
     row("STR:GFAC 2.1", "STR:GFAC?", "-109,\"Missing parameter\"");
     row("STR:GFAC 2.1,(@101),1", "STR:GFAC?", "-108,\"Parameter not allowed\"");
 }
