@@ -105,7 +105,7 @@ INSTRUMENT_SETTINGS = [
     ("ROUT:MON:STAT", "ON", "1"),
     ("ROUT:SCAN", "(@101:103,105)", "#218(@101,102,103,105)"),
     ("TRIG:SOUR", "ALAR3", "ALAR3"),
-    ("TRIG:COUN", "INF", "+9.90000000E+37"),
+    ("TRIG:COUN", "7", "+7.00000000E+00"),
     ("TRIG:TIM", "2.5", "+2.50000000E+00"),
     ("FORM:READ:UNIT", "ON", "1"),
     ("FORM:READ:TIME", "ON", "1"),
