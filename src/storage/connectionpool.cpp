@@ -68,6 +68,12 @@ void handleEvents(int passes)
     }
 }
 
+/// How long a statement of the connection waits for a file that another process has locked.
+void setBusyTimeout(const QSqlDatabase& database, int milliseconds)
+{
+    ManagedQuery(database).exec(QStringLiteral("PRAGMA busy_timeout = %1").arg(milliseconds));
+}
+
 /// Whether the connection writes a log beside the file.
 bool usesWal(const QSqlDatabase& database)
 {
@@ -213,7 +219,7 @@ void ConnectionPool::discardLocked(const QString& path)
         const ConnectionLocker locker(info.mutex);
         // Closing leaves the log of a file that is not in its place: it would be replayed into the
         // one that has taken it. Folded in, it is empty, and a file that was moved has it all.
-        ManagedQuery(*info.connection).exec(QStringLiteral("PRAGMA busy_timeout = 0"));
+        setBusyTimeout(*info.connection, 0);
         ManagedQuery(*info.connection).exec(kCheckpointTruncate);
         info.connection->close();
     }
@@ -241,8 +247,9 @@ void ConnectionPool::evictOldestConnection()
     evictOldestLocked();
 }
 
-/// Waits for nobody, since nobody holds the connection. Handling events here would let a chart load
-/// anew inside the load that asks for the connection, and again inside that one.
+/// Waits for nobody: no thread holds the connection, and a process that locks the file leaves its
+/// log to the next opening. Handling events here would let a chart load anew inside the load that
+/// asks for the connection, and again inside that one.
 void ConnectionPool::evictOldestLocked()
 {
     auto oldest = m_connections.constEnd();
@@ -256,6 +263,7 @@ void ConnectionPool::evictOldestLocked()
     if (oldest == m_connections.constEnd() || !takeEntry(QString(oldest.key()), &info))
         return;
     const QString name = info.connection->connectionName();
+    setBusyTimeout(*info.connection, 0);
     foldAndClose(*info.connection);
     info.connection.reset();
     m_retired.append({name, info.holders});
@@ -487,8 +495,7 @@ bool ConnectionPool::closeByDeadline(ConnectionInfo& info, const QDeadlineTimer&
         return false;
     QueryManager::instance().finishQueries(name);
     // Two statements follow that each may wait for a lock.
-    ManagedQuery(*info.connection)
-        .exec(QStringLiteral("PRAGMA busy_timeout = %1").arg(remaining() / 2));
+    setBusyTimeout(*info.connection, remaining() / 2);
     foldAndClose(*info.connection);
     info.mutex->unlock();
     info.connection.reset();

@@ -90,6 +90,7 @@ private slots:
     void limitEvictsTheLeastRecentlyUsed();
     void firstOfEqualsIsEvicted();
     void evictionFoldsInAndWaitsForNobody();
+    void evictionOfALockedFileLeavesItsLog();
     void heldConnectionsAreNotEvictedAndThePoolGrows();
     void discardClosesAtOnce();
     void closeForExitIsOrderlyAndQuick();
@@ -631,6 +632,30 @@ void TestConnectionPool::evictionFoldsInAndWaitsForNobody()
     QCOMPARE(dayfile::rows(path(kToday), QStringLiteral("PRAGMA journal_mode")),
              QStringList{QStringLiteral("delete")});
     QCOMPARE(log.lines(), QStringList());
+}
+
+void TestConnectionPool::evictionOfALockedFileLeavesItsLog()
+{
+    ConnectionPool& pool = ConnectionPool::instance();
+    {
+        const auto db = pool.acquireConnection(path(kToday));
+        QVERIFY(ManagedQuery(*db).exec(QStringLiteral("CREATE TABLE t (v INTEGER)")));
+        QVERIFY(ManagedQuery(*db).exec(QStringLiteral("INSERT INTO t VALUES (7)")));
+    }
+    advancePresent(1);
+    for (int i = 1; i < kLimit; ++i)
+        QVERIFY(pool.acquireConnection(path(QStringLiteral("%1.db").arg(i))));
+    {
+        const DayFileLock lock(path(kToday));
+        QVERIFY(lock.isHeld());
+        QElapsedTimer timer;
+        timer.start();
+        QVERIFY(pool.acquireConnection(path(QStringLiteral("last.db"))));
+        QVERIFY2(timer.elapsed() < 700, qPrintable(QString::number(timer.elapsed())));
+        QCOMPARE(pool.lastUse(path(kToday)), 0);
+    }
+    QCOMPARE(dayfile::rows(path(kToday), QStringLiteral("SELECT v FROM t")),
+             QStringList{QStringLiteral("7")});
 }
 
 void TestConnectionPool::heldConnectionsAreNotEvictedAndThePoolGrows()
