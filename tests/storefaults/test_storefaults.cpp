@@ -29,6 +29,7 @@ namespace {
 
 constexpr int kCurves = 3;
 constexpr int kStepMs = 100;
+constexpr int kReadings = 200;
 constexpr int kReadingsAfter = 2 * kCurves;
 constexpr qint64 kRepairMs = 5000;
 constexpr int kCloseMs = 60000;
@@ -66,22 +67,16 @@ enum class Scene {
     PastDay,  ///< Late readings of yesterday.
 };
 
-struct SceneFacts
-{
-    const char* firstReading;
-    int readings;
+constexpr const char* kFirstReadings[] = {
+    "2026-01-12 11:59:50.000",
+    "2026-01-12 11:30:00.000",
+    "2026-01-12 23:59:59.000",
+    "2026-01-12 11:59:58.500",
 };
 
-constexpr SceneFacts kScenes[] = {
-    {"2026-01-12 11:59:50.000", 200},
-    {"2026-01-12 11:30:00.000", 30},
-    {"2026-01-12 23:59:59.000", 30},
-    {"2026-01-12 11:59:58.500", 30},
-};
-
-const SceneFacts& factsOf(Scene scene)
+qint64 firstReadingOf(Scene scene)
 {
-    return kScenes[static_cast<int>(scene)];
+    return localTime(kFirstReadings[static_cast<int>(scene)]);
 }
 
 /// A day file with the curves, as an earlier start of the program has left it.
@@ -104,7 +99,7 @@ class Run
 public:
     Run(Scene scene, const QString& templateFile)
         : m_scene(scene)
-        , m_first(localTime(factsOf(scene).firstReading))
+        , m_first(firstReadingOf(scene))
         , m_observer(m_directory.path())
     {
         setPresentFor(m_first);
@@ -121,12 +116,12 @@ public:
         faultyvfs::arm(fault);
         if (m_scene == Scene::Starting)
             openStore();
-        for (int i = 0; i < factsOf(m_scene).readings; ++i)
+        for (int i = 0; i < kReadings; ++i)
             append(i * kStepMs);
         faultyvfs::disarm();
         m_failures = faultyvfs::failures();
         m_during = m_readings.size();
-        const qint64 later = factsOf(m_scene).readings * kStepMs + kRepairMs;
+        const qint64 later = kReadings * kStepMs + kRepairMs;
         for (int i = 0; i < kReadingsAfter; ++i)
             append(later + i * kStepMs);
         m_observer.close();
@@ -321,8 +316,8 @@ void TestStoreFaults::everyFaultIsSurvived_data()
     add("running, all syncs", Scene::Running, Operation::Sync, SQLITE_IOERR_FSYNC, true, false, 1,
         kAny);
     add("starting, one write", Scene::Starting, Operation::Write, SQLITE_IOERR_WRITE, false, true,
-        7, 1);
-    add("starting, all writes", Scene::Starting, Operation::Write, SQLITE_FULL, true, false, 7,
+        173, 1);
+    add("starting, all writes", Scene::Starting, Operation::Write, SQLITE_FULL, true, false, 173,
         kAny);
     add("starting, one sync", Scene::Starting, Operation::Sync, SQLITE_IOERR_FSYNC, false, false, 1,
         1);
@@ -333,8 +328,8 @@ void TestStoreFaults::everyFaultIsSurvived_data()
     add("starting, all opens", Scene::Starting, Operation::Open, SQLITE_CANTOPEN, true, false, 1,
         kAny);
     add("midnight, one write", Scene::Midnight, Operation::Write, SQLITE_IOERR_WRITE, false, true,
-        17, 1);
-    add("midnight, all writes", Scene::Midnight, Operation::Write, SQLITE_FULL, true, false, 17,
+        173, 1);
+    add("midnight, all writes", Scene::Midnight, Operation::Write, SQLITE_FULL, true, false, 173,
         kAny);
     add("midnight, one sync", Scene::Midnight, Operation::Sync, SQLITE_IOERR_FSYNC, false, false, 1,
         1);
@@ -345,8 +340,8 @@ void TestStoreFaults::everyFaultIsSurvived_data()
     add("midnight, all opens", Scene::Midnight, Operation::Open, SQLITE_CANTOPEN, true, false, 1,
         kAny);
     add("past day, one write", Scene::PastDay, Operation::Write, SQLITE_IOERR_WRITE, false, true,
-        17, 1);
-    add("past day, all writes", Scene::PastDay, Operation::Write, SQLITE_FULL, true, false, 17,
+        173, 1);
+    add("past day, all writes", Scene::PastDay, Operation::Write, SQLITE_FULL, true, false, 173,
         kAny);
     add("past day, one sync", Scene::PastDay, Operation::Sync, SQLITE_IOERR_FSYNC, false, false, 1,
         1);
