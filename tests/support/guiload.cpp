@@ -1,5 +1,6 @@
 #include "support/guiload.h"
 
+#include <QAbstractEventDispatcher>
 #include <QThread>
 
 #include <algorithm>
@@ -14,28 +15,42 @@ MeteredApplication::MeteredApplication(int& argc, char** argv)
     : QApplication(argc, argv)
 {
     m_clock.start();
+    const QAbstractEventDispatcher* dispatcher = QAbstractEventDispatcher::instance();
+    connect(dispatcher, &QAbstractEventDispatcher::aboutToBlock, this,
+            &MeteredApplication::beginWait);
+    connect(dispatcher, &QAbstractEventDispatcher::awake, this, &MeteredApplication::endWait);
 }
 
+/// The dispatchers tell that they are awake only after what woke them has been handled, so the first
+/// event ends a wait too.
 bool MeteredApplication::notify(QObject* receiver, QEvent* event)
 {
     // Other threads deliver their events through here too.
-    if (QThread::currentThread() != thread() || m_depth > 0)
-        return QApplication::notify(receiver, event);
-    ++m_depth;
-    const qint64 begin = m_clock.nsecsElapsed();
-    const bool handled = QApplication::notify(receiver, event);
-    m_busy += m_clock.nsecsElapsed() - begin;
-    --m_depth;
-    return handled;
+    if (QThread::currentThread() == thread())
+        endWait();
+    return QApplication::notify(receiver, event);
 }
 
-qint64 MeteredApplication::busyNs()
+void MeteredApplication::beginWait()
 {
-    return static_cast<MeteredApplication*>(instance())->m_busy;
+    m_waitBeginNs = m_clock.nsecsElapsed();
+}
+
+void MeteredApplication::endWait()
+{
+    if (m_waitBeginNs < 0)
+        return;
+    m_waitedNs += m_clock.nsecsElapsed() - m_waitBeginNs;
+    m_waitBeginNs = -1;
+}
+
+qint64 MeteredApplication::waitedNs()
+{
+    return static_cast<MeteredApplication*>(instance())->m_waitedNs;
 }
 
 GuiLoad::GuiLoad()
-    : m_busyAtStart(MeteredApplication::busyNs())
+    : m_waitedAtStart(MeteredApplication::waitedNs())
 {
     connect(&m_heartbeat, &QTimer::timeout, this,
             [this] { m_largestGapMs = std::max(m_largestGapMs, m_sinceBeat.restart()); });
@@ -47,8 +62,8 @@ GuiLoad::GuiLoad()
 
 double GuiLoad::busyShare() const
 {
-    return static_cast<double>(MeteredApplication::busyNs() - m_busyAtStart) /
-           static_cast<double>(m_clock.nsecsElapsed());
+    const auto waited = static_cast<double>(MeteredApplication::waitedNs() - m_waitedAtStart);
+    return 1.0 - waited / static_cast<double>(m_clock.nsecsElapsed());
 }
 
 QString GuiLoad::report() const

@@ -5,8 +5,7 @@
 #include <QString>
 #include <QTimer>
 
-/// An application that counts the time its event loop spends in handling events, rather than in
-/// waiting for them.
+/// An application that counts the time that its event loop waits for events.
 class MeteredApplication : public QApplication
 {
     Q_OBJECT
@@ -16,17 +15,22 @@ public:
 
     bool notify(QObject* receiver, QEvent* event) override;
 
-    /// Time spent in events since the start, ns.
-    static qint64 busyNs();
+    /// Time waited since the start, ns.
+    static qint64 waitedNs();
 
 private:
+    void beginWait();
+    void endWait();
+
     QElapsedTimer m_clock;
-    int m_depth = 0;
-    qint64 m_busy = 0;
+    /// Where the wait that is going on began; -1 when there is none.
+    qint64 m_waitBeginNs = -1;
+    qint64 m_waitedNs = 0;
 };
 
-/// Measures how busy the GUI thread is while this object lives: the share of time that a
-/// MeteredApplication spends in events, and the largest gap of a 10 ms heartbeat. GUI thread.
+/// Measures how busy the GUI thread is while this object lives: the share of time
+/// between leaving and entering the wait for events of a MeteredApplication, and the largest gap of a
+/// 10 ms heartbeat. GUI thread.
 class GuiLoad : public QObject
 {
     Q_OBJECT
@@ -44,6 +48,6 @@ private:
     QElapsedTimer m_clock;
     QElapsedTimer m_sinceBeat;
     QTimer m_heartbeat;
-    qint64 m_busyAtStart;
+    qint64 m_waitedAtStart;
     qint64 m_largestGapMs = 0;
 };
