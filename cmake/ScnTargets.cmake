@@ -66,7 +66,8 @@ endfunction()
 # scn_test(NAME SOURCES file... [LINK library...] [TIMEOUT seconds] [LABELS label...]
 #          [ENVIRONMENT variable=value...] [ROWS function:row...])
 # One Qt Test program and its ctest entry. It runs under the "offscreen" platform with a private
-# runtime directory; a label "long" keeps it out of the ordinary run, "serial" gives it the machine.
+# runtime directory; a label "long" keeps it out of the ordinary run, "random" allows no second
+# try, "serial" gives it the machine.
 # With ROWS there is an entry for each of them, so that each runs in a process of its own.
 function(scn_test name)
     cmake_parse_arguments(ARG "" "TIMEOUT" "SOURCES;LINK;LABELS;ENVIRONMENT;ROWS" ${ARGN})
