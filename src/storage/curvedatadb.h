@@ -22,6 +22,8 @@
 #include <memory>
 #include <unordered_map>
 
+class QFile;
+class QTextStream;
 class QThread;
 
 /// One table of one curve: six hours of readings.
@@ -134,6 +136,17 @@ public:
     /// Notes the tables of a curve in today's file as known. From then on appendPoints() holds its
     /// points back.
     void loadBatchesForCurve(int curveId, qint64 start, qint64 end);
+
+    /// Path of one part of a CSV export: the path's base name with the part's number and the
+    /// present second behind it. The time is read at each call.
+    static QString partFilePath(const QString& path, int index);
+
+    /// Creates a part of a CSV export, with its directory, and writes its header and titles: the
+    /// names of those of the ids that are known. What `file` had open is closed first. False if
+    /// the file cannot be created; whether the text reached it is told by the file's error().
+    bool openCsvPart(const QString& path, int index, const QString& separator,
+                     const QMap<QString, QString>& header, const QList<int>& ids, QFile& file,
+                     QTextStream& stream);
 
     /// Starts to empty the store and returns; sigClearFinished() tells when it is ready again.
     /// GUI thread.

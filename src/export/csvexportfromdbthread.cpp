@@ -1,0 +1,241 @@
+#include "export/csvexportfromdbthread.h"
+
+#include "export/batchtables.h"
+#include "export/csvparts.h"
+#include "export/csvrows.h"
+#include "export/curvecursor.h"
+#include "storage/curvedatadb.h"
+
+#include <QDebug>
+#include <QMutexLocker>
+
+#include <algorithm>
+#include <future>
+
+namespace {
+
+constexpr qint64 kRowsPerPart = 1000000;
+constexpr int kRowsPerBlock = 1000;
+constexpr int kRowsPerFlush = 1000;
+constexpr int kRowsPerProgress = 100;
+constexpr qlonglong kUnknownTotal = -1;
+/// Text gathered before it goes to the file.
+constexpr int kWriteBytes = 262144;
+
+/// Whether a call of `test` with one of the cursors gives true.
+template <typename Test>
+bool anyOf(const std::vector<std::unique_ptr<CurveCursor>>& cursors, Test test)
+{
+    return std::any_of(cursors.cbegin(), cursors.cend(),
+                       [test](const auto& cursor) { return (*cursor.*test)(); });
+}
+
+} // namespace
+
+CsvExportFromDBThread::CsvExportFromDBThread(CurveDataDB* store, const QList<int>& curveIds,
+                                             const QString& path, const QString& separator,
+                                             const QMap<QString, QString>& header, qint64 start,
+                                             qint64 end, QObject* parent)
+    : QThread(parent)
+    , m_store(store)
+    , m_curveIds(curveIds)
+    , m_path(path)
+    , m_separator(separator)
+    , m_header(header)
+    , m_start(start)
+    , m_end(end)
+    , m_rowsPerPart(kRowsPerPart)
+    , m_rowsPerBlock(kRowsPerBlock)
+{
+    QThread::setTerminationEnabled(true);
+}
+
+CsvExportFromDBThread::~CsvExportFromDBThread()
+{
+    requestStop();
+    wait();
+}
+
+void CsvExportFromDBThread::startExport()
+{
+    const QMutexLocker locker(&m_mutex);
+    if (m_running) {
+        qWarning() << "[导出线程] 已在运行中，无需重复启动";
+        return;
+    }
+    m_stopRequested = false;
+    start();
+}
+
+void CsvExportFromDBThread::requestStop()
+{
+    const QMutexLocker locker(&m_mutex);
+    m_stopRequested = true;
+}
+
+bool CsvExportFromDBThread::isExporting() const
+{
+    const QMutexLocker locker(&m_mutex);
+    return m_running;
+}
+
+void CsvExportFromDBThread::setRunning(bool running)
+{
+    const QMutexLocker locker(&m_mutex);
+    m_running = running;
+}
+
+void CsvExportFromDBThread::run()
+{
+    setRunning(true);
+    QStringList files;
+    const ExportResult result = exportCurves(files);
+    setRunning(false);
+    emit exportFinished(result, files);
+}
+
+/// The checks before anything is written, then the writing.
+ExportResult CsvExportFromDBThread::exportCurves(QStringList& files)
+{
+    if (!m_store) {
+        qCritical() << "[导出线程] CurveDataDB实例为空";
+        return ExportDbError;
+    }
+    if (m_curveIds.isEmpty()) {
+        qCritical() << "[导出线程] 未选中任何曲线";
+        return ExportNoData;
+    }
+    if (m_store->curveNames().isEmpty()) {
+        qCritical() << "[导出线程] CurveDataDB中无任何曲线";
+        return ExportNoData;
+    }
+    const QMap<int, QString> curves = selectExistingCurves();
+    if (curves.isEmpty()) {
+        qCritical() << "[导出线程] 选中的曲线在CurveDataDB中不存在";
+        return ExportNoData;
+    }
+    const BatchTables tables = collectTables(*m_store, curves, m_start, m_end);
+    Cursors cursors;
+    for (auto curve = curves.cbegin(); curve != curves.cend(); ++curve) {
+        cursors.push_back(std::make_unique<CurveCursor>(
+            *m_store, curve.key(), tables.byCurve.value(curve.key()), m_start, m_end));
+    }
+    if (tables.failed || anyOf(cursors, &CurveCursor::hasFailed))
+        return ExportDbError;
+    if (!anyOf(cursors, &CurveCursor::isValid)) {
+        qCritical() << "[导出线程] 所有选中曲线均无有效数据（游标初始化失败）";
+        return ExportNoData;
+    }
+    return writeFiles(cursors, curves.keys(), files);
+}
+
+/// Those of the curves that the store knows, by id.
+QMap<int, QString> CsvExportFromDBThread::selectExistingCurves() const
+{
+    return m_store->namesForIds(m_curveIds);
+}
+
+ExportResult CsvExportFromDBThread::writeFiles(Cursors& cursors, const QList<int>& ids,
+                                               QStringList& files)
+{
+    CsvParts parts(*m_store, m_path, m_separator, m_header, ids);
+    if (!parts.openNext()) {
+        qCritical() << "[导出线程] 创建CSV文件失败：" << CurveDataDB::partFilePath(m_path, 1);
+        return ExportFileError;
+    }
+    m_rowNumber = 1;
+    m_rowsInPart = 0;
+    ExportResult result = writeParts(cursors, parts);
+    parts.close();
+    if (result == ExportSuccess && !parts.isWhole()) {
+        qCritical() << "[导出线程] 写入CSV行失败";
+        result = ExportWriteError;
+    }
+    if (result == ExportSuccess) {
+        parts.keep();
+        files = parts.listedFiles();
+    }
+    return result;
+}
+
+/// Writes block after block until no cursor has a sample. The next block is read meanwhile.
+ExportResult CsvExportFromDBThread::writeParts(Cursors& cursors, CsvParts& parts)
+{
+    CsvRows rows(m_separator);
+    SampleBlock block = readBlock(cursors);
+    while (!m_stopRequested) {
+        if (anyOf(cursors, &CurveCursor::hasFailed))
+            return ExportDbError;
+        if (block.rows() == 0) {
+            parts.write(rows.text());
+            qDebug() << "[导出线程] 所有曲线数据导出完成";
+            return ExportSuccess;
+        }
+        std::future<SampleBlock> next =
+            std::async(std::launch::async, [this, &cursors] { return readBlock(cursors); });
+        const ExportResult result = writeBlock(block, rows, parts);
+        if (result != ExportSuccess)
+            return result;
+        block = next.get();
+    }
+    qDebug() << "[导出线程] 收到停止信号，终止导出";
+    return ExportCancelled;
+}
+
+SampleBlock CsvExportFromDBThread::readBlock(Cursors& cursors) const
+{
+    SampleBlock block;
+    block.columns.resize(cursors.size());
+    const auto limit = static_cast<std::size_t>(m_rowsPerBlock);
+    auto column = block.columns.begin();
+    for (const auto& cursor : cursors) {
+        column->reserve(limit + 1);
+        cursor->read(*column, limit);
+        ++column;
+    }
+    return block;
+}
+
+/// Writes the rows of a block, as far as no stop is requested.
+ExportResult CsvExportFromDBThread::writeBlock(const SampleBlock& block, CsvRows& rows,
+                                               CsvParts& parts)
+{
+    const std::size_t count = block.rows();
+    for (std::size_t row = 0; row < count && !m_stopRequested; ++row) {
+        if (!rows.writeCsvRow(m_rowNumber, block, row) || !parts.isWhole()) {
+            qCritical() << "[导出线程] 写入CSV行失败";
+            return ExportWriteError;
+        }
+        const ExportResult result = countRow(rows, parts);
+        if (result != ExportSuccess)
+            return result;
+    }
+    return ExportSuccess;
+}
+
+/// What follows a row: progress, flushes and parts.
+ExportResult CsvExportFromDBThread::countRow(CsvRows& rows, CsvParts& parts)
+{
+    ++m_rowsInPart;
+    if ((m_rowNumber + 1) % kRowsPerProgress == 0)
+        emit exportProgress(m_rowNumber, kUnknownTotal);
+    ++m_rowNumber;
+
+    const bool flushDue = m_rowsInPart % kRowsPerFlush == 0;
+    const bool partFull = m_rowsInPart >= m_rowsPerPart;
+    if (flushDue || partFull || rows.text().size() >= kWriteBytes) {
+        parts.write(rows.text());
+        rows.clear();
+    }
+    if (flushDue)
+        parts.flush();
+    if (!partFull)
+        return ExportSuccess;
+    if (!parts.openNext()) {
+        qCritical() << "[导出线程] 创建CSV分片失败："
+                    << CurveDataDB::partFilePath(m_path, parts.listedFiles().size() + 1);
+        return ExportFileError;
+    }
+    m_rowsInPart = 0;
+    return ExportSuccess;
+}

@@ -1,0 +1,48 @@
+#pragma once
+
+#include "export/samplecolumn.h"
+
+#include <QByteArray>
+#include <QString>
+
+#include <cstddef>
+#include <vector>
+
+/// A block of rows: one column for each curve, whose samples stand in consecutive rows from the
+/// block's first. A shorter column has come to its end.
+struct SampleBlock
+{
+    std::vector<SampleColumn> columns;
+
+    /// Number of rows: that of the longest column.
+    std::size_t rows() const;
+};
+
+/// The text of CSV rows, gathered in memory. Numbers are written by the C++ library, which gives the
+/// bytes of QString::number(value, 'E', 15) whatever the locale is.
+class CsvRows
+{
+public:
+    /// @param separator stands between the fields of a row
+    explicit CsvRows(const QString& separator);
+
+    /// Appends one row of a block: the row number, the local time of the first curve's sample as
+    /// "yyyy-MM-dd hh:mm:ss", the value of each curve. A curve that has come to its end leaves its
+    /// field empty. False, with a log line, if there is no memory for it.
+    bool writeCsvRow(qint64 rowNumber, const SampleBlock& block, std::size_t row);
+
+    const QByteArray& text() const { return m_text; }
+
+    /// Forgets the text and keeps its memory.
+    void clear() { m_text.resize(0); }
+
+private:
+    void appendRow(qint64 rowNumber, const SampleBlock& block, std::size_t row);
+    char* appendTime(char* out, qint64 timestamp);
+
+    QByteArray m_separator;
+    QByteArray m_text;
+    QByteArray m_minuteText;  ///< "yyyy-MM-dd hh:mm:" of the minute below.
+    qint64 m_minuteStart = 0; ///< First millisecond of the last sample's local minute.
+    bool m_minuteKnown = false;
+};

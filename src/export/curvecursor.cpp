@@ -1,0 +1,210 @@
+#include "export/curvecursor.h"
+
+#include "storage/connectionpool.h"
+#include "storage/curvedatadb.h"
+#include "storage/managedquery.h"
+#include "storage/shardnaming.h"
+
+#include <QDateTime>
+#include <QDebug>
+#include <QFileInfo>
+#include <QRegularExpression>
+
+#include <utility>
+
+namespace {
+
+Sample sampleOf(const QSqlQuery& row)
+{
+    return {row.value(0).toLongLong(), row.value(1).toDouble()};
+}
+
+/// The first run of eight digits in a table's name is the date of its batch.
+QDate dateInName(const QString& table)
+{
+    static const QRegularExpression eightDigits(QStringLiteral("(\\d{8})"));
+    const QRegularExpressionMatch match = eightDigits.match(table);
+    return QDate::fromString(match.captured(1), QStringLiteral("yyyyMMdd"));
+}
+
+QString quotedTable(QString table)
+{
+    return QLatin1Char('`') + table.replace(QLatin1Char('`'), QLatin1String("``")) +
+           QLatin1Char('`');
+}
+
+} // namespace
+
+CurveCursor::CurveCursor(CurveDataDB& store, int curveId, QVector<BatchTable> tables, qint64 start,
+                         qint64 end)
+    : m_store(store)
+    , m_curveId(curveId)
+    , m_tables(std::move(tables))
+    , m_start(start)
+    , m_end(end)
+{
+    if (m_tables.isEmpty())
+        qWarning() << "[Cursor初始化] 曲线" << m_curveId << "未获取到任何分片表";
+    else
+        m_valid = openNextTable();
+}
+
+CurveCursor::~CurveCursor()
+{
+    release();
+}
+
+void CurveCursor::read(SampleColumn& column, std::size_t limit)
+{
+    while (m_valid && column.size() < limit) {
+        column.push_back(m_current);
+        readTable(column, limit);
+    }
+}
+
+/// Reads on behind the current sample, within its table; the last one read is the new current
+/// sample. At the end of the table the first sample of the next one is.
+void CurveCursor::readTable(SampleColumn& column, std::size_t limit)
+{
+    // What is read from a file that was deleted or replaced is not what the store holds.
+    if (fileIdentity(m_path) != m_file) {
+        m_valid = fail();
+        return;
+    }
+    const auto wanted = static_cast<int>(limit - column.size()) + 1;
+    const auto taken = [&column](const QSqlQuery& row) { column.push_back(sampleOf(row)); };
+    if (m_query->fetchRows(wanted, taken) == wanted) {
+        m_current = column.back();
+        column.pop_back();
+    } else if (!m_query->isUsable() || !m_query->errorText().isEmpty()) {
+        m_valid = fail();
+    } else {
+        m_valid = openNextTable();
+    }
+}
+
+bool CurveCursor::openNextTable()
+{
+    release();
+    while (m_nextTable < m_tables.size() && !m_failed) {
+        if (openTable(m_tables.at(m_nextTable++)))
+            return true;
+        release();
+    }
+    if (!m_failed)
+        qDebug() << "[初始化查询] 曲线" << m_curveId << "所有分片表已处理完毕";
+    return false;
+}
+
+/// Makes the table's first sample the current one. False if the table is passed over, or if
+/// reading has failed.
+bool CurveCursor::openTable(const BatchTable& table)
+{
+    if (!isInPlace(table))
+        return false;
+    m_path = table.path;
+    m_file = fileIdentity(table.path);
+    m_connection = m_store.openDb(table.path);
+    if (!m_connection || !m_connection->isOpen()) {
+        qWarning() << "[初始化查询] 打开数据库" << table.path << "失败";
+        return fail();
+    }
+    return startQuery(table) && takeFirstRow(table);
+}
+
+/// Whether the file that listed the table is there and has it. A name without a date, or with that
+/// of a day without a file, is looked up in the file itself: a table of readings from the future
+/// lies in the file of the day on which they came.
+bool CurveCursor::isInPlace(const BatchTable& table)
+{
+    const QDate date = dateInName(table.name);
+    bool lookedUp = false;
+    if (!date.isValid()) {
+        qWarning() << "[初始化查询] 分片表" << table.name << "未提取到日期，启动兜底方案";
+        lookedUp = true;
+    } else {
+        const QString path = m_store.dbPathForTime(date.startOfDay().toMSecsSinceEpoch());
+        lookedUp = !QFileInfo::exists(path);
+        if (lookedUp) {
+            qWarning() << "[初始化查询] 日期" << date.toString(QStringLiteral("yyyyMMdd"))
+                       << "对应的数据库" << path << "不存在，启动兜底方案";
+        }
+    }
+    const bool fileExists = QFileInfo::exists(table.path);
+    if (fileExists && (!lookedUp || isListedIn(table)))
+        return true;
+    qWarning() << "[初始化查询] 未找到分片表" << table.name << "对应的数据库，跳过该表";
+    if (!fileExists)
+        fail(); // it was there when the tables were listed
+    return false;
+}
+
+bool CurveCursor::isListedIn(const BatchTable& table)
+{
+    QSharedPointer<QSqlDatabase> db = m_store.openDb(table.path);
+    if (!db || !db->isOpen())
+        return true; // told when the table is opened
+    bool found = false;
+    {
+        ManagedQuery query(*db);
+        const QString sql =
+            QStringLiteral("SELECT name FROM sqlite_master WHERE type='table' AND name=") +
+            sqlLiteral(table.name);
+        if (!query.exec(sql)) {
+            qWarning() << "[初始化查询] 检查表" << table.name << "是否存在失败："
+                       << query.errorText();
+        } else if (query.next()) {
+            qDebug() << "[初始化查询] 兜底方案找到表" << table.name << "对应的数据库："
+                     << table.path;
+            found = true;
+        }
+    }
+    db.reset();
+    ConnectionPool::instance().releaseConnection(table.path);
+    return found;
+}
+
+bool CurveCursor::startQuery(const BatchTable& table)
+{
+    m_query = std::make_unique<LockedQuery>(*m_connection);
+    m_query->setForwardOnly(true);
+    const QString sql =
+        QStringLiteral("SELECT timestamp, value FROM %1 WHERE curve_id = %2 AND timestamp BETWEEN "
+                       "? AND ? ORDER BY timestamp ASC")
+            .arg(quotedTable(table.name), QString::number(table.fileCurveId));
+    const bool prepared = m_query->prepare(sql);
+    if (prepared && m_query->execWith({m_start, m_end}))
+        return true;
+    qWarning() << "[初始化查询] SQL执行失败：" << m_query->errorText();
+    // A table that has gone is passed over; whatever else fails may hide samples.
+    const bool missing = !prepared && m_query->errorText().contains(QLatin1String("no such table"));
+    return missing ? false : fail();
+}
+
+bool CurveCursor::takeFirstRow(const BatchTable& table)
+{
+    const auto taken = [this](const QSqlQuery& row) { m_current = sampleOf(row); };
+    if (m_query->fetchRows(1, taken) == 1)
+        return true;
+    if (!m_query->isUsable() || !m_query->errorText().isEmpty())
+        return fail();
+    qWarning() << "[初始化查询] 分片表" << table.name << "无匹配数据（时间范围/曲线ID过滤后为空）";
+    return false;
+}
+
+/// False, as the result of the step that has failed.
+bool CurveCursor::fail()
+{
+    m_failed = true;
+    return false;
+}
+
+/// Lets go of the file that was read from.
+void CurveCursor::release()
+{
+    m_query.reset();
+    if (!m_connection)
+        return;
+    m_connection.reset();
+    ConnectionPool::instance().releaseConnection(m_path);
+}

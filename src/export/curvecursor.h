@@ -1,0 +1,67 @@
+#pragma once
+
+#include "export/batchtables.h"
+#include "export/samplecolumn.h"
+#include "storage/fileidentity.h"
+#include "storage/lockedquery.h"
+
+#include <QSharedPointer>
+#include <QSqlDatabase>
+#include <QVector>
+
+#include <cstddef>
+#include <memory>
+
+class CurveDataDB;
+
+/// Walks the stored samples of one curve in the order of time, table after table and file after
+/// file, by one forward-only query at a time on the pooled connections.
+///
+/// It holds a connection as long as it reads from its file, and the connection's lock for one block
+/// of rows at a time. Any thread, one at a time.
+class CurveCursor
+{
+public:
+    /// A cursor on the first sample in the range (milliseconds since the epoch, both included).
+    CurveCursor(CurveDataDB& store, int curveId, QVector<BatchTable> tables, qint64 start,
+                qint64 end);
+    ~CurveCursor();
+    Q_DISABLE_COPY_MOVE(CurveCursor)
+
+    int curveId() const { return m_curveId; }
+
+    /// Whether there is a sample to be read.
+    bool isValid() const { return m_valid; }
+
+    /// The samples could not be read to their end: the connection was closed, the file has gone,
+    /// or reading failed. The cursor is not valid any more.
+    bool hasFailed() const { return m_failed; }
+
+    /// Appends the next samples until the column holds `limit`, or no sample is left.
+    void read(SampleColumn& column, std::size_t limit);
+
+private:
+    bool openNextTable();
+    bool openTable(const BatchTable& table);
+    bool isInPlace(const BatchTable& table);
+    bool isListedIn(const BatchTable& table);
+    bool startQuery(const BatchTable& table);
+    bool takeFirstRow(const BatchTable& table);
+    void readTable(SampleColumn& column, std::size_t limit);
+    bool fail();
+    void release();
+
+    CurveDataDB& m_store;
+    int m_curveId;
+    QSharedPointer<QSqlDatabase> m_connection;
+    QString m_path; ///< Of the file that the connection leads to.
+    FileIdentity m_file;
+    std::unique_ptr<LockedQuery> m_query;
+    bool m_valid = false;
+    bool m_failed = false;
+    Sample m_current{0, 0.0}; ///< The next sample to be given, if valid.
+    QVector<BatchTable> m_tables;
+    int m_nextTable = 0;
+    qint64 m_start;
+    qint64 m_end;
+};

@@ -1,0 +1,180 @@
+#include "storage/lockedquery.h"
+
+#include "storage/lockpatience.h"
+
+#include <QSqlDatabase>
+#include <QSqlDriver>
+#include <QSqlError>
+
+namespace {
+
+QSqlQuery makeQuery(const QSqlDatabase& database, const std::shared_ptr<ConnectionMutex>& mutex)
+{
+    const ConnectionLocker locker(mutex);
+    return QSqlQuery(database);
+}
+
+} // namespace
+
+LockedQuery::LockedQuery(const QSqlDatabase& database)
+    : m_connectionName(database.connectionName())
+    , m_mutex(connectionMutex(m_connectionName))
+    , m_query(makeQuery(database, m_mutex))
+{
+}
+
+LockedQuery::~LockedQuery()
+{
+    const ConnectionLocker locker(m_mutex);
+    clear();
+    m_query = QSqlQuery(static_cast<QSqlResult*>(nullptr)); // its end, too, is under the lock
+}
+
+void LockedQuery::setForwardOnly(bool forwardOnly)
+{
+    const ConnectionLocker locker(m_mutex);
+    m_query.setForwardOnly(forwardOnly);
+}
+
+bool LockedQuery::prepare(const QString& sql)
+{
+    const ConnectionLocker locker(m_mutex);
+    if (!driverOpen())
+        return fail(QStringLiteral("database not open"));
+    m_prepared = m_query.prepare(sql);
+    return m_prepared || failWithQueryError();
+}
+
+bool LockedQuery::exec()
+{
+    const ConnectionLocker locker(m_mutex);
+    if (!preparedUnlocked())
+        return fail(QStringLiteral("nothing prepared on an open database"));
+    if (!m_query.exec())
+        return failWithQueryError();
+    return true;
+}
+
+bool LockedQuery::exec(const QString& sql)
+{
+    const ConnectionLocker locker(m_mutex);
+    if (!driverOpen())
+        return fail(QStringLiteral("database not open"));
+    m_prepared = m_query.exec(sql);
+    return m_prepared || failWithQueryError();
+}
+
+bool LockedQuery::execWith(std::initializer_list<QVariant> values)
+{
+    const ConnectionLocker locker(m_mutex);
+    int position = 0;
+    for (const QVariant& value : values)
+        m_query.bindValue(position++, value);
+    return exec();
+}
+
+bool LockedQuery::run(const QString& sql, std::initializer_list<QVariant> values)
+{
+    const ConnectionLocker locker(m_mutex);
+    return prepare(sql) && execWith(values);
+}
+
+bool LockedQuery::execColumns(const QVector<QVariantList>& columns)
+{
+    const ConnectionLocker locker(m_mutex);
+    if (!preparedUnlocked())
+        return fail(QStringLiteral("nothing prepared on an open database"));
+    for (const QVariantList& column : columns)
+        m_query.addBindValue(QVariant(column));
+    if (!m_query.execBatch(QSqlQuery::ValuesAsRows))
+        return failWithQueryError();
+    return true;
+}
+
+bool LockedQuery::next()
+{
+    const ConnectionLocker locker(m_mutex);
+    return stepUnlocked();
+}
+
+QVariant LockedQuery::value(int column) const
+{
+    const ConnectionLocker locker(m_mutex);
+    return m_query.isValid() && driverOpen() ? m_query.value(column) : QVariant();
+}
+
+QVariant LockedQuery::lastInsertId() const
+{
+    const ConnectionLocker locker(m_mutex);
+    return driverOpen() ? m_query.lastInsertId() : QVariant();
+}
+
+void LockedQuery::finish()
+{
+    const ConnectionLocker locker(m_mutex);
+    if (m_query.isActive())
+        m_query.finish();
+}
+
+void LockedQuery::clear()
+{
+    const ConnectionLocker locker(m_mutex);
+    finish();
+    m_prepared = false;
+    if (m_query.driver()) // clearing a query whose driver has gone would crash
+        m_query.clear();
+}
+
+bool LockedQuery::isUsable() const
+{
+    const ConnectionLocker locker(m_mutex);
+    return preparedUnlocked();
+}
+
+QString LockedQuery::errorText() const
+{
+    return m_errorText;
+}
+
+bool LockedQuery::driverOpen() const
+{
+    const QSqlDriver* driver = m_query.driver();
+    return driver && driver->isOpen();
+}
+
+bool LockedQuery::preparedUnlocked() const
+{
+    // Executing a query that was ended from outside would report a success without doing anything.
+    return m_prepared && driverOpen() && !m_query.lastQuery().isEmpty();
+}
+
+bool LockedQuery::stepUnlocked()
+{
+    return driverOpen() && nextRow();
+}
+
+bool LockedQuery::nextRow()
+{
+    if (m_query.next())
+        return true;
+    if (m_query.lastError().isValid())
+        failWithQueryError();
+    return false;
+}
+
+bool LockedQuery::fail(const QString& text)
+{
+    m_errorText = text;
+    m_errorCode = 0;
+    return false;
+}
+
+bool LockedQuery::failWithQueryError()
+{
+    const QSqlError error = m_query.lastError();
+    m_errorText = error.text();
+    m_errorCode = error.nativeErrorCode().toInt() & kPrimaryCodeMask;
+    if (m_errorCode == kBusyCode)
+        LockPatience::waitedInVain(m_mutex, m_query.driver());
+    return false;
+}
