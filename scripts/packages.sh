@@ -1,10 +1,10 @@
 # Debian packages, by what needs them, and the function that installs those that are missing.
 # Sourced by run, test, .ci/run, scripts/fuzz.sh and scripts/bench.sh.
 
-build_packages="g++ cmake ninja-build ccache qtbase5-dev libqwt-qt5-dev libqt5sql5-sqlite dpkg-dev fonts-wqy-microhei"
+build_packages="g++ cmake ninja-build ccache qtbase5-dev libqwt-qt5-dev libqt5sql5-sqlite libsqlite3-dev dpkg-dev fonts-wqy-microhei"
 display_packages="xvfb xauth xdotool x11-utils imagemagick"
-test_packages="$display_packages sqlite3 libsqlite3-dev libxcb1-dev faketime procps python3-pyvisa-py python3-serial"
-bench_packages="libbenchmark-dev libsqlite3-dev"
+test_packages="$display_packages sqlite3 libxcb1-dev faketime procps python3-pyvisa-py python3-serial"
+bench_packages="libbenchmark-dev sqlite3"
 check_packages="clang-format clang-tidy $bench_packages"
 fuzz_packages="clang libclang-rt-14-dev"
 

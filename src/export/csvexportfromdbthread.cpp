@@ -1,6 +1,7 @@
 #include "export/csvexportfromdbthread.h"
 
 #include "export/batchtables.h"
+#include "export/blockreader.h"
 #include "export/csvparts.h"
 #include "export/csvrows.h"
 #include "export/curvecursor.h"
@@ -10,12 +11,11 @@
 #include <QMutexLocker>
 
 #include <algorithm>
-#include <future>
 
 namespace {
 
 constexpr qint64 kRowsPerPart = 1000000;
-constexpr int kRowsPerBlock = 1000;
+constexpr int kRowsPerBlock = 2000;
 constexpr int kRowsPerFlush = 1000;
 constexpr int kRowsPerProgress = 100;
 constexpr qlonglong kUnknownTotal = -1;
@@ -158,42 +158,26 @@ ExportResult CsvExportFromDBThread::writeFiles(Cursors& cursors, const QList<int
     return result;
 }
 
-/// Writes block after block until no cursor has a sample. The next block is read meanwhile.
+/// Writes block after block until no cursor has a sample. The next ones are read meanwhile.
 ExportResult CsvExportFromDBThread::writeParts(Cursors& cursors, CsvParts& parts)
 {
     CsvRows rows(m_separator);
-    SampleBlock block = readBlock(cursors);
+    BlockReader reader(cursors, static_cast<std::size_t>(m_rowsPerBlock));
+    SampleBlock block;
     while (!m_stopRequested) {
-        if (anyOf(cursors, &CurveCursor::hasFailed))
+        if (!reader.take(block))
             return ExportDbError;
         if (block.rows() == 0) {
             parts.write(rows.text());
             qDebug() << "[导出线程] 所有曲线数据导出完成";
             return ExportSuccess;
         }
-        std::future<SampleBlock> next =
-            std::async(std::launch::async, [this, &cursors] { return readBlock(cursors); });
         const ExportResult result = writeBlock(block, rows, parts);
         if (result != ExportSuccess)
             return result;
-        block = next.get();
     }
     qDebug() << "[导出线程] 收到停止信号，终止导出";
     return ExportCancelled;
-}
-
-SampleBlock CsvExportFromDBThread::readBlock(Cursors& cursors) const
-{
-    SampleBlock block;
-    block.columns.resize(cursors.size());
-    const auto limit = static_cast<std::size_t>(m_rowsPerBlock);
-    auto column = block.columns.begin();
-    for (const auto& cursor : cursors) {
-        column->reserve(limit + 1);
-        cursor->read(*column, limit);
-        ++column;
-    }
-    return block;
 }
 
 /// Writes the rows of a block, as far as no stop is requested.

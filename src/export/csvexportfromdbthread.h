@@ -1,7 +1,7 @@
 #pragma once
 
 #include "export/exportresult.h"
-#include "export/samplecolumn.h"
+#include "storage/samplecolumn.h"
 
 #include <QList>
 #include <QMap>
@@ -24,7 +24,7 @@ struct SampleBlock;
 /// memory. The n-th row holds the n-th sample of each curve: rows are aligned by position, not by
 /// time. The columns stand in the order of the curve ids.
 ///
-/// While one block of rows is written, the next is read. An export that does not succeed leaves no
+/// While one block of rows is written, the next ones are read. An export that does not succeed leaves no
 /// file behind.
 class CsvExportFromDBThread : public QThread
 {
@@ -79,7 +79,6 @@ private:
     ExportResult writeParts(Cursors& cursors, CsvParts& parts);
     ExportResult writeBlock(const SampleBlock& block, CsvRows& rows, CsvParts& parts);
     ExportResult countRow(CsvRows& rows, CsvParts& parts);
-    SampleBlock readBlock(Cursors& cursors) const;
 
     CurveDataDB* m_store;
     QList<int> m_curveIds;

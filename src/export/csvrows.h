@@ -1,6 +1,6 @@
 #pragma once
 
-#include "export/samplecolumn.h"
+#include "storage/samplecolumn.h"
 
 #include <QByteArray>
 #include <QString>

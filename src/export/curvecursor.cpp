@@ -14,11 +14,6 @@
 
 namespace {
 
-Sample sampleOf(const QSqlQuery& row)
-{
-    return {row.value(0).toLongLong(), row.value(1).toDouble()};
-}
-
 /// The first run of eight digits in a table's name is the date of its batch.
 QDate dateInName(const QString& table)
 {
@@ -72,8 +67,7 @@ void CurveCursor::readTable(SampleColumn& column, std::size_t limit)
         return;
     }
     const auto wanted = static_cast<int>(limit - column.size()) + 1;
-    const auto taken = [&column](const QSqlQuery& row) { column.push_back(sampleOf(row)); };
-    if (m_query->fetchRows(wanted, taken) == wanted) {
+    if (m_query->fetchSamples(wanted, column) == wanted) {
         m_current = column.back();
         column.pop_back();
     } else if (!m_query->isUsable() || !m_query->errorText().isEmpty()) {
@@ -183,9 +177,11 @@ bool CurveCursor::startQuery(const BatchTable& table)
 
 bool CurveCursor::takeFirstRow(const BatchTable& table)
 {
-    const auto taken = [this](const QSqlQuery& row) { m_current = sampleOf(row); };
-    if (m_query->fetchRows(1, taken) == 1)
+    SampleColumn first;
+    if (m_query->fetchSamples(1, first) == 1) {
+        m_current = first.front();
         return true;
+    }
     if (!m_query->isUsable() || !m_query->errorText().isEmpty())
         return fail();
     qWarning() << "[初始化查询] 分片表" << table.name << "无匹配数据（时间范围/曲线ID过滤后为空）";

@@ -1,9 +1,9 @@
 #pragma once
 
 #include "export/batchtables.h"
-#include "export/samplecolumn.h"
 #include "storage/fileidentity.h"
 #include "storage/lockedquery.h"
+#include "storage/samplecolumn.h"
 
 #include <QSharedPointer>
 #include <QSqlDatabase>

@@ -5,8 +5,19 @@
 #include <QSqlDatabase>
 #include <QSqlDriver>
 #include <QSqlError>
+#include <QSqlResult>
+
+#include <sqlite3.h>
 
 namespace {
+
+/// SQLite's own statement behind an executed query; null once its connection was closed.
+sqlite3_stmt* statementOf(const QSqlQuery& query)
+{
+    const QVariant handle = query.result() ? query.result()->handle() : QVariant();
+    const bool known = qstrcmp(handle.typeName(), "sqlite3_stmt*") == 0;
+    return known ? *static_cast<sqlite3_stmt* const*>(handle.constData()) : nullptr;
+}
 
 QSqlQuery makeQuery(const QSqlDatabase& database, const std::shared_ptr<ConnectionMutex>& mutex)
 {
@@ -50,6 +61,7 @@ bool LockedQuery::exec()
     const ConnectionLocker locker(m_mutex);
     if (!preparedUnlocked())
         return fail(QStringLiteral("nothing prepared on an open database"));
+    m_samplesEnded = false;
     if (!m_query.exec())
         return failWithQueryError();
     return true;
@@ -160,6 +172,36 @@ bool LockedQuery::nextRow()
     if (m_query.lastError().isValid())
         failWithQueryError();
     return false;
+}
+
+int LockedQuery::fetchSamples(int limit, SampleColumn& samples)
+{
+    const ConnectionLocker locker(m_mutex);
+    if (!driverOpen())
+        return 0;
+    int count = 0;
+    if (limit > 0 && m_query.at() == QSql::BeforeFirstRow) { // Qt has stepped to the first row
+        if (!nextRow())
+            return 0;
+        samples.push_back({m_query.value(0).toLongLong(), m_query.value(1).toDouble()});
+        count = 1;
+    }
+    sqlite3_stmt* const statement = statementOf(m_query);
+    while (count < limit && !m_samplesEnded) {
+        const int result = statement ? sqlite3_step(statement) : SQLITE_MISUSE;
+        if (result == SQLITE_ROW) {
+            samples.push_back(
+                {sqlite3_column_int64(statement, 0), sqlite3_column_double(statement, 1)});
+            ++count;
+            continue;
+        }
+        m_samplesEnded = true;
+        if (result != SQLITE_DONE) {
+            fail(QString::fromUtf8(sqlite3_errstr(result)));
+            m_errorCode = result & kPrimaryCodeMask;
+        }
+    }
+    return count;
 }
 
 bool LockedQuery::fail(const QString& text)

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "storage/connectionlock.h"
+#include "storage/samplecolumn.h"
 
 #include <QSqlQuery>
 #include <QString>
@@ -83,6 +84,12 @@ public:
         return count;
     }
 
+    /// Appends up to `limit` rows of two columns, a time and a value, under one hold of the
+    /// connection's lock. Gives their number; fewer than the limit: no more came. No other fetch
+    /// may follow the first call. It steps SQLite's own statement, in half the time of next(): Qt
+    /// copies each row twice.
+    int fetchSamples(int limit, SampleColumn& samples);
+
 protected:
     const std::shared_ptr<ConnectionMutex>& mutex() const { return m_mutex; }
 
@@ -106,6 +113,7 @@ private:
     std::shared_ptr<ConnectionMutex> m_mutex;
     QSqlQuery m_query;
     bool m_prepared = false;
+    bool m_samplesEnded = false; ///< A further step would begin anew.
     QString m_errorText;
     int m_errorCode = 0;
 };

@@ -1,0 +1,52 @@
+#pragma once
+
+#include "export/csvrows.h"
+#include "export/curvecursor.h"
+
+#include <QtGlobal>
+
+#include <condition_variable>
+#include <cstddef>
+#include <deque>
+#include <memory>
+#include <mutex>
+#include <thread>
+#include <vector>
+
+/// Reads the samples of some cursors on a thread of its own, a few blocks ahead of who takes them.
+/// While it lives nobody else touches the cursors.
+class BlockReader
+{
+public:
+    using Cursors = std::vector<std::unique_ptr<CurveCursor>>;
+
+    /// @param rowsPerBlock samples of each curve in a block, but for the last one
+    BlockReader(Cursors& cursors, std::size_t rowsPerBlock);
+
+    /// Ends with the block that is being read.
+    ~BlockReader();
+    Q_DISABLE_COPY_MOVE(BlockReader)
+
+    /// Makes the next block the caller's, in exchange for the memory of an old one; waits for it.
+    /// A block without rows: there are no more. False if reading has failed.
+    bool take(SampleBlock& block);
+
+private:
+    struct ReadBlock
+    {
+        SampleBlock samples;
+        bool failed = false;
+    };
+
+    void run();
+    void readInto(ReadBlock& block);
+
+    Cursors& m_cursors;
+    std::size_t m_rowsPerBlock;
+    std::mutex m_mutex;
+    std::condition_variable m_changed;
+    std::deque<ReadBlock> m_ready;
+    std::vector<SampleBlock> m_spare;
+    bool m_stopped = false;
+    std::thread m_thread; ///< Last: it starts when all else is there.
+};
