@@ -1,6 +1,7 @@
 #include "widgets/custommessagedialog.h"
 
 #include "common/threadassert.h"
+#include "widgets/pathlabel.h"
 
 #include <QCoreApplication>
 #include <QHBoxLayout>
@@ -31,6 +32,9 @@ constexpr std::array<MessageKind, 3> kMessageKinds = {{
 constexpr int kIconSize = 24;
 constexpr int kCloseButtonSize = 22;
 constexpr int kSmallestHeight = 44;
+/// A list of files must not leave the screen.
+constexpr int kTextLines = 8;
+constexpr int kTextWidth = 560;
 
 /// From this time on, in ms, an error of some per cent in hiding the box does not matter.
 constexpr int kCoarseFromMs = 2000;
@@ -56,7 +60,7 @@ CustomMessageDialog* CustomMessageDialog::instance(QWidget* parent)
 CustomMessageDialog::CustomMessageDialog(QWidget* parent)
     : QDialog(parent, Qt::Dialog | Qt::FramelessWindowHint | Qt::WindowStaysOnTopHint)
     , m_iconLabel(new QLabel(this))
-    , m_textLabel(new QLabel(this))
+    , m_textLabel(new PathLabel(kTextLines, kTextWidth, this))
     , m_hideTimer(new QTimer(this))
 {
     setModal(false);

@@ -5,7 +5,8 @@
 class QLabel;
 class QTimer;
 
-/// The program's one message box: one line that does not stop work and closes itself.
+/// The program's one message box: one line that does not stop work and closes itself. A text that is
+/// too long for a line, such as the paths of files, is wrapped, and cut in its middle if need be.
 /// A new message takes the place of the one on show.
 class CustomMessageDialog : public QDialog
 {

@@ -1,0 +1,115 @@
+#include "widgets/pathlabel.h"
+
+#include <QHelpEvent>
+#include <QTest>
+#include <QToolTip>
+
+namespace {
+
+const QString kLong = QString(QStringLiteral("/a-folder-with-a-name")).repeated(20);
+
+/// Rows of the picture that hold any of the text.
+int inkedRows(PathLabel& label)
+{
+    const QImage picture = label.grab().toImage();
+    const QRgb ground = picture.pixel(picture.width() - 1, 0);
+    int rows = 0;
+    for (int y = 0; y < picture.height(); ++y) {
+        bool hasInk = false;
+        for (int x = 0; x < picture.width(); ++x)
+            hasInk = hasInk || picture.pixel(x, y) != ground;
+        rows += hasInk ? 1 : 0;
+    }
+    return rows;
+}
+
+} // namespace
+
+/// Labels of paths, which have any length.
+class TestPathLabel : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void shortTextTakesItsOwnSize();
+    void oneLineLabelGivesWay();
+    void longTextIsWrapped();
+    void veryLongTextKeepsItsLines();
+    void endsOfTheTextAreShown();
+    void markUpIsShownAsItIs();
+    void toolTipHasTheWholeText();
+};
+
+void TestPathLabel::shortTextTakesItsOwnSize()
+{
+    PathLabel label(8, 400);
+    label.setText(QStringLiteral("/a/b"));
+    QVERIFY(label.sizeHint().width() >= label.fontMetrics().horizontalAdvance(label.text()));
+    QVERIFY(label.sizeHint().width() < 100);
+    QCOMPARE(label.sizeHint().height(), label.fontMetrics().height());
+}
+
+void TestPathLabel::oneLineLabelGivesWay()
+{
+    PathLabel label(1, 300);
+    label.setText(kLong);
+    QCOMPARE(label.text(), kLong);
+    QCOMPARE(label.sizeHint().width(), 300);
+    QCOMPARE(label.minimumSizeHint().width(), 0);
+    label.resize(200, 60);
+    QVERIFY(inkedRows(label) <= label.fontMetrics().height());
+}
+
+void TestPathLabel::longTextIsWrapped()
+{
+    PathLabel label(8, 400);
+    label.setText(kLong.left(100));
+    QCOMPARE(label.sizeHint().width(), 400);
+    const int lines = label.fontMetrics().horizontalAdvance(label.text()) / 400 + 1;
+    QVERIFY(lines > 1);
+    QVERIFY(label.sizeHint().height() >= lines * label.fontMetrics().lineSpacing());
+    QCOMPARE(label.minimumSizeHint(), label.sizeHint());
+    label.resize(label.sizeHint());
+    QVERIFY(inkedRows(label) > label.fontMetrics().height());
+}
+
+void TestPathLabel::veryLongTextKeepsItsLines()
+{
+    PathLabel label(3, 400);
+    label.setText(kLong.repeated(20));
+    QVERIFY(label.sizeHint().height() < 4 * label.fontMetrics().lineSpacing());
+}
+
+void TestPathLabel::endsOfTheTextAreShown()
+{
+    PathLabel label(1, 300);
+    label.resize(200, 30);
+    const auto pictureOf = [&label](const QString& text) {
+        label.setText(text);
+        return label.grab().toImage();
+    };
+    const QImage picture = pictureOf(kLong);
+    QVERIFY(picture != pictureOf(QStringLiteral("XX") + kLong));
+    QVERIFY(picture != pictureOf(kLong + QStringLiteral("XX")));
+}
+
+void TestPathLabel::markUpIsShownAsItIs()
+{
+    PathLabel label(1, 300);
+    label.resize(200, 30);
+    label.setText(QStringLiteral("<i></i>"));
+    QVERIFY(inkedRows(label) > 0);
+}
+
+void TestPathLabel::toolTipHasTheWholeText()
+{
+    PathLabel label(1, 300);
+    label.setText(QStringLiteral("/a&b/<c>"));
+    label.show();
+    QHelpEvent event(QEvent::ToolTip, QPoint(1, 1), label.mapToGlobal(QPoint(1, 1)));
+    QCoreApplication::sendEvent(&label, &event);
+    QCOMPARE(QToolTip::text(), QStringLiteral("<p>/a&amp;b/&lt;c&gt;</p>"));
+}
+
+QTEST_MAIN(TestPathLabel)
+#include "test_pathlabel.moc"
