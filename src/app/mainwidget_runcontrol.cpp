@@ -203,6 +203,9 @@ void MainWidget::recvElapsedTimeSlot()
 void MainWidget::recvLockScreenSlot()
 {
     assertGuiThread();
+    // The bar can be held when the scan has ended by itself; the end of that scan stays.
+    if (!g_scanRunning)
+        return;
     stopElapsedTimer();
     g_scanRunning = false;
     ask(QStringLiteral("ABOR"));

@@ -149,6 +149,7 @@ private slots:
     void everyEndStopsTheTimer();
     void unlockingEndsTheScan();
     void heldBarEndsTheScan();
+    void heldBarAfterTheScanChangesNothing();
 
     void lostInstrumentShowsTheRecovery();
     void recoveryEndsTheScanTheUsualWay();
@@ -418,6 +419,28 @@ void TestRunControl::heldBarEndsTheScan()
     QTRY_VERIFY(!g_scanRunning);
     QCOMPARE(bench.takeLines(), texts({"ABOR"}));
     QVERIFY(veil->isHidden());
+}
+
+void TestRunControl::heldBarAfterTheScanChangesNothing()
+{
+    Scan bench;
+    bench.run();
+    QEvent enter(QEvent::Enter);
+    QCoreApplication::sendEvent(bench.tree(), &enter);
+    auto* veil = bench.tree()->findChild<LockableDataCollectionView*>();
+    QVERIFY(veil && veil->isVisible());
+    // The end by the instrument leaves the lock on.
+    g_scanRunning = false;
+    bench.call("recvStopScan");
+    const QString end = QStringLiteral("2024 01 02 03 04 05");
+    g_scanEndText = end;
+    bench.takeLines();
+    veil->globalUnlock();
+    QTRY_VERIFY(!veil->isVisible());
+    QVERIFY(!veil->isLocked());
+    QCOMPARE(bench.takeLines(), QStringList());
+    QCOMPARE(g_scanEndText, end);
+    QVERIFY(bench.isIdle());
 }
 
 void TestRunControl::lostInstrumentShowsTheRecovery()
