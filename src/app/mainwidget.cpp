@@ -6,6 +6,7 @@
 #include "app/inputreaderthread.h"
 #include "channels/commfunc.h"
 #include "common/threadassert.h"
+#include "export/csvexportfromdbthread.h"
 #include "overlay/loadingview.h"
 #include "overlay/windowlockmanager.h"
 #include "plot/graphicsettingwidget.h"
@@ -85,6 +86,8 @@ MainWidget::MainWidget(QWidget* parent)
 
 MainWidget::~MainWidget()
 {
+    if (m_exportThread)
+        m_exportThread->requestStop();
     m_gate->close();
     if (m_readData) {
         m_readData->stop();
@@ -97,6 +100,8 @@ MainWidget::~MainWidget()
         m_inputReader->stop();
         endThread(m_inputReader);
     }
+    if (m_exportThread)
+        endThread(m_exportThread);
 }
 
 /// The part of the construction that needs an instrument; run later when there was none at start.
@@ -195,6 +200,7 @@ void MainWidget::makeConnections()
 {
     connect(m_channelTree, &QTreeWidget::itemChanged, this, &MainWidget::onItemChanged);
     connect(m_startButton, &ImageButton::clicked, this, &MainWidget::recvStartButtonSlot);
+    connect(m_exportButton, &ImageButton::clicked, this, &MainWidget::recvExportButtonSlot);
     connect(m_lockManager, &WindowLockManager::unlocked, this, &MainWidget::recvLockScreenSlot);
     connect(m_usbLogCheck, &QCheckBox::toggled, this, &MainWidget::recvUsbSlot);
     for (QRadioButton* radio : {m_startNowRadio, m_startAtTimeRadio, m_startOnAlarmRadio})

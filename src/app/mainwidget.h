@@ -1,16 +1,21 @@
 #pragma once
 
 #include "app/channelrow.h"
+#include "export/exportresult.h"
 
 #include <QMap>
 #include <QString>
+#include <QStringList>
 #include <QWidget>
 
 #include <memory>
 
 class AdvancedSetting;
 class CommFunc;
+class CsvExportFromDBThread;
 class CurveDataDB;
+class CustomComboBox;
+class CustomDialog;
 class CustomLineEdit;
 class CustomMessageDialog;
 class GraphicSettingWidget;
@@ -23,6 +28,7 @@ class QComboBox;
 class QGroupBox;
 class QHBoxLayout;
 class QLabel;
+class QLineEdit;
 class QPushButton;
 class QRadioButton;
 class QScrollArea;
@@ -45,7 +51,7 @@ class WindowLockManager;
 /// mainwidget.cpp (composition, wiring, launcher channel), mainwidget_discovery.cpp (finding the
 /// instrument, reading it back), mainwidget_channeltable.cpp (the table and its check marks),
 /// mainwidget_channelrow.cpp (editing a channel), mainwidget_loggingpage.cpp,
-/// mainwidget_runcontrol.cpp.
+/// mainwidget_runcontrol.cpp, mainwidget_export.cpp.
 class MainWidget : public QWidget
 {
     Q_OBJECT
@@ -56,8 +62,8 @@ public:
     /// that takes.
     explicit MainWidget(QWidget* parent);
 
-    /// Stops the two threads, waiting up to 5000 ms for each before it ends it by force. Sends
-    /// nothing: a running scan goes on in the instrument.
+    /// Stops its threads, waiting up to 5000 ms for each before it ends it by force. Sends nothing: a
+    /// running scan goes on in the instrument. An export that runs leaves no file.
     ~MainWidget() override;
 
 public slots:
@@ -108,6 +114,11 @@ private slots:
     void recvLockScreenSlot();
     void recvUseInstSlot();
     void recvLoadBtnSlot();
+
+    // Export
+    void recvExportButtonSlot();
+    void recvBrowseButtonSlot();
+    void recvExportFileButtonSlot();
 
 private:
     // Composition
@@ -182,6 +193,10 @@ private:
     void showReconnectView();
     static void reconnect(const std::shared_ptr<GuiGate>& gate, MainWidget* window);
 
+    // Export
+    void buildExportDialog();
+    void showExportOutcome(ExportResult result, const QStringList& files);
+
     std::shared_ptr<GuiGate> m_gate;
 
     CommFunc* m_commFunc = nullptr;
@@ -231,6 +246,14 @@ private:
     TimePicker* m_stopElapsedPicker = nullptr;
     QRadioButton* m_stopCountRadio = nullptr;
     QSpinBox* m_stopCountBox = nullptr;
+
+    // Export
+    CustomDialog* m_exportDialog = nullptr;
+    CustomComboBox* m_separatorBox = nullptr;
+    QLabel* m_exportDirectoryLabel = nullptr;
+    QLineEdit* m_exportNameEdit = nullptr;
+    LoadingView* m_exportView = nullptr;
+    CsvExportFromDBThread* m_exportThread = nullptr; ///< the export that runs
 
     // Channel table
     QMap<int, QTreeWidgetItem*> slotItems;    ///< slot to the module's item

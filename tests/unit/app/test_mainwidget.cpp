@@ -358,6 +358,9 @@ void TestMainWidget::slotsAreTheseAndPrivateButTwo_data()
                                   "recvUseInstSlot()",
                                   "recvLoadBtnSlot()",
                                   "recvElapsedTimeSlot()",
+                                  "recvExportButtonSlot()",
+                                  "recvBrowseButtonSlot()",
+                                  "recvExportFileButtonSlot()",
                                   "recvLockScreenSlot()",
                                   "recvAdvancedSettingChanged(int)"})
         QTest::newRow(signature) << QByteArray(signature) << false;
