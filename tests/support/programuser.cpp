@@ -10,6 +10,12 @@ constexpr int kCheckBoxX = 356;
 constexpr int kFirstRowY = 129;
 constexpr int kRowHeight = 33;
 const QPoint kStartButton(46, 880);
+const QPoint kExportButton(1455, 880);
+/// In the dialog, which stands in the middle of the window: a point of its ground, and the button
+/// that writes the file.
+const QPoint kExportDialog(530, 600);
+const QColor kExportDialogColour(0x44, 0x44, 0x44);
+const QPoint kExportToFile(840, 585);
 /// A point of the recovery button left of its text, and its colour when the pointer is elsewhere.
 const QPoint kRecoveryButton(730, 463);
 const QColor kRecoveryColour(0x33, 0x33, 0x33);
@@ -80,6 +86,20 @@ bool ProgramUser::startScan(const SimulatedInstrument& instrument) const
         return instrument.received().filter(QStringLiteral("R? ")).size() >= 3;
     };
     return QTest::qWaitFor(readingsCome, kWaitMs);
+}
+
+bool ProgramUser::openExportDialog() const
+{
+    m_display.click(kExportButton.x(), kExportButton.y());
+    const auto dialogIsThere = [this] {
+        return m_display.colorAt(kExportDialog.x(), kExportDialog.y()) == kExportDialogColour;
+    };
+    return QTest::qWaitFor(dialogIsThere, kWaitMs);
+}
+
+void ProgramUser::clickExportToFile() const
+{
+    m_display.click(kExportToFile.x(), kExportToFile.y());
 }
 
 bool ProgramUser::seesRecoveryButton() const

@@ -34,6 +34,11 @@ public:
     /// Ticks the first four channels and starts; true when readings are being fetched.
     bool startScan(const SimulatedInstrument& instrument) const;
 
+    /// Clicks the button that opens the export dialog; true when the dialog is there.
+    bool openExportDialog() const;
+    /// Clicks the dialog's button that writes the file.
+    void clickExportToFile() const;
+
     /// Whether the overlay of a lost instrument is there with its button.
     bool seesRecoveryButton() const;
     void clickRecovery() const;

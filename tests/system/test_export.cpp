@@ -1,0 +1,158 @@
+#include "support/programprocess.h"
+#include "support/programuser.h"
+#include "support/readings.h"
+#include "support/simulatedinstrument.h"
+#include "support/virtualdisplay.h"
+
+#include <QDateTime>
+#include <QDir>
+#include <QFile>
+#include <QTest>
+
+namespace {
+
+constexpr int kEndWaitMs = 20000;
+const QString kSerial = QStringLiteral("EXP/0001");
+const QString kExportName = QStringLiteral("EXP_0001_Trace_1_*.csv");
+
+/// The lines of a file that begins with a byte order mark; none without it.
+QStringList linesOf(const QString& path)
+{
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly))
+        return {};
+    const QByteArray bytes = file.readAll();
+    if (!bytes.startsWith("\xEF\xBB\xBF") || !bytes.endsWith('\n'))
+        return {};
+    return QString::fromUtf8(bytes.mid(3).chopped(1)).split(QLatin1Char('\n'));
+}
+
+/// The moment behind the comma of a header line with this label; ms since the epoch.
+qint64 momentIn(const QString& line, const QString& label)
+{
+    if (line.section(QLatin1Char(','), 0, 0) != label)
+        return -1;
+    return QDateTime::fromString(line.section(QLatin1Char(','), 1),
+                                 QStringLiteral("yyyy MM dd hh mm ss"))
+        .toMSecsSinceEpoch();
+}
+
+/// The lines below the titles, as the readings between two moments make them.
+QStringList expectedRows(const Readings& sent, qint64 start, qint64 end)
+{
+    QVector<QVector<QPair<qint64, double>>> columns;
+    int count = 0;
+    for (const auto& channel : sent) {
+        QVector<QPair<qint64, double>> column;
+        for (const auto& reading : channel) {
+            if (reading.first >= start && reading.first <= end)
+                column.append(reading);
+        }
+        count = qMax(count, column.size());
+        columns.append(column);
+    }
+    QStringList rows;
+    for (int row = 0; row < count; ++row) {
+        QStringList cells{QString::number(row + 1), QString()};
+        if (row < columns.constFirst().size())
+            cells[1] = QDateTime::fromMSecsSinceEpoch(columns.constFirst().at(row).first)
+                           .toString(QStringLiteral("yyyy-MM-dd hh:mm:ss"));
+        for (const auto& column : columns)
+            cells.append(row < column.size() ? QString::asprintf("%.15E", column.at(row).second)
+                                             : QString());
+        rows.append(cells.join(QLatin1Char(',')));
+    }
+    return rows;
+}
+
+} // namespace
+
+/// A scan and its export with real clicks, and the file that the user takes away.
+class TestExport : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void initTestCase();
+    void fileHoldsWhatTheInstrumentSent();
+    void exitWithTheDialogOpenLeavesNothing();
+
+private:
+    static QStringList arguments();
+
+    VirtualDisplay m_display;
+};
+
+void TestExport::initTestCase()
+{
+    QVERIFY2(!m_display.name().isEmpty(), "Xvfb did not start");
+}
+
+QStringList TestExport::arguments()
+{
+    return {QStringLiteral("--slots"), QStringLiteral("1:15"),
+            QStringLiteral("--rate"),  QStringLiteral("40"),
+            QStringLiteral("--idn"),   QStringLiteral("SCN,SCN4070A,%1,1").arg(kSerial)};
+}
+
+void TestExport::fileHoldsWhatTheInstrumentSent()
+{
+    const SimulatedInstrument instrument(SimulatedInstrument::Transport::Tcp, arguments());
+    ProgramProcess program(m_display.name());
+    ProgramUser user(m_display, program);
+    QVERIFY(user.bringUp(instrument));
+    QVERIFY(user.startScan(instrument));
+    user.clickStart();
+    QTRY_VERIFY_WITH_TIMEOUT(instrument.received().contains(QStringLiteral("ABOR")), kEndWaitMs);
+    // The drain: a pass that finds no readings and the instrument idle.
+    QTRY_VERIFY_WITH_TIMEOUT(instrument.sent().count(QStringLiteral("+256")) >= 2, kEndWaitMs);
+    QVERIFY(ProgramUser::waitForPolls(instrument, 1));
+
+    QVERIFY(user.openExportDialog());
+    user.clickExportToFile();
+    const QDir directory(program.directory());
+    QTRY_COMPARE_WITH_TIMEOUT(directory.entryList({kExportName}).size(), 1, kEndWaitMs);
+    const QString path = directory.filePath(directory.entryList({kExportName}).constFirst());
+    // Written to its end: the last row is there and whole.
+    const Readings sent = readingsInReplies(instrument.sent());
+    QCOMPARE(sent.keys(), (QList<int>{101, 102, 103, 104}));
+    QTRY_VERIFY_WITH_TIMEOUT(linesOf(path).size() > 5, kEndWaitMs);
+    const qint64 start = momentIn(linesOf(path).at(3), QStringLiteral("开始时间"));
+    const qint64 end = momentIn(linesOf(path).at(4), QStringLiteral("结束时间"));
+    QVERIFY(start > 0 && end > start);
+    const QStringList expected = expectedRows(sent, start, end);
+    QVERIFY(!expected.isEmpty());
+    QTRY_COMPARE_WITH_TIMEOUT(linesOf(path).size(), 6 + expected.size(), kEndWaitMs);
+
+    const QStringList lines = linesOf(path);
+    QCOMPARE(lines.at(0), QStringLiteral("地址,") + instrument.resource());
+    QCOMPARE(lines.at(1), QStringLiteral("型号,SCN4070A"));
+    QCOMPARE(lines.at(2), QStringLiteral("序列号：,") + kSerial);
+    QStringList titles{QStringLiteral("编号"), QStringLiteral("时间")};
+    for (const int channel : sent.keys())
+        titles.append(QStringLiteral("%1(Vdc)").arg(channel));
+    QCOMPARE(lines.at(5), titles.join(QLatin1Char(',')) + QLatin1Char(','));
+    QCOMPARE(lines.mid(6), expected);
+
+    program.write("exit\n");
+    QVERIFY(program.waitForEnd(kEndWaitMs));
+    QVERIFY2(!program.crashed(), qPrintable(program.log()));
+    QCOMPARE(linesOf(path), lines);
+}
+
+void TestExport::exitWithTheDialogOpenLeavesNothing()
+{
+    const SimulatedInstrument instrument(SimulatedInstrument::Transport::Tcp, arguments());
+    ProgramProcess program(m_display.name());
+    ProgramUser user(m_display, program);
+    QVERIFY(user.bringUp(instrument));
+    QVERIFY(user.openExportDialog());
+    program.write("exit\n");
+    QVERIFY(program.waitForEnd(kEndWaitMs));
+    QVERIFY2(!program.crashed(), qPrintable(program.log()));
+    QCOMPARE(program.exitCode(), 0);
+    QCOMPARE(QDir(program.directory()).entryList({QStringLiteral("*.csv")}), QStringList());
+}
+
+QTEST_GUILESS_MAIN(TestExport)
+#include "test_export.moc"
