@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # demo.sh BIN_DIR OUTPUT_DIR: a short scan on the simulated instrument under a virtual display, with
-# real clicks. Leaves a picture of the window, the day file, and the transcript of the wire.
+# real clicks, and its export. Leaves a picture of the window, the CSV file, the day file, and the
+# transcript of the wire.
 set -eu
 bin=$(cd "$1" && pwd)
 mkdir -p "$2"
@@ -80,6 +81,16 @@ click 46 880
 wait_for 20 "the end of the scan" received 'ABOR'
 sleep 3
 
+echo "exporting the readings to a CSV file"
+rm -f "$bin"/*_Trace_1_*.csv
+click 1455 880  # the export button
+click 840 585   # in its dialog: to the file
+# Its readings follow six lines that tell what they are.
+wait_for 20 "the CSV file" sh -c "[ \$(cat '$bin'/*_Trace_1_*.csv | wc -l) -gt 6 ]"
+sleep 1
+mv "$bin"/*_Trace_1_*.csv "$out"
+csv_file=$(ls "$out"/*.csv)
+
 # The end of the launcher ends the program, which closes its day file.
 kill "$launcher"
 wait "$launcher" 2>/dev/null || true
@@ -89,5 +100,6 @@ cp "$day_file" "$out"
 
 echo
 echo "screenshot:  $out/screenshot.png"
+echo "CSV file:    $csv_file ($(($(wc -l <"$csv_file") - 6)) rows)"
 echo "day file:    $out/$(basename "$day_file")"
 echo "transcript:  $out/transcript.txt ($(grep -c ' > R? ' "$out/transcript.txt") fetches)"
