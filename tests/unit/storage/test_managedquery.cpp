@@ -8,13 +8,19 @@
 #include <QTemporaryDir>
 #include <QtTest>
 
+#include <sqlite3.h>
+
 #include <atomic>
+#include <cstddef>
 #include <thread>
 #include <vector>
 
 namespace {
 
 const QString kConnection = QStringLiteral("test_connection");
+const QString kThreeSamples =
+    QStringLiteral("SELECT 1768000000001, 0.5 UNION ALL SELECT 1768000000002, 9.0 UNION ALL "
+                   "SELECT 1768000000003, -2.5");
 const QString kThreeRows = QStringLiteral("SELECT 1 UNION ALL SELECT 2 UNION ALL SELECT 3");
 
 } // namespace
@@ -38,6 +44,12 @@ private slots:
     void outlivesItsConnection();
     void columnsAreInsertedAsRows();
     void fetchesInBlocks();
+    void samplesComeInBlocks();
+    void samplesOfAnEmptyResultAreNone();
+    void samplesOfAClosedConnectionAreNotTheEndOfTheRows();
+    void samplesThatFailAreTold();
+    void lockedQueryIsNotRegistered();
+    void driverUsesTheLibraryLinked();
     void finishQueriesLeavesOtherConnectionsAlone();
     void lockOfAConnectionIsOne();
     void lockIsRecursiveAndExcludesOthers();
@@ -198,6 +210,88 @@ void TestManagedQuery::fetchesInBlocks()
     QCOMPARE(query.fetchRows(2, collect), 1);
     QCOMPARE(query.fetchRows(2, collect), 0);
     QCOMPARE(seen, (QVector<int>{1, 2, 3}));
+}
+
+void TestManagedQuery::samplesComeInBlocks()
+{
+    LockedQuery query(m_database);
+    query.setForwardOnly(true);
+    QVERIFY(query.prepare(kThreeSamples));
+    for (int run = 0; run < 2; ++run) {
+        QVERIFY(query.exec());
+        SampleColumn samples;
+        QCOMPARE(query.fetchSamples(0, samples), 0);
+        QCOMPARE(query.fetchSamples(2, samples), 2);
+        QCOMPARE(query.fetchSamples(2, samples), 1);
+        QCOMPARE(query.fetchSamples(2, samples), 0); // and does not begin anew
+        QVERIFY(query.isUsable());
+        QVERIFY(query.errorText().isEmpty());
+        QCOMPARE(samples.size(), std::size_t(3));
+        QCOMPARE(samples[0].timestamp, Q_INT64_C(1768000000001));
+        QCOMPARE(samples[2].timestamp, Q_INT64_C(1768000000003));
+        QCOMPARE(samples[0].value, 0.5);
+        QCOMPARE(samples[2].value, -2.5);
+    }
+}
+
+void TestManagedQuery::samplesOfAnEmptyResultAreNone()
+{
+    LockedQuery query(m_database);
+    query.setForwardOnly(true);
+    QVERIFY(query.prepare(QStringLiteral("SELECT id, v FROM t")));
+    QVERIFY(query.exec());
+    SampleColumn samples;
+    QCOMPARE(query.fetchSamples(5, samples), 0);
+    QCOMPARE(query.fetchSamples(5, samples), 0);
+    QVERIFY(query.isUsable());
+    QVERIFY(query.errorText().isEmpty());
+}
+
+void TestManagedQuery::samplesOfAClosedConnectionAreNotTheEndOfTheRows()
+{
+    LockedQuery query(m_database);
+    query.setForwardOnly(true);
+    QVERIFY(query.prepare(kThreeSamples));
+    QVERIFY(query.exec());
+    SampleColumn samples;
+    QCOMPARE(query.fetchSamples(1, samples), 1);
+    m_database.close();
+    QCOMPARE(query.fetchSamples(1, samples), 0);
+    QVERIFY(!query.isUsable());
+    QVERIFY(m_database.open()); // the statement does not come back with it
+    QCOMPARE(query.fetchSamples(1, samples), 0);
+    QVERIFY(!query.errorText().isEmpty());
+}
+
+void TestManagedQuery::samplesThatFailAreTold()
+{
+    ManagedQuery filler(m_database);
+    QVERIFY(
+        filler.exec(QStringLiteral("INSERT INTO t WITH RECURSIVE c(i) AS (SELECT 1 UNION ALL "
+                                   "SELECT i + 1 FROM c WHERE i < 100000) SELECT i, i FROM c")));
+    LockedQuery query(m_database);
+    query.setForwardOnly(true);
+    QVERIFY(query.prepare(QStringLiteral("SELECT id, v FROM t")));
+    QVERIFY(query.exec());
+    SampleColumn samples;
+    QCOMPARE(query.fetchSamples(1, samples), 1);
+    const InterruptedConnection interrupted(m_database);
+    QVERIFY(query.fetchSamples(200000, samples) < 100000);
+    QCOMPARE(query.errorText(), QStringLiteral("interrupted"));
+}
+
+void TestManagedQuery::lockedQueryIsNotRegistered()
+{
+    const LockedQuery query(m_database);
+    QCOMPARE(QueryManager::instance().queryCount(kConnection), 0);
+}
+
+void TestManagedQuery::driverUsesTheLibraryLinked()
+{
+    ManagedQuery query(m_database);
+    QVERIFY(query.exec(QStringLiteral("SELECT sqlite_source_id()")));
+    QVERIFY(query.next());
+    QCOMPARE(query.value(0).toString(), QString::fromLatin1(sqlite3_sourceid()));
 }
 
 void TestManagedQuery::finishQueriesLeavesOtherConnectionsAlone()
