@@ -51,6 +51,25 @@ constexpr qint64 kWatchedMs = 8000;
     std::exit(1);
 }
 
+/// One batch of a curve: `rows` samples from `start` on, all in one statement.
+void fillBatch(RawStore& file, int curve, qint64 start, int rows, qint64 stepMs)
+{
+    const qint64 batch = alignToBatchStart(start);
+    const QString table = rawTableName(curve, batch);
+    file.createBatchTable(curve, batch, table);
+    sqlite3_stmt* const insert =
+        file.prepare("INSERT INTO " + table.toStdString() +
+                     " (curve_id, timestamp, value) WITH RECURSIVE counter(i) AS (SELECT 0 UNION "
+                     "ALL SELECT i + 1 FROM counter WHERE i < ?2 - 1) "
+                     "SELECT ?1, ?3 + i * ?4, i * 0.01 FROM counter");
+    sqlite3_bind_int(insert, 1, curve);
+    sqlite3_bind_int(insert, 2, rows);
+    sqlite3_bind_int64(insert, 3, start);
+    sqlite3_bind_int64(insert, 4, stepMs);
+    stepDone(insert);
+    sqlite3_finalize(insert);
+}
+
 /// Fills the batches of some curves with `rows` samples each, from `start` on.
 void fillCurves(const QString& path, int curves, qint64 start, int rows, qint64 stepMs)
 {
@@ -59,27 +78,14 @@ void fillCurves(const QString& path, int curves, qint64 start, int rows, qint64 
     file.execute("PRAGMA journal_mode = OFF");
     file.execute("PRAGMA cache_size = -400000"); // the pages that grow at a time
     file.createDay(curves);
+    const qint64 end = start + rows * stepMs;
     for (int curve = 1; curve <= curves; ++curve) {
-        file.execute("BEGIN");
-        sqlite3_stmt* insert = nullptr;
-        qint64 batch = -1;
-        for (int row = 0; row < rows; ++row) {
-            const qint64 time = start + row * stepMs;
-            if (alignToBatchStart(time) != batch) {
-                batch = alignToBatchStart(time);
-                const QString table = rawTableName(curve, batch);
-                file.createBatchTable(curve, batch, table);
-                sqlite3_finalize(insert);
-                insert = file.prepare("INSERT INTO " + table.toStdString() +
-                                      " (curve_id, timestamp, value) VALUES (?, ?, ?)");
-            }
-            sqlite3_bind_int(insert, 1, curve);
-            sqlite3_bind_int64(insert, 2, time);
-            sqlite3_bind_double(insert, 3, std::sin(row * 0.001 + curve));
-            stepDone(insert);
+        for (qint64 from = start; from < end;) {
+            const qint64 last = alignToBatchStart(from) + kRawBatchLengthMs - 1;
+            const auto count = static_cast<int>((std::min(last, end - 1) - from) / stepMs + 1);
+            fillBatch(file, curve, from, count, stepMs);
+            from += count * stepMs;
         }
-        sqlite3_finalize(insert);
-        file.execute("COMMIT");
     }
 }
 

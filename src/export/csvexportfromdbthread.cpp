@@ -15,7 +15,7 @@
 namespace {
 
 constexpr qint64 kRowsPerPart = 1000000;
-constexpr int kRowsPerBlock = 2000;
+constexpr int kRowsPerBlock = 1000;
 constexpr int kRowsPerFlush = 1000;
 constexpr int kRowsPerProgress = 100;
 constexpr qlonglong kUnknownTotal = -1;

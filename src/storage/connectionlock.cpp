@@ -2,11 +2,22 @@
 
 #include <QHash>
 #include <QSqlDatabase>
+#include <QThread>
 
+#include <chrono>
 #include <iterator>
 #include <utility>
 
 namespace {
+
+constexpr qint64 kNotDoneNs = 500000;
+constexpr qint64 kLongestYieldNs = 10000000;
+constexpr unsigned long kYieldUs = 100;
+
+qint64 monotonicNs()
+{
+    return std::chrono::nanoseconds(std::chrono::steady_clock::now().time_since_epoch()).count();
+}
 
 struct LockRegistry
 {
@@ -28,6 +39,27 @@ void dropUnused(QHash<QString, std::weak_ptr<ConnectionMutex>>& locks)
 }
 
 } // namespace
+
+void ConnectionMutex::lock()
+{
+    if (m_mutex.tryLock())
+        return;
+    m_waiting.fetch_add(1, std::memory_order_relaxed);
+    m_mutex.lock();
+    m_waiting.fetch_sub(1, std::memory_order_relaxed);
+    m_lastWaitNs.store(monotonicNs(), std::memory_order_relaxed);
+}
+
+void ConnectionMutex::letOthersIn() const
+{
+    const qint64 begin = monotonicNs();
+    for (qint64 now = begin; now - begin < kLongestYieldNs; now = monotonicNs()) {
+        if (m_waiting.load(std::memory_order_relaxed) == 0 &&
+            now - m_lastWaitNs.load(std::memory_order_relaxed) >= kNotDoneNs)
+            return;
+        QThread::usleep(kYieldUs);
+    }
+}
 
 std::shared_ptr<ConnectionMutex> connectionMutex(const QString& connectionName)
 {

@@ -3,6 +3,7 @@
 #include <QMutex>
 #include <QString>
 
+#include <atomic>
 #include <memory>
 
 class QSqlDatabase;
@@ -13,7 +14,28 @@ class QSqlDatabase;
 ///
 /// Order of locks: store, pool, connection, query registry. No call into the pool or the store is
 /// made, and no other thread waited for, while a connection's lock is held.
-using ConnectionMutex = QRecursiveMutex;
+///
+/// Recursive. Like any mutex of the system it is not fair: a thread that takes it again at once leaves
+/// others waiting. Background work therefore calls letOthersIn() first, each time.
+class ConnectionMutex
+{
+public:
+    ConnectionMutex() = default;
+    Q_DISABLE_COPY_MOVE(ConnectionMutex)
+
+    void lock();
+    bool tryLock(int timeoutMs = 0) { return m_mutex.tryLock(timeoutMs); }
+    void unlock() { m_mutex.unlock(); }
+
+    /// Waits while other threads wait for the lock or have had to within the last half millisecond:
+    /// they are probably not done. No longer than 10 ms in all. The caller does not hold the lock.
+    void letOthersIn() const;
+
+private:
+    QRecursiveMutex m_mutex;
+    std::atomic<int> m_waiting{0};
+    std::atomic<qint64> m_lastWaitNs{0}; ///< When somebody last had to wait, monotonic clock.
+};
 
 /// The lock that belongs to a connection name; every caller gets the same one as long as anybody
 /// keeps it. Any thread.

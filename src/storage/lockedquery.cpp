@@ -176,6 +176,7 @@ bool LockedQuery::nextRow()
 
 int LockedQuery::fetchSamples(int limit, SampleColumn& samples)
 {
+    m_mutex->letOthersIn();
     const ConnectionLocker locker(m_mutex);
     if (!driverOpen())
         return 0;

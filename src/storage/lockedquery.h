@@ -86,7 +86,7 @@ public:
 
     /// Appends up to `limit` rows of two columns, a time and a value, under one hold of the
     /// connection's lock. Gives their number; fewer than the limit: no more came. No other fetch
-    /// may follow the first call. It steps SQLite's own statement, in half the time of next(): Qt
+    /// may follow the first call. Others who want the connection go first. It steps SQLite's own statement, in half the time of next(): Qt
     /// copies each row twice.
     int fetchSamples(int limit, SampleColumn& samples);
 
