@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <charconv>
+#include <cmath>
 #include <cstring>
 #include <exception>
 
@@ -27,8 +28,20 @@ char* append(char* out, const QByteArray& text)
     return std::copy(text.cbegin(), text.cend(), out);
 }
 
+/// Whether the value may lie halfway between two texts. Qt then takes the one farther from zero,
+/// the C++ library the even one. A value with a digit more than the text is a fraction of no more
+/// than 24 binary places.
+bool mayBeHalfway(double value)
+{
+    constexpr double kPlaces = 16777216.0;
+    const double scaled = value * kPlaces;
+    return std::trunc(scaled) == scaled && std::trunc(value) != value;
+}
+
 char* appendValue(char* out, double value)
 {
+    if (mayBeHalfway(value))
+        return append(out, QByteArray::number(value, 'E', kPrecision));
     // Adding zero takes the sign off a negative zero.
     const auto end = std::to_chars(out, out + kLongestValue, value + 0.0,
                                    std::chars_format::scientific, kPrecision)
