@@ -58,12 +58,16 @@ CsvExportFromDBThread::~CsvExportFromDBThread()
 
 void CsvExportFromDBThread::startExport()
 {
-    const QMutexLocker locker(&m_mutex);
-    if (m_running) {
-        qWarning() << "[导出线程] 已在运行中，无需重复启动";
-        return;
+    {
+        const QMutexLocker locker(&m_mutex);
+        if (m_running) {
+            qWarning() << "[导出线程] 已在运行中，无需重复启动";
+            return;
+        }
+        m_running = true;
+        m_stopRequested = false;
     }
-    m_stopRequested = false;
+    wait(); // a thread that has told its end may not have ended, and would not start
     start();
 }
 
@@ -79,18 +83,14 @@ bool CsvExportFromDBThread::isExporting() const
     return m_running;
 }
 
-void CsvExportFromDBThread::setRunning(bool running)
-{
-    const QMutexLocker locker(&m_mutex);
-    m_running = running;
-}
-
 void CsvExportFromDBThread::run()
 {
-    setRunning(true);
     QStringList files;
     const ExportResult result = exportCurves(files);
-    setRunning(false);
+    {
+        const QMutexLocker locker(&m_mutex);
+        m_running = false;
+    }
     emit exportFinished(result, files);
 }
 

@@ -44,6 +44,8 @@ public:
     /// Asks the export to stop and waits for its end.
     ~CsvExportFromDBThread() override;
 
+    /// Starts the export, or warns if it runs. Not from a slot that the exporting thread calls at
+    /// its end.
     void startExport();
 
     /// The export ends at the next row, with ExportCancelled. Any thread.
@@ -72,7 +74,6 @@ protected:
 private:
     using Cursors = std::vector<std::unique_ptr<CurveCursor>>;
 
-    void setRunning(bool running);
     ExportResult exportCurves(QStringList& files);
     QMap<int, QString> selectExistingCurves() const;
     ExportResult writeFiles(Cursors& cursors, const QList<int>& ids, QStringList& files);
