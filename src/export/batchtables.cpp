@@ -59,7 +59,8 @@ FileCurve curveInFile(const QSqlDatabase& db, const QString& name)
         // A file without a catalogue holds no curve; any other failure may hide one.
         return {-1, !query.errorText().contains(QLatin1String("no such table"))};
     }
-    return {query.next() ? query.value(0).toInt() : -1, !query.errorText().isEmpty()};
+    const int id = query.next() ? query.value(0).toInt() : -1;
+    return {id, !query.isUsable() || !query.errorText().isEmpty()};
 }
 
 /// The tables of one curve in one file, appended to `tables`; false if the file cannot be read.
@@ -67,16 +68,16 @@ bool appendTablesOfFile(CurveDataDB& store, const QSharedPointer<QSqlDatabase>& 
                         const BatchTable& like, int curveId, const QString& curveName, qint64 start,
                         qint64 end, QVector<BatchTable>& tables)
 {
-    const FileCurve curve = curveInFile(*db, curveName);
+    FileCurve curve = curveInFile(*db, curveName);
     QVector<DBBatchInfo> batches;
     if (curve.id >= 0)
-        batches = store.queryBatches(curve.id, start, end, db);
+        batches = store.queryBatches(curve.id, start, end, db, &curve.failed);
     if (batches.isEmpty() && !curve.failed) {
         qDebug() << "[获取分片表] 曲线" << curveId << "数据库" << like.path
                  << "中无匹配的分片表（时间范围/曲线ID不匹配）";
     }
     for (const DBBatchInfo& batch : qAsConst(batches))
-        tables.append({like.path, batch.tableName, curve.id});
+        tables.append({like.path, like.file, batch.tableName, curve.id});
     return !curve.failed;
 }
 
@@ -104,6 +105,7 @@ BatchTables collectTables(CurveDataDB& store, const QMap<int, QString>& curves, 
             qWarning() << "[获取分片表] 曲线" << curve.key() << "时间范围内无有效数据库文件";
     }
     for (const QString& path : paths) {
+        const FileIdentity file = fileIdentity(path);
         QSharedPointer<QSqlDatabase> db = store.openDb(path);
         for (auto curve = curves.cbegin(); curve != curves.cend(); ++curve) {
             if (!db) {
@@ -113,11 +115,13 @@ BatchTables collectTables(CurveDataDB& store, const QMap<int, QString>& curves, 
             } else if (!db->isOpen()) {
                 qWarning() << "[获取分片表] 曲线" << curve.key() << "数据库" << path << "未打开";
                 found.failed = true;
-            } else if (!appendTablesOfFile(store, db, {path, {}, -1}, curve.key(), *curve, start,
-                                           end, found.byCurve[curve.key()])) {
+            } else if (!appendTablesOfFile(store, db, {path, file, {}, -1}, curve.key(), *curve,
+                                           start, end, found.byCurve[curve.key()])) {
                 found.failed = true;
             }
         }
+        // What was read is not the store's if the file has gone or was replaced meanwhile.
+        found.failed = found.failed || fileIdentity(path) != file;
         db.reset();
         ConnectionPool::instance().releaseConnection(path);
     }

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "storage/fileidentity.h"
+
 #include <QMap>
 #include <QString>
 #include <QVector>
@@ -10,6 +12,7 @@ class CurveDataDB;
 struct BatchTable
 {
     QString path;
+    FileIdentity file; ///< That the path led to when it was listed.
     QString name;
     int fileCurveId = -1;
 };

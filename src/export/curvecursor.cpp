@@ -97,13 +97,14 @@ bool CurveCursor::openTable(const BatchTable& table)
     if (!isInPlace(table))
         return false;
     m_path = table.path;
-    m_file = fileIdentity(table.path);
+    m_file = table.file;
     m_connection = m_store.openDb(table.path);
     if (!m_connection || !m_connection->isOpen()) {
         qWarning() << "[初始化查询] 打开数据库" << table.path << "失败";
         return fail();
     }
-    return startQuery(table) && takeFirstRow(table);
+    // Another file in its place has other tables.
+    return fileIdentity(m_path) == m_file ? startQuery(table) && takeFirstRow(table) : fail();
 }
 
 /// Whether the file that listed the table is there and has it. A name without a date, or with that
@@ -144,13 +145,14 @@ bool CurveCursor::isListedIn(const BatchTable& table)
         const QString sql =
             QStringLiteral("SELECT name FROM sqlite_master WHERE type='table' AND name=") +
             sqlLiteral(table.name);
-        if (!query.exec(sql)) {
-            qWarning() << "[初始化查询] 检查表" << table.name << "是否存在失败："
-                       << query.errorText();
-        } else if (query.next()) {
+        found = query.exec(sql) && query.next();
+        if (found) {
             qDebug() << "[初始化查询] 兜底方案找到表" << table.name << "对应的数据库："
                      << table.path;
-            found = true;
+        } else if (!query.isUsable() || !query.errorText().isEmpty()) {
+            qWarning() << "[初始化查询] 检查表" << table.name << "是否存在失败："
+                       << query.errorText();
+            fail();
         }
     }
     db.reset();

@@ -122,9 +122,11 @@ public:
     /// stored value. More than maxPoints are thinned; 0 or less: no limit.
     QVector<QPointF> readCurveData(int curveId, qint64 start, qint64 end, int maxPoints);
 
-    /// The batches of a curve in one file that overlap the range.
+    /// The batches of a curve in one file that overlap the range. `failed` is set if the file has a
+    /// catalogue of batches that could not be read to its end.
     QVector<DBBatchInfo> queryBatches(int curveId, qint64 start, qint64 end,
-                                      const QSharedPointer<QSqlDatabase>& db);
+                                      const QSharedPointer<QSqlDatabase>& db,
+                                      bool* failed = nullptr);
 
     /// Whether a connection is open and answers.
     bool pingConnection(const QSharedPointer<QSqlDatabase>& db);

@@ -186,11 +186,16 @@ QVector<QPointF> CurveDataDB::readCurveData(int curveId, qint64 start, qint64 en
 }
 
 QVector<DBBatchInfo> CurveDataDB::queryBatches(int curveId, qint64 start, qint64 end,
-                                               const QSharedPointer<QSqlDatabase>& db)
+                                               const QSharedPointer<QSqlDatabase>& db, bool* failed)
 {
     const QMutexLocker locker(&m_mutex);
+    const auto noteFailure = [failed](bool hasFailed) {
+        if (failed)
+            *failed = *failed || hasFailed;
+    };
     if (!pingConnection(db)) {
         qWarning() << "外部数据库连接无效";
+        noteFailure(true);
         return {};
     }
     ManagedQuery query(*db);
@@ -202,6 +207,7 @@ QVector<DBBatchInfo> CurveDataDB::queryBatches(int curveId, qint64 start, qint64
         "AND batch_end >= ?) )");
     if (!query.run(sql, {curveId, start, end, start, end, start, end})) {
         qWarning() << "查询分片元数据失败:" << query.errorText();
+        noteFailure(!query.errorText().contains(QLatin1String("no such table")));
         return {};
     }
     // An id that was given anew may find the tables of the curve that had it before.
@@ -213,6 +219,7 @@ QVector<DBBatchInfo> CurveDataDB::queryBatches(int curveId, qint64 start, qint64
         if (batch.tableName.startsWith(prefix))
             batches.append(batch);
     }
+    noteFailure(!query.isUsable() || !query.errorText().isEmpty());
     return batches;
 }
 

@@ -673,7 +673,9 @@ void TestCurveDataDBRead::closedConnectionHasNoBatches()
         const auto closed = QSharedPointer<QSqlDatabase>::create(
             QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), name));
         const LogCapture log;
-        QVERIFY(m_store->queryBatches(1, 0, 10, closed).isEmpty());
+        bool failed = false;
+        QVERIFY(m_store->queryBatches(1, 0, 10, closed, &failed).isEmpty());
+        QVERIFY(failed);
         QVERIFY(m_store->queryBatches(1, 0, 10, {}).isEmpty());
         const QString line = QStringLiteral("warning: 外部数据库连接无效");
         QCOMPARE(log.lines(), (QStringList{line, line}));
@@ -696,6 +698,11 @@ void TestCurveDataDBRead::fileWithoutCatalogueHasNoBatches()
              qPrintable(log.lines().at(0)));
     QCOMPARE(log.lines().at(1), QStringLiteral("debug: 在数据库 \"%1\" 中未找到匹配的分片")
                                     .arg(pathOf(QStringLiteral("20260128"))));
+    // There is nothing in it that could not be read.
+    bool failed = false;
+    const auto db = m_store->openDb(pathOf(QStringLiteral("20260128")));
+    QVERIFY(m_store->queryBatches(1, start, start + 1000, db, &failed).isEmpty());
+    QVERIFY(!failed);
 }
 
 void TestCurveDataDBRead::pingTellsAnOpenConnection()
