@@ -1,0 +1,185 @@
+#include "privatemounts.h"
+
+#include "dayfilewriter.h"
+#include "exportscene.h"
+#include "timescene.h"
+
+#include "export/csvexportfromdbthread.h"
+
+#include <QDir>
+#include <QFile>
+#include <QtTest>
+
+#include <cstdio>
+#include <sys/statvfs.h>
+
+// Exports to a disk that fills up, wherever in the file that is, and to a directory that may only be
+// read, by mounts that nobody else sees.
+
+namespace {
+
+constexpr int kSkipped = 77; // what the list of tests takes for "could not be run"
+constexpr qint64 kDiskBytes = 1024 * 1024;
+constexpr int kPageBytes = 4096;
+
+/// A file system in memory on a directory while it lives.
+class SmallDisk
+{
+public:
+    explicit SmallDisk(const QString& directory)
+        : m_directory(directory)
+        , m_mounted(QDir().mkpath(directory) && privatemounts::mountMemory(directory, kDiskBytes))
+    {
+    }
+    ~SmallDisk() { privatemounts::unmount(m_directory); }
+    SmallDisk(const SmallDisk&) = delete;
+    SmallDisk& operator=(const SmallDisk&) = delete;
+
+    bool isMounted() const { return m_mounted; }
+
+    int freePages() const
+    {
+        struct statvfs status = {};
+        statvfs(QFile::encodeName(m_directory).constData(), &status);
+        return static_cast<int>(status.f_bfree);
+    }
+
+    /// Leaves room for so many pages.
+    void fillUpTo(int pages) const
+    {
+        QFile filler(m_directory + QStringLiteral("/filler"));
+        QVERIFY(filler.open(QIODevice::WriteOnly | QIODevice::Unbuffered));
+        while (freePages() > pages)
+            QCOMPARE(filler.write(QByteArray(kPageBytes, 'x')), qint64(kPageBytes));
+        QCOMPARE(freePages(), pages);
+    }
+
+private:
+    QString m_directory;
+    bool m_mounted;
+};
+
+ExportOrder oneCurve(ExportScene& scene, int rows)
+{
+    const qint64 start = localTime("2026-01-12 06:00:00.000");
+    scene.know({{1, text("101(V)")}});
+    scene.addDay("20260112", {{1, text("101(V)"), samplesFrom(start, rows)}});
+    ExportOrder order = scene.order({1}, start, start + 6 * kHourMs - 1000);
+    order.path = scene.outputDirectory() + text("/disk/curves.csv");
+    return order;
+}
+
+} // namespace
+
+class TestExportDisk : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void diskFullAtEachPage_data();
+    void diskFullAtEachPage();
+    void directoryThatMayOnlyBeRead();
+    void directoryThatTurnsReadOnly();
+};
+
+void TestExportDisk::diskFullAtEachPage_data()
+{
+    QTest::addColumn<int>("rows");
+    QTest::addColumn<int>("rowsPerPart");
+    // Less than QFile keeps back: the header at once, the rows with the last flush.
+    QTest::newRow("one page and a bit") << 120 << 0;
+    QTest::newRow("less than a flush") << 800 << 0;
+    QTest::newRow("several flushes") << 3500 << 0;
+    QTest::newRow("rows just behind a flush") << 2001 << 0;
+    QTest::newRow("several parts") << 900 << 200;
+    QTest::newRow("last part with its header only") << 600 << 200;
+}
+
+/// Whatever is the first byte that finds no room, down to those of the last flush and close.
+void TestExportDisk::diskFullAtEachPage()
+{
+    QFETCH(int, rows);
+    QFETCH(int, rowsPerPart);
+    ExportScene scene;
+    ExportOrder order = oneCurve(scene, rows);
+    order.rowsPerPart = rowsPerPart;
+    const QVector<QByteArray> expected = scene.expectedParts(order);
+    int needed = 0;
+    for (const QByteArray& part : expected)
+        needed += (part.size() + kPageBytes - 1) / kPageBytes;
+    for (int pages = 0; pages <= needed + 1; ++pages) {
+        const QString directory = QFileInfo(order.path).path();
+        const SmallDisk disk(directory);
+        QVERIFY(disk.isMounted());
+        disk.fillUpTo(pages);
+        const auto outcome = runExport(order);
+        QDir(directory).remove(text("filler"));
+        if (pages < needed) {
+            QVERIFY2(outcome.result == ExportWriteError,
+                     qPrintable(text("%1 of %2 pages: %3")
+                                    .arg(pages)
+                                    .arg(needed)
+                                    .arg(outcome.log.join(QLatin1Char('\n')))));
+            QCOMPARE(outcome.log.count(text("critical: [导出线程] 写入CSV行失败")), 1);
+            QVERIFY(outcome.files.isEmpty());
+            QVERIFY2(QDir(directory).isEmpty(), "a part was left");
+        } else {
+            QCOMPARE(outcome.result, ExportSuccess);
+            QVERIFY(partsIn(directory).values().toVector() == expected);
+        }
+    }
+}
+
+void TestExportDisk::directoryThatMayOnlyBeRead()
+{
+    ExportScene scene;
+    const ExportOrder order = oneCurve(scene, 10);
+    const QString directory = QFileInfo(order.path).path();
+    QVERIFY(QDir().mkpath(directory));
+    QVERIFY(privatemounts::makeReadOnly(directory));
+    const auto outcome = runExport(order);
+    QVERIFY(privatemounts::unmount(directory));
+    QCOMPARE(outcome.result, ExportFileError);
+    QCOMPARE(outcome.log.size(), 2);
+    QVERIFY(outcome.log.first().startsWith(
+        text("warning: 无法创建CSV文件: \"%1/curves_1_").arg(directory)));
+    QVERIFY(outcome.log.first().endsWith(text("\"Read-only file system\"")));
+    QVERIFY(QDir(directory).isEmpty());
+}
+
+/// The second part cannot be created, and the first one not deleted.
+void TestExportDisk::directoryThatTurnsReadOnly()
+{
+    ExportScene scene;
+    ExportOrder order = oneCurve(scene, 250);
+    order.rowsPerPart = 150;
+    const QString directory = QFileInfo(order.path).path();
+    bool readOnly = false;
+    const auto outcome = runExport(order, [&](CsvExportFromDBThread&) {
+        if (!readOnly)
+            readOnly = privatemounts::makeReadOnly(directory);
+    });
+    QVERIFY(readOnly);
+    QVERIFY(privatemounts::unmount(directory));
+    QCOMPARE(outcome.result, ExportFileError);
+    QVERIFY(outcome.files.isEmpty());
+    const QStringList left = QDir(directory).entryList(QDir::Files);
+    QCOMPARE(left.size(), 1);
+    QCOMPARE(outcome.log.last(),
+             text("warning: [导出线程] 删除临时文件失败： \"%1/%2\"").arg(directory, left.first()));
+}
+
+int main(int argc, char** argv)
+{
+    const QString obstacle = privatemounts::enter();
+    if (!obstacle.isEmpty()) {
+        std::printf("SKIPPED: exports to a full and to a read-only disk were NOT tested: %s\n",
+                    qPrintable(obstacle));
+        return kSkipped;
+    }
+    QCoreApplication application(argc, argv);
+    TestExportDisk test;
+    return QTest::qExec(&test, argc, argv);
+}
+
+#include "test_exportdisk.moc"
