@@ -68,6 +68,8 @@ private slots:
     void unreadableCatalogue();
     void unreadableTable();
     void lookUpThatFails();
+    void lockedFile();
+    void fileLockedUnderACursor();
 
 private:
     using Interference = std::function<void(ExportScene&)>;
@@ -263,6 +265,29 @@ void TestExportFailures::lookUpThatFails()
     const auto db = scene.store()->openDb(scene.store().path("20260112"));
     const DeniedTables denied(*db, {text("sqlite_master")});
     expectDbError(runExport(later), scene);
+}
+
+void TestExportFailures::lockedFile()
+{
+    ExportScene scene;
+    const ExportOrder order = twoDays(scene);
+    {
+        const DayFileLock lock(scene.store().path("20260113"), DayFileLock::Exclusive);
+        QVERIFY(lock.isHeld());
+        expectDbError(runExport(order), scene);
+    }
+    QCOMPARE(scene.difference(order), QString());
+}
+
+/// Between the listing of the tables and their reading.
+void TestExportFailures::fileLockedUnderACursor()
+{
+    std::unique_ptr<DayFileLock> lock;
+    expectDbErrorAfter([&lock](ExportScene& scene) {
+        lock =
+            std::make_unique<DayFileLock>(scene.store().path("20260113"), DayFileLock::Exclusive);
+        QVERIFY(lock->isHeld());
+    });
 }
 
 QTEST_GUILESS_MAIN(TestExportFailures)

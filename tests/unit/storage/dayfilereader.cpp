@@ -76,8 +76,9 @@ DayFileLock::DayFileLock(const QString& path, Kind kind)
 {
     sqlite3* database = openFile(path);
     m_database = database;
-    const char* const sql =
-        kind == Write ? "BEGIN IMMEDIATE" : "BEGIN; SELECT count(*) FROM sqlite_master";
+    const char* sql = "BEGIN; SELECT count(*) FROM sqlite_master";
+    if (kind != Read)
+        sql = kind == Write ? "BEGIN IMMEDIATE" : "BEGIN EXCLUSIVE";
     m_held = sqlite3_exec(database, sql, nullptr, nullptr, nullptr) == SQLITE_OK;
 }
 

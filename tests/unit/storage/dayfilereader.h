@@ -24,7 +24,7 @@ QStringList dump(const QString& path);
 class DayFileLock
 {
 public:
-    enum Kind { Read, Write };
+    enum Kind { Read, Write, Exclusive };
 
     explicit DayFileLock(const QString& path, Kind kind = Write);
     ~DayFileLock();
