@@ -233,6 +233,7 @@ void TestExportOutcomes::stopInTheMidst()
     ExportScene scene;
     ExportOrder order = oneCurve(scene);
     order.rowsPerPart = 60;
+    order.rowsPerBlock = 400;
     const auto outcome = runExport(order, [&](CsvExportFromDBThread& thread) {
         QCOMPARE(filesIn(scene.outputDirectory()).size(), 2);
         thread.requestStop();
