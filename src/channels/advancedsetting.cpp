@@ -13,6 +13,7 @@
 #include <QDebug>
 #include <QDoubleSpinBox>
 #include <QGroupBox>
+#include <QLineEdit>
 #include <QSignalBlocker>
 
 #include <algorithm>
@@ -57,6 +58,16 @@ AdvancedSetting::AdvancedSetting(QWidget* parent)
                    [](const ChoiceFacts& facts) { return facts.initialId; });
     std::transform(s_spins.cbegin(), s_spins.cend(), m_values.begin(),
                    [](const SpinFacts& facts) { return facts.initial; });
+}
+
+AdvancedSetting::~AdvancedSetting()
+{
+    // The boxes lose the focus on their way out, and would report what was being typed.
+    for (QDoubleSpinBox* box : m_spins) {
+        if (box) {
+            box->disconnect(this);
+        }
+    }
 }
 
 const CommFunc& AdvancedSetting::catalogue()
@@ -266,6 +277,10 @@ void AdvancedSetting::onReDefSetBtnClicked()
         if (!isShown(group)) {
             continue;
         }
+        if (group == DelayGroup) {
+            restoreDelay();
+            continue;
+        }
         for (std::size_t list = 0; list < ListCount; ++list) {
             if (s_lists[list].group == group) {
                 m_lists[list]->setCurrentIndex(s_lists[list].initialRow);
@@ -286,6 +301,21 @@ void AdvancedSetting::onReDefSetBtnClicked()
                 m_spins[spin]->setValue(s_spins[spin].initial);
             }
         }
+    }
+}
+
+/// The value first: setting one turns the automatic delay off in the instrument, so the mode follows it
+/// also where the panel shows it already.
+void AdvancedSetting::restoreDelay()
+{
+    const double initial = s_spins[DelaySpin].initial;
+    const bool turnsAutomaticOff = m_spins[DelaySpin]->value() != initial;
+    m_spins[DelaySpin]->setValue(initial);
+    CustomComboBox* const mode = m_lists[DelayList];
+    if (mode->currentIndex() != kAutomaticDelayRow) {
+        mode->setCurrentIndex(kAutomaticDelayRow);
+    } else if (turnsAutomaticOff) {
+        onDelayComboCurrentIndexChanged(kAutomaticDelayRow);
     }
 }
 
@@ -324,9 +354,19 @@ void AdvancedSetting::choose(Choice choice, int id)
 void AdvancedSetting::setSpinValue(Spin spin, double value)
 {
     m_values[spin] = value;
-    if (QDoubleSpinBox* box = m_spins[spin]) {
-        const QSignalBlocker blocker(box);
-        box->setValue(value);
+    QDoubleSpinBox* const box = m_spins[spin];
+    if (!box) {
+        return;
+    }
+    const bool isBeingTyped = box->hasFocus() && box->text() != box->textFromValue(box->value());
+    auto* const line = box->findChild<QLineEdit*>();
+    const QString typed = box->text();
+    const int cursor = line->cursorPosition();
+    const QSignalBlocker blocker(box);
+    box->setValue(value);
+    if (isBeingTyped) {
+        line->setText(typed);
+        line->setCursorPosition(cursor);
     }
 }
 

@@ -17,7 +17,8 @@ class QVBoxLayout;
 
 /// The popup with the options of one channel that do not fit into its row of the channel table. Each
 /// row has two: one for the options of the measurement function, one for the references of the scaling.
-/// A change goes to the instrument at once; sigComponentChanged() then asks for a read-back.
+/// A change goes to the instrument at once, a typed number once it is finished: on Return or when its box
+/// is left. sigComponentChanged() then asks for a read-back.
 ///
 /// The controls are made when the panel is first shown. Until then the setters keep what the instrument
 /// reported, so that a large channel table costs nothing for panels that nobody opens. GUI thread only.
@@ -28,6 +29,9 @@ class AdvancedSetting : public QWidget
 
 public:
     explicit AdvancedSetting(QWidget* parent = nullptr);
+
+    /// Sends nothing: a number that is being typed goes with the panel.
+    ~AdvancedSetting() override;
 
     /// Makes this the panel of a function's options. An unknown function index shows no option.
     void showFunctionOptions(const QString& name, int functionIndex, int channel);
@@ -162,6 +166,7 @@ private:
     void choose(Choice choice, int id);
     void setSpinValue(Spin spin, double value);
     void enableDependentSpins();
+    void restoreDelay();
 
     static quint32 groupsOfFunction(int functionIndex);
     static quint32 groupsOfScaleFunction(const QString& scaleFunction);

@@ -4,6 +4,7 @@
 #include "channels/advancedsetting_facts.h"
 #include "common/threadassert.h"
 #include "widgets/customcombobox.h"
+#include "widgets/wheelguard.h"
 
 #include <QButtonGroup>
 #include <QCheckBox>
@@ -298,6 +299,7 @@ void AdvancedSetting::buildList(List list)
     auto* box = new CustomComboBox(m_groups[facts.group]);
     box->setStyleSheet(QStringLiteral("background: #171717;"));
     box->setMinimumWidth(kListMinimumWidth);
+    WheelGuard::install(box);
     QStringList texts;
     for (int row = 0; row < facts.rowCount; ++row) {
         texts.append(QString::fromUtf8(facts.texts[static_cast<std::size_t>(row)]));
@@ -345,6 +347,8 @@ void AdvancedSetting::buildSpin(Spin spin)
     box->setAlignment(Qt::AlignCenter);
     box->setDecimals(facts.decimals);
     box->setRange(facts.minimum, facts.maximum);
+    box->setKeyboardTracking(false);
+    WheelGuard::install(box);
     box->setValue(m_values[spin]);
     m_groups[facts.group]->layout()->addWidget(box);
     m_spins[spin] = box;

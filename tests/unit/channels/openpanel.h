@@ -129,6 +129,14 @@ public:
         return lines;
     }
 
+    /// The calls below the commands since the last call.
+    QStringList takeCalls()
+    {
+        const QStringList calls = m_visa.calls();
+        m_visa.clearCalls();
+        return calls;
+    }
+
     bool hasTitle(const QString& text) const
     {
         const auto labels = m_panel.findChildren<QLabel*>();

@@ -39,6 +39,7 @@ private slots:
     void strainOptionsAreSent();
     void otherFunctionsKeepStillAboutForeignOptions();
     void scalingReferencesAreSent();
+    void commandHasFiveSeconds();
     void resistanceOutsideTheBandsSnapsBack();
     void typedResistanceOutsideTheBandsIsNotKept();
     void closesByItsButtonAndByAPressOutside();
@@ -417,6 +418,16 @@ void TestAdvancedSetting::scalingReferencesAreSent()
     QCOMPARE(open->takeSent(), sent("CALC:SCAL:REF 1.23457e+07,(@105)"));
 }
 
+void TestAdvancedSetting::commandHasFiveSeconds()
+{
+    OpenPanel open(0);
+    open.takeCalls();
+    open.list(kNplc)->setCurrentIndex(3);
+    const QStringList timeouts =
+        open.takeCalls().filter(QStringLiteral("viSetAttribute(100, 0x3FFF001A,"));
+    QCOMPARE(timeouts, QStringList{QStringLiteral("viSetAttribute(100, 0x3FFF001A, 5000)")});
+}
+
 void TestAdvancedSetting::resistanceOutsideTheBandsSnapsBack()
 {
     OpenPanel open(14);
@@ -462,13 +473,15 @@ void TestAdvancedSetting::typedResistanceOutsideTheBandsIsNotKept()
     auto* line = box->findChild<QLineEdit*>();
     line->selectAll();
     QTest::keyClicks(line, QStringLiteral("500"));
+    QTest::keyClick(line, Qt::Key_Return);
     QCOMPARE(box->value(), 1000.0);
     QCOMPARE(line->text().toDouble(), 1000.0);
     QCOMPARE(open.takeSent(), QStringList());
     line->selectAll();
     QTest::keyClicks(line, QStringLiteral("99.25"));
+    QTest::keyClick(line, Qt::Key_Return);
     QCOMPARE(box->value(), 99.25);
-    QVERIFY(open.takeSent().contains(QStringLiteral("TEMP:TRAN:RTD:RES 99.25,(@105)")));
+    QCOMPARE(open.takeSent(), sent("TEMP:TRAN:RTD:RES 99.25,(@105)"));
 }
 
 void TestAdvancedSetting::closesByItsButtonAndByAPressOutside()

@@ -160,8 +160,8 @@ void TestAdvancedSettingValues::defaultsAreRestoredInOrder()
     open->restoreDefaults();
     QCOMPARE(open->takeSent(),
              (QStringList{QStringLiteral("TEMP:NPLC 1,(@105)"), kChanged,
-                          QStringLiteral("ROUT:CHAN:DEL:AUTO ON,(@105)"), kChanged,
                           QStringLiteral("ROUT:CHAN:DEL 0,(@105)"), kChanged,
+                          QStringLiteral("ROUT:CHAN:DEL:AUTO ON,(@105)"), kChanged,
                           QStringLiteral("TEMP:TRAN:TC:CHEC OFF,(@105)"), kChanged,
                           QStringLiteral("TEMP:TRAN:TC:RJUN:TYPE INT,(@105)"), kChanged,
                           QStringLiteral("TEMP:TRAN:TC:RJUN 20,(@105)"), kChanged}));
@@ -187,7 +187,8 @@ void TestAdvancedSettingValues::defaultsTouchOnlyShownGroups()
     open.panel().setGaugeFactor(4.0);
     open.panel().setDelayValue(3.0);
     open.restoreDefaults();
-    QCOMPARE(open.takeSent(), sent("ROUT:CHAN:DEL 0,(@105)"));
+    QCOMPARE(open.takeSent(),
+             sent("ROUT:CHAN:DEL 0,(@105)") + sent("ROUT:CHAN:DEL:AUTO ON,(@105)"));
     QCOMPARE(open.list(kNplc)->currentText(), QStringLiteral("100"));
     QVERIFY(open.radio(kInputResistance, QStringLiteral("10M"))->isChecked());
     QCOMPARE(open.spin(kGaugeFactor)->value(), 4.0);

@@ -1,0 +1,30 @@
+#include "widgets/wheelguard.h"
+
+#include "common/threadassert.h"
+
+#include <QEvent>
+#include <QWidget>
+
+WheelGuard::WheelGuard(QWidget* control)
+    : QObject(control)
+{
+    control->setFocusPolicy(Qt::StrongFocus);
+    control->installEventFilter(this);
+}
+
+void WheelGuard::install(QWidget* control)
+{
+    assertGuiThread();
+    new WheelGuard(control);
+}
+
+bool WheelGuard::eventFilter(QObject* watched, QEvent* event)
+{
+    const auto* control = qobject_cast<QWidget*>(watched);
+    if (event->type() != QEvent::Wheel || !control || control->hasFocus()) {
+        return QObject::eventFilter(watched, event);
+    }
+    // Refused, so that it goes on to the page.
+    event->ignore();
+    return true;
+}
