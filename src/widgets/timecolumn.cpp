@@ -182,7 +182,9 @@ bool TimeColumn::eventFilter(QObject* watched, QEvent* event)
         if (event->type() == QEvent::FocusIn) {
             showArrows(true);
         } else if (event->type() == QEvent::FocusOut) {
-            showArrows(false);
+            // A press on an arrow takes the focus to the column, which gives it back: the arrow stays under
+            // the press.
+            showArrows(hasFocus());
         } else if (event->type() == QEvent::KeyPress &&
                    handleEditKey(*static_cast<QKeyEvent*>(event))) {
             return true;
