@@ -50,6 +50,8 @@ QTreeWidget QPushButton, QTreeWidget QComboBox, QTreeWidget QLineEdit, QTreeWidg
     border: 1px solid rgb(60, 60, 60);
     border-radius: 3px;
 }
+QTreeWidget QPushButton:focus, QTreeWidget QComboBox:focus, QTreeWidget QLineEdit:focus,
+QTreeWidget QCheckBox:focus { border: 1px solid rgb(19, 196, 255); }
 QTreeWidget QComboBox { combobox-popup: 0; }
 QTreeWidget QComboBox::down-arrow { image: url(:/dark/arrow_down.png); }
 )");
