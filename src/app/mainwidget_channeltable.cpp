@@ -1,5 +1,6 @@
 #include "app/mainwidget.h"
 
+#include "app/channeltree.h"
 #include "app/globals.h"
 #include "channels/advancedsetting.h"
 #include "channels/commfunc.h"
@@ -11,6 +12,7 @@
 #include "plot/groupedheaderview.h"
 #include "widgets/customcombobox.h"
 #include "widgets/customlineedit.h"
+#include "widgets/wheelguard.h"
 
 #include <QCheckBox>
 #include <QComboBox>
@@ -75,6 +77,7 @@ QWidget* MainWidget::buildSlotPanel(int slot)
     header->addWidget(new QLabel(tr("时隙 %1:").arg(slot), panel));
     auto* box = new QComboBox(panel);
     box->addItem(tr("无"));
+    WheelGuard::install(box);
     header->addWidget(box, 1);
     layout->addLayout(header);
     auto* modes = new QHBoxLayout;
@@ -90,7 +93,7 @@ QWidget* MainWidget::buildSlotPanel(int slot)
 
 void MainWidget::buildChannelTree()
 {
-    m_channelTree = new QTreeWidget(m_workTabs);
+    m_channelTree = new ChannelTree(m_workTabs);
     m_channelTree->setColumnCount(ChannelColumnCount);
     m_channelTree->setEditTriggers(QAbstractItemView::NoEditTriggers);
     m_channelTree->setSelectionMode(QAbstractItemView::NoSelection);
@@ -160,6 +163,7 @@ void MainWidget::addChannelRow(QTreeWidgetItem* module, int channel)
     const auto addBox = [this, &place](int column, const QStringList& items) {
         auto* box = new CustomComboBox(m_channelTree);
         box->addFunctionItems(items);
+        WheelGuard::install(box);
         place(column, box);
         return box;
     };

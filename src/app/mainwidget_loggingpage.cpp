@@ -4,6 +4,7 @@
 #include "common/threadassert.h"
 #include "instrument/cdevicevisa.h"
 #include "widgets/timepicker.h"
+#include "widgets/wheelguard.h"
 
 #include <QCheckBox>
 #include <QComboBox>
@@ -82,6 +83,7 @@ QDateTimeEdit* makeDateTimeEdit(const QDateTime& time, QWidget* parent)
     auto* edit = new QDateTimeEdit(time, parent);
     edit->setDisplayFormat(QStringLiteral("yyyy-MM-dd HH:mm:ss"));
     edit->setStyleSheet(QStringLiteral("background: #2D2D2D;"));
+    WheelGuard::install(edit);
     return edit;
 }
 
@@ -139,6 +141,7 @@ QGroupBox* MainWidget::buildFileGroup()
     m_rowLimitSpin->setRange(kMinRowLimit, kMaxRowLimit);
     m_rowLimitSpin->setValue(kMinRowLimit);
     m_rowLimitSpin->setEnabled(false);
+    WheelGuard::install(m_rowLimitSpin);
     addRow(rows, {m_rowLimitCheck, m_rowLimitSpin});
 
     rows->addWidget(makeLabel(tr("数据管理器文件名:"), group));
@@ -155,6 +158,7 @@ QGroupBox* MainWidget::buildFileGroup()
     auto* comment = new QTextEdit(group);
     comment->setPlaceholderText(tr("自由格式的文本最多包含500个字符"));
     comment->setMinimumHeight(80);
+    comment->setTabChangesFocus(true);
     comment->setStyleSheet(QStringLiteral("background: #000000; color: #A9A9A9;"));
     rows->addWidget(comment);
     return group;
@@ -178,6 +182,7 @@ QGroupBox* MainWidget::buildStartGroup()
     m_alarmCombo->addItems({QStringLiteral("Alarm1"), QStringLiteral("Alarm2"),
                             QStringLiteral("Alarm3"), QStringLiteral("Alarm4")});
     m_alarmCombo->setEnabled(false);
+    WheelGuard::install(m_alarmCombo);
     addRow(rows, {m_startOnAlarmRadio, m_alarmCombo});
     return group;
 }
@@ -221,6 +226,8 @@ QGroupBox* MainWidget::buildStopGroup()
     m_stopCountBox = new QSpinBox(group);
     m_stopCountBox->setStyleSheet(QStringLiteral("background: #2D2D2D;"));
     m_stopCountBox->setRange(1, kMaxSweeps);
+    m_stopCountBox->setKeyboardTracking(false);
+    WheelGuard::install(m_stopCountBox);
     addRow(rows, {m_stopCountRadio, m_stopCountBox});
     return group;
 }
