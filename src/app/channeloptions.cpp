@@ -9,6 +9,7 @@
 #include "widgets/customlineedit.h"
 
 #include <QCheckBox>
+#include <QPushButton>
 #include <QSignalBlocker>
 #include <QStringList>
 
@@ -175,6 +176,7 @@ void showScaleFunction(const ChannelRow& row, const QString& reply)
     // A scale function that the row does not offer leaves the first one selected.
     const QSignalBlocker blocker(row.scaleFunction);
     row.scaleFunction->setCurrentIndex(index < row.scaleFunction->count() ? index : 0);
+    enableScaleControls(row);
 }
 
 constexpr Question kScalingQuestions[] = {
@@ -317,6 +319,18 @@ private:
 };
 
 } // namespace
+
+void enableScaleControls(const ChannelRow& row)
+{
+    if (!row.function->isEnabledTo(row.function->parentWidget()))
+        return;
+    const bool isLinear = row.scaleFunction->currentIndex() == 0;
+    for (CustomLineEdit* edit : {row.gain, row.offset}) {
+        if (edit)
+            edit->setEnabled(isLinear);
+    }
+    row.scaleMore->setEnabled(!isLinear);
+}
 
 void readBackChannelOptions(GuiGate& gate, const std::function<ChannelRow(int channel)>& rowOf,
                             int function, int channel)

@@ -6,6 +6,10 @@
 
 class GuiGate;
 
+/// Enables what the scale function in a row has: gain and offset, or else the button of its references.
+/// A row that is out of use stays so. GUI thread.
+void enableScaleControls(const ChannelRow& row);
+
 /// Asks the instrument for everything but the function of one channel and shows it in the channel's
 /// row and its two panels. No control sends a command while it is set.
 ///

@@ -160,8 +160,10 @@ private:
     int partnerOf(int channel) const;
     int partnerOf(int channel, int function) const;
     int functionOf(const ChannelRow& row) const;
-    void takePartnerOver(int partner, int channel, int functionRow);
+    bool isTakenOver(int partner) const;
+    void takePartnerOver(int partner, int channel);
     void givePartnerBack(int partner);
+    void matchPartner(int channel);
     void applyFunction(int function, int channel);
     void sendAndReadBack(const QString& command, int channel);
     void sendScaleNumber(const QString& command, const QString& text,

@@ -1,5 +1,6 @@
 #include "app/mainwidget.h"
 
+#include "app/channeloptions.h"
 #include "app/globals.h"
 #include "channels/advancedsetting.h"
 #include "channels/commfunc.h"
@@ -109,27 +110,47 @@ void MainWidget::onMeasTypeChanged(int index)
     if (const int partner = partnerOf(channel); partner != 0 && rowForChannel(partner)) {
         if (!channelRow(partner).exists())
             return;
-        if (m_commFunc->isFourWire(function))
-            takePartnerOver(partner, channel, index);
-        else
-            givePartnerBack(partner);
+        QTreeWidgetItem* const item = rowForChannel(partner);
+        if (m_commFunc->isFourWire(function) && item->checkState(ScanColumn) == Qt::Checked)
+            item->setCheckState(ScanColumn, Qt::Unchecked);
+        matchPartner(channel);
     }
     applyFunction(function, channel);
 }
 
+/// Brings the partner's row in line with the function that the row of `channel` shows. Sends nothing.
+void MainWidget::matchPartner(int channel)
+{
+    const int partner = partnerOf(channel);
+    if (partner == 0 || !channelRow(partner).exists())
+        return;
+    if (partnerOf(channel, functionOf(channelRow(channel))) != 0)
+        takePartnerOver(partner, channel);
+    else if (isTakenOver(partner))
+        givePartnerBack(partner);
+}
+
+/// True while a four-wire function has the channel; a row of its own is left alone.
+bool MainWidget::isTakenOver(int partner) const
+{
+    return !(rowForChannel(partner)->flags() & Qt::ItemIsUserCheckable);
+}
+
 /// Takes a partner channel out of use: it shows the function of `channel` and leaves the scan list.
-void MainWidget::takePartnerOver(int partner, int channel, int functionRow)
+void MainWidget::takePartnerOver(int partner, int channel)
 {
     CustomComboBox* const box = channelRow(partner).function;
     refillQuietly(box, m_commFunc->functionList(channel));
-    selectQuietly(box, functionRow);
+    selectQuietly(box, channelRow(channel).function->currentIndex());
     QTreeWidgetItem* const item = rowForChannel(partner);
     setRowEnabled(m_channelTree, item, false);
-    if (item->checkState(ScanColumn) == Qt::Checked)
-        item->setCheckState(ScanColumn, Qt::Unchecked);
     // Setting the flags reports a changed item even when the check mark is the same.
     const QSignalBlocker blocker(m_channelTree);
+    item->setCheckState(ScanColumn, Qt::Unchecked);
     item->setFlags(item->flags() & ~Qt::ItemIsUserCheckable);
+    updateModuleCheckState(item->parent());
+    if (g_scanChannels.remove(partner) > 0)
+        tellWorkspace();
 }
 
 void MainWidget::givePartnerBack(int partner)
@@ -238,12 +259,7 @@ void MainWidget::onFuncTypeChanged(int index)
     const ChannelRow row = channelRow(channel);
     if (index < 0 || !row.exists())
         return;
-    const bool isLinear = index == 0;
-    for (CustomLineEdit* edit : {row.gain, row.offset}) {
-        if (edit)
-            edit->setEnabled(isLinear);
-    }
-    row.scaleMore->setEnabled(!isLinear);
+    enableScaleControls(row);
     const QString name = row.scaleFunction->currentText();
     row.scalePanel->showScaleOptions(name, channel);
     if (const ChannelRow partner = channelRow(partnerOf(channel, functionOf(row)));
@@ -269,18 +285,22 @@ void MainWidget::sendScaleNumber(const QString& command, const QString& text,
     assertGuiThread();
     const int channel = senderChannel();
     const ChannelRow row = channelRow(channel);
-    if (text.isEmpty() || !row.exists())
+    if (!row.exists())
+        return;
+    // A pasted line end would split the command in two.
+    const QString number = text.trimmed();
+    if (number.isEmpty())
         return;
     bool isNumber = false;
-    text.toDouble(&isNumber);
+    number.toDouble(&isNumber);
     if (!isNumber) {
         m_messageDialog->showMessage(tr("非法字符请重新输入"), kErrorMessage, kMessageMs);
         return;
     }
     if (const ChannelRow partner = channelRow(partnerOf(channel, functionOf(row)));
         partner.exists() && partner.*edit)
-        (partner.*edit)->setText(text);
-    sendAndReadBack(command.arg(text, QString::number(channel)), channel);
+        (partner.*edit)->setText(number);
+    sendAndReadBack(command.arg(number, QString::number(channel)), channel);
 }
 
 void MainWidget::onUnitChanged(int index)
@@ -293,7 +313,8 @@ void MainWidget::onUnitChanged(int index)
     // Nothing is blocked: the partner's own change goes out first.
     if (const ChannelRow partner = channelRow(partnerOf(channel, functionOf(row))); partner.unit)
         partner.unit->setCurrentIndex(index);
-    g_scanChannels[channel] = displayUnit(row);
+    if (g_scanChannels.contains(channel))
+        g_scanChannels[channel] = displayUnit(row);
     tellWorkspace();
     QString unit = row.unit->currentText();
     qDebug() << "onUnitChanged"

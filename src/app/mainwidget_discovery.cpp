@@ -260,7 +260,8 @@ void MainWidget::showScanList(const QList<int>& channels)
         updateModuleCheckState(module);
 }
 
-/// Selects the function in the channel's row; a name that the row does not offer changes nothing.
+/// Selects the function in the channel's row, and takes its partner over or gives it back as choosing the
+/// function does; a name that the row does not offer changes nothing.
 /// False when the channel has no row.
 bool MainWidget::showChannelFunction(int channel, const QString& displayName)
 {
@@ -270,8 +271,10 @@ bool MainWidget::showChannelFunction(int channel, const QString& displayName)
         return false;
     const QSignalBlocker blocker(box);
     const int row = box->findText(displayName, Qt::MatchExactly | Qt::MatchCaseSensitive);
-    if (row >= 0)
+    if (row >= 0) {
         box->setCurrentIndex(row);
+        matchPartner(channel);
+    }
     return true;
 }
 

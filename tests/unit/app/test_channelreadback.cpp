@@ -89,6 +89,8 @@ private slots:
     void temperatureUnitShows();
     void scalingShowsInTheRow_data();
     void scalingShowsInTheRow();
+    void reportedScaleFunctionDecidesWhatCanBeEdited_data();
+    void reportedScaleFunctionDecidesWhatCanBeEdited();
     void referencesShowInTheScalePanel_data();
     void referencesShowInTheScalePanel();
 
@@ -471,6 +473,35 @@ void TestChannelReadBack::scalingShowsInTheRow()
         QCOMPARE(box->currentText(), text);
     else
         QCOMPARE(qobject_cast<QCheckBox*>(control)->isChecked(), text == QLatin1String("on"));
+}
+
+void TestChannelReadBack::reportedScaleFunctionDecidesWhatCanBeEdited_data()
+{
+    QTest::addColumn<QString>("reply");
+    QTest::addColumn<QString>("shown");
+    QTest::addColumn<bool>("isLinear");
+    QTest::newRow("linear") << QStringLiteral("SCAL") << QStringLiteral("SCAL") << true;
+    QTest::newRow("percent") << QStringLiteral("PCT") << QStringLiteral("PCT") << false;
+    QTest::newRow("decibel") << QStringLiteral("DB") << QStringLiteral("DB") << false;
+    QTest::newRow("dBm") << QStringLiteral("DBM") << QStringLiteral("DBM") << false;
+    QTest::newRow("unknown") << QStringLiteral("LOG") << QStringLiteral("SCAL") << true;
+}
+
+void TestChannelReadBack::reportedScaleFunctionDecidesWhatCanBeEdited()
+{
+    QFETCH(QString, reply);
+    QFETCH(QString, shown);
+    QFETCH(bool, isLinear);
+    const auto check = [this](bool linear) {
+        QCOMPARE(m_bench->edit(101, GainColumn)->isEnabled(), linear);
+        QCOMPARE(m_bench->edit(101, OffsetColumn)->isEnabled(), linear);
+        QCOMPARE(m_bench->cell<QPushButton>(101, ScaleMoreColumn)->isEnabled(), !linear);
+    };
+    m_bench->readBackWith(101, {{QStringLiteral("CALC:SCAL:FUNC?"), reply}});
+    QCOMPARE(m_bench->box(101, ScaleFunctionColumn)->currentText(), shown);
+    check(isLinear);
+    m_bench->readBackWith(101, {});
+    check(true);
 }
 
 void TestChannelReadBack::referencesShowInTheScalePanel_data()

@@ -514,6 +514,10 @@ void TestChannelRow::scaleFunctionDecidesWhatCanBeEdited()
     const AdvancedSetting* panel = bench.openPanel(101, ScaleMoreColumn);
     QVERIFY(panel);
     QCOMPARE(WindowBench::numberOf(panel, QStringLiteral("参考值")), 0.0);
+    // The instrument refuses the next choice, and then takes it.
+    bench.select(101, ScaleFunctionColumn, "SCAL");
+    QCOMPARE(canEdit(), (QList<bool>{false, false, true}));
+    bench.instrument().setReply(QStringLiteral("CALC:SCAL:FUNC? (@101)"), QStringLiteral("SCAL"));
     bench.select(101, ScaleFunctionColumn, "SCAL");
     QCOMPARE(canEdit(), (QList<bool>{true, true, false}));
 }
