@@ -172,6 +172,9 @@ private:
     bool isChannelChecked(int slot, int channelRow) const;
     QTreeWidgetItem* findChannelItem(int channel) const;
     static void setRowEnabled(QTreeWidget* tree, QTreeWidgetItem* item, bool enabled);
+    using CheckMarks = QMap<QTreeWidgetItem*, Qt::CheckState>;
+    CheckMarks marksBefore(QTreeWidgetItem* item) const;
+    void putMarksBack(const CheckMarks& marks);
     void updateModuleCheckState(QTreeWidgetItem* module);
     void rebuildScanChannels();
     QString displayUnit(const ChannelRow& row) const;

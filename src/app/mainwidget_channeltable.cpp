@@ -271,8 +271,11 @@ void MainWidget::onItemChanged(QTreeWidgetItem* item, int column)
     if (scanEditGuard || column != ScanColumn)
         return;
     m_startupView->showLoading();
+    // Now: the exchanges keep the event loop from painting it.
+    m_startupView->repaint();
     {
         const QScopedValueRollback<bool> guard(scanEditGuard, true);
+        const CheckMarks before = marksBefore(item);
         if (moduleItems.contains(item))
             onModuleItemChanged(item, ScanColumn);
         else if (moduleItems.contains(item->parent()))
@@ -280,9 +283,42 @@ void MainWidget::onItemChanged(QTreeWidgetItem* item, int column)
         rebuildScanChannels();
         const QString list = compressScanList(g_scanChannels.keys());
         g_visa->sendCommand(QStringLiteral("ROUT:SCAN (@%1)").arg(list), kExchangeTimeoutMs);
-        g_visa->sendCommand(QStringLiteral("SYST:ERR?"), kExchangeTimeoutMs);
+        const QString error = g_visa->sendCommand(QStringLiteral("SYST:ERR?"), kExchangeTimeoutMs);
+        if (error.section(QLatin1Char(','), 0, 0).toInt() < 0)
+            putMarksBack(before);
     }
     m_startupView->stopLoading();
+}
+
+/// The marks of the channels that a change of `item` is about, as they were: a channel's from the scan
+/// list so far, those of a module's channels as they still are.
+MainWidget::CheckMarks MainWidget::marksBefore(QTreeWidgetItem* item) const
+{
+    CheckMarks marks;
+    if (moduleItems.contains(item)) {
+        for (int row = 0; row < item->childCount(); ++row)
+            marks.insert(item->child(row), item->child(row)->checkState(ScanColumn));
+        return marks;
+    }
+    const auto* number = qobject_cast<QPushButton*>(m_channelTree->itemWidget(item, NumberColumn));
+    if (number) {
+        const bool wasScanned = g_scanChannels.contains(number->text().toInt());
+        marks.insert(item, wasScanned ? Qt::Checked : Qt::Unchecked);
+    }
+    return marks;
+}
+
+/// Takes back a change that the instrument refused: it would refuse every later list with it. Sends nothing.
+void MainWidget::putMarksBack(const CheckMarks& marks)
+{
+    {
+        const QSignalBlocker blocker(m_channelTree);
+        for (auto mark = marks.cbegin(); mark != marks.cend(); ++mark) {
+            mark.key()->setCheckState(ScanColumn, mark.value());
+            updateModuleCheckState(mark.key()->parent());
+        }
+    }
+    rebuildScanChannels();
 }
 
 void MainWidget::onModuleItemChanged(QTreeWidgetItem* item, int column)

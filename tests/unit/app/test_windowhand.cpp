@@ -1,6 +1,7 @@
 #include "app/globals.h"
 #include "app/mainwidget.h"
 #include "overlay/loadingview.h"
+#include "support/eventcounter.h"
 #include "support/hand.h"
 #include "widgets/customcombobox.h"
 #include "widgets/customlineedit.h"
@@ -87,6 +88,14 @@ private slots:
     void cleanup();
 
     void clickOnAMarkTicks();
+    void keyOfAChannelIsTheTextOfItsButton();
+    void refusedTickGoesBack_data();
+    void refusedTickGoesBack();
+    void refusedTickSpoilsNoLaterOne();
+    void overlayIsSeenBeforeTheExchange();
+    void pastedNumberIsOneCommand_data();
+    void pastedNumberIsOneCommand();
+    void unitOfAnUntickedChannelStaysOutOfTheScanList();
     void wheelOverTheTableScrolls_data();
     void wheelOverTheTableScrolls();
     void wheelTurnsABoxThatHasTheFocus();
@@ -120,6 +129,139 @@ void TestWindowHand::clickOnAMarkTicks()
     clickMark(desk.tree(), desk.module(1));
     QCOMPARE(desk.takeLines(), texts({"ROUT:SCAN (@)", "SYST:ERR?"}));
     QCOMPARE(desk.tickedChannels(), QList<int>());
+}
+
+void TestWindowHand::keyOfAChannelIsTheTextOfItsButton()
+{
+    Desk desk;
+    desk.cell<QPushButton>(103, NumberColumn)->setText(QStringLiteral("117"));
+    clickMark(desk.tree(), desk.item(103));
+    QCOMPARE(desk.takeLines(), texts({"ROUT:SCAN (@117)", "SYST:ERR?"}));
+    QCOMPARE(g_scanChannels.keys(), QList<int>{117});
+}
+
+void TestWindowHand::refusedTickGoesBack_data()
+{
+    QTest::addColumn<QString>("reply");
+    QTest::addColumn<bool>("isRefused");
+    QTest::newRow("settings conflict") << "-221,\"Settings conflict\"" << true;
+    QTest::newRow("other negative number") << "-1,\"?\"" << true;
+    QTest::newRow("no error") << "+0,\"No error\"" << false;
+    QTest::newRow("error of the device") << "532,\"Cannot achieve requested resolution\"" << false;
+    QTest::newRow("no reply") << QString() << false;
+    QTest::newRow("no number") << "-,\"?\"" << false;
+}
+
+void TestWindowHand::refusedTickGoesBack()
+{
+    QFETCH(QString, reply);
+    QFETCH(bool, isRefused);
+    Desk desk;
+    clickMark(desk.tree(), desk.item(102));
+    clickMark(desk.tree(), desk.item(104));
+    desk.takeLines();
+    const auto answerNext = [&desk, &reply] {
+        desk.instrument().setNextReply(QStringLiteral("SYST:ERR?"), reply);
+    };
+    const QList<int> before{102, 104};
+    const auto isBack = [&desk, &before] {
+        return desk.tickedChannels() == before && g_scanChannels.keys() == before &&
+               desk.module(1)->checkState(ScanColumn) == Qt::PartiallyChecked;
+    };
+    // A tick more, a tick less, and all of them. Nothing but the list and its question goes out.
+    answerNext();
+    clickMark(desk.tree(), desk.item(103));
+    QCOMPARE(desk.takeLines(), texts({"ROUT:SCAN (@102:104)", "SYST:ERR?"}));
+    QCOMPARE(isBack(), isRefused);
+    if (!isRefused)
+        return;
+    answerNext();
+    clickMark(desk.tree(), desk.item(102));
+    QCOMPARE(desk.takeLines(), texts({"ROUT:SCAN (@104)", "SYST:ERR?"}));
+    QVERIFY(isBack());
+    answerNext();
+    clickMark(desk.tree(), desk.module(1));
+    QCOMPARE(desk.takeLines(), texts({"ROUT:SCAN (@101:120)", "SYST:ERR?"}));
+    QVERIFY(isBack());
+}
+
+void TestWindowHand::refusedTickSpoilsNoLaterOne()
+{
+    Desk desk;
+    desk.instrument().setNextReply(QStringLiteral("SYST:ERR?"),
+                                   QStringLiteral("-221,\"Settings conflict\""));
+    clickMark(desk.tree(), desk.item(103));
+    QCOMPARE(desk.tickedChannels(), QList<int>());
+    QCOMPARE(desk.module(1)->checkState(ScanColumn), Qt::Unchecked);
+    desk.takeLines();
+    clickMark(desk.tree(), desk.item(101));
+    QCOMPARE(desk.takeLines(), texts({"ROUT:SCAN (@101)", "SYST:ERR?"}));
+    QCOMPARE(desk.tickedChannels(), QList<int>{101});
+}
+
+void TestWindowHand::overlayIsSeenBeforeTheExchange()
+{
+    Desk desk;
+    EventCounter paints(desk.startupView()->viewport(), QEvent::Paint);
+    int painted = 0;
+    desk.instrument().whenAsked(QStringLiteral("ROUT:SCAN (@103)"),
+                                [&painted, &paints] { painted = paints.count(); });
+    clickMark(desk.tree(), desk.item(103));
+    QVERIFY(painted > 0);
+    QVERIFY(!desk.startupView()->isVisible());
+}
+
+void TestWindowHand::pastedNumberIsOneCommand_data()
+{
+    QTest::addColumn<int>("column");
+    QTest::addColumn<QString>("pasted");
+    QTest::addColumn<QString>("command");
+    QTest::newRow("line end") << int(GainColumn) << "2.5\n"
+                              << "CALC:SCAL:GAIN 2.5,(@103)";
+    QTest::newRow("blanks") << int(OffsetColumn) << "  -3e2 \t"
+                            << "CALC:SCAL:OFFS -3e2,(@103)";
+    QTest::newRow("two lines") << int(GainColumn) << "2.5\n3" << QString();
+    QTest::newRow("two words") << int(OffsetColumn) << "1 000" << QString();
+    QTest::newRow("blanks alone") << int(GainColumn) << "  " << QString();
+}
+
+void TestWindowHand::pastedNumberIsOneCommand()
+{
+    QFETCH(int, column);
+    QFETCH(QString, pasted);
+    QFETCH(QString, command);
+    Desk desk;
+    QGuiApplication::clipboard()->setText(pasted);
+    hand::click(desk.edit(103, ChannelColumn(column)));
+    hand::press(Qt::Key_A, Qt::ControlModifier);
+    hand::press(Qt::Key_V, Qt::ControlModifier);
+    QCOMPARE(desk.takeLines(), QStringList());
+    hand::press(Qt::Key_Return);
+    if (command.isEmpty()) {
+        QCOMPARE(desk.takeLines(), QStringList());
+        QCOMPARE(desk.message().isEmpty(), pasted.trimmed().isEmpty());
+    } else {
+        QCOMPARE(desk.takeLines(),
+                 texts({qPrintable(command), "SYST:ERR?"}) + voltageReadBack(103));
+        QCOMPARE(desk.message(), QString());
+    }
+}
+
+void TestWindowHand::unitOfAnUntickedChannelStaysOutOfTheScanList()
+{
+    Desk desk;
+    for (const char* function : {"FUNC? (@105)", "FUNC? (@115)"})
+        desk.instrument().setReply(QString::fromLatin1(function), QStringLiteral("\"FRES\""));
+    desk.readBack(105);
+    clickMark(desk.tree(), desk.item(101));
+    desk.takeLines();
+    for (const int channel : {102, 105}) {
+        desk.box(channel, UnitColumn)->setFocus(Qt::TabFocusReason);
+        hand::press(Qt::Key_Down);
+        const QStringList sent = desk.takeLines().filter(QStringLiteral("CALC:SCAL:UNIT \""));
+        QVERIFY(!sent.isEmpty() && sent.constLast().endsWith(QStringLiteral("(@%1)").arg(channel)));
+    }
+    QCOMPARE(g_scanChannels.keys(), QList<int>{101});
 }
 
 void TestWindowHand::wheelOverTheTableScrolls_data()
