@@ -1,264 +1,42 @@
 #include "app/globals.h"
-#include "app/helperthreads.h"
 #include "app/mainwidget.h"
-#include "app/startup.h"
+#include "exportbench.h"
+#include "exportdialoghand.h"
 #include "overlay/loadingview.h"
-#include "resources/resources.h"
 #include "storage/curvedatadb.h"
+#include "userhand.h"
 #include "widgets/customcombobox.h"
 #include "widgets/customdialog.h"
 #include "widgets/custommessagedialog.h"
 #include "widgets/imagebutton.h"
-#include "windowbench.h"
 
 #include <QAbstractButton>
 #include <QApplication>
-#include <QDateTime>
 #include <QDir>
 #include <QFile>
 #include <QFileDialog>
 #include <QGroupBox>
-#include <QInputMethodEvent>
 #include <QLabel>
 #include <QLineEdit>
 #include <QRegularExpression>
 #include <QScreen>
 #include <QTemporaryDir>
 #include <QTimer>
-#include <QWindow>
 #include <QtTest>
 
-#include <functional>
+using userhand::click;
+using userhand::enterText;
+using userhand::press;
 
 namespace {
 
-constexpr int kEndWaitMs = 20000;
 /// Rows of a scan whose export takes longer than the test needs to look at it.
 constexpr int kLongScan = 50000;
-const QString kRunTimeFormat = QStringLiteral("yyyy MM dd hh mm ss");
-
-/// A click as a hand does it: the window finds who is under the pointer.
-void click(const QWidget* widget)
-{
-    QTest::mouseClick(widget->window()->windowHandle(), Qt::LeftButton, Qt::NoModifier,
-                      widget->mapTo(widget->window(), widget->rect().center()));
-}
-
-/// A key, to whoever has the focus.
-void press(const QWidget* window, Qt::Key key, Qt::KeyboardModifiers modifiers = Qt::NoModifier)
-{
-    QTest::keyClick(window->windowHandle(), key, modifiers);
-}
-
-/// Replaces what is in the edit; as an input method does, which takes any script.
-void enterText(QLineEdit* edit, const QString& text)
-{
-    click(edit);
-    press(edit->window(), Qt::Key_A, Qt::ControlModifier);
-    press(edit->window(), Qt::Key_Delete);
-    QInputMethodEvent event;
-    event.setCommitString(text);
-    QCoreApplication::sendEvent(edit, &event);
-}
-
-template <typename Widget>
-Widget* withText(const QWidget& parent, const QString& text)
-{
-    for (Widget* widget : parent.findChildren<Widget*>()) {
-        if (widget->text() == text)
-            return widget;
-    }
-    return nullptr;
-}
-
-/// The export dialog as its user sees it.
-struct Dialog
-{
-    explicit Dialog(CustomDialog* dialog)
-        : window(dialog)
-    {
-    }
-    QLabel* label(const QString& text) const { return withText<QLabel>(*window, text); }
-    QAbstractButton* button(const QString& text) const
-    {
-        return withText<QAbstractButton>(*window, text);
-    }
-    QAbstractButton* browse() const { return button(QStringLiteral("  浏览...  ")); }
-    QAbstractButton* toFile() const { return button(QStringLiteral("  导出到文件  ")); }
-    QAbstractButton* close() const { return button(QStringLiteral("  关闭  ")); }
-    CustomComboBox* separator() const { return window->findChild<CustomComboBox*>(); }
-    QLineEdit* name() const { return window->findChild<QLineEdit*>(); }
-    /// Beside its title.
-    QLabel* directory() const
-    {
-        const QLabel* const title = label(QStringLiteral("导出路径:"));
-        for (QLabel* candidate : window->findChildren<QLabel*>()) {
-            if (candidate != title && candidate->parent() == title->parent() &&
-                candidate->geometry().center().y() == title->geometry().center().y())
-                return candidate;
-        }
-        return nullptr;
-    }
-
-    /// Chooses a directory with the button; an empty one leaves the choice by Escape.
-    void chooseDirectory(const QString& path) const
-    {
-        QString title;
-        QTimer::singleShot(0, window, [&path, &title] {
-            auto* chooser = qobject_cast<QFileDialog*>(QApplication::activeModalWidget());
-            QVERIFY(chooser);
-            QVERIFY(QTest::qWaitForWindowExposed(chooser));
-            title = chooser->windowTitle();
-            if (!path.isEmpty()) {
-                enterText(chooser->findChild<QLineEdit*>(), path);
-                press(chooser, Qt::Key_Return);
-            }
-            if (chooser->isVisible())
-                press(chooser, Qt::Key_Escape);
-        });
-        click(browse());
-        QCOMPARE(title, QStringLiteral("Select Directory"));
-    }
-
-    CustomDialog* window;
-};
-
-/// A window with two channels in the scan list. The serial number is the test's own, so that tests
-/// that run side by side keep apart stores.
-struct Export : WindowBench
-{
-    Export()
-    {
-        instrument().putModule(2, QStringLiteral("SCN4005A"));
-        instrument().setReply(QStringLiteral("*IDN?"),
-                              QStringLiteral("MAKER,SCN4070A,%1,1.00").arg(serial()));
-        instrument().setReply(QStringLiteral("ROUT:SCAN?"), QStringLiteral("#210(@201,202)"));
-        open().show();
-        startupView()->stopLoading();
-    }
-    ~Export() { g_scanRunning = false; }
-    Export(const Export&) = delete;
-    Export& operator=(const Export&) = delete;
-
-    static QString serial()
-    {
-        const QString tag = QLatin1String(QTest::currentDataTag());
-        return QLatin1String(QTest::currentTestFunction()) + QString(tag).remove(QLatin1Char(' '));
-    }
-
-    /// A scan whose store then holds `rows` readings of the first channel and one less of the
-    /// second, a second apart; the texts of the run leave out the last row.
-    void scan(int rows = 5)
-    {
-        click(startButton());
-        QTRY_VERIFY_WITH_TIMEOUT(g_scanRunning, kEndWaitMs);
-        click(startButton());
-        g_scanRunning = false;
-        QVERIFY(exportButton()->isEnabled());
-        const QDateTime now = QDateTime::currentDateTime();
-        start = now.addMSecs(-now.time().msec());
-        CurveDataDB* const store = CurveDataDB::instance(QString());
-        const QList<int> ids = store->curveNames().keys();
-        QCOMPARE(ids.size(), 2);
-        for (int curve = 0; curve < 2; ++curve) {
-            QVector<QPointF> points;
-            for (int row = 0; row < rows - curve; ++row)
-                points.append({double(timeOf(row).toMSecsSinceEpoch()), valueOf(curve, row)});
-            store->appendPoints(ids.at(curve), points);
-        }
-        store->flushPending();
-        g_scanStartText = start.toString(kRunTimeFormat);
-        g_scanEndText = timeOf(rows - 2).toString(kRunTimeFormat);
-    }
-    QDateTime timeOf(int row) const { return start.addSecs(row); }
-    static double valueOf(int curve, int row) { return (curve + 1) * 1.1 + row / 3.0; }
-
-    /// What the file of scan(5) must be, byte for byte.
-    QByteArray csv(const QString& separator) const
-    {
-        const auto line = [&separator](const QStringList& cells) -> QString {
-            return cells.join(separator) + QLatin1Char('\n');
-        };
-        const auto names = CurveDataDB::instance(QString())->curveNames().values();
-        QString text =
-            QString(QChar(QChar::ByteOrderMark)) + line({QStringLiteral("地址"), g_resourceName}) +
-            line({QStringLiteral("型号"), QStringLiteral("SCN4070A")}) +
-            line({QStringLiteral("序列号："), serial()}) +
-            line({QStringLiteral("开始时间"), g_scanStartText}) +
-            line({QStringLiteral("结束时间"), g_scanEndText}) +
-            line({QStringLiteral("编号"), QStringLiteral("时间"), names.at(0), names.at(1), {}});
-        for (int row = 0; row < 4; ++row)
-            text += line({QString::number(row + 1),
-                          timeOf(row).toString(QStringLiteral("yyyy-MM-dd hh:mm:ss")),
-                          QString::asprintf("%.15E", valueOf(0, row)),
-                          QString::asprintf("%.15E", valueOf(1, row))});
-        return text.toUtf8();
-    }
-
-    /// Clicks the export button, and works in the dialog that it opens. What the work leaves open is
-    /// closed.
-    void inDialog(const std::function<void(const Dialog&)>& work)
-    {
-        bool hasWorked = false;
-        QTimer::singleShot(0, &window(), [this, &work, &hasWorked] {
-            auto* dialog = window().findChild<CustomDialog*>();
-            QVERIFY(dialog);
-            QVERIFY(QTest::qWaitForWindowExposed(dialog));
-            work(Dialog(dialog));
-            hasWorked = true;
-            dialog->close();
-        });
-        click(exportButton());
-        QVERIFY(hasWorked);
-    }
-
-    /// Exports into a directory and waits for the end.
-    void exportTo(const QString& directory, const QString& name = QStringLiteral("Trace"))
-    {
-        inDialog([&directory, &name](const Dialog& dialog) {
-            dialog.chooseDirectory(directory);
-            enterText(dialog.name(), name);
-            click(dialog.toFile());
-        });
-        waitForEnd();
-    }
-    void waitForEnd() const
-    {
-        QTRY_VERIFY_WITH_TIMEOUT(exportView() && exportView()->isHidden(), kEndWaitMs);
-    }
-
-    /// The overlay of an export: the second busy one.
-    LoadingView* exportView() const
-    {
-        QList<LoadingView*> busy;
-        for (LoadingView* view :
-             window().findChildren<LoadingView*>(QString(), Qt::FindDirectChildrenOnly)) {
-            if (view != reconnectView())
-                busy.append(view);
-        }
-        return busy.value(1);
-    }
-
-    /// The message on show is an information for three seconds.
-    bool isInformation() const
-    {
-        return messageDialog()->windowTitle() == QStringLiteral("信息") &&
-               messageDialog()->findChild<QTimer*>()->interval() == 3000;
-    }
-
-    QDateTime start;
-};
-
-/// The files of a directory that an export may have left; all of its name's beginning.
-QStringList files(const QString& directory)
-{
-    return QDir(directory).entryList({QStringLiteral("*.csv")}, QDir::Files);
-}
 
 QStringList filesBesideTheProgram()
 {
     return QDir(QCoreApplication::applicationDirPath())
-        .entryList({Export::serial() + QStringLiteral("_*.csv")}, QDir::Files);
+        .entryList({ExportBench::serial() + QStringLiteral("_*.csv")}, QDir::Files);
 }
 
 QByteArray contentOf(const QString& path)
@@ -283,7 +61,7 @@ class TestExportDialog : public QObject
     Q_OBJECT
 
 private slots:
-    void initTestCase();
+    void initTestCase() { ExportBench::wearTheProgramsStyle(); }
     void init() { removeLeftovers(); }
     void cleanup();
 
@@ -320,18 +98,9 @@ private:
     static void removeLeftovers();
 };
 
-void TestExportDialog::initTestCase()
-{
-    QCoreApplication::setAttribute(Qt::AA_DontUseNativeDialogs);
-    initResources();
-    QFile sheet(QStringLiteral(":/qss/styles.qss"));
-    Startup::applyStyleSheet(sheet);
-}
-
 void TestExportDialog::cleanup()
 {
-    QVERIFY(HelperThreads::waitForAll(10000));
-    CurveDataDB::shutdown();
+    ExportBench::closeStore();
     removeLeftovers();
 }
 
@@ -341,13 +110,13 @@ void TestExportDialog::removeLeftovers()
     const QDir programs(QCoreApplication::applicationDirPath());
     for (const QString& name : filesBesideTheProgram())
         QFile::remove(programs.filePath(name));
-    QDir(programs.filePath(Export::serial() + QStringLiteral("_Data"))).removeRecursively();
+    ExportBench::removeStore();
 }
 
 void TestExportDialog::dialogHasTheseRows()
 {
-    Export bench;
-    bench.inDialog([](const Dialog& dialog) {
+    ExportBench bench;
+    bench.inDialog([](const ExportDialogHand& dialog) {
         QVERIFY(dialog.label(QStringLiteral("将数据导出到CSV")));
         QVERIFY(dialog.window->isModal());
         auto* group = dialog.window->findChild<QGroupBox*>();
@@ -387,8 +156,8 @@ void TestExportDialog::dialogHasTheseRows()
 
 void TestExportDialog::separatorsHaveTheirData()
 {
-    Export bench;
-    bench.inDialog([](const Dialog& dialog) {
+    ExportBench bench;
+    bench.inDialog([](const ExportDialogHand& dialog) {
         QCOMPARE(WindowBench::itemsOf(dialog.separator()),
                  (QStringList{QStringLiteral("逗号(,)"), QStringLiteral("分号(;)"),
                               QStringLiteral("制表符(\\t)")}));
@@ -401,8 +170,8 @@ void TestExportDialog::separatorsHaveTheirData()
 
 void TestExportDialog::nothingIsClipped()
 {
-    Export bench;
-    bench.inDialog([](const Dialog& dialog) {
+    ExportBench bench;
+    bench.inDialog([](const ExportDialogHand& dialog) {
         QCOMPARE(dialog.window->minimumSize(), dialog.window->maximumSize());
         for (const QWidget* widget : dialog.window->findChildren<QWidget*>()) {
             if (!widget->isVisible() || widget == dialog.directory())
@@ -423,8 +192,8 @@ void TestExportDialog::nothingIsClipped()
 
 void TestExportDialog::textIsLegibleOnItsGround()
 {
-    Export bench;
-    bench.inDialog([](const Dialog& dialog) {
+    ExportBench bench;
+    bench.inDialog([](const ExportDialogHand& dialog) {
         const QImage picture = dialog.window->grab().toImage();
         const auto lightest = [&](const QWidget* widget) {
             int lightness = 0;
@@ -456,9 +225,9 @@ void TestExportDialog::textIsLegibleOnItsGround()
 
 void TestExportDialog::entriesStayFromOneUseToTheNext()
 {
-    Export bench;
+    ExportBench bench;
     const QTemporaryDir directory;
-    bench.inDialog([&directory](const Dialog& dialog) {
+    bench.inDialog([&directory](const ExportDialogHand& dialog) {
         enterText(dialog.name(), QStringLiteral("第二次"));
         dialog.separator()->setFocus(Qt::TabFocusReason);
         press(dialog.window, Qt::Key_Down);
@@ -466,7 +235,7 @@ void TestExportDialog::entriesStayFromOneUseToTheNext()
         click(dialog.close());
         QVERIFY(!dialog.window->isVisible());
     });
-    bench.inDialog([&directory](const Dialog& dialog) {
+    bench.inDialog([&directory](const ExportDialogHand& dialog) {
         QCOMPARE(dialog.name()->text(), QStringLiteral("第二次"));
         QCOMPARE(dialog.separator()->currentText(), QStringLiteral("分号(;)"));
         QCOMPARE(dialog.directory()->text(), directory.path());
@@ -485,8 +254,8 @@ void TestExportDialog::dialogIsLeftWithoutAnExport_data()
 void TestExportDialog::dialogIsLeftWithoutAnExport()
 {
     QFETCH(QString, way);
-    Export bench;
-    bench.inDialog([&way](const Dialog& dialog) {
+    ExportBench bench;
+    bench.inDialog([&way](const ExportDialogHand& dialog) {
         if (way.isEmpty())
             press(dialog.window, Qt::Key_Escape);
         else
@@ -499,8 +268,8 @@ void TestExportDialog::dialogIsLeftWithoutAnExport()
 
 void TestExportDialog::tabGoesFromTopToBottom()
 {
-    Export bench;
-    bench.inDialog([](const Dialog& dialog) {
+    ExportBench bench;
+    bench.inDialog([](const ExportDialogHand& dialog) {
         // A name can be typed at once.
         QTRY_COMPARE(QApplication::focusWidget(), dialog.name());
         QCOMPARE(dialog.name()->selectedText(), QStringLiteral("Trace"));
@@ -516,8 +285,8 @@ void TestExportDialog::tabGoesFromTopToBottom()
 
 void TestExportDialog::returnPressesOnlyTheFocusedButton()
 {
-    Export bench;
-    bench.inDialog([&bench](const Dialog& dialog) {
+    ExportBench bench;
+    bench.inDialog([&bench](const ExportDialogHand& dialog) {
         for (QWidget* control : QList<QWidget*>{dialog.name(), dialog.separator()}) {
             control->setFocus(Qt::TabFocusReason);
             for (const Qt::Key key : {Qt::Key_Return, Qt::Key_Enter}) {
@@ -551,8 +320,8 @@ void TestExportDialog::returnPressesOnlyTheFocusedButton()
 
 void TestExportDialog::leavingTheChoiceKeepsTheDirectory()
 {
-    Export bench;
-    bench.inDialog([](const Dialog& dialog) {
+    ExportBench bench;
+    bench.inDialog([](const ExportDialogHand& dialog) {
         const QString before = dialog.directory()->text();
         dialog.chooseDirectory(QString());
         QCOMPARE(dialog.directory()->text(), before);
@@ -562,13 +331,13 @@ void TestExportDialog::leavingTheChoiceKeepsTheDirectory()
 
 void TestExportDialog::longDirectoryIsShownShort()
 {
-    Export bench;
+    ExportBench bench;
     const QTemporaryDir directory;
     QString path = directory.path();
     while (path.size() < 300)
         path += QLatin1Char('/') + QString(30, QLatin1Char('w'));
     QVERIFY(QDir().mkpath(path));
-    bench.inDialog([&path](const Dialog& dialog) {
+    bench.inDialog([&path](const ExportDialogHand& dialog) {
         const QSize size = dialog.window->size();
         dialog.chooseDirectory(path);
         QCOMPARE(dialog.directory()->text(), path);
@@ -586,8 +355,8 @@ void TestExportDialog::longDirectoryIsShownShort()
 
 void TestExportDialog::withoutAStoreThereIsAMessageAndNoFile()
 {
-    Export bench;
-    bench.inDialog([&bench](const Dialog& dialog) {
+    ExportBench bench;
+    bench.inDialog([&bench](const ExportDialogHand& dialog) {
         click(dialog.toFile());
         QCOMPARE(bench.message(), QStringLiteral("没有相关轨迹数据"));
         QVERIFY(bench.isInformation());
@@ -599,16 +368,16 @@ void TestExportDialog::withoutAStoreThereIsAMessageAndNoFile()
 
 void TestExportDialog::withoutCurvesThereIsAMessageAndNoFile()
 {
-    Export bench;
+    ExportBench bench;
     bench.scan();
     CurveDataDB* const store = CurveDataDB::instance(QString());
     // The window would begin a new scan.
     disconnect(store, nullptr, &bench.window(), nullptr);
     const QSignalSpy cleared(store, &CurveDataDB::sigClearFinished);
     store->clearAll();
-    QTRY_COMPARE_WITH_TIMEOUT(cleared.count(), 1, kEndWaitMs);
+    QTRY_COMPARE_WITH_TIMEOUT(cleared.count(), 1, ExportBench::kEndWaitMs);
     QVERIFY(store->curveNames().isEmpty());
-    bench.inDialog([&bench](const Dialog& dialog) {
+    bench.inDialog([&bench](const ExportDialogHand& dialog) {
         click(dialog.toFile());
         QCOMPARE(bench.message(), QStringLiteral("没有相关轨迹数据"));
         QVERIFY(bench.isInformation());
@@ -630,9 +399,9 @@ void TestExportDialog::fileHoldsTheScan()
 {
     QFETCH(int, row);
     QFETCH(QString, separator);
-    Export bench;
+    ExportBench bench;
     bench.scan();
-    bench.inDialog([row](const Dialog& dialog) {
+    bench.inDialog([row](const ExportDialogHand& dialog) {
         dialog.separator()->setFocus(Qt::TabFocusReason);
         for (int step = 0; step < row; ++step)
             press(dialog.window, Qt::Key_Down);
@@ -643,7 +412,7 @@ void TestExportDialog::fileHoldsTheScan()
     const QStringList names = filesBesideTheProgram();
     QCOMPARE(names.size(), 1);
     const QString path = QDir(QCoreApplication::applicationDirPath()).filePath(names.constFirst());
-    QCOMPARE(base(names.constFirst()), Export::serial() + QStringLiteral("_Trace"));
+    QCOMPARE(base(names.constFirst()), ExportBench::serial() + QStringLiteral("_Trace"));
     QCOMPARE(bench.message(), QStringLiteral("导出成功") + path);
     QCOMPARE(contentOf(path), bench.csv(separator));
 }
@@ -663,13 +432,13 @@ void TestExportDialog::fileIsNamedAfterSerialAndName()
 {
     QFETCH(QString, name);
     QFETCH(QString, written);
-    Export bench;
+    ExportBench bench;
     bench.scan();
     const QTemporaryDir directory;
     bench.exportTo(directory.path(), name);
     const QStringList names = QDir(directory.path()).entryList(QDir::Files);
     QCOMPARE(names.size(), 1);
-    QCOMPARE(base(names.constFirst()), Export::serial() + QLatin1Char('_') + written);
+    QCOMPARE(base(names.constFirst()), ExportBench::serial() + QLatin1Char('_') + written);
 }
 
 void TestExportDialog::anyDirectoryWillDo_data()
@@ -690,20 +459,20 @@ void TestExportDialog::anyDirectoryWillDo()
 {
     QFETCH(QString, directory);
     QFETCH(bool, vanishes);
-    Export bench;
+    ExportBench bench;
     bench.scan();
     const QTemporaryDir root;
     const QString path = root.path() + directory;
     QVERIFY(QDir().mkpath(path));
-    bench.inDialog([&](const Dialog& dialog) {
+    bench.inDialog([&](const ExportDialogHand& dialog) {
         dialog.chooseDirectory(path);
         if (vanishes)
             QVERIFY(QDir().rmdir(path));
         click(dialog.toFile());
     });
     bench.waitForEnd();
-    QCOMPARE(files(path).size(), 1);
-    const QString file = QDir(path).filePath(files(path).constFirst());
+    QCOMPARE(csvFiles(path).size(), 1);
+    const QString file = QDir(path).filePath(csvFiles(path).constFirst());
     QCOMPARE(bench.message(), QStringLiteral("导出成功") + QDir::cleanPath(file));
     QCOMPARE(contentOf(file), bench.csv(QStringLiteral(",")));
 }
@@ -726,7 +495,7 @@ void TestExportDialog::outcomeIsToldAfterTheOverlay()
     class Watch : public QObject
     {
     public:
-        explicit Watch(Export& bench)
+        explicit Watch(ExportBench& bench)
             : m_bench(bench)
         {
             bench.messageDialog()->installEventFilter(this);
@@ -743,12 +512,12 @@ void TestExportDialog::outcomeIsToldAfterTheOverlay()
         bool wasCovered = true;
 
     private:
-        Export& m_bench;
+        ExportBench& m_bench;
     };
 
     QFETCH(QString, cause);
     QFETCH(QString, text);
-    Export bench;
+    ExportBench bench;
     bench.scan();
     const QTemporaryDir directory;
     const QString path = directory.filePath(QStringLiteral("target"));
@@ -758,7 +527,7 @@ void TestExportDialog::outcomeIsToldAfterTheOverlay()
         g_scanEndText.clear();
     }
     Watch watch(bench);
-    bench.inDialog([&](const Dialog& dialog) {
+    bench.inDialog([&](const ExportDialogHand& dialog) {
         dialog.chooseDirectory(path);
         if (cause == QLatin1String("name"))
             enterText(dialog.name(), QString(300, QLatin1Char('n')));
@@ -791,14 +560,14 @@ void TestExportDialog::outcomeIsToldAfterTheOverlay()
 
 void TestExportDialog::outcomeFitsTheScreen()
 {
-    Export bench;
+    ExportBench bench;
     bench.scan();
     const QTemporaryDir root;
     const QString path =
         root.path() + QString(QLatin1Char('/') + QString(140, QLatin1Char('w'))).repeated(6);
     QVERIFY(QDir().mkpath(path));
     bench.exportTo(path);
-    QCOMPARE(files(path).size(), 1);
+    QCOMPARE(csvFiles(path).size(), 1);
     QVERIFY(bench.message().contains(path));
     const QSize screen = QApplication::primaryScreen()->availableSize();
     QVERIFY(bench.messageDialog()->width() <= screen.width());
@@ -809,10 +578,10 @@ void TestExportDialog::outcomeFitsTheScreen()
 
 void TestExportDialog::secondExportCannotBeStartedByKeys()
 {
-    Export bench;
+    ExportBench bench;
     bench.scan(kLongScan);
     const QTemporaryDir directory;
-    bench.inDialog([&](const Dialog& dialog) {
+    bench.inDialog([&](const ExportDialogHand& dialog) {
         dialog.chooseDirectory(directory.path());
         click(dialog.toFile());
     });
@@ -826,38 +595,38 @@ void TestExportDialog::secondExportCannotBeStartedByKeys()
     });
     // Sent to the buttons alone: the export's end is not taken in before them.
     QTest::keyClick(bench.exportButton(), Qt::Key_Space);
-    QTest::mouseClick(Dialog(dialog).toFile(), Qt::LeftButton);
+    QTest::mouseClick(ExportDialogHand(dialog).toFile(), Qt::LeftButton);
     bench.waitForEnd();
     QVERIFY(!hasOpened);
-    QCOMPARE(files(directory.path()).size(), 1);
+    QCOMPARE(csvFiles(directory.path()).size(), 1);
 }
 
 void TestExportDialog::exportsFollowOneAnother()
 {
-    Export bench;
+    ExportBench bench;
     bench.scan();
     const QTemporaryDir directory;
     bench.exportTo(directory.path(), QStringLiteral("one"));
     const LoadingView* overlay = bench.exportView();
     bench.exportTo(directory.path(), QStringLiteral("two"));
-    QCOMPARE(files(directory.path()).size(), 2);
+    QCOMPARE(csvFiles(directory.path()).size(), 2);
     QCOMPARE(bench.exportView(), overlay);
 }
 
 void TestExportDialog::endOfTheWindowEndsAnExport()
 {
-    Export bench;
+    ExportBench bench;
     // Long enough for the end to come in its midst.
     bench.scan(kLongScan);
     const QTemporaryDir directory;
-    bench.inDialog([&](const Dialog& dialog) {
+    bench.inDialog([&](const ExportDialogHand& dialog) {
         dialog.chooseDirectory(directory.path());
         click(dialog.toFile());
     });
     QVERIFY(bench.exportView()->isVisible());
     WindowBench::endAcquisition();
     bench.close();
-    QCOMPARE(files(directory.path()), QStringList());
+    QCOMPARE(csvFiles(directory.path()), QStringList());
     QCoreApplication::processEvents();
 }
 
@@ -871,7 +640,7 @@ void TestExportDialog::exitLeavesTheDialog_data()
 void TestExportDialog::exitLeavesTheDialog()
 {
     QFETCH(bool, byLauncher);
-    Export bench;
+    ExportBench bench;
     bench.window().setAttribute(Qt::WA_DeleteOnClose, false);
     bool isOpen = true;
     QTimer::singleShot(0, &bench.window(), [&] {
