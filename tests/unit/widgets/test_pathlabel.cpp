@@ -32,6 +32,8 @@ class TestPathLabel : public QObject
 
 private slots:
     void shortTextTakesItsOwnSize();
+    void textThatFitsStaysOnOneLine_data();
+    void textThatFitsStaysOnOneLine();
     void oneLineLabelGivesWay();
     void longTextIsWrapped();
     void veryLongTextKeepsItsLines();
@@ -47,6 +49,31 @@ void TestPathLabel::shortTextTakesItsOwnSize()
     QVERIFY(label.sizeHint().width() >= label.fontMetrics().horizontalAdvance(label.text()));
     QVERIFY(label.sizeHint().width() < 100);
     QCOMPARE(label.sizeHint().height(), label.fontMetrics().height());
+}
+
+void TestPathLabel::textThatFitsStaysOnOneLine_data()
+{
+    QTest::addColumn<QString>("text");
+    for (const char* text : {"CSV文件无法打开（可能被占用）", "数据库读取失败，请检查数据文件",
+                             "导出成功/数据/a b/Trace（1）.csv", "（）"})
+        QTest::newRow(text) << QString::fromUtf8(text);
+}
+
+/// Also where the text is in several fonts, and there is height for more lines.
+void TestPathLabel::textThatFitsStaysOnOneLine()
+{
+    QFETCH(QString, text);
+    PathLabel label(8, 400);
+    for (int pixels = 10; pixels <= 20; ++pixels) {
+        QFont font = label.font();
+        font.setPixelSize(pixels);
+        label.setFont(font);
+        label.setText(text);
+        QVERIFY(label.sizeHint().width() < 400);
+        label.resize(label.sizeHint().width(), 100);
+        QVERIFY(inkedRows(label) > 0);
+        QVERIFY(inkedRows(label) <= label.fontMetrics().height());
+    }
 }
 
 void TestPathLabel::oneLineLabelGivesWay()
