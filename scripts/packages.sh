@@ -1,5 +1,5 @@
 # Debian packages, by what needs them, and the function that installs those that are missing.
-# Sourced by run, test, .ci/run, scripts/fuzz.sh and scripts/bench.sh.
+# Sourced by run, test, .ci/run and the scripts beside it.
 
 build_packages="g++ cmake ninja-build ccache qtbase5-dev libqwt-qt5-dev libqt5sql5-sqlite libsqlite3-dev dpkg-dev fonts-wqy-microhei"
 display_packages="xvfb xauth xdotool x11-utils imagemagick"

@@ -29,11 +29,11 @@ const QString kRunTimeFormat = QStringLiteral("yyyy MM dd hh mm ss");
 
 } // namespace
 
-ExportBench::ExportBench()
+ExportBench::ExportBench(const QString& serialNumber)
 {
     instrument().putModule(2, QStringLiteral("SCN4005A"));
     instrument().setReply(QStringLiteral("*IDN?"),
-                          QStringLiteral("MAKER,SCN4070A,%1,1.00").arg(serial()));
+                          QStringLiteral("MAKER,SCN4070A,%1,1.00").arg(serialNumber));
     instrument().setReply(QStringLiteral("ROUT:SCAN?"), QStringLiteral("#210(@201,202)"));
     open().show();
     startupView()->stopLoading();

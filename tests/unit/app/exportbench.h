@@ -9,13 +9,13 @@
 
 struct ExportDialogHand;
 
-/// A window with two channels in the scan list, and its exports. The serial number is the test's own,
-/// so that tests that run side by side keep apart stores.
+/// A window with two channels in the scan list, and its exports. The serial number is the test's own
+/// unless one is given, so that tests that run side by side keep apart stores.
 struct ExportBench : WindowBench
 {
     static constexpr int kEndWaitMs = 20000;
 
-    ExportBench();
+    explicit ExportBench(const QString& serialNumber = serial());
     ~ExportBench();
     ExportBench(const ExportBench&) = delete;
     ExportBench& operator=(const ExportBench&) = delete;

@@ -1,0 +1,261 @@
+#include "app/globals.h"
+#include "app/mainwidget.h"
+#include "export/exportoutcome.h"
+#include "exportbench.h"
+#include "exportdialoghand.h"
+#include "overlay/loadingview.h"
+#include "storage/curvedatadb.h"
+#include "userhand.h"
+#include "widgets/customcombobox.h"
+#include "widgets/custommessagedialog.h"
+
+#include <QAbstractItemView>
+#include <QApplication>
+#include <QDir>
+#include <QFile>
+#include <QLabel>
+#include <QRegularExpression>
+#include <QScreen>
+#include <QtTest>
+
+#include <csignal>
+#include <sys/resource.h>
+
+using userhand::click;
+using userhand::press;
+
+namespace {
+
+constexpr QSize kWindowSize(1280, 720);
+/// Rows whose export takes long enough to be seen.
+constexpr int kLongScan = 300000;
+/// Time for what a window system does after the program is done: it tells nobody.
+constexpr int kSettleMs = 300;
+/// Quality of a PNG file: how little it is compressed.
+constexpr int kSmallestFile = 0;
+
+/// The window in the program's style, alone on the screen.
+struct Scene : ExportBench
+{
+    Scene()
+        : ExportBench(QStringLiteral("SN40700042"))
+    {
+        // As the program does: after the window was made.
+        wearTheProgramsStyle();
+        window().setGeometry(QRect(QPoint(0, 0), kWindowSize));
+        QVERIFY(QTest::qWaitForWindowExposed(&window()));
+        QVERIFY(QDir().mkpath(target()));
+    }
+
+    /// Where it exports to.
+    static QString target()
+    {
+        return QDir(QCoreApplication::applicationDirPath()).filePath(QStringLiteral("export"));
+    }
+
+    static QString longTarget()
+    {
+        const QString path = target() + QStringLiteral("/二号温控箱/长期稳定性测量") +
+                             QStringLiteral("/channels-of-the-second-module").repeated(3);
+        QDir().mkpath(path);
+        return path;
+    }
+
+    /// Takes what is on the screen as the picture of the running function.
+    static void take()
+    {
+        QTest::qWait(kSettleMs);
+        const QImage picture = QApplication::primaryScreen()->grabWindow(0).toImage();
+        QCOMPARE(picture.size(), kWindowSize);
+        const QDir directory(qEnvironmentVariable("SCN_PICTURES", QDir::currentPath()));
+        const QString file = directory.filePath(fileName());
+        QVERIFY(picture.convertToFormat(QImage::Format_RGB32).save(file, "png", kSmallestFile));
+    }
+
+    /// The function's name with its words apart.
+    static QString fileName()
+    {
+        QString name = QLatin1String(QTest::currentTestFunction());
+        name.replace(QRegularExpression(QStringLiteral("([A-Z])")), QStringLiteral("-\\1"));
+        return name.toLower() + QStringLiteral(".png");
+    }
+
+    /// Takes the message on show.
+    void takeToast(const QString& beginning) const
+    {
+        QVERIFY2(message().startsWith(beginning), qPrintable(message()));
+        QVERIFY(exportView()->isHidden());
+        take();
+        QVERIFY(messageDialog()->isVisible());
+    }
+
+    /// Waits until the export writes its file.
+    static void waitForFile()
+    {
+        QTRY_VERIFY_WITH_TIMEOUT(!csvFiles(target()).isEmpty(), kEndWaitMs);
+    }
+};
+
+/// While it lives no file grows beyond what an export needs.
+class SmallFiles
+{
+public:
+    SmallFiles()
+    {
+        std::signal(SIGXFSZ, SIG_IGN);
+        getrlimit(RLIMIT_FSIZE, &m_before);
+        rlimit small = m_before;
+        small.rlim_cur = kSmallFile;
+        setrlimit(RLIMIT_FSIZE, &small);
+    }
+    ~SmallFiles() { setrlimit(RLIMIT_FSIZE, &m_before); }
+    SmallFiles(const SmallFiles&) = delete;
+    SmallFiles& operator=(const SmallFiles&) = delete;
+
+private:
+    static constexpr rlim_t kSmallFile = 65536;
+    rlimit m_before{};
+};
+
+} // namespace
+
+/// The states of the window that the pictures show: one function, one process and one picture each.
+/// A state is reached as the user reaches it, and the picture is taken off the screen. The store and
+/// the files lie beside the program, and stay there.
+class Pictures : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void exportDialogAsOpened();
+    void exportDialogWithItsListOpen();
+    void exportDialogWithALongDirectory();
+    void overlayDuringAnExport();
+    void toastWithoutAStore();
+    void toastAfterASuccess();
+    void toastAfterASuccessInALongDirectory();
+    void toastAfterAFileError();
+    void toastWithoutData();
+    void toastAfterAStoreError();
+    void toastAfterAStop();
+    void toastAfterAWriteError();
+
+    void cleanup() { ExportBench::closeStore(); }
+};
+
+void Pictures::exportDialogAsOpened()
+{
+    Scene scene;
+    scene.inDialog([](const ExportDialogHand&) { Scene::take(); });
+}
+
+void Pictures::exportDialogWithItsListOpen()
+{
+    Scene scene;
+    scene.inDialog([](const ExportDialogHand& dialog) {
+        click(dialog.separator());
+        QTRY_VERIFY(dialog.separator()->view()->isVisible());
+        Scene::take();
+        press(QApplication::activePopupWidget(), Qt::Key_Escape);
+    });
+}
+
+void Pictures::exportDialogWithALongDirectory()
+{
+    Scene scene;
+    const QString path = Scene::longTarget();
+    scene.inDialog([&path](const ExportDialogHand& dialog) {
+        dialog.chooseDirectory(path);
+        QCOMPARE(dialog.directory()->text(), path);
+        Scene::take();
+    });
+}
+
+void Pictures::overlayDuringAnExport()
+{
+    Scene scene;
+    scene.scan(kLongScan);
+    scene.startExport(Scene::target());
+    Scene::waitForFile();
+    Scene::take();
+    QVERIFY(scene.exportView()->isVisible());
+}
+
+void Pictures::toastWithoutAStore()
+{
+    Scene scene;
+    scene.inDialog([&scene](const ExportDialogHand& dialog) {
+        click(dialog.toFile());
+        QCOMPARE(scene.message(), QStringLiteral("没有相关轨迹数据"));
+        Scene::take();
+    });
+}
+
+void Pictures::toastAfterASuccess()
+{
+    Scene scene;
+    scene.scan();
+    scene.exportTo(Scene::target());
+    scene.takeToast(QStringLiteral("导出成功"));
+}
+
+void Pictures::toastAfterASuccessInALongDirectory()
+{
+    Scene scene;
+    scene.scan();
+    const QString path = Scene::longTarget();
+    scene.exportTo(path);
+    scene.takeToast(QStringLiteral("导出成功"));
+}
+
+void Pictures::toastAfterAFileError()
+{
+    Scene scene;
+    scene.scan();
+    scene.exportTo(Scene::target(), QString(300, QLatin1Char('n')));
+    scene.takeToast(QStringLiteral("CSV文件无法打开（可能被占用）"));
+}
+
+void Pictures::toastWithoutData()
+{
+    Scene scene;
+    scene.scan();
+    g_scanStartText.clear();
+    g_scanEndText.clear();
+    scene.exportTo(Scene::target());
+    scene.takeToast(QStringLiteral("没有可以保存的数据"));
+}
+
+void Pictures::toastAfterAStoreError()
+{
+    Scene scene;
+    scene.scan(kLongScan);
+    scene.startExport(Scene::target());
+    Scene::waitForFile();
+    QVERIFY(QFile::remove(CurveDataDB::instance(QString())->todayDbPath()));
+    scene.waitForEnd();
+    scene.takeToast(QStringLiteral("数据库读取失败，请检查数据文件"));
+}
+
+/// No control of the window stops an export: the text is shown as its end would show it.
+void Pictures::toastAfterAStop()
+{
+    Scene scene;
+    scene.messageDialog()->showMessage(exportOutcomeText(ExportCancelled, {}), 2, 3000);
+    Scene::take();
+    QCOMPARE(scene.message(), QStringLiteral("导出已取消"));
+}
+
+void Pictures::toastAfterAWriteError()
+{
+    Scene scene;
+    scene.scan(kLongScan);
+    {
+        const SmallFiles smallFiles;
+        scene.exportTo(Scene::target());
+    }
+    scene.takeToast(QStringLiteral("导出失败"));
+}
+
+QTEST_MAIN(Pictures)
+#include "pictures.moc"
