@@ -58,7 +58,8 @@ void MainWidget::recvStartButtonSlot()
         endScan();
         return;
     }
-    if (m_starting)
+    // Without the link a start would empty the store and measure nothing.
+    if (m_starting || m_reconnecting || !g_instrumentConnected)
         return;
     if (g_scanChannels.isEmpty()) {
         m_messageDialog->showMessage(tr("未选择扫描通道"), kWarningMessage, kMessageMs);

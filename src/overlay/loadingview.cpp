@@ -1,10 +1,13 @@
 #include "overlay/loadingview.h"
 
 #include "common/threadassert.h"
+#include "overlay/inputbarrier.h"
 #include "overlay/viewportcover.h"
 
+#include <QApplication>
 #include <QLabel>
 #include <QPainter>
+#include <QPointer>
 #include <QPushButton>
 #include <QResizeEvent>
 #include <QTimer>
@@ -63,6 +66,9 @@ struct LoadingView::State
     QLabel* loadingLabel = nullptr;
     QLabel* recoveryLabel = nullptr;
     QPushButton* recoveryButton = nullptr;
+    std::unique_ptr<InputBarrier> barrier;
+    bool holdsFocus = false;     ///< From coming up until the focus has been given back.
+    QPointer<QWidget> lastFocus; ///< Had the focus when the view came up.
 };
 
 LoadingView::LoadingView(int mode, QWidget* parent)
@@ -81,6 +87,8 @@ LoadingView::LoadingView(int mode, QWidget* parent)
         raise();
     }
     buildControls();
+    m_state->barrier =
+        std::make_unique<InputBarrier>([this](const QWidget& widget) { return covers(widget); });
 
     m_state->timer.setInterval(kStepMs);
     connect(
@@ -193,6 +201,7 @@ void LoadingView::showRecoveryForm()
     m_state->loadingLabel->hide();
     placeControls();
     viewport()->update();
+    takeFocus();
 }
 
 void LoadingView::setLoadingText(const QString& text)
@@ -243,6 +252,12 @@ bool LoadingView::eventFilter(QObject* watched, QEvent* event)
         setGeometry(QRect(QPoint(0, 0), static_cast<QResizeEvent*>(event)->size()));
         placeControls();
     }
+    // A field that loses the focus to the view must not take that for the end of an edit, which
+    // would send a command behind the cover; nor its return for the beginning of one.
+    if ((event->type() == QEvent::FocusOut || event->type() == QEvent::FocusIn) &&
+        watched->isWidgetType() && m_state->holdsFocus && covers(*static_cast<QWidget*>(watched))) {
+        return true;
+    }
     return QGraphicsView::eventFilter(watched, event);
 }
 
@@ -252,9 +267,72 @@ void LoadingView::showEvent(QShowEvent* event)
     QGraphicsView::showEvent(event);
     setViewportMargins(viewportCoverMargins(*this));
     placeControls();
-    if (parentWidget()) {
-        raise();
+    if (!parentWidget()) {
+        return;
     }
+    raise();
+    m_state->holdsFocus = true;
+    m_state->lastFocus = window()->focusWidget();
+    m_state->barrier->raise();
+    qApp->installEventFilter(this);
+    closePopups();
+    takeFocus();
+}
+
+void LoadingView::hideEvent(QHideEvent* event)
+{
+    assertGuiThread();
+    giveFocusBack();
+    m_state->holdsFocus = false;
+    qApp->removeEventFilter(this);
+    m_state->barrier->lower();
+    QGraphicsView::hideEvent(event);
+}
+
+/// Whether input for the widget is held back while the view is up.
+bool LoadingView::covers(const QWidget& widget) const
+{
+    return parentWidget() && !InputBarrier::isWithin(widget, this) &&
+           InputBarrier::isWithin(widget, parentWidget());
+}
+
+/// An open list or panel of what is covered would lie over the view.
+void LoadingView::closePopups()
+{
+    QWidget* popup = QApplication::activePopupWidget();
+    while (popup && covers(*popup) && popup->close()) {
+        popup = QApplication::activePopupWidget();
+    }
+}
+
+void LoadingView::takeFocus()
+{
+    if (!isVisible() || !parentWidget()) {
+        return;
+    }
+    QPushButton* button = m_state->recoveryButton;
+    QWidget* target = button && !button->isHidden() ? static_cast<QWidget*>(button) : this;
+    target->setFocus(Qt::OtherFocusReason);
+}
+
+void LoadingView::giveFocusBack()
+{
+    const QWidget* focus = window()->focusWidget();
+    if (!focus || !InputBarrier::isWithin(*focus, this)) {
+        return;
+    }
+    if (m_state->lastFocus && m_state->lastFocus->isEnabled()) {
+        m_state->lastFocus->setFocus(Qt::OtherFocusReason);
+    }
+}
+
+bool LoadingView::focusNextPrevChild(bool next)
+{
+    if (!isVisible()) {
+        return QGraphicsView::focusNextPrevChild(next);
+    }
+    takeFocus();
+    return true;
 }
 
 void LoadingView::paintEvent(QPaintEvent* event)

@@ -5,8 +5,9 @@
 #include <memory>
 
 /// Covers its parent while the program waits for the instrument: a turning ring with a text, or,
-/// after the link was lost, a text with a button that starts the recovery. It belongs to the GUI
-/// thread.
+/// after the link was lost, a text with a button that starts the recovery. While it is up no key and
+/// no wheel reaches what it covers: it has the focus and gives it back when it goes. It belongs to
+/// the GUI thread.
 class LoadingView : public QGraphicsView
 {
     Q_OBJECT
@@ -37,6 +38,8 @@ signals:
 protected:
     void paintEvent(QPaintEvent* event) override;
     void showEvent(QShowEvent* event) override;
+    void hideEvent(QHideEvent* event) override;
+    bool focusNextPrevChild(bool next) override;
 
 private:
     struct State;
@@ -48,6 +51,10 @@ private:
     void placeRecoveryLabel();
     void showRecoveryForm();
     void onRecoveryClicked();
+    bool covers(const QWidget& widget) const;
+    void closePopups();
+    void takeFocus();
+    void giveFocusBack();
 
     std::unique_ptr<State> m_state;
 };

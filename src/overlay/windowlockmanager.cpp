@@ -1,16 +1,23 @@
 #include "overlay/windowlockmanager.h"
 
 #include "common/threadassert.h"
+#include "overlay/inputbarrier.h"
 #include "overlay/lockabledatacollectionview.h"
 
 #include <QEvent>
 
+#include <algorithm>
+
 WindowLockManager::WindowLockManager(QObject* parent)
     : QObject(parent)
+    , m_barrier(
+          std::make_unique<InputBarrier>([this](const QWidget& widget) { return covers(widget); }))
 {
     assertGuiThread();
     overlay()->hide();
 }
+
+WindowLockManager::~WindowLockManager() = default;
 
 LockableDataCollectionView* WindowLockManager::overlay()
 {
@@ -42,7 +49,10 @@ void WindowLockManager::setLockEnabled(bool on)
 {
     assertGuiThread();
     m_enabled = on;
-    if (!on) {
+    if (on) {
+        m_barrier->raise();
+    } else {
+        m_barrier->lower();
         overlay()->lock();
     }
     updateCurrentWindow();
@@ -106,6 +116,17 @@ void WindowLockManager::updateCurrentWindow()
     } else {
         overlay()->hide();
     }
+}
+
+/// Whether keys for the widget are held back.
+bool WindowLockManager::covers(const QWidget& widget) const
+{
+    if (!m_lockView || !m_lockView->isLocked() || InputBarrier::isWithin(widget, m_lockView)) {
+        return false;
+    }
+    return std::any_of(m_windows.cbegin(), m_windows.cend(), [&widget](const auto& page) {
+        return page && InputBarrier::isWithin(widget, page);
+    });
 }
 
 void WindowLockManager::onWindowEntered()

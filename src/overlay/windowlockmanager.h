@@ -5,10 +5,14 @@
 #include <QPointer>
 #include <QWidget>
 
+#include <memory>
+
+class InputBarrier;
 class LockableDataCollectionView;
 
 /// Watches pages and lays the one lock overlay of the process over the page that the pointer
-/// enters while locking is on. It belongs to the GUI thread.
+/// enters while locking is on. Locked pages take no keys, wherever the pointer is: the focus may
+/// have stayed in one. It belongs to the GUI thread.
 class WindowLockManager : public QObject
 {
     Q_OBJECT
@@ -16,6 +20,7 @@ class WindowLockManager : public QObject
 
 public:
     explicit WindowLockManager(QObject* parent = nullptr);
+    ~WindowLockManager() override;
 
     /// Watches the page from now on. A null or known page is ignored; a page may be deleted.
     void registerWindow(QWidget* window);
@@ -43,7 +48,9 @@ private:
     void enter(QWidget* window);
     void leave(QWidget* window);
     void updateCurrentWindow();
+    bool covers(const QWidget& widget) const;
 
+    std::unique_ptr<InputBarrier> m_barrier;
     QPointer<LockableDataCollectionView> m_lockView;
     QList<QPointer<QWidget>> m_windows;
     QPointer<QWidget> m_currentWindow;

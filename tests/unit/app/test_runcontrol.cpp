@@ -156,6 +156,10 @@ private slots:
     void recoveryRestartsTheAcquisition();
     void recoveryThatFailsCanBeTriedAgain();
     void secondClickOnTheRecoveryIsIgnored();
+    void keyboardStartsNothingUnderTheRecovery();
+    void startWithoutTheLinkIsRefused();
+    void recoveryWorksByKeyboard();
+    void keysChangeNoTriggerSettingWhileLocked();
 };
 
 void TestRunControl::scanStartSendsTheseLines()
@@ -535,6 +539,79 @@ void TestRunControl::secondClickOnTheRecoveryIsIgnored()
     QVERIFY(HelperThreads::waitForAll(10000));
     QCOMPARE(bench.instrument().visa().calls().filter(QStringLiteral("viOpen(")).size(), 1);
     WindowBench::endAcquisition();
+}
+
+void TestRunControl::keyboardStartsNothingUnderTheRecovery()
+{
+    Scan bench;
+    MainWidget& window = bench.open();
+    window.show();
+    QVERIFY(QTest::qWaitForWindowActive(&window));
+    bench.startupView()->stopLoading();
+    bench.startButton()->setFocus();
+    bench.call("recvUseInstSlot");
+    bench.takeLines();
+    for (const Qt::Key key : {Qt::Key_Tab, Qt::Key_Backtab, Qt::Key_Return})
+        QTest::keyClick(window.windowHandle(), key);
+    bench.startButton()->setFocus();
+    QTest::keyClick(window.windowHandle(), Qt::Key_Space);
+    QTest::qWait(300);
+    QVERIFY(bench.startButton()->text() == QStringLiteral("开始"));
+    QCOMPARE(bench.takeLines(), QStringList());
+}
+
+void TestRunControl::startWithoutTheLinkIsRefused()
+{
+    Scan bench;
+    bench.open().show();
+    bench.call("recvUseInstSlot");
+    bench.takeLines();
+    bench.call("recvStartButtonSlot");
+    QCOMPARE(bench.startButton()->text(), QStringLiteral("开始"));
+    QVERIFY(bench.startupView()->isHidden());
+
+    // The instrument is found, and is still being read back.
+    bool refused = false;
+    bench.instrument().whenAsked(QStringLiteral("TRIG:COUN?"), [&] {
+        QMetaObject::invokeMethod(
+            &bench.window(),
+            [&] {
+                bench.call("recvStartButtonSlot");
+                refused = bench.startButton()->text() == QStringLiteral("开始");
+            },
+            Qt::BlockingQueuedConnection);
+    });
+    bench.loseAndRecover();
+    QVERIFY(refused);
+}
+
+void TestRunControl::recoveryWorksByKeyboard()
+{
+    Scan bench;
+    MainWidget& window = bench.open();
+    window.show();
+    QVERIFY(QTest::qWaitForWindowActive(&window));
+    bench.call("recvUseInstSlot");
+    QTest::keyClick(window.windowHandle(), Qt::Key_Space);
+    QTRY_VERIFY_WITH_TIMEOUT(bench.reconnectView()->isHidden(), 10000);
+    QVERIFY(g_instrumentConnected);
+    bench.endAcquisition();
+}
+
+void TestRunControl::keysChangeNoTriggerSettingWhileLocked()
+{
+    Scan bench;
+    MainWidget& window = bench.run();
+    QVERIFY(QTest::qWaitForWindowActive(&window));
+    QAbstractButton* radio = bench.button(QStringLiteral("N次扫描后:"));
+    QVERIFY(radio);
+    bench.takeLines();
+    radio->setFocus();
+    QVERIFY(radio->hasFocus());
+    for (const Qt::Key key : {Qt::Key_Space, Qt::Key_Up, Qt::Key_Down})
+        QTest::keyClick(window.windowHandle(), key);
+    QCOMPARE(bench.takeLines(), QStringList());
+    QVERIFY(!radio->isChecked());
 }
 
 QTEST_MAIN(TestRunControl)

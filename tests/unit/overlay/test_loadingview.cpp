@@ -1,8 +1,11 @@
 #include "overlay/loadingview.h"
 #include "support/eventcounter.h"
 
+#include <QApplication>
+#include <QComboBox>
 #include <QElapsedTimer>
 #include <QLabel>
+#include <QLineEdit>
 #include <QPushButton>
 #include <QSignalSpy>
 #include <QTest>
@@ -83,8 +86,17 @@ private slots:
     void startSpinningDrawsTheRing();
     void coversItsParentUnderAStyleSheetThatDrawsFrames();
     void raisedWhenShown();
+    void keysDoNotReachWhatIsCovered();
+    void focusComesBackToAnUnfinishedEdit();
+    void shownWithItsWindowTakesTheFocus();
+    void tabStaysOnTheView();
+    void recoveryButtonWorksByKeyboard();
+    void wheelDoesNotReachWhatIsCovered();
+    void openListOfWhatIsCoveredCloses();
 
 private:
+    void type(Qt::Key key) const;
+
     std::unique_ptr<QWidget> m_parent;
 };
 
@@ -479,6 +491,160 @@ void TestLoadingView::raisedWhenShown()
     later.show();
     view.showLoading();
     QCOMPARE(m_parent->childAt(2, 2), view.viewport());
+}
+
+/// A key on the keyboard: goes to what has the focus in the parent's window.
+void TestLoadingView::type(Qt::Key key) const
+{
+    QTest::keyClick(m_parent->windowHandle(), key);
+}
+
+void TestLoadingView::keysDoNotReachWhatIsCovered()
+{
+    QPushButton button(m_parent.get());
+    button.show();
+    button.setFocus();
+    const QSignalSpy clicked(&button, &QPushButton::clicked);
+    type(Qt::Key_Space);
+    QCOMPARE(clicked.size(), 1);
+
+    LoadingView view(kBusy, m_parent.get());
+    view.showLoading();
+    QVERIFY(!button.hasFocus());
+    type(Qt::Key_Space);
+    // The program may give a covered control the focus: that does not open it either.
+    button.setFocus();
+    type(Qt::Key_Space);
+    QCOMPARE(clicked.size(), 1);
+
+    view.stopLoading();
+    QVERIFY(button.hasFocus());
+    type(Qt::Key_Space);
+    QCOMPARE(clicked.size(), 2);
+}
+
+void TestLoadingView::focusComesBackToAnUnfinishedEdit()
+{
+    QLineEdit edit(m_parent.get());
+    edit.show();
+    edit.setFocus();
+    const QSignalSpy finished(&edit, &QLineEdit::editingFinished);
+    type(Qt::Key_1);
+
+    LoadingView view(kBusy, m_parent.get());
+    view.showLoading();
+    type(Qt::Key_2);
+    QCOMPARE(edit.text(), QStringLiteral("1"));
+    // A command behind the cover would be the edit's last act before the loss is mended.
+    QCOMPARE(finished.size(), 0);
+
+    view.stopLoading();
+    QVERIFY(edit.hasFocus());
+    type(Qt::Key_3);
+    QCOMPARE(edit.text(), QStringLiteral("13"));
+    type(Qt::Key_Return);
+    QCOMPARE(finished.size(), 1);
+}
+
+void TestLoadingView::shownWithItsWindowTakesTheFocus()
+{
+    QLineEdit edit(m_parent.get());
+    edit.show();
+    edit.setFocus();
+    m_parent->hide();
+    LoadingView view(kBusy, m_parent.get());
+    view.showLoading();
+    m_parent->show();
+    QVERIFY(QTest::qWaitForWindowActive(m_parent.get()));
+    type(Qt::Key_1);
+    QCOMPARE(edit.text(), QString());
+    view.stopLoading();
+    type(Qt::Key_2);
+    QCOMPARE(edit.text(), QStringLiteral("2"));
+}
+
+void TestLoadingView::tabStaysOnTheView()
+{
+    QPushButton button(m_parent.get());
+    button.show();
+    button.setFocus();
+    LoadingView view(kRecovery, m_parent.get());
+    view.showLoading();
+    for (const Qt::Key key : {Qt::Key_Tab, Qt::Key_Backtab, Qt::Key_Tab}) {
+        type(key);
+        QVERIFY(buttonOf(view)->hasFocus());
+    }
+    // From a covered control, too, Tab leads to the button.
+    button.setFocus();
+    type(Qt::Key_Tab);
+    QVERIFY(view.isAncestorOf(QApplication::focusWidget()));
+}
+
+void TestLoadingView::recoveryButtonWorksByKeyboard()
+{
+    QPushButton button(m_parent.get());
+    button.show();
+    button.setFocus();
+    const QSignalSpy clicked(&button, &QPushButton::clicked);
+    LoadingView view(kRecovery, m_parent.get());
+    const QSignalSpy confirmed(&view, &LoadingView::confirmRequested);
+    view.showLoading();
+    type(Qt::Key_Space);
+    QCOMPARE(confirmed.size(), 1);
+    // The ring turns now, and nothing is left to press.
+    type(Qt::Key_Space);
+    QCOMPARE(confirmed.size(), 1);
+
+    // The recovery has failed: the form is back.
+    view.stopLoading();
+    view.showLoading();
+    type(Qt::Key_Space);
+    QCOMPARE(confirmed.size(), 2);
+    view.showLoading();
+    type(Qt::Key_Space);
+    QCOMPARE(confirmed.size(), 3);
+
+    view.stopLoading();
+    QVERIFY(button.hasFocus());
+    QCOMPARE(clicked.size(), 0);
+}
+
+void TestLoadingView::wheelDoesNotReachWhatIsCovered()
+{
+    QComboBox box(m_parent.get());
+    box.addItems({QStringLiteral("1"), QStringLiteral("2"), QStringLiteral("3")});
+    box.setCurrentIndex(1);
+    box.show();
+    const auto turn = [this, &box] {
+        const QPoint place = box.mapTo(m_parent.get(), box.rect().center());
+        QWheelEvent event(place, m_parent->mapToGlobal(place), QPoint(), QPoint(0, -120),
+                          Qt::NoButton, Qt::NoModifier, Qt::NoScrollPhase, false);
+        QSpontaneKeyEvent::setSpontaneous(&event);
+        qApp->notify(m_parent->windowHandle(), &event);
+    };
+    turn();
+    QCOMPARE(box.currentIndex(), 2);
+    box.setCurrentIndex(1);
+    LoadingView view(kBusy, m_parent.get());
+    view.showLoading();
+    turn();
+    QCOMPARE(box.currentIndex(), 1);
+    view.stopLoading();
+    turn();
+    QCOMPARE(box.currentIndex(), 2);
+}
+
+void TestLoadingView::openListOfWhatIsCoveredCloses()
+{
+    QComboBox box(m_parent.get());
+    box.addItems({QStringLiteral("1"), QStringLiteral("2")});
+    box.show();
+    QTest::mouseClick(&box, Qt::LeftButton);
+    QVERIFY(QApplication::activePopupWidget());
+    LoadingView view(kBusy, m_parent.get());
+    view.showLoading();
+    QVERIFY(!QApplication::activePopupWidget());
+    QCOMPARE(box.currentIndex(), 0);
 }
 
 QTEST_MAIN(TestLoadingView)

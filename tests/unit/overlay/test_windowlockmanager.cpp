@@ -1,10 +1,15 @@
 #include "overlay/lockabledatacollectionview.h"
 #include "overlay/windowlockmanager.h"
 
+#include <QApplication>
 #include <QElapsedTimer>
 #include <QGraphicsProxyWidget>
+#include <QLineEdit>
 #include <QPushButton>
+#include <QScrollArea>
+#include <QScrollBar>
 #include <QSignalSpy>
+#include <QSpinBox>
 #include <QTest>
 
 #include <memory>
@@ -91,6 +96,9 @@ private slots:
     void managersShareTheOverlay();
     void newManagerHidesTheOverlay();
     void slotsTakeThePageFromTheSender();
+    void keysDoNotReachALockedPage();
+    void tabLeadsPastLockedPages();
+    void wheelDoesNotReachALockedPage();
 
 private:
     std::unique_ptr<QWidget> m_window;
@@ -386,6 +394,91 @@ void TestWindowLockManager::slotsTakeThePageFromTheSender()
     QVERIFY(!overlayOn(*m_second));
     emit m_second->entered();
     QVERIFY(overlayOn(*m_second));
+}
+
+void TestWindowLockManager::keysDoNotReachALockedPage()
+{
+    QLineEdit edit(m_first);
+    edit.show();
+    edit.setFocus();
+    QLineEdit outside(m_window.get());
+    outside.show();
+    const auto type = [this](Qt::Key key) { QTest::keyClick(m_window->windowHandle(), key); };
+    type(Qt::Key_1);
+    m_manager->setLockEnabled(true);
+    send(*m_first, QEvent::Enter);
+    type(Qt::Key_2);
+    QCOMPARE(edit.text(), QStringLiteral("1"));
+    // The focus stays where it was when the pointer goes, to a chart for example.
+    send(*m_first, QEvent::Leave);
+    type(Qt::Key_3);
+    QCOMPARE(edit.text(), QStringLiteral("1"));
+    outside.setFocus();
+    type(Qt::Key_4);
+    QCOMPARE(outside.text(), QStringLiteral("4"));
+
+    // The bar has been held: the page is the user's again.
+    QSignalSpy unlocked(m_manager.get(), &WindowLockManager::unlocked);
+    send(*m_first, QEvent::Enter);
+    overlayOn(*m_first)->globalUnlock();
+    QTRY_COMPARE(unlocked.count(), 1);
+    edit.setFocus();
+    type(Qt::Key_5);
+    QCOMPARE(edit.text(), QStringLiteral("15"));
+}
+
+void TestWindowLockManager::tabLeadsPastLockedPages()
+{
+    QLineEdit before(m_window.get());
+    QLineEdit first(m_first);
+    QLineEdit second(m_first);
+    QLineEdit after(m_window.get());
+    for (QLineEdit* edit : {&before, &first, &second, &after})
+        edit->show();
+    const auto type = [this](Qt::Key key, Qt::KeyboardModifiers modifiers = Qt::NoModifier) {
+        QTest::keyClick(m_window->windowHandle(), key, modifiers);
+    };
+    m_manager->setLockEnabled(true);
+    first.setFocus();
+    type(Qt::Key_Tab);
+    QCOMPARE(QApplication::focusWidget(), &after);
+    second.setFocus();
+    type(Qt::Key_Backtab, Qt::ShiftModifier);
+    QCOMPARE(QApplication::focusWidget(), &before);
+}
+
+void TestWindowLockManager::wheelDoesNotReachALockedPage()
+{
+    QScrollArea area(m_window.get());
+    area.setGeometry(0, 0, 200, 100);
+    auto* page = new QWidget;
+    page->setFixedSize(180, 400);
+    auto* box = new QSpinBox(page);
+    box->setGeometry(0, 0, 100, 40);
+    area.setWidget(page);
+    area.show();
+    m_manager->registerWindow(page);
+    const auto turn = [this] {
+        const QPoint place(20, 20);
+        QWheelEvent event(place, m_window->mapToGlobal(place), QPoint(), QPoint(0, -120),
+                          Qt::NoButton, Qt::NoModifier, Qt::NoScrollPhase, false);
+        QSpontaneKeyEvent::setSpontaneous(&event);
+        qApp->notify(m_window->windowHandle(), &event);
+    };
+    box->setValue(5);
+    turn();
+    QCOMPARE(box->value(), 4);
+    m_manager->setLockEnabled(true);
+    turn();
+    QCOMPARE(box->value(), 4);
+    // The page scrolls all the same.
+    QVERIFY(area.verticalScrollBar()->value() > 0);
+    area.verticalScrollBar()->setValue(0);
+    send(*page, QEvent::Enter);
+    QVERIFY(overlayOn(*page));
+    turn();
+    QCOMPARE(box->value(), 4);
+    QVERIFY(area.verticalScrollBar()->value() > 0);
 }
 
 QTEST_MAIN(TestWindowLockManager)
