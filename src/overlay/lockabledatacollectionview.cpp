@@ -3,6 +3,7 @@
 #include "common/threadassert.h"
 #include "overlay/viewportcover.h"
 
+#include <QFontMetrics>
 #include <QGraphicsOpacityEffect>
 #include <QGraphicsProxyWidget>
 #include <QGraphicsRectItem>
@@ -12,11 +13,18 @@
 #include <QPushButton>
 #include <QTimer>
 
+#include <algorithm>
+
 namespace {
 
 constexpr int kHoldMs = 1000;
 constexpr int kFadeMs = 500;
 constexpr int kBarHeight = 50;
+
+constexpr int kBarTextSize = 16;
+constexpr int kSmallBarTextSize = 11; ///< A bar with a smaller text had better be wider.
+constexpr int kLeastBarTextSize = 9;  ///< What can still be read.
+constexpr int kBarTextMargin = 12;    ///< Left and right of the text together.
 
 const QColor kVeilColour(50, 50, 50, 180);
 const QRectF kFirstVeilRect(0, 0, 400, 200);
@@ -27,6 +35,54 @@ constexpr qreal kVeilZ = -1;
 QString holdToUnlockText()
 {
     return LockableDataCollectionView::tr("点击并按住解锁,并清除数据");
+}
+
+QString barStyle(int textSize)
+{
+    return QStringLiteral("color:#13C4FF;font-weight:bold;font-size:%1px;").arg(textSize);
+}
+
+/// Width of the bar that shows its longer text whole.
+int barWidthFor(QFont font, int textSize)
+{
+    font.setBold(true);
+    font.setPixelSize(textSize);
+    return QFontMetrics(font).horizontalAdvance(holdToUnlockText()) + kBarTextMargin;
+}
+
+struct BarFit
+{
+    qreal width;
+    int textSize;
+};
+
+/// The bar is half as wide as the veil; where its text would be too small for that, it takes what
+/// the text wants. `room` is what can be seen of the veil's width.
+BarFit fitBar(const QFont& font, qreal veilWidth, qreal room)
+{
+    const auto largestText = [&font](qreal width, int from, int to) {
+        int size = from;
+        while (size >= to && barWidthFor(font, size) > width)
+            --size;
+        return size;
+    };
+    const qreal half = veilWidth / 2;
+    const qreal width = std::min(half, room);
+    const int size = largestText(width, kBarTextSize, kSmallBarTextSize);
+    if (size >= kSmallBarTextSize)
+        return {width, size};
+    const int wideSize = largestText(room, kBarTextSize, kLeastBarTextSize);
+    if (wideSize >= kLeastBarTextSize)
+        return {static_cast<qreal>(barWidthFor(font, wideSize)), wideSize};
+    return {half, kBarTextSize};
+}
+
+/// The start of a length nearest to `wanted` that lies within a room; centred where it is too long.
+qreal placeWithin(qreal wanted, qreal length, qreal roomStart, qreal roomLength)
+{
+    if (length > roomLength)
+        return roomStart + (roomLength - length) / 2;
+    return std::clamp(wanted, roomStart, roomStart + roomLength - length);
 }
 
 } // namespace
@@ -41,6 +97,7 @@ struct LockableDataCollectionView::State
     bool isLocked = true;
     int holdMs = kHoldMs;
     QPointer<QPropertyAnimation> fade; ///< Null unless the veil is fading.
+    QList<QPointer<QWidget>> holders;  ///< The page and what it lies in, while the view is on show.
 };
 
 LockableDataCollectionView::LockableDataCollectionView(QWidget* parent)
@@ -106,8 +163,7 @@ void LockableDataCollectionView::removeVeil()
 void LockableDataCollectionView::makeBar()
 {
     m_state->unlockButton = new QPushButton(holdToUnlockText());
-    m_state->unlockButton->setStyleSheet(
-        QStringLiteral("color:#13C4FF;font-weight:bold;font-size:16px;"));
+    m_state->unlockButton->setStyleSheet(barStyle(kBarTextSize));
     m_state->unlockButtonProxy = m_state->scene->addWidget(m_state->unlockButton);
     m_state->unlockButtonProxy->setPos(0, 0);
     // The bar keeps its half of the width on a narrow page too, where its text would want more.
@@ -117,10 +173,63 @@ void LockableDataCollectionView::makeBar()
 
 void LockableDataCollectionView::layOutBar()
 {
-    const qreal sceneWidth = m_state->scene->width();
-    const qreal width = sceneWidth / 2;
-    m_state->unlockButtonProxy->setGeometry(QRectF(
-        (sceneWidth - width) / 2, (m_state->scene->height() - kBarHeight) / 2, width, kBarHeight));
+    const QRectF whole = m_state->scene->sceneRect();
+    const QRectF room = visiblePart();
+    const BarFit fit = fitBar(m_state->unlockButton->font(), whole.width(), room.width());
+    const QString style = barStyle(fit.textSize);
+    if (m_state->unlockButton->styleSheet() != style)
+        m_state->unlockButton->setStyleSheet(style);
+    const qreal left =
+        placeWithin((whole.width() - fit.width) / 2, fit.width, room.left(), room.width());
+    const qreal top =
+        placeWithin((whole.height() - kBarHeight) / 2, kBarHeight, room.top(), room.height());
+    m_state->unlockButtonProxy->setGeometry(QRectF(left, top, fit.width, kBarHeight));
+}
+
+/// What can be seen of the view: its page may lie in a scroll area. All of it while it is hidden.
+QRectF LockableDataCollectionView::visiblePart() const
+{
+    if (!isVisible())
+        return m_state->scene->sceneRect();
+    QRect part = rect();
+    for (const QWidget* widget = this; !widget->isWindow(); widget = widget->parentWidget()) {
+        const QWidget* holder = widget->parentWidget();
+        part &= QRect(mapFrom(holder, QPoint(0, 0)), holder->size());
+    }
+    return part;
+}
+
+void LockableDataCollectionView::showEvent(QShowEvent* event)
+{
+    assertGuiThread();
+    QGraphicsView::showEvent(event);
+    for (QWidget* widget = this; !widget->isWindow();) {
+        widget = widget->parentWidget();
+        m_state->holders.append(widget);
+        widget->installEventFilter(this);
+    }
+    layOutBar();
+}
+
+void LockableDataCollectionView::hideEvent(QHideEvent* event)
+{
+    assertGuiThread();
+    for (const QPointer<QWidget>& holder : qAsConst(m_state->holders)) {
+        if (holder)
+            holder->removeEventFilter(this);
+    }
+    m_state->holders.clear();
+    QGraphicsView::hideEvent(event);
+}
+
+bool LockableDataCollectionView::eventFilter(QObject* watched, QEvent* event)
+{
+    if (event->type() == QEvent::Resize || event->type() == QEvent::Move) {
+        if (watched == parentWidget())
+            setGeometry(parentWidget()->rect());
+        layOutBar();
+    }
+    return QGraphicsView::eventFilter(watched, event);
 }
 
 void LockableDataCollectionView::resizeEvent(QResizeEvent* event)

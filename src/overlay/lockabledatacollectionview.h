@@ -5,7 +5,8 @@
 #include <memory>
 
 /// A grey veil over a page, with a bar that must be held for a second to take it away.
-/// It starts locked and hidden; who shows it decides where. It belongs to the GUI thread.
+/// It starts locked and hidden; who shows it decides where. While on show it follows its page's
+/// size, and the bar keeps to what can be seen of the page. It belongs to the GUI thread.
 class LockableDataCollectionView : public QGraphicsView
 {
     Q_OBJECT
@@ -19,6 +20,8 @@ public:
     void lock();
 
     bool isLocked() const;
+
+    bool eventFilter(QObject* watched, QEvent* event) override;
 
     /// How long the bar must be held, in ms.
     void setUnlockHoldTime(int ms);
@@ -40,6 +43,8 @@ signals:
 
 protected:
     void resizeEvent(QResizeEvent* event) override;
+    void showEvent(QShowEvent* event) override;
+    void hideEvent(QHideEvent* event) override;
 
 private slots:
     void onUnlockButtonPressed();
@@ -53,6 +58,7 @@ private:
     void removeVeil();
     void makeBar();
     void layOutBar();
+    QRectF visiblePart() const;
     void fadeOut();
     void onFadeFinished();
 

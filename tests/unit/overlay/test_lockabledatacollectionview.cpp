@@ -1,12 +1,15 @@
 #include "overlay/lockabledatacollectionview.h"
 
 #include <QElapsedTimer>
+#include <QFontMetrics>
 #include <QGraphicsOpacityEffect>
 #include <QGraphicsProxyWidget>
 #include <QGraphicsRectItem>
 #include <QPointer>
 #include <QPropertyAnimation>
 #include <QPushButton>
+#include <QScrollArea>
+#include <QScrollBar>
 #include <QSignalSpy>
 #include <QTest>
 
@@ -98,6 +101,11 @@ private slots:
     void hiddenViewStillEndsItsHold();
     void deletedDuringTheFadeIsHarmless();
     void coversItsPageUnderAStyleSheetThatDrawsFrames();
+    void followsItsPagesSize();
+    void barOfANarrowPageShowsItsText_data();
+    void barOfANarrowPageShowsItsText();
+    void barStaysInSightOfAScrolledPage();
+    void barFollowsTheVisiblePart();
 
 private:
     std::unique_ptr<QWidget> m_page;
@@ -438,6 +446,87 @@ void TestLockableDataCollectionView::coversItsPageUnderAStyleSheetThatDrawsFrame
     QTRY_COMPARE(m_view->viewport()->geometry(), QRect(0, 0, 500, 300));
     QCOMPARE(m_view->scene()->sceneRect(), QRectF(0, 0, 500, 300));
     QCOMPARE(barCentre(*m_view), QPoint(250, 150));
+}
+
+void TestLockableDataCollectionView::followsItsPagesSize()
+{
+    m_page->resize(500, 700);
+    QCOMPARE(m_view->geometry(), m_page->rect());
+    QCOMPARE(veilsOf(*m_view).first()->rect(), QRectF(m_page->rect()));
+    QCOMPARE(proxyOf(*m_view)->geometry(), QRectF(125, 325, 250, 50));
+}
+
+void TestLockableDataCollectionView::barOfANarrowPageShowsItsText_data()
+{
+    QTest::addColumn<int>("width");
+    for (const int width : {500, 400, 320, 292, 200, 150})
+        QTest::addRow("%d", width) << width;
+}
+
+void TestLockableDataCollectionView::barOfANarrowPageShowsItsText()
+{
+    QFETCH(int, width);
+    m_page->resize(width, 400);
+    const QPushButton* bar = barOf(*m_view);
+    const QFontMetrics text(bar->font());
+    QVERIFY2(bar->width() >= text.horizontalAdvance(kIdleText) + 4,
+             qPrintable(QString::number(bar->width())));
+    QVERIFY(bar->font().bold());
+    QVERIFY(bar->font().pixelSize() >= 9);
+    const QRectF place = proxyOf(*m_view)->geometry();
+    QVERIFY(place.left() >= 0 && place.right() <= width);
+    QCOMPARE(place.center(), QPointF(width / 2.0, 200));
+    if (width > 300)
+        QVERIFY(bar->font().pixelSize() >= 11);
+}
+
+void TestLockableDataCollectionView::barStaysInSightOfAScrolledPage()
+{
+    QScrollArea area;
+    area.resize(320, 300);
+    auto* page = new QWidget;
+    page->setFixedSize(500, 900);
+    area.setWidget(page);
+    m_view->setParent(page);
+    m_view->setGeometry(page->rect());
+    m_view->show();
+    area.show();
+    QVERIFY(QTest::qWaitForWindowExposed(&area));
+    const QRect sight = area.viewport()->rect();
+    const auto barInSight = [this, &area] {
+        const QRect bar = proxyOf(*m_view)->geometry().toRect();
+        return QRect(m_view->mapTo(area.viewport(), bar.topLeft()), bar.size());
+    };
+    QScrollBar* down = area.verticalScrollBar();
+    QScrollBar* right = area.horizontalScrollBar();
+    for (const int value : {0, 100, 400, 500, down->maximum()}) {
+        down->setValue(value);
+        right->setValue(value);
+        QVERIFY2(sight.contains(barInSight()), qPrintable(QString::number(value)));
+    }
+    // In its own place as soon as that can be seen.
+    down->setValue(300);
+    right->setValue(right->maximum() / 2);
+    QCOMPARE(proxyOf(*m_view)->geometry(), QRectF(125, 425, 250, 50));
+}
+
+void TestLockableDataCollectionView::barFollowsTheVisiblePart()
+{
+    QScrollArea area;
+    area.resize(320, 600);
+    auto* page = new QWidget;
+    page->setFixedSize(280, 900);
+    area.setWidget(page);
+    m_view->setParent(page);
+    m_view->setGeometry(page->rect());
+    m_view->show();
+    area.show();
+    QVERIFY(QTest::qWaitForWindowExposed(&area));
+    QCOMPARE(proxyOf(*m_view)->geometry().top(), 425.0);
+    // The page keeps its place and its size.
+    area.resize(320, 300);
+    const qreal seen = area.viewport()->height();
+    QCOMPARE(proxyOf(*m_view)->geometry().bottom(), seen);
 }
 
 QTEST_MAIN(TestLockableDataCollectionView)
