@@ -9,6 +9,7 @@
 
 #include <QApplication>
 #include <QFile>
+#include <QLibraryInfo>
 
 #include <cstdlib>
 
@@ -46,6 +47,8 @@ int main(int argc, char* argv[])
     Startup::ignoreBrokenPipes();
     QCoreApplication::setAttribute(Qt::AA_DisableHighDpiScaling, true);
     const QApplication application(argc, argv);
+    Startup::substituteFonts();
+    Startup::loadTranslations(QLibraryInfo::location(QLibraryInfo::TranslationsPath));
     int status = 0;
     if (runWindow(status))
         std::_Exit(status);

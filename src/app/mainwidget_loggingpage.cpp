@@ -31,6 +31,7 @@ constexpr double kMaxElapsedS = 1987200; ///< 23 days
 constexpr int kMinRowLimit = 65536;
 constexpr int kMaxRowLimit = 100000;
 constexpr int kMaxSweeps = 1000000;
+constexpr int kGroupMargin = 4; ///< Left and right: the longest line fits the page's width.
 
 void send(const QString& command)
 {
@@ -69,7 +70,11 @@ QGroupBox* makeGroup(const QString& title, QWidget* parent)
         "QGroupBox { color:  #D3D3D3; border: 1px solid gray; border-radius: 5px; margin-top: "
         "10px; }"
         " QGroupBox::title { subcontrol-origin: margin; left: 10px; padding: 0 3px; }"));
-    new QVBoxLayout(group);
+    auto* rows = new QVBoxLayout(group);
+    QMargins margins = rows->contentsMargins();
+    margins.setLeft(kGroupMargin);
+    margins.setRight(kGroupMargin);
+    rows->setContentsMargins(margins);
     return group;
 }
 

@@ -8,19 +8,35 @@
 #include <QApplication>
 #include <QDebug>
 #include <QFile>
+#include <QFont>
+#include <QFontDatabase>
 #include <QList>
 #include <QPoint>
 #include <QTimer>
+#include <QTranslator>
 #include <QVector>
 #include <QWidget>
 
 #include <qwt_legend_data.h>
 
 #include <csignal>
+#include <memory>
 
 namespace {
 
 constexpr QPoint kWindowPosition(200, 200);
+
+/// The installed font for Chinese text, empty when there is none.
+QString chineseFont()
+{
+    const QStringList installed = QFontDatabase().families(QFontDatabase::SimplifiedChinese);
+    for (const char* family :
+         {"Noto Sans CJK SC", "Source Han Sans SC", "WenQuanYi Micro Hei", "WenQuanYi Zen Hei"}) {
+        if (installed.contains(QLatin1String(family)))
+            return QLatin1String(family);
+    }
+    return installed.value(0);
+}
 
 } // namespace
 
@@ -50,6 +66,32 @@ void Startup::applyStyleSheet(QFile& file)
     const QByteArray bytes = file.readAll();
     qApp->setStyleSheet(QString::fromUtf8(bytes.constData()));
     file.close();
+}
+
+void Startup::substituteFonts()
+{
+    assertGuiThread();
+    const QString substitute = chineseFont();
+    if (substitute.isEmpty())
+        return;
+    const QStringList installed = QFontDatabase().families();
+    for (const QString& family :
+         {QStringLiteral("Microsoft YaHei"), QStringLiteral("微软雅黑"), QStringLiteral("Arial")}) {
+        if (!installed.contains(family, Qt::CaseInsensitive))
+            QFont::insertSubstitution(family, substitute);
+    }
+}
+
+void Startup::loadTranslations(const QString& directory)
+{
+    assertGuiThread();
+    auto translator = std::make_unique<QTranslator>();
+    if (!translator->load(QStringLiteral("qtbase_zh_CN"), directory)) {
+        qWarning().noquote() << "未找到Qt中文翻译文件:" << directory;
+        return;
+    }
+    translator->setParent(qApp);
+    QCoreApplication::installTranslator(translator.release());
 }
 
 void Startup::presentWindow(QWidget& window)

@@ -7,7 +7,14 @@
 
 #include <QApplication>
 #include <QFile>
+#include <QFontDatabase>
+#include <QFontInfo>
+#include <QFontMetrics>
+#include <QLibraryInfo>
+#include <QLineEdit>
+#include <QMenu>
 #include <QPointer>
+#include <QRegularExpression>
 #include <QSignalSpy>
 #include <QTemporaryDir>
 #include <QTest>
@@ -19,6 +26,7 @@
 
 #include <cerrno>
 #include <csignal>
+#include <memory>
 #include <unistd.h>
 
 namespace {
@@ -53,6 +61,9 @@ private slots:
     void windowThatHasGoneIsNotShown();
     void closeInsideTheEventLoopDeletesNothing();
     void writeToABrokenPipeFailsWithoutASignal();
+    void missingFontsAreDrawnInTheChineseOne();
+    void menusOfTheLibraryAreChinese();
+    void missingTranslationIsOneLogLine();
 };
 
 void TestStartup::cleanup()
@@ -186,6 +197,47 @@ void TestStartup::writeToABrokenPipeFailsWithoutASignal()
     QCOMPARE(static_cast<int>(::write(ends[1], "x", 1)), -1);
     QCOMPARE(errno, EPIPE);
     ::close(ends[1]);
+}
+
+void TestStartup::missingFontsAreDrawnInTheChineseOne()
+{
+    const QFontDatabase fonts;
+    const QStringList chinese = fonts.families(QFontDatabase::SimplifiedChinese);
+    QVERIFY(!chinese.isEmpty());
+    Startup::substituteFonts();
+    for (const QString& family :
+         {QStringLiteral("Microsoft YaHei"), QStringLiteral("微软雅黑"), QStringLiteral("Arial")}) {
+        const QString drawn = QFontInfo(QFont(family)).family();
+        QVERIFY2(drawn == family || chinese.contains(drawn), qPrintable(drawn));
+    }
+    // As the style sheet of the window asks for them.
+    QWidget window;
+    window.setStyleSheet(QStringLiteral("font-family:'Microsoft YaHei',Arial;"));
+    window.ensurePolished();
+    const QString drawn = QFontInfo(window.font()).family();
+    QVERIFY2(drawn == QStringLiteral("Microsoft YaHei") || chinese.contains(drawn),
+             qPrintable(drawn));
+}
+
+void TestStartup::menusOfTheLibraryAreChinese()
+{
+    Startup::loadTranslations(QLibraryInfo::location(QLibraryInfo::TranslationsPath));
+    QLineEdit edit;
+    const std::unique_ptr<QMenu> menu(edit.createStandardContextMenu());
+    QVERIFY(!menu->actions().isEmpty());
+    for (const QAction* action : menu->actions()) {
+        if (!action->isSeparator())
+            QVERIFY2(action->text().contains(QRegularExpression(QStringLiteral("\\p{Han}"))),
+                     qPrintable(action->text()));
+    }
+}
+
+void TestStartup::missingTranslationIsOneLogLine()
+{
+    const QTemporaryDir directory;
+    QTest::ignoreMessage(
+        QtWarningMsg, qPrintable(QStringLiteral("未找到Qt中文翻译文件: %1").arg(directory.path())));
+    Startup::loadTranslations(directory.path());
 }
 
 QTEST_MAIN(TestStartup)
