@@ -13,9 +13,13 @@
 
 #include <QCheckBox>
 #include <QDebug>
+#include <QGuiApplication>
 #include <QPushButton>
+#include <QScreen>
 #include <QSignalBlocker>
 #include <QTreeWidget>
+
+#include <algorithm>
 
 // Editing one channel: each change goes to the instrument at once, and the row then shows what the
 // instrument reports.
@@ -42,6 +46,15 @@ void selectQuietly(CustomComboBox* box, int index)
 {
     const QSignalBlocker blocker(box);
     box->setCurrentIndex(index);
+}
+
+/// Where a panel stands that would leave the free part of its screen: moved in as far as needed.
+QPoint heldOnScreen(const QRect& panel)
+{
+    const QScreen* screen = QGuiApplication::screenAt(panel.topLeft());
+    const QRect room = (screen ? screen : QGuiApplication::primaryScreen())->availableGeometry();
+    return {std::max(room.left(), std::min(panel.left(), room.right() + 1 - panel.width())),
+            std::max(room.top(), std::min(panel.top(), room.bottom() + 1 - panel.height()))};
 }
 
 } // namespace
@@ -357,8 +370,11 @@ void MainWidget::onMoreButton2Clicked()
 /// Opens a panel with its corner at the right end of its button.
 void MainWidget::openPanel(AdvancedSetting* panel, const QPushButton* button)
 {
-    panel->move(button->mapToGlobal(QPoint(button->width(), 0)));
+    const QPoint place = button->mapToGlobal(QPoint(button->width(), 0));
+    panel->move(place);
     panel->show();
+    // Only now it has its size.
+    panel->move(heldOnScreen(QRect(place, panel->size())));
     panel->setFocus(Qt::OtherFocusReason);
 }
 

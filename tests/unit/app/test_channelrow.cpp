@@ -742,9 +742,11 @@ void TestChannelRow::panelOpensBesideItsButton()
     bench.instrument().setReply(QStringLiteral("CALC:SCAL:FUNC? (@101)"), QStringLiteral("PCT"));
     bench.select(101, ScaleFunctionColumn, "PCT");
     bench.takeLines();
+    auto* button = bench.cell<QPushButton>(101, ChannelColumn(column));
+    // The screen has room for a panel to the right.
+    bench.window().move(QPoint(20, 20) - button->mapTo(&bench.window(), QPoint(0, 0)));
     AdvancedSetting* panel = bench.openPanel(101, ChannelColumn(column));
     QVERIFY(panel);
-    auto* button = bench.cell<QPushButton>(101, ChannelColumn(column));
     QCOMPARE(panel->pos(), button->mapToGlobal(QPoint(button->width(), 0)));
     QVERIFY(panel->hasFocus() || panel->isAncestorOf(QApplication::focusWidget()) ||
             QApplication::focusWidget() == panel->focusProxy());

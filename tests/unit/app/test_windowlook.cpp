@@ -1,16 +1,43 @@
 #include "app/mainwidget.h"
 #include "app/startup.h"
+#include "channels/advancedsetting.h"
 #include "overlay/loadingview.h"
+#include "plot/custommdisubwindow.h"
+#include "plot/graphicsettingwidget.h"
 #include "resources/resources.h"
+#include "widgets/customcombobox.h"
 #include "windowbench.h"
 
 #include <QApplication>
+#include <QComboBox>
+#include <QContextMenuEvent>
+#include <QDoubleSpinBox>
 #include <QFile>
 #include <QFont>
+#include <QImage>
+#include <QPushButton>
+#include <QScreen>
 #include <QScrollArea>
 #include <QScrollBar>
 #include <QTabWidget>
+#include <QTableWidget>
+#include <QTimer>
 #include <QtTest>
+
+#include <algorithm>
+
+namespace {
+
+/// The popup as a display shows it: white where it paints nothing.
+QImage asOnADisplay(QWidget& popup)
+{
+    QImage image(popup.size(), QImage::Format_RGB32);
+    image.fill(Qt::white);
+    popup.render(&image);
+    return image;
+}
+
+} // namespace
 
 /// The window with the program's fonts and style sheet, at the size that it starts with.
 class TestWindowLook : public QObject
@@ -20,6 +47,9 @@ class TestWindowLook : public QObject
 private slots:
     void initTestCase();
     void formsFitWithoutScrollingSideways();
+    void popupsOfTheWorkspaceAreLegible_data();
+    void popupsOfTheWorkspaceAreLegible();
+    void panelsStayOnTheScreen();
 };
 
 void TestWindowLook::initTestCase()
@@ -50,6 +80,107 @@ void TestWindowLook::formsFitWithoutScrollingSideways()
                  qPrintable(QStringLiteral("%1 wide in %2")
                                 .arg(QString::number(area->widget()->width()),
                                      QString::number(area->viewport()->width()))));
+    }
+}
+
+void TestWindowLook::popupsOfTheWorkspaceAreLegible_data()
+{
+    QTest::addColumn<QByteArray>("opener");
+    QTest::addColumn<QString>("control");
+    const QByteArray chart = "recvGraphicBtnSlots";
+    QTest::newRow("zoom of a chart") << chart << QStringLiteral("zoom");
+    QTest::newRow("channel of a chart") << chart << QStringLiteral("channel");
+    QTest::newRow("channel of a grid")
+        << QByteArray("recvDataNetworkBtnSlots") << QStringLiteral("channel");
+    QTest::newRow("menu of a chart") << chart << QStringLiteral("offset");
+}
+
+void TestWindowLook::popupsOfTheWorkspaceAreLegible()
+{
+    QFETCH(QByteArray, opener);
+    QFETCH(QString, control);
+    WindowBench bench;
+    bench.instrument().putModule(1, QStringLiteral("SCN4005A"));
+    MainWidget& window = bench.open();
+    window.resize(1200, 800);
+    window.show();
+    QVERIFY(QTest::qWaitForWindowActive(&window));
+    bench.startupView()->stopLoading();
+    for (const int channel : {101, 102})
+        bench.tick(channel);
+    window.findChild<QTabWidget*>(QStringLiteral("myTabWidget1"))->setCurrentIndex(1);
+    auto* workspace = window.findChild<GraphicSettingWidget*>();
+    QVERIFY(QMetaObject::invokeMethod(workspace, opener.constData()));
+    auto* view = workspace->findChild<CustomMdiSubWindow*>();
+    view->showMaximized();
+    QCoreApplication::processEvents();
+
+    // The menu of a spin box runs an event loop of its own.
+    QImage image;
+    QTimer look;
+    connect(&look, &QTimer::timeout, this, [&look, &image] {
+        if (QWidget* popup = QApplication::activePopupWidget()) {
+            look.stop();
+            image = asOnADisplay(*popup);
+            popup->close();
+        }
+    });
+    look.start(50);
+    auto* table = view->findChild<QTableWidget*>();
+    if (control == QStringLiteral("zoom")) {
+        QTest::mouseClick(view->findChild<CustomComboBox*>(), Qt::LeftButton);
+    } else if (control == QStringLiteral("channel")) {
+        for (QComboBox* box : table->findChildren<QComboBox*>()) {
+            if (box->count() == 3) {
+                QTest::mouseClick(box, Qt::LeftButton);
+                break;
+            }
+        }
+    } else {
+        auto* spinBox = table->findChild<QDoubleSpinBox*>();
+        spinBox->setEnabled(true);
+        QContextMenuEvent event(QContextMenuEvent::Mouse, QPoint(5, 5),
+                                spinBox->mapToGlobal(QPoint(5, 5)));
+        QCoreApplication::sendEvent(spinBox, &event);
+    }
+    QTRY_VERIFY(!image.isNull());
+    int lightest = 0;
+    int dark = 0;
+    for (int y = 0; y < image.height(); ++y) {
+        for (int x = 0; x < image.width(); ++x) {
+            const int lightness = image.pixelColor(x, y).lightness();
+            lightest = std::max(lightest, lightness);
+            dark += lightness < 100 ? 1 : 0;
+        }
+    }
+    QVERIFY2(dark > image.width() * image.height() / 2, "the ground is not dark");
+    QVERIFY2(lightest > 180, "the text is not light");
+}
+
+void TestWindowLook::panelsStayOnTheScreen()
+{
+    WindowBench bench;
+    bench.instrument().putModule(1, QStringLiteral("SCN4005A"));
+    MainWidget& window = bench.open();
+    const QRect screen = window.screen()->availableGeometry();
+    window.resize(1100, screen.height());
+    window.show();
+    QVERIFY(QTest::qWaitForWindowActive(&window));
+    bench.startupView()->stopLoading();
+    for (const int channel : {101, 102}) {
+        auto* button = bench.cell<QPushButton>(channel, MoreColumn);
+        // At the lower right corner.
+        window.move(screen.bottomRight() - QPoint(20, 20) - button->mapTo(&window, QPoint(0, 0)));
+        QTest::mouseClick(button, Qt::LeftButton);
+        auto* panel = qobject_cast<AdvancedSetting*>(QApplication::activePopupWidget());
+        QVERIFY(panel);
+        QVERIFY(screen.contains(panel->frameGeometry()));
+        panel->close();
+        // Where there is room, beside the button.
+        window.move(screen.topLeft() + QPoint(20, 20) - button->mapTo(&window, QPoint(0, 0)));
+        QTest::mouseClick(button, Qt::LeftButton);
+        QCOMPARE(panel->pos(), button->mapToGlobal(QPoint(button->width(), 0)));
+        panel->close();
     }
 }
 
