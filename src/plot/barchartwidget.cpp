@@ -98,8 +98,10 @@ void BarChartWidget::setChannelList(const QStringList& items)
             const QSignalBlocker blocker(combo);
             combo->clear();
             combo->insertItems(0, items);
+            resetRow(row);
         }
     }
+    m_curveSpinBoxes.clear();
 }
 
 void BarChartWidget::onNewSample(qint64 timeMs)
@@ -386,10 +388,8 @@ void BarChartWidget::resetRow(int row)
         return;
     const QSignalBlocker blocker(spinBox);
     spinBox->setEnabled(false);
-    spinBox->setValue(0.0);
     // The curve keeps its offset in the plot and shows it again when the channel is chosen again.
-    if (QwtPlotCurve* curve = m_curveSpinBoxes.key(spinBox))
-        m_curveSpinBoxes.remove(curve);
+    spinBox->setValue(0.0);
 }
 
 void BarChartWidget::enableRow(int row, int channel)
@@ -406,7 +406,7 @@ void BarChartWidget::enableRow(int row, int channel)
 }
 
 /// Makes the curves on show those of the selected channels. A curve that has to be made takes its
-/// colour and its spin box from `row`.
+/// colour from `row`.
 void BarChartWidget::syncCurves(int row)
 {
     QList<int> channels;
@@ -418,7 +418,19 @@ void BarChartWidget::syncCurves(int row)
     for (const int channel : qAsConst(channels))
         showChannel(channel, row);
     hideOtherChannels(channels);
+    assignSpinBoxes();
     m_plot->replot();
+}
+
+/// Gives each curve on show the spin box of the row that shows it. A box that kept an earlier curve
+/// would follow the tags of two.
+void BarChartWidget::assignSpinBoxes()
+{
+    m_curveSpinBoxes.clear();
+    for (int row = 0; row < m_table->rowCount(); ++row) {
+        if (QwtPlotCurve* curve = m_channelCurves.value(selectedChannel(row)))
+            m_curveSpinBoxes[curve] = spinBoxOfRow(row);
+    }
 }
 
 void BarChartWidget::showChannel(int channel, int row)
@@ -446,8 +458,6 @@ void BarChartWidget::createCurve(int channel, int row)
         curve->setPen(curvePen(button->color()));
         m_offsetController->setLabelColor(curve, button->color());
     }
-    if (QDoubleSpinBox* spinBox = spinBoxOfRow(row))
-        m_curveSpinBoxes[curve] = spinBox;
     curve->show();
 }
 

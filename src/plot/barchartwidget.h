@@ -36,8 +36,8 @@ public:
     /// Deletes all curves and tags and lets go of their series.
     void clearChart();
 
-    /// Offers these channels in every row and goes back to the first of them, without touching the
-    /// curves. An empty list is ignored.
+    /// Offers these channels in every row and goes back to the first of them, "none", without touching
+    /// the curves. An empty list is ignored.
     void setChannelList(const QStringList& items);
 
     /// A batch of readings has arrived; `timeMs` is the last one's time in ms since the epoch.
@@ -74,6 +74,7 @@ private:
     void showChannel(int channel, int row);
     void createCurve(int channel, int row);
     void hideOtherChannels(const QList<int>& channels);
+    void assignSpinBoxes();
 
     CurveOffsetController* m_offsetController = nullptr;
     CCurvePlot* m_plot = nullptr;

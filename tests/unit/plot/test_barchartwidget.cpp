@@ -54,6 +54,9 @@ private slots:
     void labelDragShowsInTheSpinBox();
     void labelDragBeyondTheSpinBoxIsHeldThere();
     void offsetOfANullCurveIsIgnored();
+    void channelThatMovedToAnotherRowTakesItsSpinBox();
+    void lateSeriesIsShiftedByItsOwnRow();
+    void rowsOfANewListHaveNoOffset();
 
     void channelListReplacesTheItemsSilently();
     void emptyChannelListIsIgnored();
@@ -71,6 +74,9 @@ private slots:
     void slotsWithoutASenderDoNothing();
 
 private:
+    static void goDown(const ChartFixture& f, int row, int steps);
+    static double dragTag(const ChartFixture& f, int channel);
+
     std::unique_ptr<SeriesStore> m_store;
 };
 
@@ -247,9 +253,9 @@ void TestBarChartWidget::hiddenChannelComesBackWithItsOffset()
     QCOMPARE(label->value(), 2.5);
     QVERIFY(f.spinBox(3)->isEnabled());
     QCOMPARE(f.spinBox(3)->value(), 2.5);
-    // Only the row that made the curve follows its tag, and only until its first "none".
+    // The row that shows the curve follows its tag, not the one that made it.
     f.chart.setOffset(curve, 4.0);
-    QCOMPARE(f.spinBox(3)->value(), 2.5);
+    QCOMPARE(f.spinBox(3)->value(), 4.0);
     QCOMPARE(f.spinBox(0)->value(), 0.0);
 }
 
@@ -396,6 +402,77 @@ void TestBarChartWidget::offsetOfANullCurveIsIgnored()
     f.choose(0, 101);
     f.chart.setOffset(nullptr, 5.0);
     QCOMPARE(f.plot()->curveOffset(nullptr), 0.0);
+    QCOMPARE(f.spinBox(0)->value(), 0.0);
+}
+
+/// Goes down in a row's list, one channel after the other, as with the arrow keys.
+void TestBarChartWidget::goDown(const ChartFixture& f, int row, int steps)
+{
+    f.combo(row)->setFocus();
+    for (int step = 0; step < steps; ++step)
+        QTest::keyClick(f.combo(row), Qt::Key_Down);
+}
+
+/// Drags a channel's tag up; gives its new offset.
+double TestBarChartWidget::dragTag(const ChartFixture& f, int channel)
+{
+    CurveLabel* label = f.label(channel);
+    emit f.plot()->yAxisRangeChanged(-10.0, 10.0);
+    const QPoint start = label->mapToGlobal(label->rect().center());
+    pressAt(label, start);
+    dragTo(label, start - QPoint(0, 30));
+    releaseAt(label, start - QPoint(0, 30));
+    return f.plot()->curveOffset(f.curve(channel));
+}
+
+void TestBarChartWidget::channelThatMovedToAnotherRowTakesItsSpinBox()
+{
+    ChartFixture f;
+    m_store->add(101);
+    m_store->add(102);
+    goDown(f, 0, 2);
+    goDown(f, 1, 1);
+    QCOMPARE(f.combo(0)->currentText(), QStringLiteral("102(mA)"));
+    QCOMPARE(f.combo(1)->currentText(), QStringLiteral("101(V)"));
+    const double offset = dragTag(f, 101);
+    QVERIFY(offset > 0.0);
+    QVERIFY(qAbs(f.spinBox(1)->value() - offset) < 1e-5);
+    QCOMPARE(f.spinBox(0)->value(), 0.0);
+    // The other channel's tag moves the other box only.
+    const double other = dragTag(f, 102);
+    QVERIFY(qAbs(f.spinBox(0)->value() - other) < 1e-5);
+    QVERIFY(qAbs(f.spinBox(1)->value() - offset) < 1e-5);
+}
+
+void TestBarChartWidget::lateSeriesIsShiftedByItsOwnRow()
+{
+    ChartFixture f;
+    goDown(f, 0, 1);
+    m_store->add(101);
+    m_store->add(102);
+    goDown(f, 1, 2);
+    const double offset = dragTag(f, 101);
+    QVERIFY(offset > 0.0);
+    QVERIFY(qAbs(f.spinBox(0)->value() - offset) < 1e-5);
+    QCOMPARE(f.spinBox(1)->value(), 0.0);
+}
+
+void TestBarChartWidget::rowsOfANewListHaveNoOffset()
+{
+    ChartFixture f;
+    m_store->add(101);
+    goDown(f, 0, 1);
+    f.spinBox(0)->setFocus();
+    f.spinBox(0)->selectAll();
+    QTest::keyClicks(f.spinBox(0), QStringLiteral("2.5"));
+    QTest::keyClick(f.spinBox(0), Qt::Key_Return);
+    QCOMPARE(f.plot()->curveOffset(f.curve(101)), 2.5);
+    f.chart.setChannelList(kChannels);
+    QVERIFY(!f.spinBox(0)->isEnabled());
+    QCOMPARE(f.spinBox(0)->value(), 0.0);
+    // What is still drawn is not shifted by a row that shows nothing.
+    QCOMPARE(f.plot()->curveOffset(f.curve(101)), 2.5);
+    dragTag(f, 101);
     QCOMPARE(f.spinBox(0)->value(), 0.0);
 }
 
