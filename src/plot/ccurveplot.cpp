@@ -2,6 +2,7 @@
 
 #include "app/globals.h"
 #include "common/threadassert.h"
+#include "plot/axisrange.h"
 #include "plot/curvetracker.h"
 #include "plot/custommagnifier.h"
 #include "plot/custompanner.h"
@@ -25,6 +26,7 @@
 #include <qwt_scale_engine.h>
 #include <qwt_scale_widget.h>
 
+#include <algorithm>
 #include <cmath>
 #include <limits>
 
@@ -80,11 +82,27 @@ QwtInterval valueBounds(const QList<QwtPlotCurve*>& curves)
 double valueMargin(double min, double max)
 {
     const double range = max - min;
+    // At the ends of the number range there is less room than that.
+    const double room = std::max((kLargestAxisValue - range) * 0.49, 0.0);
     if (!qFuzzyCompare(range + 1.0, 1.0))
-        return (range / kDataShareOfY - range) * 0.5;
+        return std::min((range / kDataShareOfY - range) * 0.5, room);
     const bool lost = !(max + kFlatMargin > min - kFlatMargin);
     return lost ? std::abs(max) * kFlatShare : kFlatMargin;
 }
+
+/// Divides the value axis. As long as no reading has set the axis the base class does, by the curves'
+/// bounds, which may be infinite or too far apart.
+class ValueScaleEngine : public QwtLinearScaleEngine
+{
+public:
+    void autoScale(int maxSteps, double& lower, double& upper, double& stepSize) const override
+    {
+        constexpr double limit = kLargestAxisValue / 4; // the base rounds up, to even steps
+        lower = qBound(-limit, lower, limit);
+        upper = qBound(-limit, upper, limit);
+        QwtLinearScaleEngine::autoScale(maxSteps, lower, upper, stepSize);
+    }
+};
 
 } // namespace
 
@@ -135,6 +153,7 @@ void CCurvePlot::initInteraction()
 
 void CCurvePlot::initAxes()
 {
+    setAxisScaleEngine(QwtPlot::yLeft, new ValueScaleEngine);
     for (int axis = 0; axis < QwtPlot::axisCnt; ++axis) {
         axisWidget(axis)->setMargin(0);
         QwtScaleDraw* draw = axisScaleDraw(axis);
@@ -332,10 +351,10 @@ void CCurvePlot::autoScaleY()
         return;
     }
     const double margin = valueMargin(values.minValue(), values.maxValue());
-    const double lower = values.minValue() - margin;
-    const double upper = values.maxValue() + margin;
-    // Values at the ends of the number range leave the axis as it is: it cannot span them.
-    if (std::isfinite(upper - lower))
+    const double lower = std::max(values.minValue() - margin, -kLargestAxisValue);
+    const double upper = std::min(values.maxValue() + margin, kLargestAxisValue);
+    // Values at both ends of the number range leave the axis as it is: it cannot span them.
+    if (isUsableRange(lower, upper))
         setBounds(QwtPlot::yLeft, lower, upper);
 }
 

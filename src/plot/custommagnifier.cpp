@@ -1,6 +1,12 @@
 #include "plot/custommagnifier.h"
 
 #include "common/threadassert.h"
+#include "plot/axisrange.h"
+
+#include <qwt_interval.h>
+#include <qwt_plot.h>
+
+#include <cmath>
 
 CustomMagnifier::CustomMagnifier(QWidget* canvas)
     : QwtPlotMagnifier(canvas)
@@ -11,6 +17,24 @@ CustomMagnifier::CustomMagnifier(QWidget* canvas)
 void CustomMagnifier::rescale(double factor)
 {
     assertGuiThread();
+    if (!canRescale(std::abs(factor)))
+        return;
     QwtPlotMagnifier::rescale(factor);
     emit zoomed(factor);
+}
+
+/// Whether each axis that takes part can still be divided after the step, as the base makes it.
+bool CustomMagnifier::canRescale(double factor) const
+{
+    for (int axis = 0; plot() && axis < QwtPlot::axisCnt; ++axis) {
+        const QwtInterval range = plot()->axisInterval(axis);
+        if (!isAxisEnabled(axis) || !isUsableRange(range.minValue(), range.maxValue()))
+            continue;
+        const double centre = 0.5 * (range.minValue() + range.maxValue());
+        const double half = 0.5 * range.width() * factor;
+        const bool isDistinct = factor >= 1.0 || isDistinctRange(centre - half, centre + half);
+        if (!isDistinct || !isUsableRange(centre - half, centre + half))
+            return false;
+    }
+    return true;
 }

@@ -17,4 +17,7 @@ signals:
 
 protected:
     void rescale(double factor) override;
+
+private:
+    bool canRescale(double factor) const;
 };

@@ -212,9 +212,8 @@ void CustomMdiSubWindow::buildShell(const QString& iconPath)
 {
     m_holder = new QWidget(this);
     // The window's transparency reaches the lists of the boxes in it, which have nothing below them.
-    m_holder->setStyleSheet(QStringLiteral(
-        "QComboBoxPrivateContainer, QComboBox QAbstractItemView "
-        "{ background-color: #19232D; border-radius: 0; }"));
+    m_holder->setStyleSheet(QStringLiteral("QComboBoxPrivateContainer, QComboBox QAbstractItemView "
+                                           "{ background-color: #19232D; border-radius: 0; }"));
     m_holderLayout = new QVBoxLayout(m_holder);
     m_holderLayout->setContentsMargins(0, 0, 0, 0);
     m_holderLayout->setSpacing(0);

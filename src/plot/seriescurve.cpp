@@ -17,12 +17,16 @@ namespace {
 /// Pixels nearer than this fit an int.
 constexpr double kIntPixels = 1e9;
 
+/// Where an overflow is drawn: far outside, and a number that lines can be cut with.
+constexpr double kFarPixels = 1e200;
+
 /// Rounds as the base does. The detour over an int spares a call for each coordinate.
 double rounded(double pixel)
 {
     if (std::abs(pixel) < kIntPixels)
         return static_cast<int>(pixel < 0.0 ? pixel - 0.5 : pixel + 0.5);
-    return pixel < 0.0 ? std::ceil(pixel - 0.5) : std::floor(pixel + 0.5);
+    const double held = qBound(-kFarPixels, pixel, kFarPixels);
+    return held < 0.0 ? std::ceil(held - 0.5) : std::floor(held + 0.5);
 }
 
 /// A linear scale as plain numbers, which the compiler can keep in registers.

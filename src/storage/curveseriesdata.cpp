@@ -8,6 +8,8 @@
 #include <QDebug>
 
 #include <algorithm>
+#include <cmath>
+#include <limits>
 
 namespace {
 
@@ -21,6 +23,21 @@ constexpr double kMemoryMarginMs = 10000.0;
 qint64 toTime(double x)
 {
     return static_cast<qint64>(x);
+}
+
+/// Mean of the finite values among some points, also where their sum is beyond all numbers; not a
+/// number when there is none.
+double finiteMean(const QPointF* points, int count)
+{
+    double mean = 0.0;
+    int finite = 0;
+    for (const QPointF* point = points; point != points + count; ++point) {
+        if (std::isfinite(point->y())) {
+            ++finite;
+            mean += point->y() / finite - mean / finite;
+        }
+    }
+    return finite > 0 ? mean : std::numeric_limits<double>::quiet_NaN();
 }
 
 } // namespace
@@ -201,7 +218,8 @@ const CurveSeriesData::Statistics& CurveSeriesData::statistics() const
         m_statistics.maximum = std::max(m_statistics.maximum, point.y());
         m_statistics.minimum = std::min(m_statistics.minimum, point.y());
     });
-    m_statistics.mean = m_statistics.sum / m_statistics.count;
+    m_statistics.mean = std::isfinite(m_statistics.sum) ? m_statistics.sum / m_statistics.count
+                                                        : finiteMean(recentData(), recentCount());
     return m_statistics;
 }
 

@@ -19,6 +19,7 @@
 #include <qwt_scale_widget.h>
 
 #include <cmath>
+#include <cstdio>
 #include <limits>
 
 using namespace plotsupport;
@@ -37,6 +38,36 @@ QVector<QPointF> pointsOf(const QVector<double>& values)
         points.append(QPointF(double(noonToday()) + 1000.0 * points.size(), value));
     return points;
 }
+
+/// Counts what the plot library complains of.
+class WarningCounter
+{
+public:
+    WarningCounter()
+    {
+        s_count = 0;
+        m_before = qInstallMessageHandler(note);
+    }
+    ~WarningCounter() { qInstallMessageHandler(m_before); }
+    WarningCounter(const WarningCounter&) = delete;
+    WarningCounter& operator=(const WarningCounter&) = delete;
+
+    static int count() { return s_count; }
+
+private:
+    static void note(QtMsgType type, const QMessageLogContext&, const QString& message)
+    {
+        if (type == QtWarningMsg) {
+            ++s_count;
+            std::fputs(qPrintable(message + QLatin1Char('\n')), stderr);
+        }
+    }
+
+    static int s_count;
+    QtMessageHandler m_before = nullptr;
+};
+
+int WarningCounter::s_count = 0;
 
 } // namespace
 
@@ -77,6 +108,8 @@ private slots:
     void flatDataOfAnySizeKeepAnAxis_data();
     void flatDataOfAnySizeKeepAnAxis();
     void valuesTooFarApartLeaveTheValueAxis();
+    void valuesAtTheEndsOfTheNumberRangeKeepAnAxis_data();
+    void valuesAtTheEndsOfTheNumberRangeKeepAnAxis();
     void plotWithoutCurvesKeepsItsValueAxis();
     void hiddenCurveStillWidensTheValueAxis();
     void curveWithoutSeriesIsPassedOver();
@@ -436,6 +469,73 @@ void TestCCurvePlot::valuesTooFarApartLeaveTheValueAxis()
     plot.replot();
     QCOMPARE(valueBounds(plot).minValue(), -3.0);
     QCOMPARE(valueBounds(plot).maxValue(), 3.0);
+}
+
+void TestCCurvePlot::valuesAtTheEndsOfTheNumberRangeKeepAnAxis_data()
+{
+    constexpr double largest = std::numeric_limits<double>::max();
+    QTest::addColumn<QVector<double>>("values");
+    QTest::addColumn<QVector<double>>("seen");
+    const auto add = [](const char* name, const QVector<double>& values,
+                        const QVector<double>& seen) { QTest::newRow(name) << values << seen; };
+    add("both ends", {-1.7e308, 1.0, 1.7e308, 1.0}, {1.0});
+    add("upper end", {0.0, 1.7e308, 0.0}, {0.0, 1.7e308});
+    add("lower end", {0.0, -1.7e308, 0.0}, {0.0, -1.7e308});
+    add("upper end only", {1.7e308, 1.7e308}, {1.7e308});
+    add("largest", {largest, 1.0}, {1.0});
+    add("largest and lowest", {largest, -largest, 1.0}, {1.0});
+    add("half the range", {-8e307, 8e307}, {-8e307, 8e307});
+    add("infinities", {1.0, kInfinity, 2.0, -kInfinity, 3.0}, {1.0, 2.0, 3.0});
+    add("infinities only", {kInfinity, -kInfinity, kInfinity}, {});
+    add("not a number", {1.0, kNotANumber, 2.0}, {1.0, 2.0});
+}
+
+void TestCCurvePlot::valuesAtTheEndsOfTheNumberRangeKeepAnAxis()
+{
+    QFETCH(QVector<double>, values);
+    QFETCH(QVector<double>, seen);
+    const WarningCounter warnings;
+    CCurvePlot plot;
+    plot.resize(400, 300);
+    QVERIFY(showSettled(plot));
+    plot.addCurve(m_pool->loaded(0, pointsOf(values)), Qt::red, QStringLiteral("101"));
+    const auto isUsable = [&plot] {
+        const QwtInterval axis = valueBounds(plot);
+        return std::isfinite(axis.minValue()) && std::isfinite(axis.maxValue()) &&
+               axis.width() > 0 && std::isfinite(axis.width());
+    };
+    // The run is over: no reading sets the axis.
+    plot.replot();
+    plot.grab();
+    QVERIFY(isUsable());
+    plot.autoScaleY();
+    plot.replot();
+    plot.grab();
+    QVERIFY(isUsable());
+    for (const double value : seen)
+        QVERIFY2(valueBounds(plot).contains(value), qPrintable(QString::number(value)));
+
+    // By hand in both directions, as far as it goes.
+    for (const short mode : {short(2), short(3)}) {
+        plot.setZoomMode(mode);
+        for (const int notches : {1, -1}) {
+            for (int turn = 0; turn < 30; ++turn) {
+                turnWheel(plot, notches);
+                plot.grab();
+                QVERIFY(isUsable());
+            }
+        }
+    }
+    plot.resumeLive();
+    plot.grab();
+    QVERIFY(isUsable());
+    QCOMPARE(warnings.count(), 0);
+
+    // The next values are shown as ever.
+    m_pool->loaded(0, pointsOf({1.0, 5.0}));
+    plot.autoScaleY();
+    QCOMPARE(valueBounds(plot).minValue(), 0.5);
+    QCOMPARE(valueBounds(plot).maxValue(), 5.5);
 }
 
 void TestCCurvePlot::plotWithoutCurvesKeepsItsValueAxis()

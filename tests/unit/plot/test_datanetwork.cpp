@@ -76,6 +76,8 @@ private slots:
     void emptyChannelListIsIgnored();
     void choosingAChannelShowsItsStatisticsAtOnce();
     void seriesWithoutReadingsShowsItsStartValues();
+    void valuesBeyondAllNumbersLeaveAMean_data();
+    void valuesBeyondAllNumbersLeaveAMean();
     void channelWithoutSeriesLeavesTheRow();
     void nullSeriesLeavesTheRow();
     void choosingNoneEmptiesTheRow();
@@ -191,6 +193,37 @@ void TestDataNetwork::seriesWithoutReadingsShowsItsStartValues()
     QCOMPARE(f.cells(0).at(2), QString::number(std::numeric_limits<double>::max(), 'f', 5));
     QCOMPARE(f.cells(0).at(3), QStringLiteral("0.00000"));
     QCOMPARE(f.cells(0).at(4), QStringLiteral("0.00000"));
+}
+
+void TestDataNetwork::valuesBeyondAllNumbersLeaveAMean_data()
+{
+    constexpr double infinity = std::numeric_limits<double>::infinity();
+    QTest::addColumn<QVector<double>>("values");
+    QTest::addColumn<double>("mean");
+    QTest::newRow("infinities") << QVector<double>{1.0, infinity, -infinity, 2.0} << 1.5;
+    QTest::newRow("sum too large") << QVector<double>{1.5e308, 1.5e308, 1.5e308} << 1.5e308;
+    QTest::newRow("both ends") << QVector<double>{1.5e308, 1.5e308, -1.5e308, -1.5e308} << 0.0;
+    QTest::newRow("not a number") << QVector<double>{std::numeric_limits<double>::quiet_NaN(), 4.0}
+                                  << 4.0;
+}
+
+void TestDataNetwork::valuesBeyondAllNumbersLeaveAMean()
+{
+    QFETCH(QVector<double>, values);
+    QFETCH(double, mean);
+    Fixture f;
+    const auto series = m_store->add(101);
+    const qint64 now = QDateTime::currentMSecsSinceEpoch();
+    for (int i = 0; i < values.size(); ++i)
+        series->addPoint(static_cast<double>(now + i), values.at(i));
+    f.combo(0)->setFocus();
+    QTest::keyClick(f.combo(0), Qt::Key_Down);
+    for (int column = 2; column <= 4; ++column)
+        QVERIFY2(!f.cells(0).at(column).contains(QStringLiteral("nan")),
+                 qPrintable(f.cells(0).at(column)));
+    const double shown = f.cells(0).at(4).toDouble();
+    QVERIFY2(qAbs(shown - mean) <= qAbs(mean) * 1e-12 + (mean == 0.0 ? 1e295 : 0.0),
+             qPrintable(f.cells(0).at(4)));
 }
 
 void TestDataNetwork::channelWithoutSeriesLeavesTheRow()
