@@ -232,7 +232,9 @@ void Pictures::toastAfterAStoreError()
     scene.scan(kLongScan);
     scene.startExport(Scene::target());
     Scene::waitForFile();
-    QVERIFY(QFile::remove(CurveDataDB::instance(QString())->todayDbPath()));
+    const QDir data(CurveDataDB::instance(QString())->dataDirectory());
+    for (const QString& name : data.entryList({QStringLiteral("*.db")}, QDir::Files))
+        QVERIFY(QFile::remove(data.filePath(name)));
     scene.waitForEnd();
     scene.takeToast(QStringLiteral("数据库读取失败，请检查数据文件"));
 }

@@ -32,6 +32,8 @@ namespace {
 
 /// Rows of a scan whose export takes longer than the test needs to look at it.
 constexpr int kLongScan = 50000;
+/// Rows of one whose export goes on while its store is taken away, on a busy machine too.
+constexpr int kVeryLongScan = 100000;
 
 QStringList filesBesideTheProgram()
 {
@@ -87,6 +89,8 @@ private slots:
     void anyDirectoryWillDo();
     void outcomeIsToldAfterTheOverlay_data();
     void outcomeIsToldAfterTheOverlay();
+    void storeThatGoesMeanwhileIsAnError_data();
+    void storeThatGoesMeanwhileIsAnError();
     void outcomeFitsTheScreen();
     void secondExportCannotBeStartedByKeys();
     void exportsFollowOneAnother();
@@ -556,6 +560,47 @@ void TestExportDialog::outcomeIsToldAfterTheOverlay()
         QCOMPARE(left.size(), 1);
         QCOMPARE(bench.message(), text + QDir(path).filePath(left.constFirst()));
     }
+}
+
+void TestExportDialog::storeThatGoesMeanwhileIsAnError_data()
+{
+    QTest::addColumn<QString>("cause");
+    for (const char* cause : {"files", "clear"})
+        QTest::newRow(cause) << QString::fromLatin1(cause);
+}
+
+void TestExportDialog::storeThatGoesMeanwhileIsAnError()
+{
+    QFETCH(QString, cause);
+    ExportBench bench;
+    bench.scan(kVeryLongScan);
+    CurveDataDB* const store = CurveDataDB::instance(QString());
+    // The window would begin a new scan after a clear.
+    disconnect(store, nullptr, &bench.window(), nullptr);
+    const QSignalSpy cleared(store, &CurveDataDB::sigClearFinished);
+    const QTemporaryDir directory;
+    bench.startExport(directory.path());
+    // Looked for more often than the usual way of waiting does.
+    QVERIFY(QTest::qWaitFor([&] { return csvFiles(directory.path()).size() == 1; },
+                            ExportBench::kEndWaitMs));
+    if (cause == QLatin1String("clear")) {
+        store->clearAll();
+    } else {
+        // The readings may lie in those of two days.
+        const QDir data(store->dataDirectory());
+        const QStringList names = data.entryList({QStringLiteral("*.db")}, QDir::Files);
+        QVERIFY(!names.isEmpty());
+        for (const QString& name : names)
+            QVERIFY(QFile::remove(data.filePath(name)));
+    }
+    bench.waitForEnd();
+    QCOMPARE(bench.message(), QStringLiteral("数据库读取失败，请检查数据文件"));
+    QVERIFY(bench.isInformation());
+    QCOMPARE(csvFiles(directory.path()), QStringList());
+    if (cause == QLatin1String("clear"))
+        QTRY_COMPARE_WITH_TIMEOUT(cleared.count(), 1, ExportBench::kEndWaitMs);
+    // The button is of use again.
+    bench.inDialog([](const ExportDialogHand& dialog) { QVERIFY(dialog.window->isVisible()); });
 }
 
 void TestExportDialog::outcomeFitsTheScreen()

@@ -1,0 +1,131 @@
+#include "exportbench.h"
+#include "storefaults/privatemounts.h"
+
+#include <QApplication>
+#include <QDir>
+#include <QFile>
+#include <QTemporaryDir>
+#include <QtTest>
+
+#include <cstdio>
+
+// Exports to a disk that is full and to a directory that may only be read, by mounts that nobody else
+// sees.
+
+namespace {
+
+constexpr int kSkipped = 77; // what the list of tests takes for "could not be run"
+constexpr qint64 kDiskBytes = 131072;
+/// Rows that the disk has no room for.
+constexpr int kRows = 10000;
+
+/// Takes all the room that a directory's disk has left.
+void fill(const QString& path)
+{
+    QFile file(path);
+    QVERIFY(file.open(QIODevice::WriteOnly | QIODevice::Unbuffered));
+    while (file.write(QByteArray(4096, 'x')) > 0) {
+    }
+}
+
+} // namespace
+
+/// What the window makes of an export that its disk refuses. Each test runs in a process of its own:
+/// there is one store for each.
+class TestExportDisk : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void initTestCase() { ExportBench::wearTheProgramsStyle(); }
+    void init();
+    void cleanup();
+
+    void diskFillsUpMeanwhile();
+    void diskIsFullFromTheStart();
+    void directoryMayOnlyBeRead();
+
+private:
+    static void exportFails(ExportBench& bench, const QString& directory, const QString& text);
+    static void exportSucceeds(ExportBench& bench, const QString& directory);
+};
+
+void TestExportDisk::init()
+{
+    ExportBench::removeStore();
+}
+
+void TestExportDisk::cleanup()
+{
+    ExportBench::closeStore();
+    ExportBench::removeStore();
+}
+
+/// Nothing stays but the message.
+void TestExportDisk::exportFails(ExportBench& bench, const QString& directory, const QString& text)
+{
+    bench.exportTo(directory);
+    QCOMPARE(bench.message(), text);
+    QVERIFY(bench.isInformation());
+    QCOMPARE(csvFiles(directory), QStringList());
+}
+
+/// The button is of use again.
+void TestExportDisk::exportSucceeds(ExportBench& bench, const QString& directory)
+{
+    bench.exportTo(directory);
+    QCOMPARE(csvFiles(directory).size(), 1);
+    QCOMPARE(bench.message(), QStringLiteral("导出成功") +
+                                  QDir(directory).filePath(csvFiles(directory).constFirst()));
+}
+
+void TestExportDisk::diskFillsUpMeanwhile()
+{
+    ExportBench bench;
+    bench.scan(kRows);
+    const QTemporaryDir directory;
+    QVERIFY(privatemounts::mountMemory(directory.path(), kDiskBytes));
+    exportFails(bench, directory.path(), QStringLiteral("导出失败"));
+    QVERIFY(privatemounts::unmount(directory.path()));
+    exportSucceeds(bench, directory.path());
+}
+
+void TestExportDisk::diskIsFullFromTheStart()
+{
+    ExportBench bench;
+    bench.scan();
+    const QTemporaryDir directory;
+    QVERIFY(privatemounts::mountMemory(directory.path(), kDiskBytes));
+    const QString filler = directory.filePath(QStringLiteral("filler"));
+    fill(filler);
+    exportFails(bench, directory.path(), QStringLiteral("导出失败"));
+    QVERIFY(QFile::remove(filler));
+    exportSucceeds(bench, directory.path());
+    QVERIFY(privatemounts::unmount(directory.path()));
+}
+
+void TestExportDisk::directoryMayOnlyBeRead()
+{
+    ExportBench bench;
+    bench.scan();
+    const QTemporaryDir directory;
+    QVERIFY(privatemounts::makeReadOnly(directory.path()));
+    exportFails(bench, directory.path(), QStringLiteral("CSV文件无法打开（可能被占用）"));
+    QVERIFY(privatemounts::unmount(directory.path()));
+    exportSucceeds(bench, directory.path());
+}
+
+int main(int argc, char** argv)
+{
+    const QString obstacle = privatemounts::enter();
+    if (!obstacle.isEmpty()) {
+        std::printf("SKIPPED: the full disk and the read-only directory were NOT tested: %s\n",
+                    qPrintable(obstacle));
+        return kSkipped;
+    }
+    const QApplication application(argc, argv);
+    TestExportDisk test;
+    return QTest::qExec(&test, argc, argv);
+}
+
+#include "test_exportdisk.moc"
