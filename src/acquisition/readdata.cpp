@@ -5,6 +5,7 @@
 #include "instrument/cdevicevisa.h"
 
 #include <QDeadlineTimer>
+#include <QDebug>
 
 #include <algorithm>
 
@@ -18,6 +19,13 @@ constexpr int kFetchRetryDelayMs = 100;
 constexpr int kFetchRetries = 6;
 constexpr int kSilenceDelayMs = 3000;
 constexpr int kSilenceRetries = 6;
+
+/// What the instrument is asked for at a time. A reply of more than 40959 bytes is lost whole, and the
+/// instrument has forgotten its readings; a record takes 50 bytes, with a long unit 51.
+constexpr int kLargestFetch = 800;
+
+/// The same on a serial line, which carries 28800 bytes within the time-out of an exchange.
+constexpr int kLargestSerialFetch = 500;
 
 /// A sleep looks at the running flag this often. Slices need no lock, so that a thread terminated
 /// in one leaves nothing locked behind.
@@ -86,24 +94,31 @@ void ReadData::run()
     setTerminationEnabled(false);
     m_running.store(true, std::memory_order_relaxed);
     do {
+        bool leftReadings = false;
         if (g_scanRunning.load(std::memory_order_relaxed)) {
-            pollReadings();
+            leftReadings = pollReadings();
         }
         if (instrumentLost()) {
             emit sigUseInst();
             m_running.store(false, std::memory_order_relaxed);
         }
-        pause(kPassDelayMs);
+        // What gathered in a stall is caught up with, one fetch after the other.
+        if (!leftReadings) {
+            pause(kPassDelayMs);
+        }
     } while (m_running.load(std::memory_order_relaxed));
 }
 
 /// The part of a pass that belongs to a running scan: fetch what has gathered, then look whether the
 /// scan has ended. A pass that found readings never ends the scan, so the last ones are drained first.
-void ReadData::pollReadings()
+/// True when more readings had gathered than one fetch takes, and that one was taken.
+bool ReadData::pollReadings()
 {
     const int count = ask(QStringLiteral("DATA:POIN?")).toInt();
+    const int most = g_visa->isSerial() ? kLargestSerialFetch : kLargestFetch;
+    bool isFetched = false;
     if (count != 0) {
-        fetchReadings(count);
+        isFetched = fetchReadings(std::min(count, most));
         pause(kSettleDelayMs);
     }
     const bool isIdle = ask(QStringLiteral("STAT:OPER:COND?")) == kScanEndedCondition;
@@ -112,17 +127,19 @@ void ReadData::pollReadings()
         emit sigStopScan();
     }
     pause(kSettleDelayMs);
+    return isFetched && count > most;
 }
 
 /// Fetches `count` readings, again up to six times as long as nothing decodes. What the instrument
-/// has kept after that comes with the next pass.
-void ReadData::fetchReadings(int count)
+/// has kept after that comes with the next pass. False when nothing was fetched.
+bool ReadData::fetchReadings(int count)
 {
     bool isFetched = fetchBatch(count);
     for (int retry = 0; retry < kFetchRetries && !isFetched; ++retry) {
         pause(kFetchRetryDelayMs);
         isFetched = fetchBatch(count);
     }
+    return isFetched;
 }
 
 /// One try; false when no record could be decoded.
@@ -156,9 +173,13 @@ bool ReadData::instrumentLost()
 /// One exchange. The thread may be terminated in it, as in its sleeps.
 QString ReadData::ask(const QString& query)
 {
+    bool overflowed = false;
     setTerminationEnabled(true);
-    const QString reply = g_visa->sendCommand(query, kExchangeTimeoutMs);
+    const QString reply = g_visa->sendCommand(query, kExchangeTimeoutMs, &overflowed);
     setTerminationEnabled(false);
+    if (overflowed) {
+        qWarning().noquote() << "响应超出接收缓冲区，已丢弃:" << query;
+    }
     return reply;
 }
 

@@ -52,8 +52,8 @@ protected:
     void run() override;
 
 private:
-    void pollReadings();
-    void fetchReadings(int count);
+    bool pollReadings();
+    bool fetchReadings(int count);
     bool fetchBatch(int count);
     bool instrumentLost();
     static QString ask(const QString& query);

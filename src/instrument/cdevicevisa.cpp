@@ -29,6 +29,11 @@ constexpr AttributeRow kSerialSettings[] = {
     {VI_ATTR_TMO_VALUE, kSerialTimeoutMs},
 };
 
+bool isReplyWhole(ViStatus status)
+{
+    return status == VI_SUCCESS || status == VI_SUCCESS_TERM_CHAR;
+}
+
 } // namespace
 
 CDeviceVisa* CDeviceVisa::instance()
@@ -75,7 +80,8 @@ bool CDeviceVisa::connectDevice(const QString& resource)
         return false;
     }
     m_session = session;
-    configureSession(resource.contains(QLatin1String("ASRL"), Qt::CaseInsensitive));
+    m_serial = resource.contains(QLatin1String("ASRL"), Qt::CaseInsensitive);
+    configureSession();
     m_connected = true;
     return true;
 }
@@ -96,8 +102,16 @@ bool CDeviceVisa::isConnected()
     return m_connected;
 }
 
-QString CDeviceVisa::sendCommand(const QString& command, int timeoutMs)
+bool CDeviceVisa::isSerial()
 {
+    const QMutexLocker locker(&m_mutex);
+    return m_serial;
+}
+
+QString CDeviceVisa::sendCommand(const QString& command, int timeoutMs, bool* overflowed)
+{
+    if (overflowed)
+        *overflowed = false;
     const QMutexLocker locker(&m_mutex);
     if (!m_connected || m_session == 0) {
         fail(QStringLiteral("仪器未连接"));
@@ -108,8 +122,13 @@ QString CDeviceVisa::sendCommand(const QString& command, int timeoutMs)
     if (!writeCommand(command))
         return {};
     QString response;
-    if (command.contains(QLatin1Char('?')) && !readResponse(response))
-        return {};
+    if (command.contains(QLatin1Char('?'))) {
+        const ViStatus status = readResponse(response);
+        if (overflowed)
+            *overflowed = status == VI_SUCCESS_MAX_CNT;
+        if (!isReplyWhole(status))
+            return {};
+    }
     emit commandCompleted(command, response);
     return response;
 }
@@ -131,10 +150,10 @@ QString CDeviceVisa::lastError()
 }
 
 /// The settings of a new session. What a resource does not take does not matter.
-void CDeviceVisa::configureSession(bool serial)
+void CDeviceVisa::configureSession()
 {
     const VisaTable& visa = VisaBinding::table();
-    if (serial) {
+    if (m_serial) {
         for (const AttributeRow& row : kSerialSettings)
             visa.viSetAttribute(m_session, row.attribute, row.value);
     } else {
@@ -161,20 +180,20 @@ bool CDeviceVisa::writeCommand(const QString& command)
 
 /// One read into a buffer on the stack. A reply that fills it is a failure, and what is left of it
 /// stays with the instrument.
-bool CDeviceVisa::readResponse(QString& response)
+ViStatus CDeviceVisa::readResponse(QString& response)
 {
     char buffer[kReadBufferSize];
     ViUInt32 received = 0;
     const ViStatus status = VisaBinding::table().viRead(
         m_session, reinterpret_cast<ViByte*>(buffer), kLongestReply, &received);
-    if (status != VI_SUCCESS && status != VI_SUCCESS_TERM_CHAR) {
+    if (!isReplyWhole(status)) {
         const QByteArray text = statusText(m_session, status);
         fail(QStringLiteral("读取响应失败: %1").arg(QString::fromUtf8(text)));
-        return false;
+        return status;
     }
     buffer[std::min(received, kLongestReply)] = '\0';
     response = QString::fromUtf8(buffer).trimmed();
-    return true;
+    return status;
 }
 
 /// The VISA text of a status, as bytes; empty where there is none.

@@ -38,12 +38,16 @@ public:
 
     bool isConnected();
 
+    /// Whether the session opened last is one on a serial port.
+    bool isSerial();
+
     /// One exchange: writes the command with a line feed behind it and, when the command has a
     /// question mark anywhere, reads one reply of up to 40959 bytes. Returns the reply without
     /// white space at its ends; empty for a plain command and on every failure. Blocks up to
     /// timeoutMs milliseconds for the writing and again for the reading; a negative time-out is
-    /// taken as 0.
-    QString sendCommand(const QString& command, int timeoutMs);
+    /// taken as 0. `overflowed`, if given, tells whether the exchange failed because the reply filled
+    /// the buffer.
+    QString sendCommand(const QString& command, int timeoutMs, bool* overflowed = nullptr);
 
     /// One sendCommand() for each command, in order, and one result for each. Other threads may
     /// exchange between them.
@@ -58,9 +62,9 @@ signals:
     void errorOccurred(const QString& errorMessage);
 
 private:
-    void configureSession(bool serial);
+    void configureSession();
     bool writeCommand(const QString& command);
-    bool readResponse(QString& response);
+    ViStatus readResponse(QString& response);
     QByteArray statusText(ViObject object, ViStatus status) const;
     void fail(const QString& message);
 
@@ -69,4 +73,5 @@ private:
     QString m_lastError;
     QRecursiveMutex m_mutex;
     bool m_connected = false;
+    bool m_serial = false;
 };

@@ -40,6 +40,22 @@ Readings readingsInReplies(const QStringList& sentLines)
     return readings;
 }
 
+QString gapIn(const Readings& readings, double distanceMs)
+{
+    for (auto channel = readings.cbegin(); channel != readings.cend(); ++channel) {
+        for (int i = 1; i < channel->size(); ++i) {
+            const qint64 distance = channel->at(i).first - channel->at(i - 1).first;
+            if (static_cast<double>(distance) > 1.5 * distanceMs)
+                return QStringLiteral("channel %1: %2 ms behind reading %3 of %4")
+                    .arg(channel.key())
+                    .arg(distance)
+                    .arg(i)
+                    .arg(channel->size());
+        }
+    }
+    return {};
+}
+
 QStringList runSqlite(const QString& file, const QString& statement)
 {
     QProcess program;

@@ -16,5 +16,9 @@ Readings readingsInReplies(const QStringList& sentLines);
 /// The readings in the day files of a directory, read with the sqlite3 program.
 Readings readingsInStore(const QString& directory);
 
+/// The first place where a channel's readings are further apart than 1.5 times their distance, for the
+/// report of a failure; empty if none is missing.
+QString gapIn(const Readings& readings, double distanceMs);
+
 /// What the sqlite3 program prints for a statement on a file, a line a row.
 QStringList runSqlite(const QString& file, const QString& statement);

@@ -7,6 +7,7 @@
 #include <QElapsedTimer>
 #include <QtTest>
 
+#include <algorithm>
 #include <atomic>
 #include <memory>
 
@@ -22,6 +23,7 @@ extern "C" const char* __asan_default_options()
 namespace {
 
 constexpr int kPatienceMs = 120000;
+constexpr int kBufferSize = 40959;
 
 const QString kPoints = QStringLiteral("DATA:POIN?");
 const QString kFetchTwo = QStringLiteral("R? 2");
@@ -61,6 +63,13 @@ public:
         m_stoppingQuery = query;
     }
 
+    /// The reply to the next of these queries fills the program's buffer.
+    void overflowNext(const QString& query)
+    {
+        const QMutexLocker locker(&m_mutex);
+        m_overflowingQuery = query;
+    }
+
     QStringList queries() const
     {
         const QMutexLocker locker(&m_mutex);
@@ -87,6 +96,11 @@ private:
         if (query == m_stoppingQuery) {
             g_scanRunning = false;
         }
+        if (query == m_overflowingQuery) {
+            m_overflowingQuery.clear();
+            m_visa.scriptRead(VI_SUCCESS_MAX_CNT, QByteArray(kBufferSize, '0'));
+            return {};
+        }
         QStringList& replies = m_replies[query];
         const QString reply = replies.value(0);
         if (replies.size() > 1) {
@@ -101,6 +115,7 @@ private:
     QStringList m_queries;
     QList<qint64> m_times;
     QString m_stoppingQuery;
+    QString m_overflowingQuery;
     FakeVisa m_visa;
 };
 
@@ -191,6 +206,10 @@ private slots:
     void unreadableReplyIsFetchedSixMoreTimes();
     void fetchIsRepeatedUntilABatchDecodes();
     void nextPassFetchesWhatWasGivenUp();
+    void largeCountIsFetchedInPartsWithoutPauses_data();
+    void largeCountIsFetchedInPartsWithoutPauses();
+    void partThatFailsIsFollowedByThePause();
+    void replyThatFillsTheBufferIsLogged();
     void flagIsReadOnceAPass();
     void exchangeMayTakeFiveSeconds();
     void zeroPointsAndIdleConditionEndTheScan_data();
@@ -333,6 +352,90 @@ void TestReadData::nextPassFetchesWhatWasGivenUp()
                           kFetchTwo, kCondition, kEvent, kPoints, kFetchTwo, kCondition, kEvent}));
     QCOMPARE(m_listener->told,
              (QStringList{QStringLiteral("batch of 2"), QStringLiteral("in use")}));
+}
+
+void TestReadData::largeCountIsFetchedInPartsWithoutPauses_data()
+{
+    QTest::addColumn<QString>("resource");
+    QTest::addColumn<int>("most");
+    QTest::newRow("socket") << QStringLiteral("TCPIP0::127.0.0.1::5025::SOCKET") << 800;
+    // 800 records take longer than the time-out.
+    QTest::newRow("serial") << QStringLiteral("ASRL1::INSTR") << 500;
+}
+
+void TestReadData::largeCountIsFetchedInPartsWithoutPauses()
+{
+    QFETCH(const QString, resource);
+    QFETCH(const int, most);
+    g_visa->connectDevice(resource);
+    g_scanRunning = true;
+    const QString fetchMost = QStringLiteral("R? %1").arg(most);
+    QStringList counts;
+    for (const int count : {4 * most + 2, 3 * most + 2, 2 * most + 2, most + 2, 2, most, 0})
+        counts << QStringLiteral("+%1").arg(count);
+    m_instrument->setReplies(kPoints, counts);
+    m_instrument->setReplies(fetchMost, {kTwoReadings});
+    m_instrument->setReplies(kFetchTwo, {kTwoReadings});
+    // The instrument is at the end of its scan all the time.
+    m_instrument->setReplies(kCondition, {QStringLiteral("+256")});
+    const QString zero = QStringLiteral("+0");
+    m_instrument->setReplies(kEvent, {zero, zero, zero, zero, zero, zero, QStringLiteral("+2048")});
+    m_thread->start();
+    QTRY_VERIFY_WITH_TIMEOUT(ended(), kPatienceMs);
+    deliverSignals();
+    QStringList queries;
+    for (int pass = 0; pass < 4; ++pass) {
+        queries << kPoints << fetchMost << kCondition << kEvent;
+    }
+    queries << kPoints << kFetchTwo << kCondition << kEvent;
+    queries << kPoints << fetchMost << kCondition << kEvent;
+    queries << kPoints << kCondition << kEvent;
+    QCOMPARE(m_instrument->queries(), queries);
+    QCOMPARE(m_listener->told.count(QStringLiteral("batch of 2")), 6);
+    QCOMPARE(m_listener->told.mid(6),
+             (QStringList{QStringLiteral("stop"), QStringLiteral("in use")}));
+
+    const QList<qint64> times = m_instrument->times();
+    const auto gapBehindPass = [&times](int pass) { return times[4 * pass] - times[4 * pass - 1]; };
+    QVERIFY(std::min({gapBehindPass(1), gapBehindPass(2), gapBehindPass(3), gapBehindPass(4)}) <
+            1000);
+    // All that was there has been fetched, so that there is time for more to gather.
+    QVERIFY(gapBehindPass(5) >= 1000);
+    QVERIFY(gapBehindPass(6) >= 1000);
+}
+
+void TestReadData::partThatFailsIsFollowedByThePause()
+{
+    g_scanRunning = true;
+    m_instrument->setReplies(kPoints, {QStringLiteral("+900"), QStringLiteral("+0")});
+    m_instrument->setReplies(QStringLiteral("R? 800"), {QString()});
+    m_instrument->setReplies(kCondition, {QStringLiteral("+16")});
+    m_instrument->setReplies(kEvent, {QStringLiteral("+0"), QStringLiteral("+2048")});
+    m_thread->start();
+    QTRY_VERIFY_WITH_TIMEOUT(ended(), kPatienceMs);
+    const QStringList queries = m_instrument->queries();
+    QCOMPARE(queries.count(QStringLiteral("R? 800")), 7);
+    QCOMPARE(queries.mid(8), (QStringList{kCondition, kEvent, kPoints, kCondition, kEvent}));
+    const QList<qint64> times = m_instrument->times();
+    QVERIFY(times[10] - times[9] >= 1000);
+}
+
+void TestReadData::replyThatFillsTheBufferIsLogged()
+{
+    g_scanRunning = true;
+    m_instrument->setReplies(kPoints, {QStringLiteral("+2")});
+    m_instrument->setReplies(kFetchTwo, {kTwoReadings});
+    m_instrument->overflowNext(kFetchTwo);
+    m_instrument->setReplies(kCondition, {QStringLiteral("+16")});
+    m_instrument->setReplies(kEvent, {QStringLiteral("+2048")});
+    const LogCapture log;
+    m_thread->start();
+    QTRY_VERIFY_WITH_TIMEOUT(ended(), kPatienceMs);
+    deliverSignals();
+    QCOMPARE(m_instrument->queries(),
+             (QStringList{kPoints, kFetchTwo, kFetchTwo, kCondition, kEvent}));
+    QCOMPARE(m_listener->told.value(0), QStringLiteral("batch of 2"));
+    QCOMPARE(log.lines(), QStringList{QStringLiteral("响应超出接收缓冲区，已丢弃: R? 2")});
 }
 
 void TestReadData::flagIsReadOnceAPass()

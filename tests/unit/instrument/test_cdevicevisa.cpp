@@ -136,6 +136,7 @@ private slots:
     void replyIsTrimmed();
     void longestReplyFits();
     void replyThatFillsTheBufferFails();
+    void onlyAReplyThatFillsTheBufferOverflows();
     void restOfALongReplyStaysWithTheInstrument();
     void lateReplyIsTakenForTheNextOne();
     void countBeyondTheBufferIsNotBelieved();
@@ -285,7 +286,9 @@ void TestCDeviceVisa::connectSetsUpASerialPort()
 {
     QFETCH(QString, resource);
     m_fake->clearCalls();
+    QVERIFY(!m_device->isSerial());
     QVERIFY(m_device->connectDevice(resource));
+    QVERIFY(m_device->isSerial());
     const QString open = QStringLiteral("viOpen(1, \"%1\", 0, 0)").arg(resource);
     QCOMPARE(m_fake->calls(),
              (QStringList{open, QStringLiteral("viSetAttribute(100, 0x3FFF0021, 57600)"),
@@ -562,6 +565,32 @@ void TestCDeviceVisa::replyThatFillsTheBufferFails()
     QCOMPARE(errors.count(), 1);
     QCOMPARE(completed.count(), 0);
     QCOMPARE(m_fake->calls().filter(QStringLiteral("viRead")).size(), 1);
+}
+
+void TestCDeviceVisa::onlyAReplyThatFillsTheBufferOverflows()
+{
+    connectDevice();
+    bool overflowed = false;
+    m_fake->scriptRead(VI_SUCCESS_MAX_CNT, QByteArray(40959, 'r'));
+    m_device->sendCommand(QStringLiteral("R? 1000"), 5000, &overflowed);
+    QVERIFY(overflowed);
+    m_fake->setReply("R? 2", "rr");
+    QCOMPARE(m_device->sendCommand(QStringLiteral("R? 2"), 5000, &overflowed),
+             QStringLiteral("rr"));
+    QVERIFY(!overflowed);
+    for (const ViStatus failure : {VI_ERROR_TMO, VI_ERROR_CONN_LOST}) {
+        overflowed = true;
+        m_fake->scriptRead(failure, QByteArray());
+        m_device->sendCommand(QStringLiteral("R? 3"), 5000, &overflowed);
+        QVERIFY(!overflowed);
+    }
+    overflowed = true;
+    m_device->sendCommand(QStringLiteral("ABOR"), 5000, &overflowed);
+    QVERIFY(!overflowed);
+    m_device->disconnectDevice();
+    overflowed = true;
+    m_device->sendCommand(QStringLiteral("R? 3"), 5000, &overflowed);
+    QVERIFY(!overflowed);
 }
 
 void TestCDeviceVisa::restOfALongReplyStaysWithTheInstrument()
