@@ -230,6 +230,7 @@ private:
     CurveDataDB* m_curveStore = nullptr;
     std::unique_ptr<QTimer> m_elapsedTimer;
     bool m_starting = false;     ///< between the click on start and the end of scanFunc()
+    bool m_draining = false;     ///< the button has stopped the run; its last readings are fetched
     bool m_reconnecting = false; ///< a helper looks for the instrument
 
     // Logging page

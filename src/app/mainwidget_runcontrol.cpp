@@ -53,6 +53,7 @@ void MainWidget::recvStartButtonSlot()
     assertGuiThread();
     if (g_scanRunning) {
         // The acquisition thread drains the instrument and then clears the flag.
+        m_draining = true;
         stopElapsedTimer();
         ask(QStringLiteral("ABOR"));
         endScan();
@@ -134,6 +135,7 @@ void MainWidget::scanFunc()
         ask(QStringLiteral("SYST:TIME:SCAN?")).replace(QLatin1Char(','), QLatin1Char(' '));
     g_scanStartText = runTimeText();
 
+    m_draining = false;
     g_scanRunning = true;
     m_starting = false;
     m_lockManager->setLockEnabled(true);
@@ -208,7 +210,9 @@ void MainWidget::recvLockScreenSlot()
     if (!g_scanRunning)
         return;
     stopElapsedTimer();
-    g_scanRunning = false;
+    // A run that the button has stopped is the acquisition thread's to end: readings are left.
+    if (!m_draining)
+        g_scanRunning = false;
     ask(QStringLiteral("ABOR"));
     endScan();
 }

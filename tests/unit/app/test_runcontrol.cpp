@@ -148,6 +148,8 @@ private slots:
     void everyEndStopsTheTimer_data();
     void everyEndStopsTheTimer();
     void unlockingEndsTheScan();
+    void unlockingBehindAStopLeavesTheDrainAlone();
+    void unlockingEndsTheRunBehindAStoppedOne();
     void heldBarEndsTheScan();
     void heldBarAfterTheScanChangesNothing();
 
@@ -408,6 +410,41 @@ void TestRunControl::unlockingEndsTheScan()
     QTRY_VERIFY_WITH_TIMEOUT(polls >= 2, 10000);
     QVERIFY(!drained);
     WindowBench::endAcquisition();
+}
+
+void TestRunControl::unlockingBehindAStopLeavesTheDrainAlone()
+{
+    Scan bench;
+    bench.run(WindowBench::AcquisitionRuns);
+    const QString fetch = QStringLiteral("R? 1");
+    bench.instrument().setReply(QStringLiteral("DATA:POIN?"), QStringLiteral("+1"));
+    bench.instrument().setReply(fetch, QStringLiteral("#10+1 V,2024,1,2,3,4,5.6,101,0"));
+    bench.instrument().setReply(QStringLiteral("STAT:OPER:COND?"), QStringLiteral("+256"));
+    std::atomic<int> fetches{0};
+    bench.instrument().whenAsked(fetch, [&fetches] { ++fetches; });
+    QTRY_VERIFY_WITH_TIMEOUT(fetches > 0, 10000);
+    QTest::mouseClick(bench.startButton(), Qt::LeftButton);
+    emit bench.window().findChild<WindowLockManager*>()->unlocked();
+    const int before = fetches;
+    QTRY_VERIFY_WITH_TIMEOUT(fetches >= before + 2, 10000);
+    QVERIFY(g_scanRunning);
+    QVERIFY(bench.isIdle());
+    bench.instrument().setReply(QStringLiteral("DATA:POIN?"), QStringLiteral("+0"));
+    QTRY_VERIFY_WITH_TIMEOUT(!g_scanRunning, 10000);
+    QVERIFY(bench.isIdle());
+    WindowBench::endAcquisition();
+}
+
+void TestRunControl::unlockingEndsTheRunBehindAStoppedOne()
+{
+    Scan bench;
+    bench.run();
+    QTest::mouseClick(bench.startButton(), Qt::LeftButton);
+    g_scanRunning = false; // the acquisition thread has drained the instrument
+    bench.window().scanFunc();
+    QVERIFY(g_scanRunning);
+    emit bench.window().findChild<WindowLockManager*>()->unlocked();
+    QVERIFY(!g_scanRunning);
 }
 
 void TestRunControl::heldBarEndsTheScan()
