@@ -1,5 +1,6 @@
 // The cost of storing one reading, against the C interface of SQLite doing the same two commits on
-// the same tables with statements that are prepared once.
+// the same tables with statements that are prepared once; and that of a reading of an earlier day,
+// against one of today.
 
 #include "alternatingrounds.h"
 #include "rawappender.h"
@@ -18,12 +19,14 @@
 #include <cstdio>
 #include <cstdlib>
 #include <ctime>
+#include <memory>
 
 namespace {
 
 constexpr int kRounds = 15;
 constexpr int kPointsPerRound = 2400;
 constexpr double kLimit = 1.6;
+constexpr double kLateLimit = 3.0;
 
 /// Ends the program unless the file holds that many readings of all curves, and the extremes of
 /// each.
@@ -88,6 +91,64 @@ void appendPoint(benchmark::State& state, int curves, bool zoneSet, int pointsPe
         requireRows(path, curves, batchStart, (kRounds + 1) * kPointsPerRound);
 }
 
+/// A store with so many curves in today's file.
+class DayStore
+{
+public:
+    explicit DayStore(int curves)
+        : m_directory(QCoreApplication::applicationDirPath() +
+                      QStringLiteral("/appendpoint-XXXXXX"))
+    {
+        RawStore(path(todayKey())).createDay(curves); // so that the store does not pause for each
+        m_store = std::make_unique<CurveDataDB>(m_directory.path());
+    }
+
+    QString path(const QString& dateKey) const
+    {
+        return m_directory.filePath(dateKey + QStringLiteral(".db"));
+    }
+
+    void append(Readings& readings)
+    {
+        for (int i = 0; i < kPointsPerRound; ++i) {
+            readings.next();
+            m_store->appendPoint(readings.curveId(), readings.time(), readings.value());
+        }
+    }
+
+private:
+    QTemporaryDir m_directory;
+    std::unique_ptr<CurveDataDB> m_store;
+};
+
+/// Readings of yesterday, whose file is not there at first, against readings of today.
+void appendLatePoint(benchmark::State& state, int curves)
+{
+    setZone(true);
+    const qint64 today = alignToBatchStart(QDateTime::currentMSecsSinceEpoch());
+    const qint64 yesterday = alignToBatchStart(today - kDayLengthMs);
+    DayStore late(curves);
+    DayStore live(curves);
+    Readings lateReadings(curves, yesterday);
+    Readings liveReadings(curves, today);
+    const auto appendLate = [&] { late.append(lateReadings); };
+    const auto appendLive = [&] { live.append(liveReadings); };
+    for (auto _ : state)
+        reportRatio(state, measureAlternating(kRounds, kPointsPerRound, appendLate, appendLive),
+                    kLateLimit);
+    const QString file = late.path(dateKeyForTime(yesterday));
+    RawStore written(file);
+    qint64 rows = 0;
+    for (int curveId = 1; curveId <= curves; ++curveId)
+        rows += written.number("SELECT count(*) FROM " +
+                               rawTableName(curveId, yesterday).toStdString());
+    if (rows == (kRounds + 1) * kPointsPerRound)
+        return;
+    std::fprintf(stderr, "benchmark is wrong: %s holds %lld readings\n", qPrintable(file),
+                 static_cast<long long>(rows));
+    std::exit(1);
+}
+
 } // namespace
 
 int main(int argc, char** argv)
@@ -108,6 +169,13 @@ int main(int argc, char** argv)
         const std::string name = "appendPointWithChart/curves:" + std::to_string(curves);
         benchmark::RegisterBenchmark(
             name.c_str(), [=](benchmark::State& state) { appendPoint(state, curves, true, 600); })
+            ->Iterations(1)
+            ->Unit(benchmark::kMillisecond);
+    }
+    for (const int curves : {60, 600}) {
+        const std::string name = "appendLatePoint/curves:" + std::to_string(curves);
+        benchmark::RegisterBenchmark(
+            name.c_str(), [=](benchmark::State& state) { appendLatePoint(state, curves); })
             ->Iterations(1)
             ->Unit(benchmark::kMillisecond);
     }

@@ -125,6 +125,7 @@ void CurveDataDB::closeForExit(QDeadlineTimer deadline)
             writeMetadata();
         }
         forgetAttachment();
+        m_late = LateFile();
         m_currentDb.reset();
         m_currentDbPath.clear();
         m_currentDate.clear();
@@ -162,35 +163,48 @@ QSharedPointer<QSqlDatabase> CurveDataDB::openDb(const QString& path)
 int CurveDataDB::registerCurve(const QString& name)
 {
     const QMutexLocker locker(&m_mutex);
+    return enlistCurve(name, NewCurve::Pause);
+}
+
+int CurveDataDB::registerCurveAtOnce(const QString& name)
+{
+    const QMutexLocker locker(&m_mutex);
+    return enlistCurve(name, NewCurve::AtOnce);
+}
+
+/// Gives a curve its id in today's file. A name that is new there is preceded by the pauses that two
+/// further look-ups would take; they give a store that was just cleared time to settle.
+int CurveDataDB::enlistCurve(const QString& name, NewCurve newCurve)
+{
     const LockPatience patience;
     ensureCurrentDb();
     if (!isCurrentOpen() && !reopenCurrentDb())
         return -1;
     int curveId = findCurve(name);
+    for (int pause = 0;
+         curveId < 0 && newCurve == NewCurve::Pause && pause < kRegisterPauses && !m_closedForExit;
+         ++pause)
+        QThread::msleep(kRegisterPauseMs);
     if (curveId < 0)
         curveId = insertCurve(name);
     if (curveId < 0)
         return -1;
     m_curveNameMap.insert(curveId, name);
     m_currentFileIds.insert(curveId);
+    m_loadedPath.clear(); // the names of a file loaded before may be others
     return curveId;
 }
 
-/// Looks a curve up in today's file. A look-up that finds nothing is followed by the pauses that
-/// two further tries would take; they give a store that was just cleared time to settle.
+/// Looks a curve up in today's file; -1 if it is not there.
 int CurveDataDB::findCurve(const QString& name)
 {
-    {
-        ManagedQuery query(*m_currentDb);
-        if (!query.run(QStringLiteral("SELECT curve_id FROM curve_info WHERE name = ?"), {name})) {
-            if (saysMissingTable(query.errorText()))
-                createBaseTables(*m_currentDb);
-        } else if (query.next()) {
-            return query.value(0).toInt();
-        }
+    ManagedQuery query(*m_currentDb);
+    if (!query.run(QStringLiteral("SELECT curve_id FROM curve_info WHERE name = ?"), {name})) {
+        if (saysMissingTable(query.errorText()))
+            createBaseTables(*m_currentDb);
+    } else if (query.next()) {
+        return query.value(0).toInt();
     }
-    for (int pause = 0; pause < kRegisterPauses && !m_closedForExit; ++pause)
-        QThread::msleep(kRegisterPauseMs);
     return -1;
 }
 
@@ -311,7 +325,7 @@ void CurveDataDB::buildCatalogue()
     m_incomplete = !createBaseTables(*m_currentDb);
     // Ids are given in order: after one that cannot be registered the others would get each other's.
     for (auto name = names.cbegin(); name != names.cend() && !m_incomplete; ++name)
-        m_incomplete = registerCurve(*name) < 0;
+        m_incomplete = enlistCurve(*name, NewCurve::AtOnce) < 0;
     loadMetadata(m_currentDbPath);
     m_catalogueTrusted = m_catalogueTrusted && !m_incomplete;
 }
@@ -381,6 +395,12 @@ bool CurveDataDB::loadMetadata(const QString& path)
     loadCurveNames(*db, isCurrent);
     loadBatchList(*db, isCurrent);
     loadExtremes(*db, isCurrent);
+    if (!isCurrent) {
+        attachLateFile(*db);
+        m_late.isFit = false;
+        m_late.extremes = m_metadataMap;
+        m_late.changed.clear();
+    }
     m_loadedPath = path;
     ConnectionPool::instance().releaseConnection(path);
     return true;

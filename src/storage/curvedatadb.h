@@ -90,6 +90,9 @@ public:
     /// -1 if that fails.
     int registerCurve(const QString& name);
 
+    /// The same without the 200 ms, for a store that has been in use.
+    int registerCurveAtOnce(const QString& name);
+
     /// Stores one reading, in a commit of its own, and the curve's extremes in another. What lies
     /// more than 270,000 years from the epoch is no time, and is not stored.
     void appendPoint(int curveId, qint64 timestamp, double value);
@@ -165,11 +168,25 @@ private slots:
     void onClearFinished();
 
 private:
+    /// Whether the registration of a new name is preceded by the pauses.
+    enum class NewCurve { Pause, AtOnce };
+
     /// The kept insert of one curve, prepared for the table of one batch.
     struct LiveInsert
     {
         qint64 batchStart = 0;
         std::unique_ptr<ManagedQuery> query;
+    };
+
+    /// What is kept of the file of an earlier day that late readings go to, one file at a time.
+    struct LateFile
+    {
+        QString connection; ///< The connection that all of it belongs to.
+        std::unordered_map<int, LiveInsert> inserts;
+        int cacheKib = 0;
+        bool isFit = false; ///< It has the tables that it needs.
+        QMap<int, DBCurveMetadata> extremes; ///< As they stand in the file.
+        QSet<int> changed;                   ///< Curves whose extremes in memory differ from those.
     };
 
     // Catalogue and rollover: curvedatadb.cpp
@@ -185,6 +202,7 @@ private:
     void loadCurveNames(const QSqlDatabase& db, bool isCurrent);
     void loadBatchList(const QSqlDatabase& db, bool isCurrent);
     void loadExtremes(const QSqlDatabase& db, bool isCurrent);
+    int enlistCurve(const QString& name, NewCurve newCurve);
     int findCurve(const QString& name);
     int insertCurve(const QString& name);
     const QString& currentDayKey();
@@ -200,7 +218,15 @@ private:
     void appendToCurrentFile(int curveId, qint64 timestamp, double value);
     void appendToOtherFile(int curveId, qint64 timestamp, double value);
     ManagedQuery* liveInsert(int curveId, qint64 timestamp);
-    void growCache();
+    ManagedQuery* lateInsert(const QSqlDatabase& db, int curveId, qint64 timestamp);
+    ManagedQuery* keptInsert(std::unordered_map<int, LiveInsert>& inserts, const QSqlDatabase& db,
+                             int curveId, qint64 timestamp);
+    static void growCache(const QSqlDatabase& db, size_t curves, int& cacheKib);
+    bool isLoaded(const QString& path, const QSqlDatabase& db) const;
+    void attachLateFile(const QSqlDatabase& db);
+    void loadOtherFile(const QString& path, const QSqlDatabase& db);
+    bool setUpOtherFile(const QSqlDatabase& db);
+    void restoreLateExtremes();
     bool openForWrite(int curveId, qint64 timestamp);
     int curveIdInOtherFile(const QSqlDatabase& db, int curveId);
     bool createBatchTable(const DBBatchInfo& info, const QSqlDatabase& db, int curveId);
@@ -251,6 +277,7 @@ private:
     FileIdentity m_currentFile;      ///< What the connection was opened on.
     bool m_attaching = false;
     std::unordered_map<int, LiveInsert> m_liveInserts;
+    LateFile m_late;
     int m_cacheKib = 0; ///< Page cache asked for on the connection; 0: SQLite's own.
     std::unique_ptr<ManagedQuery> m_metadataWriter;
 

@@ -44,6 +44,8 @@ void CurveDataDB::closeAllForClear()
     m_knownTables.clear();
     m_batchList.clear();
     forgetAttachment();
+    m_late = LateFile();
+    m_loadedPath.clear();
     if (m_currentDb) {
         m_currentDb.reset();
         ConnectionPool::instance().removeConnection(m_currentDbPath);
@@ -130,6 +132,7 @@ bool CurveDataDB::deleteCurveData(int curveId)
     if (extremes != m_metadataMap.end()) {
         *extremes = DBCurveMetadata();
         m_changedCurves.insert(curveId);
+        m_late.changed.insert(curveId);
     }
     return true;
 }

@@ -66,6 +66,12 @@ bool holdsNan(const DBCurveMetadata& extremes)
     return std::isnan(extremes.minValue) || std::isnan(extremes.maxValue);
 }
 
+/// Whether a kept insert has failed because it has to be prepared anew.
+bool isTableGone(const ManagedQuery& insert)
+{
+    return insert.errorText().contains(QLatin1String("no such table")) || !insert.isUsable();
+}
+
 } // namespace
 
 void CurveDataDB::appendPoint(int curveId, qint64 timestamp, double value)
@@ -123,8 +129,7 @@ void CurveDataDB::appendToCurrentFile(int curveId, qint64 timestamp, double valu
     noteUse();
     ManagedQuery* insert = liveInsert(curveId, timestamp);
     if (insert && !insert->execWith({curveId, timestamp, value})) {
-        const bool tableGone =
-            insert->errorText().contains(QLatin1String("no such table")) || !insert->isUsable();
+        const bool tableGone = isTableGone(*insert);
         m_readOnly = m_readOnly || insert->metReadOnly();
         m_liveInserts.erase(curveId);
         insert = tableGone ? liveInsert(curveId, timestamp) : nullptr;
@@ -135,59 +140,157 @@ void CurveDataDB::appendToCurrentFile(int curveId, qint64 timestamp, double valu
     saveMetadata();
 }
 
-/// The kept insert for a curve in the table of the reading's batch; null if it cannot be prepared.
-/// Until the table is known to exist, each reading looks for it again.
+/// The kept insert of a curve in today's file for the table of the reading's batch; null if it
+/// cannot be prepared.
 ManagedQuery* CurveDataDB::liveInsert(int curveId, qint64 timestamp)
 {
+    ManagedQuery* insert = keptInsert(m_liveInserts, *m_currentDb, curveId, timestamp);
+    growCache(*m_currentDb, m_liveInserts.size(), m_cacheKib);
+    return insert;
+}
+
+/// The same in the file of an earlier day.
+ManagedQuery* CurveDataDB::lateInsert(const QSqlDatabase& db, int curveId, qint64 timestamp)
+{
+    attachLateFile(db);
+    ManagedQuery* insert = keptInsert(m_late.inserts, db, curveId, timestamp);
+    growCache(db, m_late.inserts.size(), m_late.cacheKib);
+    return insert;
+}
+
+/// Until the table is known to exist, each reading looks for it again.
+ManagedQuery* CurveDataDB::keptInsert(std::unordered_map<int, LiveInsert>& inserts,
+                                      const QSqlDatabase& db, int curveId, qint64 timestamp)
+{
     const TimeSlice& slice = m_readingSlice.at(timestamp);
-    const auto kept = m_liveInserts.find(curveId);
-    if (kept != m_liveInserts.end() && kept->second.batchStart == slice.batchStart)
+    const auto kept = inserts.find(curveId);
+    if (kept != inserts.end() && kept->second.batchStart == slice.batchStart)
         return kept->second.query.get();
 
     const bool ready = openForWrite(curveId, timestamp) && slice.ownFile;
-    auto query = std::make_unique<ManagedQuery>(*m_currentDb);
+    auto query = std::make_unique<ManagedQuery>(db);
     query->setForwardOnly(true);
     if (!query->prepare(insertPointSql(makeTableName(curveId, slice.batchName)))) {
-        m_liveInserts.erase(curveId);
+        inserts.erase(curveId);
         return nullptr;
     }
-    LiveInsert& entry = m_liveInserts[curveId];
+    LiveInsert& entry = inserts[curveId];
     entry.batchStart = ready ? slice.batchStart : kNoBatch;
     entry.query = std::move(query);
-    growCache();
     return entry.query.get();
 }
 
-/// Gives the page cache of today's file the size that the curves being written need.
-void CurveDataDB::growCache()
+/// Gives the page cache of a file the size that the curves being written need.
+void CurveDataDB::growCache(const QSqlDatabase& db, size_t curves, int& cacheKib)
 {
-    const int wanted =
-        kCacheKibForTheRest + kCacheKibPerCurve * static_cast<int>(m_liveInserts.size());
-    if (wanted <= std::max(kOwnCacheKib, m_cacheKib))
+    const int wanted = kCacheKibForTheRest + kCacheKibPerCurve * static_cast<int>(curves);
+    if (wanted <= std::max(kOwnCacheKib, cacheKib))
         return;
-    m_cacheKib = wanted;
-    ManagedQuery(*m_currentDb).exec(QStringLiteral("PRAGMA cache_size = -%1").arg(wanted));
+    cacheKib = wanted;
+    ManagedQuery(db).exec(QStringLiteral("PRAGMA cache_size = -%1").arg(wanted));
 }
 
 /// The way of a reading of another day. The file's own catalogue is loaded, and today's file gets
-/// the extremes that follow from it.
+/// the extremes that follow from it. While readings go on coming for the same file and nothing else
+/// is loaded, what was loaded stands for the file.
 void CurveDataDB::appendToOtherFile(int curveId, qint64 timestamp, double value)
 {
     const QString path = dbPathForDate(dateKeyFor(timestamp));
     const QSharedPointer<QSqlDatabase> db = openDb(path);
     if (!db || !db->isOpen())
         return;
-    m_loadedPath.clear();
-    openForWrite(curveId, timestamp);
+    if (isLoaded(path, *db))
+        restoreLateExtremes();
+    else
+        m_loadedPath.clear();
     // The caller's id names the table even where the file knows the curve under another one; the
     // insert then finds no table.
-    ManagedQuery(*db).run(insertPointSql(makeTableName(curveId, makeBatchName(timestamp))),
-                          {curveId, timestamp, value});
+    ManagedQuery* insert = lateInsert(*db, curveId, timestamp);
+    if (insert && !insert->execWith({curveId, timestamp, value})) {
+        const bool tableGone = isTableGone(*insert);
+        m_late.inserts.erase(curveId);
+        insert = tableGone ? lateInsert(*db, curveId, timestamp) : nullptr;
+        if (insert)
+            insert->execWith({curveId, timestamp, value});
+    }
     if (m_loadedPath != path) // as a rule it was loaded for the look at its batches
-        loadMetadata(path);
+        loadOtherFile(path, *db);
     updateMetadataCache(curveId, timestamp, value);
     saveMetadata();
     ConnectionPool::instance().releaseConnection(path);
+}
+
+/// Whether a file of an earlier day is the one loaded last, through this connection, and takes
+/// readings.
+bool CurveDataDB::isLoaded(const QString& path, const QSqlDatabase& db) const
+{
+    return m_loadedPath == path && m_late.connection == db.connectionName() && m_late.isFit;
+}
+
+/// Lets go of what was kept for the late readings of another connection.
+void CurveDataDB::attachLateFile(const QSqlDatabase& db)
+{
+    if (m_late.connection == db.connectionName())
+        return;
+    m_late = LateFile();
+    m_late.connection = db.connectionName();
+}
+
+/// Loads the file of another day, after giving it what it needs to take readings.
+void CurveDataDB::loadOtherFile(const QString& path, const QSqlDatabase& db)
+{
+    const bool isFit = setUpOtherFile(db);
+    loadMetadata(path);
+    qDebug() << "openForWrite"
+             << "-0000-" << m_batchList.size();
+    for (const DBBatchInfo& batch : qAsConst(m_batchList))
+        qDebug() << "openForWrite"
+                 << "-0001-" << batch.tableName;
+    m_late.isFit = isFit;
+}
+
+/// A file without curves gets the base tables and today's curves under today's ids, or stays as it
+/// is. False if it cannot take any.
+bool CurveDataDB::setUpOtherFile(const QSqlDatabase& db)
+{
+    {
+        ManagedQuery query(db);
+        if (!query.exec(QStringLiteral("SELECT 1 FROM sqlite_master WHERE name = 'curve_info'")))
+            return false;
+        if (query.next())
+            return true;
+    }
+    if (!isCurrentOpen())
+        return false;
+    ManagedQuery names(*m_currentDb);
+    names.setForwardOnly(true);
+    if (!names.exec(QStringLiteral("SELECT curve_id, name FROM curve_info ORDER BY curve_id")))
+        return false;
+    ManagedQuery query(db);
+    bool isDone = query.exec(kBegin) && createBaseTables(db);
+    while (isDone && names.next())
+        isDone = query.run(QStringLiteral("INSERT INTO curve_info (curve_id, name) VALUES (?, ?)"),
+                           {names.value(0), names.value(1)});
+    isDone = isDone && query.exec(kCommit);
+    if (!isDone)
+        query.exec(kRollback);
+    return isDone;
+}
+
+/// Goes back to the extremes that the loaded file has: each late reading starts from those.
+void CurveDataDB::restoreLateExtremes()
+{
+    for (const int curveId : qAsConst(m_late.changed)) {
+        const auto extremes = m_late.extremes.constFind(curveId);
+        if (extremes == m_late.extremes.constEnd()) {
+            m_metadataMap.remove(curveId);
+            m_changedCurves.remove(curveId);
+        } else {
+            m_metadataMap.insert(curveId, *extremes);
+            m_changedCurves.insert(curveId);
+        }
+    }
+    m_late.changed.clear();
 }
 
 /// Makes the table of a reading's batch exist. Gives true when it is known to.
@@ -202,12 +305,8 @@ bool CurveDataDB::openForWrite(int curveId, qint64 timestamp)
             qWarning() << "切换数据库失败:" << path;
             return false;
         }
-        loadMetadata(path);
-        qDebug() << "openForWrite"
-                 << "-0000-" << m_batchList.size();
-        for (const DBBatchInfo& batch : qAsConst(m_batchList))
-            qDebug() << "openForWrite"
-                     << "-0001-" << batch.tableName;
+        if (!isLoaded(path, *db))
+            loadOtherFile(path, *db);
         curveId = curveIdInOtherFile(*db, curveId);
         if (curveId < 0)
             return false;
@@ -431,6 +530,7 @@ void CurveDataDB::updateMetadataCache(int curveId, qint64 timestamp, double valu
     if (value > extremes.maxValue)
         extremes.maxValue = value;
     m_changedCurves.insert(curveId);
+    m_late.changed.insert(curveId);
 }
 
 bool CurveDataDB::saveMetadata()

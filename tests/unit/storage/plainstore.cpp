@@ -145,6 +145,20 @@ int PlainStore::registerCurve(const QString& name)
     return id;
 }
 
+/// Today's curves under today's ids, where there are none.
+void PlainStore::setUp(sqlite3* db)
+{
+    if (!run(db, QStringLiteral("SELECT 1 FROM sqlite_master WHERE name = 'curve_info'"), {})
+             .isEmpty())
+        return;
+    createBaseTables(db);
+    QVector<QVector<QVariant>> rows;
+    run(open(m_currentPath), QStringLiteral("SELECT curve_id, name FROM curve_info"), {}, nullptr,
+        &rows);
+    for (const auto& row : qAsConst(rows))
+        run(db, QStringLiteral("INSERT INTO curve_info VALUES (?, ?)"), row);
+}
+
 void PlainStore::openForWrite(int curveId, qint64 timestamp)
 {
     const qint64 start = alignToBatchStart(timestamp);
@@ -152,6 +166,7 @@ void PlainStore::openForWrite(int curveId, qint64 timestamp)
         m_directory + QLatin1Char('/') + dateKeyForTime(start) + QStringLiteral(".db");
     sqlite3* db = open(path);
     if (path != m_currentPath) {
+        setUp(db);
         load(path);
         if (!m_names.contains(curveId))
             return;

@@ -34,6 +34,7 @@ private:
     void ensureCurrent();
     void load(const QString& path);
     void createBaseTables(sqlite3* db);
+    void setUp(sqlite3* db);
     void openForWrite(int curveId, qint64 timestamp);
     void update(int curveId, qint64 timestamp, double value);
 

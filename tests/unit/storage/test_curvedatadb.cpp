@@ -68,6 +68,8 @@ private slots:
     void registrationReopensAClosedFile();
     void garbageFileIsReportedAndSurvived();
     void midnightRegistersAllCurvesInTheNewFile();
+    void midnightTakesNoPauses();
+    void curveOfAStoreInUseTakesNone();
     void midnightKeepsTheOldConnectionPooled();
     void clockSetBackGoesBackToTheOldFile();
     void detachmentLetsGoOfTheFile();
@@ -381,6 +383,40 @@ void TestCurveDataDB::midnightRegistersAllCurvesInTheNewFile()
                      one("curve_info: 1|101(V)"), one("curve_info: 2|102(V)"),
                      QStringLiteral("curve_metadata: 1|%1|%1|3.0|3.0")
                          .arg(localTime("2026-01-13 00:00:00.000"))}));
+}
+
+void TestCurveDataDB::midnightTakesNoPauses()
+{
+    constexpr int kCurves = 60;
+    TestStore store;
+    {
+        DayFileWriter file(store.path("20260112"));
+        for (int curveId = 1; curveId <= kCurves; ++curveId)
+            file.addCurve(curveId, QStringLiteral("%1(V)").arg(100 + curveId));
+    }
+    store.restart();
+    const QStringList before = infoRows(store.path("20260112"));
+    setPresent(localTime("2026-01-13 00:00:00.500"));
+    QElapsedTimer timer;
+    timer.start();
+    store->appendPoint(1, localTime("2026-01-13 00:00:00.000"), 3.0);
+    QVERIFY2(timer.elapsed() < kCurves * kPausesMs / 2,
+             qPrintable(QString::number(timer.elapsed())));
+    QCOMPARE(infoRows(store.path("20260113")), before);
+}
+
+void TestCurveDataDB::curveOfAStoreInUseTakesNone()
+{
+    TestStore store;
+    constexpr int kCurves = 20;
+    QElapsedTimer timer;
+    timer.start();
+    for (int curve = 1; curve <= kCurves; ++curve)
+        QCOMPARE(store->registerCurveAtOnce(QString::number(curve)), curve);
+    QVERIFY2(timer.elapsed() < kCurves * kPausesMs / 2,
+             qPrintable(QString::number(timer.elapsed())));
+    QCOMPARE(store->registerCurveAtOnce(one("3")), 3);
+    QCOMPARE(infoRows(store.path("20260112")).size(), kCurves);
 }
 
 void TestCurveDataDB::midnightKeepsTheOldConnectionPooled()

@@ -78,7 +78,10 @@ private slots:
     void pastDayWriteGoesToThePastFile();
     void pastDayWithOtherIdsStoresNothing();
     void pastDayWithoutTheCurveRegistersIt();
-    void pastDayWithoutFileIsReported();
+    void pastDayWithoutFileGetsTodaysCurves();
+    void pastDayThatCannotBeSetUpIsReported();
+    void lateReadingsLogTheBatchesOnceALoad();
+    void namesOfAnotherFileComeIn();
     void unknownCurveStoresNothingAndSpoilsNothing();
     void lateReadingOfAClearedSeriesSpoilsNothing();
     void reattachmentForgetsWhatTheFileDoesNotHold();
@@ -332,22 +335,104 @@ void TestCurveDataDBWrite::pastDayWithoutTheCurveRegistersIt()
                                        one("debug: openForWrite -0002- 1 \"101(V)\"")}));
 }
 
-void TestCurveDataDBWrite::pastDayWithoutFileIsReported()
+void TestCurveDataDBWrite::pastDayWithoutFileGetsTodaysCurves()
+{
+    TestStore store;
+    {
+        DayFileWriter today(store.path("20260112"));
+        today.addCurve(2, one("101(V)")); // ids have gaps
+        today.addCurve(5, one("102(V)"));
+    }
+    store.restart();
+    const QString past = store.path("20250611");
+    const qint64 time = localTime("2025-06-11 07:00:00.000");
+    const LogCapture log;
+    store->appendPoint(5, time, 2.0);
+    store->appendPoint(5, time + 1, 3.0);
+    store->appendPoint(2, time, 4.0);
+    QCOMPARE(log.lines(), QStringList{one("debug: openForWrite -0000- 0")});
+    QCOMPARE(dayfile::rows(past, one("SELECT curve_id, name FROM curve_info")),
+             (QStringList{one("2|101(V)"), one("5|102(V)")}));
+    QCOMPARE(
+        dayfile::rows(past, one("SELECT value FROM curve_5_batch_20250611_060000_20250611_115959 "
+                                "ORDER BY id")),
+        (QStringList{one("2.0"), one("3.0")}));
+    QCOMPARE(points(past, one("curve_2_batch_20250611_060000_20250611_115959")),
+             QStringList{point(time, "4.0")});
+    QCOMPARE(store->readCurveData(5, time, time + 1, 0).size(), 2);
+    store->appendPoint(9, time, 2.0);
+    QCOMPARE(log.lines(QtWarningMsg), QStringList{QStringLiteral("曲线ID 9 在内存映射中不存在")});
+    // The live path goes on.
+    store->appendPoint(2, at("09:00:00"), 3.0);
+    QCOMPARE(points(store.path("20260112"), one("curve_2_batch_20260112_060000_20260112_115959")),
+             QStringList{point(at("09:00:00"), "3.0")});
+}
+
+void TestCurveDataDBWrite::pastDayThatCannotBeSetUpIsReported()
 {
     TestStore store;
     store->registerCurve(one("101(V)"));
+    const QString past = store.path("20250611");
+    const qint64 time = localTime("2025-06-11 07:00:00.000");
+    const auto db = store->openDb(past);
+    QVERIFY(db);
     const LogCapture log;
-    store->appendPoint(1, localTime("2025-06-11 07:00:00.000"), 2.0);
-    const QStringList warnings = log.lines(QtWarningMsg);
-    QCOMPARE(warnings.size(), 1);
-    QVERIFY2(warnings.first().startsWith(QStringLiteral("在新数据库中注册曲线失败: \"")),
-             qPrintable(warnings.first()));
-    store->appendPoint(9, localTime("2025-06-11 07:00:00.000"), 2.0);
-    QCOMPARE(log.lines(QtWarningMsg).last(), QStringLiteral("曲线ID 9 在内存映射中不存在"));
-    // The live path goes on.
-    store->appendPoint(1, at("09:00:00"), 3.0);
-    QCOMPARE(points(store.path("20260112"), one(kMorning)),
-             QStringList{point(at("09:00:00"), "3.0")});
+    QVERIFY(ManagedQuery(*db).exec(one("PRAGMA query_only = ON")));
+    for (int reading = 1; reading <= 2; ++reading) {
+        store->appendPoint(1, time, 2.0);
+        const QStringList warnings = log.lines(QtWarningMsg);
+        QCOMPARE(warnings.size(), reading);
+        QVERIFY2(warnings.last().startsWith(QStringLiteral("在新数据库中注册曲线失败: \"")),
+                 qPrintable(warnings.last()));
+    }
+    QCOMPARE(dayfile::rows(past, one("SELECT name FROM sqlite_master")), QStringList());
+    // It is made up for as soon as that can be.
+    QVERIFY(ManagedQuery(*db).exec(one("PRAGMA query_only = OFF")));
+    store->appendPoint(1, time, 3.0);
+    QCOMPARE(points(past, one("curve_1_batch_20250611_060000_20250611_115959")),
+             QStringList{point(time, "3.0")});
+}
+
+void TestCurveDataDBWrite::lateReadingsLogTheBatchesOnceALoad()
+{
+    TestStore store;
+    store->registerCurve(one("101(V)"));
+    {
+        DayFileWriter writer(store.path("20260111"));
+        writer.addCurve(1, one("101(V)"));
+        writer.addBatch(1, localTime("2026-01-11 00:00:00.000"), one("curve_1_night"), {});
+    }
+    const QStringList loaded{one("debug: openForWrite -0000- 1"),
+                             one("debug: openForWrite -0001- \"curve_1_night\"")};
+    const qint64 time = localTime("2026-01-11 07:00:00.000");
+    const LogCapture log;
+    for (int reading = 0; reading < 5; ++reading)
+        store->appendPoint(1, time + reading, 1.0);
+    QCOMPARE(log.lines(), loaded);
+    // Another day's file is loaded in between.
+    store->appendPoint(1, localTime("2026-01-10 07:00:00.000"), 1.0);
+    for (int reading = 5; reading < 9; ++reading)
+        store->appendPoint(1, time + reading, 1.0);
+    QCOMPARE(log.lines().filter(one("-0000-")).size(), 3);
+    QCOMPARE(
+        points(store.path("20260111"), one("curve_1_batch_20260111_060000_20260111_115959")).size(),
+        9);
+}
+
+/// The names of a past day's file are known from its loading on, with the ids that it has for them,
+/// and so is one that is registered there.
+void TestCurveDataDBWrite::namesOfAnotherFileComeIn()
+{
+    TestStore store;
+    store->registerCurve(one("101(V)"));
+    {
+        DayFileWriter writer(store.path("20260111"));
+        writer.addCurve(7, one("before(V)"));
+    }
+    QCOMPARE(store->curveNames(), (QMap<int, QString>{{1, one("101(V)")}}));
+    store->appendPoint(1, localTime("2026-01-11 07:00:00.000"), 1.0);
+    QCOMPARE(store->curveNames(),
+             (QMap<int, QString>{{1, one("101(V)")}, {7, one("before(V)")}, {8, one("101(V)")}}));
 }
 
 void TestCurveDataDBWrite::unknownCurveStoresNothingAndSpoilsNothing()

@@ -48,6 +48,8 @@ private slots:
     void expiryFoldsNothingIn();
     void readLooksForItsBatchesThenReadsThem();
     void deletionIsOneTransaction();
+    void lateReadingKeepsWhatWasLoaded();
+    void pastDayIsSetUpInOneTransaction();
 
 private:
     QString path(const char* key) const { return m_directory->filePath(text(key) + text(".db")); }
@@ -197,6 +199,61 @@ void TestStoreStatements::deletionIsOneTransaction()
                  text("UPDATE curve_metadata SET min_time = NULL, max_time = NULL, min_value "
                       "= NULL, max_value = NULL WHERE curve_id = ?"),
                  text("COMMIT")}));
+}
+
+void TestStoreStatements::lateReadingKeepsWhatWasLoaded()
+{
+    StatementTrace trace;
+    TestStore store;
+    DayFileWriter(store.path("20260111")).addCurve(1, text("101(V)"));
+    store->registerCurve(text("101(V)"));
+    store->registerCurve(text("102(V)"));
+    const qint64 late = localTime("2026-01-11 09:00:00.000");
+    store->appendPoint(1, late, 1.0);
+    store->appendPoint(2, late, 2.0);
+    const QStringList kept = lines(R"(
+        SELECT 1
+        INSERT OR IGNORE INTO curve_1_batch_20260111_060000_20260111_115959 (curve_id, timestamp, value) VALUES (?, ?, ?)
+        INSERT OR REPLACE INTO curve_metadata (curve_id, min_time, max_time, min_value, max_value) VALUES (?, ?, ?, ?, ?)
+    )");
+    trace.take();
+    store->appendPoint(1, late + 1, 3.0);
+    QCOMPARE(trace.take(), kept);
+    // A reading of today in between changes nothing.
+    store->appendPoint(1, localTime("2026-01-12 09:00:00.000"), 4.0);
+    trace.take();
+    store->appendPoint(1, late + 2, 5.0);
+    QCOMPARE(trace.take(), kept);
+    // A file that has taken the place of the first is loaded.
+    QVERIFY(QFile::remove(store.path("20260111")));
+    store->appendPoint(1, late + 3, 6.0);
+    QVERIFY(trace.take().contains(text("SELECT curve_id, name FROM curve_info")));
+    store->appendPoint(1, late + 4, 7.0);
+    QCOMPARE(trace.take(), kept);
+}
+
+void TestStoreStatements::pastDayIsSetUpInOneTransaction()
+{
+    StatementTrace trace;
+    TestStore store;
+    store->registerCurve(text("101(V)"));
+    store->registerCurve(text("102(V)"));
+    trace.take();
+    store->appendPoint(2, localTime("2026-01-11 09:00:00.000"), 1.0);
+    QStringList statements;
+    const QStringList all = trace.take();
+    const int begin = all.indexOf(text("BEGIN"));
+    for (const QString& statement : all.mid(begin, 7))
+        statements.append(statement.section(QLatin1Char('('), 0, 0).trimmed());
+    QCOMPARE(statements, lines(R"(
+        BEGIN
+        CREATE TABLE IF NOT EXISTS curve_info
+        CREATE TABLE IF NOT EXISTS batch_metadata
+        CREATE TABLE IF NOT EXISTS curve_metadata
+        INSERT INTO curve_info
+        INSERT INTO curve_info
+        COMMIT
+    )"));
 }
 
 QTEST_GUILESS_MAIN(TestStoreStatements)
