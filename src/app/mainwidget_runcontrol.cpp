@@ -17,6 +17,7 @@
 #include "widgets/timepicker.h"
 
 #include <QDateTime>
+#include <QFileInfo>
 #include <QHBoxLayout>
 #include <QIcon>
 #include <QLabel>
@@ -68,12 +69,14 @@ void MainWidget::recvStartButtonSlot()
     }
     enterStarting();
 
-    const QString directoryName = dataDirectoryName(g_instrumentId);
-    removeDataDirectory(directoryName);
     if (m_curveStore) {
+        // Another instrument may have been found since; the store stays where it is.
+        removeDataDirectory(QFileInfo(m_curveStore->dataDirectory()).fileName());
         m_curveStore->clearAll();
         return;
     }
+    const QString directoryName = dataDirectoryName(g_instrumentId);
+    removeDataDirectory(directoryName);
     m_curveStore = CurveDataDB::instance(directoryName);
     connect(m_curveStore, &CurveDataDB::sigClearFinished, this, &MainWidget::recvDataClearFinished);
     recvDataClearFinished();

@@ -22,6 +22,7 @@ constexpr int kSideBarWidth = 80;
 constexpr int kSideBarMargin = 10;
 constexpr int kToolButtonSide = 60;
 constexpr QSize kWindowSize(480, 220);
+constexpr qint64 kRegistrationIntervalMs = 5000;
 
 QString chartIcon()
 {
@@ -108,6 +109,8 @@ void GraphicSettingWidget::onSubWindowActivated(QMdiSubWindow* subWindow)
 void GraphicSettingWidget::refreshCurveSeriesDataSlot(QList<MeasurementData> dataList)
 {
     assertGuiThread();
+    if (!dataList.isEmpty())
+        registerSeriesAgain();
     for (const MeasurementData& reading : qAsConst(dataList)) {
         if (const auto series = g_curveSeries.value(reading.channel))
             series->addPoint(static_cast<double>(reading.time.toMSecsSinceEpoch()), reading.value);
@@ -122,6 +125,21 @@ void GraphicSettingWidget::refreshCurveSeriesDataSlot(QList<MeasurementData> dat
             chart->onNewSample(lastTime);
         else if (auto* grid = qobject_cast<DataNetwork*>(content))
             grid->refreshRows();
+    }
+}
+
+/// Gives a curve to the series that the store could not take when the run began, as soon as it can.
+/// Where one is refused the others are not asked for: each might wait for the store.
+void GraphicSettingWidget::registerSeriesAgain()
+{
+    if (m_sinceRegistration.isValid() && !m_sinceRegistration.hasExpired(kRegistrationIntervalMs))
+        return;
+    for (const auto& series : qAsConst(g_curveSeries)) {
+        if (!series || series->curveId() != -1)
+            continue;
+        m_sinceRegistration.start();
+        if (!series->registerAgain())
+            return;
     }
 }
 

@@ -2,6 +2,7 @@
 
 #include "acquisition/measurementdata.h"
 
+#include <QElapsedTimer>
 #include <QList>
 #include <QMap>
 #include <QStringList>
@@ -43,9 +44,11 @@ private:
     void openWindow(const QString& iconPath, const QString& titleText);
     void forgetWindowWhenDestroyed(CustomMdiSubWindow* window);
     QStringList channelList() const;
+    void registerSeriesAgain();
 
     SideBar* m_sideBar = nullptr;
     QMdiArea* m_mdiArea = nullptr;
     QMap<CustomMdiSubWindow*, QWidget*> m_subWindows;
     int m_windowCounter = 0;
+    QElapsedTimer m_sinceRegistration; ///< of the last try; not valid before the first
 };

@@ -1,6 +1,7 @@
 #include "storage/curvedatadb.h"
 
 #include "storage/connectionpool.h"
+#include "storage/datadirectory.h"
 #include "storage/lockpatience.h"
 #include "storage/shardnaming.h"
 #include "storage/storeclock.h"
@@ -90,7 +91,7 @@ CurveDataDB::CurveDataDB(const QString& dataDirectory, QObject* parent)
     qRegisterMetaType<DBBatchInfo>("DBBatchInfo");
     qRegisterMetaType<DBCurveMetadata>("DBCurveMetadata");
     qRegisterMetaType<QSharedPointer<QSqlDatabase>>("QSharedPointer<QSqlDatabase>");
-    if (!QDir().mkpath(m_dataDir))
+    if (!isLinkedDirectory(m_dataDir) && !QDir().mkpath(m_dataDir))
         qCritical() << "创建数据目录失败:" << m_dataDir;
     const QMutexLocker locker(&m_mutex);
     ensureCurrentDb();
@@ -157,19 +158,27 @@ QSharedPointer<QSqlDatabase> CurveDataDB::openDb(const QString& path)
         qWarning() << "正在清理数据库，禁止打开新连接：" << path;
         return {};
     }
+    if (isLinkedDirectory(m_dataDir)) {
+        qCritical() << "数据目录是链接，不予使用：" << m_dataDir;
+        return {};
+    }
     return ConnectionPool::instance().acquireConnection(path);
 }
 
 int CurveDataDB::registerCurve(const QString& name)
 {
     const QMutexLocker locker(&m_mutex);
-    return enlistCurve(name, NewCurve::Pause);
+    const int curveId = enlistCurve(name, NewCurve::Pause);
+    m_refusing = m_refusing || curveId < 0;
+    return curveId;
 }
 
 int CurveDataDB::registerCurveAtOnce(const QString& name)
 {
     const QMutexLocker locker(&m_mutex);
-    return enlistCurve(name, NewCurve::AtOnce);
+    const int curveId = enlistCurve(name, NewCurve::AtOnce);
+    m_refusing = m_refusing || curveId < 0;
+    return curveId;
 }
 
 /// Gives a curve its id in today's file. A name that is new there is preceded by the pauses that two

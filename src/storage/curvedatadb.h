@@ -78,6 +78,10 @@ public:
 
     QString dataDirectory() const { return m_dataDir; }
 
+    /// Whether the last reading, or the registration of a curve since, could not be stored. Waits for
+    /// nobody.
+    bool refusesReadings() const { return m_refusing; }
+
     QString dbPathForDate(const QString& dateKey) const;
     QString dbPathForTime(qint64 timestamp) const;
     QString todayDbPath() const;
@@ -184,7 +188,7 @@ private:
         QString connection; ///< The connection that all of it belongs to.
         std::unordered_map<int, LiveInsert> inserts;
         int cacheKib = 0;
-        bool isFit = false; ///< It has the tables that it needs.
+        bool isFit = false;                  ///< It has the tables that it needs.
         QMap<int, DBCurveMetadata> extremes; ///< As they stand in the file.
         QSet<int> changed;                   ///< Curves whose extremes in memory differ from those.
     };
@@ -215,8 +219,8 @@ private:
     const QString& dateKeyFor(qint64 timestamp);
     bool targetsCurrentFile(qint64 timestamp);
     void repairAttachment();
-    void appendToCurrentFile(int curveId, qint64 timestamp, double value);
-    void appendToOtherFile(int curveId, qint64 timestamp, double value);
+    bool appendToCurrentFile(int curveId, qint64 timestamp, double value);
+    bool appendToOtherFile(int curveId, qint64 timestamp, double value);
     ManagedQuery* liveInsert(int curveId, qint64 timestamp);
     ManagedQuery* lateInsert(const QSqlDatabase& db, int curveId, qint64 timestamp);
     ManagedQuery* keptInsert(std::unordered_map<int, LiveInsert>& inserts, const QSqlDatabase& db,
@@ -259,6 +263,7 @@ private:
     QThread* m_clearThread = nullptr;
     std::atomic<bool> m_clearing{false}; ///< openDb() reads it without the mutex.
     std::atomic<bool> m_closedForExit{false};
+    std::atomic<bool> m_refusing{false};
 
     QString m_loadedPath; ///< The file loaded last, if that came to its end.
 

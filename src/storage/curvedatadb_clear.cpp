@@ -24,6 +24,7 @@ void CurveDataDB::clearAll()
         if (m_clearing || m_clearThread || m_closedForExit)
             return;
         m_clearing = true;
+        m_refusing = false;
         closeAllForClear();
         m_currentDbPath.clear();
         m_currentDate.clear();

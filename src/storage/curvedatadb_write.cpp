@@ -84,10 +84,10 @@ void CurveDataDB::appendPoint(int curveId, qint64 timestamp, double value)
         repairAttachment();
     else
         ensureCurrentDb();
-    if (targetsCurrentFile(timestamp))
-        appendToCurrentFile(curveId, timestamp, value);
-    else
-        appendToOtherFile(curveId, timestamp, value);
+    const bool isStored = targetsCurrentFile(timestamp)
+                              ? appendToCurrentFile(curveId, timestamp, value)
+                              : appendToOtherFile(curveId, timestamp, value);
+    m_refusing = !isStored && !m_clearing;
 }
 
 /// The key of the day file that a reading goes to; a reading from the future goes to today's.
@@ -122,22 +122,24 @@ void CurveDataDB::repairAttachment()
         m_lastRepair = 0;
 }
 
-void CurveDataDB::appendToCurrentFile(int curveId, qint64 timestamp, double value)
+/// False if the reading could not be stored.
+bool CurveDataDB::appendToCurrentFile(int curveId, qint64 timestamp, double value)
 {
     if (!isCurrentOpen())
-        return;
+        return false;
     noteUse();
     ManagedQuery* insert = liveInsert(curveId, timestamp);
-    if (insert && !insert->execWith({curveId, timestamp, value})) {
+    bool isStored = insert && insert->execWith({curveId, timestamp, value});
+    if (insert && !isStored) {
         const bool tableGone = isTableGone(*insert);
         m_readOnly = m_readOnly || insert->metReadOnly();
         m_liveInserts.erase(curveId);
         insert = tableGone ? liveInsert(curveId, timestamp) : nullptr;
-        if (insert)
-            insert->execWith({curveId, timestamp, value});
+        isStored = insert && insert->execWith({curveId, timestamp, value});
     }
     updateMetadataCache(curveId, timestamp, value);
     saveMetadata();
+    return isStored;
 }
 
 /// The kept insert of a curve in today's file for the table of the reading's batch; null if it
@@ -192,13 +194,13 @@ void CurveDataDB::growCache(const QSqlDatabase& db, size_t curves, int& cacheKib
 
 /// The way of a reading of another day. The file's own catalogue is loaded, and today's file gets
 /// the extremes that follow from it. While readings go on coming for the same file and nothing else
-/// is loaded, what was loaded stands for the file.
-void CurveDataDB::appendToOtherFile(int curveId, qint64 timestamp, double value)
+/// is loaded, what was loaded stands for the file. False if the reading could not be stored.
+bool CurveDataDB::appendToOtherFile(int curveId, qint64 timestamp, double value)
 {
     const QString path = dbPathForDate(dateKeyFor(timestamp));
     const QSharedPointer<QSqlDatabase> db = openDb(path);
     if (!db || !db->isOpen())
-        return;
+        return false;
     if (isLoaded(path, *db))
         restoreLateExtremes();
     else
@@ -206,18 +208,19 @@ void CurveDataDB::appendToOtherFile(int curveId, qint64 timestamp, double value)
     // The caller's id names the table even where the file knows the curve under another one; the
     // insert then finds no table.
     ManagedQuery* insert = lateInsert(*db, curveId, timestamp);
-    if (insert && !insert->execWith({curveId, timestamp, value})) {
+    bool isStored = insert && insert->execWith({curveId, timestamp, value});
+    if (insert && !isStored) {
         const bool tableGone = isTableGone(*insert);
         m_late.inserts.erase(curveId);
         insert = tableGone ? lateInsert(*db, curveId, timestamp) : nullptr;
-        if (insert)
-            insert->execWith({curveId, timestamp, value});
+        isStored = insert && insert->execWith({curveId, timestamp, value});
     }
     if (m_loadedPath != path) // as a rule it was loaded for the look at its batches
         loadOtherFile(path, *db);
     updateMetadataCache(curveId, timestamp, value);
     saveMetadata();
     ConnectionPool::instance().releaseConnection(path);
+    return isStored;
 }
 
 /// Whether a file of an earlier day is the one loaded last, through this connection, and takes

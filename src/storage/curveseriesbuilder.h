@@ -14,7 +14,7 @@ class CurveSeriesData;
 ///
 /// A curve that is new to the store costs 200 ms, so this runs on a helper thread; the result is
 /// handed to the GUI thread whole. A curve that could not be registered has a series that stays
-/// empty. `isWanted` is asked before each curve, so that the end of the program need not wait for
+/// empty until it is. `isWanted` is asked before each curve, so that the end of the program need not wait for
 /// them all: once it is false no further series is made.
 QMap<int, std::shared_ptr<CurveSeriesData>>
 buildCurveSeries(const QMap<int, QString>& channels, const QString& directoryName,

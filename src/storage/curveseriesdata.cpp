@@ -49,10 +49,19 @@ CurveSeriesData::CurveSeriesData(const QString& curveName, const QString& direct
 
 CurveSeriesData::CurveSeriesData(const QString& curveName, CurveDataDB* store)
     : m_store(store)
+    , m_curveName(curveName)
     , m_curveId(store ? store->registerCurve(curveName) : -1)
 {
     if (m_curveId == -1)
         qWarning() << "曲线注册失败，无法生成有效curve_id";
+}
+
+bool CurveSeriesData::registerAgain()
+{
+    assertGuiThread();
+    if (m_store && m_curveId == -1)
+        m_curveId = m_store->registerCurveAtOnce(m_curveName);
+    return m_curveId != -1;
 }
 
 void CurveSeriesData::addPoint(double x, double y)

@@ -24,11 +24,15 @@ public:
     static constexpr int kMaxRecentPoints = 15000;
 
     /// Registers `curveName` with the store of `directoryName`. If that fails the series stays empty
-    /// for good: points and windows are ignored.
+    /// until registerAgain() succeeds: points and windows are ignored.
     CurveSeriesData(const QString& curveName, const QString& directoryName);
 
     /// The same with a store of the caller's own, which must outlive the series; null: no store.
     CurveSeriesData(const QString& curveName, CurveDataDB* store);
+
+    /// Registers the curve that was refused before, without the time that a new one takes. False if
+    /// it is refused again; nothing is done for one that is registered.
+    bool registerAgain();
 
     /// Stores one reading at once and adds it to the points in memory. `x` in ms, `y` as measured.
     void addPoint(double x, double y);
@@ -118,6 +122,7 @@ private:
     int recentCount() const { return m_recentPoints.size() - m_recentOffset; }
 
     CurveDataDB* m_store;
+    QString m_curveName;
     int m_curveId;
     QVector<QPointF> m_recentPoints;
     // Index of the oldest point still in the window; those before it wait for the next block move.

@@ -1,15 +1,46 @@
 #include "storage/datadirectory.h"
 
 #include <QCoreApplication>
+#include <QCryptographicHash>
 #include <QDir>
 #include <QFileInfo>
+
+namespace {
+
+/// What file systems take for one name, and what the end of ours takes of it.
+constexpr int kLongestNameBytes = 255;
+constexpr int kEndBytes = 5;
+constexpr int kHashDigits = 8;
+
+/// A serial number in a length that leaves room for the end of the name.
+QString fittingSerial(const QString& serial)
+{
+    if (serial.toUtf8().size() + kEndBytes <= kLongestNameBytes)
+        return serial;
+    const QByteArray hash =
+        QCryptographicHash::hash(serial.toUtf8(), QCryptographicHash::Sha1).toHex();
+    const QString end = QLatin1Char('-') + QString::fromLatin1(hash.constData(), kHashDigits);
+    QString begin = serial;
+    while (begin.toUtf8().size() + end.size() + kEndBytes > kLongestNameBytes)
+        begin.chop(1);
+    if (begin.at(begin.size() - 1).isHighSurrogate())
+        begin.chop(1);
+    return begin + end;
+}
+
+} // namespace
 
 QString dataDirectoryName(const QString& identity)
 {
     QString serial = identity.section(QLatin1Char(' '), 2, 2);
     serial.replace(QLatin1Char('/'), QLatin1Char('_'));
     serial.replace(QLatin1Char('\\'), QLatin1Char('_'));
-    return QStringLiteral("%1_Data").arg(serial);
+    return QStringLiteral("%1_Data").arg(fittingSerial(serial));
+}
+
+bool isLinkedDirectory(const QString& path)
+{
+    return QFileInfo(path).isSymLink();
 }
 
 bool removeDataDirectory(const QString& directoryName)
@@ -21,7 +52,7 @@ bool removeDataDirectory(const QString& directoryName)
 
     const QDir applicationDir(QCoreApplication::applicationDirPath());
     const QFileInfo info(applicationDir.filePath(directoryName));
-    if (info.isSymLink())
+    if (isLinkedDirectory(info.filePath()))
         return false;
     if (!info.exists())
         return true;

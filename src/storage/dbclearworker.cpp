@@ -1,5 +1,7 @@
 #include "storage/dbclearworker.h"
 
+#include "storage/datadirectory.h"
+
 #include <QDebug>
 #include <QDir>
 #include <QFile>
@@ -22,6 +24,11 @@ DBClearWorker::DBClearWorker(CurveDataDB* store, int curveId, const QString& dat
 void DBClearWorker::doClear()
 {
     const QDir directory(m_dataDirectory);
+    if (isLinkedDirectory(m_dataDirectory)) {
+        qCritical() << "数据目录是链接，不清理其内容：" << m_dataDirectory;
+        emit clearFinished();
+        return;
+    }
     if (!directory.exists()) {
         emit clearFinished();
         return;

@@ -7,7 +7,9 @@
 #include <QDateTime>
 #include <QDir>
 #include <QElapsedTimer>
+#include <QFile>
 #include <QSet>
+#include <QTemporaryDir>
 #include <QTest>
 
 #include <algorithm>
@@ -121,6 +123,8 @@ private slots:
     void usedElsewhereEndsInTheOverlayAndRecovers();
     void droppedLinkRecovers_data();
     void droppedLinkRecovers();
+    void storeThatComesLateTakesTheRest();
+    void linkedStoreIsLeftAlone();
     void silentInstrumentIsGivenUpAndRecovers();
 
 private:
@@ -537,6 +541,54 @@ void TestFaults::droppedLinkRecovers()
     QCOMPARE(difference(stored(), readingsInReplies(m_instrument->sent())), QString());
     QCOMPARE(gapIn(stored(), 1000.0 * kChannels / kSomeReadings), QString());
     QVERIFY(countOf(stored()) > 17 * kSomeReadings);
+}
+
+void TestFaults::storeThatComesLateTakesTheRest()
+{
+    m_instrument = std::make_unique<SimulatedInstrument>(Transport::Tcp, options());
+    QFile inTheWay(m_program->directory() + kStore);
+    QVERIFY(inTheWay.open(QIODevice::WriteOnly));
+    inTheWay.close();
+    QVERIFY(m_user->bringUp(*m_instrument));
+    QVERIFY(m_user->startScan(*m_instrument));
+    QVERIFY(ProgramUser::waitForPolls(*m_instrument, 3));
+    QVERIFY(inTheWay.remove());
+    QTRY_COMPARE_WITH_TIMEOUT(stored().size(), kChannels, kEndWaitMs);
+    QVERIFY(ProgramUser::waitForPolls(*m_instrument, 2));
+    QVERIFY(stopScan());
+    QVERIFY(leave());
+    // From there on none is missing.
+    Readings wanted = readingsInReplies(m_instrument->sent());
+    const Readings rest = stored();
+    for (auto channel = rest.cbegin(); channel != rest.cend(); ++channel) {
+        auto& sent = wanted[channel.key()];
+        QVERIFY(channel->size() > 10 && channel->size() < sent.size());
+        sent = sent.mid(sent.size() - channel->size());
+    }
+    QCOMPARE(difference(rest, wanted), QString());
+}
+
+void TestFaults::linkedStoreIsLeftAlone()
+{
+    m_instrument = std::make_unique<SimulatedInstrument>(Transport::Tcp, options());
+    const QTemporaryDir elsewhere;
+    QFile kept(elsewhere.filePath(QStringLiteral("20200101.db")));
+    QVERIFY(kept.open(QIODevice::WriteOnly));
+    kept.close();
+    QVERIFY(QFile::link(elsewhere.path(), m_program->directory() + kStore));
+    QVERIFY(m_user->bringUp(*m_instrument));
+    QVERIFY(m_user->startScan(*m_instrument));
+    QVERIFY(stopScan());
+    const auto starts = [this] { return m_instrument->received().count(QStringLiteral("INIT")); };
+    m_user->clickStart();
+    QTRY_COMPARE_WITH_TIMEOUT(starts(), 2, kEndWaitMs);
+    QVERIFY(ProgramUser::waitForPolls(*m_instrument, 3));
+    QVERIFY(stopScan());
+    QVERIFY(leave());
+    QCOMPARE(QDir(elsewhere.path()).entryList(QDir::AllEntries | QDir::NoDotAndDotDot),
+             QStringList{QStringLiteral("20200101.db")});
+    QVERIFY(m_program->log().contains(QStringLiteral("数据目录是链接，不予使用")));
+    QVERIFY(m_program->log().contains(QStringLiteral("数据目录是链接，不清理其内容")));
 }
 
 void TestFaults::silentInstrumentIsGivenUpAndRecovers()

@@ -7,6 +7,7 @@
 #include "resources/resources.h"
 #include "storage/curvedatadb.h"
 #include "storage/curveseriesdata.h"
+#include "storage/datadirectory.h"
 #include "widgets/custommessagedialog.h"
 #include "widgets/imagebutton.h"
 #include "windowbench.h"
@@ -17,6 +18,7 @@
 #include <QHBoxLayout>
 #include <QIcon>
 #include <QLabel>
+#include <QTemporaryDir>
 #include <QTimer>
 #include <QtTest>
 
@@ -89,6 +91,7 @@ private slots:
     void startHandsTheSeriesOver();
     void clicksWhileStartingAreIgnored();
     void secondScanStartsFromAnEmptyStore();
+    void startOnAnotherInstrumentEmptiesTheStoreInUse();
     void startAfterALostIdentityIsPossible();
     void windowsEndWhileStartingSendsNothing();
 };
@@ -217,6 +220,39 @@ void TestScanStart::secondScanStartsFromAnEmptyStore()
     // The label has its one place in the bar.
     QCOMPARE(bench.bar()->count(), 4);
     QCOMPARE(bench.bar()->indexOf(bench.runningLabel()), 1);
+}
+
+void TestScanStart::startOnAnotherInstrumentEmptiesTheStoreInUse()
+{
+    const auto isMade = [](const QString& path) {
+        QFile file(path);
+        return file.open(QIODevice::WriteOnly);
+    };
+    Start bench;
+    bench.startButton()->click();
+    QTRY_VERIFY_WITH_TIMEOUT(g_scanRunning, 10000);
+    emit bench.window().findChild<WindowLockManager*>()->unlocked();
+    QTRY_VERIFY(!g_scanRunning);
+
+    const QTemporaryDir inUse(dataDirectory().filePath(QStringLiteral("XXXXXX")));
+    QDir other(QCoreApplication::applicationDirPath() + QStringLiteral("/otherSerial_Data"));
+    QVERIFY(inUse.isValid() && other.mkpath(QStringLiteral(".")));
+    QVERIFY(isMade(other.filePath(QStringLiteral("20240101.db"))));
+    QVERIFY(isMade(dataDirectory().filePath(QStringLiteral("20240101.db"))));
+    bench.instrument().setReply(QStringLiteral("*IDN?"),
+                                QStringLiteral("MAKER,SCN4070A,otherSerial,1.00"));
+    bench.loseAndRecover();
+    QCOMPARE(dataDirectoryName(g_instrumentId), other.dirName());
+    bench.tick(201);
+    bench.startButton()->click();
+    QTRY_VERIFY_WITH_TIMEOUT(g_scanRunning, 10000);
+    const bool isKept = other.exists(QStringLiteral("20240101.db"));
+    QVERIFY(other.removeRecursively());
+    QVERIFY(isKept);
+    // All that is there comes from this start.
+    const QString today = QDate::currentDate().toString(QStringLiteral("yyyyMMdd.'db'"));
+    QCOMPARE(dataDirectory().entryList({QStringLiteral("*.db")}), QStringList{today});
+    QVERIFY(!QFileInfo::exists(inUse.path()));
 }
 
 void TestScanStart::startAfterALostIdentityIsPossible()

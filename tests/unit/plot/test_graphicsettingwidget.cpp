@@ -16,12 +16,15 @@
 
 #include <QAbstractItemView>
 #include <QComboBox>
+#include <QElapsedTimer>
+#include <QFile>
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QMdiArea>
 #include <QPushButton>
 #include <QScreen>
 #include <QTableWidget>
+#include <QTemporaryDir>
 #include <QVBoxLayout>
 #include <QtTest>
 
@@ -150,6 +153,7 @@ private slots:
     void batchIsFedWithoutAnyWindow();
     void readingWithoutASeriesIsDropped();
     void nullSeriesDropsItsReadings();
+    void seriesThatWereRefusedAreRegisteredWhenTheStoreIsBack();
     void emptyBatchTouchesNothing();
     void everyChartGetsTheLastTime();
     void gridsShowTheBatchAtOnce();
@@ -412,6 +416,49 @@ void TestGraphicSettingWidget::nullSeriesDropsItsReadings()
     g_curveSeries[102] = nullptr;
     Fixture::send({reading(102, 1.0), reading(101, 2.0)});
     QCOMPARE(series->count(), 1);
+}
+
+void TestGraphicSettingWidget::seriesThatWereRefusedAreRegisteredWhenTheStoreIsBack()
+{
+    const Fixture f;
+    QTemporaryDir parent;
+    const QString directory = parent.filePath(QStringLiteral("SN_Data"));
+    QFile inTheWay(directory);
+    QVERIFY(inTheWay.open(QIODevice::WriteOnly));
+    inTheWay.close();
+    CurveDataDB store(directory);
+    for (const int channel : {101, 102})
+        g_curveSeries[channel] =
+            std::make_shared<CurveSeriesData>(QStringLiteral("%1(V)").arg(channel), &store);
+    const auto series = g_curveSeries;
+    const auto ids = [&series] {
+        return QVector<int>{series[101]->curveId(), series[102]->curveId()};
+    };
+    QElapsedTimer sinceFirstTry;
+    sinceFirstTry.start();
+    Fixture::send({reading(101, 1.0), reading(102, 1.0)});
+    QCOMPARE(ids(), (QVector<int>{-1, -1}));
+    QCOMPARE(series[101]->count(), 0);
+    QVERIFY(store.refusesReadings());
+    QVERIFY(inTheWay.remove());
+
+    // It is asked now and then, not with each batch.
+    const auto isBack = [&ids] {
+        if (ids().first() == -1)
+            Fixture::send({reading(102, 2.0)});
+        return ids().first() != -1;
+    };
+    QVERIFY(QTest::qWaitFor(isBack, 30000));
+    QVERIFY(sinceFirstTry.elapsed() >= 5000);
+    QCOMPARE(ids(), (QVector<int>{1, 2}));
+    QCOMPARE(series[102]->recentPoints().size(), 1);
+    Fixture::send({reading(101, 3.0, kTime.addSecs(1))});
+    QVERIFY(!store.refusesReadings());
+    const auto ms = static_cast<double>(kTime.toMSecsSinceEpoch());
+    QCOMPARE(series[101]->allData(), (QVector<QPointF>{{ms + 1000.0, 3.0}}));
+    QCOMPARE(series[102]->allData(), (QVector<QPointF>{{ms, 2.0}}));
+    SeriesStore::reset();
+    store.closeForExit(QDeadlineTimer(2000));
 }
 
 void TestGraphicSettingWidget::emptyBatchTouchesNothing()

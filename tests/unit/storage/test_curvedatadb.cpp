@@ -5,14 +5,19 @@
 
 #include "storage/connectionpool.h"
 #include "storage/curvedatadb.h"
+#include "storage/managedquery.h"
 #include "storage/shardnaming.h"
 
 #include <QDir>
 #include <QElapsedTimer>
 #include <QFile>
 #include <QMetaType>
+#include <QTemporaryDir>
+#include <QTimer>
 #include <QtTest>
 
+#include <cmath>
+#include <memory>
 #include <thread>
 
 namespace {
@@ -83,6 +88,10 @@ private slots:
     void closingForExitLeavesNoSideFiles();
     void closingForExitDoesNotWaitForALockedFile();
     void registrationFromAnotherThread();
+    void linkedDirectoryIsNotUsed();
+    void refusalIsTold();
+    void refusedRegistrationIsTold();
+    void destructorClosesAlsoWhatIsOpenedMeanwhile();
 };
 
 void TestCurveDataDB::todaysFileHasTheBaseTables()
@@ -645,6 +654,101 @@ void TestCurveDataDB::registrationFromAnotherThread()
     helper.join();
     QVERIFY(other > 0 && own > 0 && other != own);
     QCOMPARE(store->curveNames().size(), 2);
+}
+
+void TestCurveDataDB::linkedDirectoryIsNotUsed()
+{
+    const QTemporaryDir elsewhere;
+    const QTemporaryDir parent;
+    const QString link = parent.filePath(one("SN_Data"));
+    QVERIFY(QFile::link(elsewhere.path(), link));
+    const QString reason = QStringLiteral("critical: 数据目录是链接，不予使用： \"%1\"").arg(link);
+    CurveDataDB store(link);
+    {
+        const LogCapture log;
+        QCOMPARE(store.registerCurve(one("101(V)")), -1);
+        QVERIFY(log.lines().contains(reason));
+    }
+    {
+        const LogCapture log;
+        store.appendPoint(1, localTime("2026-01-12 09:00:00.000"), 1.0);
+        store.appendPoint(1, localTime("2026-01-11 09:00:00.000"), 1.0);
+        QVERIFY(log.lines().contains(reason));
+    }
+    QVERIFY(store.refusesReadings());
+    QCOMPARE(QDir(elsewhere.path()).entryList(QDir::AllEntries | QDir::NoDotAndDotDot),
+             QStringList());
+    // A directory in its place is.
+    QVERIFY(QFile::remove(link));
+    QCOMPARE(store.registerCurve(one("101(V)")), 1);
+    store.appendPoint(1, localTime("2026-01-12 09:00:00.000"), 1.0);
+    QVERIFY(!store.refusesReadings());
+    store.closeForExit(QDeadlineTimer(2000));
+}
+
+void TestCurveDataDB::refusalIsTold()
+{
+    TestStore store;
+    store->registerCurve(one("101(V)"));
+    const qint64 time = localTime("2026-01-12 09:00:00.000");
+    const qint64 late = localTime("2026-01-11 09:00:00.000");
+    QVERIFY(!store->refusesReadings());
+    const auto db = store->openDb(store.path("20260112"));
+    const auto past = store->openDb(store.path("20260111"));
+    const LogCapture log;
+    for (const char* on : {"ON", "OFF"}) {
+        const QString pragma = QStringLiteral("PRAGMA query_only = %1").arg(one(on));
+        QVERIFY(ManagedQuery(*db).exec(pragma));
+        QVERIFY(ManagedQuery(*past).exec(pragma));
+        const bool isRefusing = pragma.endsWith(one("ON"));
+        advancePresent(6000);
+        store->appendPoint(1, time, 1.0);
+        QCOMPARE(store->refusesReadings(), isRefusing);
+        store->appendPoint(1, late, 1.0);
+        QCOMPARE(store->refusesReadings(), isRefusing);
+    }
+    // A second reading of a millisecond is dropped, not refused; so is what is no number.
+    store->appendPoint(1, time, 1.0);
+    store->appendPoint(1, time + 1, std::nan(""));
+    QVERIFY(!store->refusesReadings());
+}
+
+void TestCurveDataDB::refusedRegistrationIsTold()
+{
+    TestStore store;
+    store->flushAndDetach();
+    ConnectionPool::instance().discardConnection(store.path("20260112"));
+    QVERIFY(QDir(store.directory()).removeRecursively());
+    QFile inTheWay(store.directory());
+    QVERIFY(inTheWay.open(QIODevice::WriteOnly));
+    inTheWay.close();
+    QCOMPARE(store->registerCurveAtOnce(one("101(V)")), -1);
+    QVERIFY(store->refusesReadings());
+    QVERIFY(inTheWay.remove());
+    QCOMPARE(store->registerCurveAtOnce(one("101(V)")), 1);
+    store->appendPoint(1, localTime("2026-01-12 09:00:00.000"), 1.0);
+    QVERIFY(!store->refusesReadings());
+    // A store that is being emptied drops readings; it does not refuse them.
+    store->clearAll();
+    store->appendPoint(1, localTime("2026-01-12 09:00:00.000"), 1.0);
+    QVERIFY(!store->refusesReadings());
+}
+
+/// While it closes, queued work of the thread comes to its end; that may open a file.
+void TestCurveDataDB::destructorClosesAlsoWhatIsOpenedMeanwhile()
+{
+    const QTemporaryDir directory;
+    auto store = std::make_unique<CurveDataDB>(directory.path());
+    const QString path = directory.filePath(one("20260110.db"));
+    store->flushAndDetach();
+    ConnectionPool::instance().closeAllConnections();
+    bool isOpened = false;
+    QTimer::singleShot(0, [&path, &isOpened] {
+        isOpened = !ConnectionPool::instance().acquireConnection(path).isNull();
+    });
+    store.reset();
+    QVERIFY(isOpened);
+    QCOMPARE(ConnectionPool::instance().connectionCount(), 0);
 }
 
 QTEST_GUILESS_MAIN(TestCurveDataDB)

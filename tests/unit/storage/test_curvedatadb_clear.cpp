@@ -98,6 +98,7 @@ private slots:
     void exitDuringAClearIsQuick();
     void filesThatAreNoneOfTheStoresStay();
     void missingDirectoryIsDoneAtOnce();
+    void linkedDirectoryIsLoggedAndLeft();
     void fileThatResistsIsLoggedAndLeft();
     void sideFilesGoBeforeTheDatabase();
     void deletedCurveIsGone();
@@ -345,6 +346,25 @@ void TestCurveDataDBClear::missingDirectoryIsDoneAtOnce()
     worker.doClear();
     QCOMPARE(finished.count(), 1);
     QCOMPARE(log.lines(), QStringList());
+}
+
+void TestCurveDataDBClear::linkedDirectoryIsLoggedAndLeft()
+{
+    const QTemporaryDir elsewhere;
+    const QString kept = elsewhere.filePath(one("a.db"));
+    QVERIFY(writeText(kept));
+    const QTemporaryDir directory;
+    const QString link = directory.filePath(one("SN_Data"));
+    QVERIFY(QFile::link(elsewhere.path(), link));
+    DBClearWorker worker(nullptr, -1, link);
+    QSignalSpy finished(&worker, &DBClearWorker::clearFinished);
+    const LogCapture log;
+    worker.doClear();
+    QCOMPARE(finished.count(), 1);
+    QVERIFY(QFile::exists(kept));
+    QCOMPARE(
+        log.lines(),
+        QStringList{QStringLiteral("critical: 数据目录是链接，不清理其内容： \"%1\"").arg(link)});
 }
 
 void TestCurveDataDBClear::fileThatResistsIsLoggedAndLeft()

@@ -114,6 +114,7 @@ private slots:
     void allDataOfAnEmptyCurveIsEmpty();
     void loadingAWindowDetachesTheStore();
     void unregisteredSeriesStaysEmpty();
+    void refusedSeriesCanBeRegisteredAgain();
     void seriesWithoutStoreStaysEmpty();
 
 private:
@@ -696,6 +697,26 @@ void TestCurveSeriesData::unregisteredSeriesStaysEmpty()
     QCOMPARE(log.lines().size(), lines);
 }
 
+void TestCurveSeriesData::refusedSeriesCanBeRegisteredAgain()
+{
+    const QTemporaryDir directory;
+    QVERIFY(QDir(directory.path()).mkdir(QStringLiteral("20260305.db")));
+    CurveDataDB store(directory.path());
+    CurveSeriesData series(curveName(1), &store);
+    QVERIFY(!series.registerAgain());
+    QCOMPARE(series.curveId(), -1);
+    QVERIFY(QDir(directory.path()).rmdir(QStringLiteral("20260305.db")));
+    QVERIFY(series.registerAgain());
+    QCOMPARE(series.curveId(), 1);
+    QCOMPARE(store.curveNames().value(1), curveName(1));
+    series.addPoint(double(today()), 1.0);
+    QCOMPARE(series.allData(), (QVector<QPointF>{{double(today()), 1.0}}));
+    // One that has its curve keeps it.
+    QVERIFY(series.registerAgain());
+    QCOMPARE(series.curveId(), 1);
+    store.closeForExit(QDeadlineTimer(2000));
+}
+
 void TestCurveSeriesData::seriesWithoutStoreStaysEmpty()
 {
     const LogCapture log;
@@ -706,6 +727,7 @@ void TestCurveSeriesData::seriesWithoutStoreStaysEmpty()
     series.loadWindow(today(), today() + 100, 0, 2.0);
     QCOMPARE(series.size(), size_t(0));
     QCOMPARE(series.count(), 0);
+    QVERIFY(!series.registerAgain());
 }
 
 QTEST_GUILESS_MAIN(TestCurveSeriesData)

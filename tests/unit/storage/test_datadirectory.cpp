@@ -2,6 +2,7 @@
 
 #include <QDir>
 #include <QFile>
+#include <QRegularExpression>
 #include <QTemporaryDir>
 #include <QtTest>
 
@@ -31,6 +32,8 @@ private slots:
 
     void nameFromIdentity_data();
     void nameFromIdentity();
+    void longSerialIsCut_data();
+    void longSerialIsCut();
     void removesAStoreWithAllItHolds();
     void removingWhatIsNotThereIsDone();
     void refusesNamesThatAreNoPlainName_data();
@@ -70,6 +73,39 @@ void TestDataDirectory::nameFromIdentity()
     QFETCH(QString, identity);
     QFETCH(QString, name);
     QCOMPARE(dataDirectoryName(identity), name);
+}
+
+void TestDataDirectory::longSerialIsCut_data()
+{
+    QTest::addColumn<QString>("letter");
+    QTest::addColumn<int>("longest");
+    QTest::newRow("one byte") << QStringLiteral("x") << 250;
+    QTest::newRow("two bytes") << QStringLiteral("Ω") << 125;
+    QTest::newRow("three bytes") << QStringLiteral("数") << 83;
+    QTest::newRow("four bytes") << QStringLiteral("\U0001F4C8") << 62;
+}
+
+void TestDataDirectory::longSerialIsCut()
+{
+    QFETCH(QString, letter);
+    QFETCH(int, longest);
+    const auto nameOf = [](const QString& serial) {
+        return dataDirectoryName(QStringLiteral("Maker SCN4070A %1 1.0").arg(serial));
+    };
+    QCOMPARE(nameOf(letter.repeated(longest)), letter.repeated(longest) + QStringLiteral("_Data"));
+    const QString name = nameOf(letter.repeated(longest + 1));
+    QVERIFY2(QRegularExpression(QStringLiteral("^(%1)+-[0-9a-f]{8}_Data$").arg(letter))
+                 .match(name)
+                 .hasMatch(),
+             qPrintable(name));
+    const int bytes = name.toUtf8().size();
+    QVERIFY2(bytes <= 255 && bytes > 255 - letter.toUtf8().size(),
+             qPrintable(QString::number(bytes)));
+    QCOMPARE(nameOf(letter.repeated(longest + 1)), name);
+    // What differs beyond the cut differs in the hash.
+    QVERIFY(nameOf(letter.repeated(longest + 1) + QStringLiteral("1")) != name);
+    const QTemporaryDir directory;
+    QVERIFY(QDir(directory.path()).mkdir(name));
 }
 
 void TestDataDirectory::removesAStoreWithAllItHolds()
