@@ -4,12 +4,16 @@
 #include "support/simulatedinstrument.h"
 #include "support/virtualdisplay.h"
 
+#include <QDateTime>
 #include <QDir>
 #include <QElapsedTimer>
 #include <QFile>
 #include <QRandomGenerator>
 #include <QTemporaryDir>
 #include <QTest>
+
+#include <cstdlib>
+#include <ctime>
 
 namespace {
 
@@ -19,6 +23,10 @@ constexpr int kStartWaitMs = 60000;
 constexpr int kKillsOfTheShortRun = 4;
 constexpr int kLatestKillMs = 4000;
 
+/// Time enough to bring the program up and start a scan on a busy machine.
+constexpr int kSecondsToMidnight = 60;
+
+const QString kPoll = QStringLiteral("STAT:OPER:EVEN?");
 const QString kSerial = QStringLiteral("PROG/0001");
 
 /// Reads the day files that a killed program has left, from a copy: looking at a file would already
@@ -52,6 +60,56 @@ bool isBeginningOf(const Readings& readings, const Readings& all)
     return true;
 }
 
+/// Puts this process and those that it starts into a zone in which midnight is soon.
+class MidnightAhead
+{
+public:
+    explicit MidnightAhead(int seconds)
+        : m_previous(qgetenv("TZ"))
+        , m_wasSet(qEnvironmentVariableIsSet("TZ"))
+    {
+        constexpr int day = 86400;
+        const int utc = QTime(0, 0).secsTo(QDateTime::currentDateTimeUtc().time());
+        // A zone is named by what has to be added to its time to get UTC.
+        int behindUtc = (utc - (day - seconds) + 2 * day) % day;
+        if (behindUtc > day / 2)
+            behindUtc -= day;
+        const QTime distance = QTime(0, 0).addSecs(std::abs(behindUtc));
+        setZone(QByteArray(behindUtc < 0 ? "MID-" : "MID+") +
+                distance.toString(QStringLiteral("hh:mm:ss")).toLatin1());
+        m_before = QDate::currentDate();
+    }
+
+    ~MidnightAhead()
+    {
+        if (m_wasSet)
+            setZone(m_previous);
+        else
+            setZone({});
+    }
+
+    MidnightAhead(const MidnightAhead&) = delete;
+    MidnightAhead& operator=(const MidnightAhead&) = delete;
+
+    /// The day that is coming to its end.
+    QDate before() const { return m_before; }
+    bool isOver() const { return QDate::currentDate() != m_before; }
+
+private:
+    static void setZone(const QByteArray& zone)
+    {
+        if (zone.isEmpty())
+            qunsetenv("TZ");
+        else
+            qputenv("TZ", zone);
+        tzset();
+    }
+
+    QByteArray m_previous;
+    bool m_wasSet;
+    QDate m_before;
+};
+
 } // namespace
 
 /// The program as its user sees it: a real window, real clicks, a real instrument on the wire, and
@@ -64,6 +122,7 @@ private slots:
     void initTestCase();
     void endingAScanLeavesEveryReading_data();
     void endingAScanLeavesEveryReading();
+    void scanGoesOnOverMidnight();
     void leavingDuringAScanLeavesACleanStore();
     void killingDuringAScanLeavesAReadableStore();
     void startAfterAKillFindsTheStoreIntact();
@@ -115,6 +174,54 @@ void TestProgram::endingAScanLeavesEveryReading()
     const Readings sent = readingsInReplies(instrument.sent());
     QCOMPARE(sent.keys(), (QList<int>{101, 102, 103, 104}));
     QCOMPARE(readingsInStore(store.path()), sent);
+}
+
+void TestProgram::scanGoesOnOverMidnight()
+{
+    const MidnightAhead midnight(kSecondsToMidnight);
+    const SimulatedInstrument instrument(SimulatedInstrument::Transport::Tcp,
+                                         {QStringLiteral("--slots"), QStringLiteral("1:15"),
+                                          QStringLiteral("--rate"), QStringLiteral("40")});
+    ProgramProcess program(m_display.name());
+    ProgramUser user(m_display, program);
+    QVERIFY(user.bringUp(instrument));
+    QVERIFY(user.startScan(instrument));
+    QVERIFY2(!midnight.isOver(), "the scan began too late");
+    QVERIFY(QTest::qWaitFor([&midnight] { return midnight.isOver(); }, 2000 * kSecondsToMidnight));
+    QVERIFY(ProgramUser::waitForPolls(instrument, 3));
+    user.clickStart();
+    QTRY_VERIFY_WITH_TIMEOUT(instrument.received().contains(QStringLiteral("ABOR")), kEndWaitMs);
+    // Nothing but the status is polled: the instrument has been drained.
+    const auto rests = [&instrument] {
+        const QStringList lines = instrument.received();
+        return lines.mid(lines.size() - 3) == QStringList{kPoll, kPoll, kPoll};
+    };
+    QVERIFY(QTest::qWaitFor(rests, kEndWaitMs));
+    program.write("exit\n");
+    QVERIFY(program.waitForEnd(kEndWaitMs));
+    QVERIFY2(!program.crashed(), qPrintable(program.log()));
+
+    const QDir store(program.directory() + QStringLiteral("/MY00000042_Data"));
+    const Readings sent = readingsInReplies(instrument.sent());
+    QCOMPARE(readingsInStore(store.path()), sent);
+    QCOMPARE(gapIn(sent, 100), QString()); // four channels at 40 readings a second
+    const QStringList files = store.entryList({QStringLiteral("*.db")});
+    QCOMPARE(files,
+             (QStringList{midnight.before().toString(QStringLiteral("yyyyMMdd.'db'")),
+                          midnight.before().addDays(1).toString(QStringLiteral("yyyyMMdd.'db'"))}));
+    for (const QString& file : files) {
+        const QString path = store.filePath(file);
+        QCOMPARE(runSqlite(path, QStringLiteral("SELECT curve_id FROM curve_info")).size(), 4);
+        const QStringList tables = runSqlite(
+            path, QStringLiteral("SELECT table_name FROM batch_metadata WHERE table_name LIKE "
+                                 "'%batch_%1%'")
+                      .arg(file.left(8)));
+        QCOMPARE(tables.size(), 4);
+        for (const QString& table : tables)
+            QVERIFY(
+                runSqlite(path, QStringLiteral("SELECT count(*) FROM ") + table).value(0).toInt() >
+                10);
+    }
 }
 
 void TestProgram::leavingDuringAScanLeavesACleanStore()
