@@ -83,6 +83,9 @@ public:
         return m_times;
     }
 
+    /// The present, counted as the times are.
+    qint64 elapsed() const { return m_clock.elapsed(); }
+
     /// All that went through the table of operations.
     QStringList calls() const { return m_visa.calls(); }
 
@@ -225,6 +228,8 @@ private slots:
     void terminationInASleepLeavesNothingBehind();
     void terminationWaitsForALogLine();
     void sleepsAreAtLeastAsLongAsTold();
+    void sleepsAreNotMuchLongerThanTold();
+    void threadBeginsAfterASecond();
 
 private:
     bool ended() const { return m_thread->isFinished(); }
@@ -676,6 +681,57 @@ void TestReadData::sleepsAreAtLeastAsLongAsTold()
     QVERIFY(times[4] - times[3] >= 50);
     QVERIFY(times[5] - times[4] >= 1000);
     QVERIFY(times[7] - times[6] >= 50);
+}
+
+/// The shortest of several sleeps counts: a busy machine may lengthen each.
+void TestReadData::sleepsAreNotMuchLongerThanTold()
+{
+    constexpr int kPasses = 5;
+    g_scanRunning = true;
+    m_instrument->setReplies(kPoints, {QStringLiteral("+2")});
+    QStringList fetches;
+    QStringList events;
+    for (int pass = 0; pass < kPasses; ++pass) {
+        fetches << QString() << kTwoReadings;
+        events << QStringLiteral("+0");
+    }
+    m_instrument->setReplies(kFetchTwo, fetches);
+    m_instrument->setReplies(kCondition, {QStringLiteral("+16")});
+    m_instrument->setReplies(kEvent, events + QStringList{QString()});
+    m_thread->start();
+    QTRY_VERIFY_WITH_TIMEOUT(ended(), kPatienceMs);
+    const QStringList queries = m_instrument->queries();
+    const QList<qint64> times = m_instrument->times();
+    QMap<QString, qint64> shortest;
+    for (int i = 1; i < queries.size(); ++i) {
+        const QString pair = queries[i - 1] + QLatin1Char(' ') + queries[i];
+        const qint64 gap = times[i] - times[i - 1];
+        shortest[pair] = std::min(shortest.value(pair, gap), gap);
+    }
+    const auto isBelow = [&shortest](const QString& first, const QString& second, qint64 limit) {
+        const QString pair = first + QLatin1Char(' ') + second;
+        return shortest.contains(pair) && shortest.value(pair) < limit;
+    };
+    QVERIFY(isBelow(kFetchTwo, kFetchTwo, 200));
+    QVERIFY(isBelow(kFetchTwo, kCondition, 100));
+    QVERIFY(isBelow(kCondition, kEvent, 100));
+    QVERIFY(isBelow(kEvent, kPoints, 2000));
+    QVERIFY(isBelow(kEvent, kEvent, 6000));
+}
+
+void TestReadData::threadBeginsAfterASecond()
+{
+    constexpr int kStarts = 4;
+    m_instrument->setReplies(kEvent, {QStringLiteral("+2048")});
+    qint64 shortest = kPatienceMs;
+    for (int start = 0; start < kStarts; ++start) {
+        const qint64 before = m_instrument->elapsed();
+        m_thread->start();
+        QTRY_VERIFY_WITH_TIMEOUT(ended(), kPatienceMs);
+        shortest = std::min(shortest, m_instrument->times().constLast() - before);
+    }
+    QVERIFY(shortest >= 1000);
+    QVERIFY2(shortest < 2000, qPrintable(QString::number(shortest)));
 }
 
 QTEST_GUILESS_MAIN(TestReadData)
