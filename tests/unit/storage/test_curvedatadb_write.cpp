@@ -82,6 +82,7 @@ private slots:
     void pastDayThatCannotBeSetUpIsReported();
     void lateReadingsLogTheBatchesOnceALoad();
     void namesOfAnotherFileComeIn();
+    void eachLateReadingStartsFromItsFile();
     void unknownCurveStoresNothingAndSpoilsNothing();
     void lateReadingOfAClearedSeriesSpoilsNothing();
     void reattachmentForgetsWhatTheFileDoesNotHold();
@@ -433,6 +434,33 @@ void TestCurveDataDBWrite::namesOfAnotherFileComeIn()
     store->appendPoint(1, localTime("2026-01-11 07:00:00.000"), 1.0);
     QCOMPARE(store->curveNames(),
              (QMap<int, QString>{{1, one("101(V)")}, {7, one("before(V)")}, {8, one("101(V)")}}));
+}
+
+/// Whatever has been changed in memory since the file was loaded.
+void TestCurveDataDBWrite::eachLateReadingStartsFromItsFile()
+{
+    const qint64 past = localTime("2026-01-11 07:00:00.000");
+    setPresent(past);
+    TestStore store;
+    store->registerCurve(one("101(V)"));
+    store->registerCurve(one("102(V)"));
+    store->appendPoint(1, past, 5.0);
+    QCOMPARE(dayfile::execute(store.path("20260111"),
+                              one("INSERT INTO curve_info VALUES (3, 'another')")),
+             QString());
+    setPresent(at("09:30:00"));
+    store->appendPoint(1, at("09:00:00"), 1.0);
+    store->appendPoint(2, past, 6.0);
+    QCOMPARE(store->curveNames().value(3), one("another"));
+    QCOMPARE(store->registerCurve(one("103(V)")), 3);
+    QCOMPARE(store->curveNames().value(3), one("103(V)"));
+    store->appendPoint(2, past + 1, 6.0);
+    QCOMPARE(store->curveNames().value(3), one("another"));
+
+    QVERIFY(store->deleteCurveData(1));
+    QCOMPARE(store->curveMetadata(1).maxValue, std::numeric_limits<double>::lowest());
+    store->appendPoint(2, past + 2, 6.0);
+    QCOMPARE(store->curveMetadata(1).maxValue, 5.0);
 }
 
 void TestCurveDataDBWrite::unknownCurveStoresNothingAndSpoilsNothing()
