@@ -101,7 +101,15 @@ MainWidget::~MainWidget()
         endThread(m_inputReader);
     }
     if (m_exportThread)
-        endThread(m_exportThread);
+        endExport();
+}
+
+/// Waits for the export that was asked to stop. Ending it by force would leave its files behind.
+void MainWidget::endExport()
+{
+    if (m_exportThread->wait(kThreadWaitMs + kTerminationWaitMs))
+        delete m_exportThread;
+    m_exportThread = nullptr; // one that hangs on its disk is left to the end of the process
 }
 
 /// The part of the construction that needs an instrument; run later when there was none at start.

@@ -200,6 +200,7 @@ private:
 
     // Export
     void buildExportDialog();
+    void endExport();
     void showExportOutcome(ExportResult result, const QStringList& files);
 
     std::shared_ptr<GuiGate> m_gate;

@@ -95,7 +95,7 @@ bool isEarlier(const BatchTable& left, const BatchTable& right)
 } // namespace
 
 BatchTables collectTables(CurveDataDB& store, const QMap<int, QString>& curves, qint64 start,
-                          qint64 end)
+                          qint64 end, const std::atomic<bool>& stop)
 {
     BatchTables found;
     const QStringList paths = filesOfRange(store, curves.keys(), start, end);
@@ -105,9 +105,12 @@ BatchTables collectTables(CurveDataDB& store, const QMap<int, QString>& curves, 
             qWarning() << "[获取分片表] 曲线" << curve.key() << "时间范围内无有效数据库文件";
     }
     for (const QString& path : paths) {
+        if (found.failed)
+            break;
         const FileIdentity file = fileIdentity(path);
         QSharedPointer<QSqlDatabase> db = store.openDb(path);
-        for (auto curve = curves.cbegin(); curve != curves.cend(); ++curve) {
+        for (auto curve = curves.cbegin(); curve != curves.cend() && !found.failed && !stop;
+             ++curve) {
             if (!db) {
                 qWarning() << "[获取分片表] 曲线" << curve.key() << "打开数据库" << path
                            << "失败（openDb返回空）";

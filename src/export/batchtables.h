@@ -6,6 +6,8 @@
 #include <QString>
 #include <QVector>
 
+#include <atomic>
+
 class CurveDataDB;
 
 /// One batch table of a curve: where it lies, and the id that the curve has in that file.
@@ -29,5 +31,7 @@ struct BatchTables
 /// Finds the batch tables of curves that overlap a range of time (milliseconds since the epoch,
 /// both included). Each file is opened once. Ids belong to a file, so a curve is looked up in each
 /// of them by its name. Any thread.
+///
+/// Leaves with the first file that cannot be read, and when `stop` is set.
 BatchTables collectTables(CurveDataDB& store, const QMap<int, QString>& curves, qint64 start,
-                          qint64 end);
+                          qint64 end, const std::atomic<bool>& stop);

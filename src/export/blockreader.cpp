@@ -1,6 +1,10 @@
 #include "export/blockreader.h"
 
-#include <algorithm>
+#include "storage/lockpatience.h"
+
+#include <QDebug>
+
+#include <exception>
 #include <utility>
 
 namespace {
@@ -10,9 +14,10 @@ constexpr std::size_t kBlocksAhead = 3;
 
 } // namespace
 
-BlockReader::BlockReader(Cursors& cursors, std::size_t rowsPerBlock)
+BlockReader::BlockReader(Cursors& cursors, std::size_t rowsPerBlock, const std::atomic<bool>& stop)
     : m_cursors(cursors)
     , m_rowsPerBlock(rowsPerBlock)
+    , m_stop(stop)
     , m_thread([this] { run(); })
 {
 }
@@ -21,7 +26,7 @@ BlockReader::~BlockReader()
 {
     {
         const std::lock_guard<std::mutex> locker(m_mutex);
-        m_stopped = true;
+        m_abandoned = true;
     }
     m_changed.notify_all();
     m_thread.join();
@@ -42,19 +47,26 @@ bool BlockReader::take(SampleBlock& block)
 
 void BlockReader::run()
 {
+    // A file that another process has locked is waited for once, not once for each curve.
+    const LockPatience patience;
     for (bool more = true; more;) {
         ReadBlock block;
         {
             std::unique_lock<std::mutex> locker(m_mutex);
-            m_changed.wait(locker, [this] { return m_stopped || m_ready.size() < kBlocksAhead; });
-            if (m_stopped)
+            m_changed.wait(locker, [this] { return m_abandoned || m_ready.size() < kBlocksAhead; });
+            if (m_abandoned)
                 return;
             if (!m_spare.empty()) {
                 block.samples = std::move(m_spare.back());
                 m_spare.pop_back();
             }
         }
-        readInto(block);
+        try {
+            readInto(block);
+        } catch (const std::exception& failure) {
+            qWarning() << "[获取数据] 读取失败：" << failure.what();
+            block.failed = true;
+        }
         more = !block.failed && block.samples.rows() > 0;
         {
             const std::lock_guard<std::mutex> locker(m_mutex);
@@ -71,8 +83,9 @@ void BlockReader::readInto(ReadBlock& block)
     for (const auto& cursor : m_cursors) {
         column->clear();
         cursor->read(*column, m_rowsPerBlock);
+        block.failed = cursor->hasFailed() || m_stop || m_abandoned;
+        if (block.failed)
+            return;
         ++column;
     }
-    block.failed = std::any_of(m_cursors.cbegin(), m_cursors.cend(),
-                               [](const auto& cursor) { return cursor->hasFailed(); });
 }

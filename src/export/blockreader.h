@@ -5,6 +5,7 @@
 
 #include <QtGlobal>
 
+#include <atomic>
 #include <condition_variable>
 #include <cstddef>
 #include <deque>
@@ -21,9 +22,10 @@ public:
     using Cursors = std::vector<std::unique_ptr<CurveCursor>>;
 
     /// @param rowsPerBlock samples of each curve in a block, but for the last one
-    BlockReader(Cursors& cursors, std::size_t rowsPerBlock);
+    /// @param stop ends the reading with the curve that is being read, as a failure
+    BlockReader(Cursors& cursors, std::size_t rowsPerBlock, const std::atomic<bool>& stop);
 
-    /// Ends with the block that is being read.
+    /// Ends with the curve that is being read.
     ~BlockReader();
     Q_DISABLE_COPY_MOVE(BlockReader)
 
@@ -47,6 +49,7 @@ private:
     std::condition_variable m_changed;
     std::deque<ReadBlock> m_ready;
     std::vector<SampleBlock> m_spare;
-    bool m_stopped = false;
+    const std::atomic<bool>& m_stop;
+    std::atomic<bool> m_abandoned{false};
     std::thread m_thread; ///< Last: it starts when all else is there.
 };

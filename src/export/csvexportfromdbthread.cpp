@@ -6,6 +6,7 @@
 #include "export/csvrows.h"
 #include "export/curvecursor.h"
 #include "storage/curvedatadb.h"
+#include "storage/lockpatience.h"
 
 #include <QDebug>
 #include <QMutexLocker>
@@ -47,6 +48,7 @@ CsvExportFromDBThread::CsvExportFromDBThread(CurveDataDB* store, const QList<int
     , m_rowsPerPart(kRowsPerPart)
     , m_rowsPerBlock(kRowsPerBlock)
 {
+    qRegisterMetaType<ExportResult>("ExportResult");
     QThread::setTerminationEnabled(true);
 }
 
@@ -114,19 +116,33 @@ ExportResult CsvExportFromDBThread::exportCurves(QStringList& files)
         qCritical() << "[导出线程] 选中的曲线在CurveDataDB中不存在";
         return ExportNoData;
     }
-    const BatchTables tables = collectTables(*m_store, curves, m_start, m_end);
     Cursors cursors;
-    for (auto curve = curves.cbegin(); curve != curves.cend(); ++curve) {
-        cursors.push_back(std::make_unique<CurveCursor>(
-            *m_store, curve.key(), tables.byCurve.value(curve.key()), m_start, m_end));
-    }
-    if (tables.failed || anyOf(cursors, &CurveCursor::hasFailed))
-        return ExportDbError;
+    const bool complete = makeCursors(curves, cursors);
+    if (m_stopRequested)
+        return cancelled();
+    if (!complete)
+        return failedToRead();
     if (!anyOf(cursors, &CurveCursor::isValid)) {
         qCritical() << "[导出线程] 所有选中曲线均无有效数据（游标初始化失败）";
         return ExportNoData;
     }
-    return writeFiles(cursors, curves.keys(), files);
+    return writeFiles(cursors, curves, files);
+}
+
+/// A cursor for each curve. False, with fewer cursors, if a file cannot be read or a stop was
+/// requested.
+bool CsvExportFromDBThread::makeCursors(const QMap<int, QString>& curves, Cursors& cursors) const
+{
+    // A file that another process has locked is waited for once, not once for each curve.
+    const LockPatience patience;
+    const BatchTables tables = collectTables(*m_store, curves, m_start, m_end, m_stopRequested);
+    bool complete = !tables.failed;
+    for (auto curve = curves.cbegin(); curve != curves.cend() && complete; ++curve) {
+        cursors.push_back(std::make_unique<CurveCursor>(
+            *m_store, curve.key(), tables.byCurve.value(curve.key()), m_start, m_end));
+        complete = !cursors.back()->hasFailed() && !m_stopRequested;
+    }
+    return complete;
 }
 
 /// Those of the curves that the store knows, by id.
@@ -135,10 +151,10 @@ QMap<int, QString> CsvExportFromDBThread::selectExistingCurves() const
     return m_store->namesForIds(m_curveIds);
 }
 
-ExportResult CsvExportFromDBThread::writeFiles(Cursors& cursors, const QList<int>& ids,
+ExportResult CsvExportFromDBThread::writeFiles(Cursors& cursors, const QMap<int, QString>& curves,
                                                QStringList& files)
 {
-    CsvParts parts(*m_store, m_path, m_separator, m_header, ids);
+    CsvParts parts(*m_store, m_path, m_separator, m_header, curves);
     if (!parts.openNext()) {
         qCritical() << "[导出线程] 创建CSV文件失败：" << CurveDataDB::partFilePath(m_path, 1);
         return ExportFileError;
@@ -147,10 +163,8 @@ ExportResult CsvExportFromDBThread::writeFiles(Cursors& cursors, const QList<int
     m_rowsInPart = 0;
     ExportResult result = writeParts(cursors, parts);
     parts.close();
-    if (result == ExportSuccess && !parts.isWhole()) {
-        qCritical() << "[导出线程] 写入CSV行失败";
-        result = ExportWriteError;
-    }
+    if (result == ExportSuccess && !parts.isWhole())
+        result = failedToWrite();
     if (result == ExportSuccess) {
         parts.keep();
         files = parts.listedFiles();
@@ -162,11 +176,14 @@ ExportResult CsvExportFromDBThread::writeFiles(Cursors& cursors, const QList<int
 ExportResult CsvExportFromDBThread::writeParts(Cursors& cursors, CsvParts& parts)
 {
     CsvRows rows(m_separator);
-    BlockReader reader(cursors, static_cast<std::size_t>(m_rowsPerBlock));
+    BlockReader reader(cursors, static_cast<std::size_t>(m_rowsPerBlock), m_stopRequested);
     SampleBlock block;
     while (!m_stopRequested) {
-        if (!reader.take(block))
-            return ExportDbError;
+        const bool complete = reader.take(block);
+        if (m_stopRequested)
+            break;
+        if (!complete)
+            return failedToRead();
         if (block.rows() == 0) {
             parts.write(rows.text());
             qDebug() << "[导出线程] 所有曲线数据导出完成";
@@ -176,8 +193,25 @@ ExportResult CsvExportFromDBThread::writeParts(Cursors& cursors, CsvParts& parts
         if (result != ExportSuccess)
             return result;
     }
+    return cancelled();
+}
+
+ExportResult CsvExportFromDBThread::cancelled()
+{
     qDebug() << "[导出线程] 收到停止信号，终止导出";
     return ExportCancelled;
+}
+
+ExportResult CsvExportFromDBThread::failedToRead()
+{
+    qCritical() << "[导出线程] 读取数据库失败，导出终止";
+    return ExportDbError;
+}
+
+ExportResult CsvExportFromDBThread::failedToWrite()
+{
+    qCritical() << "[导出线程] 写入CSV行失败";
+    return ExportWriteError;
 }
 
 /// Writes the rows of a block, as far as no stop is requested.
@@ -186,10 +220,8 @@ ExportResult CsvExportFromDBThread::writeBlock(const SampleBlock& block, CsvRows
 {
     const std::size_t count = block.rows();
     for (std::size_t row = 0; row < count && !m_stopRequested; ++row) {
-        if (!rows.writeCsvRow(m_rowNumber, block, row) || !parts.isWhole()) {
-            qCritical() << "[导出线程] 写入CSV行失败";
-            return ExportWriteError;
-        }
+        if (!rows.writeCsvRow(m_rowNumber, block, row) || !parts.isWhole())
+            return failedToWrite();
         const ExportResult result = countRow(rows, parts);
         if (result != ExportSuccess)
             return result;
@@ -215,6 +247,9 @@ ExportResult CsvExportFromDBThread::countRow(CsvRows& rows, CsvParts& parts)
         parts.flush();
     if (!partFull)
         return ExportSuccess;
+    parts.close();
+    if (!parts.isWhole())
+        return failedToWrite();
     if (!parts.openNext()) {
         qCritical() << "[导出线程] 创建CSV分片失败："
                     << CurveDataDB::partFilePath(m_path, parts.listedFiles().size() + 1);

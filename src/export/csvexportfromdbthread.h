@@ -54,12 +54,13 @@ public:
     /// Any thread.
     bool isExporting() const;
 
-    /// Rows after which a new part is begun; 1,000,000 unless set. Before startExport().
-    void setRowsPerPart(qint64 rows) { m_rowsPerPart = rows; }
+    /// Rows after which a new part is begun, at least one; 1,000,000 unless set. Before
+    /// startExport().
+    void setRowsPerPart(qint64 rows) { m_rowsPerPart = qMax<qint64>(rows, 1); }
 
-    /// Rows read under one hold of a connection's lock; what is written does not depend on it.
-    /// Before startExport().
-    void setRowsPerBlock(int rows) { m_rowsPerBlock = rows; }
+    /// Rows read under one hold of a connection's lock, at least one; what is written does not
+    /// depend on it. Before startExport().
+    void setRowsPerBlock(int rows) { m_rowsPerBlock = qMax(rows, 1); }
 
 signals:
     /// Each hundred rows; the total is unknown, -1.
@@ -76,10 +77,14 @@ private:
 
     ExportResult exportCurves(QStringList& files);
     QMap<int, QString> selectExistingCurves() const;
-    ExportResult writeFiles(Cursors& cursors, const QList<int>& ids, QStringList& files);
+    bool makeCursors(const QMap<int, QString>& curves, Cursors& cursors) const;
+    ExportResult writeFiles(Cursors& cursors, const QMap<int, QString>& curves, QStringList& files);
     ExportResult writeParts(Cursors& cursors, CsvParts& parts);
     ExportResult writeBlock(const SampleBlock& block, CsvRows& rows, CsvParts& parts);
     ExportResult countRow(CsvRows& rows, CsvParts& parts);
+    static ExportResult cancelled();
+    static ExportResult failedToRead();
+    static ExportResult failedToWrite();
 
     CurveDataDB* m_store;
     QList<int> m_curveIds;

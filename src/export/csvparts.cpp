@@ -6,12 +6,12 @@
 #include <QDebug>
 
 CsvParts::CsvParts(CurveDataDB& store, const QString& path, const QString& separator,
-                   const QMap<QString, QString>& header, const QList<int>& ids)
+                   const QMap<QString, QString>& header, const QMap<int, QString>& curves)
     : m_store(store)
     , m_path(path)
     , m_separator(separator)
     , m_header(header)
-    , m_ids(ids)
+    , m_curves(curves)
 {
 }
 
@@ -27,7 +27,7 @@ bool CsvParts::openNext()
     close();
     ++m_index;
     const bool created =
-        m_store.openCsvPart(m_path, m_index, m_separator, m_header, m_ids, m_file, m_stream);
+        m_store.openCsvPart(m_path, m_index, m_separator, m_header, m_curves, m_file, m_stream);
     if (!created)
         return false;
     m_createdFiles.append(m_file.fileName());

@@ -1,7 +1,6 @@
 #pragma once
 
 #include <QFile>
-#include <QList>
 #include <QMap>
 #include <QString>
 #include <QStringList>
@@ -15,8 +14,9 @@ class QByteArray;
 class CsvParts
 {
 public:
+    /// @param curves names by id: the titles of every part
     CsvParts(CurveDataDB& store, const QString& path, const QString& separator,
-             const QMap<QString, QString>& header, const QList<int>& ids);
+             const QMap<QString, QString>& header, const QMap<int, QString>& curves);
     ~CsvParts();
     Q_DISABLE_COPY_MOVE(CsvParts)
 
@@ -46,7 +46,7 @@ private:
     QString m_path;
     QString m_separator;
     QMap<QString, QString> m_header;
-    QList<int> m_ids;
+    QMap<int, QString> m_curves;
     QFile m_file;
     QTextStream m_stream;
     int m_index = 0;

@@ -63,7 +63,7 @@ void CurveCursor::readTable(SampleColumn& column, std::size_t limit)
 {
     // What is read from a file that was deleted or replaced is not what the store holds.
     if (fileIdentity(m_path) != m_file) {
-        m_valid = fail();
+        m_valid = failToRead(QStringLiteral("the file has gone or was replaced"));
         return;
     }
     const auto wanted = static_cast<int>(limit - column.size()) + 1;
@@ -71,7 +71,7 @@ void CurveCursor::readTable(SampleColumn& column, std::size_t limit)
         m_current = column.back();
         column.pop_back();
     } else if (!m_query->isUsable() || !m_query->errorText().isEmpty()) {
-        m_valid = fail();
+        m_valid = failToRead(m_query->errorText());
     } else {
         m_valid = openNextTable();
     }
@@ -104,7 +104,9 @@ bool CurveCursor::openTable(const BatchTable& table)
         return fail();
     }
     // Another file in its place has other tables.
-    return fileIdentity(m_path) == m_file ? startQuery(table) && takeFirstRow(table) : fail();
+    if (fileIdentity(m_path) != m_file)
+        return failToRead(QStringLiteral("the file was replaced"));
+    return startQuery(table) && takeFirstRow(table);
 }
 
 /// Whether the file that listed the table is there and has it. A name without a date, or with that
@@ -185,9 +187,15 @@ bool CurveCursor::takeFirstRow(const BatchTable& table)
         return true;
     }
     if (!m_query->isUsable() || !m_query->errorText().isEmpty())
-        return fail();
+        return failToRead(m_query->errorText());
     qWarning() << "[初始化查询] 分片表" << table.name << "无匹配数据（时间范围/曲线ID过滤后为空）";
     return false;
+}
+
+bool CurveCursor::failToRead(const QString& cause)
+{
+    qWarning() << "[获取数据] 曲线" << m_curveId << "读取" << m_path << "失败：" << cause;
+    return fail();
 }
 
 /// False, as the result of the step that has failed.

@@ -48,6 +48,7 @@ private:
     bool startQuery(const BatchTable& table);
     bool takeFirstRow(const BatchTable& table);
     void readTable(SampleColumn& column, std::size_t limit);
+    bool failToRead(const QString& cause);
     bool fail();
     void release();
 

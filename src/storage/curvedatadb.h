@@ -150,12 +150,12 @@ public:
     /// present second behind it. The time is read at each call.
     static QString partFilePath(const QString& path, int index);
 
-    /// Creates a part of a CSV export, with its directory, and writes its header and titles: the
-    /// names of those of the ids that are known. What `file` had open is closed first. False if
+    /// Creates a part of a CSV export, with its directory, and writes its header and the titles
+    /// of the curves, by id. What `file` had open is closed first. False if
     /// the file cannot be created; whether the text reached it is told by the file's error().
     bool openCsvPart(const QString& path, int index, const QString& separator,
-                     const QMap<QString, QString>& header, const QList<int>& ids, QFile& file,
-                     QTextStream& stream);
+                     const QMap<QString, QString>& header, const QMap<int, QString>& curves,
+                     QFile& file, QTextStream& stream);
 
     /// Starts to empty the store and returns; sigClearFinished() tells when it is ready again.
     /// GUI thread.

@@ -37,8 +37,8 @@ QString CurveDataDB::partFilePath(const QString& path, int index)
 }
 
 bool CurveDataDB::openCsvPart(const QString& path, int index, const QString& separator,
-                              const QMap<QString, QString>& header, const QList<int>& ids,
-                              QFile& file, QTextStream& stream)
+                              const QMap<QString, QString>& header,
+                              const QMap<int, QString>& curves, QFile& file, QTextStream& stream)
 {
     if (file.isOpen()) {
         stream.flush();
@@ -62,8 +62,7 @@ bool CurveDataDB::openCsvPart(const QString& path, int index, const QString& sep
     for (const HeaderLine& line : kHeaderLines)
         stream << tr(line.label) << separator << header.value(QLatin1String(line.key)) << '\n';
     stream << tr("编号") << separator << tr("时间") << separator;
-    const QMap<int, QString> names = namesForIds(ids);
-    for (const QString& curve : names) // this line ends with a separator, those of the data do not
+    for (const QString& curve : curves) // this line ends with a separator, those of the data do not
         stream << curve << separator;
     stream << '\n';
     stream.flush();

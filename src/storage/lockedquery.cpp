@@ -181,9 +181,12 @@ int LockedQuery::fetchSamples(int limit, SampleColumn& samples)
     if (!driverOpen())
         return 0;
     int count = 0;
-    if (limit > 0 && m_query.at() == QSql::BeforeFirstRow) { // Qt has stepped to the first row
-        if (!nextRow())
+    if (limit > 0 && !m_samplesEnded &&
+        m_query.at() == QSql::BeforeFirstRow) { // Qt has stepped to the first row
+        if (!nextRow()) {
+            m_samplesEnded = true;
             return 0;
+        }
         samples.push_back({m_query.value(0).toLongLong(), m_query.value(1).toDouble()});
         count = 1;
     }

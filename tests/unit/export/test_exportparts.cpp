@@ -108,8 +108,8 @@ void TestExportParts::partIsCreatedWithItsDirectory()
         QFile file;
         QTextStream stream;
         QVERIFY(scene.store()->openCsvPart(directory + text("/x.csv"), 7, text("; "),
-                                           {{text("address"), text("here")}}, {9, 2, 1}, file,
-                                           stream));
+                                           {{text("address"), text("here")}},
+                                           {{1, text("101(V)")}, {2, text("温度")}}, file, stream));
         QVERIFY(file.isOpen() && !file.isReadable());
         QCOMPARE(withoutStamp(file.fileName()), directory + text("/x_7_.csv"));
         QCOMPARE(stream.codec()->name(), QByteArray("UTF-8"));
