@@ -31,6 +31,10 @@ public:
     /// A stop within the first second after start() is overwritten by the thread. Any thread.
     void stop();
 
+    /// True while the loop goes on: from a second after start() until it has found a loss or was
+    /// told to stop. Any thread.
+    bool isPolling() const { return isRunning() && m_running.load(std::memory_order_relaxed); }
+
     /// Decodes the instrument's reply to a fetch; see decodeResponse(). Pure, any thread.
     QList<MeasurementData> parseResponse(const QString& reply) const;
 

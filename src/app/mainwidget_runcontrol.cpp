@@ -115,9 +115,10 @@ void MainWidget::scanFunc()
 {
     assertGuiThread();
     if (ask(QStringLiteral("*IDN?")).isEmpty()) {
-        // The acquisition thread will report the loss; afterwards a start is possible again.
         m_starting = false;
         m_messageDialog->showMessage(tr("机器已断开"), kErrorMessage, kMessageMs);
+        // The acquisition thread need not miss that one reply, so nobody else reports the loss.
+        recvUseInstSlot();
         return;
     }
     ask(QStringLiteral("MMEM:LOG:ENAB?"));
@@ -223,6 +224,9 @@ void MainWidget::recvLockScreenSlot()
 void MainWidget::recvUseInstSlot()
 {
     assertGuiThread();
+    // Whoever looks for the instrument already decides whether it is there.
+    if (m_reconnecting)
+        return;
     g_instrumentConnected = false;
     showReconnectView();
 }
@@ -288,6 +292,11 @@ void MainWidget::stopLoadingView()
 {
     assertGuiThread();
     m_reconnectView->stopLoading();
+    // A start that met the loss has left the button and the label behind.
+    if (!g_scanRunning && !m_starting)
+        resetStartButton();
+    if (m_readData->isPolling())
+        return;
     // A thread that has reported the loss may still be in its last pause; starting it then would do
     // nothing.
     m_readData->wait(kLastPassMs);

@@ -19,6 +19,7 @@
 #include <QLabel>
 #include <QPointer>
 #include <QPushButton>
+#include <QSemaphore>
 #include <QTimer>
 #include <QtTest>
 
@@ -156,6 +157,8 @@ private slots:
     void lostInstrumentShowsTheRecovery();
     void recoveryEndsTheScanTheUsualWay();
     void recoveryRestartsTheAcquisition();
+    void recoveryDoesNotWaitForAnAcquisitionThatGoesOn();
+    void lossReportedDuringARecoveryIsLeftToIt();
     void recoveryThatFailsCanBeTriedAgain();
     void secondClickOnTheRecoveryIsIgnored();
     void keyboardStartsNothingUnderTheRecovery();
@@ -222,8 +225,10 @@ void TestRunControl::lostIdentityEndsTheStart()
     QCOMPARE(bench.message(), QStringLiteral("机器已断开"));
     QCOMPARE(bench.messageDialog()->windowTitle(), QStringLiteral("错误"));
     QCOMPARE(bench.messageDialog()->findChild<QTimer*>()->interval(), 3000);
-    // The overlay stays as it is.
-    QVERIFY(bench.startupView()->isVisible());
+    // The overlay of a lost instrument takes the busy one's place.
+    QVERIFY(!bench.startupView()->isVisible());
+    QVERIFY(bench.reconnectView() && bench.reconnectView()->isVisible());
+    QVERIFY(!g_instrumentConnected);
 }
 
 void TestRunControl::namelessChannelsAreDroppedWhenCountsDiffer_data()
@@ -542,6 +547,48 @@ void TestRunControl::recoveryRestartsTheAcquisition()
     std::atomic<int> polls{0};
     bench.instrument().whenAsked(QStringLiteral("STAT:OPER:EVEN?"), [&polls] { ++polls; });
     QTRY_VERIFY_WITH_TIMEOUT(polls >= 2, 10000);
+    WindowBench::endAcquisition();
+}
+
+/// A loss that the start of a scan has met: the acquisition thread has not noticed it.
+void TestRunControl::recoveryDoesNotWaitForAnAcquisitionThatGoesOn()
+{
+    Scan bench;
+    MainWidget& window = bench.open(WindowBench::AcquisitionRuns);
+    std::atomic<int> polls{0};
+    bench.instrument().whenAsked(QStringLiteral("STAT:OPER:EVEN?"), [&polls] { ++polls; });
+    QTRY_VERIFY_WITH_TIMEOUT(polls >= 1, 10000);
+    bench.call("recvUseInstSlot");
+    QElapsedTimer clock;
+    clock.start();
+    window.stopLoadingView();
+    // The wait for a thread that ends takes two seconds.
+    QVERIFY2(clock.elapsed() < 1500, qPrintable(QString::number(clock.elapsed())));
+    const int before = polls;
+    QTRY_VERIFY_WITH_TIMEOUT(polls >= before + 2, 10000);
+    WindowBench::endAcquisition();
+}
+
+void TestRunControl::lossReportedDuringARecoveryIsLeftToIt()
+{
+    Scan bench;
+    bench.open().show();
+    bench.call("recvUseInstSlot");
+    QSemaphore asked;
+    QSemaphore answered;
+    bench.instrument().whenAsked(QStringLiteral("STAT:OPER:COND?"), [&asked, &answered] {
+        asked.release();
+        answered.acquire();
+    });
+    bench.clickRecovery();
+    QTRY_COMPARE(asked.available(), 1);
+    emit ReadData::instance()->sigUseInst();
+    QTest::qWait(50);
+    // A click on the button would be lost now, so it stays away.
+    QVERIFY(!bench.reconnectView()->findChild<QPushButton*>()->isVisible());
+    answered.release();
+    QTRY_VERIFY_WITH_TIMEOUT(!bench.reconnectView()->isVisible(), 10000);
+    QVERIFY(g_instrumentConnected);
     WindowBench::endAcquisition();
 }
 

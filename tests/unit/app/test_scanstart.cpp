@@ -92,7 +92,7 @@ private slots:
     void clicksWhileStartingAreIgnored();
     void secondScanStartsFromAnEmptyStore();
     void startOnAnotherInstrumentEmptiesTheStoreInUse();
-    void startAfterALostIdentityIsPossible();
+    void startWithoutAnIdentityLeadsToTheRecovery();
     void windowsEndWhileStartingSendsNothing();
 };
 
@@ -255,17 +255,27 @@ void TestScanStart::startOnAnotherInstrumentEmptiesTheStoreInUse()
     QVERIFY(!QFileInfo::exists(inUse.path()));
 }
 
-void TestScanStart::startAfterALostIdentityIsPossible()
+void TestScanStart::startWithoutAnIdentityLeadsToTheRecovery()
 {
     Start bench;
     bench.startButton()->click();
     bench.instrument().setSilent(true);
     QTRY_COMPARE_WITH_TIMEOUT(bench.message(), QStringLiteral("机器已断开"), 10000);
     QVERIFY(!g_scanRunning);
-    // Button and overlay stay as they are.
+    QVERIFY(!g_instrumentConnected);
+    // The button stays as it is; the overlay of a lost instrument takes the busy one's place.
     QCOMPARE(bench.startButton()->text(), QStringLiteral("停止"));
-    QVERIFY(bench.startupView()->isVisible());
+    QVERIFY(!bench.startupView()->isVisible());
+    QVERIFY(bench.reconnectView() && bench.reconnectView()->isVisible());
+
     bench.instrument().setSilent(false);
+    bench.clickRecovery();
+    QTRY_VERIFY_WITH_TIMEOUT(!bench.reconnectView()->isVisible(), 10000);
+    WindowBench::endAcquisition();
+    QVERIFY(g_instrumentConnected);
+    QCOMPARE(bench.startButton()->text(), QStringLiteral("开始"));
+    QVERIFY(bench.exportButton()->isEnabled());
+    QVERIFY(!bench.runningLabel()->isVisible());
     bench.takeLines();
     bench.startButton()->click();
     QTRY_VERIFY_WITH_TIMEOUT(g_scanRunning, 10000);
