@@ -14,6 +14,7 @@
 #include "widgets/imagebutton.h"
 #include "widgets/timepicker.h"
 
+#include <QApplication>
 #include <QCheckBox>
 #include <QColor>
 #include <QCoreApplication>
@@ -23,6 +24,7 @@
 #include <QPointer>
 #include <QRadioButton>
 #include <QScrollArea>
+#include <QSignalBlocker>
 #include <QSpinBox>
 #include <QTabWidget>
 #include <QTextStream>
@@ -88,6 +90,7 @@ MainWidget::~MainWidget()
 {
     if (m_exportThread)
         m_exportThread->requestStop();
+    silenceControls();
     m_gate->close();
     if (m_readData) {
         m_readData->stop();
@@ -110,6 +113,18 @@ void MainWidget::endExport()
     if (m_exportThread->wait(kThreadWaitMs + kTerminationWaitMs))
         delete m_exportThread;
     m_exportThread = nullptr; // one that hangs on its disk is left to the end of the process
+}
+
+/// Keeps the controls from calling slots of the window while it is taken apart: hiding it takes the
+/// focus away, and with it comes the text that its user has not finished.
+void MainWidget::silenceControls()
+{
+    if (QWidget* const edited = QApplication::focusWidget()) {
+        const QSignalBlocker blocker(edited);
+        edited->clearFocus();
+    }
+    for (QObject* part : findChildren<QObject*>())
+        part->disconnect(this);
 }
 
 /// The part of the construction that needs an instrument; run later when there was none at start.

@@ -126,6 +126,7 @@ private:
     void buildInterface();
     void buildButtonBar();
     void makeConnections();
+    void silenceControls();
 
     // Discovery and read-back. The static operations ask on any thread and show through the gate,
     // so they never touch the window themselves.

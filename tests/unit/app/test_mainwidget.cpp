@@ -3,6 +3,7 @@
 #include "app/helperthreads.h"
 #include "app/inputreaderthread.h"
 #include "app/mainwidget.h"
+#include "channels/advancedsetting.h"
 #include "channels/commfunc.h"
 #include "overlay/loadingview.h"
 #include "overlay/windowlockmanager.h"
@@ -13,8 +14,9 @@
 #include "widgets/timepicker.h"
 #include "windowbench.h"
 
+#include <QComboBox>
 #include <QDate>
-
+#include <QDoubleSpinBox>
 #include <QElapsedTimer>
 #include <QGroupBox>
 #include <QHBoxLayout>
@@ -29,6 +31,7 @@
 #include <QTime>
 #include <QtTest>
 
+#include <algorithm>
 #include <atomic>
 
 namespace {
@@ -168,6 +171,8 @@ private slots:
     void recoveryWithoutPagesCanFailAgainAndAgain();
     void lateInstrumentBringsThePagesUp();
     void endOfTheWindowSendsNothingAndEndsItsThreads();
+    void endOfTheWindowDropsWhatIsBeingTyped_data();
+    void endOfTheWindowDropsWhatIsBeingTyped();
     void endOfTheWindowSilencesAReconnect();
     void acquisitionThatHangsIsEndedByForce();
 };
@@ -570,6 +575,47 @@ void TestMainWidget::endOfTheWindowSendsNothingAndEndsItsThreads()
     QVERIFY(!reader);
     QCOMPARE(bench.instrument().takeLines(), QStringList());
     QVERIFY(g_scanRunning);
+}
+
+void TestMainWidget::endOfTheWindowDropsWhatIsBeingTyped_data()
+{
+    QTest::addColumn<int>("column");
+    QTest::newRow("gain") << static_cast<int>(GainColumn);
+    QTest::newRow("offset") << static_cast<int>(OffsetColumn);
+    QTest::newRow("panel") << static_cast<int>(MoreColumn);
+}
+
+void TestMainWidget::endOfTheWindowDropsWhatIsBeingTyped()
+{
+    QFETCH(int, column);
+    TwoChannels bench;
+    MainWidget& window = bench.open();
+    window.resize(1500, 900);
+    window.show();
+    QVERIFY(QTest::qWaitForWindowActive(&window));
+    QTRY_VERIFY_WITH_TIMEOUT(!bench.startupView()->isVisible(), 10000);
+    QWidget* field = bench.tree()->itemWidget(bench.item(202), column);
+    if (column == MoreColumn) {
+        AdvancedSetting* const panel = bench.openPanel(202, MoreColumn);
+        QVERIFY(panel);
+        const auto spins = panel->findChildren<QDoubleSpinBox*>();
+        const auto delay = std::find_if(spins.cbegin(), spins.cend(),
+                                        [](const QWidget* spin) { return spin->isVisible(); });
+        QVERIFY(delay != spins.cend());
+        // Automatic delay has no value to type.
+        bench.instrument().setReply(QStringLiteral("ROUT:CHAN:DEL:AUTO?"), QStringLiteral("0"));
+        QTest::keyClick((*delay)->parentWidget()->findChild<QComboBox*>(), Qt::Key_Down);
+        QVERIFY((*delay)->isEnabled());
+        field = *delay;
+        QTest::mouseClick(field, Qt::LeftButton);
+    } else {
+        QTest::mouseClick(field, Qt::LeftButton);
+    }
+    QTRY_VERIFY(field->hasFocus());
+    QTest::keyClicks(field, QStringLiteral("25"));
+    bench.instrument().takeLines();
+    bench.close();
+    QCOMPARE(bench.instrument().takeLines(), QStringList());
 }
 
 void TestMainWidget::endOfTheWindowSilencesAReconnect()
