@@ -3,6 +3,7 @@
 #include "app/helperthreads.h"
 #include "app/launcharguments.h"
 #include "app/mainwidget.h"
+#include "app/standardstreams.h"
 #include "app/startup.h"
 #include "resources/resources.h"
 #include "storage/curvedatadb.h"
@@ -44,6 +45,7 @@ bool runWindow(int& status)
 
 int main(int argc, char* argv[])
 {
+    StandardStreams::openMissing();
     Startup::ignoreBrokenPipes();
     QCoreApplication::setAttribute(Qt::AA_DisableHighDpiScaling, true);
     const QApplication application(argc, argv);

@@ -39,6 +39,16 @@ void ProgramProcess::startForOneLine(const QStringList& arguments)
     m_process.waitForStarted();
 }
 
+void ProgramProcess::startWithout(int descriptor, const QStringList& arguments)
+{
+    m_process.start(QStringLiteral("bash"),
+                    QStringList{QStringLiteral("-c"),
+                                QStringLiteral("exec \"$0\" \"$@\" %1>&-").arg(descriptor),
+                                m_directory.filePath(QStringLiteral("scn4070a"))} +
+                        arguments);
+    m_process.waitForStarted();
+}
+
 void ProgramProcess::write(const QByteArray& bytes)
 {
     m_process.write(bytes);

@@ -18,6 +18,8 @@ public:
     /// The same, but nobody reads the program's standard output behind its first line: the other
     /// end of that pipe is closed then.
     void startForOneLine(const QStringList& arguments);
+    /// The same with one of the descriptors 0, 1 and 2 closed.
+    void startWithout(int descriptor, const QStringList& arguments);
 
     /// Writes to the program's standard input as it stands.
     void write(const QByteArray& bytes);

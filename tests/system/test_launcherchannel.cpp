@@ -4,6 +4,7 @@
 
 #include <QDir>
 #include <QElapsedTimer>
+#include <QFileInfo>
 #include <QTest>
 
 namespace {
@@ -69,6 +70,8 @@ private slots:
     void onlyTheExactWordEnds();
     void endOfInputDeliversTheLastLineAndGoesOn();
     void launcherThatDiesDoesNotEndTheProgram();
+    void closedStreamIsTheNullDevice_data();
+    void closedStreamIsTheNullDevice();
     void withoutInstrumentTheWindowHoldsTheOverlayAlone();
     void withoutArgumentThereIsNoInstrument();
     void closingTheWindowEndsTheProgram();
@@ -287,6 +290,37 @@ void TestLauncherChannel::launcherThatDiesDoesNotEndTheProgram()
     QVERIFY(program.isRunning());
     const int polls = instrument.received().size();
     QTRY_VERIFY_WITH_TIMEOUT(instrument.received().size() > polls, 5000);
+}
+
+void TestLauncherChannel::closedStreamIsTheNullDevice_data()
+{
+    QTest::addColumn<int>("descriptor");
+    QTest::newRow("input") << 0;
+    QTest::newRow("output") << 1;
+    QTest::newRow("errors") << 2;
+}
+
+void TestLauncherChannel::closedStreamIsTheNullDevice()
+{
+    QFETCH(int, descriptor);
+    const SimulatedInstrument instrument(SimulatedInstrument::Transport::Tcp, kSmallest);
+    ProgramProcess program(m_display.name());
+    program.startWithout(descriptor, {instrument.resource()});
+    const QString process = QString::number(program.processId());
+    QString handle;
+    const QStringList search = {QStringLiteral("search"), QStringLiteral("--onlyvisible"),
+                                QStringLiteral("--pid"), process};
+    QTRY_VERIFY_WITH_TIMEOUT(!(handle = m_display.xdotool(search)).isEmpty(), kEndWaitMs);
+    QCOMPARE(
+        QFileInfo(QStringLiteral("/proc/%1/fd/%2").arg(process).arg(descriptor)).symLinkTarget(),
+        QStringLiteral("/dev/null"));
+    // The acquisition thread overwrites a stop in its first second.
+    QTRY_VERIFY_WITH_TIMEOUT(instrument.received().count(QStringLiteral("STAT:OPER:EVEN?")) > 2,
+                             kEndWaitMs);
+    // The window still listens to its display.
+    QVERIFY(m_display.closeWindow(handle.section(QLatin1Char('\n'), 0, 0).toULongLong()));
+    QVERIFY(program.waitForEnd(kEndWaitMs));
+    QVERIFY2(!program.crashed(), qPrintable(program.log()));
 }
 
 void TestLauncherChannel::withoutInstrumentTheWindowHoldsTheOverlayAlone()
