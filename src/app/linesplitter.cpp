@@ -1,8 +1,12 @@
 #include "app/linesplitter.h"
 
+#include <QDebug>
+
 #include <utility>
 
 namespace {
+
+constexpr int kLongestLine = 64 * 1024;
 
 QString lineText(QByteArray line)
 {
@@ -19,12 +23,27 @@ QStringList LineSplitter::feed(const QByteArray& bytes)
     QStringList lines;
     int start = 0;
     for (int end = bytes.indexOf('\n'); end >= 0; end = bytes.indexOf('\n', start)) {
-        m_pending.append(bytes.constData() + start, end - start);
-        lines.append(lineText(std::exchange(m_pending, QByteArray())));
+        gather(bytes.constData() + start, end - start);
+        if (!std::exchange(m_isTooLong, false))
+            lines.append(lineText(std::exchange(m_pending, QByteArray())));
         start = end + 1;
     }
-    m_pending.append(bytes.constData() + start, bytes.size() - start);
+    gather(bytes.constData() + start, bytes.size() - start);
     return lines;
+}
+
+/// Adds to the pending line, or drops it when it gets too long.
+void LineSplitter::gather(const char* bytes, int size)
+{
+    if (m_isTooLong)
+        return;
+    if (size <= kLongestLine - m_pending.size()) {
+        m_pending.append(bytes, size);
+        return;
+    }
+    qWarning() << "标准输入的一行超过 64 KiB，已丢弃";
+    m_pending = QByteArray();
+    m_isTooLong = true;
 }
 
 QStringList LineSplitter::finish()

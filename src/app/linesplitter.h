@@ -4,7 +4,8 @@
 #include <QStringList>
 
 /// Cuts a stream of bytes into lines. A line ends at a line feed or at carriage return and line
-/// feed; its text is in the locale's encoding. A line has no length limit.
+/// feed; its text is in the locale's encoding. A line of more than 64 KiB in front of its line feed is
+/// dropped with a warning, and never gathered.
 class LineSplitter
 {
 public:
@@ -15,5 +16,8 @@ public:
     QStringList finish();
 
 private:
+    void gather(const char* bytes, int size);
+
     QByteArray m_pending;
+    bool m_isTooLong = false; ///< The pending line is being dropped.
 };

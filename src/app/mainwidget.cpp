@@ -4,6 +4,7 @@
 #include "app/globals.h"
 #include "app/guigate.h"
 #include "app/inputreaderthread.h"
+#include "app/launcheroutput.h"
 #include "channels/commfunc.h"
 #include "common/threadassert.h"
 #include "export/csvexportfromdbthread.h"
@@ -27,13 +28,9 @@
 #include <QSignalBlocker>
 #include <QSpinBox>
 #include <QTabWidget>
-#include <QTextStream>
 #include <QTimer>
 #include <QTreeWidget>
 #include <QVBoxLayout>
-
-#include <cstdio>
-#include <iostream>
 
 namespace {
 
@@ -74,6 +71,7 @@ void endThread(Thread*& thread)
 MainWidget::MainWidget(QWidget* parent)
     : QWidget(parent)
     , m_gate(std::make_shared<GuiGate>())
+    , m_launcherOutput(std::make_unique<LauncherOutput>())
 {
     setObjectName(QStringLiteral("MainWidget"));
     m_commFunc = new CommFunc(this);
@@ -247,7 +245,7 @@ void MainWidget::showEvent(QShowEvent*)
     // Multi-argument form: neither text can be taken for a marker.
     const QString line =
         QStringLiteral("WID:%1;COLOR:%2").arg(QString::number(winId()), QColor(43, 43, 43).name());
-    std::cout << line.toUtf8().constData() << std::endl;
+    m_launcherOutput->tell(line.toUtf8());
 }
 
 void MainWidget::handleInput(const QString& line)
@@ -263,7 +261,5 @@ void MainWidget::handleInput(const QString& line)
 void MainWidget::replyToParent(const QString& line)
 {
     assertGuiThread();
-    QTextStream out(stdout, QIODevice::ReadWrite);
-    out << QStringLiteral("receive msg: ") << line << '\n';
-    out.flush();
+    m_launcherOutput->echo((QStringLiteral("receive msg: ") + line).toLocal8Bit());
 }

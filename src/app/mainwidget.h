@@ -22,6 +22,7 @@ class GraphicSettingWidget;
 class GuiGate;
 class ImageButton;
 class InputReaderThread;
+class LauncherOutput;
 class LoadingView;
 class QCheckBox;
 class QComboBox;
@@ -205,6 +206,7 @@ private:
     void showExportOutcome(ExportResult result, const QStringList& files);
 
     std::shared_ptr<GuiGate> m_gate;
+    std::unique_ptr<LauncherOutput> m_launcherOutput;
 
     CommFunc* m_commFunc = nullptr;
     CustomMessageDialog* m_messageDialog = nullptr;

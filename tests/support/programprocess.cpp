@@ -28,12 +28,15 @@ void ProgramProcess::start(const QStringList& arguments)
     m_process.waitForStarted();
 }
 
-void ProgramProcess::startForOneLine(const QStringList& arguments)
+void ProgramProcess::startForOneLine(const QStringList& arguments, Reader reader)
 {
-    // QProcess itself never closes its end of the pipe.
+    // QProcess itself never closes its end of the pipe, and never leaves it unread.
+    const QString behind = reader == Reader::Goes
+                               ? QString()
+                               : QStringLiteral("; exec sleep 60 >/dev/null 2>/dev/null");
     m_process.start(QStringLiteral("bash"),
                     QStringList{QStringLiteral("-c"),
-                                QStringLiteral("exec \"$0\" \"$@\" > >(exec head -n 1)"),
+                                QStringLiteral("exec \"$0\" \"$@\" > >(head -n 1%1)").arg(behind),
                                 m_directory.filePath(QStringLiteral("scn4070a"))} +
                         arguments);
     m_process.waitForStarted();

@@ -15,9 +15,11 @@ public:
 
     /// May be called again when it has ended: what it has printed until then is forgotten.
     void start(const QStringList& arguments);
-    /// The same, but nobody reads the program's standard output behind its first line: the other
-    /// end of that pipe is closed then.
-    void startForOneLine(const QStringList& arguments);
+    /// What becomes of the other end of the program's standard output behind the first line.
+    enum class Reader { Goes, StaysAndSleeps };
+
+    /// The same, but nobody reads the program's standard output behind its first line.
+    void startForOneLine(const QStringList& arguments, Reader reader = Reader::Goes);
     /// The same with one of the descriptors 0, 1 and 2 closed.
     void startWithout(int descriptor, const QStringList& arguments);
 

@@ -5,6 +5,7 @@
 
 #include <cstdio>
 #include <fcntl.h>
+#include <poll.h>
 #include <unistd.h>
 
 namespace {
@@ -80,4 +81,38 @@ void FedInput::close()
     if (m_writeEnd >= 0)
         ::close(m_writeEnd);
     m_writeEnd = -1;
+}
+
+PipedOutput::PipedOutput()
+    : m_before(duplicate(STDOUT_FILENO))
+{
+    std::fflush(stdout);
+    int ends[2];
+    if (::pipe(ends) != 0)
+        return;
+    m_readEnd = duplicate(ends[0]);
+    ::dup2(ends[1], STDOUT_FILENO);
+    ::close(ends[0]);
+    ::close(ends[1]);
+}
+
+PipedOutput::~PipedOutput()
+{
+    ::dup2(m_before, STDOUT_FILENO);
+    ::close(m_before);
+    ::close(m_readEnd);
+}
+
+QByteArray PipedOutput::read(int timeoutMs)
+{
+    QByteArray bytes;
+    pollfd entry{m_readEnd, POLLIN, 0};
+    while (::poll(&entry, 1, bytes.isEmpty() ? timeoutMs : 0) > 0) {
+        char buffer[4096];
+        const ssize_t count = ::read(m_readEnd, buffer, sizeof buffer);
+        if (count <= 0)
+            break;
+        bytes.append(buffer, static_cast<int>(count));
+    }
+    return bytes;
 }

@@ -38,3 +38,21 @@ private:
     int m_before;
     int m_writeEnd = -1;
 };
+
+/// Puts a pipe in the place of this process's standard output for as long as the object lives, as a
+/// launcher does. Nobody reads from it but read().
+class PipedOutput
+{
+public:
+    PipedOutput();
+    ~PipedOutput();
+    PipedOutput(const PipedOutput&) = delete;
+    PipedOutput& operator=(const PipedOutput&) = delete;
+
+    /// What is in the pipe, waiting up to `timeoutMs` for the first byte.
+    QByteArray read(int timeoutMs);
+
+private:
+    int m_before;
+    int m_readEnd = -1;
+};

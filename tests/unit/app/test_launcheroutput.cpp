@@ -5,8 +5,12 @@
 #include "support/standardstreams_posix.h"
 
 #include <QApplication>
+#include <QElapsedTimer>
 #include <QTest>
+#include <QThread>
 #include <QTimer>
+
+#include <thread>
 
 namespace {
 
@@ -14,6 +18,30 @@ QByteArray shownLine(const MainWidget& window)
 {
     return "WID:" + QByteArray::number(static_cast<qulonglong>(window.winId())) +
            ";COLOR:#2b2b2b\n";
+}
+
+/// Waits, without the event loop, until that has been written; what was written where it has not.
+QByteArray written(CapturedOutput& output, const QByteArray& wanted)
+{
+    QElapsedTimer clock;
+    clock.start();
+    while (output.flushed().size() < wanted.size() && clock.elapsed() < 5000)
+        QThread::msleep(1);
+    return output.flushed();
+}
+
+QByteArray echoOf(int number)
+{
+    return "receive msg: " + QByteArray::number(number).rightJustified(500, '.') + '\n';
+}
+
+/// Has the window take lines that are echoed as echoOf() gives them.
+void giveLines(MainWidget& window, int first, int count)
+{
+    for (int number = first; number < first + count; ++number) {
+        const QString line = QString::number(number).rightJustified(500, QLatin1Char('.'));
+        QMetaObject::invokeMethod(&window, "handleInput", Q_ARG(QString, line));
+    }
 }
 
 /// Ends the event loop, and says so, when a test would wait for ever.
@@ -37,6 +65,9 @@ private slots:
     void linesAreEchoed();
     void exitIsEchoedAndQuits();
     void inputOfTheProcessReachesTheWindow();
+    void launcherThatDoesNotReadHoldsNothingUp();
+    void launcherThatReadsLateGetsAllThatIsKept();
+    void lastLinesAreGivenTheirTime();
 
 private:
     FakeVisa m_visa;
@@ -55,13 +86,14 @@ void TestLauncherOutput::eachShowWritesItsLineOnce()
     MainWidget window(nullptr);
     CapturedOutput output;
     window.show();
-    QCOMPARE(output.flushed(), shownLine(window));
+    QCOMPARE(written(output, shownLine(window)), shownLine(window));
     window.show();
-    QCOMPARE(output.flushed(), shownLine(window));
+    QCOMPARE(written(output, shownLine(window)), shownLine(window));
     window.hide();
-    QCOMPARE(output.flushed(), shownLine(window));
+    QCOMPARE(written(output, shownLine(window)), shownLine(window));
     window.show();
-    QCOMPARE(output.flushed(), shownLine(window) + shownLine(window));
+    QCOMPARE(written(output, shownLine(window) + shownLine(window)),
+             shownLine(window) + shownLine(window));
 }
 
 void TestLauncherOutput::withoutInstrumentTheLineComesWithTheEventLoop()
@@ -79,10 +111,10 @@ void TestLauncherOutput::withAnInstrumentTheLineComesBeforeTheEventLoop()
     g_instrumentConnected = true;
     CapturedOutput output;
     Startup::presentWindow(window);
-    QCOMPARE(output.flushed(), shownLine(window));
+    QCOMPARE(written(output, shownLine(window)), shownLine(window));
     // The queued show finds the window shown.
     QTest::qWait(50);
-    QCOMPARE(output.flushed(), shownLine(window));
+    QCOMPARE(written(output, shownLine(window)), shownLine(window));
 }
 
 void TestLauncherOutput::linesAreEchoed_data()
@@ -109,7 +141,8 @@ void TestLauncherOutput::linesAreEchoed()
     });
     // A quit would end the loop first.
     QCOMPARE(QApplication::exec(), kImpatience);
-    QCOMPARE(output.flushed(), QByteArray("receive msg: ") + line.toUtf8() + '\n');
+    const QByteArray echo = "receive msg: " + line.toUtf8() + '\n';
+    QCOMPARE(written(output, echo), echo);
 }
 
 void TestLauncherOutput::exitIsEchoedAndQuits()
@@ -122,7 +155,8 @@ void TestLauncherOutput::exitIsEchoedAndQuits()
         QTimer::singleShot(0, &window, [] { QCoreApplication::exit(kImpatience); });
     });
     QCOMPARE(QApplication::exec(), 0);
-    QCOMPARE(output.flushed(), QByteArray("receive msg: exit\n"));
+    const QByteArray echo = "receive msg: exit\n";
+    QCOMPARE(written(output, echo), echo);
 }
 
 void TestLauncherOutput::inputOfTheProcessReachesTheWindow()
@@ -142,6 +176,70 @@ void TestLauncherOutput::inputOfTheProcessReachesTheWindow()
         QCOMPARE(QApplication::exec(), 0);
     }
     QCOMPARE(output.flushed(), QByteArray("receive msg: hello\nreceive msg: exit\n"));
+}
+
+void TestLauncherOutput::launcherThatDoesNotReadHoldsNothingUp()
+{
+    PipedOutput output;
+    {
+        MainWidget window(nullptr);
+        giveLines(window, 0, 1000);
+        window.show();
+    }
+    // The pipe holds 64 KiB; the window has come here all the same, and gone.
+    const QByteArray bytes = output.read(0);
+    QVERIFY(bytes.startsWith(echoOf(0) + echoOf(1)));
+}
+
+void TestLauncherOutput::launcherThatReadsLateGetsAllThatIsKept()
+{
+    constexpr int kLines = 6000;
+    PipedOutput output;
+    QTest::ignoreMessage(QtWarningMsg, "启动器未读取标准输出，最早的回复被丢弃");
+    MainWidget window(nullptr);
+    giveLines(window, 0, 1000);
+    window.show();
+    giveLines(window, 1000, kLines - 1000);
+
+    QByteArray bytes;
+    while (!bytes.endsWith(echoOf(kLines - 1))) {
+        const QByteArray more = output.read(5000);
+        QVERIFY(!more.isEmpty());
+        bytes += more;
+    }
+    // In order: what the pipe took at once, the line that is never dropped, the newest echoes.
+    const int shown = bytes.indexOf(shownLine(window));
+    QVERIFY(shown > 0);
+    QVERIFY(bytes.startsWith(echoOf(0)));
+    const QByteArray behind = bytes.mid(shown + shownLine(window).size());
+    const int kept = behind.size() / echoOf(0).size();
+    QVERIFY2(kept > 2000 && kept < 2200, qPrintable(QString::number(kept)));
+    QByteArray newest;
+    for (int number = kLines - kept; number < kLines; ++number)
+        newest += echoOf(number);
+    QCOMPARE(behind, newest);
+}
+
+void TestLauncherOutput::lastLinesAreGivenTheirTime()
+{
+    constexpr int kLines = 400;
+    PipedOutput output;
+    QByteArray bytes;
+    std::thread launcher;
+    {
+        MainWidget window(nullptr);
+        giveLines(window, 0, kLines);
+        launcher = std::thread([&output, &bytes] {
+            QThread::msleep(100);
+            for (QByteArray more; !(more = output.read(1000)).isEmpty();)
+                bytes += more;
+        });
+    }
+    launcher.join();
+    QByteArray all;
+    for (int number = 0; number < kLines; ++number)
+        all += echoOf(number);
+    QCOMPARE(bytes, all);
 }
 
 QTEST_MAIN(TestLauncherOutput)

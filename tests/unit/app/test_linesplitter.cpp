@@ -3,6 +3,12 @@
 #include <QTest>
 #include <QTextCodec>
 
+namespace {
+
+const char* const kTooLong = "标准输入的一行超过 64 KiB，已丢弃";
+
+} // namespace
+
 class TestLineSplitter : public QObject
 {
     Q_OBJECT
@@ -13,6 +19,8 @@ private slots:
     void piecesJoinToTheSameLines();
     void unfinishedLineComesOnceAtTheEnd();
     void textIsInTheLocalesEncoding();
+    void lineAboveTheLimitIsDropped();
+    void lineWithoutAnEndIsNotGathered();
 };
 
 void TestLineSplitter::cutsLines_data()
@@ -74,6 +82,33 @@ void TestLineSplitter::textIsInTheLocalesEncoding()
     const QStringList lines = splitter.feed("\xE9\n");
     QTextCodec::setCodecForLocale(before);
     QCOMPARE(lines, QStringList{QStringLiteral("é")});
+}
+
+void TestLineSplitter::lineAboveTheLimitIsDropped()
+{
+    LineSplitter splitter;
+    const QByteArray longest(64 * 1024, 'x');
+    QCOMPARE(splitter.feed(longest + "\nexit\n"),
+             (QStringList{QString::fromLatin1(longest), QStringLiteral("exit")}));
+    QTest::ignoreMessage(QtWarningMsg, kTooLong);
+    QCOMPARE(splitter.feed(longest + "y\nexit\n"), QStringList{QStringLiteral("exit")});
+    // In pieces: with the first byte too many all of the line goes.
+    QCOMPARE(splitter.feed(longest), QStringList());
+    QTest::ignoreMessage(QtWarningMsg, kTooLong);
+    QCOMPARE(splitter.feed("y"), QStringList());
+    QCOMPARE(splitter.feed(longest + longest), QStringList());
+    QCOMPARE(splitter.feed("exit\nnext\n"), QStringList{QStringLiteral("next")});
+}
+
+void TestLineSplitter::lineWithoutAnEndIsNotGathered()
+{
+    LineSplitter splitter;
+    const QByteArray piece(1 << 20, 'x');
+    QTest::ignoreMessage(QtWarningMsg, kTooLong);
+    // More than a line of text can hold, were it gathered.
+    for (int mebibytes = 0; mebibytes < 4096; ++mebibytes)
+        QCOMPARE(splitter.feed(piece), QStringList());
+    QCOMPARE(splitter.finish(), QStringList());
 }
 
 QTEST_GUILESS_MAIN(TestLineSplitter)

@@ -1,0 +1,31 @@
+#include "app/standardoutput.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <climits>
+#include <poll.h>
+#include <unistd.h>
+
+StandardOutput::Status StandardOutput::write(const char* bytes, int size, int timeoutMs,
+                                             int& written)
+{
+    written = 0;
+    pollfd descriptor{STDOUT_FILENO, POLLOUT, 0};
+    const int ready = ::poll(&descriptor, 1, timeoutMs);
+    if (ready == 0 || (ready < 0 && errno == EINTR))
+        return Status::Busy;
+    if (ready < 0)
+        return Status::Gone;
+
+    // A pipe that is ready takes so much without blocking. The stream cannot be made non-blocking:
+    // the launcher may share it.
+    const auto piece = static_cast<std::size_t>(std::min(size, PIPE_BUF));
+    const ssize_t count = ::write(STDOUT_FILENO, bytes, piece);
+    if (count > 0) {
+        written = static_cast<int>(count);
+        return Status::Moved;
+    }
+    if (count < 0 && (errno == EINTR || errno == EAGAIN))
+        return Status::Busy;
+    return Status::Gone;
+}
