@@ -173,11 +173,11 @@ bool ReadData::instrumentLost()
 /// One exchange. The thread may be terminated in it, as in its sleeps.
 QString ReadData::ask(const QString& query)
 {
-    bool overflowed = false;
+    ExchangeResult result{};
     setTerminationEnabled(true);
-    const QString reply = g_visa->sendCommand(query, kExchangeTimeoutMs, &overflowed);
+    const QString reply = g_visa->sendCommand(query, kExchangeTimeoutMs, result);
     setTerminationEnabled(false);
-    if (overflowed) {
+    if (result == ExchangeResult::Overflowed) {
         qWarning().noquote() << "响应超出接收缓冲区，已丢弃:" << query;
     }
     return reply;

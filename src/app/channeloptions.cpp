@@ -1,10 +1,8 @@
 #include "app/channeloptions.h"
 
-#include "app/globals.h"
-#include "app/guigate.h"
+#include "app/linkwatch.h"
 #include "channels/advancedsetting.h"
 #include "channels/commfunc.h"
-#include "instrument/cdevicevisa.h"
 #include "widgets/customcombobox.h"
 #include "widgets/customlineedit.h"
 
@@ -17,8 +15,6 @@
 #include <iterator>
 
 namespace {
-
-constexpr int kExchangeTimeoutMs = 5000;
 
 /// Shows one reply in a row; null where the reply is not used.
 using Show = void (*)(const ChannelRow& row, const QString& reply);
@@ -214,9 +210,9 @@ constexpr Question kScalingQuestions[] = {
 class OptionsReadBack
 {
 public:
-    OptionsReadBack(GuiGate& gate, const std::function<ChannelRow(int)>& rowOf, int function,
+    OptionsReadBack(LinkWatch& link, const std::function<ChannelRow(int)>& rowOf, int function,
                     int channel)
-        : m_gate(gate)
+        : m_link(link)
         , m_rowOf(rowOf)
         , m_function(function)
         , m_channel(channel)
@@ -247,12 +243,12 @@ private:
         text.replace(QLatin1String("{H0}"), m_header.section(QLatin1Char(':'), 0, 0));
         text.replace(QLatin1String("{H1}"), m_header.section(QLatin1Char(':'), 1));
         text.replace(QLatin1String("{ch}"), QString::number(m_channel));
-        return m_gate.isOpen() ? g_visa->sendCommand(text, kExchangeTimeoutMs) : QString();
+        return m_link.ask(text);
     }
 
     void show(const std::function<void(const ChannelRow&)>& step) const
     {
-        m_gate.run([this, &step] {
+        m_link.show([this, &step] {
             const ChannelRow row = m_rowOf(m_channel);
             if (row.exists())
                 step(row);
@@ -309,7 +305,7 @@ private:
         }
     }
 
-    GuiGate& m_gate;
+    LinkWatch& m_link;
     const std::function<ChannelRow(int)>& m_rowOf;
     const CommFunc m_catalogue;
     int m_function;
@@ -332,8 +328,8 @@ void enableScaleControls(const ChannelRow& row)
     row.scaleMore->setEnabled(!isLinear);
 }
 
-void readBackChannelOptions(GuiGate& gate, const std::function<ChannelRow(int channel)>& rowOf,
+void readBackChannelOptions(LinkWatch& link, const std::function<ChannelRow(int channel)>& rowOf,
                             int function, int channel)
 {
-    OptionsReadBack(gate, rowOf, function, channel).run();
+    OptionsReadBack(link, rowOf, function, channel).run();
 }

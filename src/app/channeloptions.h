@@ -4,7 +4,7 @@
 
 #include <functional>
 
-class GuiGate;
+class LinkWatch;
 
 /// Enables what the scale function in a row has: gain and offset, or else the button of its references.
 /// A row that is out of use stays so. GUI thread.
@@ -14,7 +14,7 @@ void enableScaleControls(const ChannelRow& row);
 /// row and its two panels. No control sends a command while it is set.
 ///
 /// Runs on any thread: the questions are asked here, in the order of the read-back, and what they
-/// give is shown through `gate`. `rowOf` is called on the GUI thread only. `function` is the function
+/// give is shown through `link`. `rowOf` is called on the GUI thread only. `function` is the function
 /// index whose header and options apply. An unanswered question reads as 0 or as no match.
-void readBackChannelOptions(GuiGate& gate, const std::function<ChannelRow(int channel)>& rowOf,
+void readBackChannelOptions(LinkWatch& link, const std::function<ChannelRow(int channel)>& rowOf,
                             int function, int channel);

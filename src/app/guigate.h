@@ -22,7 +22,11 @@ public:
     /// Lets nothing through from now on and wakes the helpers that wait. GUI thread.
     void close();
 
-    /// True until close(). Any thread.
+    /// The window is about to go: work that asks isOpen() ends itself, what is queued still runs.
+    /// Any thread.
+    void announceEnd() { m_open.store(false, std::memory_order_relaxed); }
+
+    /// True until announceEnd() or close(). Any thread.
     bool isOpen() const { return m_open.load(std::memory_order_relaxed); }
 
     /// Runs `work` on the GUI thread and returns when it has run: at once when already there, else

@@ -40,6 +40,7 @@ constexpr unsigned long kThreadWaitMs = 5000;
 constexpr unsigned long kTerminationWaitMs = 1000;
 /// When the busy overlay of the start-up goes, counted from the end of the read-back.
 constexpr int kStartupViewMs = 2000;
+const QLatin1String kExitCommand("exit");
 constexpr int kSettingsTabsWidth = 320;
 constexpr int kButtonBarHeight = 40;
 
@@ -79,9 +80,8 @@ MainWidget::MainWidget(QWidget* parent)
     m_readData = ReadData::instance();
     discoverInstrument();
     setStyleSheet(QStringLiteral("font-family:'Microsoft YaHei',Arial;"));
-    if (!g_instrumentConnected)
-        return;
-    bringUp();
+    if (g_instrumentConnected && m_gate->isOpen())
+        bringUp();
 }
 
 MainWidget::~MainWidget()
@@ -144,11 +144,27 @@ void MainWidget::bringUp()
     setWindowFlags(Qt::Window | Qt::FramelessWindowHint);
     resize(600, 400);
     setVisible(false);
+    // A link that the read-back has found dead is for the recovery, which starts the acquisition.
+    if (g_instrumentConnected)
+        m_readData->start();
+}
 
+/// Starts the reader of the launcher's lines. The GUI thread may be held up by the instrument for
+/// long: then the reader alone sees that the end is wanted, and what is still to be asked is left.
+void MainWidget::listenToLauncher()
+{
+    if (m_inputReader)
+        return;
     m_inputReader = new InputReaderThread(this);
     connect(m_inputReader, &InputReaderThread::newInputReceived, this, &MainWidget::handleInput);
+    connect(
+        m_inputReader, &InputReaderThread::newInputReceived, m_inputReader,
+        [gate = m_gate](const QString& line) {
+            if (line == kExitCommand)
+                gate->announceEnd();
+        },
+        Qt::DirectConnection);
     m_inputReader->start();
-    m_readData->start();
 }
 
 void MainWidget::buildInterface()
@@ -252,7 +268,7 @@ void MainWidget::handleInput(const QString& line)
 {
     assertGuiThread();
     replyToParent(line);
-    if (line == QLatin1String("exit")) {
+    if (line == kExitCommand) {
         qDebug() << "child app received exit cmd!";
         QCoreApplication::quit();
     }

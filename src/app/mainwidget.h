@@ -8,6 +8,7 @@
 #include <QStringList>
 #include <QWidget>
 
+#include <functional>
 #include <memory>
 
 class AdvancedSetting;
@@ -23,6 +24,7 @@ class GuiGate;
 class ImageButton;
 class InputReaderThread;
 class LauncherOutput;
+class LinkWatch;
 class LoadingView;
 class QCheckBox;
 class QComboBox;
@@ -128,22 +130,24 @@ private:
     void buildButtonBar();
     void makeConnections();
     void silenceControls();
+    void listenToLauncher();
 
-    // Discovery and read-back. The static operations ask on any thread and show through the gate,
+    // Discovery and read-back. The static operations ask on any thread and show through the link's gate,
     // so they never touch the window themselves.
     void discoverInstrument();
-    static bool discover(const std::shared_ptr<GuiGate>& gate);
+    static bool discover(LinkWatch& link, MainWidget* window);
     void readBackInstrument();
-    static void readBack(const std::shared_ptr<GuiGate>& gate, MainWidget* window);
-    static void readBackScanList(const std::shared_ptr<GuiGate>& gate, MainWidget* window);
-    static void readBackChannel(const std::shared_ptr<GuiGate>& gate, MainWidget* window,
-                                int channel);
-    static void readBackOptions(const std::shared_ptr<GuiGate>& gate, MainWidget* window,
-                                int function, int channel);
-    static void syncTriggerSettings(const std::shared_ptr<GuiGate>& gate, MainWidget* window);
-    static void syncIntervalPicker(const std::shared_ptr<GuiGate>& gate, MainWidget* window);
-    static void syncClock(const GuiGate& gate);
-    static void queryStoredStates(const GuiGate& gate);
+    void readBackHere(const std::function<void(LinkWatch&)>& questions);
+    void readBackChannel(int channel);
+    void readBackOptions(int function, int channel);
+    static void readBack(LinkWatch& link, MainWidget* window);
+    static void readBackScanList(LinkWatch& link, MainWidget* window);
+    static void readBackChannel(LinkWatch& link, MainWidget* window, int channel);
+    static void readBackOptions(LinkWatch& link, MainWidget* window, int function, int channel);
+    static void syncTriggerSettings(LinkWatch& link, MainWidget* window);
+    static void syncIntervalPicker(LinkWatch& link, MainWidget* window);
+    static void syncClock(LinkWatch& link);
+    static void queryStoredStates(LinkWatch& link);
     void showScanList(const QList<int>& channels);
     bool showChannelFunction(int channel, const QString& displayName);
     void showTriggerSource(const QString& reply);
@@ -197,6 +201,7 @@ private:
     void stopElapsedTimer();
     void startElapsedTimer();
     void dropUnnamedScanChannels();
+    void loseInstrument();
     void showReconnectView();
     static void reconnect(const std::shared_ptr<GuiGate>& gate, MainWidget* window);
 

@@ -87,7 +87,7 @@ void MainWidget::sendAndReadBack(const QString& command, int channel)
 {
     send(command);
     send(QStringLiteral("SYST:ERR?"));
-    readBackChannel(m_gate, this, channel);
+    readBackChannel(channel);
 }
 
 void MainWidget::onTitleEdited(const QString& text)
@@ -190,7 +190,7 @@ void MainWidget::applyFunction(int function, int channel)
             send(QStringLiteral("SYST:ERR?"));
         }
     }
-    readBackOptions(m_gate, this, function, channel);
+    readBackOptions(function, channel);
 }
 
 void MainWidget::onRangeTypeChanged(int index)
@@ -381,5 +381,5 @@ void MainWidget::openPanel(AdvancedSetting* panel, const QPushButton* button)
 void MainWidget::recvAdvancedSettingChanged(int channelNum)
 {
     assertGuiThread();
-    readBackChannel(m_gate, this, channelNum);
+    readBackChannel(channelNum);
 }

@@ -2,7 +2,7 @@
 
 #include "app/channeloptions.h"
 #include "app/globals.h"
-#include "app/guigate.h"
+#include "app/linkwatch.h"
 #include "channels/commfunc.h"
 #include "channels/functionnames.h"
 #include "channels/scanlist.h"
@@ -24,17 +24,9 @@
 
 namespace {
 
-constexpr int kExchangeTimeoutMs = 5000;
 /// How the instrument reports "no end" for a count: SCPI's infinity.
 constexpr double kScpiInfinity = 9.9e37;
 constexpr int kStoredStates = 5;
-
-/// One exchange. Once the window has gone there is none, and the reply is empty: what a helper has
-/// not yet sent by then must not reach a scan that goes on in the instrument.
-QString ask(const GuiGate& gate, const QString& command)
-{
-    return gate.isOpen() ? g_visa->sendCommand(command, kExchangeTimeoutMs) : QString();
-}
 
 /// A number from the instrument cut to an integer, the nearest one where it lies beyond them all.
 int cutToInt(const QString& reply)
@@ -55,11 +47,11 @@ struct ModuleAnswer
 };
 
 /// Asks for the module of one slot; false for an empty slot.
-bool askModule(const GuiGate& gate, int slot, ModuleAnswer& answer)
+bool askModule(LinkWatch& link, int slot, ModuleAnswer& answer)
 {
     const CommFunc catalogue;
     const QString model =
-        ask(gate, QStringLiteral("SYST:CTYP? %1").arg(slot)).section(QLatin1Char(','), 1, 1);
+        link.ask(QStringLiteral("SYST:CTYP? %1").arg(slot)).section(QLatin1Char(','), 1, 1);
     if (model.size() <= 1)
         return false;
     answer.slot = slot;
@@ -69,12 +61,12 @@ bool askModule(const GuiGate& gate, int slot, ModuleAnswer& answer)
 }
 
 /// Wakes every channel of a module up; the answers are not used.
-void askModuleFunctions(const ModuleAnswer& module)
+void askModuleFunctions(LinkWatch& link, const ModuleAnswer& module)
 {
     QStringList queries;
     for (int position = 1; position <= module.lastChannel + 1; ++position)
         queries.append(QStringLiteral("FUNC? (@%1)").arg(module.slot * 100 + position));
-    g_visa->sendCommands(queries, kExchangeTimeoutMs);
+    link.askAll(queries);
 }
 
 void setCheckedQuietly(QRadioButton* radio)
@@ -89,61 +81,88 @@ void setCheckedQuietly(QRadioButton* radio)
 void MainWidget::discoverInstrument()
 {
     assertGuiThread();
-    if (!discover(m_gate))
+    LinkWatch link(m_gate);
+    if (!discover(link, this))
         showReconnectView();
 }
 
-/// True when the instrument has answered.
-bool MainWidget::discover(const std::shared_ptr<GuiGate>& gate)
+/// True when the instrument has answered, to the last question.
+bool MainWidget::discover(LinkWatch& link, MainWidget* window)
 {
     if (!g_visa->connectDevice(g_resourceName))
         return false;
-    ask(*gate, QStringLiteral("*CLS"));
-    QString identity = ask(*gate, QStringLiteral("*IDN?"));
+    link.ask(QStringLiteral("*CLS"));
+    QString identity = link.ask(QStringLiteral("*IDN?"));
     identity.replace(QLatin1Char(','), QLatin1Char(' '));
-    gate->run([identity] { g_instrumentId = identity; });
+    link.show([identity] { g_instrumentId = identity; });
     if (identity.isEmpty())
         return false;
     g_instrumentConnected = true;
+    // From here on the launcher is listened to: the search and the read-back may take long.
+    link.show([window] { window->listenToLauncher(); });
 
-    for (int slot = 1; slot <= kSlotCount && gate->isOpen(); ++slot) {
+    for (int slot = 1; slot <= kSlotCount && link.goesOn(); ++slot) {
         ModuleAnswer module{};
-        if (!askModule(*gate, slot, module))
+        if (!askModule(link, slot, module))
             continue;
-        gate->run([module] {
+        link.show([module] {
             slotPresent[module.slot] = true;
             slotModuleType[module.slot] = module.type;
             slotLastChannel[module.slot] = module.lastChannel;
         });
-        askModuleFunctions(module);
+        askModuleFunctions(link, module);
     }
-    return true;
+    if (link.isLost())
+        g_instrumentConnected = false;
+    return !link.isLost();
 }
 
 /// Reads the instrument's whole state into the window, blocking the caller.
 void MainWidget::readBackInstrument()
 {
     assertGuiThread();
-    readBack(m_gate, this);
+    readBackHere([this](LinkWatch& link) { readBack(link, this); });
 }
 
-void MainWidget::readBack(const std::shared_ptr<GuiGate>& gate, MainWidget* window)
+/// A read-back on the GUI thread. One that finds the link dead leads to the recovery.
+void MainWidget::readBackHere(const std::function<void(LinkWatch&)>& questions)
 {
-    readBackScanList(gate, window);
-    syncTriggerSettings(gate, window);
-    syncClock(*gate);
-    queryStoredStates(*gate);
-    gate->run([window] { window->rebuildScanChannels(); });
+    assertGuiThread();
+    LinkWatch link(m_gate);
+    questions(link);
+    if (link.isLost())
+        loseInstrument();
 }
 
-void MainWidget::readBackScanList(const std::shared_ptr<GuiGate>& gate, MainWidget* window)
+void MainWidget::readBackChannel(int channel)
+{
+    readBackHere([this, channel](LinkWatch& link) { readBackChannel(link, this, channel); });
+}
+
+void MainWidget::readBackOptions(int function, int channel)
+{
+    readBackHere([this, function, channel](LinkWatch& link) {
+        readBackOptions(link, this, function, channel);
+    });
+}
+
+void MainWidget::readBack(LinkWatch& link, MainWidget* window)
+{
+    readBackScanList(link, window);
+    syncTriggerSettings(link, window);
+    syncClock(link);
+    queryStoredStates(link);
+    link.show([window] { window->rebuildScanChannels(); });
+}
+
+void MainWidget::readBackScanList(LinkWatch& link, MainWidget* window)
 {
     if (!g_instrumentConnected)
         return;
-    ask(*gate, QStringLiteral("STAT:OPER:EVEN?"));
-    const ScanListReply reply = decodeScanListReply(ask(*gate, QStringLiteral("ROUT:SCAN?")));
+    link.ask(QStringLiteral("STAT:OPER:EVEN?"));
+    const ScanListReply reply = decodeScanListReply(link.ask(QStringLiteral("ROUT:SCAN?")));
     QList<int> channels;
-    gate->run([&reply, &channels, window] {
+    link.show([&reply, &channels, window] {
         if (!reply.isEmptyList)
             window->showScanList(reply.channels);
         for (int slot = 1; slot <= kSlotCount; ++slot) {
@@ -152,66 +171,64 @@ void MainWidget::readBackScanList(const std::shared_ptr<GuiGate>& gate, MainWidg
         }
     });
     for (const int channel : qAsConst(channels)) {
-        if (!gate->isOpen())
+        if (!link.goesOn())
             return;
-        readBackChannel(gate, window, channel);
+        readBackChannel(link, window, channel);
     }
 }
 
-void MainWidget::readBackChannel(const std::shared_ptr<GuiGate>& gate, MainWidget* window,
-                                 int channel)
+void MainWidget::readBackChannel(LinkWatch& link, MainWidget* window, int channel)
 {
-    ask(*gate, QStringLiteral("ROUT:CHAN:LAB? (@%1)").arg(channel));
-    QString reply = ask(*gate, QStringLiteral("FUNC? (@%1)").arg(channel));
+    link.ask(QStringLiteral("ROUT:CHAN:LAB? (@%1)").arg(channel));
+    QString reply = link.ask(QStringLiteral("FUNC? (@%1)").arg(channel));
     reply.remove(QLatin1Char('"'));
     const QString displayName = displayNameOfFunction(
-        reply, channel, [&gate](const QString& query) { return ask(*gate, query); });
+        reply, channel, [&link](const QString& query) { return link.ask(query); });
     int function = -1;
-    gate->run([window, channel, &reply, &displayName, &function] {
+    link.show([window, channel, &reply, &displayName, &function] {
         // The name of a family, not the one on the screen: it stands for one member of it.
         if (window->showChannelFunction(channel, displayName))
             function = window->m_commFunc->functionIndex(reply);
     });
     if (function >= 0)
-        readBackOptions(gate, window, function, channel);
+        readBackOptions(link, window, function, channel);
 }
 
-void MainWidget::readBackOptions(const std::shared_ptr<GuiGate>& gate, MainWidget* window,
-                                 int function, int channel)
+void MainWidget::readBackOptions(LinkWatch& link, MainWidget* window, int function, int channel)
 {
     readBackChannelOptions(
-        *gate, [window](int wanted) { return window->channelRow(wanted); }, function, channel);
+        link, [window](int wanted) { return window->channelRow(wanted); }, function, channel);
 }
 
-void MainWidget::syncTriggerSettings(const std::shared_ptr<GuiGate>& gate, MainWidget* window)
+void MainWidget::syncTriggerSettings(LinkWatch& link, MainWidget* window)
 {
     if (!g_instrumentConnected)
         return;
-    const QString source = ask(*gate, QStringLiteral("TRIG:SOUR?"));
-    gate->run([window, source] { window->showTriggerSource(source); });
+    const QString source = link.ask(QStringLiteral("TRIG:SOUR?"));
+    link.show([window, source] { window->showTriggerSource(source); });
     if (source == QLatin1String("TIM"))
-        syncIntervalPicker(gate, window);
+        syncIntervalPicker(link, window);
 
-    const QString count = ask(*gate, QStringLiteral("TRIG:COUN?"));
-    gate->run([window, count] { window->showTriggerCount(count); });
+    const QString count = link.ask(QStringLiteral("TRIG:COUN?"));
+    link.show([window, count] { window->showTriggerCount(count); });
 
-    const bool logsToUsb = ask(*gate, QStringLiteral("MMEM:LOG:ENAB?")).toInt() != 0;
-    gate->run([window, logsToUsb] { window->m_usbLogCheck->setChecked(logsToUsb); });
-    const bool limitsRows = ask(*gate, QStringLiteral("MMEM:FORM:READ:RLIM?")).toInt() != 0;
-    gate->run([window, limitsRows] { window->m_rowLimitCheck->setChecked(limitsRows); });
-    const int rowLimit = cutToInt(ask(*gate, QStringLiteral("MMEM:FORM:READ:RLIM:COUN?")));
-    gate->run([window, rowLimit] { window->m_rowLimitSpin->setValue(rowLimit); });
+    const bool logsToUsb = link.ask(QStringLiteral("MMEM:LOG:ENAB?")).toInt() != 0;
+    link.show([window, logsToUsb] { window->m_usbLogCheck->setChecked(logsToUsb); });
+    const bool limitsRows = link.ask(QStringLiteral("MMEM:FORM:READ:RLIM?")).toInt() != 0;
+    link.show([window, limitsRows] { window->m_rowLimitCheck->setChecked(limitsRows); });
+    const int rowLimit = cutToInt(link.ask(QStringLiteral("MMEM:FORM:READ:RLIM:COUN?")));
+    link.show([window, rowLimit] { window->m_rowLimitSpin->setValue(rowLimit); });
 
-    ask(*gate, QStringLiteral("ROUT:MON:STAT?"));
+    link.ask(QStringLiteral("ROUT:MON:STAT?"));
     // An instrument found running is stopped, never adopted.
-    if (ask(*gate, QStringLiteral("STAT:OPER:COND?")) != QLatin1String("+256"))
-        ask(*gate, QStringLiteral("ABOR"));
+    if (link.ask(QStringLiteral("STAT:OPER:COND?")) != QLatin1String("+256"))
+        link.ask(QStringLiteral("ABOR"));
 }
 
-void MainWidget::syncIntervalPicker(const std::shared_ptr<GuiGate>& gate, MainWidget* window)
+void MainWidget::syncIntervalPicker(LinkWatch& link, MainWidget* window)
 {
-    const int seconds = cutToInt(ask(*gate, QStringLiteral("TRIG:TIM?")));
-    gate->run([window, seconds] {
+    const int seconds = cutToInt(link.ask(QStringLiteral("TRIG:TIM?")));
+    link.show([window, seconds] {
         TimePicker* const picker = window->m_intervalPicker;
         const QSignalBlocker blocker(picker);
         picker->setEnabled(true);
@@ -221,23 +238,23 @@ void MainWidget::syncIntervalPicker(const std::shared_ptr<GuiGate>& gate, MainWi
 }
 
 /// Sets the instrument's clock to the computer's.
-void MainWidget::syncClock(const GuiGate& gate)
+void MainWidget::syncClock(LinkWatch& link)
 {
     if (!g_instrumentConnected)
         return;
     const QDateTime now = QDateTime::currentDateTime();
-    ask(gate, QStringLiteral("SYST:DATE %1").arg(now.toString(QStringLiteral("yyyy,MM,dd"))));
-    ask(gate, QStringLiteral("SYST:TIME %1").arg(now.toString(QStringLiteral("hh,mm,ss.zzz"))));
+    link.ask(QStringLiteral("SYST:DATE %1").arg(now.toString(QStringLiteral("yyyy,MM,dd"))));
+    link.ask(QStringLiteral("SYST:TIME %1").arg(now.toString(QStringLiteral("hh,mm,ss.zzz"))));
 }
 
 /// Asks for the stored states; the answers are not used.
-void MainWidget::queryStoredStates(const GuiGate& gate)
+void MainWidget::queryStoredStates(LinkWatch& link)
 {
-    ask(gate, QStringLiteral("SYST:PERS:MOD:DEF?"));
-    ask(gate, QStringLiteral("SYST:PERS:MOD?"));
+    link.ask(QStringLiteral("SYST:PERS:MOD:DEF?"));
+    link.ask(QStringLiteral("SYST:PERS:MOD?"));
     for (int state = 1; state <= kStoredStates; ++state) {
-        ask(gate, QStringLiteral("MEM:STAT:NAME? %1").arg(state));
-        ask(gate, QStringLiteral("MEM:STAT:VAL? %1").arg(state));
+        link.ask(QStringLiteral("MEM:STAT:NAME? %1").arg(state));
+        link.ask(QStringLiteral("MEM:STAT:VAL? %1").arg(state));
     }
 }
 

@@ -4,6 +4,7 @@
 #include "app/globals.h"
 #include "app/guigate.h"
 #include "app/helperthreads.h"
+#include "app/linkwatch.h"
 #include "common/threadassert.h"
 #include "instrument/cdevicevisa.h"
 #include "overlay/loadingview.h"
@@ -118,7 +119,7 @@ void MainWidget::scanFunc()
         m_starting = false;
         m_messageDialog->showMessage(tr("机器已断开"), kErrorMessage, kMessageMs);
         // The acquisition thread need not miss that one reply, so nobody else reports the loss.
-        recvUseInstSlot();
+        loseInstrument();
         return;
     }
     ask(QStringLiteral("MMEM:LOG:ENAB?"));
@@ -225,8 +226,12 @@ void MainWidget::recvUseInstSlot()
 {
     assertGuiThread();
     // Whoever looks for the instrument already decides whether it is there.
-    if (m_reconnecting)
-        return;
+    if (!m_reconnecting)
+        loseInstrument();
+}
+
+void MainWidget::loseInstrument()
+{
     g_instrumentConnected = false;
     showReconnectView();
 }
@@ -239,7 +244,7 @@ void MainWidget::showReconnectView()
         connect(m_reconnectView, &LoadingView::confirmRequested, this,
                 &MainWidget::recvLoadBtnSlot);
     }
-    if (m_startupView && m_startupView->isVisible())
+    if (m_startupView && !m_startupView->isHidden())
         m_startupView->stopLoading();
     // Hiding brings the recovery form back.
     m_reconnectView->stopLoading();
@@ -258,12 +263,16 @@ void MainWidget::recvLoadBtnSlot()
 /// Looks for the instrument again and brings the window to its state.
 void MainWidget::reconnect(const std::shared_ptr<GuiGate>& gate, MainWidget* window)
 {
-    if (!discover(gate)) {
-        // The button comes back with the leave to use it: a click in between would be lost.
+    // The button comes back with the leave to use it: a click in between would be lost.
+    const auto giveUp = [&gate, window] {
         gate->run([window] {
             window->m_reconnecting = false;
-            window->showReconnectView();
+            window->loseInstrument();
         });
+    };
+    LinkWatch link(gate);
+    if (!discover(link, window)) {
+        giveUp();
         return;
     }
     bool hadPages = true;
@@ -275,13 +284,18 @@ void MainWidget::reconnect(const std::shared_ptr<GuiGate>& gate, MainWidget* win
             window->bringUp();
             window->setGeometry(place);
             window->show();
-            window->m_reconnectView->stopLoading();
+            if (g_instrumentConnected)
+                window->m_reconnectView->stopLoading();
             window->m_reconnecting = false;
         }
     });
     if (!hadPages)
         return;
-    readBack(gate, window);
+    readBack(link, window);
+    if (link.isLost()) {
+        giveUp();
+        return;
+    }
     gate->post([window] {
         window->m_reconnecting = false;
         QMetaObject::invokeMethod(window, "stopLoadingView", Qt::QueuedConnection);

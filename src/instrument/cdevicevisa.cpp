@@ -34,6 +34,22 @@ bool isReplyWhole(ViStatus status)
     return status == VI_SUCCESS || status == VI_SUCCESS_TERM_CHAR;
 }
 
+ExchangeResult resultOf(ViStatus failure)
+{
+    switch (failure) {
+    case VI_SUCCESS_MAX_CNT:
+        return ExchangeResult::Overflowed;
+    case VI_ERROR_TMO:
+        return ExchangeResult::TimedOut;
+    case VI_ERROR_CONN_LOST:
+    case VI_ERROR_ABORT:
+    case VI_ERROR_INV_OBJECT:
+        return ExchangeResult::Lost;
+    default:
+        return ExchangeResult::Failed;
+    }
+}
+
 } // namespace
 
 CDeviceVisa* CDeviceVisa::instance()
@@ -108,37 +124,49 @@ bool CDeviceVisa::isSerial()
     return m_serial;
 }
 
-QString CDeviceVisa::sendCommand(const QString& command, int timeoutMs, bool* overflowed)
+QString CDeviceVisa::sendCommand(const QString& command, int timeoutMs)
 {
-    if (overflowed)
-        *overflowed = false;
+    ExchangeResult result{};
+    return sendCommand(command, timeoutMs, result);
+}
+
+QString CDeviceVisa::sendCommand(const QString& command, int timeoutMs, ExchangeResult& result)
+{
     const QMutexLocker locker(&m_mutex);
     if (!m_connected || m_session == 0) {
+        result = ExchangeResult::Lost;
         fail(QStringLiteral("仪器未连接"));
         return {};
     }
     VisaBinding::table().viSetAttribute(m_session, VI_ATTR_TMO_VALUE,
                                         static_cast<ViAttrState>(std::max(timeoutMs, 0)));
-    if (!writeCommand(command))
-        return {};
+    result = writeCommand(command);
     QString response;
-    if (command.contains(QLatin1Char('?'))) {
-        const ViStatus status = readResponse(response);
-        if (overflowed)
-            *overflowed = status == VI_SUCCESS_MAX_CNT;
-        if (!isReplyWhole(status))
-            return {};
-    }
+    if (result == ExchangeResult::Done && command.contains(QLatin1Char('?')))
+        result = readResponse(response);
+    if (result != ExchangeResult::Done)
+        return {};
     emit commandCompleted(command, response);
     return response;
 }
 
 QVector<QString> CDeviceVisa::sendCommands(const QStringList& commands, int timeoutMs)
 {
+    return sendCommands(commands, timeoutMs, [](ExchangeResult) { return true; });
+}
+
+QVector<QString> CDeviceVisa::sendCommands(const QStringList& commands, int timeoutMs,
+                                           const std::function<bool(ExchangeResult)>& goesOn)
+{
     QVector<QString> responses;
     responses.reserve(commands.size());
-    for (const QString& command : commands)
-        responses.append(sendCommand(command, timeoutMs));
+    for (const QString& command : commands) {
+        ExchangeResult result{};
+        responses.append(sendCommand(command, timeoutMs, result));
+        if (!goesOn(result))
+            break;
+    }
+    responses.resize(commands.size());
     emit commandsCompleted(commands, responses);
     return responses;
 }
@@ -163,7 +191,7 @@ void CDeviceVisa::configureSession()
     visa.viSetAttribute(m_session, VI_ATTR_TERMCHAR_EN, 1);
 }
 
-bool CDeviceVisa::writeCommand(const QString& command)
+ExchangeResult CDeviceVisa::writeCommand(const QString& command)
 {
     const QByteArray line = command.toUtf8() + kTerminator;
     ViUInt32 sent = 0;
@@ -171,16 +199,16 @@ bool CDeviceVisa::writeCommand(const QString& command)
         VisaBinding::table().viWrite(m_session, reinterpret_cast<const ViByte*>(line.constData()),
                                      static_cast<ViUInt32>(line.size()), &sent);
     if (status == VI_SUCCESS)
-        return true;
+        return ExchangeResult::Done;
     // The texts of an exchange are taken as UTF-8, those of opening in the local encoding.
     const QByteArray text = statusText(m_session, status);
     fail(QStringLiteral("发送命令失败: %1").arg(QString::fromUtf8(text)));
-    return false;
+    return resultOf(status);
 }
 
 /// One read into a buffer on the stack. A reply that fills it is a failure, and what is left of it
 /// stays with the instrument.
-ViStatus CDeviceVisa::readResponse(QString& response)
+ExchangeResult CDeviceVisa::readResponse(QString& response)
 {
     char buffer[kReadBufferSize];
     ViUInt32 received = 0;
@@ -189,11 +217,11 @@ ViStatus CDeviceVisa::readResponse(QString& response)
     if (!isReplyWhole(status)) {
         const QByteArray text = statusText(m_session, status);
         fail(QStringLiteral("读取响应失败: %1").arg(QString::fromUtf8(text)));
-        return status;
+        return resultOf(status);
     }
     buffer[std::min(received, kLongestReply)] = '\0';
     response = QString::fromUtf8(buffer).trimmed();
-    return status;
+    return ExchangeResult::Done;
 }
 
 /// The VISA text of a status, as bytes; empty where there is none.

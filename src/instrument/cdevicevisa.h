@@ -6,7 +6,18 @@
 #include <QStringList>
 #include <QVector>
 
+#include <functional>
+
 #include "visa/visatypes.h"
+
+/// How an exchange ended.
+enum class ExchangeResult {
+    Done,       ///< the command is written and its reply, if it has one, is read
+    TimedOut,   ///< the instrument did not take the command, or did not reply, in time
+    Lost,       ///< there is no connection any more
+    Overflowed, ///< the reply filled the buffer, and what was read of it is lost
+    Failed,     ///< otherwise
+};
 
 /// The one gate to the instrument: it owns the VISA resource manager and the instrument session
 /// and performs each exchange on the calling thread. Every operation may be called on any thread;
@@ -45,13 +56,20 @@ public:
     /// question mark anywhere, reads one reply of up to 40959 bytes. Returns the reply without
     /// white space at its ends; empty for a plain command and on every failure. Blocks up to
     /// timeoutMs milliseconds for the writing and again for the reading; a negative time-out is
-    /// taken as 0. `overflowed`, if given, tells whether the exchange failed because the reply filled
-    /// the buffer.
-    QString sendCommand(const QString& command, int timeoutMs, bool* overflowed = nullptr);
+    /// taken as 0.
+    QString sendCommand(const QString& command, int timeoutMs);
+
+    /// The same, telling how the exchange ended.
+    QString sendCommand(const QString& command, int timeoutMs, ExchangeResult& result);
 
     /// One sendCommand() for each command, in order, and one result for each. Other threads may
     /// exchange between them.
     QVector<QString> sendCommands(const QStringList& commands, int timeoutMs);
+
+    /// The same, asking after each exchange whether to go on. The results of commands that are not
+    /// sent are empty.
+    QVector<QString> sendCommands(const QStringList& commands, int timeoutMs,
+                                  const std::function<bool(ExchangeResult)>& goesOn);
 
     /// Text of the last failure; empty when nothing has failed yet. A success does not clear it.
     QString lastError();
@@ -63,8 +81,8 @@ signals:
 
 private:
     void configureSession();
-    bool writeCommand(const QString& command);
-    ViStatus readResponse(QString& response);
+    ExchangeResult writeCommand(const QString& command);
+    ExchangeResult readResponse(QString& response);
     QByteArray statusText(ViObject object, ViStatus status) const;
     void fail(const QString& message);
 

@@ -67,6 +67,7 @@ private slots:
     void emptyLineGetsNoReply();
     void exitIsEchoedBeforeTheProgramEnds();
     void exitIsFastWithoutStore();
+    void exitIsHeededWhileASilentInstrumentIsAsked();
     void onlyTheExactWordEnds();
     void endOfInputDeliversTheLastLineAndGoesOn();
     void launcherThatDiesDoesNotEndTheProgram();
@@ -252,6 +253,25 @@ void TestLauncherChannel::exitIsFastWithoutStore()
     program.write("exit\n");
     QVERIFY(program.waitForEnd(kEndWaitMs));
     QVERIFY2(timer.elapsed() < 500, qPrintable(QString::number(timer.elapsed())));
+}
+
+void TestLauncherChannel::exitIsHeededWhileASilentInstrumentIsAsked()
+{
+    SimulatedInstrument instrument(SimulatedInstrument::Transport::Tcp,
+                                   {QStringLiteral("--slots"), QStringLiteral("1:15,2:15,3:15")});
+    ProgramProcess program(m_display.name());
+    program.start({instrument.resource()});
+    const auto isReadBack = [&instrument] {
+        return !instrument.received().filter(QStringLiteral("ROUT:CHAN:LAB?")).isEmpty();
+    };
+    QTRY_VERIFY_WITH_TIMEOUT(isReadBack(), kEndWaitMs);
+    instrument.freeze();
+    program.write("exit\n");
+    // One exchange is waited for, of hundreds.
+    QVERIFY(program.waitForEnd(kEndWaitMs));
+    QVERIFY2(!program.crashed(), qPrintable(program.log()));
+    QCOMPARE(program.exitCode(), 0);
+    instrument.thaw();
 }
 
 void TestLauncherChannel::onlyTheExactWordEnds()

@@ -242,8 +242,17 @@ void TestDiscovery::silenceReadsAsDefaults()
     bench.instrument().setReply(QStringLiteral("CALC:SCAL:FUNC?"), QStringLiteral("DB"));
     bench.open();
     QCOMPARE(bench.box(201, UnitColumn)->currentText(), QStringLiteral("W"));
-    bench.instrument().setSilent(true);
+    // All of a channel's questions in a row would be taken for a dead link.
+    const auto silenceAt = [&bench](const char* line, bool isSilent) {
+        bench.instrument().whenAsked(QString::fromLatin1(line), [&bench, isSilent] {
+            bench.instrument().setSilent(isSilent);
+        });
+    };
+    silenceAt("VOLT:DC:RANG:AUTO? (@201)", true);
+    silenceAt("ROUT:CHAN:DEL:AUTO? (@201)", false);
+    silenceAt("INP:IMP:AUTO? (@201)", true);
     bench.readBack(201);
+    QVERIFY(g_instrumentConnected);
     QCOMPARE(bench.box(201, RangeColumn)->currentIndex(), 0);
     QCOMPARE(bench.box(201, ScaleFunctionColumn)->currentIndex(), 0);
     QCOMPARE(bench.box(201, UnitColumn)->currentIndex(), 0);

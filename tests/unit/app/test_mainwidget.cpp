@@ -164,7 +164,7 @@ private slots:
     void lockCoversTheThreePages();
     void startupViewCoversTheReadBack();
     void startupViewGoesTwoSecondsAfterASlowReadBack();
-    void threadsStartAfterTheReadBack();
+    void threadsStartWithTheSearchAndAfterTheReadBack();
     void lineFromTheLauncherReachesTheWindow();
     void withoutInstrumentThereIsOnlyTheOverlay_data();
     void withoutInstrumentThereIsOnlyTheOverlay();
@@ -446,18 +446,26 @@ void TestMainWidget::startupViewGoesTwoSecondsAfterASlowReadBack()
     QVERIFY2(clock.elapsed() >= 1850, qPrintable(QString::number(clock.elapsed())));
 }
 
-void TestMainWidget::threadsStartAfterTheReadBack()
+void TestMainWidget::threadsStartWithTheSearchAndAfterTheReadBack()
 {
     TwoChannels bench;
     bool wasRunning = false;
-    bool hadReader = false;
-    bench.instrument().whenAsked(QStringLiteral("MEM:STAT:VAL? 5"), [&] {
-        wasRunning = ReadData::instance()->isRunning();
-        for (const QWidget* top : QApplication::topLevelWidgets())
-            hadReader = hadReader || top->findChild<InputReaderThread*>();
-    });
+    bool readEarly = false;
+    bool readDuringTheSearch = false;
+    const auto isReading = [] {
+        const auto tops = QApplication::topLevelWidgets();
+        return std::any_of(tops.cbegin(), tops.cend(), [](const QWidget* top) {
+            return top->findChild<InputReaderThread*>() != nullptr;
+        });
+    };
+    bench.instrument().whenAsked(QStringLiteral("*IDN?"), [&] { readEarly = isReading(); });
+    bench.instrument().whenAsked(QStringLiteral("SYST:CTYP? 1"),
+                                 [&] { readDuringTheSearch = isReading(); });
+    bench.instrument().whenAsked(QStringLiteral("MEM:STAT:VAL? 5"),
+                                 [&] { wasRunning = ReadData::instance()->isRunning(); });
     const MainWidget& window = bench.open(WindowBench::AcquisitionRuns);
-    QVERIFY(!wasRunning && !hadReader);
+    QVERIFY(!wasRunning);
+    QVERIFY(!readEarly && readDuringTheSearch);
     QVERIFY(ReadData::instance()->isRunning());
     QVERIFY(window.findChild<InputReaderThread*>()->isRunning());
     WindowBench::endAcquisition();

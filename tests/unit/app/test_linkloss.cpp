@@ -1,0 +1,224 @@
+#include "acquisition/readdata.h"
+#include "app/globals.h"
+#include "app/mainwidget.h"
+#include "overlay/loadingview.h"
+#include "resources/resources.h"
+#include "support/standardstreams_posix.h"
+#include "widgets/customlineedit.h"
+#include "windowbench.h"
+
+#include <QApplication>
+#include <QPushButton>
+#include <QTabWidget>
+#include <QtTest>
+
+namespace {
+
+/// More time-outs of five seconds in a row than fit in a minute.
+constexpr int kPatience = 13;
+
+/// Ends the event loop, and says so, when a test would wait for ever.
+constexpr int kPatienceMs = 20000;
+constexpr int kImpatience = 77;
+
+struct TwoChannels : WindowBench
+{
+    TwoChannels() { instrument().putModule(2, QStringLiteral("SCN4005A")); }
+
+    void silenceAt(const char* line, bool isSilent = true)
+    {
+        instrument().whenAsked(QString::fromLatin1(line),
+                               [this, isSilent] { instrument().setSilent(isSilent); });
+    }
+    void dropLinkAt(const char* line)
+    {
+        instrument().whenAsked(QString::fromLatin1(line),
+                               [this] { instrument().visa().dropConnection(); });
+    }
+
+    /// The window shows the overlay of a lost instrument and nobody polls.
+    bool isLost() const
+    {
+        return !g_instrumentConnected && reconnectView() && !reconnectView()->isHidden() &&
+               !ReadData::instance()->isRunning();
+    }
+};
+
+QStringList linesFrom(const QStringList& lines, const char* first)
+{
+    return lines.mid(lines.indexOf(QString::fromLatin1(first)));
+}
+
+} // namespace
+
+/// A link that dies, or goes half silent, while the window asks for the instrument's state; and a
+/// launcher that wants the end meanwhile.
+class TestLinkLoss : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void initTestCase() { initResources(); }
+
+    void silentReadBackIsGivenUpAfterAMinute();
+    void oneReplyBeginsTheMinuteAnew();
+    void silentSearchIsGivenUpAfterAMinute();
+    void lostLinkEndsTheSearchAtOnce();
+    void lostLinkEndsTheReadBackAtOnce();
+    void lostLinkEndsTheReadBackOfAChange();
+    void lossDuringARecoveryCanBeTriedAgain();
+    void lossWhileThePagesComeUpLateCanBeRecovered();
+    void exitIsHeededBetweenTwoExchanges_data();
+    void exitIsHeededBetweenTwoExchanges();
+};
+
+void TestLinkLoss::silentReadBackIsGivenUpAfterAMinute()
+{
+    TwoChannels bench;
+    bench.silenceAt("ROUT:SCAN?");
+    MainWidget& window = bench.open(WindowBench::AcquisitionRuns);
+    window.show();
+    QCOMPARE(linesFrom(bench.startUpLines(), "ROUT:SCAN?").size(), kPatience);
+    QVERIFY(bench.isLost());
+    QVERIFY(bench.startupView()->isHidden());
+
+    bench.instrument().whenAsked(QStringLiteral("ROUT:SCAN?"), [] {});
+    bench.instrument().setSilent(false);
+    bench.clickRecovery();
+    QTRY_VERIFY_WITH_TIMEOUT(bench.reconnectView()->isHidden(), 10000);
+    QVERIFY(g_instrumentConnected);
+    QVERIFY(bench.instrument().lines().contains(QStringLiteral("MEM:STAT:VAL? 5")));
+    QTRY_VERIFY(ReadData::instance()->isRunning());
+    WindowBench::endAcquisition();
+}
+
+void TestLinkLoss::oneReplyBeginsTheMinuteAnew()
+{
+    TwoChannels bench;
+    bench.silenceAt("ROUT:SCAN?");
+    // Twelve questions later one is answered.
+    bench.silenceAt("CALC:SCAL:STAT? (@201)", false);
+    bench.silenceAt("CALC:SCAL:UNIT? (@201)");
+    bench.open(WindowBench::AcquisitionRuns);
+    QCOMPARE(linesFrom(bench.startUpLines(), "ROUT:SCAN?")
+                 .indexOf(QStringLiteral("CALC:SCAL:STAT? (@201)")),
+             kPatience - 1);
+    QCOMPARE(linesFrom(bench.startUpLines(), "CALC:SCAL:UNIT? (@201)").size(), kPatience);
+    QVERIFY(bench.isLost());
+}
+
+void TestLinkLoss::silentSearchIsGivenUpAfterAMinute()
+{
+    TwoChannels bench;
+    bench.silenceAt("SYST:CTYP? 1");
+    MainWidget& window = bench.open(WindowBench::AcquisitionRuns);
+    QCOMPARE(linesFrom(bench.startUpLines(), "SYST:CTYP? 1").size(), kPatience);
+    QVERIFY(bench.isLost());
+    QVERIFY(!window.findChild<QTabWidget*>());
+}
+
+void TestLinkLoss::lostLinkEndsTheSearchAtOnce()
+{
+    TwoChannels bench;
+    bench.dropLinkAt("FUNC? (@201)");
+    MainWidget& window = bench.open(WindowBench::AcquisitionRuns);
+    QCOMPARE(bench.startUpLines().constLast(), QStringLiteral("FUNC? (@201)"));
+    QVERIFY(bench.isLost());
+    QVERIFY(!window.findChild<QTabWidget*>());
+}
+
+void TestLinkLoss::lostLinkEndsTheReadBackAtOnce()
+{
+    TwoChannels bench;
+    bench.dropLinkAt("INP:IMP:AUTO? (@201)");
+    MainWidget& window = bench.open(WindowBench::AcquisitionRuns);
+    QCOMPARE(bench.startUpLines().constLast(), QStringLiteral("INP:IMP:AUTO? (@201)"));
+    QVERIFY(bench.isLost());
+    QVERIFY(window.findChild<QTabWidget*>());
+}
+
+void TestLinkLoss::lostLinkEndsTheReadBackOfAChange()
+{
+    TwoChannels bench;
+    MainWidget& window = bench.open();
+    window.resize(1500, 900);
+    window.show();
+    QVERIFY(QTest::qWaitForWindowActive(&window));
+    bench.dropLinkAt("FUNC? (@201)");
+    CustomLineEdit* const gain = bench.edit(201, GainColumn);
+    QTest::mouseClick(gain, Qt::LeftButton);
+    QTRY_VERIFY(gain->hasFocus());
+    QTest::keyClicks(gain, QStringLiteral("2"));
+    QTest::keyClick(gain, Qt::Key_Return);
+    QCOMPARE(bench.instrument().lines().constLast(), QStringLiteral("FUNC? (@201)"));
+    QVERIFY(bench.isLost());
+}
+
+void TestLinkLoss::lossDuringARecoveryCanBeTriedAgain()
+{
+    TwoChannels bench;
+    bench.open().show();
+    bench.call("recvUseInstSlot");
+    bench.dropLinkAt("TRIG:SOUR?");
+    bench.instrument().takeLines();
+    bench.clickRecovery();
+    QTRY_VERIFY(bench.instrument().lines().contains(QStringLiteral("TRIG:SOUR?")));
+    QTRY_VERIFY(bench.reconnectView()->findChild<QPushButton*>()->isVisible());
+    QVERIFY(bench.isLost());
+    QCOMPARE(bench.instrument().takeLines().constLast(), QStringLiteral("TRIG:SOUR?"));
+
+    bench.instrument().whenAsked(QStringLiteral("TRIG:SOUR?"), [] {});
+    bench.clickRecovery();
+    QTRY_VERIFY_WITH_TIMEOUT(bench.reconnectView()->isHidden(), 10000);
+    QVERIFY(g_instrumentConnected);
+    WindowBench::endAcquisition();
+}
+
+void TestLinkLoss::lossWhileThePagesComeUpLateCanBeRecovered()
+{
+    TwoChannels bench;
+    bench.instrument().visa().fail(FakeVisa::Operation::Open, VI_ERROR_RSRC_NFOUND, 0, 1);
+    MainWidget& window = bench.open(WindowBench::AcquisitionRuns);
+    window.show();
+    bench.dropLinkAt("TRIG:SOUR?");
+    bench.clickRecovery();
+    QTRY_VERIFY(window.findChild<QTabWidget*>() && window.isVisible());
+    QVERIFY(bench.isLost());
+    bench.instrument().whenAsked(QStringLiteral("TRIG:SOUR?"), [] {});
+    QTRY_VERIFY(bench.reconnectView()->findChild<QPushButton*>()->isVisible());
+    bench.clickRecovery();
+    QTRY_VERIFY_WITH_TIMEOUT(bench.reconnectView()->isHidden(), 10000);
+    QTRY_VERIFY(ReadData::instance()->isRunning());
+    WindowBench::endAcquisition();
+}
+
+void TestLinkLoss::exitIsHeededBetweenTwoExchanges_data()
+{
+    QTest::addColumn<QString>("during");
+    QTest::addColumn<QString>("lastLine");
+    QTest::newRow("search") << QStringLiteral("SYST:CTYP? 2") << QStringLiteral("SYST:CTYP? 15");
+    QTest::newRow("read-back") << QStringLiteral("ROUT:SCAN?") << QStringLiteral("MEM:STAT:VAL? 5");
+}
+
+void TestLinkLoss::exitIsHeededBetweenTwoExchanges()
+{
+    QFETCH(QString, during);
+    QFETCH(QString, lastLine);
+    FedInput input;
+    TwoChannels bench;
+    // The reader has all the exchanges that are left to see the line.
+    bench.instrument().whenAsked(during, [&bench, &input] {
+        input.write("exit\n");
+        bench.instrument().visa().setReadDuration(200);
+    });
+    MainWidget& window = bench.open(WindowBench::AcquisitionRuns);
+    QVERIFY(bench.startUpLines().contains(during));
+    QVERIFY2(!bench.startUpLines().contains(lastLine),
+             qPrintable(bench.startUpLines().constLast()));
+    QTimer::singleShot(kPatienceMs, &window, [] { QCoreApplication::exit(kImpatience); });
+    QCOMPARE(QApplication::exec(), 0);
+    WindowBench::endAcquisition();
+}
+
+QTEST_MAIN(TestLinkLoss)
+#include "test_linkloss.moc"
