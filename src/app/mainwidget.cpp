@@ -3,11 +3,13 @@
 #include "acquisition/readdata.h"
 #include "app/globals.h"
 #include "app/guigate.h"
+#include "app/helperthreads.h"
 #include "app/inputreaderthread.h"
 #include "app/launcheroutput.h"
 #include "channels/commfunc.h"
 #include "common/threadassert.h"
 #include "export/csvexportfromdbthread.h"
+#include "instrument/cdevicevisa.h"
 #include "overlay/loadingview.h"
 #include "overlay/windowlockmanager.h"
 #include "plot/graphicsettingwidget.h"
@@ -36,6 +38,8 @@ namespace {
 
 /// How long the window's end waits for each of its threads.
 constexpr unsigned long kThreadWaitMs = 5000;
+/// How long a thread may take to leave the exchange that it was woken from.
+constexpr unsigned long kWakeWaitMs = 1000;
 /// How long a thread may take to fall after it was ended by force.
 constexpr unsigned long kTerminationWaitMs = 1000;
 /// When the busy overlay of the start-up goes, counted from the end of the read-back.
@@ -50,12 +54,18 @@ void removeMargins(QLayout* layout)
     layout->setSpacing(0);
 }
 
-/// Waits for a thread that was told to stop, ends it by force if it does not, and deletes it.
+/// Waits for a thread that was told to stop. One that hangs in an exchange is woken; where that does
+/// not help, as with a platform's library, it is ended by force. Deletes it.
 template <typename Thread>
 void endThread(Thread*& thread)
 {
     if (!thread->wait(kThreadWaitMs)) {
-        thread->terminate();
+        // Not here: the library may block in this as in the exchange.
+        HelperThreads::start([] { g_visa->interrupt(); });
+        if (!thread->wait(kWakeWaitMs)) {
+            qWarning() << "线程未能结束，强制终止";
+            thread->terminate();
+        }
         // A thread that even this does not end is left to the end of the process.
         if (!thread->wait(kTerminationWaitMs)) {
             thread->setParent(nullptr);

@@ -105,17 +105,22 @@ bool CDeviceVisa::connectDevice(const QString& resource)
 void CDeviceVisa::disconnectDevice()
 {
     const QMutexLocker locker(&m_mutex);
-    if (!m_connected || m_session == 0)
+    if (!m_connected)
         return;
-    VisaBinding::table().viClose(m_session);
-    m_session = 0;
+    interrupt();
     m_connected = false;
+}
+
+void CDeviceVisa::interrupt()
+{
+    if (const ViSession session = m_session.exchange(0); session != 0)
+        VisaBinding::table().viClose(session);
 }
 
 bool CDeviceVisa::isConnected()
 {
     const QMutexLocker locker(&m_mutex);
-    return m_connected;
+    return m_connected && m_session != 0;
 }
 
 bool CDeviceVisa::isSerial()

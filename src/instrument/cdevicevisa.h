@@ -6,6 +6,7 @@
 #include <QStringList>
 #include <QVector>
 
+#include <atomic>
 #include <functional>
 
 #include "visa/visatypes.h"
@@ -47,6 +48,10 @@ public:
     /// Closes the session, if one is open. The resource manager stays open.
     void disconnectDevice();
 
+    /// Closes the session without waiting for the exchange that is under way, which fails then; so
+    /// do all until the next connectDevice(). May block where a platform's VISA library does.
+    void interrupt();
+
     bool isConnected();
 
     /// Whether the session opened last is one on a serial port.
@@ -87,7 +92,7 @@ private:
     void fail(const QString& message);
 
     ViSession m_resourceManager = 0;
-    ViSession m_session = 0;
+    std::atomic<ViSession> m_session{0}; ///< interrupt() takes it without the mutex.
     QString m_lastError;
     QRecursiveMutex m_mutex;
     bool m_connected = false;

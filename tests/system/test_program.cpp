@@ -21,6 +21,7 @@ constexpr int kEndWaitMs = 20000;
 
 constexpr int kStartWaitMs = 60000;
 constexpr int kKillsOfTheShortRun = 4;
+constexpr int kExitsOfTheShortRun = 5;
 constexpr int kLatestKillMs = 4000;
 
 /// Time enough to bring the program up and start a scan on a busy machine.
@@ -127,6 +128,7 @@ private slots:
     void killingDuringAScanLeavesAReadableStore();
     void startAfterAKillFindsTheStoreIntact();
     void storeThatCannotBeWrittenDoesNotStopTheProgram();
+    void exitsWithAHangingReplyAreClean();
 
 private:
     VirtualDisplay m_display;
@@ -350,6 +352,32 @@ void TestProgram::storeThatCannotBeWrittenDoesNotStopTheProgram()
     program.write("exit\n");
     QVERIFY(program.waitForEnd(kEndWaitMs));
     QVERIFY2(!program.crashed(), qPrintable(program.log()));
+}
+
+/// The instrument falls silent in mid-scan, and the acquisition thread hangs in an exchange when its
+/// time is over: it is woken, not ended by force.
+void TestProgram::exitsWithAHangingReplyAreClean()
+{
+    bool isSet = false;
+    const int wantedExits = qEnvironmentVariableIntValue("SCN_EXITS", &isSet);
+    const int exits = isSet ? wantedExits : kExitsOfTheShortRun;
+    for (int i = 0; i < exits; ++i) {
+        SimulatedInstrument instrument(SimulatedInstrument::Transport::Tcp,
+                                       {QStringLiteral("--slots"), QStringLiteral("1:13")});
+        ProgramProcess program(m_display.name());
+        program.start({instrument.resource()});
+        QTRY_VERIFY_WITH_TIMEOUT(
+            instrument.received().count(QStringLiteral("STAT:OPER:EVEN?")) >= 2, kStartWaitMs);
+        instrument.freeze();
+        // Longer than the pause between two passes: the next question is out, unanswered.
+        QTest::qWait(1500);
+        program.write("exit\n");
+        QVERIFY(program.waitForEnd(kStartWaitMs));
+        instrument.thaw();
+        QVERIFY2(!program.crashed() && program.exitCode() == 0, qPrintable(program.log()));
+        QVERIFY2(!program.log().contains(QStringLiteral("强制终止")), qPrintable(program.log()));
+        QVERIFY2(!program.log().contains(QStringLiteral("ERROR: ")), qPrintable(program.log()));
+    }
 }
 
 QTEST_GUILESS_MAIN(TestProgram)

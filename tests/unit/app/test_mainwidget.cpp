@@ -658,12 +658,13 @@ void TestMainWidget::acquisitionThatHangsIsEndedByForce()
     });
     QTRY_VERIFY_WITH_TIMEOUT(hangs, 10000);
     const QPointer<ReadData> readData = ReadData::instance();
+    QTest::ignoreMessage(QtWarningMsg, "线程未能结束，强制终止");
     QElapsedTimer clock;
     clock.start();
     bench.close();
     QVERIFY(!readData);
     QVERIFY2(clock.elapsed() >= 4900, qPrintable(QString::number(clock.elapsed())));
-    QVERIFY2(clock.elapsed() < 8000, qPrintable(QString::number(clock.elapsed())));
+    QVERIFY2(clock.elapsed() < 12000, qPrintable(QString::number(clock.elapsed())));
 }
 
 QTEST_MAIN(TestMainWidget)

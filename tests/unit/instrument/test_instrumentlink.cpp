@@ -54,6 +54,7 @@ private slots:
     void lostInstrumentFailsAtOnceUntilConnectedAgain();
     void nobodyListens();
     void terminatedThreadLeavesTheGateFree();
+    void interruptedThreadLeavesItsExchange();
 };
 
 void TestInstrumentLink::initTestCase()
@@ -201,6 +202,28 @@ void TestInstrumentLink::terminatedThreadLeavesTheGateFree()
     const QString reply = device.sendCommand(QStringLiteral("*IDN?"), 5000);
     instrument.join();
     QCOMPARE(reply, QStringLiteral("still here"));
+}
+
+void TestInstrumentLink::interruptedThreadLeavesItsExchange()
+{
+    TcpPeer peer;
+    CDeviceVisa device(nullptr);
+    QVERIFY(device.connectDevice(QString::fromLatin1(peer.resource())));
+    QVERIFY(peer.accept());
+    AskingThread thread(device);
+    thread.start();
+    QCOMPARE(peer.receive(5), QByteArray("ASK?\n"));
+    device.interrupt();
+    QVERIFY(thread.wait(20000));
+    // Nothing more until the next connection.
+    QVERIFY(!device.isConnected());
+    ExchangeResult result{};
+    QCOMPARE(device.sendCommand(QStringLiteral("ASK?"), 60000, result), QString());
+    QCOMPARE(result, ExchangeResult::Lost);
+    device.interrupt();
+    device.disconnectDevice();
+    QVERIFY(device.connectDevice(QString::fromLatin1(peer.resource())));
+    QVERIFY(device.isConnected());
 }
 
 QTEST_GUILESS_MAIN(TestInstrumentLink)
