@@ -241,6 +241,7 @@ void MainWidget::buildButtonBar()
     m_runningLabel = new QLabel(tr("数据记录正在运行.."), m_buttonBar);
     m_runningLabel->setMinimumHeight(40);
     m_runningLabel->hide();
+    m_storeWatch = new QTimer(this);
 }
 
 void MainWidget::makeConnections()
@@ -261,6 +262,7 @@ void MainWidget::makeConnections()
         connect(radio, &QRadioButton::toggled, this, &MainWidget::recvStopSlot);
     connect(m_stopCountBox, qOverload<int>(&QSpinBox::valueChanged), this,
             &MainWidget::recvStopCountSlot);
+    connect(m_storeWatch, &QTimer::timeout, this, &MainWidget::showStoreState);
     connect(m_readData, &ReadData::sigStopScan, this, &MainWidget::recvStopScan);
     connect(m_readData, &ReadData::sigUseInst, this, &MainWidget::recvUseInstSlot);
 }

@@ -196,6 +196,7 @@ private:
 
     // Run control
     void enterStarting();
+    void showStoreState();
     void endScan();
     void resetStartButton();
     void stopElapsedTimer();
@@ -236,6 +237,7 @@ private:
     ImageButton* m_startButton = nullptr;
     ImageButton* m_exportButton = nullptr;
     QLabel* m_runningLabel = nullptr;
+    QTimer* m_storeWatch = nullptr; ///< runs while the running label is shown
     CurveDataDB* m_curveStore = nullptr;
     std::unique_ptr<QTimer> m_elapsedTimer;
     bool m_starting = false;     ///< between the click on start and the end of scanFunc()

@@ -36,6 +36,8 @@ constexpr int kErrorMessage = 1;
 /// Place of the running label in the button bar: right of the start button.
 constexpr int kRunningLabelPosition = 1;
 constexpr int kRecoveryForm = 1;
+/// How often the running label looks whether the store takes readings.
+constexpr int kStoreWatchMs = 500;
 
 QString ask(const QString& command)
 {
@@ -91,7 +93,18 @@ void MainWidget::enterStarting()
     m_exportButton->setEnabled(false);
     m_buttonBarLayout->insertWidget(kRunningLabelPosition, m_runningLabel);
     m_runningLabel->show();
+    m_storeWatch->start(kStoreWatchMs);
     m_startupView->showLoading();
+}
+
+/// Says beside the running label when readings cannot be stored.
+void MainWidget::showStoreState()
+{
+    assertGuiThread();
+    const bool refuses = m_curveStore && m_curveStore->refusesReadings();
+    const QString running = tr("数据记录正在运行..");
+    m_runningLabel->setText(refuses ? running + tr("（数据无法保存）") : running);
+    m_runningLabel->setStyleSheet(refuses ? QStringLiteral("color: #FFA500;") : QString());
 }
 
 void MainWidget::recvDataClearFinished()
@@ -188,6 +201,7 @@ void MainWidget::resetStartButton()
     m_startButton->setText(tr("开始"));
     m_exportButton->setEnabled(true);
     m_runningLabel->hide();
+    m_storeWatch->stop();
 }
 
 void MainWidget::recvStopScan()

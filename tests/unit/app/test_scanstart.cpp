@@ -94,6 +94,7 @@ private slots:
     void startOnAnotherInstrumentEmptiesTheStoreInUse();
     void startWithoutAnIdentityLeadsToTheRecovery();
     void windowsEndWhileStartingSendsNothing();
+    void labelSaysWhenNothingCanBeStored();
 };
 
 void TestScanStart::cleanup()
@@ -292,6 +293,31 @@ void TestScanStart::windowsEndWhileStartingSendsNothing()
     QTest::qWait(100);
     QCOMPARE(bench.takeLines(), QStringList());
     QVERIFY(!g_scanRunning);
+}
+
+void TestScanStart::labelSaysWhenNothingCanBeStored()
+{
+    const QString running = QStringLiteral("数据记录正在运行..");
+    const QColor warning(0xFF, 0xA5, 0x00);
+    QFile inTheWay(dataDirectory().path());
+    QVERIFY(inTheWay.open(QIODevice::WriteOnly));
+    inTheWay.close();
+    Start bench;
+    const QLabel* const label = bench.runningLabel();
+    const auto textColour = [label] { return label->palette().color(label->foregroundRole()); };
+    bench.startButton()->click();
+    QTRY_VERIFY_WITH_TIMEOUT(g_scanRunning, 10000);
+    QTRY_COMPARE(label->text(), running + QStringLiteral("（数据无法保存）"));
+    QCOMPARE(textColour(), warning);
+    QVERIFY(label->isVisible());
+
+    QVERIFY(inTheWay.remove());
+    auto* const store = CurveDataDB::instance(QString());
+    const int id = store->registerCurve(QStringLiteral("201(Vdc)"));
+    QVERIFY(id > 0);
+    store->appendPoint(id, QDateTime::currentMSecsSinceEpoch(), 1.5);
+    QTRY_COMPARE(label->text(), running);
+    QVERIFY(textColour() != warning);
 }
 
 QTEST_MAIN(TestScanStart)

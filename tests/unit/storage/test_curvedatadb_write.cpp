@@ -66,6 +66,7 @@ private slots:
     void init() { setPresent(at("09:30:00")); }
 
     void pointGoesToItsBatchAndExtremesFollow();
+    void readingsAreRefusedWhileAFileIsInTheWay();
     void batchEdges();
     void tableOfAnEarlierRunIsGoneOnWith();
     void secondPointOfAMillisecondIsDroppedButCounts();
@@ -864,6 +865,41 @@ void TestCurveDataDBWrite::filesAreThoseOfThePlainStore()
         QCOMPARE(dayfile::dump(store.directory() + QLatin1Char('/') + file),
                  dayfile::dump(plainDirectory.filePath(file)));
     }
+}
+
+void TestCurveDataDBWrite::readingsAreRefusedWhileAFileIsInTheWay()
+{
+    const auto putFile = [](const QString& path) {
+        QFile file(path);
+        return file.open(QIODevice::WriteOnly);
+    };
+    const QTemporaryDir parent;
+    const QString directory = parent.filePath(one("data"));
+    QVERIFY(putFile(directory));
+    CurveDataDB store(directory);
+    QVERIFY(!store.refusesReadings());
+    QCOMPARE(store.registerCurve(one("101(Vdc)")), -1);
+    QVERIFY(store.refusesReadings());
+
+    QVERIFY(QFile::remove(directory));
+    const int id = store.registerCurve(one("101(Vdc)"));
+    QVERIFY(id > 0);
+    QVERIFY(!store.refusesReadings());
+    store.appendPoint(id, at("09:00:00"), 1.5);
+    QVERIFY(!store.refusesReadings());
+
+    // In mid-run the directory goes away, and comes back.
+    const QString aside = parent.filePath(one("aside"));
+    QVERIFY(QDir().rename(directory, aside));
+    QVERIFY(putFile(directory));
+    store.appendPoint(id, at("09:00:01"), 1.5);
+    QVERIFY(store.refusesReadings());
+    QVERIFY(QFile::remove(directory));
+    QVERIFY(QDir().rename(aside, directory));
+    advancePresent(10000);
+    store.appendPoint(id, at("09:00:02"), 1.5);
+    QVERIFY(!store.refusesReadings());
+    store.closeForExit(QDeadlineTimer(2000));
 }
 
 QTEST_GUILESS_MAIN(TestCurveDataDBWrite)
