@@ -1,5 +1,6 @@
 #include "app/globals.h"
 #include "app/mainwidget.h"
+#include "instrument/cdevicevisa.h"
 #include "widgets/customcombobox.h"
 #include "widgets/customlineedit.h"
 #include "windowbench.h"
@@ -58,6 +59,7 @@ private slots:
     void slotIsFilledByItsSecondField_data();
     void slotIsFilledByItsSecondField();
     void searchGoesThroughAllSlots();
+    void modulesFunctionsAreAskedInOneGo();
     void moduleThatHasGoneStaysRegistered();
     void moduleThatCameLaterHasNoRows();
 
@@ -116,6 +118,16 @@ void TestDiscovery::searchGoesThroughAllSlots()
                     "SYST:CTYP? 14", "SYST:CTYP? 15", "FUNC? (@1501)"}));
     QVERIFY(slotPresent[15]);
     QVERIFY(bench.item(1501));
+}
+
+void TestDiscovery::modulesFunctionsAreAskedInOneGo()
+{
+    TwoChannels bench;
+    const QSignalSpy goes(g_visa, &CDeviceVisa::commandsCompleted);
+    bench.open();
+    QCOMPARE(goes.size(), 1);
+    QCOMPARE(goes.constFirst().constFirst().toStringList(),
+             texts({"FUNC? (@201)", "FUNC? (@202)"}));
 }
 
 void TestDiscovery::moduleThatHasGoneStaysRegistered()

@@ -9,6 +9,7 @@
 #include "overlay/windowlockmanager.h"
 #include "plot/graphicsettingwidget.h"
 #include "resources/resources.h"
+#include "widgets/customcombobox.h"
 #include "widgets/custommessagedialog.h"
 #include "widgets/imagebutton.h"
 #include "widgets/timepicker.h"
@@ -162,6 +163,9 @@ private slots:
     void slotsAreTheseAndPrivateButTwo();
     void lockCoversTheThreePages_data();
     void lockCoversTheThreePages();
+    void pagesAreRegisteredForTheLockInTheirOrder();
+    void everyExchangeHasFiveSeconds_data();
+    void everyExchangeHasFiveSeconds();
     void startupViewCoversTheReadBack();
     void startupViewGoesTwoSecondsAfterASlowReadBack();
     void threadsStartWithTheSearchAndAfterTheReadBack();
@@ -416,6 +420,71 @@ void TestMainWidget::lockCoversTheThreePages()
     QVERIFY(!covered());
     window.findChild<WindowLockManager*>()->setLockEnabled(true);
     QVERIFY(covered());
+}
+
+/// A page that is registered begins to track the pointer.
+void TestMainWidget::pagesAreRegisteredForTheLockInTheirOrder()
+{
+    struct Recorder : QObject
+    {
+        QList<QObject*> tracking;
+        bool eventFilter(QObject* watched, QEvent* event) override
+        {
+            if (event->type() == QEvent::MouseTrackingChange)
+                tracking.append(watched);
+            return false;
+        }
+    } recorder;
+    TwoChannels bench;
+    qApp->installEventFilter(&recorder);
+    MainWidget& window = bench.open();
+    qApp->removeEventFilter(&recorder);
+    auto* settings = window.findChild<QTabWidget*>(QStringLiteral("myTabWidget"));
+    const auto contentOf = [settings](int tab) -> QObject* {
+        return qobject_cast<QScrollArea*>(settings->widget(tab))->widget();
+    };
+    const QList<QObject*> pages = {contentOf(1), bench.tree(), contentOf(0)};
+    QList<QObject*> registered;
+    for (QObject* widget : qAsConst(recorder.tracking)) {
+        if (pages.contains(widget))
+            registered.append(widget);
+    }
+    QCOMPARE(registered, pages);
+}
+
+void TestMainWidget::everyExchangeHasFiveSeconds_data()
+{
+    QTest::addColumn<QString>("part");
+    for (const char* part : {"read-back", "row", "table", "logging page", "run control"})
+        QTest::newRow(part) << QString::fromLatin1(part);
+}
+
+void TestMainWidget::everyExchangeHasFiveSeconds()
+{
+    QFETCH(QString, part);
+    TwoChannels bench;
+    bench.open();
+    const auto timeouts = [&bench] {
+        return bench.instrument().visa().calls().filter(QStringLiteral("0x3FFF001A"));
+    };
+    // The first one is the session's own.
+    for (const QString& call : timeouts().mid(1))
+        QVERIFY2(call.endsWith(QLatin1String(", 5000)")), qPrintable(call));
+    bench.instrument().visa().clearCalls();
+    if (part == QLatin1String("read-back"))
+        bench.readBack(201);
+    else if (part == QLatin1String("row"))
+        QTest::keyClick(bench.box(201, UnitColumn), Qt::Key_Down);
+    else if (part == QLatin1String("table"))
+        bench.tick(201);
+    else if (part == QLatin1String("logging page"))
+        QTest::mouseClick(bench.button(QStringLiteral("外部触发时")), Qt::LeftButton);
+    else
+        bench.window().scanFunc();
+    g_scanRunning = false;
+    QVERIFY(!timeouts().isEmpty());
+    for (const QString& call : timeouts())
+        QVERIFY2(call.endsWith(QLatin1String(", 5000)")), qPrintable(call));
 }
 
 void TestMainWidget::startupViewCoversTheReadBack()
