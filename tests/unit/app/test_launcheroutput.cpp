@@ -163,6 +163,9 @@ void TestLauncherOutput::inputOfTheProcessReachesTheWindow()
 {
     m_visa.recover(FakeVisa::Operation::Open);
     m_visa.setReply("*IDN?", "maker,SCN4070A,serial,1.0");
+    m_visa.setResponder([](const QByteArray& line) {
+        return line.contains('?') ? QByteArray("+0\n") : QByteArray();
+    });
     FedInput input;
     CapturedOutput output;
     QTest::ignoreMessage(QtDebugMsg, "child app received exit cmd!");
