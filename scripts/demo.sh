@@ -82,21 +82,24 @@ wait_for 20 "the end of the scan" received 'ABOR'
 sleep 3
 
 echo "exporting the readings to a CSV file"
-rm -f "$bin"/*_Trace_1_*.csv
+touch "$out/before_export"
+new_csv() { find "$bin" -maxdepth 1 -name '*_Trace_1_*.csv' -newer "$out/before_export"; }
 click 1455 880  # the export button
 click 840 585   # in its dialog: to the file
-# Its readings follow six lines that tell what they are.
-wait_for 20 "the CSV file" sh -c "[ \$(cat '$bin'/*_Trace_1_*.csv | wc -l) -gt 6 ]"
+# Its readings follow six lines that tell what they are; all of them are flushed at the end.
+has_rows() { [ -n "$(new_csv)" ] && [ "$(wc -l <"$(new_csv)")" -gt 6 ]; }
+wait_for 20 "the CSV file" has_rows
 sleep 1
-mv "$bin"/*_Trace_1_*.csv "$out"
+mv "$(new_csv)" "$out"
+rm "$out/before_export"
 csv_file=$(ls "$out"/*.csv)
 
 # The end of the launcher ends the program, which closes its day file.
 kill "$launcher"
 wait "$launcher" 2>/dev/null || true
 launcher=""
-day_file=$(ls "$bin"/*_Data/*.db)
-cp "$day_file" "$out"
+day_file=$(ls "$bin"/*_Data/*.db | tail -n 1) # two of them if midnight has passed
+cp "$bin"/*_Data/*.db "$out"
 
 echo
 echo "screenshot:  $out/screenshot.png"

@@ -120,7 +120,9 @@ void MainWidget::endExport()
 {
     if (m_exportThread->wait(kThreadWaitMs + kTerminationWaitMs))
         delete m_exportThread;
-    m_exportThread = nullptr; // one that hangs on its disk is left to the end of the process
+    else // it hangs on its disk: the process ends without taking apart what it uses
+        HelperThreads::start([thread = m_exportThread] { thread->wait(); });
+    m_exportThread = nullptr;
 }
 
 /// Keeps the controls from calling slots of the window while it is taken apart: hiding it takes the

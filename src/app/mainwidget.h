@@ -66,7 +66,8 @@ public:
     explicit MainWidget(QWidget* parent);
 
     /// Stops its threads, waiting up to 5000 ms for each before it ends it by force. Sends nothing: a
-    /// running scan goes on in the instrument. An export that runs leaves no file.
+    /// running scan goes on in the instrument. An export that runs is asked to stop first, is given
+    /// 6000 ms, and leaves no file.
     ~MainWidget() override;
 
 public slots:

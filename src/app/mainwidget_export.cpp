@@ -29,8 +29,7 @@ constexpr QSize kDialogSize(480, 330);
 void MainWidget::recvExportButtonSlot()
 {
     assertGuiThread();
-    // The overlay keeps the mouse away from the button; it can have the keyboard's focus all the same.
-    if (m_exportThread)
+    if (m_exportThread) // one at a time, whatever has led here
         return;
     if (!m_exportDialog)
         buildExportDialog();

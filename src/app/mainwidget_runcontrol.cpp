@@ -57,10 +57,10 @@ void MainWidget::recvStartButtonSlot()
     assertGuiThread();
     if (g_scanRunning) {
         // The acquisition thread drains the instrument and then clears the flag.
-        m_draining = true;
         stopElapsedTimer();
         ask(QStringLiteral("ABOR"));
         endScan();
+        m_draining = true;
         return;
     }
     // Without the link a start would empty the store and measure nothing.
@@ -188,10 +188,12 @@ void MainWidget::stopElapsedTimer()
         m_elapsedTimer->stop();
 }
 
-/// Notes the end of the run and shows the idle state.
+/// Notes the end of the run and shows the idle state. A run that the button has stopped ended then,
+/// not when its last readings are there.
 void MainWidget::endScan()
 {
-    g_scanEndText = runTimeText();
+    if (!m_draining)
+        g_scanEndText = runTimeText();
     resetStartButton();
 }
 
@@ -225,13 +227,12 @@ void MainWidget::recvElapsedTimeSlot()
 void MainWidget::recvLockScreenSlot()
 {
     assertGuiThread();
-    // The bar can be held when the scan has ended by itself; the end of that scan stays.
-    if (!g_scanRunning)
+    // The bar can be held when the scan has ended by itself, or when the button has stopped it and
+    // its last readings are being fetched; the end of that scan stays.
+    if (!g_scanRunning || m_draining)
         return;
     stopElapsedTimer();
-    // A run that the button has stopped is the acquisition thread's to end: readings are left.
-    if (!m_draining)
-        g_scanRunning = false;
+    g_scanRunning = false;
     ask(QStringLiteral("ABOR"));
     endScan();
 }

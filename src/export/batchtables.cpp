@@ -105,7 +105,7 @@ BatchTables collectTables(CurveDataDB& store, const QMap<int, QString>& curves, 
             qWarning() << "[获取分片表] 曲线" << curve.key() << "时间范围内无有效数据库文件";
     }
     for (const QString& path : paths) {
-        if (found.failed)
+        if (found.failed || stop)
             break;
         const FileIdentity file = fileIdentity(path);
         QSharedPointer<QSqlDatabase> db = store.openDb(path);

@@ -570,27 +570,24 @@ void TestCDeviceVisa::replyThatFillsTheBufferFails()
 void TestCDeviceVisa::onlyAReplyThatFillsTheBufferOverflows()
 {
     connectDevice();
-    bool overflowed = false;
+    ExchangeResult result{};
     m_fake->scriptRead(VI_SUCCESS_MAX_CNT, QByteArray(40959, 'r'));
-    m_device->sendCommand(QStringLiteral("R? 1000"), 5000, &overflowed);
-    QVERIFY(overflowed);
+    m_device->sendCommand(QStringLiteral("R? 1000"), 5000, result);
+    QCOMPARE(result, ExchangeResult::Overflowed);
     m_fake->setReply("R? 2", "rr");
-    QCOMPARE(m_device->sendCommand(QStringLiteral("R? 2"), 5000, &overflowed),
-             QStringLiteral("rr"));
-    QVERIFY(!overflowed);
-    for (const ViStatus failure : {VI_ERROR_TMO, VI_ERROR_CONN_LOST}) {
-        overflowed = true;
-        m_fake->scriptRead(failure, QByteArray());
-        m_device->sendCommand(QStringLiteral("R? 3"), 5000, &overflowed);
-        QVERIFY(!overflowed);
-    }
-    overflowed = true;
-    m_device->sendCommand(QStringLiteral("ABOR"), 5000, &overflowed);
-    QVERIFY(!overflowed);
+    QCOMPARE(m_device->sendCommand(QStringLiteral("R? 2"), 5000, result), QStringLiteral("rr"));
+    QCOMPARE(result, ExchangeResult::Done);
+    m_fake->scriptRead(VI_ERROR_TMO, QByteArray());
+    m_device->sendCommand(QStringLiteral("R? 3"), 5000, result);
+    QCOMPARE(result, ExchangeResult::TimedOut);
+    m_fake->scriptRead(VI_ERROR_CONN_LOST, QByteArray());
+    m_device->sendCommand(QStringLiteral("R? 3"), 5000, result);
+    QCOMPARE(result, ExchangeResult::Lost);
+    m_device->sendCommand(QStringLiteral("ABOR"), 5000, result);
+    QCOMPARE(result, ExchangeResult::Done);
     m_device->disconnectDevice();
-    overflowed = true;
-    m_device->sendCommand(QStringLiteral("R? 3"), 5000, &overflowed);
-    QVERIFY(!overflowed);
+    m_device->sendCommand(QStringLiteral("R? 3"), 5000, result);
+    QCOMPARE(result, ExchangeResult::Lost);
 }
 
 void TestCDeviceVisa::restOfALongReplyStaysWithTheInstrument()

@@ -32,7 +32,7 @@ void fill(const QString& path)
 
 /// What the window makes of an export that its disk refuses. Each test runs in a process of its own:
 /// there is one store for each.
-class TestExportDisk : public QObject
+class TestExportDialogDisk : public QObject
 {
     Q_OBJECT
 
@@ -50,19 +50,19 @@ private:
     static void exportSucceeds(ExportBench& bench, const QString& directory);
 };
 
-void TestExportDisk::init()
+void TestExportDialogDisk::init()
 {
     ExportBench::removeStore();
 }
 
-void TestExportDisk::cleanup()
+void TestExportDialogDisk::cleanup()
 {
     ExportBench::closeStore();
     ExportBench::removeStore();
 }
 
 /// Nothing stays but the message.
-void TestExportDisk::exportFails(ExportBench& bench, const QString& directory, const QString& text)
+void TestExportDialogDisk::exportFails(ExportBench& bench, const QString& directory, const QString& text)
 {
     bench.exportTo(directory);
     QCOMPARE(bench.message(), text);
@@ -71,7 +71,7 @@ void TestExportDisk::exportFails(ExportBench& bench, const QString& directory, c
 }
 
 /// The button is of use again.
-void TestExportDisk::exportSucceeds(ExportBench& bench, const QString& directory)
+void TestExportDialogDisk::exportSucceeds(ExportBench& bench, const QString& directory)
 {
     bench.exportTo(directory);
     QCOMPARE(csvFiles(directory).size(), 1);
@@ -79,7 +79,7 @@ void TestExportDisk::exportSucceeds(ExportBench& bench, const QString& directory
                                   QDir(directory).filePath(csvFiles(directory).constFirst()));
 }
 
-void TestExportDisk::diskFillsUpMeanwhile()
+void TestExportDialogDisk::diskFillsUpMeanwhile()
 {
     ExportBench bench;
     bench.scan(kRows);
@@ -90,7 +90,7 @@ void TestExportDisk::diskFillsUpMeanwhile()
     exportSucceeds(bench, directory.path());
 }
 
-void TestExportDisk::diskIsFullFromTheStart()
+void TestExportDialogDisk::diskIsFullFromTheStart()
 {
     ExportBench bench;
     bench.scan();
@@ -104,7 +104,7 @@ void TestExportDisk::diskIsFullFromTheStart()
     QVERIFY(privatemounts::unmount(directory.path()));
 }
 
-void TestExportDisk::directoryMayOnlyBeRead()
+void TestExportDialogDisk::directoryMayOnlyBeRead()
 {
     ExportBench bench;
     bench.scan();
@@ -124,8 +124,8 @@ int main(int argc, char** argv)
         return kSkipped;
     }
     const QApplication application(argc, argv);
-    TestExportDisk test;
+    TestExportDialogDisk test;
     return QTest::qExec(&test, argc, argv);
 }
 
-#include "test_exportdisk.moc"
+#include "test_exportdialogdisk.moc"
