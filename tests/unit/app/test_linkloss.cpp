@@ -144,6 +144,7 @@ void TestLinkLoss::lostLinkEndsTheReadBackOfAChange()
     window.resize(1500, 900);
     window.show();
     QVERIFY(QTest::qWaitForWindowActive(&window));
+    QTRY_VERIFY(bench.startupView()->isHidden()); // until then it keeps the keys away
     bench.dropLinkAt("FUNC? (@201)");
     CustomLineEdit* const gain = bench.edit(201, GainColumn);
     QTest::mouseClick(gain, Qt::LeftButton);

@@ -241,7 +241,9 @@ void TestExportOutcomes::stopInTheMidst()
     QCOMPARE(outcome.result, ExportCancelled);
     QCOMPARE(outcome.progress, QVector<qlonglong>{99}); // it goes no further than the row
     QVERIFY(outcome.files.isEmpty());
-    QCOMPARE(outcome.log, QStringList{text("debug: [导出线程] 收到停止信号，终止导出")});
+    // The reading ahead may have come to its end and told so.
+    QCOMPARE(outcome.log.constLast(), text("debug: [导出线程] 收到停止信号，终止导出"));
+    QCOMPARE(outcome.log.filter(text("debug: ")), outcome.log);
     QCOMPARE(filesIn(scene.outputDirectory()), QStringList());
 }
 
