@@ -1,4 +1,5 @@
 #include "app/globals.h"
+#include "app/helperthreads.h"
 #include "app/mainwidget.h"
 #include "exportbench.h"
 #include "exportdialoghand.h"
@@ -13,6 +14,7 @@
 #include <QAbstractButton>
 #include <QApplication>
 #include <QDir>
+#include <QElapsedTimer>
 #include <QFile>
 #include <QFileDialog>
 #include <QGroupBox>
@@ -20,6 +22,8 @@
 #include <QLineEdit>
 #include <QRegularExpression>
 #include <QScreen>
+#include <QSqlDatabase>
+#include <QSqlQuery>
 #include <QTemporaryDir>
 #include <QTimer>
 #include <QtTest>
@@ -53,6 +57,26 @@ QString base(const QString& name)
     QString text = name;
     return text.remove(QRegularExpression(QStringLiteral("_1_\\d{14}\\.csv$")));
 }
+
+/// A file of the store that a connection of its own keeps all others from reading.
+class LockedDayFile
+{
+public:
+    explicit LockedDayFile(const QString& path)
+    {
+        QSqlDatabase database =
+            QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), QStringLiteral("locked"));
+        database.setDatabaseName(path);
+        QVERIFY(database.open());
+        QSqlQuery query(database);
+        QVERIFY(query.exec(QStringLiteral("CREATE TABLE curve_info (curve_id INTEGER PRIMARY KEY, "
+                                          "name TEXT)")));
+        QVERIFY(query.exec(QStringLiteral("BEGIN EXCLUSIVE")));
+    }
+    ~LockedDayFile() { QSqlDatabase::removeDatabase(QStringLiteral("locked")); }
+    LockedDayFile(const LockedDayFile&) = delete;
+    LockedDayFile& operator=(const LockedDayFile&) = delete;
+};
 
 } // namespace
 
@@ -95,6 +119,7 @@ private slots:
     void secondExportCannotBeStartedByKeys();
     void exportsFollowOneAnother();
     void endOfTheWindowEndsAnExport();
+    void endOfTheWindowWaitsForALockOnce();
     void exitLeavesTheDialog_data();
     void exitLeavesTheDialog();
 
@@ -673,6 +698,32 @@ void TestExportDialog::endOfTheWindowEndsAnExport()
     bench.close();
     QCOMPARE(csvFiles(directory.path()), QStringList());
     QCoreApplication::processEvents();
+}
+
+/// The day before has a file that somebody else keeps.
+void TestExportDialog::endOfTheWindowWaitsForALockOnce()
+{
+    constexpr int kIntoTheWaitMs = 1000;
+    /// Five seconds of SQLite's, and a busy machine's own.
+    constexpr int kOneWaitMs = 9000;
+    ExportBench bench;
+    bench.scan();
+    const QDateTime yesterday = bench.start.addDays(-1);
+    const CurveDataDB* const store = CurveDataDB::instance(QString());
+    const LockedDayFile file(store->dbPathForTime(yesterday.toMSecsSinceEpoch()));
+    g_scanStartText = yesterday.toString(QStringLiteral("yyyy MM dd hh mm ss"));
+    const QTemporaryDir directory;
+    bench.startExport(directory.path());
+    QTest::qWait(kIntoTheWaitMs);
+    QVERIFY(bench.exportView()->isVisible());
+    WindowBench::endAcquisition();
+    QElapsedTimer timer;
+    timer.start();
+    bench.close();
+    QVERIFY2(timer.elapsed() < kOneWaitMs - kIntoTheWaitMs,
+             qPrintable(QString::number(timer.elapsed())));
+    QVERIFY(HelperThreads::waitForAll(0)); // the export has not been left to itself
+    QCOMPARE(csvFiles(directory.path()), QStringList());
 }
 
 void TestExportDialog::exitLeavesTheDialog_data()
