@@ -78,6 +78,7 @@ class TestExportDisk : public QObject
 private slots:
     void diskFullAtEachPage_data();
     void diskFullAtEachPage();
+    void diskFullAtTheEdgeOfAPart();
     void directoryThatMayOnlyBeRead();
     void directoryThatTurnsReadOnly();
 };
@@ -128,6 +129,36 @@ void TestExportDisk::diskFullAtEachPage()
             QVERIFY(partsIn(directory).values().toVector() == expected);
         }
     }
+}
+
+/// The end of the ninth part finds no room, and the name of the tenth would be a byte too long: what
+/// was lost first is told.
+void TestExportDisk::diskFullAtTheEdgeOfAPart()
+{
+    constexpr int kStemBytes = 234; // with "_9_", a stamp and ".csv" the longest name there is
+    constexpr int kRowsPerPart = 100;
+    ExportScene scene;
+    ExportOrder order = oneCurve(scene, 10 * kRowsPerPart);
+    const QString directory = QFileInfo(order.path).path();
+    order.path =
+        directory + QLatin1Char('/') + QString(kStemBytes, QLatin1Char('x')) + text(".csv");
+    order.rowsPerPart = kRowsPerPart;
+    const SmallDisk disk(directory);
+    QVERIFY(disk.isMounted());
+    const auto runWith = [&](bool full) {
+        return runExport(order, [&](CsvExportFromDBThread&) {
+            if (full && QDir(directory).entryList(QDir::Files).size() == 9)
+                disk.fillUpTo(0);
+        });
+    };
+    QCOMPARE(runWith(false).result, ExportFileError);
+    QVERIFY(QDir(directory).isEmpty());
+    const auto outcome = runWith(true);
+    QVERIFY(QDir(directory).remove(text("filler")));
+    QVERIFY2(outcome.result == ExportWriteError, qPrintable(outcome.log.join(QLatin1Char('\n'))));
+    QCOMPARE(outcome.log.last(), text("critical: [导出线程] 写入CSV行失败"));
+    QVERIFY(outcome.files.isEmpty());
+    QVERIFY(QDir(directory).isEmpty());
 }
 
 void TestExportDisk::directoryThatMayOnlyBeRead()

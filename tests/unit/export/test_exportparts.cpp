@@ -57,6 +57,7 @@ private slots:
     void directoryThatVanishedIsMadeAgain();
     void nameThatIsTooLong();
     void partThatCannotBeCreatedTakesTheEarlierOnes();
+    void secondPartThatCannotBeCreatedTakesTheFirst();
     void listedNamesMayBeAheadOfTheFiles();
     void fullPart();
 };
@@ -254,6 +255,31 @@ void TestExportParts::partThatCannotBeCreatedTakesTheEarlierOnes()
     QVERIFY2(line.startsWith(text("critical: [导出线程] 创建CSV分片失败： \"%1")
                                  .arg(order.path.chopped(4) + text("_10_"))),
              qPrintable(line));
+}
+
+/// Directories have the names that the second part can come to have.
+void TestExportParts::secondPartThatCannotBeCreatedTakesTheFirst()
+{
+    constexpr int kSeconds = 60;
+    ExportScene scene;
+    ExportOrder order = oneCurve(scene, 250);
+    order.rowsPerPart = 150;
+    const QDateTime now = QDateTime::currentDateTime();
+    const QString stem = order.path.chopped(4);
+    for (int second = 0; second < kSeconds; ++second)
+        QVERIFY(QDir().mkpath(
+            text("%1_2_%2.csv").arg(stem, now.addSecs(second).toString(text("yyyyMMddhhmmss")))));
+    bool hadFirst = false;
+    const auto outcome = runExport(order, [&](CsvExportFromDBThread&) {
+        hadFirst = QDir(scene.outputDirectory()).entryList(QDir::Files).size() == 1;
+    });
+    QVERIFY(hadFirst);
+    QCOMPARE(outcome.result, ExportFileError);
+    QVERIFY(outcome.files.isEmpty());
+    QVERIFY2(outcome.log.last().startsWith(
+                 text("critical: [导出线程] 创建CSV分片失败： \"%1_2_").arg(stem)),
+             qPrintable(outcome.log.last()));
+    QCOMPARE(QDir(scene.outputDirectory()).entryList(QDir::Files), QStringList());
 }
 
 /// The name in the list is read from the clock once more. With a clock that runs 20,000 times as
