@@ -1,3 +1,4 @@
+#include "acquisition/readdata.h"
 #include "app/globals.h"
 #include "app/helperthreads.h"
 #include "app/mainwidget.h"
@@ -107,6 +108,7 @@ private slots:
     void withoutCurvesThereIsAMessageAndNoFile();
     void fileHoldsTheScan_data();
     void fileHoldsTheScan();
+    void readingsAfterTheClickOnStopStayOut();
     void fileIsNamedAfterSerialAndName_data();
     void fileIsNamedAfterSerialAndName();
     void anyDirectoryWillDo_data();
@@ -444,6 +446,49 @@ void TestExportDialog::fileHoldsTheScan()
     QCOMPARE(base(names.constFirst()), ExportBench::serial() + QStringLiteral("_Trace"));
     QCOMPARE(bench.message(), QStringLiteral("导出成功") + path);
     QCOMPARE(contentOf(path), bench.csv(separator));
+}
+
+/// The readings of the drain are in the store and behind the second of the click.
+void TestExportDialog::readingsAfterTheClickOnStopStayOut()
+{
+    constexpr int kNextSecondMs = 1100;
+    ExportBench bench;
+    click(bench.startButton());
+    QTRY_VERIFY_WITH_TIMEOUT(g_scanRunning, ExportBench::kEndWaitMs);
+    QTest::qWait(kNextSecondMs);
+    click(bench.startButton());
+    const QString noted = g_scanEndText;
+    QTest::qWait(kNextSecondMs);
+    g_scanRunning = false;
+    const QSignalSpy stops(ReadData::instance(), &ReadData::sigStopScan);
+    emit ReadData::instance()->sigStopScan();
+    QTRY_COMPARE(stops.count(), 1);
+    QTest::qWait(0);
+    QCOMPARE(g_scanEndText, noted);
+
+    const QString format = QStringLiteral("yyyy MM dd hh mm ss");
+    const qint64 start = QDateTime::fromString(g_scanStartText, format).toMSecsSinceEpoch();
+    const qint64 end = QDateTime::fromString(noted, format).toMSecsSinceEpoch();
+    QVERIFY(start > 0 && end > start);
+    CurveDataDB* const store = CurveDataDB::instance(QString());
+    QVector<QPointF> points;
+    for (const qint64 time : {start - 1, start, end - 1, end, end + 1, end + 1000, end + 2000})
+        points.append({double(time), double(time - end)});
+    store->appendPoints(store->curveNames().firstKey(), points);
+    store->flushPending();
+
+    const QTemporaryDir directory;
+    bench.exportTo(directory.path());
+    const QStringList files = csvFiles(directory.path());
+    QCOMPARE(files.size(), 1);
+    QList<QByteArray> rows = contentOf(directory.filePath(files.constFirst())).split('\n');
+    rows = rows.mid(6); // below the titles
+    QVector<double> values;
+    for (const QByteArray& row : qAsConst(rows)) {
+        if (!row.isEmpty())
+            values.append(row.split(',').value(2).toDouble());
+    }
+    QCOMPARE(values, (QVector<double>{double(start - end), -1.0, 0.0}));
 }
 
 void TestExportDialog::fileIsNamedAfterSerialAndName_data()

@@ -141,6 +141,8 @@ private slots:
     void namelessChannelsAreDroppedWhenCountsDiffer();
 
     void stopButtonLeavesTheFlagToTheAcquisition();
+    void endOfAStoppedRunIsThatOfTheClick_data();
+    void endOfAStoppedRunIsThatOfTheClick();
     void countReachedEndsWithoutAbort();
     void stopReportOfARunningScanIsIgnored();
     void elapsedTimeEndsTheScan();
@@ -271,6 +273,57 @@ void TestRunControl::stopButtonLeavesTheFlagToTheAcquisition()
     bench.instrument().setReply(QStringLiteral("STAT:OPER:COND?"), QStringLiteral("+256"));
     QTRY_VERIFY_WITH_TIMEOUT(!g_scanRunning, 10000);
     QVERIFY(bench.isIdle());
+}
+
+void TestRunControl::endOfAStoppedRunIsThatOfTheClick_data()
+{
+    QTest::addColumn<QString>("meanwhile");
+    QTest::addColumn<QStringList>("lines");
+    QTest::newRow("nothing") << QString() << QStringList();
+    QTest::newRow("bar held") << QStringLiteral("bar") << QStringList();
+    QTest::newRow("second click") << QStringLiteral("click") << texts({"ABOR"});
+}
+
+/// Whatever comes while the last readings are fetched, and with the end of that.
+void TestRunControl::endOfAStoppedRunIsThatOfTheClick()
+{
+    constexpr int kNextSecondMs = 1100;
+    QFETCH(QString, meanwhile);
+    QFETCH(QStringList, lines);
+    Scan bench;
+    bench.run(WindowBench::AcquisitionRuns);
+    bench.instrument().setReply(QStringLiteral("DATA:POIN?"), QStringLiteral("+0"));
+    bench.instrument().setReply(QStringLiteral("STAT:OPER:COND?"), QStringLiteral("+16"));
+    QEvent enter(QEvent::Enter);
+    QCoreApplication::sendEvent(bench.tree(), &enter);
+    auto* veil = bench.tree()->findChild<LockableDataCollectionView*>();
+    QVERIFY(veil);
+    bench.takeLines();
+    QTest::mouseClick(bench.startButton(), Qt::LeftButton);
+    QCOMPARE(bench.takeLines(), texts({"ABOR"}));
+    const QString end = g_scanEndText;
+    QVERIFY(isRecentRunTime(end));
+    QTest::qWait(kNextSecondMs);
+    if (meanwhile == QLatin1String("bar")) {
+        veil->globalUnlock();
+        QTRY_VERIFY(!veil->isVisible());
+    } else if (meanwhile == QLatin1String("click")) {
+        QTest::mouseClick(bench.startButton(), Qt::LeftButton);
+    }
+    QTest::qWait(0);
+    QCOMPARE(bench.takeLines(), lines);
+    QCOMPARE(g_scanEndText, end);
+    QVERIFY(g_scanRunning);
+    // The drain ends by itself, and that is told.
+    const QSignalSpy stops(ReadData::instance(), &ReadData::sigStopScan);
+    bench.instrument().setReply(QStringLiteral("STAT:OPER:COND?"), QStringLiteral("+256"));
+    QTRY_VERIFY_WITH_TIMEOUT(!g_scanRunning, 10000);
+    QTRY_VERIFY_WITH_TIMEOUT(!stops.isEmpty(), 10000);
+    QTest::qWait(0);
+    QCOMPARE(g_scanEndText, end);
+    QVERIFY(bench.isIdle());
+    QCOMPARE(bench.takeLines(), QStringList());
+    WindowBench::endAcquisition();
 }
 
 void TestRunControl::countReachedEndsWithoutAbort()
