@@ -5,6 +5,7 @@
 #include "timescene.h"
 
 #include "export/csvexportfromdbthread.h"
+#include "storage/querymanager.h"
 
 #include <QDir>
 #include <QFile>
@@ -60,6 +61,8 @@ private slots:
     void checksComeInOrder();
     void successTellsItsFiles();
     void progressIsToldEachHundredRows();
+    void rowsReachTheFileByTheThousand();
+    void queriesAreTheExportsOwn();
     void endReachesOtherThreads();
     void secondStartIsRefused();
     void secondStartAtOnceIsRefused();
@@ -145,6 +148,49 @@ void TestExportOutcomes::progressIsToldEachHundredRows()
     const auto outcome = runExport(order);
     QCOMPARE(outcome.progress, (QVector<qlonglong>{99, 199, 299, 399, 499}));
     QCOMPARE(outcome.totals, QVector<qlonglong>(5, -1));
+}
+
+/// Counted in each part, while the export goes on.
+void TestExportOutcomes::rowsReachTheFileByTheThousand()
+{
+    constexpr int kHeaderLines = 6;
+    ExportScene scene;
+    ExportOrder order = oneCurve(scene, 4000);
+    order.rowsPerPart = 2500;
+    QMap<int, QVector<int>> lines; // of the parts, by the row
+    const auto outcome = runExport(order, [&](CsvExportFromDBThread&) {
+        QVector<int>& now = lines[lines.size() * 100 + 99];
+        const auto parts = partsIn(scene.outputDirectory());
+        for (const QByteArray& part : parts) {
+            QVERIFY(part.endsWith('\n'));
+            now.append(part.count('\n') - kHeaderLines);
+        }
+    });
+    QCOMPARE(outcome.result, ExportSuccess);
+    QCOMPARE(lines.value(999), QVector<int>{0});
+    QCOMPARE(lines.value(1099), QVector<int>{1000});
+    QCOMPARE(lines.value(1999), QVector<int>{1000});
+    QCOMPARE(lines.value(2099), QVector<int>{2000});
+    QCOMPARE(lines.value(2599), (QVector<int>{2500, 0}));
+    QCOMPARE(lines.value(3599), (QVector<int>{2500, 1000}));
+    QCOMPARE(partsIn(scene.outputDirectory()).values().toVector(), scene.expectedParts(order));
+}
+
+/// Whoever ends the queries of a connection leaves those of an export alone.
+void TestExportOutcomes::queriesAreTheExportsOwn()
+{
+    ExportScene scene;
+    const ExportOrder order = oneCurve(scene);
+    const QString connection =
+        scene.store()->openDb(scene.store().path("20260112"))->connectionName();
+    QVector<int> counts;
+    const auto outcome = runExport(order, [&](CsvExportFromDBThread&) {
+        counts.append(QueryManager::instance().queryCount(connection));
+        QueryManager::instance().finishQueries(connection);
+    });
+    QCOMPARE(outcome.result, ExportSuccess);
+    QCOMPARE(counts, QVector<int>(kRows / 100, 0));
+    QCOMPARE(partsIn(scene.outputDirectory()).value(1), scene.expectedParts(order).first());
 }
 
 void TestExportOutcomes::endReachesOtherThreads()
