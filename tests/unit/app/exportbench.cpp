@@ -16,6 +16,7 @@
 #include <QCoreApplication>
 #include <QDir>
 #include <QFile>
+#include <QRegularExpression>
 #include <QTimer>
 #include <QtTest>
 
@@ -29,7 +30,34 @@ const QString kRunTimeFormat = QStringLiteral("yyyy MM dd hh mm ss");
 
 } // namespace
 
+class ExportBench::OutcomeWatch : public QObject
+{
+public:
+    explicit OutcomeWatch(ExportBench& bench)
+        : m_bench(bench)
+    {
+        qApp->installEventFilter(this);
+    }
+
+    bool eventFilter(QObject* watched, QEvent* event) override
+    {
+        auto* const overlay =
+            event->type() == QEvent::Hide ? qobject_cast<LoadingView*>(watched) : nullptr;
+        // The message comes right after it, unless the window goes.
+        if (overlay && m_bench.m_awaited)
+            QTimer::singleShot(0, overlay, [this] {
+                m_bench.m_outcome = m_bench.message();
+                m_bench.m_awaited = false;
+            });
+        return false;
+    }
+
+private:
+    ExportBench& m_bench;
+};
+
 ExportBench::ExportBench(const QString& serialNumber)
+    : m_watch(std::make_unique<OutcomeWatch>(*this))
 {
     instrument().putModule(2, QStringLiteral("SCN4005A"));
     instrument().setReply(QStringLiteral("*IDN?"),
@@ -117,6 +145,8 @@ QByteArray ExportBench::csv(const QString& separator) const
 void ExportBench::inDialog(const std::function<void(const ExportDialogHand&)>& work)
 {
     bool hasWorked = false;
+    m_awaited = true;
+    m_outcome.clear();
     QTimer::singleShot(0, &window(), [this, &work, &hasWorked] {
         auto* dialog = window().findChild<CustomDialog*>();
         QVERIFY(dialog);
@@ -146,7 +176,7 @@ void ExportBench::exportTo(const QString& directory, const QString& name)
 
 void ExportBench::waitForEnd() const
 {
-    QTRY_VERIFY_WITH_TIMEOUT(exportView() && exportView()->isHidden(), kEndWaitMs);
+    QTRY_VERIFY_WITH_TIMEOUT(exportView() && exportView()->isHidden() && !m_awaited, kEndWaitMs);
 }
 
 LoadingView* ExportBench::exportView() const
@@ -164,6 +194,11 @@ bool ExportBench::isInformation() const
 {
     return messageDialog()->windowTitle() == QStringLiteral("信息") &&
            messageDialog()->findChild<QTimer*>()->interval() == 3000;
+}
+
+QString withoutStamps(QString text)
+{
+    return text.remove(QRegularExpression(QStringLiteral("_\\d{14}(?=\\.csv)")));
 }
 
 QStringList csvFiles(const QString& directory)

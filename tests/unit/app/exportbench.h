@@ -6,6 +6,7 @@
 #include <QDateTime>
 
 #include <functional>
+#include <memory>
 
 struct ExportDialogHand;
 
@@ -54,11 +55,26 @@ struct ExportBench : WindowBench
     /// The overlay of an export: the second busy one.
     LoadingView* exportView() const;
 
-    /// The message on show is an information for three seconds.
+    /// The message that followed the last export, caught before its three seconds were over.
+    const QString& outcome() const { return m_outcome; }
+
+    /// The last message was an information for three seconds.
     bool isInformation() const;
 
     QDateTime start;
+
+private:
+    /// Catches the message that follows the end of an export's overlay.
+    class OutcomeWatch;
+
+    std::unique_ptr<OutcomeWatch> m_watch;
+    bool m_awaited = false;
+    QString m_outcome;
 };
+
+/// A text without the times in the names of files. The name that an export tells is read from the
+/// clock once more, so that it can be a second ahead of the file's own.
+QString withoutStamps(QString text);
 
 /// The files of a directory that an export may have left.
 QStringList csvFiles(const QString& directory);
