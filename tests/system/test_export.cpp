@@ -7,6 +7,7 @@
 #include <QDateTime>
 #include <QDir>
 #include <QFile>
+#include <QFileInfo>
 #include <QTest>
 
 namespace {
@@ -65,6 +66,32 @@ QStringList expectedRows(const Readings& sent, qint64 start, qint64 end)
     return rows;
 }
 
+/// Makes each reading of the first channel in a directory's store a thousand million ones: no export
+/// comes to their end.
+void repeatReadings(const QString& directory)
+{
+    const QString stores = QDir(directory).filePath(
+        QDir(directory).entryList({QStringLiteral("*_Data")}, QDir::Dirs).value(0));
+    const QStringList names = QDir(stores).entryList({QStringLiteral("*.db")}, QDir::Files);
+    QVERIFY(!names.isEmpty());
+    for (const QString& name : names) {
+        const QString file = QDir(stores).filePath(name);
+        const QStringList tables = runSqlite(
+            file, QStringLiteral("SELECT table_name FROM batch_metadata WHERE curve_id = 1"));
+        QVERIFY(!tables.isEmpty());
+        runSqlite(file,
+                  QStringLiteral("CREATE TABLE thousand AS WITH RECURSIVE n(i) AS (SELECT 1 UNION "
+                                 "ALL SELECT i + 1 FROM n LIMIT 1000) SELECT i FROM n"));
+        for (const QString& table : tables)
+            runSqlite(file,
+                      QStringLiteral("ALTER TABLE \"%1\" RENAME TO \"once_%1\"; CREATE VIEW "
+                                     "\"%1\" AS SELECT o.curve_id, o.timestamp, o.value FROM "
+                                     "\"once_%1\" o CROSS JOIN thousand a CROSS JOIN thousand b "
+                                     "CROSS JOIN thousand c")
+                          .arg(table));
+    }
+}
+
 } // namespace
 
 /// A scan and its export with real clicks, and the file that the user takes away.
@@ -76,6 +103,8 @@ private slots:
     void initTestCase();
     void fileHoldsWhatTheInstrumentSent();
     void exitWithTheDialogOpenLeavesNothing();
+    void endInAnExportLeavesNothing_data();
+    void endInAnExportLeavesNothing();
 
 private:
     static QStringList arguments();
@@ -152,6 +181,47 @@ void TestExport::exitWithTheDialogOpenLeavesNothing()
     QVERIFY2(!program.crashed(), qPrintable(program.log()));
     QCOMPARE(program.exitCode(), 0);
     QCOMPARE(QDir(program.directory()).entryList({QStringLiteral("*.csv")}), QStringList());
+}
+
+void TestExport::endInAnExportLeavesNothing_data()
+{
+    QTest::addColumn<bool>("byLauncher");
+    QTest::newRow("exit") << true;
+    QTest::newRow("closed window") << false;
+}
+
+void TestExport::endInAnExportLeavesNothing()
+{
+    constexpr int kEndMs = 6000;
+    QFETCH(bool, byLauncher);
+    const SimulatedInstrument instrument(SimulatedInstrument::Transport::Tcp, arguments());
+    ProgramProcess program(m_display.name());
+    ProgramUser user(m_display, program);
+    QVERIFY(user.bringUp(instrument));
+    QVERIFY(user.startScan(instrument));
+    QVERIFY(ProgramUser::waitForPolls(instrument, 3));
+    user.clickStart();
+    QTRY_VERIFY_WITH_TIMEOUT(instrument.received().contains(QStringLiteral("ABOR")), kEndWaitMs);
+    QTRY_VERIFY_WITH_TIMEOUT(instrument.sent().count(QStringLiteral("+256")) >= 2, kEndWaitMs);
+    QVERIFY(ProgramUser::waitForPolls(instrument, 1));
+    repeatReadings(program.directory());
+
+    const QDir directory(program.directory());
+    QVERIFY(user.openExportDialog());
+    user.clickExportToFile();
+    QTRY_COMPARE_WITH_TIMEOUT(directory.entryList({kExportName}).size(), 1, kEndWaitMs);
+    const QFileInfo part(directory.filePath(directory.entryList({kExportName}).constFirst()));
+    QTRY_VERIFY_WITH_TIMEOUT((QFileInfo(part.filePath()).size() > 100000), kEndWaitMs);
+    if (byLauncher)
+        program.write("exit\n");
+    else
+        QVERIFY(m_display.closeWindow(program.windowHandle()));
+    QVERIFY(program.waitForEnd(kEndMs));
+    QVERIFY2(!program.crashed(), qPrintable(program.log()));
+    QCOMPARE(program.exitCode(), 0);
+    QVERIFY2(program.log().contains(QStringLiteral("[导出线程] 收到停止信号，终止导出")),
+             qPrintable(program.log()));
+    QCOMPARE(directory.entryList({QStringLiteral("*.csv")}), QStringList());
 }
 
 QTEST_GUILESS_MAIN(TestExport)
