@@ -28,15 +28,18 @@ QString LinkWatch::ask(const QString& command)
     return reply;
 }
 
-void LinkWatch::askAll(const QStringList& commands)
+bool LinkWatch::askAll(const QStringList& commands)
 {
-    if (!goesOn())
-        return;
+    if (commands.isEmpty() || !goesOn())
+        return true;
+    bool allTimedOut = true;
     auto command = commands.cbegin();
-    g_visa->sendCommands(commands, kExchangeTimeoutMs, [this, &command](ExchangeResult result) {
+    g_visa->sendCommands(commands, kExchangeTimeoutMs, [&](ExchangeResult result) {
+        allTimedOut = allTimedOut && result == ExchangeResult::TimedOut;
         note(result, *command++);
         return goesOn();
     });
+    return !allTimedOut;
 }
 
 void LinkWatch::show(const std::function<void()>& step) const

@@ -21,8 +21,9 @@ public:
     /// One exchange; an empty reply also when there is none any more.
     QString ask(const QString& command);
 
-    /// The exchanges of several commands in one go; the replies are not used.
-    void askAll(const QStringList& commands);
+    /// The exchanges of several commands in one go; the replies are not used. False when all of
+    /// them timed out.
+    bool askAll(const QStringList& commands);
 
     /// Runs a step on the GUI thread and waits for it.
     void show(const std::function<void()>& step) const;

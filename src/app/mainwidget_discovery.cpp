@@ -2,6 +2,7 @@
 
 #include "app/channeloptions.h"
 #include "app/globals.h"
+#include "app/guigate.h"
 #include "app/linkwatch.h"
 #include "channels/commfunc.h"
 #include "channels/functionnames.h"
@@ -46,6 +47,24 @@ struct ModuleAnswer
     int lastChannel;
 };
 
+/// What is known of a slot.
+struct SlotRegisters
+{
+    bool isPresent;
+    int type;
+    int lastChannel;
+};
+
+/// Enters a slot; what was known of it before.
+SlotRegisters enterSlot(int slot, const SlotRegisters& registers)
+{
+    const SlotRegisters before{slotPresent[slot], slotModuleType[slot], slotLastChannel[slot]};
+    slotPresent[slot] = registers.isPresent;
+    slotModuleType[slot] = registers.type;
+    slotLastChannel[slot] = registers.lastChannel;
+    return before;
+}
+
 /// Asks for the module of one slot; false for an empty slot.
 bool askModule(LinkWatch& link, int slot, ModuleAnswer& answer)
 {
@@ -60,13 +79,13 @@ bool askModule(LinkWatch& link, int slot, ModuleAnswer& answer)
     return true;
 }
 
-/// Wakes every channel of a module up; the answers are not used.
-void askModuleFunctions(LinkWatch& link, const ModuleAnswer& module)
+/// Wakes every channel of a module up; the answers are not used. False when none of them answers.
+bool askModuleFunctions(LinkWatch& link, const ModuleAnswer& module)
 {
     QStringList queries;
     for (int position = 1; position <= module.lastChannel + 1; ++position)
         queries.append(QStringLiteral("FUNC? (@%1)").arg(module.slot * 100 + position));
-    link.askAll(queries);
+    return link.askAll(queries);
 }
 
 void setCheckedQuietly(QRadioButton* radio)
@@ -105,12 +124,18 @@ bool MainWidget::discover(LinkWatch& link, MainWidget* window)
         ModuleAnswer module{};
         if (!askModule(link, slot, module))
             continue;
-        link.show([module] {
-            slotPresent[module.slot] = true;
-            slotModuleType[module.slot] = module.type;
-            slotLastChannel[module.slot] = module.lastChannel;
+        SlotRegisters before{};
+        link.show([module, &before] {
+            before = enterSlot(module.slot, {true, module.type, module.lastChannel});
         });
-        askModuleFunctions(link, module);
+        if (askModuleFunctions(link, module))
+            continue;
+        // A spoilt reply can read like a module. Every later read-back would wait for the channels of
+        // one that is not there, and end as on a dead link.
+        window->m_gate->run([slot, before, window] {
+            if (!window->slotItems.contains(slot))
+                enterSlot(slot, before);
+        });
     }
     if (link.isLost())
         g_instrumentConnected = false;

@@ -67,6 +67,7 @@ private slots:
     void lostLinkEndsTheReadBackAtOnce();
     void lostLinkEndsTheReadBackOfAChange();
     void lossDuringARecoveryCanBeTriedAgain();
+    void moduleOutOfASpoiltReplyIsForgotten();
     void lossWhileThePagesComeUpLateCanBeRecovered();
     void exitIsHeededBetweenTwoExchanges_data();
     void exitIsHeededBetweenTwoExchanges();
@@ -173,6 +174,25 @@ void TestLinkLoss::lossDuringARecoveryCanBeTriedAgain()
     QTRY_VERIFY_WITH_TIMEOUT(bench.reconnectView()->isHidden(), 10000);
     QVERIFY(g_instrumentConnected);
     WindowBench::endAcquisition();
+}
+
+void TestLinkLoss::moduleOutOfASpoiltReplyIsForgotten()
+{
+    TwoChannels bench;
+    bench.open().show();
+    bench.instrument().putModule(4, QStringLiteral("SCN4005A"));
+    bench.silenceAt("FUNC? (@401)");
+    bench.silenceAt("SYST:CTYP? 5", false);
+    bench.loseAndRecover();
+    QVERIFY(slotPresent[2]);
+    QVERIFY(!slotPresent[4]);
+    QCOMPARE(bench.instrument().lines().filter(QStringLiteral("(@40")),
+             (QStringList{QStringLiteral("FUNC? (@401)"), QStringLiteral("FUNC? (@402)")}));
+
+    // One that answers is there.
+    bench.instrument().whenAsked(QStringLiteral("FUNC? (@401)"), [] {});
+    bench.loseAndRecover();
+    QVERIFY(slotPresent[4]);
 }
 
 void TestLinkLoss::lossWhileThePagesComeUpLateCanBeRecovered()
