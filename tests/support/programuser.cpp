@@ -67,19 +67,18 @@ void ProgramUser::clickStart() const
     m_display.click(kStartButton.x(), kStartButton.y());
 }
 
-bool ProgramUser::chooseChannels(const SimulatedInstrument& instrument) const
+bool ProgramUser::chooseChannels(const SimulatedInstrument& instrument, int count) const
 {
-    for (int row = 0; row < 4; ++row)
+    for (int row = 0; row < count; ++row)
         tickChannel(row);
-    const auto listIsSent = [&instrument] {
-        return instrument.received().contains(QStringLiteral("ROUT:SCAN (@101:104)"));
-    };
+    const QString list = QStringLiteral("ROUT:SCAN (@101:10%1)").arg(count);
+    const auto listIsSent = [&instrument, &list] { return instrument.received().contains(list); };
     return QTest::qWaitFor(listIsSent, kWaitMs);
 }
 
-bool ProgramUser::startScan(const SimulatedInstrument& instrument) const
+bool ProgramUser::startScan(const SimulatedInstrument& instrument, int channels) const
 {
-    if (!chooseChannels(instrument))
+    if (!chooseChannels(instrument, channels))
         return false;
     clickStart();
     const auto readingsCome = [&instrument] {

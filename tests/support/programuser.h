@@ -28,11 +28,11 @@ public:
     /// Clicks the button that starts and stops a scan.
     void clickStart() const;
 
-    /// Ticks the first four channels; true when the scan list has gone out.
-    bool chooseChannels(const SimulatedInstrument& instrument) const;
+    /// Ticks the first channels, at most nine; true when the scan list has gone out.
+    bool chooseChannels(const SimulatedInstrument& instrument, int count = 4) const;
 
-    /// Ticks the first four channels and starts; true when readings are being fetched.
-    bool startScan(const SimulatedInstrument& instrument) const;
+    /// Ticks the first channels and starts; true when readings are being fetched.
+    bool startScan(const SimulatedInstrument& instrument, int channels = 4) const;
 
     /// Clicks the button that opens the export dialog; true when the dialog is there.
     bool openExportDialog() const;

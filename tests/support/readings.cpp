@@ -3,12 +3,15 @@
 #include <QDateTime>
 #include <QDir>
 #include <QProcess>
+#include <QSet>
 
 #include <cmath>
 
 namespace {
 
 constexpr int kFields = 9;
+/// A reply of this many bytes does not fit into the program's buffer.
+constexpr int kBlownUpReply = 40960;
 
 /// Local time of a record's fields 1 to 6.
 qint64 timeOf(const QStringList& fields, int first)
@@ -38,6 +41,65 @@ Readings readingsInReplies(const QStringList& sentLines)
         }
     }
     return readings;
+}
+
+Readings storableReadings(const QStringList& sentLines)
+{
+    QStringList sound;
+    for (const QString& line : sentLines) {
+        if (!line.startsWith(QLatin1Char('#')) || line.contains(QLatin1Char('@')) ||
+            line.size() >= kBlownUpReply)
+            continue;
+        const QStringList fields = line.mid(2 + line.mid(1, 1).toInt()).split(QLatin1Char(','));
+        for (int first = 0; first + kFields <= fields.size(); first += kFields) {
+            const QStringList record = fields.mid(first, kFields);
+            if (record[0].contains(QLatin1Char(' ')) && record[2].toInt() <= 12)
+                sound << QStringLiteral("#0") + record.join(QLatin1Char(','));
+        }
+    }
+    return readingsInReplies(sound);
+}
+
+QString difference(const Readings& readings, const Readings& wanted)
+{
+    QString text;
+    const QSet<int> channels = QSet<int>(readings.keyBegin(), readings.keyEnd()) +
+                               QSet<int>(wanted.keyBegin(), wanted.keyEnd());
+    for (const int channel : channels) {
+        const auto have = readings.value(channel);
+        const auto want = wanted.value(channel);
+        if (have == want)
+            continue;
+        int first = 0;
+        while (first < have.size() && first < want.size() && have[first] == want[first])
+            ++first;
+        text += QStringLiteral("channel %1: %2 readings instead of %3, the first %4 are equal; ")
+                    .arg(channel)
+                    .arg(have.size())
+                    .arg(want.size())
+                    .arg(first);
+    }
+    return text;
+}
+
+int countOf(const Readings& readings)
+{
+    int count = 0;
+    for (const auto& channel : readings)
+        count += channel.size();
+    return count;
+}
+
+int missingIn(const Readings& readings, double distanceMs)
+{
+    int missing = 0;
+    for (const auto& channel : readings) {
+        for (int i = 1; i < channel.size(); ++i) {
+            const auto distance = static_cast<double>(channel[i].first - channel[i - 1].first);
+            missing += static_cast<int>(std::lround(distance / distanceMs)) - 1;
+        }
+    }
+    return missing;
 }
 
 QString gapIn(const Readings& readings, double distanceMs)

@@ -13,8 +13,21 @@ using Readings = QMap<int, QVector<QPair<qint64, double>>>;
 /// fields a record behind a definite-length block header.
 Readings readingsInReplies(const QStringList& sentLines);
 
+/// What can be stored of the replies: the whole and sound records. A reply that does not fit into the
+/// program's buffer is left out.
+Readings storableReadings(const QStringList& sentLines);
+
 /// The readings in the day files of a directory, read with the sqlite3 program.
 Readings readingsInStore(const QString& directory);
+
+/// What two sets of readings do not share, for the report of a failure; empty if they are equal.
+QString difference(const Readings& readings, const Readings& wanted);
+
+int countOf(const Readings& readings);
+
+/// How many readings are missing between the first and the last of each channel, whose readings are
+/// that far apart.
+int missingIn(const Readings& readings, double distanceMs);
 
 /// The first place where a channel's readings are further apart than 1.5 times their distance, for the
 /// report of a failure; empty if none is missing.

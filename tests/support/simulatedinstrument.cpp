@@ -74,8 +74,15 @@ void SimulatedInstrument::thaw()
         ::kill(static_cast<pid_t>(m_process.processId()), SIGCONT);
 }
 
-QStringList SimulatedInstrument::lines(const QString& direction) const
+QStringList SimulatedInstrument::sentSince(const QString& received) const
 {
+    return lines(QStringLiteral(" < "), received);
+}
+
+/// The lines of one direction, from the last time on that the line `since` came in if there is one.
+QStringList SimulatedInstrument::lines(const QString& direction, const QString& since) const
+{
+    const QString begin = QStringLiteral(" > ") + since;
     QFile transcript(m_directory.filePath(QStringLiteral("transcript")));
     QStringList found;
     if (!transcript.open(QIODevice::ReadOnly))
@@ -84,6 +91,8 @@ QStringList SimulatedInstrument::lines(const QString& direction) const
         if (!line.endsWith('\n'))
             break; // still being written
         const QString text = QString::fromUtf8(line).chopped(1);
+        if (!since.isEmpty() && text.section(QLatin1Char(' '), 1).endsWith(begin))
+            found.clear();
         // "time transport > line"
         const int at = text.indexOf(direction);
         if (at >= 0 && text.left(at).count(QLatin1Char(' ')) == 1)

@@ -32,6 +32,8 @@ public:
     QStringList received() const { return lines(QStringLiteral(" > ")); }
     /// The lines that the instrument has sent so far, in order.
     QStringList sent() const { return lines(QStringLiteral(" < ")); }
+    /// The lines that it has sent since it received a line for the last time.
+    QStringList sentSince(const QString& received) const;
     /// The faults that have acted so far, in order.
     QStringList faults() const { return lines(QStringLiteral(" ! ")); }
 
@@ -43,7 +45,7 @@ public:
 
 private:
     QString readyLine();
-    QStringList lines(const QString& direction) const;
+    QStringList lines(const QString& direction, const QString& since = {}) const;
 
     QTemporaryDir m_directory;
     QProcess m_process;

@@ -1,13 +1,8 @@
-#include "support/programprocess.h"
-#include "support/programuser.h"
-#include "support/readings.h"
-#include "support/simulatedinstrument.h"
-#include "support/virtualdisplay.h"
+#include "support/faultsession.h"
 
 #include <QDir>
 #include <QElapsedTimer>
 #include <QFile>
-#include <QSet>
 #include <QTemporaryDir>
 #include <QTest>
 #include <QTime>
@@ -17,97 +12,31 @@
 
 namespace {
 
-using Transport = SimulatedInstrument::Transport;
-
 constexpr int kEndWaitMs = 20000;
 /// Six pauses of three seconds and seven polls that fail at once, and a busy machine.
 constexpr int kLossWaitMs = 18000 + 12000;
-/// The same with seven polls that run into their time-outs.
-constexpr int kSilenceWaitMs = 18000 + 7 * 5000 + 12000;
 constexpr int kExchangeMs = 5000;
-/// The length that the fault gives to a reply, in bytes.
-constexpr int kBlownUpReply = 50000;
 /// Ticked by ProgramUser::startScan().
 constexpr int kChannels = 4;
-constexpr int kFields = 9;
 /// Readings a second of which half a minute takes more than one reply, on a serial line too.
 constexpr int kSomeReadings = 60;
 /// Readings a second of which two time-outs take more than one reply.
 constexpr int kManyReadings = 100;
 
-const QString kBlank = QStringLiteral(" ");
 const QString kPoll = QStringLiteral("STAT:OPER:EVEN?");
-const QString kStore = QStringLiteral("/MY00000042_Data");
-
-QStringList options(const QStringList& more = {}, int readingsPerSecond = 40)
-{
-    return QStringList{QStringLiteral("--slots"), QStringLiteral("1:15"), QStringLiteral("--rate"),
-                       QString::number(readingsPerSecond)} +
-           more;
-}
-
-/// What can be stored of the replies: the whole and sound records. A reply that a fault has blown up
-/// beyond the program's buffer is left out.
-Readings storableReadings(const QStringList& sentLines)
-{
-    QStringList sound;
-    for (const QString& line : sentLines) {
-        if (!line.startsWith(QLatin1Char('#')) || line.contains(QLatin1Char('@')) ||
-            line.size() == kBlownUpReply)
-            continue;
-        const QStringList fields = line.mid(2 + line.mid(1, 1).toInt()).split(QLatin1Char(','));
-        for (int first = 0; first + kFields <= fields.size(); first += kFields) {
-            const QStringList record = fields.mid(first, kFields);
-            if (record[0].contains(kBlank) && record[2].toInt() <= 12)
-                sound << QStringLiteral("#0") + record.join(QLatin1Char(','));
-        }
-    }
-    return readingsInReplies(sound);
-}
-
-/// What two sets of readings do not share, for the report of a failure; empty if they are equal.
-QString difference(const Readings& readings, const Readings& wanted)
-{
-    QString text;
-    const QSet<int> channels = QSet<int>(readings.keyBegin(), readings.keyEnd()) +
-                               QSet<int>(wanted.keyBegin(), wanted.keyEnd());
-    for (const int channel : channels) {
-        const auto have = readings.value(channel);
-        const auto want = wanted.value(channel);
-        if (have == want)
-            continue;
-        int first = 0;
-        while (first < have.size() && first < want.size() && have[first] == want[first])
-            ++first;
-        text += QStringLiteral("channel %1: %2 readings instead of %3, the first %4 are equal; ")
-                    .arg(channel)
-                    .arg(have.size())
-                    .arg(want.size())
-                    .arg(first);
-    }
-    return text;
-}
-
-int countOf(const Readings& readings)
-{
-    int count = 0;
-    for (const auto& channel : readings)
-        count += channel.size();
-    return count;
-}
 
 } // namespace
 
 /// The program against an instrument that misbehaves: nothing crashes or hangs beyond the stated
 /// waits, what can be stored is, exchanges stay in step, and a lost link comes back.
-class TestFaults : public QObject
+class TestFaults : public FaultSession
 {
     Q_OBJECT
 
 private slots:
-    void initTestCase();
-    void init();
-    void cleanup();
+    void initTestCase() { QVERIFY2(hasDisplay(), "Xvfb did not start"); }
+    void init() { beginSession(); }
+    void cleanup() { endSession(QTest::currentTestFailed()); }
 
     void refusedConnectionAtStart();
     void silentIdentityAtStart();
@@ -125,104 +54,7 @@ private slots:
     void droppedLinkRecovers();
     void storeThatComesLateTakesTheRest();
     void linkedStoreIsLeftAlone();
-    void silentInstrumentIsGivenUpAndRecovers();
-
-private:
-    bool order(const QString& line);
-    bool waitForFault(const QString& begin) const;
-    bool stopScan();
-    bool waitForRest() const;
-    bool recover();
-    bool leave();
-    Readings stored() const;
-
-    VirtualDisplay m_display;
-    std::unique_ptr<SimulatedInstrument> m_instrument;
-    std::unique_ptr<ProgramProcess> m_program;
-    std::unique_ptr<ProgramUser> m_user;
 };
-
-void TestFaults::initTestCase()
-{
-    QVERIFY2(!m_display.name().isEmpty(), "Xvfb did not start");
-}
-
-void TestFaults::init()
-{
-    m_program = std::make_unique<ProgramProcess>(m_display.name());
-    m_user = std::make_unique<ProgramUser>(m_display, *m_program);
-}
-
-void TestFaults::cleanup()
-{
-    if (QTest::currentTestFailed())
-        qWarning("%s", qPrintable(m_program->log()));
-    m_user.reset();
-    m_program.reset();
-    m_instrument.reset();
-}
-
-/// Gives the instrument an order; false if it is refused.
-bool TestFaults::order(const QString& line)
-{
-    return m_instrument->order(line).startsWith(QLatin1String("ok"));
-}
-
-/// Waits until a fault has acted.
-bool TestFaults::waitForFault(const QString& begin) const
-{
-    return QTest::qWaitFor(
-        [this, &begin] { return !m_instrument->faults().filter(begin).isEmpty(); }, kEndWaitMs);
-}
-
-/// Presses stop and waits until the program has drained the instrument.
-bool TestFaults::stopScan()
-{
-    const auto aborts = [this] { return m_instrument->received().count(QStringLiteral("ABOR")); };
-    const auto idles = [this] { return m_instrument->sent().count(QStringLiteral("+256")); };
-    const int abortsBefore = aborts();
-    const int idlesBefore = idles();
-    m_user->clickStart();
-    return QTest::qWaitFor([&] { return aborts() > abortsBefore && idles() > idlesBefore; },
-                           kEndWaitMs) &&
-           waitForRest();
-}
-
-/// Waits until nothing but the status is polled: the instrument has been drained.
-bool TestFaults::waitForRest() const
-{
-    const auto rests = [this] {
-        const QStringList lines = m_instrument->received();
-        return lines.size() > 2 && lines.mid(lines.size() - 3) == QStringList{kPoll, kPoll, kPoll};
-    };
-    return QTest::qWaitFor(rests, 3 * kEndWaitMs);
-}
-
-/// Clicks the overlay's button and waits until the program is at work again.
-bool TestFaults::recover()
-{
-    const int openings = m_instrument->received().count(QStringLiteral("*CLS"));
-    m_user->clickRecovery();
-    return QTest::qWaitFor(
-               [this, openings] {
-                   return m_instrument->received().count(QStringLiteral("*CLS")) > openings;
-               },
-               kEndWaitMs) &&
-           QTest::qWaitFor([this] { return !m_user->seesRecoveryButton(); }, 2 * kEndWaitMs) &&
-           // The busy overlay of a window that has just come up goes after two seconds.
-           ProgramUser::waitForPolls(*m_instrument, 5);
-}
-
-bool TestFaults::leave()
-{
-    m_program->write("exit\n");
-    return m_program->waitForEnd(kEndWaitMs) && !m_program->crashed();
-}
-
-Readings TestFaults::stored() const
-{
-    return readingsInStore(m_program->directory() + kStore);
-}
 
 void TestFaults::refusedConnectionAtStart()
 {
@@ -442,7 +274,7 @@ void TestFaults::clockJumpIsStoredAsItComes()
     for (auto& channel : sent)
         std::sort(channel.begin(), channel.end());
     QCOMPARE(difference(stored(), sent), QString());
-    const QDir store(m_program->directory() + kStore);
+    const QDir store(storeDirectory());
     QCOMPARE(store.entryList({QStringLiteral("*.db")}).size(), 2);
 }
 
@@ -540,7 +372,7 @@ void TestFaults::droppedLinkRecovers()
 void TestFaults::storeThatComesLateTakesTheRest()
 {
     m_instrument = std::make_unique<SimulatedInstrument>(Transport::Tcp, options());
-    QFile inTheWay(m_program->directory() + kStore);
+    QFile inTheWay(storeDirectory());
     QVERIFY(inTheWay.open(QIODevice::WriteOnly));
     inTheWay.close();
     QVERIFY(m_user->bringUp(*m_instrument));
@@ -569,7 +401,7 @@ void TestFaults::linkedStoreIsLeftAlone()
     QFile kept(elsewhere.filePath(QStringLiteral("20200101.db")));
     QVERIFY(kept.open(QIODevice::WriteOnly));
     kept.close();
-    QVERIFY(QFile::link(elsewhere.path(), m_program->directory() + kStore));
+    QVERIFY(QFile::link(elsewhere.path(), storeDirectory()));
     QVERIFY(m_user->bringUp(*m_instrument));
     QVERIFY(m_user->startScan(*m_instrument));
     QVERIFY(stopScan());
@@ -583,23 +415,6 @@ void TestFaults::linkedStoreIsLeftAlone()
              QStringList{QStringLiteral("20200101.db")});
     QVERIFY(m_program->log().contains(QStringLiteral("数据目录是链接，不予使用")));
     QVERIFY(m_program->log().contains(QStringLiteral("数据目录是链接，不清理其内容")));
-}
-
-void TestFaults::silentInstrumentIsGivenUpAndRecovers()
-{
-    m_instrument = std::make_unique<SimulatedInstrument>(Transport::Tcp, options());
-    QVERIFY(m_user->bringUp(*m_instrument));
-    QVERIFY(order(QStringLiteral("fault silence")));
-    QVERIFY(waitForFault(QStringLiteral("silence")));
-    QTRY_VERIFY_WITH_TIMEOUT(m_user->seesRecoveryButton(), kSilenceWaitMs);
-    // One poll and six more.
-    QTRY_COMPARE(m_instrument->faults().size(), 7);
-    QVERIFY(order(QStringLiteral("clear")));
-    QVERIFY(recover());
-    QVERIFY(m_user->startScan(*m_instrument));
-    QVERIFY(stopScan());
-    QVERIFY(leave());
-    QCOMPARE(difference(stored(), readingsInReplies(m_instrument->sent())), QString());
 }
 
 QTEST_GUILESS_MAIN(TestFaults)
