@@ -98,6 +98,10 @@ QString AdvancedSetting::headerBranch()
 
 void AdvancedSetting::send(const QString& command)
 {
+    // What the user wants meanwhile would be lost: the recovery shows what the instrument has.
+    if (!g_instrumentConnected) {
+        return;
+    }
     g_visa->sendCommand(command, kExchangeTimeoutMs);
     emit sigComponentChanged(m_channel);
 }

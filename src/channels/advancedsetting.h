@@ -18,7 +18,9 @@ class QVBoxLayout;
 /// The popup with the options of one channel that do not fit into its row of the channel table. Each
 /// row has two: one for the options of the measurement function, one for the references of the scaling.
 /// A change goes to the instrument at once, a typed number once it is finished: on Return or when its box
-/// is left. sigComponentChanged() then asks for a read-back.
+/// is left. sigComponentChanged() then asks for a read-back. A panel that is hidden, as by a press outside
+/// or by its X, finishes the number that is being typed; one that is closed, as by Escape or by an overlay,
+/// drops it. Nothing is sent while the instrument is not connected.
 ///
 /// The controls are made when the panel is first shown. Until then the setters keep what the instrument
 /// reported, so that a large channel table costs nothing for panels that nobody opens. GUI thread only.
@@ -180,6 +182,7 @@ private:
     void buildCheck(Check check);
     void buildSpin(Spin spin);
     void showOfferedGroups();
+    void dropTypedNumber();
 
     CommFunc* m_commFunc = nullptr;
     int m_functionIndex = 0;

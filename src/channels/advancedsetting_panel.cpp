@@ -262,7 +262,7 @@ void AdvancedSetting::buildTitleBar(QVBoxLayout* layout)
     m_titleLabel->setTextFormat(Qt::PlainText);
     m_titleLabel->setStyleSheet(QStringLiteral("color: white; font-weight: bold;"));
     auto* close = new QPushButton(QStringLiteral("X"), m_titleBar);
-    connect(close, &QPushButton::clicked, this, &QWidget::close);
+    connect(close, &QPushButton::clicked, this, &QWidget::hide);
 
     auto* bar = new QHBoxLayout(m_titleBar);
     bar->addWidget(m_titleLabel);
@@ -360,8 +360,21 @@ bool AdvancedSetting::event(QEvent* event)
     const bool pressedOutside = event->type() == QEvent::MouseButtonPress &&
                                 !rect().contains(static_cast<QMouseEvent*>(event)->pos());
     if (pressedOutside || event->type() == QEvent::WindowDeactivate) {
-        close();
+        hide();
         return true;
     }
+    if (event->type() == QEvent::Close) {
+        dropTypedNumber();
+    }
     return QWidget::event(event);
+}
+
+/// A box that still has a number to take would report it on its way out.
+void AdvancedSetting::dropTypedNumber()
+{
+    for (QDoubleSpinBox* box : m_spins) {
+        if (box) {
+            box->setValue(box->value());
+        }
+    }
 }

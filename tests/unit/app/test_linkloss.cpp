@@ -1,16 +1,22 @@
 #include "acquisition/readdata.h"
 #include "app/globals.h"
 #include "app/mainwidget.h"
+#include "channels/advancedsetting.h"
 #include "overlay/loadingview.h"
 #include "resources/resources.h"
+#include "support/hand.h"
 #include "support/standardstreams_posix.h"
 #include "widgets/customlineedit.h"
 #include "windowbench.h"
 
 #include <QApplication>
+#include <QDoubleSpinBox>
+#include <QLineEdit>
 #include <QPushButton>
 #include <QTabWidget>
 #include <QtTest>
+
+#include <algorithm>
 
 namespace {
 
@@ -49,6 +55,15 @@ QStringList linesFrom(const QStringList& lines, const char* first)
     return lines.mid(lines.indexOf(QString::fromLatin1(first)));
 }
 
+/// The spin box that a panel shows; null when it shows none.
+const QDoubleSpinBox* shownSpinOf(const AdvancedSetting* panel)
+{
+    const auto boxes = panel->findChildren<QDoubleSpinBox*>();
+    const auto shown = std::find_if(boxes.cbegin(), boxes.cend(),
+                                    [](const auto* box) { return box->isVisible(); });
+    return shown != boxes.cend() ? *shown : nullptr;
+}
+
 } // namespace
 
 /// A link that dies, or goes half silent, while the window asks for the instrument's state; and a
@@ -66,6 +81,8 @@ private slots:
     void lostLinkEndsTheSearchAtOnce();
     void lostLinkEndsTheReadBackAtOnce();
     void lostLinkEndsTheReadBackOfAChange();
+    void overlayDropsWhatIsBeingTypedInAPanel_data();
+    void overlayDropsWhatIsBeingTypedInAPanel();
     void lossDuringARecoveryCanBeTriedAgain();
     void moduleOutOfASpoiltReplyIsForgotten();
     void lossWhileThePagesComeUpLateCanBeRecovered();
@@ -154,6 +171,43 @@ void TestLinkLoss::lostLinkEndsTheReadBackOfAChange()
     QTest::keyClick(gain, Qt::Key_Return);
     QCOMPARE(bench.instrument().lines().constLast(), QStringLiteral("FUNC? (@201)"));
     QVERIFY(bench.isLost());
+}
+
+void TestLinkLoss::overlayDropsWhatIsBeingTypedInAPanel_data()
+{
+    QTest::addColumn<bool>("isLoss");
+    QTest::newRow("recovery") << true;
+    QTest::newRow("busy") << false;
+}
+
+void TestLinkLoss::overlayDropsWhatIsBeingTypedInAPanel()
+{
+    QFETCH(const bool, isLoss);
+    TwoChannels bench;
+    MainWidget& window = bench.open();
+    window.resize(1500, 900);
+    window.show();
+    QVERIFY(QTest::qWaitForWindowActive(&window));
+    QTRY_VERIFY(bench.startupView()->isHidden());
+    AdvancedSetting* const panel = bench.openPanel(201, MoreColumn);
+    QVERIFY(QTest::qWaitForWindowActive(panel));
+    panel->setDelayMode(1);
+    const QDoubleSpinBox* const delay = shownSpinOf(panel);
+    QVERIFY(delay && delay->isEnabled());
+    hand::click(delay->findChild<QLineEdit*>());
+    hand::press(Qt::Key_A, Qt::ControlModifier);
+    hand::type(QStringLiteral("4"));
+    bench.instrument().takeLines();
+
+    if (isLoss)
+        bench.call("recvUseInstSlot");
+    else
+        bench.startupView()->showLoading();
+    QCOMPARE(bench.isLost(), isLoss);
+    QVERIFY(!panel->isVisible());
+    QCOMPARE(bench.instrument().takeLines(), QStringList());
+    QCOMPARE(delay->value(), 0.0);
+    QCOMPARE(delay->text(), QStringLiteral("0.000"));
 }
 
 void TestLinkLoss::lossDuringARecoveryCanBeTriedAgain()

@@ -66,7 +66,11 @@ public:
         m_panel.show();
     }
 
-    ~OpenPanel() { g_visa->disconnectDevice(); }
+    ~OpenPanel()
+    {
+        g_instrumentConnected = false;
+        g_visa->disconnectDevice();
+    }
 
     OpenPanel(const OpenPanel&) = delete;
     OpenPanel& operator=(const OpenPanel&) = delete;
@@ -152,6 +156,7 @@ private:
             return QByteArray();
         });
         g_visa->connectDevice(QStringLiteral("TCPIP0::127.0.0.1::5025::SOCKET"));
+        g_instrumentConnected = true;
         QObject::connect(&m_panel, &AdvancedSetting::sigComponentChanged, &m_panel,
                          [this](int channel) { m_log << QString::number(channel); });
     }

@@ -29,6 +29,9 @@ private slots:
     void typedNumberIsSentOnce();
     void typedNumberIsSentOnLeaving_data();
     void typedNumberIsSentOnLeaving();
+    void typedNumberIsDroppedOnClosing_data();
+    void typedNumberIsDroppedOnClosing();
+    void nothingIsSentWithoutAnInstrument();
     void typedResistanceIsCheckedWhole();
     void numberThatWasThereIsNotSent();
     void eachStepIsOneCommand();
@@ -119,6 +122,50 @@ void TestAdvancedSettingHand::typedNumberIsSentOnLeaving()
         QVERIFY(!open.panel().isVisible());
     }
     QCOMPARE(open.takeSent(), sent("STR:EXC 2.25,(@105)"));
+}
+
+void TestAdvancedSettingHand::typedNumberIsDroppedOnClosing_data()
+{
+    QTest::addColumn<bool>("byEscape");
+    QTest::newRow("Escape") << true;
+    QTest::newRow("closed by the program") << false;
+}
+
+void TestAdvancedSettingHand::typedNumberIsDroppedOnClosing()
+{
+    QFETCH(const bool, byEscape);
+    OpenPanel open(26);
+    QVERIFY(QTest::qWaitForWindowActive(&open.panel()));
+    enter(open.spin(kDriveVoltage));
+    hand::type(QStringLiteral("2.2"));
+    if (byEscape) {
+        hand::press(Qt::Key_Escape);
+    } else {
+        open.panel().close();
+    }
+    QVERIFY(!open.panel().isVisible());
+    QCOMPARE(open.takeSent(), QStringList());
+    // Opened again, the panel shows the number that is in force, and leaving it changes nothing.
+    open.panel().show();
+    QVERIFY(QTest::qWaitForWindowActive(&open.panel()));
+    QCOMPARE(open.spin(kDriveVoltage)->text(), QStringLiteral("5.000"));
+    hand::press(Qt::Key_Tab);
+    hand::click(open.button(QStringLiteral("X")));
+    QVERIFY(!open.panel().isVisible());
+    QCOMPARE(open.takeSent(), QStringList());
+}
+
+void TestAdvancedSettingHand::nothingIsSentWithoutAnInstrument()
+{
+    OpenPanel open(26);
+    QVERIFY(QTest::qWaitForWindowActive(&open.panel()));
+    g_instrumentConnected = false;
+    enter(open.spin(kDriveVoltage));
+    hand::type(QStringLiteral("2.25"));
+    hand::press(Qt::Key_Return);
+    open.list(kNplc)->setFocus(Qt::TabFocusReason);
+    hand::press(Qt::Key_Down);
+    QCOMPARE(open.takeSent(), QStringList());
 }
 
 void TestAdvancedSettingHand::typedResistanceIsCheckedWhole()
