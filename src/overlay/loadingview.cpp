@@ -68,7 +68,7 @@ struct LoadingView::State
     QPushButton* recoveryButton = nullptr;
     std::unique_ptr<InputBarrier> barrier;
     bool holdsFocus = false;     ///< From coming up until the focus has been given back.
-    QPointer<QWidget> lastFocus; ///< Had the focus when the view came up.
+    QPointer<QWidget> lastFocus; ///< Had the focus when the first of the views came up.
 };
 
 LoadingView::LoadingView(int mode, QWidget* parent)
@@ -272,7 +272,7 @@ void LoadingView::showEvent(QShowEvent* event)
     }
     raise();
     m_state->holdsFocus = true;
-    m_state->lastFocus = window()->focusWidget();
+    m_state->lastFocus = focusBelow();
     m_state->barrier->raise();
     qApp->installEventFilter(this);
     closePopups();
@@ -315,10 +315,42 @@ void LoadingView::takeFocus()
     target->setFocus(Qt::OtherFocusReason);
 }
 
+/// What has the window's focus. Where that is another view, what that view gives it back to: it may go
+/// before this one does.
+QWidget* LoadingView::focusBelow() const
+{
+    QWidget* focus = window()->focusWidget();
+    for (const LoadingView* view : window()->findChildren<LoadingView*>()) {
+        if (focus && view != this && view->m_state->holdsFocus &&
+            InputBarrier::isWithin(*focus, view)) {
+            return view->m_state->lastFocus;
+        }
+    }
+    return focus;
+}
+
+/// The topmost other view that is up and keeps the focus from what had it; null when there is none.
+LoadingView* LoadingView::nextHolder() const
+{
+    LoadingView* holder = nullptr;
+    for (LoadingView* view : window()->findChildren<LoadingView*>()) {
+        const QWidget* last = m_state->lastFocus;
+        if (view != this && view->m_state->holdsFocus && view->isVisible() &&
+            (!last || view->covers(*last))) {
+            holder = view;
+        }
+    }
+    return holder;
+}
+
 void LoadingView::giveFocusBack()
 {
     const QWidget* focus = window()->focusWidget();
     if (!focus || !InputBarrier::isWithin(*focus, this)) {
+        return;
+    }
+    if (LoadingView* holder = nextHolder()) {
+        holder->takeFocus();
         return;
     }
     if (m_state->lastFocus && m_state->lastFocus->isEnabled()) {

@@ -6,8 +6,8 @@
 
 /// Covers its parent while the program waits for the instrument: a turning ring with a text, or,
 /// after the link was lost, a text with a button that starts the recovery. While it is up no key and
-/// no wheel reaches what it covers: it has the focus and gives it back when it goes. It belongs to
-/// the GUI thread.
+/// no wheel reaches what it covers: it has the focus and gives it back when it goes, of several views
+/// the last one does. It belongs to the GUI thread.
 class LoadingView : public QGraphicsView
 {
     Q_OBJECT
@@ -54,6 +54,8 @@ private:
     bool covers(const QWidget& widget) const;
     void closePopups();
     void takeFocus();
+    QWidget* focusBelow() const;
+    LoadingView* nextHolder() const;
     void giveFocusBack();
 
     std::unique_ptr<State> m_state;

@@ -88,6 +88,8 @@ private slots:
     void raisedWhenShown();
     void keysDoNotReachWhatIsCovered();
     void focusComesBackToAnUnfinishedEdit();
+    void focusComesBackFromUnderTwoViews_data();
+    void focusComesBackFromUnderTwoViews();
     void shownWithItsWindowTakesTheFocus();
     void tabStaysOnTheView();
     void recoveryButtonWorksByKeyboard();
@@ -542,6 +544,45 @@ void TestLoadingView::focusComesBackToAnUnfinishedEdit()
     QVERIFY(edit.hasFocus());
     type(Qt::Key_3);
     QCOMPARE(edit.text(), QStringLiteral("13"));
+    type(Qt::Key_Return);
+    QCOMPARE(finished.size(), 1);
+}
+
+void TestLoadingView::focusComesBackFromUnderTwoViews_data()
+{
+    QTest::addColumn<bool>("lowerFirst");
+    QTest::newRow("the lower one goes first") << true;
+    QTest::newRow("the upper one goes first") << false;
+}
+
+void TestLoadingView::focusComesBackFromUnderTwoViews()
+{
+    QFETCH(bool, lowerFirst);
+    QLineEdit edit(m_parent.get());
+    edit.show();
+    edit.setFocus();
+    const QSignalSpy finished(&edit, &QLineEdit::editingFinished);
+    type(Qt::Key_1);
+
+    LoadingView busy(kBusy, m_parent.get());
+    LoadingView recovery(kRecovery, m_parent.get());
+    const QSignalSpy confirmed(&recovery, &LoadingView::confirmRequested);
+    busy.showLoading();
+    recovery.showLoading();
+    LoadingView& first = lowerFirst ? busy : recovery;
+    LoadingView& last = lowerFirst ? recovery : busy;
+    first.stopLoading();
+    type(Qt::Key_2);
+    QCOMPARE(edit.text(), QStringLiteral("1"));
+    QVERIFY(QApplication::focusWidget() == &last || last.isAncestorOf(QApplication::focusWidget()));
+    type(Qt::Key_Space);
+    QCOMPARE(confirmed.size(), lowerFirst ? 1 : 0);
+
+    last.stopLoading();
+    QVERIFY(edit.hasFocus());
+    type(Qt::Key_3);
+    QCOMPARE(edit.text(), QStringLiteral("13"));
+    QCOMPARE(finished.size(), 0);
     type(Qt::Key_Return);
     QCOMPARE(finished.size(), 1);
 }
