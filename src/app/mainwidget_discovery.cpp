@@ -303,7 +303,8 @@ void MainWidget::showScanList(const QList<int>& channels)
 }
 
 /// Selects the function in the channel's row, and takes its partner over or gives it back as choosing the
-/// function does; a name that the row does not offer changes nothing.
+/// function does; a name that the row does not offer changes nothing, and nor does any name in a row that is
+/// taken over: it shows the function of the row that has it.
 /// False when the channel has no row.
 bool MainWidget::showChannelFunction(int channel, const QString& displayName)
 {
@@ -311,6 +312,8 @@ bool MainWidget::showChannelFunction(int channel, const QString& displayName)
     CustomComboBox* const box = channelRow(channel).function;
     if (!box)
         return false;
+    if (isTakenOver(channel))
+        return true;
     const QSignalBlocker blocker(box);
     const int row = box->findText(displayName, Qt::MatchExactly | Qt::MatchCaseSensitive);
     if (row >= 0) {

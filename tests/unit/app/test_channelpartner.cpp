@@ -67,7 +67,10 @@ class TestChannelPartner : public QObject
 private slots:
     void reportedFourWireFunctionTakesThePartner();
     void startTakesThePartnersToo();
+    void readBackOfAPartnerLeavesItsBox();
     void reportedTwoWireFunctionGivesThePartnerBack();
+    void partnerThatComesBackHasTheControlsOfItsScaling_data();
+    void partnerThatComesBackHasTheControlsOfItsScaling();
     void refusedFourWireChoiceGivesThePartnerBack();
     void partnerThatWasItsOwnIsLeftAlone();
     void unknownFunctionLeavesThePartnerAsItIs();
@@ -108,6 +111,25 @@ void TestChannelPartner::startTakesThePartnersToo()
     QVERIFY(bench.isInUse(112));
 }
 
+void TestChannelPartner::readBackOfAPartnerLeavesItsBox()
+{
+    TwoBanks bench({{103, QStringLiteral("FRES")}, {113, QStringLiteral("VOLT")}});
+    QVERIFY(bench.isOutOfUse(113));
+    QCOMPARE(bench.functionOf(113), kFourWire);
+    bench.takeLines();
+    bench.readBack(113);
+    QCOMPARE(bench.functionOf(113), kFourWire);
+    QVERIFY(bench.isOutOfUse(113));
+    // It is read back like any other.
+    QCOMPARE(bench.takeLines(), voltageReadBack(113));
+    // Back in use, it shows what it measures.
+    bench.measure(103, QStringLiteral("RES"));
+    bench.readBack(103);
+    bench.measure(113, QStringLiteral("FREQ"));
+    bench.readBack(113);
+    QCOMPARE(bench.functionOf(113), QStringLiteral("频率"));
+}
+
 void TestChannelPartner::reportedTwoWireFunctionGivesThePartnerBack()
 {
     TwoBanks bench({{103, QStringLiteral("FRES")}});
@@ -119,6 +141,31 @@ void TestChannelPartner::reportedTwoWireFunctionGivesThePartnerBack()
     QCOMPARE(WindowBench::itemsOf(bench.box(113, FunctionColumn)), CommFunc().functionList(113));
     for (const QString& line : bench.takeLines())
         QVERIFY2(line.contains(QLatin1Char('?')), qPrintable(line));
+}
+
+void TestChannelPartner::partnerThatComesBackHasTheControlsOfItsScaling_data()
+{
+    QTest::addColumn<QString>("scaleFunction");
+    QTest::addColumn<bool>("isLinear");
+    QTest::newRow("linear") << QStringLiteral("SCAL") << true;
+    QTest::newRow("percent") << QStringLiteral("PCT") << false;
+}
+
+void TestChannelPartner::partnerThatComesBackHasTheControlsOfItsScaling()
+{
+    QFETCH(const QString, scaleFunction);
+    QFETCH(const bool, isLinear);
+    TwoBanks bench;
+    bench.instrument().setReply(QStringLiteral("CALC:SCAL:FUNC? (@114)"), scaleFunction);
+    bench.readBack(114);
+    bench.choose(104, kFourWire);
+    QVERIFY(bench.isOutOfUse(114));
+    bench.choose(104, QStringLiteral("频率"));
+    QVERIFY(bench.isInUse(114));
+    QCOMPARE(bench.box(114, ScaleFunctionColumn)->currentText(), scaleFunction);
+    QCOMPARE(bench.edit(114, GainColumn)->isEnabled(), isLinear);
+    QCOMPARE(bench.edit(114, OffsetColumn)->isEnabled(), isLinear);
+    QCOMPARE(bench.cell<QPushButton>(114, ScaleMoreColumn)->isEnabled(), !isLinear);
 }
 
 void TestChannelPartner::refusedFourWireChoiceGivesThePartnerBack()
