@@ -7,6 +7,7 @@
 #include "plot/curveoffsetcontroller.h"
 #include "storage/curveseriesdata.h"
 #include "widgets/customcombobox.h"
+#include "widgets/wheelguard.h"
 
 #include <qwt_plot_curve.h>
 
@@ -246,6 +247,7 @@ void BarChartWidget::buildPlotArea()
     connect(liveButton, &QPushButton::clicked, this, &BarChartWidget::onCurrDisPlot);
     auto* zoomBox = new CustomComboBox(area);
     zoomBox->addFunctionItems({tr("水平"), tr("垂直"), tr("双向")});
+    WheelGuard::install(zoomBox);
     connect(zoomBox, qOverload<int>(&QComboBox::currentIndexChanged), this,
             &BarChartWidget::onPlotZoomTypeChanged);
     auto* controlRow = new QHBoxLayout;
@@ -303,6 +305,7 @@ void BarChartWidget::buildRow(int row)
 
     auto* channelBox = new QComboBox(m_table->viewport());
     channelBox->addItem(tr("无"));
+    WheelGuard::install(channelBox);
     m_widgetRows[channelBox] = row;
     connect(channelBox, qOverload<int>(&QComboBox::currentIndexChanged), this,
             &BarChartWidget::onChannelTypeChange);
@@ -316,6 +319,7 @@ void BarChartWidget::buildRow(int row)
     unitsPerDivBox->addItems(
         {QStringLiteral("1/"), QStringLiteral("2/"), QStringLiteral("5/"), QStringLiteral("10/")});
     unitsPerDivBox->setEnabled(false);
+    WheelGuard::install(unitsPerDivBox);
     m_table->setCellWidget(row, UnitsPerDivColumn, unitsPerDivBox);
 
     m_table->setCellWidget(row, OffsetColumn, buildOffsetCell(row));
@@ -346,6 +350,7 @@ QWidget* BarChartWidget::buildOffsetCell(int row)
     spinBox->setValue(0.0);
     spinBox->setSuffix(QStringLiteral(" Vdc"));
     spinBox->setEnabled(false);
+    WheelGuard::install(spinBox);
     layout->addWidget(spinBox);
     m_widgetRows[spinBox] = row;
     connect(spinBox, qOverload<double>(&QDoubleSpinBox::valueChanged), this,

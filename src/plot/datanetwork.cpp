@@ -3,6 +3,7 @@
 #include "app/globals.h"
 #include "common/threadassert.h"
 #include "storage/curveseriesdata.h"
+#include "widgets/wheelguard.h"
 
 #include <QComboBox>
 #include <QHeaderView>
@@ -111,6 +112,7 @@ void DataNetwork::buildRow(int row)
 
     auto* combo = new QComboBox(m_table->viewport());
     combo->addItem(noChannel());
+    WheelGuard::install(combo);
     connect(combo, qOverload<int>(&QComboBox::currentIndexChanged), this,
             &DataNetwork::onChannelChanged);
     // A choice by hand counts also where the box stood on that channel already: after a new list it

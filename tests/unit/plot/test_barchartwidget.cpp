@@ -3,8 +3,10 @@
 #include "plot/custommagnifier.h"
 #include "seriesstore.h"
 #include "storage/nonowningcurvedata.h"
+#include "support/hand.h"
 
 #include <QDateTime>
+#include <QScrollBar>
 #include <QtTest>
 
 namespace {
@@ -34,6 +36,7 @@ private slots:
     void newCurveTakesTheColorOfItsRow();
     void newCurveLooksAtTheSharedSeries();
     void choosingAChannelEnablesItsRow();
+    void wheelNeedsTheFocus();
     void missingUnitIsEnteredAsEmpty();
     void channelWithoutSeriesKeepsTheSelection();
     void lateSeriesIsDrawnWithTheNextChoice();
@@ -122,6 +125,32 @@ void TestBarChartWidget::choosingAChannelEnablesItsRow()
     QCOMPARE(f.spinBox(5)->value(), 0.0);
     QVERIFY(!f.spinBox(4)->isEnabled());
     QVERIFY(!f.unitsPerDiv(6)->isEnabled());
+}
+
+void TestBarChartWidget::wheelNeedsTheFocus()
+{
+    ChartFixture f;
+    QVERIFY(QTest::qWaitForWindowActive(&f.chart));
+    m_store->add(101);
+    f.choose(0, 101);
+    QVERIFY(f.spinBox(0)->isEnabled());
+    const auto values = [&f] {
+        return QStringList{f.combo(0)->currentText(), f.unitsPerDiv(0)->currentText(),
+                           f.spinBox(0)->text(), f.zoomBox()->currentText()};
+    };
+    const QStringList before = values();
+    f.chart.setFocus(Qt::OtherFocusReason);
+    for (const QWidget* control :
+         QList<QWidget*>{f.combo(0), f.unitsPerDiv(0), f.spinBox(0), f.zoomBox()}) {
+        hand::movePointer(control, QPoint(5, 5));
+        hand::movePointer(control, control->rect().center());
+        hand::turnWheel(control, -1);
+        QCOMPARE(values(), before);
+        f.table()->verticalScrollBar()->setValue(0);
+    }
+    f.spinBox(0)->setFocus(Qt::TabFocusReason);
+    hand::turnWheel(f.spinBox(0), 1);
+    QCOMPARE(f.spinBox(0)->value(), 1.0);
 }
 
 void TestBarChartWidget::missingUnitIsEnteredAsEmpty()

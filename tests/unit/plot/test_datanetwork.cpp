@@ -1,10 +1,12 @@
 #include "plot/datanetwork.h"
 #include "seriesstore.h"
+#include "support/hand.h"
 
 #include <QAbstractItemView>
 #include <QComboBox>
 #include <QDateTime>
 #include <QHeaderView>
+#include <QScrollBar>
 #include <QSignalSpy>
 #include <QSizeGrip>
 #include <QTableWidget>
@@ -85,6 +87,7 @@ private slots:
     void refreshRewritesRowsWithAChannel();
     void newChannelListKeepsOldValuesUntilANewChoice();
     void noneChosenByHandEmptiesTheRow();
+    void wheelNeedsTheFocus();
     void slotWithoutASenderDoesNothing();
 
 private:
@@ -305,6 +308,26 @@ void TestDataNetwork::noneChosenByHandEmptiesTheRow()
     QTest::keyClick(f.combo(0)->view(), Qt::Key_Return);
     QCOMPARE(f.combo(0)->currentIndex(), 0);
     QCOMPARE(f.cells(0), kEmptyRow);
+}
+
+void TestDataNetwork::wheelNeedsTheFocus()
+{
+    Fixture f;
+    f.grid.resize(700, 300);
+    f.grid.show();
+    QVERIFY(QTest::qWaitForWindowActive(&f.grid));
+    f.combo(0)->clearFocus();
+    hand::movePointer(f.combo(0), QPoint(5, 5));
+    hand::movePointer(f.combo(0), f.combo(0)->rect().center());
+    hand::turnWheel(f.combo(0), -1);
+    QCOMPARE(f.combo(0)->currentIndex(), 0);
+    QVERIFY(!f.combo(0)->hasFocus());
+    // The table scrolls instead.
+    QVERIFY(f.table()->verticalScrollBar()->value() > 0);
+    f.table()->verticalScrollBar()->setValue(0);
+    f.combo(0)->setFocus(Qt::TabFocusReason);
+    hand::turnWheel(f.combo(0), -1);
+    QCOMPARE(f.combo(0)->currentIndex(), 1);
 }
 
 void TestDataNetwork::slotWithoutASenderDoesNothing()
