@@ -98,7 +98,7 @@ QString AdvancedSetting::headerBranch()
 
 void AdvancedSetting::send(const QString& command)
 {
-    // What the user wants meanwhile would be lost: the recovery shows what the instrument has.
+    // Nobody would answer; the recovery shows what the instrument has.
     if (!g_instrumentConnected) {
         return;
     }
