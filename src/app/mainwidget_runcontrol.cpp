@@ -128,6 +128,11 @@ void MainWidget::recvDataClearFinished()
 void MainWidget::scanFunc()
 {
     assertGuiThread();
+    if (m_reconnecting || !g_instrumentConnected) {
+        // Lost since the click: the recovery, which has its overlay up, gives the button back.
+        m_starting = false;
+        return;
+    }
     if (ask(QStringLiteral("*IDN?")).isEmpty()) {
         m_starting = false;
         m_messageDialog->showMessage(tr("机器已断开"), kErrorMessage, kMessageMs);
@@ -219,6 +224,9 @@ void MainWidget::recvElapsedTimeSlot()
 {
     assertGuiThread();
     stopElapsedTimer();
+    // Once the instrument is found again, the recovery stops it and its readings are fetched.
+    if (!g_instrumentConnected)
+        return;
     ask(QStringLiteral("ABOR"));
     g_scanRunning = false;
     endScan();

@@ -146,6 +146,7 @@ private slots:
     void countReachedEndsWithoutAbort();
     void stopReportOfARunningScanIsIgnored();
     void elapsedTimeEndsTheScan();
+    void elapsedTimeOfALostRunLeavesItToTheRecovery();
     void elapsedTimeIsInMilliseconds();
     void manualStopStartsNoTimer();
     void everyEndStopsTheTimer_data();
@@ -375,6 +376,34 @@ void TestRunControl::elapsedTimeEndsTheScan()
     // The timer is stopped by its slot.
     QTest::qWait(1300);
     QCOMPARE(bench.takeLines(), scanLines() + texts({"ABOR"}));
+}
+
+void TestRunControl::elapsedTimeOfALostRunLeavesItToTheRecovery()
+{
+    Scan bench;
+    bench.open().show();
+    bench.stopAfter(0, 1);
+    StopTimerFinder finder;
+    bench.window().scanFunc();
+    bench.exportButton()->setEnabled(false);
+    bench.instrument().setReply(QStringLiteral("STAT:OPER:COND?"), QStringLiteral("+16"));
+    emit ReadData::instance()->sigUseInst();
+    bench.takeLines();
+    QTRY_VERIFY_WITH_TIMEOUT(finder.timer(), 10000);
+    QTRY_VERIFY(!finder.timer()->isActive());
+    QCOMPARE(bench.takeLines(), QStringList());
+    QVERIFY(g_scanRunning);
+
+    bench.instrument().whenAsked(QStringLiteral("ABOR"), [&bench] {
+        bench.instrument().setReply(QStringLiteral("STAT:OPER:COND?"), QStringLiteral("+256"));
+    });
+    g_scanEndText.clear();
+    bench.clickRecovery();
+    QTRY_VERIFY_WITH_TIMEOUT(!g_scanEndText.isEmpty(), 10000);
+    QCOMPARE(bench.takeLines().filter(QStringLiteral("ABOR")), texts({"ABOR"}));
+    QVERIFY(!g_scanRunning);
+    QVERIFY(bench.isIdle());
+    WindowBench::endAcquisition();
 }
 
 void TestRunControl::elapsedTimeIsInMilliseconds()

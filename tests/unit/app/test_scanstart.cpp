@@ -18,6 +18,7 @@
 #include <QHBoxLayout>
 #include <QIcon>
 #include <QLabel>
+#include <QSemaphore>
 #include <QTemporaryDir>
 #include <QTimer>
 #include <QtTest>
@@ -93,6 +94,8 @@ private slots:
     void secondScanStartsFromAnEmptyStore();
     void startOnAnotherInstrumentEmptiesTheStoreInUse();
     void startWithoutAnIdentityLeadsToTheRecovery();
+    void lossWhileStartingEndsTheStart();
+    void recoveryWhileStartingEndsTheStart();
     void windowsEndWhileStartingSendsNothing();
     void labelSaysWhenNothingCanBeStored();
 };
@@ -281,6 +284,59 @@ void TestScanStart::startWithoutAnIdentityLeadsToTheRecovery()
     bench.startButton()->click();
     QTRY_VERIFY_WITH_TIMEOUT(g_scanRunning, 10000);
     QCOMPARE(bench.takeLines(), scanLines());
+}
+
+void TestScanStart::lossWhileStartingEndsTheStart()
+{
+    Start bench;
+    bench.takeLines();
+    QTest::mouseClick(bench.startButton(), Qt::LeftButton);
+    emit ReadData::instance()->sigUseInst();
+    QVERIFY(HelperThreads::waitForAll(10000));
+    QTest::qWait(100);
+    QCOMPARE(bench.takeLines(), QStringList());
+    QVERIFY(!g_scanRunning);
+    QCOMPARE(bench.startButton()->text(), QStringLiteral("停止"));
+    QVERIFY(!bench.startupView()->isVisible());
+    QVERIFY(bench.reconnectView() && bench.reconnectView()->isVisible());
+
+    bench.clickRecovery();
+    QTRY_VERIFY_WITH_TIMEOUT(!bench.reconnectView()->isVisible(), 10000);
+    WindowBench::endAcquisition();
+    QCOMPARE(bench.startButton()->text(), QStringLiteral("开始"));
+    QVERIFY(bench.exportButton()->isEnabled());
+    QVERIFY(!bench.runningLabel()->isVisible());
+    bench.takeLines();
+    QTest::mouseClick(bench.startButton(), Qt::LeftButton);
+    QTRY_VERIFY_WITH_TIMEOUT(g_scanRunning, 10000);
+    QCOMPARE(bench.takeLines(), scanLines());
+}
+
+/// The link is there again, but the recovery still reads the instrument's state.
+void TestScanStart::recoveryWhileStartingEndsTheStart()
+{
+    Start bench;
+    QSemaphore asked;
+    QSemaphore answered;
+    bench.instrument().whenAsked(QStringLiteral("STAT:OPER:COND?"), [&asked, &answered] {
+        asked.release();
+        answered.tryAcquire(1, 20000);
+    });
+    bench.takeLines();
+    QTest::mouseClick(bench.startButton(), Qt::LeftButton);
+    emit ReadData::instance()->sigUseInst();
+    bench.clickRecovery();
+    QTRY_COMPARE_WITH_TIMEOUT(asked.available(), 1, 10000);
+    QVERIFY(g_instrumentConnected);
+    // The start's last step follows the series.
+    QTRY_VERIFY_WITH_TIMEOUT(g_curveSeries.value(201), 10000);
+    QTest::qWait(100);
+    answered.release();
+    QTRY_VERIFY_WITH_TIMEOUT(!bench.reconnectView()->isVisible(), 10000);
+    WindowBench::endAcquisition();
+    QVERIFY(!bench.takeLines().contains(QStringLiteral("INIT")));
+    QVERIFY(!g_scanRunning);
+    QCOMPARE(bench.startButton()->text(), QStringLiteral("开始"));
 }
 
 void TestScanStart::windowsEndWhileStartingSendsNothing()
