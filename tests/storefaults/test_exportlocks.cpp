@@ -72,6 +72,7 @@ class TestExportLocks : public QObject
 private slots:
     void lockIsWaitedForOnce_data();
     void lockIsWaitedForOnce();
+    void lockInTheMidstIsWaitedForOnce_data() { lockIsWaitedForOnce_data(); }
     void lockInTheMidstIsWaitedForOnce();
     void stopInTheWait_data();
     void stopInTheWait();
@@ -119,6 +120,7 @@ void TestExportLocks::lockIsWaitedForOnce()
 /// All the cursors come to the file's end at the same row.
 void TestExportLocks::lockInTheMidstIsWaitedForOnce()
 {
+    QFETCH(bool, isOpen);
     ExportScene scene;
     const ExportOrder order = twoDays(scene);
     std::unique_ptr<LockingProcess> lock;
@@ -126,8 +128,10 @@ void TestExportLocks::lockInTheMidstIsWaitedForOnce()
     const auto outcome = runExport(order, [&](CsvExportFromDBThread&) {
         if (lock)
             return;
-        lock = std::make_unique<LockingProcess>(scene.store().path(kSecondDay),
-                                                LockingProcess::Everything, kForever);
+        const QString path = scene.store().path(kSecondDay);
+        if (!isOpen) // as when the pool has had to make room
+            ConnectionPool::instance().discardConnection(path);
+        lock = std::make_unique<LockingProcess>(path, LockingProcess::Everything, kForever);
         QVERIFY(lock->isHeld());
         timer.start();
     });
