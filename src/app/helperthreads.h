@@ -2,7 +2,8 @@
 
 #include <functional>
 
-/// The detached threads of work that must not block the window: rebuilding the series, reconnecting.
+/// The detached threads of work that must not block the window: rebuilding the series, reconnecting,
+/// and at the end of the window the wait for a thread that cannot be ended.
 namespace HelperThreads {
 
 /// Runs `work` on a thread of its own, which nobody joins.

@@ -54,6 +54,14 @@ void removeMargins(QLayout* layout)
     layout->setSpacing(0);
 }
 
+/// Leaves a thread that cannot be ended to the end of the process, which then takes nothing apart that
+/// the thread uses.
+void leaveBehind(QThread* thread)
+{
+    thread->setParent(nullptr);
+    HelperThreads::start([thread] { thread->wait(); });
+}
+
 /// Waits for a thread that was told to stop. One that hangs in an exchange is woken; where that does
 /// not help, as with a platform's library, it is ended by force. Deletes it.
 template <typename Thread>
@@ -66,9 +74,8 @@ void endThread(Thread*& thread)
             qWarning() << "线程未能结束，强制终止";
             thread->terminate();
         }
-        // A thread that even this does not end is left to the end of the process.
         if (!thread->wait(kTerminationWaitMs)) {
-            thread->setParent(nullptr);
+            leaveBehind(thread);
             thread = nullptr;
             return;
         }
@@ -120,8 +127,8 @@ void MainWidget::endExport()
 {
     if (m_exportThread->wait(kThreadWaitMs + kTerminationWaitMs))
         delete m_exportThread;
-    else // it hangs on its disk: the process ends without taking apart what it uses
-        HelperThreads::start([thread = m_exportThread] { thread->wait(); });
+    else // it hangs on its disk
+        leaveBehind(m_exportThread);
     m_exportThread = nullptr;
 }
 

@@ -34,6 +34,7 @@
 
 #include <algorithm>
 #include <atomic>
+#include <thread>
 
 namespace {
 
@@ -179,6 +180,7 @@ private slots:
     void endOfTheWindowDropsWhatIsBeingTyped();
     void endOfTheWindowSilencesAReconnect();
     void acquisitionThatHangsIsEndedByForce();
+    void acquisitionThatForceDoesNotEndIsLeftBehind();
 };
 
 void TestMainWidget::startUpSendsTheseLines()
@@ -734,6 +736,30 @@ void TestMainWidget::acquisitionThatHangsIsEndedByForce()
     QVERIFY(!readData);
     QVERIFY2(clock.elapsed() >= 4900, qPrintable(QString::number(clock.elapsed())));
     QVERIFY2(clock.elapsed() < 12000, qPrintable(QString::number(clock.elapsed())));
+}
+
+/// The entry sees a helper that still runs, and ends the process without taking apart what it uses.
+void TestMainWidget::acquisitionThatForceDoesNotEndIsLeftBehind()
+{
+    TwoChannels bench;
+    bench.open(WindowBench::AcquisitionRuns);
+    std::atomic<bool> hangs{false};
+    std::atomic<bool> isFree{false};
+    bench.instrument().whenAsked(QStringLiteral("STAT:OPER:EVEN?"), [&hangs, &isFree] {
+        hangs = true;
+        // Never looks whether it is to end, as when it waits in the kernel.
+        while (!isFree)
+            std::this_thread::yield();
+    });
+    QTRY_VERIFY_WITH_TIMEOUT(hangs, 10000);
+    const QPointer<ReadData> acquisition = ReadData::instance();
+    bench.close();
+    QVERIFY(acquisition && acquisition->isRunning());
+    QVERIFY(!HelperThreads::waitForAll(1000));
+    isFree = true;
+    QVERIFY(HelperThreads::waitForAll(10000));
+    QVERIFY(acquisition->wait(10000));
+    delete acquisition;
 }
 
 QTEST_MAIN(TestMainWidget)
