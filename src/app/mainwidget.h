@@ -214,6 +214,7 @@ private:
 
     std::shared_ptr<GuiGate> m_gate;
     std::unique_ptr<LauncherOutput> m_launcherOutput;
+    std::shared_ptr<LinkWatch> m_link; ///< of the read-backs on the GUI thread, until a loss
 
     CommFunc* m_commFunc = nullptr;
     CustomMessageDialog* m_messageDialog = nullptr;

@@ -30,9 +30,11 @@ constexpr int kExchangeTimeoutMs = 5000;
 constexpr int kMessageMs = 3000;
 constexpr int kErrorMessage = 1;
 
+/// Nothing goes out between a loss and its recovery, which reads all of it back.
 void send(const QString& command)
 {
-    g_visa->sendCommand(command, kExchangeTimeoutMs);
+    if (g_instrumentConnected)
+        g_visa->sendCommand(command, kExchangeTimeoutMs);
 }
 
 void refillQuietly(CustomComboBox* box, const QStringList& items)

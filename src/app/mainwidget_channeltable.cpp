@@ -49,6 +49,15 @@ constexpr ColumnFact kColumns[ChannelColumnCount] = {
 constexpr int kFunctionItemSpacing = 15;
 constexpr int kPanelSlots = 3;
 
+/// Sends the scan list; false when the instrument refuses it.
+bool sendScanList()
+{
+    const QString list = compressScanList(g_scanChannels.keys());
+    g_visa->sendCommand(QStringLiteral("ROUT:SCAN (@%1)").arg(list), kExchangeTimeoutMs);
+    const QString error = g_visa->sendCommand(QStringLiteral("SYST:ERR?"), kExchangeTimeoutMs);
+    return error.section(QLatin1Char(','), 0, 0).toInt() >= 0;
+}
+
 } // namespace
 
 QWidget* MainWidget::buildInstrumentPage()
@@ -281,10 +290,7 @@ void MainWidget::onItemChanged(QTreeWidgetItem* item, int column)
         else if (moduleItems.contains(item->parent()))
             onChannelItemChanged(item, ScanColumn);
         rebuildScanChannels();
-        const QString list = compressScanList(g_scanChannels.keys());
-        g_visa->sendCommand(QStringLiteral("ROUT:SCAN (@%1)").arg(list), kExchangeTimeoutMs);
-        const QString error = g_visa->sendCommand(QStringLiteral("SYST:ERR?"), kExchangeTimeoutMs);
-        if (error.section(QLatin1Char(','), 0, 0).toInt() < 0)
+        if (g_instrumentConnected && !sendScanList())
             putMarksBack(before);
     }
     m_startupView->stopLoading();

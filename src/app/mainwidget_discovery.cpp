@@ -149,13 +149,19 @@ void MainWidget::readBackInstrument()
     readBackHere([this](LinkWatch& link) { readBack(link, this); });
 }
 
-/// A read-back on the GUI thread. One that finds the link dead leads to the recovery.
+/// A read-back on the GUI thread. One that finds the link dead leads to the recovery, and what is left
+/// of the gesture asks nothing more. The watch goes on from one read-back to the next: each of a few
+/// questions would never add up to the minute.
 void MainWidget::readBackHere(const std::function<void(LinkWatch&)>& questions)
 {
     assertGuiThread();
-    LinkWatch link(m_gate);
-    questions(link);
-    if (link.isLost())
+    if (!g_instrumentConnected)
+        return;
+    if (!m_link)
+        m_link = std::make_shared<LinkWatch>(m_gate);
+    const std::shared_ptr<LinkWatch> link = m_link;
+    questions(*link);
+    if (link->isLost())
         loseInstrument();
 }
 

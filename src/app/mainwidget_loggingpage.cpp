@@ -33,9 +33,11 @@ constexpr int kMaxRowLimit = 100000;
 constexpr int kMaxSweeps = 1000000;
 constexpr int kGroupMargin = 4; ///< Left and right: the longest line fits the page's width.
 
+/// Nothing goes out between a loss and its recovery, which reads all of it back.
 void send(const QString& command)
 {
-    g_visa->sendCommand(command, kExchangeTimeoutMs);
+    if (g_instrumentConnected)
+        g_visa->sendCommand(command, kExchangeTimeoutMs);
 }
 
 QLabel* makeLabel(const QString& text, QWidget* parent)

@@ -261,6 +261,7 @@ void MainWidget::loseInstrument()
 
 void MainWidget::showReconnectView()
 {
+    m_link.reset();
     assertGuiThread();
     if (!m_reconnectView) {
         m_reconnectView = new LoadingView(kRecoveryForm, this);

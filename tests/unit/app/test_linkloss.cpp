@@ -6,6 +6,7 @@
 #include "resources/resources.h"
 #include "support/hand.h"
 #include "support/standardstreams_posix.h"
+#include "widgets/customcombobox.h"
 #include "widgets/customlineedit.h"
 #include "windowbench.h"
 
@@ -83,6 +84,9 @@ private slots:
     void lostLinkEndsTheReadBackOfAChange();
     void overlayDropsWhatIsBeingTypedInAPanel_data();
     void overlayDropsWhatIsBeingTypedInAPanel();
+    void silenceEndsTheRestoringOfDefaultsAfterAMinute_data();
+    void silenceEndsTheRestoringOfDefaultsAfterAMinute();
+    void lossAtThePartnerEndsTheChangeOfBoth();
     void lossDuringARecoveryCanBeTriedAgain();
     void moduleOutOfASpoiltReplyIsForgotten();
     void lossWhileThePagesComeUpLateCanBeRecovered();
@@ -208,6 +212,60 @@ void TestLinkLoss::overlayDropsWhatIsBeingTypedInAPanel()
     QCOMPARE(bench.instrument().takeLines(), QStringList());
     QCOMPARE(delay->value(), 0.0);
     QCOMPARE(delay->text(), QStringLiteral("0.000"));
+}
+
+void TestLinkLoss::silenceEndsTheRestoringOfDefaultsAfterAMinute_data()
+{
+    QTest::addColumn<QString>("firstMissed");
+    QTest::newRow("from the first question") << QStringLiteral("ROUT:CHAN:LAB? (@201)");
+    // One read-back has too few questions left for the minute.
+    QTest::newRow("over two read-backs") << QStringLiteral("FUNC? (@201)");
+}
+
+/// The panel sends each option that differs and has it read back: none of that begins again.
+void TestLinkLoss::silenceEndsTheRestoringOfDefaultsAfterAMinute()
+{
+    QFETCH(QString, firstMissed);
+    const QByteArray silentFrom = firstMissed.toLatin1();
+    TwoChannels bench;
+    bench.instrument().setReply(QStringLiteral("VOLT:DC:NPLC?"), QStringLiteral("+1.0E+01"));
+    bench.open().show();
+    AdvancedSetting* const panel = bench.openPanel(201, MoreColumn);
+    bench.instrument().takeLines();
+    bench.silenceAt(silentFrom.constData());
+    for (QPushButton* button : panel->findChildren<QPushButton*>()) {
+        if (button->text() == QStringLiteral("恢复默认值"))
+            QTest::mouseClick(button, Qt::LeftButton);
+    }
+    const QStringList lines = linesFrom(bench.instrument().lines(), silentFrom.constData());
+    QCOMPARE(lines.filter(QStringLiteral("?")).size(), kPatience);
+    QVERIFY2(lines.constLast().contains(QLatin1Char('?')), qPrintable(lines.constLast()));
+    QVERIFY(bench.isLost());
+}
+
+/// The range of a four-wire channel goes to its partner first.
+void TestLinkLoss::lossAtThePartnerEndsTheChangeOfBoth()
+{
+    WindowBench bench;
+    bench.instrument().putModule(1, QStringLiteral("SCN4002A"));
+    bench.instrument().setReply(QStringLiteral("FUNC? (@101)"), QStringLiteral("\"FRES\""));
+    MainWidget& window = bench.open();
+    window.resize(1500, 900);
+    window.show();
+    QVERIFY(QTest::qWaitForWindowActive(&window));
+    QTRY_VERIFY(bench.startupView()->isHidden()); // until then it keeps the keys away
+    CustomComboBox* const range = bench.box(101, RangeColumn);
+    const int row = range->currentIndex();
+    range->setFocus();
+    bench.instrument().takeLines();
+    bench.instrument().setSilent(true);
+    QTest::keyClick(range, row == 0 ? Qt::Key_Down : Qt::Key_Up);
+    QVERIFY(range->currentIndex() != row);
+    const QStringList lines = bench.instrument().takeLines();
+    QVERIFY2(lines.constFirst().endsWith(QStringLiteral("(@109)")), qPrintable(lines.constFirst()));
+    QVERIFY2(!lines.constLast().contains(QStringLiteral("(@101)")), qPrintable(lines.constLast()));
+    QVERIFY2(lines.constLast().contains(QLatin1Char('?')), qPrintable(lines.constLast()));
+    QVERIFY(!g_instrumentConnected);
 }
 
 void TestLinkLoss::lossDuringARecoveryCanBeTriedAgain()
