@@ -198,6 +198,7 @@ private:
     // Run control
     void enterStarting();
     void showStoreState();
+    void showRunning(bool refuses);
     void endScan();
     void resetStartButton();
     void stopElapsedTimer();
@@ -213,8 +214,8 @@ private:
     void showExportOutcome(ExportResult result, const QStringList& files);
 
     std::shared_ptr<GuiGate> m_gate;
-    std::unique_ptr<LauncherOutput> m_launcherOutput;
     std::shared_ptr<LinkWatch> m_link; ///< of the read-backs on the GUI thread, until a loss
+    std::unique_ptr<LauncherOutput> m_launcherOutput;
 
     CommFunc* m_commFunc = nullptr;
     CustomMessageDialog* m_messageDialog = nullptr;

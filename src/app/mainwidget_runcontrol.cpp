@@ -92,6 +92,7 @@ void MainWidget::enterStarting()
     m_startButton->setText(tr("停止"));
     m_exportButton->setEnabled(false);
     m_buttonBarLayout->insertWidget(kRunningLabelPosition, m_runningLabel);
+    showRunning(false);
     m_runningLabel->show();
     m_storeWatch->start(kStoreWatchMs);
     m_startupView->showLoading();
@@ -101,7 +102,11 @@ void MainWidget::enterStarting()
 void MainWidget::showStoreState()
 {
     assertGuiThread();
-    const bool refuses = m_curveStore && m_curveStore->refusesReadings();
+    showRunning(m_curveStore && m_curveStore->refusesReadings());
+}
+
+void MainWidget::showRunning(bool refuses)
+{
     const QString running = tr("数据记录正在运行..");
     m_runningLabel->setText(refuses ? running + tr("（数据无法保存）") : running);
     m_runningLabel->setStyleSheet(refuses ? QStringLiteral("color: #FFA500;") : QString());
@@ -256,12 +261,12 @@ void MainWidget::recvUseInstSlot()
 void MainWidget::loseInstrument()
 {
     g_instrumentConnected = false;
+    m_link.reset();
     showReconnectView();
 }
 
 void MainWidget::showReconnectView()
 {
-    m_link.reset();
     assertGuiThread();
     if (!m_reconnectView) {
         m_reconnectView = new LoadingView(kRecoveryForm, this);

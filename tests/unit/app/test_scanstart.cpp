@@ -367,6 +367,16 @@ void TestScanStart::labelSaysWhenNothingCanBeStored()
     QCOMPARE(textColour(), warning);
     QVERIFY(label->isVisible());
 
+    // The next run has refused nothing yet.
+    emit bench.window().findChild<WindowLockManager*>()->unlocked();
+    QVERIFY(!g_scanRunning && !label->isVisible());
+    QTest::mouseClick(bench.startButton(), Qt::LeftButton);
+    QVERIFY(label->isVisible());
+    QCOMPARE(label->text(), running);
+    QVERIFY(textColour() != warning);
+    QTRY_VERIFY_WITH_TIMEOUT(g_scanRunning, 10000);
+    QTRY_COMPARE(label->text(), running + QStringLiteral("（数据无法保存）"));
+
     QVERIFY(inTheWay.remove());
     auto* const store = CurveDataDB::instance(QString());
     const int id = store->registerCurve(QStringLiteral("201(Vdc)"));
