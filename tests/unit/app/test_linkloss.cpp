@@ -260,8 +260,8 @@ void TestLinkLoss::lossAtThePartnerEndsTheChangeOfBoth()
     bench.instrument().takeLines();
     bench.instrument().setSilent(true);
     QTest::keyClick(range, row == 0 ? Qt::Key_Down : Qt::Key_Up);
-    QVERIFY(range->currentIndex() != row);
     const QStringList lines = bench.instrument().takeLines();
+    QVERIFY(!lines.isEmpty());
     QVERIFY2(lines.constFirst().endsWith(QStringLiteral("(@109)")), qPrintable(lines.constFirst()));
     QVERIFY2(!lines.constLast().contains(QStringLiteral("(@101)")), qPrintable(lines.constLast()));
     QVERIFY2(lines.constLast().contains(QLatin1Char('?')), qPrintable(lines.constLast()));
