@@ -354,7 +354,7 @@ void TestProgram::storeThatCannotBeWrittenDoesNotStopTheProgram()
     QVERIFY2(!program.crashed(), qPrintable(program.log()));
 }
 
-/// The instrument falls silent in mid-scan, and the acquisition thread hangs in an exchange when its
+/// The instrument falls silent, and the acquisition thread hangs in an exchange when its
 /// time is over: it is woken, not ended by force.
 void TestProgram::exitsWithAHangingReplyAreClean()
 {
