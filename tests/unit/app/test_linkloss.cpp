@@ -263,8 +263,7 @@ void TestLinkLoss::lossAtThePartnerEndsTheChangeOfBoth()
     const QStringList lines = bench.instrument().takeLines();
     QVERIFY(!lines.isEmpty());
     QVERIFY2(lines.constFirst().endsWith(QStringLiteral("(@109)")), qPrintable(lines.constFirst()));
-    QVERIFY2(!lines.constLast().contains(QStringLiteral("(@101)")), qPrintable(lines.constLast()));
-    QVERIFY2(lines.constLast().contains(QLatin1Char('?')), qPrintable(lines.constLast()));
+    QCOMPARE(lines.filter(QStringLiteral("(@101)")), QStringList());
     QVERIFY(!g_instrumentConnected);
 }
 
