@@ -142,7 +142,7 @@ void TestFaults::refusedTickGoesBackAndStartsNothing()
 {
     m_instrument = std::make_unique<SimulatedInstrument>(Transport::Tcp, options());
     QVERIFY(m_user->bringUp(*m_instrument));
-    const QString kept = m_program->directory() + kStore;
+    const QString kept = storeDirectory();
     QVERIFY(QDir().mkpath(kept));
     QVERIFY(order(QStringLiteral("fault reject for ROUT:SCAN *")));
     m_user->tickChannel(0);
