@@ -175,7 +175,6 @@ void MainWidget::givePartnerBack(int partner)
     selectQuietly(box, 0);
     QTreeWidgetItem* const item = rowForChannel(partner);
     setRowEnabled(m_channelTree, item, true);
-    enableScaleControls(channelRow(partner));
     const QSignalBlocker blocker(m_channelTree);
     item->setFlags(item->flags() | Qt::ItemIsUserCheckable);
 }

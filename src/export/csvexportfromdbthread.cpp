@@ -138,8 +138,10 @@ bool CsvExportFromDBThread::makeCursors(const QMap<int, QString>& curves, Cursor
     const BatchTables tables = collectTables(*m_store, curves, m_start, m_end, m_stopRequested);
     bool complete = !tables.failed;
     for (auto curve = curves.cbegin(); curve != curves.cend() && complete; ++curve) {
+        // The time of a row is that of the first curve.
         cursors.push_back(std::make_unique<CurveCursor>(
-            *m_store, curve.key(), tables.byCurve.value(curve.key()), m_start, m_end));
+            *m_store, curve.key(), tables.byCurve.value(curve.key()), m_start, m_end,
+            cursors.empty() ? CurveCursor::TimesAndValues : CurveCursor::ValuesOnly));
         complete = !cursors.back()->hasFailed() && !m_stopRequested;
     }
     return complete;

@@ -31,12 +31,13 @@ QString quotedTable(QString table)
 } // namespace
 
 CurveCursor::CurveCursor(CurveDataDB& store, int curveId, QVector<BatchTable> tables, qint64 start,
-                         qint64 end)
+                         qint64 end, Columns columns)
     : m_store(store)
     , m_curveId(curveId)
     , m_tables(std::move(tables))
     , m_start(start)
     , m_end(end)
+    , m_columns(columns)
 {
     if (m_tables.isEmpty())
         qWarning() << "[Cursor初始化] 曲线" << m_curveId << "未获取到任何分片表";
@@ -166,10 +167,12 @@ bool CurveCursor::startQuery(const BatchTable& table)
 {
     m_query = std::make_unique<LockedQuery>(*m_connection);
     m_query->setForwardOnly(true);
+    const QString columns =
+        m_columns == TimesAndValues ? QStringLiteral("timestamp, value") : QStringLiteral("value");
     const QString sql =
-        QStringLiteral("SELECT timestamp, value FROM %1 WHERE curve_id = %2 AND timestamp BETWEEN "
-                       "? AND ? ORDER BY timestamp ASC")
-            .arg(quotedTable(table.name), QString::number(table.fileCurveId));
+        QStringLiteral("SELECT %1 FROM %2 WHERE curve_id = %3 AND timestamp BETWEEN ? AND ? ORDER "
+                       "BY timestamp ASC")
+            .arg(columns, quotedTable(table.name), QString::number(table.fileCurveId));
     const bool prepared = m_query->prepare(sql);
     if (prepared && m_query->execWith({m_start, m_end}))
         return true;

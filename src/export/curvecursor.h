@@ -22,9 +22,12 @@ class CurveDataDB;
 class CurveCursor
 {
 public:
+    /// What is read of each sample: the time costs a fifth of the reading.
+    enum Columns { TimesAndValues, ValuesOnly };
+
     /// A cursor on the first sample in the range (milliseconds since the epoch, both included).
     CurveCursor(CurveDataDB& store, int curveId, QVector<BatchTable> tables, qint64 start,
-                qint64 end);
+                qint64 end, Columns columns);
     ~CurveCursor();
     Q_DISABLE_COPY_MOVE(CurveCursor)
 
@@ -37,7 +40,8 @@ public:
     /// or reading failed. The cursor is not valid any more.
     bool hasFailed() const { return m_failed; }
 
-    /// Appends the next samples until the column holds `limit`, or no sample is left.
+    /// Appends the next samples until the column holds `limit`, or no sample is left. Without times
+    /// theirs is 0.
     void read(SampleColumn& column, std::size_t limit);
 
 private:
@@ -65,4 +69,5 @@ private:
     int m_nextTable = 0;
     qint64 m_start;
     qint64 m_end;
+    Columns m_columns;
 };

@@ -5,6 +5,7 @@
 #include <QSqlDatabase>
 #include <QSqlDriver>
 #include <QSqlError>
+#include <QSqlRecord>
 #include <QSqlResult>
 
 #include <sqlite3.h>
@@ -187,15 +188,18 @@ int LockedQuery::fetchSamples(int limit, SampleColumn& samples)
             m_samplesEnded = true;
             return 0;
         }
-        samples.push_back({m_query.value(0).toLongLong(), m_query.value(1).toDouble()});
+        const bool hasTime = m_query.record().count() > 1;
+        samples.push_back({hasTime ? m_query.value(0).toLongLong() : 0,
+                           m_query.value(hasTime ? 1 : 0).toDouble()});
         count = 1;
     }
     sqlite3_stmt* const statement = statementOf(m_query);
+    const bool hasTime = statement && sqlite3_column_count(statement) > 1;
     while (count < limit && !m_samplesEnded) {
         const int result = statement ? sqlite3_step(statement) : SQLITE_MISUSE;
         if (result == SQLITE_ROW) {
-            samples.push_back(
-                {sqlite3_column_int64(statement, 0), sqlite3_column_double(statement, 1)});
+            samples.push_back({hasTime ? sqlite3_column_int64(statement, 0) : 0,
+                               sqlite3_column_double(statement, hasTime ? 1 : 0)});
             ++count;
             continue;
         }

@@ -84,7 +84,7 @@ public:
         return count;
     }
 
-    /// Appends up to `limit` rows of two columns, a time and a value, under one hold of the
+    /// Appends up to `limit` rows of a time and a value, or of a value alone, under one hold of the
     /// connection's lock. Gives their number; fewer than the limit: no more came. No other fetch
     /// may follow the first call. Others who want the connection go first. It steps SQLite's own statement, in half the time of next(): Qt
     /// copies each row twice.

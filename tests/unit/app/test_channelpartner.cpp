@@ -69,8 +69,6 @@ private slots:
     void startTakesThePartnersToo();
     void readBackOfAPartnerLeavesItsBox();
     void reportedTwoWireFunctionGivesThePartnerBack();
-    void partnerThatComesBackHasTheControlsOfItsScaling_data();
-    void partnerThatComesBackHasTheControlsOfItsScaling();
     void refusedFourWireChoiceGivesThePartnerBack();
     void partnerThatWasItsOwnIsLeftAlone();
     void unknownFunctionLeavesThePartnerAsItIs();
@@ -141,31 +139,6 @@ void TestChannelPartner::reportedTwoWireFunctionGivesThePartnerBack()
     QCOMPARE(WindowBench::itemsOf(bench.box(113, FunctionColumn)), CommFunc().functionList(113));
     for (const QString& line : bench.takeLines())
         QVERIFY2(line.contains(QLatin1Char('?')), qPrintable(line));
-}
-
-void TestChannelPartner::partnerThatComesBackHasTheControlsOfItsScaling_data()
-{
-    QTest::addColumn<QString>("scaleFunction");
-    QTest::addColumn<bool>("isLinear");
-    QTest::newRow("linear") << QStringLiteral("SCAL") << true;
-    QTest::newRow("percent") << QStringLiteral("PCT") << false;
-}
-
-void TestChannelPartner::partnerThatComesBackHasTheControlsOfItsScaling()
-{
-    QFETCH(const QString, scaleFunction);
-    QFETCH(const bool, isLinear);
-    TwoBanks bench;
-    bench.instrument().setReply(QStringLiteral("CALC:SCAL:FUNC? (@114)"), scaleFunction);
-    bench.readBack(114);
-    bench.choose(104, kFourWire);
-    QVERIFY(bench.isOutOfUse(114));
-    bench.choose(104, QStringLiteral("频率"));
-    QVERIFY(bench.isInUse(114));
-    QCOMPARE(bench.box(114, ScaleFunctionColumn)->currentText(), scaleFunction);
-    QCOMPARE(bench.edit(114, GainColumn)->isEnabled(), isLinear);
-    QCOMPARE(bench.edit(114, OffsetColumn)->isEnabled(), isLinear);
-    QCOMPARE(bench.cell<QPushButton>(114, ScaleMoreColumn)->isEnabled(), !isLinear);
 }
 
 void TestChannelPartner::refusedFourWireChoiceGivesThePartnerBack()
