@@ -4,6 +4,7 @@
 #include "exportbench.h"
 #include "exportdialoghand.h"
 #include "overlay/loadingview.h"
+#include "storage/connectionlock.h"
 #include "storage/curvedatadb.h"
 #include "userhand.h"
 #include "widgets/customcombobox.h"
@@ -174,11 +175,16 @@ void Pictures::exportDialogWithALongDirectory()
 void Pictures::overlayDuringAnExport()
 {
     Scene scene;
-    scene.scan(kLongScan);
-    scene.startExport(Scene::target());
-    Scene::waitForFile();
-    Scene::take();
-    QVERIFY(scene.exportView()->isVisible());
+    scene.scan();
+    CurveDataDB* const store = CurveDataDB::instance(QString());
+    const auto connection = store->openDb(store->todayDbPath());
+    {
+        const ConnectionLocker busy(*connection); // the export waits for the picture
+        scene.startExport(Scene::target());
+        Scene::take();
+        QVERIFY(scene.exportView()->isVisible());
+    }
+    scene.waitForEnd();
 }
 
 void Pictures::toastWithoutAStore()
