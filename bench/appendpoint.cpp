@@ -5,16 +5,15 @@
 #include "alternatingrounds.h"
 #include "rawappender.h"
 #include "runbenchmarks.h"
-
 #include "storage/connectionpool.h"
 #include "storage/curvedatadb.h"
 #include "storage/shardnaming.h"
 
-#include <benchmark/benchmark.h>
-
 #include <QCoreApplication>
 #include <QDateTime>
 #include <QTemporaryDir>
+
+#include <benchmark/benchmark.h>
 
 #include <cstdio>
 #include <cstdlib>
@@ -34,13 +33,15 @@ void requireRows(const QString& path, int curves, qint64 batchStart, int expecte
 {
     RawStore file(path);
     qint64 rows = 0;
-    for (int curveId = 1; curveId <= curves; ++curveId)
+    for (int curveId = 1; curveId <= curves; ++curveId) {
         rows +=
             file.number("SELECT count(*) FROM " + rawTableName(curveId, batchStart).toStdString());
+    }
     const qint64 extremes =
         file.number("SELECT count(*) FROM curve_metadata WHERE max_time > min_time");
-    if (rows == expected && extremes == curves)
+    if (rows == expected && extremes == curves) {
         return;
+    }
     std::fprintf(stderr, "benchmark is wrong: %s holds %lld readings and %lld extremes\n",
                  qPrintable(path), static_cast<long long>(rows), static_cast<long long>(extremes));
     std::exit(1);
@@ -48,10 +49,11 @@ void requireRows(const QString& path, int curves, qint64 batchStart, int expecte
 
 void setZone(bool set)
 {
-    if (set)
+    if (set) {
         qputenv("TZ", ":/etc/localtime");
-    else
+    } else {
         qunsetenv("TZ");
+    }
     tzset();
 }
 
@@ -67,8 +69,9 @@ void appendPoint(benchmark::State& state, int curves, bool zoneSet, int pointsPe
     const QString yardstickFile = directory.filePath(QStringLiteral("yardstick.sqlite"));
     RawStore(dayFile).createDay(curves); // so that the store does not pause for each
     CurveDataDB store(directory.path());
-    for (int curveId = 1; curveId <= curves; ++curveId)
+    for (int curveId = 1; curveId <= curves; ++curveId) {
         store.registerCurve(rawCurveName(curveId));
+    }
     RawAppender yardstick(yardstickFile, curves, batchStart);
     Readings readings(curves, batchStart);
     int untilRefresh = pointsPerRefresh;
@@ -83,12 +86,14 @@ void appendPoint(benchmark::State& state, int curves, bool zoneSet, int pointsPe
         }
     };
     const auto yardstickMany = [&] { yardstick.appendPoints(kPointsPerRound); };
-    for (auto _ : state)
+    for (auto _ : state) {
         reportRatio(state, measureAlternating(kRounds, kPointsPerRound, appendMany, yardstickMany),
                     kLimit);
+    }
     store.flushAndDetach();
-    for (const QString& path : {dayFile, yardstickFile})
+    for (const QString& path : {dayFile, yardstickFile}) {
         requireRows(path, curves, batchStart, (kRounds + 1) * kPointsPerRound);
+    }
 }
 
 /// A store with so many curves in today's file.
@@ -133,17 +138,20 @@ void appendLatePoint(benchmark::State& state, int curves)
     Readings liveReadings(curves, today);
     const auto appendLate = [&] { late.append(lateReadings); };
     const auto appendLive = [&] { live.append(liveReadings); };
-    for (auto _ : state)
+    for (auto _ : state) {
         reportRatio(state, measureAlternating(kRounds, kPointsPerRound, appendLate, appendLive),
                     kLateLimit);
+    }
     const QString file = late.path(dateKeyForTime(yesterday));
     RawStore written(file);
     qint64 rows = 0;
-    for (int curveId = 1; curveId <= curves; ++curveId)
+    for (int curveId = 1; curveId <= curves; ++curveId) {
         rows += written.number("SELECT count(*) FROM " +
                                rawTableName(curveId, yesterday).toStdString());
-    if (rows == (kRounds + 1) * kPointsPerRound)
+    }
+    if (rows == (kRounds + 1) * kPointsPerRound) {
         return;
+    }
     std::fprintf(stderr, "benchmark is wrong: %s holds %lld readings\n", qPrintable(file),
                  static_cast<long long>(rows));
     std::exit(1);

@@ -39,9 +39,9 @@ std::string fullReply()
 /// but sums.
 double plainDecode(const char* text)
 {
-    constexpr std::size_t headerLength = 7;
+    constexpr std::size_t kHeaderLength = 7;
     double sum = 0.0;
-    char* cursor = const_cast<char*>(text) + headerLength;
+    char* cursor = const_cast<char*>(text) + kHeaderLength;
     while (*cursor != '\0') {
         sum += std::strtod(cursor, &cursor);
         cursor = std::strchr(cursor, ',');

@@ -2,21 +2,20 @@
 // wide table with the same cells to a file, and a bare loop over the same values in memory.
 
 #include "alternatingrounds.h"
+#include "export/csvexportfromdbthread.h"
 #include "rawstore.h"
 #include "runbenchmarks.h"
-
-#include "export/csvexportfromdbthread.h"
 #include "storage/connectionpool.h"
 #include "storage/curvedatadb.h"
 #include "storage/storeclock.h"
-
-#include <benchmark/benchmark.h>
 
 #include <QCoreApplication>
 #include <QDateTime>
 #include <QFile>
 #include <QLoggingCategory>
 #include <QTemporaryDir>
+
+#include <benchmark/benchmark.h>
 
 #include <charconv>
 #include <cmath>
@@ -77,8 +76,9 @@ public:
         writeWideTable();
         setStoreClock(&presentTime);
         m_store = std::make_unique<CurveDataDB>(m_directory.path());
-        for (int curve = 1; curve <= kCurves; ++curve)
+        for (int curve = 1; curve <= kCurves; ++curve) {
             m_store->registerCurve(rawCurveName(curve));
+        }
     }
 
     /// Exports all curves. The path of the file that was written.
@@ -94,21 +94,24 @@ public:
             Qt::DirectConnection);
         thread.startExport();
         thread.wait();
-        if (written.size() != 1)
+        if (written.size() != 1) {
             fail("the export did not write its file");
+        }
         return written.constFirst();
     }
 
     void dumpBySqlite() const
     {
         std::string sql = "SELECT n, t";
-        for (int curve = 1; curve <= kCurves; ++curve)
+        for (int curve = 1; curve <= kCurves; ++curve) {
             sql += ", printf('%.15E', v" + std::to_string(curve) + ")";
+        }
         const QString command =
             QStringLiteral("sqlite3 -separator , '%1' \"%2 FROM wide\" > '%3'")
                 .arg(filePath("wide.sqlite"), QString::fromStdString(sql), filePath("sqlite.csv"));
-        if (std::system(qPrintable(command)) != 0)
+        if (std::system(qPrintable(command)) != 0) {
             fail("the sqlite3 program failed");
+        }
     }
 
     QString filePath(const char* name) const
@@ -125,8 +128,9 @@ private:
         file.execute("PRAGMA cache_size = -400000"); // the pages that grow at a time
         file.createDay(kCurves);
         const int perBatch = static_cast<int>(kRawBatchLengthMs / kStepMs);
-        for (int first = 0; first < kSamples; first += perBatch)
+        for (int first = 0; first < kSamples; first += perBatch) {
             writeBatch(file, first, std::min(first + perBatch, kSamples));
+        }
     }
 
     static void writeBatch(RawStore& file, int first, int end)
@@ -150,8 +154,9 @@ private:
                 }
             }
         }
-        for (sqlite3_stmt* insert : inserts)
+        for (sqlite3_stmt* insert : inserts) {
             sqlite3_finalize(insert);
+        }
         file.execute("COMMIT");
     }
 
@@ -173,8 +178,9 @@ private:
             const std::string time = timeText(timeOf(sample));
             sqlite3_bind_int(insert, 1, sample + 1);
             sqlite3_bind_text(insert, 2, time.c_str(), -1, SQLITE_TRANSIENT);
-            for (int curve = 1; curve <= kCurves; ++curve)
+            for (int curve = 1; curve <= kCurves; ++curve) {
                 sqlite3_bind_double(insert, curve + 2, valueOf(curve, sample));
+            }
             stepDone(insert);
         }
         sqlite3_finalize(insert);
@@ -200,8 +206,9 @@ public:
     {
         for (int curve = 1; curve <= kCurves; ++curve) {
             std::vector<double> column(kSamples);
-            for (int sample = 0; sample < kSamples; ++sample)
+            for (int sample = 0; sample < kSamples; ++sample) {
                 column[static_cast<std::size_t>(sample)] = valueOf(curve, sample);
+            }
             m_columns.push_back(std::move(column));
         }
     }
@@ -209,8 +216,9 @@ public:
     void write(const QString& path) const
     {
         std::FILE* const file = std::fopen(qPrintable(path), "wb");
-        if (!file)
+        if (!file) {
             fail("the yardstick's file cannot be created");
+        }
         char field[64];
         for (std::size_t row = 0; row < static_cast<std::size_t>(kSamples); ++row) {
             for (const std::vector<double>& column : m_columns) {
@@ -222,8 +230,9 @@ public:
                 std::fwrite(field, 1, static_cast<std::size_t>(end - field) + 1, file);
             }
         }
-        if (std::fclose(file) != 0)
+        if (std::fclose(file) != 0) {
             fail("the yardstick's file was not written");
+        }
     }
 
 private:
@@ -237,32 +246,38 @@ void requireSameValues(const QString& exported, const QString& looped)
     constexpr int kLinesAbove = 6;
     QFile ours(exported);
     QFile theirs(looped);
-    if (!ours.open(QIODevice::ReadOnly) || !theirs.open(QIODevice::ReadOnly))
+    if (!ours.open(QIODevice::ReadOnly) || !theirs.open(QIODevice::ReadOnly)) {
         fail("a file cannot be read");
-    for (int line = 0; line < kLinesAbove; ++line)
+    }
+    for (int line = 0; line < kLinesAbove; ++line) {
         ours.readLine();
+    }
     while (!ours.atEnd()) {
         const QByteArray line = ours.readLine();
         const int values = line.indexOf(',', line.indexOf(',') + 1) + 1;
-        if (line.mid(values) != theirs.readLine())
+        if (line.mid(values) != theirs.readLine()) {
             fail("the export and the bare loop differ");
+        }
     }
-    if (!theirs.atEnd())
+    if (!theirs.atEnd()) {
         fail("the export is shorter than the run");
+    }
 }
 
 void exportCurves(benchmark::State& state, const Run& run, const BareLoop& loop, bool againstLoop)
 {
     const auto candidate = [&run] { QFile::remove(run.exportAll()); };
     const auto yardstick = [&] {
-        if (againstLoop)
+        if (againstLoop) {
             loop.write(run.filePath("loop.csv"));
-        else
+        } else {
             run.dumpBySqlite();
+        }
     };
-    for (auto _ : state)
+    for (auto _ : state) {
         reportRatio(state, measureAlternating(kRounds, kCurves * kSamples, candidate, yardstick),
                     againstLoop ? kLoopLimit : kProgramLimit);
+    }
 }
 
 } // namespace

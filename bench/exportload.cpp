@@ -3,10 +3,9 @@
 //
 //     bench_exportload
 
-#include "rawstore.h"
-
 #include "export/csvexportfromdbthread.h"
 #include "plot/ccurveplot.h"
+#include "rawstore.h"
 #include "storage/connectionpool.h"
 #include "storage/curvedatadb.h"
 #include "storage/curveseriesdata.h"
@@ -101,11 +100,13 @@ std::unique_ptr<CsvExportFromDBThread> makeExport(CurveDataDB& store, const QStr
 double peakMemoryMb()
 {
     QFile status(QStringLiteral("/proc/self/status"));
-    if (!status.open(QIODevice::ReadOnly))
+    if (!status.open(QIODevice::ReadOnly)) {
         fail("the memory of this process cannot be told");
+    }
     for (const QByteArray& line : status.readAll().split('\n')) {
-        if (line.startsWith("VmHWM:"))
+        if (line.startsWith("VmHWM:")) {
             return line.mid(6).simplified().split(' ').value(0).toDouble() * 1024e-6;
+        }
     }
     fail("the memory of this process is not told");
 }
@@ -121,8 +122,9 @@ constexpr qint64 kMemoryStepMs = 40; // 2,000,000 of them take 22 hours
 int exportAndPrintPeak(const QString& directory, int rows)
 {
     CurveDataDB store(directory);
-    for (int curve = 1; curve <= kMemoryCurves; ++curve)
+    for (int curve = 1; curve <= kMemoryCurves; ++curve) {
         store.registerCurve(rawCurveName(curve));
+    }
     const auto thread =
         makeExport(store, directory, pastMidnight(), pastMidnight() + (rows - 1) * kMemoryStepMs);
     ExportResult result = ExportNoData;
@@ -131,8 +133,9 @@ int exportAndPrintPeak(const QString& directory, int rows)
         [&result](ExportResult outcome) { result = outcome; }, Qt::DirectConnection);
     thread->startExport();
     thread->wait();
-    if (result != ExportSuccess)
+    if (result != ExportSuccess) {
         fail("the export did not succeed");
+    }
     std::printf("%.3f\n", peakMemoryMb());
     store.closeForExit(QDeadlineTimer(2000));
     return 0;
@@ -143,8 +146,9 @@ double peakOfExport(const QString& directory, int rows)
     QProcess child;
     child.setProcessChannelMode(QProcess::ForwardedErrorChannel);
     child.start(QCoreApplication::applicationFilePath(), {directory, QString::number(rows)});
-    if (!child.waitForFinished(-1) || child.exitCode() != 0)
+    if (!child.waitForFinished(-1) || child.exitCode() != 0) {
         fail("the export in a process of its own failed");
+    }
     return child.readAllStandardOutput().trimmed().toDouble();
 }
 
@@ -178,12 +182,14 @@ public:
         fillCurves(m_directory.filePath(todayKey() + QStringLiteral(".db")), kLiveCurves, m_start,
                    rows, kTickMs);
         m_store = std::make_unique<CurveDataDB>(m_directory.path());
-        for (int curve = 1; curve <= kLiveCurves; ++curve)
+        for (int curve = 1; curve <= kLiveCurves; ++curve) {
             m_series.push_back(
                 std::make_unique<CurveSeriesData>(rawCurveName(curve), m_store.get()));
-        for (int curve = 0; curve < kShownCurves; ++curve)
+        }
+        for (int curve = 0; curve < kShownCurves; ++curve) {
             m_plot.addCurve(m_series[static_cast<std::size_t>(curve)].get(),
                             QColor::fromHsv(curve * 40, 200, 220), QString::number(curve));
+        }
         m_plot.resize(900, 500);
         m_plot.show();
         QObject::connect(&m_ticker, &QTimer::timeout, &m_plot, [this] { storeReadings(); });
@@ -227,9 +233,10 @@ private:
     {
         const qint64 now = QDateTime::currentMSecsSinceEpoch();
         for (int reading = kReadingsPerTick; reading > 0; --reading) {
-            for (const auto& series : m_series)
+            for (const auto& series : m_series) {
                 series->addPoint(static_cast<double>(now - reading),
                                  static_cast<double>(now % 1000));
+            }
         }
         m_plot.onNewSample(now);
     }
@@ -268,8 +275,9 @@ int main(int argc, char** argv)
     const QApplication application(argc, argv);
     QLoggingCategory::setFilterRules(QStringLiteral("default.debug=false"));
     const QStringList arguments = QCoreApplication::arguments();
-    if (arguments.size() == 3)
+    if (arguments.size() == 3) {
         return exportAndPrintPeak(arguments.at(1), arguments.at(2).toInt());
+    }
     const bool memoryKept = memoryIsKept();
     const bool heartbeatKept = heartbeatIsKept();
     ConnectionPool::instance().closeForExit(QDeadlineTimer(2000));

@@ -10,7 +10,6 @@
 
 #include "alternatingrounds.h"
 #include "rawappender.h"
-
 #include "storage/curvedatadb.h"
 #include "storage/curveseriesdata.h"
 #include "storage/storeclock.h"
@@ -59,8 +58,9 @@ double residentMb()
     QFile status(QStringLiteral("/proc/self/status"));
     if (status.open(QIODevice::ReadOnly)) {
         for (const QByteArray& line : status.readAll().split('\n')) {
-            if (line.startsWith("VmRSS:"))
+            if (line.startsWith("VmRSS:")) {
                 return line.mid(6).trimmed().split(' ').first().toDouble() * 1024 / 1e6;
+            }
         }
     }
     fail("there is no resident memory to be read");
@@ -88,8 +88,9 @@ public:
         for (int curveId = 1; curveId <= kCurves; ++curveId) {
             m_series.push_back(
                 std::make_unique<CurveSeriesData>(rawCurveName(curveId), m_store.get()));
-            if (m_series.back()->curveId() != curveId)
+            if (m_series.back()->curveId() != curveId) {
                 fail("a curve has not the number expected");
+            }
         }
         fillMemory();
     }
@@ -101,8 +102,9 @@ public:
 
     void append(int count)
     {
-        for (int i = 0; i < count; ++i)
+        for (int i = 0; i < count; ++i) {
             appendNext();
+        }
     }
 
     qint64 pointCount() const { return m_points; }
@@ -119,14 +121,17 @@ public:
         RawStore file(pathOf(QStringLiteral("20260112")));
         qint64 rows = 0;
         for (int curveId = 1; curveId <= kCurves; ++curveId) {
-            if (m_series[size_t(curveId - 1)]->count() != CurveSeriesData::kMaxRecentPoints)
+            if (m_series[size_t(curveId - 1)]->count() != CurveSeriesData::kMaxRecentPoints) {
                 fail("a series has not its full memory");
-            for (qint64 batch = m_midnight; batch <= g_now; batch += kRawBatchLengthMs)
+            }
+            for (qint64 batch = m_midnight; batch <= g_now; batch += kRawBatchLengthMs) {
                 rows += file.number("SELECT count(*) FROM " +
                                     rawTableName(curveId, batch).toStdString());
+            }
         }
-        if (rows != m_points)
+        if (rows != m_points) {
             fail("readings are missing in the day file");
+        }
     }
 
 private:
@@ -144,10 +149,12 @@ private:
         qint64 time = m_midnight - kPoints * kSweepMs;
         for (int from = 0; from < kPoints; from += kPart, time += kPart * kSweepMs) {
             QVector<QPointF> points;
-            for (int i = 0; i < kPart; ++i)
+            for (int i = 0; i < kPart; ++i) {
                 points.append(QPointF(static_cast<double>(time + i * kSweepMs), i * 0.125));
-            for (const auto& series : m_series)
+            }
+            for (const auto& series : m_series) {
                 series->addPoints(points);
+            }
         }
         malloc_trim(0); // what it took to get here must not serve as a reserve later
     }
@@ -158,10 +165,12 @@ private:
         CurveSeriesData& series = *m_series[size_t(m_points % kCurves)];
         g_now = m_midnight + sweep * kSweepMs;
         series.addPoint(static_cast<double>(g_now), static_cast<double>(sweep % 16000) * 0.125);
-        if (++m_points % kPointsPerSecond == 0)
+        if (++m_points % kPointsPerSecond == 0) {
             series.loadWindow(g_now - 60000, g_now, 10000, 0.0);
-        if (m_points == kEarlyPoint)
+        }
+        if (m_points == kEarlyPoint) {
             m_earlyMb = residentMb();
+        }
     }
 
     const QTemporaryDir m_directory{temporaryTemplate()};
@@ -223,8 +232,9 @@ bool measure(qint64 points)
     Run run;
     early.push_back(costOfNextPoints(run));
     goOnTo(run, points - kRepeats * kWindow);
-    for (int i = 0; i < kRepeats; ++i)
+    for (int i = 0; i < kRepeats; ++i) {
         late.push_back(costOfNextPoints(run));
+    }
     const double lateMb = residentMb();
     run.requireAllThere();
 

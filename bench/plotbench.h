@@ -1,8 +1,7 @@
 #pragma once
 
-#include "runbenchmarks.h"
-
 #include "plot/ccurveplot.h"
+#include "runbenchmarks.h"
 #include "storage/curvedatadb.h"
 #include "storage/curveseriesdata.h"
 
@@ -10,7 +9,6 @@
 #include <QDateTime>
 #include <QDir>
 #include <QRandomGenerator>
-
 #include <qwt_plot_curve.h>
 
 #include <cmath>

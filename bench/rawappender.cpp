@@ -26,16 +26,19 @@ RawAppender::RawAppender(const QString& path, int curves, qint64 batchStart)
 
 RawAppender::~RawAppender()
 {
-    for (sqlite3_stmt* statement : m_inserts)
+    for (sqlite3_stmt* statement : m_inserts) {
         sqlite3_finalize(statement);
-    for (sqlite3_stmt* statement : {m_begin, m_commit, m_forget, m_note})
+    }
+    for (sqlite3_stmt* statement : {m_begin, m_commit, m_forget, m_note}) {
         sqlite3_finalize(statement);
+    }
 }
 
 void RawAppender::appendPoints(int count)
 {
-    for (int i = 0; i < count; ++i)
+    for (int i = 0; i < count; ++i) {
         appendPoint();
+    }
 }
 
 void RawAppender::appendPoint()

@@ -2,7 +2,6 @@
 
 #include "rawstore.h"
 #include "readings.h"
-
 #include "storage/curvedatadb.h"
 
 #include <vector>

@@ -7,8 +7,9 @@
 
 RawStore::RawStore(const QString& path)
 {
-    if (sqlite3_open(path.toUtf8().constData(), &m_db) != SQLITE_OK)
+    if (sqlite3_open(path.toUtf8().constData(), &m_db) != SQLITE_OK) {
         fail("open");
+    }
 }
 
 RawStore::~RawStore()
@@ -24,15 +25,17 @@ void RawStore::fail(const std::string& what)
 
 void RawStore::execute(const std::string& sql)
 {
-    if (sqlite3_exec(m_db, sql.c_str(), nullptr, nullptr, nullptr) != SQLITE_OK)
+    if (sqlite3_exec(m_db, sql.c_str(), nullptr, nullptr, nullptr) != SQLITE_OK) {
         fail(sql);
+    }
 }
 
 qint64 RawStore::number(const std::string& sql)
 {
     sqlite3_stmt* const statement = prepare(sql);
-    if (sqlite3_step(statement) != SQLITE_ROW)
+    if (sqlite3_step(statement) != SQLITE_ROW) {
         fail(sql);
+    }
     const qint64 result = sqlite3_column_int64(statement, 0);
     sqlite3_finalize(statement);
     return result;
@@ -41,8 +44,9 @@ qint64 RawStore::number(const std::string& sql)
 sqlite3_stmt* RawStore::prepare(const std::string& sql)
 {
     sqlite3_stmt* statement = nullptr;
-    if (sqlite3_prepare_v2(m_db, sql.c_str(), -1, &statement, nullptr) != SQLITE_OK)
+    if (sqlite3_prepare_v2(m_db, sql.c_str(), -1, &statement, nullptr) != SQLITE_OK) {
         fail(sql);
+    }
     return statement;
 }
 
@@ -58,9 +62,10 @@ void RawStore::createDay(int curves)
             "curve_id INTEGER PRIMARY KEY, min_time INTEGER, max_time INTEGER, min_value REAL, "
             "max_value REAL, FOREIGN KEY(curve_id) REFERENCES curve_info(curve_id))");
     execute("BEGIN");
-    for (int curveId = 1; curveId <= curves; ++curveId)
+    for (int curveId = 1; curveId <= curves; ++curveId) {
         execute("INSERT INTO curve_info (curve_id, name) VALUES (" + std::to_string(curveId) +
                 ", '" + rawCurveName(curveId).toStdString() + "')");
+    }
     execute("COMMIT");
 }
 

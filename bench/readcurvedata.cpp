@@ -3,18 +3,17 @@
 #include "alternatingrounds.h"
 #include "rawstore.h"
 #include "runbenchmarks.h"
-
 #include "storage/connectionpool.h"
 #include "storage/curvedatadb.h"
 #include "storage/curveseriesdata.h"
 #include "storage/storeclock.h"
 
-#include <benchmark/benchmark.h>
-
 #include <QCoreApplication>
 #include <QDateTime>
 #include <QTemporaryDir>
 #include <QVector>
+
+#include <benchmark/benchmark.h>
 
 #include <cstdio>
 #include <cstdlib>
@@ -38,8 +37,9 @@ qint64 midnightOf(int day)
 /// Ends the program if a measurement did not do its work.
 void require(bool condition, const char* what)
 {
-    if (condition)
+    if (condition) {
         return;
+    }
     std::fprintf(stderr, "benchmark is wrong: %s\n", what);
     std::exit(1);
 }
@@ -118,12 +118,14 @@ void fillDay(const QString& path, qint64 midnight, int curves, qint64 stepMs)
         }
         for (qint64 time = start; time < start + kRawBatchLengthMs; time += kStretchMs) {
             int curveId = 0;
-            for (sqlite3_stmt* insert : inserts)
+            for (sqlite3_stmt* insert : inserts) {
                 insertPoints(insert, ++curveId, static_cast<int>(kStretchMs / stepMs), time,
                              stepMs);
+            }
         }
-        for (sqlite3_stmt* insert : inserts)
+        for (sqlite3_stmt* insert : inserts) {
             sqlite3_finalize(insert);
+        }
         file.execute("COMMIT");
     }
 }
@@ -160,8 +162,9 @@ void readMillionPoints(benchmark::State& state)
         sqlite3_finalize(statement);
         require(rows == kPoints, "the yardstick did not see all rows");
     };
-    for (auto _ : state)
+    for (auto _ : state) {
         reportRatio(state, measureAlternating(9, kPoints, candidate, yardstick), 1.8);
+    }
 }
 
 void readHourOfManyCurves(benchmark::State& state)
@@ -181,11 +184,12 @@ void readHourOfManyCurves(benchmark::State& state)
             require(points.size() == kHourPoints, "not all points of the hour were read");
         }
     };
-    for (auto _ : state)
+    for (auto _ : state) {
         reportRatio(state,
                     measureAlternating(
                         21, kReads, [&] { readDay(1); }, [&] { readDay(2); }),
                     1.2);
+    }
 }
 
 void loadWindowFromMemory(benchmark::State& state)
@@ -198,8 +202,9 @@ void loadWindowFromMemory(benchmark::State& state)
     CurveSeriesData series(rawCurveName(1), &store);
     const qint64 start = midnightOf(5);
     QVector<QPointF> points;
-    for (int i = 0; i < kPoints; ++i)
+    for (int i = 0; i < kPoints; ++i) {
         points.append(QPointF(static_cast<double>(start + i * 100), i * 0.25));
+    }
     series.addPoints(points);
     double offset = 0.0;
     const auto candidate = [&] {
@@ -215,14 +220,16 @@ void loadWindowFromMemory(benchmark::State& state)
         for (int i = 0; i < kLoads; ++i) {
             offset += 0.5;
             const QPointF* const source = points.constData();
-            for (size_t k = 0; k < copy.size(); ++k)
+            for (size_t k = 0; k < copy.size(); ++k) {
                 copy[k] = QPointF(source[k].x(), source[k].y() + offset);
+            }
             benchmark::DoNotOptimize(copy.data());
             benchmark::ClobberMemory();
         }
     };
-    for (auto _ : state)
+    for (auto _ : state) {
         reportRatio(state, measureAlternating(21, kLoads, candidate, yardstick), 4.0);
+    }
 }
 
 BENCHMARK(readMillionPoints)

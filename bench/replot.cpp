@@ -4,12 +4,11 @@
 #include "alternatingrounds.h"
 #include "plotbench.h"
 
-#include <benchmark/benchmark.h>
-
 #include <QImage>
 #include <QPainter>
-
 #include <qwt_scale_map.h>
+
+#include <benchmark/benchmark.h>
 
 namespace {
 
@@ -28,8 +27,9 @@ public:
         const QwtScaleMap yMap = bench.plot().canvasMap(QwtPlot::yLeft);
         for (int channel = 0; channel < PlotBench::kCurves; ++channel) {
             QPolygonF line;
-            for (const QPointF& point : bench.series(channel).visiblePoints())
+            for (const QPointF& point : bench.series(channel).visiblePoints()) {
                 line.append(QwtScaleMap::transform(xMap, yMap, point).toPoint());
+            }
             m_lines.push_back(line);
             m_pens.push_back(bench.curves()[static_cast<size_t>(channel)]->pen());
         }
@@ -66,12 +66,14 @@ void reloadAndReplot(benchmark::State& state, PlotBench::Signal signal)
         const AlternatingResult result = measureAlternating(
             kRounds, kReplotsPerRound,
             [&bench] {
-                for (int i = 0; i < kReplotsPerRound; ++i)
+                for (int i = 0; i < kReplotsPerRound; ++i) {
                     bench.reload();
+                }
             },
             [&yardstick] {
-                for (int i = 0; i < kReplotsPerRound; ++i)
+                for (int i = 0; i < kReplotsPerRound; ++i) {
                     yardstick.draw();
+                }
             });
         reportRatio(state, result, kLimit);
     }

@@ -15,8 +15,9 @@ public:
     void ReportRuns(const std::vector<Run>& runs) override
     {
         for (const Run& run : runs) {
-            if (run.run_type == Run::RT_Iteration && !report(run))
+            if (run.run_type == Run::RT_Iteration && !report(run)) {
                 m_allKept = false;
+            }
         }
         std::fflush(stdout);
     }
@@ -56,8 +57,9 @@ private:
 int runBenchmarks(int argc, char** argv)
 {
     benchmark::Initialize(&argc, argv);
-    if (benchmark::ReportUnrecognizedArguments(argc, argv))
+    if (benchmark::ReportUnrecognizedArguments(argc, argv)) {
         return 1;
+    }
     RatioReporter reporter;
     const bool ran = benchmark::RunSpecifiedBenchmarks(&reporter) > 0;
     return ran && reporter.allKept() ? 0 : 1;

@@ -2,14 +2,13 @@
 // each into a pixel and keeps the nearest.
 
 #include "alternatingrounds.h"
-#include "plotbench.h"
-
 #include "plot/curvetracker.h"
-
-#include <benchmark/benchmark.h>
+#include "plotbench.h"
 
 #include <qwt_scale_map.h>
 #include <qwt_text.h>
+
+#include <benchmark/benchmark.h>
 
 namespace {
 
@@ -40,8 +39,9 @@ public:
         : m_x(bench.plot().canvasMap(QwtPlot::xBottom))
         , m_y(bench.plot().canvasMap(QwtPlot::yLeft))
     {
-        for (int channel = 0; channel < PlotBench::kCurves; ++channel)
+        for (int channel = 0; channel < PlotBench::kCurves; ++channel) {
             m_samples.push_back(bench.series(channel).visiblePoints());
+        }
     }
 
     /// Square of the distance from `pos` to the nearest sample, in pixels.
@@ -98,12 +98,14 @@ void readout(benchmark::State& state, PlotBench::Signal signal)
         const AlternatingResult result = measureAlternating(
             kRounds, kPositionsPerRound,
             [&] {
-                for (const QPointF& pos : places)
+                for (const QPointF& pos : places) {
                     benchmark::DoNotOptimize(tracker->trackerTextF(pos));
+                }
             },
             [&] {
-                for (const QPointF& pos : places)
+                for (const QPointF& pos : places) {
                     benchmark::DoNotOptimize(yardstick.nearest(pos));
+                }
             });
         reportRatio(state, result, kLimit);
     }

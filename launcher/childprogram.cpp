@@ -18,8 +18,9 @@ ChildProgram::ChildProgram(QObject* parent)
     connect(&m_process, qOverload<int, QProcess::ExitStatus>(&QProcess::finished), this,
             [this](int exitCode) { emit ended(exitCode); });
     connect(&m_process, &QProcess::errorOccurred, this, [this](QProcess::ProcessError error) {
-        if (error != QProcess::FailedToStart)
+        if (error != QProcess::FailedToStart) {
             return;
+        }
         qCritical() << "the program did not start:" << m_process.errorString();
         emit ended(-1);
     });
@@ -32,8 +33,9 @@ void ChildProgram::start(const QString& path, const QString& resource)
 
 void ChildProgram::end()
 {
-    if (!isRunning())
+    if (!isRunning()) {
         return;
+    }
     m_process.write("exit\n");
     if (!m_process.waitForFinished(kEndWaitMs)) {
         m_process.kill();
@@ -54,8 +56,9 @@ void ChildProgram::handleLine(const QString& line)
 {
     static const QRegularExpression shown(QStringLiteral("^WID:(\\d+);COLOR:(#[0-9a-f]{6})$"));
     const QRegularExpressionMatch match = shown.match(line);
-    if (match.hasMatch())
+    if (match.hasMatch()) {
         emit windowShown(match.captured(1).toULongLong(), QColor(match.captured(2)));
-    else
+    } else {
         emit lineReceived(line);
+    }
 }

@@ -18,8 +18,9 @@ LauncherWindow::LauncherWindow()
 void LauncherWindow::embed(qulonglong handle, const QColor& color)
 {
     // The child tells its handle at each show; most often it is the one that is in already.
-    if (handle == m_handle)
+    if (handle == m_handle) {
         return;
+    }
     m_handle = handle;
     QPalette background = palette();
     background.setColor(QPalette::Window, color);

@@ -60,9 +60,10 @@ Options parseOptions(const QApplication& application)
     options.resource = parser.positionalArguments().value(0);
     options.simulatorArguments << QStringLiteral("--tcp") << QStringLiteral("0");
     for (const QCommandLineOption& passedOn : {transcript, slotModules, rate}) {
-        if (parser.isSet(passedOn))
+        if (parser.isSet(passedOn)) {
             options.simulatorArguments << QStringLiteral("--") + passedOn.names().constFirst()
                                        << parser.value(passedOn);
+        }
     }
     return options;
 }

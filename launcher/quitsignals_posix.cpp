@@ -3,8 +3,9 @@
 #include <QCoreApplication>
 #include <QSocketNotifier>
 
-#include <csignal>
 #include <unistd.h>
+
+#include <csignal>
 
 // Another system tells a console program by other means (Windows: SetConsoleCtrlHandler).
 
@@ -23,8 +24,9 @@ void onSignal(int)
 
 void quitOnSignals()
 {
-    if (::pipe(g_pipe) != 0)
+    if (::pipe(g_pipe) != 0) {
         return;
+    }
     auto* notifier =
         new QSocketNotifier(g_pipe[0], QSocketNotifier::Read, QCoreApplication::instance());
     QObject::connect(notifier, &QSocketNotifier::activated, QCoreApplication::instance(),

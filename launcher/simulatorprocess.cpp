@@ -9,8 +9,9 @@ constexpr int kEndWaitMs = 2000;
 
 SimulatorProcess::~SimulatorProcess()
 {
-    if (m_process.state() == QProcess::NotRunning)
+    if (m_process.state() == QProcess::NotRunning) {
         return;
+    }
     m_process.terminate();
     if (!m_process.waitForFinished(kEndWaitMs)) {
         m_process.kill();

@@ -5,7 +5,7 @@ build_packages="g++ cmake ninja-build ccache qtbase5-dev libqwt-qt5-dev libqt5sq
 display_packages="xvfb xauth xdotool x11-utils imagemagick"
 test_packages="$display_packages sqlite3 libxcb1-dev faketime procps python3-pyvisa-py python3-serial"
 bench_packages="libbenchmark-dev sqlite3"
-check_packages="clang-format clang-tidy $bench_packages"
+check_packages="clang-format-16 clang-tidy $bench_packages"
 fuzz_packages="clang libclang-rt-14-dev"
 
 # install_packages PACKAGE... : installs what is not there yet, as root or through sudo.

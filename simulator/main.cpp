@@ -1,15 +1,15 @@
-#include <chrono>
-#include <cstdio>
-#include <ctime>
-#include <string>
-#include <vector>
-
 #include "dialogue/dialogue.h"
 #include "options.h"
 #include "service/controlservice.h"
 #include "service/instrumentservice.h"
 #include "transport/server.h"
 #include "transport/stopsignal.h"
+
+#include <chrono>
+#include <cstdio>
+#include <ctime>
+#include <string>
+#include <vector>
 
 namespace {
 

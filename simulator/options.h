@@ -1,13 +1,13 @@
 #pragma once
 
+#include "faults/fault.h"
+
 #include <cstdint>
 #include <map>
 #include <optional>
 #include <set>
 #include <string>
 #include <vector>
-
-#include "faults/fault.h"
 
 namespace scnsim {
 

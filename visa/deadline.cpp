@@ -10,8 +10,9 @@ constexpr std::chrono::milliseconds kLongestWait{60000};
 
 Deadline Deadline::after(ViUInt32 timeoutMs)
 {
-    if (timeoutMs == VI_TMO_INFINITE)
+    if (timeoutMs == VI_TMO_INFINITE) {
         return Deadline(Clock::time_point::max());
+    }
     return Deadline(Clock::now() + std::chrono::milliseconds(timeoutMs));
 }
 
@@ -28,9 +29,11 @@ bool Deadline::passed() const
 int Deadline::remainingMs() const
 {
     const Clock::time_point now = Clock::now();
-    if (now >= m_moment)
+    if (now >= m_moment) {
         return 0;
-    if (m_moment == Clock::time_point::max() || m_moment - now > kLongestWait)
+    }
+    if (m_moment == Clock::time_point::max() || m_moment - now > kLongestWait) {
         return static_cast<int>(kLongestWait.count());
+    }
     return static_cast<int>(std::chrono::ceil<std::chrono::milliseconds>(m_moment - now).count());
 }

@@ -1,8 +1,8 @@
 #pragma once
 
-#include <chrono>
-
 #include "visa/visatypes.h"
+
+#include <chrono>
 
 /// The moment at which an operation gives up, on the monotonic clock.
 class Deadline

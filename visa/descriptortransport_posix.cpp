@@ -14,11 +14,13 @@ constexpr int kLossErrors[] = {EPIPE,     ECONNRESET,   ECONNABORTED, ENOTCONN, 
 
 Transport::State stateOfError(int error)
 {
-    if (error == EAGAIN || error == EWOULDBLOCK || error == EINTR)
+    if (error == EAGAIN || error == EWOULDBLOCK || error == EINTR) {
         return Transport::State::Nothing;
+    }
     for (const int loss : kLossErrors) {
-        if (error == loss)
+        if (error == loss) {
             return Transport::State::Lost;
+        }
     }
     return Transport::State::Failed;
 }
@@ -45,16 +47,19 @@ Transport::Wait waitForDescriptor(int descriptor, short events, int wakeDescript
     pollfd entries[2] = {{events == 0 ? -1 : descriptor, events, 0}, {wakeDescriptor, POLLIN, 0}};
     for (;;) {
         const int ready = ::poll(entries, 2, deadline.remainingMs());
-        if (ready < 0 && errno != EINTR)
+        if (ready < 0 && errno != EINTR) {
             return Transport::Wait::Failed;
+        }
         if (ready > 0) {
-            if (entries[1].revents != 0)
+            if (entries[1].revents != 0) {
                 return Transport::Wait::Interrupted;
+            }
             return (entries[0].revents & events) != 0 ? Transport::Wait::Ready
                                                       : Transport::Wait::HungUp;
         }
-        if (deadline.passed())
+        if (deadline.passed()) {
             return Transport::Wait::TimedOut;
+        }
     }
 }
 
@@ -77,14 +82,16 @@ void DescriptorTransport::interrupt()
 
 Transport::Result DescriptorTransport::resultOfRead(long count)
 {
-    if (count > 0)
+    if (count > 0) {
         return {State::Moved, static_cast<std::size_t>(count)};
+    }
     return {count == 0 ? State::Lost : stateOfError(errno), 0};
 }
 
 Transport::Result DescriptorTransport::resultOfWrite(long count)
 {
-    if (count > 0)
+    if (count > 0) {
         return {State::Moved, static_cast<std::size_t>(count)};
+    }
     return {count == 0 ? State::Nothing : stateOfError(errno), 0};
 }

@@ -34,8 +34,9 @@ bool FileDescriptor::makeNonBlocking()
 
 void FileDescriptor::close() noexcept
 {
-    if (m_descriptor < 0)
+    if (m_descriptor < 0) {
         return;
+    }
     int state = PTHREAD_CANCEL_ENABLE;
     ::pthread_setcancelstate(PTHREAD_CANCEL_DISABLE, &state);
     ::close(m_descriptor);
@@ -46,12 +47,14 @@ void FileDescriptor::close() noexcept
 WakePipe::WakePipe()
 {
     int ends[2];
-    if (::pipe(ends) != 0)
+    if (::pipe(ends) != 0) {
         return;
+    }
     FileDescriptor readEnd(ends[0]);
     FileDescriptor writeEnd(ends[1]);
-    if (!readEnd.makeNonBlocking() || !writeEnd.makeNonBlocking())
+    if (!readEnd.makeNonBlocking() || !writeEnd.makeNonBlocking()) {
         return;
+    }
     m_readEnd = std::move(readEnd);
     m_writeEnd = std::move(writeEnd);
 }

@@ -1,5 +1,7 @@
 #include "visa/hostlookup_posix.h"
 
+#include "visa/descriptortransport_posix.h"
+
 #include <netdb.h>
 
 #include <cstring>
@@ -8,8 +10,6 @@
 #include <system_error>
 #include <thread>
 #include <utility>
-
-#include "visa/descriptortransport_posix.h"
 
 namespace {
 
@@ -31,8 +31,9 @@ std::vector<SocketAddress> resolve(const std::string& host, const std::string& p
     hints.ai_flags = AI_NUMERICSERV | flags;
     addrinfo* found = nullptr;
     std::vector<SocketAddress> addresses;
-    if (::getaddrinfo(host.c_str(), port.c_str(), &hints, &found) != 0)
+    if (::getaddrinfo(host.c_str(), port.c_str(), &hints, &found) != 0) {
         return addresses;
+    }
     for (const addrinfo* info = found; info; info = info->ai_next) {
         SocketAddress address;
         address.family = info->ai_family;
@@ -50,8 +51,9 @@ HostLookup resolveOnThread(const std::string& host, const std::string& port,
     const auto pending = std::make_shared<PendingLookup>();
     pending->host = host;
     pending->port = port;
-    if (!pending->done.isOpen())
+    if (!pending->done.isOpen()) {
         return {VI_ERROR_ALLOC, {}};
+    }
     try {
         std::thread([pending] {
             auto addresses = resolve(pending->host, pending->port, 0);
@@ -66,8 +68,9 @@ HostLookup resolveOnThread(const std::string& host, const std::string& port,
     }
     // The pipe is given as the one that wakes: a look-up that is done "interrupts" the wait.
     const Transport::Wait wait = waitForDescriptor(-1, 0, pending->done.readEnd(), deadline);
-    if (wait != Transport::Wait::Interrupted)
+    if (wait != Transport::Wait::Interrupted) {
         return {wait == Transport::Wait::TimedOut ? VI_ERROR_TMO : VI_ERROR_SYSTEM_ERROR, {}};
+    }
     const std::lock_guard<std::mutex> lock(pending->mutex);
     return {VI_SUCCESS, std::move(pending->addresses)};
 }
@@ -78,9 +81,11 @@ HostLookup lookUpHost(const std::string& host, std::uint16_t port, const Deadlin
 {
     const std::string service = std::to_string(port);
     HostLookup lookup{VI_SUCCESS, resolve(host, service, AI_NUMERICHOST)};
-    if (lookup.addresses.empty())
+    if (lookup.addresses.empty()) {
         lookup = resolveOnThread(host, service, deadline);
-    if (lookup.status == VI_SUCCESS && lookup.addresses.empty())
+    }
+    if (lookup.status == VI_SUCCESS && lookup.addresses.empty()) {
         lookup.status = VI_ERROR_RSRC_NFOUND;
+    }
     return lookup;
 }

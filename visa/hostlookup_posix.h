@@ -1,13 +1,13 @@
 #pragma once
 
+#include "visa/deadline.h"
+
 #include <netinet/in.h>
 #include <sys/socket.h>
 
 #include <cstdint>
 #include <string>
 #include <vector>
-
-#include "visa/deadline.h"
 
 /// One address to try.
 struct SocketAddress

@@ -3,7 +3,8 @@
 
 OpenedTransport openTransport(const ResourceName& name, const Deadline& deadline)
 {
-    if (name.kind == ResourceName::Kind::Socket)
+    if (name.kind == ResourceName::Kind::Socket) {
         return openSocket(name.host, name.port, deadline);
+    }
     return openSerialPort(name.device);
 }

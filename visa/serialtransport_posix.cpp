@@ -56,8 +56,9 @@ constexpr FlagRow kFlagRows[] = {
 std::optional<speed_t> speedOf(ViAttrState baud)
 {
     for (const BaudRow& row : kBaudRows) {
-        if (row.baud == baud)
+        if (row.baud == baud) {
             return row.speed;
+        }
     }
     return std::nullopt;
 }
@@ -65,8 +66,9 @@ std::optional<speed_t> speedOf(ViAttrState baud)
 std::optional<tcflag_t> flagsOf(ViAttr attribute, ViAttrState value)
 {
     for (const FlagRow& row : kFlagRows) {
-        if (row.attribute == attribute && row.value == value)
+        if (row.attribute == attribute && row.value == value) {
             return row.flags;
+        }
     }
     return std::nullopt;
 }
@@ -76,8 +78,9 @@ tcflag_t flagMaskOf(ViAttr attribute)
 {
     tcflag_t mask = 0;
     for (const FlagRow& row : kFlagRows) {
-        if (row.attribute == attribute)
+        if (row.attribute == attribute) {
             mask |= row.flags;
+        }
     }
     // A size of five bits is coded as no flag at all, so the rows alone do not name its field.
     return attribute == VI_ATTR_ASRL_DATA_BITS ? mask | CSIZE : mask;
@@ -86,11 +89,13 @@ tcflag_t flagMaskOf(ViAttr attribute)
 ViStatus setSpeed(int descriptor, termios& settings, ViAttrState baud)
 {
     const auto speed = speedOf(baud);
-    if (!speed || ::cfsetispeed(&settings, *speed) != 0 || ::cfsetospeed(&settings, *speed) != 0)
+    if (!speed || ::cfsetispeed(&settings, *speed) != 0 || ::cfsetospeed(&settings, *speed) != 0) {
         return VI_ERROR_NSUP_ATTR_STATE;
+    }
     termios taken = {};
-    if (::tcsetattr(descriptor, TCSANOW, &settings) != 0 || ::tcgetattr(descriptor, &taken) != 0)
+    if (::tcsetattr(descriptor, TCSANOW, &settings) != 0 || ::tcgetattr(descriptor, &taken) != 0) {
         return VI_ERROR_IO;
+    }
     return ::cfgetospeed(&taken) == *speed ? VI_SUCCESS : VI_ERROR_NSUP_ATTR_STATE;
 }
 
@@ -99,23 +104,27 @@ ViStatus setFlags(int descriptor, termios& settings, ViAttr attribute, ViAttrSta
 {
     const tcflag_t mask = flagMaskOf(attribute);
     const auto flags = flagsOf(attribute, value);
-    if (!flags)
+    if (!flags) {
         return VI_ERROR_NSUP_ATTR_STATE;
+    }
     settings.c_cflag = (settings.c_cflag & ~mask) | *flags;
     termios taken = {};
     const bool set = ::tcsetattr(descriptor, TCSANOW, &settings) == 0;
-    if (!set && errno != EINVAL)
+    if (!set && errno != EINVAL) {
         return VI_ERROR_IO;
-    if (::tcgetattr(descriptor, &taken) != 0)
+    }
+    if (::tcgetattr(descriptor, &taken) != 0) {
         return VI_ERROR_IO;
+    }
     return set && (taken.c_cflag & mask) == *flags ? VI_SUCCESS : VI_ERROR_NSUP_ATTR_STATE;
 }
 
 bool setRawMode(int descriptor)
 {
     termios settings = {};
-    if (::tcgetattr(descriptor, &settings) != 0)
+    if (::tcgetattr(descriptor, &settings) != 0) {
         return false;
+    }
     ::cfmakeraw(&settings);
     settings.c_iflag &= ~static_cast<tcflag_t>(IXON | IXOFF | IXANY);
     settings.c_cflag &= ~static_cast<tcflag_t>(CSTOPB | PARENB | CSIZE);
@@ -162,11 +171,13 @@ Transport::Result SerialTransport::writeSome(const char* bytes, std::size_t size
 ViStatus SerialTransport::setSerialAttribute(ViAttr attribute, ViAttrState value)
 {
     const bool isBaud = attribute == VI_ATTR_ASRL_BAUD;
-    if (!isBaud && flagMaskOf(attribute) == 0)
+    if (!isBaud && flagMaskOf(attribute) == 0) {
         return VI_ERROR_NSUP_ATTR;
+    }
     termios settings = {};
-    if (::tcgetattr(descriptor(), &settings) != 0)
+    if (::tcgetattr(descriptor(), &settings) != 0) {
         return VI_ERROR_IO;
+    }
     return isBaud ? setSpeed(descriptor(), settings, value)
                   : setFlags(descriptor(), settings, attribute, value);
 }
@@ -174,15 +185,19 @@ ViStatus SerialTransport::setSerialAttribute(ViAttr attribute, ViAttrState value
 OpenedTransport openSerialPort(const std::string& device)
 {
     WakePipe wakePipe;
-    if (!wakePipe.isOpen())
+    if (!wakePipe.isOpen()) {
         return {VI_ERROR_ALLOC, nullptr};
+    }
     // Never the controlling terminal: a hang-up of the line is no signal to this process.
     FileDescriptor port(::open(device.c_str(), O_RDWR | O_NOCTTY | O_NONBLOCK | O_CLOEXEC));
-    if (!port.isOpen())
+    if (!port.isOpen()) {
         return {statusOfOpenError(errno), nullptr};
-    if (!::isatty(port.get()))
+    }
+    if (!::isatty(port.get())) {
         return {VI_ERROR_RSRC_NFOUND, nullptr};
-    if (!setRawMode(port.get()))
+    }
+    if (!setRawMode(port.get())) {
         return {VI_ERROR_IO, nullptr};
+    }
     return {VI_SUCCESS, std::make_unique<SerialTransport>(std::move(port), std::move(wakePipe))};
 }

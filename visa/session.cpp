@@ -47,8 +47,9 @@ public:
         while (!m_failure && !(m_held = take())) {
             const Transport::Wait wait = m_session.m_transport->wait(Transport::Direction::Neither,
                                                                      deadline.within(kTurnPollMs));
-            if (wait != Transport::Wait::TimedOut || deadline.passed())
+            if (wait != Transport::Wait::TimedOut || deadline.passed()) {
                 m_failure = statusOfWait(wait);
+            }
         }
     }
 
@@ -70,8 +71,9 @@ private:
     bool take()
     {
         const std::lock_guard<std::mutex> lock(m_session.m_mutex);
-        if (m_session.m_writing)
+        if (m_session.m_writing) {
             return false;
+        }
         m_session.m_writing = true;
         return true;
     }
@@ -98,13 +100,15 @@ ViStatus Session::setAttribute(ViAttr attribute, ViAttrState value)
         m_timeoutMs = static_cast<ViUInt32>(value);
         return VI_SUCCESS;
     case VI_ATTR_TERMCHAR:
-        if (value > 0xFF)
+        if (value > 0xFF) {
             return VI_ERROR_NSUP_ATTR_STATE;
+        }
         m_terminator = static_cast<char>(static_cast<unsigned char>(value));
         return VI_SUCCESS;
     case VI_ATTR_TERMCHAR_EN:
-        if (value > 1)
+        if (value > 1) {
             return VI_ERROR_NSUP_ATTR_STATE;
+        }
         m_terminatorEnabled = value == 1;
         return VI_SUCCESS;
     default:
@@ -117,8 +121,9 @@ ViStatus Session::read(char* buffer, std::size_t size, std::size_t& received)
     const Deadline deadline = nextDeadline();
     bool hungUp = false;
     for (;;) {
-        if (const auto status = tryRead(buffer, size, received, hungUp))
+        if (const auto status = tryRead(buffer, size, received, hungUp)) {
             return *status;
+        }
         const Transport::Wait wait = m_transport->wait(Transport::Direction::Input, deadline);
         if (const auto status = statusOfWait(wait)) {
             const std::lock_guard<std::mutex> lock(m_mutex);
@@ -134,17 +139,21 @@ ViStatus Session::write(const char* bytes, std::size_t size, std::size_t& sent)
     const Deadline deadline = nextDeadline();
     sent = 0;
     const WriteTurn turn(*this, deadline);
-    if (turn.failure())
+    if (turn.failure()) {
         return *turn.failure();
-    if (const ViStatus status = discardInput(); status != VI_SUCCESS)
+    }
+    if (const ViStatus status = discardInput(); status != VI_SUCCESS) {
         return status;
+    }
     bool hungUp = false;
     for (;;) {
-        if (const auto status = tryWrite(bytes, size, sent, hungUp))
+        if (const auto status = tryWrite(bytes, size, sent, hungUp)) {
             return *status;
+        }
         const Transport::Wait wait = m_transport->wait(Transport::Direction::Output, deadline);
-        if (const auto status = statusOfWait(wait))
+        if (const auto status = statusOfWait(wait)) {
             return *status;
+        }
         hungUp = wait == Transport::Wait::HungUp;
     }
 }
@@ -167,12 +176,14 @@ std::optional<ViStatus> Session::tryRead(char* buffer, std::size_t size, std::si
     const std::lock_guard<std::mutex> lock(m_mutex);
     Transport::State state = Transport::State::Moved;
     while (state == Transport::State::Moved) {
-        if (const auto status = takeMessage(buffer, size, received))
+        if (const auto status = takeMessage(buffer, size, received)) {
             return status;
+        }
         state = fetchInput();
     }
-    if (state == Transport::State::Nothing && !hungUp)
+    if (state == Transport::State::Nothing && !hungUp) {
         return std::nullopt;
+    }
     takeRest(buffer, size, received);
     return failure(state == Transport::State::Nothing ? Transport::State::Lost : state);
 }
@@ -189,8 +200,9 @@ std::optional<ViStatus> Session::takeMessage(char* buffer, std::size_t size, std
             return VI_SUCCESS_TERM_CHAR;
         }
     }
-    if (available < size)
+    if (available < size) {
         return std::nullopt;
+    }
     take(buffer, size, received);
     return VI_SUCCESS_MAX_CNT;
 }
@@ -210,12 +222,14 @@ void Session::takeRest(char* buffer, std::size_t size, std::size_t& received)
 /// Adds what is waiting, up to a chunk, to the input.
 Transport::State Session::fetchInput()
 {
-    if (m_lost)
+    if (m_lost) {
         return Transport::State::Lost;
+    }
     char chunk[kChunkSize];
     const Transport::Result result = m_transport->readSome(chunk, sizeof chunk);
-    if (result.state == Transport::State::Moved)
+    if (result.state == Transport::State::Moved) {
         m_input.append(chunk, result.count);
+    }
     return result.state;
 }
 
@@ -226,10 +240,12 @@ ViStatus Session::discardInput()
     for (std::size_t discarded = 0; discarded < kMostDiscardedBytes;) {
         m_input.clear();
         const Transport::State state = fetchInput();
-        if (state == Transport::State::Nothing)
+        if (state == Transport::State::Nothing) {
             return VI_SUCCESS;
-        if (state != Transport::State::Moved)
+        }
+        if (state != Transport::State::Moved) {
             return failure(state);
+        }
         discarded += m_input.size();
     }
     m_input.clear();
@@ -243,11 +259,13 @@ std::optional<ViStatus> Session::tryWrite(const char* bytes, std::size_t size, s
     const std::lock_guard<std::mutex> lock(m_mutex);
     while (sent < size) {
         const Transport::Result result = m_transport->writeSome(bytes + sent, size - sent);
-        if (result.state == Transport::State::Nothing && !hungUp)
+        if (result.state == Transport::State::Nothing && !hungUp) {
             return std::nullopt;
-        if (result.state != Transport::State::Moved)
+        }
+        if (result.state != Transport::State::Moved) {
             return failure(result.state == Transport::State::Nothing ? Transport::State::Lost
                                                                      : result.state);
+        }
         sent += result.count;
     }
     return VI_SUCCESS;
@@ -256,8 +274,9 @@ std::optional<ViStatus> Session::tryWrite(const char* bytes, std::size_t size, s
 /// The status of a connection that moves nothing any more. A lost one stays lost.
 ViStatus Session::failure(Transport::State state)
 {
-    if (state != Transport::State::Lost)
+    if (state != Transport::State::Lost) {
         return VI_ERROR_IO;
+    }
     m_lost = true;
     return VI_ERROR_CONN_LOST;
 }

@@ -1,11 +1,11 @@
 #pragma once
 
+#include "visa/transport.h"
+
 #include <memory>
 #include <mutex>
 #include <optional>
 #include <string>
-
-#include "visa/transport.h"
 
 /// One open instrument session: the attributes, the bytes that have come in and are not read yet,
 /// and the rules by which a read ends. Every operation may be called on any thread; a read and a

@@ -13,8 +13,9 @@ ViSession SessionTable::addSession(ViSession resourceManager, std::shared_ptr<Se
 {
     const std::lock_guard<std::mutex> lock(m_mutex);
     const auto found = m_entries.find(resourceManager);
-    if (found == m_entries.end() || found->second.session)
+    if (found == m_entries.end() || found->second.session) {
         return 0;
+    }
     return add(Entry{resourceManager, std::move(session)});
 }
 
@@ -43,20 +44,23 @@ bool SessionTable::close(ViObject handle)
     std::vector<std::shared_ptr<Session>> closed;
     {
         const std::lock_guard<std::mutex> lock(m_mutex);
-        if (m_entries.find(handle) == m_entries.end())
+        if (m_entries.find(handle) == m_entries.end()) {
             return false;
+        }
         for (auto it = m_entries.begin(); it != m_entries.end();) {
             if (it->first != handle && it->second.resourceManager != handle) {
                 ++it;
                 continue;
             }
-            if (it->second.session)
+            if (it->second.session) {
                 closed.push_back(std::move(it->second.session));
+            }
             it = m_entries.erase(it);
         }
     }
-    for (const std::shared_ptr<Session>& session : closed)
+    for (const std::shared_ptr<Session>& session : closed) {
         session->close();
+    }
     return true;
 }
 

@@ -1,10 +1,10 @@
 #pragma once
 
+#include "visa/session.h"
+
 #include <map>
 #include <memory>
 #include <mutex>
-
-#include "visa/session.h"
 
 /// The handles that have been given out, and what stands behind them. A session is shared with
 /// the threads that are using it, so that closing a handle never takes it away under them. Handles

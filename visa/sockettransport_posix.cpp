@@ -1,5 +1,7 @@
 #include "visa/sockettransport_posix.h"
 
+#include "visa/hostlookup_posix.h"
+
 #include <netinet/in.h>
 #include <netinet/tcp.h>
 #include <poll.h>
@@ -7,8 +9,6 @@
 
 #include <cerrno>
 #include <utility>
-
-#include "visa/hostlookup_posix.h"
 
 namespace {
 
@@ -65,25 +65,30 @@ ViStatus finishConnect(int descriptor, const Deadline& deadline)
     }
     int error = 0;
     socklen_t size = sizeof error;
-    if (::getsockopt(descriptor, SOL_SOCKET, SO_ERROR, &error, &size) != 0)
+    if (::getsockopt(descriptor, SOL_SOCKET, SO_ERROR, &error, &size) != 0) {
         return VI_ERROR_SYSTEM_ERROR;
+    }
     return error == 0 ? VI_SUCCESS : statusOfConnectError(error);
 }
 
 ViStatus connectTo(const SocketAddress& address, const Deadline& deadline, FileDescriptor& socket)
 {
     socket = FileDescriptor(::socket(address.family, SOCK_STREAM, 0));
-    if (!socket.isOpen())
+    if (!socket.isOpen()) {
         return statusOfConnectError(errno);
-    if (!socket.makeNonBlocking())
+    }
+    if (!socket.makeNonBlocking()) {
         return VI_ERROR_SYSTEM_ERROR;
+    }
     setOptions(socket.get());
     if (::connect(socket.get(), reinterpret_cast<const sockaddr*>(&address.storage),
-                  address.size) == 0)
+                  address.size) == 0) {
         return VI_SUCCESS;
+    }
     // A connect that a signal interrupts goes on by itself.
-    if (errno != EINPROGRESS && errno != EINTR)
+    if (errno != EINPROGRESS && errno != EINTR) {
         return statusOfConnectError(errno);
+    }
     return finishConnect(socket.get(), deadline);
 }
 
@@ -107,16 +112,18 @@ ViStatus SocketTransport::setSerialAttribute(ViAttr, ViAttrState)
 OpenedTransport openSocket(const std::string& host, std::uint16_t port, const Deadline& deadline)
 {
     WakePipe wakePipe;
-    if (!wakePipe.isOpen())
+    if (!wakePipe.isOpen()) {
         return {VI_ERROR_ALLOC, nullptr};
+    }
     const HostLookup lookup = lookUpHost(host, port, deadline);
     ViStatus status = lookup.status;
     for (const SocketAddress& address : lookup.addresses) {
         FileDescriptor socket;
         status = connectTo(address, deadline, socket);
-        if (status == VI_SUCCESS)
+        if (status == VI_SUCCESS) {
             return {VI_SUCCESS,
                     std::make_unique<SocketTransport>(std::move(socket), std::move(wakePipe))};
+        }
     }
     return {status, nullptr};
 }

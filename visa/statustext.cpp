@@ -48,8 +48,9 @@ constexpr StatusRow kStatusRows[] = {
 const char* knownText(ViStatus status)
 {
     for (const StatusRow& row : kStatusRows) {
-        if (row.status == status)
+        if (row.status == status) {
             return row.text;
+        }
     }
     return nullptr;
 }
@@ -58,8 +59,9 @@ const char* knownText(ViStatus status)
 
 std::string statusText(ViStatus status)
 {
-    if (const char* const text = knownText(status))
+    if (const char* const text = knownText(status)) {
         return text;
+    }
     char text[64];
     std::snprintf(text, sizeof text, "unknown status 0x%08X", static_cast<unsigned>(status));
     return text;

@@ -1,8 +1,8 @@
 #pragma once
 
-#include <string>
-
 #include "visa/visatypes.h"
+
+#include <string>
 
 /// The text of a completion code: the code's published name and what it means, in English and
 /// ASCII, shorter than kViStatusTextSize. A code that is not known gives its number.

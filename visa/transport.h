@@ -1,11 +1,11 @@
 #pragma once
 
-#include <cstddef>
-#include <memory>
-
 #include "visa/deadline.h"
 #include "visa/resourcename.h"
 #include "visa/visatypes.h"
+
+#include <cstddef>
+#include <memory>
 
 /// The bytes of one connection, in both directions, without any notion of a message. Moving bytes
 /// never blocks; wait() is the only place where a thread stands still. All operations may be

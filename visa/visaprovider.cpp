@@ -1,11 +1,11 @@
 #include "visa/visaprovider.h"
 
-#include <cstring>
-#include <string>
-
 #include "visa/resourcename.h"
 #include "visa/sessiontable.h"
 #include "visa/statustext.h"
+
+#include <cstring>
+#include <string>
 
 namespace {
 
@@ -27,14 +27,16 @@ ViStatus noSession(ViSession handle)
 
 void store(ViUInt32* target, std::size_t count)
 {
-    if (target)
+    if (target) {
         *target = static_cast<ViUInt32>(count);
+    }
 }
 
 ViStatus SCN_VISA_CALL openDefaultRM(ViSession* resourceManager)
 {
-    if (!resourceManager)
+    if (!resourceManager) {
         return VI_ERROR_USER_BUF;
+    }
     *resourceManager = sessions().addResourceManager();
     return VI_SUCCESS;
 }
@@ -42,20 +44,25 @@ ViStatus SCN_VISA_CALL openDefaultRM(ViSession* resourceManager)
 ViStatus SCN_VISA_CALL open(ViSession resourceManager, const ViChar* resource,
                             ViAccessMode accessMode, ViUInt32 openTimeoutMs, ViSession* session)
 {
-    if (!session)
+    if (!session) {
         return VI_ERROR_USER_BUF;
+    }
     *session = VI_NULL;
-    if (!sessions().hasResourceManager(resourceManager))
+    if (!sessions().hasResourceManager(resourceManager)) {
         return VI_ERROR_INV_OBJECT;
-    if (accessMode != VI_NO_LOCK && accessMode != VI_LOAD_CONFIG)
+    }
+    if (accessMode != VI_NO_LOCK && accessMode != VI_LOAD_CONFIG) {
         return VI_ERROR_INV_ACC_MODE;
+    }
     const auto name = parseResourceName(resource ? resource : "");
-    if (!name)
+    if (!name) {
         return VI_ERROR_INV_RSRC_NAME;
+    }
     OpenedTransport opened = openTransport(
         *name, Deadline::after(openTimeoutMs == 0 ? kDefaultOpenTimeoutMs : openTimeoutMs));
-    if (opened.status != VI_SUCCESS)
+    if (opened.status != VI_SUCCESS) {
         return opened.status;
+    }
     *session = sessions().addSession(resourceManager,
                                      std::make_shared<Session>(std::move(opened.transport)));
     return *session == VI_NULL ? VI_ERROR_INV_OBJECT : VI_SUCCESS;
@@ -68,8 +75,9 @@ ViStatus SCN_VISA_CALL close(ViObject object)
 
 ViStatus SCN_VISA_CALL setAttribute(ViObject object, ViAttr attribute, ViAttrState value)
 {
-    if (const auto session = sessions().session(object))
+    if (const auto session = sessions().session(object)) {
         return session->setAttribute(attribute, value);
+    }
     return sessions().has(object) ? VI_ERROR_NSUP_ATTR : VI_ERROR_INV_OBJECT;
 }
 
@@ -77,8 +85,9 @@ ViStatus SCN_VISA_CALL setAttribute(ViObject object, ViAttr attribute, ViAttrSta
 /// has closed meanwhile, has its text too.
 ViStatus SCN_VISA_CALL statusDesc(ViObject, ViStatus status, ViChar* text)
 {
-    if (!text)
+    if (!text) {
         return VI_ERROR_USER_BUF;
+    }
     const std::string known = statusText(status);
     std::memcpy(text, known.c_str(), known.size() + 1);
     return isKnownStatus(status) ? VI_SUCCESS : VI_WARN_UNKNOWN_STATUS;
@@ -88,10 +97,12 @@ ViStatus SCN_VISA_CALL read(ViSession handle, ViByte* buffer, ViUInt32 count, Vi
 {
     store(received, 0);
     const auto session = sessions().session(handle);
-    if (!session)
+    if (!session) {
         return noSession(handle);
-    if (!buffer)
+    }
+    if (!buffer) {
         return VI_ERROR_USER_BUF;
+    }
     std::size_t moved = 0;
     const ViStatus status = session->read(reinterpret_cast<char*>(buffer), count, moved);
     store(received, moved);
@@ -102,10 +113,12 @@ ViStatus SCN_VISA_CALL write(ViSession handle, const ViByte* buffer, ViUInt32 co
 {
     store(sent, 0);
     const auto session = sessions().session(handle);
-    if (!session)
+    if (!session) {
         return noSession(handle);
-    if (!buffer)
+    }
+    if (!buffer) {
         return VI_ERROR_USER_BUF;
+    }
     std::size_t moved = 0;
     const ViStatus status = session->write(reinterpret_cast<const char*>(buffer), count, moved);
     store(sent, moved);

@@ -1,8 +1,8 @@
 #include "dialogue/arguments.h"
 
-#include <cmath>
-
 #include "scpi/headerpattern.h"
+
+#include <cmath>
 
 namespace scnsim {
 

@@ -1,11 +1,11 @@
 #pragma once
 
+#include "model/instrument.h"
+#include "scpi/message.h"
+
 #include <initializer_list>
 #include <string>
 #include <vector>
-
-#include "model/instrument.h"
-#include "scpi/message.h"
 
 namespace scnsim {
 

@@ -1,8 +1,8 @@
-#include <algorithm>
-
 #include "dialogue/commands.h"
 #include "scpi/headerpattern.h"
 #include "scpi/response.h"
+
+#include <algorithm>
 
 namespace scnsim {
 

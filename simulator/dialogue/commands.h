@@ -1,10 +1,10 @@
 #pragma once
 
-#include <optional>
-#include <string>
-
 #include "dialogue/arguments.h"
 #include "scpi/errorqueue.h"
+
+#include <optional>
+#include <string>
 
 namespace scnsim {
 

@@ -1,9 +1,9 @@
 #include "dialogue/dialogue.h"
 
+#include "scpi/headerpattern.h"
+
 #include <unordered_map>
 #include <utility>
-
-#include "scpi/headerpattern.h"
 
 namespace scnsim {
 

@@ -1,11 +1,11 @@
 #pragma once
 
+#include "dialogue/commands.h"
+#include "scpi/message.h"
+
 #include <string>
 #include <string_view>
 #include <vector>
-
-#include "dialogue/commands.h"
-#include "scpi/message.h"
 
 namespace scnsim {
 

@@ -1,7 +1,7 @@
-#include <limits>
-
 #include "dialogue/commands.h"
 #include "scpi/response.h"
+
+#include <limits>
 
 namespace scnsim {
 

@@ -1,9 +1,9 @@
-#include <algorithm>
-#include <cmath>
-
 #include "dialogue/commands.h"
 #include "model/module.h"
 #include "scpi/response.h"
+
+#include <algorithm>
+#include <cmath>
 
 namespace scnsim {
 

@@ -1,13 +1,13 @@
 #include "faults/fault.h"
 
+#include "scpi/errors.h"
+#include "scpi/headerpattern.h"
+
 #include <charconv>
 #include <cmath>
 #include <cstdio>
 #include <system_error>
 #include <vector>
-
-#include "scpi/errors.h"
-#include "scpi/headerpattern.h"
 
 namespace scnsim {
 

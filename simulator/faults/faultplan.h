@@ -1,10 +1,10 @@
 #pragma once
 
+#include "faults/fault.h"
+
 #include <optional>
 #include <string>
 #include <vector>
-
-#include "faults/fault.h"
 
 namespace scnsim {
 

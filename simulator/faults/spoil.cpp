@@ -1,12 +1,12 @@
 #include "faults/spoil.h"
 
+#include "scpi/response.h"
+
 #include <algorithm>
 #include <charconv>
 #include <random>
 #include <string_view>
 #include <vector>
-
-#include "scpi/response.h"
 
 namespace scnsim {
 

@@ -1,11 +1,11 @@
 #pragma once
 
+#include "faults/fault.h"
+
 #include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <string>
-
-#include "faults/fault.h"
 
 namespace scnsim {
 

@@ -1,13 +1,13 @@
 #pragma once
 
+#include "model/function.h"
+#include "model/option.h"
+
 #include <array>
 #include <map>
 #include <optional>
 #include <string>
 #include <vector>
-
-#include "model/function.h"
-#include "model/option.h"
 
 namespace scnsim {
 

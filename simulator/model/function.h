@@ -1,8 +1,8 @@
 #pragma once
 
-#include <cstdint>
-
 #include "model/option.h"
+
+#include <cstdint>
 
 namespace scnsim {
 

@@ -1,8 +1,8 @@
 #include "model/instrument.h"
 
-#include <algorithm>
-
 #include "model/module.h"
+
+#include <algorithm>
 
 namespace scnsim {
 

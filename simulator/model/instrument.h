@@ -1,5 +1,12 @@
 #pragma once
 
+#include "model/configuration.h"
+#include "model/instrumentclock.h"
+#include "model/meter.h"
+#include "model/readingmemory.h"
+#include "model/refusal.h"
+#include "model/scanengine.h"
+
 #include <array>
 #include <cstddef>
 #include <cstdint>
@@ -8,13 +15,6 @@
 #include <set>
 #include <string>
 #include <vector>
-
-#include "model/configuration.h"
-#include "model/instrumentclock.h"
-#include "model/meter.h"
-#include "model/readingmemory.h"
-#include "model/refusal.h"
-#include "model/scanengine.h"
 
 namespace scnsim {
 

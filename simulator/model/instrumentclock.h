@@ -1,9 +1,9 @@
 #pragma once
 
-#include <cstdint>
-
 #include "model/calendar.h"
 #include "model/instant.h"
+
+#include <cstdint>
 
 namespace scnsim {
 

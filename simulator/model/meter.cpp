@@ -1,9 +1,9 @@
 #include "model/meter.h"
 
+#include "model/readingmemory.h"
+
 #include <cmath>
 #include <utility>
-
-#include "model/readingmemory.h"
 
 namespace scnsim {
 

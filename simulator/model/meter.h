@@ -1,12 +1,12 @@
 #pragma once
 
+#include "model/configuration.h"
+#include "model/signalsource.h"
+
 #include <cstdint>
 #include <map>
 #include <set>
 #include <string>
-
-#include "model/configuration.h"
-#include "model/signalsource.h"
 
 namespace scnsim {
 

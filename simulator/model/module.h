@@ -1,8 +1,8 @@
 #pragma once
 
-#include <string>
-
 #include "model/function.h"
+
+#include <string>
 
 namespace scnsim {
 

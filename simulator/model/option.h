@@ -1,9 +1,9 @@
 #pragma once
 
+#include "model/refusal.h"
+
 #include <array>
 #include <cstddef>
-
-#include "model/refusal.h"
 
 namespace scnsim {
 

@@ -1,15 +1,15 @@
 #pragma once
 
-#include <cstddef>
-#include <map>
-#include <optional>
-#include <vector>
-
 #include "model/configuration.h"
 #include "model/instrumentclock.h"
 #include "model/meter.h"
 #include "model/readingmemory.h"
 #include "model/refusal.h"
+
+#include <cstddef>
+#include <map>
+#include <optional>
+#include <vector>
 
 namespace scnsim {
 

@@ -1,10 +1,10 @@
 #pragma once
 
+#include "scpi/errors.h"
+
 #include <cstddef>
 #include <deque>
 #include <string>
-
-#include "scpi/errors.h"
 
 namespace scnsim {
 

@@ -1,9 +1,9 @@
 #include "scpi/message.h"
 
+#include "scpi/headerpattern.h"
+
 #include <charconv>
 #include <system_error>
-
-#include "scpi/headerpattern.h"
 
 namespace scnsim {
 

@@ -1,10 +1,10 @@
 #pragma once
 
+#include "scpi/errors.h"
+
 #include <string>
 #include <string_view>
 #include <vector>
-
-#include "scpi/errors.h"
 
 namespace scnsim {
 

@@ -1,11 +1,11 @@
 #pragma once
 
-#include <string>
-
 #include "faults/faultplan.h"
 #include "model/instrument.h"
 #include "service/instrumentservice.h"
 #include "transport/lineservice.h"
+
+#include <string>
 
 namespace scnsim {
 

@@ -1,9 +1,9 @@
 #include "service/instrumentservice.h"
 
+#include "faults/spoil.h"
+
 #include <cmath>
 #include <utility>
-
-#include "faults/spoil.h"
 
 namespace scnsim {
 

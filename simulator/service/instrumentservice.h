@@ -1,12 +1,12 @@
 #pragma once
 
-#include <cstdint>
-#include <functional>
-#include <string>
-
 #include "dialogue/dialogue.h"
 #include "faults/faultplan.h"
 #include "transport/lineservice.h"
+
+#include <cstdint>
+#include <functional>
+#include <string>
 
 namespace scnsim {
 

@@ -1,6 +1,7 @@
 #include "transport/descriptor.h"
 
 #include <unistd.h>
+
 #include <utility>
 
 namespace scnsim {

@@ -1,15 +1,15 @@
 #pragma once
 
+#include "transport/descriptor.h"
+#include "transport/linebuffer.h"
+#include "transport/lineservice.h"
+#include "transport/pace.h"
+
 #include <chrono>
 #include <cstddef>
 #include <string>
 #include <utility>
 #include <vector>
-
-#include "transport/descriptor.h"
-#include "transport/linebuffer.h"
-#include "transport/lineservice.h"
-#include "transport/pace.h"
 
 namespace scnsim {
 

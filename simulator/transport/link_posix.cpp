@@ -1,10 +1,11 @@
 #include "transport/link.h"
 
+#include <unistd.h>
+
 #include <algorithm>
 #include <array>
 #include <cerrno>
 #include <chrono>
-#include <unistd.h>
 #include <utility>
 
 namespace scnsim {

@@ -1,8 +1,8 @@
 #pragma once
 
-#include <string>
-
 #include "transport/descriptor.h"
+
+#include <string>
 
 namespace scnsim {
 

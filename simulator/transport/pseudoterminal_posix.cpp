@@ -1,13 +1,14 @@
 #include "transport/pseudoterminal.h"
 
+#include <fcntl.h>
+#include <termios.h>
+#include <unistd.h>
+
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
-#include <fcntl.h>
 #include <filesystem>
 #include <system_error>
-#include <termios.h>
-#include <unistd.h>
 #include <utility>
 
 namespace scnsim {

@@ -1,15 +1,15 @@
 #pragma once
 
-#include <cstdint>
-#include <memory>
-#include <string>
-#include <vector>
-
 #include "transport/lineservice.h"
 #include "transport/link.h"
 #include "transport/pseudoterminal.h"
 #include "transport/tcplistener.h"
 #include "transport/transcript.h"
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <vector>
 
 namespace scnsim {
 

@@ -1,8 +1,9 @@
 #include "transport/server.h"
 
+#include <poll.h>
+
 #include <algorithm>
 #include <cerrno>
-#include <poll.h>
 #include <utility>
 
 namespace scnsim {

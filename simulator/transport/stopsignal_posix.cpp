@@ -1,8 +1,9 @@
 #include "transport/stopsignal.h"
 
-#include <csignal>
 #include <fcntl.h>
 #include <unistd.h>
+
+#include <csignal>
 
 namespace scnsim {
 

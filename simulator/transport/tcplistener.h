@@ -1,9 +1,9 @@
 #pragma once
 
+#include "transport/descriptor.h"
+
 #include <cstdint>
 #include <string>
-
-#include "transport/descriptor.h"
 
 namespace scnsim {
 

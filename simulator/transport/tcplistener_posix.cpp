@@ -1,12 +1,13 @@
 #include "transport/tcplistener.h"
 
 #include <arpa/inet.h>
-#include <cerrno>
-#include <cstring>
 #include <fcntl.h>
 #include <netinet/in.h>
 #include <netinet/tcp.h>
 #include <sys/socket.h>
+
+#include <cerrno>
+#include <cstring>
 #include <utility>
 
 namespace scnsim {

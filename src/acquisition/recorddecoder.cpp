@@ -49,10 +49,10 @@ QString borrowed(QStringView text)
 int toInt(QStringView text)
 {
     // Nine digits always fit.
-    constexpr int maxQuickDigits = 9;
+    constexpr int kMaxQuickDigits = 9;
     const bool isSigned = !text.isEmpty() && isSign(text.front());
     const QStringView digits = isSigned ? text.mid(1) : text;
-    if (digits.isEmpty() || digits.size() > maxQuickDigits) {
+    if (digits.isEmpty() || digits.size() > kMaxQuickDigits) {
         return borrowed(text).toInt();
     }
     int magnitude = 0;
@@ -89,10 +89,10 @@ bool takeExponent(QStringView text, int& position, int& exponent)
     if (position < text.size() && isSign(text[position])) {
         ++position;
     }
-    constexpr int maxExponentDigits = 3;
+    constexpr int kMaxExponentDigits = 3;
     quint64 magnitude = 0;
     const int digits = takeDigits(text, position, magnitude);
-    if (digits == 0 || digits > maxExponentDigits || position != text.size()) {
+    if (digits == 0 || digits > kMaxExponentDigits || position != text.size()) {
         return false;
     }
     exponent = negative ? -static_cast<int>(magnitude) : static_cast<int>(magnitude);
@@ -106,9 +106,9 @@ double toDouble(QStringView text)
     constexpr std::array<double, 23> powersOfTen = {1e0,  1e1,  1e2,  1e3,  1e4,  1e5,  1e6,  1e7,
                                                     1e8,  1e9,  1e10, 1e11, 1e12, 1e13, 1e14, 1e15,
                                                     1e16, 1e17, 1e18, 1e19, 1e20, 1e21, 1e22};
-    constexpr int maxExactDigits = 15;
-    constexpr int maxQuickLength = 24;
-    if (text.isEmpty() || text.size() > maxQuickLength) {
+    constexpr int kMaxExactDigits = 15;
+    constexpr int kMaxQuickLength = 24;
+    if (text.isEmpty() || text.size() > kMaxQuickLength) {
         return borrowed(text).toDouble();
     }
     int position = isSign(text.front()) ? 1 : 0;
@@ -120,7 +120,7 @@ double toDouble(QStringView text)
         fractionDigits = takeDigits(text, position, mantissa);
     }
     int exponent = 0;
-    const bool wellFormed = wholeDigits > 0 && wholeDigits + fractionDigits <= maxExactDigits &&
+    const bool wellFormed = wholeDigits > 0 && wholeDigits + fractionDigits <= kMaxExactDigits &&
                             (position == text.size() || takeExponent(text, position, exponent));
     exponent -= fractionDigits;
     const auto power = static_cast<std::size_t>(exponent < 0 ? -exponent : exponent);
@@ -173,9 +173,9 @@ constexpr std::array<qint64, 3> kClockSetBacks = {3600, 1800, 7200};
 /// when a country moves to another zone, the result cannot hold the choice.
 QDateTime firstMoment(const QDate& date, const QTime& time, LastFound& last)
 {
-    constexpr int msPerMinute = 60 * 1000;
+    constexpr int kMsPerMinute = 60 * 1000;
     const QDateTime moment(date, time, Qt::LocalTime);
-    const int minuteOfDay = time.msecsSinceStartOfDay() / msPerMinute;
+    const int minuteOfDay = time.msecsSinceStartOfDay() / kMsPerMinute;
     const bool isUnique = date == last.date && minuteOfDay == last.minuteOfDay;
     if (isUnique || !moment.isValid()) {
         return moment;

@@ -29,8 +29,9 @@ void selectText(CustomComboBox* box, const QString& text, int fallback)
 {
     const QSignalBlocker blocker(box);
     const int row = box->findText(text, Qt::MatchExactly | Qt::MatchCaseSensitive);
-    if (row >= 0 || fallback >= 0)
+    if (row >= 0 || fallback >= 0) {
         box->setCurrentIndex(row >= 0 ? row : fallback);
+    }
 }
 
 void refill(CustomComboBox* box, const QStringList& items)
@@ -146,10 +147,12 @@ constexpr int kRangedKinds[] = {0, 1, 2, 3, 8, 10, 11, 12};
 QString unitOnScreen(QString reply)
 {
     reply.remove(QLatin1Char('"'));
-    if (reply == QLatin1String("#C"))
+    if (reply == QLatin1String("#C")) {
         return QStringLiteral("°C");
-    if (reply == QLatin1String("#F"))
+    }
+    if (reply == QLatin1String("#F")) {
         return QStringLiteral("°F");
+    }
     return reply;
 }
 
@@ -166,8 +169,9 @@ void showScaleFunction(const ChannelRow& row, const QString& reply)
 {
     int index = 0;
     for (int known = 0; known < static_cast<int>(std::size(kScaleFunctions)); ++known) {
-        if (reply == QLatin1String(kScaleFunctions[known]))
+        if (reply == QLatin1String(kScaleFunctions[known])) {
             index = known;
+        }
     }
     // A scale function that the row does not offer leaves the first one selected.
     const QSignalBlocker blocker(row.scaleFunction);
@@ -187,8 +191,9 @@ constexpr Question kScalingQuestions[] = {
      }},
     {"CALC:SCAL:UNIT? (@{ch})",
      [](const ChannelRow& row, const QString& reply) {
-         if (row.unit)
+         if (row.unit) {
              selectText(row.unit, unitOnScreen(reply), 0);
+         }
      }},
     {"CALC:SCAL:FUNC? (@{ch})", showScaleFunction},
     {"CALC:SCAL:REF:AUTO? (@{ch})", nullptr},
@@ -229,8 +234,9 @@ public:
             refill(row.resolution, m_catalogue.temperatureUnitList(m_function));
         });
         for (const OptionQuestion& option : kOptionQuestions) {
-            if (option.panelKind == m_kind)
+            if (option.panelKind == m_kind) {
                 askAndShow(option.question);
+            }
         }
         readScaling();
     }
@@ -250,16 +256,18 @@ private:
     {
         m_link.show([this, &step] {
             const ChannelRow row = m_rowOf(m_channel);
-            if (row.exists())
+            if (row.exists()) {
                 step(row);
+            }
         });
     }
 
     void askAndShow(const Question& question) const
     {
         const QString reply = ask(question.query);
-        if (question.show)
+        if (question.show) {
             show([&](const ChannelRow& row) { question.show(row, reply); });
+        }
     }
 
     void readRange() const
@@ -268,8 +276,9 @@ private:
             refill(row.range, m_catalogue.rangeList(m_function));
         });
         const auto* end = std::end(kRangedKinds);
-        if (std::find(std::begin(kRangedKinds), end, m_kind) == end)
+        if (std::find(std::begin(kRangedKinds), end, m_kind) == end) {
             return;
+        }
         int rangeRow = 0;
         if (!isOn(ask("{H}:RANG:AUTO? (@{ch})"))) {
             const double range = ask("{H}:RANG? (@{ch})").toDouble();
@@ -318,12 +327,14 @@ private:
 
 void enableScaleControls(const ChannelRow& row)
 {
-    if (!row.function->isEnabledTo(row.function->parentWidget()))
+    if (!row.function->isEnabledTo(row.function->parentWidget())) {
         return;
+    }
     const bool isLinear = row.scaleFunction->currentIndex() == 0;
     for (CustomLineEdit* edit : {row.gain, row.offset}) {
-        if (edit)
+        if (edit) {
             edit->setEnabled(isLinear);
+        }
     }
     row.scaleMore->setEnabled(!isLinear);
 }

@@ -14,7 +14,8 @@ bool ChannelTree::edit(const QModelIndex& index, EditTrigger trigger, QEvent* ev
 {
     // The base class takes a cell's control for an open editor, and gives it the focus at each move of the
     // pointer that the control leaves to it.
-    if (event && event->type() == QEvent::MouseMove)
+    if (event && event->type() == QEvent::MouseMove) {
         return false;
+    }
     return QTreeWidget::edit(index, trigger, event);
 }

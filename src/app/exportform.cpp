@@ -78,8 +78,9 @@ void ExportForm::addSeparatorRow(QBoxLayout* rows)
     m_separatorBox = new CustomComboBox;
     m_separatorBox->setStyleSheet(QStringLiteral("background:#171717;"));
     m_separatorBox->setMinimumHeight(kControlHeight);
-    for (const char* title : kSeparatorTitles)
+    for (const char* title : kSeparatorTitles) {
         m_separatorBox->addItem(tr(title), exportSeparator(m_separatorBox->count()));
+    }
     row->addWidget(m_separatorBox);
     row->addItem(new QSpacerItem(20, 20, QSizePolicy::Expanding, QSizePolicy::Minimum));
 }
@@ -132,6 +133,7 @@ void ExportForm::keyPressEvent(QKeyEvent* event)
         QWidget::keyPressEvent(event);
         return;
     }
-    if (auto* button = qobject_cast<QPushButton*>(focusWidget()))
+    if (auto* button = qobject_cast<QPushButton*>(focusWidget())) {
         button->click();
+    }
 }

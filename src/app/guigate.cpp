@@ -61,8 +61,9 @@ void GuiGate::close()
 bool GuiGate::run(const std::function<void()>& work)
 {
     if (QThread::currentThread() == QCoreApplication::instance()->thread()) {
-        if (!isOpen())
+        if (!isOpen()) {
             return false;
+        }
         work();
         return true;
     }
@@ -82,6 +83,7 @@ bool GuiGate::run(const std::function<void()>& work)
 void GuiGate::post(const std::function<void()>& work)
 {
     const std::lock_guard<std::mutex> lock(m_mutex);
-    if (m_context)
+    if (m_context) {
         QMetaObject::invokeMethod(m_context.get(), work, Qt::QueuedConnection);
+    }
 }

@@ -29,8 +29,9 @@ bool InputReaderThread::stopRequested()
 void InputReaderThread::deliver(const QStringList& lines)
 {
     for (const QString& line : lines) {
-        if (!line.isEmpty())
+        if (!line.isEmpty()) {
             emit newInputReceived(line);
+        }
     }
 }
 

@@ -11,8 +11,9 @@ QString resourceFromArguments(const QStringList& arguments)
 
 bool validateLaunchArguments(const QStringList& arguments)
 {
-    if (arguments.size() >= 2 && arguments.at(1) == g_resourceName)
+    if (arguments.size() >= 2 && arguments.at(1) == g_resourceName) {
         return true;
+    }
     qCritical() << "错误：安全参数验证失败";
     return false;
 }

@@ -44,8 +44,9 @@ LauncherOutput::LauncherOutput()
 
 LauncherOutput::~LauncherOutput()
 {
-    if (!m_thread.joinable())
+    if (!m_thread.joinable()) {
         return;
+    }
     std::unique_lock<std::mutex> lock(m_shared->mutex);
     const auto hasEnded = [this] { return m_shared->hasEnded; };
     m_shared->isEnding = true;
@@ -56,10 +57,11 @@ LauncherOutput::~LauncherOutput()
     }
     const bool canJoin = m_shared->hasEnded;
     lock.unlock();
-    if (canJoin)
+    if (canJoin) {
         m_thread.join();
-    else
+    } else {
         m_thread.detach();
+    }
 }
 
 void LauncherOutput::tell(const QByteArray& text)
@@ -78,11 +80,13 @@ void LauncherOutput::send(const QByteArray& text, bool mayBeDropped)
     {
         const std::lock_guard<std::mutex> lock(m_shared->mutex);
         std::deque<Line>& pending = m_shared->pending;
-        if (m_shared->hasEnded)
+        if (m_shared->hasEnded) {
             return;
+        }
         pending.push_back({text + '\n', mayBeDropped});
-        if (mayBeDropped)
+        if (mayBeDropped) {
             m_shared->echoBytes += pending.back().bytes.size();
+        }
         while (m_shared->echoBytes > kMostEchoBytes) {
             const auto oldest = std::find_if(pending.begin(), pending.end(),
                                              [](const Line& line) { return line.mayBeDropped; });
@@ -93,10 +97,12 @@ void LauncherOutput::send(const QByteArray& text, bool mayBeDropped)
         }
         m_shared->changed.notify_all();
     }
-    if (beginsToDrop)
+    if (beginsToDrop) {
         qWarning() << "启动器未读取标准输出，最早的回复被丢弃";
-    if (!m_thread.joinable())
+    }
+    if (!m_thread.joinable()) {
         m_thread = std::thread([shared = m_shared] { writeAll(*shared); });
+    }
 }
 
 /// The thread's work: line by line until the end, or until nobody can read any more.
@@ -105,8 +111,9 @@ void LauncherOutput::writeAll(Shared& shared)
     std::unique_lock<std::mutex> lock(shared.mutex);
     for (bool goesOn = true; goesOn;) {
         shared.changed.wait(lock, [&shared] { return shared.isEnding || !shared.pending.empty(); });
-        if (shared.pending.empty())
+        if (shared.pending.empty()) {
             break;
+        }
         const Line line = shared.pending.front();
         shared.pending.pop_front();
         shared.echoBytes -= line.mayBeDropped ? line.bytes.size() : 0;
@@ -129,8 +136,9 @@ bool LauncherOutput::writeLine(Shared& shared, const QByteArray& line)
         const auto status =
             output.write(line.constData() + done, line.size() - done, kPollMs, written);
         if (status == StandardOutput::Status::Gone ||
-            (status == StandardOutput::Status::Busy && shared.isAbandoned))
+            (status == StandardOutput::Status::Busy && shared.isAbandoned)) {
             return false;
+        }
         done += written;
     }
     return true;

@@ -10,8 +10,9 @@ constexpr int kLongestLine = 64 * 1024;
 
 QString lineText(QByteArray line)
 {
-    if (line.endsWith('\r'))
+    if (line.endsWith('\r')) {
         line.chop(1);
+    }
     // With its length: a zero byte is a character like others and makes no line shorter.
     return QString::fromLocal8Bit(line.constData(), line.size());
 }
@@ -24,8 +25,9 @@ QStringList LineSplitter::feed(const QByteArray& bytes)
     int start = 0;
     for (int end = bytes.indexOf('\n'); end >= 0; end = bytes.indexOf('\n', start)) {
         gather(bytes.constData() + start, end - start);
-        if (!std::exchange(m_isTooLong, false))
+        if (!std::exchange(m_isTooLong, false)) {
             lines.append(lineText(std::exchange(m_pending, QByteArray())));
+        }
         start = end + 1;
     }
     gather(bytes.constData() + start, bytes.size() - start);
@@ -35,8 +37,9 @@ QStringList LineSplitter::feed(const QByteArray& bytes)
 /// Adds to the pending line, or drops it when it gets too long.
 void LineSplitter::gather(const char* bytes, int size)
 {
-    if (m_isTooLong)
+    if (m_isTooLong) {
         return;
+    }
     if (size <= kLongestLine - m_pending.size()) {
         m_pending.append(bytes, size);
         return;
@@ -48,7 +51,8 @@ void LineSplitter::gather(const char* bytes, int size)
 
 QStringList LineSplitter::finish()
 {
-    if (m_pending.isEmpty())
+    if (m_pending.isEmpty()) {
         return {};
+    }
     return {lineText(std::exchange(m_pending, QByteArray()))};
 }

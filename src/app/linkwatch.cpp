@@ -20,8 +20,9 @@ LinkWatch::LinkWatch(std::shared_ptr<GuiGate> gate)
 
 QString LinkWatch::ask(const QString& command)
 {
-    if (!goesOn())
+    if (!goesOn()) {
         return {};
+    }
     ExchangeResult result{};
     const QString reply = g_visa->sendCommand(command, kExchangeTimeoutMs, result);
     note(result, command);
@@ -30,8 +31,9 @@ QString LinkWatch::ask(const QString& command)
 
 bool LinkWatch::askAll(const QStringList& commands)
 {
-    if (commands.isEmpty() || !goesOn())
+    if (commands.isEmpty() || !goesOn()) {
         return true;
+    }
     bool allTimedOut = true;
     auto command = commands.cbegin();
     g_visa->sendCommands(commands, kExchangeTimeoutMs, [&](ExchangeResult result) {
@@ -44,8 +46,9 @@ bool LinkWatch::askAll(const QStringList& commands)
 
 void LinkWatch::show(const std::function<void()>& step) const
 {
-    if (goesOn())
+    if (goesOn()) {
         m_gate->run(step);
+    }
 }
 
 bool LinkWatch::goesOn() const
@@ -55,9 +58,11 @@ bool LinkWatch::goesOn() const
 
 void LinkWatch::note(ExchangeResult result, const QString& command)
 {
-    if (result == ExchangeResult::TimedOut)
+    if (result == ExchangeResult::TimedOut) {
         m_silenceMs += kExchangeTimeoutMs;
-    else if (command.contains(QLatin1Char('?'))) // a command is taken by a silent instrument, too
+    } else if (command.contains(
+                   QLatin1Char('?'))) { // a command is taken by a silent instrument, too
         m_silenceMs = 0;
+    }
     m_isLost = result == ExchangeResult::Lost || m_silenceMs > kLongestSilenceMs;
 }

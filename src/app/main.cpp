@@ -52,7 +52,8 @@ int main(int argc, char* argv[])
     Startup::substituteFonts();
     Startup::loadTranslations(QLibraryInfo::location(QLibraryInfo::TranslationsPath));
     int status = 0;
-    if (runWindow(status))
+    if (runWindow(status)) {
         std::_Exit(status);
+    }
     return status;
 }

@@ -97,38 +97,43 @@ MainWidget::MainWidget(QWidget* parent)
     m_readData = ReadData::instance();
     discoverInstrument();
     setStyleSheet(QStringLiteral("font-family:'Microsoft YaHei',Arial;"));
-    if (g_instrumentConnected && m_gate->isOpen())
+    if (g_instrumentConnected && m_gate->isOpen()) {
         bringUp();
+    }
 }
 
 MainWidget::~MainWidget()
 {
-    if (m_exportThread)
+    if (m_exportThread) {
         m_exportThread->requestStop();
+    }
     silenceControls();
     m_gate->close();
     if (m_readData) {
         m_readData->stop();
         endThread(m_readData);
         // A batch that is still on its way has left the instrument: it goes into the store now.
-        if (m_graphicSetting)
+        if (m_graphicSetting) {
             QCoreApplication::sendPostedEvents(m_graphicSetting, QEvent::MetaCall);
+        }
     }
     if (m_inputReader) {
         m_inputReader->stop();
         endThread(m_inputReader);
     }
-    if (m_exportThread)
+    if (m_exportThread) {
         endExport();
+    }
 }
 
 /// Waits for the export that was asked to stop. Ending it by force would leave its files behind.
 void MainWidget::endExport()
 {
-    if (m_exportThread->wait(kThreadWaitMs + kTerminationWaitMs))
+    if (m_exportThread->wait(kThreadWaitMs + kTerminationWaitMs)) {
         delete m_exportThread;
-    else // it hangs on its disk
+    } else { // it hangs on its disk
         leaveBehind(m_exportThread);
+    }
     m_exportThread = nullptr;
 }
 
@@ -140,8 +145,9 @@ void MainWidget::silenceControls()
         const QSignalBlocker blocker(edited);
         edited->clearFocus();
     }
-    for (QObject* part : findChildren<QObject*>())
+    for (QObject* part : findChildren<QObject*>()) {
         part->disconnect(this);
+    }
 }
 
 /// The part of the construction that needs an instrument; run later when there was none at start.
@@ -156,31 +162,35 @@ void MainWidget::bringUp()
     makeConnections();
     readBackInstrument();
     QTimer::singleShot(kStartupViewMs, [view = QPointer<LoadingView>(m_startupView)] {
-        if (view)
+        if (view) {
             view->stopLoading();
+        }
     });
     setAttribute(Qt::WA_DeleteOnClose);
     setWindowFlags(Qt::Window | Qt::FramelessWindowHint);
     resize(600, 400);
     setVisible(false);
     // A link that the read-back has found dead is for the recovery, which starts the acquisition.
-    if (g_instrumentConnected)
+    if (g_instrumentConnected) {
         m_readData->start();
+    }
 }
 
 /// Starts the reader of the launcher's lines. The GUI thread may be held up by the instrument for
 /// long: then the reader alone sees that the end is wanted, and what is still to be asked is left.
 void MainWidget::listenToLauncher()
 {
-    if (m_inputReader)
+    if (m_inputReader) {
         return;
+    }
     m_inputReader = new InputReaderThread(this);
     connect(m_inputReader, &InputReaderThread::newInputReceived, this, &MainWidget::handleInput);
     connect(
         m_inputReader, &InputReaderThread::newInputReceived, m_inputReader,
         [gate = m_gate](const QString& line) {
-            if (line == kExitCommand)
+            if (line == kExitCommand) {
                 gate->announceEnd();
+            }
         },
         Qt::DirectConnection);
     m_inputReader->start();
@@ -260,15 +270,18 @@ void MainWidget::makeConnections()
     connect(m_exportButton, &ImageButton::clicked, this, &MainWidget::recvExportButtonSlot);
     connect(m_lockManager, &WindowLockManager::unlocked, this, &MainWidget::recvLockScreenSlot);
     connect(m_usbLogCheck, &QCheckBox::toggled, this, &MainWidget::recvUsbSlot);
-    for (QRadioButton* radio : {m_startNowRadio, m_startAtTimeRadio, m_startOnAlarmRadio})
+    for (QRadioButton* radio : {m_startNowRadio, m_startAtTimeRadio, m_startOnAlarmRadio}) {
         connect(radio, &QRadioButton::toggled, this, &MainWidget::recvStartSlot);
+    }
     for (QRadioButton* radio : {m_intervalMinimumRadio, m_intervalCustomRadio,
-                                m_intervalExternalRadio, m_intervalManualRadio})
+                                m_intervalExternalRadio, m_intervalManualRadio}) {
         connect(radio, &QRadioButton::toggled, this, &MainWidget::recvIntervalSlot);
+    }
     connect(m_intervalPicker, &TimePicker::sigTimePickerValueChanged, this,
             &MainWidget::recvIntervalPickerSlot);
-    for (QRadioButton* radio : {m_stopManualRadio, m_stopElapsedRadio, m_stopCountRadio})
+    for (QRadioButton* radio : {m_stopManualRadio, m_stopElapsedRadio, m_stopCountRadio}) {
         connect(radio, &QRadioButton::toggled, this, &MainWidget::recvStopSlot);
+    }
     connect(m_stopCountBox, qOverload<int>(&QSpinBox::valueChanged), this,
             &MainWidget::recvStopCountSlot);
     connect(m_storeWatch, &QTimer::timeout, this, &MainWidget::showStoreState);

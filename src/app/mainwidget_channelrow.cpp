@@ -33,8 +33,9 @@ constexpr int kErrorMessage = 1;
 /// Nothing goes out between a loss and its recovery, which reads all of it back.
 void send(const QString& command)
 {
-    if (g_instrumentConnected)
+    if (g_instrumentConnected) {
         g_visa->sendCommand(command, kExchangeTimeoutMs);
+    }
 }
 
 void refillQuietly(CustomComboBox* box, const QStringList& items)
@@ -105,8 +106,9 @@ void MainWidget::onMeasTypeChanged(int index)
     const auto* box = qobject_cast<CustomComboBox*>(sender());
     const int channel = senderChannel();
     const ChannelRow row = channelRow(channel);
-    if (index < 0 || !box || !row.exists())
+    if (index < 0 || !box || !row.exists()) {
         return;
+    }
     const int function = m_commFunc->functionIndex(box->currentText());
     if (g_scanChannels.contains(channel)) {
         g_scanChannels[channel] = m_commFunc->baseUnit(function);
@@ -123,11 +125,13 @@ void MainWidget::onMeasTypeChanged(int index)
     selectQuietly(row.unit, m_commFunc->defaultUnitIndex(function));
 
     if (const int partner = partnerOf(channel); partner != 0 && rowForChannel(partner)) {
-        if (!channelRow(partner).exists())
+        if (!channelRow(partner).exists()) {
             return;
+        }
         QTreeWidgetItem* const item = rowForChannel(partner);
-        if (m_commFunc->isFourWire(function) && item->checkState(ScanColumn) == Qt::Checked)
+        if (m_commFunc->isFourWire(function) && item->checkState(ScanColumn) == Qt::Checked) {
             item->setCheckState(ScanColumn, Qt::Unchecked);
+        }
         matchPartner(channel);
     }
     applyFunction(function, channel);
@@ -137,12 +141,14 @@ void MainWidget::onMeasTypeChanged(int index)
 void MainWidget::matchPartner(int channel)
 {
     const int partner = partnerOf(channel);
-    if (partner == 0 || !channelRow(partner).exists())
+    if (partner == 0 || !channelRow(partner).exists()) {
         return;
-    if (partnerOf(channel, functionOf(channelRow(channel))) != 0)
+    }
+    if (partnerOf(channel, functionOf(channelRow(channel))) != 0) {
         takePartnerOver(partner, channel);
-    else if (isTakenOver(partner))
+    } else if (isTakenOver(partner)) {
         givePartnerBack(partner);
+    }
 }
 
 /// True while a four-wire function has the channel; a row of its own is left alone.
@@ -164,8 +170,9 @@ void MainWidget::takePartnerOver(int partner, int channel)
     item->setCheckState(ScanColumn, Qt::Unchecked);
     item->setFlags(item->flags() & ~Qt::ItemIsUserCheckable);
     updateModuleCheckState(item->parent());
-    if (g_scanChannels.remove(partner) > 0)
+    if (g_scanChannels.remove(partner) > 0) {
         tellWorkspace();
+    }
 }
 
 void MainWidget::givePartnerBack(int partner)
@@ -200,15 +207,17 @@ void MainWidget::onRangeTypeChanged(int index)
     assertGuiThread();
     const int channel = senderChannel();
     const ChannelRow row = channelRow(channel);
-    if (index < 0 || !row.exists())
+    if (index < 0 || !row.exists()) {
         return;
+    }
     const int function = functionOf(row);
     if (const ChannelRow partner = channelRow(partnerOf(channel, function)); partner.exists()) {
         // Blocks the own function box, not the partner's range: the partner's command goes first.
         const QSignalBlocker blocker(row.function);
         // The partner may still list the ranges of the function that it had before.
-        if (index >= partner.range->count())
+        if (index >= partner.range->count()) {
             refillQuietly(partner.range, m_commFunc->rangeList(function));
+        }
         partner.range->setCurrentIndex(index);
     }
     const QString header = m_commFunc->scpiHeader(function);
@@ -229,11 +238,13 @@ void MainWidget::onResTypeChanged(int index)
     assertGuiThread();
     const int channel = senderChannel();
     const ChannelRow row = channelRow(channel);
-    if (index < 0 || !row.exists())
+    if (index < 0 || !row.exists()) {
         return;
+    }
     if (const ChannelRow partner = channelRow(partnerOf(channel, functionOf(row)));
-        partner.exists())
+        partner.exists()) {
         selectQuietly(partner.resolution, index);
+    }
     sendAndReadBack(QStringLiteral("UNIT:TEMP %1,(@%2)")
                         .arg(row.resolution->currentText(), QString::number(channel)),
                     channel);
@@ -244,18 +255,21 @@ void MainWidget::onZoomStateChanged(bool state)
     assertGuiThread();
     const int channel = senderChannel();
     const ChannelRow row = channelRow(channel);
-    if (!row.exists())
+    if (!row.exists()) {
         return;
+    }
     const int function = functionOf(row);
     QString unit = m_commFunc->baseUnit(function);
     if (state) {
         // The unit of the row one bank on, whatever the function; without such a row the base unit.
         const int bank = m_commFunc->bankSize(static_cast<uchar>(channel / 100));
-        if (const ChannelRow other = channelRow(channel + bank); other.unit)
+        if (const ChannelRow other = channelRow(channel + bank); other.unit) {
             unit = other.unit->currentText();
+        }
     }
-    if (g_scanChannels.value(channel) != unit)
+    if (g_scanChannels.value(channel) != unit) {
         tellWorkspace();
+    }
     if (partnerOf(channel, function) != 0) {
         // The copy goes to the own check box, so the partner's stays as it is.
         const QSignalBlocker blocker(row.scale);
@@ -272,14 +286,16 @@ void MainWidget::onFuncTypeChanged(int index)
     assertGuiThread();
     const int channel = senderChannel();
     const ChannelRow row = channelRow(channel);
-    if (index < 0 || !row.exists())
+    if (index < 0 || !row.exists()) {
         return;
+    }
     enableScaleControls(row);
     const QString name = row.scaleFunction->currentText();
     row.scalePanel->showScaleOptions(name, channel);
     if (const ChannelRow partner = channelRow(partnerOf(channel, functionOf(row)));
-        partner.exists())
+        partner.exists()) {
         selectQuietly(partner.scaleFunction, index);
+    }
     sendAndReadBack(QStringLiteral("CALC:SCAL:FUNC %1,(@%2)").arg(name, QString::number(channel)),
                     channel);
 }
@@ -300,12 +316,14 @@ void MainWidget::sendScaleNumber(const QString& command, const QString& text,
     assertGuiThread();
     const int channel = senderChannel();
     const ChannelRow row = channelRow(channel);
-    if (!row.exists())
+    if (!row.exists()) {
         return;
+    }
     // A pasted line end would split the command in two.
     const QString number = text.trimmed();
-    if (number.isEmpty())
+    if (number.isEmpty()) {
         return;
+    }
     bool isNumber = false;
     number.toDouble(&isNumber);
     if (!isNumber) {
@@ -313,8 +331,9 @@ void MainWidget::sendScaleNumber(const QString& command, const QString& text,
         return;
     }
     if (const ChannelRow partner = channelRow(partnerOf(channel, functionOf(row)));
-        partner.exists() && partner.*edit)
+        partner.exists() && partner.*edit) {
         (partner.*edit)->setText(number);
+    }
     sendAndReadBack(command.arg(number, QString::number(channel)), channel);
 }
 
@@ -323,23 +342,27 @@ void MainWidget::onUnitChanged(int index)
     assertGuiThread();
     const int channel = senderChannel();
     const ChannelRow row = channelRow(channel);
-    if (index < 0 || !row.exists())
+    if (index < 0 || !row.exists()) {
         return;
+    }
     // Nothing is blocked: the partner's own change goes out first.
-    if (const ChannelRow partner = channelRow(partnerOf(channel, functionOf(row))); partner.unit)
+    if (const ChannelRow partner = channelRow(partnerOf(channel, functionOf(row))); partner.unit) {
         partner.unit->setCurrentIndex(index);
-    if (g_scanChannels.contains(channel))
+    }
+    if (g_scanChannels.contains(channel)) {
         g_scanChannels[channel] = displayUnit(row);
+    }
     tellWorkspace();
     QString unit = row.unit->currentText();
     qDebug() << "onUnitChanged"
              << "-0000-" << unit;
-    if (unit == QStringLiteral("°C"))
+    if (unit == QStringLiteral("°C")) {
         unit = QStringLiteral("#C");
-    else if (unit == QStringLiteral("°F"))
+    } else if (unit == QStringLiteral("°F")) {
         unit = QStringLiteral("#F");
-    else if (unit == m_commFunc->unitList().constFirst())
+    } else if (unit == m_commFunc->unitList().constFirst()) {
         unit.clear();
+    }
     sendAndReadBack(
         QStringLiteral("CALC:SCAL:UNIT \"%1\",(@%2)").arg(unit, QString::number(channel)), channel);
 }
@@ -349,8 +372,9 @@ void MainWidget::onMoreButton1Clicked()
     assertGuiThread();
     auto* button = qobject_cast<QPushButton*>(sender());
     AdvancedSetting* panel = moreButtonPanels.value(button);
-    if (!panel || panel->isVisible())
+    if (!panel || panel->isVisible()) {
         return;
+    }
     const int channel = senderChannel();
     const ChannelRow row = channelRow(channel);
     panel->showFunctionOptions(row.function->currentText(), functionOf(row), channel);
@@ -362,8 +386,9 @@ void MainWidget::onMoreButton2Clicked()
     assertGuiThread();
     auto* button = qobject_cast<QPushButton*>(sender());
     AdvancedSetting* panel = moreButtonPanels.value(button);
-    if (!panel || panel->isVisible())
+    if (!panel || panel->isVisible()) {
         return;
+    }
     const int channel = senderChannel();
     panel->showScaleOptions(channelRow(channel).scaleFunction->currentText(), channel);
     openPanel(panel, button);

@@ -67,8 +67,9 @@ QWidget* MainWidget::buildInstrumentPage()
     m_instrumentPageContent = new QWidget(m_instrumentPage);
     m_instrumentPageContent->setStyleSheet(QStringLiteral("background:rgb(63,63,63);"));
     auto* layout = new QVBoxLayout(m_instrumentPageContent);
-    for (int slot = 1; slot <= kPanelSlots; ++slot)
+    for (int slot = 1; slot <= kPanelSlots; ++slot) {
         layout->addWidget(buildSlotPanel(slot));
+    }
     auto* setupButton = new QPushButton(tr("更多设置..."), m_instrumentPageContent);
     setupButton->setObjectName(QStringLiteral("setupButton"));
     layout->addWidget(setupButton);
@@ -116,21 +117,24 @@ void MainWidget::buildChannelTree()
     auto* header = new GroupedHeaderView(groups, m_channelTree);
     m_channelTree->setHeader(header);
     QStringList titles;
-    for (const ColumnFact& column : kColumns)
+    for (const ColumnFact& column : kColumns) {
         titles.append(tr(column.header));
+    }
     m_channelTree->setHeaderLabels(titles);
     header->setDefaultAlignment(Qt::AlignCenter);
     header->setStretchLastSection(false);
     for (int column = 0; column < ChannelColumnCount; ++column) {
-        if (kColumns[column].width > 0)
+        if (kColumns[column].width > 0) {
             m_channelTree->setColumnWidth(column, kColumns[column].width);
-        else
+        } else {
             header->setSectionResizeMode(column, QHeaderView::Stretch);
+        }
     }
 
     for (int slot = 1; slot <= kSlotCount; ++slot) {
-        if (slotPresent[slot])
+        if (slotPresent[slot]) {
             addModuleRow(slot);
+        }
     }
 }
 
@@ -145,8 +149,9 @@ void MainWidget::addModuleRow(int slot)
     module->setCheckState(ScanColumn, Qt::Unchecked);
     moduleItems.insert(module, true);
     slotItems.insert(slot, module);
-    for (int row = 0; row <= slotLastChannel[slot]; ++row)
+    for (int row = 0; row <= slotLastChannel[slot]; ++row) {
         addChannelRow(module, slot * 100 + row + 1);
+    }
     module->setExpanded(true);
 }
 
@@ -160,8 +165,9 @@ void MainWidget::addChannelRow(QTreeWidgetItem* module, int channel)
 
     const auto place = [this, item, channel](int column, QWidget* control) {
         m_channelTree->setItemWidget(item, column, control);
-        if (column != NumberColumn)
+        if (column != NumberColumn) {
             rowWidgetChannels.insert(control, channel);
+        }
     };
     const auto addEdit = [this, &place](int column, const QString& text) {
         auto* edit = new CustomLineEdit(m_channelTree);
@@ -223,17 +229,19 @@ void MainWidget::connectRow(const ChannelRow& row)
     connect(row.offset, &CustomLineEdit::textChangedAndFocusOut, this, &MainWidget::onLowerEdited);
     onIndex(row.unit, &MainWidget::onUnitChanged);
     connect(row.scaleMore, &QPushButton::clicked, this, &MainWidget::onMoreButton2Clicked);
-    for (AdvancedSetting* panel : {row.functionPanel, row.scalePanel})
+    for (AdvancedSetting* panel : {row.functionPanel, row.scalePanel}) {
         connect(panel, &AdvancedSetting::sigComponentChanged, this,
                 &MainWidget::recvAdvancedSettingChanged);
+    }
 }
 
 ChannelRow MainWidget::channelRow(int channel) const
 {
     assertGuiThread();
     QTreeWidgetItem* const item = rowForChannel(channel);
-    if (!item)
+    if (!item) {
         return {};
+    }
     const auto cell = [this, item](int column) { return m_channelTree->itemWidget(item, column); };
     ChannelRow row;
     row.number = qobject_cast<QPushButton*>(cell(NumberColumn));
@@ -269,29 +277,33 @@ QTreeWidgetItem* MainWidget::findChannelItem(int channel) const
 void MainWidget::setRowEnabled(QTreeWidget* tree, QTreeWidgetItem* item, bool enabled)
 {
     for (int column = 1; column <= 15; ++column) {
-        if (QWidget* control = tree->itemWidget(item, column))
+        if (QWidget* control = tree->itemWidget(item, column)) {
             control->setEnabled(enabled);
+        }
     }
 }
 
 void MainWidget::onItemChanged(QTreeWidgetItem* item, int column)
 {
     assertGuiThread();
-    if (scanEditGuard || column != ScanColumn)
+    if (scanEditGuard || column != ScanColumn) {
         return;
+    }
     m_startupView->showLoading();
     // Now: the exchanges keep the event loop from painting it.
     m_startupView->repaint();
     {
         const QScopedValueRollback<bool> guard(scanEditGuard, true);
         const CheckMarks before = marksBefore(item);
-        if (moduleItems.contains(item))
+        if (moduleItems.contains(item)) {
             onModuleItemChanged(item, ScanColumn);
-        else if (moduleItems.contains(item->parent()))
+        } else if (moduleItems.contains(item->parent())) {
             onChannelItemChanged(item, ScanColumn);
+        }
         rebuildScanChannels();
-        if (g_instrumentConnected && !sendScanList())
+        if (g_instrumentConnected && !sendScanList()) {
             putMarksBack(before);
+        }
     }
     m_startupView->stopLoading();
 }
@@ -302,8 +314,9 @@ MainWidget::CheckMarks MainWidget::marksBefore(QTreeWidgetItem* item) const
 {
     CheckMarks marks;
     if (moduleItems.contains(item)) {
-        for (int row = 0; row < item->childCount(); ++row)
+        for (int row = 0; row < item->childCount(); ++row) {
             marks.insert(item->child(row), item->child(row)->checkState(ScanColumn));
+        }
         return marks;
     }
     const auto* number = qobject_cast<QPushButton*>(m_channelTree->itemWidget(item, NumberColumn));
@@ -330,21 +343,24 @@ void MainWidget::putMarksBack(const CheckMarks& marks)
 void MainWidget::onModuleItemChanged(QTreeWidgetItem* item, int column)
 {
     assertGuiThread();
-    if (column != ScanColumn || !moduleItems.contains(item))
+    if (column != ScanColumn || !moduleItems.contains(item)) {
         return;
+    }
     const QSignalBlocker blocker(m_channelTree);
     for (int row = 0; row < item->childCount(); ++row) {
         QTreeWidgetItem* const child = item->child(row);
-        if (child->flags() & Qt::ItemIsUserCheckable)
+        if (child->flags() & Qt::ItemIsUserCheckable) {
             child->setCheckState(ScanColumn, item->checkState(ScanColumn));
+        }
     }
 }
 
 void MainWidget::onChannelItemChanged(QTreeWidgetItem* item, int column)
 {
     assertGuiThread();
-    if (column != ScanColumn || !moduleItems.contains(item->parent()))
+    if (column != ScanColumn || !moduleItems.contains(item->parent())) {
         return;
+    }
     const QSignalBlocker blocker(m_channelTree);
     updateModuleCheckState(item->parent());
 }
@@ -359,11 +375,12 @@ void MainWidget::updateModuleCheckState(QTreeWidgetItem* module)
         checked += state == Qt::Checked ? 1 : 0;
         partly += state == Qt::PartiallyChecked ? 1 : 0;
     }
-    if (checked > 0 && checked == module->childCount())
+    if (checked > 0 && checked == module->childCount()) {
         module->setCheckState(ScanColumn, Qt::Checked);
-    else
+    } else {
         module->setCheckState(ScanColumn,
                               checked + partly > 0 ? Qt::PartiallyChecked : Qt::Unchecked);
+    }
 }
 
 /// Fills g_scanChannels from the check marks and tells the workspace.
@@ -373,11 +390,13 @@ void MainWidget::rebuildScanChannels()
     g_scanChannels.clear();
     for (auto entry = slotItems.cbegin(); entry != slotItems.cend(); ++entry) {
         for (int index = 0; index < entry.value()->childCount(); ++index) {
-            if (!isChannelChecked(entry.key(), index))
+            if (!isChannelChecked(entry.key(), index)) {
                 continue;
+            }
             const ChannelRow row = channelRow(entry.key() * 100 + index + 1);
-            if (row.number && row.function)
+            if (row.number && row.function) {
                 g_scanChannels.insert(row.number->text().toInt(), displayUnit(row));
+            }
         }
     }
     tellWorkspace();
@@ -386,14 +405,16 @@ void MainWidget::rebuildScanChannels()
 /// The unit that a channel's readings are shown in: the scaled one while scaling is on.
 QString MainWidget::displayUnit(const ChannelRow& row) const
 {
-    if (!row.scale || !row.scale->isChecked() || !row.unit)
+    if (!row.scale || !row.scale->isChecked() || !row.unit) {
         return m_commFunc->baseUnit(functionOf(row));
+    }
     const QString text = row.unit->currentText();
     return text == m_commFunc->unitList().constFirst() ? QStringLiteral(" ") : text;
 }
 
 void MainWidget::tellWorkspace()
 {
-    if (m_graphicSetting)
+    if (m_graphicSetting) {
         m_graphicSetting->rebuildChannelLists();
+    }
 }

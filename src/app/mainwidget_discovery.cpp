@@ -34,8 +34,9 @@ int cutToInt(const QString& reply)
 {
     using Limits = std::numeric_limits<int>;
     const double value = reply.toDouble();
-    if (std::isnan(value))
+    if (std::isnan(value)) {
         return 0;
+    }
     return static_cast<int>(std::clamp<double>(value, Limits::min(), Limits::max()));
 }
 
@@ -71,8 +72,9 @@ bool askModule(LinkWatch& link, int slot, ModuleAnswer& answer)
     const CommFunc catalogue;
     const QString model =
         link.ask(QStringLiteral("SYST:CTYP? %1").arg(slot)).section(QLatin1Char(','), 1, 1);
-    if (model.size() <= 1)
+    if (model.size() <= 1) {
         return false;
+    }
     answer.slot = slot;
     answer.type = catalogue.moduleTypeFromModel(model);
     answer.lastChannel = catalogue.lastChannelIndex(answer.type);
@@ -83,8 +85,9 @@ bool askModule(LinkWatch& link, int slot, ModuleAnswer& answer)
 bool askModuleFunctions(LinkWatch& link, const ModuleAnswer& module)
 {
     QStringList queries;
-    for (int position = 1; position <= module.lastChannel + 1; ++position)
+    for (int position = 1; position <= module.lastChannel + 1; ++position) {
         queries.append(QStringLiteral("FUNC? (@%1)").arg(module.slot * 100 + position));
+    }
     return link.askAll(queries);
 }
 
@@ -101,44 +104,51 @@ void MainWidget::discoverInstrument()
 {
     assertGuiThread();
     LinkWatch link(m_gate);
-    if (!discover(link, this))
+    if (!discover(link, this)) {
         showReconnectView();
+    }
 }
 
 /// True when the instrument has answered, to the last question.
 bool MainWidget::discover(LinkWatch& link, MainWidget* window)
 {
-    if (!g_visa->connectDevice(g_resourceName))
+    if (!g_visa->connectDevice(g_resourceName)) {
         return false;
+    }
     link.ask(QStringLiteral("*CLS"));
     QString identity = link.ask(QStringLiteral("*IDN?"));
     identity.replace(QLatin1Char(','), QLatin1Char(' '));
     link.show([identity] { g_instrumentId = identity; });
-    if (identity.isEmpty())
+    if (identity.isEmpty()) {
         return false;
+    }
     g_instrumentConnected = true;
     // From here on the launcher is listened to: the search and the read-back may take long.
     link.show([window] { window->listenToLauncher(); });
 
     for (int slot = 1; slot <= kSlotCount && link.goesOn(); ++slot) {
         ModuleAnswer module{};
-        if (!askModule(link, slot, module))
+        if (!askModule(link, slot, module)) {
             continue;
+        }
         SlotRegisters before{};
         link.show([module, &before] {
             before = enterSlot(module.slot, {true, module.type, module.lastChannel});
         });
-        if (askModuleFunctions(link, module))
+        if (askModuleFunctions(link, module)) {
             continue;
+        }
         // A spoilt reply can read like a module. Every later read-back would wait for the channels of
         // one that is not there, and end as on a dead link.
         window->m_gate->run([slot, before, window] {
-            if (!window->slotItems.contains(slot))
+            if (!window->slotItems.contains(slot)) {
                 enterSlot(slot, before);
+            }
         });
     }
-    if (link.isLost())
+    if (link.isLost()) {
         g_instrumentConnected = false;
+    }
     return !link.isLost();
 }
 
@@ -155,14 +165,17 @@ void MainWidget::readBackInstrument()
 void MainWidget::readBackHere(const std::function<void(LinkWatch&)>& questions)
 {
     assertGuiThread();
-    if (!g_instrumentConnected)
+    if (!g_instrumentConnected) {
         return;
-    if (!m_link)
+    }
+    if (!m_link) {
         m_link = std::make_shared<LinkWatch>(m_gate);
+    }
     const std::shared_ptr<LinkWatch> link = m_link;
     questions(*link);
-    if (link->isLost())
+    if (link->isLost()) {
         loseInstrument();
+    }
 }
 
 void MainWidget::readBackChannel(int channel)
@@ -188,22 +201,26 @@ void MainWidget::readBack(LinkWatch& link, MainWidget* window)
 
 void MainWidget::readBackScanList(LinkWatch& link, MainWidget* window)
 {
-    if (!g_instrumentConnected)
+    if (!g_instrumentConnected) {
         return;
+    }
     link.ask(QStringLiteral("STAT:OPER:EVEN?"));
     const ScanListReply reply = decodeScanListReply(link.ask(QStringLiteral("ROUT:SCAN?")));
     QList<int> channels;
     link.show([&reply, &channels, window] {
-        if (!reply.isEmptyList)
+        if (!reply.isEmptyList) {
             window->showScanList(reply.channels);
+        }
         for (int slot = 1; slot <= kSlotCount; ++slot) {
-            for (int row = 0; slotPresent[slot] && row <= slotLastChannel[slot]; ++row)
+            for (int row = 0; slotPresent[slot] && row <= slotLastChannel[slot]; ++row) {
                 channels.append(slot * 100 + row + 1);
+            }
         }
     });
     for (const int channel : qAsConst(channels)) {
-        if (!link.goesOn())
+        if (!link.goesOn()) {
             return;
+        }
         readBackChannel(link, window, channel);
     }
 }
@@ -218,11 +235,13 @@ void MainWidget::readBackChannel(LinkWatch& link, MainWidget* window, int channe
     int function = -1;
     link.show([window, channel, &reply, &displayName, &function] {
         // The name of a family, not the one on the screen: it stands for one member of it.
-        if (window->showChannelFunction(channel, displayName))
+        if (window->showChannelFunction(channel, displayName)) {
             function = window->m_commFunc->functionIndex(reply);
+        }
     });
-    if (function >= 0)
+    if (function >= 0) {
         readBackOptions(link, window, function, channel);
+    }
 }
 
 void MainWidget::readBackOptions(LinkWatch& link, MainWidget* window, int function, int channel)
@@ -233,12 +252,14 @@ void MainWidget::readBackOptions(LinkWatch& link, MainWidget* window, int functi
 
 void MainWidget::syncTriggerSettings(LinkWatch& link, MainWidget* window)
 {
-    if (!g_instrumentConnected)
+    if (!g_instrumentConnected) {
         return;
+    }
     const QString source = link.ask(QStringLiteral("TRIG:SOUR?"));
     link.show([window, source] { window->showTriggerSource(source); });
-    if (source == QLatin1String("TIM"))
+    if (source == QLatin1String("TIM")) {
         syncIntervalPicker(link, window);
+    }
 
     const QString count = link.ask(QStringLiteral("TRIG:COUN?"));
     link.show([window, count] { window->showTriggerCount(count); });
@@ -252,8 +273,9 @@ void MainWidget::syncTriggerSettings(LinkWatch& link, MainWidget* window)
 
     link.ask(QStringLiteral("ROUT:MON:STAT?"));
     // An instrument found running is stopped, never adopted.
-    if (link.ask(QStringLiteral("STAT:OPER:COND?")) != QLatin1String("+256"))
+    if (link.ask(QStringLiteral("STAT:OPER:COND?")) != QLatin1String("+256")) {
         link.ask(QStringLiteral("ABOR"));
+    }
 }
 
 void MainWidget::syncIntervalPicker(LinkWatch& link, MainWidget* window)
@@ -271,8 +293,9 @@ void MainWidget::syncIntervalPicker(LinkWatch& link, MainWidget* window)
 /// Sets the instrument's clock to the computer's.
 void MainWidget::syncClock(LinkWatch& link)
 {
-    if (!g_instrumentConnected)
+    if (!g_instrumentConnected) {
         return;
+    }
     const QDateTime now = QDateTime::currentDateTime();
     link.ask(QStringLiteral("SYST:DATE %1").arg(now.toString(QStringLiteral("yyyy,MM,dd"))));
     link.ask(QStringLiteral("SYST:TIME %1").arg(now.toString(QStringLiteral("hh,mm,ss.zzz"))));
@@ -296,16 +319,19 @@ void MainWidget::showScanList(const QList<int>& channels)
     const QSignalBlocker blocker(m_channelTree);
     for (QTreeWidgetItem* module : qAsConst(slotItems)) {
         for (int row = 0; row < module->childCount(); ++row) {
-            if (module->child(row)->checkState(0) == Qt::Checked)
+            if (module->child(row)->checkState(0) == Qt::Checked) {
                 module->child(row)->setCheckState(0, Qt::Unchecked);
+            }
         }
     }
     for (const int channel : channels) {
-        if (QTreeWidgetItem* item = findChannelItem(channel))
+        if (QTreeWidgetItem* item = findChannelItem(channel)) {
             item->setCheckState(0, Qt::Checked);
+        }
     }
-    for (QTreeWidgetItem* module : qAsConst(slotItems))
+    for (QTreeWidgetItem* module : qAsConst(slotItems)) {
         updateModuleCheckState(module);
+    }
 }
 
 /// Selects the function in the channel's row, and takes its partner over or gives it back as choosing the
@@ -316,10 +342,12 @@ bool MainWidget::showChannelFunction(int channel, const QString& displayName)
 {
     assertGuiThread();
     CustomComboBox* const box = channelRow(channel).function;
-    if (!box)
+    if (!box) {
         return false;
-    if (isTakenOver(channel))
+    }
+    if (isTakenOver(channel)) {
         return true;
+    }
     const QSignalBlocker blocker(box);
     const int row = box->findText(displayName, Qt::MatchExactly | Qt::MatchCaseSensitive);
     if (row >= 0) {
@@ -332,12 +360,13 @@ bool MainWidget::showChannelFunction(int channel, const QString& displayName)
 void MainWidget::showTriggerSource(const QString& reply)
 {
     assertGuiThread();
-    if (reply == QLatin1String("IMM"))
+    if (reply == QLatin1String("IMM")) {
         setCheckedQuietly(m_startNowRadio);
-    else if (reply.left(4) == QLatin1String("ALAR"))
+    } else if (reply.left(4) == QLatin1String("ALAR")) {
         setCheckedQuietly(m_startOnAlarmRadio);
-    else if (reply == QLatin1String("TIM"))
+    } else if (reply == QLatin1String("TIM")) {
         setCheckedQuietly(m_intervalCustomRadio);
+    }
 }
 
 /// Shows the stop condition. The radio's signals are live: when it changes it sends its command.

@@ -29,10 +29,12 @@ constexpr QSize kDialogSize(480, 330);
 void MainWidget::recvExportButtonSlot()
 {
     assertGuiThread();
-    if (m_exportThread) // one at a time, whatever has led here
+    if (m_exportThread) { // one at a time, whatever has led here
         return;
-    if (!m_exportDialog)
+    }
+    if (!m_exportDialog) {
         buildExportDialog();
+    }
     m_exportNameEdit->setFocus();
     m_exportNameEdit->selectAll();
     m_exportDialog->exec();
@@ -68,22 +70,25 @@ void MainWidget::recvBrowseButtonSlot()
     const QString directory = QFileDialog::getExistingDirectory(
         m_exportDialog, tr("Select Directory"), m_exportDirectoryLabel->text());
     // Without a choice the directory stays.
-    if (!directory.isEmpty())
+    if (!directory.isEmpty()) {
         m_exportDirectoryLabel->setText(QDir::toNativeSeparators(directory));
+    }
 }
 
 void MainWidget::recvExportFileButtonSlot()
 {
     assertGuiThread();
-    if (m_exportThread)
+    if (m_exportThread) {
         return;
+    }
     const QList<int> curveIds = m_curveStore ? m_curveStore->curveNames().keys() : QList<int>();
     if (curveIds.isEmpty()) {
         m_messageDialog->showMessage(tr("没有相关轨迹数据"), kInformationMessage, kMessageMs);
         return;
     }
-    if (!m_exportView)
+    if (!m_exportView) {
         m_exportView = new LoadingView(kBusyForm, this);
+    }
     m_exportDialog->close();
     m_exportView->showLoading();
 
@@ -105,8 +110,9 @@ void MainWidget::showExportOutcome(ExportResult result, const QStringList& files
     assertGuiThread();
     m_exportView->stopLoading();
     m_messageDialog->showMessage(exportOutcomeText(result, files), kInformationMessage, kMessageMs);
-    if (m_exportThread->isExporting())
+    if (m_exportThread->isExporting()) {
         m_exportThread->requestStop();
+    }
     m_exportThread->deleteLater();
     m_exportThread = nullptr;
 }

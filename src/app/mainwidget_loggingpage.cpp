@@ -36,8 +36,9 @@ constexpr int kGroupMargin = 4; ///< Left and right: the longest line fits the p
 /// Nothing goes out between a loss and its recovery, which reads all of it back.
 void send(const QString& command)
 {
-    if (g_instrumentConnected)
+    if (g_instrumentConnected) {
         g_visa->sendCommand(command, kExchangeTimeoutMs);
+    }
 }
 
 QLabel* makeLabel(const QString& text, QWidget* parent)
@@ -59,8 +60,9 @@ Button* makeButton(const QString& text, QWidget* parent)
 void addRow(QVBoxLayout* layout, std::initializer_list<QWidget*> widgets)
 {
     auto* row = new QHBoxLayout;
-    for (QWidget* widget : widgets)
+    for (QWidget* widget : widgets) {
         row->addWidget(widget);
+    }
     row->addItem(new QSpacerItem(20, 0, QSizePolicy::Expanding, QSizePolicy::Minimum));
     layout->addLayout(row);
 }
@@ -98,8 +100,9 @@ QDateTimeEdit* makeDateTimeEdit(const QDateTime& time, QWidget* parent)
 
 QWidget* MainWidget::buildLoggingPage()
 {
-    if (m_loggingPage)
+    if (m_loggingPage) {
         return m_loggingPage;
+    }
     m_loggingPage = new QScrollArea(m_settingsTabs);
     m_loggingPage->setWidgetResizable(true);
     m_loggingPageContent = new QWidget(m_loggingPage);
@@ -108,8 +111,9 @@ QWidget* MainWidget::buildLoggingPage()
     layout->setSpacing(5);
     layout->setContentsMargins(10, 10, 10, 10);
     for (QGroupBox* group : {buildFileGroup(), buildStartGroup(), buildIntervalGroup(),
-                             buildStopGroup(), buildDigitizingGroup()})
+                             buildStopGroup(), buildDigitizingGroup()}) {
         layout->addWidget(group);
+    }
     m_loggingPageContent->setLayout(layout);
     m_loggingPage->setWidget(m_loggingPageContent);
     return m_loggingPage;
@@ -266,8 +270,9 @@ void MainWidget::recvStartSlot(bool isChecked)
 {
     assertGuiThread();
     const auto* button = qobject_cast<QRadioButton*>(sender());
-    if (!isChecked || !button)
+    if (!isChecked || !button) {
         return;
+    }
     if (button == m_startNowRadio || button == m_startAtTimeRadio) {
         // The date beside the second button has no effect: both start at once.
         send(QStringLiteral("TRIG:SOUR IMM"));
@@ -284,16 +289,18 @@ void MainWidget::recvStartSlot(bool isChecked)
 void MainWidget::recvAlarmComboSlot(int index)
 {
     assertGuiThread();
-    if (index >= 0)
+    if (index >= 0) {
         send(QStringLiteral("TRIG:SOUR ALAR%1").arg(index + 1));
+    }
 }
 
 void MainWidget::recvIntervalSlot(bool isChecked)
 {
     assertGuiThread();
     const auto* button = qobject_cast<QRadioButton*>(sender());
-    if (!isChecked || !button)
+    if (!isChecked || !button) {
         return;
+    }
     const struct
     {
         const QRadioButton* button;
@@ -320,14 +327,16 @@ void MainWidget::recvStopSlot(bool isChecked)
 {
     assertGuiThread();
     const auto* button = qobject_cast<QRadioButton*>(sender());
-    if (!isChecked || !button)
+    if (!isChecked || !button) {
         return;
-    if (button == m_stopManualRadio || button == m_stopElapsedRadio)
+    }
+    if (button == m_stopManualRadio || button == m_stopElapsedRadio) {
         send(QStringLiteral("TRIG:COUN INF"));
-    else if (button == m_stopCountRadio)
+    } else if (button == m_stopCountRadio) {
         send(QStringLiteral("TRIG:COUN %1").arg(m_stopCountBox->value()));
-    else
+    } else {
         return;
+    }
     m_stopCountBox->setEnabled(button == m_stopCountRadio);
     m_stopElapsedPicker->setEnabled(button == m_stopElapsedRadio);
 }

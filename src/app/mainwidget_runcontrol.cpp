@@ -64,8 +64,9 @@ void MainWidget::recvStartButtonSlot()
         return;
     }
     // Without the link a start would empty the store and measure nothing.
-    if (m_starting || m_reconnecting || !g_instrumentConnected)
+    if (m_starting || m_reconnecting || !g_instrumentConnected) {
         return;
+    }
     if (g_scanChannels.isEmpty()) {
         m_messageDialog->showMessage(tr("未选择扫描通道"), kWarningMessage, kMessageMs);
         return;
@@ -147,14 +148,17 @@ void MainWidget::scanFunc()
     }
     ask(QStringLiteral("MMEM:LOG:ENAB?"));
     ask(QStringLiteral("INIT"));
-    if (m_stopElapsedRadio->isChecked())
+    if (m_stopElapsedRadio->isChecked()) {
         startElapsedTimer();
+    }
     for (const char* command : {"FORM:READ:ALAR ON", "FORM:READ:CHAN ON", "FORM:READ:TIME ON",
-                                "FORM:READ:TIME:TYPE ABS", "FORM:READ:UNIT ON", "SYST:ERR?"})
+                                "FORM:READ:TIME:TYPE ABS", "FORM:READ:UNIT ON", "SYST:ERR?"}) {
         ask(QLatin1String(command));
+    }
 
-    if (ask(QStringLiteral("ROUT:SCAN?")).count(QLatin1Char(',')) + 1 != g_scanChannels.size())
+    if (ask(QStringLiteral("ROUT:SCAN?")).count(QLatin1Char(',')) + 1 != g_scanChannels.size()) {
         dropUnnamedScanChannels();
+    }
 
     // The instrument's scan time is asked for twice and serves nothing: a run starts at the
     // computer's time.
@@ -175,10 +179,11 @@ void MainWidget::scanFunc()
 void MainWidget::dropUnnamedScanChannels()
 {
     for (auto entry = g_scanChannels.begin(); entry != g_scanChannels.end();) {
-        if (entry.value().isEmpty())
+        if (entry.value().isEmpty()) {
             entry = g_scanChannels.erase(entry);
-        else
+        } else {
             ++entry;
+        }
     }
 }
 
@@ -194,16 +199,18 @@ void MainWidget::startElapsedTimer()
 
 void MainWidget::stopElapsedTimer()
 {
-    if (m_elapsedTimer)
+    if (m_elapsedTimer) {
         m_elapsedTimer->stop();
+    }
 }
 
 /// Notes the end of the run and shows the idle state. A run that the button has stopped ended then,
 /// not when its last readings are there.
 void MainWidget::endScan()
 {
-    if (!m_draining)
+    if (!m_draining) {
         g_scanEndText = runTimeText();
+    }
     resetStartButton();
 }
 
@@ -219,8 +226,9 @@ void MainWidget::resetStartButton()
 void MainWidget::recvStopScan()
 {
     assertGuiThread();
-    if (g_scanRunning)
+    if (g_scanRunning) {
         return;
+    }
     stopElapsedTimer();
     endScan();
 }
@@ -230,8 +238,9 @@ void MainWidget::recvElapsedTimeSlot()
     assertGuiThread();
     stopElapsedTimer();
     // Once the instrument is found again, the recovery stops it and its readings are fetched.
-    if (!g_instrumentConnected)
+    if (!g_instrumentConnected) {
         return;
+    }
     ask(QStringLiteral("ABOR"));
     g_scanRunning = false;
     endScan();
@@ -242,8 +251,9 @@ void MainWidget::recvLockScreenSlot()
     assertGuiThread();
     // The bar can be held when the scan has ended by itself, or when the button has stopped it and
     // its last readings are being fetched; the end of that scan stays.
-    if (!g_scanRunning || m_draining)
+    if (!g_scanRunning || m_draining) {
         return;
+    }
     stopElapsedTimer();
     g_scanRunning = false;
     ask(QStringLiteral("ABOR"));
@@ -254,8 +264,9 @@ void MainWidget::recvUseInstSlot()
 {
     assertGuiThread();
     // Whoever looks for the instrument already decides whether it is there.
-    if (!m_reconnecting)
+    if (!m_reconnecting) {
         loseInstrument();
+    }
 }
 
 void MainWidget::loseInstrument()
@@ -273,8 +284,9 @@ void MainWidget::showReconnectView()
         connect(m_reconnectView, &LoadingView::confirmRequested, this,
                 &MainWidget::recvLoadBtnSlot);
     }
-    if (m_startupView && !m_startupView->isHidden())
+    if (m_startupView && !m_startupView->isHidden()) {
         m_startupView->stopLoading();
+    }
     // Hiding brings the recovery form back.
     m_reconnectView->stopLoading();
     m_reconnectView->showLoading();
@@ -283,8 +295,9 @@ void MainWidget::showReconnectView()
 void MainWidget::recvLoadBtnSlot()
 {
     assertGuiThread();
-    if (m_reconnecting)
+    if (m_reconnecting) {
         return;
+    }
     m_reconnecting = true;
     HelperThreads::start([gate = m_gate, window = this] { reconnect(gate, window); });
 }
@@ -313,13 +326,15 @@ void MainWidget::reconnect(const std::shared_ptr<GuiGate>& gate, MainWidget* win
             window->bringUp();
             window->setGeometry(place);
             window->show();
-            if (g_instrumentConnected)
+            if (g_instrumentConnected) {
                 window->m_reconnectView->stopLoading();
+            }
             window->m_reconnecting = false;
         }
     });
-    if (!hadPages)
+    if (!hadPages) {
         return;
+    }
     readBack(link, window);
     if (link.isLost()) {
         giveUp();
@@ -336,10 +351,12 @@ void MainWidget::stopLoadingView()
     assertGuiThread();
     m_reconnectView->stopLoading();
     // A start that met the loss has left the button and the label behind.
-    if (!g_scanRunning && !m_starting)
+    if (!g_scanRunning && !m_starting) {
         resetStartButton();
-    if (m_readData->isPolling())
+    }
+    if (m_readData->isPolling()) {
         return;
+    }
     // A thread that has reported the loss may still be in its last pause; starting it then would do
     // nothing.
     m_readData->wait(kLastPassMs);

@@ -1,17 +1,20 @@
 #include "app/standardinput.h"
 
-#include <cerrno>
 #include <poll.h>
 #include <unistd.h>
+
+#include <cerrno>
 
 StandardInput::Status StandardInput::read(QByteArray& bytes, int timeoutMs)
 {
     pollfd descriptor{STDIN_FILENO, POLLIN, 0};
     const int ready = ::poll(&descriptor, 1, timeoutMs);
-    if (ready == 0 || (ready < 0 && errno == EINTR))
+    if (ready == 0 || (ready < 0 && errno == EINTR)) {
         return Status::Quiet;
-    if (ready < 0)
+    }
+    if (ready < 0) {
         return Status::End;
+    }
 
     char buffer[4096];
     const ssize_t count = ::read(STDIN_FILENO, buffer, sizeof buffer);
@@ -19,7 +22,8 @@ StandardInput::Status StandardInput::read(QByteArray& bytes, int timeoutMs)
         bytes = QByteArray(buffer, static_cast<int>(count));
         return Status::Data;
     }
-    if (count < 0 && (errno == EINTR || errno == EAGAIN))
+    if (count < 0 && (errno == EINTR || errno == EAGAIN)) {
         return Status::Quiet;
+    }
     return Status::End;
 }

@@ -1,10 +1,11 @@
 #include "app/standardoutput.h"
 
+#include <poll.h>
+#include <unistd.h>
+
 #include <algorithm>
 #include <cerrno>
 #include <climits>
-#include <poll.h>
-#include <unistd.h>
 
 StandardOutput::Status StandardOutput::write(const char* bytes, int size, int timeoutMs,
                                              int& written)
@@ -12,10 +13,12 @@ StandardOutput::Status StandardOutput::write(const char* bytes, int size, int ti
     written = 0;
     pollfd descriptor{STDOUT_FILENO, POLLOUT, 0};
     const int ready = ::poll(&descriptor, 1, timeoutMs);
-    if (ready == 0 || (ready < 0 && errno == EINTR))
+    if (ready == 0 || (ready < 0 && errno == EINTR)) {
         return Status::Busy;
-    if (ready < 0)
+    }
+    if (ready < 0) {
         return Status::Gone;
+    }
 
     // A pipe that is ready takes so much without blocking. The stream cannot be made non-blocking:
     // the launcher may share it.
@@ -25,7 +28,8 @@ StandardOutput::Status StandardOutput::write(const char* bytes, int size, int ti
         written = static_cast<int>(count);
         return Status::Moved;
     }
-    if (count < 0 && (errno == EINTR || errno == EAGAIN))
+    if (count < 0 && (errno == EINTR || errno == EAGAIN)) {
         return Status::Busy;
+    }
     return Status::Gone;
 }

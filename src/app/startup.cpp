@@ -16,7 +16,6 @@
 #include <QTranslator>
 #include <QVector>
 #include <QWidget>
-
 #include <qwt_legend_data.h>
 
 #include <csignal>
@@ -32,8 +31,9 @@ QString chineseFont()
     const QStringList installed = QFontDatabase().families(QFontDatabase::SimplifiedChinese);
     for (const char* family :
          {"Noto Sans CJK SC", "Source Han Sans SC", "WenQuanYi Micro Hei", "WenQuanYi Zen Hei"}) {
-        if (installed.contains(QLatin1String(family)))
+        if (installed.contains(QLatin1String(family))) {
             return QLatin1String(family);
+        }
     }
     return installed.value(0);
 }
@@ -72,13 +72,15 @@ void Startup::substituteFonts()
 {
     assertGuiThread();
     const QString substitute = chineseFont();
-    if (substitute.isEmpty())
+    if (substitute.isEmpty()) {
         return;
+    }
     const QStringList installed = QFontDatabase().families();
     for (const QString& family :
          {QStringLiteral("Microsoft YaHei"), QStringLiteral("微软雅黑"), QStringLiteral("Arial")}) {
-        if (!installed.contains(family, Qt::CaseInsensitive))
+        if (!installed.contains(family, Qt::CaseInsensitive)) {
             QFont::insertSubstitution(family, substitute);
+        }
     }
 }
 
@@ -98,7 +100,8 @@ void Startup::presentWindow(QWidget& window)
 {
     assertGuiThread();
     window.move(kWindowPosition);
-    if (g_instrumentConnected)
+    if (g_instrumentConnected) {
         window.show();
+    }
     QTimer::singleShot(0, &window, &QWidget::show);
 }

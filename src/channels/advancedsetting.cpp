@@ -129,9 +129,9 @@ void AdvancedSetting::onPlcComboCurrentIndexChanged(int index)
         return;
     }
     // Four characters, so that a strain function's header keeps its colon: "STR::NPLC".
-    constexpr int familyLength = 4;
+    constexpr int kFamilyLength = 4;
     send(QStringLiteral("%1:NPLC %2,(@%3)")
-             .arg(header().left(familyLength),
+             .arg(header().left(kFamilyLength),
                   QString::fromUtf8(s_lists[NplcList].texts[static_cast<std::size_t>(index)]),
                   QString::number(m_channel)));
 }

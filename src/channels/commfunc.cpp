@@ -269,9 +269,9 @@ QStringList namesOf(FunctionSet set)
 
 bool isTemperature(int functionIndex)
 {
-    constexpr int firstThermocouple = 6;
-    constexpr int lastThermistor = 21;
-    return functionIndex >= firstThermocouple && functionIndex <= lastThermistor;
+    constexpr int kFirstThermocouple = 6;
+    constexpr int kLastThermistor = 21;
+    return functionIndex >= kFirstThermocouple && functionIndex <= kLastThermistor;
 }
 
 bool isSlot(int slot)
@@ -311,12 +311,12 @@ CommFunc::CommFunc(QObject* parent)
 
 QString CommFunc::moduleName(int moduleType) const
 {
-    constexpr int width = 2;
-    constexpr int decimal = 10;
+    constexpr int kWidth = 2;
+    constexpr int kDecimal = 10;
     const QLatin1Char zero('0');
     return QStringLiteral("SCN40%1:%2-Channel Armature Multiplexer")
-        .arg(moduleType, width, decimal, zero)
-        .arg(lastChannelIndex(moduleType) + 1, width, decimal, zero);
+        .arg(moduleType, kWidth, kDecimal, zero)
+        .arg(lastChannelIndex(moduleType) + 1, kWidth, kDecimal, zero);
 }
 
 int CommFunc::lastChannelIndex(int moduleType) const
@@ -328,10 +328,10 @@ int CommFunc::lastChannelIndex(int moduleType) const
 int CommFunc::moduleTypeFromModel(const QString& model) const
 {
     static const QRegularExpression firstNumber(QStringLiteral("\\d+"));
-    constexpr int typesPerSeries = 1000;
+    constexpr int kTypesPerSeries = 1000;
     bool fits = false;
     const int number = firstNumber.match(model).captured().toInt(&fits);
-    return fits ? number % typesPerSeries : -1;
+    return fits ? number % kTypesPerSeries : -1;
 }
 
 int CommFunc::bankSize(uchar slot) const
@@ -398,21 +398,21 @@ int CommFunc::rangeRowForValue(int functionIndex, double value) const
     if (ranges->family == RangeFamily::Voltage && value == kTopVoltage) {
         return kTopVoltageRow;
     }
-    constexpr double relativePrecision = 1e12;
+    constexpr double kRelativePrecision = 1e12;
     const double ratio = value / ranges->base;
     const auto decade = std::find_if(kDecades.cbegin(), kDecades.cend(), [ratio](double power) {
-        return std::abs(ratio - power) * relativePrecision <= std::min(std::abs(ratio), power);
+        return std::abs(ratio - power) * kRelativePrecision <= std::min(std::abs(ratio), power);
     });
     return decade != kDecades.cend() ? static_cast<int>(decade - kDecades.cbegin()) : -1;
 }
 
 QStringList CommFunc::functionList(int channel) const
 {
-    constexpr int channelsPerSlot = 100;
-    const int slot = channel / channelsPerSlot;
+    constexpr int kChannelsPerSlot = 100;
+    const int slot = channel / kChannelsPerSlot;
     const ModuleRow* module = isSlot(slot) ? moduleRow(slotModuleType[slot]) : nullptr;
     const FunctionSet set =
-        module ? functionSetAt(*module, channel % channelsPerSlot) : FunctionSet::NoneEntry;
+        module ? functionSetAt(*module, channel % kChannelsPerSlot) : FunctionSet::NoneEntry;
     if (set != FunctionSet::NoneEntry) {
         return namesOf(set);
     }
@@ -446,10 +446,10 @@ QStringList CommFunc::temperatureUnitList(int functionIndex) const
 
 QStringList CommFunc::scaleFunctionList(int functionIndex) const
 {
-    constexpr int dcVoltage = 0;
-    constexpr int dcCurrent = 32;
+    constexpr int kDcVoltage = 0;
+    constexpr int kDcCurrent = 32;
     QStringList names{QStringLiteral("SCAL"), QStringLiteral("PCT")};
-    if (functionIndex == dcVoltage || functionIndex == dcCurrent) {
+    if (functionIndex == kDcVoltage || functionIndex == kDcCurrent) {
         names << QStringLiteral("DBM") << QStringLiteral("DB");
     }
     return names;

@@ -31,13 +31,15 @@ QStringList filesOfRange(const CurveDataDB& store, const QList<int>& ids, qint64
             files.insert(path);
             continue;
         }
-        for (const int id : ids)
+        for (const int id : ids) {
             qDebug() << "[获取分片表] 曲线" << id << "数据库不存在：" << path;
+        }
     }
     for (const qint64 time : {start, end}) {
         const QString path = store.dbPathForTime(time);
-        if (QFileInfo::exists(path))
+        if (QFileInfo::exists(path)) {
             files.insert(path);
+        }
     }
     QStringList sorted = files.values();
     sorted.sort();
@@ -70,14 +72,16 @@ bool appendTablesOfFile(CurveDataDB& store, const QSharedPointer<QSqlDatabase>& 
 {
     FileCurve curve = curveInFile(*db, curveName);
     QVector<DBBatchInfo> batches;
-    if (curve.id >= 0)
+    if (curve.id >= 0) {
         batches = store.queryBatches(curve.id, start, end, db, &curve.failed);
+    }
     if (batches.isEmpty() && !curve.failed) {
         qDebug() << "[获取分片表] 曲线" << curveId << "数据库" << like.path
                  << "中无匹配的分片表（时间范围/曲线ID不匹配）";
     }
-    for (const DBBatchInfo& batch : qAsConst(batches))
+    for (const DBBatchInfo& batch : qAsConst(batches)) {
         tables.append({like.path, like.file, batch.tableName, curve.id});
+    }
     return !curve.failed;
 }
 
@@ -101,12 +105,14 @@ BatchTables collectTables(CurveDataDB& store, const QMap<int, QString>& curves, 
     const QStringList paths = filesOfRange(store, curves.keys(), start, end);
     for (auto curve = curves.cbegin(); curve != curves.cend(); ++curve) {
         found.byCurve[curve.key()];
-        if (paths.isEmpty())
+        if (paths.isEmpty()) {
             qWarning() << "[获取分片表] 曲线" << curve.key() << "时间范围内无有效数据库文件";
+        }
     }
     for (const QString& path : paths) {
-        if (found.failed || stop)
+        if (found.failed || stop) {
             break;
+        }
         const FileIdentity file = fileIdentity(path);
         QSharedPointer<QSqlDatabase> db = store.openDb(path);
         for (auto curve = curves.cbegin(); curve != curves.cend() && !found.failed && !stop;
@@ -128,7 +134,8 @@ BatchTables collectTables(CurveDataDB& store, const QMap<int, QString>& curves, 
         db.reset();
         ConnectionPool::instance().releaseConnection(path);
     }
-    for (QVector<BatchTable>& tables : found.byCurve)
+    for (QVector<BatchTable>& tables : found.byCurve) {
         std::sort(tables.begin(), tables.end(), isEarlier);
+    }
     return found;
 }

@@ -54,8 +54,9 @@ void BlockReader::run()
         {
             std::unique_lock<std::mutex> locker(m_mutex);
             m_changed.wait(locker, [this] { return m_abandoned || m_ready.size() < kBlocksAhead; });
-            if (m_abandoned)
+            if (m_abandoned) {
                 return;
+            }
             if (!m_spare.empty()) {
                 block.samples = std::move(m_spare.back());
                 m_spare.pop_back();
@@ -84,8 +85,9 @@ void BlockReader::readInto(ReadBlock& block)
         column->clear();
         cursor->read(*column, m_rowsPerBlock);
         block.failed = cursor->hasFailed() || m_stop || m_abandoned;
-        if (block.failed)
+        if (block.failed) {
             return;
+        }
         ++column;
     }
 }

@@ -118,10 +118,12 @@ ExportResult CsvExportFromDBThread::exportCurves(QStringList& files)
     }
     Cursors cursors;
     const bool complete = makeCursors(curves, cursors);
-    if (m_stopRequested)
+    if (m_stopRequested) {
         return cancelled();
-    if (!complete)
+    }
+    if (!complete) {
         return failedToRead();
+    }
     if (!anyOf(cursors, &CurveCursor::isValid)) {
         qCritical() << "[导出线程] 所有选中曲线均无有效数据（游标初始化失败）";
         return ExportNoData;
@@ -165,8 +167,9 @@ ExportResult CsvExportFromDBThread::writeFiles(Cursors& cursors, const QMap<int,
     m_rowsInPart = 0;
     ExportResult result = writeParts(cursors, parts);
     parts.close();
-    if (result == ExportSuccess && !parts.isWhole())
+    if (result == ExportSuccess && !parts.isWhole()) {
         result = failedToWrite();
+    }
     if (result == ExportSuccess) {
         parts.keep();
         files = parts.listedFiles();
@@ -182,18 +185,21 @@ ExportResult CsvExportFromDBThread::writeParts(Cursors& cursors, CsvParts& parts
     SampleBlock block;
     while (!m_stopRequested) {
         const bool complete = reader.take(block);
-        if (m_stopRequested)
+        if (m_stopRequested) {
             break;
-        if (!complete)
+        }
+        if (!complete) {
             return failedToRead();
+        }
         if (block.rows() == 0) {
             parts.write(rows.text());
             qDebug() << "[导出线程] 所有曲线数据导出完成";
             return ExportSuccess;
         }
         const ExportResult result = writeBlock(block, rows, parts);
-        if (result != ExportSuccess)
+        if (result != ExportSuccess) {
             return result;
+        }
     }
     return cancelled();
 }
@@ -222,11 +228,13 @@ ExportResult CsvExportFromDBThread::writeBlock(const SampleBlock& block, CsvRows
 {
     const std::size_t count = block.rows();
     for (std::size_t row = 0; row < count && !m_stopRequested; ++row) {
-        if (!rows.writeCsvRow(m_rowNumber, block, row) || !parts.isWhole())
+        if (!rows.writeCsvRow(m_rowNumber, block, row) || !parts.isWhole()) {
             return failedToWrite();
+        }
         const ExportResult result = countRow(rows, parts);
-        if (result != ExportSuccess)
+        if (result != ExportSuccess) {
             return result;
+        }
     }
     return ExportSuccess;
 }
@@ -235,8 +243,9 @@ ExportResult CsvExportFromDBThread::writeBlock(const SampleBlock& block, CsvRows
 ExportResult CsvExportFromDBThread::countRow(CsvRows& rows, CsvParts& parts)
 {
     ++m_rowsInPart;
-    if ((m_rowNumber + 1) % kRowsPerProgress == 0)
+    if ((m_rowNumber + 1) % kRowsPerProgress == 0) {
         emit exportProgress(m_rowNumber, kUnknownTotal);
+    }
     ++m_rowNumber;
 
     const bool flushDue = m_rowsInPart % kRowsPerFlush == 0;
@@ -245,13 +254,16 @@ ExportResult CsvExportFromDBThread::countRow(CsvRows& rows, CsvParts& parts)
         parts.write(rows.text());
         rows.clear();
     }
-    if (flushDue)
+    if (flushDue) {
         parts.flush();
-    if (!partFull)
+    }
+    if (!partFull) {
         return ExportSuccess;
+    }
     parts.close();
-    if (!parts.isWhole())
+    if (!parts.isWhole()) {
         return failedToWrite();
+    }
     if (!parts.openNext()) {
         qCritical() << "[导出线程] 创建CSV分片失败："
                     << CurveDataDB::partFilePath(m_path, parts.listedFiles().size() + 1);

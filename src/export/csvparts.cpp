@@ -18,8 +18,9 @@ CsvParts::CsvParts(CurveDataDB& store, const QString& path, const QString& separ
 CsvParts::~CsvParts()
 {
     close();
-    if (!m_kept)
+    if (!m_kept) {
         removeFiles();
+    }
 }
 
 bool CsvParts::openNext()
@@ -28,8 +29,9 @@ bool CsvParts::openNext()
     ++m_index;
     const bool created =
         m_store.openCsvPart(m_path, m_index, m_separator, m_header, m_curves, m_file, m_stream);
-    if (!created)
+    if (!created) {
         return false;
+    }
     m_createdFiles.append(m_file.fileName());
     m_listedFiles.append(CurveDataDB::partFilePath(m_path, m_index));
     noteError();
@@ -38,34 +40,39 @@ bool CsvParts::openNext()
 
 void CsvParts::write(const QByteArray& text)
 {
-    if (m_file.write(text) != text.size())
+    if (m_file.write(text) != text.size()) {
         m_whole = false;
+    }
 }
 
 void CsvParts::flush()
 {
-    if (!m_file.flush())
+    if (!m_file.flush()) {
         m_whole = false;
+    }
 }
 
 void CsvParts::close()
 {
-    if (!m_file.isOpen())
+    if (!m_file.isOpen()) {
         return;
+    }
     m_file.close();
     noteError(); // a disk may tell only now that it is full
 }
 
 void CsvParts::noteError()
 {
-    if (m_file.error() != QFileDevice::NoError)
+    if (m_file.error() != QFileDevice::NoError) {
         m_whole = false;
+    }
 }
 
 void CsvParts::removeFiles()
 {
     for (const QString& name : qAsConst(m_createdFiles)) {
-        if (QFile::exists(name) && !QFile::remove(name))
+        if (QFile::exists(name) && !QFile::remove(name)) {
             qWarning() << "[导出线程] 删除临时文件失败：" << name;
+        }
     }
 }

@@ -40,18 +40,20 @@ bool mayBeHalfway(double value)
 
 char* appendValue(char* out, double value)
 {
-    if (mayBeHalfway(value))
+    if (mayBeHalfway(value)) {
         return append(out, QByteArray::number(value, 'E', kPrecision));
+    }
     // Adding zero takes the sign off a negative zero.
     const auto end = std::to_chars(out, out + kLongestValue, value + 0.0,
                                    std::chars_format::scientific, kPrecision)
                          .ptr;
     char* const digits = *out == '-' ? out + 1 : out;
-    if (end - digits > kExponentPlace)
+    if (end - digits > kExponentPlace) {
         digits[kExponentPlace] = 'E';
-    else // "inf"
+    } else { // "inf"
         std::transform(digits, end, digits,
                        [](char letter) { return static_cast<char>(letter - 'a' + 'A'); });
+    }
     return end;
 }
 
@@ -60,8 +62,9 @@ char* appendValue(char* out, double value)
 std::size_t SampleBlock::rows() const
 {
     std::size_t longest = 0;
-    for (const SampleColumn& column : columns)
+    for (const SampleColumn& column : columns) {
         longest = std::max(longest, column.size());
+    }
     return longest;
 }
 
@@ -91,12 +94,14 @@ void CsvRows::appendRow(qint64 rowNumber, const SampleBlock& block, std::size_t 
     char* const begin = m_text.data();
     char* out = std::to_chars(begin + before, begin + m_text.size(), rowNumber).ptr;
     out = append(out, m_separator);
-    if (!block.columns.empty() && row < block.columns.front().size())
+    if (!block.columns.empty() && row < block.columns.front().size()) {
         out = appendTime(out, block.columns.front()[row].timestamp);
+    }
     for (const SampleColumn& column : block.columns) {
         out = append(out, m_separator);
-        if (row < column.size())
+        if (row < column.size()) {
             out = appendValue(out, column[row].value);
+        }
     }
     *out++ = '\n';
     m_text.resize(static_cast<int>(out - begin));

@@ -39,10 +39,11 @@ CurveCursor::CurveCursor(CurveDataDB& store, int curveId, QVector<BatchTable> ta
     , m_end(end)
     , m_columns(columns)
 {
-    if (m_tables.isEmpty())
+    if (m_tables.isEmpty()) {
         qWarning() << "[Cursor初始化] 曲线" << m_curveId << "未获取到任何分片表";
-    else
+    } else {
         m_valid = openNextTable();
+    }
 }
 
 CurveCursor::~CurveCursor()
@@ -82,12 +83,14 @@ bool CurveCursor::openNextTable()
 {
     release();
     while (m_nextTable < m_tables.size() && !m_failed) {
-        if (openTable(m_tables.at(m_nextTable++)))
+        if (openTable(m_tables.at(m_nextTable++))) {
             return true;
+        }
         release();
     }
-    if (!m_failed)
+    if (!m_failed) {
         qDebug() << "[初始化查询] 曲线" << m_curveId << "所有分片表已处理完毕";
+    }
     return false;
 }
 
@@ -95,8 +98,9 @@ bool CurveCursor::openNextTable()
 /// reading has failed.
 bool CurveCursor::openTable(const BatchTable& table)
 {
-    if (!isInPlace(table))
+    if (!isInPlace(table)) {
         return false;
+    }
     m_path = table.path;
     m_file = table.file;
     m_connection = m_store.openDb(table.path);
@@ -105,8 +109,9 @@ bool CurveCursor::openTable(const BatchTable& table)
         return fail();
     }
     // Another file in its place has other tables.
-    if (fileIdentity(m_path) != m_file)
+    if (fileIdentity(m_path) != m_file) {
         return failToRead(QStringLiteral("the file was replaced"));
+    }
     return startQuery(table) && takeFirstRow(table);
 }
 
@@ -129,19 +134,22 @@ bool CurveCursor::isInPlace(const BatchTable& table)
         }
     }
     const bool fileExists = QFileInfo::exists(table.path);
-    if (fileExists && (!lookedUp || isListedIn(table)))
+    if (fileExists && (!lookedUp || isListedIn(table))) {
         return true;
+    }
     qWarning() << "[初始化查询] 未找到分片表" << table.name << "对应的数据库，跳过该表";
-    if (!fileExists)
+    if (!fileExists) {
         fail(); // it was there when the tables were listed
+    }
     return false;
 }
 
 bool CurveCursor::isListedIn(const BatchTable& table)
 {
     QSharedPointer<QSqlDatabase> db = m_store.openDb(table.path);
-    if (!db || !db->isOpen())
+    if (!db || !db->isOpen()) {
         return true; // told when the table is opened
+    }
     bool found = false;
     {
         ManagedQuery query(*db);
@@ -174,8 +182,9 @@ bool CurveCursor::startQuery(const BatchTable& table)
                        "BY timestamp ASC")
             .arg(columns, quotedTable(table.name), QString::number(table.fileCurveId));
     const bool prepared = m_query->prepare(sql);
-    if (prepared && m_query->execWith({m_start, m_end}))
+    if (prepared && m_query->execWith({m_start, m_end})) {
         return true;
+    }
     qWarning() << "[初始化查询] SQL执行失败：" << m_query->errorText();
     // A table that has gone is passed over; whatever else fails may hide samples.
     const bool missing = !prepared && m_query->errorText().contains(QLatin1String("no such table"));
@@ -189,8 +198,9 @@ bool CurveCursor::takeFirstRow(const BatchTable& table)
         m_current = first.front();
         return true;
     }
-    if (!m_query->isUsable() || !m_query->errorText().isEmpty())
+    if (!m_query->isUsable() || !m_query->errorText().isEmpty()) {
         return failToRead(m_query->errorText());
+    }
     qWarning() << "[初始化查询] 分片表" << table.name << "无匹配数据（时间范围/曲线ID过滤后为空）";
     return false;
 }
@@ -212,8 +222,9 @@ bool CurveCursor::fail()
 void CurveCursor::release()
 {
     m_query.reset();
-    if (!m_connection)
+    if (!m_connection) {
         return;
+    }
     m_connection.reset();
     ConnectionPool::instance().releaseConnection(m_path);
 }

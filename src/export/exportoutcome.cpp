@@ -29,8 +29,9 @@ QString exportOutcomeText(ExportResult result, const QStringList& files)
     const auto* const outcome =
         std::find_if(kOutcomes.begin(), kOutcomes.end(),
                      [result](const Outcome& row) { return row.result == result; });
-    if (outcome == kOutcomes.end())
+    if (outcome == kOutcomes.end()) {
         return {};
+    }
     const QString text = QCoreApplication::translate("ExportOutcome", outcome->text);
     return result == ExportSuccess ? text.arg(files.join(QStringLiteral("; "))) : text;
 }

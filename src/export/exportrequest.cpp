@@ -46,8 +46,9 @@ QString exportSeparator(int row)
 QString exportFilePath(const QString& directory, const QString& identity, const QString& name)
 {
     QString folder = directory;
-    if (!folder.isEmpty() && !folder.endsWith(QDir::separator()))
+    if (!folder.isEmpty() && !folder.endsWith(QDir::separator())) {
         folder += QDir::separator();
+    }
     const QString base = name.isEmpty() ? QStringLiteral("顺序对齐曲线数据") : name;
     // Multi-argument form: no text can be taken for a marker.
     const QString fileName =
@@ -68,7 +69,8 @@ QMap<QString, QString> exportHeader(const QString& resourceName, const QString& 
 
 ExportRange exportRange(const QString& startText, const QString& endText)
 {
-    if (!runTime(startText).isValid() || !runTime(endText).isValid())
+    if (!runTime(startText).isValid() || !runTime(endText).isValid()) {
         return {};
+    }
     return {momentOf(startText, -kHourMs), momentOf(endText, kHourMs)};
 }

@@ -1,11 +1,11 @@
 #include "instrument/cdevicevisa.h"
 
+#include "instrument/visabinding.h"
+
 #include <QByteArray>
 #include <QMutexLocker>
 
 #include <algorithm>
-
-#include "instrument/visabinding.h"
 
 namespace {
 
@@ -62,11 +62,13 @@ CDeviceVisa::CDeviceVisa(QObject* parent)
     : QObject(parent)
 {
     const ViStatus status = VisaBinding::table().viOpenDefaultRM(&m_resourceManager);
-    if (status == VI_SUCCESS)
+    if (status == VI_SUCCESS) {
         return;
+    }
     // A warning comes with a resource manager that works, an error with none.
-    if (status < VI_SUCCESS)
+    if (status < VI_SUCCESS) {
         m_resourceManager = 0;
+    }
     const QByteArray text = statusText(0, status);
     fail(QStringLiteral("VISA 初始化失败: %1").arg(QString::fromLocal8Bit(text)));
 }
@@ -74,23 +76,26 @@ CDeviceVisa::CDeviceVisa(QObject* parent)
 CDeviceVisa::~CDeviceVisa()
 {
     disconnectDevice();
-    if (m_resourceManager != 0)
+    if (m_resourceManager != 0) {
         VisaBinding::table().viClose(m_resourceManager);
+    }
 }
 
 bool CDeviceVisa::connectDevice(const QString& resource)
 {
     const QMutexLocker locker(&m_mutex);
-    if (m_connected)
+    if (m_connected) {
         disconnectDevice();
+    }
     const VisaTable& visa = VisaBinding::table();
     ViSession session = 0;
     const ViStatus status =
         visa.viOpen(m_resourceManager, resource.toLocal8Bit().constData(), VI_NO_LOCK, 0, &session);
     if (status != VI_SUCCESS) {
         // A session that came with a warning is not used, so it must not stay open.
-        if (status > VI_SUCCESS && session != 0)
+        if (status > VI_SUCCESS && session != 0) {
             visa.viClose(session);
+        }
         const QByteArray text = statusText(0, status);
         fail(QStringLiteral("连接失败: %1").arg(QString::fromLocal8Bit(text)));
         return false;
@@ -105,16 +110,18 @@ bool CDeviceVisa::connectDevice(const QString& resource)
 void CDeviceVisa::disconnectDevice()
 {
     const QMutexLocker locker(&m_mutex);
-    if (!m_connected)
+    if (!m_connected) {
         return;
+    }
     interrupt();
     m_connected = false;
 }
 
 void CDeviceVisa::interrupt()
 {
-    if (const ViSession session = m_session.exchange(0); session != 0)
+    if (const ViSession session = m_session.exchange(0); session != 0) {
         VisaBinding::table().viClose(session);
+    }
 }
 
 bool CDeviceVisa::isConnected()
@@ -147,10 +154,12 @@ QString CDeviceVisa::sendCommand(const QString& command, int timeoutMs, Exchange
                                         static_cast<ViAttrState>(std::max(timeoutMs, 0)));
     result = writeCommand(command);
     QString response;
-    if (result == ExchangeResult::Done && command.contains(QLatin1Char('?')))
+    if (result == ExchangeResult::Done && command.contains(QLatin1Char('?'))) {
         result = readResponse(response);
-    if (result != ExchangeResult::Done)
+    }
+    if (result != ExchangeResult::Done) {
         return {};
+    }
     emit commandCompleted(command, response);
     return response;
 }
@@ -168,8 +177,9 @@ QVector<QString> CDeviceVisa::sendCommands(const QStringList& commands, int time
     for (const QString& command : commands) {
         ExchangeResult result{};
         responses.append(sendCommand(command, timeoutMs, result));
-        if (!goesOn(result))
+        if (!goesOn(result)) {
             break;
+        }
     }
     responses.resize(commands.size());
     emit commandsCompleted(commands, responses);
@@ -187,8 +197,9 @@ void CDeviceVisa::configureSession()
 {
     const VisaTable& visa = VisaBinding::table();
     if (m_serial) {
-        for (const AttributeRow& row : kSerialSettings)
+        for (const AttributeRow& row : kSerialSettings) {
             visa.viSetAttribute(m_session, row.attribute, row.value);
+        }
     } else {
         visa.viSetAttribute(m_session, VI_ATTR_TMO_VALUE, kDefaultTimeoutMs);
     }
@@ -203,8 +214,9 @@ ExchangeResult CDeviceVisa::writeCommand(const QString& command)
     const ViStatus status =
         VisaBinding::table().viWrite(m_session, reinterpret_cast<const ViByte*>(line.constData()),
                                      static_cast<ViUInt32>(line.size()), &sent);
-    if (status == VI_SUCCESS)
+    if (status == VI_SUCCESS) {
         return ExchangeResult::Done;
+    }
     // The texts of an exchange are taken as UTF-8, those of opening in the local encoding.
     const QByteArray text = statusText(m_session, status);
     fail(QStringLiteral("发送命令失败: %1").arg(QString::fromUtf8(text)));

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "visa/visatypes.h"
+
 #include <QObject>
 #include <QRecursiveMutex>
 #include <QString>
@@ -8,8 +10,6 @@
 
 #include <atomic>
 #include <functional>
-
-#include "visa/visatypes.h"
 
 /// How an exchange ended.
 enum class ExchangeResult {

@@ -1,11 +1,11 @@
 #include "instrument/visabinding.h"
 
+#include "visa/visaprovider.h"
+
 #include <QLatin1String>
 #include <QLibrary>
 
 #include <optional>
-
-#include "visa/visaprovider.h"
 
 namespace {
 
@@ -29,15 +29,17 @@ bool resolve(QLibrary& library, const char* symbol, Function& function)
 std::optional<VisaTable> tableOf(const char* libraryName)
 {
     QLibrary library{QLatin1String(libraryName)};
-    if (!library.load())
+    if (!library.load()) {
         return std::nullopt;
+    }
     VisaTable found = {};
     if (resolve(library, "viOpenDefaultRM", found.viOpenDefaultRM) &&
         resolve(library, "viOpen", found.viOpen) && resolve(library, "viClose", found.viClose) &&
         resolve(library, "viSetAttribute", found.viSetAttribute) &&
         resolve(library, "viStatusDesc", found.viStatusDesc) &&
-        resolve(library, "viRead", found.viRead) && resolve(library, "viWrite", found.viWrite))
+        resolve(library, "viRead", found.viRead) && resolve(library, "viWrite", found.viWrite)) {
         return found;
+    }
     library.unload();
     return std::nullopt;
 }
@@ -45,8 +47,9 @@ std::optional<VisaTable> tableOf(const char* libraryName)
 VisaTable findTable()
 {
     for (const char* const name : kLibraryNames) {
-        if (const auto found = tableOf(name))
+        if (const auto found = tableOf(name)) {
             return *found;
+        }
     }
     return providerVisaTable();
 }

@@ -28,8 +28,9 @@ bool isInput(QEvent::Type type)
 
 bool isTabPress(const QEvent& event)
 {
-    if (event.type() != QEvent::KeyPress)
+    if (event.type() != QEvent::KeyPress) {
         return false;
+    }
     const int key = static_cast<const QKeyEvent&>(event).key();
     return key == Qt::Key_Tab || key == Qt::Key_Backtab;
 }
@@ -56,24 +57,29 @@ void InputBarrier::lower()
 bool InputBarrier::isWithin(const QWidget& widget, const QWidget* area)
 {
     for (const QWidget* place = &widget; place; place = place->parentWidget()) {
-        if (place == area)
+        if (place == area) {
             return true;
+        }
         // A dialog stands beside its parent; a popup is a part of it.
-        if (place->isWindow() && place->windowType() != Qt::Popup)
+        if (place->isWindow() && place->windowType() != Qt::Popup) {
             return false;
+        }
     }
     return false;
 }
 
 bool InputBarrier::eventFilter(QObject* watched, QEvent* event)
 {
-    if (!isInput(event->type()) || !watched->isWidgetType())
+    if (!isInput(event->type()) || !watched->isWidgetType()) {
         return false;
+    }
     const auto& widget = *static_cast<QWidget*>(watched);
-    if (!m_covers(widget))
+    if (!m_covers(widget)) {
         return false;
-    if (isTabPress(*event))
+    }
+    if (isTabPress(*event)) {
         leaveBy(widget, static_cast<QKeyEvent*>(event)->key() == Qt::Key_Backtab);
+    }
     // A wheel event that is not taken goes on to the parents.
     event->setAccepted(event->type() != QEvent::Wheel);
     return true;

@@ -62,26 +62,30 @@ BarFit fitBar(const QFont& font, qreal veilWidth, qreal room)
 {
     const auto largestText = [&font](qreal width, int from, int to) {
         int size = from;
-        while (size >= to && barWidthFor(font, size) > width)
+        while (size >= to && barWidthFor(font, size) > width) {
             --size;
+        }
         return size;
     };
     const qreal half = veilWidth / 2;
     const qreal width = std::min(half, room);
     const int size = largestText(width, kBarTextSize, kSmallBarTextSize);
-    if (size >= kSmallBarTextSize)
+    if (size >= kSmallBarTextSize) {
         return {width, size};
+    }
     const int wideSize = largestText(room, kBarTextSize, kLeastBarTextSize);
-    if (wideSize >= kLeastBarTextSize)
+    if (wideSize >= kLeastBarTextSize) {
         return {static_cast<qreal>(barWidthFor(font, wideSize)), wideSize};
+    }
     return {half, kBarTextSize};
 }
 
 /// The start of a length nearest to `wanted` that lies within a room; centred where it is too long.
 qreal placeWithin(qreal wanted, qreal length, qreal roomStart, qreal roomLength)
 {
-    if (length > roomLength)
+    if (length > roomLength) {
         return roomStart + (roomLength - length) / 2;
+    }
     return std::clamp(wanted, roomStart, roomStart + roomLength - length);
 }
 
@@ -177,8 +181,9 @@ void LockableDataCollectionView::layOutBar()
     const QRectF room = visiblePart();
     const BarFit fit = fitBar(m_state->unlockButton->font(), whole.width(), room.width());
     const QString style = barStyle(fit.textSize);
-    if (m_state->unlockButton->styleSheet() != style)
+    if (m_state->unlockButton->styleSheet() != style) {
         m_state->unlockButton->setStyleSheet(style);
+    }
     const qreal left =
         placeWithin((whole.width() - fit.width) / 2, fit.width, room.left(), room.width());
     const qreal top =
@@ -189,8 +194,9 @@ void LockableDataCollectionView::layOutBar()
 /// What can be seen of the view: its page may lie in a scroll area. All of it while it is hidden.
 QRectF LockableDataCollectionView::visiblePart() const
 {
-    if (!isVisible())
+    if (!isVisible()) {
         return m_state->scene->sceneRect();
+    }
     QRect part = rect();
     for (const QWidget* widget = this; !widget->isWindow(); widget = widget->parentWidget()) {
         const QWidget* holder = widget->parentWidget();
@@ -215,8 +221,9 @@ void LockableDataCollectionView::hideEvent(QHideEvent* event)
 {
     assertGuiThread();
     for (const QPointer<QWidget>& holder : qAsConst(m_state->holders)) {
-        if (holder)
+        if (holder) {
             holder->removeEventFilter(this);
+        }
     }
     m_state->holders.clear();
     QGraphicsView::hideEvent(event);
@@ -225,8 +232,9 @@ void LockableDataCollectionView::hideEvent(QHideEvent* event)
 bool LockableDataCollectionView::eventFilter(QObject* watched, QEvent* event)
 {
     if (event->type() == QEvent::Resize || event->type() == QEvent::Move) {
-        if (watched == parentWidget())
+        if (watched == parentWidget()) {
             setGeometry(parentWidget()->rect());
+        }
         layOutBar();
     }
     return QGraphicsView::eventFilter(watched, event);

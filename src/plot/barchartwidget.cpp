@@ -9,8 +9,6 @@
 #include "widgets/customcombobox.h"
 #include "widgets/wheelguard.h"
 
-#include <qwt_plot_curve.h>
-
 #include <QComboBox>
 #include <QDoubleSpinBox>
 #include <QHBoxLayout>
@@ -22,6 +20,7 @@
 #include <QSplitter>
 #include <QTableWidget>
 #include <QVBoxLayout>
+#include <qwt_plot_curve.h>
 
 namespace {
 constexpr int kRowCount = 40;
@@ -92,8 +91,9 @@ void BarChartWidget::clearChart()
 void BarChartWidget::setChannelList(const QStringList& items)
 {
     assertGuiThread();
-    if (items.isEmpty())
+    if (items.isEmpty()) {
         return;
+    }
     for (int row = 0; row < m_table->rowCount(); ++row) {
         if (QComboBox* combo = channelComboOfRow(row)) {
             const QSignalBlocker blocker(combo);
@@ -115,16 +115,18 @@ void BarChartWidget::onChannelTypeChange(int index)
 {
     assertGuiThread();
     auto* combo = qobject_cast<QComboBox*>(sender());
-    if (index < 0 || !combo)
+    if (index < 0 || !combo) {
         return;
+    }
     const int row = m_widgetRows.value(combo, -1);
     if (index == 0) {
         resetRow(row);
         syncCurves(row);
         return;
     }
-    if (row < 0 || row >= m_table->rowCount())
+    if (row < 0 || row >= m_table->rowCount()) {
         return;
+    }
     const int channel = channelOfText(combo->currentText());
     enableRow(row, channel);
     const QwtPlotCurve* curve = m_channelCurves[channel];
@@ -141,11 +143,13 @@ void BarChartWidget::onColorChanged(QColor newColor)
     assertGuiThread();
     const int row = m_widgetRows.value(sender(), -1);
     const QComboBox* combo = channelComboOfRow(row);
-    if (!combo || combo->currentIndex() <= 0)
+    if (!combo || combo->currentIndex() <= 0) {
         return;
+    }
     QwtPlotCurve* curve = m_channelCurves[channelOfText(combo->currentText())];
-    if (curve)
+    if (curve) {
         curve->setPen(curvePen(newColor));
+    }
     m_plot->replot();
     m_offsetController->setLabelColor(curve, newColor);
 }
@@ -155,8 +159,9 @@ void BarChartWidget::onOffsetChanged(double value)
     assertGuiThread();
     const int row = m_widgetRows.value(sender(), -1);
     const QComboBox* combo = channelComboOfRow(row);
-    if (!combo || combo->currentIndex() <= 0)
+    if (!combo || combo->currentIndex() <= 0) {
         return;
+    }
     QwtPlotCurve* curve = m_channelCurves[channelOfText(combo->currentText())];
     m_plot->setCurveOffset(curve, value);
     m_offsetController->setLabelValue(curve, value);
@@ -165,8 +170,9 @@ void BarChartWidget::onOffsetChanged(double value)
 void BarChartWidget::hideTableWidget()
 {
     assertGuiThread();
-    if (!m_table)
+    if (!m_table) {
         return;
+    }
     if (m_table->isVisible()) {
         m_table->hide();
         m_toggleButton->setText(tr("▲选择通道"));
@@ -187,22 +193,25 @@ void BarChartWidget::hideTableWidget()
 void BarChartWidget::onCurrDisPlot()
 {
     assertGuiThread();
-    if (m_plot)
+    if (m_plot) {
         m_plot->resumeLive();
+    }
 }
 
 void BarChartWidget::onPlotZoomTypeChanged(int index)
 {
     assertGuiThread();
-    if (index >= 0 && m_plot)
+    if (index >= 0 && m_plot) {
         m_plot->setZoomMode(static_cast<short>(index + 1));
+    }
 }
 
 void BarChartWidget::setOffset(QwtPlotCurve* curve, double offset)
 {
     assertGuiThread();
-    if (!curve || !m_plot)
+    if (!curve || !m_plot) {
         return;
+    }
     m_plot->setCurveOffset(curve, offset);
     if (QDoubleSpinBox* spinBox = m_curveSpinBoxes.value(curve)) {
         const QSignalBlocker blocker(spinBox);
@@ -289,10 +298,12 @@ void BarChartWidget::buildTable()
     m_table->setColumnWidth(NumberColumn, kNumberColumnWidth);
     m_table->setColumnWidth(ColorColumn, kColorColumnWidth);
     m_table->setColumnWidth(AxisColumn, kAxisColumnWidth);
-    for (const int column : {ChannelColumn, UnitsPerDivColumn, OffsetColumn})
+    for (const int column : {ChannelColumn, UnitsPerDivColumn, OffsetColumn}) {
         header->setSectionResizeMode(column, QHeaderView::Stretch);
-    for (int row = 0; row < kRowCount; ++row)
+    }
+    for (int row = 0; row < kRowCount; ++row) {
         buildRow(row);
+    }
 }
 
 void BarChartWidget::buildRow(int row)
@@ -379,8 +390,9 @@ ColorSelectButton* BarChartWidget::colorButtonOfRow(int row) const
 int BarChartWidget::selectedChannel(int row) const
 {
     const QComboBox* combo = channelComboOfRow(row);
-    if (!combo || combo->currentIndex() <= 0)
+    if (!combo || combo->currentIndex() <= 0) {
         return -1;
+    }
     bool ok = false;
     const int channel = channelOfText(combo->currentText(), &ok);
     return ok ? channel : -1;
@@ -389,8 +401,9 @@ int BarChartWidget::selectedChannel(int row) const
 void BarChartWidget::resetRow(int row)
 {
     QDoubleSpinBox* spinBox = spinBoxOfRow(row);
-    if (!spinBox)
+    if (!spinBox) {
         return;
+    }
     const QSignalBlocker blocker(spinBox);
     spinBox->setEnabled(false);
     // The curve keeps its offset in the plot and shows it again when the channel is chosen again.
@@ -399,11 +412,13 @@ void BarChartWidget::resetRow(int row)
 
 void BarChartWidget::enableRow(int row, int channel)
 {
-    if (QWidget* unitsPerDivBox = m_table->cellWidget(row, UnitsPerDivColumn))
+    if (QWidget* unitsPerDivBox = m_table->cellWidget(row, UnitsPerDivColumn)) {
         unitsPerDivBox->setEnabled(true);
+    }
     QDoubleSpinBox* spinBox = spinBoxOfRow(row);
-    if (!spinBox)
+    if (!spinBox) {
         return;
+    }
     const QSignalBlocker blocker(spinBox);
     spinBox->setEnabled(true);
     spinBox->setValue(m_plot->curveOffset(m_channelCurves[channel]));
@@ -417,11 +432,13 @@ void BarChartWidget::syncCurves(int row)
     QList<int> channels;
     for (int i = 0; i < m_table->rowCount(); ++i) {
         const int channel = selectedChannel(i);
-        if (channel >= 0)
+        if (channel >= 0) {
             channels.append(channel);
+        }
     }
-    for (const int channel : qAsConst(channels))
+    for (const int channel : qAsConst(channels)) {
         showChannel(channel, row);
+    }
     hideOtherChannels(channels);
     assignSpinBoxes();
     m_plot->replot();
@@ -433,8 +450,9 @@ void BarChartWidget::assignSpinBoxes()
 {
     m_curveSpinBoxes.clear();
     for (int row = 0; row < m_table->rowCount(); ++row) {
-        if (QwtPlotCurve* curve = m_channelCurves.value(selectedChannel(row)))
+        if (QwtPlotCurve* curve = m_channelCurves.value(selectedChannel(row))) {
             m_curveSpinBoxes[curve] = spinBoxOfRow(row);
+        }
     }
 }
 
@@ -452,8 +470,9 @@ void BarChartWidget::showChannel(int channel, int row)
 void BarChartWidget::createCurve(int channel, int row)
 {
     const std::shared_ptr<CurveSeriesData> series = g_curveSeries.value(channel);
-    if (!series)
+    if (!series) {
         return;
+    }
     const QString title = QString::number(channel);
     QwtPlotCurve* curve = m_plot->addCurve(series.get(), QColor(kNewCurveColor), title);
     m_shownSeries[channel] = series;
@@ -469,8 +488,9 @@ void BarChartWidget::createCurve(int channel, int row)
 void BarChartWidget::hideOtherChannels(const QList<int>& channels)
 {
     for (auto it = m_channelCurves.cbegin(); it != m_channelCurves.cend(); ++it) {
-        if (!it.value() || channels.contains(it.key()))
+        if (!it.value() || channels.contains(it.key())) {
             continue;
+        }
         it.value()->hide();
         m_offsetController->hideCurveLabel(it.value());
     }

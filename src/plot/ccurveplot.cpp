@@ -14,7 +14,6 @@
 #include <QDateTime>
 #include <QScopedValueRollback>
 #include <QTimer>
-
 #include <qwt_date_scale_draw.h>
 #include <qwt_interval.h>
 #include <qwt_painter.h>
@@ -65,12 +64,14 @@ QwtInterval valueBounds(const QList<QwtPlotCurve*>& curves)
     double max = std::numeric_limits<double>::lowest();
     for (const QwtPlotCurve* curve : curves) {
         const CurveSeriesData* series = seriesOf(curve);
-        if (!series)
+        if (!series) {
             continue;
+        }
         for (const QPointF& point : series->visiblePoints()) {
             const double y = point.y();
-            if (y == kOverload || !std::isfinite(y))
+            if (y == kOverload || !std::isfinite(y)) {
                 continue;
+            }
             min = qMin(min, y);
             max = qMax(max, y);
         }
@@ -84,8 +85,9 @@ double valueMargin(double min, double max)
     const double range = max - min;
     // At the ends of the number range there is less room than that.
     const double room = std::max((kLargestAxisValue - range) * 0.49, 0.0);
-    if (!qFuzzyCompare(range + 1.0, 1.0))
+    if (!qFuzzyCompare(range + 1.0, 1.0)) {
         return std::min((range / kDataShareOfY - range) * 0.5, room);
+    }
     const bool lost = !(max + kFlatMargin > min - kFlatMargin);
     return lost ? std::abs(max) * kFlatShare : kFlatMargin;
 }
@@ -178,8 +180,10 @@ void CCurvePlot::initTimeAxis()
 {
     m_timeScaleDraw = new QwtDateScaleDraw(Qt::LocalTime);
     const QString format = QStringLiteral("yyyy/MM/dd\nhh:mm:ss");
-    for (const auto type : {QwtDate::Millisecond, QwtDate::Second, QwtDate::Minute, QwtDate::Hour})
+    for (const auto type :
+         {QwtDate::Millisecond, QwtDate::Second, QwtDate::Minute, QwtDate::Hour}) {
         m_timeScaleDraw->setDateFormat(type, format);
+    }
     setAxisScaleDraw(QwtPlot::xBottom, m_timeScaleDraw);
     setAxisLabelAlignment(QwtPlot::xBottom, Qt::AlignHCenter | Qt::AlignBottom);
 
@@ -280,8 +284,9 @@ void CCurvePlot::clearCurves()
 void CCurvePlot::onNewSample(qint64 timeMs)
 {
     assertGuiThread();
-    if (!m_updatingAxes)
+    if (!m_updatingAxes) {
         updateAxes(timeMs);
+    }
 }
 
 void CCurvePlot::updateAxes(qint64 timeMs)
@@ -289,15 +294,18 @@ void CCurvePlot::updateAxes(qint64 timeMs)
     assertGuiThread();
     {
         const QScopedValueRollback<bool> updating(m_updatingAxes, true);
-        if (m_followTime && !m_userMovedX)
+        if (m_followTime && !m_userMovedX) {
             followTime(timeMs);
-        if (m_autoScaleY && !m_userMovedY)
+        }
+        if (m_autoScaleY && !m_userMovedY) {
             autoScaleY();
+        }
     }
     // The reload that is armed here serves the move, so the range check shall not put it off. A plot
     // without curves is left to that check: it has the first curve loaded.
-    if (!m_curves.isEmpty())
+    if (!m_curves.isEmpty()) {
         noteTimeAxis();
+    }
     m_reloadTimer->start(kReloadDelayMs);
 }
 
@@ -343,8 +351,9 @@ void CCurvePlot::setBounds(int axis, double lower, double upper)
 void CCurvePlot::autoScaleY()
 {
     assertGuiThread();
-    if (m_userMovedY || !m_autoScaleY || m_curves.isEmpty())
+    if (m_userMovedY || !m_autoScaleY || m_curves.isEmpty()) {
         return;
+    }
     const QwtInterval values = valueBounds(m_curves);
     if (!values.isValid()) {
         setBounds(QwtPlot::yLeft, kEmptyLowerY, kEmptyUpperY);
@@ -354,8 +363,9 @@ void CCurvePlot::autoScaleY()
     const double lower = std::max(values.minValue() - margin, -kLargestAxisValue);
     const double upper = std::min(values.maxValue() + margin, kLargestAxisValue);
     // Values at both ends of the number range leave the axis as it is: it cannot span them.
-    if (isUsableRange(lower, upper))
+    if (isUsableRange(lower, upper)) {
         setBounds(QwtPlot::yLeft, lower, upper);
+    }
 }
 
 void CCurvePlot::resumeLive()
@@ -374,8 +384,9 @@ void CCurvePlot::setFollowTime(bool on)
 {
     assertGuiThread();
     m_followTime = on;
-    if (!on)
+    if (!on) {
         return;
+    }
     m_userMovedX = false;
     updateVisibleData();
 }
@@ -384,8 +395,9 @@ void CCurvePlot::setAutoScaleY(bool on)
 {
     assertGuiThread();
     m_autoScaleY = on;
-    if (!on)
+    if (!on) {
         return;
+    }
     m_userMovedY = false;
     autoScaleY();
     redraw();
@@ -404,12 +416,14 @@ void CCurvePlot::resetTimeWindow()
 void CCurvePlot::setCurveOffset(QwtPlotCurve* curve, double offset)
 {
     assertGuiThread();
-    if (!m_curveOffsets.contains(curve))
+    if (!m_curveOffsets.contains(curve)) {
         return;
+    }
     m_curveOffsets[curve] = offset;
     // While a scan runs the next batch arms the reload anyway.
-    if (!g_scanRunning.load(std::memory_order_relaxed))
+    if (!g_scanRunning.load(std::memory_order_relaxed)) {
         m_reloadTimer->start(kReloadDelayMs);
+    }
 }
 
 double CCurvePlot::curveOffset(QwtPlotCurve* curve)
@@ -429,8 +443,9 @@ void CCurvePlot::setZoomMode(short mode)
     };
     constexpr ZoomMode kZoomModes[] = {{1, true, false}, {2, false, true}, {3, true, true}};
     for (const ZoomMode& row : kZoomModes) {
-        if (row.mode != mode)
+        if (row.mode != mode) {
             continue;
+        }
         m_magnifier->setAxisEnabled(QwtPlot::xBottom, row.time);
         m_magnifier->setAxisEnabled(QwtPlot::yLeft, row.value);
     }
@@ -439,14 +454,16 @@ void CCurvePlot::setZoomMode(short mode)
 void CCurvePlot::updateVisibleData()
 {
     assertGuiThread();
-    if (!m_updatingAxes)
+    if (!m_updatingAxes) {
         reloadVisibleData();
+    }
 }
 
 void CCurvePlot::reloadVisibleData()
 {
-    if (isVisible() && loadVisibleCurves())
+    if (isVisible() && loadVisibleCurves()) {
         redraw();
+    }
 }
 
 /// Has the series of each shown curve load the visible window; false if there is no such curve.
@@ -454,11 +471,13 @@ bool CCurvePlot::loadVisibleCurves()
 {
     QList<QwtPlotCurve*> shown;
     for (QwtPlotCurve* curve : qAsConst(m_curves)) {
-        if (curve->isVisible() && seriesOf(curve))
+        if (curve->isVisible() && seriesOf(curve)) {
             shown.append(curve);
+        }
     }
-    if (shown.isEmpty())
+    if (shown.isEmpty()) {
         return false;
+    }
 
     // Bounds that others set since the last replot count from here on; the replot follows.
     QwtPlot::updateAxes();
@@ -467,8 +486,9 @@ bool CCurvePlot::loadVisibleCurves()
     const QwtInterval time = axisInterval(QwtPlot::xBottom);
     const qint64 start = static_cast<qint64>(time.minValue()) - kLoadMarginMs;
     const qint64 end = static_cast<qint64>(time.maxValue()) + kLoadMarginMs;
-    for (QwtPlotCurve* curve : qAsConst(shown))
+    for (QwtPlotCurve* curve : qAsConst(shown)) {
         seriesOf(curve)->loadWindow(start, end, kMaxPointsPerCurve, m_curveOffsets[curve]);
+    }
     return true;
 }
 
@@ -477,17 +497,19 @@ bool CCurvePlot::loadVisibleCurves()
 void CCurvePlot::redraw()
 {
     m_redrawWhenShown = !isVisible();
-    if (m_redrawWhenShown)
+    if (m_redrawWhenShown) {
         QwtPlot::updateAxes();
-    else
+    } else {
         replot();
+    }
 }
 
 void CCurvePlot::checkAxisRangeChange()
 {
     assertGuiThread();
-    if (m_curves.isEmpty())
+    if (m_curves.isEmpty()) {
         return;
+    }
 
     const QwtInterval time = axisInterval(QwtPlot::xBottom);
     if (std::abs(time.minValue() - m_lastLowerX) > kRangeThresholdX ||
@@ -545,8 +567,9 @@ void CCurvePlot::resizeEvent(QResizeEvent* event)
 {
     assertGuiThread();
     QwtPlot::resizeEvent(event);
-    if (!m_scrolling && m_timeBaseSet && !m_userMovedX && m_followTime)
+    if (!m_scrolling && m_timeBaseSet && !m_userMovedX && m_followTime) {
         stretchTimeWindow();
+    }
     setAxisMaxMajor(QwtPlot::xBottom, width() / kPixelsPerMajorTick);
     redraw();
 }
@@ -557,8 +580,9 @@ void CCurvePlot::stretchTimeWindow()
 {
     // Set once, by whichever plot comes here first.
     static const int referenceWidth = width();
-    if (referenceWidth <= 0)
+    if (referenceWidth <= 0) {
         return;
+    }
     m_windowSpan = width() * kWindowSpanMs / referenceWidth;
     m_windowEnd = m_windowStart + m_windowSpan;
     setTimeAxis(m_windowStart, m_windowEnd);
@@ -569,11 +593,14 @@ void CCurvePlot::showEvent(QShowEvent* event)
 {
     assertGuiThread();
     QwtPlot::showEvent(event);
-    if (m_updatingAxes)
+    if (m_updatingAxes) {
         return;
+    }
     const bool loaded = loadVisibleCurves();
-    if (loaded)
+    if (loaded) {
         autoScaleY();
-    if (loaded || m_redrawWhenShown)
+    }
+    if (loaded || m_redrawWhenShown) {
         redraw();
+    }
 }

@@ -27,8 +27,9 @@ ColorSelectButton::ColorSelectButton(QWidget* parent)
 {
     assertGuiThread();
     setFixedSize(kButtonSide, kButtonSide);
-    for (const QRgb rgb : kPalette)
+    for (const QRgb rgb : kPalette) {
         m_palette.append(QColor(rgb));
+    }
     m_color = m_palette.at(nextColorIndex);
     nextColorIndex = (nextColorIndex + 1) % m_palette.size();
     showCurrentColor();
@@ -42,12 +43,14 @@ void ColorSelectButton::showColorDialog()
     const QPointer<QColorDialog> dialog(new QColorDialog(m_color, this));
     dialog->setWindowTitle(tr("选择颜色"));
     dialog->exec();
-    if (!dialog)
+    if (!dialog) {
         return;
+    }
     const QColor color = dialog->selectedColor();
     delete dialog;
-    if (color.isValid())
+    if (color.isValid()) {
         updateButtonColor(color);
+    }
 }
 
 void ColorSelectButton::updateButtonColor(QColor color)
@@ -61,8 +64,9 @@ void ColorSelectButton::updateButtonColor(QColor color)
 void ColorSelectButton::showMenu()
 {
     assertGuiThread();
-    if (!m_menu)
+    if (!m_menu) {
         m_menu = buildMenu();
+    }
     // Nothing may follow this call: the button can be gone when it returns.
     m_menu->exec(mapToGlobal(QPoint(0, height())));
 }

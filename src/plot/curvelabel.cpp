@@ -67,8 +67,9 @@ void CurveLabel::mousePressEvent(QMouseEvent* event)
 void CurveLabel::mouseMoveEvent(QMouseEvent* event)
 {
     assertGuiThread();
-    if (!m_dragging)
+    if (!m_dragging) {
         return;
+    }
     const int deltaY = event->globalY() - m_lastY;
     m_lastX = event->globalX();
     m_lastY = event->globalY();

@@ -24,16 +24,18 @@ CurveOffsetController::CurveOffsetController(CCurvePlot* plot, QWidget* parent)
     m_labelLayer->setAttribute(Qt::WA_TranslucentBackground);
     m_labelLayer->setAutoFillBackground(false);
     m_labelLayer->setGeometry(rect());
-    if (m_plot)
+    if (m_plot) {
         connectPlot();
+    }
 }
 
 void CurveOffsetController::addCurveLabel(const QString& text, QwtPlotCurve* curve,
                                           const QColor& color, double baseValue)
 {
     assertGuiThread();
-    if (!curve || m_labels.contains(curve))
+    if (!curve || m_labels.contains(curve)) {
         return;
+    }
     m_baseValues[curve] = baseValue;
 
     auto* label = new CurveLabel(text, curve, m_labelLayer);
@@ -70,22 +72,25 @@ double CurveOffsetController::labelValue(QwtPlotCurve* curve) const
 void CurveOffsetController::hideCurveLabel(QwtPlotCurve* curve)
 {
     assertGuiThread();
-    if (CurveLabel* label = m_labels.value(curve))
+    if (CurveLabel* label = m_labels.value(curve)) {
         label->hide();
+    }
 }
 
 void CurveOffsetController::showCurveLabel(QwtPlotCurve* curve)
 {
     assertGuiThread();
-    if (CurveLabel* label = m_labels.value(curve))
+    if (CurveLabel* label = m_labels.value(curve)) {
         label->show();
+    }
 }
 
 void CurveOffsetController::setLabelColor(QwtPlotCurve* curve, const QColor& color)
 {
     assertGuiThread();
-    if (CurveLabel* label = m_labels.value(curve))
+    if (CurveLabel* label = m_labels.value(curve)) {
         label->setColor(color);
+    }
 }
 
 void CurveOffsetController::clearLabels()
@@ -105,11 +110,13 @@ void CurveOffsetController::clearLabels()
 void CurveOffsetController::setPlot(CCurvePlot* plot)
 {
     assertGuiThread();
-    if (m_plot && m_plot != plot)
+    if (m_plot && m_plot != plot) {
         disconnect(m_plot, nullptr, this, nullptr);
+    }
     m_plot = plot;
-    if (m_plot)
+    if (m_plot) {
         connectPlot();
+    }
 }
 
 QSize CurveOffsetController::minimumSizeHint() const
@@ -140,8 +147,9 @@ void CurveOffsetController::onDragStarted()
 void CurveOffsetController::onLabelDragged(int deltaY)
 {
     assertGuiThread();
-    if (!m_activeLabel || !m_activeLabel->curve())
+    if (!m_activeLabel || !m_activeLabel->curve()) {
         return;
+    }
     QwtPlotCurve* curve = m_activeLabel->curve();
     const double base = m_baseValues.value(curve, m_defaultBase);
     const int labelHeight = m_activeLabel->height();
@@ -183,9 +191,11 @@ void CurveOffsetController::onYAxisRangeChanged(double yMin, double yMax)
 
 void CurveOffsetController::placeLabels()
 {
-    for (auto it = m_labels.cbegin(); it != m_labels.cend(); ++it)
-        if (it.value())
+    for (auto it = m_labels.cbegin(); it != m_labels.cend(); ++it) {
+        if (it.value()) {
             placeLabel(it.key(), it.value());
+        }
+    }
 }
 
 void CurveOffsetController::placeLabel(QwtPlotCurve* curve, CurveLabel* label)
@@ -201,7 +211,8 @@ int CurveOffsetController::valueToPixel(double value, double base) const
 {
     const double share = (value + base - m_yMin) / (m_yMax - m_yMin);
     const double pixel = height() - std::trunc(share * height());
-    if (std::isnan(pixel))
+    if (std::isnan(pixel)) {
         return 0;
+    }
     return static_cast<int>(qBound(0.0, pixel, static_cast<double>(height())));
 }

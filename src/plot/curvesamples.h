@@ -34,8 +34,9 @@ public:
     /// The same with the reading as y.
     QPointF raw(int index) const
     {
-        if (index < m_pointCount)
+        if (index < m_pointCount) {
             return {m_points[index].x(), m_series->rawValue(index)};
+        }
         return m_data->sample(static_cast<size_t>(index));
     }
 

@@ -5,7 +5,6 @@
 #include "plot/curvesamples.h"
 
 #include <QDateTime>
-
 #include <qwt_plot.h>
 #include <qwt_plot_curve.h>
 #include <qwt_scale_map.h>
@@ -28,10 +27,12 @@ constexpr int kPixelLimit = 1 << 30;
 int toPixel(const QwtScaleMap& map, double value)
 {
     const double pixel = map.transform(value);
-    if (!(pixel > -kPixelLimit))
+    if (!(pixel > -kPixelLimit)) {
         return -kPixelLimit;
-    if (!(pixel < kPixelLimit))
+    }
+    if (!(pixel < kPixelLimit)) {
         return kPixelLimit;
+    }
     return static_cast<int>(pixel);
 }
 
@@ -62,8 +63,9 @@ public:
         for (int index = 0; index < samples.count(); ++index) {
             const QPointF sample = samples.display(index);
             const qint64 dx = toPixel(m_xMap, sample.x()) - qint64(m_x);
-            if (dx * dx >= best)
+            if (dx * dx >= best) {
                 continue;
+            }
             const qint64 dy = toPixel(m_yMap, sample.y()) - qint64(m_y);
             best = qMin(best, dx * dx + dy * dy);
         }
@@ -92,8 +94,9 @@ int nearestInDataUnits(const CurveSamples& samples, const QPointF& pos)
     for (int index = 0; index < samples.count(); ++index) {
         const QPointF away = samples.raw(index) - pos;
         const double candidate = away.x() * away.x() + away.y() * away.y();
-        if (!(candidate < square))
+        if (!(candidate < square)) {
             continue;
+        }
         // Two squares can have the same root: it is the roots that decide.
         const double root = std::sqrt(candidate);
         if (root < distance) {
@@ -157,16 +160,19 @@ QwtPlotCurve* CurveTracker::nearestCurve(const QPointF& pos, double* distance) c
 {
     assertGuiThread();
     *distance = kNoDistance;
-    if (!plot())
+    if (!plot()) {
         return nullptr;
+    }
     PixelSearch search(plot()->canvasMap(xAxis()), plot()->canvasMap(yAxis()), pos);
-    if (!search.isOnScreen())
+    if (!search.isOnScreen()) {
         return nullptr;
+    }
     QwtPlotCurve* nearest = nullptr;
     for (QwtPlotCurve* curve : m_curves) {
         if (curve && curve->isVisible() && curve->plot() == plot() &&
-            search.offer(CurveSamples(curve)))
+            search.offer(CurveSamples(curve))) {
             nearest = curve;
+        }
     }
     *distance = search.distance();
     return nearest;
@@ -177,8 +183,9 @@ QwtText CurveTracker::trackerTextF(const QPointF& pos) const
     assertGuiThread();
     double distance = 0.0;
     const QwtPlotCurve* curve = nearestCurve(pos, &distance);
-    if (!curve || !(distance < kPickDistancePixels))
+    if (!curve || !(distance < kPickDistancePixels)) {
         return QwtText();
+    }
     const CurveSamples samples(curve);
     const int index = nearestInDataUnits(samples, pos);
     const QPointF sample = index >= 0 ? samples.raw(index) : QPointF();

@@ -1,7 +1,6 @@
 #pragma once
 
 #include <QList>
-
 #include <qwt_plot_picker.h>
 
 class QwtPlotCurve;

@@ -44,8 +44,9 @@ CustomMdiSubWindow::~CustomMdiSubWindow()
 {
     assertGuiThread();
     const QList<QWidget*> widgets = m_holder->findChildren<QWidget*>();
-    for (QWidget* widget : widgets)
+    for (QWidget* widget : widgets) {
         widget->removeEventFilter(this);
+    }
     m_holder->removeEventFilter(this);
 
     m_titleBar->disconnect(this);
@@ -65,11 +66,13 @@ void CustomMdiSubWindow::setTitle(const QString& title)
 void CustomMdiSubWindow::setContentWidget(QWidget* widget)
 {
     assertGuiThread();
-    if (!widget)
+    if (!widget) {
         return;
+    }
     m_contentWidget = widget;
-    if (m_contentLayout->indexOf(widget) != -1)
+    if (m_contentLayout->indexOf(widget) != -1) {
         return;
+    }
     m_contentLayout->addWidget(widget);
     watch(widget);
 }
@@ -77,8 +80,9 @@ void CustomMdiSubWindow::setContentWidget(QWidget* widget)
 void CustomMdiSubWindow::activate()
 {
     assertGuiThread();
-    if (QMdiArea* area = mdiArea())
+    if (QMdiArea* area = mdiArea()) {
         area->setActiveSubWindow(this);
+    }
 }
 
 bool CustomMdiSubWindow::eventFilter(QObject* watched, QEvent* event)
@@ -97,8 +101,9 @@ bool CustomMdiSubWindow::eventFilter(QObject* watched, QEvent* event)
 void CustomMdiSubWindow::mousePressEvent(QMouseEvent* event)
 {
     assertGuiThread();
-    if (event->button() != Qt::LeftButton)
+    if (event->button() != Qt::LeftButton) {
         return;
+    }
     if (!isOnTitleBar(event->globalPos())) {
         QMdiSubWindow::mousePressEvent(event);
         return;
@@ -113,8 +118,9 @@ void CustomMdiSubWindow::mousePressEvent(QMouseEvent* event)
 void CustomMdiSubWindow::mouseReleaseEvent(QMouseEvent* event)
 {
     assertGuiThread();
-    if (event->button() == Qt::LeftButton)
+    if (event->button() == Qt::LeftButton) {
         m_dragging = false;
+    }
     QMdiSubWindow::mouseReleaseEvent(event);
 }
 
@@ -164,8 +170,9 @@ void CustomMdiSubWindow::showEvent(QShowEvent* event)
 {
     assertGuiThread();
     QMdiSubWindow::showEvent(event);
-    if (!m_collapsed)
+    if (!m_collapsed) {
         m_normalGeometry = frameGeometry();
+    }
 }
 
 void CustomMdiSubWindow::changeEvent(QEvent* event)
@@ -181,10 +188,12 @@ void CustomMdiSubWindow::changeEvent(QEvent* event)
 void CustomMdiSubWindow::onMaximizeClicked()
 {
     assertGuiThread();
-    if (m_collapsed)
+    if (m_collapsed) {
         return;
-    if (isMaximized())
+    }
+    if (isMaximized()) {
         showNormal();
+    }
     m_normalGeometry = frameGeometry();
     const QPoint corner = heldToPositive(m_normalGeometry.topLeft());
     setGeometry(QRect(corner, corner + QPoint(kTileReach, kTileReach)));
@@ -248,8 +257,9 @@ void CustomMdiSubWindow::watch(QWidget* root)
 {
     root->installEventFilter(this);
     const QList<QWidget*> widgets = root->findChildren<QWidget*>();
-    for (QWidget* widget : widgets)
+    for (QWidget* widget : widgets) {
         widget->installEventFilter(this);
+    }
 }
 
 void CustomMdiSubWindow::openTile()
@@ -270,8 +280,9 @@ void CustomMdiSubWindow::takeFocusFromPress()
     QWidget* target = QApplication::focusWidget();
     setFocus();
     activate();
-    if (target && isAncestorOf(target) && !target->hasFocus())
+    if (target && isAncestorOf(target) && !target->hasFocus()) {
         target->setFocus(Qt::MouseFocusReason);
+    }
 }
 
 bool CustomMdiSubWindow::isOnTitleBar(const QPoint& globalPos) const
@@ -288,8 +299,9 @@ QPoint CustomMdiSubWindow::heldInArea(QPoint topLeft) const
         area ? area->contentsRect() : QApplication::primaryScreen()->availableGeometry();
     const int y = qMin(qMax(topLeft.y(), bounds.top()), bounds.bottom() - kKeptInView);
     int x = topLeft.x();
-    if (x + width() <= kKeptInView)
+    if (x + width() <= kKeptInView) {
         x = kKeptInView - width();
+    }
     x = qMin(x, bounds.right() - kKeptInView);
     return {x, y};
 }

@@ -3,7 +3,6 @@
 #include "common/threadassert.h"
 
 #include <QMouseEvent>
-
 #include <qwt_plot.h>
 #include <qwt_scale_div.h>
 #include <qwt_scale_map.h>
@@ -48,8 +47,9 @@ void CustomPanner::widgetMousePressEvent(QMouseEvent* event)
     m_lastY = qRound(event->localPos().y());
     m_accumX = 0;
     m_accumY = 0;
-    if (plot())
+    if (plot()) {
         readTimeAxis();
+    }
     QwtPlotPanner::widgetMousePressEvent(event);
     // The base lays a snapshot of the canvas over it, which would hide the live moves, and moves the
     // axes once more at the release if the snapshot is still there then.
@@ -64,8 +64,9 @@ void CustomPanner::readTimeAxis()
     m_startUpper = scale.upperBound();
 
     const QList<double> minorTicks = scale.ticks(QwtScaleDiv::MinorTick);
-    if (minorTicks.size() >= 2)
+    if (minorTicks.size() >= 2) {
         m_stepSize = meanGap(minorTicks);
+    }
 
     const QList<double> majorTicks = scale.ticks(QwtScaleDiv::MajorTick);
     if (!(m_stepSize > 0.0) && majorTicks.size() >= 2) {
@@ -73,8 +74,9 @@ void CustomPanner::readTimeAxis()
         m_stepSize = gap > 0.0 ? gap / kStepsPerMajorGap : gap;
     }
 
-    if (!(m_stepSize > 0.0))
+    if (!(m_stepSize > 0.0)) {
         m_stepSize = (m_startUpper - m_startLower) / kStepsPerRange;
+    }
 }
 
 void CustomPanner::widgetMouseMoveEvent(QMouseEvent* event)
@@ -102,8 +104,9 @@ void CustomPanner::widgetMouseReleaseEvent(QMouseEvent* event)
     m_dragging = false;
     QwtPlotPanner::widgetMouseReleaseEvent(event);
     // What is left of the drag is applied here and forgotten only by the next press.
-    if (m_accumX != 0)
+    if (m_accumX != 0) {
         moveCanvas(m_accumX, 0);
+    }
 }
 
 void CustomPanner::moveCanvas(int dx, int dy)
@@ -115,8 +118,9 @@ void CustomPanner::moveCanvas(int dx, int dy)
     }
     const QwtScaleMap timeMap = plot()->canvasMap(QwtPlot::xBottom);
     const double delta = timeMap.invTransform(0) - timeMap.invTransform(dx);
-    if (delta == 0.0)
+    if (delta == 0.0) {
         return;
+    }
     const double steps = std::ceil(std::abs(delta) / m_stepSize);
     const double shift = std::copysign(steps * m_stepSize, delta);
     const double lower = m_startLower + shift;

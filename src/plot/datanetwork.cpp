@@ -53,8 +53,9 @@ DataNetwork::DataNetwork(QWidget* parent)
 void DataNetwork::setChannelList(const QStringList& items)
 {
     assertGuiThread();
-    if (items.isEmpty())
+    if (items.isEmpty()) {
         return;
+    }
     for (int row = 0; row < m_table->rowCount(); ++row) {
         if (QComboBox* combo = comboOfRow(row)) {
             const QSignalBlocker blocker(combo);
@@ -69,8 +70,9 @@ void DataNetwork::refreshRows()
     assertGuiThread();
     for (int row = 0; row < m_table->rowCount(); ++row) {
         const QComboBox* combo = comboOfRow(row);
-        if (combo && combo->currentIndex() > 0)
+        if (combo && combo->currentIndex() > 0) {
             refreshRow(row);
+        }
     }
 }
 
@@ -78,8 +80,9 @@ void DataNetwork::onChannelChanged(int index)
 {
     assertGuiThread();
     const auto* combo = qobject_cast<QComboBox*>(sender());
-    if (index < 0 || !combo)
+    if (index < 0 || !combo) {
         return;
+    }
     for (int row = 0; row < m_table->rowCount(); ++row) {
         if (m_table->cellWidget(row, ChannelColumn) == combo) {
             refreshRow(row);
@@ -100,8 +103,9 @@ void DataNetwork::buildTable()
     // which takes longer than writing it.
     m_table->verticalHeader()->setDefaultSectionSize(2 * m_table->fontMetrics().lineSpacing() +
                                                      kRowPadding);
-    for (int row = 0; row < kRowCount; ++row)
+    for (int row = 0; row < kRowCount; ++row) {
         buildRow(row);
+    }
 }
 
 void DataNetwork::buildRow(int row)
@@ -120,8 +124,9 @@ void DataNetwork::buildRow(int row)
     connect(combo, qOverload<int>(&QComboBox::activated), this, &DataNetwork::onChannelChanged);
     m_table->setCellWidget(row, ChannelColumn, combo);
 
-    for (int column = ReadingColumn; column < ColumnCount; ++column)
+    for (int column = ReadingColumn; column < ColumnCount; ++column) {
         m_table->setItem(row, column, new QTableWidgetItem(QString()));
+    }
 }
 
 QComboBox* DataNetwork::comboOfRow(int row) const
@@ -132,18 +137,21 @@ QComboBox* DataNetwork::comboOfRow(int row) const
 void DataNetwork::refreshRow(int row)
 {
     const QComboBox* combo = comboOfRow(row);
-    if (!combo)
+    if (!combo) {
         return;
+    }
     const QString text = combo->currentText();
     if (text == noChannel()) {
-        for (int column = ReadingColumn; column < ColumnCount; ++column)
+        for (int column = ReadingColumn; column < ColumnCount; ++column) {
             writeCell(row, column, QString());
+        }
         return;
     }
     const int channel = text.section(QLatin1Char('('), 0, 0).toInt();
     const std::shared_ptr<CurveSeriesData> series = g_curveSeries.value(channel);
-    if (!series)
+    if (!series) {
         return;
+    }
     writeCell(row, ReadingColumn, valueText(series->lastValue()));
     writeCell(row, TimeColumn, series->lastTimeText());
     writeCell(row, MinimumColumn, valueText(series->minimum()));
@@ -153,6 +161,7 @@ void DataNetwork::refreshRow(int row)
 
 void DataNetwork::writeCell(int row, int column, const QString& text)
 {
-    if (QTableWidgetItem* item = m_table->item(row, column))
+    if (QTableWidgetItem* item = m_table->item(row, column)) {
         item->setData(Qt::EditRole, text);
+    }
 }

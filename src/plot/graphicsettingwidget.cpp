@@ -71,8 +71,9 @@ void GraphicSettingWidget::rebuildChannelLists()
     const QList<QMdiSubWindow*> windows = m_mdiArea->subWindowList();
     for (QMdiSubWindow* subWindow : windows) {
         auto* window = qobject_cast<CustomMdiSubWindow*>(subWindow);
-        if (!window)
+        if (!window) {
             continue;
+        }
         QWidget* content = m_subWindows[window];
         if (auto* chart = qobject_cast<BarChartWidget*>(content)) {
             chart->clearChart();
@@ -98,33 +99,40 @@ void GraphicSettingWidget::recvDataNetworkBtnSlots()
 void GraphicSettingWidget::onSubWindowActivated(QMdiSubWindow* subWindow)
 {
     assertGuiThread();
-    if (!subWindow)
+    if (!subWindow) {
         return;
+    }
     const QList<QMdiSubWindow*> windows = m_mdiArea->subWindowList();
-    for (QMdiSubWindow* window : windows)
-        if (qobject_cast<CustomMdiSubWindow*>(window))
+    for (QMdiSubWindow* window : windows) {
+        if (qobject_cast<CustomMdiSubWindow*>(window)) {
             window->update();
+        }
+    }
 }
 
 void GraphicSettingWidget::refreshCurveSeriesDataSlot(QList<MeasurementData> dataList)
 {
     assertGuiThread();
-    if (!dataList.isEmpty())
+    if (!dataList.isEmpty()) {
         registerSeriesAgain();
+    }
     for (const MeasurementData& reading : qAsConst(dataList)) {
-        if (const auto series = g_curveSeries.value(reading.channel))
+        if (const auto series = g_curveSeries.value(reading.channel)) {
             series->addPoint(static_cast<double>(reading.time.toMSecsSinceEpoch()), reading.value);
+        }
     }
     const QList<QMdiSubWindow*> windows = m_mdiArea->subWindowList();
-    if (dataList.isEmpty() || windows.isEmpty())
+    if (dataList.isEmpty() || windows.isEmpty()) {
         return;
+    }
     const qint64 lastTime = dataList.constLast().time.toMSecsSinceEpoch();
     for (QMdiSubWindow* subWindow : windows) {
         QWidget* content = m_subWindows.value(qobject_cast<CustomMdiSubWindow*>(subWindow));
-        if (auto* chart = qobject_cast<BarChartWidget*>(content))
+        if (auto* chart = qobject_cast<BarChartWidget*>(content)) {
             chart->onNewSample(lastTime);
-        else if (auto* grid = qobject_cast<DataNetwork*>(content))
+        } else if (auto* grid = qobject_cast<DataNetwork*>(content)) {
             grid->refreshRows();
+        }
     }
 }
 
@@ -132,14 +140,17 @@ void GraphicSettingWidget::refreshCurveSeriesDataSlot(QList<MeasurementData> dat
 /// Where one is refused the others are not asked for: each might wait for the store.
 void GraphicSettingWidget::registerSeriesAgain()
 {
-    if (m_sinceRegistration.isValid() && !m_sinceRegistration.hasExpired(kRegistrationIntervalMs))
+    if (m_sinceRegistration.isValid() && !m_sinceRegistration.hasExpired(kRegistrationIntervalMs)) {
         return;
+    }
     for (const auto& series : qAsConst(g_curveSeries)) {
-        if (!series || series->curveId() != -1)
+        if (!series || series->curveId() != -1) {
             continue;
+        }
         m_sinceRegistration.start();
-        if (!series->registerAgain())
+        if (!series->registerAgain()) {
             return;
+        }
     }
 }
 
@@ -202,8 +213,9 @@ void GraphicSettingWidget::openWindow(const QString& iconPath, const QString& ti
 void GraphicSettingWidget::forgetWindowWhenDestroyed(CustomMdiSubWindow* window)
 {
     connect(window, &QObject::destroyed, this, [this, window] {
-        if (m_subWindows.remove(window) > 0)
+        if (m_subWindows.remove(window) > 0) {
             qDebug() << "子窗口已销毁，已从map中移除";
+        }
     });
 }
 
@@ -211,8 +223,10 @@ void GraphicSettingWidget::forgetWindowWhenDestroyed(CustomMdiSubWindow* window)
 QStringList GraphicSettingWidget::channelList() const
 {
     QStringList items{tr("无")};
-    for (auto it = g_scanChannels.cbegin(); it != g_scanChannels.cend(); ++it)
-        if (!it.value().isEmpty())
+    for (auto it = g_scanChannels.cbegin(); it != g_scanChannels.cend(); ++it) {
+        if (!it.value().isEmpty()) {
             items.append(QStringLiteral("%1(%2)").arg(QString::number(it.key()), it.value()));
+        }
+    }
     return items;
 }

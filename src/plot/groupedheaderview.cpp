@@ -60,8 +60,9 @@ void GroupedHeaderView::paintSection(QPainter* painter, const QRect& rect, int l
 
     painter->save();
     painter->fillRect(rect, QColor(kSectionColor));
-    if (const HeaderGroup* group = groupOf(logicalIndex))
+    if (const HeaderGroup* group = groupOf(logicalIndex)) {
         paintGroup(painter, *group, rect.top(), lineY);
+    }
     painter->setPen(
         QPen(QColor(kLineColor), kLineWidth, Qt::SolidLine, Qt::SquareCap, Qt::BevelJoin));
     painter->drawLine(rect.left(), lineY, rect.right(), lineY);

@@ -4,7 +4,6 @@
 #include "plot/curvesamples.h"
 
 #include <QPainter>
-
 #include <qwt_clipper.h>
 #include <qwt_painter.h>
 #include <qwt_scale_map.h>
@@ -23,8 +22,9 @@ constexpr double kFarPixels = 1e200;
 /// Rounds as the base does. The detour over an int spares a call for each coordinate.
 double rounded(double pixel)
 {
-    if (std::abs(pixel) < kIntPixels)
+    if (std::abs(pixel) < kIntPixels) {
         return static_cast<int>(pixel < 0.0 ? pixel - 0.5 : pixel + 0.5);
+    }
     const double held = qBound(-kFarPixels, pixel, kFarPixels);
     return held < 0.0 ? std::ceil(held - 0.5) : std::floor(held + 0.5);
 }
@@ -91,8 +91,9 @@ void SeriesCurve::drawLines(QPainter* painter, const QwtScaleMap& xMap, const Qw
                             const QRectF& canvasRect, int from, int to) const
 {
     assertGuiThread();
-    if (from > to)
+    if (from > to) {
         return;
+    }
     if (!isPlainLine(painter, xMap, yMap)) {
         QwtPlotCurve::drawLines(painter, xMap, yMap, canvasRect, from, to);
         return;
@@ -102,7 +103,8 @@ void SeriesCurve::drawLines(QPainter* painter, const QwtScaleMap& xMap, const Qw
     bool inside = false;
     QPolygonF line = pixelLine(CurveSamples(this), LinearScale(xMap), LinearScale(yMap), from, to,
                                clipRect, &inside);
-    if (!inside)
+    if (!inside) {
         line = QwtClipper::clipPolygonF(clipRect, line, false);
+    }
     QwtPainter::drawPolyline(painter, line);
 }

@@ -34,16 +34,18 @@ LockRegistry& lockRegistry()
 
 void dropUnused(QHash<QString, std::weak_ptr<ConnectionMutex>>& locks)
 {
-    for (auto it = locks.begin(); it != locks.end();)
+    for (auto it = locks.begin(); it != locks.end();) {
         it = it.value().expired() ? locks.erase(it) : std::next(it);
+    }
 }
 
 } // namespace
 
 void ConnectionMutex::lock()
 {
-    if (m_mutex.tryLock())
+    if (m_mutex.tryLock()) {
         return;
+    }
     m_waiting.fetch_add(1, std::memory_order_relaxed);
     m_mutex.lock();
     m_waiting.fetch_sub(1, std::memory_order_relaxed);
@@ -55,8 +57,9 @@ void ConnectionMutex::letOthersIn() const
     const qint64 begin = monotonicNs();
     for (qint64 now = begin; now - begin < kLongestYieldNs; now = monotonicNs()) {
         if (m_waiting.load(std::memory_order_relaxed) == 0 &&
-            now - m_lastWaitNs.load(std::memory_order_relaxed) >= kNotDoneNs)
+            now - m_lastWaitNs.load(std::memory_order_relaxed) >= kNotDoneNs) {
             return;
+        }
         QThread::usleep(kYieldUs);
     }
 }
@@ -65,8 +68,9 @@ std::shared_ptr<ConnectionMutex> connectionMutex(const QString& connectionName)
 {
     LockRegistry& registry = lockRegistry();
     const QMutexLocker locker(&registry.mutex);
-    if (auto known = registry.locks.value(connectionName).lock())
+    if (auto known = registry.locks.value(connectionName).lock()) {
         return known;
+    }
     dropUnused(registry.locks);
     auto created = std::make_shared<ConnectionMutex>();
     registry.locks.insert(connectionName, created);

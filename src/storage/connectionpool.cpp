@@ -90,14 +90,16 @@ ConnectionPool::ConnectionPool()
 {
     m_expiryTimer.setInterval(kExpiryIntervalMs);
     connect(&m_expiryTimer, &QTimer::timeout, this, &ConnectionPool::cleanExpiredConnections);
-    if (auto* application = QCoreApplication::instance())
+    if (auto* application = QCoreApplication::instance()) {
         moveToThread(application->thread());
+    }
     // A timer runs on the thread that starts it, which has to be one with an event loop.
-    if (thread() == QThread::currentThread())
+    if (thread() == QThread::currentThread()) {
         m_expiryTimer.start();
-    else
+    } else {
         QMetaObject::invokeMethod(&m_expiryTimer, qOverload<>(&QTimer::start),
                                   Qt::QueuedConnection);
+    }
 }
 
 ConnectionPool& ConnectionPool::instance()
@@ -130,29 +132,35 @@ QSharedPointer<QSqlDatabase> ConnectionPool::acquireConnection(const QString& pa
     const auto pooled = [this, &path]() -> QSharedPointer<QSqlDatabase> {
         const auto entry = m_connections.find(path);
         if (entry == m_connections.end() || !entry->connection ||
-            entry->file != fileIdentity(path) || !validateConnection(*entry->connection))
+            entry->file != fileIdentity(path) || !validateConnection(*entry->connection)) {
             return {};
+        }
         entry->lastUse = storeNow();
         return lend(*entry);
     };
-    if (auto connection = pooled())
+    if (auto connection = pooled()) {
         return connection;
+    }
     if (m_connections.contains(path)) {
         qDebug() << "连接无效，重新创建：" << path;
-        if (m_connections.value(path).file == fileIdentity(path))
+        if (m_connections.value(path).file == fileIdentity(path)) {
             closeConnection(path, true);
-        else
+        } else {
             discardLocked(path);
+        }
         // Closing gives up the mutex: somebody may have opened the path meanwhile.
-        if (auto connection = pooled())
+        if (auto connection = pooled()) {
             return connection;
+        }
     }
-    if (m_connections.size() >= kMaxConnections)
+    if (m_connections.size() >= kMaxConnections) {
         evictOldestLocked();
+    }
 
     QSqlDatabase created = createConnection(path);
-    if (!created.isOpen())
+    if (!created.isOpen()) {
         return {};
+    }
     ConnectionInfo info;
     info.connection = QSharedPointer<QSqlDatabase>::create(created);
     info.lastUse = storeNow();
@@ -166,8 +174,9 @@ void ConnectionPool::releaseConnection(const QString& path)
 {
     const QMutexLocker locker(&m_mutex);
     const auto entry = m_connections.find(path);
-    if (entry != m_connections.end())
+    if (entry != m_connections.end()) {
         entry->lastUse = storeNow();
+    }
 }
 
 void ConnectionPool::removeConnection(const QString& path)
@@ -178,8 +187,9 @@ void ConnectionPool::removeConnection(const QString& path)
 
 void ConnectionPool::closeConnection(const QString& path, bool alreadyLocked)
 {
-    if (!alreadyLocked)
+    if (!alreadyLocked) {
         m_mutex.lock();
+    }
     ConnectionInfo info;
     const bool taken = takeEntry(path, &info);
     m_mutex.unlock();
@@ -198,8 +208,9 @@ void ConnectionPool::closeConnection(const QString& path, bool alreadyLocked)
             qDebug() << "连接名已不存在:" << name;
         }
     }
-    if (alreadyLocked)
+    if (alreadyLocked) {
         m_mutex.lock();
+    }
 }
 
 void ConnectionPool::discardConnection(const QString& path)
@@ -211,8 +222,9 @@ void ConnectionPool::discardConnection(const QString& path)
 void ConnectionPool::discardLocked(const QString& path)
 {
     ConnectionInfo info;
-    if (!takeEntry(path, &info))
+    if (!takeEntry(path, &info)) {
         return;
+    }
     const QString name = info.connection->connectionName();
     QueryManager::instance().finishQueries(name);
     {
@@ -254,14 +266,17 @@ void ConnectionPool::evictOldestLocked()
 {
     auto oldest = m_connections.constEnd();
     for (auto it = m_connections.constBegin(); it != m_connections.constEnd(); ++it) {
-        if (*it->holders > 0)
+        if (*it->holders > 0) {
             continue; // in use: the pool rather grows
-        if (oldest == m_connections.constEnd() || it->lastUse < oldest->lastUse)
+        }
+        if (oldest == m_connections.constEnd() || it->lastUse < oldest->lastUse) {
             oldest = it;
+        }
     }
     ConnectionInfo info;
-    if (oldest == m_connections.constEnd() || !takeEntry(QString(oldest.key()), &info))
+    if (oldest == m_connections.constEnd() || !takeEntry(QString(oldest.key()), &info)) {
         return;
+    }
     const QString name = info.connection->connectionName();
     setBusyTimeout(*info.connection, 0);
     foldAndClose(*info.connection);
@@ -280,20 +295,24 @@ void ConnectionPool::closeForExit(QDeadlineTimer deadline)
     // long leaves its file as a killed program does.
     for (;;) {
         QMap<QString, ConnectionInfo> connections;
-        if (!lockInTime())
+        if (!lockInTime()) {
             return;
+        }
         connections.swap(m_connections);
-        if (connections.isEmpty())
+        if (connections.isEmpty()) {
             break;
+        }
         m_mutex.unlock();
         for (ConnectionInfo& info : connections) {
             const QString name = info.connection->connectionName();
-            if (!closeByDeadline(info, deadline))
+            if (!closeByDeadline(info, deadline)) {
                 stillOpen.append(name);
+            }
         }
     }
-    if (m_expiryTimer.thread() == QThread::currentThread())
+    if (m_expiryTimer.thread() == QThread::currentThread()) {
         m_expiryTimer.stop();
+    }
     purgeRetiredLocked();
     removeNamesExcept(stillOpen);
     m_mutex.unlock();
@@ -304,12 +323,14 @@ void ConnectionPool::closeForExit(QDeadlineTimer deadline)
 void ConnectionPool::removeNamesExcept(const QStringList& stillOpen)
 {
     QStringList kept = stillOpen;
-    for (const RetiredConnection& connection : qAsConst(m_retired))
+    for (const RetiredConnection& connection : qAsConst(m_retired)) {
         kept.append(connection.name);
+    }
     const QStringList names = QSqlDatabase::connectionNames();
     for (const QString& name : names) {
-        if (name.startsWith(kNamePrefix) && !kept.contains(name))
+        if (name.startsWith(kNamePrefix) && !kept.contains(name)) {
             QSqlDatabase::removeDatabase(name);
+        }
     }
 }
 
@@ -338,8 +359,9 @@ void ConnectionPool::cleanExpiredConnections()
     const qint64 now = storeNow();
     QStringList expired;
     for (auto it = m_connections.constBegin(); it != m_connections.constEnd(); ++it) {
-        if (now - it->lastUse > kIdleLimitMs && *it->holders == 0)
+        if (now - it->lastUse > kIdleLimitMs && *it->holders == 0) {
             expired.append(it.key());
+        }
     }
     for (const QString& path : qAsConst(expired)) {
         closeExpired(path, m_connections[path]);
@@ -396,10 +418,11 @@ QSqlDatabase ConnectionPool::createConnection(const QString& path)
         QSqlDatabase database = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), name);
         database.setDatabaseName(path);
         if (database.open()) {
-            if (dateKeyFromPath(path) == todayKey())
+            if (dateKeyFromPath(path) == todayKey()) {
                 setUpWriter(database);
-            else
+            } else {
                 setUpReader(database);
+            }
             return database;
         }
         error = database.lastError().text();
@@ -425,9 +448,10 @@ void ConnectionPool::setUpWriter(const QSqlDatabase& database)
 
 void ConnectionPool::setUpReader(const QSqlDatabase& database)
 {
-    if (execPragmaChecked(database, kJournalDelete, QStringLiteral("DELETE")))
+    if (execPragmaChecked(database, kJournalDelete, QStringLiteral("DELETE"))) {
         execPragmaChecked(database, QStringLiteral("PRAGMA wal_checkpoint(FULL)"),
                           QStringLiteral("0"));
+    }
     execPragmaChecked(database, QStringLiteral("PRAGMA synchronous = OFF"), QStringLiteral("OFF"));
     execPragmaChecked(database, QStringLiteral("PRAGMA foreign_keys = ON"), QStringLiteral("1"));
 }
@@ -440,8 +464,9 @@ bool ConnectionPool::execPragmaChecked(const QSqlDatabase& database, const QStri
         qWarning() << "执行PRAGMA失败：" << sql << " 错误：" << query.errorText();
         return false;
     }
-    if (expected.isEmpty() || !query.next())
+    if (expected.isEmpty() || !query.next()) {
         return true;
+    }
     const QString actual = query.value(0).toString();
     if (actual.toLower() != expected.toLower()) {
         qWarning() << "PRAGMA结果不匹配：" << sql << " 预期：" << expected << " 实际：" << actual;
@@ -452,8 +477,9 @@ bool ConnectionPool::execPragmaChecked(const QSqlDatabase& database, const QStri
 
 bool ConnectionPool::validateConnection(const QSqlDatabase& database)
 {
-    if (!database.isOpen())
+    if (!database.isOpen()) {
         return false;
+    }
     ManagedQuery query(database);
     if (!query.exec(QStringLiteral("SELECT 1"))) {
         qDebug() << "连接验证失败：" << database.connectionName() << "错误：" << query.errorText();
@@ -465,8 +491,9 @@ bool ConnectionPool::validateConnection(const QSqlDatabase& database)
 /// Takes an entry out of the map; false if there is none that holds a connection.
 bool ConnectionPool::takeEntry(const QString& path, ConnectionInfo* info)
 {
-    if (!m_connections.contains(path))
+    if (!m_connections.contains(path)) {
         return false;
+    }
     *info = m_connections.take(path);
     return !info->connection.isNull();
 }
@@ -474,8 +501,9 @@ bool ConnectionPool::takeEntry(const QString& path, ConnectionInfo* info)
 void ConnectionPool::foldAndClose(QSqlDatabase& database)
 {
     const ConnectionLocker locker(database);
-    if (!database.isOpen())
+    if (!database.isOpen()) {
         return;
+    }
     // A query begun during the wait would keep the journal from being switched.
     QueryManager::instance().finishQueries(database.connectionName());
     ManagedQuery(database).exec(kCheckpointTruncate);
@@ -491,8 +519,9 @@ bool ConnectionPool::closeByDeadline(ConnectionInfo& info, const QDeadlineTimer&
         return static_cast<int>(std::max<qint64>(deadline.remainingTime(), 0));
     };
     const QString name = info.connection->connectionName();
-    if (!info.mutex->tryLock(remaining()))
+    if (!info.mutex->tryLock(remaining())) {
         return false;
+    }
     QueryManager::instance().finishQueries(name);
     // Two statements follow that each may wait for a lock.
     setBusyTimeout(*info.connection, remaining() / 2);

@@ -64,11 +64,13 @@ bool saysMissingTable(const QString& errorText)
 
 CurveDataDB* CurveDataDB::instance(const QString& directoryName)
 {
-    if (CurveDataDB* store = g_instance.load(std::memory_order_acquire))
+    if (CurveDataDB* store = g_instance.load(std::memory_order_acquire)) {
         return store;
+    }
     const QMutexLocker locker(&g_instanceMutex);
-    if (CurveDataDB* store = g_instance.load(std::memory_order_acquire))
+    if (CurveDataDB* store = g_instance.load(std::memory_order_acquire)) {
         return store;
+    }
     const QDir applicationDir(QCoreApplication::applicationDirPath());
     auto* store = new CurveDataDB(applicationDir.filePath(
         directoryName.isEmpty() ? QStringLiteral("curve_data") : directoryName));
@@ -80,8 +82,9 @@ CurveDataDB* CurveDataDB::instance(const QString& directoryName)
 
 void CurveDataDB::shutdown()
 {
-    if (CurveDataDB* store = g_instance.load(std::memory_order_acquire))
+    if (CurveDataDB* store = g_instance.load(std::memory_order_acquire)) {
         store->closeForExit(QDeadlineTimer(kShutdownBudgetMs));
+    }
 }
 
 CurveDataDB::CurveDataDB(const QString& dataDirectory, QObject* parent)
@@ -91,8 +94,9 @@ CurveDataDB::CurveDataDB(const QString& dataDirectory, QObject* parent)
     qRegisterMetaType<DBBatchInfo>("DBBatchInfo");
     qRegisterMetaType<DBCurveMetadata>("DBCurveMetadata");
     qRegisterMetaType<QSharedPointer<QSqlDatabase>>("QSharedPointer<QSqlDatabase>");
-    if (!isLinkedDirectory(m_dataDir) && !QDir().mkpath(m_dataDir))
+    if (!isLinkedDirectory(m_dataDir) && !QDir().mkpath(m_dataDir)) {
         qCritical() << "创建数据目录失败:" << m_dataDir;
+    }
     const QMutexLocker locker(&m_mutex);
     ensureCurrentDb();
 }
@@ -100,8 +104,9 @@ CurveDataDB::CurveDataDB(const QString& dataDirectory, QObject* parent)
 CurveDataDB::~CurveDataDB()
 {
     stopClearThreads(kClearThreadWaitMs);
-    if (m_closedForExit)
+    if (m_closedForExit) {
         return;
+    }
     flushAndDetach();
     closeAllForClear();
     ConnectionPool::instance().closeAllConnections();
@@ -109,12 +114,14 @@ CurveDataDB::~CurveDataDB()
 
 void CurveDataDB::closeForExit(QDeadlineTimer deadline)
 {
-    if (m_closedForExit.exchange(true))
+    if (m_closedForExit.exchange(true)) {
         return;
+    }
     const auto remaining = [&deadline] { return std::max<qint64>(deadline.remainingTime(), 0); };
     const auto threads = findChildren<QThread*>(QString(), Qt::FindDirectChildrenOnly);
-    for (QThread* thread : threads)
+    for (QThread* thread : threads) {
         thread->requestInterruption();
+    }
     stopClearThreads(remaining() / 2);
 
     if (m_mutex.tryLock(static_cast<int>(remaining() / 2))) {
@@ -152,8 +159,9 @@ QString CurveDataDB::todayDbPath() const
 
 QSharedPointer<QSqlDatabase> CurveDataDB::openDb(const QString& path)
 {
-    if (m_closedForExit)
+    if (m_closedForExit) {
         return {};
+    }
     if (m_clearing) {
         qWarning() << "正在清理数据库，禁止打开新连接：" << path;
         return {};
@@ -187,17 +195,21 @@ int CurveDataDB::enlistCurve(const QString& name, NewCurve newCurve)
 {
     const LockPatience patience;
     ensureCurrentDb();
-    if (!isCurrentOpen() && !reopenCurrentDb())
+    if (!isCurrentOpen() && !reopenCurrentDb()) {
         return -1;
+    }
     int curveId = findCurve(name);
     for (int pause = 0;
          curveId < 0 && newCurve == NewCurve::Pause && pause < kRegisterPauses && !m_closedForExit;
-         ++pause)
+         ++pause) {
         QThread::msleep(kRegisterPauseMs);
-    if (curveId < 0)
+    }
+    if (curveId < 0) {
         curveId = insertCurve(name);
-    if (curveId < 0)
+    }
+    if (curveId < 0) {
         return -1;
+    }
     m_curveNameMap.insert(curveId, name);
     m_currentFileIds.insert(curveId);
     m_loadedPath.clear(); // the names of a file loaded before may be others
@@ -209,8 +221,9 @@ int CurveDataDB::findCurve(const QString& name)
 {
     ManagedQuery query(*m_currentDb);
     if (!query.run(QStringLiteral("SELECT curve_id FROM curve_info WHERE name = ?"), {name})) {
-        if (saysMissingTable(query.errorText()))
+        if (saysMissingTable(query.errorText())) {
             createBaseTables(*m_currentDb);
+        }
     } else if (query.next()) {
         return query.value(0).toInt();
     }
@@ -221,14 +234,17 @@ int CurveDataDB::insertCurve(const QString& name)
 {
     const QString sql = QStringLiteral("INSERT INTO curve_info (name) VALUES (?)");
     ManagedQuery query(*m_currentDb);
-    if (query.run(sql, {name}))
+    if (query.run(sql, {name})) {
         return query.lastInsertId().toInt();
+    }
     const QString error = query.errorText();
-    if (!saysMissingTable(error) && !error.contains(QLatin1String("SQL logic error")))
+    if (!saysMissingTable(error) && !error.contains(QLatin1String("SQL logic error"))) {
         return -1;
+    }
     createBaseTables(*m_currentDb);
-    if (query.run(sql, {name}))
+    if (query.run(sql, {name})) {
         return query.lastInsertId().toInt();
+    }
     qCritical() << "重新初始化后仍无法注册曲线:" << query.errorText();
     return -1;
 }
@@ -251,8 +267,9 @@ QMap<int, QString> CurveDataDB::namesForIds(const QList<int>& ids) const
     QMap<int, QString> names;
     for (const int id : ids) {
         const auto known = m_curveNameMap.constFind(id);
-        if (known != m_curveNameMap.constEnd())
+        if (known != m_curveNameMap.constEnd()) {
             names.insert(id, *known);
+        }
     }
     return names;
 }
@@ -268,32 +285,38 @@ int CurveDataDB::knownTableCount() const
 void CurveDataDB::ensureCurrentDb()
 {
     const LockPatience patience;
-    if (m_attaching || m_closedForExit || (isAttachedToday() && !isCurrentFileGone()))
+    if (m_attaching || m_closedForExit || (isAttachedToday() && !isCurrentFileGone())) {
         return;
+    }
     m_attaching = true;
     openCurrentDb(currentDayKey());
-    if (isCurrentOpen())
+    if (isCurrentOpen()) {
         takeUpCurrentDb();
+    }
     m_attaching = false;
 }
 
 void CurveDataDB::openCurrentDb(const QString& today)
 {
-    if (!m_currentDbPath.isEmpty())
+    if (!m_currentDbPath.isEmpty()) {
         ConnectionPool::instance().releaseConnection(m_currentDbPath);
+    }
     m_currentDate = today;
     m_currentDbPath = dbPathForDate(today);
     m_currentDb.reset();
     const bool unfit = m_readOnly || m_incomplete;
     const FileIdentity found = fileIdentity(m_currentDbPath);
-    if (unfit || found != m_currentFile)
+    if (unfit || found != m_currentFile) {
         forgetAttachment(); // the statements are those of a connection that has had its day
-    if (unfit)              // what kept it from being set up may have gone
+    }
+    if (unfit) { // what kept it from being set up may have gone
         ConnectionPool::instance().discardConnection(m_currentDbPath);
+    }
     m_currentDb = openDb(m_currentDbPath);
     m_currentFile = found.exists() ? found : fileIdentity(m_currentDbPath);
-    if (!isCurrentOpen())
+    if (!isCurrentOpen()) {
         qWarning() << "切换数据库失败，连接无效：" << m_currentDbPath;
+    }
 }
 
 bool CurveDataDB::reopenCurrentDb()
@@ -319,8 +342,9 @@ void CurveDataDB::takeUpCurrentDb()
 {
     noteUse();
     if (m_catalogueTrusted && m_changedCurves.isEmpty() && m_attachedPath == m_currentDbPath &&
-        m_attachedConnection == m_currentDb->connectionName())
+        m_attachedConnection == m_currentDb->connectionName()) {
         return;
+    }
     forgetAttachment();
     m_attachedPath = m_currentDbPath;
     m_attachedConnection = m_currentDb->connectionName();
@@ -333,8 +357,9 @@ void CurveDataDB::buildCatalogue()
     m_catalogueTrusted = true;
     m_incomplete = !createBaseTables(*m_currentDb);
     // Ids are given in order: after one that cannot be registered the others would get each other's.
-    for (auto name = names.cbegin(); name != names.cend() && !m_incomplete; ++name)
+    for (auto name = names.cbegin(); name != names.cend() && !m_incomplete; ++name) {
         m_incomplete = enlistCurve(*name, NewCurve::AtOnce) < 0;
+    }
     loadMetadata(m_currentDbPath);
     m_catalogueTrusted = m_catalogueTrusted && !m_incomplete;
 }
@@ -359,19 +384,23 @@ void CurveDataDB::forgetAttachment()
 /// Looks at the failure of a query; those of today's file tell what has to be repaired.
 void CurveDataDB::noteFailure(const ManagedQuery& query)
 {
-    if (query.connectionName() != m_attachedConnection)
+    if (query.connectionName() != m_attachedConnection) {
         return;
+    }
     m_catalogueTrusted = false;
-    if (saysMissingTable(query.errorText()))
+    if (saysMissingTable(query.errorText())) {
         m_incomplete = true;
-    if (query.metReadOnly())
+    }
+    if (query.metReadOnly()) {
         m_readOnly = true;
+    }
 }
 
 bool CurveDataDB::createBaseTables(const QSqlDatabase& db)
 {
-    if (!db.isOpen())
+    if (!db.isOpen()) {
         return false;
+    }
     bool created = true;
     ManagedQuery query(db);
     for (const BaseTable& table : kBaseTables) {
@@ -420,15 +449,17 @@ void CurveDataDB::loadCurveNames(const QSqlDatabase& db, bool isCurrent)
     ManagedQuery query(db);
     query.setForwardOnly(true);
     if (!query.exec(QStringLiteral("SELECT curve_id, name FROM curve_info"))) {
-        if (isCurrent)
+        if (isCurrent) {
             noteFailure(query);
+        }
         return;
     }
     while (query.next()) {
         const int curveId = query.value(0).toInt();
         m_curveNameMap.insert(curveId, query.value(1).toString());
-        if (isCurrent)
+        if (isCurrent) {
             m_currentFileIds.insert(curveId);
+        }
     }
 }
 
@@ -438,8 +469,9 @@ void CurveDataDB::loadBatchList(const QSqlDatabase& db, bool isCurrent)
     query.setForwardOnly(true);
     if (!query.exec(QStringLiteral(
             "SELECT curve_id, batch_start, batch_end, table_name FROM batch_metadata"))) {
-        if (isCurrent)
+        if (isCurrent) {
             noteFailure(query);
+        }
         return;
     }
     while (query.next()) {
@@ -454,8 +486,9 @@ void CurveDataDB::loadExtremes(const QSqlDatabase& db, bool isCurrent)
     query.setForwardOnly(true);
     if (!query.exec(QStringLiteral("SELECT curve_id, min_time, max_time, min_value, max_value "
                                    "FROM curve_metadata"))) {
-        if (isCurrent)
+        if (isCurrent) {
             noteFailure(query);
+        }
         return;
     }
     while (query.next()) {
@@ -469,12 +502,14 @@ void CurveDataDB::loadExtremes(const QSqlDatabase& db, bool isCurrent)
         // A row of nulls reads as zeros but does not hold them.
         const bool hasNull = query.value(1).isNull() || query.value(2).isNull() ||
                              query.value(3).isNull() || query.value(4).isNull();
-        if (!isCurrent)
+        if (!isCurrent) {
             continue;
-        if (hasNull)
+        }
+        if (hasNull) {
             m_changedCurves.insert(curveId);
-        else
+        } else {
             m_savedMetadata.insert(curveId, extremes);
+        }
     }
 }
 
@@ -505,8 +540,9 @@ bool CurveDataDB::isCurrentFileGone() const
 void CurveDataDB::noteUse()
 {
     const qint64 now = storeNow();
-    if (now >= m_lastUseNoted && now - m_lastUseNoted < kUseNoteIntervalMs)
+    if (now >= m_lastUseNoted && now - m_lastUseNoted < kUseNoteIntervalMs) {
         return;
+    }
     m_lastUseNoted = now;
     ConnectionPool::instance().releaseConnection(m_currentDbPath);
 }

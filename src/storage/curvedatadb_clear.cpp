@@ -21,8 +21,9 @@ void CurveDataDB::clearAll()
 {
     {
         const QMutexLocker locker(&m_mutex);
-        if (m_clearing || m_clearThread || m_closedForExit)
+        if (m_clearing || m_clearThread || m_closedForExit) {
             return;
+        }
         m_clearing = true;
         m_refusing = false;
         closeAllForClear();
@@ -63,8 +64,9 @@ void CurveDataDB::closeAllForClear()
 void CurveDataDB::startClearThread()
 {
     const QMutexLocker locker(&m_mutex);
-    if (!m_clearing || m_closedForExit)
+    if (!m_clearing || m_closedForExit) {
         return;
+    }
     auto* worker = new DBClearWorker(this, -1, m_dataDir);
     m_clearThread = new QThread(this);
     worker->moveToThread(m_clearThread);
@@ -100,8 +102,9 @@ void CurveDataDB::stopClearThreads(qint64 waitMs)
     const auto threads = findChildren<QThread*>(QString(), Qt::FindDirectChildrenOnly);
     for (QThread* thread : threads) {
         thread->quit();
-        if (!thread->wait(deadline))
+        if (!thread->wait(deadline)) {
             thread->setParent(nullptr);
+        }
     }
     m_clearThread = nullptr;
 }
@@ -148,8 +151,9 @@ bool CurveDataDB::dropCurve(int curveId)
         return false;
     }
     QStringList tables;
-    while (query.next())
+    while (query.next()) {
         tables.append(query.value(0).toString());
+    }
     query.finish();
     for (const QString& table : qAsConst(tables)) {
         if (!query.exec(QStringLiteral("DROP TABLE IF EXISTS %1").arg(table))) {
@@ -163,13 +167,15 @@ bool CurveDataDB::dropCurve(int curveId)
     }
     if (query.run(QStringLiteral("UPDATE curve_metadata SET min_time = NULL, max_time = NULL, "
                                  "min_value = NULL, max_value = NULL WHERE curve_id = ?"),
-                  {curveId}))
+                  {curveId})) {
         return true;
+    }
     if (query.run(QStringLiteral("INSERT OR IGNORE INTO curve_metadata "
                                  "(curve_id, min_time, max_time, min_value, max_value) "
                                  "VALUES (?, NULL, NULL, NULL, NULL)"),
-                  {curveId}))
+                  {curveId})) {
         return true;
+    }
     qWarning() << "重置曲线元数据失败:" << query.errorText();
     return false;
 }

@@ -59,11 +59,14 @@ bool CurveDataDB::openCsvPart(const QString& path, int index, const QString& sep
     stream.setGenerateByteOrderMark(true);
     stream.setCodec("UTF-8");
 
-    for (const HeaderLine& line : kHeaderLines)
+    for (const HeaderLine& line : kHeaderLines) {
         stream << tr(line.label) << separator << header.value(QLatin1String(line.key)) << '\n';
+    }
     stream << tr("编号") << separator << tr("时间") << separator;
-    for (const QString& curve : curves) // this line ends with a separator, those of the data do not
+    for (const QString& curve :
+         curves) { // this line ends with a separator, those of the data do not
         stream << curve << separator;
+    }
     stream << '\n';
     stream.flush();
     return true;

@@ -40,8 +40,9 @@ qint64 startOfOldestDay(const QString& directory)
         QDir(directory).entryList({QStringLiteral("????????.db")}, QDir::Files, QDir::Name);
     for (const QString& file : files) {
         const QDate day = QDate::fromString(file.left(8), QStringLiteral("yyyyMMdd"));
-        if (day.isValid())
+        if (day.isValid()) {
             return day.startOfDay().toMSecsSinceEpoch();
+        }
     }
     return storeNow();
 }
@@ -55,11 +56,13 @@ qint64 firstTimeToLookAt(qint64 start, qint64 end, const QString& directory)
         return static_cast<quint64>(to) - static_cast<quint64>(from);
     };
     const qint64 last = std::min(end, storeNow());
-    if (start > last || distance(start, last) <= kLongestCountMs)
+    if (start > last || distance(start, last) <= kLongestCountMs) {
         return start;
+    }
     const qint64 first = std::min(last, startOfOldestDay(directory));
-    if (first <= start)
+    if (first <= start) {
         return start;
+    }
     return first - static_cast<qint64>(distance(start, first) % static_cast<quint64>(kDayLengthMs));
 }
 
@@ -73,11 +76,13 @@ QStringList dateKeysOfRange(qint64 start, qint64 end, const QString& directory)
     qint64 time = firstTimeToLookAt(start, end, directory);
     while (time <= end) {
         const QString key = dateKeyForTime(time);
-        if (keys.isEmpty() || keys.constLast() != key)
+        if (keys.isEmpty() || keys.constLast() != key) {
             keys.append(key);
+        }
         const quint64 left = static_cast<quint64>(end) - static_cast<quint64>(time);
-        if (time > now || left < static_cast<quint64>(kDayLengthMs))
+        if (time > now || left < static_cast<quint64>(kDayLengthMs)) {
             break;
+        }
         time += kDayLengthMs;
     }
     return keys;
@@ -100,12 +105,13 @@ void warnOfUnreadableTable(const QSqlDatabase& database, const QString& table,
     const QString sql =
         QStringLiteral("SELECT name FROM sqlite_master WHERE type='table' AND name=") +
         sqlLiteral(table);
-    if (!query.exec(sql))
+    if (!query.exec(sql)) {
         qWarning() << "检查表存在性失败:" << table << "错误:" << query.errorText();
-    else if (!query.next())
+    } else if (!query.next()) {
         qWarning() << "分片表不存在:" << table;
-    else
+    } else {
         qWarning() << "SQL准备失败:" << prepareError;
+    }
 }
 
 /// Appends the points of one batch table to `points`.
@@ -133,8 +139,9 @@ void readBatch(const QSqlDatabase& database, const QString& table, const ReadRan
     while (query.fetchRows(kRowsPerBlock, takeRow) == kRowsPerBlock) {
     }
     // A table that cannot be read to its end gives what was read.
-    if (!query.isUsable() || !query.errorText().isEmpty())
+    if (!query.isUsable() || !query.errorText().isEmpty()) {
         qWarning() << "读取分片" << table << "失败:" << query.errorText();
+    }
 }
 
 /// Appends the points of one day file to `points`, thinning on the way.
@@ -152,13 +159,15 @@ void readFile(CurveDataDB& store, const QString& path, const ReadRange& range,
     }
     const QVector<DBBatchInfo> batches =
         store.queryBatches(range.curveId, range.start, range.end, db);
-    if (batches.isEmpty())
+    if (batches.isEmpty()) {
         qDebug() << "在数据库" << path << "中未找到匹配的分片";
+    }
     for (const DBBatchInfo& batch : batches) {
         readBatch(*db, batch.tableName, range, points);
         // Bounds the memory of a long read. What was read early is thinned again and again.
-        if (range.maxPoints > 0 && points.size() > 2 * static_cast<qint64>(range.maxPoints))
+        if (range.maxPoints > 0 && points.size() > 2 * static_cast<qint64>(range.maxPoints)) {
             thinPoints(points, range.maxPoints);
+        }
     }
     db.reset();
     ConnectionPool::instance().releaseConnection(path);
@@ -176,11 +185,13 @@ QVector<QPointF> CurveDataDB::readCurveData(int curveId, qint64 start, qint64 en
     }
     QVector<QPointF> points;
     const QStringList keys = dateKeysOfRange(start, end, m_dataDir);
-    for (const QString& key : keys)
+    for (const QString& key : keys) {
         readFile(*this, dbPathForDate(key), {curveId, start, end, maxPoints}, points);
+    }
     const auto byTime = [](const QPointF& a, const QPointF& b) { return a.x() < b.x(); };
-    if (!std::is_sorted(points.cbegin(), points.cend(), byTime))
+    if (!std::is_sorted(points.cbegin(), points.cend(), byTime)) {
         std::sort(points.begin(), points.end(), byTime);
+    }
     thinPoints(points, maxPoints);
     return points;
 }
@@ -190,8 +201,9 @@ QVector<DBBatchInfo> CurveDataDB::queryBatches(int curveId, qint64 start, qint64
 {
     const QMutexLocker locker(&m_mutex);
     const auto noteFailure = [failed](bool hasFailed) {
-        if (failed)
+        if (failed) {
             *failed = *failed || hasFailed;
+        }
     };
     if (!pingConnection(db)) {
         qWarning() << "外部数据库连接无效";
@@ -216,8 +228,9 @@ QVector<DBBatchInfo> CurveDataDB::queryBatches(int curveId, qint64 start, qint64
     while (query.next()) {
         const DBBatchInfo batch{query.value(1).toLongLong(), query.value(2).toLongLong(),
                                 query.value(3).toString()};
-        if (batch.tableName.startsWith(prefix))
+        if (batch.tableName.startsWith(prefix)) {
             batches.append(batch);
+        }
     }
     noteFailure(!query.isUsable() || !query.errorText().isEmpty());
     return batches;
@@ -226,8 +239,9 @@ QVector<DBBatchInfo> CurveDataDB::queryBatches(int curveId, qint64 start, qint64
 bool CurveDataDB::pingConnection(const QSharedPointer<QSqlDatabase>& db)
 {
     const QMutexLocker locker(&m_mutex);
-    if (!db || !db->isOpen())
+    if (!db || !db->isOpen()) {
         return false;
+    }
     ManagedQuery query(*db);
     return query.exec(QStringLiteral("SELECT 1"));
 }
@@ -237,14 +251,16 @@ QVector<DBBatchInfo> CurveDataDB::listBatchesInFile(int curveId, qint64 start, q
 {
     const QMutexLocker locker(&m_mutex);
     const LockPatience patience;
-    if (!QFileInfo::exists(path))
+    if (!QFileInfo::exists(path)) {
         return {};
+    }
     QSharedPointer<QSqlDatabase> db = openDb(path);
     QVector<DBBatchInfo> batches;
-    if (pingConnection(db))
+    if (pingConnection(db)) {
         batches = queryBatches(curveId, start, end, db);
-    else
+    } else {
         qWarning() << "数据库连接无效:" << path;
+    }
     db.reset();
     ConnectionPool::instance().releaseConnection(path);
     return batches;
@@ -254,7 +270,8 @@ void CurveDataDB::loadBatchesForCurve(int curveId, qint64 start, qint64 end)
 {
     const QMutexLocker locker(&m_mutex);
     const QVector<DBBatchInfo> batches = listBatchesInFile(curveId, start, end, m_currentDbPath);
-    for (const DBBatchInfo& batch : batches)
+    for (const DBBatchInfo& batch : batches) {
         m_knownTables[batch.tableName] = true;
+    }
     m_batchLoadMode = true;
 }

@@ -78,12 +78,14 @@ void CurveDataDB::appendPoint(int curveId, qint64 timestamp, double value)
 {
     const QMutexLocker locker(&m_mutex);
     const LockPatience patience;
-    if (!isTime(timestamp))
+    if (!isTime(timestamp)) {
         return;
-    if (targetsCurrentFile(timestamp))
+    }
+    if (targetsCurrentFile(timestamp)) {
         repairAttachment();
-    else
+    } else {
         ensureCurrentDb();
+    }
     const bool isStored = targetsCurrentFile(timestamp)
                               ? appendToCurrentFile(curveId, timestamp, value)
                               : appendToOtherFile(curveId, timestamp, value);
@@ -106,27 +108,31 @@ bool CurveDataDB::targetsCurrentFile(qint64 timestamp)
 void CurveDataDB::repairAttachment()
 {
     const bool gone = isCurrentOpen() && isCurrentFileGone();
-    if (isCurrentOpen() && !gone && !m_incomplete && !m_readOnly)
+    if (isCurrentOpen() && !gone && !m_incomplete && !m_readOnly) {
         return;
+    }
     const qint64 now = storeNow();
     const bool tooSoon = now >= m_lastRepair && now - m_lastRepair < kRepairIntervalMs;
-    if (m_clearing || (tooSoon && !gone))
+    if (m_clearing || (tooSoon && !gone)) {
         return;
+    }
     // Whether a file can be written again shows only at the next reading.
     const bool provenByOpening = !m_readOnly;
     m_lastRepair = now;
     m_catalogueTrusted = false;
     m_currentDate.clear();
     ensureCurrentDb();
-    if (isCurrentOpen() && !m_incomplete && provenByOpening)
+    if (isCurrentOpen() && !m_incomplete && provenByOpening) {
         m_lastRepair = 0;
+    }
 }
 
 /// False if the reading could not be stored.
 bool CurveDataDB::appendToCurrentFile(int curveId, qint64 timestamp, double value)
 {
-    if (!isCurrentOpen())
+    if (!isCurrentOpen()) {
         return false;
+    }
     noteUse();
     ManagedQuery* insert = liveInsert(curveId, timestamp);
     bool isStored = insert && insert->execWith({curveId, timestamp, value});
@@ -166,8 +172,9 @@ ManagedQuery* CurveDataDB::keptInsert(std::unordered_map<int, LiveInsert>& inser
 {
     const TimeSlice& slice = m_readingSlice.at(timestamp);
     const auto kept = inserts.find(curveId);
-    if (kept != inserts.end() && kept->second.batchStart == slice.batchStart)
+    if (kept != inserts.end() && kept->second.batchStart == slice.batchStart) {
         return kept->second.query.get();
+    }
 
     const bool ready = openForWrite(curveId, timestamp) && slice.ownFile;
     auto query = std::make_unique<ManagedQuery>(db);
@@ -186,8 +193,9 @@ ManagedQuery* CurveDataDB::keptInsert(std::unordered_map<int, LiveInsert>& inser
 void CurveDataDB::growCache(const QSqlDatabase& db, size_t curves, int& cacheKib)
 {
     const int wanted = kCacheKibForTheRest + kCacheKibPerCurve * static_cast<int>(curves);
-    if (wanted <= std::max(kOwnCacheKib, cacheKib))
+    if (wanted <= std::max(kOwnCacheKib, cacheKib)) {
         return;
+    }
     cacheKib = wanted;
     ManagedQuery(db).exec(QStringLiteral("PRAGMA cache_size = -%1").arg(wanted));
 }
@@ -199,12 +207,14 @@ bool CurveDataDB::appendToOtherFile(int curveId, qint64 timestamp, double value)
 {
     const QString path = dbPathForDate(dateKeyFor(timestamp));
     const QSharedPointer<QSqlDatabase> db = openDb(path);
-    if (!db || !db->isOpen())
+    if (!db || !db->isOpen()) {
         return false;
-    if (isLoaded(path, *db))
+    }
+    if (isLoaded(path, *db)) {
         restoreLateExtremes();
-    else
+    } else {
         m_loadedPath.clear();
+    }
     // The caller's id names the table even where the file knows the curve under another one; the
     // insert then finds no table.
     ManagedQuery* insert = lateInsert(*db, curveId, timestamp);
@@ -215,8 +225,9 @@ bool CurveDataDB::appendToOtherFile(int curveId, qint64 timestamp, double value)
         insert = tableGone ? lateInsert(*db, curveId, timestamp) : nullptr;
         isStored = insert && insert->execWith({curveId, timestamp, value});
     }
-    if (m_loadedPath != path) // as a rule it was loaded for the look at its batches
+    if (m_loadedPath != path) { // as a rule it was loaded for the look at its batches
         loadOtherFile(path, *db);
+    }
     updateMetadataCache(curveId, timestamp, value);
     saveMetadata();
     ConnectionPool::instance().releaseConnection(path);
@@ -233,8 +244,9 @@ bool CurveDataDB::isLoaded(const QString& path, const QSqlDatabase& db) const
 /// Lets go of what was kept for the late readings of another connection.
 void CurveDataDB::attachLateFile(const QSqlDatabase& db)
 {
-    if (m_late.connection == db.connectionName())
+    if (m_late.connection == db.connectionName()) {
         return;
+    }
     m_late = LateFile();
     m_late.connection = db.connectionName();
 }
@@ -246,9 +258,10 @@ void CurveDataDB::loadOtherFile(const QString& path, const QSqlDatabase& db)
     loadMetadata(path);
     qDebug() << "openForWrite"
              << "-0000-" << m_batchList.size();
-    for (const DBBatchInfo& batch : qAsConst(m_batchList))
+    for (const DBBatchInfo& batch : qAsConst(m_batchList)) {
         qDebug() << "openForWrite"
                  << "-0001-" << batch.tableName;
+    }
     m_late.isFit = isFit;
 }
 
@@ -258,25 +271,31 @@ bool CurveDataDB::setUpOtherFile(const QSqlDatabase& db)
 {
     {
         ManagedQuery query(db);
-        if (!query.exec(QStringLiteral("SELECT 1 FROM sqlite_master WHERE name = 'curve_info'")))
+        if (!query.exec(QStringLiteral("SELECT 1 FROM sqlite_master WHERE name = 'curve_info'"))) {
             return false;
-        if (query.next())
+        }
+        if (query.next()) {
             return true;
+        }
     }
-    if (!isCurrentOpen())
+    if (!isCurrentOpen()) {
         return false;
+    }
     ManagedQuery names(*m_currentDb);
     names.setForwardOnly(true);
-    if (!names.exec(QStringLiteral("SELECT curve_id, name FROM curve_info ORDER BY curve_id")))
+    if (!names.exec(QStringLiteral("SELECT curve_id, name FROM curve_info ORDER BY curve_id"))) {
         return false;
+    }
     ManagedQuery query(db);
     bool isDone = query.exec(kBegin) && createBaseTables(db);
-    while (isDone && names.next())
+    while (isDone && names.next()) {
         isDone = query.run(QStringLiteral("INSERT INTO curve_info (curve_id, name) VALUES (?, ?)"),
                            {names.value(0), names.value(1)});
+    }
     isDone = isDone && query.exec(kCommit);
-    if (!isDone)
+    if (!isDone) {
         query.exec(kRollback);
+    }
     return isDone;
 }
 
@@ -308,11 +327,13 @@ bool CurveDataDB::openForWrite(int curveId, qint64 timestamp)
             qWarning() << "切换数据库失败:" << path;
             return false;
         }
-        if (!isLoaded(path, *db))
+        if (!isLoaded(path, *db)) {
             loadOtherFile(path, *db);
+        }
         curveId = curveIdInOtherFile(*db, curveId);
-        if (curveId < 0)
+        if (curveId < 0) {
             return false;
+        }
     }
     if (!db || !db->isOpen()) {
         qWarning() << "目标数据库连接无效";
@@ -348,8 +369,9 @@ int CurveDataDB::curveIdInOtherFile(const QSqlDatabase& db, int curveId)
     const QString name = m_curveNameMap.value(curveId);
     ManagedQuery query(db);
     if (query.run(QStringLiteral("SELECT curve_id FROM curve_info WHERE name = ?"), {name}) &&
-        query.next())
+        query.next()) {
         return query.value(0).toInt();
+    }
     if (!query.run(QStringLiteral("INSERT INTO curve_info (name) VALUES (?)"), {name})) {
         qWarning() << "在新数据库中注册曲线失败:" << query.errorText();
         return -1;
@@ -392,8 +414,9 @@ bool CurveDataDB::createBatchTable(const DBBatchInfo& info, const QSqlDatabase& 
         std::any_of(m_batchList.cbegin(), m_batchList.cend(), [&info](const DBBatchInfo& batch) {
             return batch.tableName == info.tableName;
         });
-    if (!listed)
+    if (!listed) {
         m_batchList.append(info);
+    }
     if (!query.exec(kCommit)) {
         qWarning() << "提交事务失败:" << query.errorText();
         noteFailure(query);
@@ -425,41 +448,51 @@ void CurveDataDB::appendPoints(int curveId, const QVector<QPointF>& points)
 {
     const QMutexLocker locker(&m_mutex);
     const LockPatience patience;
-    if (!m_curveNameMap.contains(curveId) || points.isEmpty())
+    if (!m_curveNameMap.contains(curveId) || points.isEmpty()) {
         return;
+    }
     if (m_batchLoadMode || m_clearing) {
         m_pendingPoints[curveId] += points;
         return;
     }
     QMap<QString, QVector<QPointF>> pointsByPath;
     for (const QPointF& point : points) {
-        if (hasTime(point))
+        if (hasTime(point)) {
             pointsByPath[dbPathForDate(dateKeyFor(timeOf(point)))].append(point);
+        }
     }
-    for (auto it = pointsByPath.constBegin(); it != pointsByPath.constEnd(); ++it)
+    for (auto it = pointsByPath.constBegin(); it != pointsByPath.constEnd(); ++it) {
         appendToFile(it.key(), curveId, it.value());
+    }
 }
 
 void CurveDataDB::appendToFile(const QString& path, int curveId, const QVector<QPointF>& points)
 {
-    if (path != m_currentDbPath)
+    if (path != m_currentDbPath) {
         ensureCurrentDb();
+    }
     const bool isCurrent = path == m_currentDbPath;
-    if (isCurrent)
+    if (isCurrent) {
         repairAttachment();
+    }
     const QSharedPointer<QSqlDatabase> db = isCurrent ? m_currentDb : openDb(path);
-    if (!db || !db->isOpen())
+    if (!db || !db->isOpen()) {
         return;
-    if (isCurrent)
+    }
+    if (isCurrent) {
         noteUse();
+    }
     insertPoints(*db, curveId, points);
-    if (!isCurrent)
+    if (!isCurrent) {
         loadMetadata(path);
-    for (const QPointF& point : points)
+    }
+    for (const QPointF& point : points) {
         updateMetadataCache(curveId, timeOf(point), point.y());
+    }
     saveMetadata();
-    if (!isCurrent)
+    if (!isCurrent) {
         ConnectionPool::instance().releaseConnection(path);
+    }
 }
 
 /// Inserts points of one curve into one file in a transaction. The tables are made before it: a
@@ -471,8 +504,9 @@ void CurveDataDB::insertPoints(const QSqlDatabase& db, int curveId, const QVecto
         const TimeSlice& slice = m_readingSlice.at(timeOf(point));
         pointsByTable[makeTableName(curveId, slice.batchName)].append(point);
     }
-    for (const QVector<QPointF>& tablePoints : qAsConst(pointsByTable))
+    for (const QVector<QPointF>& tablePoints : qAsConst(pointsByTable)) {
         openForWrite(curveId, timeOf(tablePoints.first()));
+    }
 
     ManagedQuery query(db);
     query.exec(kBegin);
@@ -490,18 +524,21 @@ void CurveDataDB::insertPoints(const QSqlDatabase& db, int curveId, const QVecto
             noteFailure(query);
         }
     }
-    if (!query.exec(kCommit))
+    if (!query.exec(kCommit)) {
         query.exec(kRollback);
+    }
 }
 
 void CurveDataDB::flushPending()
 {
     const QMutexLocker locker(&m_mutex);
-    if (m_pendingPoints.isEmpty() || m_batchLoadMode || m_clearing)
+    if (m_pendingPoints.isEmpty() || m_batchLoadMode || m_clearing) {
         return;
+    }
     const QMap<int, QVector<QPointF>> pending = m_pendingPoints;
-    for (auto it = pending.constBegin(); it != pending.constEnd(); ++it)
+    for (auto it = pending.constBegin(); it != pending.constEnd(); ++it) {
         appendPoints(it.key(), it.value());
+    }
     m_pendingPoints.clear();
 }
 
@@ -509,8 +546,9 @@ void CurveDataDB::flushAndDetach()
 {
     const QMutexLocker locker(&m_mutex);
     const LockPatience patience;
-    if (!m_currentDb)
+    if (!m_currentDb) {
         return;
+    }
     flushPending();
     saveMetadata();
     m_currentDb.reset();
@@ -524,14 +562,18 @@ void CurveDataDB::flushAndDetach()
 void CurveDataDB::updateMetadataCache(int curveId, qint64 timestamp, double value)
 {
     DBCurveMetadata& extremes = m_metadataMap[curveId];
-    if (timestamp < extremes.minTime || extremes.minTime == 0)
+    if (timestamp < extremes.minTime || extremes.minTime == 0) {
         extremes.minTime = timestamp;
-    if (timestamp > extremes.maxTime)
+    }
+    if (timestamp > extremes.maxTime) {
         extremes.maxTime = timestamp;
-    if (value < extremes.minValue || extremes.minValue == 0.0)
+    }
+    if (value < extremes.minValue || extremes.minValue == 0.0) {
         extremes.minValue = value;
-    if (value > extremes.maxValue)
+    }
+    if (value > extremes.maxValue) {
         extremes.maxValue = value;
+    }
     m_changedCurves.insert(curveId);
     m_late.changed.insert(curveId);
 }
@@ -540,8 +582,9 @@ bool CurveDataDB::saveMetadata()
 {
     const QMutexLocker locker(&m_mutex);
     const LockPatience patience;
-    if (!isAttachedToday())
+    if (!isAttachedToday()) {
         ensureCurrentDb();
+    }
     return isCurrentOpen() && writeMetadata();
 }
 
@@ -553,11 +596,13 @@ QVector<int> CurveDataDB::unsavedCurves() const
     QVector<int> ids;
     for (const int id : candidates) {
         const auto extremes = m_metadataMap.constFind(id);
-        if (extremes == m_metadataMap.constEnd() || !m_currentFileIds.contains(id))
+        if (extremes == m_metadataMap.constEnd() || !m_currentFileIds.contains(id)) {
             continue;
+        }
         const auto saved = m_savedMetadata.constFind(id);
-        if (saved == m_savedMetadata.constEnd() || !sameExtremes(*saved, *extremes))
+        if (saved == m_savedMetadata.constEnd() || !sameExtremes(*saved, *extremes)) {
             ids.append(id);
+        }
     }
     std::sort(ids.begin(), ids.end());
     return ids;
@@ -570,16 +615,18 @@ bool CurveDataDB::writeMetadata()
     const QVector<int> ids = unsavedCurves();
     if (!ids.isEmpty() && !writeMetadataRows(ids)) {
         m_metadataWriter.reset();
-        if (ids.size() > 1)
+        if (ids.size() > 1) {
             ManagedQuery(*m_currentDb).exec(kRollback);
+        }
         return false;
     }
     for (const int id : ids) {
         const DBCurveMetadata& extremes = m_metadataMap[id];
         m_savedMetadata.insert(id, extremes);
         m_changedCurves.remove(id);
-        if (holdsNan(extremes))
+        if (holdsNan(extremes)) {
             m_catalogueTrusted = false;
+        }
     }
     m_compareAll = false;
     return true;
@@ -592,20 +639,24 @@ bool CurveDataDB::writeMetadataRows(const QVector<int>& ids)
         m_metadataWriter->setForwardOnly(true);
         if (!m_metadataWriter->prepare(QStringLiteral(
                 "INSERT OR REPLACE INTO curve_metadata "
-                "(curve_id, min_time, max_time, min_value, max_value) VALUES (?, ?, ?, ?, ?)")))
+                "(curve_id, min_time, max_time, min_value, max_value) VALUES (?, ?, ?, ?, ?)"))) {
             return failedToSaveMetadata(*m_metadataWriter);
+        }
     }
     const bool several = ids.size() > 1;
-    if (several)
+    if (several) {
         ManagedQuery(*m_currentDb).exec(kBegin);
+    }
     for (const int id : ids) {
         const DBCurveMetadata& extremes = m_metadataMap[id];
         if (!m_metadataWriter->execWith(
-                {id, extremes.minTime, extremes.maxTime, extremes.minValue, extremes.maxValue}))
+                {id, extremes.minTime, extremes.maxTime, extremes.minValue, extremes.maxValue})) {
             return failedToSaveMetadata(*m_metadataWriter);
+        }
     }
-    if (!several)
+    if (!several) {
         return true;
+    }
     ManagedQuery commit(*m_currentDb);
     return commit.exec(kCommit) || failedToSaveMetadata(commit);
 }

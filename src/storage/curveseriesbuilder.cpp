@@ -8,10 +8,12 @@ QMap<int, std::shared_ptr<CurveSeriesData>> buildCurveSeries(const QMap<int, QSt
 {
     QMap<int, std::shared_ptr<CurveSeriesData>> series;
     for (auto channel = channels.cbegin(); channel != channels.cend(); ++channel) {
-        if (isWanted && !isWanted())
+        if (isWanted && !isWanted()) {
             break;
-        if (channel.value().isEmpty())
+        }
+        if (channel.value().isEmpty()) {
             continue;
+        }
         const QString curveName =
             QStringLiteral("%1(%2)").arg(QString::number(channel.key()), channel.value());
         series.insert(channel.key(), std::make_shared<CurveSeriesData>(curveName, directoryName));

@@ -52,23 +52,26 @@ CurveSeriesData::CurveSeriesData(const QString& curveName, CurveDataDB* store)
     , m_curveName(curveName)
     , m_curveId(store ? store->registerCurve(curveName) : -1)
 {
-    if (m_curveId == -1)
+    if (m_curveId == -1) {
         qWarning() << "曲线注册失败，无法生成有效curve_id";
+    }
 }
 
 bool CurveSeriesData::registerAgain()
 {
     assertGuiThread();
-    if (m_store && m_curveId == -1)
+    if (m_store && m_curveId == -1) {
         m_curveId = m_store->registerCurveAtOnce(m_curveName);
+    }
     return m_curveId != -1;
 }
 
 void CurveSeriesData::addPoint(double x, double y)
 {
     assertGuiThread();
-    if (!isUsable())
+    if (!isUsable()) {
         return;
+    }
     m_store->appendPoint(m_curveId, toTime(x), y);
     m_recentPoints.append(QPointF(x, y));
     pointsAdded();
@@ -77,8 +80,9 @@ void CurveSeriesData::addPoint(double x, double y)
 void CurveSeriesData::addPoints(const QVector<QPointF>& points)
 {
     assertGuiThread();
-    if (!isUsable() || points.isEmpty())
+    if (!isUsable() || points.isEmpty()) {
         return;
+    }
     m_store->appendPoints(m_curveId, points);
     m_recentPoints.append(points);
     pointsAdded();
@@ -95,11 +99,13 @@ void CurveSeriesData::pointsAdded()
 /// Leaves exactly the newest kMaxRecentPoints in the window.
 void CurveSeriesData::trimWindow()
 {
-    if (recentCount() <= kMaxRecentPoints)
+    if (recentCount() <= kMaxRecentPoints) {
         return;
+    }
     m_recentOffset = m_recentPoints.size() - kMaxRecentPoints;
-    if (m_recentOffset < kTrimBlock)
+    if (m_recentOffset < kTrimBlock) {
         return;
+    }
     m_recentPoints.remove(0, m_recentOffset);
     m_recentOffset = 0;
 }
@@ -107,8 +113,9 @@ void CurveSeriesData::trimWindow()
 void CurveSeriesData::loadWindow(qint64 start, qint64 end, int maxPoints, double offset)
 {
     assertGuiThread();
-    if (!isUsable())
+    if (!isUsable()) {
         return;
+    }
     m_store->flushAndDetach();
     m_yOffset = offset;
     if (isInMemory(start)) {
@@ -126,8 +133,9 @@ void CurveSeriesData::loadWindow(qint64 start, qint64 end, int maxPoints, double
 /// Only the start of the view counts: the points in memory serve it even when it ends beyond them.
 bool CurveSeriesData::isInMemory(qint64 start) const
 {
-    if (recentCount() == 0)
+    if (recentCount() == 0) {
         return false;
+    }
     return toTime(m_recentPoints.constLast().x() + kMemoryMarginMs) >= start &&
            toTime(recentData()[0].x() - kMemoryMarginMs) <= start;
 }
@@ -137,22 +145,26 @@ void CurveSeriesData::showPoints(const QPointF* points, int count, int maxPoints
     const bool thin = maxPoints > 0 && count > maxPoints;
     m_visiblePoints.resize(thin ? maxPoints : count);
     QPointF* const shown = m_visiblePoints.data();
-    if (thin)
+    if (thin) {
         thinPoints(points, count, maxPoints, shown);
-    else
+    } else {
         std::copy_n(points, count, shown);
-    for (QPointF& point : m_visiblePoints)
+    }
+    for (QPointF& point : m_visiblePoints) {
         point.ry() += m_yOffset;
+    }
     m_boundsStale = true;
 }
 
 QVector<QPointF> CurveSeriesData::allData() const
 {
-    if (!isUsable())
+    if (!isUsable()) {
         return {};
+    }
     const DBCurveMetadata bounds = m_store->curveMetadata(m_curveId);
-    if (bounds.minTime == DBCurveMetadata().minTime)
+    if (bounds.minTime == DBCurveMetadata().minTime) {
         return {};
+    }
     return m_store->readCurveData(m_curveId, bounds.minTime, bounds.maxTime, 0);
 }
 
@@ -182,8 +194,9 @@ QPointF CurveSeriesData::sample(size_t i) const
 
 QRectF CurveSeriesData::boundingRect() const
 {
-    if (m_visiblePoints.isEmpty())
+    if (m_visiblePoints.isEmpty()) {
         return {};
+    }
     if (m_boundsStale) {
         const auto byY = [](const QPointF& a, const QPointF& b) { return a.y() < b.y(); };
         const auto [lowest, highest] =
@@ -199,8 +212,9 @@ void CurveSeriesData::setRectOfInterest(const QRectF&) {}
 
 double CurveSeriesData::rawValue(int i) const
 {
-    if (i < 0 || i >= m_visiblePoints.size())
+    if (i < 0 || i >= m_visiblePoints.size()) {
         return 0.0;
+    }
     return m_visiblePoints.at(i).y() - m_yOffset;
 }
 
@@ -211,12 +225,14 @@ void CurveSeriesData::updateStatistics()
 
 const CurveSeriesData::Statistics& CurveSeriesData::statistics() const
 {
-    if (!m_statisticsStale)
+    if (!m_statisticsStale) {
         return m_statistics;
+    }
     m_statistics = Statistics();
     m_statisticsStale = false;
-    if (recentCount() == 0)
+    if (recentCount() == 0) {
         return m_statistics;
+    }
     const QPointF& last = m_recentPoints.constLast();
     m_statistics.count = recentCount();
     m_statistics.lastValue = last.y();

@@ -1,11 +1,10 @@
 #pragma once
 
-#include <qwt_series_data.h>
-
 #include <QPointF>
 #include <QRectF>
 #include <QString>
 #include <QVector>
+#include <qwt_series_data.h>
 
 #include <limits>
 

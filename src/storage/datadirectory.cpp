@@ -15,16 +15,19 @@ constexpr int kHashDigits = 8;
 /// A serial number in a length that leaves room for the end of the name.
 QString fittingSerial(const QString& serial)
 {
-    if (serial.toUtf8().size() + kEndBytes <= kLongestNameBytes)
+    if (serial.toUtf8().size() + kEndBytes <= kLongestNameBytes) {
         return serial;
+    }
     const QByteArray hash =
         QCryptographicHash::hash(serial.toUtf8(), QCryptographicHash::Sha1).toHex();
     const QString end = QLatin1Char('-') + QString::fromLatin1(hash.constData(), kHashDigits);
     QString begin = serial;
-    while (begin.toUtf8().size() + end.size() + kEndBytes > kLongestNameBytes)
+    while (begin.toUtf8().size() + end.size() + kEndBytes > kLongestNameBytes) {
         begin.chop(1);
-    if (begin.at(begin.size() - 1).isHighSurrogate())
+    }
+    if (begin.at(begin.size() - 1).isHighSurrogate()) {
         begin.chop(1);
+    }
     return begin + end;
 }
 
@@ -47,17 +50,21 @@ bool removeDataDirectory(const QString& directoryName)
 {
     if (directoryName.isEmpty() || directoryName == QLatin1String(".") ||
         directoryName == QLatin1String("..") || directoryName.contains(QLatin1Char('/')) ||
-        directoryName.contains(QLatin1Char('\\')))
+        directoryName.contains(QLatin1Char('\\'))) {
         return false;
+    }
 
     const QDir applicationDir(QCoreApplication::applicationDirPath());
     const QFileInfo info(applicationDir.filePath(directoryName));
-    if (isLinkedDirectory(info.filePath()))
+    if (isLinkedDirectory(info.filePath())) {
         return false;
-    if (!info.exists())
+    }
+    if (!info.exists()) {
         return true;
+    }
     if (!info.isDir() ||
-        QFileInfo(info.canonicalPath()) != QFileInfo(applicationDir.canonicalPath()))
+        QFileInfo(info.canonicalPath()) != QFileInfo(applicationDir.canonicalPath())) {
         return false;
+    }
     return QDir(info.absoluteFilePath()).removeRecursively();
 }

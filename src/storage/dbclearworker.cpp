@@ -40,8 +40,9 @@ void DBClearWorker::doClear()
             directory.entryInfoList({filter}, QDir::Files | QDir::NoDotAndDotDot, QDir::Unsorted);
     }
     for (const QFileInfo& file : qAsConst(files)) {
-        if (QThread::currentThread()->isInterruptionRequested())
+        if (QThread::currentThread()->isInterruptionRequested()) {
             return; // the program ends: nobody waits for the answer
+        }
         removeFile(file.absoluteFilePath());
     }
     emit clearFinished();
@@ -50,11 +51,13 @@ void DBClearWorker::doClear()
 void DBClearWorker::removeFile(const QString& path)
 {
     for (int attempt = 0; attempt < kAttempts; ++attempt) {
-        if (QFile::remove(path))
+        if (QFile::remove(path)) {
             return;
+        }
         QThread::msleep(kRetryDelayMs);
-        if (QThread::currentThread()->isInterruptionRequested())
+        if (QThread::currentThread()->isInterruptionRequested()) {
             return;
+        }
     }
     qCritical() << "多次重试后仍无法删除文件（可能被其他进程占用）:" << path;
 }

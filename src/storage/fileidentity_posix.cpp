@@ -7,7 +7,8 @@
 FileIdentity fileIdentity(const QString& path)
 {
     struct stat facts = {};
-    if (::stat(QFile::encodeName(path).constData(), &facts) != 0)
+    if (::stat(QFile::encodeName(path).constData(), &facts) != 0) {
         return {};
+    }
     return {static_cast<quint64>(facts.st_dev), static_cast<quint64>(facts.st_ino)};
 }

@@ -51,8 +51,9 @@ void LockedQuery::setForwardOnly(bool forwardOnly)
 bool LockedQuery::prepare(const QString& sql)
 {
     const ConnectionLocker locker(m_mutex);
-    if (!driverOpen())
+    if (!driverOpen()) {
         return fail(QStringLiteral("database not open"));
+    }
     m_prepared = m_query.prepare(sql);
     return m_prepared || failWithQueryError();
 }
@@ -60,19 +61,22 @@ bool LockedQuery::prepare(const QString& sql)
 bool LockedQuery::exec()
 {
     const ConnectionLocker locker(m_mutex);
-    if (!preparedUnlocked())
+    if (!preparedUnlocked()) {
         return fail(QStringLiteral("nothing prepared on an open database"));
+    }
     m_samplesEnded = false;
-    if (!m_query.exec())
+    if (!m_query.exec()) {
         return failWithQueryError();
+    }
     return true;
 }
 
 bool LockedQuery::exec(const QString& sql)
 {
     const ConnectionLocker locker(m_mutex);
-    if (!driverOpen())
+    if (!driverOpen()) {
         return fail(QStringLiteral("database not open"));
+    }
     m_prepared = m_query.exec(sql);
     return m_prepared || failWithQueryError();
 }
@@ -81,8 +85,9 @@ bool LockedQuery::execWith(std::initializer_list<QVariant> values)
 {
     const ConnectionLocker locker(m_mutex);
     int position = 0;
-    for (const QVariant& value : values)
+    for (const QVariant& value : values) {
         m_query.bindValue(position++, value);
+    }
     return exec();
 }
 
@@ -95,12 +100,15 @@ bool LockedQuery::run(const QString& sql, std::initializer_list<QVariant> values
 bool LockedQuery::execColumns(const QVector<QVariantList>& columns)
 {
     const ConnectionLocker locker(m_mutex);
-    if (!preparedUnlocked())
+    if (!preparedUnlocked()) {
         return fail(QStringLiteral("nothing prepared on an open database"));
-    for (const QVariantList& column : columns)
+    }
+    for (const QVariantList& column : columns) {
         m_query.addBindValue(QVariant(column));
-    if (!m_query.execBatch(QSqlQuery::ValuesAsRows))
+    }
+    if (!m_query.execBatch(QSqlQuery::ValuesAsRows)) {
         return failWithQueryError();
+    }
     return true;
 }
 
@@ -125,8 +133,9 @@ QVariant LockedQuery::lastInsertId() const
 void LockedQuery::finish()
 {
     const ConnectionLocker locker(m_mutex);
-    if (m_query.isActive())
+    if (m_query.isActive()) {
         m_query.finish();
+    }
 }
 
 void LockedQuery::clear()
@@ -134,8 +143,9 @@ void LockedQuery::clear()
     const ConnectionLocker locker(m_mutex);
     finish();
     m_prepared = false;
-    if (m_query.driver()) // clearing a query whose driver has gone would crash
+    if (m_query.driver()) { // clearing a query whose driver has gone would crash
         m_query.clear();
+    }
 }
 
 bool LockedQuery::isUsable() const
@@ -168,10 +178,12 @@ bool LockedQuery::stepUnlocked()
 
 bool LockedQuery::nextRow()
 {
-    if (m_query.next())
+    if (m_query.next()) {
         return true;
-    if (m_query.lastError().isValid())
+    }
+    if (m_query.lastError().isValid()) {
         failWithQueryError();
+    }
     return false;
 }
 
@@ -179,8 +191,9 @@ int LockedQuery::fetchSamples(int limit, SampleColumn& samples)
 {
     m_mutex->letOthersIn();
     const ConnectionLocker locker(m_mutex);
-    if (!driverOpen())
+    if (!driverOpen()) {
         return 0;
+    }
     int count = 0;
     if (limit > 0 && !m_samplesEnded &&
         m_query.at() == QSql::BeforeFirstRow) { // Qt has stepped to the first row
@@ -224,7 +237,8 @@ bool LockedQuery::failWithQueryError()
     const QSqlError error = m_query.lastError();
     m_errorText = error.text();
     m_errorCode = error.nativeErrorCode().toInt() & kPrimaryCodeMask;
-    if (m_errorCode == kBusyCode)
+    if (m_errorCode == kBusyCode) {
         LockPatience::waitedInVain(m_mutex, m_query.driver());
+    }
     return false;
 }

@@ -75,8 +75,9 @@ public:
     {
         const ConnectionLocker locker(m_mutex);
         int count = 0;
-        if (!driverOpen()) // and it stays so: who closes it holds the lock
+        if (!driverOpen()) { // and it stays so: who closes it holds the lock
             return count;
+        }
         while (count < limit && nextRow()) {
             row(static_cast<const QSqlQuery&>(m_query));
             ++count;

@@ -22,30 +22,35 @@ void setBusyTimeout(const QSqlDriver* driver, int milliseconds)
 LockPatience::LockPatience()
     : m_outermost(!g_current)
 {
-    if (m_outermost)
+    if (m_outermost) {
         g_current = this;
+    }
 }
 
 LockPatience::~LockPatience()
 {
-    if (!m_outermost)
+    if (!m_outermost) {
         return;
+    }
     g_current = nullptr;
     for (const Connection& connection : m_impatient) {
         const ConnectionLocker locker(connection.mutex);
-        if (connection.driver && connection.driver->isOpen())
+        if (connection.driver && connection.driver->isOpen()) {
             setBusyTimeout(connection.driver, kBusyTimeoutMs);
+        }
     }
 }
 
 void LockPatience::waitedInVain(const std::shared_ptr<ConnectionMutex>& mutex,
                                 const QSqlDriver* driver)
 {
-    if (!g_current)
+    if (!g_current) {
         return;
+    }
     for (const Connection& known : g_current->m_impatient) {
-        if (known.driver == driver)
+        if (known.driver == driver) {
             return;
+        }
     }
     setBusyTimeout(driver, 0);
     g_current->m_impatient.push_back({mutex, driver});

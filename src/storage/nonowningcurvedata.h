@@ -1,9 +1,8 @@
 #pragma once
 
-#include <qwt_series_data.h>
-
 #include <QPointF>
 #include <QRectF>
+#include <qwt_series_data.h>
 
 class CurveSeriesData;
 

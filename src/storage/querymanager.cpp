@@ -22,11 +22,13 @@ void QueryManager::unregisterQuery(QSqlQuery* query, const QString& connectionNa
 {
     const QMutexLocker locker(&m_mutex);
     const auto entry = m_queries.find(connectionName);
-    if (entry == m_queries.end())
+    if (entry == m_queries.end()) {
         return;
+    }
     entry->remove(query);
-    if (entry->isEmpty())
+    if (entry->isEmpty()) {
         m_queries.erase(entry);
+    }
 }
 
 void QueryManager::finishQueries(const QString& connectionName)
@@ -34,13 +36,16 @@ void QueryManager::finishQueries(const QString& connectionName)
     const ConnectionLocker connection(connectionMutex(connectionName));
     const QMutexLocker locker(&m_mutex);
     const auto entry = m_queries.find(connectionName);
-    if (entry == m_queries.end())
+    if (entry == m_queries.end()) {
         return;
+    }
     for (QSqlQuery* query : qAsConst(*entry)) {
-        if (query->isActive())
+        if (query->isActive()) {
             query->finish();
-        if (query->driver()) // clearing a query whose driver has gone would crash
+        }
+        if (query->driver()) { // clearing a query whose driver has gone would crash
             query->clear();
+        }
     }
     m_queries.erase(entry);
 }

@@ -19,8 +19,9 @@ qint64 startOfDate(QDate date)
     constexpr qint64 kStepsBack[] = {3600000, 1800000};
     const qint64 start = date.startOfDay().toMSecsSinceEpoch();
     for (const qint64 step : kStepsBack) {
-        if (localTime(start - step).date() == date)
+        if (localTime(start - step).date() == date) {
             return start - step;
+        }
     }
     return start;
 }
@@ -64,8 +65,9 @@ qint64 alignToBatchStart(qint64 timestamp)
     const qint64 dayStart = startOfDate(date);
     const qint64 aligned = dayStart + ((timestamp - dayStart) / kBatchLengthMs) * kBatchLengthMs;
     const QDate alignedDate = localTime(aligned).date();
-    if (alignedDate == date)
+    if (alignedDate == date) {
         return aligned;
+    }
     qWarning() << "分片日期与数据日期不匹配！数据日期:" << isoDate(date)
                << "分片日期:" << isoDate(alignedDate) << "强制对齐到数据日期";
     return dayStart;

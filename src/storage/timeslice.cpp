@@ -40,18 +40,21 @@ TimeSlice timeSliceFor(qint64 timestamp)
     slice.batchStart = alignToBatchStart(timestamp);
     slice.batchName = makeBatchName(timestamp);
     slice.ownFile = QDateTime::fromMSecsSinceEpoch(slice.batchStart).date() == local.date();
-    if (timestamp < slice.batchStart || timestamp - slice.batchStart >= kBatchLengthMs)
+    if (timestamp < slice.batchStart || timestamp - slice.batchStart >= kBatchLengthMs) {
         return slice; // the start was repaired: the facts hold for this moment only
-    if (!slice.ownFile)
+    }
+    if (!slice.ownFile) {
         return slice;
+    }
 
     qint64 first = slice.batchStart;
     qint64 last = slice.batchStart + kBatchSpanMs;
     if (!sameOffset(first, timestamp, last)) {
         first = std::max(first, windowStart(timestamp));
         last = std::min(last, windowStart(timestamp) + kWindowMs - 1);
-        if (!sameOffset(first, timestamp, last))
+        if (!sameOffset(first, timestamp, last)) {
             return slice;
+        }
     }
     // With one offset throughout, the local date runs along with the time.
     const qint64 midnight = timestamp - local.time().msecsSinceStartOfDay();

@@ -28,8 +28,9 @@ public:
     /// The slice that holds the timestamp; the reference is good until the next call.
     const TimeSlice& at(qint64 timestamp)
     {
-        if (!m_slice.contains(timestamp))
+        if (!m_slice.contains(timestamp)) {
             m_slice = timeSliceFor(timestamp);
+        }
         return m_slice;
     }
 

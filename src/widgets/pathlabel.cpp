@@ -39,8 +39,9 @@ QSize PathLabel::sizeHint() const
     const QFontMetrics metrics = fontMetrics();
     const int needed = metrics.horizontalAdvance(text()) + kRoundingRoom;
     const int width = std::min(needed, m_maximumWidth);
-    if (m_maximumLines == 1 || needed <= m_maximumWidth)
+    if (m_maximumLines == 1 || needed <= m_maximumWidth) {
         return QSize(width, metrics.height()) + frameSize();
+    }
     const QRect wrapped =
         metrics.boundingRect(QRect(0, 0, width, QWIDGETSIZE_MAX), Qt::TextWrapAnywhere, text());
     // A line in another script is a little higher.
@@ -74,8 +75,9 @@ void PathLabel::paintEvent(QPaintEvent*)
     const QFontMetrics metrics = fontMetrics();
     const int textWidth = metrics.horizontalAdvance(text());
     int lines = 1;
-    if (textWidth > area.width())
+    if (textWidth > area.width()) {
         lines = std::clamp(area.height() / std::max(metrics.lineSpacing(), 1), 1, m_maximumLines);
+    }
     const int room = lines > 1 ? static_cast<int>(lines * area.width() * kFilling) : area.width();
     const int wrapping = lines > 1 ? Qt::TextWrapAnywhere : Qt::TextSingleLine;
     style()->drawItemText(

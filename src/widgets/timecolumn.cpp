@@ -39,9 +39,9 @@ QToolButton* makeArrow(Qt::ArrowType arrow, QWidget* parent)
 
 bool isPlainDigit(const QKeyEvent& event)
 {
-    constexpr Qt::KeyboardModifiers commands =
+    constexpr Qt::KeyboardModifiers kCommands =
         Qt::ControlModifier | Qt::AltModifier | Qt::MetaModifier;
-    return event.key() >= Qt::Key_0 && event.key() <= Qt::Key_9 && !(event.modifiers() & commands);
+    return event.key() >= Qt::Key_0 && event.key() <= Qt::Key_9 && !(event.modifiers() & kCommands);
 }
 
 } // namespace

@@ -1,5 +1,4 @@
 #include "acquisition/recorddecoder.h"
-
 #include "check.h"
 #include "plaindecoder.h"
 #include "timezones.h"

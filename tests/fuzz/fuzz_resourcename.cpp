@@ -1,6 +1,5 @@
-#include "visa/resourcename.h"
-
 #include "check.h"
+#include "visa/resourcename.h"
 
 #include <QRegularExpression>
 #include <QString>

@@ -1,5 +1,4 @@
 #include "channels/scanlist.h"
-
 #include "check.h"
 
 #include <QByteArray>

@@ -1,11 +1,11 @@
+#include "check.h"
+#include "dialogue/dialogue.h"
+#include "transport/linebuffer.h"
+
 #include <chrono>
 #include <cstdint>
 #include <string>
 #include <string_view>
-
-#include "check.h"
-#include "dialogue/dialogue.h"
-#include "transport/linebuffer.h"
 
 namespace {
 

@@ -1,3 +1,8 @@
+#include "check.h"
+#include "scpi/headerpattern.h"
+#include "scpi/message.h"
+#include "scpi/response.h"
+
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
@@ -5,11 +10,6 @@
 #include <string>
 #include <string_view>
 #include <vector>
-
-#include "check.h"
-#include "scpi/headerpattern.h"
-#include "scpi/message.h"
-#include "scpi/response.h"
 
 namespace {
 

@@ -1,12 +1,12 @@
-#include <chrono>
-#include <cstdint>
-#include <string>
-#include <string_view>
-
 #include "check.h"
 #include "service/controlservice.h"
 #include "service/instrumentservice.h"
 #include "transport/linebuffer.h"
+
+#include <chrono>
+#include <cstdint>
+#include <string>
+#include <string_view>
 
 namespace {
 

@@ -19,8 +19,9 @@
 #include <QScreen>
 #include <QtTest>
 
-#include <csignal>
 #include <sys/resource.h>
+
+#include <csignal>
 
 using userhand::click;
 using userhand::press;
@@ -239,8 +240,9 @@ void Pictures::toastAfterAStoreError()
     scene.startExport(Scene::target());
     Scene::waitForFile();
     const QDir data(CurveDataDB::instance(QString())->dataDirectory());
-    for (const QString& name : data.entryList({QStringLiteral("*.db")}, QDir::Files))
+    for (const QString& name : data.entryList({QStringLiteral("*.db")}, QDir::Files)) {
         QVERIFY(QFile::remove(data.filePath(name)));
+    }
     scene.waitForEnd();
     scene.takeToast(QStringLiteral("数据库读取失败，请检查数据文件"));
 }

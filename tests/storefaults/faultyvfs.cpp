@@ -22,11 +22,13 @@ sqlite3_vfs g_layer;
 /// Whether the present operation is one that has to fail.
 bool fails(faultyvfs::Operation operation)
 {
-    if (!g_state.armed || operation != g_state.fault.operation)
+    if (!g_state.armed || operation != g_state.fault.operation) {
         return false;
+    }
     const int call = ++g_state.calls;
-    if (call != g_state.fault.nth && !(g_state.fault.lasting && call > g_state.fault.nth))
+    if (call != g_state.fault.nth && !(g_state.fault.lasting && call > g_state.fault.nth)) {
         return false;
+    }
     ++g_state.failures;
     return true;
 }
@@ -55,10 +57,12 @@ int readFile(sqlite3_file* file, void* buffer, int count, sqlite3_int64 offset)
 int writeFile(sqlite3_file* file, const void* buffer, int count, sqlite3_int64 offset)
 {
     const auto write = real(file)->pMethods->xWrite;
-    if (!fails(faultyvfs::Operation::Write))
+    if (!fails(faultyvfs::Operation::Write)) {
         return write(real(file), buffer, count, offset);
-    if (g_state.fault.torn)
+    }
+    if (g_state.fault.torn) {
         write(real(file), buffer, count / 2, offset);
+    }
     return g_state.fault.result;
 }
 
@@ -69,8 +73,9 @@ int truncateFile(sqlite3_file* file, sqlite3_int64 size)
 
 int syncFile(sqlite3_file* file, int flags)
 {
-    if (fails(faultyvfs::Operation::Sync))
+    if (fails(faultyvfs::Operation::Sync)) {
         return g_state.fault.result;
+    }
     return real(file)->pMethods->xSync(real(file), flags);
 }
 
@@ -162,12 +167,14 @@ constexpr sqlite3_io_methods kMethods = {3,
 int openFile(sqlite3_vfs*, const char* name, sqlite3_file* file, int flags, int* outFlags)
 {
     file->pMethods = nullptr;
-    if (fails(faultyvfs::Operation::Open))
+    if (fails(faultyvfs::Operation::Open)) {
         return g_state.fault.result;
+    }
     std::memset(real(file), 0, static_cast<size_t>(g_real->szOsFile));
     const int result = g_real->xOpen(g_real, name, real(file), flags, outFlags);
-    if (real(file)->pMethods)
+    if (real(file)->pMethods) {
         file->pMethods = &kMethods;
+    }
     return result;
 }
 
@@ -176,8 +183,9 @@ int openFile(sqlite3_vfs*, const char* name, sqlite3_file* file, int flags, int*
 bool faultyvfs::install()
 {
     g_real = sqlite3_vfs_find("unix");
-    if (!g_real)
+    if (!g_real) {
         return false;
+    }
     g_layer = *g_real;
     g_layer.zName = "faulty";
     g_layer.pNext = nullptr;

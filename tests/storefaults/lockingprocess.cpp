@@ -3,8 +3,9 @@
 #include <QCoreApplication>
 #include <QThread>
 
-#include <cstdio>
 #include <sqlite3.h>
+
+#include <cstdio>
 
 namespace {
 

@@ -2,11 +2,12 @@
 
 #include <QFile>
 
-#include <cerrno>
-#include <cstring>
 #include <sched.h>
 #include <sys/mount.h>
 #include <unistd.h>
+
+#include <cerrno>
+#include <cstring>
 
 // Linux: mount namespaces are its own.
 
@@ -31,17 +32,21 @@ QString privatemounts::enter()
     const QByteArray user = QByteArray::number(getuid());
     const QByteArray group = QByteArray::number(getgid());
     if (unshare(CLONE_NEWNS) != 0) {
-        if (unshare(CLONE_NEWUSER | CLONE_NEWNS) != 0)
+        if (unshare(CLONE_NEWUSER | CLONE_NEWNS) != 0) {
             return failure("no mount namespace");
+        }
         if (!writeFile("/proc/self/setgroups", "deny") ||
             !writeFile("/proc/self/uid_map", "0 " + user + " 1") ||
-            !writeFile("/proc/self/gid_map", "0 " + group + " 1"))
+            !writeFile("/proc/self/gid_map", "0 " + group + " 1")) {
             return failure("no root in the user namespace");
+        }
     }
-    if (mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0)
+    if (mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0) {
         return failure("mounts cannot be kept private");
-    if (mount("none", "/mnt", "tmpfs", 0, "size=64k") != 0)
+    }
+    if (mount("none", "/mnt", "tmpfs", 0, "size=64k") != 0) {
         return failure("nothing can be mounted");
+    }
     umount("/mnt");
     return {};
 }

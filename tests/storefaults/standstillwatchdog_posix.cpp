@@ -1,13 +1,14 @@
 #include "standstillwatchdog.h"
 
-#include <chrono>
-#include <csignal>
-#include <cstdio>
-#include <cstdlib>
 #include <dirent.h>
 #include <execinfo.h>
 #include <sys/syscall.h>
 #include <unistd.h>
+
+#include <chrono>
+#include <csignal>
+#include <cstdio>
+#include <cstdlib>
 
 // Linux: the list of a process's threads is its own.
 
@@ -27,8 +28,9 @@ void writeStack(int)
     const int count = backtrace(frames, kMostFrames);
     char title[64];
     const int length = std::snprintf(title, sizeof title, "\nthread %ld\n", syscall(SYS_gettid));
-    if (write(STDERR_FILENO, title, static_cast<size_t>(length)) == length)
+    if (write(STDERR_FILENO, title, static_cast<size_t>(length)) == length) {
         backtrace_symbols_fd(frames, count, STDERR_FILENO);
+    }
     ++g_stacks;
 }
 
@@ -40,16 +42,19 @@ void writeAllStacks()
     action.sa_handler = writeStack;
     sigaction(kSignal, &action, nullptr);
     DIR* const threads = opendir("/proc/self/task");
-    if (!threads)
+    if (!threads) {
         return;
+    }
     while (const dirent* entry = readdir(threads)) {
         const long thread = std::atol(entry->d_name);
         const int before = g_stacks;
-        if (thread <= 0 || syscall(SYS_tgkill, getpid(), thread, kSignal) != 0)
+        if (thread <= 0 || syscall(SYS_tgkill, getpid(), thread, kSignal) != 0) {
             continue;
+        }
         const auto end = std::chrono::steady_clock::now() + kStackTime;
-        while (g_stacks == before && std::chrono::steady_clock::now() < end)
+        while (g_stacks == before && std::chrono::steady_clock::now() < end) {
             std::this_thread::yield();
+        }
     }
     closedir(threads);
 }

@@ -24,8 +24,9 @@ int StoreObserver::count(const QString& dateKey, const QString& table, int curve
                          double value)
 {
     sqlite3* const database = open(dateKey);
-    if (!database)
+    if (!database) {
         return 0;
+    }
     const QString sql =
         QStringLiteral(
             "SELECT count(*) FROM \"%1\" WHERE curve_id = ? AND timestamp = ? AND value = ?")
@@ -37,8 +38,9 @@ int StoreObserver::count(const QString& dateKey, const QString& table, int curve
         sqlite3_bind_int(statement, 1, curveId);
         sqlite3_bind_int64(statement, 2, time);
         sqlite3_bind_double(statement, 3, value);
-        if (sqlite3_step(statement) == SQLITE_ROW)
+        if (sqlite3_step(statement) == SQLITE_ROW) {
             rows = sqlite3_column_int(statement, 0);
+        }
     }
     sqlite3_finalize(statement);
     return rows;
@@ -46,18 +48,21 @@ int StoreObserver::count(const QString& dateKey, const QString& table, int curve
 
 void StoreObserver::close()
 {
-    for (sqlite3* database : qAsConst(m_files))
+    for (sqlite3* database : qAsConst(m_files)) {
         sqlite3_close(database);
+    }
     m_files.clear();
 }
 
 sqlite3* StoreObserver::open(const QString& dateKey)
 {
-    if (sqlite3* known = m_files.value(dateKey))
+    if (sqlite3* known = m_files.value(dateKey)) {
         return known;
+    }
     const QString path = m_directory + QLatin1Char('/') + dateKey + QStringLiteral(".db");
-    if (!QFile::exists(path))
+    if (!QFile::exists(path)) {
         return nullptr;
+    }
     sqlite3* database = nullptr;
     if (sqlite3_open_v2(path.toUtf8().constData(), &database, SQLITE_OPEN_READWRITE, "unix") !=
         SQLITE_OK) {

@@ -1,17 +1,16 @@
-#include "privatemounts.h"
-
 #include "dayfilewriter.h"
-#include "exportscene.h"
-#include "timescene.h"
-
 #include "export/csvexportfromdbthread.h"
+#include "exportscene.h"
+#include "privatemounts.h"
+#include "timescene.h"
 
 #include <QDir>
 #include <QFile>
 #include <QtTest>
 
-#include <cstdio>
 #include <sys/statvfs.h>
+
+#include <cstdio>
 
 // Exports to a disk that fills up, wherever in the file that is, and to a directory that may only be
 // read, by mounts that nobody else sees.
@@ -49,8 +48,9 @@ public:
     {
         QFile filler(m_directory + QStringLiteral("/filler"));
         QVERIFY(filler.open(QIODevice::WriteOnly | QIODevice::Unbuffered));
-        while (freePages() > pages)
+        while (freePages() > pages) {
             QCOMPARE(filler.write(QByteArray(kPageBytes, 'x')), qint64(kPageBytes));
+        }
         QCOMPARE(freePages(), pages);
     }
 
@@ -106,8 +106,9 @@ void TestExportDisk::diskFullAtEachPage()
     order.rowsPerPart = rowsPerPart;
     const QVector<QByteArray> expected = scene.expectedParts(order);
     int needed = 0;
-    for (const QByteArray& part : expected)
+    for (const QByteArray& part : expected) {
         needed += (part.size() + kPageBytes - 1) / kPageBytes;
+    }
     for (int pages = 0; pages <= needed + 1; ++pages) {
         const QString directory = QFileInfo(order.path).path();
         const SmallDisk disk(directory);
@@ -147,8 +148,9 @@ void TestExportDisk::diskFullAtTheEdgeOfAPart()
     QVERIFY(disk.isMounted());
     const auto runWith = [&](bool full) {
         return runExport(order, [&](CsvExportFromDBThread&) {
-            if (full && QDir(directory).entryList(QDir::Files).size() == 9)
+            if (full && QDir(directory).entryList(QDir::Files).size() == 9) {
                 disk.fillUpTo(0);
+            }
         });
     };
     QCOMPARE(runWith(false).result, ExportFileError);
@@ -187,8 +189,9 @@ void TestExportDisk::directoryThatTurnsReadOnly()
     const QString directory = QFileInfo(order.path).path();
     bool readOnly = false;
     const auto outcome = runExport(order, [&](CsvExportFromDBThread&) {
-        if (!readOnly)
+        if (!readOnly) {
             readOnly = privatemounts::makeReadOnly(directory);
+        }
     });
     QVERIFY(readOnly);
     QVERIFY(privatemounts::unmount(directory));

@@ -1,12 +1,10 @@
-#include "lockingprocess.h"
-
 #include "dayfilewriter.h"
-#include "exportscene.h"
-#include "logcapture.h"
-#include "timescene.h"
-
 #include "export/csvexportfromdbthread.h"
+#include "exportscene.h"
+#include "lockingprocess.h"
+#include "logcapture.h"
 #include "storage/connectionpool.h"
+#include "timescene.h"
 
 #include <QDir>
 #include <QElapsedTimer>
@@ -49,8 +47,9 @@ ExportOrder twoDays(ExportScene& scene)
     scene.know(curves);
     for (const char* day : {kFirstDay, kSecondDay}) {
         QVector<DayCurve> samples;
-        for (const int id : qAsConst(ids))
+        for (const int id : qAsConst(ids)) {
             samples.append({id, curves.value(id), samplesFrom(morningOf(day), kRows)});
+        }
         scene.addDay(day, samples);
     }
     ExportOrder order = scene.order(ids, morningOf(kFirstDay), morningOf(kSecondDay) + kHourMs);
@@ -126,11 +125,13 @@ void TestExportLocks::lockInTheMidstIsWaitedForOnce()
     std::unique_ptr<LockingProcess> lock;
     QElapsedTimer timer;
     const auto outcome = runExport(order, [&](CsvExportFromDBThread&) {
-        if (lock)
+        if (lock) {
             return;
+        }
         const QString path = scene.store().path(kSecondDay);
-        if (!isOpen) // as when the pool has had to make room
+        if (!isOpen) { // as when the pool has had to make room
             ConnectionPool::instance().discardConnection(path);
+        }
         lock = std::make_unique<LockingProcess>(path, LockingProcess::Everything, kForever);
         QVERIFY(lock->isHeld());
         timer.start();
@@ -168,10 +169,11 @@ void TestExportLocks::stopInTheWait()
         [&result](ExportResult told) { result = told; }, Qt::DirectConnection);
     std::unique_ptr<LockingProcess> lock;
     const auto takeLock = [&] {
-        if (!lock)
+        if (!lock) {
             lock = std::make_unique<LockingProcess>(
                 scene.store().path(inTheMidst ? kSecondDay : kFirstDay), LockingProcess::Everything,
                 kForever);
+        }
     };
     QSemaphore begun;
     if (inTheMidst) {
@@ -210,8 +212,9 @@ void TestExportLocks::stopInTheWait()
 int main(int argc, char** argv)
 {
     QCoreApplication application(argc, argv);
-    if (LockingProcess::isMeant(QCoreApplication::arguments()))
+    if (LockingProcess::isMeant(QCoreApplication::arguments())) {
         return LockingProcess::playLock(QCoreApplication::arguments());
+    }
     TestExportLocks test;
     return QTest::qExec(&test, argc, argv);
 }

@@ -1,11 +1,10 @@
 #include "dayfilewriter.h"
+#include "export/csvexportfromdbthread.h"
 #include "exportscene.h"
 #include "logcapture.h"
 #include "standstillwatchdog.h"
-#include "timescene.h"
-
-#include "export/csvexportfromdbthread.h"
 #include "storage/connectionpool.h"
+#include "timescene.h"
 
 #include <QDir>
 #include <QElapsedTimer>
@@ -49,14 +48,16 @@ ExportOrder fill(ExportScene& scene)
         const QDate date = first.addDays(day);
         const qint64 start = QDateTime(date, QTime(11, 59, 30)).toMSecsSinceEpoch();
         QVector<DayCurve> curves;
-        for (int curve = 0; curve < kCurves; ++curve)
+        for (int curve = 0; curve < kCurves; ++curve) {
             curves.append({1 + (curve + day) % kCurves, curveName(curve),
                            samplesFrom(start + curve, kRowsADay + curve * day)});
+        }
         scene.addDay(date.toString(QStringLiteral("yyyyMMdd")).toLatin1().constData(), curves);
     }
     const qint64 today = localTime("2026-03-10 05:59:00.000");
-    for (int i = 0; i < 200; ++i)
+    for (int i = 0; i < 200; ++i) {
         scene.append(1 + i % kCurves, today + i * 1000, i);
+    }
     return scene.order({1, 2, 3}, QDateTime(first, QTime(0, 0)).toMSecsSinceEpoch(),
                        localTime("2026-03-10 10:00:00.000"));
 }
@@ -85,8 +86,9 @@ public:
             [&result](ExportResult told) { result = told; }, Qt::DirectConnection);
         thread.startExport();
         thread.wait();
-        if (result != ExportSuccess || partsIn(m_directory).values().toVector() != m_expected)
+        if (result != ExportSuccess || partsIn(m_directory).values().toVector() != m_expected) {
             ++m_wrong;
+        }
         QDir(m_directory).removeRecursively();
         ++m_count;
     }
@@ -109,16 +111,18 @@ public:
     ~Crowd()
     {
         m_stop = true;
-        for (std::thread& thread : m_threads)
+        for (std::thread& thread : m_threads) {
             thread.join();
+        }
     }
 
     template <typename Work>
     void add(Work work)
     {
         m_threads.emplace_back([this, work]() mutable {
-            while (!m_stop)
+            while (!m_stop) {
                 work();
+            }
         });
     }
 

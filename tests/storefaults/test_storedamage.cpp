@@ -1,10 +1,9 @@
 #include "dayfilereader.h"
 #include "dayfilewriter.h"
 #include "logcapture.h"
-#include "teststore.h"
-
 #include "storage/connectionpool.h"
 #include "storage/curvedatadb.h"
+#include "teststore.h"
 
 #include <QDir>
 #include <QFile>
@@ -76,8 +75,9 @@ QByteArray garbage(int size)
 void makeDayFile(const QString& path)
 {
     DayFileWriter writer(path);
-    for (int curve = 1; curve <= 3; ++curve)
+    for (int curve = 1; curve <= 3; ++curve) {
         writer.addCurve(curve, nameOf(curve));
+    }
 }
 
 } // namespace
@@ -110,13 +110,15 @@ void TestStoreDamage::garbageAtTheStart()
     store.restart();
     constexpr const char* kNoDatabase = "\"file is not a database Unable to execute statement\"";
     QStringList expected;
-    for (const char* pragma :
-         {"PRAGMA journal_mode = WAL", "PRAGMA journal_mode = DELETE", "PRAGMA synchronous = FULL"})
+    for (const char* pragma : {"PRAGMA journal_mode = WAL", "PRAGMA journal_mode = DELETE",
+                               "PRAGMA synchronous = FULL"}) {
         expected.append(QStringLiteral("warning: 执行PRAGMA失败： \"%1\"  错误： %2")
                             .arg(one(pragma), one(kNoDatabase)));
-    for (const char* table : {"curve_info", "batch_metadata", "curve_metadata"})
+    }
+    for (const char* table : {"curve_info", "batch_metadata", "curve_metadata"}) {
         expected.append(
             QStringLiteral("critical: 创建%1表失败: %2").arg(one(table), one(kNoDatabase)));
+    }
     QCOMPARE(log.lines(), expected);
     QCOMPARE(store->registerCurve(nameOf(1)), -1);
     store->appendPoint(1, at("09:00:00"), 1.0);
@@ -143,9 +145,10 @@ void TestStoreDamage::garbageInPlaceOfAPastDay()
                 .isEmpty());
     constexpr const char* kNoDatabase = "\"file is not a database Unable to execute statement\"";
     QStringList expected;
-    for (const char* pragma : {"PRAGMA journal_mode = DELETE", "PRAGMA synchronous = OFF"})
+    for (const char* pragma : {"PRAGMA journal_mode = DELETE", "PRAGMA synchronous = OFF"}) {
         expected.append(QStringLiteral("执行PRAGMA失败： \"%1\"  错误： %2")
                             .arg(one(pragma), one(kNoDatabase)));
+    }
     expected.append(one("在新数据库中注册曲线失败: ") + one(kNoDatabase));
     expected.append(one("查询分片元数据失败: ") + one(kNoDatabase));
     QCOMPARE(log.lines(QtWarningMsg), expected);
@@ -159,8 +162,9 @@ void TestStoreDamage::garbageInPlaceOfAPastDay()
 void TestStoreDamage::garbageOverAnOpenFile()
 {
     TestStore store;
-    for (int curve = 1; curve <= 3; ++curve)
+    for (int curve = 1; curve <= 3; ++curve) {
         QCOMPARE(store->registerCurve(nameOf(curve)), curve);
+    }
     store->appendPoint(1, at("09:00:00"), 1.0);
     const QString path = store.path("20260112");
     {
@@ -171,14 +175,16 @@ void TestStoreDamage::garbageOverAnOpenFile()
     }
     {
         const LogCapture log;
-        for (int i = 1; i <= 2000; ++i)
+        for (int i = 1; i <= 2000; ++i) {
             store->appendPoint(1 + i % 3, at("09:00:00") + i, i);
+        }
         store->flushAndDetach();
         store->appendPoint(1, at("09:00:10"), 1.0);
         store->readCurveData(1, at("09:00:00"), at("09:10:00"), 0);
     }
-    for (const char* suffix : {"", "-wal", "-shm"})
+    for (const char* suffix : {"", "-wal", "-shm"}) {
         QFile::remove(path + one(suffix));
+    }
     const LogCapture log;
     store->appendPoint(2, at("09:20:00"), 2.0);
     QCOMPARE(points(path, "curve_2_batch_20260112_060000_20260112_115959"),
@@ -241,18 +247,21 @@ void TestStoreDamage::fileThatGoesIsMadeAgain_data()
     QTest::addColumn<QString>("how");
     for (const char* how : {"deleted", "deleted without its log", "moved away", "replaced",
                             "replaced by a copy of itself", "directory deleted",
-                            "directory moved away", "directory replaced"})
+                            "directory moved away", "directory replaced"}) {
         QTest::newRow(how) << one(how);
+    }
 }
 
 void TestStoreDamage::fileThatGoesIsMadeAgain()
 {
     QFETCH(QString, how);
     TestStore store;
-    for (int curve = 1; curve <= 3; ++curve)
+    for (int curve = 1; curve <= 3; ++curve) {
         QCOMPARE(store->registerCurve(nameOf(curve)), curve);
-    for (int curve = 1; curve <= 3; ++curve)
+    }
+    for (int curve = 1; curve <= 3; ++curve) {
         store->appendPoint(curve, at("09:00:00"), 1.0);
+    }
     const QString path = store.path("20260112");
     const QString directory = store.directory();
     const QTemporaryDir elsewhere;
@@ -260,8 +269,9 @@ void TestStoreDamage::fileThatGoesIsMadeAgain()
     const LogCapture log;
     bool replacedByCopy = false;
     if (how == one("deleted")) {
-        for (const char* suffix : {"", "-wal", "-shm"})
+        for (const char* suffix : {"", "-wal", "-shm"}) {
             QVERIFY(QFile::remove(path + one(suffix)));
+        }
     } else if (how == one("deleted without its log")) {
         QVERIFY(QFile::remove(path));
     } else if (how == one("moved away")) {
@@ -286,15 +296,17 @@ void TestStoreDamage::fileThatGoesIsMadeAgain()
             makeDayFile(path);
         }
     }
-    for (int curve = 1; curve <= 3; ++curve)
+    for (int curve = 1; curve <= 3; ++curve) {
         store->appendPoint(curve, at("09:00:01"), 2.0);
+    }
     // Late readings and the next ones find the same file.
     store->flushAndDetach();
     store->appendPoint(1, at("09:00:02"), 3.0);
     QCOMPARE(log.lines(QtWarningMsg) + log.lines(QtCriticalMsg), QStringList());
     QStringList expected{point(at("09:00:01"), "2.0"), point(at("09:00:02"), "3.0")};
-    if (replacedByCopy)
+    if (replacedByCopy) {
         expected.prepend(point(at("09:00:00"), "1.0"));
+    }
     QCOMPARE(points(path), expected);
     QCOMPARE(dayfile::rows(path, one("PRAGMA integrity_check")), QStringList{one("ok")});
     QCOMPARE(dayfile::rows(path, one("SELECT i.curve_id, name, max_time FROM curve_info i JOIN "
@@ -304,10 +316,11 @@ void TestStoreDamage::fileThatGoesIsMadeAgain()
                           QStringLiteral("3|103(V)|%1").arg(at("09:00:01"))}));
     // What was moved has all that was stored before.
     QString moved;
-    if (how == one("moved away"))
+    if (how == one("moved away")) {
         moved = path + one(".old");
-    else if (how == one("directory moved away") || how == one("directory replaced"))
+    } else if (how == one("directory moved away") || how == one("directory replaced")) {
         moved = elsewhere.path() + one("/20260112.db");
+    }
     if (!moved.isEmpty()) {
         QCOMPARE(points(moved), QStringList{point(at("09:00:00"), "1.0")});
         QCOMPARE(dayfile::rows(moved, one("PRAGMA integrity_check")), QStringList{one("ok")});
@@ -350,8 +363,9 @@ void TestStoreDamage::directoryThatCannotBeMadeAgain()
             (QStringList{
                 QStringLiteral("切换数据库失败，连接无效： \"%1\"").arg(store.path("20260112")),
                 QStringLiteral("创建数据库目录失败: \"%1\"").arg(store.directory())}));
-        for (int i = 0; i < 100; ++i)
+        for (int i = 0; i < 100; ++i) {
             store->appendPoint(1, at("09:00:02") + i, 3.0);
+        }
         QCOMPARE(log.lines(QtCriticalMsg).size(), 1); // it is not asked for with every reading
     }
     QVERIFY(QFile::remove(store.directory()));

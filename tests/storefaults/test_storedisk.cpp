@@ -1,12 +1,10 @@
-#include "privatemounts.h"
-#include "storeobserver.h"
-
 #include "dayfilereader.h"
 #include "dayfilewriter.h"
 #include "logcapture.h"
-#include "teststore.h"
-
+#include "privatemounts.h"
 #include "storage/curvedatadb.h"
+#include "storeobserver.h"
+#include "teststore.h"
 
 #include <QDir>
 #include <QFile>
@@ -111,15 +109,17 @@ void TestStoreDisk::fullDiskInTheMidstOfARun()
         const qint64 time = at("09:00:00") + number;
         store->appendPoint(1, time, number);
         const bool stored = observer.count(one("20260112"), one(kMorning), 1, time, number) == 1;
-        if (stored)
+        if (stored) {
             expected.append(QStringLiteral("%1.0").arg(number));
+        }
         return stored;
     };
     int lost = 0;
     {
         const LogCapture log;
-        for (int number = 1; number <= kReadings; ++number)
+        for (int number = 1; number <= kReadings; ++number) {
             lost += append(number) ? 0 : 1;
+        }
         QVERIFY2(lost > 1000 && lost < kReadings - 50, qPrintable(QString::number(lost)));
         const QStringList lines = log.lines();
         QVERIFY(lines.size() > 1000);
@@ -136,8 +136,9 @@ void TestStoreDisk::fullDiskInTheMidstOfARun()
     }
     QVERIFY(QFile::remove(filler));
     const LogCapture log;
-    for (int number = kReadings + 1; number <= kReadings + 100; ++number)
+    for (int number = kReadings + 1; number <= kReadings + 100; ++number) {
         QVERIFY(append(number));
+    }
     QCOMPARE(log.lines(), QStringList());
     observer.close();
     QCOMPARE(values(path), expected);
@@ -227,13 +228,15 @@ void TestStoreDisk::readOnlyDirectoryAtTheStart()
              {"warning: 执行PRAGMA失败： \"PRAGMA journal_mode = WAL\"  错误： \"attempt to write "
               "a readonly database Unable to fetch row\"",
               "warning: 保存曲线元数据失败: \"attempt to write a readonly database Unable to "
-              "fetch row\""})
+              "fetch row\""}) {
             QVERIFY2(lines.contains(one(line)), qPrintable(lines.join(QLatin1Char('\n'))));
+        }
         // What was stored can be read.
         QCOMPARE(store->readCurveData(1, at("08:00:00"), at("10:00:00"), 0).size(), 1);
         const int sizeBefore = log.lines().size();
-        for (int i = 2; i < 100; ++i)
+        for (int i = 2; i < 100; ++i) {
             store->appendPoint(1, at("09:00:00") + i, i);
+        }
         QVERIFY(log.lines().size() <= sizeBefore + 2 * 98); // opened again once, not each time
     }
     QCOMPARE(values(path), QStringList{one("1.0")});
@@ -282,8 +285,9 @@ void TestStoreDisk::readOnlyDirectoryWhenAFileIsOpenedAgain()
     QCOMPARE(store->registerCurve(one("101(V)")), 1);
     store->appendPoint(1, at("09:00:00"), 1.0);
     const QString path = store.path("20260112");
-    for (const char* suffix : {"", "-wal", "-shm"})
+    for (const char* suffix : {"", "-wal", "-shm"}) {
         QVERIFY(QFile::remove(path + one(suffix)));
+    }
     {
         const Mount readOnly(store.directory(), Mount::ReadOnly);
         QVERIFY(readOnly.isMounted());

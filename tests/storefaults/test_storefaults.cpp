@@ -1,23 +1,22 @@
-#include "faultyvfs.h"
-#include "storeobserver.h"
-
 #include "dayfilereader.h"
 #include "dayfilewriter.h"
+#include "faultyvfs.h"
 #include "logcapture.h"
-
 #include "storage/connectionpool.h"
 #include "storage/curvedatadb.h"
 #include "storage/shardnaming.h"
 #include "storage/storeclock.h"
+#include "storeobserver.h"
 
 #include <QDir>
 #include <QFile>
 #include <QTemporaryDir>
 #include <QtTest>
 
+#include <sqlite3.h>
+
 #include <algorithm>
 #include <memory>
-#include <sqlite3.h>
 
 // The store on a disk whose nth write, sync or open fails, for every n: what was seen committed
 // stays, once, and readings are stored again when the disk works again.
@@ -86,8 +85,9 @@ QString makeTemplate(const QTemporaryDir& directory)
     g_present = localTime("2026-01-12 11:00:00.000");
     {
         CurveDataDB store(directory.path());
-        for (int curve = 1; curve <= kCurves; ++curve)
+        for (int curve = 1; curve <= kCurves; ++curve) {
             store.registerCurve(QStringLiteral("10%1(V)").arg(curve));
+        }
         store.closeForExit(QDeadlineTimer(kCloseMs));
     }
     return directory.filePath(one("20260112.db"));
@@ -104,26 +104,31 @@ public:
     {
         setPresentFor(m_first);
         QFile::copy(templateFile, path("20260112"));
-        if (scene == Scene::PastDay)
+        if (scene == Scene::PastDay) {
             QFile::copy(templateFile, path("20260113"));
+        }
     }
 
     /// Appends the scene's readings with the fault, and some more without it.
     void play(const Fault& fault)
     {
-        if (m_scene != Scene::Starting)
+        if (m_scene != Scene::Starting) {
             openStore();
+        }
         faultyvfs::arm(fault);
-        if (m_scene == Scene::Starting)
+        if (m_scene == Scene::Starting) {
             openStore();
-        for (int i = 0; i < kReadings; ++i)
+        }
+        for (int i = 0; i < kReadings; ++i) {
             append(i * kStepMs);
+        }
         faultyvfs::disarm();
         m_failures = faultyvfs::failures();
         m_during = m_readings.size();
         const qint64 later = kReadings * kStepMs + kRepairMs;
-        for (int i = 0; i < kReadingsAfter; ++i)
+        for (int i = 0; i < kReadingsAfter; ++i) {
             append(later + i * kStepMs);
+        }
         m_observer.close();
         m_store->closeForExit(QDeadlineTimer(kCloseMs));
     }
@@ -140,27 +145,32 @@ public:
     QString complaint()
     {
         for (int i = m_during; i < m_seen.size(); ++i) {
-            if (!m_seen.at(i))
+            if (!m_seen.at(i)) {
                 return QStringLiteral("reading %1 after the fault is not stored").arg(i - m_during);
+            }
         }
         const QStringList keys = QDir(m_directory.path())
                                      .entryList({one("*.db")}, QDir::Files)
                                      .replaceInStrings(one(".db"), QString());
         for (const Reading& reading : qAsConst(m_readings)) {
-            if (!keys.contains(reading.dateKey))
+            if (!keys.contains(reading.dateKey)) {
                 return reading.dateKey + QStringLiteral(" is not there");
+            }
         }
         for (const QString& key : keys) {
             const QString file = path(qPrintable(key));
             const QStringList check = dayfile::rows(file, one("PRAGMA integrity_check"));
-            if (check != QStringList{one("ok")})
+            if (check != QStringList{one("ok")}) {
                 return key + QStringLiteral(": ") + check.join(QLatin1Char(' '));
+            }
             const QStringList strays = dayfile::rows(file, one("PRAGMA foreign_key_check"));
-            if (!strays.isEmpty())
+            if (!strays.isEmpty()) {
                 return key + QStringLiteral(": ") + strays.join(QLatin1Char(' '));
+            }
             const QString rows = compareRows(key);
-            if (!rows.isEmpty())
+            if (!rows.isEmpty()) {
                 return rows;
+            }
         }
         return compareExtremes();
     }
@@ -197,31 +207,35 @@ private:
         QStringList expected;
         for (int i = 0; i < m_readings.size(); ++i) {
             const Reading& reading = m_readings.at(i);
-            if (m_seen.at(i) && reading.dateKey == key)
+            if (m_seen.at(i) && reading.dateKey == key) {
                 expected.append(QStringLiteral("%1|%2|%3|%4.0")
                                     .arg(reading.table)
                                     .arg(reading.curveId)
                                     .arg(reading.time)
                                     .arg(reading.value));
+            }
         }
         const QString file = path(qPrintable(key));
         QStringList found;
         const QStringList tables = dayfile::rows(
             file,
             one("SELECT name FROM sqlite_master WHERE type = 'table' AND name LIKE '%batch_2%'"));
-        for (const QString& table : tables)
+        for (const QString& table : tables) {
             found += dayfile::rows(
                 file, QStringLiteral("SELECT '%1', curve_id, timestamp, value FROM %1").arg(table));
+        }
         const QStringList catalogue =
             dayfile::rows(file, one("SELECT table_name FROM batch_metadata"));
         if (QSet<QString>(catalogue.begin(), catalogue.end()) !=
-            QSet<QString>(tables.begin(), tables.end()))
+            QSet<QString>(tables.begin(), tables.end())) {
             return QStringLiteral("tables %1, catalogue %2")
                 .arg(tables.join(QLatin1Char(' ')), catalogue.join(QLatin1Char(' ')));
+        }
         expected.sort();
         found.sort();
-        if (found == expected)
+        if (found == expected) {
             return {};
+        }
         return QStringLiteral("%1: %2 rows where %3 were seen\n%4\n--\n%5")
             .arg(key)
             .arg(found.size())
@@ -233,19 +247,21 @@ private:
     QString compareExtremes()
     {
         QStringList expected;
-        for (int curve = 1; curve <= kCurves; ++curve)
+        for (int curve = 1; curve <= kCurves; ++curve) {
             expected.append(
                 QStringLiteral("%1|10%1(V)|%2")
                     .arg(curve)
                     .arg(
                         m_readings.at(m_readings.size() - 1 - (m_readings.size() - curve) % kCurves)
                             .time));
+        }
         const QStringList found = dayfile::rows(path(qPrintable(todayKey())),
                                                 one("SELECT i.curve_id, i.name, m.max_time FROM "
                                                     "curve_info i LEFT JOIN curve_metadata m "
                                                     "ON m.curve_id = i.curve_id ORDER BY 1"));
-        if (found == expected)
+        if (found == expected) {
             return {};
+        }
         return QStringLiteral("extremes %1 where %2 were expected")
             .arg(found.join(QLatin1Char(' ')), expected.join(QLatin1Char(' ')));
     }
@@ -356,8 +372,9 @@ void TestStoreFaults::everyFaultIsSurvived()
     QFETCH(Fault, fault);
     QFETCH(int, stride);
     QFETCH(int, mostLost);
-    if (qEnvironmentVariableIsSet("SCN_EVERY_FAULT"))
+    if (qEnvironmentVariableIsSet("SCN_EVERY_FAULT")) {
         stride = 1;
+    }
     int runs = 0;
     int worst = 0;
     QStringList complaints;
@@ -370,12 +387,14 @@ void TestStoreFaults::everyFaultIsSurvived()
             log = capture.lines();
         }
         QString complaint = run.complaint();
-        if (complaint.isEmpty() && run.lost() > mostLost)
+        if (complaint.isEmpty() && run.lost() > mostLost) {
             complaint = QStringLiteral("%1 readings lost").arg(run.lost());
-        if (!complaint.isEmpty())
+        }
+        if (!complaint.isEmpty()) {
             complaints.append(QStringLiteral("n = %1: %2\n%3")
                                   .arg(fault.nth)
                                   .arg(complaint, log.join(QLatin1Char('\n'))));
+        }
         if (run.failures() == 0) {
             QCOMPARE(run.lost(), 0);
             break;

@@ -1,6 +1,5 @@
 #include "dayfilereader.h"
 #include "dayfilewriter.h"
-
 #include "storage/curvedatadb.h"
 #include "storage/shardnaming.h"
 #include "storage/storeclock.h"
@@ -47,8 +46,9 @@ QString nameOf(int curve)
 /// Failures are all that a child may say on its standard error.
 void sayFailures(QtMsgType level, const QMessageLogContext&, const QString& text)
 {
-    if (level != QtDebugMsg)
+    if (level != QtDebugMsg) {
         std::fprintf(stderr, "%s\n", qPrintable(text));
+    }
 }
 
 /// Appends until it is killed; a line "curve time" for each reading that is stored.
@@ -57,8 +57,9 @@ int playWriter(const QString& directory, qint64 start)
     g_present = start;
     CurveDataDB store(directory);
     for (int curve = 1; curve <= kCurves; ++curve) {
-        if (store.registerCurve(nameOf(curve)) != curve)
+        if (store.registerCurve(nameOf(curve)) != curve) {
             return 2;
+        }
     }
     for (;;) {
         ++g_present;
@@ -76,14 +77,17 @@ int playReader(const QString& directory, qint64 from, qint64 to)
     g_present = to;
     CurveDataDB store(directory);
     QMap<int, int> found;
-    for (int curve = 1; curve <= kCurves; ++curve)
+    for (int curve = 1; curve <= kCurves; ++curve) {
         found.insert(store.registerCurve(nameOf(curve)), 0);
-    for (qint64 day = from; day < to; day += kDayLengthMs) {
-        for (auto it = found.begin(); it != found.end(); ++it)
-            *it += store.readCurveData(it.key(), day, day + kDayLengthMs - 1, 0).size();
     }
-    for (auto it = found.cbegin(); it != found.cend(); ++it)
+    for (qint64 day = from; day < to; day += kDayLengthMs) {
+        for (auto it = found.begin(); it != found.end(); ++it) {
+            *it += store.readCurveData(it.key(), day, day + kDayLengthMs - 1, 0).size();
+        }
+    }
+    for (auto it = found.cbegin(); it != found.cend(); ++it) {
         std::printf("%d %d\n", it.key(), it.value());
+    }
     store.closeForExit(QDeadlineTimer(5000));
     return 0;
 }
@@ -108,8 +112,9 @@ QSet<QString> storedReadings(const QString& path)
     for (const QString& table : tables) {
         const QStringList rows = dayfile::rows(
             path, QStringLiteral("SELECT curve_id || ' ' || timestamp FROM %1").arg(table));
-        for (const QString& row : rows)
+        for (const QString& row : rows) {
             readings.insert(row);
+        }
     }
     return readings;
 }
@@ -136,12 +141,14 @@ QString TestStoreKills::killOne(const QString& directory, qint64 start, QRandomG
     QProcess child;
     child.start(QCoreApplication::applicationFilePath(),
                 {one("--play"), one("writer"), directory, QString::number(start)});
-    if (!child.waitForStarted(kChildTimeoutMs))
+    if (!child.waitForStarted(kChildTimeoutMs)) {
         return one("the child does not start");
+    }
     // Half of them die while they start, the others after their first reading.
     const bool late = random.bounded(2) == 1;
-    if (late && !child.waitForReadyRead(kChildTimeoutMs))
+    if (late && !child.waitForReadyRead(kChildTimeoutMs)) {
         return one("no reading was stored: ") + QString::fromUtf8(child.readAllStandardError());
+    }
     QByteArray output = child.readAllStandardOutput();
     const QDeadlineTimer end(random.bounded(late ? kLateKillMs : kEarlyKillMs));
     while (!end.hasExpired()) {
@@ -149,15 +156,18 @@ QString TestStoreKills::killOne(const QString& directory, qint64 start, QRandomG
         output += child.readAllStandardOutput();
     }
     child.kill();
-    if (!child.waitForFinished(kChildTimeoutMs))
+    if (!child.waitForFinished(kChildTimeoutMs)) {
         return one("the child does not die");
+    }
     output += child.readAllStandardOutput();
     const QString errors = QString::fromUtf8(child.readAllStandardError());
-    if (child.exitStatus() != QProcess::CrashExit || !errors.isEmpty())
+    if (child.exitStatus() != QProcess::CrashExit || !errors.isEmpty()) {
         return QStringLiteral("the child ended with %1: %2").arg(child.exitCode()).arg(errors);
+    }
     const QString whole = QString::fromLatin1(output.left(output.lastIndexOf('\n')));
-    for (const QString& reading : whole.split(QLatin1Char('\n'), Qt::SkipEmptyParts))
+    for (const QString& reading : whole.split(QLatin1Char('\n'), Qt::SkipEmptyParts)) {
         m_reported.insert(reading);
+    }
     return {};
 }
 
@@ -169,13 +179,16 @@ QString TestStoreKills::checkCopy(const QString& directory, const QStringList& k
     for (const QString& key : keys) {
         const QString name = key + one(".db");
         const QString source = directory + QLatin1Char('/') + name;
-        if (!QFile::exists(source))
+        if (!QFile::exists(source)) {
             continue;
-        for (const char* suffix : {"", "-wal"})
+        }
+        for (const char* suffix : {"", "-wal"}) {
             QFile::copy(source + one(suffix), copy.filePath(name) + one(suffix));
+        }
         const QStringList check = dayfile::rows(copy.filePath(name), one("PRAGMA integrity_check"));
-        if (check != QStringList{one("ok")})
+        if (check != QStringList{one("ok")}) {
             return key + one(": ") + check.join(QLatin1Char(' '));
+        }
     }
     return {};
 }
@@ -222,10 +235,11 @@ void TestStoreKills::killedWriterLosesNothingItReported()
         // A file whose makers all died before its tables were there has nothing to read.
         if (dayfile::rows(directory.filePath(file), one("SELECT 1 FROM batch_metadata"))
                 .value(0)
-                .startsWith(one("error")))
+                .startsWith(one("error"))) {
             expectedWarnings += QString(one("查询分片元数据失败: \"no such table: batch_metadata "
                                             "Unable to execute statement\"\n"))
                                     .repeated(kCurves);
+        }
     }
     qInfo("%d kills, %d readings reported, %d stored, %d day files", kills, m_reported.size(),
           stored.size(), files.size());
@@ -250,8 +264,9 @@ int main(int argc, char** argv)
 {
     QCoreApplication application(argc, argv);
     const QStringList arguments = QCoreApplication::arguments();
-    if (arguments.value(1) == one("--play"))
+    if (arguments.value(1) == one("--play")) {
         return play(arguments.mid(2));
+    }
     TestStoreKills test;
     return QTest::qExec(&test, argc, argv);
 }

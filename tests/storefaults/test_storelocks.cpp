@@ -1,12 +1,10 @@
-#include "lockingprocess.h"
-#include "storeobserver.h"
-
 #include "dayfilereader.h"
 #include "dayfilewriter.h"
+#include "lockingprocess.h"
 #include "logcapture.h"
-#include "teststore.h"
-
 #include "storage/curvedatadb.h"
+#include "storeobserver.h"
+#include "teststore.h"
 
 #include <QElapsedTimer>
 #include <QtTest>
@@ -99,10 +97,11 @@ void TestStoreLocks::lockOfTwentySecondsLosesWhatWaitsInVain()
         advancePresent(1);
         const qint64 waited = append(store, time);
         QVERIFY2(waited < kBusyMs + kMarginMs, qPrintable(QString::number(waited)));
-        if (observer.count(one("20260112"), one(kMorning), 1, time, 1.0) == 1)
+        if (observer.count(one("20260112"), one(kMorning), 1, time, 1.0) == 1) {
             expected.append(QString::number(time));
-        else
+        } else {
             ++lost;
+        }
         QTest::qWait(10);
     }
     QVERIFY2(lost >= 2 && lost <= 4, qPrintable(QString::number(lost)));
@@ -165,8 +164,9 @@ void TestStoreLocks::lockAtTheStart()
               "critical: 创建batch_metadata表失败: \"database is locked Unable to execute "
               "statement\"",
               "critical: 创建curve_metadata表失败: \"database is locked Unable to execute "
-              "statement\""})
+              "statement\""}) {
             QVERIFY2(lines.contains(one(line)), qPrintable(lines.join(QLatin1Char('\n'))));
+        }
         const qint64 registering = timed([&store] { store->registerCurve(one("101(V)")); });
         QVERIFY2(registering < kBusyMs + kMarginMs, qPrintable(QString::number(registering)));
         const qint64 reading = timed([&store] { store->appendPoint(1, at("09:00:01"), 1.0); });
@@ -246,8 +246,9 @@ void TestStoreLocks::lockOfAPastDay()
 int main(int argc, char** argv)
 {
     QCoreApplication application(argc, argv);
-    if (LockingProcess::isMeant(QCoreApplication::arguments()))
+    if (LockingProcess::isMeant(QCoreApplication::arguments())) {
         return LockingProcess::playLock(QCoreApplication::arguments());
+    }
     TestStoreLocks test;
     return QTest::qExec(&test, argc, argv);
 }

@@ -1,13 +1,11 @@
-#include "standstillwatchdog.h"
-
 #include "dayfilereader.h"
 #include "dayfilewriter.h"
 #include "logcapture.h"
-#include "teststore.h"
-
+#include "standstillwatchdog.h"
 #include "storage/connectionpool.h"
 #include "storage/curvedatadb.h"
 #include "storage/managedquery.h"
+#include "teststore.h"
 
 #include <QDir>
 #include <QElapsedTimer>
@@ -98,37 +96,38 @@ public:
         const int past = m_random.bounded(kPastFiles);
         const int id = 1 + m_random.bounded(kNames);
         const qint64 time = localTime(kNoon) - m_random.bounded(7200000);
-        if (kind < 40)
+        if (kind < 40) {
             m_store.appendPoint(id, time, m_random.generateDouble());
-        else if (kind < 45)
+        } else if (kind < 45) {
             m_store.appendPoint(id, pastTime(past) + m_random.bounded(1000), 1.0);
-        else if (kind < 48)
+        } else if (kind < 48) {
             m_store.appendPoints(id, {QPointF(static_cast<double>(time), 1.0),
                                       QPointF(static_cast<double>(pastTime(past)), 1.0)});
-        else if (kind < 62)
+        } else if (kind < 62) {
             m_store.readCurveData(id, time - kHourMs, time, 100);
-        else if (kind < 68)
+        } else if (kind < 68) {
             m_store.readCurveData(id, pastTime(past) - 4 * kHourMs, pastTime(past + 3), 1000);
-        else if (kind < 80)
+        } else if (kind < 80) {
             readAsTheExportDoes(past);
-        else if (kind < 84)
+        } else if (kind < 84) {
             m_store.flushAndDetach();
-        else if (kind < 87)
+        } else if (kind < 87) {
             m_store.saveMetadata();
-        else if (kind < 90)
+        } else if (kind < 90) {
             m_store.registerCurve(QStringLiteral("curve %1").arg(id - 1));
-        else if (kind < 93)
+        } else if (kind < 93) {
             m_store.listBatchesInFile(id, 0, time, pastPath(m_store, past));
-        else if (kind < 95)
+        } else if (kind < 95) {
             m_store.curveMetadata(id);
-        else if (kind < 96)
+        } else if (kind < 96) {
             m_store.deleteCurveData(id);
-        else if (kind < 98)
+        } else if (kind < 98) {
             ConnectionPool::instance().discardConnection(pastPath(m_store, past));
-        else if (kind < 99)
+        } else if (kind < 99) {
             ConnectionPool::instance().evictOldestConnection();
-        else
+        } else {
             ConnectionPool::instance().removeConnection(pastPath(m_store, past));
+        }
     }
 
 private:
@@ -138,15 +137,17 @@ private:
         const QString path = pastPath(m_store, past);
         {
             const auto db = m_store.openDb(path);
-            if (!db || !db->isOpen())
+            if (!db || !db->isOpen()) {
                 return;
+            }
             ManagedQuery query(*db);
             query.setForwardOnly(true);
             const qint64 start = pastTime(past) - 3 * kHourMs;
             if (query.exec(QStringLiteral("SELECT timestamp, value FROM %1")
                                .arg(DayFileWriter::tableName(1, start)))) {
-                while (query.fetchRows(64, [](const QSqlQuery& row) { row.value(1); }) == 64)
+                while (query.fetchRows(64, [](const QSqlQuery& row) { row.value(1); }) == 64) {
                     QThread::yieldCurrentThread();
+                }
             }
         }
         ConnectionPool::instance().releaseConnection(path);
@@ -176,8 +177,9 @@ int playStandstill()
     const auto lockBoth = [](QMutex& mine, QMutex& other) {
         mine.lock();
         ++ready;
-        while (ready < 2)
+        while (ready < 2) {
             QThread::yieldCurrentThread();
+        }
         other.lock();
     };
     const StandstillWatchdog watchdog(500);
@@ -215,8 +217,9 @@ void TestStoreTurmoil::watchdogTellsTheStacks()
 void TestStoreTurmoil::anythingAtAnyTime_data()
 {
     QTest::addColumn<int>("threads");
-    for (const int threads : {2, 4, 8})
+    for (const int threads : {2, 4, 8}) {
         QTest::addRow("%d threads", threads) << threads;
+    }
 }
 
 void TestStoreTurmoil::anythingAtAnyTime()
@@ -233,8 +236,9 @@ void TestStoreTurmoil::anythingAtAnyTime()
     makePastFiles(*store.get());
     QCOMPARE(dayfile::rows(pastPath(*store.get(), 0), one("SELECT count(*) FROM batch_metadata")),
              QStringList{one("1")});
-    for (int name = 0; name < kNames; ++name)
+    for (int name = 0; name < kNames; ++name) {
         store->registerCurve(QStringLiteral("curve %1").arg(name));
+    }
     int clears = 0;
     std::atomic<int> operations{0};
     {
@@ -269,8 +273,9 @@ void TestStoreTurmoil::anythingAtAnyTime()
             }
         }
         stop = true;
-        for (std::thread& thread : crowd)
+        for (std::thread& thread : crowd) {
             thread.join();
+        }
         QTRY_COMPARE_WITH_TIMEOUT(cleared.count(), clears, kStandstillMs * timeFactor());
     }
     const QStringList logged = log->lines();
@@ -301,8 +306,9 @@ void TestStoreTurmoil::anythingAtAnyTime()
 int main(int argc, char** argv)
 {
     QCoreApplication application(argc, argv);
-    if (QCoreApplication::arguments().value(1) == one("--stand-still"))
+    if (QCoreApplication::arguments().value(1) == one("--stand-still")) {
         return playStandstill();
+    }
     TestStoreTurmoil test;
     return QTest::qExec(&test, argc, argv);
 }

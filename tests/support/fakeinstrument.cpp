@@ -62,8 +62,9 @@ void FakeInstrument::resetReplies()
 {
     const QMutexLocker locker(&m_mutex);
     m_replies.clear();
-    for (const Answer& answer : kAnswers)
+    for (const Answer& answer : kAnswers) {
         m_replies.insert(QString::fromLatin1(answer.query), QString::fromLatin1(answer.reply));
+    }
 }
 
 void FakeInstrument::setNextReply(const QString& line, const QString& reply)
@@ -109,15 +110,18 @@ QByteArray FakeInstrument::answer(const QString& line)
     std::function<void()> work;
     {
         const QMutexLocker locker(&m_mutex);
-        if (QThread::currentThread() != m_ignoredThread)
+        if (QThread::currentThread() != m_ignoredThread) {
             m_lines.append(line);
+        }
         work = m_work.value(line);
     }
-    if (work)
+    if (work) {
         work();
+    }
     const QMutexLocker locker(&m_mutex);
-    if (!line.contains(QLatin1Char('?')) || m_isSilent)
+    if (!line.contains(QLatin1Char('?')) || m_isSilent) {
         return {};
+    }
     return replyTo(line).toUtf8() + '\n';
 }
 
@@ -125,8 +129,9 @@ QByteArray FakeInstrument::answer(const QString& line)
 QString FakeInstrument::replyTo(const QString& line)
 {
     const auto next = m_nextReplies.find(line);
-    if (next != m_nextReplies.end() && !next->isEmpty())
+    if (next != m_nextReplies.end() && !next->isEmpty()) {
         return next->takeFirst();
+    }
     const QString query = line.section(QLatin1Char(' '), 0, 0);
     return m_replies.value(line, m_replies.value(query, QStringLiteral("+0")));
 }

@@ -1,12 +1,12 @@
 #include "support/fakevisa.h"
 
+#include "instrument/visabinding.h"
+
 #include <QMutexLocker>
 #include <QThread>
 
 #include <algorithm>
 #include <cstring>
-
-#include "instrument/visabinding.h"
 
 const VisaTable FakeVisa::s_table = {FakeVisa::openDefaultRM, FakeVisa::open,       FakeVisa::close,
                                      FakeVisa::setAttribute,  FakeVisa::statusDesc, FakeVisa::read,
@@ -159,8 +159,9 @@ ViStatus FakeVisa::open(ViSession resourceManager, const ViChar* resource, ViAcc
                          QString::number(accessMode), QString::number(openTimeoutMs)));
     const ViStatus status = fake.takeFailure(Operation::Open);
     *session = VI_NULL;
-    if (status < VI_SUCCESS)
+    if (status < VI_SUCCESS) {
         return status;
+    }
     fake.m_connectionLost = false;
     fake.m_output.clear();
     fake.m_lateOutput.clear();
@@ -194,8 +195,9 @@ ViStatus FakeVisa::statusDesc(ViObject object, ViStatus status, ViChar* text)
     const QString number = hexadecimal(static_cast<quint32>(status));
     fake.record(QStringLiteral("viStatusDesc(%1, %2)").arg(QString::number(object), number));
     const ViStatus failure = fake.takeFailure(Operation::StatusDesc);
-    if (failure != VI_SUCCESS)
+    if (failure != VI_SUCCESS) {
         return failure;
+    }
     const QByteArray bytes =
         fake.m_statusTexts.value(status, (QLatin1String("status ") + number).toUtf8());
     std::memcpy(
@@ -217,8 +219,9 @@ ViStatus FakeVisa::read(ViSession session, ViByte* buffer, ViUInt32 count, ViUIn
     }
     QByteArray bytes;
     ViStatus status = fake.takeFailure(Operation::Read);
-    if (status == VI_SUCCESS)
+    if (status == VI_SUCCESS) {
         status = fake.m_connectionLost ? VI_ERROR_CONN_LOST : fake.takeRead(count, bytes);
+    }
     std::memcpy(buffer, bytes.constData(), static_cast<std::size_t>(bytes.size()));
     *received = static_cast<ViUInt32>(bytes.size());
     return status;
@@ -233,11 +236,13 @@ ViStatus FakeVisa::write(ViSession session, const ViByte* buffer, ViUInt32 count
     *sent = 0;
     const ViStatus status =
         fake.m_connectionLost ? VI_ERROR_CONN_LOST : fake.takeFailure(Operation::Write);
-    if (status != VI_SUCCESS)
+    if (status != VI_SUCCESS) {
         return status;
+    }
     *sent = count;
-    if (line.endsWith('\n'))
+    if (line.endsWith('\n')) {
         line.chop(1);
+    }
     fake.m_writtenLines.append(QString::fromUtf8(line));
     locker.unlock();
     fake.answer(line);
@@ -254,16 +259,19 @@ void FakeVisa::record(const QString& call)
 ViStatus FakeVisa::takeFailure(Operation operation)
 {
     const auto found = m_failures.find(operation);
-    if (found == m_failures.end())
+    if (found == m_failures.end()) {
         return VI_SUCCESS;
+    }
     if (found->after > 0) {
         --found->after;
         return VI_SUCCESS;
     }
-    if (found->times == 0)
+    if (found->times == 0) {
         return VI_SUCCESS;
-    if (found->times > 0)
+    }
+    if (found->times > 0) {
         --found->times;
+    }
     return found->status;
 }
 
@@ -283,8 +291,9 @@ ViStatus FakeVisa::takeRead(ViUInt32 count, QByteArray& bytes)
     }
     const int end = m_output.indexOf('\n') + 1;
     const bool wholeLine = end > 0 && end <= wanted;
-    if (!wholeLine && m_output.size() < wanted)
+    if (!wholeLine && m_output.size() < wanted) {
         return VI_ERROR_TMO;
+    }
     bytes = m_output.left(wholeLine ? end : wanted);
     m_output.remove(0, bytes.size());
     return wholeLine ? VI_SUCCESS_TERM_CHAR : VI_SUCCESS_MAX_CNT;
@@ -301,8 +310,9 @@ void FakeVisa::answer(const QByteArray& line)
         reply = responder(line);
         locker.relock();
     }
-    if (m_delayedCommands.removeOne(line))
+    if (m_delayedCommands.removeOne(line)) {
         m_lateOutput += reply;
-    else
+    } else {
         m_output += reply;
+    }
 }

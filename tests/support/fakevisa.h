@@ -1,5 +1,7 @@
 #pragma once
 
+#include "visa/visatable.h"
+
 #include <QByteArray>
 #include <QHash>
 #include <QList>
@@ -8,8 +10,6 @@
 #include <QStringList>
 
 #include <functional>
-
-#include "visa/visatable.h"
 
 /// A scripted VISA library behind the table of seven operations. While an object lives it is what
 /// every CDeviceVisa talks to, those made before it included; one may live at a time. It records

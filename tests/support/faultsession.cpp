@@ -22,8 +22,9 @@ void FaultSession::beginSession()
 
 void FaultSession::endSession(bool hasFailed)
 {
-    if (hasFailed)
+    if (hasFailed) {
         qWarning("%s", qPrintable(m_program->log()));
+    }
     m_user.reset();
     m_program.reset();
     m_instrument.reset();
@@ -41,8 +42,9 @@ bool FaultSession::waitUntil(const std::function<bool()>& isSo, int timeoutMs)
     QElapsedTimer timer;
     timer.start();
     while (!isSo()) {
-        if (timer.elapsed() >= timeoutMs)
+        if (timer.elapsed() >= timeoutMs) {
             return false;
+        }
         QTest::qWait(kLookEveryMs);
     }
     return true;

@@ -26,8 +26,9 @@ MeteredApplication::MeteredApplication(int& argc, char** argv)
 bool MeteredApplication::notify(QObject* receiver, QEvent* event)
 {
     // Other threads deliver their events through here too.
-    if (QThread::currentThread() == thread())
+    if (QThread::currentThread() == thread()) {
         endWait();
+    }
     return QApplication::notify(receiver, event);
 }
 
@@ -38,8 +39,9 @@ void MeteredApplication::beginWait()
 
 void MeteredApplication::endWait()
 {
-    if (m_waitBeginNs < 0)
+    if (m_waitBeginNs < 0) {
         return;
+    }
     m_waitedNs += m_clock.nsecsElapsed() - m_waitBeginNs;
     m_waitBeginNs = -1;
 }

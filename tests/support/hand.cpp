@@ -14,8 +14,9 @@ constexpr int kNotch = 120;
 /// Where the window system sends the keys.
 QWindow* windowWithKeys()
 {
-    if (const QWidget* popup = QApplication::activePopupWidget())
+    if (const QWidget* popup = QApplication::activePopupWidget()) {
         return popup->windowHandle();
+    }
     return QGuiApplication::focusWindow();
 }
 
@@ -65,6 +66,7 @@ void hand::press(Qt::Key key, Qt::KeyboardModifiers modifiers)
 
 void hand::type(const QString& text)
 {
-    for (const QChar character : text)
+    for (const QChar character : text) {
         QTest::keyClick(windowWithKeys(), character.toLatin1());
+    }
 }

@@ -16,8 +16,9 @@ ProgramProcess::ProgramProcess(const QString& display)
 
 ProgramProcess::~ProgramProcess()
 {
-    if (m_process.state() != QProcess::NotRunning)
+    if (m_process.state() != QProcess::NotRunning) {
         kill();
+    }
 }
 
 void ProgramProcess::start(const QStringList& arguments)
@@ -73,8 +74,9 @@ QStringList ProgramProcess::waitForLines(const QString& prefix, int count, int t
     for (;;) {
         const QStringList found =
             lines().filter(QRegExp(QLatin1Char('^') + QRegExp::escape(prefix)));
-        if (found.size() >= count || timer.elapsed() >= timeoutMs)
+        if (found.size() >= count || timer.elapsed() >= timeoutMs) {
             return found;
+        }
         m_process.waitForReadyRead(20);
     }
 }
@@ -110,8 +112,9 @@ QString ProgramProcess::log()
 qulonglong ProgramProcess::windowHandle()
 {
     const QStringList shown = lines().filter(QStringLiteral("WID:"));
-    if (shown.isEmpty())
+    if (shown.isEmpty()) {
         return 0;
+    }
     return shown.constLast().section(QLatin1Char(';'), 0, 0).mid(4).toULongLong();
 }
 

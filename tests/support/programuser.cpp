@@ -40,8 +40,9 @@ bool ProgramUser::bringUp(const SimulatedInstrument& instrument)
 bool ProgramUser::open(const SimulatedInstrument& instrument)
 {
     m_program.start({instrument.resource()});
-    if (m_program.waitForLines(QStringLiteral("WID:"), 1, kWaitMs).isEmpty())
+    if (m_program.waitForLines(QStringLiteral("WID:"), 1, kWaitMs).isEmpty()) {
         return false;
+    }
     const QString handle = QString::number(m_program.windowHandle());
     m_display.xdotool({QStringLiteral("windowmove"), QStringLiteral("--sync"), handle,
                        QStringLiteral("0"), QStringLiteral("0")});
@@ -69,8 +70,9 @@ void ProgramUser::clickStart() const
 
 bool ProgramUser::chooseChannels(const SimulatedInstrument& instrument, int count) const
 {
-    for (int row = 0; row < count; ++row)
+    for (int row = 0; row < count; ++row) {
         tickChannel(row);
+    }
     const QString list = QStringLiteral("ROUT:SCAN (@101:10%1)").arg(count);
     const auto listIsSent = [&instrument, &list] { return instrument.received().contains(list); };
     return QTest::qWaitFor(listIsSent, kWaitMs);
@@ -78,8 +80,9 @@ bool ProgramUser::chooseChannels(const SimulatedInstrument& instrument, int coun
 
 bool ProgramUser::startScan(const SimulatedInstrument& instrument, int channels) const
 {
-    if (!chooseChannels(instrument, channels))
+    if (!chooseChannels(instrument, channels)) {
         return false;
+    }
     clickStart();
     const auto readingsCome = [&instrument] {
         return instrument.received().filter(QStringLiteral("R? ")).size() >= 3;

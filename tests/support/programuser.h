@@ -1,10 +1,10 @@
 #pragma once
 
-#include <QPoint>
-
 #include "support/programprocess.h"
 #include "support/simulatedinstrument.h"
 #include "support/virtualdisplay.h"
+
+#include <QPoint>
 
 /// Who sits before the program: looks at its window and uses the mouse. The window stands at the
 /// screen's corner with 1500 x 900 points, which is where the places below come from.

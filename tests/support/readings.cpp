@@ -31,8 +31,9 @@ Readings readingsInReplies(const QStringList& sentLines)
     Readings readings;
     for (const QString& line : sentLines) {
         // The scan list comes in a block too.
-        if (!line.startsWith(QLatin1Char('#')) || line.contains(QLatin1Char('@')))
+        if (!line.startsWith(QLatin1Char('#')) || line.contains(QLatin1Char('@'))) {
             continue;
+        }
         const int headerLength = 2 + line.mid(1, 1).toInt();
         const QStringList fields = line.mid(headerLength).split(QLatin1Char(','));
         for (int first = 0; first + kFields <= fields.size(); first += kFields) {
@@ -48,13 +49,15 @@ Readings storableReadings(const QStringList& sentLines)
     QStringList sound;
     for (const QString& line : sentLines) {
         if (!line.startsWith(QLatin1Char('#')) || line.contains(QLatin1Char('@')) ||
-            line.size() >= kBlownUpReply)
+            line.size() >= kBlownUpReply) {
             continue;
+        }
         const QStringList fields = line.mid(2 + line.mid(1, 1).toInt()).split(QLatin1Char(','));
         for (int first = 0; first + kFields <= fields.size(); first += kFields) {
             const QStringList record = fields.mid(first, kFields);
-            if (record[0].contains(QLatin1Char(' ')) && record[2].toInt() <= 12)
+            if (record[0].contains(QLatin1Char(' ')) && record[2].toInt() <= 12) {
                 sound << QStringLiteral("#0") + record.join(QLatin1Char(','));
+            }
         }
     }
     return readingsInReplies(sound);
@@ -68,11 +71,13 @@ QString difference(const Readings& readings, const Readings& wanted)
     for (const int channel : channels) {
         const auto have = readings.value(channel);
         const auto want = wanted.value(channel);
-        if (have == want)
+        if (have == want) {
             continue;
+        }
         int first = 0;
-        while (first < have.size() && first < want.size() && have[first] == want[first])
+        while (first < have.size() && first < want.size() && have[first] == want[first]) {
             ++first;
+        }
         text += QStringLiteral("channel %1: %2 readings instead of %3, the first %4 are equal; ")
                     .arg(channel)
                     .arg(have.size())
@@ -85,8 +90,9 @@ QString difference(const Readings& readings, const Readings& wanted)
 int countOf(const Readings& readings)
 {
     int count = 0;
-    for (const auto& channel : readings)
+    for (const auto& channel : readings) {
         count += channel.size();
+    }
     return count;
 }
 
@@ -107,12 +113,13 @@ QString gapIn(const Readings& readings, double distanceMs)
     for (auto channel = readings.cbegin(); channel != readings.cend(); ++channel) {
         for (int i = 1; i < channel->size(); ++i) {
             const qint64 distance = channel->at(i).first - channel->at(i - 1).first;
-            if (static_cast<double>(distance) > 1.5 * distanceMs)
+            if (static_cast<double>(distance) > 1.5 * distanceMs) {
                 return QStringLiteral("channel %1: %2 ms behind reading %3 of %4")
                     .arg(channel.key())
                     .arg(distance)
                     .arg(i)
                     .arg(channel->size());
+            }
         }
     }
     return {};
@@ -122,8 +129,9 @@ QStringList runSqlite(const QString& file, const QString& statement)
 {
     QProcess program;
     program.start(QStringLiteral("sqlite3"), {file, statement});
-    if (!program.waitForFinished() || program.exitCode() != 0)
+    if (!program.waitForFinished() || program.exitCode() != 0) {
         return {};
+    }
     return QString::fromUtf8(program.readAllStandardOutput())
         .split(QLatin1Char('\n'), Qt::SkipEmptyParts);
 }
@@ -144,9 +152,10 @@ Readings readingsInStore(const QString& directory)
             const QStringList rows = runSqlite(
                 file, QStringLiteral("SELECT timestamp, quote(value) FROM %1 ORDER BY timestamp")
                           .arg(table.section(bar, 0, 0)));
-            for (const QString& row : rows)
+            for (const QString& row : rows) {
                 readings[channel].append(
                     {row.section(bar, 0, 0).toLongLong(), row.section(bar, 1).toDouble()});
+            }
         }
     }
     return readings;

@@ -13,10 +13,11 @@ constexpr int kReadyWaitMs = 20000;
 SimulatedInstrument::SimulatedInstrument(Transport transport, const QStringList& options)
 {
     QStringList arguments = options;
-    if (transport == Transport::Tcp)
+    if (transport == Transport::Tcp) {
         arguments << QStringLiteral("--tcp") << QStringLiteral("0");
-    else
+    } else {
         arguments << QStringLiteral("--pty") << m_directory.filePath(QStringLiteral("instrument"));
+    }
     arguments << QStringLiteral("--control") << QStringLiteral("0");
     arguments << QStringLiteral("--transcript")
               << m_directory.filePath(QStringLiteral("transcript"));
@@ -25,16 +26,18 @@ SimulatedInstrument::SimulatedInstrument(Transport transport, const QStringList&
     const QString resource = readyLine();
     const QString control = readyLine();
     const quint16 controlPort = control.section(QLatin1Char(':'), 1).toUShort();
-    if (control.startsWith(QLatin1String("CONTROL ")) && m_control.connectTo(controlPort))
+    if (control.startsWith(QLatin1String("CONTROL ")) && m_control.connectTo(controlPort)) {
         m_resource = resource;
+    }
 }
 
 /// What stands behind READY in the next line of its output; empty when it does not come.
 QString SimulatedInstrument::readyLine()
 {
     while (!m_process.canReadLine()) {
-        if (!m_process.waitForReadyRead(kReadyWaitMs))
+        if (!m_process.waitForReadyRead(kReadyWaitMs)) {
             return {};
+        }
     }
     const QString line = QString::fromUtf8(m_process.readLine()).trimmed();
     return line.startsWith(QLatin1String("READY ")) ? line.mid(6) : QString();
@@ -70,8 +73,9 @@ void SimulatedInstrument::freeze()
 
 void SimulatedInstrument::thaw()
 {
-    if (m_process.state() == QProcess::Running)
+    if (m_process.state() == QProcess::Running) {
         ::kill(static_cast<pid_t>(m_process.processId()), SIGCONT);
+    }
 }
 
 QStringList SimulatedInstrument::sentSince(const QString& received) const
@@ -85,18 +89,22 @@ QStringList SimulatedInstrument::lines(const QString& direction, const QString& 
     const QString begin = QStringLiteral(" > ") + since;
     QFile transcript(m_directory.filePath(QStringLiteral("transcript")));
     QStringList found;
-    if (!transcript.open(QIODevice::ReadOnly))
+    if (!transcript.open(QIODevice::ReadOnly)) {
         return found;
+    }
     for (QByteArray line = transcript.readLine(); !line.isEmpty(); line = transcript.readLine()) {
-        if (!line.endsWith('\n'))
+        if (!line.endsWith('\n')) {
             break; // still being written
+        }
         const QString text = QString::fromUtf8(line).chopped(1);
-        if (!since.isEmpty() && text.section(QLatin1Char(' '), 1).endsWith(begin))
+        if (!since.isEmpty() && text.section(QLatin1Char(' '), 1).endsWith(begin)) {
             found.clear();
+        }
         // "time transport > line"
         const int at = text.indexOf(direction);
-        if (at >= 0 && text.left(at).count(QLatin1Char(' ')) == 1)
+        if (at >= 0 && text.left(at).count(QLatin1Char(' ')) == 1) {
             found.append(text.mid(at + direction.size()));
+        }
     }
     return found;
 }

@@ -1,11 +1,11 @@
 #pragma once
 
+#include "support/streamclient_posix.h"
+
 #include <QProcess>
 #include <QString>
 #include <QStringList>
 #include <QTemporaryDir>
-
-#include "support/streamclient_posix.h"
 
 /// The simulator as a process of its own, with a transcript, as long as this object lives.
 class SimulatedInstrument

@@ -3,10 +3,11 @@
 #include <QFile>
 #include <QTest>
 
-#include <cstdio>
 #include <fcntl.h>
 #include <poll.h>
 #include <unistd.h>
+
+#include <cstdio>
 
 namespace {
 
@@ -22,8 +23,9 @@ CapturedOutput::CapturedOutput()
     : m_before(duplicate(STDOUT_FILENO))
 {
     std::fflush(stdout);
-    if (m_file.open())
+    if (m_file.open()) {
         ::dup2(m_file.handle(), STDOUT_FILENO);
+    }
 }
 
 CapturedOutput::~CapturedOutput()
@@ -49,8 +51,9 @@ FedInput::FedInput()
     : m_before(duplicate(STDIN_FILENO))
 {
     int ends[2];
-    if (::pipe(ends) != 0)
+    if (::pipe(ends) != 0) {
         return;
+    }
     m_writeEnd = duplicate(ends[1]);
     ::dup2(ends[0], STDIN_FILENO);
     ::close(ends[0]);
@@ -70,16 +73,18 @@ void FedInput::write(const QByteArray& bytes)
     while (written < bytes.size()) {
         const ssize_t count = ::write(m_writeEnd, bytes.constData() + written,
                                       static_cast<std::size_t>(bytes.size() - written));
-        if (count <= 0)
+        if (count <= 0) {
             return;
+        }
         written += static_cast<int>(count);
     }
 }
 
 void FedInput::close()
 {
-    if (m_writeEnd >= 0)
+    if (m_writeEnd >= 0) {
         ::close(m_writeEnd);
+    }
     m_writeEnd = -1;
 }
 
@@ -88,8 +93,9 @@ PipedOutput::PipedOutput()
 {
     std::fflush(stdout);
     int ends[2];
-    if (::pipe(ends) != 0)
+    if (::pipe(ends) != 0) {
         return;
+    }
     m_readEnd = duplicate(ends[0]);
     ::dup2(ends[1], STDOUT_FILENO);
     ::close(ends[0]);
@@ -110,8 +116,9 @@ QByteArray PipedOutput::read(int timeoutMs)
     while (::poll(&entry, 1, bytes.isEmpty() ? timeoutMs : 0) > 0) {
         char buffer[4096];
         const ssize_t count = ::read(m_readEnd, buffer, sizeof buffer);
-        if (count <= 0)
+        if (count <= 0) {
             break;
+        }
         bytes.append(buffer, static_cast<int>(count));
     }
     return bytes;

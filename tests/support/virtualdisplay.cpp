@@ -33,8 +33,9 @@ VirtualDisplay::VirtualDisplay()
                     QStringLiteral("-nolisten"), QStringLiteral("tcp"),
                     QStringLiteral("-noreset")});
     while (!m_server.canReadLine()) {
-        if (!m_server.waitForReadyRead(kStartWaitMs))
+        if (!m_server.waitForReadyRead(kStartWaitMs)) {
             return;
+        }
     }
     m_name = QLatin1Char(':') + QString::fromLatin1(m_server.readLine()).trimmed();
 }
@@ -52,8 +53,9 @@ QString VirtualDisplay::xdotool(const QStringList& arguments) const
     environment.insert(QStringLiteral("DISPLAY"), m_name);
     tool.setProcessEnvironment(environment);
     tool.start(QStringLiteral("xdotool"), arguments);
-    if (!tool.waitForFinished(kToolWaitMs))
+    if (!tool.waitForFinished(kToolWaitMs)) {
         return {};
+    }
     return QString::fromUtf8(tool.readAllStandardOutput()).trimmed();
 }
 
@@ -83,8 +85,9 @@ bool VirtualDisplay::closeWindow(qulonglong window) const
 {
     const std::unique_ptr<xcb_connection_t, decltype(&xcb_disconnect)> connection(
         xcb_connect(m_name.toLatin1().constData(), nullptr), &xcb_disconnect);
-    if (xcb_connection_has_error(connection.get()))
+    if (xcb_connection_has_error(connection.get())) {
         return false;
+    }
     xcb_client_message_event_t event{};
     event.response_type = XCB_CLIENT_MESSAGE;
     event.format = 32;
@@ -104,8 +107,9 @@ qulonglong VirtualDisplay::parentOf(qulonglong window) const
 {
     const std::unique_ptr<xcb_connection_t, decltype(&xcb_disconnect)> connection(
         xcb_connect(m_name.toLatin1().constData(), nullptr), &xcb_disconnect);
-    if (xcb_connection_has_error(connection.get()))
+    if (xcb_connection_has_error(connection.get())) {
         return 0;
+    }
     const auto cookie = xcb_query_tree(connection.get(), static_cast<xcb_window_t>(window));
     const std::unique_ptr<xcb_query_tree_reply_t, decltype(&std::free)> reply(
         xcb_query_tree_reply(connection.get(), cookie, nullptr), &std::free);
@@ -116,16 +120,18 @@ QColor VirtualDisplay::colorAt(int x, int y) const
 {
     const std::unique_ptr<xcb_connection_t, decltype(&xcb_disconnect)> connection(
         xcb_connect(m_name.toLatin1().constData(), nullptr), &xcb_disconnect);
-    if (xcb_connection_has_error(connection.get()))
+    if (xcb_connection_has_error(connection.get())) {
         return {};
+    }
     const xcb_window_t root = xcb_setup_roots_iterator(xcb_get_setup(connection.get())).data->root;
     const auto cookie =
         xcb_get_image(connection.get(), XCB_IMAGE_FORMAT_Z_PIXMAP, root, static_cast<int16_t>(x),
                       static_cast<int16_t>(y), 1, 1, ~uint32_t(0));
     const std::unique_ptr<xcb_get_image_reply_t, decltype(&std::free)> reply(
         xcb_get_image_reply(connection.get(), cookie, nullptr), &std::free);
-    if (!reply || xcb_get_image_data_length(reply.get()) < 3)
+    if (!reply || xcb_get_image_data_length(reply.get()) < 3) {
         return {};
+    }
     // 24 bits deep: blue, green, red.
     const uint8_t* const pixel = xcb_get_image_data(reply.get());
     return QColor(pixel[2], pixel[1], pixel[0]);

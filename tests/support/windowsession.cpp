@@ -10,14 +10,13 @@
 #include "widgets/imagebutton.h"
 #include "widgets/sidebar.h"
 
-#include <qwt_plot_curve.h>
-
 #include <QComboBox>
 #include <QPushButton>
 #include <QTabWidget>
 #include <QTableWidget>
 #include <QTest>
 #include <QTreeWidget>
+#include <qwt_plot_curve.h>
 
 namespace {
 
@@ -36,8 +35,9 @@ WindowSession::WindowSession(MainWidget& window)
 void WindowSession::checkAllModules()
 {
     auto* tree = m_window.findChild<QTreeWidget*>();
-    for (int module = 0; module < tree->topLevelItemCount(); ++module)
+    for (int module = 0; module < tree->topLevelItemCount(); ++module) {
         tree->topLevelItem(module)->setCheckState(0, Qt::Checked);
+    }
 }
 
 ImageButton* WindowSession::startButton() const
@@ -53,8 +53,9 @@ BarChartWidget* WindowSession::openChart()
     const int before = workspace->findChildren<BarChartWidget*>().size();
     if (!bar->content()->isVisible()) {
         for (auto* strip : bar->findChildren<CustomSideButton*>()) {
-            if (strip->isVisible())
+            if (strip->isVisible()) {
                 QTest::mouseClick(strip, Qt::LeftButton);
+            }
         }
         QTest::qWait(kSlideMs);
     }
@@ -66,9 +67,10 @@ BarChartWidget* WindowSession::openChart()
 void WindowSession::assignChannels(BarChartWidget* chart, int first, int count)
 {
     auto* table = chart->findChild<QTableWidget*>();
-    for (int row = 0; row < count; ++row)
+    for (int row = 0; row < count; ++row) {
         qobject_cast<QComboBox*>(table->cellWidget(row, kChannelColumn))
             ->setCurrentIndex(1 + first + row);
+    }
 }
 
 Readings WindowSession::readingsBehind(const QList<BarChartWidget*>& charts)
@@ -81,8 +83,9 @@ Readings WindowSession::readingsBehind(const QList<BarChartWidget*>& charts)
             const auto* data = dynamic_cast<const NonOwningCurveData*>(curve->data());
             const QVector<QPointF> points = data->series()->recentPoints();
             auto& list = readings[curve->title().text().toInt()];
-            for (const QPointF& point : points)
+            for (const QPointF& point : points) {
                 list.append({static_cast<qint64>(point.x()), point.y()});
+            }
         }
     }
     return readings;

@@ -20,19 +20,22 @@ const QString kExportName = QStringLiteral("EXP_0001_Trace_1_*.csv");
 QStringList linesOf(const QString& path)
 {
     QFile file(path);
-    if (!file.open(QIODevice::ReadOnly))
+    if (!file.open(QIODevice::ReadOnly)) {
         return {};
+    }
     const QByteArray bytes = file.readAll();
-    if (!bytes.startsWith("\xEF\xBB\xBF") || !bytes.endsWith('\n'))
+    if (!bytes.startsWith("\xEF\xBB\xBF") || !bytes.endsWith('\n')) {
         return {};
+    }
     return QString::fromUtf8(bytes.mid(3).chopped(1)).split(QLatin1Char('\n'));
 }
 
 /// The moment behind the comma of a header line with this label; ms since the epoch.
 qint64 momentIn(const QString& line, const QString& label)
 {
-    if (line.section(QLatin1Char(','), 0, 0) != label)
+    if (line.section(QLatin1Char(','), 0, 0) != label) {
         return -1;
+    }
     return QDateTime::fromString(line.section(QLatin1Char(','), 1),
                                  QStringLiteral("yyyy MM dd hh mm ss"))
         .toMSecsSinceEpoch();
@@ -46,8 +49,9 @@ QStringList expectedRows(const Readings& sent, qint64 start, qint64 end)
     for (const auto& channel : sent) {
         QVector<QPair<qint64, double>> column;
         for (const auto& reading : channel) {
-            if (reading.first >= start && reading.first <= end)
+            if (reading.first >= start && reading.first <= end) {
                 column.append(reading);
+            }
         }
         count = qMax(count, column.size());
         columns.append(column);
@@ -55,12 +59,14 @@ QStringList expectedRows(const Readings& sent, qint64 start, qint64 end)
     QStringList rows;
     for (int row = 0; row < count; ++row) {
         QStringList cells{QString::number(row + 1), QString()};
-        if (row < columns.constFirst().size())
+        if (row < columns.constFirst().size()) {
             cells[1] = QDateTime::fromMSecsSinceEpoch(columns.constFirst().at(row).first)
                            .toString(QStringLiteral("yyyy-MM-dd hh:mm:ss"));
-        for (const auto& column : columns)
+        }
+        for (const auto& column : columns) {
             cells.append(row < column.size() ? QString::asprintf("%.15E", column.at(row).second)
                                              : QString());
+        }
         rows.append(cells.join(QLatin1Char(',')));
     }
     return rows;
@@ -82,13 +88,14 @@ void repeatReadings(const QString& directory)
         runSqlite(file,
                   QStringLiteral("CREATE TABLE thousand AS WITH RECURSIVE n(i) AS (SELECT 1 UNION "
                                  "ALL SELECT i + 1 FROM n LIMIT 1000) SELECT i FROM n"));
-        for (const QString& table : tables)
+        for (const QString& table : tables) {
             runSqlite(file,
                       QStringLiteral("ALTER TABLE \"%1\" RENAME TO \"once_%1\"; CREATE VIEW "
                                      "\"%1\" AS SELECT o.curve_id, o.timestamp, o.value FROM "
                                      "\"once_%1\" o CROSS JOIN thousand a CROSS JOIN thousand b "
                                      "CROSS JOIN thousand c")
                           .arg(table));
+        }
     }
 }
 
@@ -158,8 +165,9 @@ void TestExport::fileHoldsWhatTheInstrumentSent()
     QCOMPARE(lines.at(1), QStringLiteral("型号,SCN4070A"));
     QCOMPARE(lines.at(2), QStringLiteral("序列号：,") + kSerial);
     QStringList titles{QStringLiteral("编号"), QStringLiteral("时间")};
-    for (const int channel : sent.keys())
+    for (const int channel : sent.keys()) {
         titles.append(QStringLiteral("%1(Vdc)").arg(channel));
+    }
     QCOMPARE(lines.at(5), titles.join(QLatin1Char(',')) + QLatin1Char(','));
     QCOMPARE(lines.mid(6), expected);
 
@@ -212,10 +220,11 @@ void TestExport::endInAnExportLeavesNothing()
     QTRY_COMPARE_WITH_TIMEOUT(directory.entryList({kExportName}).size(), 1, kEndWaitMs);
     const QFileInfo part(directory.filePath(directory.entryList({kExportName}).constFirst()));
     QTRY_VERIFY_WITH_TIMEOUT((QFileInfo(part.filePath()).size() > 100000), kEndWaitMs);
-    if (byLauncher)
+    if (byLauncher) {
         program.write("exit\n");
-    else
+    } else {
         QVERIFY(m_display.closeWindow(program.windowHandle()));
+    }
     QVERIFY(program.waitForEnd(kEndMs));
     QVERIFY2(!program.crashed(), qPrintable(program.log()));
     QCOMPARE(program.exitCode(), 0);

@@ -95,10 +95,12 @@ Loss lossOf(Fault fault, State state)
     case Fault::Silent30:
         return {asksIdentity, 0, 2 * kExchangeMs};
     case Fault::Silent90:
-        if (state == State::Lost)
+        if (state == State::Lost) {
             return {true, 0, kReadBackMs};
-        if (state == State::Starting)
+        }
+        if (state == State::Starting) {
             return {true, 0, 2 * kExchangeMs};
+        }
         return {true, kSilenceMs - 1000, kSilenceMs + kPassMs};
     case Fault::Elsewhere:
         return {true, 0, kExchangeMs};
@@ -114,8 +116,9 @@ int spoiltReadings(const QStringList& sentLines)
     for (const QString& line : sentLines) {
         const int digits = line.mid(1, 1).toInt();
         const int length = line.mid(2, digits).toInt();
-        if (line.startsWith(QLatin1Char('#')) && line.size() != 2 + digits + length)
+        if (line.startsWith(QLatin1Char('#')) && line.size() != 2 + digits + length) {
             count += (length + 1) / kRecordLength;
+        }
     }
     return count;
 }
@@ -170,8 +173,9 @@ bool TestFaultMatrix::scanAgain()
 int TestFaultMatrix::receivedCount(const QString& begin) const
 {
     int count = 0;
-    for (const QString& line : m_instrument->received())
+    for (const QString& line : m_instrument->received()) {
         count += line.startsWith(begin) ? 1 : 0;
+    }
     return count;
 }
 
@@ -186,8 +190,9 @@ bool TestFaultMatrix::waitForBegin() const
 bool TestFaultMatrix::waitForNextPass() const
 {
     const int polls = receivedCount(kPoll);
-    if (!QTest::qWaitFor([this, polls] { return receivedCount(kPoll) > polls; }, kEndWaitMs))
+    if (!QTest::qWaitFor([this, polls] { return receivedCount(kPoll) > polls; }, kEndWaitMs)) {
         return false;
+    }
     QTest::qWait(400);
     return true;
 }
@@ -199,21 +204,24 @@ bool TestFaultMatrix::enter(State state)
     case State::Idle:
         return scan() && stopScan();
     case State::Starting:
-        if (!m_user->chooseChannels(*m_instrument, kChannels))
+        if (!m_user->chooseChannels(*m_instrument, kChannels)) {
             return false;
+        }
         m_user->clickStart();
         return waitForBegin();
     case State::Running:
         return scan();
     case State::Stopping: {
-        if (!scan() || !waitForNextPass())
+        if (!scan() || !waitForNextPass()) {
             return false;
+        }
         m_user->clickStart();
         return QTest::qWaitFor([this] { return receivedCount(kAbort) == 1; }, kEndWaitMs);
     }
     case State::Lost:
-        if (!scan() || !order(QStringLiteral("fault elsewhere for STAT:OPER:EVEN? times 1")))
+        if (!scan() || !order(QStringLiteral("fault elsewhere for STAT:OPER:EVEN? times 1"))) {
             return false;
+        }
         return waitUntil([this] { return m_user->seesRecoveryButton(); }, kEndWaitMs);
     }
     return false;
@@ -225,26 +233,32 @@ bool TestFaultMatrix::strike(const FaultRow& fault, State state)
 {
     QStringList orders = fault.orders;
     const bool isLost = state == State::Lost;
-    if (isLost && fault.fault == Fault::Dropped)
+    if (isLost && fault.fault == Fault::Dropped) {
         orders = QStringList{QStringLiteral("drop for ROUT:SCAN? times 1")};
-    if (isLost && fault.fault == Fault::Elsewhere)
+    }
+    if (isLost && fault.fault == Fault::Elsewhere) {
         orders = QStringList{QStringLiteral("elsewhere for STAT:OPER:EVEN? times 2")};
+    }
     if (isLost && fault.fault == Fault::Silent90) {
         const QString pause = QStringLiteral("delay 1500 for SYST:CTYP? 1 times 1");
-        if (!order(QStringLiteral("fault ") + pause))
+        if (!order(QStringLiteral("fault ") + pause)) {
             return false;
+        }
         m_user->clickRecovery();
-        if (!waitForFault(pause))
+        if (!waitForFault(pause)) {
             return false;
+        }
     }
     const int faults = m_instrument->faults().size();
     for (const QString& text : qAsConst(orders)) {
-        if (!order(QStringLiteral("fault ") + text))
+        if (!order(QStringLiteral("fault ") + text)) {
             return false;
+        }
     }
     m_sinceFault.start();
-    if (isLost && fault.fault != Fault::Silent90)
+    if (isLost && fault.fault != Fault::Silent90) {
         m_user->clickRecovery();
+    }
     return waitUntil([this, faults] { return m_instrument->faults().size() > faults; }, kEndWaitMs);
 }
 
@@ -266,10 +280,12 @@ void TestFaultMatrix::sitOut(const FaultRow& fault, const Loss& loss)
         qInfo("%.1f %% of a core", 100 * share);
         QVERIFY2(share < kIdleShare, qPrintable(QString::number(share)));
     }
-    if (fault.lastsMs > m_sinceFault.elapsed())
+    if (fault.lastsMs > m_sinceFault.elapsed()) {
         QTest::qWait(static_cast<int>(fault.lastsMs - m_sinceFault.elapsed()));
-    if (fault.lastsMs > 0 || loss.isShown)
+    }
+    if (fault.lastsMs > 0 || loss.isShown) {
         QVERIFY(order(QStringLiteral("clear")));
+    }
     QVERIFY(ProgramUser::waitForPolls(*m_instrument, loss.isShown ? 0 : 3));
     QCOMPARE(m_user->seesRecoveryButton(), loss.isShown);
 }
@@ -290,10 +306,12 @@ bool TestFaultMatrix::sitOutSpoiltRecovery()
 /// Waits until the program has got all that the instrument holds.
 bool TestFaultMatrix::comeToRest(State state, bool wasLost)
 {
-    if (wasLost)
+    if (wasLost) {
         return recover() && waitForRest();
-    if (state == State::Starting || state == State::Running)
+    }
+    if (state == State::Starting || state == State::Running) {
         return stopScan();
+    }
     return waitForRest();
 }
 
@@ -301,8 +319,9 @@ bool TestFaultMatrix::comeToRest(State state, bool wasLost)
 double TestFaultMatrix::cpuSeconds() const
 {
     QFile file(QStringLiteral("/proc/%1/stat").arg(m_program->processId()));
-    if (!file.open(QIODevice::ReadOnly))
+    if (!file.open(QIODevice::ReadOnly)) {
         return 0;
+    }
     // The name in parentheses may hold blanks.
     const QList<QByteArray> fields = file.readAll().split(')').constLast().split(' ');
     return static_cast<double>(fields.value(12).toLongLong() + fields.value(13).toLongLong()) /
@@ -334,11 +353,13 @@ void TestFaultMatrix::survives_data()
             const bool fetches = kStates[state].state != State::Idle;
             const bool needsFetch = kFaults[fault].fault == Fault::Truncated ||
                                     kFaults[fault].fault == Fault::Oversized;
-            if (needsFetch && !fetches)
+            if (needsFetch && !fetches) {
                 continue;
-            for (const int rate : {10, 600})
+            }
+            for (const int rate : {10, 600}) {
                 QTest::addRow("%s-%s-%d", kFaults[fault].name, kStates[state].name, rate)
                     << fault << state << rate;
+            }
         }
     }
 }
@@ -356,25 +377,29 @@ void TestFaultMatrix::survives()
     QVERIFY(m_user->bringUp(*m_instrument));
     QVERIFY(enter(state));
     QVERIFY(strike(fault, state));
-    if (fault.fault == Fault::Garbage && state == State::Lost)
+    if (fault.fault == Fault::Garbage && state == State::Lost) {
         QVERIFY(sitOutSpoiltRecovery());
-    else
+    } else {
         sitOut(fault, loss);
-    if (QTest::currentTestFailed())
+    }
+    if (QTest::currentTestFailed()) {
         return;
+    }
     // A start that meets a loss leaves the instrument to whoever has it.
-    if (loss.isShown && state == State::Starting)
+    if (loss.isShown && state == State::Starting) {
         QCOMPARE(receivedCount(kStart), 0);
+    }
     QVERIFY(comeToRest(state, loss.isShown));
     QCOMPARE(storeError(), QString());
 
     // A spoilt reply leaves a gap where it is neither the first nor the last one.
     const QStringList sent = m_instrument->sentSince(kStart);
     const int missing = missingIn(stored(), 1000.0 * kChannels / rate);
-    if (!fault.spoilsReplies)
+    if (!fault.spoilsReplies) {
         QCOMPARE(missing, 0);
-    else if (state == State::Running && fault.fault != Fault::Garbage)
+    } else if (state == State::Running && fault.fault != Fault::Garbage) {
         QCOMPARE(missing, spoiltReadings(sent));
+    }
     qInfo("%d readings, %d missing", countOf(stored()), missing);
 
     if (state == State::Idle || (state == State::Starting && loss.isShown)) {

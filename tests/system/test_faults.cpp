@@ -100,8 +100,9 @@ void TestFaults::garbledReadBackAtStart()
           "truncate 3 for VOLT:DC:NPLC? (@102) times 1", "shorten 2 for ROUT:SCAN? times 1",
           "garbage 300 for CALC:SCAL:GAIN? (@103)", "oversize 100000 for MMEM:LOG:ENAB? times 1",
           "reject for SYST:DATE *", "delay 5600 for MEM:STAT:NAME? 3 times 1",
-          "delay 300 for STAT:OPER:COND? times 1", "garbage for TRIG:SOUR? times 1"})
+          "delay 300 for STAT:OPER:COND? times 1", "garbage for TRIG:SOUR? times 1"}) {
         faults << QStringLiteral("--fault") << QString::fromLatin1(fault);
+    }
     m_instrument = std::make_unique<SimulatedInstrument>(Transport::Tcp, options(faults));
     QVERIFY(m_user->bringUp(*m_instrument));
     // All of it has happened, and what comes behind is in step again.
@@ -278,8 +279,9 @@ void TestFaults::clockJumpIsStoredAsItComes()
 
     // The store gives them in the order of time.
     Readings sent = readingsInReplies(m_instrument->sent());
-    for (auto& channel : sent)
+    for (auto& channel : sent) {
         std::sort(channel.begin(), channel.end());
+    }
     QCOMPARE(difference(stored(), sent), QString());
     const QDir store(storeDirectory());
     QCOMPARE(store.entryList({QStringLiteral("*.db")}).size(), 2);

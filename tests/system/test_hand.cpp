@@ -47,11 +47,13 @@ void TestHand::wheelTurnsABoxOnlyAfterAClick()
     };
 
     // The pointer passes over the row's controls and comes to rest on a box.
-    for (int x = kTableLeft; x < kTableRight; x += kPointerStep)
+    for (int x = kTableLeft; x < kTableRight; x += kPointerStep) {
         m_display.movePointer(x, kFunctionBox.y());
+    }
     m_display.movePointer(kFunctionBox.x(), kFunctionBox.y());
-    for (int notch = 0; notch < 3; ++notch)
+    for (int notch = 0; notch < 3; ++notch) {
         turnWheel();
+    }
     QVERIFY(ProgramUser::waitForPolls(instrument, 2));
     QCOMPARE(functionsSent(instrument), QStringList());
 

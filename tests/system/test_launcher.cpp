@@ -70,12 +70,14 @@ public:
     {
         const qint64 own = m_process.processId();
         QFile file(QStringLiteral("/proc/%1/task/%1/children").arg(own));
-        if (!file.open(QIODevice::ReadOnly))
+        if (!file.open(QIODevice::ReadOnly)) {
             return 0;
+        }
         const QList<QByteArray> children = file.readAll().simplified().split(' ');
         for (const QByteArray& each : children) {
-            if (commandOf(each.toLongLong()) == name)
+            if (commandOf(each.toLongLong()) == name) {
                 return each.toLongLong();
+            }
         }
         return 0;
     }
@@ -128,8 +130,9 @@ bool TestLauncher::waitForEmbedding() const
         [this] {
             const qulonglong launcher = windowOf(kLauncherTitle);
             qulonglong window = windowOf(kProgramTitle);
-            while (window != 0 && window != launcher)
+            while (window != 0 && window != launcher) {
                 window = m_display.parentOf(window);
+            }
             return window != 0;
         },
         kStartWaitMs);

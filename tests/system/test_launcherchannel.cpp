@@ -31,10 +31,11 @@ public:
     }
     ~Variable()
     {
-        if (m_wasSet)
+        if (m_wasSet) {
             qputenv(m_name, m_before);
-        else
+        } else {
             qunsetenv(m_name);
+        }
     }
     Variable(const Variable&) = delete;
     Variable& operator=(const Variable&) = delete;
@@ -321,8 +322,9 @@ void TestLauncherChannel::launcherThatDoesNotReadDoesNotStopTheProgram()
     ProgramProcess program(m_display.name());
     program.startForOneLine({instrument.resource()}, ProgramProcess::Reader::StaysAndSleeps);
     QCOMPARE(program.waitForLines(kWid, 1).size(), 1);
-    for (int line = 0; line < 500; ++line)
+    for (int line = 0; line < 500; ++line) {
         program.write(QByteArray(500, 'x') + '\n');
+    }
     // A window that hangs would neither store readings nor listen.
     program.write("exit\n");
     QVERIFY(program.waitForEnd(kEndWaitMs));

@@ -35,12 +35,14 @@ const QString kSerial = QStringLiteral("PROG/0001");
 bool readIntact(const QString& store, Readings& readings)
 {
     const QTemporaryDir copies;
-    for (const QString& name : QDir(store).entryList(QDir::Files))
+    for (const QString& name : QDir(store).entryList(QDir::Files)) {
         QFile::copy(QDir(store).filePath(name), copies.filePath(name));
+    }
     for (const QString& name : QDir(copies.path()).entryList({QStringLiteral("*.db")})) {
         if (runSqlite(copies.filePath(name), QStringLiteral("PRAGMA integrity_check")) !=
-            QStringList{QStringLiteral("ok")})
+            QStringList{QStringLiteral("ok")}) {
             return false;
+        }
     }
     readings = readingsInStore(copies.path());
     return true;
@@ -55,8 +57,9 @@ int fetches(const SimulatedInstrument& instrument)
 bool isBeginningOf(const Readings& readings, const Readings& all)
 {
     for (auto channel = readings.cbegin(); channel != readings.cend(); ++channel) {
-        if (channel.value() != all.value(channel.key()).mid(0, channel->size()))
+        if (channel.value() != all.value(channel.key()).mid(0, channel->size())) {
             return false;
+        }
     }
     return true;
 }
@@ -69,12 +72,13 @@ public:
         : m_previous(qgetenv("TZ"))
         , m_wasSet(qEnvironmentVariableIsSet("TZ"))
     {
-        constexpr int day = 86400;
+        constexpr int kDayS = 86400;
         const int utc = QTime(0, 0).secsTo(QDateTime::currentDateTimeUtc().time());
         // A zone is named by what has to be added to its time to get UTC.
-        int behindUtc = (utc - (day - seconds) + 2 * day) % day;
-        if (behindUtc > day / 2)
-            behindUtc -= day;
+        int behindUtc = (utc - (kDayS - seconds) + 2 * kDayS) % kDayS;
+        if (behindUtc > kDayS / 2) {
+            behindUtc -= kDayS;
+        }
         const QTime distance = QTime(0, 0).addSecs(std::abs(behindUtc));
         setZone(QByteArray(behindUtc < 0 ? "MID-" : "MID+") +
                 distance.toString(QStringLiteral("hh:mm:ss")).toLatin1());
@@ -83,10 +87,11 @@ public:
 
     ~MidnightAhead()
     {
-        if (m_wasSet)
+        if (m_wasSet) {
             setZone(m_previous);
-        else
+        } else {
             setZone({});
+        }
     }
 
     MidnightAhead(const MidnightAhead&) = delete;
@@ -99,10 +104,11 @@ public:
 private:
     static void setZone(const QByteArray& zone)
     {
-        if (zone.isEmpty())
+        if (zone.isEmpty()) {
             qunsetenv("TZ");
-        else
+        } else {
             qputenv("TZ", zone);
+        }
         tzset();
     }
 
@@ -219,10 +225,11 @@ void TestProgram::scanGoesOnOverMidnight()
                                  "'%batch_%1%'")
                       .arg(file.left(8)));
         QCOMPARE(tables.size(), 4);
-        for (const QString& table : tables)
+        for (const QString& table : tables) {
             QVERIFY(
                 runSqlite(path, QStringLiteral("SELECT count(*) FROM ") + table).value(0).toInt() >
                 10);
+        }
     }
 }
 
@@ -315,8 +322,9 @@ void TestProgram::startAfterAKillFindsTheStoreIntact()
         QCOMPARE(found, left);
         QVERIFY(user.chooseChannels(instrument));
         user.clickStart();
-        if (i == 0)
+        if (i == 0) {
             QTRY_VERIFY_WITH_TIMEOUT(fetches(instrument) >= 3, kStartWaitMs);
+        }
         QTest::qWait(random.bounded(kLatestKillMs));
         program.kill();
 

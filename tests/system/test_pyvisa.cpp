@@ -23,8 +23,9 @@ QString runSession(const QString& resource)
     session.start(QStringLiteral("/usr/bin/python3"),
                   {QStringLiteral(SCN_SOURCE_DIR "/tests/system/pyvisa_session.py"), resource,
                    QStringLiteral(SCN_SOURCE_DIR "/docs/scpi.md")});
-    if (!session.waitForFinished(100000))
+    if (!session.waitForFinished(100000)) {
         return QStringLiteral("it does not end");
+    }
     const QString errors = QString::fromUtf8(session.readAllStandardError());
     const bool ended = session.exitStatus() == QProcess::NormalExit && session.exitCode() == 0 &&
                        session.readAllStandardOutput() == "all is well\n";

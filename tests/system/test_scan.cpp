@@ -121,8 +121,9 @@ void TestScan::transcriptDayFileAndChartsAgree()
     QCOMPARE(gapIn(sent, 1000.0 * kChannels / rate.toInt()), QString());
     // The rate is the instrument's; the last pass may be a second behind.
     const int expected = rate.toInt() * (seconds - 2) / kChannels;
-    for (const auto& channel : sent)
+    for (const auto& channel : sent) {
         QVERIFY2(channel.size() >= expected, qPrintable(QString::number(channel.size())));
+    }
     const Readings inCharts = WindowSession::readingsBehind(charts);
     QCOMPARE(inCharts.keys(), sent.keys());
     const QString directory =

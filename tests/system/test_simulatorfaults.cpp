@@ -54,8 +54,9 @@ void TestSimulatorFaults::portsAreToldInOrder()
                    directory.filePath(QStringLiteral("tty")), QStringLiteral("--tcp"),
                    QStringLiteral("0")});
     QByteArray output;
-    while (output.count('\n') < 3 && process.waitForReadyRead(20000))
+    while (output.count('\n') < 3 && process.waitForReadyRead(20000)) {
         output += process.readAllStandardOutput();
+    }
     process.terminate();
     QVERIFY(process.waitForFinished());
     const QStringList lines = QString::fromUtf8(output).split(QLatin1Char('\n'));
@@ -286,8 +287,9 @@ void TestSimulatorFaults::controllersThatMisbehaveDisturbNobody()
                   {QStringLiteral("--control"), QStringLiteral("0"), QStringLiteral("--tcp"),
                    QStringLiteral("0")});
     QByteArray output;
-    while (output.count('\n') < 2 && process.waitForReadyRead(20000))
+    while (output.count('\n') < 2 && process.waitForReadyRead(20000)) {
         output += process.readAllStandardOutput();
+    }
     const quint16 port = output.trimmed().split(':').constLast().toUShort();
     for (int i = 0; i < 100; ++i) {
         StreamClient client;

@@ -365,8 +365,9 @@ template <int Count>
 QStringList listOf(const char* const (&lines)[Count])
 {
     QStringList list;
-    for (const char* line : lines)
+    for (const char* line : lines) {
         list.append(QString::fromLatin1(line));
+    }
     return list;
 }
 
@@ -376,8 +377,9 @@ QStringList withoutTimes(QStringList lines)
     for (QString& line : lines) {
         for (const char* head : {"SYST:DATE", "SYST:TIME"}) {
             const QString command = QString::fromLatin1(head) + QLatin1Char(' ');
-            if (line.startsWith(command))
+            if (line.startsWith(command)) {
                 line = QString::fromLatin1(head);
+            }
         }
     }
     return lines;

@@ -376,8 +376,9 @@ void TestReadData::largeCountIsFetchedInPartsWithoutPauses()
     g_scanRunning = true;
     const QString fetchMost = QStringLiteral("R? %1").arg(most);
     QStringList counts;
-    for (const int count : {4 * most + 2, 3 * most + 2, 2 * most + 2, most + 2, 2, most, 0})
+    for (const int count : {4 * most + 2, 3 * most + 2, 2 * most + 2, most + 2, 2, most, 0}) {
         counts << QStringLiteral("+%1").arg(count);
+    }
     m_instrument->setReplies(kPoints, counts);
     m_instrument->setReplies(fetchMost, {kTwoReadings});
     m_instrument->setReplies(kFetchTwo, {kTwoReadings});

@@ -5,15 +5,15 @@
 #include <QRegExp>
 #include <QtTest>
 
+#include <sys/resource.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
 #include <cmath>
 #include <cstdlib>
 #include <cstring>
 #include <ctime>
 #include <random>
-
-#include <sys/resource.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
 // One test lets an allocation fail; the address sanitizer is to report that as malloc() does.
 extern "C" const char* __asan_default_options()
@@ -131,17 +131,17 @@ bool same(const QList<MeasurementData>& a, const QList<MeasurementData>& b)
 /// its own; true when that gave the one warning and an invalid record.
 bool decodesOutOfMemory()
 {
-    constexpr int unitLength = 64 * 1024 * 1024;
-    constexpr rlim_t spareBytes = 32 * 1024 * 1024;
+    constexpr int kUnitLength = 64 * 1024 * 1024;
+    constexpr rlim_t kSpareBytes = 32 * 1024 * 1024;
     QStringList fields = fieldsOf(kGoodRecord);
-    fields[0] = QStringLiteral("+1.5 ") + QString(unitLength, QLatin1Char('V'));
+    fields[0] = QStringLiteral("+1.5 ") + QString(kUnitLength, QLatin1Char('V'));
 
     QFile statistics(QStringLiteral("/proc/self/statm"));
     if (!statistics.open(QIODevice::ReadOnly)) {
         return false;
     }
     const auto pages = statistics.readAll().split(' ').constFirst().toULongLong();
-    const rlim_t limit = pages * static_cast<rlim_t>(sysconf(_SC_PAGESIZE)) + spareBytes;
+    const rlim_t limit = pages * static_cast<rlim_t>(sysconf(_SC_PAGESIZE)) + kSpareBytes;
     const rlimit addressSpace{limit, limit};
     if (setrlimit(RLIMIT_AS, &addressSpace) != 0) {
         return false;
@@ -527,8 +527,8 @@ void TestRecordDecoder::hourThatTheZoneRepeatsIsTheFirst()
     QCOMPARE(batch[0].time.toMSecsSinceEpoch(), moment);
     QCOMPARE(batch[0].time.time(), time);
     QCOMPARE(batch[0].time.timeSpec(), Qt::LocalTime);
-    constexpr qint64 quarterMs = 15 * 60 * 1000;
-    QCOMPARE(batch[2].time.toMSecsSinceEpoch(), moment + quarterMs);
+    constexpr qint64 kQuarterMs = 15 * 60 * 1000;
+    QCOMPARE(batch[2].time.toMSecsSinceEpoch(), moment + kQuarterMs);
     QCOMPARE(batch[2].time.timeSpec(), Qt::LocalTime);
 }
 
@@ -619,10 +619,10 @@ void TestRecordDecoder::numbersReadAsQtReadsThem()
                                QStringLiteral("1e99999999999999999999")};
     std::mt19937 random(20240102);
     QStringList numbers = literals;
-    constexpr int randomNumbers = 20000;
+    constexpr int kRandomNumbers = 20000;
     std::uniform_real_distribution<double> exponent(-40.0, 40.0);
     std::uniform_int_distribution<int> precision(1, 17);
-    for (int i = 0; i < randomNumbers; ++i) {
+    for (int i = 0; i < kRandomNumbers; ++i) {
         const double value = std::pow(10.0, exponent(random)) * (i % 2 ? 1 : -1);
         numbers << QString::number(value, i % 3 ? 'E' : 'g', precision(random));
     }
@@ -656,8 +656,8 @@ void TestRecordDecoder::damagedRepliesDecodeAsToldPlainly()
         return std::uniform_int_distribution<int>(0, count - 1)(random);
     };
     int decoded = 0;
-    constexpr int replies = 20000;
-    for (int i = 0; i < replies; ++i) {
+    constexpr int kReplies = 20000;
+    for (int i = 0; i < kReplies; ++i) {
         QString reply = QStringLiteral("#3%1").arg(100 + pick(900));
         const int records = 1 + pick(3);
         for (int r = 0; r < records; ++r) {
@@ -677,8 +677,8 @@ void TestRecordDecoder::damagedRepliesDecodeAsToldPlainly()
         QVERIFY2(same(batch, plainlyDecoded(reply)), qPrintable(reply));
         decoded += batch.size();
     }
-    QVERIFY(decoded > replies / 2);
-    QVERIFY(log.lines().size() > replies / 10);
+    QVERIFY(decoded > kReplies / 2);
+    QVERIFY(log.lines().size() > kReplies / 10);
 }
 
 void TestRecordDecoder::threadDecodesLikeTheFreeFunctions()

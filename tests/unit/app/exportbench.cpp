@@ -44,11 +44,12 @@ public:
         auto* const overlay =
             event->type() == QEvent::Hide ? qobject_cast<LoadingView*>(watched) : nullptr;
         // The message comes right after it, unless the window goes.
-        if (overlay && m_bench.m_awaited)
+        if (overlay && m_bench.m_awaited) {
             QTimer::singleShot(0, overlay, [this] {
                 m_bench.m_outcome = m_bench.message();
                 m_bench.m_awaited = false;
             });
+        }
         return false;
     }
 
@@ -112,8 +113,9 @@ void ExportBench::scan(int rows)
     QCOMPARE(ids.size(), 2);
     for (int curve = 0; curve < 2; ++curve) {
         QVector<QPointF> points;
-        for (int row = 0; row < rows - curve; ++row)
+        for (int row = 0; row < rows - curve; ++row) {
             points.append({double(timeOf(row).toMSecsSinceEpoch()), valueOf(curve, row)});
+        }
         store->appendPoints(ids.at(curve), points);
     }
     store->flushPending();
@@ -134,11 +136,12 @@ QByteArray ExportBench::csv(const QString& separator) const
         line({QStringLiteral("开始时间"), g_scanStartText}) +
         line({QStringLiteral("结束时间"), g_scanEndText}) +
         line({QStringLiteral("编号"), QStringLiteral("时间"), names.at(0), names.at(1), {}});
-    for (int row = 0; row < 4; ++row)
+    for (int row = 0; row < 4; ++row) {
         text += line({QString::number(row + 1),
                       timeOf(row).toString(QStringLiteral("yyyy-MM-dd hh:mm:ss")),
                       QString::asprintf("%.15E", valueOf(0, row)),
                       QString::asprintf("%.15E", valueOf(1, row))});
+    }
     return text.toUtf8();
 }
 
@@ -184,8 +187,9 @@ LoadingView* ExportBench::exportView() const
     QList<LoadingView*> busy;
     for (LoadingView* view :
          window().findChildren<LoadingView*>(QString(), Qt::FindDirectChildrenOnly)) {
-        if (view != reconnectView())
+        if (view != reconnectView()) {
             busy.append(view);
+        }
     }
     return busy.value(1);
 }

@@ -22,8 +22,9 @@ template <typename Widget>
 Widget* withText(const QWidget& parent, const QString& text)
 {
     for (Widget* widget : parent.findChildren<Widget*>()) {
-        if (widget->text() == text)
+        if (widget->text() == text) {
             return widget;
+        }
     }
     return nullptr;
 }
@@ -70,8 +71,9 @@ QLabel* ExportDialogHand::directory() const
     const QLabel* const title = label(QStringLiteral("导出路径:"));
     for (QLabel* candidate : window->findChildren<QLabel*>()) {
         if (candidate != title && candidate->parent() == title->parent() &&
-            candidate->geometry().center().y() == title->geometry().center().y())
+            candidate->geometry().center().y() == title->geometry().center().y()) {
             return candidate;
+        }
     }
     return nullptr;
 }
@@ -88,8 +90,9 @@ void ExportDialogHand::chooseDirectory(const QString& path) const
             enterText(chooser->findChild<QLineEdit*>(), path);
             press(chooser, Qt::Key_Return);
         }
-        if (chooser->isVisible())
+        if (chooser->isVisible()) {
             press(chooser, Qt::Key_Escape);
+        }
     });
     click(browse());
     QCOMPARE(title, QStringLiteral("Select Directory"));

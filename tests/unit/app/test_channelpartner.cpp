@@ -18,8 +18,9 @@ struct TwoBanks : WindowBench
     explicit TwoBanks(const QMap<int, QString>& functions = {})
     {
         instrument().putModule(1, QStringLiteral("SCN4000A"));
-        for (auto entry = functions.cbegin(); entry != functions.cend(); ++entry)
+        for (auto entry = functions.cbegin(); entry != functions.cend(); ++entry) {
             measure(entry.key(), entry.value());
+        }
         open();
     }
 
@@ -40,8 +41,9 @@ struct TwoBanks : WindowBench
     bool isOutOfUse(int channel) const
     {
         for (int column = NumberColumn; column < StretchColumn; ++column) {
-            if (tree()->itemWidget(item(channel), column)->isEnabled())
+            if (tree()->itemWidget(item(channel), column)->isEnabled()) {
                 return false;
+            }
         }
         return !(item(channel)->flags() & Qt::ItemIsUserCheckable);
     }
@@ -90,8 +92,9 @@ void TestChannelPartner::reportedFourWireFunctionTakesThePartner()
     QCOMPARE(g_scanChannels.keys(), QList<int>{105});
     QCOMPARE(bench.module(1)->checkState(ScanColumn), Qt::PartiallyChecked);
     // Only questions went out.
-    for (const QString& line : bench.takeLines())
+    for (const QString& line : bench.takeLines()) {
         QVERIFY2(line.contains(QLatin1Char('?')), qPrintable(line));
+    }
     QVERIFY(bench.isInUse(114) && bench.isInUse(116) && bench.isInUse(105));
     // So the next tick's list is one that the instrument takes.
     bench.tick(101);
@@ -137,8 +140,9 @@ void TestChannelPartner::reportedTwoWireFunctionGivesThePartnerBack()
     bench.readBack(103);
     QVERIFY(bench.isInUse(113));
     QCOMPARE(WindowBench::itemsOf(bench.box(113, FunctionColumn)), CommFunc().functionList(113));
-    for (const QString& line : bench.takeLines())
+    for (const QString& line : bench.takeLines()) {
         QVERIFY2(line.contains(QLatin1Char('?')), qPrintable(line));
+    }
 }
 
 void TestChannelPartner::refusedFourWireChoiceGivesThePartnerBack()

@@ -18,16 +18,18 @@ using Replies = QMap<QString, QString>;
 QStringList texts(std::initializer_list<const char*> lines)
 {
     QStringList list;
-    for (const char* line : lines)
+    for (const char* line : lines) {
         list.append(QString::fromUtf8(line));
+    }
     return list;
 }
 
 Replies replies(std::initializer_list<std::pair<const char*, const char*>> pairs)
 {
     Replies map;
-    for (const auto& [query, reply] : pairs)
+    for (const auto& [query, reply] : pairs) {
         map.insert(QString::fromUtf8(query), QString::fromUtf8(reply));
+    }
     return map;
 }
 
@@ -45,8 +47,9 @@ struct AllFunctions : WindowBench
     void readBackWith(int channel, const Replies& answers)
     {
         instrument().resetReplies();
-        for (auto answer = answers.cbegin(); answer != answers.cend(); ++answer)
+        for (auto answer = answers.cbegin(); answer != answers.cend(); ++answer) {
             instrument().setReply(answer.key(), answer.value());
+        }
         instrument().takeLines();
         readBack(channel);
     }
@@ -70,8 +73,9 @@ private slots:
     }
     void cleanup()
     {
-        while (QWidget* popup = QApplication::activePopupWidget())
+        while (QWidget* popup = QApplication::activePopupWidget()) {
             popup->close();
+        }
     }
 
     void functionDecidesWhatIsAsked_data();
@@ -402,10 +406,11 @@ void TestChannelReadBack::temperatureUnitShows_data()
     QTest::addColumn<QString>("reply");
     QTest::addColumn<QString>("unit");
     for (const char* function : {"\"TEMP:TC\"", "\"TEMP:RTD\"", "\"TEMP:THER\""}) {
-        for (const char* unit : {"C", "F", "K"})
+        for (const char* unit : {"C", "F", "K"}) {
             QTest::addRow("%s in %s", function, unit)
                 << QString::fromUtf8(function) << QString::fromUtf8(unit)
                 << QString::fromUtf8(unit);
+        }
     }
     QTest::newRow("another reply")
         << QStringLiteral("\"TEMP:TC\"") << QStringLiteral("R") << QStringLiteral("C");
@@ -467,12 +472,13 @@ void TestChannelReadBack::scalingShowsInTheRow()
                                    {"CALC:SCAL:FUNC?", "PCT"}}));
     m_bench->readBackWith(101, answers);
     QWidget* control = m_bench->tree()->itemWidget(m_bench->item(101), column);
-    if (const auto* edit = qobject_cast<QLineEdit*>(control))
+    if (const auto* edit = qobject_cast<QLineEdit*>(control)) {
         QCOMPARE(edit->text(), text);
-    else if (const auto* box = qobject_cast<QComboBox*>(control))
+    } else if (const auto* box = qobject_cast<QComboBox*>(control)) {
         QCOMPARE(box->currentText(), text);
-    else
+    } else {
         QCOMPARE(qobject_cast<QCheckBox*>(control)->isChecked(), text == QLatin1String("on"));
+    }
 }
 
 void TestChannelReadBack::reportedScaleFunctionDecidesWhatCanBeEdited_data()
@@ -531,10 +537,11 @@ void TestChannelReadBack::referencesShowInTheScalePanel()
     m_bench->cell<QPushButton>(101, ScaleMoreColumn)->setEnabled(true);
     const AdvancedSetting* panel = m_bench->openPanel(101, ScaleMoreColumn);
     QVERIFY(panel);
-    if (choice.isEmpty())
+    if (choice.isEmpty()) {
         QCOMPARE(WindowBench::numberOf(panel, group), number);
-    else
+    } else {
         QCOMPARE(WindowBench::choiceOf(panel, group), choice);
+    }
 }
 
 QTEST_MAIN(TestChannelReadBack)

@@ -26,8 +26,9 @@ namespace {
 QStringList texts(std::initializer_list<const char*> lines)
 {
     QStringList list;
-    for (const char* line : lines)
+    for (const char* line : lines) {
         list.append(QString::fromUtf8(line));
+    }
     return list;
 }
 
@@ -89,8 +90,9 @@ QStringList fourWireReadBack(int channel)
     QStringList lines;
     for (const char* query :
          {"ROUT:CHAN:LAB? (@%1)", "FUNC? (@%1)", "FRES:RANG:AUTO? (@%1)", "FRES:RANG? (@%1)",
-          "ROUT:CHAN:DEL:AUTO? (@%1)", "FRES:NPLC? (@%1)", "FRES:OCOM? (@%1)"})
+          "ROUT:CHAN:DEL:AUTO? (@%1)", "FRES:NPLC? (@%1)", "FRES:OCOM? (@%1)"}) {
         lines.append(QString::fromLatin1(query).arg(channel));
+    }
     return lines + scalingQueries(channel);
 }
 
@@ -105,8 +107,9 @@ QList<int> enabledColumns(const WindowBench& bench, int channel)
     QList<int> columns;
     for (int column = 1; column < ChannelColumnCount; ++column) {
         const QWidget* control = bench.tree()->itemWidget(bench.item(channel), column);
-        if (control && control->isEnabled())
+        if (control && control->isEnabled()) {
             columns.append(column);
+        }
     }
     return columns;
 }
@@ -199,8 +202,9 @@ private slots:
 
 void TestChannelRow::cleanup()
 {
-    while (QWidget* popup = QApplication::activePopupWidget())
+    while (QWidget* popup = QApplication::activePopupWidget()) {
         popup->close();
+    }
 }
 
 void TestChannelRow::functionIsSentAndItsOptionsReadBack_data()
@@ -355,8 +359,9 @@ void TestChannelRow::partnersReadBackStillRuns()
     bench.takeLines();
     bench.loseAndRecover();
     const QStringList lines = bench.takeLines();
-    for (const QString& line : voltageReadBack(115))
+    for (const QString& line : voltageReadBack(115)) {
         QVERIFY2(lines.contains(line), qPrintable(line));
+    }
 }
 
 void TestChannelRow::secondHalfHasNoPartner_data()
@@ -382,8 +387,9 @@ void TestChannelRow::secondHalfHasNoPartner()
     QFETCH(QString, command);
     OneModule bench(model.constData());
     QMap<int, QString> functions;
-    for (int other = 101; other <= 122; ++other)
+    for (int other = 101; other <= 122; ++other) {
         functions.insert(other, bench.box(other, FunctionColumn)->currentText());
+    }
     bench.select(channel, FunctionColumn, name.toUtf8().constData());
     QCOMPARE(bench.takeLines().first(), command);
     functions[channel] = name;
@@ -453,8 +459,9 @@ void TestChannelRow::fourWireRangeGoesToThePartnerFirst()
     OneModule bench(kAllFunctions);
     bench.instrument().setReply(QStringLiteral("FUNC?"), QStringLiteral("\"FRES\""));
     bench.select(103, FunctionColumn, "四线ohm");
-    if (partnerWasReadBack)
+    if (partnerWasReadBack) {
         bench.readBack(111);
+    }
     bench.takeLines();
     bench.select(103, RangeColumn, range.toUtf8().constData());
     QCOMPARE(bench.takeLines(), QStringList(QStringLiteral("FRES:RANG %1,(@111)").arg(value)) +
@@ -763,8 +770,9 @@ void TestChannelRow::changeInThePanelReadsTheChannelBack()
     AdvancedSetting* panel = bench.openPanel(101, MoreColumn);
     QVERIFY(panel);
     for (QComboBox* list : panel->findChildren<QComboBox*>()) {
-        if (list->isVisible() && list->findText(QStringLiteral("100")) >= 0)
+        if (list->isVisible() && list->findText(QStringLiteral("100")) >= 0) {
             list->setCurrentIndex(list->findText(QStringLiteral("100")));
+        }
     }
     QCOMPARE(bench.takeLines(), texts({"VOLT:NPLC 100,(@101)"}) + voltageReadBack(101));
     panel->close();
@@ -775,8 +783,9 @@ void TestChannelRow::changeInThePanelReadsTheChannelBack()
     panel = bench.openPanel(101, ScaleMoreColumn);
     QVERIFY(panel);
     for (auto* spin : panel->findChildren<QDoubleSpinBox*>()) {
-        if (spin->isVisible())
+        if (spin->isVisible()) {
             spin->setValue(4.5);
+        }
     }
     QCOMPARE(bench.takeLines(), texts({"CALC:SCAL:REF 4.5,(@101)"}) + voltageReadBack(101));
 }

@@ -27,8 +27,9 @@ namespace {
 QStringList texts(std::initializer_list<const char*> lines)
 {
     QStringList list;
-    for (const char* line : lines)
+    for (const char* line : lines) {
         list.append(QString::fromUtf8(line));
+    }
     return list;
 }
 
@@ -54,12 +55,13 @@ QStringList cellsOf(QTreeWidget* tree, QTreeWidgetItem* item)
             continue;
         }
         QString text;
-        if (const auto* edit = qobject_cast<const QLineEdit*>(control))
+        if (const auto* edit = qobject_cast<const QLineEdit*>(control)) {
             text = edit->text();
-        else if (const auto* box = qobject_cast<const QComboBox*>(control))
+        } else if (const auto* box = qobject_cast<const QComboBox*>(control)) {
             text = box->currentText();
-        else if (const auto* button = qobject_cast<const QAbstractButton*>(control))
+        } else if (const auto* button = qobject_cast<const QAbstractButton*>(control)) {
             text = button->text();
+        }
         cells.append(QString::fromLatin1(control->metaObject()->className()) +
                      QStringLiteral(": ") + text);
     }
@@ -148,21 +150,24 @@ void TestChannelTable::channelRowStartsWithTheseControls()
     bench.instrument().whenAsked(QStringLiteral("STAT:OPER:EVEN?"), [&cells, &states] {
         for (const QWidget* top : QApplication::topLevelWidgets()) {
             auto* tree = top->findChild<QTreeWidget*>();
-            if (!tree)
+            if (!tree) {
                 continue;
+            }
             QTreeWidgetItem* item = tree->topLevelItem(0)->child(2);
             cells = cellsOf(tree, item);
             const auto cell = [tree, item](int column) { return tree->itemWidget(item, column); };
             const auto note = [&states](const char* what, bool isSo) {
-                if (!isSo)
+                if (!isSo) {
                     states.append(QString::fromLatin1(what));
+                }
             };
             note("unchecked", item->checkState(0) == Qt::Unchecked);
             note("checkable", item->flags() & Qt::ItemIsUserCheckable);
             note("white", item->foreground(0).color() == QColor(Qt::white));
-            for (const int column : {2, 9, 10})
+            for (const int column : {2, 9, 10}) {
                 note("centred",
                      qobject_cast<QLineEdit*>(cell(column))->alignment() == Qt::AlignCenter);
+            }
             note("spaced", qobject_cast<CustomComboBox*>(cell(3))->itemSpacing() == 15);
             note("no units of temperature", qobject_cast<QComboBox*>(cell(5))->count() == 0);
             note("scaling off", !qobject_cast<QCheckBox*>(cell(7))->isChecked());
@@ -186,9 +191,10 @@ void TestChannelTable::boxesOfferWhatThePositionCan()
     const CommFunc catalogue;
     QCOMPARE(bench.module(1)->childCount(), 22);
     // The three kinds of positions have lists of their own.
-    for (const int channel : {101, 110, 111, 120, 121, 122})
+    for (const int channel : {101, 110, 111, 120, 121, 122}) {
         QCOMPARE(WindowBench::itemsOf(bench.box(channel, FunctionColumn)),
                  catalogue.functionList(channel));
+    }
     QCOMPARE(bench.box(101, FunctionColumn)->count(), 32);
     QCOMPARE(bench.box(111, FunctionColumn)->count(), 26);
     QCOMPARE(WindowBench::itemsOf(bench.box(121, FunctionColumn)), texts({"直流电流", "交流电流"}));
@@ -217,8 +223,9 @@ void TestChannelTable::tickSendsTheWholeList()
     QFETCH(QList<int>, channels);
     QFETCH(QStringList, lines);
     TwoModules bench;
-    for (const int channel : channels)
+    for (const int channel : channels) {
         bench.tick(channel);
+    }
     QCOMPARE(bench.instrument().lines(), lines);
     std::sort(channels.begin(), channels.end());
     QCOMPARE(g_scanChannels.keys(), channels);
@@ -366,8 +373,9 @@ void TestChannelTable::workspaceOffersTheScanList()
     bench.tick(302);
     bench.tick(201);
     QStringList items;
-    for (int row = 0; row < box->count(); ++row)
+    for (int row = 0; row < box->count(); ++row) {
         items.append(box->itemText(row));
+    }
     QCOMPARE(items, texts({"无", "201(Vdc)", "302(Vdc)"}));
 }
 
@@ -380,8 +388,9 @@ void TestChannelTable::settingsPageShowsThreeSlots()
     QCOMPARE(content->styleSheet(), QStringLiteral("background:rgb(63,63,63);"));
 
     QStringList labels;
-    for (const QLabel* label : content->findChildren<QLabel*>())
+    for (const QLabel* label : content->findChildren<QLabel*>()) {
         labels.append(label->text());
+    }
     const QString module = QStringLiteral("20-Channel Armature Multiplexer...\n版本: 01.02");
     QCOMPARE(labels, QStringList({QStringLiteral("时隙 1:"), module, QStringLiteral("时隙 2:"),
                                   module, QStringLiteral("时隙 3:"), module}));
@@ -392,8 +401,9 @@ void TestChannelTable::settingsPageShowsThreeSlots()
         QCOMPARE(box->itemText(0), QStringLiteral("无"));
     }
     QStringList modes;
-    for (const QRadioButton* radio : content->findChildren<QRadioButton*>())
+    for (const QRadioButton* radio : content->findChildren<QRadioButton*>()) {
         modes.append(radio->text());
+    }
     QCOMPARE(modes,
              texts({"扫描模式", "开关模式", "扫描模式", "开关模式", "扫描模式", "开关模式"}));
     const auto* more = content->findChild<QPushButton*>(QStringLiteral("setupButton"));
@@ -406,14 +416,16 @@ void TestChannelTable::settingsPageSendsNothing()
     TwoModules bench;
     const auto* settings = bench.window().findChild<QTabWidget*>(QStringLiteral("myTabWidget"));
     const QWidget* content = qobject_cast<QScrollArea*>(settings->widget(0))->widget();
-    for (QAbstractButton* button : content->findChildren<QAbstractButton*>())
+    for (QAbstractButton* button : content->findChildren<QAbstractButton*>()) {
         button->click();
+    }
     QCOMPARE(bench.instrument().lines(), QStringList());
     // The modes of one slot exclude each other, those of two slots do not.
     QStringList checked;
     for (const QRadioButton* radio : content->findChildren<QRadioButton*>()) {
-        if (radio->isChecked())
+        if (radio->isChecked()) {
             checked.append(radio->text());
+        }
     }
     QCOMPARE(checked, texts({"开关模式", "开关模式", "开关模式"}));
 }

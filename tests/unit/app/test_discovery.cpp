@@ -16,8 +16,9 @@ namespace {
 QStringList texts(std::initializer_list<const char*> lines)
 {
     QStringList list;
-    for (const char* line : lines)
+    for (const char* line : lines) {
         list.append(QString::fromUtf8(line));
+    }
     return list;
 }
 
@@ -25,8 +26,9 @@ QStringList texts(std::initializer_list<const char*> lines)
 QStringList scanListReadBack(const QList<int>& channels)
 {
     QStringList lines = texts({"STAT:OPER:EVEN?", "ROUT:SCAN?"});
-    for (const int channel : channels)
+    for (const int channel : channels) {
         lines += voltageReadBack(channel);
+    }
     return lines;
 }
 

@@ -16,10 +16,11 @@ QMap<QString, QString> timesOf(const QStringList& calls)
     QMap<QString, QString> times;
     QString last;
     for (const QString& call : calls) {
-        if (const auto match = time.match(call); match.hasMatch())
+        if (const auto match = time.match(call); match.hasMatch()) {
             last = match.captured(1);
-        else if (const auto written = line.match(call); written.hasMatch())
+        } else if (const auto written = line.match(call); written.hasMatch()) {
             times.insert(written.captured(1), last);
+        }
     }
     return times;
 }
@@ -41,8 +42,9 @@ void TestExchangeTimeouts::exchangeHasFiveSeconds_data()
     QTest::addColumn<QString>("line");
     for (const char* line : {"*IDN?", "SYST:CTYP? 1", "FUNC? (@101)", "TRIG:SOUR?",
                              "VOLT:DC:NPLC? (@101)", "CALC:SCAL:GAIN? (@102)", "ROUT:SCAN (@101)",
-                             "SYST:ERR?", "FUNC \"VOLT:AC\",(@101)", "TRIG:SOUR EXT", "INIT"})
+                             "SYST:ERR?", "FUNC \"VOLT:AC\",(@101)", "TRIG:SOUR EXT", "INIT"}) {
         QTest::newRow(line) << QString::fromLatin1(line);
+    }
 }
 
 void TestExchangeTimeouts::exchangeHasFiveSeconds()
@@ -54,8 +56,9 @@ void TestExchangeTimeouts::exchangeHasFiveSeconds()
     bench.tick(101);
     bench.box(101, FunctionColumn)->setCurrentText(QStringLiteral("交流电压"));
     bench.button(QStringLiteral("外部触发时"))->click();
-    if (line == QLatin1String("INIT"))
+    if (line == QLatin1String("INIT")) {
         bench.call("scanFunc");
+    }
     const auto times = timesOf(bench.instrument().visa().calls());
     QCOMPARE(times.value(line), QStringLiteral("5000"));
 }

@@ -139,8 +139,9 @@ void TestExportDialog::cleanup()
 void TestExportDialog::removeLeftovers()
 {
     const QDir programs(QCoreApplication::applicationDirPath());
-    for (const QString& name : filesBesideTheProgram())
+    for (const QString& name : filesBesideTheProgram()) {
         QFile::remove(programs.filePath(name));
+    }
     ExportBench::removeStore();
 }
 
@@ -177,9 +178,10 @@ void TestExportDialog::dialogHasTheseRows()
             }
             bottom = rowBottom;
         }
-        for (const char* text : {"列分隔符:", "导出文件详细信息:", "文件名:", "导出路径:"})
+        for (const char* text : {"列分隔符:", "导出文件详细信息:", "文件名:", "导出路径:"}) {
             QCOMPARE(dialog.label(QString::fromUtf8(text))->styleSheet(),
                      QStringLiteral("background-color:#444444;"));
+        }
         QCOMPARE(dialog.directory()->styleSheet(), QStringLiteral("background-color:#444444;"));
         QCOMPARE(dialog.separator()->styleSheet(), QStringLiteral("background:#171717;"));
     });
@@ -205,13 +207,15 @@ void TestExportDialog::nothingIsClipped()
     bench.inDialog([](const ExportDialogHand& dialog) {
         QCOMPARE(dialog.window->minimumSize(), dialog.window->maximumSize());
         for (const QWidget* widget : dialog.window->findChildren<QWidget*>()) {
-            if (!widget->isVisible() || widget == dialog.directory())
+            if (!widget->isVisible() || widget == dialog.directory()) {
                 continue;
+            }
             QVERIFY(widget->parentWidget()->rect().contains(widget->geometry()));
             const auto* label = qobject_cast<const QLabel*>(widget);
             const auto* button = qobject_cast<const QAbstractButton*>(widget);
-            if (!label && !button)
+            if (!label && !button) {
                 continue;
+            }
             const QString text = label ? label->text() : button->text();
             const QSize needed = widget->fontMetrics().size(Qt::TextSingleLine, text);
             QVERIFY2(widget->contentsRect().width() >= needed.width() &&
@@ -230,8 +234,9 @@ void TestExportDialog::textIsLegibleOnItsGround()
             int lightness = 0;
             const QRect area(widget->mapTo(dialog.window, QPoint(0, 0)), widget->size());
             for (int y = area.top(); y <= area.bottom(); ++y) {
-                for (int x = area.left(); x <= area.right(); ++x)
+                for (int x = area.left(); x <= area.right(); ++x) {
                     lightness = qMax(lightness, picture.pixelColor(x, y).lightness());
+                }
             }
             return lightness;
         };
@@ -287,10 +292,11 @@ void TestExportDialog::dialogIsLeftWithoutAnExport()
     QFETCH(QString, way);
     ExportBench bench;
     bench.inDialog([&way](const ExportDialogHand& dialog) {
-        if (way.isEmpty())
+        if (way.isEmpty()) {
             press(dialog.window, Qt::Key_Escape);
-        else
+        } else {
             click(dialog.button(way));
+        }
         QVERIFY(!dialog.window->isVisible());
     });
     QCOMPARE(bench.message(), QString());
@@ -331,8 +337,9 @@ void TestExportDialog::returnPressesOnlyTheFocusedButton()
         QTimer::singleShot(0, dialog.window, [&hasChooser] {
             auto* chooser = qobject_cast<QFileDialog*>(QApplication::activeModalWidget());
             hasChooser = chooser != nullptr;
-            if (chooser)
+            if (chooser) {
                 chooser->close();
+            }
         });
         dialog.button(QStringLiteral("×"))->setFocus(Qt::TabFocusReason);
         press(dialog.window, Qt::Key_Return);
@@ -365,8 +372,9 @@ void TestExportDialog::longDirectoryIsShownShort()
     ExportBench bench;
     const QTemporaryDir directory;
     QString path = directory.path();
-    while (path.size() < 300)
+    while (path.size() < 300) {
         path += QLatin1Char('/') + QString(30, QLatin1Char('w'));
+    }
     QVERIFY(QDir().mkpath(path));
     bench.inDialog([&path](const ExportDialogHand& dialog) {
         const QSize size = dialog.window->size();
@@ -434,8 +442,9 @@ void TestExportDialog::fileHoldsTheScan()
     bench.scan();
     bench.inDialog([row](const ExportDialogHand& dialog) {
         dialog.separator()->setFocus(Qt::TabFocusReason);
-        for (int step = 0; step < row; ++step)
+        for (int step = 0; step < row; ++step) {
             press(dialog.window, Qt::Key_Down);
+        }
         click(dialog.toFile());
         QVERIFY(!dialog.window->isVisible());
     });
@@ -472,8 +481,9 @@ void TestExportDialog::readingsAfterTheClickOnStopStayOut()
     QVERIFY(start > 0 && end > start);
     CurveDataDB* const store = CurveDataDB::instance(QString());
     QVector<QPointF> points;
-    for (const qint64 time : {start - 1, start, end - 1, end, end + 1, end + 1000, end + 2000})
+    for (const qint64 time : {start - 1, start, end - 1, end, end + 1, end + 1000, end + 2000}) {
         points.append({double(time), double(time - end)});
+    }
     store->appendPoints(store->curveNames().firstKey(), points);
     store->flushPending();
 
@@ -485,8 +495,9 @@ void TestExportDialog::readingsAfterTheClickOnStopStayOut()
     rows = rows.mid(6); // below the titles
     QVector<double> values;
     for (const QByteArray& row : qAsConst(rows)) {
-        if (!row.isEmpty())
+        if (!row.isEmpty()) {
             values.append(row.split(',').value(2).toDouble());
+        }
     }
     QCOMPARE(values, (QVector<double>{double(start - end), -1.0, 0.0}));
 }
@@ -540,8 +551,9 @@ void TestExportDialog::anyDirectoryWillDo()
     QVERIFY(QDir().mkpath(path));
     bench.inDialog([&](const ExportDialogHand& dialog) {
         dialog.chooseDirectory(path);
-        if (vanishes)
+        if (vanishes) {
             QVERIFY(QDir().rmdir(path));
+        }
         click(dialog.toFile());
     });
     bench.waitForEnd();
@@ -604,8 +616,9 @@ void TestExportDialog::outcomeIsToldAfterTheOverlay()
     Watch watch(bench);
     bench.inDialog([&](const ExportDialogHand& dialog) {
         dialog.chooseDirectory(path);
-        if (cause == QLatin1String("name"))
+        if (cause == QLatin1String("name")) {
             enterText(dialog.name(), QString(300, QLatin1Char('n')));
+        }
         if (cause == QLatin1String("blocked")) {
             // A file stands where the directory was.
             QVERIFY(QDir().rmdir(path));
@@ -637,8 +650,9 @@ void TestExportDialog::outcomeIsToldAfterTheOverlay()
 void TestExportDialog::storeThatGoesMeanwhileIsAnError_data()
 {
     QTest::addColumn<QString>("cause");
-    for (const char* cause : {"files", "clear"})
+    for (const char* cause : {"files", "clear"}) {
         QTest::newRow(cause) << QString::fromLatin1(cause);
+    }
 }
 
 void TestExportDialog::storeThatGoesMeanwhileIsAnError()
@@ -662,15 +676,17 @@ void TestExportDialog::storeThatGoesMeanwhileIsAnError()
         const QDir data(store->dataDirectory());
         const QStringList names = data.entryList({QStringLiteral("*.db")}, QDir::Files);
         QVERIFY(!names.isEmpty());
-        for (const QString& name : names)
+        for (const QString& name : names) {
             QVERIFY(QFile::remove(data.filePath(name)));
+        }
     }
     bench.waitForEnd();
     QCOMPARE(bench.outcome(), QStringLiteral("数据库读取失败，请检查数据文件"));
     QVERIFY(bench.isInformation());
     QCOMPARE(csvFiles(directory.path()), QStringList());
-    if (cause == QLatin1String("clear"))
+    if (cause == QLatin1String("clear")) {
         QTRY_COMPARE_WITH_TIMEOUT(cleared.count(), 1, ExportBench::kEndWaitMs);
+    }
     // The button is of use again.
     bench.inDialog([](const ExportDialogHand& dialog) { QVERIFY(dialog.window->isVisible()); });
 }
@@ -789,11 +805,12 @@ void TestExportDialog::exitLeavesTheDialog()
     QTimer::singleShot(0, &bench.window(), [&] {
         QTimer::singleShot(0, &bench.window(), [&] {
             isOpen = bench.window().findChild<CustomDialog*>()->isVisible();
-            if (byLauncher)
+            if (byLauncher) {
                 QMetaObject::invokeMethod(&bench.window(), "handleInput",
                                           Q_ARG(QString, QStringLiteral("exit")));
-            else
+            } else {
                 bench.window().close();
+            }
         });
         click(bench.exportButton());
     });

@@ -129,8 +129,9 @@ void TestInputReaderThread::stopEndsAWaitingThreadSoon()
 {
     QFETCH(bool, ended);
     Reader reader;
-    if (ended)
+    if (ended) {
         reader.input.close();
+    }
     QTest::qWait(50);
     QVERIFY(reader.thread.isRunning());
     QElapsedTimer timer;

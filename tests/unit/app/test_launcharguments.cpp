@@ -55,8 +55,9 @@ void TestLaunchArguments::validationComparesWithTheResource()
     QFETCH(QStringList, arguments);
     QFETCH(bool, valid);
     g_resourceName = QStringLiteral("ASRL3::INSTR");
-    if (!valid)
+    if (!valid) {
         QTest::ignoreMessage(QtCriticalMsg, "错误：安全参数验证失败");
+    }
     QCOMPARE(validateLaunchArguments(arguments), valid);
 }
 

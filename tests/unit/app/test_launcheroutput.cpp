@@ -25,8 +25,9 @@ QByteArray written(CapturedOutput& output, const QByteArray& wanted)
 {
     QElapsedTimer clock;
     clock.start();
-    while (output.flushed().size() < wanted.size() && clock.elapsed() < 5000)
+    while (output.flushed().size() < wanted.size() && clock.elapsed() < 5000) {
         QThread::msleep(1);
+    }
     return output.flushed();
 }
 
@@ -218,8 +219,9 @@ void TestLauncherOutput::launcherThatReadsLateGetsAllThatIsKept()
     const int kept = behind.size() / echoOf(0).size();
     QVERIFY2(kept > 2000 && kept < 2200, qPrintable(QString::number(kept)));
     QByteArray newest;
-    for (int number = kLines - kept; number < kLines; ++number)
+    for (int number = kLines - kept; number < kLines; ++number) {
         newest += echoOf(number);
+    }
     QCOMPARE(behind, newest);
 }
 
@@ -234,14 +236,16 @@ void TestLauncherOutput::lastLinesAreGivenTheirTime()
         giveLines(window, 0, kLines);
         launcher = std::thread([&output, &bytes] {
             QThread::msleep(100);
-            for (QByteArray more; !(more = output.read(1000)).isEmpty();)
+            for (QByteArray more; !(more = output.read(1000)).isEmpty();) {
                 bytes += more;
+            }
         });
     }
     launcher.join();
     QByteArray all;
-    for (int number = 0; number < kLines; ++number)
+    for (int number = 0; number < kLines; ++number) {
         all += echoOf(number);
+    }
     QCOMPARE(bytes, all);
 }
 

@@ -106,8 +106,9 @@ void TestLineSplitter::lineWithoutAnEndIsNotGathered()
     const QByteArray piece(1 << 20, 'x');
     QTest::ignoreMessage(QtWarningMsg, kTooLong);
     // More than a line of text can hold, were it gathered.
-    for (int mebibytes = 0; mebibytes < 4096; ++mebibytes)
+    for (int mebibytes = 0; mebibytes < 4096; ++mebibytes) {
         QCOMPARE(splitter.feed(piece), QStringList());
+    }
     QCOMPARE(splitter.finish(), QStringList());
 }
 

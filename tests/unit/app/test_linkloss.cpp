@@ -203,10 +203,11 @@ void TestLinkLoss::overlayDropsWhatIsBeingTypedInAPanel()
     hand::type(QStringLiteral("4"));
     bench.instrument().takeLines();
 
-    if (isLoss)
+    if (isLoss) {
         bench.call("recvUseInstSlot");
-    else
+    } else {
         bench.startupView()->showLoading();
+    }
     QCOMPARE(bench.isLost(), isLoss);
     QVERIFY(!panel->isVisible());
     QCOMPARE(bench.instrument().takeLines(), QStringList());
@@ -234,8 +235,9 @@ void TestLinkLoss::silenceEndsTheRestoringOfDefaultsAfterAMinute()
     bench.instrument().takeLines();
     bench.silenceAt(silentFrom.constData());
     for (QPushButton* button : panel->findChildren<QPushButton*>()) {
-        if (button->text() == QStringLiteral("恢复默认值"))
+        if (button->text() == QStringLiteral("恢复默认值")) {
             QTest::mouseClick(button, Qt::LeftButton);
+        }
     }
     const QStringList lines = linesFrom(bench.instrument().lines(), silentFrom.constData());
     QCOMPARE(lines.filter(QStringLiteral("?")).size(), kPatience);

@@ -27,8 +27,9 @@ const QString kInput = QStringLiteral("background: #2D2D2D;");
 QStringList texts(std::initializer_list<const char*> lines)
 {
     QStringList list;
-    for (const char* line : lines)
+    for (const char* line : lines) {
         list.append(QString::fromUtf8(line));
+    }
     return list;
 }
 
@@ -47,8 +48,9 @@ struct LoggingPage : WindowBench
     QGroupBox* group(const QString& title) const
     {
         for (QGroupBox* box : content->findChildren<QGroupBox*>()) {
-            if (box->title() == title)
+            if (box->title() == title) {
                 return box;
+            }
         }
         qFatal("no group %s", qPrintable(title));
     }
@@ -61,14 +63,15 @@ struct LoggingPage : WindowBench
 QString described(const QWidget* widget)
 {
     QString text;
-    if (const auto* button = qobject_cast<const QAbstractButton*>(widget))
+    if (const auto* button = qobject_cast<const QAbstractButton*>(widget)) {
         text = button->text();
-    else if (const auto* label = qobject_cast<const QLabel*>(widget))
+    } else if (const auto* label = qobject_cast<const QLabel*>(widget)) {
         text = label->text();
-    else if (const auto* edit = qobject_cast<const QLineEdit*>(widget))
+    } else if (const auto* edit = qobject_cast<const QLineEdit*>(widget)) {
         text = edit->text();
-    else if (const auto* spin = qobject_cast<const QSpinBox*>(widget))
+    } else if (const auto* spin = qobject_cast<const QSpinBox*>(widget)) {
         text = spin->text();
+    }
     return QString::fromLatin1(widget->metaObject()->className()) + QStringLiteral(": ") + text;
 }
 
@@ -78,10 +81,11 @@ QStringList rowsOf(const QLayout* layout)
     QStringList rows;
     for (int i = 0; i < layout->count(); ++i) {
         QLayoutItem* item = layout->itemAt(i);
-        if (item->widget())
+        if (item->widget()) {
             rows.append(described(item->widget()));
-        else if (const QLayout* row = item->layout())
+        } else if (const QLayout* row = item->layout()) {
             rows.append(rowsOf(row).join(QStringLiteral(" | ")));
+        }
     }
     return rows;
 }
@@ -89,8 +93,9 @@ QStringList rowsOf(const QLayout* layout)
 QRadioButton* radio(const QGroupBox* group, const QString& text)
 {
     for (QRadioButton* button : group->findChildren<QRadioButton*>()) {
-        if (button->text() == text)
+        if (button->text() == text) {
             return button;
+        }
     }
     qFatal("no button %s", qPrintable(text));
 }
@@ -101,8 +106,9 @@ QStringList stateOf(const QWidget* content)
     QStringList state;
     for (const QWidget* widget : content->findChildren<QWidget*>()) {
         QString text = described(widget) + QString::number(widget->isEnabled());
-        if (const auto* button = qobject_cast<const QAbstractButton*>(widget))
+        if (const auto* button = qobject_cast<const QAbstractButton*>(widget)) {
             text += QString::number(button->isChecked());
+        }
         state.append(text);
     }
     return state;
@@ -112,8 +118,9 @@ QStringList stateOf(const QWidget* content)
 int changes(const QStringList& before, const QStringList& after)
 {
     int count = 0;
-    for (int i = 0; i < before.size(); ++i)
+    for (int i = 0; i < before.size(); ++i) {
         count += before.at(i) != after.value(i) ? 1 : 0;
+    }
     return count;
 }
 
@@ -202,8 +209,9 @@ void TestLoggingPage::fileGroupStartsLikeThis()
     const auto labels = group->findChildren<QLabel*>();
     const auto* fileName = group->findChild<QLineEdit*>();
     QCOMPARE(fileName->minimumWidth(), 150);
-    for (const char* text : {"附加日期", "附加时间", "附加数字"})
+    for (const char* text : {"附加日期", "附加时间", "附加数字"}) {
         QVERIFY(bench.button(QString::fromUtf8(text))->isChecked());
+    }
     QVERIFY(!bench.button(QStringLiteral("记录到 USB"))->isChecked());
     const QAbstractButton* limit = bench.button(QStringLiteral("行限制"));
     QVERIFY(limit->isChecked() && !limit->isEnabled());
@@ -243,8 +251,9 @@ void TestLoggingPage::startGroupStartsLikeThis()
     const auto* alarm = group->findChild<QComboBox*>();
     QVERIFY(!alarm->isEnabled());
     QStringList alarms;
-    for (int row = 0; row < alarm->count(); ++row)
+    for (int row = 0; row < alarm->count(); ++row) {
         alarms.append(alarm->itemText(row));
+    }
     QCOMPARE(alarms, texts({"Alarm1", "Alarm2", "Alarm3", "Alarm4"}));
 }
 
@@ -306,8 +315,9 @@ void TestLoggingPage::controlsAreStyledLikeThis()
     const QString value = QStringLiteral("background: #2D2D2D; color: #FFFFFF; padding: 2px;");
     const auto labels = bench.group(QStringLiteral("数据记录"))->findChildren<QLabel*>();
     QStringList styles;
-    for (const QLabel* label : labels)
+    for (const QLabel* label : labels) {
         styles.append(label->styleSheet());
+    }
     QCOMPARE(styles, QStringList({kLight, value, value, value, kLight,
                                   QStringLiteral("background:  #2D2D2D; color: #A9A9A9; padding: "
                                                  "3px; border: 1px solid gray;"),
@@ -319,13 +329,16 @@ void TestLoggingPage::controlsAreStyledLikeThis()
     for (const QWidget* input : bench.content->findChildren<QWidget*>()) {
         const bool isTimePart = input->parentWidget()->inherits("TimeColumn") ||
                                 qobject_cast<QAbstractSpinBox*>(input->parentWidget());
-        if (isTimePart)
+        if (isTimePart) {
             continue;
+        }
         if (qobject_cast<const QSpinBox*>(input) || qobject_cast<const QDateTimeEdit*>(input) ||
-            qobject_cast<const QComboBox*>(input))
+            qobject_cast<const QComboBox*>(input)) {
             QCOMPARE(input->styleSheet(), kInput);
-        if (qobject_cast<const QCheckBox*>(input) || qobject_cast<const QRadioButton*>(input))
+        }
+        if (qobject_cast<const QCheckBox*>(input) || qobject_cast<const QRadioButton*>(input)) {
             QCOMPARE(input->styleSheet(), kLight);
+        }
     }
 }
 
@@ -336,10 +349,11 @@ void TestLoggingPage::buildingSendsNothing()
     const int found = lines.indexOf(QStringLiteral("SYST:CTYP? 15"));
     QCOMPARE(lines.value(found + 1), QStringLiteral("STAT:OPER:EVEN?"));
     // With the answers of an idle instrument nothing but questions and the clock goes out at all.
-    for (const QString& line : lines)
+    for (const QString& line : lines) {
         QVERIFY2(line.contains(QLatin1Char('?')) || line == QLatin1String("*CLS") ||
                      line.startsWith(QLatin1String("SYST:")),
                  qPrintable(line));
+    }
 }
 
 void TestLoggingPage::managersFileNameStaysAsComposed()
@@ -370,8 +384,9 @@ void TestLoggingPage::passiveControlsChangeNothingElse()
         // The button itself and the one that was on before.
         QCOMPARE(changes(before, stateOf(bench.content)), 2);
     }
-    for (QDateTimeEdit* edit : bench.content->findChildren<QDateTimeEdit*>())
+    for (QDateTimeEdit* edit : bench.content->findChildren<QDateTimeEdit*>()) {
         edit->setDateTime(edit->dateTime().addDays(1));
+    }
     bench.content->findChild<QTextEdit*>()->setPlainText(QStringLiteral("comment"));
     QCOMPARE(bench.instrument().lines(), QStringList());
 }

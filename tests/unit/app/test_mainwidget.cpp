@@ -120,8 +120,9 @@ const char* const kStartUp[] = {
 QStringList startUpLines()
 {
     QStringList lines;
-    for (const char* line : kStartUp)
+    for (const char* line : kStartUp) {
         lines.append(QString::fromLatin1(line));
+    }
     return lines;
 }
 
@@ -330,16 +331,18 @@ void TestMainWidget::partsHaveTheirOwners()
     QVERIFY(!ReadData::instance()->parent());
     QVERIFY(!bench.reconnectView());
     // The two pickers of the logging page are laid out in it.
-    for (const TimePicker* picker : window.findChildren<TimePicker*>())
+    for (const TimePicker* picker : window.findChildren<TimePicker*>()) {
         QVERIFY(qobject_cast<QGroupBox*>(picker->parentWidget()));
+    }
 }
 
 void TestMainWidget::slotsAreTheseAndPrivateButTwo_data()
 {
     QTest::addColumn<QByteArray>("signature");
     QTest::addColumn<bool>("isPublic");
-    for (const char* signature : {"stopLoadingView()", "scanFunc()"})
+    for (const char* signature : {"stopLoadingView()", "scanFunc()"}) {
         QTest::newRow(signature) << QByteArray(signature) << true;
+    }
     for (const char* signature : {"recvUsbSlot(bool)",
                                   "recvStartSlot(bool)",
                                   "recvAlarmComboSlot(int)",
@@ -373,8 +376,9 @@ void TestMainWidget::slotsAreTheseAndPrivateButTwo_data()
                                   "recvBrowseButtonSlot()",
                                   "recvExportFileButtonSlot()",
                                   "recvLockScreenSlot()",
-                                  "recvAdvancedSettingChanged(int)"})
+                                  "recvAdvancedSettingChanged(int)"}) {
         QTest::newRow(signature) << QByteArray(signature) << false;
+    }
 }
 
 void TestMainWidget::slotsAreTheseAndPrivateButTwo()
@@ -405,15 +409,17 @@ void TestMainWidget::lockCoversTheThreePages()
         return qobject_cast<QScrollArea*>(settings->widget(tab))->widget();
     };
     QWidget* target = bench.tree();
-    if (page == QLatin1String("logging"))
+    if (page == QLatin1String("logging")) {
         target = contentOf(1);
-    else if (page == QLatin1String("instrument"))
+    } else if (page == QLatin1String("instrument")) {
         target = contentOf(0);
+    }
 
     const auto covered = [target] {
         for (const QObject* child : target->children()) {
-            if (child->inherits("LockableDataCollectionView"))
+            if (child->inherits("LockableDataCollectionView")) {
                 return !static_cast<const QWidget*>(child)->isHidden();
+            }
         }
         return false;
     };
@@ -432,8 +438,9 @@ void TestMainWidget::pagesAreRegisteredForTheLockInTheirOrder()
         QList<QObject*> tracking;
         bool eventFilter(QObject* watched, QEvent* event) override
         {
-            if (event->type() == QEvent::MouseTrackingChange)
+            if (event->type() == QEvent::MouseTrackingChange) {
                 tracking.append(watched);
+            }
             return false;
         }
     } recorder;
@@ -448,8 +455,9 @@ void TestMainWidget::pagesAreRegisteredForTheLockInTheirOrder()
     const QList<QObject*> pages = {contentOf(1), bench.tree(), contentOf(0)};
     QList<QObject*> registered;
     for (QObject* widget : qAsConst(recorder.tracking)) {
-        if (pages.contains(widget))
+        if (pages.contains(widget)) {
             registered.append(widget);
+        }
     }
     QCOMPARE(registered, pages);
 }
@@ -457,8 +465,9 @@ void TestMainWidget::pagesAreRegisteredForTheLockInTheirOrder()
 void TestMainWidget::everyExchangeHasFiveSeconds_data()
 {
     QTest::addColumn<QString>("part");
-    for (const char* part : {"read-back", "row", "table", "logging page", "run control"})
+    for (const char* part : {"read-back", "row", "table", "logging page", "run control"}) {
         QTest::newRow(part) << QString::fromLatin1(part);
+    }
 }
 
 void TestMainWidget::everyExchangeHasFiveSeconds()
@@ -470,23 +479,26 @@ void TestMainWidget::everyExchangeHasFiveSeconds()
         return bench.instrument().visa().calls().filter(QStringLiteral("0x3FFF001A"));
     };
     // The first one is the session's own.
-    for (const QString& call : timeouts().mid(1))
+    for (const QString& call : timeouts().mid(1)) {
         QVERIFY2(call.endsWith(QLatin1String(", 5000)")), qPrintable(call));
+    }
     bench.instrument().visa().clearCalls();
-    if (part == QLatin1String("read-back"))
+    if (part == QLatin1String("read-back")) {
         bench.readBack(201);
-    else if (part == QLatin1String("row"))
+    } else if (part == QLatin1String("row")) {
         QTest::keyClick(bench.box(201, UnitColumn), Qt::Key_Down);
-    else if (part == QLatin1String("table"))
+    } else if (part == QLatin1String("table")) {
         bench.tick(201);
-    else if (part == QLatin1String("logging page"))
+    } else if (part == QLatin1String("logging page")) {
         QTest::mouseClick(bench.button(QStringLiteral("外部触发时")), Qt::LeftButton);
-    else
+    } else {
         bench.window().scanFunc();
+    }
     g_scanRunning = false;
     QVERIFY(!timeouts().isEmpty());
-    for (const QString& call : timeouts())
+    for (const QString& call : timeouts()) {
         QVERIFY2(call.endsWith(QLatin1String(", 5000)")), qPrintable(call));
+    }
 }
 
 void TestMainWidget::startupViewCoversTheReadBack()
@@ -495,8 +507,9 @@ void TestMainWidget::startupViewCoversTheReadBack()
     bool hidden = true;
     bench.instrument().whenAsked(QStringLiteral("STAT:OPER:EVEN?"), [&hidden] {
         for (const QWidget* top : QApplication::topLevelWidgets()) {
-            if (const auto* view = top->findChild<LoadingView*>())
+            if (const auto* view = top->findChild<LoadingView*>()) {
                 hidden = view->isHidden();
+            }
         }
     });
     bench.open();
@@ -563,10 +576,11 @@ void TestMainWidget::withoutInstrumentThereIsOnlyTheOverlay()
 {
     QFETCH(bool, opens);
     TwoChannels bench;
-    if (opens)
+    if (opens) {
         bench.instrument().setSilent(true);
-    else
+    } else {
         bench.instrument().visa().fail(FakeVisa::Operation::Open, VI_ERROR_RSRC_NFOUND);
+    }
     MainWidget& window = bench.open();
     QVERIFY(!g_instrumentConnected);
     QCOMPARE(bench.startUpLines(),
@@ -580,8 +594,9 @@ void TestMainWidget::withoutInstrumentThereIsOnlyTheOverlay()
 
     window.show();
     const auto children = window.findChildren<QWidget*>(QString(), Qt::FindDirectChildrenOnly);
-    for (const QWidget* child : children)
+    for (const QWidget* child : children) {
         QCOMPARE(child->isVisible(), child == bench.reconnectView());
+    }
     QVERIFY(bench.reconnectView()->isVisible());
     QCOMPARE(bench.reconnectView()->geometry(), window.rect());
 }
@@ -748,8 +763,9 @@ void TestMainWidget::acquisitionThatForceDoesNotEndIsLeftBehind()
     bench.instrument().whenAsked(QStringLiteral("STAT:OPER:EVEN?"), [&hangs, &isFree] {
         hangs = true;
         // Never looks whether it is to end, as when it waits in the kernel.
-        while (!isFree)
+        while (!isFree) {
             std::this_thread::yield();
+        }
     });
     QTRY_VERIFY_WITH_TIMEOUT(hangs, 10000);
     const QPointer<ReadData> acquisition = ReadData::instance();

@@ -31,8 +31,9 @@ namespace {
 QStringList texts(std::initializer_list<const char*> lines)
 {
     QStringList list;
-    for (const char* line : lines)
+    for (const char* line : lines) {
         list.append(QString::fromUtf8(line));
+    }
     return list;
 }
 
@@ -75,8 +76,9 @@ struct Scan : WindowBench
     {
         for (TimePicker* candidate : window().findChildren<TimePicker*>()) {
             const auto* group = qobject_cast<QGroupBox*>(candidate->parentWidget());
-            if (group && group->title() == QStringLiteral("停止数据记录"))
+            if (group && group->title() == QStringLiteral("停止数据记录")) {
                 return candidate;
+            }
         }
         return nullptr;
     }
@@ -113,8 +115,9 @@ public:
     {
         auto* timer = qobject_cast<QTimer*>(watched);
         if (event->type() == QEvent::Timer && timer && !timer->parent() &&
-            timer->interval() == 1000)
+            timer->interval() == 1000) {
             m_timer = timer;
+        }
         return false;
     }
 
@@ -726,8 +729,9 @@ void TestRunControl::keyboardStartsNothingUnderTheRecovery()
     bench.startButton()->setFocus();
     bench.call("recvUseInstSlot");
     bench.takeLines();
-    for (const Qt::Key key : {Qt::Key_Tab, Qt::Key_Backtab, Qt::Key_Return})
+    for (const Qt::Key key : {Qt::Key_Tab, Qt::Key_Backtab, Qt::Key_Return}) {
         QTest::keyClick(window.windowHandle(), key);
+    }
     bench.startButton()->setFocus();
     QTest::keyClick(window.windowHandle(), Qt::Key_Space);
     QTest::qWait(300);
@@ -783,8 +787,9 @@ void TestRunControl::keysChangeNoTriggerSettingWhileLocked()
     bench.takeLines();
     radio->setFocus();
     QVERIFY(radio->hasFocus());
-    for (const Qt::Key key : {Qt::Key_Space, Qt::Key_Up, Qt::Key_Down})
+    for (const Qt::Key key : {Qt::Key_Space, Qt::Key_Up, Qt::Key_Down}) {
         QTest::keyClick(window.windowHandle(), key);
+    }
     QCOMPARE(bench.takeLines(), QStringList());
     QVERIFY(!radio->isChecked());
 }

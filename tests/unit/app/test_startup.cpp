@@ -21,13 +21,13 @@
 #include <QTimer>
 #include <QVector>
 #include <QWidget>
-
 #include <qwt_legend_data.h>
+
+#include <unistd.h>
 
 #include <cerrno>
 #include <csignal>
 #include <memory>
-#include <unistd.h>
 
 namespace {
 
@@ -76,8 +76,9 @@ void TestStartup::metaTypesAreRegisteredInOrder()
 {
     const char* const names[] = {"QList<QwtLegendData>", "MeasurementData",
                                  "QList<MeasurementData>", "QVector<int>", "ExportResult"};
-    for (const char* const name : names)
+    for (const char* const name : names) {
         QCOMPARE(QMetaType::type(name), static_cast<int>(QMetaType::UnknownType));
+    }
     Startup::registerMetaTypes();
     // Qt numbers the types as they come.
     int last = 0;
@@ -226,9 +227,10 @@ void TestStartup::menusOfTheLibraryAreChinese()
     const std::unique_ptr<QMenu> menu(edit.createStandardContextMenu());
     QVERIFY(!menu->actions().isEmpty());
     for (const QAction* action : menu->actions()) {
-        if (!action->isSeparator())
+        if (!action->isSeparator()) {
             QVERIFY2(action->text().contains(QRegularExpression(QStringLiteral("\\p{Han}"))),
                      qPrintable(action->text()));
+        }
     }
 }
 

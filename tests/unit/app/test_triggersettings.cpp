@@ -21,8 +21,9 @@ const QString kStopGroup = QStringLiteral("停止数据记录");
 QStringList texts(std::initializer_list<const char*> lines)
 {
     QStringList list;
-    for (const char* line : lines)
+    for (const char* line : lines) {
         list.append(QString::fromUtf8(line));
+    }
     return list;
 }
 
@@ -34,8 +35,9 @@ struct TriggerForm : WindowBench
     QGroupBox* group(const QString& title) const
     {
         for (QGroupBox* box : window().findChildren<QGroupBox*>()) {
-            if (box->title() == title)
+            if (box->title() == title) {
                 return box;
+            }
         }
         qFatal("no group %s", qPrintable(title));
     }
@@ -46,8 +48,9 @@ struct TriggerForm : WindowBench
     QString checkedIn(const QString& title) const
     {
         for (const QRadioButton* radio : group(title)->findChildren<QRadioButton*>()) {
-            if (radio->isChecked())
+            if (radio->isChecked()) {
                 return radio->text();
+            }
         }
         return {};
     }
@@ -168,23 +171,29 @@ void TestTriggerSettings::radioOpensItsControls()
     bench.open();
     // All the others of the group have been on before.
     for (QRadioButton* button : bench.group(group)->findChildren<QRadioButton*>()) {
-        if (button->text() != radio)
+        if (button->text() != radio) {
             button->setChecked(true);
+        }
     }
     bench.button(radio, group)->setChecked(true);
     QStringList opened;
     if (group == kStopGroup) {
-        if (bench.elapsed()->isEnabled())
+        if (bench.elapsed()->isEnabled()) {
             opened.append(QStringLiteral("elapsed"));
-        if (bench.count()->isEnabled())
+        }
+        if (bench.count()->isEnabled()) {
             opened.append(QStringLiteral("count"));
+        }
     } else {
-        if (bench.group(kIntervalGroup)->isEnabled())
+        if (bench.group(kIntervalGroup)->isEnabled()) {
             opened.append(QStringLiteral("interval group"));
-        if (bench.interval()->isEnabled())
+        }
+        if (bench.interval()->isEnabled()) {
             opened.append(QStringLiteral("interval"));
-        if (bench.alarm()->isEnabled())
+        }
+        if (bench.alarm()->isEnabled()) {
             opened.append(QStringLiteral("alarm"));
+        }
     }
     QCOMPARE(opened.join(QStringLiteral(", ")), open);
 }
@@ -192,8 +201,9 @@ void TestTriggerSettings::radioOpensItsControls()
 void TestTriggerSettings::slotsIgnoreOtherSenders_data()
 {
     QTest::addColumn<QByteArray>("slot");
-    for (const char* slot : {"recvStartSlot", "recvIntervalSlot", "recvStopSlot"})
+    for (const char* slot : {"recvStartSlot", "recvIntervalSlot", "recvStopSlot"}) {
         QTest::newRow(slot) << QByteArray(slot);
+    }
 }
 
 void TestTriggerSettings::slotsIgnoreOtherSenders()

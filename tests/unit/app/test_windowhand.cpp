@@ -31,8 +31,9 @@ namespace {
 QStringList texts(std::initializer_list<const char*> lines)
 {
     QStringList list;
-    for (const char* line : lines)
+    for (const char* line : lines) {
         list.append(QString::fromUtf8(line));
+    }
     return list;
 }
 
@@ -113,8 +114,9 @@ private slots:
 
 void TestWindowHand::cleanup()
 {
-    while (QWidget* popup = QApplication::activePopupWidget())
+    while (QWidget* popup = QApplication::activePopupWidget()) {
         popup->close();
+    }
 }
 
 void TestWindowHand::clickOnAMarkTicks()
@@ -173,8 +175,9 @@ void TestWindowHand::refusedTickGoesBack()
     clickMark(desk.tree(), desk.item(103));
     QCOMPARE(desk.takeLines(), texts({"ROUT:SCAN (@102:104)", "SYST:ERR?"}));
     QCOMPARE(isBack(), isRefused);
-    if (!isRefused)
+    if (!isRefused) {
         return;
+    }
     answerNext();
     clickMark(desk.tree(), desk.item(102));
     QCOMPARE(desk.takeLines(), texts({"ROUT:SCAN (@104)", "SYST:ERR?"}));
@@ -250,8 +253,9 @@ void TestWindowHand::pastedNumberIsOneCommand()
 void TestWindowHand::unitOfAnUntickedChannelStaysOutOfTheScanList()
 {
     Desk desk;
-    for (const char* function : {"FUNC? (@105)", "FUNC? (@115)"})
+    for (const char* function : {"FUNC? (@105)", "FUNC? (@115)"}) {
         desk.instrument().setReply(QString::fromLatin1(function), QStringLiteral("\"FRES\""));
+    }
     desk.readBack(105);
     clickMark(desk.tree(), desk.item(101));
     desk.takeLines();
@@ -353,8 +357,9 @@ void TestWindowHand::wheelOverAFormScrolls()
     QTRY_VERIFY(area->verticalScrollBar()->maximum() > 0);
     int seen = 0;
     for (QWidget* control : area->findChildren<QWidget*>()) {
-        if (!control->inherits(kind.constData()) || !control->isVisible())
+        if (!control->inherits(kind.constData()) || !control->isVisible()) {
             continue;
+        }
         ++seen;
         control->setEnabled(true);
         area->ensureWidgetVisible(control);
@@ -429,8 +434,9 @@ void TestWindowHand::focusShowsInTheTable_data()
 {
     QTest::addColumn<int>("column");
     for (const int column : {NumberColumn, NameColumn, FunctionColumn, MoreColumn, ScaleColumn,
-                             ScaleFunctionColumn, GainColumn, UnitColumn})
+                             ScaleFunctionColumn, GainColumn, UnitColumn}) {
         QTest::addRow("column %d", column) << column;
+    }
 }
 
 void TestWindowHand::focusShowsInTheTable()
@@ -445,8 +451,9 @@ void TestWindowHand::focusShowsInTheTable()
     // The frame, not just the cursor or a row of dots.
     int changed = 0;
     for (int x = 0; x < rest.width(); ++x) {
-        for (int y = 0; y < rest.height(); ++y)
+        for (int y = 0; y < rest.height(); ++y) {
             changed += rest.pixel(x, y) != focused.pixel(x, y) ? 1 : 0;
+        }
     }
     QVERIFY2(changed >= rest.width() + rest.height(), qPrintable(QString::number(changed)));
 }

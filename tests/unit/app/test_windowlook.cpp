@@ -106,8 +106,9 @@ void TestWindowLook::popupsOfTheWorkspaceAreLegible()
     window.show();
     QVERIFY(QTest::qWaitForWindowActive(&window));
     bench.startupView()->stopLoading();
-    for (const int channel : {101, 102})
+    for (const int channel : {101, 102}) {
         bench.tick(channel);
+    }
     window.findChild<QTabWidget*>(QStringLiteral("myTabWidget1"))->setCurrentIndex(1);
     auto* workspace = window.findChild<GraphicSettingWidget*>();
     QVERIFY(QMetaObject::invokeMethod(workspace, opener.constData()));

@@ -26,8 +26,9 @@ LoadingView* overlay(const MainWidget& window, bool isRecovery)
 {
     const auto views = window.findChildren<LoadingView*>(QString(), Qt::FindDirectChildrenOnly);
     for (LoadingView* view : views) {
-        if ((view->findChild<QPushButton*>() != nullptr) == isRecovery)
+        if ((view->findChild<QPushButton*>() != nullptr) == isRecovery) {
             return view;
+        }
     }
     return nullptr;
 }
@@ -36,8 +37,9 @@ LoadingView* overlay(const MainWidget& window, bool isRecovery)
 const QGroupBox* groupOf(const AdvancedSetting* panel, const QString& title)
 {
     for (const QGroupBox* group : panel->findChildren<QGroupBox*>()) {
-        if (group->title() == title && group->isVisible())
+        if (group->title() == title && group->isVisible()) {
             return group;
+        }
     }
     qFatal("no group %s", qPrintable(title));
 }
@@ -62,16 +64,18 @@ WindowBench::WindowBench()
 
 WindowBench::~WindowBench()
 {
-    if (m_window)
+    if (m_window) {
         endAcquisition();
+    }
     close();
 }
 
 MainWidget& WindowBench::open(Acquisition acquisition)
 {
     m_window = std::make_unique<MainWidget>(nullptr);
-    if (acquisition == AcquisitionEnded)
+    if (acquisition == AcquisitionEnded) {
         endAcquisition();
+    }
     m_instrument.ignoreThread(ReadData::instance());
     m_startUpLines = m_instrument.takeLines();
     return *m_window;
@@ -117,8 +121,9 @@ QTreeWidgetItem* WindowBench::module(int slot) const
 {
     // The modules stand in the order of their slots.
     int index = 0;
-    for (int before = 1; before < slot; ++before)
+    for (int before = 1; before < slot; ++before) {
         index += slotPresent[before] ? 1 : 0;
+    }
     return tree()->topLevelItem(index);
 }
 
@@ -137,8 +142,9 @@ QList<int> WindowBench::tickedChannels() const
     QList<int> channels;
     for (int slot = 1; slot <= kSlotCount; ++slot) {
         for (int row = 0; slotPresent[slot] && row < module(slot)->childCount(); ++row) {
-            if (module(slot)->child(row)->checkState(ScanColumn) == Qt::Checked)
+            if (module(slot)->child(row)->checkState(ScanColumn) == Qt::Checked) {
                 channels.append(slot * 100 + row + 1);
+            }
         }
     }
     return channels;
@@ -157,8 +163,9 @@ CustomLineEdit* WindowBench::edit(int channel, ChannelColumn column) const
 QStringList WindowBench::itemsOf(const CustomComboBox* box)
 {
     QStringList items;
-    for (int row = 0; row < box->count(); ++row)
+    for (int row = 0; row < box->count(); ++row) {
         items.append(box->itemText(row));
+    }
     return items;
 }
 
@@ -174,11 +181,13 @@ AdvancedSetting* WindowBench::openPanel(int channel, ChannelColumn column) const
 QString WindowBench::choiceOf(const AdvancedSetting* panel, const QString& groupTitle)
 {
     const QGroupBox* group = groupOf(panel, groupTitle);
-    if (const auto* list = group->findChild<QComboBox*>())
+    if (const auto* list = group->findChild<QComboBox*>()) {
         return list->currentText();
+    }
     for (const QRadioButton* radio : group->findChildren<QRadioButton*>()) {
-        if (radio->isChecked())
+        if (radio->isChecked()) {
             return radio->text();
+        }
     }
     return {};
 }
@@ -193,14 +202,16 @@ QAbstractButton* WindowBench::button(const QString& text, const QString& group) 
     const auto isIn = [](const QWidget* widget, const QString& title) {
         for (; widget; widget = widget->parentWidget()) {
             const auto* box = qobject_cast<const QGroupBox*>(widget);
-            if (box && box->title() == title)
+            if (box && box->title() == title) {
                 return true;
+            }
         }
         return false;
     };
     for (QAbstractButton* candidate : m_window->findChildren<QAbstractButton*>()) {
-        if (candidate->text() == text && (group.isEmpty() || isIn(candidate, group)))
+        if (candidate->text() == text && (group.isEmpty() || isIn(candidate, group))) {
             return candidate;
+        }
     }
     return nullptr;
 }
@@ -218,8 +229,9 @@ ImageButton* WindowBench::exportButton() const
 QLabel* WindowBench::runningLabel() const
 {
     for (QLabel* label : m_window->findChildren<QLabel*>()) {
-        if (label->text() == QStringLiteral("数据记录正在运行.."))
+        if (label->text() == QStringLiteral("数据记录正在运行..")) {
             return label;
+        }
     }
     return nullptr;
 }
@@ -247,11 +259,13 @@ CustomMessageDialog* WindowBench::messageDialog() const
 QString WindowBench::message() const
 {
     const CustomMessageDialog* const dialog = messageDialog();
-    if (!dialog->isVisible())
+    if (!dialog->isVisible()) {
         return {};
+    }
     QString text;
-    for (const QLabel* label : dialog->findChildren<QLabel*>())
+    for (const QLabel* label : dialog->findChildren<QLabel*>()) {
         text += label->text();
+    }
     return text;
 }
 
@@ -261,8 +275,9 @@ QStringList scalingQueries(int channel)
     for (const char* query :
          {"CALC:SCAL:GAIN? (@%1)", "CALC:SCAL:OFFS? (@%1)", "CALC:SCAL:STAT? (@%1)",
           "CALC:SCAL:UNIT? (@%1)", "CALC:SCAL:FUNC? (@%1)", "CALC:SCAL:REF:AUTO? (@%1)",
-          "CALC:SCAL:REF? (@%1)", "CALC:SCAL:DBM:REF? (@%1)", "CALC:SCAL:DB:REF? (@%1)"})
+          "CALC:SCAL:REF? (@%1)", "CALC:SCAL:DBM:REF? (@%1)", "CALC:SCAL:DB:REF? (@%1)"}) {
         lines.append(QString::fromLatin1(query).arg(channel));
+    }
     return lines;
 }
 
@@ -271,7 +286,8 @@ QStringList voltageReadBack(int channel)
     QStringList lines;
     for (const char* query : {"ROUT:CHAN:LAB? (@%1)", "FUNC? (@%1)", "VOLT:DC:RANG:AUTO? (@%1)",
                               "ROUT:CHAN:DEL:AUTO? (@%1)", "VOLT:DC:NPLC? (@%1)",
-                              "INP:IMP:AUTO? (@%1)", "VOLT:REF? (@%1)"})
+                              "INP:IMP:AUTO? (@%1)", "VOLT:REF? (@%1)"}) {
         lines.append(QString::fromLatin1(query).arg(channel));
+    }
     return lines + scalingQueries(channel);
 }

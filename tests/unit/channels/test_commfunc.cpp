@@ -530,11 +530,11 @@ void TestCommFunc::channelOffersTheListOfItsPosition()
     QFETCH(const int, type);
     QFETCH(const int, position);
     QFETCH(const QStringList, functions);
-    constexpr int slot = 15;
-    slotModuleType[slot] = type;
-    slotPresent[slot] = true;
+    constexpr int kSlot = 15;
+    slotModuleType[kSlot] = type;
+    slotPresent[kSlot] = true;
     const CommFunc catalogue;
-    QCOMPARE(catalogue.functionList(slot * 100 + position), functions);
+    QCOMPARE(catalogue.functionList(kSlot * 100 + position), functions);
 }
 
 void TestCommFunc::channelOutsideTheMainframeOffersNothing()

@@ -1,9 +1,8 @@
 #include "exportscene.h"
 
 #include "dayfilewriter.h"
-#include "logcapture.h"
-
 #include "export/csvexportfromdbthread.h"
+#include "logcapture.h"
 
 #include <QDateTime>
 #include <QDir>
@@ -43,17 +42,20 @@ ExportOutcome runExport(const ExportOrder& order,
     {
         CsvExportFromDBThread thread(order.store, order.ids, order.path, order.separator,
                                      order.header, order.start, order.end);
-        if (order.rowsPerPart > 0)
+        if (order.rowsPerPart > 0) {
             thread.setRowsPerPart(order.rowsPerPart);
-        if (order.rowsPerBlock > 0)
+        }
+        if (order.rowsPerBlock > 0) {
             thread.setRowsPerBlock(order.rowsPerBlock);
+        }
         QObject::connect(
             &thread, &CsvExportFromDBThread::exportProgress, &thread,
             [&](qlonglong processed, qlonglong total) {
                 outcome.progress.append(processed);
                 outcome.totals.append(total);
-                if (atProgress)
+                if (atProgress) {
                     atProgress(thread);
+                }
             },
             Qt::DirectConnection);
         QObject::connect(
@@ -78,8 +80,9 @@ QMap<int, QByteArray> partsIn(const QString& directory)
     const QStringList names = QDir(directory).entryList(QDir::Files);
     for (const QString& name : names) {
         QFile file(directory + QLatin1Char('/') + name);
-        if (!file.open(QIODevice::ReadOnly))
+        if (!file.open(QIODevice::ReadOnly)) {
             qFatal("%s cannot be read", qPrintable(name));
+        }
         parts.insert(format.match(name).captured(1).toInt(), file.readAll());
     }
     return parts;
@@ -88,8 +91,9 @@ QMap<int, QByteArray> partsIn(const QString& directory)
 QVector<QPointF> samplesFrom(qint64 first, int count, qint64 step)
 {
     QVector<QPointF> samples;
-    for (int i = 0; i < count; ++i)
+    for (int i = 0; i < count; ++i) {
         samples.append(QPointF(static_cast<double>(first + i * step), (i - 5) * 0.5));
+    }
     return samples;
 }
 
@@ -103,8 +107,9 @@ void ExportScene::know(const QMap<int, QString>& curves)
 {
     {
         DayFileWriter today(store()->todayDbPath());
-        for (auto curve = curves.cbegin(); curve != curves.cend(); ++curve)
+        for (auto curve = curves.cbegin(); curve != curves.cend(); ++curve) {
             today.addCurve(curve.key(), *curve);
+        }
     }
     m_store->restart();
 }
@@ -118,8 +123,9 @@ void ExportScene::addDay(const char* key, const QVector<DayCurve>& curves)
     for (const DayCurve& curve : curves) {
         day.addCurve(curve.id, curve.name);
         QMap<qint64, QVector<QPointF>> batches;
-        for (const QPointF& sample : curve.samples)
+        for (const QPointF& sample : curve.samples) {
             batches[(timeOf(sample) - midnight) / kBatchMs].append(sample);
+        }
         for (auto batch = batches.cbegin(); batch != batches.cend(); ++batch) {
             const qint64 start = midnight + batch.key() * kBatchMs;
             day.addBatch(curve.id, start, DayFileWriter::tableName(curve.id, start), *batch);
@@ -160,13 +166,15 @@ QVector<QByteArray> ExportScene::expectedParts(const ExportOrder& order)
     QVector<PlainCurve> curves;
     const QMap<int, QString> names = store()->curveNames();
     for (auto name = names.cbegin(); name != names.cend(); ++name) {
-        if (!order.ids.contains(name.key()))
+        if (!order.ids.contains(name.key())) {
             continue;
+        }
         PlainCurve curve{*name, {}};
         const QVector<QPointF> samples = m_samples.value(*name);
         for (const QPointF& sample : samples) {
-            if (timeOf(sample) >= order.start && timeOf(sample) <= order.end)
+            if (timeOf(sample) >= order.start && timeOf(sample) <= order.end) {
                 curve.samples.append(sample);
+            }
         }
         std::stable_sort(curve.samples.begin(), curve.samples.end(),
                          [](const QPointF& a, const QPointF& b) { return a.x() < b.x(); });
@@ -180,22 +188,26 @@ QString ExportScene::difference(const ExportOrder& order)
 {
     const ExportOutcome outcome = runExport(order);
     const QMap<int, QByteArray> written = partsIn(m_output.path());
-    for (const QString& name : QDir(m_output.path()).entryList(QDir::Files))
+    for (const QString& name : QDir(m_output.path()).entryList(QDir::Files)) {
         QFile::remove(m_output.filePath(name));
+    }
     const QVector<QByteArray> expected = expectedParts(order);
-    if (outcome.result != ExportSuccess || outcome.finished != 1)
+    if (outcome.result != ExportSuccess || outcome.finished != 1) {
         return QStringLiteral("result %1, told %2 times: %3")
             .arg(QString::number(outcome.result), QString::number(outcome.finished),
                  outcome.log.join(QLatin1Char('\n')));
-    if (written.size() != expected.size() || outcome.files.size() != expected.size())
+    }
+    if (written.size() != expected.size() || outcome.files.size() != expected.size()) {
         return QStringLiteral("%1 parts, %2 listed, expected %3")
             .arg(written.size())
             .arg(outcome.files.size())
             .arg(expected.size());
+    }
     for (int part = 1; part <= expected.size(); ++part) {
-        if (written.value(part) != expected.at(part - 1))
+        if (written.value(part) != expected.at(part - 1)) {
             return QStringLiteral("part %1: ").arg(part) +
                    firstDifference(written.value(part), expected.at(part - 1));
+        }
     }
     return {};
 }

@@ -1,9 +1,8 @@
 #pragma once
 
+#include "export/exportresult.h"
 #include "plaincsv.h"
 #include "teststore.h"
-
-#include "export/exportresult.h"
 
 #include <QList>
 #include <QMap>

@@ -41,26 +41,30 @@ QByteArray plainHeader(const QVector<PlainCurve>& curves, const QString& separat
     text += QStringLiteral("\n开始时间") + separator + header.value(QStringLiteral("startTime"));
     text += QStringLiteral("\n结束时间") + separator + header.value(QStringLiteral("endTime"));
     text += QStringLiteral("\n编号") + separator + QStringLiteral("时间") + separator;
-    for (const PlainCurve& curve : curves)
+    for (const PlainCurve& curve : curves) {
         text += curve.name + separator;
+    }
     return text.toUtf8() + '\n';
 }
 
 QVector<QByteArray> plainRows(const QVector<PlainCurve>& curves, const QString& separator)
 {
     int count = 0;
-    for (const PlainCurve& curve : curves)
+    for (const PlainCurve& curve : curves) {
         count = std::max(count, curve.samples.size());
+    }
     const QByteArray between = separator.toUtf8();
     QVector<QByteArray> rows;
     for (int row = 0; row < count; ++row) {
         QByteArray line = QByteArray::number(row + 1) + between;
-        if (row < curves.first().samples.size())
+        if (row < curves.first().samples.size()) {
             line += plainTime(static_cast<qint64>(curves.first().samples.at(row).x()));
+        }
         for (const PlainCurve& curve : curves) {
             line += between;
-            if (row < curve.samples.size())
+            if (row < curve.samples.size()) {
                 line += plainValue(curve.samples.at(row).y());
+            }
         }
         rows.append(line + '\n');
     }
@@ -76,8 +80,9 @@ QVector<QByteArray> plainParts(const QVector<PlainCurve>& curves, const QString&
     const QVector<QByteArray> rows = plainRows(curves, separator);
     for (const QByteArray& row : rows) {
         parts.last() += row;
-        if (++inPart < rowsPerPart)
+        if (++inPart < rowsPerPart) {
             continue;
+        }
         parts.append(top); // a full part is always followed by another
         inPart = 0;
     }

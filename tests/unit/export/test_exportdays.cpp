@@ -1,7 +1,6 @@
-#include "exportscene.h"
-
 #include "dayfilereader.h"
 #include "dayfilewriter.h"
+#include "exportscene.h"
 #include "timescene.h"
 
 #include <QFile>
@@ -212,8 +211,9 @@ void TestExportDays::readingsFromTheFuture()
          {text("warning: [初始化查询] 日期 \"20260311\" 对应的数据库 \"%1\" 不存在，启动兜底方案")
               .arg(scene.store().path("20260311")),
           text("debug: [初始化查询] 兜底方案找到表 \"%1\" 对应的数据库： \"%2\"")
-              .arg(table, scene.store().path("20260310"))})
+              .arg(table, scene.store().path("20260310"))}) {
         QVERIFY2(log.contains(line), qPrintable(log.join(QLatin1Char('\n'))));
+    }
     // Or one, with other ids, and readings of other batches.
     scene.addDay("20260311", {{2, text("101(V)"), samplesFrom(at("2026-03-11 03:00"), 4)},
                               {1, text("102(V)"), samplesFrom(at("2026-03-11 18:30"), 4)}});

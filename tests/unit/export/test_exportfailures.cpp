@@ -1,13 +1,11 @@
-#include "exportscene.h"
-
 #include "dayfilereader.h"
 #include "dayfilewriter.h"
 #include "drivertap.h"
-#include "timescene.h"
-
 #include "export/csvexportfromdbthread.h"
+#include "exportscene.h"
 #include "storage/connectionpool.h"
 #include "storage/curvedatadb.h"
+#include "timescene.h"
 
 #include <QDir>
 #include <QFile>
@@ -94,8 +92,9 @@ void TestExportFailures::expectDbErrorAfter(const Interference& interference)
     const ExportOrder order = twoDays(scene);
     bool done = false;
     const auto outcome = runExport(order, [&](CsvExportFromDBThread&) {
-        if (!done)
+        if (!done) {
             interference(scene);
+        }
         done = true;
     });
     QVERIFY(done);
@@ -147,14 +146,15 @@ void TestExportFailures::connectionClosedUnderACursor()
     expectDbErrorAfter([way](ExportScene& scene) {
         ConnectionPool& pool = ConnectionPool::instance();
         const QString path = scene.store().path("20260112");
-        if (way == 0)
+        if (way == 0) {
             pool.closeConnection(path);
-        else if (way == 1)
+        } else if (way == 1) {
             pool.discardConnection(path);
-        else if (way == 2)
+        } else if (way == 2) {
             pool.closeAllConnections();
-        else
+        } else {
             pool.closeForExit(QDeadlineTimer(kCloseMs));
+        }
     });
 }
 
@@ -166,9 +166,10 @@ void TestExportFailures::storeClearedUnderAnExport()
     QSignalSpy cleared(scene.store().get(), &CurveDataDB::sigClearFinished);
     bool clearing = false;
     const auto outcome = runExport(order, [&](CsvExportFromDBThread&) {
-        if (!clearing)
+        if (!clearing) {
             QMetaObject::invokeMethod(
                 scene.store().get(), [&scene] { scene.store()->clearAll(); }, Qt::DirectConnection);
+        }
         clearing = true;
     });
     QVERIFY(clearing);

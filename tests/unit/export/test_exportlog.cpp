@@ -1,12 +1,10 @@
-#include "exportscene.h"
-
 #include "dayfilereader.h"
 #include "dayfilewriter.h"
 #include "drivertap.h"
-#include "timescene.h"
-
 #include "export/csvexportfromdbthread.h"
+#include "exportscene.h"
 #include "storage/curvedatadb.h"
+#include "timescene.h"
 
 #include <QDir>
 #include <QFile>
@@ -38,8 +36,9 @@ ExportOrder oneDay(ExportScene& scene)
 QStringList logOf(ExportScene& scene, const ExportOrder& order, ExportResult result = ExportSuccess)
 {
     const ExportOutcome outcome = runExport(order);
-    if (outcome.result != result)
+    if (outcome.result != result) {
         return {text("result %1").arg(outcome.result)};
+    }
     const QByteArray written = partsIn(scene.outputDirectory()).value(1);
     const QByteArray expected =
         result == ExportSuccess ? scene.expectedParts(order).constFirst() : QByteArray();
@@ -74,14 +73,17 @@ void TestExportLog::rangeWithoutFiles()
     const ExportOrder order = scene.order({1, 2}, at("2026-01-12 22:00"), at("2026-01-13 01:00"));
     QStringList expected;
     for (const char* day : {"20260112", "20260113"}) {
-        for (const int id : {1, 2})
+        for (const int id : {1, 2}) {
             expected.append(text("debug: [获取分片表] 曲线 %1 数据库不存在： \"%2\"")
                                 .arg(QString::number(id), scene.store().path(day)));
+        }
     }
-    for (const int id : {1, 2})
+    for (const int id : {1, 2}) {
         expected.append(text("warning: [获取分片表] 曲线 %1 时间范围内无有效数据库文件").arg(id));
-    for (const int id : {1, 2})
+    }
+    for (const int id : {1, 2}) {
         expected.append(text("warning: [Cursor初始化] 曲线 %1 未获取到任何分片表").arg(id));
+    }
     expected.append(text("critical: [导出线程] 所有选中曲线均无有效数据（游标初始化失败）"));
     QCOMPARE(logOf(scene, order, ExportNoData), expected);
 }
@@ -193,11 +195,12 @@ void TestExportLog::tableWithoutADate()
     const QByteArray others = scene.expectedParts(order).constFirst();
     QVERIFY(written.startsWith(others));
     QByteArray rows;
-    for (int reading = 0; reading < 7; ++reading)
+    for (int reading = 0; reading < 7; ++reading) {
         rows += text("%1,2026-01-12 12:00:00,%2\n")
                     .arg(QString::number(kRows + 1 + reading),
                          QString::asprintf("%.15E", double(reading)))
                     .toUtf8();
+    }
     QCOMPARE(written.mid(others.size()), rows);
 }
 

@@ -1,11 +1,9 @@
-#include "exportscene.h"
-
 #include "dayfilewriter.h"
-#include "logcapture.h"
-#include "timescene.h"
-
 #include "export/csvexportfromdbthread.h"
+#include "exportscene.h"
+#include "logcapture.h"
 #include "storage/querymanager.h"
+#include "timescene.h"
 
 #include <QDir>
 #include <QFile>
@@ -135,8 +133,9 @@ void TestExportOutcomes::successTellsItsFiles()
                                        text("debug: [导出线程] 所有曲线数据导出完成")}));
     QCOMPARE(outcome.files.size(), 3);
     const QString stem = scene.outputDirectory() + text("/curves_%1_");
-    for (int part = 1; part <= 3; ++part)
+    for (int part = 1; part <= 3; ++part) {
         QVERIFY(outcome.files.at(part - 1).startsWith(stem.arg(part)));
+    }
 }
 
 void TestExportOutcomes::progressIsToldEachHundredRows()

@@ -1,12 +1,10 @@
-#include "exportscene.h"
-
 #include "dayfilereader.h"
 #include "dayfilewriter.h"
+#include "export/csvexportfromdbthread.h"
+#include "exportscene.h"
 #include "logcapture.h"
 #include "storechild.h"
 #include "timescene.h"
-
-#include "export/csvexportfromdbthread.h"
 
 #include <QDir>
 #include <QFile>
@@ -197,9 +195,10 @@ void TestExportParts::pathsOfAllKinds()
     QCOMPARE(outcome.files.size(), 2);
     const auto parts = partsIn(QFileInfo(order.path).absolutePath());
     QCOMPARE(parts.values().toVector(), scene.expectedParts(order));
-    for (int part = 1; part <= 2; ++part)
+    for (int part = 1; part <= 2; ++part) {
         QCOMPARE(withoutStamp(outcome.files.at(part - 1)),
                  withoutStamp(CurveDataDB::partFilePath(order.path, part)));
+    }
 }
 
 /// Between the choice of the path and the file, and between two parts.
@@ -266,9 +265,10 @@ void TestExportParts::secondPartThatCannotBeCreatedTakesTheFirst()
     order.rowsPerPart = 150;
     const QDateTime now = QDateTime::currentDateTime();
     const QString stem = order.path.chopped(4);
-    for (int second = 0; second < kSeconds; ++second)
+    for (int second = 0; second < kSeconds; ++second) {
         QVERIFY(QDir().mkpath(
             text("%1_2_%2.csv").arg(stem, now.addSecs(second).toString(text("yyyyMMddhhmmss")))));
+    }
     bool hadFirst = false;
     const auto outcome = runExport(order, [&](CsvExportFromDBThread&) {
         hadFirst = QDir(scene.outputDirectory()).entryList(QDir::Files).size() == 1;
@@ -302,11 +302,13 @@ void TestExportParts::listedNamesMayBeAheadOfTheFiles()
     QDir directory(scene.outputDirectory());
     QCOMPARE(directory.entryList(QDir::Files).size(), 151);
     int ahead = 0;
-    for (const QString& name : whole.files)
+    for (const QString& name : whole.files) {
         ahead += QFile::exists(name) ? 0 : 1;
+    }
     QVERIFY2(ahead > 0, "no name differs");
-    for (const QString& name : directory.entryList(QDir::Files))
+    for (const QString& name : directory.entryList(QDir::Files)) {
         QVERIFY(directory.remove(name));
+    }
 
     const auto stopped =
         runExport(order, [](CsvExportFromDBThread& thread) { thread.requestStop(); });
@@ -329,8 +331,9 @@ void TestExportParts::fullPart()
         order.rowsPerPart = rows;
         const QVector<QByteArray> expected = scene.expectedParts(order);
         QCOMPARE(expected.size(), 2 - missing);
-        if (full)
+        if (full) {
             order.rowsPerPart = 0; // the number that there is
+        }
         const auto outcome = runExport(order);
         QCOMPARE(outcome.result, ExportSuccess);
         QCOMPARE(outcome.files.size(), expected.size());

@@ -1,9 +1,7 @@
-#include "exportscene.h"
-
 #include "dayfilewriter.h"
-#include "timescene.h"
-
 #include "export/csvexportfromdbthread.h"
+#include "exportscene.h"
+#include "timescene.h"
 
 #include <QtTest>
 
@@ -175,8 +173,9 @@ void TestExportRows::namesAreWrittenAsTheyAre()
                                    {5, text("a/b\\c:*?<>|")}, {6, text(" blanks ")}};
     scene.know(names);
     QVector<DayCurve> curves;
-    for (const int id : names.keys())
+    for (const int id : names.keys()) {
         curves.append({id, names.value(id), samplesFrom(at("08:00:00.000"), 3 + id)});
+    }
     scene.addDay(kDay, curves);
     ExportOrder order = scene.order(names.keys(), at("00:00:00.000"), at("23:59:59.000"));
     order.header = {{text("address"), text("地址%1,%2")}};
@@ -245,8 +244,9 @@ void TestExportRows::bothSecondsAreIncluded()
     const qint64 start = at("08:00:00.000");
     const qint64 end = at("13:00:00.000");
     QVector<QPointF> samples;
-    for (const qint64 time : {start - 1, start, start + 1, end - 1, end, end + 1})
+    for (const qint64 time : {start - 1, start, start + 1, end - 1, end, end + 1}) {
         samples.append(QPointF(static_cast<double>(time), samples.size()));
+    }
     scene.addDay(kDay, {{1, text("101(V)"), samples}});
     const ExportOrder order = scene.order({1}, start, end);
     QVERIFY(scene.expectedParts(order).first().endsWith(

@@ -1,6 +1,5 @@
-#include "exportscene.h"
-
 #include "dayfilewriter.h"
+#include "exportscene.h"
 #include "randomcases.h"
 #include "timescene.h"
 
@@ -51,8 +50,9 @@ QVector<double> specialValues()
                            valueOfBits(0x0000000012345678),
                            Limits::epsilon(),
                            Limits::infinity()};
-    for (int i = values.size() - 1; i >= 0; --i)
+    for (int i = values.size() - 1; i >= 0; --i) {
         values.append(-values.at(i));
+    }
     return values;
 }
 
@@ -70,8 +70,9 @@ QVector<QPointF> samplesOf(const QVector<double>& values)
 {
     QVector<QPointF> samples;
     const qint64 start = localTime("2026-01-12 06:00:00.000");
-    for (const double value : values)
+    for (const double value : values) {
         samples.append(QPointF(static_cast<double>(start + samples.size() * 10), value));
+    }
     return samples;
 }
 
@@ -80,8 +81,9 @@ QByteArray askSqlite(const QString& path, const QString& sql)
 {
     QProcess program;
     program.start(text("sqlite3"), {path, sql});
-    if (!program.waitForFinished() || program.exitCode() != 0)
+    if (!program.waitForFinished() || program.exitCode() != 0) {
         qFatal("sqlite3: %s", program.readAllStandardError().constData());
+    }
     return program.readAllStandardOutput();
 }
 
@@ -120,8 +122,9 @@ void TestExportValues::compareValues(const QVector<double>& values, const QByteA
         // The store keeps no negative zero.
         const double stored = values.at(i) == 0.0 ? 0.0 : values.at(i);
         QCOMPARE(cell, QString::number(stored, 'E', 15).toLatin1());
-        if (!isHalfway(stored))
+        if (!isHalfway(stored)) {
             QCOMPARE(cell, plainValue(stored));
+        }
     }
 }
 
@@ -134,8 +137,9 @@ void TestExportValues::valuesComeOutAsStored_data()
     QVector<double> readings;
     while (bits.size() < kRandomValues) {
         const double value = valueOfBits(random.generate64());
-        if (!std::isnan(value)) // is no reading, and not stored
+        if (!std::isnan(value)) { // is no reading, and not stored
             bits.append(value);
+        }
         readings.append((random.generateDouble() - 0.5) * std::pow(10.0, random.bounded(40) - 20));
     }
     QVector<double> halfway;
@@ -190,8 +194,9 @@ void TestExportValues::countsAreThoseOfTheFiles()
             askSqlite(scene.store().path(kDay),
                       text("SELECT table_name FROM batch_metadata WHERE curve_id = %1").arg(id));
         for (const QByteArray& table : tables.split('\n')) {
-            if (table.isEmpty())
+            if (table.isEmpty()) {
                 continue;
+            }
             count += askSqlite(scene.store().path(kDay),
                                text("SELECT count(*) FROM %1 WHERE timestamp >= %2 AND "
                                     "timestamp <= %3")
@@ -215,8 +220,9 @@ void TestExportValues::countsAreThoseOfTheFiles()
         const QList<QByteArray> cells = lines.at(kTitleLines + row).split(',');
         QCOMPARE(cells.size(), 2 + kCurves);
         QCOMPARE(cells.first(), QByteArray::number(row + 1));
-        for (int id = 1; id <= kCurves; ++id)
+        for (int id = 1; id <= kCurves; ++id) {
             filled += cells.at(1 + id).isEmpty() ? 0 : 1;
+        }
     }
     QCOMPARE(filled, stored);
 }
@@ -224,8 +230,9 @@ void TestExportValues::countsAreThoseOfTheFiles()
 void TestExportValues::localesChangeNothing_data()
 {
     QTest::addColumn<QString>("locale");
-    for (const char* locale : {"C", "de_DE", "zh_CN", "fr_FR", "ar_EG", "fa_IR", "hi_IN"})
+    for (const char* locale : {"C", "de_DE", "zh_CN", "fr_FR", "ar_EG", "fa_IR", "hi_IN"}) {
         QTest::newRow(locale) << text(locale);
+    }
 }
 
 void TestExportValues::localesChangeNothing()

@@ -3,14 +3,14 @@
 // the program has registered its meta-types. Built once whole and once with an
 // operation missing.
 
+#include "visa/visatypes.h"
+
 #include <QMetaType>
 
 #include <unistd.h>
 
 #include <cstring>
 #include <string>
-
-#include "visa/visatypes.h"
 
 namespace {
 
@@ -38,8 +38,9 @@ ViStatus SCN_VISA_CALL viOpenDefaultRM(ViSession* resourceManager)
 ViStatus SCN_VISA_CALL viOpen(ViSession resourceManager, const ViChar* resource, ViAccessMode,
                               ViUInt32, ViSession* session)
 {
-    if (QMetaType::type("ExportResult") != QMetaType::UnknownType)
+    if (QMetaType::type("ExportResult") != QMetaType::UnknownType) {
         say("meta-types are registered");
+    }
     say("viOpen " + std::to_string(resourceManager) + " " + resource);
     *session = kSession;
     return VI_SUCCESS;

@@ -1,3 +1,7 @@
+#include "instrument/cdevicevisa.h"
+#include "instrument/visabinding.h"
+#include "support/fakevisa.h"
+
 #include <QSignalSpy>
 #include <QTest>
 #include <QTextCodec>
@@ -5,10 +9,6 @@
 #include <algorithm>
 #include <memory>
 #include <thread>
-
-#include "instrument/cdevicevisa.h"
-#include "instrument/visabinding.h"
-#include "support/fakevisa.h"
 
 namespace {
 
@@ -650,8 +650,9 @@ void TestCDeviceVisa::sendWhileDisconnectedFailsEveryTime()
 void TestCDeviceVisa::failedWrite_data()
 {
     QTest::addColumn<ViStatus>("status");
-    for (const NamedStatus& row : kFailures)
+    for (const NamedStatus& row : kFailures) {
         QTest::newRow(row.name) << row.status;
+    }
 }
 
 void TestCDeviceVisa::failedWrite()

@@ -1,3 +1,6 @@
+#include "instrument/cdevicevisa.h"
+#include "support/fakevisa.h"
+
 #include <QElapsedTimer>
 #include <QTest>
 #include <QThread>
@@ -8,9 +11,6 @@
 #include <memory>
 #include <thread>
 #include <vector>
-
-#include "instrument/cdevicevisa.h"
-#include "support/fakevisa.h"
 
 namespace {
 
@@ -77,8 +77,9 @@ void TestCDeviceVisaThreads::signalsComeUnderTheMutexOnTheCallingThread()
     m_device->connectDevice(kTcpResource);
     m_device->sendCommand(QStringLiteral("X?"), 5000);
     QCOMPARE(seen, 4);
-    for (std::future<QString>& other : others)
+    for (std::future<QString>& other : others) {
         QVERIFY(other.wait_for(std::chrono::seconds(5)) == std::future_status::ready);
+    }
 }
 
 void TestCDeviceVisaThreads::otherOperationsWaitForAnExchange_data()
@@ -132,8 +133,9 @@ void TestCDeviceVisaThreads::receiverOfASignalMaySend()
     connect(
         m_device.get(), &CDeviceVisa::commandCompleted, this,
         [&](const QString& command) {
-            if (command == QLatin1String("A?"))
+            if (command == QLatin1String("A?")) {
                 inner = m_device->sendCommand(QStringLiteral("B?"), 5000);
+            }
         },
         Qt::DirectConnection);
     QCOMPARE(m_device->sendCommand(QStringLiteral("A?"), 5000), QStringLiteral("1"));
@@ -172,13 +174,15 @@ void TestCDeviceVisaThreads::exchangesOfThreadsNeverInterleave()
                 const QString command =
                     QStringLiteral("T%1:%2?").arg(QString::number(i), QString::number(n));
                 const QString expected = QLatin1String("re:") + command;
-                if (m_device->sendCommand(command, 1000 + i) == expected)
+                if (m_device->sendCommand(command, 1000 + i) == expected) {
                     ++good;
+                }
             }
         });
     }
-    for (std::thread& thread : threads)
+    for (std::thread& thread : threads) {
         thread.join();
+    }
     QCOMPARE(good.load(), kThreads * kExchanges);
     const QStringList calls = m_fake->calls();
     QCOMPARE(calls.size(), 3 * kThreads * kExchanges);
@@ -203,11 +207,13 @@ void TestCDeviceVisaThreads::connectingAndSendingOnManyThreads()
         threads.emplace_back([&] {
             while (!stop) {
                 const QString reply = m_device->sendCommand(QStringLiteral("*IDN?"), 5000);
-                if (!reply.isEmpty() && reply != QLatin1String("x"))
+                if (!reply.isEmpty() && reply != QLatin1String("x")) {
                     ++strange;
+                }
                 const QString error = m_device->lastError();
-                if (!error.isEmpty() && error != QStringLiteral("仪器未连接"))
+                if (!error.isEmpty() && error != QStringLiteral("仪器未连接")) {
                     ++strange;
+                }
             }
         });
     }
@@ -217,8 +223,9 @@ void TestCDeviceVisaThreads::connectingAndSendingOnManyThreads()
         m_device->disconnectDevice();
     }
     stop = true;
-    for (std::thread& thread : threads)
+    for (std::thread& thread : threads) {
         thread.join();
+    }
     QCOMPARE(strange.load(), 0);
     QCOMPARE(m_fake->openSessions(), QList<ViSession>());
 }

@@ -1,14 +1,14 @@
+#include "instrument/cdevicevisa.h"
+#include "instrument/visabinding.h"
+#include "unit/visa/peers_posix.h"
+#include "visa/visaprovider.h"
+
 #include <QElapsedTimer>
 #include <QTest>
 #include <QThread>
 
 #include <memory>
 #include <thread>
-
-#include "instrument/cdevicevisa.h"
-#include "instrument/visabinding.h"
-#include "unit/visa/peers_posix.h"
-#include "visa/visaprovider.h"
 
 // The address sanitizer takes the stack frames that a terminated thread leaves for ones still in
 // use, unless it keeps their variables elsewhere.

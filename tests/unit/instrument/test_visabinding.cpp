@@ -1,9 +1,9 @@
-#include <QProcess>
-#include <QTest>
-
 #include "instrument/cdevicevisa.h"
 #include "instrument/visabinding.h"
 #include "visa/visaprovider.h"
+
+#include <QProcess>
+#include <QTest>
 
 namespace {
 
@@ -16,8 +16,9 @@ QStringList probeWithLibrariesIn(const QString& folder)
     probe.setProcessEnvironment(environment);
     probe.setProcessChannelMode(QProcess::MergedChannels);
     probe.start(QStringLiteral(SCN_PROBE), QStringList());
-    if (!probe.waitForFinished(20000) || probe.exitStatus() != QProcess::NormalExit)
+    if (!probe.waitForFinished(20000) || probe.exitStatus() != QProcess::NormalExit) {
         return {QStringLiteral("the probe failed")};
+    }
     return QString::fromUtf8(probe.readAllStandardOutput())
         .split(QLatin1Char('\n'), Qt::SkipEmptyParts);
 }

@@ -1,11 +1,11 @@
 // Tells what the gate to the instrument is bound to: makes it before main(), as the program does,
 // then opens a resource that only a platform library can know and asks it something.
 
+#include "instrument/cdevicevisa.h"
+
 #include <QTextStream>
 
 #include <cstdio>
-
-#include "instrument/cdevicevisa.h"
 
 namespace {
 

@@ -459,8 +459,9 @@ void TestLockableDataCollectionView::followsItsPagesSize()
 void TestLockableDataCollectionView::barOfANarrowPageShowsItsText_data()
 {
     QTest::addColumn<int>("width");
-    for (const int width : {500, 400, 320, 292, 200, 150})
+    for (const int width : {500, 400, 320, 292, 200, 150}) {
         QTest::addRow("%d", width) << width;
+    }
 }
 
 void TestLockableDataCollectionView::barOfANarrowPageShowsItsText()
@@ -476,8 +477,9 @@ void TestLockableDataCollectionView::barOfANarrowPageShowsItsText()
     const QRectF place = proxyOf(*m_view)->geometry();
     QVERIFY(place.left() >= 0 && place.right() <= width);
     QCOMPARE(place.center(), QPointF(width / 2.0, 200));
-    if (width > 300)
+    if (width > 300) {
         QVERIFY(bar->font().pixelSize() >= 11);
+    }
 }
 
 void TestLockableDataCollectionView::barStaysInSightOfAScrolledPage()

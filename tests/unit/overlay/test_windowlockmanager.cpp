@@ -433,8 +433,9 @@ void TestWindowLockManager::tabLeadsPastLockedPages()
     QLineEdit first(m_first);
     QLineEdit second(m_first);
     QLineEdit after(m_window.get());
-    for (QLineEdit* edit : {&before, &first, &second, &after})
+    for (QLineEdit* edit : {&before, &first, &second, &after}) {
         edit->show();
+    }
     const auto type = [this](Qt::Key key, Qt::KeyboardModifiers modifiers = Qt::NoModifier) {
         QTest::keyClick(m_window->windowHandle(), key, modifiers);
     };

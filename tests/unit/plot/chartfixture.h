@@ -8,13 +8,12 @@
 #include "plot/curveoffsetcontroller.h"
 #include "widgets/customcombobox.h"
 
-#include <qwt_plot_curve.h>
-
 #include <QComboBox>
 #include <QDoubleSpinBox>
 #include <QImage>
 #include <QPushButton>
 #include <QTableWidget>
+#include <qwt_plot_curve.h>
 
 inline const QStringList kChannels{QStringLiteral("无"), QStringLiteral("101(V)"),
                                    QStringLiteral("102(mA)"), QStringLiteral("103(V)")};
@@ -62,29 +61,36 @@ struct ChartFixture
     QList<QwtPlotCurve*> curves() const
     {
         QList<QwtPlotCurve*> found;
-        for (QwtPlotItem* item : plot()->itemList(QwtPlotItem::Rtti_PlotCurve))
+        for (QwtPlotItem* item : plot()->itemList(QwtPlotItem::Rtti_PlotCurve)) {
             found.append(static_cast<QwtPlotCurve*>(item));
+        }
         return found;
     }
     QwtPlotCurve* curve(int channel) const
     {
-        for (QwtPlotCurve* candidate : curves())
-            if (candidate->title().text() == QString::number(channel))
+        for (QwtPlotCurve* candidate : curves()) {
+            if (candidate->title().text() == QString::number(channel)) {
                 return candidate;
+            }
+        }
         return nullptr;
     }
     CurveLabel* label(int channel) const
     {
-        for (CurveLabel* candidate : strip()->findChildren<CurveLabel*>())
-            if (candidate->text() == QString::number(channel))
+        for (CurveLabel* candidate : strip()->findChildren<CurveLabel*>()) {
+            if (candidate->text() == QString::number(channel)) {
                 return candidate;
+            }
+        }
         return nullptr;
     }
     QPushButton* buttonWithText(const QString& text) const
     {
-        for (QPushButton* candidate : chart.findChildren<QPushButton*>())
-            if (candidate->text() == text)
+        for (QPushButton* candidate : chart.findChildren<QPushButton*>()) {
+            if (candidate->text() == text) {
                 return candidate;
+            }
+        }
         return nullptr;
     }
     CustomComboBox* zoomBox() const { return chart.findChild<CustomComboBox*>(); }
@@ -93,10 +99,13 @@ struct ChartFixture
     bool paints(const QColor& color) const
     {
         const QImage image = plot()->canvas()->grab().toImage();
-        for (int y = 0; y < image.height(); ++y)
-            for (int x = 0; x < image.width(); ++x)
-                if (image.pixelColor(x, y) == color)
+        for (int y = 0; y < image.height(); ++y) {
+            for (int x = 0; x < image.width(); ++x) {
+                if (image.pixelColor(x, y) == color) {
                     return true;
+                }
+            }
+        }
         return false;
     }
 

@@ -12,7 +12,6 @@
 #include <QWheelEvent>
 #include <QWindow>
 #include <QtTest>
-
 #include <qwt_interval.h>
 #include <qwt_scale_engine.h>
 
@@ -50,8 +49,9 @@ public:
     QwtScaleDiv divideScale(double x1, double x2, int maxMajorSteps, int maxMinorSteps,
                             double stepSize) const override
     {
-        if (interruption)
+        if (interruption) {
             interruption();
+        }
         return QwtLinearScaleEngine::divideScale(x1, x2, maxMajorSteps, maxMinorSteps, stepSize);
     }
 
@@ -94,8 +94,9 @@ public:
         CurveSeriesData* series = get(m_loaded, index, 101);
         series->clear();
         series->addPoints(points);
-        if (!points.isEmpty())
+        if (!points.isEmpty()) {
             series->loadWindow(qint64(points.first().x()), qint64(points.last().x()), 0, offset);
+        }
         return series;
     }
 
@@ -147,8 +148,9 @@ inline qint64 upperMs(const QwtPlot& plot)
 inline QTimer* timerOf(const CCurvePlot& plot, bool singleShot)
 {
     for (QTimer* timer : plot.findChildren<QTimer*>(QString(), Qt::FindDirectChildrenOnly)) {
-        if (timer->isSingleShot() == singleShot)
+        if (timer->isSingleShot() == singleShot) {
             return timer;
+        }
     }
     return nullptr;
 }

@@ -36,9 +36,10 @@ public:
     std::shared_ptr<CurveSeriesData> add(int channel)
     {
         std::shared_ptr<CurveSeriesData>& series = m_series[channel];
-        if (!series)
+        if (!series) {
             series = std::make_shared<CurveSeriesData>(QStringLiteral("%1(V)").arg(channel),
                                                        m_directoryName);
+        }
         series->clear();
         g_curveSeries[channel] = series;
         return series;

@@ -14,8 +14,9 @@ namespace {
 void loadLine(CurveSeriesData& series)
 {
     const qint64 now = QDateTime::currentMSecsSinceEpoch();
-    for (int i = 0; i < 10; ++i)
+    for (int i = 0; i < 10; ++i) {
         series.addPoint(static_cast<double>(now + i * 1000), i);
+    }
     series.loadWindow(now, now + 60000, 0, 0.0);
 }
 } // namespace
@@ -438,8 +439,9 @@ void TestBarChartWidget::offsetOfANullCurveIsIgnored()
 void TestBarChartWidget::goDown(const ChartFixture& f, int row, int steps)
 {
     f.combo(row)->setFocus();
-    for (int step = 0; step < steps; ++step)
+    for (int step = 0; step < steps; ++step) {
         QTest::keyClick(f.combo(row), Qt::Key_Down);
+    }
 }
 
 /// Drags a channel's tag up; gives its new offset.

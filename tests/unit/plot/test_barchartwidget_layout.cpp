@@ -33,13 +33,15 @@ void TestBarChartWidgetLayout::tableIsSetUpForFortyCurves()
                               QStringLiteral("单位/Div"),
                               QStringLiteral("偏移量")};
     QCOMPARE(table->columnCount(), headers.size());
-    for (int column = 0; column < headers.size(); ++column)
+    for (int column = 0; column < headers.size(); ++column) {
         QCOMPARE(table->horizontalHeaderItem(column)->text(), headers.at(column));
+    }
     QCOMPARE(table->columnWidth(0), 50);
     QCOMPARE(table->columnWidth(1), 80);
     QCOMPARE(table->columnWidth(3), 100);
-    for (const int column : {2, 4, 5})
+    for (const int column : {2, 4, 5}) {
         QCOMPARE(table->horizontalHeader()->sectionResizeMode(column), QHeaderView::Stretch);
+    }
     QVERIFY(table->verticalHeader()->isHidden());
     QCOMPARE(table->editTriggers(), QAbstractItemView::NoEditTriggers);
     QCOMPARE(table->horizontalScrollBarPolicy(), Qt::ScrollBarAlwaysOff);

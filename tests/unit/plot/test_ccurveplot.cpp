@@ -1,13 +1,11 @@
-#include "plotsupport.h"
-
 #include "plot/curvetracker.h"
 #include "plot/custommagnifier.h"
 #include "plot/custompanner.h"
+#include "plotsupport.h"
 #include "storage/nonowningcurvedata.h"
 
 #include <QDateTime>
 #include <QSignalSpy>
-
 #include <qwt_date_scale_draw.h>
 #include <qwt_painter.h>
 #include <qwt_picker_machine.h>
@@ -34,8 +32,9 @@ const double kInfinity = std::numeric_limits<double>::infinity();
 QVector<QPointF> pointsOf(const QVector<double>& values)
 {
     QVector<QPointF> points;
-    for (double value : values)
+    for (double value : values) {
         points.append(QPointF(double(noonToday()) + 1000.0 * points.size(), value));
+    }
     return points;
 }
 
@@ -195,8 +194,9 @@ void TestCCurvePlot::timeAxisIsLabelledWithLocalDateAndTime()
     QCOMPARE(draw->dateFormat(QwtDate::Minute), format);
     QCOMPARE(draw->dateFormat(QwtDate::Hour), format);
     const QwtDateScaleDraw library;
-    for (const auto type : {QwtDate::Day, QwtDate::Week, QwtDate::Month, QwtDate::Year})
+    for (const auto type : {QwtDate::Day, QwtDate::Week, QwtDate::Month, QwtDate::Year}) {
         QCOMPARE(draw->dateFormat(type), library.dateFormat(type));
+    }
 
     const qint64 time = QDateTime(QDate(2024, 2, 29), QTime(13, 5, 7)).toMSecsSinceEpoch();
     plot.clearCurves();
@@ -512,8 +512,9 @@ void TestCCurvePlot::valuesAtTheEndsOfTheNumberRangeKeepAnAxis()
     plot.replot();
     plot.grab();
     QVERIFY(isUsable());
-    for (const double value : seen)
+    for (const double value : seen) {
         QVERIFY2(valueBounds(plot).contains(value), qPrintable(QString::number(value)));
+    }
 
     // By hand in both directions, as far as it goes.
     for (const short mode : {short(2), short(3)}) {

@@ -1,12 +1,10 @@
-#include "plotsupport.h"
-
 #include "app/globals.h"
 #include "plot/custommagnifier.h"
+#include "plotsupport.h"
 
 #include <QDateTime>
 #include <QElapsedTimer>
 #include <QSignalSpy>
-
 #include <qwt_plot_curve.h>
 #include <qwt_scale_div.h>
 #include <qwt_scale_draw.h>
@@ -27,8 +25,9 @@ constexpr int kAllReloadsMs = 2 * (kReloadDelayMs + kRangeCheckPeriodMs) + 100;
 QVector<QPointF> ramp(int count, double stepMs = 1000.0)
 {
     QVector<QPointF> points;
-    for (int i = 0; i < count; ++i)
+    for (int i = 0; i < count; ++i) {
         points.append(QPointF(double(kStart) + stepMs * i, i));
+    }
     return points;
 }
 
@@ -44,8 +43,9 @@ bool paints(QwtPlot& plot, const QColor& color)
     const QImage image = plot.canvas()->grab().toImage();
     for (int y = 0; y < image.height(); ++y) {
         for (int x = 0; x < image.width(); ++x) {
-            if (image.pixelColor(x, y) == color)
+            if (image.pixelColor(x, y) == color) {
                 return true;
+            }
         }
     }
     return false;
@@ -139,8 +139,9 @@ void TestCCurvePlotReload::cleanup()
 void TestCCurvePlotReload::batchesMoveTheAxesAndOneReloadDrawsOnce()
 {
     m_plot->addCurve(m_pool->loaded(0, ramp(5)), Qt::red, QStringLiteral("101"));
-    for (int i = 0; i < 5; ++i)
+    for (int i = 0; i < 5; ++i) {
         m_plot->onNewSample(kStart + i * 1000);
+    }
     QCOMPARE(m_plot->replots, 0);
     QTRY_COMPARE(m_plot->replots, 1);
     QCOMPARE(lowerMs(*m_plot), kStart);
@@ -586,8 +587,9 @@ void TestCCurvePlotReload::zoomModePicksTheAxes()
     QFETCH(QVector<int>, modes);
     QFETCH(bool, time);
     QFETCH(bool, value);
-    for (int mode : modes)
+    for (int mode : modes) {
         m_plot->setZoomMode(short(mode));
+    }
     const QwtInterval times = timeBounds(*m_plot);
     const QwtInterval values = valueBounds(*m_plot);
     turnWheel(*m_plot, -1);
@@ -601,8 +603,9 @@ void TestCCurvePlotReload::widestZoomIsExactlyTenHours()
     m_plot->addCurve(series, Qt::red, QStringLiteral("101"));
     m_plot->onNewSample(kStart);
     QTRY_COMPARE(m_plot->replots, 1);
-    for (int i = 0; i < 100; ++i)
+    for (int i = 0; i < 100; ++i) {
         turnWheel(*m_plot, 1);
+    }
     QCOMPARE(qint64(timeBounds(*m_plot).width()), qint64(36000000));
     QCOMPARE(lowerMs(*m_plot) + 18000000, kStart + 30000);
     QCOMPARE(shownLowerMs(*m_plot), lowerMs(*m_plot));
@@ -622,8 +625,9 @@ void TestCCurvePlotReload::widestZoomIsExactlyTenHours()
 
 void TestCCurvePlotReload::widestZoomHoldsWithoutCurves()
 {
-    for (int i = 0; i < 100; ++i)
+    for (int i = 0; i < 100; ++i) {
         turnWheel(*m_plot, 1);
+    }
     QCOMPARE(qint64(timeBounds(*m_plot).width()), qint64(36000000));
 }
 
@@ -634,8 +638,9 @@ void TestCCurvePlotReload::zoomingInHasNoLimit()
     const qint64 now = QDateTime::currentMSecsSinceEpoch();
     m_plot->onNewSample(now);
     m_plot->updateVisibleData();
-    for (int i = 0; i < 100; ++i)
+    for (int i = 0; i < 100; ++i) {
         turnWheel(*m_plot, -1);
+    }
     QVERIFY(timeBounds(*m_plot).width() < 2.0);
     QVERIFY(valueBounds(*m_plot).width() < 1e-3);
     // On past what a double can tell apart: the plot lives on and comes back.
@@ -654,8 +659,9 @@ void TestCCurvePlotReload::valueAxisZoomsOutWithoutLimit()
 {
     m_plot->setZoomMode(2);
     const double width = valueBounds(*m_plot).width();
-    for (int i = 0; i < 200; ++i)
+    for (int i = 0; i < 200; ++i) {
         turnWheel(*m_plot, 1);
+    }
     const double widened = width * std::pow(1.0 / 0.9, 200);
     QVERIFY(std::abs(valueBounds(*m_plot).width() / widened - 1.0) < 1e-6);
 }

@@ -1,7 +1,6 @@
 #include "plotsupport.h"
 
 #include <QSignalSpy>
-
 #include <qwt_plot_curve.h>
 
 using namespace plotsupport;

@@ -36,8 +36,9 @@ void clickAndInspect(ColorSelectButton* button, Check whileOpen)
         QVERIFY(menu);
         inspected = true;
         whileOpen(menu);
-        if (QWidget* popup = QApplication::activePopupWidget())
+        if (QWidget* popup = QApplication::activePopupWidget()) {
             popup->close();
+        }
     });
     QTest::mouseClick(button, Qt::LeftButton);
     QVERIFY(inspected);
@@ -132,10 +133,11 @@ void TestColorSelectButton::presentColorIsReportedToo()
     ColorSelectButton button;
     button.show();
     QSignalSpy changed(&button, &ColorSelectButton::colorChanged);
-    for (int i = 0; i < 2; ++i)
+    for (int i = 0; i < 2; ++i) {
         clickAndInspect(&button, [&](QMenu* menu) {
             QTest::mouseClick(swatchGrid(menu)->itemAtPosition(0, 0)->widget(), Qt::LeftButton);
         });
+    }
     QCOMPARE(changed.size(), 2);
 }
 

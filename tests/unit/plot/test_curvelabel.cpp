@@ -2,11 +2,10 @@
 #include "plot/curvelabel.h"
 #include "support/eventcounter.h"
 
-#include <qwt_plot_curve.h>
-
 #include <QPainter>
 #include <QSignalSpy>
 #include <QtTest>
+#include <qwt_plot_curve.h>
 
 namespace {
 /// A parent that notes which mouse events its child has let through.

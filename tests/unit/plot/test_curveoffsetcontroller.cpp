@@ -3,9 +3,8 @@
 #include "plot/curvelabel.h"
 #include "plot/curveoffsetcontroller.h"
 
-#include <qwt_plot_curve.h>
-
 #include <QtTest>
+#include <qwt_plot_curve.h>
 
 namespace {
 constexpr int kHeight = 200;
@@ -26,9 +25,11 @@ struct Fixture
     {
         const QList<CurveLabel*> before = labels();
         strip->addCurveLabel(QStringLiteral("101"), added, Qt::red, base);
-        for (CurveLabel* label : labels())
-            if (!before.contains(label))
+        for (CurveLabel* label : labels()) {
+            if (!before.contains(label)) {
                 return label;
+            }
+        }
         return nullptr;
     }
 

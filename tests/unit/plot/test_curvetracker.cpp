@@ -1,12 +1,10 @@
-#include "plotsupport.h"
-
 #include "app/globals.h"
 #include "plot/curvetracker.h"
+#include "plotsupport.h"
 #include "storage/nonowningcurvedata.h"
 
 #include <QDateTime>
 #include <QRandomGenerator>
-
 #include <qwt_plot_curve.h>
 #include <qwt_scale_map.h>
 #include <qwt_series_data.h>

@@ -1,6 +1,5 @@
-#include "plotsupport.h"
-
 #include "plot/custommagnifier.h"
+#include "plotsupport.h"
 
 #include <QSignalSpy>
 

@@ -45,8 +45,9 @@ struct Fixture
     {
         area.resize(1000, 700);
         area.show();
-        if (!QTest::qWaitForWindowActive(&area))
+        if (!QTest::qWaitForWindowActive(&area)) {
             qFatal("the area's window is not active");
+        }
         window = open();
     }
 
@@ -382,15 +383,17 @@ void TestCustomMdiSubWindow::dragIsHeldInTheArea()
     const QRect bounds = f.area.contentsRect();
     f.drag(by);
     int x = kPlace.x();
-    if (atLeft)
+    if (atLeft) {
         x = 35 - kPlace.width();
-    else if (atRight)
+    } else if (atRight) {
         x = bounds.right() - 35;
+    }
     int y = kPlace.y();
-    if (atTop)
+    if (atTop) {
         y = bounds.top();
-    else if (atBottom)
+    } else if (atBottom) {
         y = bounds.bottom() - 35;
+    }
     QCOMPARE(f.window->pos(), QPoint(x, y));
 }
 

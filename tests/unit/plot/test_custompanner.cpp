@@ -1,11 +1,9 @@
-#include "plotsupport.h"
-
 #include "plot/custompanner.h"
+#include "plotsupport.h"
 
 #include <QRegularExpression>
 #include <QScreen>
 #include <QSignalSpy>
-
 #include <qwt_picker.h>
 #include <qwt_plot_curve.h>
 #include <qwt_scale_div.h>
@@ -37,8 +35,9 @@ double meanMinorGap(const QwtPlot& plot)
 {
     const QList<double> minor = plot.axisScaleDiv(QwtPlot::xBottom).ticks(QwtScaleDiv::MinorTick);
     double sum = 0.0;
-    for (int i = 1; i < minor.size(); ++i)
+    for (int i = 1; i < minor.size(); ++i) {
         sum += minor.at(i) - minor.at(i - 1);
+    }
     return sum / (minor.size() - 1);
 }
 
@@ -144,8 +143,9 @@ void TestCustomPanner::dragToTheLeftShowsLaterTimes()
 void TestCustomPanner::dragMovesTheAxisOnceLiveAndVisibly()
 {
     QVector<QPointF> points;
-    for (int i = 0; i <= 60; ++i)
+    for (int i = 0; i <= 60; ++i) {
         points.append(QPointF(double(kStart + i * 1000), i % 7));
+    }
     m_plot->addCurve(m_pool->loaded(0, points), Qt::red, QStringLiteral("101"));
     m_plot->autoScaleY();
     m_plot->replot();

@@ -75,10 +75,12 @@ void TestCustomTitleBar::partsStandInOrder()
     const QSpacerItem* spacer = layout->itemAt(2)->spacerItem();
     QCOMPARE(spacer->sizeHint(), QSize(20, 20));
     QVERIFY(spacer->expandingDirections() & Qt::Horizontal);
-    for (const int gap : {4, 6})
+    for (const int gap : {4, 6}) {
         QCOMPARE(layout->itemAt(gap)->spacerItem()->sizeHint().width(), 5);
-    for (int i = 0; i < 3; ++i)
+    }
+    for (int i = 0; i < 3; ++i) {
         QVERIFY(f.button(i));
+    }
 }
 
 void TestCustomTitleBar::labelsAreSetUp()
@@ -150,13 +152,15 @@ void TestCustomTitleBar::tileShowsTheIconAlone()
     f.bar.setCollapsed(true);
     QVERIFY(f.icon()->isVisible());
     QVERIFY(!f.title()->isVisible());
-    for (int i = 0; i < 3; ++i)
+    for (int i = 0; i < 3; ++i) {
         QVERIFY(!f.button(i)->isVisible());
+    }
     f.bar.setCollapsed(false);
     QVERIFY(!f.icon()->isVisible());
     QVERIFY(f.title()->isVisible());
-    for (int i = 0; i < 3; ++i)
+    for (int i = 0; i < 3; ++i) {
         QVERIFY(f.button(i)->isVisible());
+    }
 }
 
 void TestCustomTitleBar::leftDoubleClickMaximises()

@@ -38,8 +38,9 @@ struct Fixture
     QStringList cells(int row) const
     {
         QStringList texts;
-        for (int column = 2; column <= 6; ++column)
+        for (int column = 2; column <= 6; ++column) {
             texts.append(table()->item(row, column)->text());
+        }
         return texts;
     }
 
@@ -133,8 +134,9 @@ void TestDataNetwork::newRowsAreEmpty()
         QVERIFY(combo);
         QCOMPARE(combo->count(), 1);
         QCOMPARE(combo->currentText(), QStringLiteral("无"));
-        for (int column = 2; column <= 6; ++column)
+        for (int column = 2; column <= 6; ++column) {
             QCOMPARE(table->item(row, column)->text(), QString());
+        }
     }
 }
 
@@ -181,9 +183,11 @@ void TestDataNetwork::choosingAChannelShowsItsStatisticsAtOnce()
     f.combo(4)->setCurrentIndex(1);
     QCOMPARE(f.cells(4), kTwoReadings);
     QCOMPARE(f.table()->item(4, 2)->data(Qt::EditRole).toString(), QStringLiteral("-0.50000"));
-    for (int row = 0; row < 20; ++row)
-        if (row != 4)
+    for (int row = 0; row < 20; ++row) {
+        if (row != 4) {
             QCOMPARE(f.cells(row), kEmptyRow);
+        }
+    }
 }
 
 void TestDataNetwork::seriesWithoutReadingsShowsItsStartValues()
@@ -217,13 +221,15 @@ void TestDataNetwork::valuesBeyondAllNumbersLeaveAMean()
     Fixture f;
     const auto series = m_store->add(101);
     const qint64 now = QDateTime::currentMSecsSinceEpoch();
-    for (int i = 0; i < values.size(); ++i)
+    for (int i = 0; i < values.size(); ++i) {
         series->addPoint(static_cast<double>(now + i), values.at(i));
+    }
     f.combo(0)->setFocus();
     QTest::keyClick(f.combo(0), Qt::Key_Down);
-    for (int column = 2; column <= 4; ++column)
+    for (int column = 2; column <= 4; ++column) {
         QVERIFY2(!f.cells(0).at(column).contains(QStringLiteral("nan")),
                  qPrintable(f.cells(0).at(column)));
+    }
     const double shown = f.cells(0).at(4).toDouble();
     QVERIFY2(qAbs(shown - mean) <= qAbs(mean) * 1e-12 + (mean == 0.0 ? 1e295 : 0.0),
              qPrintable(f.cells(0).at(4)));

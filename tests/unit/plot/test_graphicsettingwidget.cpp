@@ -12,8 +12,6 @@
 #include "widgets/customsidebutton.h"
 #include "widgets/sidebar.h"
 
-#include <qwt_interval.h>
-
 #include <QAbstractItemView>
 #include <QComboBox>
 #include <QElapsedTimer>
@@ -27,6 +25,7 @@
 #include <QTemporaryDir>
 #include <QVBoxLayout>
 #include <QtTest>
+#include <qwt_interval.h>
 
 #include <thread>
 
@@ -90,8 +89,9 @@ QComboBox* combo(const CustomMdiSubWindow* window, int row)
 QStringList items(const QComboBox* box)
 {
     QStringList texts;
-    for (int i = 0; i < box->count(); ++i)
+    for (int i = 0; i < box->count(); ++i) {
         texts.append(box->itemText(i));
+    }
     return texts;
 }
 
@@ -181,18 +181,21 @@ void TestGraphicSettingWidget::pageIsLaidOutWithItsTools()
     QVERIFY(bar);
     QCOMPARE(bar->maximumWidth(), 80);
     bool titled = false;
-    for (const QLabel* label : bar->findChildren<QLabel*>())
+    for (const QLabel* label : bar->findChildren<QLabel*>()) {
         titled = titled || label->text() == QStringLiteral("小工具");
+    }
     QVERIFY(titled);
     // Shut, the bar points to the right, where it opens.
     bool pointsRight = false;
     const QImage arrow = QPixmap(QStringLiteral(":/dark/arrow_right.png"))
                              .scaled(15, 15, Qt::KeepAspectRatio, Qt::SmoothTransformation)
                              .toImage();
-    for (const CustomSideButton* button : bar->findChildren<CustomSideButton*>())
-        for (const QLabel* label : button->findChildren<QLabel*>())
+    for (const CustomSideButton* button : bar->findChildren<CustomSideButton*>()) {
+        for (const QLabel* label : button->findChildren<QLabel*>()) {
             pointsRight = pointsRight || (button->isVisible() &&
                                           label->pixmap(Qt::ReturnByValue).toImage() == arrow);
+        }
+    }
     QVERIFY(pointsRight);
     QCOMPARE(layout->itemAt(1)->widget(), f.area());
     QCOMPARE(layout->stretch(0), 0);
@@ -270,9 +273,11 @@ void TestGraphicSettingWidget::chartOpensWithoutMakingPopups()
 {
     Fixture f;
     const auto* table = f.openChart()->findChild<QTableWidget*>();
-    for (int row = 0; row < table->rowCount(); ++row)
-        for (const int column : {2, 4})
+    for (int row = 0; row < table->rowCount(); ++row) {
+        for (const int column : {2, 4}) {
             QVERIFY(!table->cellWidget(row, column)->findChild<QAbstractItemView*>());
+        }
+    }
 }
 
 void TestGraphicSettingWidget::windowsShareOneCount()
@@ -427,9 +432,10 @@ void TestGraphicSettingWidget::seriesThatWereRefusedAreRegisteredWhenTheStoreIsB
     QVERIFY(inTheWay.open(QIODevice::WriteOnly));
     inTheWay.close();
     CurveDataDB store(directory);
-    for (const int channel : {101, 102})
+    for (const int channel : {101, 102}) {
         g_curveSeries[channel] =
             std::make_shared<CurveSeriesData>(QStringLiteral("%1(V)").arg(channel), &store);
+    }
     const auto series = g_curveSeries;
     const auto ids = [&series] {
         return QVector<int>{series[101]->curveId(), series[102]->curveId()};
@@ -444,8 +450,9 @@ void TestGraphicSettingWidget::seriesThatWereRefusedAreRegisteredWhenTheStoreIsB
 
     // It is asked now and then, not with each batch.
     const auto isBack = [&ids] {
-        if (ids().first() == -1)
+        if (ids().first() == -1) {
             Fixture::send({reading(102, 2.0)});
+        }
         return ids().first() != -1;
     };
     QVERIFY(QTest::qWaitFor(isBack, 30000));

@@ -42,10 +42,13 @@ public:
 QRect textBounds(const QImage& image, const QRect& area)
 {
     QRect bounds;
-    for (int y = area.top(); y <= area.bottom(); ++y)
-        for (int x = area.left(); x <= area.right(); ++x)
-            if (qGray(image.pixel(x, y)) > 200)
+    for (int y = area.top(); y <= area.bottom(); ++y) {
+        for (int x = area.left(); x <= area.right(); ++x) {
+            if (qGray(image.pixel(x, y)) > 200) {
                 bounds |= QRect(x, y, 1, 1);
+            }
+        }
+    }
     return bounds;
 }
 
@@ -147,9 +150,11 @@ void TestGroupedHeaderView::columnInNoGroupKeepsThePlainFill()
     table.show();
     QVERIFY(QTest::qWaitForWindowExposed(&table));
     const QImage image = table.headerImage();
-    for (int y = 0; y < kLineY - 1; ++y)
-        for (int x = 8 * kSectionWidth; x < 10 * kSectionWidth; ++x)
+    for (int y = 0; y < kLineY - 1; ++y) {
+        for (int x = 8 * kSectionWidth; x < 10 * kSectionWidth; ++x) {
             QCOMPARE(image.pixelColor(x, y), kFill);
+        }
+    }
 }
 
 void TestGroupedHeaderView::lineRunsAcrossAllSections()
@@ -159,11 +164,13 @@ void TestGroupedHeaderView::lineRunsAcrossAllSections()
     table.show();
     QVERIFY(QTest::qWaitForWindowExposed(&table));
     const QImage image = table.headerImage();
-    for (int x = 0; x < 10 * kSectionWidth; ++x)
+    for (int x = 0; x < 10 * kSectionWidth; ++x) {
         QCOMPARE(image.pixelColor(x, kLineY), kLine);
+    }
     // Two pixels wide. Within a group the next section's cell covers the upper one again.
-    for (int x = 8 * kSectionWidth; x < 10 * kSectionWidth; ++x)
+    for (int x = 8 * kSectionWidth; x < 10 * kSectionWidth; ++x) {
         QCOMPARE(image.pixelColor(x, kLineY - 1), kLine);
+    }
 }
 
 void TestGroupedHeaderView::sectionTextStandsBelowTheGap()
@@ -194,8 +201,9 @@ void TestGroupedHeaderView::groupsMoveWithTheScrolledSections()
     QTRY_COMPARE(table.header->offset(), 10 * kSectionWidth - table.viewport()->width());
     const QImage image = table.headerImage();
     const int groupEnd = 8 * kSectionWidth - table.header->offset();
-    for (int x = 0; x < image.width(); ++x)
+    for (int x = 0; x < image.width(); ++x) {
         QCOMPARE(image.pixelColor(x, 1), x < groupEnd ? kGroupFill : kFill);
+    }
 }
 
 QTEST_MAIN(TestGroupedHeaderView)

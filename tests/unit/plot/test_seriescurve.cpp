@@ -4,7 +4,6 @@
 #include <QPainter>
 #include <QRandomGenerator>
 #include <QtTest>
-
 #include <qwt_painter.h>
 #include <qwt_plot_curve.h>
 #include <qwt_scale_map.h>
@@ -37,8 +36,9 @@ int drawnPixels(const QImage& image)
 {
     int drawn = 0;
     for (int y = 0; y < image.height(); ++y) {
-        for (int x = 0; x < image.width(); ++x)
+        for (int x = 0; x < image.width(); ++x) {
             drawn += image.pixelColor(x, y) == QColor(Qt::white) ? 0 : 1;
+        }
     }
     return drawn;
 }
@@ -65,8 +65,9 @@ QVector<QPointF> randomSamples(QRandomGenerator& random)
     double y = 50.0;
     for (int i = 0; i < count; ++i) {
         y += jump * (random.generateDouble() - 0.5);
-        if (random.bounded(200) == 0)
+        if (random.bounded(200) == 0) {
             y = random.bounded(100.0);
+        }
         const double overload = random.bounded(500) == 0 ? 9.9e37 : y;
         const double x = inOrder ? 1000.0 * i / count : random.bounded(1000.0);
         samples.append(QPointF(x, overload));
@@ -175,8 +176,9 @@ void TestSeriesCurve::leavesOtherLinesToTheLibrary()
     QFETCH(QBrush, brush);
     QFETCH(bool, antialiased);
     QVector<QPointF> samples;
-    for (int i = 0; i < 2000; ++i)
+    for (int i = 0; i < 2000; ++i) {
         samples.append(QPointF(0.5 * i, 50.0 + 40.0 * std::sin(0.7 * i)));
+    }
     QwtPlotCurve library;
     SeriesCurve quick;
     for (QwtPlotCurve* curve : {&library, static_cast<QwtPlotCurve*>(&quick)}) {

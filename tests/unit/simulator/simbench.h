@@ -1,12 +1,12 @@
 #pragma once
 
+#include "dialogue/dialogue.h"
+
 #include <QString>
 
 #include <chrono>
 #include <map>
 #include <string>
-
-#include "dialogue/dialogue.h"
 
 /// Text of the simulator in Qt's form, so that a failed comparison shows both sides.
 inline QString shown(const std::string& text)

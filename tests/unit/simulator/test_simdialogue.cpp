@@ -1,6 +1,6 @@
-#include <QtTest>
-
 #include "simbench.h"
+
+#include <QtTest>
 
 /// Literal transcripts: each line that goes in and each answer that comes out stands here.
 class TestSimDialogue : public QObject

@@ -1,8 +1,8 @@
+#include "simbench.h"
+
 #include <QtTest>
 
 #include <cmath>
-
-#include "simbench.h"
 
 using namespace scnsim;
 using namespace std::chrono_literals;

@@ -1,11 +1,11 @@
-#include <QtTest>
-
-#include <set>
-
 #include "faults/spoil.h"
 #include "service/controlservice.h"
 #include "service/instrumentservice.h"
 #include "simbench.h"
+
+#include <QtTest>
+
+#include <set>
 
 using namespace scnsim;
 

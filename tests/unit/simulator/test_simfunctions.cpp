@@ -1,9 +1,9 @@
+#include "model/meter.h"
+#include "simbench.h"
+
 #include <QtTest>
 
 #include <iterator>
-
-#include "model/meter.h"
-#include "simbench.h"
 
 using namespace scnsim;
 using namespace std::chrono_literals;

@@ -1,10 +1,10 @@
-#include <QtTest>
-
 #include "scpi/errorqueue.h"
 #include "scpi/headerpattern.h"
 #include "scpi/message.h"
 #include "scpi/response.h"
 #include "simbench.h"
+
+#include <QtTest>
 
 using namespace scnsim;
 

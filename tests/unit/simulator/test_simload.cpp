@@ -1,9 +1,9 @@
+#include "support/simulatedinstrument.h"
+#include "support/streamclient_posix.h"
+
 #include <QtTest>
 
 #include <unistd.h>
-
-#include "support/simulatedinstrument.h"
-#include "support/streamclient_posix.h"
 
 namespace {
 

@@ -1,9 +1,9 @@
-#include <QtTest>
-
 #include "model/calendar.h"
 #include "model/module.h"
 #include "model/readingmemory.h"
 #include "simbench.h"
+
+#include <QtTest>
 
 using namespace scnsim;
 

@@ -1,7 +1,7 @@
-#include <QtTest>
-
 #include "options.h"
 #include "simbench.h"
+
+#include <QtTest>
 
 using namespace scnsim;
 

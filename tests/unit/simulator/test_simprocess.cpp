@@ -1,13 +1,13 @@
-#include <QtTest>
+#include "support/streamclient_posix.h"
 
 #include <QProcess>
+#include <QtTest>
+
+#include <sys/resource.h>
 
 #include <array>
 #include <csignal>
 #include <ctime>
-#include <sys/resource.h>
-
-#include "support/streamclient_posix.h"
 
 namespace {
 

@@ -1,10 +1,10 @@
+#include "model/module.h"
+#include "simbench.h"
+
 #include <QtTest>
 
 #include <algorithm>
 #include <cmath>
-
-#include "model/module.h"
-#include "simbench.h"
 
 using namespace scnsim;
 

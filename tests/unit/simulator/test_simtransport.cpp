@@ -1,9 +1,9 @@
-#include <QtTest>
-
 #include "simbench.h"
 #include "transport/linebuffer.h"
 #include "transport/pace.h"
 #include "transport/transcript.h"
+
+#include <QtTest>
 
 using namespace scnsim;
 

@@ -16,8 +16,9 @@ sqlite3* openFile(const QString& path)
 
 QString columnText(sqlite3_stmt* statement, int column)
 {
-    if (sqlite3_column_type(statement, column) == SQLITE_NULL)
+    if (sqlite3_column_type(statement, column) == SQLITE_NULL) {
         return QStringLiteral("NULL");
+    }
     return QString::fromUtf8(reinterpret_cast<const char*>(sqlite3_column_text(statement, column)));
 }
 
@@ -32,14 +33,16 @@ QStringList dayfile::rows(const QString& path, const QString& sql)
     if (result == SQLITE_OK) {
         while ((result = sqlite3_step(statement)) == SQLITE_ROW) {
             QStringList columns;
-            for (int column = 0; column < sqlite3_column_count(statement); ++column)
+            for (int column = 0; column < sqlite3_column_count(statement); ++column) {
                 columns.append(columnText(statement, column));
+            }
             found.append(columns.join(QLatin1Char('|')));
         }
     }
-    if (result != SQLITE_DONE)
+    if (result != SQLITE_DONE) {
         found =
             QStringList(QStringLiteral("error: ") + QString::fromUtf8(sqlite3_errmsg(database)));
+    }
     sqlite3_finalize(statement);
     sqlite3_close(database);
     return found;
@@ -49,8 +52,9 @@ QString dayfile::execute(const QString& path, const QString& sql)
 {
     sqlite3* database = openFile(path);
     QString error;
-    if (sqlite3_exec(database, sql.toUtf8().constData(), nullptr, nullptr, nullptr) != SQLITE_OK)
+    if (sqlite3_exec(database, sql.toUtf8().constData(), nullptr, nullptr, nullptr) != SQLITE_OK) {
         error = QString::fromUtf8(sqlite3_errmsg(database));
+    }
     sqlite3_close(database);
     return error;
 }
@@ -64,10 +68,12 @@ QStringList dayfile::dump(const QString& path)
     for (const QString& table : tables) {
         const QStringList tableRows =
             rows(path, QStringLiteral("SELECT * FROM \"%1\" ORDER BY 1").arg(table));
-        for (const QString& row : tableRows)
+        for (const QString& row : tableRows) {
             all.append(table + QStringLiteral(": ") + row);
-        if (tableRows.isEmpty())
+        }
+        if (tableRows.isEmpty()) {
             all.append(table + QStringLiteral(": "));
+        }
     }
     return all;
 }
@@ -77,8 +83,9 @@ DayFileLock::DayFileLock(const QString& path, Kind kind)
     sqlite3* database = openFile(path);
     m_database = database;
     const char* sql = "BEGIN; SELECT count(*) FROM sqlite_master";
-    if (kind != Read)
+    if (kind != Read) {
         sql = kind == Write ? "BEGIN IMMEDIATE" : "BEGIN EXCLUSIVE";
+    }
     m_held = sqlite3_exec(database, sql, nullptr, nullptr, nullptr) == SQLITE_OK;
 }
 

@@ -11,8 +11,9 @@ namespace {
 
 void check(bool succeeded, const QSqlError& error, const QString& what)
 {
-    if (!succeeded)
+    if (!succeeded) {
         qFatal("%s: %s", qPrintable(what), qPrintable(error.text()));
+    }
 }
 
 } // namespace
@@ -106,7 +107,8 @@ qint64 localTime(const char* text)
 {
     const QDateTime time =
         QDateTime::fromString(QLatin1String(text), QStringLiteral("yyyy-MM-dd hh:mm:ss.zzz"));
-    if (!time.isValid())
+    if (!time.isValid()) {
         qFatal("not a local time: %s", text);
+    }
     return time.toMSecsSinceEpoch();
 }

@@ -7,6 +7,7 @@
 #include <QVariant>
 
 #include <sqlite3.h>
+
 #include <thread>
 #include <utility>
 
@@ -19,8 +20,9 @@ QStringList g_traced;
 int noteStatement(unsigned, void*, void* statement, void*)
 {
     const QMutexLocker locker(&g_traceMutex);
-    if (g_tracing)
+    if (g_tracing) {
         g_traced.append(QString::fromUtf8(sqlite3_sql(static_cast<sqlite3_stmt*>(statement))));
+    }
     return 0;
 }
 
@@ -42,8 +44,9 @@ void setTracing(bool tracing)
 sqlite3* handleOf(const QSqlDatabase& database)
 {
     const QVariant handle = database.driver()->handle();
-    if (qstrcmp(handle.typeName(), "sqlite3*") != 0)
+    if (qstrcmp(handle.typeName(), "sqlite3*") != 0) {
         qFatal("not a connection of SQLite");
+    }
     return *static_cast<sqlite3* const*>(handle.constData());
 }
 
@@ -64,8 +67,9 @@ int denyTables(void* denied, int action, const char* table, const char*, const c
 StatementTrace::StatementTrace()
 {
     setTracing(true);
-    if (sqlite3_auto_extension(kTraceConnection) != SQLITE_OK)
+    if (sqlite3_auto_extension(kTraceConnection) != SQLITE_OK) {
         qFatal("connections cannot be traced");
+    }
 }
 
 StatementTrace::~StatementTrace()
@@ -96,8 +100,9 @@ CrowdedConnection::~CrowdedConnection()
 int CrowdedConnection::visit(void* connection)
 {
     auto* const self = static_cast<CrowdedConnection*>(connection);
-    if (++self->m_inside > 1)
+    if (++self->m_inside > 1) {
         self->m_crowded = true;
+    }
     std::this_thread::yield();
     --self->m_inside;
     return 0;

@@ -52,8 +52,9 @@ QStringList LogCapture::lines() const
 {
     const QMutexLocker locker(&g_mutex);
     QStringList lines;
-    for (const LogLine& line : qAsConst(g_lines))
+    for (const LogLine& line : qAsConst(g_lines)) {
         lines.append(levelName(line.first) + line.second);
+    }
     return lines;
 }
 
@@ -62,8 +63,9 @@ QStringList LogCapture::lines(QtMsgType level) const
     const QMutexLocker locker(&g_mutex);
     QStringList lines;
     for (const LogLine& line : qAsConst(g_lines)) {
-        if (line.first == level)
+        if (line.first == level) {
             lines.append(line.second);
+        }
     }
     return lines;
 }

@@ -5,8 +5,9 @@
 #include <QVariant>
 #include <QVector>
 
-#include <limits>
 #include <sqlite3.h>
+
+#include <limits>
 
 namespace {
 
@@ -20,33 +21,38 @@ QVector<QVariant> run(sqlite3* db, const QString& sql, const QVector<QVariant>& 
     if (result == SQLITE_OK) {
         for (int i = 0; i < values.size(); ++i) {
             const QVariant& value = values.at(i);
-            if (value.type() == QVariant::Double)
+            if (value.type() == QVariant::Double) {
                 sqlite3_bind_double(statement, i + 1, value.toDouble());
-            else if (value.type() == QVariant::String)
+            } else if (value.type() == QVariant::String) {
                 sqlite3_bind_text(statement, i + 1, value.toString().toUtf8().constData(), -1,
                                   SQLITE_TRANSIENT);
-            else
+            } else {
                 sqlite3_bind_int64(statement, i + 1, value.toLongLong());
+            }
         }
         while ((result = sqlite3_step(statement)) == SQLITE_ROW) {
             QVector<QVariant> row;
             for (int column = 0; column < sqlite3_column_count(statement); ++column) {
-                if (sqlite3_column_type(statement, column) == SQLITE_FLOAT)
+                if (sqlite3_column_type(statement, column) == SQLITE_FLOAT) {
                     row.append(sqlite3_column_double(statement, column));
-                else if (sqlite3_column_type(statement, column) == SQLITE_INTEGER)
+                } else if (sqlite3_column_type(statement, column) == SQLITE_INTEGER) {
                     row.append(static_cast<qint64>(sqlite3_column_int64(statement, column)));
-                else
+                } else {
                     row.append(QString::fromUtf8(
                         reinterpret_cast<const char*>(sqlite3_column_text(statement, column))));
+                }
             }
-            if (first.isEmpty())
+            if (first.isEmpty()) {
                 first = row;
-            if (all)
+            }
+            if (all) {
                 all->append(row);
+            }
         }
     }
-    if (ok)
+    if (ok) {
         *ok = result == SQLITE_DONE;
+    }
     sqlite3_finalize(statement);
     return first;
 }
@@ -61,8 +67,9 @@ PlainStore::PlainStore(const QString& directory)
 
 PlainStore::~PlainStore()
 {
-    for (sqlite3* db : qAsConst(m_files))
+    for (sqlite3* db : qAsConst(m_files)) {
         sqlite3_close(db);
+    }
 }
 
 sqlite3* PlainStore::open(const QString& path)
@@ -80,14 +87,16 @@ sqlite3* PlainStore::open(const QString& path)
 void PlainStore::ensureCurrent()
 {
     const QString today = todayKey();
-    if (today == m_currentDate)
+    if (today == m_currentDate) {
         return;
+    }
     const QMap<int, QString> names = m_names;
     m_currentDate = today;
     m_currentPath = m_directory + QLatin1Char('/') + today + QStringLiteral(".db");
     createBaseTables(open(m_currentPath));
-    for (const QString& name : names)
+    for (const QString& name : names) {
         registerCurve(name);
+    }
     load(m_currentPath);
 }
 
@@ -117,8 +126,9 @@ void PlainStore::load(const QString& path)
     sqlite3* db = open(path);
     QVector<QVector<QVariant>> rows;
     run(db, QStringLiteral("SELECT curve_id, name FROM curve_info"), {}, nullptr, &rows);
-    for (const auto& row : qAsConst(rows))
+    for (const auto& row : qAsConst(rows)) {
         m_names.insert(row.at(0).toInt(), row.at(1).toString());
+    }
     rows.clear();
     run(db,
         QStringLiteral(
@@ -149,14 +159,16 @@ int PlainStore::registerCurve(const QString& name)
 void PlainStore::setUp(sqlite3* db)
 {
     if (!run(db, QStringLiteral("SELECT 1 FROM sqlite_master WHERE name = 'curve_info'"), {})
-             .isEmpty())
+             .isEmpty()) {
         return;
+    }
     createBaseTables(db);
     QVector<QVector<QVariant>> rows;
     run(open(m_currentPath), QStringLiteral("SELECT curve_id, name FROM curve_info"), {}, nullptr,
         &rows);
-    for (const auto& row : qAsConst(rows))
+    for (const auto& row : qAsConst(rows)) {
         run(db, QStringLiteral("INSERT INTO curve_info VALUES (?, ?)"), row);
+    }
 }
 
 void PlainStore::openForWrite(int curveId, qint64 timestamp)
@@ -168,16 +180,18 @@ void PlainStore::openForWrite(int curveId, qint64 timestamp)
     if (path != m_currentPath) {
         setUp(db);
         load(path);
-        if (!m_names.contains(curveId))
+        if (!m_names.contains(curveId)) {
             return;
+        }
         const QString name = m_names.value(curveId);
         const auto found =
             run(db, QStringLiteral("SELECT curve_id FROM curve_info WHERE name = ?"), {name});
         if (found.isEmpty()) {
             bool ok = false;
             run(db, QStringLiteral("INSERT INTO curve_info (name) VALUES (?)"), {name}, &ok);
-            if (!ok)
+            if (!ok) {
                 return;
+            }
             curveId = static_cast<int>(sqlite3_last_insert_rowid(db));
             m_names.insert(curveId, name);
         } else {
@@ -188,8 +202,9 @@ void PlainStore::openForWrite(int curveId, qint64 timestamp)
     if (!run(db,
              QStringLiteral("SELECT 1 FROM batch_metadata WHERE curve_id = ? AND table_name = ?"),
              {curveId, table})
-             .isEmpty())
+             .isEmpty()) {
         return;
+    }
     run(db, QStringLiteral("BEGIN"), {});
     run(db,
         QStringLiteral("CREATE TABLE \"%1\" (id INTEGER PRIMARY KEY AUTOINCREMENT, "
@@ -211,16 +226,18 @@ void PlainStore::appendPoint(int curveId, qint64 timestamp, double value)
     const QString path =
         m_directory + QLatin1Char('/') + dateKeyForTime(timestamp) + QStringLiteral(".db");
     const bool same = path == m_currentPath;
-    if (!same)
+    if (!same) {
         ensureCurrent();
+    }
     sqlite3* db = open(path);
     openForWrite(curveId, timestamp);
     run(db,
         QStringLiteral("INSERT OR IGNORE INTO %1 (curve_id, timestamp, value) VALUES (?, ?, ?)")
             .arg(makeTableName(curveId, makeBatchName(timestamp))),
         {curveId, timestamp, value});
-    if (!same)
+    if (!same) {
         load(path);
+    }
     update(curveId, timestamp, value);
     saveMetadata();
 }
@@ -233,14 +250,18 @@ void PlainStore::update(int curveId, qint64 timestamp, double value)
                       std::numeric_limits<double>::max(), -std::numeric_limits<double>::max()});
     }
     Extremes& extremes = m_extremes[curveId];
-    if (timestamp < extremes.minTime || extremes.minTime == 0)
+    if (timestamp < extremes.minTime || extremes.minTime == 0) {
         extremes.minTime = timestamp;
-    if (timestamp > extremes.maxTime)
+    }
+    if (timestamp > extremes.maxTime) {
         extremes.maxTime = timestamp;
-    if (value < extremes.minValue || extremes.minValue == 0.0)
+    }
+    if (value < extremes.minValue || extremes.minValue == 0.0) {
         extremes.minValue = value;
-    if (value > extremes.maxValue)
+    }
+    if (value > extremes.maxValue) {
         extremes.maxValue = value;
+    }
 }
 
 void PlainStore::saveMetadata()
@@ -251,8 +272,9 @@ void PlainStore::saveMetadata()
     for (auto it = m_extremes.constBegin(); it != m_extremes.constEnd(); ++it) {
         // Ids that the file does not know have no row there.
         if (run(db, QStringLiteral("SELECT 1 FROM curve_info WHERE curve_id = ?"), {it.key()})
-                .isEmpty())
+                .isEmpty()) {
             continue;
+        }
         run(db, QStringLiteral("DELETE FROM curve_metadata WHERE curve_id = ?"), {it.key()});
         run(db,
             QStringLiteral("INSERT INTO curve_metadata (curve_id, min_time, max_time, min_value, "
@@ -264,8 +286,9 @@ void PlainStore::saveMetadata()
 
 void PlainStore::flushAndDetach()
 {
-    if (m_currentPath.isEmpty())
+    if (m_currentPath.isEmpty()) {
         return;
+    }
     saveMetadata();
     m_currentPath.clear();
     m_currentDate.clear();

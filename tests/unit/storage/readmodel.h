@@ -21,16 +21,19 @@ inline QVector<QPointF> modelRead(const QVector<ModelDay>& days, const QSet<QStr
 {
     QVector<QPointF> points;
     for (const ModelDay& day : days) {
-        if (!visited.contains(day.key))
+        if (!visited.contains(day.key)) {
             continue;
+        }
         for (const QVector<QPointF>& batch : day.batches) {
             for (const QPointF& point : batch) {
                 const auto time = static_cast<qint64>(point.x());
-                if (time >= start && time <= end)
+                if (time >= start && time <= end) {
                     points.append(point);
+                }
             }
-            if (maxPoints > 0 && points.size() > 2 * maxPoints)
+            if (maxPoints > 0 && points.size() > 2 * maxPoints) {
                 points = thinned(points, maxPoints);
+            }
         }
     }
     return thinned(points, maxPoints);

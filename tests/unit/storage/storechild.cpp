@@ -14,8 +14,9 @@ ChildScene::ChildScene(const QString& function, const QVector<QPair<QString, QSt
 {
     QProcessEnvironment variables = QProcessEnvironment::systemEnvironment();
     variables.insert(QString::fromLatin1(kMark), function);
-    for (const auto& variable : environment)
+    for (const auto& variable : environment) {
         variables.insert(variable.first, variable.second);
+    }
     QProcess child;
     child.setProcessEnvironment(variables);
     child.setProcessChannelMode(QProcess::MergedChannels);

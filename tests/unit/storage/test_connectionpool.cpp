@@ -1,11 +1,10 @@
 #include "dayfilereader.h"
 #include "dayfilewriter.h"
 #include "logcapture.h"
-#include "teststore.h"
-
 #include "storage/connectionpool.h"
 #include "storage/managedquery.h"
 #include "storage/querymanager.h"
+#include "teststore.h"
 
 #include <QCryptographicHash>
 #include <QDir>
@@ -281,14 +280,17 @@ void TestConnectionPool::pathIsPooledOnceWhoeverAsksAtATime()
     std::vector<std::thread> threads;
     for (QString& name : names) {
         threads.emplace_back([this, &ready, &name] {
-            for (++ready; ready < kThreads;)
+            for (++ready; ready < kThreads;) {
                 std::this_thread::yield();
-            if (const auto db = ConnectionPool::instance().acquireConnection(path(kToday)))
+            }
+            if (const auto db = ConnectionPool::instance().acquireConnection(path(kToday))) {
                 name = db->connectionName();
+            }
         });
     }
-    for (std::thread& thread : threads)
+    for (std::thread& thread : threads) {
         thread.join();
+    }
     QVERIFY(!names.front().isEmpty());
     QCOMPARE(std::count(names.begin(), names.end(), names.front()), std::ptrdiff_t(kThreads));
     QCOMPARE(QSqlDatabase::connectionNames(), QStringList{names.front()});
@@ -616,8 +618,9 @@ void TestConnectionPool::evictionFoldsInAndWaitsForNobody()
         QVERIFY(ManagedQuery(*db).exec(QStringLiteral("CREATE TABLE t (v INTEGER)")));
     }
     advancePresent(1);
-    for (int i = 1; i < kLimit; ++i)
+    for (int i = 1; i < kLimit; ++i) {
         QVERIFY(pool.acquireConnection(path(QStringLiteral("%1.db").arg(i))));
+    }
     bool handled = false;
     QTimer::singleShot(0, this, [&handled] { handled = true; });
     const LogCapture log;
@@ -643,8 +646,9 @@ void TestConnectionPool::evictionOfALockedFileLeavesItsLog()
         QVERIFY(ManagedQuery(*db).exec(QStringLiteral("INSERT INTO t VALUES (7)")));
     }
     advancePresent(1);
-    for (int i = 1; i < kLimit; ++i)
+    for (int i = 1; i < kLimit; ++i) {
         QVERIFY(pool.acquireConnection(path(QStringLiteral("%1.db").arg(i))));
+    }
     {
         const DayFileLock lock(path(kToday));
         QVERIFY(lock.isHeld());
@@ -662,11 +666,13 @@ void TestConnectionPool::heldConnectionsAreNotEvictedAndThePoolGrows()
 {
     ConnectionPool& pool = ConnectionPool::instance();
     QVector<QSharedPointer<QSqlDatabase>> held;
-    for (int i = 0; i <= kLimit; ++i)
+    for (int i = 0; i <= kLimit; ++i) {
         held.append(pool.acquireConnection(path(QStringLiteral("%1.db").arg(i))));
+    }
     QCOMPARE(pool.connectionCount(), kLimit + 1);
-    for (const auto& connection : qAsConst(held))
+    for (const auto& connection : qAsConst(held)) {
         QVERIFY(connection && connection->isOpen());
+    }
 }
 
 void TestConnectionPool::discardClosesAtOnce()

@@ -1,12 +1,11 @@
 #include "dayfilereader.h"
 #include "dayfilewriter.h"
 #include "logcapture.h"
-#include "teststore.h"
-
 #include "storage/connectionpool.h"
 #include "storage/curvedatadb.h"
 #include "storage/managedquery.h"
 #include "storage/shardnaming.h"
+#include "teststore.h"
 
 #include <QDir>
 #include <QElapsedTimer>
@@ -110,8 +109,9 @@ void TestCurveDataDB::todaysFileHasTheBaseTables()
              (QStringList{one("curve_id|INTEGER|0|1"), one("min_time|INTEGER|0|0"),
                           one("max_time|INTEGER|0|0"), one("min_value|REAL|0|0"),
                           one("max_value|REAL|0|0")}));
-    for (const char* table : {"batch_metadata", "curve_metadata"})
+    for (const char* table : {"batch_metadata", "curve_metadata"}) {
         QCOMPARE(foreignKeys(path, one(table)), QStringList{one("curve_info|curve_id|curve_id")});
+    }
     QCOMPARE(
         dayfile::rows(path, QStringLiteral("SELECT name FROM sqlite_master WHERE type = 'table' "
                                            "AND sql LIKE '%AUTOINCREMENT%' ORDER BY 1")),
@@ -172,8 +172,9 @@ void TestCurveDataDB::pathsOfDays()
 void TestCurveDataDB::typesAreRegistered()
 {
     TestStore store;
-    for (const char* name : {"DBBatchInfo", "DBCurveMetadata", "QSharedPointer<QSqlDatabase>"})
+    for (const char* name : {"DBBatchInfo", "DBCurveMetadata", "QSharedPointer<QSqlDatabase>"}) {
         QVERIFY2(QMetaType::type(name) != QMetaType::UnknownType, name);
+    }
 }
 
 void TestCurveDataDB::initialExtremes()
@@ -295,8 +296,9 @@ void TestCurveDataDB::fileThatCannotBeOpenedIsAskedForAgain()
     store->appendPoint(1, time + 1, 2.0);
     const int attempts = log.lines(QtCriticalMsg).size();
     QVERIFY(log.lines(QtCriticalMsg).first().startsWith(QStringLiteral("打开数据库失败: ")));
-    for (int i = 2; i < 20; ++i)
+    for (int i = 2; i < 20; ++i) {
         store->appendPoint(1, time + i, 3.0);
+    }
     QCOMPARE(log.lines(QtCriticalMsg).size(), attempts); // not with every reading
     QVERIFY(QDir(store.directory()).rmdir(QStringLiteral("20260113.db")));
     advancePresent(5000);
@@ -400,8 +402,9 @@ void TestCurveDataDB::midnightTakesNoPauses()
     TestStore store;
     {
         DayFileWriter file(store.path("20260112"));
-        for (int curveId = 1; curveId <= kCurves; ++curveId)
+        for (int curveId = 1; curveId <= kCurves; ++curveId) {
             file.addCurve(curveId, QStringLiteral("%1(V)").arg(100 + curveId));
+        }
     }
     store.restart();
     const QStringList before = infoRows(store.path("20260112"));
@@ -420,8 +423,9 @@ void TestCurveDataDB::curveOfAStoreInUseTakesNone()
     constexpr int kCurves = 20;
     QElapsedTimer timer;
     timer.start();
-    for (int curve = 1; curve <= kCurves; ++curve)
+    for (int curve = 1; curve <= kCurves; ++curve) {
         QCOMPARE(store->registerCurveAtOnce(QString::number(curve)), curve);
+    }
     QVERIFY2(timer.elapsed() < kCurves * kPausesMs / 2,
              qPrintable(QString::number(timer.elapsed())));
     QCOMPARE(store->registerCurveAtOnce(one("3")), 3);
@@ -474,13 +478,15 @@ void TestCurveDataDB::reattachmentIsCheapAndChangesNothing()
     TestStore store;
     constexpr int kCurves = 5;
     constexpr int kRounds = 200;
-    for (int i = 1; i <= kCurves; ++i)
+    for (int i = 1; i <= kCurves; ++i) {
         store->registerCurve(QStringLiteral("10%1(V)").arg(i));
+    }
     QElapsedTimer timer;
     timer.start();
     for (int round = 0; round < kRounds; ++round) {
-        for (int id = 1; id <= kCurves; ++id)
+        for (int id = 1; id <= kCurves; ++id) {
             store->appendPoint(id, localTime("2026-01-12 09:00:00.000") + round, round + id);
+        }
         store->flushAndDetach();
     }
     QVERIFY2(timer.elapsed() < kRounds * 20, qPrintable(QString::number(timer.elapsed())));
@@ -545,17 +551,19 @@ void TestCurveDataDB::writerThatNobodyReadsIsNotSwept()
         setPresent(time);
         store->appendPoint(1, time, 1.0);
         ++expected;
-        if ((time - start) % 14400000 == 0)
+        if ((time - start) % 14400000 == 0) {
             QMetaObject::invokeMethod(&ConnectionPool::instance(), "cleanExpiredConnections");
+        }
     }
     int stored = 0;
     for (const char* day : {"20260112", "20260113"}) {
         const QStringList tables =
             dayfile::rows(store.path(day), QStringLiteral("SELECT table_name FROM batch_metadata"));
         QCOMPARE(tables.size(), 4);
-        for (const QString& table : tables)
+        for (const QString& table : tables) {
             stored +=
                 dayfile::rows(store.path(day), QStringLiteral("SELECT 1 FROM ") + table).size();
+        }
     }
     QCOMPARE(stored, expected);
     QVERIFY(log.lines(QtWarningMsg).isEmpty());
@@ -578,8 +586,9 @@ void TestCurveDataDB::deletedFileIsMadeAnew()
     TestStore store;
     store->registerCurve(QStringLiteral("101(V)"));
     store->appendPoint(1, localTime("2026-01-12 09:00:00.000"), 1.0);
-    for (const char* suffix : {"", "-wal", "-shm"})
+    for (const char* suffix : {"", "-wal", "-shm"}) {
         QVERIFY(QFile::remove(store.path("20260112") + one(suffix)));
+    }
     store->appendPoint(1, localTime("2026-01-12 09:00:01.000"), 2.0);
     const QString sql =
         QStringLiteral("SELECT value FROM curve_1_batch_20260112_060000_20260112_115959");

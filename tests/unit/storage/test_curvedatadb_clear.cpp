@@ -1,11 +1,10 @@
 #include "dayfilereader.h"
 #include "dayfilewriter.h"
 #include "logcapture.h"
-#include "teststore.h"
-
 #include "storage/connectionpool.h"
 #include "storage/curvedatadb.h"
 #include "storage/dbclearworker.h"
+#include "teststore.h"
 
 #include <QDir>
 #include <QElapsedTimer>
@@ -15,9 +14,10 @@
 #include <QTimer>
 #include <QtTest>
 
+#include <unistd.h>
+
 #include <algorithm>
 #include <limits>
-#include <unistd.h>
 
 namespace {
 
@@ -54,11 +54,12 @@ public:
     }
     ~UndeletableFile()
     {
-        if (geteuid() == 0)
+        if (geteuid() == 0) {
             setFlag("-i");
-        else
+        } else {
             QFile::setPermissions(directory(),
                                   QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+        }
     }
     UndeletableFile(const UndeletableFile&) = delete;
     UndeletableFile& operator=(const UndeletableFile&) = delete;
@@ -308,8 +309,9 @@ void TestCurveDataDBClear::storeEndsDuringAClear()
 void TestCurveDataDBClear::exitDuringAClearIsQuick()
 {
     TestStore store;
-    for (int i = 0; i < 3; ++i)
+    for (int i = 0; i < 3; ++i) {
         QVERIFY(writeText(store.directory() + QStringLiteral("/%1.db").arg(i)));
+    }
     const UndeletableFile first(store.directory() + one("/0.db"));
     QVERIFY(first.isMade());
     QSignalSpy cleared(store.get(), &CurveDataDB::sigClearFinished);
@@ -326,8 +328,9 @@ void TestCurveDataDBClear::exitDuringAClearIsQuick()
 void TestCurveDataDBClear::filesThatAreNoneOfTheStoresStay()
 {
     const QTemporaryDir directory;
-    for (const char* name : {"a.db", "a.db-wal", "a.db-shm", "notes.txt", "a.db.bak"})
+    for (const char* name : {"a.db", "a.db-wal", "a.db-shm", "notes.txt", "a.db.bak"}) {
         QVERIFY(writeText(directory.filePath(one(name))));
+    }
     QVERIFY(QDir(directory.path()).mkdir(one("inner.db")));
     DBClearWorker worker(nullptr, -1, directory.path());
     QSignalSpy finished(&worker, &DBClearWorker::clearFinished);
@@ -372,8 +375,9 @@ void TestCurveDataDBClear::fileThatResistsIsLoggedAndLeft()
     const QTemporaryDir directory;
     const QString held = directory.filePath(one("a.db"));
     QVERIFY(writeText(held));
-    if (geteuid() == 0)
+    if (geteuid() == 0) {
         QVERIFY(writeText(directory.filePath(one("b.db"))));
+    }
     const UndeletableFile guard(held);
     QVERIFY(guard.isMade());
     DBClearWorker worker(nullptr, -1, directory.path());
@@ -397,8 +401,9 @@ void TestCurveDataDBClear::fileThatResistsIsLoggedAndLeft()
 void TestCurveDataDBClear::sideFilesGoBeforeTheDatabase()
 {
     const QTemporaryDir directory;
-    for (const char* name : {"a.db", "a.db-shm", "a.db-wal", "b.db", "b.db-shm", "b.db-wal"})
+    for (const char* name : {"a.db", "a.db-shm", "a.db-wal", "b.db", "b.db-shm", "b.db-wal"}) {
         QVERIFY(writeText(directory.filePath(one(name))));
+    }
     const UndeletableFile first(directory.filePath(one("a.db-shm")));
     const UndeletableFile second(directory.filePath(one("b.db-shm")));
     QVERIFY(first.isMade() && second.isMade());
@@ -409,13 +414,15 @@ void TestCurveDataDBClear::sideFilesGoBeforeTheDatabase()
     connect(&thread, &QThread::started, &worker, &DBClearWorker::doClear);
     thread.start();
     const LogCapture log;
-    if (geteuid() == 0)
+    if (geteuid() == 0) {
         QTRY_VERIFY(!QFile::exists(directory.filePath(one("b.db-wal"))));
+    }
     thread.requestInterruption(); // the present file is the last
     thread.quit();
     QVERIFY(thread.wait(3000));
-    for (const char* name : {"a.db", "a.db-shm", "b.db", "b.db-shm"})
+    for (const char* name : {"a.db", "a.db-shm", "b.db", "b.db-shm"}) {
         QVERIFY2(QFile::exists(directory.filePath(one(name))), name);
+    }
     QVERIFY(!QFile::exists(directory.filePath(one("a.db-wal"))) || geteuid() != 0);
     QCOMPARE(finished.count(), 0);
     QCOMPARE(log.lines(), QStringList());

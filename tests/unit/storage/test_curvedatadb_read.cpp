@@ -3,7 +3,6 @@
 #include "plainthinning.h"
 #include "randomcases.h"
 #include "readmodel.h"
-
 #include "storage/connectionpool.h"
 #include "storage/curvedatadb.h"
 #include "storage/storeclock.h"
@@ -34,8 +33,9 @@ QString curveName(int curveId)
 QVector<QPointF> ramp(qint64 start, int size, qint64 step)
 {
     QVector<QPointF> points;
-    for (int i = 0; i < size; ++i)
+    for (int i = 0; i < size; ++i) {
         points.append(QPointF(static_cast<double>(start + i * step), i * 0.5 - 3.0));
+    }
     return points;
 }
 
@@ -43,8 +43,9 @@ QVector<QPointF> ramp(qint64 start, int size, qint64 step)
 QSet<QString> visitedDays(qint64 start, qint64 end)
 {
     QSet<QString> keys;
-    for (qint64 time = start; time <= end; time += kDayMs)
+    for (qint64 time = start; time <= end; time += kDayMs) {
         keys.insert(QDateTime::fromMSecsSinceEpoch(time).toString(QStringLiteral("yyyyMMdd")));
+    }
     return keys;
 }
 
@@ -112,11 +113,13 @@ void TestCurveDataDBRead::initTestCase()
     setStoreClock(&presentTime);
     // Curves that the file knows already are registered without the pause that a new name costs.
     DayFileWriter file(pathOf(QStringLiteral("20260305")));
-    for (int curveId = 1; curveId <= kCurves; ++curveId)
+    for (int curveId = 1; curveId <= kCurves; ++curveId) {
         file.addCurve(curveId, curveName(curveId));
+    }
     m_store = std::make_unique<CurveDataDB>(m_directory.path());
-    for (int curveId = 1; curveId <= kCurves; ++curveId)
+    for (int curveId = 1; curveId <= kCurves; ++curveId) {
         QCOMPARE(m_store->registerCurve(curveName(curveId)), curveId);
+    }
 }
 
 void TestCurveDataDBRead::cleanupTestCase()
@@ -274,8 +277,9 @@ void TestCurveDataDBRead::daysAreJoinedInOrderOfTime()
             const qint64 start = midnight + batch * kBatchMs;
             file.addBatch(1, start, DayFileWriter::tableName(1, start), ramp(start, 20, 1000));
         }
-        for (int batch = 0; batch < 4; ++batch)
+        for (int batch = 0; batch < 4; ++batch) {
             points += ramp(midnight + batch * kBatchMs, 20, 1000);
+        }
     }
     const qint64 start = localTime("2026-01-06 00:00:00.000");
     QCOMPARE(read(1, start, start + 4 * kDayMs - 1), points);
@@ -616,8 +620,9 @@ void TestCurveDataDBRead::pointsAreSortedAcrossTables()
     }
     const QVector<QPointF> found = read(1, start, start + kDayMs - 1);
     QCOMPARE(found.size(), 100);
-    for (int i = 0; i < found.size(); ++i)
+    for (int i = 0; i < found.size(); ++i) {
         QCOMPARE(found.at(i), QPointF(double(start + 10 * i), i / 2 * 0.5 - 3.0));
+    }
 }
 
 void TestCurveDataDBRead::readsEqualTheModel()
@@ -628,22 +633,25 @@ void TestCurveDataDBRead::readsEqualTheModel()
     const qint64 first = localTime("2025-12-01 00:00:00.000");
     QVector<ModelDay> days;
     for (int day = 0; day < 5; ++day) {
-        if (day == 2)
+        if (day == 2) {
             continue; // has no file
+        }
         const qint64 midnight = first + day * kDayMs;
         ModelDay model;
         model.key = QDateTime::fromMSecsSinceEpoch(midnight).toString(QStringLiteral("yyyyMMdd"));
         DayFileWriter file(pathOf(model.key));
         file.addCurve(1, curveName(1));
         for (int batch = 0; batch < 4; ++batch) {
-            if (random.bounded(5) == 0)
+            if (random.bounded(5) == 0) {
                 continue;
+            }
             const qint64 start = midnight + batch * kBatchMs;
             const qint64 averageStep = kBatchMs / 400;
             QVector<QPointF> points;
             for (qint64 time = start + random.bounded(int(averageStep)); time < start + kBatchMs;
-                 time += 1 + random.bounded(int(2 * averageStep)))
+                 time += 1 + random.bounded(int(2 * averageStep))) {
                 points.append(QPointF(double(time), random.bounded(200.0) - 100.0));
+            }
             file.addBatch(1, start, DayFileWriter::tableName(1, start), points);
             model.batches.append(points);
         }

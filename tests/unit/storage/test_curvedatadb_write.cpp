@@ -2,11 +2,10 @@
 #include "dayfilewriter.h"
 #include "logcapture.h"
 #include "plainstore.h"
-#include "teststore.h"
-
 #include "storage/connectionpool.h"
 #include "storage/curvedatadb.h"
 #include "storage/shardnaming.h"
+#include "teststore.h"
 
 #include <QDir>
 #include <QElapsedTimer>
@@ -136,9 +135,10 @@ void TestCurveDataDBWrite::batchEdges()
     TestStore store;
     store->registerCurve(one("101(V)"));
     const qint64 six = at("06:00:00");
-    for (const qint64 time :
-         {six, six - 1, at("11:59:59") + 999, at("12:00:00"), at("23:59:59") + 999, at("00:00:00")})
+    for (const qint64 time : {six, six - 1, at("11:59:59") + 999, at("12:00:00"),
+                              at("23:59:59") + 999, at("00:00:00")}) {
         store->appendPoint(1, time, 1.0);
+    }
     const QString path = store.path("20260112");
     QCOMPARE(points(path, one("curve_1_batch_20260112_000000_20260112_055959")),
              (QStringList{point(six - 1, "1.0"), point(at("00:00:00"), "1.0")}));
@@ -408,13 +408,15 @@ void TestCurveDataDBWrite::lateReadingsLogTheBatchesOnceALoad()
                              one("debug: openForWrite -0001- \"curve_1_night\"")};
     const qint64 time = localTime("2026-01-11 07:00:00.000");
     const LogCapture log;
-    for (int reading = 0; reading < 5; ++reading)
+    for (int reading = 0; reading < 5; ++reading) {
         store->appendPoint(1, time + reading, 1.0);
+    }
     QCOMPARE(log.lines(), loaded);
     // Another day's file is loaded in between.
     store->appendPoint(1, localTime("2026-01-10 07:00:00.000"), 1.0);
-    for (int reading = 5; reading < 9; ++reading)
+    for (int reading = 5; reading < 9; ++reading) {
         store->appendPoint(1, time + reading, 1.0);
+    }
     QCOMPARE(log.lines().filter(one("-0000-")).size(), 3);
     QCOMPARE(
         points(store.path("20260111"), one("curve_1_batch_20260111_060000_20260111_115959")).size(),
@@ -489,15 +491,17 @@ void TestCurveDataDBWrite::unknownCurveStoresNothingAndSpoilsNothing()
 void TestCurveDataDBWrite::lateReadingOfAClearedSeriesSpoilsNothing()
 {
     TestStore store;
-    for (const char* name : {"101(V)", "102(V)", "103(V)"})
+    for (const char* name : {"101(V)", "102(V)", "103(V)"}) {
         store->registerCurve(one(name));
+    }
     QSignalSpy cleared(store.get(), &CurveDataDB::sigClearFinished);
     store->clearAll();
     QVERIFY(cleared.wait(10000));
     store->registerCurve(one("101(V)"));
     store->appendPoint(3, at("09:00:00"), 2.0); // of the old third series
-    for (int i = 0; i < 3; ++i)
+    for (int i = 0; i < 3; ++i) {
         store->appendPoint(1, at("09:00:00") + i, i + 1);
+    }
     QVERIFY(store->saveMetadata());
     QCOMPARE(extremes(store.path("20260112")),
              QStringList{extremesRow(1, at("09:00:00"), at("09:00:00") + 2, "1.0|3.0")});
@@ -622,8 +626,9 @@ void TestCurveDataDBWrite::fullDiskLosesOnlyWhatDoesNotFit()
     limitPages(0);
     const LogCapture log;
     constexpr int kReadings = 2000;
-    for (int i = 1; i <= kReadings; ++i)
+    for (int i = 1; i <= kReadings; ++i) {
         store->appendPoint(1, at("09:00:00") + i, i);
+    }
     const int fitted = points(path, one(kMorning)).size();
     QVERIFY(fitted > 1 && fitted < kReadings);
     // There is no room for the table of another batch either.
@@ -728,13 +733,15 @@ void TestCurveDataDBWrite::sixHundredCurves()
     TestStore store;
     {
         DayFileWriter writer(store.path("20260112"));
-        for (int id = 1; id <= kCurves; ++id)
+        for (int id = 1; id <= kCurves; ++id) {
             writer.addCurve(id, QStringLiteral("%1(V)").arg(id));
+        }
     }
     store.restart();
     for (int round = 0; round < 2; ++round) {
-        for (int id = 1; id <= kCurves; ++id)
+        for (int id = 1; id <= kCurves; ++id) {
             store->appendPoint(id, at("09:00:00") + round, id);
+        }
     }
     QCOMPARE(extremes(store.path("20260112")).size(), kCurves);
     QCOMPARE(store->knownTableCount(), kCurves);
@@ -752,8 +759,9 @@ void TestCurveDataDBWrite::pageCacheGrowsWithTheCurvesWritten()
     TestStore store;
     {
         DayFileWriter file(store.path("20260112"));
-        for (int curveId = 1; curveId <= kCurves; ++curveId)
+        for (int curveId = 1; curveId <= kCurves; ++curveId) {
             file.addCurve(curveId, QStringLiteral("%1(V)").arg(100 + curveId));
+        }
     }
     store.restart();
     const auto cacheSize = [&store] {
@@ -783,8 +791,9 @@ void TestCurveDataDBWrite::dayOf25Hours()
     setPresent(dayStart + 25 * 3600000 - 1);
     TestStore store;
     store->registerCurve(one("101(V)"));
-    for (int hour = 0; hour < 25; ++hour)
+    for (int hour = 0; hour < 25; ++hour) {
         store->appendPoint(1, dayStart + hour * 3600000, hour);
+    }
     const QString path = store.path("20261025");
     QCOMPARE(dayfile::rows(path, one("SELECT table_name FROM batch_metadata ORDER BY id")),
              (QStringList{one("curve_1_batch_20261025_000000_20261025_045959"),
@@ -814,8 +823,9 @@ void TestCurveDataDBWrite::hourThatComesTwiceCollides()
 void TestCurveDataDBWrite::filesAreThoseOfThePlainStore_data()
 {
     QTest::addColumn<quint32>("seed");
-    for (const quint32 seed : {1u, 2u, 3u, 4u})
+    for (const quint32 seed : {1u, 2u, 3u, 4u}) {
         QTest::newRow(qPrintable(QString::number(seed))) << seed;
+    }
 }
 
 void TestCurveDataDBWrite::filesAreThoseOfThePlainStore()

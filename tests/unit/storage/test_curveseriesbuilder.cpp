@@ -1,5 +1,4 @@
 #include "logcapture.h"
-
 #include "storage/connectionpool.h"
 #include "storage/curvedatadb.h"
 #include "storage/curveseriesbuilder.h"

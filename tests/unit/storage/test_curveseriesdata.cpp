@@ -2,7 +2,6 @@
 #include "logcapture.h"
 #include "plainthinning.h"
 #include "randomcases.h"
-
 #include "storage/connectionpool.h"
 #include "storage/curvedatadb.h"
 #include "storage/curveseriesdata.h"
@@ -44,23 +43,26 @@ qint64 today()
 QVector<QPointF> ramp(qint64 start, int size, qint64 step = 100)
 {
     QVector<QPointF> points;
-    for (int i = 0; i < size; ++i)
+    for (int i = 0; i < size; ++i) {
         points.append(QPointF(static_cast<double>(start + i * step), i * 0.25 - 100.0));
+    }
     return points;
 }
 
 QVector<QPointF> shownBy(const CurveSeriesData& series)
 {
     QVector<QPointF> points;
-    for (size_t i = 0; i < series.size(); ++i)
+    for (size_t i = 0; i < series.size(); ++i) {
         points.append(series.sample(i));
+    }
     return points;
 }
 
 QVector<QPointF> shifted(QVector<QPointF> points, double offset)
 {
-    for (QPointF& point : points)
+    for (QPointF& point : points) {
         point.ry() += offset;
+    }
     return points;
 }
 
@@ -134,8 +136,9 @@ void TestCurveSeriesData::initTestCase()
     // Curves that the file knows already are registered without the pause that a new name costs.
     {
         DayFileWriter file(todayPath());
-        for (int curveId = 1; curveId <= kCurves; ++curveId)
+        for (int curveId = 1; curveId <= kCurves; ++curveId) {
             file.addCurve(curveId, curveName(curveId));
+        }
     }
     m_store = std::make_unique<CurveDataDB>(m_directory.path());
 }
@@ -166,20 +169,23 @@ QVector<QPointF> TestCurveSeriesData::storedPoints(int curveId) const
     {
         QSqlDatabase db = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), connection);
         db.setDatabaseName(todayPath());
-        if (!db.open())
+        if (!db.open()) {
             qFatal("cannot look into the day file");
+        }
         QStringList tables;
         QSqlQuery query(db);
         query.prepare(QStringLiteral(
             "SELECT table_name FROM batch_metadata WHERE curve_id = ? ORDER BY batch_start"));
         query.addBindValue(curveId);
         query.exec();
-        while (query.next())
+        while (query.next()) {
             tables.append(query.value(0).toString());
+        }
         for (const QString& table : qAsConst(tables)) {
             query.exec(QStringLiteral("SELECT timestamp, value FROM %1 ORDER BY id").arg(table));
-            while (query.next())
+            while (query.next()) {
                 points.append(QPointF(query.value(0).toDouble(), query.value(1).toDouble()));
+            }
         }
     }
     QSqlDatabase::removeDatabase(connection);
@@ -198,8 +204,9 @@ void TestCurveSeriesData::addPointGoesToTheStoreAndIntoMemory()
 {
     const auto series = makeSeries();
     const QVector<QPointF> points = ramp(today(), 3);
-    for (const QPointF& point : points)
+    for (const QPointF& point : points) {
         series->addPoint(point.x(), point.y());
+    }
     QCOMPARE(series->recentPoints(), points);
     QCOMPARE(series->recentStart(), today());
     QCOMPARE(series->recentEnd(), today() + 200);
@@ -262,8 +269,9 @@ void TestCurveSeriesData::memoryIsTheNewest15000AtEveryPoint()
         series->addPoint(points.at(i).x(), points.at(i).y());
         QCOMPARE(series->recentStart(), qint64(points.at(i - kLimit + 1).x()));
         QCOMPARE(series->recentEnd(), qint64(points.at(i).x()));
-        if (i % 250 == 0)
+        if (i % 250 == 0) {
             QCOMPARE(series->recentPoints(), points.mid(i - kLimit + 1, kLimit));
+        }
     }
     QCOMPARE(series->recentPoints(), points.mid(2500));
 }
@@ -315,8 +323,9 @@ void TestCurveSeriesData::statisticsCoverThePointsInMemory()
     QFETCH(double, average);
     const auto series = makeSeries();
     qint64 time = today();
-    for (const double value : values)
+    for (const double value : values) {
         series->addPoint(static_cast<double>(time++), value);
+    }
     QCOMPARE(series->count(), values.size());
     QVERIFY(series->lastValue() == values.last());
     QVERIFY(series->minimum() == minimum);
@@ -341,12 +350,14 @@ void TestCurveSeriesData::statisticsForgetWhatLeftTheMemory()
     series->addPoint(static_cast<double>(today() + 1), -1e9);
     QVERIFY(series->maximum() == 1e9);
     QVector<QPointF> later;
-    for (int i = 0; i < kLimit; ++i)
+    for (int i = 0; i < kLimit; ++i) {
         later.append(QPointF(static_cast<double>(today() + 10 + i), 0.1 + i % 7 * 0.3));
+    }
     series->addPoints(later);
     double sum = 0.0;
-    for (const QPointF& point : later)
+    for (const QPointF& point : later) {
         sum += point.y();
+    }
     QCOMPARE(series->count(), kLimit);
     QVERIFY(series->sum() == sum);
     QVERIFY(series->average() == sum / kLimit);
@@ -419,16 +430,18 @@ void TestCurveSeriesData::viewIsServedFromMemoryWithin10Seconds()
     const QVector<QPointF> older = ramp(midnight, 590);
     const QVector<QPointF> newer = ramp(midnight + 60000, 101);
     m_store->appendPoints(series->curveId(), older + newer);
-    for (const QPointF& point : newer)
+    for (const QPointF& point : newer) {
         series->addPoint(point.x(), point.y());
+    }
     QCOMPARE(series->recentPoints(), newer);
 
     const qint64 start = midnight + 60000 + startAfterFirst;
     series->loadWindow(start, midnight + 62000, 0, 0.0);
     QVector<QPointF> stored;
     for (const QPointF& point : older + newer) {
-        if (qint64(point.x()) >= start && qint64(point.x()) <= midnight + 62000)
+        if (qint64(point.x()) >= start && qint64(point.x()) <= midnight + 62000) {
             stored.append(point);
+        }
     }
     // Memory shows nothing older than its own first point, though the store has more.
     QCOMPARE(shownBy(*series), fromMemory ? newer : stored);
@@ -488,8 +501,9 @@ void TestCurveSeriesData::offsetIsAddedAndTakenOff()
     QCOMPARE(series->yOffset(), 2.5);
     QCOMPARE(shownBy(*series), shifted(points, 2.5));
     QCOMPARE(series->visiblePoints(), shifted(points, 2.5));
-    for (int i = 0; i < points.size(); ++i)
+    for (int i = 0; i < points.size(); ++i) {
         QCOMPARE(series->rawValue(i), points.at(i).y());
+    }
     series->loadWindow(today(), today() + 1000, 0, -1.0);
     QCOMPARE(shownBy(*series), shifted(points, -1.0));
     QCOMPARE(series->rawValue(3), points.at(3).y());
@@ -548,8 +562,9 @@ void TestCurveSeriesData::windowsEqualTheModel()
             expected = thinned(memory, maxPoints);
         } else if (start >= midnight) { // from before, the store looks into that day's file only
             for (const QPointF& point : qAsConst(all)) {
-                if (qint64(point.x()) >= start && qint64(point.x()) <= end)
+                if (qint64(point.x()) >= start && qint64(point.x()) <= end) {
                     expected.append(QPointF(double(qint64(point.x())), point.y()));
+                }
             }
             expected = thinned(expected, maxPoints);
         }

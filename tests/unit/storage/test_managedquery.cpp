@@ -1,5 +1,4 @@
 #include "drivertap.h"
-
 #include "storage/connectionlock.h"
 #include "storage/managedquery.h"
 #include "storage/querymanager.h"
@@ -73,8 +72,9 @@ void TestManagedQuery::init()
 void TestManagedQuery::cleanup()
 {
     m_database = QSqlDatabase();
-    if (QSqlDatabase::contains(kConnection))
+    if (QSqlDatabase::contains(kConnection)) {
         QSqlDatabase::removeDatabase(kConnection);
+    }
 }
 
 void TestManagedQuery::registersWhileItLives()
@@ -315,8 +315,9 @@ void TestManagedQuery::lockIsRecursiveAndExcludesOthers()
     const ConnectionLocker inner(m_database);
     std::atomic<bool> entered{false};
     std::thread other([this, &entered] {
-        if (connectionMutex(kConnection)->tryLock(50))
+        if (connectionMutex(kConnection)->tryLock(50)) {
             entered = true;
+        }
     });
     other.join();
     QVERIFY(!entered);
@@ -333,19 +334,23 @@ void TestManagedQuery::queriesOfOneConnectionLiveOnManyThreads()
     std::vector<std::thread> threads;
     for (int thread = 0; thread < kThreads; ++thread) {
         threads.emplace_back([this, &ready, &rows] {
-            for (++ready; ready < kThreads;)
+            for (++ready; ready < kThreads;) {
                 std::this_thread::yield();
+            }
             for (int round = 0; round < kRounds; ++round) {
                 ManagedQuery query(m_database);
-                if (!query.exec(kThreeRows))
+                if (!query.exec(kThreeRows)) {
                     continue;
-                while (query.next())
+                }
+                while (query.next()) {
                     rows += query.value(0).isValid() ? 1 : 0;
+                }
             }
         });
     }
-    for (std::thread& thread : threads)
+    for (std::thread& thread : threads) {
         thread.join();
+    }
     QVERIFY(!connection.wasCrowded());
     QCOMPARE(rows.load(), kThreads * kRounds * 3);
     QCOMPARE(QueryManager::instance().queryCount(kConnection), 0);

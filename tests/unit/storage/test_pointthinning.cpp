@@ -7,16 +7,18 @@ namespace {
 QVector<QPointF> ramp(int size)
 {
     QVector<QPointF> points;
-    for (int i = 0; i < size; ++i)
+    for (int i = 0; i < size; ++i) {
         points.append(QPointF(1000.0 + i, i * 0.5));
+    }
     return points;
 }
 
 QVector<double> xs(const QVector<QPointF>& points)
 {
     QVector<double> result;
-    for (const QPointF& point : points)
+    for (const QPointF& point : points) {
         result.append(point.x());
+    }
     return result;
 }
 

@@ -1,11 +1,10 @@
 #include "dayfilewriter.h"
 #include "logcapture.h"
-#include "teststore.h"
-
 #include "storage/connectionpool.h"
 #include "storage/shardnaming.h"
 #include "storage/storeclock.h"
 #include "storage/timeslice.h"
+#include "teststore.h"
 
 #include <QRandomGenerator>
 #include <QtTest>
@@ -206,8 +205,9 @@ void TestShardNaming::repeatedMidnightStartsTheDateOnce()
     const ZoneGuard guard("America/Havana"); // from 01:00 back to 00:00
     const qint64 first = localTime("2025-11-01 23:59:59.999") + 1;
     const LogCapture log;
-    for (const qint64 time : {first + kBatchSpanMs, first, first + 3599999, first + 3600000})
+    for (const qint64 time : {first + kBatchSpanMs, first, first + 3599999, first + 3600000}) {
         QCOMPARE(alignToBatchStart(time), first);
+    }
     QCOMPARE(makeBatchName(first), QStringLiteral("batch_20251102_000000_20251102_045959"));
     QCOMPARE(makeBatchName(first + kBatchLengthMs),
              QStringLiteral("batch_20251102_050000_20251102_105959"));

@@ -2,12 +2,11 @@
 #include "dayfilewriter.h"
 #include "drivertap.h"
 #include "logcapture.h"
-#include "teststore.h"
-#include "timescene.h"
-
 #include "storage/connectionpool.h"
 #include "storage/curvedatadb.h"
 #include "storage/storeclock.h"
+#include "teststore.h"
+#include "timescene.h"
 
 #include <QDir>
 #include <QFile>
@@ -261,10 +260,12 @@ void TestStoreErrors::noTransactionIsLeftOpen()
         const DayFileLock reader(path, DayFileLock::Read);
         QVERIFY(reader.isHeld());
         const LogCapture log;
-        for (int curve = 1; curve <= times; ++curve)
+        for (int curve = 1; curve <= times; ++curve) {
             store->appendPoint(curve, at(1), 2.0);
-        if (bulk)
+        }
+        if (bulk) {
             store->appendPoints(1, {QPointF(static_cast<double>(at(1)), 2.0)});
+        }
         QCOMPARE(log.lines(QtWarningMsg), failures);
         // An open one would keep the next reader out.
         QCOMPARE(dayfile::rows(path, text("SELECT name FROM curve_info")).size(), 2);

@@ -1,5 +1,4 @@
 #include "dayfilereader.h"
-
 #include "storage/connectionpool.h"
 #include "storage/curvedatadb.h"
 #include "storage/storeclock.h"
@@ -134,22 +133,30 @@ int playBusyEnd(const QString& directory)
 
 int play(const QString& part, const QString& directory)
 {
-    if (part == QLatin1String("writer"))
+    if (part == QLatin1String("writer")) {
         return playWriter(directory);
-    if (part == QLatin1String("orderly"))
+    }
+    if (part == QLatin1String("orderly")) {
         return playOrderlyEnd(directory);
-    if (part == QLatin1String("forgetful"))
+    }
+    if (part == QLatin1String("forgetful")) {
         return playEndWithoutShutdown(directory);
-    if (part == QLatin1String("nothing"))
+    }
+    if (part == QLatin1String("nothing")) {
         return playNoStore();
-    if (part == QLatin1String("first"))
+    }
+    if (part == QLatin1String("first")) {
         return playFirstNameWins(directory);
-    if (part == QLatin1String("empty"))
+    }
+    if (part == QLatin1String("empty")) {
         return playEmptyName();
-    if (part == QLatin1String("helper"))
+    }
+    if (part == QLatin1String("helper")) {
         return playHelperFirst(directory);
-    if (part == QLatin1String("busy"))
+    }
+    if (part == QLatin1String("busy")) {
         return playBusyEnd(directory);
+    }
     return 99;
 }
 
@@ -293,16 +300,18 @@ void TestStoreProcess::killedWriterLosesNothingItReported()
         }
     }
     QVERIFY2(reported.size() > 10 * kKills, qPrintable(QString::number(reported.size())));
-    for (const QString& time : qAsConst(reported))
+    for (const QString& time : qAsConst(reported)) {
         QVERIFY2(stored.contains(time), qPrintable(time));
+    }
 }
 
 int main(int argc, char** argv)
 {
     QCoreApplication application(argc, argv);
     const QStringList arguments = QCoreApplication::arguments();
-    if (arguments.value(1) == QLatin1String("--play"))
+    if (arguments.value(1) == QLatin1String("--play")) {
         return play(arguments.value(2), arguments.value(3));
+    }
     TestStoreProcess test;
     return QTest::qExec(&test, argc, argv);
 }

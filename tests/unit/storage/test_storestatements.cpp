@@ -1,12 +1,11 @@
 #include "dayfilereader.h"
 #include "dayfilewriter.h"
 #include "drivertap.h"
-#include "teststore.h"
-#include "timescene.h"
-
 #include "storage/connectionpool.h"
 #include "storage/curvedatadb.h"
 #include "storage/storeclock.h"
+#include "teststore.h"
+#include "timescene.h"
 
 #include <QTemporaryDir>
 #include <QtTest>
@@ -163,9 +162,10 @@ void TestStoreStatements::readLooksForItsBatchesThenReadsThem()
     {
         DayFileWriter writer(store.path("20260111"));
         writer.addCurve(1, text("101(V)"));
-        for (const qint64 start : {yesterday, yesterday + kBatchMs})
+        for (const qint64 start : {yesterday, yesterday + kBatchMs}) {
             writer.addBatch(1, start, DayFileWriter::tableName(1, start),
                             {QPointF(static_cast<double>(start), 1.0)});
+        }
     }
     StatementTrace trace;
     QCOMPARE(store->readCurveData(1, yesterday, yesterday + kBatchMs, 0).size(), 2);
@@ -243,8 +243,9 @@ void TestStoreStatements::pastDayIsSetUpInOneTransaction()
     QStringList statements;
     const QStringList all = trace.take();
     const int begin = all.indexOf(text("BEGIN"));
-    for (const QString& statement : all.mid(begin, 7))
+    for (const QString& statement : all.mid(begin, 7)) {
         statements.append(statement.section(QLatin1Char('('), 0, 0).trimmed());
+    }
     QCOMPARE(statements, lines(R"(
         BEGIN
         CREATE TABLE IF NOT EXISTS curve_info

@@ -2,12 +2,11 @@
 #include "dayfilewriter.h"
 #include "logcapture.h"
 #include "standstillwatchdog.h"
-#include "teststore.h"
-
 #include "storage/connectionpool.h"
 #include "storage/curvedatadb.h"
 #include "storage/managedquery.h"
 #include "storage/shardnaming.h"
+#include "teststore.h"
 
 #include <QElapsedTimer>
 #include <QRandomGenerator>
@@ -51,8 +50,9 @@ public:
     void stop()
     {
         m_stop = true;
-        for (std::thread& thread : m_threads)
+        for (std::thread& thread : m_threads) {
             thread.join();
+        }
         m_threads.clear();
     }
     int rounds() const { return m_rounds; }
@@ -67,14 +67,17 @@ private:
 void readFile(CurveDataDB* store, const QString& path, const QString& table)
 {
     const auto db = store->openDb(path);
-    if (!db || !db->isOpen())
+    if (!db || !db->isOpen()) {
         return;
+    }
     {
         ManagedQuery query(*db);
         query.setForwardOnly(true);
         if (query.exec(QStringLiteral("SELECT timestamp, value FROM %1").arg(table))) {
-            while (query.fetchRows(64, [](const QSqlQuery& row) { row.value(1).toDouble(); }) == 64)
+            while (query.fetchRows(64, [](const QSqlQuery& row) { row.value(1).toDouble(); }) ==
+                   64) {
                 QThread::yieldCurrentThread();
+            }
         }
     }
     ConnectionPool::instance().releaseConnection(path);
@@ -124,16 +127,18 @@ void TestStoreThreads::writersReadersAndSweeps()
     TestStore store;
     makePastFiles(store);
     const qint64 start = localTime("2026-03-10 06:00:00.000");
-    for (int id = 1; id <= kWriters; ++id)
+    for (int id = 1; id <= kWriters; ++id) {
         QCOMPARE(store->registerCurve(QStringLiteral("10%1(V)").arg(id)), id);
+    }
     std::atomic<int> written[kWriters] = {};
     {
         Crowd crowd;
         for (int writer = 0; writer < kWriters; ++writer) {
             crowd.add([&, writer] {
                 store->appendPoint(writer + 1, start + written[writer]++, 1.0);
-                if (written[writer] % 50 == 0)
+                if (written[writer] % 50 == 0) {
                     store->flushAndDetach();
+                }
             });
         }
         for (int reader = 0; reader < kReaders; ++reader) {
@@ -207,8 +212,9 @@ void TestStoreThreads::clearsUnderReadersAndWriters()
         Crowd crowd;
         crowd.add([&] {
             const int id = store->registerCurve(QString::number(name++ % 3));
-            for (int i = 0; i < 50; ++i)
+            for (int i = 0; i < 50; ++i) {
                 store->appendPoint(id, localTime("2026-03-10 09:00:00.000") + i, i);
+            }
         });
         crowd.add([&] {
             store->readCurveData(1, localTime("2026-03-10 08:00:00.000"),

@@ -1,7 +1,6 @@
+#include "storage/storeclock.h"
 #include "teststore.h"
 #include "timescene.h"
-
-#include "storage/storeclock.h"
 
 #include <QtTest>
 

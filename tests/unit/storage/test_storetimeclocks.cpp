@@ -1,8 +1,7 @@
 #include "logcapture.h"
+#include "storage/storeclock.h"
 #include "teststore.h"
 #include "timescene.h"
-
-#include "storage/storeclock.h"
 
 #include <QtTest>
 
@@ -492,10 +491,12 @@ void TestStoreTimeClocks::timesThatAreNone()
     const LogCapture log;
     for (const qint64 none :
          {std::numeric_limits<qint64>::max(), std::numeric_limits<qint64>::min(),
-          Q_INT64_C(8640000000000001), Q_INT64_C(-8640000000000001)})
+          Q_INT64_C(8640000000000001), Q_INT64_C(-8640000000000001)}) {
         store->appendPoint(1, none, 1.5);
-    for (const qint64 far : {Q_INT64_C(253402300799999), Q_INT64_C(8640000000000000)})
+    }
+    for (const qint64 far : {Q_INT64_C(253402300799999), Q_INT64_C(8640000000000000)}) {
         store->appendPoint(1, far, 2.5);
+    }
     QCOMPARE(log.lines(), QStringList());
     QCOMPARE(allRows(store.directory()), lines(R"(
         20260112.db

@@ -1,10 +1,9 @@
-#include "logcapture.h"
-#include "teststore.h"
-#include "timescene.h"
-
 #include "acquisition/recorddecoder.h"
+#include "logcapture.h"
 #include "storage/curveseriesdata.h"
 #include "storage/storeclock.h"
+#include "teststore.h"
+#include "timescene.h"
 
 #include <QtTest>
 
@@ -22,15 +21,17 @@ const QString kSkipped = text("warning: 无效的数据记录，跳过解析");
 void feed(CurveSeriesData& series, const QString& reply)
 {
     const QList<MeasurementData> batch = decodeResponse(reply);
-    for (const MeasurementData& reading : batch)
+    for (const MeasurementData& reading : batch) {
         series.addPoint(static_cast<double>(reading.time.toMSecsSinceEpoch()), reading.value);
+    }
 }
 
 /// A reading a minute from midnight on, stamped by a clock that just counts.
 void feedMinutes(CurveSeriesData& series, const QString& record, int minutes)
 {
-    for (int minute = 0; minute < minutes; ++minute)
+    for (int minute = 0; minute < minutes; ++minute) {
         feed(series, record.arg(minute / 60).arg(minute % 60));
+    }
 }
 
 QVector<QPointF> shown(const CurveSeriesData& series)
@@ -165,10 +166,12 @@ void TestStoreTimeFlow::hourlyStampsOfTheLongDay()
     const auto hour = [&series](int wallHour, int value) {
         feed(series, (QStringLiteral("%1 V,2026,10,25,%2,0,0.000,101,0").arg(value).arg(wallHour)));
     };
-    for (int wallHour = 0; wallHour <= 2; ++wallHour)
+    for (int wallHour = 0; wallHour <= 2; ++wallHour) {
         hour(wallHour, 100 + wallHour);
-    for (int wallHour = 2; wallHour <= 23; ++wallHour)
+    }
+    for (int wallHour = 2; wallHour <= 23; ++wallHour) {
         hour(wallHour, 200 + wallHour);
+    }
     QCOMPARE(series.count(), 25);
     QCOMPARE(allRows(store.directory()), lines(R"(
         20261025.db

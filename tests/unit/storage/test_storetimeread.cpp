@@ -2,11 +2,10 @@
 #include "logcapture.h"
 #include "randomcases.h"
 #include "readmodel.h"
-#include "teststore.h"
-#include "timescene.h"
-
 #include "storage/curveseriesdata.h"
 #include "storage/storeclock.h"
+#include "teststore.h"
+#include "timescene.h"
 
 #include <QtTest>
 
@@ -29,8 +28,9 @@ struct Moment
 /// Appends a reading at each moment, as it comes in.
 void live(TestStore& store, std::initializer_list<Moment> moments)
 {
-    for (const Moment& moment : moments)
+    for (const Moment& moment : moments) {
         play(store, {{moment.time, moment.time, 1, moment.value}});
+    }
 }
 
 /// The values that a read of the range gives, in order.
@@ -38,8 +38,9 @@ QVector<double> values(TestStore& store, const char* start, const char* end)
 {
     QVector<double> found;
     const QVector<QPointF> points = store->readCurveData(1, instant(start), instant(end), 0);
-    for (const QPointF& point : points)
+    for (const QPointF& point : points) {
         found.append(point.y());
+    }
     return found;
 }
 
@@ -70,8 +71,9 @@ QString keyOfDay(qint64 day)
 QSet<QString> visitedDays(const BerlinClock& clock, qint64 start, qint64 end)
 {
     QSet<QString> keys;
-    for (qint64 time = start; time <= end; time += kDayMs)
+    for (qint64 time = start; time <= end; time += kDayMs) {
         keys.insert(keyOfDay(clock.day(time)));
+    }
     return keys;
 }
 
@@ -264,8 +266,9 @@ void TestStoreTimeRead::rangeFromTheBeginningOfTimeEnds()
                  {"2026-03-30T00:45:00.000+02:00", 4.0}});
     const auto valuesFrom = [&store](qint64 start, qint64 end) {
         QVector<double> found;
-        for (const QPointF& point : store->readCurveData(1, start, end, 0))
+        for (const QPointF& point : store->readCurveData(1, start, end, 0)) {
             found.append(point.y());
+        }
         return found;
     };
     const qint64 beginning = std::numeric_limits<qint64>::min();
@@ -324,8 +327,9 @@ void TestStoreTimeRead::chartAcrossMidnight()
     const qint64 end = instant("2026-10-25T01:00:00.000+02:00");
     const auto shown = [&series] {
         QVector<double> found;
-        for (const QPointF& point : series.visiblePoints())
+        for (const QPointF& point : series.visiblePoints()) {
             found.append(point.y());
+        }
         return found;
     };
     series.loadWindow(instant("2026-10-24T22:59:55.000+02:00"), end, 10000, 0.5);
@@ -367,11 +371,13 @@ void TestStoreTimeRead::weeksWithAChangeEqualTheModel()
         const double value = random.bounded(200.0) - 100.0;
         setPresent(time);
         store->appendPoint(1, time, value);
-        if (days.isEmpty() || days.constLast().key != keyOfDay(clock.day(time)))
+        if (days.isEmpty() || days.constLast().key != keyOfDay(clock.day(time))) {
             days.append({keyOfDay(clock.day(time)), {}});
+        }
         ModelDay& day = days.last();
-        if (day.batches.isEmpty() || clock.batch(time) != lastBatch)
+        if (day.batches.isEmpty() || clock.batch(time) != lastBatch) {
             day.batches.append(QVector<QPointF>());
+        }
         lastBatch = clock.batch(time);
         day.batches.last().append(QPointF(static_cast<double>(time), value));
     }

@@ -221,9 +221,10 @@ void StoreTimeScenes::midnightTwice()
     play(store, {{"2010-11-06T23:01:00.000-03:30", "2010-11-06T23:01:00.000-03:30", 1, 3.5},
                  {"2010-11-06T23:59:59.999-03:30", "2010-11-06T23:59:59.999-03:30", 1, 4.5}});
     QVERIFY(!log.lines(QtWarningMsg).isEmpty());
-    for (const QString& warning : log.lines(QtWarningMsg))
+    for (const QString& warning : log.lines(QtWarningMsg)) {
         QCOMPARE(warning, text("分片日期与数据日期不匹配！数据日期: \"2010-11-06\" "
                                "分片日期: \"2010-11-07\" 强制对齐到数据日期"));
+    }
     play(store, {{"2010-11-07T00:00:00.000-03:30", "2010-11-07T00:00:00.000-03:30", 1, 5.5},
                  {"2010-11-07T05:00:00.000-03:30", "2010-11-07T05:00:00.000-03:30", 1, 6.5}});
     QCOMPARE(allRows(store.directory()), lines(R"(
@@ -258,8 +259,9 @@ void StoreTimeScenes::midnightTwice()
     // A read finds them if it reaches back to that batch.
     const auto values = [&store](const char* start, const char* end) {
         QVector<double> found;
-        for (const QPointF& point : store->readCurveData(1, instant(start), instant(end), 0))
+        for (const QPointF& point : store->readCurveData(1, instant(start), instant(end), 0)) {
             found.append(point.y());
+        }
         return found;
     };
     QCOMPARE(values("2010-11-06T23:00:00.000-02:30", "2010-11-06T23:59:59.999-03:30"),

@@ -39,10 +39,11 @@ ZoneGuard::ZoneGuard(const char* zone)
 
 ZoneGuard::~ZoneGuard()
 {
-    if (m_wasSet)
+    if (m_wasSet) {
         qputenv("TZ", m_previous);
-    else
+    } else {
         qunsetenv("TZ");
+    }
     tzset();
 }
 

@@ -14,8 +14,9 @@ QString text(const char* utf8)
 qint64 instant(const char* time)
 {
     const QDateTime moment = QDateTime::fromString(text(time), Qt::ISODateWithMs);
-    if (!moment.isValid() || moment.timeSpec() == Qt::LocalTime)
+    if (!moment.isValid() || moment.timeSpec() == Qt::LocalTime) {
         qFatal("not a time with its distance from UTC: %s", time);
+    }
     return moment.toMSecsSinceEpoch();
 }
 
@@ -24,10 +25,12 @@ int enlist(TestStore& store, const char* name, std::initializer_list<const char*
     const QString insert =
         QStringLiteral("INSERT INTO curve_info (name) VALUES ('%1')").arg(text(name));
     const QString error = dayfile::execute(store->todayDbPath(), insert);
-    if (!error.isEmpty())
+    if (!error.isEmpty()) {
         qFatal("%s", qPrintable(error));
-    for (const char* key : dateKeys)
+    }
+    for (const char* key : dateKeys) {
         DayFileWriter(store.path(key)).execute(insert);
+    }
     return store->registerCurve(text(name));
 }
 
@@ -64,8 +67,9 @@ QStringList lines(const char* utf8)
     QStringList trimmed;
     const QStringList raw = text(utf8).split(QLatin1Char('\n'));
     for (const QString& line : raw) {
-        if (!line.trimmed().isEmpty())
+        if (!line.trimmed().isEmpty()) {
             trimmed.append(line.trimmed());
+        }
     }
     return trimmed;
 }

@@ -22,8 +22,9 @@ bool waitFor(int descriptor, short events)
 
 void closeDescriptor(int& descriptor)
 {
-    if (descriptor >= 0)
+    if (descriptor >= 0) {
         ::close(descriptor);
+    }
     descriptor = -1;
 }
 
@@ -34,8 +35,9 @@ QByteArray receiveAll(int descriptor, int count, Read readSome)
     while (bytes.size() < count && waitFor(descriptor, POLLIN)) {
         char chunk[65536];
         const ssize_t got = readSome(chunk, sizeof chunk);
-        if (got <= 0)
+        if (got <= 0) {
             break;
+        }
         bytes.append(chunk, static_cast<int>(got));
     }
     return bytes;
@@ -70,8 +72,9 @@ QByteArray TcpPeer::resource() const
 bool TcpPeer::accept()
 {
     closeDescriptor(m_connection);
-    if (!waitFor(m_listener, POLLIN))
+    if (!waitFor(m_listener, POLLIN)) {
         return false;
+    }
     m_connection = ::accept(m_listener, nullptr, nullptr);
     const int on = 1;
     ::setsockopt(m_connection, IPPROTO_TCP, TCP_NODELAY, &on, sizeof on);
@@ -84,8 +87,9 @@ bool TcpPeer::send(const QByteArray& bytes)
     while (sent < bytes.size()) {
         const ssize_t count = ::send(m_connection, bytes.constData() + sent,
                                      static_cast<std::size_t>(bytes.size() - sent), MSG_NOSIGNAL);
-        if (count <= 0)
+        if (count <= 0) {
             return false;
+        }
         sent += static_cast<int>(count);
     }
     return true;
@@ -145,8 +149,9 @@ bool PtyPeer::send(const QByteArray& bytes)
     while (sent < bytes.size()) {
         const ssize_t count = ::write(m_master, bytes.constData() + sent,
                                       static_cast<std::size_t>(bytes.size() - sent));
-        if (count <= 0)
+        if (count <= 0) {
             return false;
+        }
         sent += static_cast<int>(count);
     }
     return true;

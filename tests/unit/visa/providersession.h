@@ -1,8 +1,8 @@
 #pragma once
 
-#include <QByteArray>
-
 #include "visa/visaprovider.h"
+
+#include <QByteArray>
 
 struct ReadOutcome
 {

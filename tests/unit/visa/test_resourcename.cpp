@@ -1,6 +1,6 @@
-#include <QTest>
-
 #include "visa/resourcename.h"
+
+#include <QTest>
 
 class TestResourceName : public QObject
 {
@@ -138,10 +138,11 @@ void TestResourceName::anythingElseIsRefused_data()
         "VXI",
         "nonsense",
     };
-    for (int i = 0; i < refused.size(); ++i)
+    for (int i = 0; i < refused.size(); ++i) {
         QTest::newRow(qPrintable(
             QStringLiteral("%1: %2").arg(i).arg(QString::fromLatin1(refused.at(i)).simplified())))
             << refused.at(i);
+    }
 }
 
 void TestResourceName::anythingElseIsRefused()

@@ -1,3 +1,6 @@
+#include "unit/visa/peers_posix.h"
+#include "unit/visa/providersession.h"
+
 #include <QElapsedTimer>
 #include <QTemporaryDir>
 #include <QTest>
@@ -8,9 +11,6 @@
 #include <unistd.h>
 
 #include <thread>
-
-#include "unit/visa/peers_posix.h"
-#include "unit/visa/providersession.h"
 
 namespace {
 
@@ -103,8 +103,9 @@ void TestSerialTransport::everyByteValueGoesThrough()
     ProviderSession session(peer.resource());
     QByteArray all;
     for (int value = 0; value < 256; ++value) {
-        if (value != '\n')
+        if (value != '\n') {
             all.append(static_cast<char>(value));
+        }
     }
     all.append('\n');
     QCOMPARE(session.write(all), VI_SUCCESS);
@@ -215,14 +216,16 @@ void TestSerialTransport::replyInManyPiecesIsJoined()
     PtyPeer peer;
     ProviderSession session(peer.resource());
     QByteArray reply;
-    for (int i = 0; i < 200; ++i)
+    for (int i = 0; i < 200; ++i) {
         reply += QByteArray::number(i) + ",";
+    }
     reply += "end\n";
     std::thread sender([&] {
         for (int i = 0; i < reply.size(); i += 7) {
             peer.send(reply.mid(i, 7));
-            if (i % 70 == 0)
+            if (i % 70 == 0) {
                 std::this_thread::sleep_for(std::chrono::milliseconds(2));
+            }
         }
     });
     const ReadOutcome outcome = session.read();

@@ -1,11 +1,11 @@
+#include "visa/session.h"
+
 #include <QByteArray>
 #include <QList>
 #include <QTest>
 
 #include <algorithm>
 #include <memory>
-
-#include "visa/session.h"
 
 namespace {
 
@@ -31,8 +31,9 @@ public:
             std::fill_n(buffer, size, 'n');
             return {State::Moved, size};
         }
-        if (inputs.isEmpty())
+        if (inputs.isEmpty()) {
             return {State::Nothing, 0};
+        }
         const Input input = inputs.takeFirst();
         std::copy(input.bytes.begin(), input.bytes.end(), buffer);
         return {input.state, static_cast<std::size_t>(input.bytes.size())};

@@ -1,3 +1,6 @@
+#include "unit/visa/peers_posix.h"
+#include "unit/visa/providersession.h"
+
 #include <QElapsedTimer>
 #include <QTest>
 
@@ -8,9 +11,6 @@
 #include <csignal>
 #include <thread>
 #include <vector>
-
-#include "unit/visa/peers_posix.h"
-#include "unit/visa/providersession.h"
 
 namespace {
 
@@ -118,14 +118,16 @@ void TestSocketTransport::replyInManyPiecesIsJoined()
     ProviderSession session(peer.resource());
     QVERIFY(peer.accept());
     QByteArray reply;
-    for (int i = 0; i < 200; ++i)
+    for (int i = 0; i < 200; ++i) {
         reply += QByteArray::number(i) + ",";
+    }
     reply += "end\n";
     std::thread sender([&] {
         for (int i = 0; i < reply.size(); i += 7) {
             peer.send(reply.mid(i, 7));
-            if (i % 70 == 0)
+            if (i % 70 == 0) {
                 std::this_thread::sleep_for(std::chrono::milliseconds(2));
+            }
         }
     });
     const ReadOutcome outcome = session.read();
@@ -141,8 +143,9 @@ void TestSocketTransport::everyByteValueGoesThrough()
     QVERIFY(peer.accept());
     QByteArray all;
     for (int value = 0; value < 256; ++value) {
-        if (value != '\n')
+        if (value != '\n') {
             all.append(static_cast<char>(value));
+        }
     }
     all.append('\n');
     QCOMPARE(session.write(all), VI_SUCCESS);
@@ -210,8 +213,9 @@ void TestSocketTransport::fullBufferIsMaximumCount()
     const ReadOutcome outcome = session.read(count);
     const ReadOutcome rest = session.read(count);
     QByteArray tail = rest.bytes;
-    while (!tail.endsWith('\n') && tail.size() < 5)
+    while (!tail.endsWith('\n') && tail.size() < 5) {
         tail += session.read(count).bytes;
+    }
     sender.join();
     QCOMPARE(outcome.status, VI_SUCCESS_MAX_CNT);
     QCOMPARE(outcome.bytes, QByteArray(count, 'x'));
@@ -583,8 +587,9 @@ void TestSocketTransport::connectToAPeerThatNeverAnswersIsBounded()
     const ViStatus usual = visa.viOpen(manager, resource.constData(), VI_NO_LOCK, 0, &session);
     const qint64 usualMs = timer.elapsed();
     visa.viClose(manager);
-    for (const int filler : fillers)
+    for (const int filler : fillers) {
         ::close(filler);
+    }
     ::close(listener);
 
     QCOMPARE(named, VI_ERROR_TMO);

@@ -1,10 +1,10 @@
-#include <QTest>
-
-#include <limits>
-
 #include "unit/visa/peers_posix.h"
 #include "unit/visa/providersession.h"
 #include "visa/statustext.h"
+
+#include <QTest>
+
+#include <limits>
 
 /// The seven operations apart from the wire: handles, arguments, attributes, texts.
 class TestVisaProvider : public QObject

@@ -1,3 +1,7 @@
+#include "unit/visa/peers_posix.h"
+#include "unit/visa/providersession.h"
+#include "visa/filedescriptor_posix.h"
+
 #include <QDir>
 #include <QElapsedTimer>
 #include <QTest>
@@ -15,10 +19,6 @@
 #include <memory>
 #include <thread>
 #include <vector>
-
-#include "unit/visa/peers_posix.h"
-#include "unit/visa/providersession.h"
-#include "visa/filedescriptor_posix.h"
 
 // The address sanitizer takes the stack frames that a terminated thread leaves for ones still in
 // use, unless it keeps their variables elsewhere.
@@ -63,8 +63,9 @@ public:
     }
     ~BackgroundRead()
     {
-        if (m_thread.joinable())
+        if (m_thread.joinable()) {
             m_thread.join();
+        }
     }
     BackgroundRead(const BackgroundRead&) = delete;
     BackgroundRead& operator=(const BackgroundRead&) = delete;
@@ -206,8 +207,9 @@ void TestVisaThreads::openingAndClosingWhileOthersRead()
                 const ViStatus set = visa.viSetAttribute(current, VI_ATTR_TMO_VALUE, 5);
                 for (const ViStatus status : {read, set}) {
                     if (status != VI_SUCCESS && status != VI_ERROR_TMO &&
-                        status != VI_ERROR_ABORT && status != VI_ERROR_INV_OBJECT)
+                        status != VI_ERROR_ABORT && status != VI_ERROR_INV_OBJECT) {
                         ++strange;
+                    }
                 }
             }
         });
@@ -220,8 +222,9 @@ void TestVisaThreads::openingAndClosingWhileOthersRead()
         session.close();
     }
     stop = true;
-    for (std::thread& user : users)
+    for (std::thread& user : users) {
         user.join();
+    }
     QCOMPARE(strange.load(), 0);
 }
 
@@ -238,23 +241,27 @@ void TestVisaThreads::eachThreadItsOwnSession()
         threads.emplace_back([&good, peer, i] {
             ProviderSession session(peer->resource());
             std::thread instrument([peer] {
-                if (!peer->accept())
+                if (!peer->accept()) {
                     return;
-                for (int n = 0; n < kExchanges; ++n)
+                }
+                for (int n = 0; n < kExchanges; ++n) {
                     peer->send("re:" + peer->receive(7));
+                }
             });
             for (int n = 0; n < kExchanges; ++n) {
                 const QByteArray command =
                     QByteArray::number(i * 1000 + n).rightJustified(6, '0') + "\n";
                 if (session.write(command) == VI_SUCCESS &&
-                    session.read().bytes == QByteArray("re:" + command))
+                    session.read().bytes == QByteArray("re:" + command)) {
                     ++good;
+                }
             }
             instrument.join();
         });
     }
-    for (std::thread& thread : threads)
+    for (std::thread& thread : threads) {
         thread.join();
+    }
     QCOMPARE(good.load(), kThreads * kExchanges);
 }
 
@@ -275,19 +282,22 @@ void TestVisaThreads::messagesOfTwoWritersDoNotMix()
             if (providerVisaTable().viWrite(session.handle(),
                                             reinterpret_cast<const ViByte*>(message.constData()),
                                             kSize, &sent) == VI_SUCCESS &&
-                sent == kSize)
+                sent == kSize) {
                 ++written;
+            }
         });
     }
     const QByteArray all = peer.receive(3 * kSize);
-    for (std::thread& writer : writers)
+    for (std::thread& writer : writers) {
         writer.join();
+    }
     QCOMPARE(written.load(), 3);
     QCOMPARE(all.size(), 3 * kSize);
     QByteArray order;
     for (int i = 0; i < all.size(); ++i) {
-        if (order.isEmpty() || order.back() != all.at(i))
+        if (order.isEmpty() || order.back() != all.at(i)) {
             order.append(all.at(i));
+        }
     }
     std::sort(order.begin(), order.end());
     QCOMPARE(order, QByteArray("abc"));
@@ -379,12 +389,13 @@ void TestVisaThreads::terminatedThreadLeavesASessionThatWorks()
     static const QByteArray much(64 << 20, 'w');
     WorkThread thread([&session, reading] {
         ViByte buffer[64];
-        if (reading)
+        if (reading) {
             providerVisaTable().viRead(session.handle(), buffer, sizeof buffer, nullptr);
-        else
+        } else {
             providerVisaTable().viWrite(session.handle(),
                                         reinterpret_cast<const ViByte*>(much.constData()),
                                         static_cast<ViUInt32>(much.size()), nullptr);
+        }
     });
     thread.start();
     QTest::qWait(100);
@@ -397,8 +408,9 @@ void TestVisaThreads::terminatedThreadLeavesASessionThatWorks()
         QByteArray tail;
         while (!tail.endsWith("next?\n")) {
             const QByteArray more = peer.receive(1);
-            if (more.isEmpty())
+            if (more.isEmpty()) {
                 return;
+            }
             tail.append(more);
             tail = tail.right(6);
         }
@@ -462,8 +474,9 @@ void TestVisaThreads::descriptorsAreKeptFromChildProcesses()
     int opened = 0;
     const QStringList after = openDescriptors();
     for (const QString& name : after) {
-        if (before.contains(name))
+        if (before.contains(name)) {
             continue;
+        }
         ++opened;
         QVERIFY2((::fcntl(name.toInt(), F_GETFD) & FD_CLOEXEC) != 0, qPrintable(name));
     }

@@ -16,8 +16,9 @@ int inkedRows(PathLabel& label)
     int rows = 0;
     for (int y = 0; y < picture.height(); ++y) {
         bool hasInk = false;
-        for (int x = 0; x < picture.width(); ++x)
+        for (int x = 0; x < picture.width(); ++x) {
             hasInk = hasInk || picture.pixel(x, y) != ground;
+        }
         rows += hasInk ? 1 : 0;
     }
     return rows;
@@ -55,8 +56,9 @@ void TestPathLabel::textThatFitsStaysOnOneLine_data()
 {
     QTest::addColumn<QString>("text");
     for (const char* text : {"CSV文件无法打开（可能被占用）", "数据库读取失败，请检查数据文件",
-                             "导出成功/数据/a b/Trace（1）.csv", "（）"})
+                             "导出成功/数据/a b/Trace（1）.csv", "（）"}) {
         QTest::newRow(text) << QString::fromUtf8(text);
+    }
 }
 
 /// Also where the text is in several fonts, and there is height for more lines.
