@@ -3,7 +3,10 @@
 
 add_library(scn_options INTERFACE)
 target_compile_options(scn_options INTERFACE
-    -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Werror)
+    -Wall -Wextra -Wpedantic -Wshadow -Wconversion)
+if(SCN_WARNINGS_AS_ERRORS)
+    target_compile_options(scn_options INTERFACE -Werror)
+endif()
 if(SCN_SANITIZE)
     target_compile_options(scn_options INTERFACE
         -fsanitize=address,undefined -fno-sanitize-recover=undefined -fno-omit-frame-pointer)
@@ -14,7 +17,7 @@ if(SCN_BUILD_FUZZERS)
     if(NOT CMAKE_CXX_COMPILER_ID STREQUAL "Clang")
         message(FATAL_ERROR "SCN_BUILD_FUZZERS wants clang++ as the compiler.")
     endif()
-    # The warnings that count are those of the usual compiler.
+    # Warnings are the business of the usual compiler, not of clang.
     target_compile_options(scn_options INTERFACE
         -fsanitize=fuzzer-no-link,address,undefined -fno-sanitize-recover=undefined
         -fno-omit-frame-pointer -w)
