@@ -23,17 +23,8 @@ DateTime localTimeNow()
 {
     const auto now = std::chrono::system_clock::now();
     const std::time_t seconds = std::chrono::system_clock::to_time_t(now);
-    const std::tm* const local = std::localtime(&seconds);
-    DateTime time;
-    time.year = local->tm_year + 1900;
-    time.month = local->tm_mon + 1;
-    time.day = local->tm_mday;
-    time.hour = local->tm_hour;
-    time.minute = local->tm_min;
-    time.second = local->tm_sec;
     const auto sinceEpoch = std::chrono::floor<std::chrono::milliseconds>(now.time_since_epoch());
-    time.millisecond = static_cast<int>(sinceEpoch.count() % 1000);
-    return time;
+    return dateTime(*std::localtime(&seconds), static_cast<int>(sinceEpoch.count() % 1000));
 }
 
 InstrumentSetup setupFrom(const Options& options)

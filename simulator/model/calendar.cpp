@@ -1,44 +1,50 @@
 #include "model/calendar.h"
 
+#include <chrono>
 #include <cstdio>
+#include <ctime>
 
 namespace scnsim {
 
 namespace {
 
+using std::chrono::milliseconds;
+using std::chrono::seconds;
+
 constexpr int kFirstYear = 2000;
 constexpr int kLastYear = 2099;
-constexpr std::int64_t kMsPerDay = 86400000;
-constexpr int kMonthLengths[] = {31, 28, 31, 30, 31, 30, 31, 31, 30, 31, 30, 31};
+/// The beginning of 2000 on the C library's scale.
+constexpr seconds kEpoch(946684800);
 
-bool isLeapYear(std::int64_t year)
+std::tm brokenDown(const DateTime& time)
 {
-    return year % 4 == 0 && (year % 100 != 0 || year % 400 == 0);
-}
-
-int monthLength(std::int64_t year, int month)
-{
-    return kMonthLengths[month - 1] + (month == 2 && isLeapYear(year) ? 1 : 0);
-}
-
-/// Leap days between the beginnings of 2000 and of a later year.
-std::int64_t leapDaysBefore(std::int64_t year)
-{
-    const auto upTo = [](std::int64_t y) { return y / 4 - y / 100 + y / 400; };
-    return upTo(year - 1) - upTo(kFirstYear - 1);
-}
-
-std::int64_t daysBeforeYear(std::int64_t year)
-{
-    return (year - kFirstYear) * 365 + leapDaysBefore(year);
+    std::tm fields{};
+    fields.tm_year = time.year - 1900;
+    fields.tm_mon = time.month - 1;
+    fields.tm_mday = time.day;
+    fields.tm_hour = time.hour;
+    fields.tm_min = time.minute;
+    fields.tm_sec = time.second;
+    return fields;
 }
 
 } // namespace
 
+DateTime dateTime(const std::tm& fields, int millisecond)
+{
+    return {fields.tm_year + 1900, fields.tm_mon + 1, fields.tm_mday, fields.tm_hour,
+            fields.tm_min,         fields.tm_sec,     millisecond};
+}
+
 bool isValidDate(int year, int month, int day)
 {
-    return year >= kFirstYear && year <= kLastYear && month >= 1 && month <= 12 && day >= 1 &&
-           day <= monthLength(year, month);
+    if (year < kFirstYear || year > kLastYear || month < 1 || month > 12 || day < 1 || day > 31) {
+        return false;
+    }
+    // A day that the month does not have comes back as one of the next month.
+    std::tm fields = brokenDown({year, month, day});
+    timegm(&fields);
+    return fields.tm_mon == month - 1;
 }
 
 bool isValidTime(int hour, int minute, int second, int millisecond)
@@ -49,42 +55,18 @@ bool isValidTime(int hour, int minute, int second, int millisecond)
 
 std::int64_t toMilliseconds(const DateTime& time)
 {
-    std::int64_t days = daysBeforeYear(time.year) + time.day - 1;
-    for (int month = 1; month < time.month; ++month) {
-        days += monthLength(time.year, month);
-    }
-    const std::int64_t seconds = (time.hour * 60 + time.minute) * 60 + time.second;
-    return days * kMsPerDay + seconds * 1000 + time.millisecond;
+    std::tm fields = brokenDown(time);
+    return milliseconds(seconds(timegm(&fields)) - kEpoch).count() + time.millisecond;
 }
 
-DateTime fromMilliseconds(std::int64_t milliseconds)
+DateTime fromMilliseconds(std::int64_t sinceEpoch)
 {
-    std::int64_t days = milliseconds / kMsPerDay;
-    std::int64_t rest = milliseconds % kMsPerDay;
-    if (rest < 0) {
-        rest += kMsPerDay;
-        --days;
-    }
-    std::int64_t year = kFirstYear + days / 366;
-    while (daysBeforeYear(year + 1) <= days) {
-        ++year;
-    }
-    while (daysBeforeYear(year) > days) {
-        --year;
-    }
-    DateTime time;
-    time.year = static_cast<int>(year);
-    int dayOfYear = static_cast<int>(days - daysBeforeYear(year));
-    while (dayOfYear >= monthLength(year, time.month)) {
-        dayOfYear -= monthLength(year, time.month);
-        ++time.month;
-    }
-    time.day = dayOfYear + 1;
-    time.hour = static_cast<int>(rest / 3600000);
-    time.minute = static_cast<int>(rest / 60000 % 60);
-    time.second = static_cast<int>(rest / 1000 % 60);
-    time.millisecond = static_cast<int>(rest % 1000);
-    return time;
+    const milliseconds time = milliseconds(sinceEpoch) + kEpoch;
+    const seconds whole = std::chrono::floor<seconds>(time);
+    const std::time_t wholeSeconds = whole.count();
+    std::tm fields{};
+    gmtime_r(&wholeSeconds, &fields);
+    return dateTime(fields, static_cast<int>((time - whole).count()));
 }
 
 std::string timeStampText(const DateTime& time)

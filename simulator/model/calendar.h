@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <ctime>
 #include <string>
 
 namespace scnsim {
@@ -17,6 +18,9 @@ struct DateTime
     int millisecond = 0;
 };
 
+/// The C library's fields as a time of ours.
+DateTime dateTime(const std::tm& fields, int millisecond);
+
 /// Whether the date exists and the time of day lies within a day. Years are those that the clock
 /// can show, 2000 to 2099.
 bool isValidDate(int year, int month, int day);
@@ -24,7 +28,7 @@ bool isValidTime(int hour, int minute, int second, int millisecond);
 
 /// Milliseconds since the beginning of the year 2000, by the Gregorian calendar.
 std::int64_t toMilliseconds(const DateTime& time);
-DateTime fromMilliseconds(std::int64_t milliseconds);
+DateTime fromMilliseconds(std::int64_t sinceEpoch);
 
 /// "yyyy,mm,dd,hh,mm,ss.fff", the form of a time stamp in a reading.
 std::string timeStampText(const DateTime& time);
