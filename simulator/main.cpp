@@ -73,7 +73,7 @@ int main(int argc, char** argv)
         return fail(error, kBadOptions);
     }
     if (options.help) {
-        std::fputs(usageText(), stdout);
+        std::fputs(usageText().c_str(), stdout);
         return 0;
     }
     Transcript transcript;

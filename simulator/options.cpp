@@ -1,5 +1,7 @@
 #include "options.h"
 
+#include <CLI/CLI.hpp>
+
 #include <algorithm>
 #include <charconv>
 #include <system_error>
@@ -153,66 +155,132 @@ std::string faultReason(const std::string& text)
     return reason;
 }
 
+/// Everything about one option.
 struct OptionRow
 {
     const char* name;
-    bool (*parse)(const std::string&, Options&);
+    const char* value;
+    const char* help;
     const char* wanted;
-    /// Tells what is wrong with a value that was refused; null where it shows.
+    bool (*parse)(const std::string&, Options&);
+    /// Says what is wrong with a refused value; null where it shows.
     std::string (*reason)(const std::string&) = nullptr;
 };
 
 constexpr OptionRow kOptions[] = {
-    {"--tcp", parseTcp, "a port from 0 to 65535"},
-    {"--pty", parseTerminal, "the path of a link"},
-    {"--baud", parseBaud, "bits per second from 300 to 4000000"},
-    {"--slots", parseSlots, "slot:module type,... with slots 1 to 99 and types 0 to 999"},
-    {"--idn", parseIdentity, "four fields separated by commas, without blanks"},
-    {"--rate", parseRate, "readings per second from 0.001 to 100000"},
-    {"--seed", parseSeed, "a whole number from 0"},
-    {"--open", parseOpenChannels, "channel numbers separated by commas"},
-    {"--fault", parseFaultOption, "kind [value] [for pattern] [times count]", faultReason},
-    {"--control", parseControl, "a port from 0 to 65535"},
-    {"--transcript", parseTranscript, "the path of a file"},
+    {"--tcp", "PORT", "serve on 127.0.0.1:PORT; 0 picks a free port", "a port from 0 to 65535",
+     parseTcp},
+    {"--pty", "LINK",
+     "serve on a pseudo-terminal behind the symbolic link LINK\n(with neither of the two: --tcp "
+     "5025)",
+     "the path of a link", parseTerminal},
+    {"--baud", "NUMBER",
+     "send on the pseudo-terminal at this many bits per second\n(as fast as it goes)",
+     "bits per second from 300 to 4000000", parseBaud},
+    {"--slots", "LIST", "modules as slot:type,... (1:1,2:2,3:8)",
+     "slot:module type,... with slots 1 to 99 and types 0 to 999", parseSlots},
+    {"--idn", "TEXT",
+     "the identity, four fields without blanks\n(SCN,SCN4070A,MY00000042,01.02-sim)",
+     "four fields separated by commas, without blanks", parseIdentity},
+    {"--rate", "NUMBER",
+     "readings per second over all channels\n(as the settings of the channels ask for)",
+     "readings per second from 0.001 to 100000", parseRate},
+    {"--seed", "NUMBER", "the seed of all values (1)", "a whole number from 0", parseSeed},
+    {"--open", "CHANNELS", "channels with nothing connected: they read as overload",
+     "channel numbers separated by commas", parseOpenChannels},
+    {"--fault", "TEXT",
+     "misbehave: kind [value] [for pattern] [times count], for\nexample \"delay 6000 for R? * "
+     "times "
+     "1\"; may be given several times",
+     "kind [value] [for pattern] [times count]", parseFaultOption, faultReason},
+    {"--control", "PORT",
+     "take orders on 127.0.0.1:PORT; 0 picks a free port, and\n\"READY CONTROL "
+     "127.0.0.1:<port>\" tells it",
+     "a port from 0 to 65535", parseControl},
+    {"--transcript", "FILE", "write each line both ways to FILE", "the path of a file",
+     parseTranscript},
 };
 
-const OptionRow* optionNamed(const std::string& name)
+constexpr std::size_t kHelpColumn = 22;
+
+std::string wantedText(const OptionRow& row)
 {
-    for (const OptionRow& row : kOptions) {
-        if (name == row.name) {
-            return &row;
+    return std::string(row.name) + " wants " + row.wanted;
+}
+
+void parseValue(const OptionRow& row, const std::string& value, Options& options)
+{
+    if (row.parse(value, options)) {
+        return;
+    }
+    std::string message = wantedText(row) + ", not \"" + value + '"';
+    if (row.reason != nullptr) {
+        message += ": " + row.reason(value);
+    }
+    throw CLI::ParseError(message, CLI::ExitCodes::ValidationError);
+}
+
+/// The command line as the library sees it. It keeps a reference to the options.
+class CommandLine
+{
+public:
+    explicit CommandLine(Options& options)
+        : m_app("A simulated SCN4070A. Prints \"READY <VISA resource>\" for each port when it "
+                "serves.",
+                "scn4070a-sim")
+    {
+        m_app.set_help_flag();
+        m_app.allow_extras();
+        m_app.get_formatter()->column_width(kHelpColumn);
+        for (const OptionRow& row : kOptions) {
+            const auto take = [&row, &options](const CLI::results_t& values) {
+                for (const std::string& value : values) {
+                    parseValue(row, value, options);
+                }
+                return true;
+            };
+            m_app.add_option(row.name, take, row.help)->option_text(row.value)->take_all();
+        }
+        m_app.add_flag("--help", options.help, "show this text");
+    }
+
+    void parse(const std::vector<std::string>& arguments)
+    {
+        // The library takes them from the back.
+        m_app.parse(std::vector<std::string>(arguments.rbegin(), arguments.rend()));
+        const std::vector<std::string> unknown = m_app.remaining();
+        if (!unknown.empty()) {
+            throw CLI::ParseError("unknown option " + unknown.front(), CLI::ExitCodes::ExtrasError);
         }
     }
-    return nullptr;
+
+    std::string help() const { return m_app.help(); }
+
+private:
+    CLI::App m_app;
+};
+
+/// Only the last argument can lack its value: "--tcp", or "--tcp=".
+std::string missingValueText(const std::string& argument)
+{
+    const std::string name = split(argument, '=').front();
+    const auto* const row = std::find_if(std::begin(kOptions), std::end(kOptions),
+                                         [&](const OptionRow& r) { return name == r.name; });
+    return row == std::end(kOptions) ? argument : wantedText(*row);
 }
 
 } // namespace
 
 bool parseOptions(const std::vector<std::string>& arguments, Options& options, std::string& error)
 {
-    for (std::size_t i = 0; i < arguments.size(); ++i) {
-        const std::string& name = arguments[i];
-        if (name == "--help") {
-            options.help = true;
-            continue;
-        }
-        const OptionRow* const row = optionNamed(name);
-        if (row == nullptr) {
-            error = "unknown option " + name;
-            return false;
-        }
-        if (i + 1 == arguments.size()) {
-            error = name + " wants " + row->wanted;
-            return false;
-        }
-        const std::string& value = arguments[++i];
-        if (!row->parse(value, options)) {
-            error = name + " wants " + row->wanted + ", not \"" + value + "\"";
-            if (row->reason != nullptr) {
-                error += ": " + row->reason(value);
-            }
-            return false;
-        }
+    try {
+        CommandLine(options).parse(arguments);
+    } catch (const CLI::ArgumentMismatch&) {
+        error = missingValueText(arguments.back());
+        return false;
+    } catch (const CLI::ParseError& refusal) {
+        error = refusal.what();
+        return false;
     }
     if (!options.tcpPort && options.terminalLink.empty()) {
         options.tcpPort = kUsualPort;
@@ -220,30 +288,10 @@ bool parseOptions(const std::vector<std::string>& arguments, Options& options, s
     return true;
 }
 
-const char* usageText()
+std::string usageText()
 {
-    return "Usage: scn4070a-sim [options]\n"
-           "A simulated SCN4070A. Prints \"READY <VISA resource>\" for each port when it serves.\n"
-           "\n"
-           "  --tcp PORT          serve on 127.0.0.1:PORT; 0 picks a free port\n"
-           "  --pty LINK          serve on a pseudo-terminal behind the symbolic link LINK\n"
-           "                      (with neither of the two: --tcp 5025)\n"
-           "  --baud NUMBER       send on the pseudo-terminal at this many bits per second\n"
-           "                      (as fast as it goes)\n"
-           "  --slots LIST        modules as slot:type,... (1:1,2:2,3:8)\n"
-           "  --idn TEXT          the identity, four fields without blanks\n"
-           "                      (SCN,SCN4070A,MY00000042,01.02-sim)\n"
-           "  --rate NUMBER       readings per second over all channels\n"
-           "                      (as the settings of the channels ask for)\n"
-           "  --seed NUMBER       the seed of all values (1)\n"
-           "  --open CHANNELS     channels with nothing connected: they read as overload\n"
-           "  --fault TEXT        misbehave: kind [value] [for pattern] [times count], for "
-           "example\n"
-           "                      \"delay 6000 for R? * times 1\"; may be given several times\n"
-           "  --control PORT      take orders on 127.0.0.1:PORT; 0 picks a free port, and\n"
-           "                      \"READY CONTROL 127.0.0.1:<port>\" tells it\n"
-           "  --transcript FILE   write each line both ways to FILE\n"
-           "  --help              show this text\n";
+    Options options;
+    return CommandLine(options).help();
 }
 
 } // namespace scnsim

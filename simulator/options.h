@@ -37,6 +37,6 @@ struct Options
 bool parseOptions(const std::vector<std::string>& arguments, Options& options, std::string& error);
 
 /// The text for --help.
-const char* usageText();
+std::string usageText();
 
 } // namespace scnsim

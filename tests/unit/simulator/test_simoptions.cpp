@@ -12,6 +12,8 @@ class TestSimOptions : public QObject
 private slots:
     void nothingMeansTheUsualPort();
     void allOptionsAreRead();
+    void valueMayFollowAnEqualsSign();
+    void lastOfTwoCounts();
     void badOptionIsRefused_data();
     void badOptionIsRefused();
 };
@@ -69,6 +71,28 @@ void TestSimOptions::allOptionsAreRead()
     Options empty;
     QVERIFY(parseOptions({"--slots", ""}, empty, error));
     QVERIFY(empty.modules.empty());
+}
+
+void TestSimOptions::valueMayFollowAnEqualsSign()
+{
+    Options options;
+    std::string error;
+    QVERIFY(parseOptions({"--seed=7", "--idn=A,B,C,D"}, options, error));
+    QCOMPARE(options.seed, std::uint64_t{7});
+    QCOMPARE(shown(options.identity), QStringLiteral("A,B,C,D"));
+
+    QVERIFY(!parseOptions({"--seed=7", "--tcp="}, options, error));
+    QCOMPARE(shown(error), QStringLiteral("--tcp wants a port from 0 to 65535"));
+}
+
+void TestSimOptions::lastOfTwoCounts()
+{
+    Options options;
+    std::string error;
+    QVERIFY(parseOptions({"--rate", "5", "--slots", "1:1", "--rate", "7", "--slots", "2:8"},
+                         options, error));
+    QCOMPARE(*options.readingsPerSecond, 7.0);
+    QCOMPARE(options.modules, (std::map<int, int>{{2, 8}}));
 }
 
 void TestSimOptions::badOptionIsRefused_data()
