@@ -3,6 +3,7 @@
 #include "acquisition/recorddecoder.h"
 #include "app/globals.h"
 #include "instrument/cdevicevisa.h"
+#include "instrument/exchange.h"
 
 #include <QDeadlineTimer>
 #include <QDebug>
@@ -11,7 +12,6 @@
 
 namespace {
 
-constexpr int kExchangeTimeoutMs = 5000;
 constexpr int kStartDelayMs = 1000;
 constexpr int kPassDelayMs = 1000;
 constexpr int kSettleDelayMs = 50;
@@ -175,7 +175,7 @@ QString ReadData::ask(const QString& query)
 {
     ExchangeResult result{};
     setTerminationEnabled(true);
-    const QString reply = g_visa->sendCommand(query, kExchangeTimeoutMs, result);
+    const QString reply = scn::exchange(query, result);
     setTerminationEnabled(false);
     if (result == ExchangeResult::Overflowed) {
         qWarning().noquote() << "响应超出接收缓冲区，已丢弃:" << query;

@@ -5,7 +5,7 @@
 #include "channels/advancedsetting_facts.h"
 #include "channels/commfunc.h"
 #include "common/threadassert.h"
-#include "instrument/cdevicevisa.h"
+#include "instrument/exchange.h"
 #include "widgets/customcombobox.h"
 
 #include <QButtonGroup>
@@ -19,8 +19,6 @@
 #include <algorithm>
 
 namespace {
-
-constexpr int kExchangeTimeoutMs = 5000;
 
 /// The sensors whose resistance at 0 °C an RTD channel accepts, in ohms.
 struct R0Band
@@ -102,7 +100,7 @@ void AdvancedSetting::send(const QString& command)
     if (!g_instrumentConnected) {
         return;
     }
-    g_visa->sendCommand(command, kExchangeTimeoutMs);
+    scn::exchange(command);
     emit sigComponentChanged(m_channel);
 }
 
