@@ -1,6 +1,7 @@
 #include "channels/commfunc.h"
 
 #include "app/globals.h"
+#include "common/channelnumber.h"
 
 #include <QRegularExpression>
 
@@ -408,11 +409,11 @@ int CommFunc::rangeRowForValue(int functionIndex, double value) const
 
 QStringList CommFunc::functionList(int channel) const
 {
-    constexpr int kChannelsPerSlot = 100;
-    const int slot = channel / kChannelsPerSlot;
+    const auto number = scn::ChannelNumber::fromLabel(channel);
+    const int slot = number.slot();
     const ModuleRow* module = isSlot(slot) ? moduleRow(slotModuleType[slot]) : nullptr;
     const FunctionSet set =
-        module ? functionSetAt(*module, channel % kChannelsPerSlot) : FunctionSet::NoneEntry;
+        module ? functionSetAt(*module, number.position()) : FunctionSet::NoneEntry;
     if (set != FunctionSet::NoneEntry) {
         return namesOf(set);
     }

@@ -1,6 +1,7 @@
 #include "plot/barchartwidget.h"
 
 #include "app/globals.h"
+#include "common/channelnumber.h"
 #include "common/threadassert.h"
 #include "plot/ccurveplot.h"
 #include "plot/colorselectbutton.h"
@@ -52,12 +53,6 @@ constexpr int kTableStretch = 2;
 constexpr int kPlotStretchAlone = 9;
 constexpr int kTableStretchHidden = 1;
 constexpr int kContainerMaximumHeight = 2000;
-
-/// Channel number of a combo text "number(unit)"; 0 and `*ok` false when there is none.
-int channelOfText(const QString& text, bool* ok = nullptr)
-{
-    return text.section(QLatin1Char('('), 0, 0).toInt(ok);
-}
 
 QPen curvePen(const QColor& color)
 {
@@ -127,7 +122,7 @@ void BarChartWidget::onChannelTypeChange(int index)
     if (row < 0 || row >= m_table->rowCount()) {
         return;
     }
-    const int channel = channelOfText(combo->currentText());
+    const int channel = scn::labelOfChannelText(combo->currentText());
     enableRow(row, channel);
     const QwtPlotCurve* curve = m_channelCurves[channel];
     if (curve && curve->isVisible()) {
@@ -146,7 +141,7 @@ void BarChartWidget::onColorChanged(QColor newColor)
     if (!combo || combo->currentIndex() <= 0) {
         return;
     }
-    QwtPlotCurve* curve = m_channelCurves[channelOfText(combo->currentText())];
+    QwtPlotCurve* curve = m_channelCurves[scn::labelOfChannelText(combo->currentText())];
     if (curve) {
         curve->setPen(curvePen(newColor));
     }
@@ -162,7 +157,7 @@ void BarChartWidget::onOffsetChanged(double value)
     if (!combo || combo->currentIndex() <= 0) {
         return;
     }
-    QwtPlotCurve* curve = m_channelCurves[channelOfText(combo->currentText())];
+    QwtPlotCurve* curve = m_channelCurves[scn::labelOfChannelText(combo->currentText())];
     m_plot->setCurveOffset(curve, value);
     m_offsetController->setLabelValue(curve, value);
 }
@@ -394,7 +389,7 @@ int BarChartWidget::selectedChannel(int row) const
         return -1;
     }
     bool ok = false;
-    const int channel = channelOfText(combo->currentText(), &ok);
+    const int channel = scn::labelOfChannelText(combo->currentText(), &ok);
     return ok ? channel : -1;
 }
 

@@ -1,6 +1,7 @@
 #include "plot/datanetwork.h"
 
 #include "app/globals.h"
+#include "common/channelnumber.h"
 #include "common/threadassert.h"
 #include "storage/curveseriesdata.h"
 #include "widgets/wheelguard.h"
@@ -147,7 +148,7 @@ void DataNetwork::refreshRow(int row)
         }
         return;
     }
-    const int channel = text.section(QLatin1Char('('), 0, 0).toInt();
+    const int channel = scn::labelOfChannelText(text);
     const std::shared_ptr<CurveSeriesData> series = g_curveSeries.value(channel);
     if (!series) {
         return;

@@ -3,6 +3,7 @@
 #include "acquisition/readdata.h"
 #include "app/globals.h"
 #include "channels/commfunc.h"
+#include "common/channelnumber.h"
 #include "common/threadassert.h"
 #include "plot/barchartwidget.h"
 #include "plot/custommdisubwindow.h"
@@ -225,7 +226,7 @@ QStringList GraphicSettingWidget::channelList() const
     QStringList items{tr("无")};
     for (auto it = g_scanChannels.cbegin(); it != g_scanChannels.cend(); ++it) {
         if (!it.value().isEmpty()) {
-            items.append(QStringLiteral("%1(%2)").arg(QString::number(it.key()), it.value()));
+            items.append(scn::channelText(it.key(), it.value()));
         }
     }
     return items;

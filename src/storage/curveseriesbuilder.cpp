@@ -1,5 +1,6 @@
 #include "storage/curveseriesbuilder.h"
 
+#include "common/channelnumber.h"
 #include "storage/curveseriesdata.h"
 
 QMap<int, std::shared_ptr<CurveSeriesData>> buildCurveSeries(const QMap<int, QString>& channels,
@@ -14,8 +15,7 @@ QMap<int, std::shared_ptr<CurveSeriesData>> buildCurveSeries(const QMap<int, QSt
         if (channel.value().isEmpty()) {
             continue;
         }
-        const QString curveName =
-            QStringLiteral("%1(%2)").arg(QString::number(channel.key()), channel.value());
+        const QString curveName = scn::channelText(channel.key(), channel.value());
         series.insert(channel.key(), std::make_shared<CurveSeriesData>(curveName, directoryName));
     }
     return series;
