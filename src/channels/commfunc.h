@@ -56,7 +56,7 @@ public:
     /// Unit of unscaled readings; "Vdc" for an unknown index.
     QString baseUnit(int functionIndex) const;
 
-    /// Which option queries a function has, 0 to 12; 0 for an unknown index.
+    /// Number of the function's scn::PanelKind; 0 for an unknown index.
     uchar optionPanelKind(int functionIndex) const;
 
     /// The function takes a partner channel over for sensing.

@@ -1,118 +1,83 @@
 #include "channels/functionnames.h"
 
 #include "channels/commfunc.h"
+#include "channels/measurementfunction.h"
 
 #include <algorithm>
-#include <array>
+
+namespace scn {
 
 namespace {
 
-/// How the reply to the sensor type query becomes a part of the display name.
-enum class SensorText { None, Letter, KiloOhms };
+using Row = const MeasurementFunction*;
 
-/// One reply to FUNC? and how it gets its display name.
-struct FunctionName
+/// The first function of a name; null for a name that none has.
+Row functionOfName(const QString& scpiName)
 {
-    const char* reply;
-
-    /// The display name, or the one of a sensor that is not of the expected kind.
-    const char* name;
-
-    /// The transducer kind is asked for, needed or not.
-    bool asksTransducer = false;
-
-    /// The transducer kind that has sensor types, null where the kind is of no interest.
-    const char* transducer = nullptr;
-
-    const char* sensorQuery = nullptr;
-    const char* sensorName = nullptr;
-    SensorText sensorText = SensorText::None;
-};
-
-// The instrument reports "THER" for four-wire thermistors too, and takes their query in this spelling.
-constexpr std::array<FunctionName, 23> kNames = {{
-    {"VOLT", "直流电压"},
-    {"VOLT:AC", "交流电压"},
-    {"PER", "周期"},
-    {"FREQ", "频率"},
-    {"RES", "双线ohm"},
-    {"FRES", "四线ohm"},
-    {"TEMP:TC", "热电偶(类型B)", true, "TC", "TEMP:TRAN:TC:TYPE? (@%1)", "热电偶(类型%1)",
-     SensorText::Letter},
-    {"TEMP:RTD", "温度二线制RTD", true},
-    {"TEMP:FRTD", "温度四线制RTD", true},
-    {"TEMP:THER", "热敏电阻(5K)", true, "THER", "TEMP:TRAN:THER:TYPE? (@%1)", "热敏电阻(%1K)",
-     SensorText::KiloOhms},
-    {"TEMP:FTH", "4线制热敏电阻(5K)", true, "THER", "TEMP:TRAN:fth:TYPE? (@%1)",
-     "4线制热敏电阻(%1K)", SensorText::KiloOhms},
-    {"CAP", "电容"},
-    {"DIOD", "二极管"},
-    {"STR:DIR", "直接应变"},
-    {"STR:FDIR", "4线直接应变"},
-    {"STR:QUAR", "四分之一(弯曲)"},
-    {"STR:HALF:BEND", "半桥(弯曲)"},
-    {"STR:HALF:POIS", "半桥(柏松)"},
-    {"STR:FULL:BEND", "全桥(弯曲)"},
-    {"STR:FULL:POIS", "全桥(柏松)"},
-    {"STR:FULL:BEND:POIS", "全桥(弯曲柏松)"},
-    {"CURR", "直流电流"},
-    {"CURR:AC", "交流电流"},
-}};
-
-struct ThermistorResistance
-{
-    int ohms;
-    const char* kiloOhms;
-};
-
-constexpr std::array<ThermistorResistance, 3> kThermistors = {{
-    {2252, "2.2"},
-    {5000, "5"},
-    {10000, "10"},
-}};
-
-/// The sensor's part of the name; empty for a thermistor that the catalogue does not have.
-QString sensorText(SensorText kind, const QString& reply)
-{
-    if (kind == SensorText::Letter) {
-        return reply;
-    }
-    const double ohms = reply.toDouble();
-    const auto thermistor =
-        std::find_if(kThermistors.cbegin(), kThermistors.cend(),
-                     [ohms](const ThermistorResistance& row) { return ohms == row.ohms; });
-    return thermistor != kThermistors.cend() ? QString::fromLatin1(thermistor->kiloOhms)
-                                             : QString();
+    const FunctionTable table = measurementFunctions();
+    Row const row =
+        std::find_if(table.begin(), table.end(), [&scpiName](const MeasurementFunction& function) {
+            return scpiName == QLatin1String(function.scpiName);
+        });
+    return row != table.end() ? row : nullptr;
 }
 
-QString translated(const QString& name)
+bool isSensorType(const MeasurementFunction& function, const QString& reply)
 {
-    return CommFunc::tr(name.toUtf8().constData());
+    const QString type = QString::fromLatin1(function.sensorType);
+    switch (function.sensor->reply) {
+    case SensorReply::Letter:
+        return reply == type;
+    case SensorReply::Ohms:
+        return reply.toDouble() == type.toDouble();
+    }
+    return false;
+}
+
+/// The function that measures a family's sensor of this type; null for a type without a row.
+Row functionOfSensor(const SensorFamily* family, const QString& type)
+{
+    const FunctionTable table = measurementFunctions();
+    Row const row =
+        std::find_if(table.begin(), table.end(), [&](const MeasurementFunction& function) {
+            return function.sensor == family && isSensorType(function, type);
+        });
+    return row != table.end() ? row : nullptr;
+}
+
+QString displayName(Row function)
+{
+    return function ? CommFunc::tr(function->displayName) : QString();
+}
+
+/// Name of a sensor whose type the instrument has told.
+QString sensorName(const SensorFamily* family, const QString& type)
+{
+    Row const function = functionOfSensor(family, type);
+    if (function || !family->otherName) {
+        return displayName(function);
+    }
+    return CommFunc::tr(QString::fromUtf8(family->otherName).arg(type).toUtf8().constData());
 }
 
 } // namespace
 
 QString displayNameOfFunction(const QString& reply, int channel, const InstrumentQuery& ask)
 {
-    const auto row =
-        std::find_if(kNames.cbegin(), kNames.cend(), [&reply](const FunctionName& name) {
-            return reply == QLatin1String(name.reply);
-        });
-    if (row == kNames.cend()) {
-        return {};
+    Row const function = functionOfName(reply);
+    if (!function || !isTemperature(*function)) {
+        return displayName(function);
     }
-    const QString plainName = QString::fromUtf8(row->name);
-    if (!row->asksTransducer) {
-        return translated(plainName);
-    }
+    // Asked for every temperature sensor, needed or not.
     const QString transducer = ask(QStringLiteral("TEMP:TRAN:TYPE? (@%1)").arg(channel));
-    if (!row->transducer || transducer != QLatin1String(row->transducer)) {
-        return translated(plainName);
+    const SensorFamily* const family = function->sensor;
+    if (!family) {
+        return displayName(function);
     }
-    const QString sensor = ask(QString::fromLatin1(row->sensorQuery).arg(channel));
-    const QString text = sensorText(row->sensorText, sensor);
-    if (row->sensorText == SensorText::KiloOhms && text.isEmpty()) {
-        return {};
+    if (transducer != QLatin1String(family->transducer)) {
+        return displayName(functionOfSensor(family, QString::fromLatin1(family->fallbackType)));
     }
-    return translated(QString::fromUtf8(row->sensorName).arg(text));
+    return sensorName(family, ask(QString::fromLatin1(family->typeQuery).arg(channel)));
 }
+
+} // namespace scn

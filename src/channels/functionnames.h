@@ -4,6 +4,8 @@
 
 #include <functional>
 
+namespace scn {
+
 /// One exchange with the instrument: takes a query, gives the trimmed reply (empty on failure).
 using InstrumentQuery = std::function<QString(const QString& query)>;
 
@@ -12,3 +14,8 @@ using InstrumentQuery = std::function<QString(const QString& query)>;
 /// for through `ask`, in the order in which the instrument expects it. Empty for a reply or a sensor
 /// type that has no display name.
 QString displayNameOfFunction(const QString& reply, int channel, const InstrumentQuery& ask);
+
+} // namespace scn
+
+using scn::displayNameOfFunction;
+using scn::InstrumentQuery;

@@ -1,0 +1,37 @@
+#pragma once
+
+#include "channels/measurementfunction.h"
+
+#include <array>
+
+namespace scn {
+
+/// Positions of a module that offer one list of functions.
+struct PositionSpan
+{
+    int first;
+    int last;
+    FunctionList list;
+};
+
+/// What the program knows about one module type.
+struct ModuleRow
+{
+    int moduleType;
+    int lastChannelIndex; ///< counts from 0
+    std::array<PositionSpan, 3> positions;
+
+    /// What a position, counted from 1, offers; nothing at a position in no span.
+    FunctionList listAt(int position) const;
+
+    /// Positions in the first half: position p pairs with p + bankSize().
+    int bankSize() const;
+};
+
+/// Type of "no module".
+constexpr int kNoModuleType = -1;
+
+/// The module of a type; null for an unknown one.
+const ModuleRow* moduleOfType(int moduleType);
+
+} // namespace scn
