@@ -6,15 +6,16 @@
 #include <ctime>
 #include <vector>
 
-/// Times of one candidate and its yardstick, measured in turns so that both see the same weather.
+/// Times of a candidate and its yardstick, measured in turns so that both run under the same
+/// conditions.
 struct AlternatingResult
 {
-    /// Medians over the rounds, nanoseconds per operation.
+    /// Medians over the rounds, in nanoseconds per operation.
     double candidateNs = 0.0;
     double yardstickNs = 0.0;
-    /// Median over the rounds of the ratio of the two.
+    /// Median over the rounds of candidate / yardstick.
     double ratio = 0.0;
-    /// The same ratio of the processor time of the two, for a machine that is busy with other work.
+    /// The same ratio in processor time, for a machine busy with other work.
     double processorRatio = 0.0;
 };
 
@@ -25,7 +26,7 @@ inline double medianOf(std::vector<double> values)
     return values.size() % 2 == 1 ? values[half] : (values[half - 1] + values[half]) / 2;
 }
 
-/// Time that passes and time of this thread on the processor.
+/// Elapsed time and this thread's processor time.
 struct TimeTaken
 {
     double passedNs = 0.0;
@@ -46,9 +47,8 @@ TimeTaken timeTaken(Work&& work)
     return {now(CLOCK_MONOTONIC) - passedBefore, now(CLOCK_THREAD_CPUTIME_ID) - processorBefore};
 }
 
-/// Runs `candidate` and `yardstick` in turns, `rounds` times each after one round that does not
-/// count; each call does `operations` operations. Which of the two goes first changes from round to
-/// round.
+/// Runs `candidate` and `yardstick` in turns, `rounds` times each after a warm-up round; each call
+/// does `operations` operations. The order alternates from round to round.
 template <typename Candidate, typename Yardstick>
 AlternatingResult measureAlternating(int rounds, int operations, Candidate&& candidate,
                                      Yardstick&& yardstick)
@@ -78,7 +78,7 @@ AlternatingResult measureAlternating(int rounds, int operations, Candidate&& can
             medianOf(processorRatios)};
 }
 
-/// Puts the figures into the line that the benchmark prints. `limit` is the ratio aimed at.
+/// Adds the figures to the benchmark's output line. `limit` is the highest ratio allowed.
 inline void reportRatio(benchmark::State& state, const AlternatingResult& result, double limit)
 {
     state.counters["ratio"] = result.ratio;

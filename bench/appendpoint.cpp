@@ -1,6 +1,6 @@
-// The cost of storing one reading, against the C interface of SQLite doing the same two commits on
-// the same tables with statements that are prepared once; and that of a reading of an earlier day,
-// against one of today.
+// The cost of storing one reading, against SQLite's C interface making the same two commits on the
+// same tables with statements prepared once; and that of a reading of an earlier day, against one
+// of today.
 
 #include "alternatingrounds.h"
 #include "rawappender.h"
@@ -57,8 +57,8 @@ void setZone(bool set)
     tzset();
 }
 
-/// `pointsPerRefresh` above 0: a chart looks at the store each time that many points have come, and
-/// detaches it.
+/// `pointsPerRefresh` above 0: every so many points a chart reads the store and detaches the
+/// writer.
 void appendPoint(benchmark::State& state, int curves, bool zoneSet, int pointsPerRefresh)
 {
     setZone(zoneSet);
@@ -96,7 +96,7 @@ void appendPoint(benchmark::State& state, int curves, bool zoneSet, int pointsPe
     }
 }
 
-/// A store with so many curves in today's file.
+/// A store with this many curves in today's file.
 class DayStore
 {
 public:
@@ -126,7 +126,7 @@ private:
     std::unique_ptr<CurveDataDB> m_store;
 };
 
-/// Readings of yesterday, whose file is not there at first, against readings of today.
+/// Readings of yesterday, whose file does not exist at first, against readings of today.
 void appendLatePoint(benchmark::State& state, int curves)
 {
     setZone(true);

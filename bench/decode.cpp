@@ -1,4 +1,4 @@
-// Decoding a full reply of the instrument against a plain C loop over the same bytes.
+// Decoding a full reply from the instrument, against a plain C loop over the same bytes.
 #include "acquisition/recorddecoder.h"
 #include "alternatingrounds.h"
 #include "runbenchmarks.h"
@@ -16,7 +16,7 @@
 
 namespace {
 
-/// As many records as a reading buffer of the instrument link holds.
+/// As many records as the reading buffer of the instrument link holds.
 constexpr int kRecords = 818;
 constexpr int kRounds = 201;
 constexpr double kLimit = 6.0;
@@ -35,8 +35,7 @@ std::string fullReply()
     return reply;
 }
 
-/// What a C programmer would write who trusts the instrument: no check of anything, nothing kept
-/// but sums.
+/// What a C programmer who trusts the instrument would write: no checks, nothing kept but sums.
 double plainDecode(const char* text)
 {
     constexpr std::size_t kHeaderLength = 7;

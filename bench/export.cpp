@@ -1,4 +1,4 @@
-// The time of a CSV export of stored curves, against two yardsticks: the sqlite3 program dumping a
+// The time to export stored curves to CSV, against two yardsticks: the sqlite3 program dumping a
 // wide table with the same cells to a file, and a bare loop over the same values in memory.
 
 #include "alternatingrounds.h"
@@ -31,7 +31,7 @@ constexpr int kCurves = 20;
 constexpr int kSamples = 500000;
 constexpr int kRounds = 5;
 constexpr qint64 kStepMs = 160; // a run of 22 hours
-/// Samples of one curve that follow each other in the file before those of the next come.
+/// Consecutive samples of one curve in the file before those of the next.
 constexpr int kStretch = 500;
 constexpr double kProgramLimit = 0.6;
 constexpr double kLoopLimit = 1.5;
@@ -54,7 +54,7 @@ qint64 presentTime()
     std::exit(1);
 }
 
-/// Values with all their digits, as a voltmeter gives them.
+/// Values with full precision, as a voltmeter reports them.
 double valueOf(int curve, int sample)
 {
     return std::sin(sample * 0.001 + curve) * std::pow(10.0, curve % 5 - 2) + sample * 1e-9;
@@ -65,7 +65,7 @@ qint64 timeOf(int sample)
     return midnight() + sample * kStepMs;
 }
 
-/// A run of all curves in the day file of the store, and the same as one wide table.
+/// A run of all curves in the store's day file, and the same data as one wide table.
 class Run
 {
 public:
@@ -81,7 +81,7 @@ public:
         }
     }
 
-    /// Exports all curves. The path of the file that was written.
+    /// Exports all curves. Returns the path of the file written.
     QString exportAll() const
     {
         CsvExportFromDBThread thread(m_store.get(), m_store->curveNames().keys(),
@@ -125,7 +125,7 @@ private:
         RawStore file(filePath("20260304.db"));
         file.execute("PRAGMA synchronous = OFF");
         file.execute("PRAGMA journal_mode = OFF");
-        file.execute("PRAGMA cache_size = -400000"); // the pages that grow at a time
+        file.execute("PRAGMA cache_size = -400000"); // caches the pages that grow together
         file.createDay(kCurves);
         const int perBatch = static_cast<int>(kRawBatchLengthMs / kStepMs);
         for (int first = 0; first < kSamples; first += perBatch) {
@@ -198,7 +198,7 @@ private:
     std::unique_ptr<CurveDataDB> m_store;
 };
 
-/// The values of the same lines from in memory: one conversion and one fwrite for each cell.
+/// Writes the same values from memory: one conversion and one fwrite per cell.
 class BareLoop
 {
 public:
@@ -239,8 +239,8 @@ private:
     std::vector<std::vector<double>> m_columns;
 };
 
-/// The values of the export, from behind the row number and the time, are those of the bare loop
-/// byte for byte. (The sqlite3 program rounds the last digits otherwise.)
+/// The exported values, behind row number and time, match those of the bare loop byte for byte.
+/// (The sqlite3 program rounds the last digits differently.)
 void requireSameValues(const QString& exported, const QString& looped)
 {
     constexpr int kLinesAbove = 6;

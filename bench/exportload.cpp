@@ -1,5 +1,5 @@
-// What an export costs besides its time: the memory that grows with the rows, and the gaps that it
-// leaves in the GUI thread's work beside a chart that draws 600 readings a second.
+// What an export costs besides time: memory that grows with the rows, and the gaps it leaves in the
+// GUI thread's work beside a chart that draws 600 readings a second.
 //
 //     bench_exportload
 
@@ -50,7 +50,7 @@ constexpr qint64 kWatchedMs = 8000;
     std::exit(1);
 }
 
-/// One batch of a curve: `rows` samples from `start` on, all in one statement.
+/// One batch of a curve: `rows` samples from `start` on, in one statement.
 void fillBatch(RawStore& file, int curve, qint64 start, int rows, qint64 stepMs)
 {
     const qint64 batch = alignToBatchStart(start);
@@ -69,13 +69,13 @@ void fillBatch(RawStore& file, int curve, qint64 start, int rows, qint64 stepMs)
     sqlite3_finalize(insert);
 }
 
-/// Fills the batches of some curves with `rows` samples each, from `start` on.
+/// Fills the batches of several curves with `rows` samples each, from `start` on.
 void fillCurves(const QString& path, int curves, qint64 start, int rows, qint64 stepMs)
 {
     RawStore file(path);
     file.execute("PRAGMA synchronous = OFF");
     file.execute("PRAGMA journal_mode = OFF");
-    file.execute("PRAGMA cache_size = -400000"); // the pages that grow at a time
+    file.execute("PRAGMA cache_size = -400000"); // caches the pages that grow together
     file.createDay(curves);
     const qint64 end = start + rows * stepMs;
     for (int curve = 1; curve <= curves; ++curve) {
@@ -96,7 +96,7 @@ std::unique_ptr<CsvExportFromDBThread> makeExport(CurveDataDB& store, const QStr
         QStringLiteral(","), QMap<QString, QString>(), start, end);
 }
 
-/// The largest memory that this process has had, in megabytes (10^6 bytes).
+/// Peak memory of this process in megabytes (10^6 bytes).
 double peakMemoryMb()
 {
     QFile status(QStringLiteral("/proc/self/status"));
@@ -118,7 +118,7 @@ qint64 pastMidnight()
 
 constexpr qint64 kMemoryStepMs = 40; // 2,000,000 of them take 22 hours
 
-/// In a process of its own: exports so many rows and prints the peak of its memory.
+/// In a process of its own: exports this many rows and prints its peak memory.
 int exportAndPrintPeak(const QString& directory, int rows)
 {
     CurveDataDB store(directory);
@@ -166,7 +166,7 @@ bool memoryIsKept()
     return kept;
 }
 
-/// A chart on curves that grow by 600 readings a second, and the heartbeat of the GUI thread.
+/// A chart of curves that grow by 600 readings a second, and a heartbeat of the GUI thread.
 class LiveChart
 {
 public:
@@ -174,7 +174,7 @@ public:
         : m_directory(QCoreApplication::applicationDirPath() + QStringLiteral("/exportload-XXXXXX"))
         , m_start(QDateTime::currentMSecsSinceEpoch() - kHistoryRows * kTickMs)
     {
-        // One day file holds it all, so there is no history before midnight.
+        // One day file holds it all, so nothing lies before midnight.
         const qint64 midnight = QDate::currentDate().startOfDay().toMSecsSinceEpoch();
         m_start = std::max(m_start, midnight);
         const auto rows =
@@ -201,8 +201,8 @@ public:
 
     ~LiveChart() { m_plot.clearCurves(); }
 
-    /// The largest gap of the heartbeat while the chart lives for so long; with exports one after
-    /// the other if wanted.
+    /// The largest heartbeat gap while the chart runs for this long, optionally with exports back
+    /// to back.
     qint64 largestGap(bool exporting)
     {
         QElapsedTimer clock;

@@ -1,12 +1,12 @@
-// Whether a long run gets slower or larger: 60 curves, a reading of each every 100 ms, from the
-// series through to the day file, while a chart looks at one of them each second.
+// Whether a long run slows down or grows: 60 curves, a reading of each every 100 ms, from the
+// series to the day file, while a chart reads one of them every second.
 //
 //     bench_longrun [number of points]
 //
-// The cost of the last points stands against that of the first. Hours lie between the two, so each
-// is taken as a ratio to the C interface of SQLite beginning a file of its own at that moment: what
-// the machine does meanwhile cancels out, what the run has piled up does not. The first points are
-// taken from several runs, of which the last one goes on.
+// Compares the cost of the last points with that of the first. Hours lie between them, so each is a
+// ratio to SQLite's C interface starting a file of its own at that moment: what else the machine
+// does cancels out, what the run accumulates does not. The first points are taken from several
+// runs, the last of which continues.
 
 #include "alternatingrounds.h"
 #include "rawappender.h"
@@ -33,13 +33,13 @@ constexpr int kCurves = 60;
 constexpr qint64 kSweepMs = 100;
 constexpr int kRepeats = 7;
 constexpr int kRounds = 98;
-constexpr int kPointsPerRound = 200; // about what SQLite folds into the file at a time
+constexpr int kPointsPerRound = 200; // about one checkpoint
 constexpr int kPointsPerSecond = 600;
 constexpr int kWindow = (kRounds + 1) * kPointsPerRound;
 constexpr qint64 kEarlyPoint = 10000;
 constexpr qint64 kDefaultPoints = 10000000;
 constexpr qint64 kMinPoints = (1 + kRepeats) * kWindow;
-/// As many as one day takes, less a second.
+/// As many as fit into one day, less a second.
 constexpr qint64 kMaxPoints = (86400000 / kSweepMs - 10) * kCurves;
 constexpr double kCostLimit = 1.1;
 constexpr double kGrowthLimitMb = 5.0;
@@ -52,7 +52,7 @@ qint64 g_now = 0;
     std::exit(1);
 }
 
-/// Megabytes (10^6 bytes) of this process in memory.
+/// Resident memory of this process in megabytes (10^6 bytes).
 double residentMb()
 {
     QFile status(QStringLiteral("/proc/self/status"));
@@ -66,13 +66,13 @@ double residentMb()
     fail("there is no resident memory to be read");
 }
 
-/// Beside the program, which is on a real disk; the system's own directory may be in memory.
+/// Beside the program, which is on a real disk; the system's temporary directory may be in memory.
 QString temporaryTemplate()
 {
     return QCoreApplication::applicationDirPath() + QStringLiteral("/longrun-XXXXXX");
 }
 
-/// The run. It begins at midnight; its series bring the readings of the half hour before.
+/// The run. It starts at midnight, with the readings of the half hour before in its series.
 class Run
 {
 public:
@@ -110,10 +110,10 @@ public:
     qint64 pointCount() const { return m_points; }
     qint64 midnight() const { return m_midnight; }
 
-    /// Resident memory right after the point kEarlyPoint.
+    /// Resident memory just after the point kEarlyPoint.
     double earlyMb() const { return m_earlyMb; }
 
-    /// Ends the program unless every reading of the run is in the day file, and the newest of each
+    /// Ends the program unless every reading of the run is in the day file and the newest of each
     /// series in memory.
     void requireAllThere()
     {
@@ -140,8 +140,8 @@ private:
         return m_directory.filePath(day + QStringLiteral(".db"));
     }
 
-    /// Fills the memory of the series to where it grows no more: the newest readings and the block
-    /// that is dropped at a time.
+    /// Fills the series' memory to its full size: the newest readings and the block dropped at a
+    /// time.
     void fillMemory()
     {
         constexpr int kPart = 1000;
@@ -156,7 +156,7 @@ private:
                 series->addPoints(points);
             }
         }
-        malloc_trim(0); // what it took to get here must not serve as a reserve later
+        malloc_trim(0); // memory freed so far must not serve as a reserve later
     }
 
     void appendNext()
@@ -181,7 +181,7 @@ private:
     double m_earlyMb = 0.0;
 };
 
-/// The cost of the next points of the run as a ratio to as many that begin a file.
+/// The cost of the run's next points, as a ratio to as many that start a file.
 double costOfNextPoints(Run& run)
 {
     const QTemporaryDir directory(temporaryTemplate());
@@ -198,7 +198,7 @@ double costOfNextPoints(Run& run)
     return result.ratio;
 }
 
-/// Appends up to `last` points, telling on the way how it goes.
+/// Appends up to `last` points and reports progress.
 void goOnTo(Run& run, qint64 last)
 {
     constexpr qint64 kReportEvery = 1000000;
@@ -220,7 +220,7 @@ bool report(const char* what, double value, double limit)
     return within;
 }
 
-/// Gives whether both limits are kept.
+/// Whether both limits are kept.
 bool measure(qint64 points)
 {
     std::vector<double> early;
@@ -252,7 +252,7 @@ bool measure(qint64 points)
 int main(int argc, char** argv)
 {
     QCoreApplication application(argc, argv);
-    std::setvbuf(stdout, nullptr, _IOLBF, 0); // it is watched while it runs
+    std::setvbuf(stdout, nullptr, _IOLBF, 0); // progress is watched as it runs
     QLoggingCategory::setFilterRules(QStringLiteral("default.debug=false"));
     const qint64 points = argc > 1 ? std::atoll(argv[1]) : kDefaultPoints;
     if (argc > 2 || points < kMinPoints || points > kMaxPoints) {

@@ -15,8 +15,8 @@
 #include <memory>
 #include <vector>
 
-/// The chart that the benchmarks of the plot measure: 16 curves, each of 15000 readings over one
-/// minute in memory, thinned to 10000 at each reload, on a canvas of 900 x 500 pixels.
+/// The chart that the plot benchmarks measure: 16 curves, each with 15000 readings over one minute
+/// in memory, thinned to 10000 at each reload, on a canvas of 900 x 500 pixels.
 class PlotBench
 {
 public:
@@ -26,8 +26,8 @@ public:
     static constexpr int kCanvasHeight = 500;
 
     enum class Signal {
-        Quiet, ///< A slow wave with a noise of a few pixels.
-        Noisy, ///< Noise over the whole height.
+        Quiet, ///< A slow wave with noise of a few pixels.
+        Noisy, ///< Noise over the full height.
     };
 
     explicit PlotBench(Signal signal)
@@ -44,7 +44,7 @@ public:
         }
         m_plot.show();
         sizeCanvas();
-        m_plot.onMagnifierZoomed(1.0); // holds the view: nothing moves while the clock runs
+        m_plot.onMagnifierZoomed(1.0); // holds the view: it does not follow the clock
         m_plot.setAxisScale(QwtPlot::xBottom, static_cast<double>(m_start),
                             static_cast<double>(m_start + kSpanMs));
         m_plot.setAxisScale(QwtPlot::yLeft, -12.0, 12.0);
@@ -53,7 +53,7 @@ public:
         reload();
     }
 
-    /// Removes what an earlier run may have left of the store, or what this one leaves.
+    /// Removes the store left by an earlier run or by this one.
     static void removeStore()
     {
         QDir(QCoreApplication::applicationDirPath() + QLatin1Char('/') + directoryName())
@@ -97,7 +97,7 @@ private:
         return points;
     }
 
-    /// Gives the plot the size at which its canvas has the one wanted.
+    /// Resizes the plot so that its canvas gets the size wanted.
     void sizeCanvas()
     {
         for (int i = 0; i < 5; ++i) {
@@ -114,7 +114,7 @@ private:
     CCurvePlot m_plot;
 };
 
-/// The main() of a benchmark of the plot.
+/// main() of a plot benchmark.
 inline int runPlotBenchmarks(int argc, char** argv)
 {
     qputenv("QT_QPA_PLATFORM", "offscreen");

@@ -6,12 +6,12 @@
 
 #include <vector>
 
-/// The yardstick of storing a reading: two commits through the C interface of SQLite, the row and
-/// the extremes of its curve, with statements that are prepared once.
+/// The yardstick for storing a reading: two commits through SQLite's C interface, the row and its
+/// curve's extremes, with statements prepared once.
 class RawAppender
 {
 public:
-    /// Makes the file at `path` with one table for each curve.
+    /// Creates the file at `path` with one table per curve.
     RawAppender(const QString& path, int curves, qint64 batchStart);
     ~RawAppender();
     RawAppender(const RawAppender&) = delete;

@@ -6,9 +6,8 @@
 
 #include <string>
 
-/// A file of the store through the C interface of SQLite, as the yardsticks use it. Everything here
-/// ends the program with a message when SQLite reports an error: a yardstick that does not do its
-/// work measures nothing.
+/// A store file through SQLite's C interface, for the yardsticks. Any SQLite error ends the program
+/// with a message: a yardstick that does not do its work measures nothing.
 class RawStore
 {
 public:
@@ -17,20 +16,20 @@ public:
     RawStore(const RawStore&) = delete;
     RawStore& operator=(const RawStore&) = delete;
 
-    /// Runs statements that give no rows of interest.
+    /// Runs statements whose rows do not matter.
     void execute(const std::string& sql);
 
     /// The number in the first row of a query.
     qint64 number(const std::string& sql);
 
-    /// A prepared statement; the caller finalizes it before this object goes.
+    /// A prepared statement; the caller finalizes it before this object is destroyed.
     sqlite3_stmt* prepare(const std::string& sql);
 
-    /// The three tables that every day file has, and so many curves under the numbers from 1 and
+    /// The three tables of every day file, and this many curves, numbered from 1 and named by
     /// rawCurveName().
     void createDay(int curves);
 
-    /// The table, the index and the catalogue row of one six-hour batch of a curve.
+    /// The table, index and catalogue row of one six-hour batch of a curve.
     void createBatchTable(int curveId, qint64 batchStart, const QString& tableName);
 
 private:
@@ -39,10 +38,10 @@ private:
     sqlite3* m_db = nullptr;
 };
 
-/// Steps a statement that gives no row, and makes it ready for the next run.
+/// Steps a statement that returns no row and resets it.
 void stepDone(sqlite3_stmt* statement);
 
-/// "101(V)" for the curve 1.
+/// "101(V)" for curve 1.
 QString rawCurveName(int curveId);
 
 /// "curve_1_batch_20260112_060000_20260112_115959".

@@ -22,7 +22,7 @@ namespace {
 
 constexpr qint64 kHourMs = 3600000;
 
-/// Noon of the store's present day; the files read are those of the days before.
+/// Noon of the store's current day; the files read are from the days before.
 qint64 presentTime()
 {
     static const qint64 time = QDateTime(QDate(2026, 3, 5), QTime(12, 0)).toMSecsSinceEpoch();
@@ -34,7 +34,7 @@ qint64 midnightOf(int day)
     return QDateTime(QDate(2026, 3, day), QTime(0, 0)).toMSecsSinceEpoch();
 }
 
-/// Ends the program if a measurement did not do its work.
+/// Ends the program if a measurement did no work.
 void require(bool condition, const char* what)
 {
     if (condition) {
@@ -44,7 +44,7 @@ void require(bool condition, const char* what)
     std::exit(1);
 }
 
-/// A store whose today's file knows one curve, with the number 1.
+/// A store with one curve, number 1, in today's file.
 class Store
 {
 public:
@@ -66,8 +66,8 @@ private:
     QTemporaryDir m_directory;
 };
 
-/// Inserts as many points as are asked for when it runs, all in one statement: the number that
-/// AUTOINCREMENT draws costs a look through a table with a row for each table of the file.
+/// Inserts the requested number of points in one statement: each AUTOINCREMENT number costs a
+/// search of a table that has a row for every table in the file.
 sqlite3_stmt* prepareInsert(RawStore& file, const QString& table)
 {
     return file.prepare("INSERT INTO " + table.toStdString() +
@@ -97,15 +97,15 @@ void fillBatch(const QString& path, qint64 batchStart, int points, qint64 stepMs
     sqlite3_finalize(insert);
 }
 
-/// A whole day of `curves` curves. Ten minutes of one curve follow ten minutes of another, so that
-/// the pages of a table lie scattered over the file as a run leaves them.
+/// A full day of `curves` curves, ten minutes of one curve after ten minutes of another, so that a
+/// table's pages are scattered over the file as a run leaves them.
 void fillDay(const QString& path, qint64 midnight, int curves, qint64 stepMs)
 {
     constexpr qint64 kStretchMs = 600000;
     RawStore file(path);
     file.execute("PRAGMA synchronous = OFF");
     file.execute("PRAGMA journal_mode = OFF");
-    file.execute("PRAGMA cache_size = -400000"); // the pages that grow at a time
+    file.execute("PRAGMA cache_size = -400000"); // caches the pages that grow together
     file.createDay(curves);
     for (int batch = 0; batch < 4; ++batch) {
         const qint64 start = midnight + batch * kRawBatchLengthMs;
@@ -177,7 +177,7 @@ void readHourOfManyCurves(benchmark::State& state)
     fillDay(files.pathOf(2), midnightOf(2), 1, kStepMs);
     CurveDataDB store(files.path());
     const auto readDay = [&](int day) {
-        // A different hour each time, and the fourth batch as well as the first.
+        // A different hour each time, in the fourth batch as well as the first.
         for (int i = 0; i < kReads; ++i) {
             const qint64 start = midnightOf(day) + (i * 7 % 23) * kHourMs;
             const auto points = store.readCurveData(1, start, start + kHourMs - 1, 10000);

@@ -2,7 +2,7 @@
 
 #include <QtGlobal>
 
-/// Readings of all curves in turn, a millisecond from one to the next.
+/// Readings of all curves in turn, one millisecond apart.
 class Readings
 {
 public:

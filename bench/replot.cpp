@@ -1,5 +1,5 @@
 // The cost of one reload and replot of a chart, against a bare painter that draws the same thinned
-// poly-lines, already turned into pixels, into an image of the size of the canvas.
+// polylines, already in pixels, into an image of the canvas's size.
 
 #include "alternatingrounds.h"
 #include "plotbench.h"
@@ -16,7 +16,7 @@ constexpr int kRounds = 21;
 constexpr int kReplotsPerRound = 2;
 constexpr double kLimit = 1.5;
 
-/// The poly-lines that the plot shows, in pixels, and the pens that it draws them with.
+/// The polylines that the plot shows, in pixels, and their pens.
 class Yardstick
 {
 public:
@@ -39,7 +39,7 @@ public:
     {
         m_image.fill(Qt::white);
         QPainter painter(&m_image);
-        // As on a widget: without a clip the painter takes a much slower way.
+        // As on a widget: without a clip the painter takes a much slower path.
         painter.setClipRect(m_image.rect());
         for (size_t i = 0; i < m_lines.size(); ++i) {
             painter.setPen(m_pens[i]);

@@ -6,7 +6,7 @@
 
 namespace {
 
-/// A line for each benchmark: its ratio, the limit, and whether the one keeps the other.
+/// One line per benchmark: its ratio, the limit, and whether it is kept.
 class RatioReporter : public benchmark::BenchmarkReporter
 {
 public:

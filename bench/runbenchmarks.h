@@ -1,6 +1,6 @@
 #pragma once
 
-/// Runs the registered benchmarks that the command line asks for and prints a line for each: the
-/// counters that reportRatio() sets. Gives the exit code of the program: 0 if every one did its
-/// work and kept below its limit, else 1.
+/// Runs the benchmarks selected on the command line and prints a line for each, with the counters
+/// that reportRatio() sets. Returns the exit code: 0 if each one did its work and stayed below its
+/// limit, else 1.
 int runBenchmarks(int argc, char** argv);

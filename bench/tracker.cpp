@@ -1,5 +1,5 @@
-// The cost of one read-out under the pointer, against a bare loop over the same samples that turns
-// each into a pixel and keeps the nearest.
+// The cost of one read-out under the pointer, against a bare loop that turns the same samples into
+// pixels and keeps the nearest.
 
 #include "alternatingrounds.h"
 #include "plot/curvetracker.h"
@@ -44,7 +44,7 @@ public:
         }
     }
 
-    /// Square of the distance from `pos` to the nearest sample, in pixels.
+    /// Squared distance from `pos` to the nearest sample, in pixels.
     int nearest(const QPointF& pos) const
     {
         const int x = m_x.pixel(pos.x());

@@ -5,7 +5,7 @@
 
 namespace {
 
-/// The child gives each of its two threads 5 s to end before it ends them by force.
+/// The child gives each of its two threads 5 s before it terminates them.
 constexpr int kEndWaitMs = 12000;
 
 } // namespace

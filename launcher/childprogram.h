@@ -6,7 +6,7 @@
 #include <QProcess>
 
 /// The control program as the launcher's child: its argument is the VISA resource, its standard
-/// streams carry the launcher channel (see docs/launcher.md).
+/// streams carry the launcher channel (docs/launcher.md).
 class ChildProgram : public QObject
 {
     Q_OBJECT
@@ -15,10 +15,11 @@ class ChildProgram : public QObject
 public:
     explicit ChildProgram(QObject* parent);
 
-    /// Starts the program at `path` on `resource`. Its log goes to the launcher's own.
+    /// Starts the program at `path` on `resource`. Its diagnostic log goes to the launcher's
+    /// standard error.
     void start(const QString& path, const QString& resource);
 
-    /// Sends "exit" and waits for the end; a child that does not end within 12 s is killed.
+    /// Sends "exit" and waits; a child that has not ended after 12 s is killed.
     void end();
 
     bool isRunning() const { return m_process.state() != QProcess::NotRunning; }
@@ -27,7 +28,7 @@ signals:
     /// The child has shown its window; `handle` is the native window, `color` its background.
     void windowShown(qulonglong handle, const QColor& color);
 
-    /// Any other line of the child's standard output.
+    /// Any other line from the child's standard output.
     void lineReceived(const QString& line);
 
     /// The child has ended or could not be started.

@@ -17,7 +17,7 @@ LauncherWindow::LauncherWindow()
 
 void LauncherWindow::embed(qulonglong handle, const QColor& color)
 {
-    // The child tells its handle at each show; most often it is the one that is in already.
+    // The child reports its handle at each show; usually it is the one already embedded.
     if (handle == m_handle) {
         return;
     }

@@ -4,7 +4,7 @@
 
 class QVBoxLayout;
 
-/// The launcher's window: hosts the child's frameless window by its native handle.
+/// The launcher's window. It embeds the child's frameless window by its native handle.
 class LauncherWindow : public QWidget
 {
     Q_OBJECT
@@ -13,11 +13,11 @@ class LauncherWindow : public QWidget
 public:
     LauncherWindow();
 
-    /// Takes the child's window in; an earlier one is let go.
+    /// Embeds the child's window, releasing an earlier one.
     void embed(qulonglong handle, const QColor& color);
 
 signals:
-    /// The user closes the window; the child is to be ended before the handler returns.
+    /// The user is closing the window; the handler must end the child before it returns.
     void closing();
 
 protected:

@@ -89,7 +89,7 @@ int main(int argc, char* argv[])
     window.resize(kWidth, kHeight);
     ChildProgram child(&application);
     QObject::connect(&child, &ChildProgram::windowShown, &window, &LauncherWindow::embed);
-    // Queued: a child that does not even start has ended before the event loop runs.
+    // Queued: a child that fails to start has ended before the event loop runs.
     QObject::connect(
         &child, &ChildProgram::ended, &application,
         [](int exitCode) { QCoreApplication::exit(exitCode < 0 ? 1 : exitCode); },

@@ -1,5 +1,5 @@
 #pragma once
 
-/// Lets an interrupt or a request to terminate end the event loop, so that the child is ended in
-/// order. Call once, with the application object there.
+/// Makes SIGINT and SIGTERM end the event loop, so that the child is ended properly. Call once,
+/// after the application object exists.
 void quitOnSignals();

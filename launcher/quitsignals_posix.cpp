@@ -7,13 +7,13 @@
 
 #include <csignal>
 
-// Another system tells a console program by other means (Windows: SetConsoleCtrlHandler).
+// Other systems notify a console program differently (Windows: SetConsoleCtrlHandler).
 
 namespace {
 
 int g_pipe[2] = {-1, -1};
 
-/// Only what a signal handler may do: the event loop hears of it through the pipe.
+/// Only async-signal-safe calls here; the pipe wakes the event loop.
 void onSignal(int)
 {
     const char byte = 0;

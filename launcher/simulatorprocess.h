@@ -4,14 +4,14 @@
 #include <QString>
 #include <QStringList>
 
-/// A simulated instrument that runs as long as this object lives.
+/// A simulated instrument that runs for the lifetime of this object.
 class SimulatorProcess
 {
 public:
     ~SimulatorProcess();
 
-    /// Starts the simulator at `path` and waits until it serves. Gives the VISA resource of its
-    /// first transport, empty on failure (errorText() tells why).
+    /// Starts the simulator at `path` and waits until it serves. Returns the VISA resource of its
+    /// first transport, or empty on failure (see errorText()).
     QString start(const QString& path, const QStringList& arguments);
 
     QString errorText() const { return m_errorText; }

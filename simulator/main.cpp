@@ -18,7 +18,7 @@ using namespace scnsim;
 constexpr int kBadOptions = 2;
 constexpr int kCannotServe = 1;
 
-/// The instrument's clock starts with this computer's local time and runs on its own from there.
+/// The instrument's clock starts at this computer's local time and runs on its own from there.
 DateTime localTimeNow()
 {
     const auto now = std::chrono::system_clock::now();

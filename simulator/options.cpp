@@ -17,7 +17,7 @@ constexpr double kHighestRate = 100000;
 constexpr int kLowestBaud = 300;
 constexpr int kHighestBaud = 4000000;
 
-/// Reads the whole text as a number between the limits.
+/// Parses the whole text as a number between the limits.
 template <typename Number>
 bool parseNumber(const std::string& text, Number minimum, Number maximum, Number& number)
 {
@@ -60,7 +60,7 @@ bool parseBaud(const std::string& text, Options& options)
     return parseNumber(text, kLowestBaud, kHighestBaud, options.baud);
 }
 
-/// "1:1,2:8": slot and module type. An empty text is a mainframe without modules.
+/// "1:1,2:8": slot and module type. Empty: a mainframe without modules.
 bool parseSlots(const std::string& text, Options& options)
 {
     options.modules.clear();
@@ -80,7 +80,7 @@ bool parseSlots(const std::string& text, Options& options)
     return true;
 }
 
-/// Four fields, none of them empty, and no blanks: the serial number is found by its place.
+/// Four non-empty fields and no blanks: clients find the serial number by its position.
 bool parseIdentity(const std::string& text, Options& options)
 {
     const std::vector<std::string> fields = split(text, ',');
@@ -146,7 +146,7 @@ bool parseFaultOption(const std::string& text, Options& options)
     return true;
 }
 
-/// Why a text is no fault.
+/// Why a text is not a valid fault.
 std::string faultReason(const std::string& text)
 {
     Fault fault;
@@ -220,7 +220,7 @@ void parseValue(const OptionRow& row, const std::string& value, Options& options
     throw CLI::ParseError(message, CLI::ExitCodes::ValidationError);
 }
 
-/// The command line as the library sees it. It keeps a reference to the options.
+/// Binds the option table to the library. Keeps a reference to the options.
 class CommandLine
 {
 public:
@@ -246,7 +246,7 @@ public:
 
     void parse(const std::vector<std::string>& arguments)
     {
-        // The library takes them from the back.
+        // The library reads the arguments from the back.
         m_app.parse(std::vector<std::string>(arguments.rbegin(), arguments.rend()));
         const std::vector<std::string> unknown = m_app.remaining();
         if (!unknown.empty()) {

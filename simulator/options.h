@@ -11,15 +11,14 @@
 
 namespace scnsim {
 
-/// What the command line asks for.
+/// The settings from the command line.
 struct Options
 {
     bool help = false;
-    /// None: no TCP port. With neither a port nor a pseudo-terminal asked for it is the usual
-    /// port of instruments.
+    /// None: no TCP port. Without a port and a pseudo-terminal it is the instruments' usual port.
     std::optional<std::uint16_t> tcpPort;
     std::string terminalLink;
-    /// The speed of the pseudo-terminal in bits per second; 0: as fast as it goes.
+    /// Speed of the pseudo-terminal in bits per second; 0: unlimited.
     int baud = 0;
     std::map<int, int> modules = {{1, 1}, {2, 2}, {3, 8}};
     std::string identity = "SCN,SCN4070A,MY00000042,01.02-sim";
@@ -32,7 +31,7 @@ struct Options
     std::vector<Fault> faults;
 };
 
-/// Reads the arguments behind the program's name.
+/// Parses the arguments that follow the program's name.
 /// @return false with a text in error
 bool parseOptions(const std::vector<std::string>& arguments, Options& options, std::string& error);
 

@@ -9,9 +9,9 @@
 
 namespace scnsim {
 
-/// Takes the parameters of a command one after another and checks them. The first that does not
-/// fit sets the error; whatever is taken after that is a default and must not be used, so a
-/// handler takes all it wants, asks ok() once and only then acts.
+/// Takes and checks a command's parameters one after another. The first that does not fit sets the
+/// error; everything taken after it is a default and must not be used. So a handler takes all it
+/// needs, calls ok() once, and only then acts.
 class Arguments
 {
 public:
@@ -26,7 +26,7 @@ public:
     /// A number or, in its place, MINimum, MAXimum or DEFault.
     double number(double minimum, double maximum, double standard);
 
-    /// A number of any size, or one of the three words; what the number may be is left to others.
+    /// A number of any size, or one of the three words; the caller checks the range.
     double numberOrLimit(double minimum, double maximum, double standard);
 
     /// A number between the limits, rounded to an integer.
@@ -39,7 +39,7 @@ public:
     /// ON, OFF or a number, which is on unless it rounds to 0.
     bool onOff();
 
-    /// The index of the word that matches; each word may be given in its short or long form.
+    /// Index of the matching word; each may be given in short or long form.
     std::size_t word(Facts<const char*> words);
 
     /// A text in quotes, not longer than the limit.
@@ -48,7 +48,7 @@ public:
     /// A list of channels that exist, at least one.
     std::vector<int> channels(const Instrument& instrument);
 
-    /// The same, which may be empty.
+    /// The same, possibly empty.
     std::vector<int> channelsOrNone(const Instrument& instrument);
 
     bool hasMore() const { return m_next < m_parameters.size(); }
@@ -69,7 +69,7 @@ private:
     ErrorCode m_error = ErrorCode::None;
 };
 
-/// The number in the error list for what the model refuses.
+/// Error number for a refusal by the model.
 ErrorCode errorFor(Refusal refusal);
 
 } // namespace scnsim

@@ -29,7 +29,7 @@ Outcome forEachChannel(Session& s, Arguments& a, const Answer& answerOf)
     return answer(std::move(text));
 }
 
-/// The spelling's short form without what may be left out: "VOLTage[:DC]" gives "VOLT".
+/// Short form without the optional parts: "VOLTage[:DC]" gives "VOLT".
 std::string shortName(const std::string& spelling)
 {
     std::string name;
@@ -57,7 +57,7 @@ std::optional<Function> functionNamed(const std::string& name)
 
 Outcome setFunction(Session& s, Arguments& a)
 {
-    // No function's name is longer than the longest text the instrument takes.
+    // No function name exceeds the longest text the instrument takes.
     const std::optional<Function> function = functionNamed(a.text(kLongestLabel));
     const std::vector<int> channels = a.channels(s.instrument);
     if (!a.ok()) {
@@ -74,8 +74,8 @@ Outcome function(Session& s, Arguments& a)
     });
 }
 
-/// Which kind of sensor the temperature function takes. Two- and four-wire forms are one kind; a
-/// channel that measures no temperature answers as for a thermocouple.
+/// The kind of sensor a temperature function uses, the same for two and four wires; a channel that
+/// measures no temperature answers as for a thermocouple.
 Outcome transducerType(Session& s, Arguments& a)
 {
     return forEachChannel(s, a, [](const ChannelSettings& c) -> std::string {
@@ -108,7 +108,7 @@ Outcome label(Session& s, Arguments& a)
     return forEachChannel(s, a, [](const ChannelSettings& c) { return quoted(c.label); });
 }
 
-/// A unit becomes a part of each reading, so it must not hold what separates there.
+/// A unit becomes part of each reading, so it must not contain a separator.
 Outcome setScaledUnit(Session& s, Arguments& a)
 {
     const std::string unit = a.text(kLongestUnit);

@@ -8,7 +8,7 @@
 
 namespace scnsim {
 
-/// The registers that IEEE 488.2 wants beside the error queue.
+/// The IEEE 488.2 registers beside the error queue.
 struct StatusRegisters
 {
     unsigned eventStatus = 0;
@@ -16,7 +16,7 @@ struct StatusRegisters
     unsigned serviceEnable = 0;
 };
 
-/// What a command works on.
+/// What a command acts on.
 struct Session
 {
     Instrument& instrument;
@@ -26,7 +26,7 @@ struct Session
     Instant now;
 };
 
-/// What became of a command or query.
+/// The outcome of a command or query.
 struct Outcome
 {
     ErrorCode error = ErrorCode::None;
@@ -70,8 +70,8 @@ Outcome perform(Session& session, Arguments& arguments)
     return done();
 }
 
-/// A header with what its command and its query do; a missing handler means that the instrument
-/// has no such command or query.
+/// A header with its command and query handlers; a missing handler means there is no such command
+/// or query.
 struct CommandRow
 {
     const char* spelling;
@@ -79,24 +79,24 @@ struct CommandRow
     Handler query;
 };
 
-/// A header that sets and queries one numeric setting of channels.
+/// A header that sets and queries one numeric channel setting.
 struct OptionRow
 {
     const char* spelling;
     Option option;
 };
 
-/// The command tables, one for each field of the instrument.
+/// The command tables, one per area of the instrument.
 Facts<CommandRow> commonCommands();
 Facts<CommandRow> systemCommands();
 Facts<CommandRow> channelCommands();
 Facts<CommandRow> scanCommands();
 Facts<OptionRow> optionHeaders();
 
-/// Sets an option of channels from a value and a channel list.
+/// Sets a channel option from a value and a channel list.
 Outcome setOption(Session& session, Arguments& arguments, Option option);
 
-/// Answers an option of each channel of a list, separated by commas.
+/// Answers a channel option for each channel of a list, separated by commas.
 Outcome queryOption(Session& session, Arguments& arguments, Option option);
 
 } // namespace scnsim

@@ -32,7 +32,7 @@ void markComplete(Session& s)
     s.status.eventStatus |= kOperationComplete;
 }
 
-/// All commands are carried out at once, so there is never anything to wait for.
+/// Every command is carried out at once, so there is never anything to wait for.
 std::string allComplete(Session&)
 {
     return "1";

@@ -9,7 +9,7 @@ namespace scnsim {
 
 namespace {
 
-/// What a header leads to: one of the two.
+/// What a header resolves to: one of the two.
 struct Entry
 {
     const CommandRow* command;
@@ -18,7 +18,7 @@ struct Entry
 
 using HeaderTable = std::unordered_map<std::string, Entry>;
 
-/// Every header in each of its spellings.
+/// All spellings of all headers.
 HeaderTable makeHeaderTable()
 {
     HeaderTable table;
@@ -46,9 +46,9 @@ const Entry* lookUp(const std::vector<std::string>& header)
     return found == table.end() ? nullptr : &found->second;
 }
 
-/// A header continues in the branch of the one before it on the line; if it is not found there it
-/// is looked for at the root, which spares clients the leading colon. Common commands leave the
-/// branch as it is.
+/// A header continues in the branch of the one before it on the line; if it is not found there, it
+/// is looked up from the root, which spares clients the leading colon. Common commands leave the
+/// branch unchanged.
 const Entry* find(const MessageUnit& unit, std::vector<std::string>& path)
 {
     const bool common = unit.header.front().front() == '*';
@@ -80,7 +80,7 @@ std::string Dialogue::handle(std::string_view line, Instant now)
 {
     advance(now);
     std::string reply;
-    // Where the next header without a leading colon starts in the command tree.
+    // Branch of the command tree in which the next header without a leading colon starts.
     std::vector<std::string> path;
     bool answered = false;
     for (const MessageUnit& unit : parseMessage(line)) {

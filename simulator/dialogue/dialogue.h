@@ -9,9 +9,9 @@
 
 namespace scnsim {
 
-/// The instrument's language: takes a line, lets the instrument do what it says, and makes the
-/// answer. What is refused leaves its number in the error queue, changes nothing and answers
-/// nothing; the other commands of the same line are carried out all the same.
+/// The command language: takes a line, has the instrument carry it out, and returns the answer. A
+/// refused command puts its number into the error queue, changes nothing and answers nothing; the
+/// rest of the line is still carried out.
 class Dialogue
 {
 public:
@@ -27,7 +27,7 @@ public:
     /// Lets time pass without a line.
     void advance(Instant now);
 
-    /// Puts an error into the queue that is not the fault of a command.
+    /// Queues an error that no command caused.
     void report(ErrorCode error);
 
 private:

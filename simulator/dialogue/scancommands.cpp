@@ -104,8 +104,8 @@ std::string readingCount(Session& s)
     return signedInteger(static_cast<long long>(s.instrument.memory().count()));
 }
 
-/// One record: the value, and as the format settings say unit, time, channel and alarm. Its value
-/// is signed, so that a record at the front of a block never starts with a digit.
+/// One record: the value, then unit, time, channel and alarm as the format settings say. The value
+/// has a sign, so a record at the front of a block never starts with a digit.
 std::string record(const Reading& reading, const ReadingFormat& format)
 {
     std::string text = longNumber(reading.value);

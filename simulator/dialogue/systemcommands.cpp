@@ -17,7 +17,7 @@ constexpr int kGreatestRowLimit = 100000;
 constexpr std::size_t kLongestStateName = 40;
 constexpr int kMsPerMinute = 60000;
 constexpr const char* kTimeTypes[] = {"RELative", "ABSolute"};
-/// Where the time of day begins in a time stamp's text; the date and a comma stand before it.
+/// Where the time of day starts in a time stamp, behind the date and a comma.
 constexpr std::size_t kTimeOfDay = 11;
 
 std::string takeError(Session& s)
@@ -30,7 +30,7 @@ std::string errorCount(Session& s)
     return signedInteger(static_cast<long long>(s.errors.count()));
 }
 
-/// Maker, model, serial number, revision. An empty slot has "0" for a model.
+/// Maker, model, serial number, revision. An empty slot has "0" as its model.
 Outcome moduleInSlot(Session& s, Arguments& a)
 {
     const int slot = a.integer(1, kLastSlot);
@@ -129,7 +129,7 @@ Outcome setSwitch(Arguments& a, bool& target)
     return done();
 }
 
-/// A switch of the instrument as a whole, found by the members that lead to it.
+/// An on/off setting of the mainframe, found through the members that lead to it.
 template <auto Group, auto Member>
 Outcome setGroupSwitch(Session& s, Arguments& a)
 {

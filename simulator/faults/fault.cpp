@@ -18,7 +18,7 @@ constexpr double kLongestReply = 10000000;
 constexpr double kFarthestJumpS = 1e9;
 constexpr double kMostTimes = 1000000000;
 
-/// What stands behind the name of a kind.
+/// What follows the name of a kind.
 enum class ValueForm { None, Whole, Decimal, Error, Record };
 
 struct KindRow
@@ -28,7 +28,7 @@ struct KindRow
     ValueForm form;
     double minimum;
     double maximum;
-    /// The value if none is given; a kind without one wants it given.
+    /// Default value; a kind without one requires it.
     std::optional<double> standard;
     const char* wanted;
 };
@@ -158,7 +158,7 @@ std::vector<std::string> wordsOf(std::string_view text)
     return words;
 }
 
-/// Takes "times count" from the end.
+/// Removes "times count" from the end.
 bool takeCount(std::vector<std::string>& words, Fault& fault, std::string& error)
 {
     const std::size_t size = words.size();
@@ -175,7 +175,7 @@ bool takeCount(std::vector<std::string>& words, Fault& fault, std::string& error
     return true;
 }
 
-/// Takes "for pattern" from the end; the pattern goes on to the end and may hold blanks.
+/// Removes "for pattern" from the end; the pattern runs to the end and may contain blanks.
 bool takePattern(std::vector<std::string>& words, Fault& fault, std::string& error)
 {
     for (std::size_t i = 0; i < words.size(); ++i) {
@@ -197,7 +197,7 @@ bool takePattern(std::vector<std::string>& words, Fault& fault, std::string& err
     return true;
 }
 
-/// Takes the kind and its value, which is all that is left.
+/// Reads the kind and its value, which is all that is left.
 bool takeKind(const std::vector<std::string>& words, Fault& fault, std::string& error)
 {
     const KindRow* const row = words.empty() ? nullptr : kindNamed(words[0]);
@@ -231,7 +231,7 @@ bool parseFault(std::string_view text, Fault& fault, std::string& error)
         error = "refuse takes no pattern";
         return false;
     }
-    // A clock that jumps at each line is rarely wanted.
+    // A clock that jumps on every line is rarely wanted.
     if (parsed.kind == FaultKind::ClockJump && !parsed.count) {
         parsed.count = 1;
     }
@@ -266,7 +266,8 @@ std::string normalizedLine(std::string_view line)
 
 bool matchesPattern(std::string_view pattern, std::string_view text)
 {
-    // Where to go on after a mismatch: behind the last asterisk, which then takes one more.
+    // Where to resume after a mismatch: behind the last asterisk, which then matches one more
+    // character.
     std::size_t star = std::string_view::npos;
     std::size_t retry = 0;
     std::size_t p = 0;

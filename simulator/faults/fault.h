@@ -18,11 +18,11 @@ enum class FaultKind {
     Oversize,  ///< the reply is far too long
     BadRecord, ///< one record of a fetched batch is damaged
     Reject,    ///< the command is not carried out and an error is queued
-    Elsewhere, ///< somebody else works on the instrument
+    Elsewhere, ///< someone else is using the instrument
     ClockJump, ///< the instrument's clock jumps before the line is carried out
 };
 
-/// What a bad record looks like; the value of FaultKind::BadRecord.
+/// Form of a bad record; the value of FaultKind::BadRecord.
 enum BadRecordForm {
     kBadMonth,     ///< the record in the middle has a month of 13
     kMissingUnit,  ///< the record in the middle has a value without a unit
@@ -33,11 +33,10 @@ enum BadRecordForm {
 struct Fault
 {
     FaultKind kind = FaultKind::Silence;
-    /// Milliseconds of a delay, bytes of a spoilt reply, number of the error of a rejection,
-    /// BadRecordForm, seconds of a clock jump; of no meaning for the others.
+    /// Milliseconds of a delay, bytes of a spoilt reply, error number of a rejection,
+    /// BadRecordForm, or seconds of a clock jump; unused by the others.
     double value = 0;
-    /// The normalised lines it acts on: '*' stands for any run of characters, all others for
-    /// themselves.
+    /// The normalised lines it acts on: '*' matches any run of characters, everything else itself.
     std::string pattern = "*";
     /// How often it acts; none: until it is cleared.
     std::optional<int> count;
@@ -50,8 +49,8 @@ bool parseFault(std::string_view text, Fault& fault, std::string& error);
 /// The fault in the form that parseFault() reads.
 std::string faultText(const Fault& fault);
 
-/// The line as patterns see it: in upper case, without blanks at its ends and without a leading
-/// colon, each run of blanks within it one blank.
+/// The line as patterns see it: upper case, trimmed, without a leading colon, each run of blanks
+/// reduced to one.
 std::string normalizedLine(std::string_view line);
 
 /// Whether the whole text fits the pattern.

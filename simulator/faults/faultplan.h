@@ -8,7 +8,7 @@
 
 namespace scnsim {
 
-/// The faults that are in force. Each has a number, counted from 1, under which it can be cleared.
+/// The active faults. Each has a number, counted from 1, by which it can be cleared.
 class FaultPlan
 {
 public:
@@ -20,16 +20,16 @@ public:
 
     void clear() { m_entries.clear(); }
 
-    /// The oldest fault of this kind that acts on the line. It has acted once more then, and is
-    /// gone if its count is used up.
+    /// The oldest fault of this kind that acts on the line. It counts as used once more, and is
+    /// removed when its count is used up.
     /// @param line a normalised line
     std::optional<Fault> take(FaultKind kind, const std::string& line);
 
-    /// Whether a fault of this kind stands until it is cleared.
+    /// Whether a fault of this kind is active until cleared.
     bool standsFor(FaultKind kind) const;
 
-    /// The faults, "1: silence for R? *; 3: drop times 2", with the counts that are left;
-    /// empty for none.
+    /// The active faults with their remaining counts, "1: silence for R? *; 3: drop times 2"; empty
+    /// for none.
     std::string list() const;
 
 private:

@@ -12,11 +12,11 @@ namespace scnsim {
 
 namespace {
 
-/// Fields of a record with unit, absolute time, channel and alarm, and where the month stands.
+/// Fields of a record with unit, absolute time, channel and alarm, and the position of the month.
 constexpr std::size_t kFields = 9;
 constexpr std::size_t kMonthField = 2;
 
-/// What a definite-length block holds; none if the text is none.
+/// Content of a definite-length block; none if the text is not one.
 std::optional<std::string_view> blockContent(std::string_view text)
 {
     if (text.size() < 2 || text[0] != '#' || text[1] < '1' || text[1] > '9') {
@@ -59,7 +59,7 @@ std::string joined(const std::vector<std::string>& fields)
 
 std::string garbage(std::size_t bytes, std::uint64_t seed)
 {
-    // This generator's numbers are laid down by the standard.
+    // The standard fixes this generator's sequence.
     std::minstd_rand random(static_cast<std::minstd_rand::result_type>(seed));
     std::string text;
     while (text.size() < bytes) {
@@ -91,7 +91,7 @@ std::optional<std::string> withBadRecord(const std::string& reply, BadRecordForm
         return std::nullopt;
     }
     std::vector<std::string> fields = fieldsOf(*content);
-    // The scan list comes in a block too, but begins with no sign.
+    // A scan list also comes in a block, but does not start with a sign.
     const bool isBatch = !fields[0].empty() && fields.size() % kFields == 0 &&
                          (fields[0].front() == '+' || fields[0].front() == '-');
     if (!isBatch) {

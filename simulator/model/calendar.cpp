@@ -13,7 +13,7 @@ using std::chrono::seconds;
 
 constexpr int kFirstYear = 2000;
 constexpr int kLastYear = 2099;
-/// The beginning of 2000 on the C library's scale.
+/// The start of 2000 in the C library's time.
 constexpr seconds kEpoch(946684800);
 
 std::tm brokenDown(const DateTime& time)
@@ -41,7 +41,7 @@ bool isValidDate(int year, int month, int day)
     if (year < kFirstYear || year > kLastYear || month < 1 || month > 12 || day < 1 || day > 31) {
         return false;
     }
-    // A day that the month does not have comes back as one of the next month.
+    // A day past the end of the month comes back in the next month.
     std::tm fields = brokenDown({year, month, day});
     timegm(&fields);
     return fields.tm_mon == month - 1;

@@ -6,7 +6,7 @@
 
 namespace scnsim {
 
-/// A broken-down time of the instrument's own clock. It knows no zone and no summer time.
+/// A date and time of day on the instrument's clock, which has no time zone and no summer time.
 struct DateTime
 {
     int year = 2000;
@@ -18,19 +18,19 @@ struct DateTime
     int millisecond = 0;
 };
 
-/// The C library's fields as a time of ours.
+/// Converts the C library's broken-down time.
 DateTime dateTime(const std::tm& fields, int millisecond);
 
-/// Whether the date exists and the time of day lies within a day. Years are those that the clock
-/// can show, 2000 to 2099.
+/// Whether the date exists, and whether the time lies within a day. The clock shows the years 2000
+/// to 2099.
 bool isValidDate(int year, int month, int day);
 bool isValidTime(int hour, int minute, int second, int millisecond);
 
-/// Milliseconds since the beginning of the year 2000, by the Gregorian calendar.
+/// Milliseconds since the start of 2000, in the Gregorian calendar.
 std::int64_t toMilliseconds(const DateTime& time);
 DateTime fromMilliseconds(std::int64_t sinceEpoch);
 
-/// "yyyy,mm,dd,hh,mm,ss.fff", the form of a time stamp in a reading.
+/// "yyyy,mm,dd,hh,mm,ss.fff", the form of a reading's time stamp.
 std::string timeStampText(const DateTime& time);
 
 } // namespace scnsim

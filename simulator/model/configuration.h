@@ -11,10 +11,10 @@
 
 namespace scnsim {
 
-/// Everything that can be set on one channel.
+/// All settings of one channel.
 struct ChannelSettings
 {
-    /// The factory settings of a channel that starts with this function.
+    /// Factory settings of a channel whose default function this is.
     explicit ChannelSettings(Function initialFunction);
 
     double value(Option option) const { return options[static_cast<std::size_t>(option)]; }
@@ -24,7 +24,7 @@ struct ChannelSettings
     Function function;
     std::array<double, kOptionCount> options;
     std::string label;
-    /// The unit text of scaled readings.
+    /// Unit of scaled readings.
     std::string scaledUnit;
 };
 
@@ -35,14 +35,14 @@ constexpr int kAlarmCount = 4;
 struct TriggerSettings
 {
     TriggerSource source = TriggerSource::Immediate;
-    /// The alarm that triggers, 1 to kAlarmCount; only for the source Alarm.
+    /// The triggering alarm, 1 to kAlarmCount; only for the source Alarm.
     int alarm = 1;
     double timerS = 10;
     /// Number of sweeps; none: until aborted.
     std::optional<int> count;
 };
 
-/// Which fields a fetched reading carries beside its value.
+/// Which fields a fetched reading has beside its value.
 struct ReadingFormat
 {
     bool unit = false;
@@ -52,7 +52,7 @@ struct ReadingFormat
     bool alarm = false;
 };
 
-/// Settings of the instrument's own log file, which this double does not write.
+/// Settings of the instrument's own log file, which the simulator stores but never writes.
 struct LogSettings
 {
     bool enabled = false;
@@ -60,7 +60,7 @@ struct LogSettings
     int rowLimitCount = 65536;
 };
 
-/// The instrument's whole state that can be stored and recalled.
+/// The complete instrument state, as saved and recalled.
 struct Configuration
 {
     std::map<int, ChannelSettings> channels;

@@ -6,7 +6,7 @@
 
 namespace scnsim {
 
-/// What a channel measures. None is what a channel of a switch module has.
+/// What a channel measures. None: a channel of a switch module.
 enum class Function {
     VoltageDc,
     VoltageAc,
@@ -34,7 +34,7 @@ enum class Function {
     None,
 };
 
-/// A set of functions, one bit for each.
+/// A set of functions, one bit each.
 using FunctionSet = std::uint32_t;
 
 constexpr FunctionSet functionBit(Function function)
@@ -46,28 +46,28 @@ constexpr FunctionSet functionBit(Function function)
 struct FunctionInfo
 {
     Function function;
-    /// The name in the command tables' spelling; its short form is what a query answers.
+    /// The name as the command tables spell it; a query answers its short form.
     const char* spelling;
-    /// The unit text of an unscaled reading. Temperatures take theirs from the channel.
+    /// Unit of an unscaled reading. Temperatures take it from the channel.
     const char* unit;
-    /// The unit text that a channel's scaling starts with.
+    /// Initial unit of a channel's scaling.
     const char* scaledUnit;
     bool fourWire;
-    /// The integration time in power line cycles; Option::Count for a function without one.
+    /// Integration time in power line cycles; Option::Count for a function without one.
     Option nplc;
-    /// The lowest frequency in hertz; Option::Count for a function without one.
+    /// Lowest frequency in hertz; Option::Count for a function without one.
     Option lowFrequency;
-    /// Offset compensation, which takes two measurements; Option::Count for a function without it.
+    /// Offset compensation, which doubles the measurement; Option::Count for a function without it.
     Option offsetCompensation;
-    /// The fixed range; Option::Count for a function without ranges.
+    /// Fixed range; Option::Count for a function without ranges.
     Option range;
-    /// Whether the range is automatic; Option::Count for a function without ranges.
+    /// Autorange; Option::Count for a function without ranges.
     Option rangeAuto;
 };
 
 constexpr int kFunctionCount = 24;
 
-/// The rows in the order of the enumeration, None included.
+/// The rows in enumeration order, None included.
 const FunctionInfo& functionInfo(Function function);
 
 /// Thermocouples, resistance thermometers and thermistors.

@@ -4,8 +4,8 @@
 
 namespace scnsim {
 
-/// Time since the instrument was switched on. It only moves forward, and whoever drives the
-/// instrument hands it in: nothing in the model looks at a clock.
+/// Time since power-on. It only moves forward and is passed in by the caller: nothing in the model
+/// reads a clock.
 using Instant = std::chrono::nanoseconds;
 
 } // namespace scnsim

@@ -9,7 +9,7 @@ namespace scnsim {
 namespace {
 
 constexpr int kChannelsPerSlot = 100;
-/// A list of channels beyond this length is a mistake.
+/// A longer channel list is a mistake.
 constexpr std::size_t kLongestChannelList = 10000;
 
 Function firstOf(FunctionSet functions)

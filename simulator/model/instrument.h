@@ -22,13 +22,13 @@ constexpr int kLastSlot = 99;
 constexpr int kStoredStateCount = 5;
 constexpr std::size_t kReadingMemoryCapacity = 100000;
 
-/// What the mainframe is made of and what lies on its inputs; fixed from power-on.
+/// The mainframe's modules and inputs; fixed at power-on.
 struct InstrumentSetup
 {
-    /// Slot, 1 to kLastSlot, to module type.
+    /// Module type by slot, 1 to kLastSlot.
     std::map<int, int> modules;
     std::uint64_t seed = 1;
-    /// The total rate; none: as the channels' settings ask for.
+    /// Total reading rate; none: as the channel settings ask for.
     std::optional<double> readingsPerSecond;
     std::set<int> openChannels;
     DateTime powerOnTime;
@@ -43,36 +43,36 @@ enum OperationBit : unsigned {
     kOperationUsedElsewhere = 2048,
 };
 
-/// The instrument without its language: modules, channels and their settings, scan engine,
-/// memory, clock, stored states. It does no input or output. Channel numbers are
-/// 100 × slot + position, both counted from 1.
+/// The instrument without its command language: modules, channels and their settings, scan engine,
+/// memory, clock, stored states. It does no input or output. Channel numbers are 100 × slot +
+/// position, both counted from 1.
 class Instrument
 {
 public:
     explicit Instrument(const InstrumentSetup& setup);
 
-    /// Lets everything happen that was due by now. To be called before anything else is asked.
+    /// Catches up with everything due by now. Call it before any other member.
     void advance(Instant now) { m_engine.advance(now); }
 
-    /// Ends the scan and puts all settings back to the factory's. The clock, the stored states
-    /// and the memory stay.
+    /// Ends the scan and restores the factory settings. The clock, the stored states and the memory
+    /// stay.
     void reset();
 
-    /// The type of the module in a slot; none for an empty or missing slot.
+    /// Module type in a slot; none for an empty or missing slot.
     std::optional<int> moduleType(int slot) const;
 
-    /// Appends the channels from first to last to the list, across slots if need be.
+    /// Appends the channels from first to last, across slots if need be.
     /// @return NoModule or OutOfRange if one of the ends does not exist
     Refusal expand(int first, int last, std::vector<int>& channels) const;
 
-    /// Must be a channel that exists.
+    /// The channel must exist.
     const ChannelSettings& channel(int number) const { return m_configuration.channels.at(number); }
 
-    /// The second half's channel that the channel's four-wire function senses with.
+    /// The channel in the second half that senses for this channel's four-wire function.
     std::optional<int> partnerOf(int number) const;
 
-    /// Selects a function. Another function than before turns the scaling off, and a four-wire
-    /// function takes its partner over: the partner leaves the scan list.
+    /// Selects a function. A change turns scaling off; a four-wire function takes its partner
+    /// channel, which leaves the scan list.
     /// @return Conflict if a channel does not offer it or is itself a partner in use
     Refusal setFunction(const std::vector<int>& channels, Function function);
 
@@ -83,11 +83,11 @@ public:
     /// @return Conflict if a channel measures nothing or is a partner in use
     Refusal setScanList(std::vector<int> channels);
 
-    /// Gives the readings of a channel this number in their alarm field from now on.
+    /// Sets the alarm field of a channel's future readings.
     /// @return NoModule or OutOfRange if there is no such channel
     Refusal setAlarm(int channel, int alarm);
 
-    /// Settings of the instrument as a whole, open to change.
+    /// Mainframe settings, writable.
     Configuration& configuration() { return m_configuration; }
 
     InstrumentClock& clock() { return m_clock; }
@@ -95,15 +95,15 @@ public:
     ScanEngine& scan() { return m_engine; }
 
     unsigned operationCondition() const;
-    /// Reads and clears the operation event register. Only "used elsewhere" is latched there.
+    /// Reads and clears the operation event register, which latches only "used elsewhere".
     unsigned takeOperationEvents();
     void clearOperationEvents() { m_operationEvents = 0; }
-    /// Somebody else works on the instrument from now on, or no longer.
+    /// Whether someone else is using the instrument.
     void setUsedElsewhere(bool used);
 
     /// Stored states are counted from 1.
     void saveState(int number) { storedState(number).configuration = m_configuration; }
-    /// Ends the scan and takes the state over.
+    /// Ends the scan and restores the state.
     /// @return Conflict if nothing is stored there
     Refusal recallState(int number);
     bool isStateStored(int number) { return storedState(number).configuration.has_value(); }

@@ -7,7 +7,7 @@
 
 namespace scnsim {
 
-/// The instrument's calendar clock. It runs on its own from what it was set to.
+/// The instrument's clock and calendar. It runs on from whatever it was set to.
 class InstrumentClock
 {
 public:
@@ -17,7 +17,7 @@ public:
     {
     }
 
-    /// What it shows, in milliseconds since the beginning of 2000.
+    /// The time shown, in milliseconds since the start of 2000.
     std::int64_t milliseconds(Instant now) const;
 
     DateTime read(Instant now) const { return fromMilliseconds(milliseconds(now)); }
@@ -28,7 +28,7 @@ public:
     /// Sets the time of day and keeps the date. The time must be valid.
     void setTime(int hour, int minute, int second, int millisecond, Instant now);
 
-    /// Jumps forward or back, and runs on from there. It stops short at the ends of what it can
+    /// Jumps forward or back and runs on from there. It stops at the first or last time it can
     /// show.
     void jump(std::int64_t milliseconds, Instant now);
 

@@ -11,16 +11,16 @@ namespace {
 
 constexpr double kLineFrequencyHz = 50;
 constexpr double kSwitchingS = 0.003;
-/// A fixed range reads a fifth beyond its nominal end.
+/// A fixed range overloads a fifth beyond its nominal end.
 constexpr double kOverRange = 1.2;
-/// An alternating input is observed for this many cycles of the lowest frequency.
+/// AC measurements last this many cycles of the lowest frequency.
 constexpr double kCyclesOfLowestFrequency = 5;
-/// The aperture of a function that has no setting for it.
+/// Aperture of functions that have no setting for it.
 constexpr double kFixedApertureS = 0.1;
 constexpr double kMilliwatt = 1e-3;
 
-/// Functions whose range limits the measured quantity itself. Frequency, period and the bridges
-/// have the range of the voltage on the input instead.
+/// Functions whose range limits the measured quantity itself. For frequency, period and the bridges
+/// it limits the input voltage.
 constexpr FunctionSet kLimitedByRange =
     functionBit(Function::VoltageDc) | functionBit(Function::VoltageAc) |
     functionBit(Function::Resistance) | functionBit(Function::Resistance4W) |
@@ -69,7 +69,7 @@ std::string unitOf(const ChannelSettings& settings)
         const auto function = static_cast<std::size_t>(settings.value(Option::ScaleFunction));
         const std::string unit =
             function == kScaleLinear ? settings.scaledUnit : kScaledUnits[function];
-        // A reading always has a unit text: an empty one leaves the function's own.
+        // A reading always has a unit: an empty text leaves the function's own.
         if (!unit.empty()) {
             return unit;
         }

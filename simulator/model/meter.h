@@ -10,8 +10,8 @@
 
 namespace scnsim {
 
-/// Turns what lies on an input into what the instrument reports: overload, temperature unit,
-/// scaling. It also knows how long a measurement takes.
+/// Turns the input signal into what the instrument reports: overload, temperature unit, scaling. It
+/// also knows how long a measurement takes.
 class Meter
 {
 public:
@@ -24,12 +24,12 @@ public:
     /// @param openChannels channels with nothing connected, which read as overload
     Meter(std::uint64_t seed, std::set<int> openChannels);
 
-    /// A new scan begins: an automatic scaling reference is taken anew.
+    /// A new scan begins: automatic scaling references are taken again.
     void beginScan() { m_references.clear(); }
 
     Result measure(int channel, const ChannelSettings& settings, Instant at);
 
-    /// The time that one reading takes with these settings: switching, channel delay, aperture.
+    /// How long one reading takes with these settings: switching, channel delay, aperture.
     static Instant measuringTime(const ChannelSettings& settings);
 
 private:
@@ -39,7 +39,7 @@ private:
     SignalSource m_source;
     std::set<int> m_openChannels;
     std::map<int, std::uint64_t> m_ordinals;
-    /// The first value of the scan on each channel whose reference is automatic.
+    /// First value of the scan, for each channel with an automatic reference.
     std::map<int, double> m_references;
 };
 

@@ -31,7 +31,7 @@ constexpr FunctionSet kListD = kListG | functionBit(F::Thermocouple);
 constexpr FunctionSet kListI = functionBit(F::CurrentDc) | functionBit(F::CurrentAc);
 constexpr FunctionSet kListV = functionBit(F::VoltageDc) | functionBit(F::VoltageAc);
 
-/// Channels up to a position share a set of functions; up to three such groups make a module.
+/// Channels up to a position share a set of functions; a module has up to three such groups.
 struct ChannelGroup
 {
     int lastPosition;
@@ -67,7 +67,7 @@ constexpr ModuleRow kModules[] = {
 
 constexpr ModuleRow kUnknownModule = {-1, 1, {{1, 0}, {1, 0}, {1, 0}}};
 
-/// The module whose last two channels measure current and stay outside the pairing.
+/// The module whose last two channels measure current and are never paired.
 constexpr int kTypeWithCurrentChannels = 1;
 
 const ModuleRow& rowOf(int type)

@@ -25,10 +25,10 @@ constexpr const char* kJunctions[] = {"INTernal", "FIXed"};
 constexpr const char* kTemperatureUnits[] = {"C", "F", "K"};
 constexpr const char* kScaleFunctions[] = {"SCALe", "PCT", "DBM", "DB"};
 
-/// The highest frequency that a lower limit of the bandwidth may name.
+/// The highest frequency that a bandwidth's lower limit accepts.
 constexpr double kHighestBand = 300000;
 constexpr double kLongestDelayS = 60;
-/// Scaling values and references are limited to what fifteen digits show.
+/// Scaling values and references are limited to what fifteen digits can show.
 constexpr double kScaleLimit = 1e15;
 
 constexpr OptionInfo range(O option, Facts<double> values, double initial, O automatic)

@@ -7,8 +7,8 @@
 
 namespace scnsim {
 
-/// Every setting of a channel that is a number, a switch or a choice. A function keeps its own
-/// settings while another one is selected.
+/// Every channel setting that is a number, a switch or a choice. A function keeps its settings
+/// while another is selected.
 enum class Option : unsigned {
     VoltDcRange,
     VoltDcRangeAuto,
@@ -90,7 +90,7 @@ enum class OptionKind {
     Choice,   ///< the index of one of the words
 };
 
-/// A sequence of constants that lives for ever.
+/// A static sequence of constants.
 template <typename T>
 struct Facts
 {
@@ -109,8 +109,7 @@ struct Facts
     constexpr const T* end() const { return data + size; }
 };
 
-/// The facts of one setting. Numbers are in base units: volts, ohms, seconds, hertz, kelvins or
-/// degrees Celsius.
+/// One setting. Numbers are in base units: volts, ohms, seconds, hertz, kelvins or degrees Celsius.
 struct OptionInfo
 {
     Option option;
@@ -118,25 +117,24 @@ struct OptionInfo
     double minimum;
     double maximum;
     double initial;
-    /// The listed values in ascending order (StepUp, StepDown, Listed).
+    /// Listed values in ascending order (StepUp, StepDown, Listed).
     Facts<double> values;
-    /// The words of a choice in the command tables' spelling.
+    /// Words of a choice, as the command tables spell them.
     Facts<const char*> words;
-    /// The switch that setting this value turns off; Option::Count for none.
+    /// The switch turned off by setting this value; Option::Count for none.
     Option turnsOff;
 };
 
 const OptionInfo& optionInfo(Option option);
 
-/// The factory values, indexed by option.
+/// Factory values, indexed by option.
 const std::array<double, kOptionCount>& initialOptions();
 
-/// What the setting becomes when it is asked to take a value: the value itself or the listed one
-/// it is rounded to.
+/// The value the setting takes: the one asked for, or the listed one it is rounded to.
 /// @return OutOfRange or IllegalValue if the setting cannot take it
 Refusal fitOption(Option option, double wanted, double& taken);
 
-/// Indices of the words of choices that the instrument itself looks at.
+/// Indices of the choice words that the instrument itself uses.
 enum TemperatureUnitWord { kCelsius, kFahrenheit, kKelvin };
 enum ScaleFunctionWord { kScaleLinear, kScalePercent, kScaleDbm, kScaleDb };
 

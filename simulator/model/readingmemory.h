@@ -8,23 +8,23 @@
 
 namespace scnsim {
 
-/// What stands for a value that the range or the input does not allow.
+/// Stands for a value beyond the range or an open input.
 constexpr double kOverload = 9.9e37;
 
-/// One measured value as it lies in the memory.
+/// One reading as the memory holds it.
 struct Reading
 {
     double value = 0;
     std::string unit;
-    /// The instrument's clock, in milliseconds since the beginning of 2000.
+    /// Time on the instrument's clock, in milliseconds since the start of 2000.
     std::int64_t stampMs = 0;
-    /// Milliseconds since the start of the scan.
+    /// Time since the start of the scan, in milliseconds.
     std::int64_t sinceStartMs = 0;
     int channel = 0;
     int alarm = 0;
 };
 
-/// The bounded memory of readings. When it is full, the oldest gives way.
+/// The bounded reading memory. When it is full, the oldest reading goes.
 class ReadingMemory
 {
 public:
@@ -41,8 +41,8 @@ public:
     std::size_t count() const { return m_readings.size(); }
     void clear();
 
-    /// True once after readings were lost: the first loss since the memory was last read or
-    /// cleared tells, the following ones do not tell again.
+    /// True once after readings were lost; later losses are reported only after the memory has been
+    /// read or cleared.
     bool takeLossNotice();
 
 private:

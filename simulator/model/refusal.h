@@ -2,16 +2,16 @@
 
 namespace scnsim {
 
-/// Why the instrument does not do what it was asked to. Nothing has changed then.
+/// Why the instrument refused. Nothing has changed then.
 enum class Refusal {
     None,
     OutOfRange,     ///< a number outside its limits, or a channel that its module does not have
     IllegalValue,   ///< not one of the listed values
-    Conflict,       ///< another setting stands against it
-    NoModule,       ///< the slot of a channel is empty
+    Conflict,       ///< it conflicts with another setting
+    NoModule,       ///< the channel's slot is empty
     AlreadyRunning, ///< a scan is running
-    NotWaiting,     ///< a trigger came while none was waited for
-    TooMany,        ///< a list beyond every sensible length
+    NotWaiting,     ///< a trigger came when none was awaited
+    TooMany,        ///< an absurdly long list
 };
 
 } // namespace scnsim

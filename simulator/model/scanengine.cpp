@@ -8,7 +8,7 @@ namespace {
 
 using std::chrono::duration_cast;
 
-/// No sweep is shorter, so that the time stamps of a channel differ.
+/// Minimum sweep time, so that the time stamps of a channel differ.
 constexpr Instant kShortestSweep = std::chrono::milliseconds(1);
 
 Instant fromSeconds(double seconds)
@@ -115,7 +115,7 @@ bool ScanEngine::finishSweep(Instant now)
     if (m_trigger.source == TriggerSource::Immediate) {
         beginSweep(m_sweepEnd);
     } else if (m_timer > Instant::zero()) {
-        // Ticks that fell into the sweep are left out.
+        // Ticks during the sweep are skipped.
         const auto ticks =
             std::max<Instant::rep>(1, (m_sweepEnd - m_nextTick + m_timer - Instant(1)) / m_timer);
         m_nextTick += ticks * m_timer;

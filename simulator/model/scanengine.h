@@ -13,11 +13,11 @@
 
 namespace scnsim {
 
-/// Runs sweeps over the scan list and puts the readings into the memory. It has no clock of its
-/// own: each call says what time it is, and advance() catches up with all that was due since.
+/// Sweeps the scan list and fills the memory with readings. It has no clock of its own: each call
+/// passes the time, and advance() catches up with everything due since the last.
 ///
-/// The scan list and the trigger settings of a scan are those of its start; the settings of the
-/// channels are looked up anew for each sweep.
+/// A scan uses the scan list and trigger settings from when it started; channel settings are read
+/// again for each sweep.
 class ScanEngine
 {
 public:
@@ -29,28 +29,28 @@ public:
     ScanEngine(const ScanEngine&) = delete;
     ScanEngine& operator=(const ScanEngine&) = delete;
 
-    /// Empties the memory and begins a scan.
+    /// Empties the memory and starts a scan.
     /// @return AlreadyRunning, or Conflict with an empty scan list
     Refusal start(Instant now);
 
     /// Ends the scan; the readings taken so far stay in the memory.
     void abort() { m_state = State::Idle; }
 
-    /// A trigger of this source comes in.
+    /// Delivers a trigger from this source.
     /// @param alarm the alarm's number for the source Alarm
     /// @return NotWaiting unless the scan waits for just this trigger
     Refusal trigger(TriggerSource source, int alarm, Instant now);
 
-    /// What the readings of a channel have in their alarm field from now on; 0 at first.
+    /// Sets the alarm field of a channel's future readings; 0 at first.
     void setAlarm(int channel, int alarm) { m_alarms[channel] = alarm; }
 
-    /// Takes all readings that are due by now.
+    /// Takes all readings due by now.
     void advance(Instant now);
 
     bool isSweeping() const { return m_state == State::Sweeping; }
     bool isWaiting() const { return m_state == State::Waiting; }
 
-    /// The clock's time at the last start; at power-on before the first.
+    /// Clock time of the last start; before the first, of power-on.
     std::int64_t startStampMs() const { return m_startStampMs; }
 
 private:

@@ -8,24 +8,24 @@ namespace {
 
 constexpr double kTwoPi = 6.283185307179586;
 constexpr double kLineFrequencyHz = 50;
-/// Noise is told for this aperture.
+/// The noise figures are for this aperture.
 constexpr double kUsualApertureS = 0.02;
 
-/// The heater under the thermocouples: off at power-on's temperature, on for one half of its cycle.
+/// The heater under the thermocouples: on for the first half of its cycle, off for the second.
 constexpr double kRoomCelsius = 21;
 constexpr double kHeatingS = 600;
 constexpr double kRiseKelvin = 30;
 constexpr double kRiseStepKelvin = 5;
 constexpr double kFastestHeatingS = 40;
 
-/// The capacitor at the direct voltage of every so many-th position.
+/// The capacitor on direct voltage at every n-th position.
 constexpr int kCapacitorEvery = 4;
 constexpr double kChargedVolts = 10;
 constexpr double kRechargeS = 240;
 constexpr double kFastestDischargeS = 30;
 
-/// Level at position 1, its growth from one position to the next, and how far drift, noise and
-/// mains hum move it, as parts of the level.
+/// Level at position 1, its step per position, and how far drift, noise and mains hum move it, as
+/// fractions of the level.
 struct SignalRow
 {
     Function function;
@@ -74,7 +74,7 @@ const SignalRow* rowOf(Function function)
     return nullptr;
 }
 
-/// Spreads the bits of a number over all 64 (the finalizer of the splitmix generator).
+/// Spreads a number's bits over all 64 (the finalizer of the splitmix generator).
 std::uint64_t scrambled(std::uint64_t x)
 {
     x += 0x9E3779B97F4A7C15U;
@@ -89,7 +89,7 @@ double fraction(std::uint64_t x)
     return static_cast<double>(x >> 11) * 0x1.0p-53;
 }
 
-/// The part of the way to the heater's end temperature, 0 to 1.
+/// How far the heater is towards its final temperature, 0 to 1.
 double warmth(double seconds, double timeConstantS)
 {
     const double inCycle = std::fmod(seconds, 2 * kHeatingS);
@@ -97,7 +97,7 @@ double warmth(double seconds, double timeConstantS)
                                : std::exp(-(inCycle - kHeatingS) / timeConstantS);
 }
 
-/// What lies on the input before noise and hum.
+/// The input signal before noise and hum.
 /// @param own a number of the channel's own
 double cleanValue(const SignalRow& row, double level, int position, std::uint64_t own,
                   double seconds)
@@ -115,7 +115,7 @@ double cleanValue(const SignalRow& row, double level, int position, std::uint64_
     return level * (1 + row.drift * std::sin(kTwoPi * (seconds / periodS + variety)));
 }
 
-/// The mean of the mains' sine over the aperture, -1 to 1; nothing is left of whole cycles.
+/// Mean of the mains sine over the aperture, -1 to 1; zero for whole cycles.
 double hum(double seconds, double apertureS, std::uint64_t own)
 {
     const double begin = kTwoPi * (std::fmod(seconds * kLineFrequencyHz, 1.0) + fraction(own));
@@ -127,7 +127,7 @@ double hum(double seconds, double apertureS, std::uint64_t own)
 double noise(std::uint64_t own, std::uint64_t ordinal)
 {
     const std::uint64_t dice = scrambled(own + ordinal * 2 + 1);
-    // The sum of two even distributions is a triangle.
+    // The sum of two uniform distributions is a triangle.
     return fraction(dice) + fraction(scrambled(dice)) - 1;
 }
 

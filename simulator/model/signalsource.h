@@ -7,12 +7,12 @@
 
 namespace scnsim {
 
-/// What lies on the inputs. Each channel and function has a level of its own that drifts slowly;
-/// thermocouples sit on a heater that warms up for ten minutes and cools down for ten, and every
-/// fourth position has a capacitor at its direct voltage that discharges and is charged anew every
-/// four minutes. On all of it lie noise, which falls with the square root of the aperture, and
-/// mains hum, which whole power line cycles cancel. The same seed, channel, function, time,
-/// aperture and reading number give the same value on every machine.
+/// The input signals. Each channel and function has its own slowly drifting level; thermocouples
+/// sit on a heater that warms for ten minutes and cools for ten; every fourth position has a
+/// capacitor on direct voltage that discharges and is recharged every four minutes. Added to this
+/// are noise, which falls with the square root of the aperture, and mains hum, which whole power
+/// line cycles cancel. The same seed, channel, function, time, aperture and reading number give the
+/// same value on every machine.
 class SignalSource
 {
 public:

@@ -8,8 +8,8 @@
 
 namespace scnsim {
 
-/// The instrument's error queue: first in, first out, bounded. When it is full, the newest entry
-/// gives way to -350 "Queue overflow" and later errors are lost, as the SCPI standard wants it.
+/// The bounded first-in, first-out error queue. When it is full, -350 "Queue overflow" replaces the
+/// newest entry and later errors are lost, as the SCPI standard requires.
 class ErrorQueue
 {
 public:
@@ -17,8 +17,8 @@ public:
 
     void push(ErrorCode code);
 
-    /// Removes the oldest entry and returns it in its wire form, e.g. `-113,"Undefined header"`;
-    /// `+0,"No error"` when there is none.
+    /// Removes the oldest entry and returns it as it goes on the wire, e.g. `-113,"Undefined
+    /// header"`; `+0,"No error"` when empty.
     std::string pop();
 
     std::size_t count() const { return m_entries.size(); }

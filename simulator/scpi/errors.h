@@ -2,8 +2,8 @@
 
 namespace scnsim {
 
-/// The numbers of the SCPI standard's error list that the instrument uses. The hundreds tell the
-/// class: -1xx a command error, -2xx an execution error, -3xx a device error, -4xx a query error.
+/// The SCPI error numbers that the instrument uses. The hundreds give the class: -1xx command, -2xx
+/// execution, -3xx device, -4xx query error.
 enum class ErrorCode : int {
     None = 0,
     InvalidCharacter = -101,

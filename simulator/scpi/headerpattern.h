@@ -24,8 +24,8 @@ private:
     std::string m_long;
 };
 
-/// A header as the command tables spell it: "SYSTem:ERRor[:NEXT]". Nodes in brackets may be left
-/// out, each bracket holds one node.
+/// A header as the command tables spell it: "SYSTem:ERRor[:NEXT]". A bracket holds one optional
+/// node.
 class HeaderPattern
 {
 public:
@@ -34,7 +34,7 @@ public:
     /// @param nodes the header's words in upper case
     bool matches(const std::vector<std::string>& nodes) const { return matchesFrom(0, nodes, 0); }
 
-    /// All the ways to write the header, in upper case, its words joined by colons.
+    /// All spellings of the header, in upper case, words joined by colons.
     std::vector<std::string> spellings() const;
 
 private:
@@ -56,7 +56,7 @@ std::string joinedHeader(const std::vector<std::string>& nodes);
 /// The text in upper case, ASCII letters only.
 std::string upperCase(std::string_view text);
 
-/// Splits a header text at its colons and turns it into upper case.
+/// Splits a header at its colons and converts it to upper case.
 std::vector<std::string> headerNodes(std::string_view text);
 
 } // namespace scnsim

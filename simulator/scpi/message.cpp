@@ -49,7 +49,7 @@ std::string_view trimmed(std::string_view text)
     return text;
 }
 
-/// Splits at a separator that stands outside quotes and parentheses.
+/// Splits at separators outside quotes and parentheses.
 std::vector<std::string_view> splitOutside(std::string_view text, char separator)
 {
     std::vector<std::string_view> pieces;

@@ -22,18 +22,18 @@ struct Parameter
 /// One command or query of a line.
 struct MessageUnit
 {
-    /// Not None: the unit is malformed, and only this field counts.
+    /// Other than None: the unit is malformed, and only this field is valid.
     ErrorCode error = ErrorCode::None;
-    /// The words of the header in upper case; a common command is one word with its asterisk.
+    /// Header words in upper case; a common command is one word with its asterisk.
     std::vector<std::string> header;
-    /// The header began with a colon: it starts at the root of the command tree.
+    /// The header began with a colon, so it starts at the root of the command tree.
     bool rooted = false;
     bool query = false;
     std::vector<Parameter> parameters;
 };
 
-/// Splits a line, without its terminator, into its units. Never fails as a whole: a malformed
-/// unit carries its error, blank ones are left out.
+/// Splits a line, without its terminator, into its units. It never fails as a whole: a malformed
+/// unit carries its error, blank units are skipped.
 std::vector<MessageUnit> parseMessage(std::string_view line);
 
 /// One entry of a channel list: a channel, or a range of channels with both ends included.
@@ -43,7 +43,7 @@ struct ChannelSpan
     int last = 0;
 };
 
-/// Reads what stands between the parentheses of a channel list, "@101:103,105" or just "@".
+/// Parses the content of a channel list's parentheses, "@101:103,105" or just "@".
 /// @return InvalidExpression if the text is no channel list
 ErrorCode parseChannelList(std::string_view text, std::vector<ChannelSpan>& spans);
 

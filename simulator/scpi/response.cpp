@@ -9,7 +9,7 @@ namespace {
 std::string exponential(const char* format, double value)
 {
     char text[32];
-    // A negative zero would be sent as "-0"; adding a zero makes it positive.
+    // A negative zero would go out as "-0"; adding a zero makes it positive.
     std::snprintf(text, sizeof text, format, value + 0.0);
     return text;
 }

@@ -4,7 +4,7 @@
 
 namespace scnsim {
 
-/// Forms of answers on the wire. All of them are independent of the locale.
+/// Answer formats on the wire, independent of the locale.
 
 /// A setting: sign, one digit, six decimals, exponent, e.g. "+1.000000E+01".
 std::string settingNumber(double value);
@@ -21,7 +21,7 @@ std::string switchText(bool on);
 /// The text in double quotes, a quote within it doubled.
 std::string quoted(const std::string& text);
 
-/// The content as a definite-length block: `#`, the count of the length's digits, the length in
+/// The content as a definite-length block: `#`, the number of digits of the length, the length in
 /// bytes, the content.
 std::string definiteBlock(const std::string& content);
 

@@ -31,7 +31,7 @@ std::string trimmed(const std::string& text)
                : text.substr(begin, text.find_last_not_of(" \t") - begin + 1);
 }
 
-/// The first word, and all behind it.
+/// Splits off the first word.
 std::pair<std::string, std::string> splitWord(const std::string& text)
 {
     const std::string line = trimmed(text);
@@ -70,7 +70,7 @@ Reply ControlService::answer(const std::string& line)
 {
     Reply reply;
     const auto [name, argument] = splitWord(line);
-    // What was due before the order came is not touched by it.
+    // What was due before the order arrived is not affected by it.
     m_instrument.advance(m_clock());
     reply.text = error("unknown order " + name);
     for (const OrderRow& row : kOrders) {

@@ -9,14 +9,14 @@
 
 namespace scnsim {
 
-/// Carries out the orders that come in at the control port, one a line:
+/// Executes the orders from the control port, one per line:
 ///     fault KIND [VALUE] [for PATTERN] [times COUNT]
 ///     clear [NUMBER]
 ///     list
 ///     trigger external | trigger alarm NUMBER
 ///     alarm CHANNEL NUMBER
 ///     jump SECONDS
-/// Each is answered by one line, "ok" with what there is to tell, or "error" with the reason.
+/// Each gets one line back: "ok" with any result, or "error" with the reason.
 class ControlService : public LineService
 {
 public:

@@ -14,7 +14,7 @@ std::size_t bytesOf(const Fault& fault)
     return static_cast<std::size_t>(fault.value);
 }
 
-/// Leaves at most so many bytes of the text.
+/// Cuts the text to this many bytes.
 void cut(std::string& text, std::size_t bytes)
 {
     if (text.size() > bytes) {
@@ -37,7 +37,7 @@ InstrumentService::InstrumentService(Instrument& instrument, Dialogue& dialogue,
 Reply InstrumentService::answer(const std::string& line)
 {
     Reply reply;
-    // What was due before the line came is not touched by its faults.
+    // What was due before the line arrived is not affected by its faults.
     m_dialogue.advance(m_clock());
     const std::string normalized = normalizedLine(line);
     if (const auto fault = take(FaultKind::ClockJump, normalized, reply)) {
@@ -61,7 +61,7 @@ Reply InstrumentService::lineTooLong()
     return {};
 }
 
-/// The fault, told in the reply's notes.
+/// Adds the fault to the reply's notes.
 std::optional<Fault> InstrumentService::take(FaultKind kind, const std::string& line, Reply& reply)
 {
     std::optional<Fault> fault = m_faults.take(kind, line);
@@ -71,7 +71,7 @@ std::optional<Fault> InstrumentService::take(FaultKind kind, const std::string& 
     return fault;
 }
 
-/// Whether the line gets as far as the instrument.
+/// Whether the line reaches the instrument.
 bool InstrumentService::isHandled(const std::string& line, Reply& reply)
 {
     if (take(FaultKind::Drop, line, reply)) {
@@ -109,7 +109,7 @@ void InstrumentService::spoil(const std::string& line, Reply& reply)
     }
 }
 
-/// A fault of this kind waits for a reply that holds records.
+/// Faults of this kind wait for a reply with records.
 void InstrumentService::damageRecord(const std::string& line, Reply& reply)
 {
     if (!withBadRecord(reply.text, kBadMonth)) {

@@ -10,12 +10,12 @@
 
 namespace scnsim {
 
-/// Hands the lines of the ports to the instrument and does to it and to its replies what the
-/// faults in force want.
+/// Passes lines from the ports to the instrument and applies the active faults to it and to its
+/// replies.
 class InstrumentService : public LineService
 {
 public:
-    /// The time since power-on.
+    /// Time since power-on.
     using Clock = std::function<Instant()>;
 
     /// @param seed the seed of the garbage

@@ -7,8 +7,8 @@
 
 namespace scnsim {
 
-/// Cuts a stream of bytes into lines at the line feed; a carriage return before it is dropped. A
-/// line beyond the limit is thrown away up to its line feed and tells so once.
+/// Splits a byte stream into lines at line feeds, dropping a carriage return before one. A line
+/// over the limit is discarded up to its line feed and reported once.
 class LineBuffer
 {
 public:

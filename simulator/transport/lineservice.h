@@ -6,22 +6,22 @@
 
 namespace scnsim {
 
-/// What goes back for a line.
+/// The reply to a line.
 struct Reply
 {
-    /// The bytes without a terminator; nothing is sent for none.
+    /// The bytes without a terminator; empty sends nothing.
     std::string text;
-    /// Whether the line feed follows.
+    /// Whether a line feed follows.
     bool isComplete = true;
-    /// It leaves so much later; what comes in meanwhile is answered meanwhile.
+    /// How long the reply is held back. Lines that arrive meanwhile are answered meanwhile.
     std::chrono::milliseconds delay{0};
-    /// The connection breaks instead.
+    /// Break the connection instead of replying.
     bool breaksLink = false;
-    /// What the transcript is to tell beside the line itself.
+    /// Notes for the transcript, beside the line itself.
     std::vector<std::string> notes;
 };
 
-/// Who answers the lines that come in. All calls come from the server's loop, one at a time.
+/// Answers the lines that arrive. All calls come from the server's loop, one at a time.
 class LineService
 {
 public:
@@ -30,16 +30,17 @@ public:
     /// @param line a line without its terminator
     virtual Reply answer(const std::string& line) = 0;
 
-    /// A line was longer than a port takes and has been dropped.
+    /// A line exceeded the limit and was dropped.
     virtual Reply lineTooLong() = 0;
 
-    /// A new line came before the reply to the last one had left; its rest has been dropped.
+    /// A new line arrived before the reply to the last one was sent; the rest of that reply was
+    /// dropped.
     virtual void replyInterrupted() = 0;
 
-    /// Called several times a second, also while nothing comes in.
+    /// Called several times a second, even when nothing arrives.
     virtual void tick() = 0;
 
-    /// Whether clients may connect at all now. Those that are connected stay.
+    /// Whether new clients may connect. Those already connected stay.
     virtual bool isReachable() = 0;
 
     /// Whether the client that has just connected may stay.

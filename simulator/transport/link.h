@@ -13,18 +13,17 @@
 
 namespace scnsim {
 
-/// One connection with a client: what came in and is not yet answered, and what is to go out and
-/// has not yet left. It never blocks.
+/// One client connection: its unanswered input and its unsent output. Never blocks.
 class Link
 {
 public:
     /// A time of the steady clock.
     using Time = std::chrono::nanoseconds;
 
-    /// What happens to a reply that the client has not taken when its next line comes.
+    /// What happens to a reply that the client has not read when its next line arrives.
     enum class LateReply {
-        Kept,   ///< it goes out first; the line waits
-        Dropped ///< its rest is dropped, as on a serial line whose reader went away
+        Kept,   ///< sent first; the line waits
+        Dropped ///< the rest is dropped, as on a serial line nobody reads
     };
 
     /// @param descriptor a non-blocking stream
@@ -34,35 +33,35 @@ public:
     int descriptor() const { return m_descriptor.number(); }
     const std::string& port() const { return m_port; }
 
-    /// Reads what has come in.
+    /// Reads the waiting input.
     /// @return false once the peer has gone
     bool receive();
 
     LineBuffer& input() { return m_input; }
 
-    /// Adds bytes to what is to go out and sends what the stream takes.
+    /// Queues bytes and sends as many as the stream takes.
     void send(const std::string& bytes);
 
-    /// Keeps a reply that is to leave at a later time.
+    /// Holds a reply back until `due`.
     void keepForLater(Reply reply, Time due) { m_lateReplies.emplace_back(due, std::move(reply)); }
     bool hasLateReplies() const { return !m_lateReplies.empty(); }
-    /// Gives away the kept replies whose time has come, in the order of their lines.
+    /// Removes and returns the held replies that are due, in the order of their lines.
     std::vector<Reply> takeLateReplies(Time now);
 
-    /// Sends what the stream takes.
+    /// Sends as many queued bytes as the stream takes.
     /// @return false once the peer has gone
     bool flush();
 
     bool hasPendingOutput() const { return m_sent < m_output.size(); }
 
-    /// Whether what is to go out waits for time to pass, not for the stream.
+    /// Whether output waits for time to pass rather than for the stream.
     bool isPaced() const { return m_pace.isLimited(); }
 
-    /// Drops a late reply if this link does so.
+    /// Drops a late reply, if this link drops them.
     /// @return whether one was dropped
     bool dropLateReply();
 
-    /// Whether another line may be taken from the client now.
+    /// Whether the next line may be taken from the client.
     bool takesInput() const;
 
 private:

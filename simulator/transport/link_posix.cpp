@@ -13,9 +13,9 @@ namespace scnsim {
 namespace {
 
 constexpr std::size_t kReadSize = 16384;
-/// What has been sent is forgotten in pieces of at least this size.
+/// Sent bytes are discarded in pieces of at least this size.
 constexpr std::size_t kCompactAt = 1 << 18;
-/// A client that does not take its replies is not read from any more beyond this.
+/// A client with more unread output than this is not read from.
 constexpr std::size_t kMostPendingOutput = 1 << 20;
 
 bool isTemporary(int error)

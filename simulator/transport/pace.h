@@ -5,7 +5,7 @@
 
 namespace scnsim {
 
-/// Lets bytes out at the speed of a serial line. It has no clock of its own.
+/// Limits output to the speed of a serial line. It has no clock of its own.
 class Pace
 {
 public:
@@ -19,11 +19,10 @@ public:
 
     bool isLimited() const { return m_bytesPerSecond > 0; }
 
-    /// How many bytes may go out now. What was not used in the past counts up to the size of a
-    /// serial port's own buffer.
+    /// How many bytes may be sent now. Unused time counts for at most a serial port's own buffer.
     std::size_t allowance(Time now);
 
-    /// So many bytes went out.
+    /// Records that this many bytes were sent.
     void spend(std::size_t bytes) { m_credit -= static_cast<double>(bytes); }
 
 private:

@@ -6,9 +6,8 @@
 
 namespace scnsim {
 
-/// A pseudo-terminal in raw mode behind a symbolic link, in place of a serial port. The client's
-/// side is kept open here too, so that clients may come and go. The link is removed with the
-/// object.
+/// A raw pseudo-terminal behind a symbolic link, in place of a serial port. It keeps the client's
+/// side open, so that clients may come and go, and removes the link when destroyed.
 class PseudoTerminal
 {
 public:
@@ -21,17 +20,17 @@ public:
     /// @return false with a text in error
     bool open(const std::string& link, std::string& error);
 
-    /// Opens a new line and lets the link lead to it, after the old one has broken.
+    /// Opens a new line and points the link at it, after the old one broke.
     bool renew(std::string& error);
 
-    /// Takes the link away, or puts it back; does nothing before open().
+    /// Removes the link or restores it; does nothing before open().
     void setLinked(bool linked);
 
     /// The absolute path of the link.
     const std::string& link() const { return m_link; }
 
     bool hasStream() const { return m_ownSide.isOpen(); }
-    /// Gives away our side of the line, non-blocking.
+    /// Hands over our side of the line, non-blocking.
     Descriptor takeStream();
 
 private:

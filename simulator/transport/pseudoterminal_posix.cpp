@@ -64,7 +64,7 @@ Descriptor PseudoTerminal::takeStream()
 
 bool PseudoTerminal::openLine(std::string& error)
 {
-    // The old line's descriptors make room for the new one's.
+    // Frees the old line's descriptors for the new one.
     m_clientSide = Descriptor();
     m_ownSide = Descriptor(posix_openpt(O_RDWR | O_NOCTTY | O_NONBLOCK | O_CLOEXEC));
     const bool unlocked =
@@ -97,7 +97,7 @@ bool PseudoTerminal::makeLink(const std::string& link, std::string& error)
     return true;
 }
 
-/// Only our own link: somebody may have put another one in its place.
+/// Only our own link: someone may have put another in its place.
 void PseudoTerminal::removeLink()
 {
     std::error_code ignored;

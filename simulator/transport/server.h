@@ -13,9 +13,9 @@
 
 namespace scnsim {
 
-/// Serves one instrument on a TCP port and a pseudo-terminal, and whoever controls it on a TCP port
-/// of its own, in one loop on one thread. Any number of clients may be connected; their lines are
-/// carried out one at a time as they come. Only the instrument's dialogue goes into the transcript.
+/// Serves one instrument on a TCP port and a pseudo-terminal, and its control port, in one loop on
+/// one thread. Any number of clients may connect; their lines are handled one at a time, as they
+/// arrive. The transcript holds only the instrument's dialogue.
 class Server
 {
 public:
@@ -27,7 +27,7 @@ public:
     bool openPseudoTerminal(const std::string& link, int bitsPerSecond, std::string& error);
     bool listenControl(LineService& control, std::uint16_t port, std::string& error);
 
-    /// The resource names of the instrument's open ports in the order of their opening.
+    /// The resource names of the instrument's open ports, in the order they were opened.
     const std::vector<std::string>& resources() const { return m_resources; }
     std::uint16_t controlPort() const { return m_controlListener.port(); }
 
@@ -60,7 +60,7 @@ private:
     TcpListener m_controlListener;
     PseudoTerminal m_terminal;
     int m_bitsPerSecond = 0;
-    /// Nobody is let in before this time.
+    /// No client is accepted before this time.
     Link::Time m_acceptAgain = {};
     std::vector<Client> m_clients;
     std::vector<std::string> m_resources;

@@ -12,22 +12,22 @@ namespace {
 
 /// The loop wakes up at least this often.
 constexpr int kTickMs = 50;
-/// And this often while a paced line has something to send or a reply waits for its time.
+/// The interval while a paced line has output or a reply is held back.
 constexpr int kPacedTickMs = 1;
-/// How long nobody is let in after a client that could not be.
+/// How long to refuse clients after one could not be accepted.
 constexpr std::chrono::milliseconds kAcceptPause(50);
 
 constexpr const char* kTcpPort = "tcp";
 constexpr const char* kTerminalPort = "pty";
 constexpr const char* kControlPort = "control";
 
-/// Descriptors that stand in front of the clients' in each poll.
+/// Number of descriptors ahead of the clients' in each poll.
 enum FixedDescriptor { kStop, kInstrumentListener, kControlListener, kFixedCount };
 
 short wantedEvents(const Link& link)
 {
     const int input = link.takesInput() ? POLLIN : 0;
-    // A paced stream would always be ready: its output goes with the ticks.
+    // A paced stream would always be writable, so its output goes out on ticks.
     const int output = link.hasPendingOutput() && !link.isPaced() ? POLLOUT : 0;
     return static_cast<short>(input | output);
 }
@@ -82,7 +82,7 @@ void Server::run(int stopDescriptor)
 /// @return false when it is time to stop
 bool Server::pollOnce(int stopDescriptor)
 {
-    // A descriptor below 0 is passed over.
+    // poll() skips negative descriptors.
     const bool accepts = now() >= m_acceptAgain;
     std::vector<pollfd> polled = {{stopDescriptor, POLLIN, 0},
                                   {accepts ? m_listener.descriptor() : -1, POLLIN, 0},
@@ -131,7 +131,7 @@ void Server::acceptClient(TcpListener& listener, LineService& service)
 {
     Descriptor stream = listener.accept();
     if (!stream.isOpen()) {
-        // While no descriptor is free the client goes on knocking, and each poll would end at once.
+        // With no free descriptor the client stays pending and each poll would return at once.
         m_acceptAgain = now() + kAcceptPause;
         return;
     }
@@ -144,7 +144,7 @@ void Server::acceptClient(TcpListener& listener, LineService& service)
         {std::make_unique<Link>(std::move(stream), port, Link::LateReply::Kept), &service});
 }
 
-/// @return false once the connection is at its end
+/// @return false once the connection has ended
 bool Server::serveClient(Client& client, short events)
 {
     Link& link = *client.link;
@@ -155,7 +155,7 @@ bool Server::serveClient(Client& client, short events)
     }
     const bool readable = (events & (POLLIN | POLLHUP | POLLERR)) != 0;
     const bool alive = !readable || link.receive();
-    // Lines that came before the end are carried out, although nobody waits for the answers.
+    // Lines received before the end are still carried out, although nobody reads the answers.
     return answerLines(client) && alive;
 }
 
@@ -220,7 +220,7 @@ void Server::record(const Client& client, Transcript::Direction direction, const
     }
 }
 
-/// Takes our side of the pseudo-terminal as a client; a new line if the last one broke.
+/// Adds our side of the pseudo-terminal as a client; opens a new line if the last one broke.
 void Server::serveTerminal()
 {
     std::string error;
@@ -232,7 +232,7 @@ void Server::serveTerminal()
                          &m_instrument});
 }
 
-/// Closes the doors and opens them again as the instrument wants it.
+/// Opens or closes the ports as the service wants.
 void Server::followReachability()
 {
     const bool reachable = m_instrument.isReachable();

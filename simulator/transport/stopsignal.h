@@ -2,13 +2,13 @@
 
 namespace scnsim {
 
-/// Turns SIGTERM and SIGINT into a readable descriptor and ignores SIGPIPE. One for a process.
+/// Turns SIGTERM and SIGINT into a readable descriptor and ignores SIGPIPE. One per process.
 namespace stopsignal {
 
 /// @return false if the signals cannot be caught
 bool install();
 
-/// Becomes readable once a signal has come.
+/// Readable once a signal has arrived.
 int descriptor();
 
 } // namespace stopsignal

@@ -15,7 +15,7 @@ int g_pipe[2] = {-1, -1};
 extern "C" void onStopSignal(int)
 {
     const char byte = 0;
-    // A full pipe has carried the signal already.
+    // If the pipe is full, the signal is already in it.
     [[maybe_unused]] const ssize_t written = write(g_pipe[1], &byte, 1);
 }
 

@@ -16,18 +16,18 @@ public:
     bool listen(std::uint16_t port, std::string& error);
 
     /// Stops listening, or listens again on the same port; does nothing before the first listen().
-    /// A port that somebody else has taken meanwhile is tried again at the next call.
+    /// If another program has taken the port, the next call tries again.
     void setOpen(bool open);
 
-    /// The port that is listened on.
+    /// The port it listens on.
     std::uint16_t port() const { return m_port; }
     int descriptor() const { return m_descriptor.number(); }
 
-    /// The next client's stream, non-blocking and without delay; none if it has gone already
-    /// or no descriptor is free.
+    /// The next client's stream, non-blocking and without Nagle's delay; none if the client has
+    /// gone or no descriptor is free.
     Descriptor accept();
 
-    /// Ends a connection in the way that its peer sees as a reset.
+    /// Closes a connection so that its peer sees a reset.
     static void reset(Descriptor stream);
 
 private:

@@ -15,7 +15,7 @@ std::string localTime()
     const auto sinceEpoch = now.time_since_epoch();
     const auto ms = std::chrono::floor<std::chrono::milliseconds>(sinceEpoch).count() % 1000;
     char date[32];
-    // The program has one thread only.
+    // The program is single-threaded.
     std::strftime(date, sizeof date, "%Y-%m-%dT%H:%M:%S", std::localtime(&seconds));
     char text[48];
     std::snprintf(text, sizeof text, "%s.%03d", date, static_cast<int>(ms));
