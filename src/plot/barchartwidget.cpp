@@ -100,6 +100,12 @@ void BarChartWidget::setChannelList(const QStringList& items)
     m_curveSpinBoxes.clear();
 }
 
+void BarChartWidget::rebuildChannelList(const QStringList& items)
+{
+    clearChart();
+    setChannelList(items);
+}
+
 void BarChartWidget::onNewSample(qint64 timeMs)
 {
     assertGuiThread();

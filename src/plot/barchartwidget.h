@@ -1,5 +1,7 @@
 #pragma once
 
+#include "plot/workspaceview.h"
+
 #include <QColor>
 #include <QMap>
 #include <QStringList>
@@ -24,7 +26,7 @@ class QwtPlotCurve;
 ///
 /// Curves point at the shared series. The chart keeps each series that it shows alive until
 /// clearChart() or its own end, so that a rebuilt g_curveSeries never leaves a curve without data.
-class BarChartWidget : public QWidget
+class BarChartWidget : public QWidget, public scn::WorkspaceView
 {
     Q_OBJECT
     Q_DISABLE_COPY_MOVE(BarChartWidget)
@@ -38,10 +40,12 @@ public:
 
     /// Offers these channels in every row and goes back to the first of them, "none", without touching
     /// the curves. An empty list is ignored.
-    void setChannelList(const QStringList& items);
+    void setChannelList(const QStringList& items) override;
 
-    /// A batch of readings has arrived; `timeMs` is the last one's time in ms since the epoch.
-    void onNewSample(qint64 timeMs);
+    /// Empties the chart and offers these channels.
+    void rebuildChannelList(const QStringList& items) override;
+
+    void onNewSample(qint64 timeMs) override;
 
 public slots:
     void onChannelTypeChange(int index);

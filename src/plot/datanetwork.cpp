@@ -66,6 +66,17 @@ void DataNetwork::setChannelList(const QStringList& items)
     }
 }
 
+void DataNetwork::rebuildChannelList(const QStringList& items)
+{
+    setChannelList(items);
+}
+
+void DataNetwork::onNewSample(qint64 timeMs)
+{
+    Q_UNUSED(timeMs)
+    refreshRows();
+}
+
 void DataNetwork::refreshRows()
 {
     assertGuiThread();

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "plot/workspaceview.h"
+
 #include <QStringList>
 #include <QWidget>
 
@@ -9,7 +11,7 @@ class QTableWidget;
 /// The data grid of the workspace: 20 rows, in each of which the user picks a channel and sees its
 /// latest reading, that reading's time, and the minimum, maximum and average so far. It reads the
 /// shared series and holds nothing of its own. GUI thread.
-class DataNetwork : public QWidget
+class DataNetwork : public QWidget, public scn::WorkspaceView
 {
     Q_OBJECT
     Q_DISABLE_COPY_MOVE(DataNetwork)
@@ -19,7 +21,13 @@ public:
 
     /// Offers these channels in every row and goes back to the first of them, without touching the
     /// values on show. An empty list is ignored.
-    void setChannelList(const QStringList& items);
+    void setChannelList(const QStringList& items) override;
+
+    /// A grid holds no series: the same as setChannelList().
+    void rebuildChannelList(const QStringList& items) override;
+
+    /// Rewrites the rows; the time does not matter.
+    void onNewSample(qint64 timeMs) override;
 
     /// Rewrites each row that has a channel.
     void refreshRows();

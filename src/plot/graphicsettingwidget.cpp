@@ -69,19 +69,9 @@ void GraphicSettingWidget::rebuildChannelLists()
 {
     assertGuiThread();
     const QStringList channels = channelList();
-    const QList<QMdiSubWindow*> windows = m_mdiArea->subWindowList();
-    for (QMdiSubWindow* subWindow : windows) {
-        auto* window = qobject_cast<CustomMdiSubWindow*>(subWindow);
-        if (!window) {
-            continue;
-        }
-        QWidget* content = m_subWindows[window];
-        if (auto* chart = qobject_cast<BarChartWidget*>(content)) {
-            chart->clearChart();
-            chart->setChannelList(channels);
-        } else if (auto* grid = qobject_cast<DataNetwork*>(content)) {
-            grid->setChannelList(channels);
-        }
+    const QList<scn::WorkspaceView*> open = views();
+    for (scn::WorkspaceView* view : open) {
+        view->rebuildChannelList(channels);
     }
 }
 
@@ -105,9 +95,7 @@ void GraphicSettingWidget::onSubWindowActivated(QMdiSubWindow* subWindow)
     }
     const QList<QMdiSubWindow*> windows = m_mdiArea->subWindowList();
     for (QMdiSubWindow* window : windows) {
-        if (qobject_cast<CustomMdiSubWindow*>(window)) {
-            window->update();
-        }
+        window->update();
     }
 }
 
@@ -122,18 +110,13 @@ void GraphicSettingWidget::refreshCurveSeriesDataSlot(QList<MeasurementData> dat
             series->addPoint(static_cast<double>(reading.time.toMSecsSinceEpoch()), reading.value);
         }
     }
-    const QList<QMdiSubWindow*> windows = m_mdiArea->subWindowList();
-    if (dataList.isEmpty() || windows.isEmpty()) {
+    const QList<scn::WorkspaceView*> open = views();
+    if (dataList.isEmpty() || open.isEmpty()) {
         return;
     }
     const qint64 lastTime = dataList.constLast().time.toMSecsSinceEpoch();
-    for (QMdiSubWindow* subWindow : windows) {
-        QWidget* content = m_subWindows.value(qobject_cast<CustomMdiSubWindow*>(subWindow));
-        if (auto* chart = qobject_cast<BarChartWidget*>(content)) {
-            chart->onNewSample(lastTime);
-        } else if (auto* grid = qobject_cast<DataNetwork*>(content)) {
-            grid->refreshRows();
-        }
+    for (scn::WorkspaceView* view : open) {
+        view->onNewSample(lastTime);
     }
 }
 
@@ -211,13 +194,26 @@ void GraphicSettingWidget::openWindow(const QString& iconPath, const QString& ti
 
 /// The handler holds the pointer's value only: the window is half gone when it runs. Each window
 /// passes here once, so the connection is its only one.
-void GraphicSettingWidget::forgetWindowWhenDestroyed(CustomMdiSubWindow* window)
+void GraphicSettingWidget::forgetWindowWhenDestroyed(QMdiSubWindow* window)
 {
     connect(window, &QObject::destroyed, this, [this, window] {
         if (m_subWindows.remove(window) > 0) {
             qDebug() << "子窗口已销毁，已从map中移除";
         }
     });
+}
+
+/// What the open windows show, in the order in which they were opened.
+QList<scn::WorkspaceView*> GraphicSettingWidget::views() const
+{
+    QList<scn::WorkspaceView*> views;
+    const QList<QMdiSubWindow*> windows = m_mdiArea->subWindowList();
+    for (QMdiSubWindow* window : windows) {
+        if (scn::WorkspaceView* view = m_subWindows.value(window)) {
+            views.append(view);
+        }
+    }
+    return views;
 }
 
 /// "none" and each channel of the scan list that has a unit, in channel order.

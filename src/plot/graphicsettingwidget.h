@@ -8,11 +8,14 @@
 #include <QStringList>
 #include <QWidget>
 
-class CustomMdiSubWindow;
 class QMdiArea;
 class QMdiSubWindow;
 class QPushButton;
 class SideBar;
+
+namespace scn {
+class WorkspaceView;
+}
 
 /// The page of the live views: a side bar whose two buttons open charts and data grids in an MDI area.
 /// It receives every batch of readings, feeds the shared series and tells each open window. GUI thread;
@@ -42,13 +45,14 @@ private:
     void buildArea();
     template <typename Content>
     void openWindow(const QString& iconPath, const QString& titleText);
-    void forgetWindowWhenDestroyed(CustomMdiSubWindow* window);
+    void forgetWindowWhenDestroyed(QMdiSubWindow* window);
+    QList<scn::WorkspaceView*> views() const;
     QStringList channelList() const;
     void registerSeriesAgain();
 
     SideBar* m_sideBar = nullptr;
     QMdiArea* m_mdiArea = nullptr;
-    QMap<CustomMdiSubWindow*, QWidget*> m_subWindows;
+    QMap<QMdiSubWindow*, scn::WorkspaceView*> m_subWindows;
     int m_windowCounter = 0;
     QElapsedTimer m_sinceRegistration; ///< of the last try; not valid before the first
 };
