@@ -6,6 +6,7 @@
 #include "plot/ccurveplot.h"
 #include "plot/colorselectbutton.h"
 #include "plot/curveoffsetcontroller.h"
+#include "plot/curvetable.h"
 #include "storage/curveseriesdata.h"
 #include "widgets/customcombobox.h"
 #include "widgets/wheelguard.h"
@@ -13,8 +14,6 @@
 #include <QComboBox>
 #include <QDoubleSpinBox>
 #include <QHBoxLayout>
-#include <QHeaderView>
-#include <QLabel>
 #include <QPushButton>
 #include <QSignalBlocker>
 #include <QSizeGrip>
@@ -24,26 +23,6 @@
 #include <qwt_plot_curve.h>
 
 namespace {
-constexpr int kRowCount = 40;
-
-enum Column {
-    NumberColumn,
-    ColorColumn,
-    ChannelColumn,
-    AxisColumn,
-    UnitsPerDivColumn,
-    OffsetColumn,
-    ColumnCount
-};
-
-constexpr int kNumberColumnWidth = 50;
-constexpr int kColorColumnWidth = 80;
-constexpr int kAxisColumnWidth = 100;
-constexpr int kColorCellMargin = 2;
-
-constexpr double kOffsetLimit = 1000.0;
-constexpr int kOffsetDecimals = 5;
-
 constexpr double kCurvePenWidth = 0.0;
 constexpr QRgb kNewCurveColor = 0xffB793E6;
 
@@ -89,14 +68,7 @@ void BarChartWidget::setChannelList(const QStringList& items)
     if (items.isEmpty()) {
         return;
     }
-    for (int row = 0; row < m_table->rowCount(); ++row) {
-        if (QComboBox* combo = channelComboOfRow(row)) {
-            const QSignalBlocker blocker(combo);
-            combo->clear();
-            combo->insertItems(0, items);
-            resetRow(row);
-        }
-    }
+    m_table->setChannelList(items);
     m_curveSpinBoxes.clear();
 }
 
@@ -119,9 +91,9 @@ void BarChartWidget::onChannelTypeChange(int index)
     if (index < 0 || !combo) {
         return;
     }
-    const int row = m_widgetRows.value(combo, -1);
+    const int row = m_table->rowOf(combo);
     if (index == 0) {
-        resetRow(row);
+        m_table->resetOffset(row);
         syncCurves(row);
         return;
     }
@@ -129,7 +101,7 @@ void BarChartWidget::onChannelTypeChange(int index)
         return;
     }
     const int channel = scn::labelOfChannelText(combo->currentText());
-    enableRow(row, channel);
+    m_table->enableRow(row, m_plot->curveOffset(m_channelCurves[channel]), g_scanChannels[channel]);
     const QwtPlotCurve* curve = m_channelCurves[channel];
     if (curve && curve->isVisible()) {
         // Another row shows this channel. Going back to "none" enters this slot again for this row.
@@ -142,8 +114,8 @@ void BarChartWidget::onChannelTypeChange(int index)
 void BarChartWidget::onColorChanged(QColor newColor)
 {
     assertGuiThread();
-    const int row = m_widgetRows.value(sender(), -1);
-    const QComboBox* combo = channelComboOfRow(row);
+    const int row = m_table->rowOf(sender());
+    const QComboBox* combo = m_table->channelBox(row);
     if (!combo || combo->currentIndex() <= 0) {
         return;
     }
@@ -158,8 +130,8 @@ void BarChartWidget::onColorChanged(QColor newColor)
 void BarChartWidget::onOffsetChanged(double value)
 {
     assertGuiThread();
-    const int row = m_widgetRows.value(sender(), -1);
-    const QComboBox* combo = channelComboOfRow(row);
+    const int row = m_table->rowOf(sender());
+    const QComboBox* combo = m_table->channelBox(row);
     if (!combo || combo->currentIndex() <= 0) {
         return;
     }
@@ -174,15 +146,15 @@ void BarChartWidget::hideTableWidget()
     if (!m_table) {
         return;
     }
-    if (m_table->isVisible()) {
-        m_table->hide();
+    if (m_table->widget()->isVisible()) {
+        m_table->widget()->hide();
         m_toggleButton->setText(tr("▲选择通道"));
         m_tableContainer->setMinimumHeight(m_toggleButton->height());
         m_tableContainer->setMaximumHeight(m_toggleButton->height());
         m_splitter->setStretchFactor(0, kPlotStretchAlone);
         m_splitter->setStretchFactor(1, kTableStretchHidden);
     } else {
-        m_table->show();
+        m_table->widget()->show();
         m_toggleButton->setText(tr("▼选择通道"));
         m_tableContainer->setMaximumHeight(kContainerMaximumHeight);
         m_tableContainer->setMinimumHeight(0);
@@ -279,165 +251,30 @@ void BarChartWidget::buildTableArea()
     m_toggleButton->setStyleSheet(QStringLiteral("text-align: left; padding-left: 8px;"));
     connect(m_toggleButton, &QPushButton::clicked, this, &BarChartWidget::hideTableWidget);
     layout->addWidget(m_toggleButton);
-    buildTable();
-    layout->addWidget(m_table);
+    m_table = std::make_unique<scn::CurveTable>(m_tableContainer);
+    for (int row = 0; row < m_table->rowCount(); ++row) {
+        connectRow(row);
+    }
+    layout->addWidget(m_table->widget());
 }
 
-void BarChartWidget::buildTable()
+/// A row says with whose control it changed: the slots find the row by their sender.
+void BarChartWidget::connectRow(int row)
 {
-    m_table = new QTableWidget(kRowCount, ColumnCount, m_tableContainer);
-    m_table->setHorizontalHeaderLabels(
-        {QString(), tr("颜色"), tr("通道"), tr("图表 Y轴"), tr("单位/Div"), tr("偏移量")});
-    m_table->verticalHeader()->setVisible(false);
-    m_table->setEditTriggers(QAbstractItemView::NoEditTriggers);
-    m_table->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
-
-    QHeaderView* header = m_table->horizontalHeader();
-    header->setStyleSheet(QStringLiteral("QHeaderView::section {    background-color: #5D5D5D;"
-                                         "    border: 0px solid #ddd;    padding: 4px;"
-                                         "    font-weight: bold;}"));
-    m_table->setColumnWidth(NumberColumn, kNumberColumnWidth);
-    m_table->setColumnWidth(ColorColumn, kColorColumnWidth);
-    m_table->setColumnWidth(AxisColumn, kAxisColumnWidth);
-    for (const int column : {ChannelColumn, UnitsPerDivColumn, OffsetColumn}) {
-        header->setSectionResizeMode(column, QHeaderView::Stretch);
-    }
-    for (int row = 0; row < kRowCount; ++row) {
-        buildRow(row);
-    }
-}
-
-void BarChartWidget::buildRow(int row)
-{
-    auto* number = new QTableWidgetItem(QString::number(row + 1));
-    number->setTextAlignment(Qt::AlignCenter);
-    m_table->setItem(row, NumberColumn, number);
-
-    m_table->setCellWidget(row, ColorColumn, buildColorCell(row));
-
-    auto* channelBox = new QComboBox(m_table->viewport());
-    channelBox->addItem(tr("无"));
-    WheelGuard::install(channelBox);
-    m_widgetRows[channelBox] = row;
-    connect(channelBox, qOverload<int>(&QComboBox::currentIndexChanged), this,
+    connect(m_table->colorButton(row), &ColorSelectButton::colorChanged, this,
+            &BarChartWidget::onColorChanged);
+    connect(m_table->channelBox(row), qOverload<int>(&QComboBox::currentIndexChanged), this,
             &BarChartWidget::onChannelTypeChange);
-    m_table->setCellWidget(row, ChannelColumn, channelBox);
-
-    auto* axisLabel = new QLabel(QStringLiteral("---"), m_table->viewport());
-    axisLabel->setAlignment(Qt::AlignCenter);
-    m_table->setCellWidget(row, AxisColumn, axisLabel);
-
-    auto* unitsPerDivBox = new QComboBox(m_table->viewport());
-    unitsPerDivBox->addItems(
-        {QStringLiteral("1/"), QStringLiteral("2/"), QStringLiteral("5/"), QStringLiteral("10/")});
-    unitsPerDivBox->setEnabled(false);
-    WheelGuard::install(unitsPerDivBox);
-    m_table->setCellWidget(row, UnitsPerDivColumn, unitsPerDivBox);
-
-    m_table->setCellWidget(row, OffsetColumn, buildOffsetCell(row));
-}
-
-QWidget* BarChartWidget::buildColorCell(int row)
-{
-    auto* holder = new QWidget(m_table->viewport());
-    auto* layout = new QHBoxLayout(holder);
-    layout->setContentsMargins(kColorCellMargin, kColorCellMargin, kColorCellMargin,
-                               kColorCellMargin);
-    layout->setAlignment(Qt::AlignCenter);
-    auto* button = new ColorSelectButton(holder);
-    layout->addWidget(button);
-    m_widgetRows[button] = row;
-    connect(button, &ColorSelectButton::colorChanged, this, &BarChartWidget::onColorChanged);
-    return holder;
-}
-
-QWidget* BarChartWidget::buildOffsetCell(int row)
-{
-    auto* holder = new QWidget(m_table->viewport());
-    auto* layout = new QHBoxLayout(holder);
-    layout->setContentsMargins(0, 0, 0, 0);
-    auto* spinBox = new QDoubleSpinBox(holder);
-    spinBox->setRange(-kOffsetLimit, kOffsetLimit);
-    spinBox->setDecimals(kOffsetDecimals);
-    spinBox->setValue(0.0);
-    spinBox->setSuffix(QStringLiteral(" Vdc"));
-    spinBox->setEnabled(false);
-    WheelGuard::install(spinBox);
-    layout->addWidget(spinBox);
-    m_widgetRows[spinBox] = row;
-    connect(spinBox, qOverload<double>(&QDoubleSpinBox::valueChanged), this,
+    connect(m_table->offsetBox(row), qOverload<double>(&QDoubleSpinBox::valueChanged), this,
             &BarChartWidget::onOffsetChanged);
-    return holder;
-}
-
-QComboBox* BarChartWidget::channelComboOfRow(int row) const
-{
-    return qobject_cast<QComboBox*>(m_table->cellWidget(row, ChannelColumn));
-}
-
-QDoubleSpinBox* BarChartWidget::spinBoxOfRow(int row) const
-{
-    const QWidget* holder = m_table->cellWidget(row, OffsetColumn);
-    return holder ? holder->findChild<QDoubleSpinBox*>() : nullptr;
-}
-
-ColorSelectButton* BarChartWidget::colorButtonOfRow(int row) const
-{
-    const QWidget* holder = m_table->cellWidget(row, ColorColumn);
-    return holder ? holder->findChild<ColorSelectButton*>() : nullptr;
-}
-
-/// Channel that a row has selected; -1 for none and for a text without a channel number.
-int BarChartWidget::selectedChannel(int row) const
-{
-    const QComboBox* combo = channelComboOfRow(row);
-    if (!combo || combo->currentIndex() <= 0) {
-        return -1;
-    }
-    bool ok = false;
-    const int channel = scn::labelOfChannelText(combo->currentText(), &ok);
-    return ok ? channel : -1;
-}
-
-void BarChartWidget::resetRow(int row)
-{
-    QDoubleSpinBox* spinBox = spinBoxOfRow(row);
-    if (!spinBox) {
-        return;
-    }
-    const QSignalBlocker blocker(spinBox);
-    spinBox->setEnabled(false);
-    // The curve keeps its offset in the plot and shows it again when the channel is chosen again.
-    spinBox->setValue(0.0);
-}
-
-void BarChartWidget::enableRow(int row, int channel)
-{
-    if (QWidget* unitsPerDivBox = m_table->cellWidget(row, UnitsPerDivColumn)) {
-        unitsPerDivBox->setEnabled(true);
-    }
-    QDoubleSpinBox* spinBox = spinBoxOfRow(row);
-    if (!spinBox) {
-        return;
-    }
-    const QSignalBlocker blocker(spinBox);
-    spinBox->setEnabled(true);
-    spinBox->setValue(m_plot->curveOffset(m_channelCurves[channel]));
-    spinBox->setSuffix(QStringLiteral(" %1").arg(g_scanChannels[channel]));
 }
 
 /// Makes the curves on show those of the selected channels. A curve that has to be made takes its
 /// colour from `row`.
 void BarChartWidget::syncCurves(int row)
 {
-    QList<int> channels;
-    for (int i = 0; i < m_table->rowCount(); ++i) {
-        const int channel = selectedChannel(i);
-        if (channel >= 0) {
-            channels.append(channel);
-        }
-    }
-    for (const int channel : qAsConst(channels)) {
+    const QList<int> channels = m_table->selectedChannels();
+    for (const int channel : channels) {
         showChannel(channel, row);
     }
     hideOtherChannels(channels);
@@ -451,8 +288,8 @@ void BarChartWidget::assignSpinBoxes()
 {
     m_curveSpinBoxes.clear();
     for (int row = 0; row < m_table->rowCount(); ++row) {
-        if (QwtPlotCurve* curve = m_channelCurves.value(selectedChannel(row))) {
-            m_curveSpinBoxes[curve] = spinBoxOfRow(row);
+        if (QwtPlotCurve* curve = m_channelCurves.value(m_table->selectedChannel(row))) {
+            m_curveSpinBoxes[curve] = m_table->offsetBox(row);
         }
     }
 }
@@ -479,7 +316,7 @@ void BarChartWidget::createCurve(int channel, int row)
     m_shownSeries[channel] = series;
     m_channelCurves[channel] = curve;
     m_offsetController->addCurveLabel(title, curve, QColor(kNewCurveColor), series->average());
-    if (const ColorSelectButton* button = colorButtonOfRow(row)) {
+    if (const ColorSelectButton* button = m_table->colorButton(row)) {
         curve->setPen(curvePen(button->color()));
         m_offsetController->setLabelColor(curve, button->color());
     }

@@ -17,8 +17,11 @@ class QComboBox;
 class QDoubleSpinBox;
 class QPushButton;
 class QSplitter;
-class QTableWidget;
 class QwtPlotCurve;
+
+namespace scn {
+class CurveTable;
+}
 
 /// The chart window's content: a plot with its strip of tags, a live button and a zoom selector above;
 /// below, a table of 40 rows in which the user gives each curve a channel, a colour and an offset. It
@@ -62,18 +65,8 @@ private:
     void buildLayout();
     void buildPlotArea();
     void buildTableArea();
-    void buildTable();
-    void buildRow(int row);
-    QWidget* buildColorCell(int row);
-    QWidget* buildOffsetCell(int row);
+    void connectRow(int row);
 
-    QComboBox* channelComboOfRow(int row) const;
-    QDoubleSpinBox* spinBoxOfRow(int row) const;
-    ColorSelectButton* colorButtonOfRow(int row) const;
-    int selectedChannel(int row) const;
-
-    void resetRow(int row);
-    void enableRow(int row, int channel);
     void syncCurves(int row);
     void showChannel(int channel, int row);
     void createCurve(int channel, int row);
@@ -85,8 +78,7 @@ private:
     QSplitter* m_splitter = nullptr;
     QWidget* m_tableContainer = nullptr;
     QPushButton* m_toggleButton = nullptr;
-    QTableWidget* m_table = nullptr;
-    QMap<QObject*, int> m_widgetRows;
+    std::unique_ptr<scn::CurveTable> m_table;
     QMap<int, QwtPlotCurve*> m_channelCurves;
     QMap<QwtPlotCurve*, QDoubleSpinBox*> m_curveSpinBoxes;
     QMap<int, std::shared_ptr<CurveSeriesData>> m_shownSeries;
