@@ -4,10 +4,10 @@
 #include "common/channelnumber.h"
 #include "common/threadassert.h"
 #include "plot/ccurveplot.h"
+#include "plot/chartcurves.h"
 #include "plot/colorselectbutton.h"
 #include "plot/curveoffsetcontroller.h"
 #include "plot/curvetable.h"
-#include "storage/curveseriesdata.h"
 #include "widgets/customcombobox.h"
 #include "widgets/wheelguard.h"
 
@@ -23,20 +23,12 @@
 #include <qwt_plot_curve.h>
 
 namespace {
-constexpr double kCurvePenWidth = 0.0;
-constexpr QRgb kNewCurveColor = 0xffB793E6;
-
 constexpr QMargins kOuterMargins(10, 10, 1, 0);
 constexpr int kPlotStretch = 7;
 constexpr int kTableStretch = 2;
 constexpr int kPlotStretchAlone = 9;
 constexpr int kTableStretchHidden = 1;
 constexpr int kContainerMaximumHeight = 2000;
-
-QPen curvePen(const QColor& color)
-{
-    return {color, kCurvePenWidth, Qt::SolidLine};
-}
 } // namespace
 
 BarChartWidget::BarChartWidget(QWidget* parent)
@@ -55,11 +47,7 @@ BarChartWidget::~BarChartWidget()
 void BarChartWidget::clearChart()
 {
     assertGuiThread();
-    m_offsetController->clearLabels();
-    m_channelCurves.clear();
-    m_curveSpinBoxes.clear();
-    m_plot->clearCurves();
-    m_shownSeries.clear();
+    m_curves->clear();
 }
 
 void BarChartWidget::setChannelList(const QStringList& items)
@@ -69,7 +57,7 @@ void BarChartWidget::setChannelList(const QStringList& items)
         return;
     }
     m_table->setChannelList(items);
-    m_curveSpinBoxes.clear();
+    m_curves->forgetOffsetBoxes();
 }
 
 void BarChartWidget::rebuildChannelList(const QStringList& items)
@@ -94,21 +82,21 @@ void BarChartWidget::onChannelTypeChange(int index)
     const int row = m_table->rowOf(combo);
     if (index == 0) {
         m_table->resetOffset(row);
-        syncCurves(row);
+        m_curves->showSelected(*m_table, row);
         return;
     }
     if (row < 0 || row >= m_table->rowCount()) {
         return;
     }
     const int channel = scn::labelOfChannelText(combo->currentText());
-    m_table->enableRow(row, m_plot->curveOffset(m_channelCurves[channel]), g_scanChannels[channel]);
-    const QwtPlotCurve* curve = m_channelCurves[channel];
+    QwtPlotCurve* curve = m_curves->curveOf(channel);
+    m_table->enableRow(row, m_plot->curveOffset(curve), g_scanChannels[channel]);
     if (curve && curve->isVisible()) {
         // Another row shows this channel. Going back to "none" enters this slot again for this row.
         combo->setCurrentIndex(0);
         return;
     }
-    syncCurves(row);
+    m_curves->showSelected(*m_table, row);
 }
 
 void BarChartWidget::onColorChanged(QColor newColor)
@@ -119,12 +107,7 @@ void BarChartWidget::onColorChanged(QColor newColor)
     if (!combo || combo->currentIndex() <= 0) {
         return;
     }
-    QwtPlotCurve* curve = m_channelCurves[scn::labelOfChannelText(combo->currentText())];
-    if (curve) {
-        curve->setPen(curvePen(newColor));
-    }
-    m_plot->replot();
-    m_offsetController->setLabelColor(curve, newColor);
+    m_curves->setColor(scn::labelOfChannelText(combo->currentText()), newColor);
 }
 
 void BarChartWidget::onOffsetChanged(double value)
@@ -135,9 +118,7 @@ void BarChartWidget::onOffsetChanged(double value)
     if (!combo || combo->currentIndex() <= 0) {
         return;
     }
-    QwtPlotCurve* curve = m_channelCurves[scn::labelOfChannelText(combo->currentText())];
-    m_plot->setCurveOffset(curve, value);
-    m_offsetController->setLabelValue(curve, value);
+    m_curves->setOffset(scn::labelOfChannelText(combo->currentText()), value);
 }
 
 void BarChartWidget::hideTableWidget()
@@ -186,7 +167,7 @@ void BarChartWidget::setOffset(QwtPlotCurve* curve, double offset)
         return;
     }
     m_plot->setCurveOffset(curve, offset);
-    if (QDoubleSpinBox* spinBox = m_curveSpinBoxes.value(curve)) {
+    if (QDoubleSpinBox* spinBox = m_curves->offsetBoxOf(curve)) {
         const QSignalBlocker blocker(spinBox);
         spinBox->setValue(offset);
     }
@@ -217,6 +198,7 @@ void BarChartWidget::buildPlotArea()
 
     m_plot = new CCurvePlot(area);
     m_offsetController = new CurveOffsetController(m_plot, area);
+    m_curves = std::make_unique<scn::ChartCurves>(m_plot, m_offsetController);
     connect(m_offsetController, &CurveOffsetController::offsetChanged, this,
             &BarChartWidget::setOffset);
     auto* plotRow = new QHBoxLayout;
@@ -267,69 +249,4 @@ void BarChartWidget::connectRow(int row)
             &BarChartWidget::onChannelTypeChange);
     connect(m_table->offsetBox(row), qOverload<double>(&QDoubleSpinBox::valueChanged), this,
             &BarChartWidget::onOffsetChanged);
-}
-
-/// Makes the curves on show those of the selected channels. A curve that has to be made takes its
-/// colour from `row`.
-void BarChartWidget::syncCurves(int row)
-{
-    const QList<int> channels = m_table->selectedChannels();
-    for (const int channel : channels) {
-        showChannel(channel, row);
-    }
-    hideOtherChannels(channels);
-    assignSpinBoxes();
-    m_plot->replot();
-}
-
-/// Gives each curve on show the spin box of the row that shows it. A box that kept an earlier curve
-/// would follow the tags of two.
-void BarChartWidget::assignSpinBoxes()
-{
-    m_curveSpinBoxes.clear();
-    for (int row = 0; row < m_table->rowCount(); ++row) {
-        if (QwtPlotCurve* curve = m_channelCurves.value(m_table->selectedChannel(row))) {
-            m_curveSpinBoxes[curve] = m_table->offsetBox(row);
-        }
-    }
-}
-
-void BarChartWidget::showChannel(int channel, int row)
-{
-    QwtPlotCurve* curve = m_channelCurves.value(channel);
-    if (!curve) {
-        createCurve(channel, row);
-    } else if (!curve->isVisible()) {
-        curve->show();
-        m_offsetController->showCurveLabel(curve);
-    }
-}
-
-void BarChartWidget::createCurve(int channel, int row)
-{
-    const std::shared_ptr<CurveSeriesData> series = g_curveSeries.value(channel);
-    if (!series) {
-        return;
-    }
-    const QString title = QString::number(channel);
-    QwtPlotCurve* curve = m_plot->addCurve(series.get(), QColor(kNewCurveColor), title);
-    m_shownSeries[channel] = series;
-    m_channelCurves[channel] = curve;
-    m_offsetController->addCurveLabel(title, curve, QColor(kNewCurveColor), series->average());
-    if (const ColorSelectButton* button = m_table->colorButton(row)) {
-        curve->setPen(curvePen(button->color()));
-        m_offsetController->setLabelColor(curve, button->color());
-    }
-    curve->show();
-}
-
-void BarChartWidget::hideOtherChannels(const QList<int>& channels)
-{
-    for (auto it = m_channelCurves.cbegin(); it != m_channelCurves.cend(); ++it) {
-        if (!it.value() || channels.contains(it.key())) {
-            continue;
-        }
-        it.value()->hide();
-        m_offsetController->hideCurveLabel(it.value());
-    }
 }

@@ -3,25 +3,21 @@
 #include "plot/workspaceview.h"
 
 #include <QColor>
-#include <QMap>
 #include <QStringList>
 #include <QWidget>
 
 #include <memory>
 
 class CCurvePlot;
-class ColorSelectButton;
 class CurveOffsetController;
-class CurveSeriesData;
-class QComboBox;
-class QDoubleSpinBox;
 class QPushButton;
 class QSplitter;
 class QwtPlotCurve;
 
 namespace scn {
+class ChartCurves;
 class CurveTable;
-}
+} // namespace scn
 
 /// The chart window's content: a plot with its strip of tags, a live button and a zoom selector above;
 /// below, a table of 40 rows in which the user gives each curve a channel, a colour and an offset. It
@@ -67,19 +63,11 @@ private:
     void buildTableArea();
     void connectRow(int row);
 
-    void syncCurves(int row);
-    void showChannel(int channel, int row);
-    void createCurve(int channel, int row);
-    void hideOtherChannels(const QList<int>& channels);
-    void assignSpinBoxes();
-
     CurveOffsetController* m_offsetController = nullptr;
     CCurvePlot* m_plot = nullptr;
     QSplitter* m_splitter = nullptr;
     QWidget* m_tableContainer = nullptr;
     QPushButton* m_toggleButton = nullptr;
     std::unique_ptr<scn::CurveTable> m_table;
-    QMap<int, QwtPlotCurve*> m_channelCurves;
-    QMap<QwtPlotCurve*, QDoubleSpinBox*> m_curveSpinBoxes;
-    QMap<int, std::shared_ptr<CurveSeriesData>> m_shownSeries;
+    std::unique_ptr<scn::ChartCurves> m_curves;
 };

@@ -18,15 +18,15 @@ constexpr int kRowCount = 20;
 constexpr int kValueDecimals = 5;
 constexpr int kRowPadding = 6;
 
-enum Column {
-    NumberColumn,
-    ChannelColumn,
-    ReadingColumn,
-    TimeColumn,
-    MinimumColumn,
-    MaximumColumn,
-    AverageColumn,
-    ColumnCount
+enum GridColumn {
+    GridNumberColumn,
+    GridChannelColumn,
+    GridReadingColumn,
+    GridTimeColumn,
+    GridMinimumColumn,
+    GridMaximumColumn,
+    GridAverageColumn,
+    GridColumnCount
 };
 
 QString noChannel()
@@ -96,7 +96,7 @@ void DataNetwork::onChannelChanged(int index)
         return;
     }
     for (int row = 0; row < m_table->rowCount(); ++row) {
-        if (m_table->cellWidget(row, ChannelColumn) == combo) {
+        if (m_table->cellWidget(row, GridChannelColumn) == combo) {
             refreshRow(row);
             return;
         }
@@ -106,7 +106,7 @@ void DataNetwork::onChannelChanged(int index)
 void DataNetwork::buildTable()
 {
     m_table->setRowCount(kRowCount);
-    m_table->setColumnCount(ColumnCount);
+    m_table->setColumnCount(GridColumnCount);
     m_table->setHorizontalHeaderLabels(
         {QString(), tr("通道"), tr("读数"), tr("时间"), tr("最小值"), tr("最大值"), tr("平均值")});
     m_table->horizontalHeader()->setSectionResizeMode(QHeaderView::Stretch);
@@ -124,7 +124,7 @@ void DataNetwork::buildRow(int row)
 {
     auto* number = new QTableWidgetItem(QString::number(row + 1));
     number->setFlags(number->flags() & ~Qt::ItemIsEditable);
-    m_table->setItem(row, NumberColumn, number);
+    m_table->setItem(row, GridNumberColumn, number);
 
     auto* combo = new QComboBox(m_table->viewport());
     combo->addItem(noChannel());
@@ -134,16 +134,16 @@ void DataNetwork::buildRow(int row)
     // A choice by hand counts also where the box stood on that channel already: after a new list it
     // stands on "none" beside old values.
     connect(combo, qOverload<int>(&QComboBox::activated), this, &DataNetwork::onChannelChanged);
-    m_table->setCellWidget(row, ChannelColumn, combo);
+    m_table->setCellWidget(row, GridChannelColumn, combo);
 
-    for (int column = ReadingColumn; column < ColumnCount; ++column) {
+    for (int column = GridReadingColumn; column < GridColumnCount; ++column) {
         m_table->setItem(row, column, new QTableWidgetItem(QString()));
     }
 }
 
 QComboBox* DataNetwork::comboOfRow(int row) const
 {
-    return qobject_cast<QComboBox*>(m_table->cellWidget(row, ChannelColumn));
+    return qobject_cast<QComboBox*>(m_table->cellWidget(row, GridChannelColumn));
 }
 
 void DataNetwork::refreshRow(int row)
@@ -154,7 +154,7 @@ void DataNetwork::refreshRow(int row)
     }
     const QString text = combo->currentText();
     if (text == noChannel()) {
-        for (int column = ReadingColumn; column < ColumnCount; ++column) {
+        for (int column = GridReadingColumn; column < GridColumnCount; ++column) {
             writeCell(row, column, QString());
         }
         return;
@@ -164,11 +164,11 @@ void DataNetwork::refreshRow(int row)
     if (!series) {
         return;
     }
-    writeCell(row, ReadingColumn, valueText(series->lastValue()));
-    writeCell(row, TimeColumn, series->lastTimeText());
-    writeCell(row, MinimumColumn, valueText(series->minimum()));
-    writeCell(row, MaximumColumn, valueText(series->maximum()));
-    writeCell(row, AverageColumn, valueText(series->average()));
+    writeCell(row, GridReadingColumn, valueText(series->lastValue()));
+    writeCell(row, GridTimeColumn, series->lastTimeText());
+    writeCell(row, GridMinimumColumn, valueText(series->minimum()));
+    writeCell(row, GridMaximumColumn, valueText(series->maximum()));
+    writeCell(row, GridAverageColumn, valueText(series->average()));
 }
 
 void DataNetwork::writeCell(int row, int column, const QString& text)

@@ -1,0 +1,121 @@
+#include "plot/chartcurves.h"
+
+#include "app/globals.h"
+#include "plot/ccurveplot.h"
+#include "plot/colorselectbutton.h"
+#include "plot/curveoffsetcontroller.h"
+#include "plot/curvetable.h"
+#include "storage/curveseriesdata.h"
+
+#include <QDoubleSpinBox>
+#include <QPen>
+#include <qwt_plot_curve.h>
+
+namespace scn {
+
+namespace {
+
+constexpr double kCurvePenWidth = 0.0;
+constexpr QRgb kNewCurveColor = 0xffB793E6;
+
+QPen curvePen(const QColor& color)
+{
+    return {color, kCurvePenWidth, Qt::SolidLine};
+}
+
+} // namespace
+
+ChartCurves::ChartCurves(CCurvePlot* plot, CurveOffsetController* tags)
+    : m_plot(plot)
+    , m_tags(tags)
+{
+}
+
+void ChartCurves::clear()
+{
+    m_tags->clearLabels();
+    m_curves.clear();
+    m_offsetBoxes.clear();
+    m_plot->clearCurves();
+    m_series.clear();
+}
+
+void ChartCurves::showSelected(const CurveTable& table, int row)
+{
+    const QList<int> channels = table.selectedChannels();
+    for (const int channel : channels) {
+        showChannel(channel, table, row);
+    }
+    hideOthers(channels);
+    assignOffsetBoxes(table);
+    m_plot->replot();
+}
+
+void ChartCurves::setColor(int channel, const QColor& color)
+{
+    QwtPlotCurve* curve = curveOf(channel);
+    if (curve) {
+        curve->setPen(curvePen(color));
+    }
+    m_plot->replot();
+    m_tags->setLabelColor(curve, color);
+}
+
+void ChartCurves::setOffset(int channel, double offset)
+{
+    QwtPlotCurve* curve = curveOf(channel);
+    m_plot->setCurveOffset(curve, offset);
+    m_tags->setLabelValue(curve, offset);
+}
+
+void ChartCurves::showChannel(int channel, const CurveTable& table, int row)
+{
+    QwtPlotCurve* curve = curveOf(channel);
+    if (!curve) {
+        createCurve(channel, table, row);
+    } else if (!curve->isVisible()) {
+        curve->show();
+        m_tags->showCurveLabel(curve);
+    }
+}
+
+void ChartCurves::createCurve(int channel, const CurveTable& table, int row)
+{
+    const std::shared_ptr<CurveSeriesData> series = g_curveSeries.value(channel);
+    if (!series) {
+        return;
+    }
+    const QString title = QString::number(channel);
+    QwtPlotCurve* curve = m_plot->addCurve(series.get(), QColor(kNewCurveColor), title);
+    m_series[channel] = series;
+    m_curves[channel] = curve;
+    m_tags->addCurveLabel(title, curve, QColor(kNewCurveColor), series->average());
+    if (const ColorSelectButton* button = table.colorButton(row)) {
+        curve->setPen(curvePen(button->color()));
+        m_tags->setLabelColor(curve, button->color());
+    }
+    curve->show();
+}
+
+void ChartCurves::hideOthers(const QList<int>& channels)
+{
+    for (auto it = m_curves.cbegin(); it != m_curves.cend(); ++it) {
+        if (!channels.contains(it.key())) {
+            it.value()->hide();
+            m_tags->hideCurveLabel(it.value());
+        }
+    }
+}
+
+/// A box that kept an earlier curve would follow the tags of two.
+void ChartCurves::assignOffsetBoxes(const CurveTable& table)
+{
+    m_offsetBoxes.clear();
+    for (int row = 0; row < table.rowCount(); ++row) {
+        if (QwtPlotCurve* curve = curveOf(table.selectedChannel(row))) {
+            m_offsetBoxes[curve] = table.offsetBox(row);
+        }
+    }
+}
+
+} // namespace scn
