@@ -17,8 +17,6 @@
 
 namespace {
 
-constexpr int kHoldMs = 1000;
-constexpr int kFadeMs = 500;
 constexpr int kBarHeight = 50;
 
 constexpr int kBarTextSize = 16;
@@ -99,7 +97,8 @@ struct LockableDataCollectionView::State
     QGraphicsProxyWidget* unlockButtonProxy = nullptr;
     QTimer unlockTimer;
     bool isLocked = true;
-    int holdMs = kHoldMs;
+    int holdMs = 0;
+    int fadeMs = 0;
     QPointer<QPropertyAnimation> fade; ///< Null unless the veil is fading.
     QList<QPointer<QWidget>> holders;  ///< The page and what it lies in, while the view is on show.
 };
@@ -118,6 +117,8 @@ LockableDataCollectionView::LockableDataCollectionView(QWidget* parent)
     setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
 
+    setTiming(LockTiming());
+    m_state->unlockTimer.setParent(this);
     m_state->scene = new QGraphicsScene(this);
     setScene(m_state->scene);
     setRenderHint(QPainter::Antialiasing);
@@ -277,6 +278,12 @@ void LockableDataCollectionView::setUnlockHoldTime(int ms)
     m_state->holdMs = ms;
 }
 
+void LockableDataCollectionView::setTiming(const LockTiming& timing)
+{
+    m_state->holdMs = static_cast<int>(timing.hold.count());
+    m_state->fadeMs = static_cast<int>(timing.fade.count());
+}
+
 void LockableDataCollectionView::ensureVeil()
 {
     assertGuiThread();
@@ -337,7 +344,7 @@ void LockableDataCollectionView::fadeOut()
     auto* effect = new QGraphicsOpacityEffect;
     m_state->veil->setGraphicsEffect(effect);
     m_state->fade = new QPropertyAnimation(effect, QByteArrayLiteral("opacity"), this);
-    m_state->fade->setDuration(kFadeMs);
+    m_state->fade->setDuration(m_state->fadeMs);
     m_state->fade->setStartValue(1.0);
     m_state->fade->setEndValue(0.0);
     connect(m_state->fade, &QPropertyAnimation::finished, this,

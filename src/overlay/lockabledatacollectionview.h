@@ -1,5 +1,7 @@
 #pragma once
 
+#include "overlay/locktiming.h"
+
 #include <QGraphicsView>
 
 #include <memory>
@@ -25,6 +27,9 @@ public:
 
     /// How long the bar must be held, in ms.
     void setUnlockHoldTime(int ms);
+
+    /// Replaces the hold time and the time of the fade, from the next press or fade on.
+    void setTiming(const LockTiming& timing);
 
     /// Makes the veil of a locked view that has none.
     void ensureVeil();

@@ -8,8 +8,9 @@
 
 #include <algorithm>
 
-WindowLockManager::WindowLockManager(QObject* parent)
+WindowLockManager::WindowLockManager(QObject* parent, const LockTiming& timing)
     : QObject(parent)
+    , m_timing(timing)
     , m_barrier(
           std::make_unique<InputBarrier>([this](const QWidget& widget) { return covers(widget); }))
 {
@@ -28,6 +29,7 @@ LockableDataCollectionView* WindowLockManager::overlay()
     }
     if (m_lockView != shared) {
         m_lockView = shared;
+        m_lockView->setTiming(m_timing);
         connect(m_lockView, &LockableDataCollectionView::unlocked, this,
                 &WindowLockManager::hideLockView);
     }

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "overlay/locktiming.h"
+
 #include <QList>
 #include <QObject>
 #include <QPointer>
@@ -19,7 +21,8 @@ class WindowLockManager : public QObject
     Q_DISABLE_COPY_MOVE(WindowLockManager)
 
 public:
-    explicit WindowLockManager(QObject* parent = nullptr);
+    /// The timing goes to the overlay, which all managers share: the newest manager's holds.
+    explicit WindowLockManager(QObject* parent = nullptr, const LockTiming& timing = {});
     ~WindowLockManager() override;
 
     /// Watches the page from now on. A null or known page is ignored; a page may be deleted.
@@ -50,6 +53,7 @@ private:
     void updateCurrentWindow();
     bool covers(const QWidget& widget) const;
 
+    const LockTiming m_timing;
     std::unique_ptr<InputBarrier> m_barrier;
     QPointer<LockableDataCollectionView> m_lockView;
     QList<QPointer<QWidget>> m_windows;

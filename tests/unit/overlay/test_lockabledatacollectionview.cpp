@@ -1,4 +1,6 @@
 #include "overlay/lockabledatacollectionview.h"
+#include "support/animationclock.h"
+#include "support/timerhand.h"
 
 #include <QElapsedTimer>
 #include <QFontMetrics>
@@ -12,10 +14,13 @@
 #include <QScrollBar>
 #include <QSignalSpy>
 #include <QTest>
+#include <QTimer>
 
 #include <memory>
 
 namespace {
+
+using namespace std::chrono_literals;
 
 const QString kIdleText = QStringLiteral("点击并按住解锁,并清除数据");
 const QString kHeldText = QStringLiteral("正在解锁...");
@@ -55,6 +60,12 @@ bool isFading(const LockableDataCollectionView& view)
 QPoint barCentre(const LockableDataCollectionView& view)
 {
     return view.mapFromScene(proxyOf(view)->geometry().center());
+}
+
+/// The timer of the hold, which is the only one of the view.
+QTimer* holdOf(const LockableDataCollectionView& view)
+{
+    return view.findChild<QTimer*>();
 }
 
 void press(LockableDataCollectionView& view)
@@ -97,6 +108,7 @@ private slots:
     void secondUnlockDuringTheFadeIsOneUnlock();
     void pressDuringTheFadeDoesNotUnlockTheNextLock();
     void holdTimeCanBeSet();
+    void holdAndFadeTakeTheTimeTheyAreGiven();
     void veilIsEnsuredOnlyWhileLocked();
     void hiddenViewStillEndsItsHold();
     void deletedDuringTheFadeIsHarmless();
@@ -108,12 +120,14 @@ private slots:
     void barFollowsTheVisiblePart();
 
 private:
+    std::unique_ptr<AnimationClock> m_clock;
     std::unique_ptr<QWidget> m_page;
     LockableDataCollectionView* m_view = nullptr;
 };
 
 void TestLockableDataCollectionView::init()
 {
+    m_clock = std::make_unique<AnimationClock>();
     m_page = std::make_unique<QWidget>();
     m_page->resize(600, 400);
     m_view = new LockableDataCollectionView(m_page.get());
@@ -126,6 +140,7 @@ void TestLockableDataCollectionView::init()
 void TestLockableDataCollectionView::cleanup()
 {
     m_page.reset();
+    m_clock.reset();
 }
 
 void TestLockableDataCollectionView::startsLockedHiddenAndVeiled()
@@ -204,25 +219,16 @@ void TestLockableDataCollectionView::pressShowsThatItUnlocks()
 void TestLockableDataCollectionView::unlockBeforeOneSecondChangesNothing()
 {
     QSignalSpy unlocked(m_view, &LockableDataCollectionView::unlocked);
-    // A busy machine may let the second pass before the release: such an attempt tells nothing.
-    bool released = false;
-    for (int attempt = 0; attempt < 20 && !released; ++attempt) {
-        m_view->lock();
-        m_view->show();
-        unlocked.clear();
-        QElapsedTimer held;
-        held.start();
-        press(*m_view);
-        QTest::qWait(985);
-        while (held.elapsed() < 999) {
-            QCoreApplication::processEvents();
-        }
-        release(*m_view);
-        released = held.elapsed() < 1000;
-    }
-    QVERIFY2(released, "the machine is too busy for a release at 999 ms");
+    press(*m_view);
+    QTimer* hold = holdOf(*m_view);
+    QVERIFY(hold->isActive());
+    QCOMPARE(hold->interval(), 1000);
+    // A coarse timer may run out a twentieth too early.
+    QCOMPARE(hold->timerType(), Qt::PreciseTimer);
+    release(*m_view);
+    QVERIFY(!hold->isActive());
     QCOMPARE(barOf(*m_view)->text(), kIdleText);
-    QTest::qWait(700);
+    m_clock->pass(700ms);
     QVERIFY(!isFading(*m_view));
     QVERIFY(m_view->isLocked());
     QVERIFY(m_view->isVisible());
@@ -232,11 +238,12 @@ void TestLockableDataCollectionView::unlockBeforeOneSecondChangesNothing()
 void TestLockableDataCollectionView::holdOfOneSecondFadesWhileTheButtonIsDown()
 {
     QSignalSpy unlocked(m_view, &LockableDataCollectionView::unlocked);
-    QElapsedTimer held;
-    held.start();
     press(*m_view);
-    QTRY_VERIFY(isFading(*m_view));
-    QVERIFY2(held.elapsed() >= 1000, qPrintable(QString::number(held.elapsed())));
+    QCOMPARE(holdOf(*m_view)->interval(), 1000);
+    QVERIFY(!isFading(*m_view));
+    runOut(holdOf(*m_view));
+    QVERIFY(isFading(*m_view));
+    QVERIFY(!holdOf(*m_view)->isActive());
     QVERIFY(barOf(*m_view)->isDown());
     QVERIFY(m_view->isLocked());
     QCOMPARE(unlocked.count(), 0);
@@ -244,8 +251,11 @@ void TestLockableDataCollectionView::holdOfOneSecondFadesWhileTheButtonIsDown()
     release(*m_view);
     QVERIFY(isFading(*m_view));
     QCOMPARE(barOf(*m_view)->text(), kHeldText);
-    QTRY_COMPARE(unlocked.count(), 1);
-    QVERIFY2(held.elapsed() >= 1500, qPrintable(QString::number(held.elapsed())));
+    m_clock->pass(499ms);
+    QVERIFY(m_view->isLocked());
+    QCOMPARE(unlocked.count(), 0);
+    m_clock->pass(1ms);
+    QCOMPARE(unlocked.count(), 1);
     QVERIFY(!m_view->isLocked());
     // The bar stays on show until the view is hidden.
     QVERIFY(m_view->isVisible());
@@ -265,9 +275,14 @@ void TestLockableDataCollectionView::fadeTakesHalfASecondFromFullToNothing()
         qobject_cast<QGraphicsOpacityEffect*>(veilsOf(*m_view).first()->graphicsEffect());
     QVERIFY(effect);
     QCOMPARE(fade->targetObject(), effect);
-    QTRY_VERIFY(effect->opacity() < 0.9);
+    QCOMPARE(effect->opacity(), 1.0);
+    m_clock->pass(100ms);
+    QCOMPARE(effect->opacity(), 0.8);
+    m_clock->pass(300ms);
+    QCOMPARE(effect->opacity(), 0.2);
     const QPointer<const QGraphicsOpacityEffect> watched = effect;
-    QTRY_VERIFY(!m_view->isLocked());
+    m_clock->pass(100ms);
+    QVERIFY(!m_view->isLocked());
     // The effect has gone with the veil.
     QVERIFY(!watched);
     QTRY_VERIFY(!m_view->findChild<QPropertyAnimation*>());
@@ -282,7 +297,8 @@ void TestLockableDataCollectionView::unlockedViewHasNoVeil()
         lockedAtSignal = m_view->isLocked();
     });
     m_view->globalUnlock();
-    QTRY_VERIFY(!lockedAtSignal);
+    m_clock->pass(500ms);
+    QVERIFY(!lockedAtSignal);
     QVERIFY(!veiledAtSignal);
     QVERIFY(veilsOf(*m_view).isEmpty());
     // A view without its veil can still be resized.
@@ -292,9 +308,10 @@ void TestLockableDataCollectionView::unlockedViewHasNoVeil()
 
 void TestLockableDataCollectionView::lockMakesAFreshVeilAfterAnUnlock()
 {
-    m_view->setUnlockHoldTime(50);
     press(*m_view);
-    QTRY_VERIFY(!m_view->isLocked());
+    runOut(holdOf(*m_view));
+    m_clock->pass(500ms);
+    QVERIFY(!m_view->isLocked());
     QCOMPARE(barOf(*m_view)->text(), kHeldText);
     QSignalSpy locked(m_view, &LockableDataCollectionView::locked);
     bool shownAtSignal = false;
@@ -311,17 +328,18 @@ void TestLockableDataCollectionView::lockMakesAFreshVeilAfterAnUnlock()
 
     QSignalSpy unlocked(m_view, &LockableDataCollectionView::unlocked);
     m_view->globalUnlock();
-    QTRY_COMPARE(unlocked.count(), 1);
+    m_clock->pass(500ms);
+    QCOMPARE(unlocked.count(), 1);
 }
 
 void TestLockableDataCollectionView::lockDuringTheFadeEndsItUnheard()
 {
     QSignalSpy unlocked(m_view, &LockableDataCollectionView::unlocked);
     m_view->globalUnlock();
-    QTest::qWait(100);
+    m_clock->pass(100ms);
     m_view->lock();
     QVERIFY(!isFading(*m_view));
-    QTest::qWait(600);
+    m_clock->pass(600ms);
     QCOMPARE(unlocked.count(), 0);
     QVERIFY(m_view->isLocked());
     QCOMPARE(veilsOf(*m_view).size(), 1);
@@ -331,11 +349,12 @@ void TestLockableDataCollectionView::lockDuringTheFadeCanBeUnlockedAtOnce()
 {
     QSignalSpy unlocked(m_view, &LockableDataCollectionView::unlocked);
     m_view->globalUnlock();
-    QTest::qWait(50);
+    m_clock->pass(50ms);
     m_view->lock();
     m_view->globalUnlock();
     QVERIFY(isFading(*m_view));
-    QTRY_COMPARE(unlocked.count(), 1);
+    m_clock->pass(500ms);
+    QCOMPARE(unlocked.count(), 1);
     QVERIFY(!m_view->isLocked());
 }
 
@@ -353,11 +372,12 @@ void TestLockableDataCollectionView::globalUnlockWhileUnlockedDoesNothing()
 {
     QSignalSpy unlocked(m_view, &LockableDataCollectionView::unlocked);
     m_view->globalUnlock();
-    QTRY_COMPARE(unlocked.count(), 1);
+    m_clock->pass(500ms);
+    QCOMPARE(unlocked.count(), 1);
     m_view->globalUnlock();
     QVERIFY(!m_view->findChild<QPropertyAnimation*>() ||
             m_view->findChild<QPropertyAnimation*>()->state() == QAbstractAnimation::Stopped);
-    QTest::qWait(600);
+    m_clock->pass(600ms);
     QCOMPARE(unlocked.count(), 1);
 }
 
@@ -366,7 +386,8 @@ void TestLockableDataCollectionView::globalLockAndUnlockTakeTurns()
     QSignalSpy unlocked(m_view, &LockableDataCollectionView::unlocked);
     QSignalSpy locked(m_view, &LockableDataCollectionView::locked);
     m_view->globalUnlock();
-    QTRY_COMPARE(unlocked.count(), 1);
+    m_clock->pass(500ms);
+    QCOMPARE(unlocked.count(), 1);
     m_view->globalLock();
     QCOMPARE(locked.count(), 1);
     QVERIFY(m_view->isLocked());
@@ -376,36 +397,55 @@ void TestLockableDataCollectionView::secondUnlockDuringTheFadeIsOneUnlock()
 {
     QSignalSpy unlocked(m_view, &LockableDataCollectionView::unlocked);
     m_view->globalUnlock();
-    QTest::qWait(50);
+    m_clock->pass(50ms);
     m_view->globalUnlock();
-    QTRY_COMPARE(unlocked.count(), 1);
-    QTest::qWait(600);
+    m_clock->pass(500ms);
+    QCOMPARE(unlocked.count(), 1);
+    m_clock->pass(600ms);
     QCOMPARE(unlocked.count(), 1);
 }
 
 void TestLockableDataCollectionView::pressDuringTheFadeDoesNotUnlockTheNextLock()
 {
-    // The hold would end after the fade, when the view is locked again.
-    m_view->setUnlockHoldTime(800);
     QSignalSpy unlocked(m_view, &LockableDataCollectionView::unlocked);
     m_view->globalUnlock();
     press(*m_view);
-    QTRY_COMPARE(unlocked.count(), 1);
+    // The hold would end after the fade, when the view is locked again.
+    QVERIFY(!holdOf(*m_view)->isActive());
+    m_clock->pass(500ms);
+    QCOMPARE(unlocked.count(), 1);
     m_view->lock();
-    QTest::qWait(900);
+    QVERIFY(!holdOf(*m_view)->isActive());
+    m_clock->pass(900ms);
     QVERIFY(m_view->isLocked());
     QCOMPARE(unlocked.count(), 1);
 }
 
 void TestLockableDataCollectionView::holdTimeCanBeSet()
 {
-    m_view->setUnlockHoldTime(200);
+    m_view->setUnlockHoldTime(20);
+    QElapsedTimer held;
+    held.start();
+    press(*m_view);
+    QCOMPARE(holdOf(*m_view)->interval(), 20);
+    QTRY_VERIFY(isFading(*m_view));
+    QVERIFY2(held.elapsed() >= 20, qPrintable(QString::number(held.elapsed())));
+    QCOMPARE(m_view->findChild<QPropertyAnimation*>()->duration(), 500);
+}
+
+/// By the real clock.
+void TestLockableDataCollectionView::holdAndFadeTakeTheTimeTheyAreGiven()
+{
+    m_clock.reset();
+    m_view->setTiming({40ms, 30ms});
+    QSignalSpy unlocked(m_view, &LockableDataCollectionView::unlocked);
     QElapsedTimer held;
     held.start();
     press(*m_view);
     QTRY_VERIFY(isFading(*m_view));
-    QVERIFY2(held.elapsed() >= 200, qPrintable(QString::number(held.elapsed())));
-    QVERIFY2(held.elapsed() < 1000, qPrintable(QString::number(held.elapsed())));
+    QVERIFY2(held.elapsed() >= 40, qPrintable(QString::number(held.elapsed())));
+    QTRY_COMPARE(unlocked.count(), 1);
+    QVERIFY2(held.elapsed() >= 70, qPrintable(QString::number(held.elapsed())));
 }
 
 void TestLockableDataCollectionView::veilIsEnsuredOnlyWhileLocked()
@@ -413,14 +453,16 @@ void TestLockableDataCollectionView::veilIsEnsuredOnlyWhileLocked()
     m_view->ensureVeil();
     QCOMPARE(veilsOf(*m_view).size(), 1);
     m_view->globalUnlock();
-    QTRY_VERIFY(!m_view->isLocked());
+    m_clock->pass(500ms);
+    QVERIFY(!m_view->isLocked());
     m_view->ensureVeil();
     QVERIFY(veilsOf(*m_view).isEmpty());
 }
 
 void TestLockableDataCollectionView::hiddenViewStillEndsItsHold()
 {
-    m_view->setUnlockHoldTime(200);
+    m_clock.reset();
+    m_view->setTiming({20ms, 20ms});
     QSignalSpy unlocked(m_view, &LockableDataCollectionView::unlocked);
     press(*m_view);
     m_view->hide();
@@ -432,9 +474,9 @@ void TestLockableDataCollectionView::deletedDuringTheFadeIsHarmless()
 {
     QSignalSpy unlocked(m_view, &LockableDataCollectionView::unlocked);
     m_view->globalUnlock();
-    QTest::qWait(50);
+    m_clock->pass(50ms);
     m_page.reset();
-    QTest::qWait(550);
+    m_clock->pass(550ms);
     QCOMPARE(unlocked.count(), 0);
 }
 

@@ -5,12 +5,14 @@
 #include <QElapsedTimer>
 #include <QGraphicsProxyWidget>
 #include <QLineEdit>
+#include <QPropertyAnimation>
 #include <QPushButton>
 #include <QScrollArea>
 #include <QScrollBar>
 #include <QSignalSpy>
 #include <QSpinBox>
 #include <QTest>
+#include <QTimer>
 
 #include <memory>
 
@@ -29,6 +31,10 @@ signals:
 };
 
 namespace {
+
+using namespace std::chrono_literals;
+
+constexpr LockTiming kTiming{40ms, 30ms};
 
 void send(QWidget& widget, QEvent::Type type)
 {
@@ -117,7 +123,7 @@ void TestWindowLockManager::init()
     m_second->setGeometry(300, 20, 250, 350);
     m_window->show();
     QVERIFY(QTest::qWaitForWindowActive(m_window.get()));
-    m_manager = std::make_unique<WindowLockManager>();
+    m_manager = std::make_unique<WindowLockManager>(nullptr, kTiming);
     m_manager->registerWindow(m_first);
     m_manager->registerWindow(m_second);
     m_manager->lockView();
@@ -251,7 +257,7 @@ void TestWindowLockManager::heldBarUnlocksAndHides()
     held.start();
     press(*view);
     QTRY_COMPARE(unlocked.count(), 1);
-    QVERIFY2(held.elapsed() >= 1500, qPrintable(QString::number(held.elapsed())));
+    QVERIFY2(held.elapsed() >= 70, qPrintable(QString::number(held.elapsed())));
     QVERIFY(!overlayOn(*m_first));
     release(*view);
     QCOMPARE(unlocked.count(), 1);
@@ -263,9 +269,11 @@ void TestWindowLockManager::shortPressUnlocksNothing()
     m_manager->setLockEnabled(true);
     send(*m_first, QEvent::Enter);
     press(*overlayOn(*m_first));
-    QTest::qWait(200);
+    const QTimer* hold = overlayOn(*m_first)->findChild<QTimer*>();
+    QVERIFY(hold->isActive());
     release(*overlayOn(*m_first));
-    QTest::qWait(1500);
+    QVERIFY(!hold->isActive());
+    QVERIFY(!overlayOn(*m_first)->findChild<QPropertyAnimation*>());
     QCOMPARE(unlocked.count(), 0);
     QVERIFY(overlayOn(*m_first));
 }
@@ -304,7 +312,7 @@ void TestWindowLockManager::pointerThatLeavesDuringTheFadeStillUnlocks()
     m_manager->setLockEnabled(true);
     send(*m_first, QEvent::Enter);
     overlayOn(*m_first)->globalUnlock();
-    QTest::qWait(100);
+    m_window->findChild<QPropertyAnimation*>()->setCurrentTime(10);
     send(*m_first, QEvent::Leave);
     QVERIFY(!overlayOn(*m_first));
     QCOMPARE(unlocked.count(), 0);
@@ -351,7 +359,7 @@ void TestWindowLockManager::deletedPagesAreForgotten()
 
 void TestWindowLockManager::managersShareTheOverlay()
 {
-    WindowLockManager other;
+    WindowLockManager other(nullptr, kTiming);
     QWidget page(m_window.get());
     page.setGeometry(0, 0, 200, 200);
     page.show();
