@@ -1,11 +1,15 @@
 #include "app/mainwidget.h"
 
 #include "acquisition/readdata.h"
+#include "app/channeltable.h"
+#include "app/channeltablebuilder.h"
 #include "app/globals.h"
 #include "app/guigate.h"
 #include "app/helperthreads.h"
 #include "app/inputreaderthread.h"
+#include "app/instrumentpagebuilder.h"
 #include "app/launcheroutput.h"
+#include "app/loggingpagebuilder.h"
 #include "channels/commfunc.h"
 #include "common/threadassert.h"
 #include "export/csvexportfromdbthread.h"
@@ -90,6 +94,7 @@ MainWidget::MainWidget(QWidget* parent)
     : QWidget(parent)
     , m_gate(std::make_shared<GuiGate>())
     , m_launcherOutput(std::make_unique<LauncherOutput>())
+    , m_table(std::make_unique<ChannelTable>(static_cast<ChannelForm&>(*this)))
 {
     setObjectName(QStringLiteral("MainWidget"));
     m_commFunc = new CommFunc(this);
@@ -212,14 +217,15 @@ void MainWidget::buildInterface()
     m_settingsTabs->setObjectName(QStringLiteral("myTabWidget"));
     m_settingsTabs->setFixedWidth(kSettingsTabsWidth);
     m_settingsTabs->setStyleSheet(m_commFunc->tabStyle());
-    m_settingsTabs->addTab(buildInstrumentPage(), tr("仪器设置"));
-    m_settingsTabs->addTab(buildLoggingPage(), tr("数据记录设置"));
+    buildSettingsPages();
+    m_settingsTabs->addTab(m_instrumentPage, tr("仪器设置"));
+    m_settingsTabs->addTab(m_loggingPage, tr("数据记录设置"));
     m_settingsTabs->setCurrentIndex(1);
 
     m_workTabs = new QTabWidget(m_contentWidget);
     m_workTabs->setObjectName(QStringLiteral("myTabWidget1"));
     m_workTabs->setStyleSheet(m_commFunc->workspaceTabStyle());
-    buildChannelTree();
+    static_cast<ChannelForm&>(*this) = ChannelTableBuilder().build(m_workTabs);
     m_graphicSetting = new GraphicSettingWidget(m_workTabs);
     m_workTabs->addTab(m_channelTree, QIcon(QStringLiteral(":/image/confChannel.png")),
                        tr("配置通道"));
@@ -231,6 +237,17 @@ void MainWidget::buildInterface()
     buildButtonBar();
     m_mainLayout->addWidget(m_contentWidget);
     m_mainLayout->addWidget(m_buttonBar);
+}
+
+void MainWidget::buildSettingsPages()
+{
+    const InstrumentPage instrument = InstrumentPageBuilder::build(m_settingsTabs);
+    m_instrumentPage = instrument.page;
+    m_instrumentPageContent = instrument.content;
+    const LoggingPage logging = LoggingPageBuilder().build(m_settingsTabs);
+    m_loggingPage = logging.page;
+    m_loggingPageContent = logging.content;
+    static_cast<LoggingForm&>(*this) = logging.form;
 }
 
 void MainWidget::buildButtonBar()
@@ -265,6 +282,7 @@ void MainWidget::buildButtonBar()
 
 void MainWidget::makeConnections()
 {
+    connectRows();
     connect(m_channelTree, &QTreeWidget::itemChanged, this, &MainWidget::onItemChanged);
     connect(m_startButton, &ImageButton::clicked, this, &MainWidget::recvStartButtonSlot);
     connect(m_exportButton, &ImageButton::clicked, this, &MainWidget::recvExportButtonSlot);

@@ -1,6 +1,7 @@
 #pragma once
 
-#include "app/channelrow.h"
+#include "app/channelform.h"
+#include "app/loggingform.h"
 #include "export/exportresult.h"
 
 #include <QMap>
@@ -12,6 +13,7 @@
 #include <memory>
 
 class AdvancedSetting;
+class ChannelTable;
 class CommFunc;
 class CsvExportFromDBThread;
 class CurveDataDB;
@@ -44,6 +46,7 @@ class QVBoxLayout;
 class ReadData;
 class TimePicker;
 class WindowLockManager;
+struct ChannelRow;
 
 /// The program's one window and the coordinator of its subsystems: it owns the pages and the two
 /// long-running threads, wires the signals and carries the slots of every page.
@@ -55,7 +58,7 @@ class WindowLockManager;
 /// instrument, reading it back), mainwidget_channeltable.cpp (the table and its check marks),
 /// mainwidget_channelrow.cpp (editing a channel), mainwidget_loggingpage.cpp,
 /// mainwidget_runcontrol.cpp, mainwidget_export.cpp.
-class MainWidget : public QWidget
+class MainWidget : public QWidget, private ChannelForm, private LoggingForm
 {
     Q_OBJECT
     Q_DISABLE_COPY_MOVE(MainWidget)
@@ -128,6 +131,7 @@ private:
     // Composition
     void bringUp();
     void buildInterface();
+    void buildSettingsPages();
     void buildButtonBar();
     void makeConnections();
     void silenceControls();
@@ -153,20 +157,13 @@ private:
     bool showChannelFunction(int channel, const QString& displayName);
     void showTriggerSource(const QString& reply);
     void showTriggerCount(const QString& reply);
-    QTreeWidgetItem* rowForChannel(int channel) const;
 
     // Channel table
-    QWidget* buildInstrumentPage();
-    QWidget* buildSlotPanel(int slot);
-    void buildChannelTree();
-    void addModuleRow(int slot);
-    void addChannelRow(QTreeWidgetItem* module, int channel);
+    void connectRows();
     void connectRow(const ChannelRow& row);
-    ChannelRow channelRow(int channel) const;
     int senderChannel() const;
     int partnerOf(int channel) const;
     int partnerOf(int channel, int function) const;
-    int functionOf(const ChannelRow& row) const;
     bool isTakenOver(int partner) const;
     void takePartnerOver(int partner, int channel);
     void givePartnerBack(int partner);
@@ -176,9 +173,6 @@ private:
     void sendScaleNumber(const QString& command, const QString& text,
                          CustomLineEdit* ChannelRow::*edit);
     void openPanel(AdvancedSetting* panel, const QPushButton* button);
-    bool isChannelChecked(int slot, int channelRow) const;
-    QTreeWidgetItem* findChannelItem(int channel) const;
-    static void setRowEnabled(QTreeWidget* tree, QTreeWidgetItem* item, bool enabled);
     using CheckMarks = QMap<QTreeWidgetItem*, Qt::CheckState>;
     CheckMarks marksBefore(QTreeWidgetItem* item) const;
     void putMarksBack(const CheckMarks& marks);
@@ -186,14 +180,6 @@ private:
     void rebuildScanChannels();
     QString displayUnit(const ChannelRow& row) const;
     void tellWorkspace();
-
-    // Logging page
-    QWidget* buildLoggingPage();
-    QGroupBox* buildFileGroup();
-    QGroupBox* buildStartGroup();
-    QGroupBox* buildIntervalGroup();
-    QGroupBox* buildStopGroup();
-    QGroupBox* buildDigitizingGroup();
 
     // Run control
     void enterStarting();
@@ -216,6 +202,7 @@ private:
     std::shared_ptr<GuiGate> m_gate;
     std::shared_ptr<LinkWatch> m_link; ///< of the read-backs on the GUI thread, until a loss
     std::unique_ptr<LauncherOutput> m_launcherOutput;
+    const std::unique_ptr<ChannelTable> m_table;
 
     CommFunc* m_commFunc = nullptr;
     CustomMessageDialog* m_messageDialog = nullptr;
@@ -233,7 +220,6 @@ private:
     QWidget* m_instrumentPageContent = nullptr;
     QScrollArea* m_loggingPage = nullptr;
     QWidget* m_loggingPageContent = nullptr;
-    QTreeWidget* m_channelTree = nullptr;
     GraphicSettingWidget* m_graphicSetting = nullptr;
     QWidget* m_buttonBar = nullptr;
     QHBoxLayout* m_buttonBarLayout = nullptr;
@@ -247,26 +233,6 @@ private:
     bool m_draining = false;     ///< the button has stopped the run; its last readings are fetched
     bool m_reconnecting = false; ///< a helper looks for the instrument
 
-    // Logging page
-    QCheckBox* m_usbLogCheck = nullptr;
-    QCheckBox* m_rowLimitCheck = nullptr;
-    QSpinBox* m_rowLimitSpin = nullptr;
-    QRadioButton* m_startNowRadio = nullptr;
-    QRadioButton* m_startAtTimeRadio = nullptr;
-    QRadioButton* m_startOnAlarmRadio = nullptr;
-    QComboBox* m_alarmCombo = nullptr;
-    QGroupBox* m_intervalGroup = nullptr;
-    QRadioButton* m_intervalMinimumRadio = nullptr;
-    QRadioButton* m_intervalCustomRadio = nullptr;
-    TimePicker* m_intervalPicker = nullptr;
-    QRadioButton* m_intervalExternalRadio = nullptr;
-    QRadioButton* m_intervalManualRadio = nullptr;
-    QRadioButton* m_stopManualRadio = nullptr;
-    QRadioButton* m_stopElapsedRadio = nullptr;
-    TimePicker* m_stopElapsedPicker = nullptr;
-    QRadioButton* m_stopCountRadio = nullptr;
-    QSpinBox* m_stopCountBox = nullptr;
-
     // Export
     CustomDialog* m_exportDialog = nullptr;
     CustomComboBox* m_separatorBox = nullptr;
@@ -274,10 +240,4 @@ private:
     QLineEdit* m_exportNameEdit = nullptr;
     LoadingView* m_exportView = nullptr;
     CsvExportFromDBThread* m_exportThread = nullptr; ///< the export that runs
-
-    // Channel table
-    QMap<int, QTreeWidgetItem*> slotItems;    ///< slot to the module's item
-    QMap<QTreeWidgetItem*, bool> moduleItems; ///< the module items; the value is not used
-    QMap<QWidget*, int> rowWidgetChannels;    ///< control of a row to its channel number
-    QMap<QPushButton*, AdvancedSetting*> moreButtonPanels; ///< "..." button of a row to its panel
 };

@@ -1,6 +1,7 @@
 #include "app/mainwidget.h"
 
 #include "app/channeloptions.h"
+#include "app/channeltable.h"
 #include "app/globals.h"
 #include "channels/advancedsetting.h"
 #include "channels/commfunc.h"
@@ -67,11 +68,6 @@ int MainWidget::senderChannel() const
     return rowWidgetChannels.value(qobject_cast<QWidget*>(sender()));
 }
 
-int MainWidget::functionOf(const ChannelRow& row) const
-{
-    return m_commFunc->functionIndex(row.function->currentText());
-}
-
 /// The channel that a four-wire function on `channel` would take over; 0 when it has none.
 int MainWidget::partnerOf(int channel) const
 {
@@ -105,7 +101,7 @@ void MainWidget::onMeasTypeChanged(int index)
     assertGuiThread();
     const auto* box = qobject_cast<CustomComboBox*>(sender());
     const int channel = senderChannel();
-    const ChannelRow row = channelRow(channel);
+    const ChannelRow row = m_table->row(channel);
     if (index < 0 || !box || !row.exists()) {
         return;
     }
@@ -124,11 +120,11 @@ void MainWidget::onMeasTypeChanged(int index)
     refillQuietly(row.scaleFunction, m_commFunc->scaleFunctionList(function));
     selectQuietly(row.unit, m_commFunc->defaultUnitIndex(function));
 
-    if (const int partner = partnerOf(channel); partner != 0 && rowForChannel(partner)) {
-        if (!channelRow(partner).exists()) {
+    if (const int partner = partnerOf(channel); partner != 0 && m_table->item(partner)) {
+        if (!m_table->row(partner).exists()) {
             return;
         }
-        QTreeWidgetItem* const item = rowForChannel(partner);
+        QTreeWidgetItem* const item = m_table->item(partner);
         if (m_commFunc->isFourWire(function) && item->checkState(ScanColumn) == Qt::Checked) {
             item->setCheckState(ScanColumn, Qt::Unchecked);
         }
@@ -141,10 +137,10 @@ void MainWidget::onMeasTypeChanged(int index)
 void MainWidget::matchPartner(int channel)
 {
     const int partner = partnerOf(channel);
-    if (partner == 0 || !channelRow(partner).exists()) {
+    if (partner == 0 || !m_table->row(partner).exists()) {
         return;
     }
-    if (partnerOf(channel, functionOf(channelRow(channel))) != 0) {
+    if (partnerOf(channel, m_table->functionOf(m_table->row(channel))) != 0) {
         takePartnerOver(partner, channel);
     } else if (isTakenOver(partner)) {
         givePartnerBack(partner);
@@ -154,17 +150,17 @@ void MainWidget::matchPartner(int channel)
 /// True while a four-wire function has the channel; a row of its own is left alone.
 bool MainWidget::isTakenOver(int partner) const
 {
-    return !(rowForChannel(partner)->flags() & Qt::ItemIsUserCheckable);
+    return !(m_table->item(partner)->flags() & Qt::ItemIsUserCheckable);
 }
 
 /// Takes a partner channel out of use: it shows the function of `channel` and leaves the scan list.
 void MainWidget::takePartnerOver(int partner, int channel)
 {
-    CustomComboBox* const box = channelRow(partner).function;
+    CustomComboBox* const box = m_table->row(partner).function;
     refillQuietly(box, m_commFunc->functionList(channel));
-    selectQuietly(box, channelRow(channel).function->currentIndex());
-    QTreeWidgetItem* const item = rowForChannel(partner);
-    setRowEnabled(m_channelTree, item, false);
+    selectQuietly(box, m_table->row(channel).function->currentIndex());
+    QTreeWidgetItem* const item = m_table->item(partner);
+    m_table->setRowEnabled(item, false);
     // Setting the flags reports a changed item even when the check mark is the same.
     const QSignalBlocker blocker(m_channelTree);
     item->setCheckState(ScanColumn, Qt::Unchecked);
@@ -177,11 +173,11 @@ void MainWidget::takePartnerOver(int partner, int channel)
 
 void MainWidget::givePartnerBack(int partner)
 {
-    CustomComboBox* const box = channelRow(partner).function;
+    CustomComboBox* const box = m_table->row(partner).function;
     refillQuietly(box, m_commFunc->functionList(partner));
     selectQuietly(box, 0);
-    QTreeWidgetItem* const item = rowForChannel(partner);
-    setRowEnabled(m_channelTree, item, true);
+    QTreeWidgetItem* const item = m_table->item(partner);
+    m_table->setRowEnabled(item, true);
     const QSignalBlocker blocker(m_channelTree);
     item->setFlags(item->flags() | Qt::ItemIsUserCheckable);
 }
@@ -206,12 +202,12 @@ void MainWidget::onRangeTypeChanged(int index)
 {
     assertGuiThread();
     const int channel = senderChannel();
-    const ChannelRow row = channelRow(channel);
+    const ChannelRow row = m_table->row(channel);
     if (index < 0 || !row.exists()) {
         return;
     }
-    const int function = functionOf(row);
-    if (const ChannelRow partner = channelRow(partnerOf(channel, function)); partner.exists()) {
+    const int function = m_table->functionOf(row);
+    if (const ChannelRow partner = m_table->row(partnerOf(channel, function)); partner.exists()) {
         // Blocks the own function box, not the partner's range: the partner's command goes first.
         const QSignalBlocker blocker(row.function);
         // The partner may still list the ranges of the function that it had before.
@@ -237,11 +233,11 @@ void MainWidget::onResTypeChanged(int index)
 {
     assertGuiThread();
     const int channel = senderChannel();
-    const ChannelRow row = channelRow(channel);
+    const ChannelRow row = m_table->row(channel);
     if (index < 0 || !row.exists()) {
         return;
     }
-    if (const ChannelRow partner = channelRow(partnerOf(channel, functionOf(row)));
+    if (const ChannelRow partner = m_table->row(partnerOf(channel, m_table->functionOf(row)));
         partner.exists()) {
         selectQuietly(partner.resolution, index);
     }
@@ -254,16 +250,16 @@ void MainWidget::onZoomStateChanged(bool state)
 {
     assertGuiThread();
     const int channel = senderChannel();
-    const ChannelRow row = channelRow(channel);
+    const ChannelRow row = m_table->row(channel);
     if (!row.exists()) {
         return;
     }
-    const int function = functionOf(row);
+    const int function = m_table->functionOf(row);
     QString unit = m_commFunc->baseUnit(function);
     if (state) {
         // The unit of the row one bank on, whatever the function; without such a row the base unit.
         const int bank = m_commFunc->bankSize(static_cast<uchar>(channel / 100));
-        if (const ChannelRow other = channelRow(channel + bank); other.unit) {
+        if (const ChannelRow other = m_table->row(channel + bank); other.unit) {
             unit = other.unit->currentText();
         }
     }
@@ -285,14 +281,14 @@ void MainWidget::onFuncTypeChanged(int index)
 {
     assertGuiThread();
     const int channel = senderChannel();
-    const ChannelRow row = channelRow(channel);
+    const ChannelRow row = m_table->row(channel);
     if (index < 0 || !row.exists()) {
         return;
     }
     enableScaleControls(row);
     const QString name = row.scaleFunction->currentText();
     row.scalePanel->showScaleOptions(name, channel);
-    if (const ChannelRow partner = channelRow(partnerOf(channel, functionOf(row)));
+    if (const ChannelRow partner = m_table->row(partnerOf(channel, m_table->functionOf(row)));
         partner.exists()) {
         selectQuietly(partner.scaleFunction, index);
     }
@@ -315,7 +311,7 @@ void MainWidget::sendScaleNumber(const QString& command, const QString& text,
 {
     assertGuiThread();
     const int channel = senderChannel();
-    const ChannelRow row = channelRow(channel);
+    const ChannelRow row = m_table->row(channel);
     if (!row.exists()) {
         return;
     }
@@ -330,7 +326,7 @@ void MainWidget::sendScaleNumber(const QString& command, const QString& text,
         m_messageDialog->showMessage(tr("非法字符请重新输入"), kErrorMessage, kMessageMs);
         return;
     }
-    if (const ChannelRow partner = channelRow(partnerOf(channel, functionOf(row)));
+    if (const ChannelRow partner = m_table->row(partnerOf(channel, m_table->functionOf(row)));
         partner.exists() && partner.*edit) {
         (partner.*edit)->setText(number);
     }
@@ -341,12 +337,13 @@ void MainWidget::onUnitChanged(int index)
 {
     assertGuiThread();
     const int channel = senderChannel();
-    const ChannelRow row = channelRow(channel);
+    const ChannelRow row = m_table->row(channel);
     if (index < 0 || !row.exists()) {
         return;
     }
     // Nothing is blocked: the partner's own change goes out first.
-    if (const ChannelRow partner = channelRow(partnerOf(channel, functionOf(row))); partner.unit) {
+    if (const ChannelRow partner = m_table->row(partnerOf(channel, m_table->functionOf(row)));
+        partner.unit) {
         partner.unit->setCurrentIndex(index);
     }
     if (g_scanChannels.contains(channel)) {
@@ -376,8 +373,8 @@ void MainWidget::onMoreButton1Clicked()
         return;
     }
     const int channel = senderChannel();
-    const ChannelRow row = channelRow(channel);
-    panel->showFunctionOptions(row.function->currentText(), functionOf(row), channel);
+    const ChannelRow row = m_table->row(channel);
+    panel->showFunctionOptions(row.function->currentText(), m_table->functionOf(row), channel);
     openPanel(panel, button);
 }
 
@@ -390,7 +387,7 @@ void MainWidget::onMoreButton2Clicked()
         return;
     }
     const int channel = senderChannel();
-    panel->showScaleOptions(channelRow(channel).scaleFunction->currentText(), channel);
+    panel->showScaleOptions(m_table->row(channel).scaleFunction->currentText(), channel);
     openPanel(panel, button);
 }
 

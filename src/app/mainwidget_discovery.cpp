@@ -1,6 +1,7 @@
 #include "app/mainwidget.h"
 
 #include "app/channeloptions.h"
+#include "app/channeltable.h"
 #include "app/globals.h"
 #include "app/guigate.h"
 #include "app/linkwatch.h"
@@ -247,7 +248,7 @@ void MainWidget::readBackChannel(LinkWatch& link, MainWidget* window, int channe
 void MainWidget::readBackOptions(LinkWatch& link, MainWidget* window, int function, int channel)
 {
     readBackChannelOptions(
-        link, [window](int wanted) { return window->channelRow(wanted); }, function, channel);
+        link, [window](int wanted) { return window->m_table->row(wanted); }, function, channel);
 }
 
 void MainWidget::syncTriggerSettings(LinkWatch& link, MainWidget* window)
@@ -325,7 +326,7 @@ void MainWidget::showScanList(const QList<int>& channels)
         }
     }
     for (const int channel : channels) {
-        if (QTreeWidgetItem* item = findChannelItem(channel)) {
+        if (QTreeWidgetItem* item = m_table->item(channel)) {
             item->setCheckState(0, Qt::Checked);
         }
     }
@@ -341,7 +342,7 @@ void MainWidget::showScanList(const QList<int>& channels)
 bool MainWidget::showChannelFunction(int channel, const QString& displayName)
 {
     assertGuiThread();
-    CustomComboBox* const box = channelRow(channel).function;
+    CustomComboBox* const box = m_table->row(channel).function;
     if (!box) {
         return false;
     }
@@ -379,9 +380,4 @@ void MainWidget::showTriggerCount(const QString& reply)
     }
     m_stopCountRadio->setChecked(true);
     m_stopCountBox->setValue(cutToInt(reply));
-}
-
-QTreeWidgetItem* MainWidget::rowForChannel(int channel) const
-{
-    return findChannelItem(channel);
 }

@@ -1,0 +1,32 @@
+#pragma once
+
+#include "app/channelform.h"
+#include "channels/commfunc.h"
+
+#include <QCoreApplication>
+#include <QStringList>
+
+class CustomComboBox;
+class CustomLineEdit;
+
+/// Builds the channel table: a module's row for each slot that is present, and below it a row for each of
+/// its channels. Nothing is connected, so nothing is sent while it is built. GUI thread.
+class ChannelTableBuilder
+{
+    Q_DECLARE_TR_FUNCTIONS(ChannelTableBuilder)
+
+public:
+    /// A new table as a child of `parent`.
+    ChannelForm build(QWidget* parent);
+
+private:
+    void buildHeader();
+    void addModuleRow(int slot);
+    void addChannelRow(QTreeWidgetItem* module, int channel);
+    void place(QTreeWidgetItem* item, int column, int channel, QWidget* control);
+    CustomLineEdit* makeEdit(const QString& text) const;
+    CustomComboBox* makeBox(const QStringList& items) const;
+
+    ChannelForm m_form;
+    CommFunc m_catalogue;
+};
