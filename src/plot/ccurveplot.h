@@ -1,5 +1,7 @@
 #pragma once
 
+#include "plot/timewindow.h"
+
 #include <QColor>
 #include <QList>
 #include <QMap>
@@ -104,18 +106,12 @@ protected:
     void showEvent(QShowEvent* event) override;
 
 private:
-    void initCanvas();
     void initInteraction();
-    void initAxes();
-    void initGrid();
-    void initTimeAxis();
-    void initTracker();
     void initTimers();
 
     void onPanned();
     void holdView();
-    void followTime(qint64 timeMs);
-    void setTimeAxis(qint64 start, qint64 end);
+    void setTimeAxis(const scn::TimeSpan& span);
     void noteTimeAxis();
     void setBounds(int axis, double lower, double upper);
     void stretchTimeWindow();
@@ -128,11 +124,7 @@ private:
     QwtDateScaleDraw* m_timeScaleDraw = nullptr;
     CurveTracker* m_tracker = nullptr;
     CustomMagnifier* m_magnifier = nullptr;
-    bool m_timeBaseSet = false;
-    qint64 m_windowStart = 0;
-    qint64 m_windowSpan = 60000;
-    qint64 m_windowEnd = 0;
-    bool m_scrolling = false;
+    scn::TimeWindow m_window;
     bool m_userMovedX = false;
     bool m_userMovedY = false;
     bool m_followTime = true;

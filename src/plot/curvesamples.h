@@ -5,6 +5,15 @@
 
 #include <qwt_plot_curve.h>
 
+namespace scn {
+
+/// The shared series that a curve shows; null for a curve without one.
+inline CurveSeriesData* seriesOf(const QwtPlotCurve* curve)
+{
+    const auto* shared = dynamic_cast<const NonOwningCurveData*>(curve->data());
+    return shared ? shared->series() : nullptr;
+}
+
 /// The samples of one curve for a walk over all of them, taken straight from its series where it
 /// has one. It is good until the series is loaded anew. GUI thread.
 class CurveSamples
@@ -47,3 +56,5 @@ private:
     int m_pointCount = 0;
     int m_count;
 };
+
+} // namespace scn

@@ -57,7 +57,7 @@ public:
     bool isOnScreen() const { return std::abs(m_x) < kPixelLimit && std::abs(m_y) < kPixelLimit; }
 
     /// True if a sample of `samples` is nearer than all before.
-    bool offer(const CurveSamples& samples)
+    bool offer(const scn::CurveSamples& samples)
     {
         qint64 best = m_best;
         for (int index = 0; index < samples.count(); ++index) {
@@ -86,7 +86,7 @@ private:
 
 /// Index of the first of the samples nearest to `pos` in data units, -1 if all are too far. The
 /// x unit is the millisecond, so in effect time decides.
-int nearestInDataUnits(const CurveSamples& samples, const QPointF& pos)
+int nearestInDataUnits(const scn::CurveSamples& samples, const QPointF& pos)
 {
     int nearest = -1;
     double distance = kNoDistance;
@@ -148,12 +148,12 @@ void CurveTracker::setCurves(const QList<QwtPlotCurve*>& curves)
 
 QPointF CurveTracker::displaySample(const QwtPlotCurve* curve, int index) const
 {
-    return hasSample(curve, index) ? CurveSamples(curve).display(index) : QPointF();
+    return hasSample(curve, index) ? scn::CurveSamples(curve).display(index) : QPointF();
 }
 
 QPointF CurveTracker::rawSample(const QwtPlotCurve* curve, int index) const
 {
-    return hasSample(curve, index) ? CurveSamples(curve).raw(index) : QPointF();
+    return hasSample(curve, index) ? scn::CurveSamples(curve).raw(index) : QPointF();
 }
 
 QwtPlotCurve* CurveTracker::nearestCurve(const QPointF& pos, double* distance) const
@@ -170,7 +170,7 @@ QwtPlotCurve* CurveTracker::nearestCurve(const QPointF& pos, double* distance) c
     QwtPlotCurve* nearest = nullptr;
     for (QwtPlotCurve* curve : m_curves) {
         if (curve && curve->isVisible() && curve->plot() == plot() &&
-            search.offer(CurveSamples(curve))) {
+            search.offer(scn::CurveSamples(curve))) {
             nearest = curve;
         }
     }
@@ -186,7 +186,7 @@ QwtText CurveTracker::trackerTextF(const QPointF& pos) const
     if (!curve || !(distance < kPickDistancePixels)) {
         return QwtText();
     }
-    const CurveSamples samples(curve);
+    const scn::CurveSamples samples(curve);
     const int index = nearestInDataUnits(samples, pos);
     const QPointF sample = index >= 0 ? samples.raw(index) : QPointF();
     const QString text =

@@ -1,0 +1,38 @@
+#pragma once
+
+#include <QtGlobal>
+
+namespace scn {
+
+/// Bounds of a time axis, in ms since the epoch.
+struct TimeSpan
+{
+    qint64 start;
+    qint64 end;
+};
+
+/// The time that a live plot shows. The first reading opens a window that fills from the left; once a
+/// reading reaches its right edge the window scrolls with the newest one.
+class TimeWindow
+{
+public:
+    /// Width of a window that has not been stretched.
+    static constexpr qint64 kSpanMs = 60000;
+
+    /// The span to show when the newest reading is of `timeMs`.
+    TimeSpan follow(qint64 timeMs);
+
+    /// True from the first reading until the window scrolls.
+    bool isFilling() const { return m_isOpen && !m_scrolls; }
+
+    /// Gives the window another width; its start stays.
+    TimeSpan stretch(qint64 spanMs);
+
+private:
+    bool m_isOpen = false;
+    bool m_scrolls = false;
+    qint64 m_start = 0;
+    qint64 m_span = kSpanMs;
+};
+
+} // namespace scn

@@ -1,0 +1,83 @@
+#include "plot/valuescale.h"
+
+#include "plot/axisrange.h"
+#include "plot/curvesamples.h"
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+
+namespace scn {
+
+namespace {
+
+constexpr double kDataShareOfY = 0.8;
+constexpr double kFlatMargin = 0.9999999999999998; // bits 0x3FEFFFFFFFFFFFFE
+constexpr double kOverload = 9.9e37;
+constexpr double kEmptyLowerY = 0.0;
+constexpr double kEmptyUpperY = 1.0;
+
+/// Share of a flat curve's value that widens the axis where kFlatMargin is lost in rounding.
+constexpr double kFlatShare = 1e-6;
+
+/// Bounds of y over the loaded samples of `curves`; invalid without a sample that counts.
+QwtInterval valueBounds(const QList<QwtPlotCurve*>& curves)
+{
+    double min = std::numeric_limits<double>::max();
+    double max = std::numeric_limits<double>::lowest();
+    for (const QwtPlotCurve* curve : curves) {
+        const CurveSeriesData* series = seriesOf(curve);
+        if (!series) {
+            continue;
+        }
+        for (const QPointF& point : series->visiblePoints()) {
+            const double y = point.y();
+            if (y == kOverload || !std::isfinite(y)) {
+                continue;
+            }
+            min = qMin(min, y);
+            max = qMax(max, y);
+        }
+    }
+    return min <= max ? QwtInterval(min, max) : QwtInterval();
+}
+
+/// Space above and below the data, so that they fill kDataShareOfY of the axis.
+double valueMargin(double min, double max)
+{
+    const double range = max - min;
+    // At the ends of the number range there is less room than that.
+    const double room = std::max((kLargestAxisValue - range) * 0.49, 0.0);
+    if (!qFuzzyCompare(range + 1.0, 1.0)) {
+        return std::min((range / kDataShareOfY - range) * 0.5, room);
+    }
+    const bool lost = !(max + kFlatMargin > min - kFlatMargin);
+    return lost ? std::abs(max) * kFlatShare : kFlatMargin;
+}
+
+} // namespace
+
+std::optional<QwtInterval> scaleForValues(const QList<QwtPlotCurve*>& curves)
+{
+    const QwtInterval values = valueBounds(curves);
+    if (!values.isValid()) {
+        return QwtInterval(kEmptyLowerY, kEmptyUpperY);
+    }
+    const double margin = valueMargin(values.minValue(), values.maxValue());
+    const double lower = std::max(values.minValue() - margin, -kLargestAxisValue);
+    const double upper = std::min(values.maxValue() + margin, kLargestAxisValue);
+    if (!isUsableRange(lower, upper)) {
+        return std::nullopt;
+    }
+    return QwtInterval(lower, upper);
+}
+
+void ValueScaleEngine::autoScale(int maxSteps, double& lower, double& upper, double& stepSize) const
+{
+    constexpr double limit = kLargestAxisValue / 4; // the base rounds up, to even steps
+    lower = qBound(-limit, lower, limit);
+    upper = qBound(-limit, upper, limit);
+    QwtLinearScaleEngine::autoScale(maxSteps, lower, upper, stepSize);
+}
+
+} // namespace scn
