@@ -2,6 +2,7 @@
 
 #include "common/threadassert.h"
 #include "plot/customtitlebar.h"
+#include "plot/windowplace.h"
 
 #include <QApplication>
 #include <QMdiArea>
@@ -13,19 +14,12 @@
 namespace {
 constexpr int kTitleBarHeight = 35;
 constexpr int kContentMargin = 5;
-constexpr int kTileReach = 69; // from the tile's first pixel to its last
-constexpr int kKeptInView = 35;
 
 constexpr int kBorderWidth = 2;
 constexpr qreal kBorderRadius = 4.0;
 const QLatin1String kActiveBorderColor("#2BA1D5");
 const QLatin1String kBorderColor("#FFFFFF");
 const QLatin1String kBackgroundColor("black"); // as the workspace behind the windows
-
-QPoint heldToPositive(const QPoint& corner)
-{
-    return {qMax(0, corner.x()), qMax(0, corner.y())};
-}
 } // namespace
 
 CustomMdiSubWindow::CustomMdiSubWindow(const QString& iconPath, QWidget* parent)
@@ -131,7 +125,8 @@ void CustomMdiSubWindow::mouseMoveEvent(QMouseEvent* event)
         QMdiSubWindow::mouseMoveEvent(event);
         return;
     }
-    move(heldInArea(m_pressWindowPos + event->globalPos() - m_pressGlobal));
+    const QPoint topLeft = m_pressWindowPos + event->globalPos() - m_pressGlobal;
+    move(scn::heldInArea(topLeft, width(), dragBounds()));
     event->accept();
 }
 
@@ -195,8 +190,7 @@ void CustomMdiSubWindow::onMaximizeClicked()
         showNormal();
     }
     m_normalGeometry = frameGeometry();
-    const QPoint corner = heldToPositive(m_normalGeometry.topLeft());
-    setGeometry(QRect(corner, corner + QPoint(kTileReach, kTileReach)));
+    setGeometry(scn::tileAt(scn::heldToPositive(m_normalGeometry.topLeft())));
     m_contentArea->hide();
     m_collapsed = true;
     m_titleBar->setCollapsed(true);
@@ -264,7 +258,7 @@ void CustomMdiSubWindow::watch(QWidget* root)
 
 void CustomMdiSubWindow::openTile()
 {
-    setGeometry(QRect(heldToPositive(pos()), m_normalGeometry.size()));
+    setGeometry(QRect(scn::heldToPositive(pos()), m_normalGeometry.size()));
     m_collapsed = false;
     m_titleBar->setMinimumHeight(kTitleBarHeight);
     m_contentArea->show();
@@ -291,17 +285,9 @@ bool CustomMdiSubWindow::isOnTitleBar(const QPoint& globalPos) const
     return bar.contains(mapFromGlobal(globalPos));
 }
 
-/// Where a drag to `topLeft` ends: never above the area, and always with a strip in view.
-QPoint CustomMdiSubWindow::heldInArea(QPoint topLeft) const
+/// The rectangle that holds a dragged window.
+QRect CustomMdiSubWindow::dragBounds() const
 {
     const QMdiArea* area = mdiArea();
-    const QRect bounds =
-        area ? area->contentsRect() : QApplication::primaryScreen()->availableGeometry();
-    const int y = qMin(qMax(topLeft.y(), bounds.top()), bounds.bottom() - kKeptInView);
-    int x = topLeft.x();
-    if (x + width() <= kKeptInView) {
-        x = kKeptInView - width();
-    }
-    x = qMin(x, bounds.right() - kKeptInView);
-    return {x, y};
+    return area ? area->contentsRect() : QApplication::primaryScreen()->availableGeometry();
 }

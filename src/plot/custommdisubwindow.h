@@ -56,7 +56,7 @@ private:
     void openTile();
     void takeFocusFromPress();
     bool isOnTitleBar(const QPoint& globalPos) const;
-    QPoint heldInArea(QPoint topLeft) const;
+    QRect dragBounds() const;
 
     CustomTitleBar* m_titleBar = nullptr;
     QWidget* m_holder = nullptr;
