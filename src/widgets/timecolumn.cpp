@@ -1,12 +1,13 @@
 #include "widgets/timecolumn.h"
 
 #include "common/threadassert.h"
+#include "widgets/arrowcell.h"
+#include "widgets/digitedit.h"
 
 #include <QHBoxLayout>
 #include <QKeyEvent>
 #include <QLabel>
 #include <QLineEdit>
-#include <QRegularExpression>
 #include <QStackedLayout>
 #include <QToolButton>
 #include <QVBoxLayout>
@@ -15,27 +16,12 @@
 
 namespace {
 
-/// Largest height of an arrow and of the title, in pixels.
-constexpr int kCapHeight = 12;
 constexpr int kTitleWeight = 50;
 constexpr int kTitlePointSize = 6;
 
 /// Room beside the digits, in pixels; more where the separator is a decimal point.
 constexpr int kRoom = 15;
 constexpr int kRoomAfterPoint = 25;
-
-QToolButton* makeArrow(Qt::ArrowType arrow, QWidget* parent)
-{
-    auto* button = new QToolButton(parent);
-    button->setAutoRaise(true);
-    button->setArrowType(arrow);
-    button->setMaximumHeight(kCapHeight);
-    // An arrow that took the focus would end the editing, and hide itself with it.
-    button->setFocusPolicy(Qt::NoFocus);
-    button->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
-    button->setStyleSheet(QStringLiteral("QToolButton { padding: 0px; border: none; }"));
-    return button;
-}
 
 bool isPlainDigit(const QKeyEvent& event)
 {
@@ -62,50 +48,42 @@ TimeColumn::TimeColumn(const QString& title, int min, int max, int digits, const
 
     buildTop(title);
     QWidget* row = buildRow();
-    buildBottom();
+    m_bottom = std::make_unique<scn::ArrowCell>(Qt::DownArrow, QString(), this);
+    m_bottom->label()->setStyleSheet(QStringLiteral("border: none;"));
 
     auto* layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
     layout->setSpacing(0);
-    layout->addLayout(m_topStack);
+    layout->addLayout(m_top->layout());
     layout->addWidget(row);
-    layout->addLayout(m_bottomStack);
+    layout->addLayout(m_bottom->layout());
 
-    connect(m_topButton, &QToolButton::clicked, this, &TimeColumn::inc);
-    connect(m_bottomButton, &QToolButton::clicked, this, &TimeColumn::dec);
+    connect(m_top->button(), &QToolButton::clicked, this, &TimeColumn::inc);
+    connect(m_bottom->button(), &QToolButton::clicked, this, &TimeColumn::dec);
     connect(m_edit, &QLineEdit::textChanged, this, &TimeColumn::onTextChanged);
     connect(m_edit, &QLineEdit::editingFinished, this, &TimeColumn::onEditingFinished);
     m_edit->installEventFilter(this);
-    setGuardedText(padded(m_value));
+    m_digitEdit->setText(m_digitEdit->padded(m_value));
     showArrows(false);
+}
+
+TimeColumn::~TimeColumn()
+{
+    // It loses the focus on its way out, and would report the end of its editing.
+    m_edit->disconnect(this);
 }
 
 void TimeColumn::buildTop(const QString& title)
 {
-    m_topButton = makeArrow(Qt::UpArrow, this);
-    m_topLabel = new QLabel(title, this);
-    m_topLabel->setAlignment(Qt::AlignCenter);
-    QFont font = m_topLabel->font();
+    m_top = std::make_unique<scn::ArrowCell>(Qt::UpArrow, title, this);
+    QLabel* label = m_top->label();
+    label->setAlignment(Qt::AlignCenter);
+    QFont font = label->font();
     font.setWeight(kTitleWeight);
     font.setPointSize(kTitlePointSize);
-    m_topLabel->setFont(font);
-    m_topLabel->setMaximumHeight(kCapHeight);
-    m_topLabel->setStyleSheet(QStringLiteral("padding: 0px;"));
-
-    m_topStack = new QStackedLayout;
-    m_topStack->addWidget(m_topLabel);
-    m_topStack->addWidget(m_topButton);
-}
-
-void TimeColumn::buildBottom()
-{
-    m_bottomButton = makeArrow(Qt::DownArrow, this);
-    m_bottomLabel = new QLabel(this);
-    m_bottomLabel->setStyleSheet(QStringLiteral("border: none;"));
-
-    m_bottomStack = new QStackedLayout;
-    m_bottomStack->addWidget(m_bottomLabel);
-    m_bottomStack->addWidget(m_bottomButton);
+    label->setFont(font);
+    label->setMaximumHeight(scn::ArrowCell::kHeight);
+    label->setStyleSheet(QStringLiteral("padding: 0px;"));
 }
 
 QWidget* TimeColumn::buildRow()
@@ -115,11 +93,8 @@ QWidget* TimeColumn::buildRow()
     separator->setStyleSheet(QStringLiteral("background:#171717;font-size: 9px;border-radius: 0;"));
     separator->setVisible(!m_first);
 
-    m_edit = new QLineEdit(row);
-    m_edit->setStyleSheet(QStringLiteral("QLineEdit {border: none;padding: 0px;"
-                                         "background:#171717;font-size: 10px;border-radius: 0;}"));
-    m_edit->setAlignment(Qt::AlignRight);
-    m_edit->setMaxLength(m_digits);
+    m_digitEdit = std::make_unique<scn::DigitEdit>(m_digits, row);
+    m_edit = m_digitEdit->edit();
 
     auto* layout = new QHBoxLayout(row);
     layout->setContentsMargins(0, 0, 0, 0);
@@ -137,7 +112,7 @@ void TimeColumn::setValue(int value)
         return;
     }
     m_value = clamped;
-    setGuardedText(padded(clamped));
+    m_digitEdit->setText(m_digitEdit->padded(clamped));
     m_edit->end(false);
     updateWidth();
     emit valueChanged(clamped);
@@ -207,13 +182,13 @@ bool TimeColumn::handleEditKey(const QKeyEvent& event)
     }
     if (event.key() == Qt::Key_Backspace) {
         if (cursor > 0) {
-            zeroDigit(cursor - 1, cursor - 1);
+            m_digitEdit->zero(cursor - 1);
         }
         return true;
     }
     if (event.key() == Qt::Key_Delete) {
         if (!atEnd) {
-            zeroDigit(cursor, cursor);
+            m_digitEdit->zero(cursor);
         }
         return true;
     }
@@ -231,24 +206,15 @@ bool TimeColumn::handleEditKey(const QKeyEvent& event)
 void TimeColumn::typeDigit(QChar digit)
 {
     const int cursor = m_edit->cursorPosition();
-    QString text = m_edit->text();
-    text[cursor] = digit;
+    const QString text = m_digitEdit->textWith(digit);
     bool isNumber = false;
     const int number = text.toInt(&isNumber);
     if (isNumber && number >= m_min && number <= m_max) {
-        setGuardedText(text);
+        m_digitEdit->setText(text);
         m_value = number;
         emit valueChanged(number);
     }
     m_edit->setCursorPosition(cursor + 1);
-}
-
-void TimeColumn::zeroDigit(int position, int newCursor)
-{
-    QString text = m_edit->text();
-    text[position] = QLatin1Char('0');
-    setGuardedText(text);
-    m_edit->setCursorPosition(newCursor);
 }
 
 void TimeColumn::keyPressEvent(QKeyEvent* event)
@@ -286,22 +252,9 @@ void TimeColumn::focusInEvent(QFocusEvent* event)
 void TimeColumn::onTextChanged(const QString& text)
 {
     assertGuiThread();
-    if (m_internalChange) {
-        m_internalChange = false;
-        return;
+    if (!m_digitEdit->wasOwnChange() && m_digitEdit->removeOthers(text)) {
+        updateWidth();
     }
-    static const QRegularExpression notADigit(QStringLiteral("[^0-9]"));
-    QString digits = text;
-    digits.remove(notADigit);
-    digits.truncate(m_digits);
-    if (digits == text) {
-        return;
-    }
-    const int removed = text.size() - digits.size();
-    const int cursor = m_edit->cursorPosition();
-    setGuardedText(digits);
-    m_edit->setCursorPosition(std::max(0, cursor - removed));
-    updateWidth();
 }
 
 void TimeColumn::onEditingFinished()
@@ -311,9 +264,9 @@ void TimeColumn::onEditingFinished()
     bool isNumber = false;
     const int number =
         text.isEmpty() ? QStringLiteral("0").toInt(&isNumber) : text.toInt(&isNumber);
-    const QString shown = padded(isNumber ? number : m_value);
+    const QString shown = m_digitEdit->padded(isNumber ? number : m_value);
     if (shown != text) {
-        setGuardedText(shown);
+        m_digitEdit->setText(shown);
         m_edit->end(false);
     }
     if (isNumber && number >= m_min && number <= m_max) {
@@ -321,20 +274,10 @@ void TimeColumn::onEditingFinished()
     }
 }
 
-void TimeColumn::setGuardedText(const QString& text)
-{
-    // Without a change no textChanged() comes that would take the guard back.
-    if (text == m_edit->text()) {
-        return;
-    }
-    m_internalChange = true;
-    m_edit->setText(text);
-}
-
 void TimeColumn::showArrows(bool on)
 {
-    m_topStack->setCurrentWidget(on ? static_cast<QWidget*>(m_topButton) : m_topLabel);
-    m_bottomStack->setCurrentWidget(on ? static_cast<QWidget*>(m_bottomButton) : m_bottomLabel);
+    m_top->showArrow(on);
+    m_bottom->showArrow(on);
     updateWidth();
     layout()->invalidate();
     layout()->activate();
@@ -343,14 +286,6 @@ void TimeColumn::showArrows(bool on)
 
 void TimeColumn::updateWidth()
 {
-    // The style sheet's font, not the inherited one, counts.
-    m_edit->ensurePolished();
-    const int digitsWidth = m_edit->fontMetrics().horizontalAdvance(padded(m_max));
     const int room = m_separator == QLatin1String(".") ? kRoomAfterPoint : kRoom;
-    setFixedWidth(digitsWidth + room);
-}
-
-QString TimeColumn::padded(int value) const
-{
-    return QStringLiteral("%1").arg(value, m_digits, 10, QLatin1Char('0'));
+    setFixedWidth(m_digitEdit->widthOf(m_max) + room);
 }

@@ -3,11 +3,15 @@
 #include <QString>
 #include <QWidget>
 
+#include <memory>
+
 class QKeyEvent;
-class QLabel;
 class QLineEdit;
-class QStackedLayout;
-class QToolButton;
+
+namespace scn {
+class ArrowCell;
+class DigitEdit;
+} // namespace scn
 
 /// One field of digits of a duration, with a title at rest and two arrows while it is edited.
 class TimeColumn : public QWidget
@@ -22,6 +26,7 @@ public:
     /// @param first the leftmost column, which shows no separator
     TimeColumn(const QString& title, int min, int max, int digits, const QString& separator,
                bool first, QWidget* parent = nullptr);
+    ~TimeColumn() override;
 
     int value() const { return m_value; }
     int minimum() const { return m_min; }
@@ -58,28 +63,20 @@ private slots:
 
 private:
     void buildTop(const QString& title);
-    void buildBottom();
     QWidget* buildRow();
     void showArrows(bool on);
     void updateWidth();
-    QString padded(int value) const;
-    void setGuardedText(const QString& text);
     bool handleEditKey(const QKeyEvent& event);
     void typeDigit(QChar digit);
-    void zeroDigit(int position, int newCursor);
 
     int m_min;
     int m_max;
     int m_value;
     int m_digits;
-    bool m_internalChange = false;
-    QStackedLayout* m_topStack = nullptr;
-    QToolButton* m_topButton = nullptr;
-    QLabel* m_topLabel = nullptr;
-    QLineEdit* m_edit = nullptr;
-    QStackedLayout* m_bottomStack = nullptr;
-    QToolButton* m_bottomButton = nullptr;
-    QLabel* m_bottomLabel = nullptr;
+    std::unique_ptr<scn::ArrowCell> m_top;
+    std::unique_ptr<scn::DigitEdit> m_digitEdit;
+    QLineEdit* m_edit = nullptr; ///< of m_digitEdit
+    std::unique_ptr<scn::ArrowCell> m_bottom;
     QString m_separator;
     bool m_first;
 };
