@@ -8,6 +8,8 @@ class QTreeWidget;
 class QTreeWidgetItem;
 class QWidget;
 
+namespace scn {
+
 /// The channel table's tree and what finds its parts. Empty until the table is built; modules are neither
 /// added nor removed later. The window derives from it, so these are its members.
 struct ChannelForm
@@ -18,3 +20,5 @@ struct ChannelForm
     QMap<QWidget*, int> rowWidgetChannels;    ///< control of a row to its channel number
     QMap<QPushButton*, AdvancedSetting*> moreButtonPanels; ///< "..." button of a row to its panel
 };
+
+} // namespace scn

@@ -1,6 +1,7 @@
 #include "app/channeltable.h"
 
 #include "app/channelform.h"
+#include "common/channelnumber.h"
 #include "common/threadassert.h"
 #include "widgets/customcombobox.h"
 #include "widgets/customlineedit.h"
@@ -9,6 +10,8 @@
 #include <QPushButton>
 #include <QTreeWidget>
 
+namespace scn {
+
 ChannelTable::ChannelTable(const ChannelForm& form)
     : m_form(form)
 {
@@ -16,8 +19,9 @@ ChannelTable::ChannelTable(const ChannelForm& form)
 
 QTreeWidgetItem* ChannelTable::item(int channel) const
 {
-    const QTreeWidgetItem* const module = m_form.slotItems.value(channel / 100);
-    return module ? module->child(channel % 100 - 1) : nullptr;
+    const ChannelNumber number = ChannelNumber::fromLabel(channel);
+    const QTreeWidgetItem* const module = m_form.slotItems.value(number.slot());
+    return module ? module->child(number.row()) : nullptr;
 }
 
 ChannelRow ChannelTable::row(int channel) const
@@ -75,3 +79,5 @@ void ChannelTable::setRowEnabled(QTreeWidgetItem* item, bool enabled) const
         }
     }
 }
+
+} // namespace scn

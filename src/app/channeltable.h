@@ -5,8 +5,11 @@
 
 #include <Qt>
 
-struct ChannelForm;
 class QTreeWidgetItem;
+
+namespace scn {
+
+struct ChannelForm;
 
 /// Finds the rows of the channel table and their controls by channel number. GUI thread.
 class ChannelTable
@@ -39,3 +42,5 @@ private:
     const ChannelForm& m_form;
     mutable CommFunc m_catalogue;
 };
+
+} // namespace scn

@@ -4,6 +4,7 @@
 #include "app/channeltree.h"
 #include "app/globals.h"
 #include "channels/advancedsetting.h"
+#include "common/channelnumber.h"
 #include "common/threadassert.h"
 #include "plot/groupedheaderview.h"
 #include "widgets/customcombobox.h"
@@ -12,6 +13,8 @@
 
 #include <QCheckBox>
 #include <QPushButton>
+
+namespace scn {
 
 namespace {
 
@@ -86,7 +89,7 @@ void ChannelTableBuilder::addModuleRow(int slot)
     m_form.moduleItems.insert(module, true);
     m_form.slotItems.insert(slot, module);
     for (int row = 0; row <= slotLastChannel[slot]; ++row) {
-        addChannelRow(module, slot * 100 + row + 1);
+        addChannelRow(module, ChannelNumber::fromRow(slot, row).label());
     }
     module->setExpanded(true);
 }
@@ -155,3 +158,5 @@ CustomComboBox* ChannelTableBuilder::makeBox(const QStringList& items) const
     WheelGuard::install(box);
     return box;
 }
+
+} // namespace scn

@@ -9,6 +9,8 @@
 class CustomComboBox;
 class CustomLineEdit;
 
+namespace scn {
+
 /// Builds the channel table: a module's row for each slot that is present, and below it a row for each of
 /// its channels. Nothing is connected, so nothing is sent while it is built. GUI thread.
 class ChannelTableBuilder
@@ -30,3 +32,5 @@ private:
     ChannelForm m_form;
     CommFunc m_catalogue;
 };
+
+} // namespace scn

@@ -11,6 +11,8 @@
 #include <QScrollArea>
 #include <QVBoxLayout>
 
+namespace scn {
+
 namespace {
 
 constexpr int kPanelSlots = 3;
@@ -58,3 +60,5 @@ QWidget* InstrumentPageBuilder::buildSlotPanel(int slot, QWidget* parent)
         new QLabel(QStringLiteral("20-Channel Armature Multiplexer...\n版本: 01.02"), panel));
     return panel;
 }
+
+} // namespace scn

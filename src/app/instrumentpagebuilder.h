@@ -5,6 +5,8 @@
 class QScrollArea;
 class QWidget;
 
+namespace scn {
+
 /// The settings page of the slots.
 struct InstrumentPage
 {
@@ -24,3 +26,5 @@ public:
 private:
     static QWidget* buildSlotPanel(int slot, QWidget* parent);
 };
+
+} // namespace scn

@@ -7,6 +7,8 @@ class QRadioButton;
 class QSpinBox;
 class TimePicker;
 
+namespace scn {
+
 /// The controls of the logging page that act on a run; the page's other controls only look the part. Null
 /// until the page is built. The window derives from it, so these are its members.
 struct LoggingForm
@@ -30,3 +32,5 @@ struct LoggingForm
     QRadioButton* m_stopCountRadio = nullptr;
     QSpinBox* m_stopCountBox = nullptr;
 };
+
+} // namespace scn

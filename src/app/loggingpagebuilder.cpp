@@ -17,6 +17,8 @@
 #include <QTextEdit>
 #include <QVBoxLayout>
 
+namespace scn {
+
 namespace {
 
 constexpr double kMaxIntervalS = 360000; ///< 100 hours
@@ -245,3 +247,5 @@ QGroupBox* LoggingPageBuilder::buildDigitizingGroup()
                   makeDateTimeEdit(QDateTime(QDate(2025, 6, 19), QTime(7, 59, 1)), group)});
     return group;
 }
+
+} // namespace scn

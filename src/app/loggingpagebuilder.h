@@ -7,6 +7,8 @@
 class QScrollArea;
 class QWidget;
 
+namespace scn {
+
 /// The settings page of a logging run.
 struct LoggingPage
 {
@@ -33,3 +35,5 @@ private:
 
     LoggingPage m_page;
 };
+
+} // namespace scn

@@ -3,6 +3,7 @@
 #include "acquisition/readdata.h"
 #include "app/channeltable.h"
 #include "app/channeltablebuilder.h"
+#include "app/fourwirepartners.h"
 #include "app/globals.h"
 #include "app/guigate.h"
 #include "app/helperthreads.h"
@@ -10,6 +11,7 @@
 #include "app/instrumentpagebuilder.h"
 #include "app/launcheroutput.h"
 #include "app/loggingpagebuilder.h"
+#include "app/scanmarks.h"
 #include "channels/commfunc.h"
 #include "common/threadassert.h"
 #include "export/csvexportfromdbthread.h"
@@ -94,7 +96,9 @@ MainWidget::MainWidget(QWidget* parent)
     : QWidget(parent)
     , m_gate(std::make_shared<GuiGate>())
     , m_launcherOutput(std::make_unique<LauncherOutput>())
-    , m_table(std::make_unique<ChannelTable>(static_cast<ChannelForm&>(*this)))
+    , m_table(std::make_unique<scn::ChannelTable>(static_cast<scn::ChannelForm&>(*this)))
+    , m_marks(std::make_unique<scn::ScanMarks>(*m_table, [this] { tellWorkspace(); }))
+    , m_partners(std::make_unique<scn::FourWirePartners>(*m_table, *m_marks))
 {
     setObjectName(QStringLiteral("MainWidget"));
     m_commFunc = new CommFunc(this);
@@ -225,7 +229,7 @@ void MainWidget::buildInterface()
     m_workTabs = new QTabWidget(m_contentWidget);
     m_workTabs->setObjectName(QStringLiteral("myTabWidget1"));
     m_workTabs->setStyleSheet(m_commFunc->workspaceTabStyle());
-    static_cast<ChannelForm&>(*this) = ChannelTableBuilder().build(m_workTabs);
+    static_cast<scn::ChannelForm&>(*this) = scn::ChannelTableBuilder().build(m_workTabs);
     m_graphicSetting = new GraphicSettingWidget(m_workTabs);
     m_workTabs->addTab(m_channelTree, QIcon(QStringLiteral(":/image/confChannel.png")),
                        tr("配置通道"));
@@ -241,13 +245,13 @@ void MainWidget::buildInterface()
 
 void MainWidget::buildSettingsPages()
 {
-    const InstrumentPage instrument = InstrumentPageBuilder::build(m_settingsTabs);
+    const scn::InstrumentPage instrument = scn::InstrumentPageBuilder::build(m_settingsTabs);
     m_instrumentPage = instrument.page;
     m_instrumentPageContent = instrument.content;
-    const LoggingPage logging = LoggingPageBuilder().build(m_settingsTabs);
+    const scn::LoggingPage logging = scn::LoggingPageBuilder().build(m_settingsTabs);
     m_loggingPage = logging.page;
     m_loggingPageContent = logging.content;
-    static_cast<LoggingForm&>(*this) = logging.form;
+    static_cast<scn::LoggingForm&>(*this) = logging.form;
 }
 
 void MainWidget::buildButtonBar()

@@ -13,7 +13,6 @@
 #include <memory>
 
 class AdvancedSetting;
-class ChannelTable;
 class CommFunc;
 class CsvExportFromDBThread;
 class CurveDataDB;
@@ -48,6 +47,12 @@ class TimePicker;
 class WindowLockManager;
 struct ChannelRow;
 
+namespace scn {
+class ChannelTable;
+class FourWirePartners;
+class ScanMarks;
+} // namespace scn
+
 /// The program's one window and the coordinator of its subsystems: it owns the pages and the two
 /// long-running threads, wires the signals and carries the slots of every page.
 ///
@@ -58,7 +63,7 @@ struct ChannelRow;
 /// instrument, reading it back), mainwidget_channeltable.cpp (the table and its check marks),
 /// mainwidget_channelrow.cpp (editing a channel), mainwidget_loggingpage.cpp,
 /// mainwidget_runcontrol.cpp, mainwidget_export.cpp.
-class MainWidget : public QWidget, private ChannelForm, private LoggingForm
+class MainWidget : public QWidget, private scn::ChannelForm, private scn::LoggingForm
 {
     Q_OBJECT
     Q_DISABLE_COPY_MOVE(MainWidget)
@@ -153,7 +158,6 @@ private:
     static void syncIntervalPicker(LinkWatch& link, MainWidget* window);
     static void syncClock(LinkWatch& link);
     static void queryStoredStates(LinkWatch& link);
-    void showScanList(const QList<int>& channels);
     bool showChannelFunction(int channel, const QString& displayName);
     void showTriggerSource(const QString& reply);
     void showTriggerCount(const QString& reply);
@@ -162,23 +166,11 @@ private:
     void connectRows();
     void connectRow(const ChannelRow& row);
     int senderChannel() const;
-    int partnerOf(int channel) const;
-    int partnerOf(int channel, int function) const;
-    bool isTakenOver(int partner) const;
-    void takePartnerOver(int partner, int channel);
-    void givePartnerBack(int partner);
-    void matchPartner(int channel);
     void applyFunction(int function, int channel);
     void sendAndReadBack(const QString& command, int channel);
     void sendScaleNumber(const QString& command, const QString& text,
                          CustomLineEdit* ChannelRow::*edit);
     void openPanel(AdvancedSetting* panel, const QPushButton* button);
-    using CheckMarks = QMap<QTreeWidgetItem*, Qt::CheckState>;
-    CheckMarks marksBefore(QTreeWidgetItem* item) const;
-    void putMarksBack(const CheckMarks& marks);
-    void updateModuleCheckState(QTreeWidgetItem* module);
-    void rebuildScanChannels();
-    QString displayUnit(const ChannelRow& row) const;
     void tellWorkspace();
 
     // Run control
@@ -202,7 +194,9 @@ private:
     std::shared_ptr<GuiGate> m_gate;
     std::shared_ptr<LinkWatch> m_link; ///< of the read-backs on the GUI thread, until a loss
     std::unique_ptr<LauncherOutput> m_launcherOutput;
-    const std::unique_ptr<ChannelTable> m_table;
+    const std::unique_ptr<scn::ChannelTable> m_table;
+    const std::unique_ptr<scn::ScanMarks> m_marks;
+    const std::unique_ptr<scn::FourWirePartners> m_partners;
 
     CommFunc* m_commFunc = nullptr;
     CustomMessageDialog* m_messageDialog = nullptr;

@@ -2,11 +2,14 @@
 
 #include "app/channeloptions.h"
 #include "app/channeltable.h"
+#include "app/fourwirepartners.h"
 #include "app/globals.h"
+#include "app/quietcontrols.h"
+#include "app/scanmarks.h"
 #include "channels/advancedsetting.h"
 #include "channels/commfunc.h"
 #include "common/threadassert.h"
-#include "instrument/cdevicevisa.h"
+#include "instrument/exchange.h"
 #include "plot/graphicsettingwidget.h"
 #include "widgets/customcombobox.h"
 #include "widgets/customlineedit.h"
@@ -27,7 +30,6 @@
 
 namespace {
 
-constexpr int kExchangeTimeoutMs = 5000;
 constexpr int kMessageMs = 3000;
 constexpr int kErrorMessage = 1;
 
@@ -35,21 +37,8 @@ constexpr int kErrorMessage = 1;
 void send(const QString& command)
 {
     if (g_instrumentConnected) {
-        g_visa->sendCommand(command, kExchangeTimeoutMs);
+        scn::exchange(command);
     }
-}
-
-void refillQuietly(CustomComboBox* box, const QStringList& items)
-{
-    const QSignalBlocker blocker(box);
-    box->clear();
-    box->addFunctionItems(items);
-}
-
-void selectQuietly(CustomComboBox* box, int index)
-{
-    const QSignalBlocker blocker(box);
-    box->setCurrentIndex(index);
 }
 
 /// Where a panel stands that would leave the free part of its screen: moved in as far as needed.
@@ -66,19 +55,6 @@ QPoint heldOnScreen(const QRect& panel)
 int MainWidget::senderChannel() const
 {
     return rowWidgetChannels.value(qobject_cast<QWidget*>(sender()));
-}
-
-/// The channel that a four-wire function on `channel` would take over; 0 when it has none.
-int MainWidget::partnerOf(int channel) const
-{
-    const int bank = m_commFunc->bankSize(static_cast<uchar>(channel / 100));
-    return bank != 0 && channel % 100 <= bank ? channel + bank : 0;
-}
-
-/// The channel that mirrors `channel` while it measures `function`; 0 when none does.
-int MainWidget::partnerOf(int channel, int function) const
-{
-    return m_commFunc->isFourWire(function) ? partnerOf(channel) : 0;
 }
 
 /// The end of each change: the command, the error queue emptied, the channel read back.
@@ -110,17 +86,18 @@ void MainWidget::onMeasTypeChanged(int index)
         g_scanChannels[channel] = m_commFunc->baseUnit(function);
         tellWorkspace();
     }
-    refillQuietly(row.range, m_commFunc->rangeList(function));
-    refillQuietly(row.resolution, m_commFunc->temperatureUnitList(function));
+    scn::refillQuietly(row.range, m_commFunc->rangeList(function));
+    scn::refillQuietly(row.resolution, m_commFunc->temperatureUnitList(function));
     row.functionPanel->showFunctionOptions(box->currentText(), function, channel);
     {
         const QSignalBlocker blocker(row.scale);
         row.scale->setChecked(false);
     }
-    refillQuietly(row.scaleFunction, m_commFunc->scaleFunctionList(function));
-    selectQuietly(row.unit, m_commFunc->defaultUnitIndex(function));
+    scn::refillQuietly(row.scaleFunction, m_commFunc->scaleFunctionList(function));
+    scn::selectQuietly(row.unit, m_commFunc->defaultUnitIndex(function));
 
-    if (const int partner = partnerOf(channel); partner != 0 && m_table->item(partner)) {
+    if (const int partner = m_partners->candidateOf(channel);
+        partner != 0 && m_table->item(partner)) {
         if (!m_table->row(partner).exists()) {
             return;
         }
@@ -128,58 +105,9 @@ void MainWidget::onMeasTypeChanged(int index)
         if (m_commFunc->isFourWire(function) && item->checkState(ScanColumn) == Qt::Checked) {
             item->setCheckState(ScanColumn, Qt::Unchecked);
         }
-        matchPartner(channel);
+        m_partners->match(channel);
     }
     applyFunction(function, channel);
-}
-
-/// Brings the partner's row in line with the function that the row of `channel` shows. Sends nothing.
-void MainWidget::matchPartner(int channel)
-{
-    const int partner = partnerOf(channel);
-    if (partner == 0 || !m_table->row(partner).exists()) {
-        return;
-    }
-    if (partnerOf(channel, m_table->functionOf(m_table->row(channel))) != 0) {
-        takePartnerOver(partner, channel);
-    } else if (isTakenOver(partner)) {
-        givePartnerBack(partner);
-    }
-}
-
-/// True while a four-wire function has the channel; a row of its own is left alone.
-bool MainWidget::isTakenOver(int partner) const
-{
-    return !(m_table->item(partner)->flags() & Qt::ItemIsUserCheckable);
-}
-
-/// Takes a partner channel out of use: it shows the function of `channel` and leaves the scan list.
-void MainWidget::takePartnerOver(int partner, int channel)
-{
-    CustomComboBox* const box = m_table->row(partner).function;
-    refillQuietly(box, m_commFunc->functionList(channel));
-    selectQuietly(box, m_table->row(channel).function->currentIndex());
-    QTreeWidgetItem* const item = m_table->item(partner);
-    m_table->setRowEnabled(item, false);
-    // Setting the flags reports a changed item even when the check mark is the same.
-    const QSignalBlocker blocker(m_channelTree);
-    item->setCheckState(ScanColumn, Qt::Unchecked);
-    item->setFlags(item->flags() & ~Qt::ItemIsUserCheckable);
-    updateModuleCheckState(item->parent());
-    if (g_scanChannels.remove(partner) > 0) {
-        tellWorkspace();
-    }
-}
-
-void MainWidget::givePartnerBack(int partner)
-{
-    CustomComboBox* const box = m_table->row(partner).function;
-    refillQuietly(box, m_commFunc->functionList(partner));
-    selectQuietly(box, 0);
-    QTreeWidgetItem* const item = m_table->item(partner);
-    m_table->setRowEnabled(item, true);
-    const QSignalBlocker blocker(m_channelTree);
-    item->setFlags(item->flags() | Qt::ItemIsUserCheckable);
 }
 
 /// Selects a function on the instrument and reads its options back. The index that the user chose is
@@ -207,12 +135,12 @@ void MainWidget::onRangeTypeChanged(int index)
         return;
     }
     const int function = m_table->functionOf(row);
-    if (const ChannelRow partner = m_table->row(partnerOf(channel, function)); partner.exists()) {
+    if (const ChannelRow partner = m_partners->partnerRow(channel); partner.exists()) {
         // Blocks the own function box, not the partner's range: the partner's command goes first.
         const QSignalBlocker blocker(row.function);
         // The partner may still list the ranges of the function that it had before.
         if (index >= partner.range->count()) {
-            refillQuietly(partner.range, m_commFunc->rangeList(function));
+            scn::refillQuietly(partner.range, m_commFunc->rangeList(function));
         }
         partner.range->setCurrentIndex(index);
     }
@@ -237,9 +165,8 @@ void MainWidget::onResTypeChanged(int index)
     if (index < 0 || !row.exists()) {
         return;
     }
-    if (const ChannelRow partner = m_table->row(partnerOf(channel, m_table->functionOf(row)));
-        partner.exists()) {
-        selectQuietly(partner.resolution, index);
+    if (const ChannelRow partner = m_partners->partnerRow(channel); partner.exists()) {
+        scn::selectQuietly(partner.resolution, index);
     }
     sendAndReadBack(QStringLiteral("UNIT:TEMP %1,(@%2)")
                         .arg(row.resolution->currentText(), QString::number(channel)),
@@ -266,7 +193,7 @@ void MainWidget::onZoomStateChanged(bool state)
     if (g_scanChannels.value(channel) != unit) {
         tellWorkspace();
     }
-    if (partnerOf(channel, function) != 0) {
+    if (m_partners->partnerOf(channel, function) != 0) {
         // The copy goes to the own check box, so the partner's stays as it is.
         const QSignalBlocker blocker(row.scale);
         row.scale->setChecked(state);
@@ -288,9 +215,8 @@ void MainWidget::onFuncTypeChanged(int index)
     enableScaleControls(row);
     const QString name = row.scaleFunction->currentText();
     row.scalePanel->showScaleOptions(name, channel);
-    if (const ChannelRow partner = m_table->row(partnerOf(channel, m_table->functionOf(row)));
-        partner.exists()) {
-        selectQuietly(partner.scaleFunction, index);
+    if (const ChannelRow partner = m_partners->partnerRow(channel); partner.exists()) {
+        scn::selectQuietly(partner.scaleFunction, index);
     }
     sendAndReadBack(QStringLiteral("CALC:SCAL:FUNC %1,(@%2)").arg(name, QString::number(channel)),
                     channel);
@@ -326,7 +252,7 @@ void MainWidget::sendScaleNumber(const QString& command, const QString& text,
         m_messageDialog->showMessage(tr("非法字符请重新输入"), kErrorMessage, kMessageMs);
         return;
     }
-    if (const ChannelRow partner = m_table->row(partnerOf(channel, m_table->functionOf(row)));
+    if (const ChannelRow partner = m_partners->partnerRow(channel);
         partner.exists() && partner.*edit) {
         (partner.*edit)->setText(number);
     }
@@ -342,12 +268,11 @@ void MainWidget::onUnitChanged(int index)
         return;
     }
     // Nothing is blocked: the partner's own change goes out first.
-    if (const ChannelRow partner = m_table->row(partnerOf(channel, m_table->functionOf(row)));
-        partner.unit) {
+    if (const ChannelRow partner = m_partners->partnerRow(channel); partner.unit) {
         partner.unit->setCurrentIndex(index);
     }
     if (g_scanChannels.contains(channel)) {
-        g_scanChannels[channel] = displayUnit(row);
+        g_scanChannels[channel] = m_marks->displayUnit(row);
     }
     tellWorkspace();
     QString unit = row.unit->currentText();

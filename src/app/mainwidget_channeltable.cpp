@@ -2,11 +2,12 @@
 
 #include "app/channeltable.h"
 #include "app/globals.h"
+#include "app/scanmarks.h"
 #include "channels/advancedsetting.h"
 #include "channels/commfunc.h"
 #include "channels/scanlist.h"
 #include "common/threadassert.h"
-#include "instrument/cdevicevisa.h"
+#include "instrument/exchange.h"
 #include "overlay/loadingview.h"
 #include "plot/graphicsettingwidget.h"
 #include "widgets/customcombobox.h"
@@ -15,12 +16,9 @@
 #include <QCheckBox>
 #include <QPushButton>
 #include <QScopedValueRollback>
-#include <QSignalBlocker>
 #include <QTreeWidget>
 
 namespace {
-
-constexpr int kExchangeTimeoutMs = 5000;
 
 /// Set while onItemChanged() works, so that it does not re-enter.
 bool scanEditGuard = false;
@@ -29,8 +27,8 @@ bool scanEditGuard = false;
 bool sendScanList()
 {
     const QString list = compressScanList(g_scanChannels.keys());
-    g_visa->sendCommand(QStringLiteral("ROUT:SCAN (@%1)").arg(list), kExchangeTimeoutMs);
-    const QString error = g_visa->sendCommand(QStringLiteral("SYST:ERR?"), kExchangeTimeoutMs);
+    scn::exchange(QStringLiteral("ROUT:SCAN (@%1)").arg(list));
+    const QString error = scn::exchange(QStringLiteral("SYST:ERR?"));
     return error.section(QLatin1Char(','), 0, 0).toInt() >= 0;
 }
 
@@ -80,49 +78,19 @@ void MainWidget::onItemChanged(QTreeWidgetItem* item, int column)
     m_startupView->repaint();
     {
         const QScopedValueRollback<bool> guard(scanEditGuard, true);
-        const CheckMarks before = marksBefore(item);
+        const scn::ScanMarks::Marks before = m_marks->marksBefore(item);
         if (moduleItems.contains(item)) {
             onModuleItemChanged(item, ScanColumn);
         } else if (moduleItems.contains(item->parent())) {
             onChannelItemChanged(item, ScanColumn);
         }
-        rebuildScanChannels();
+        m_marks->rebuildScanChannels();
         if (g_instrumentConnected && !sendScanList()) {
-            putMarksBack(before);
+            // It would refuse every later list with the change, too.
+            m_marks->putBack(before);
         }
     }
     m_startupView->stopLoading();
-}
-
-/// The marks of the channels that a change of `item` is about, as they were: a channel's from the scan
-/// list so far, those of a module's channels as they still are.
-MainWidget::CheckMarks MainWidget::marksBefore(QTreeWidgetItem* item) const
-{
-    CheckMarks marks;
-    if (moduleItems.contains(item)) {
-        for (int row = 0; row < item->childCount(); ++row) {
-            marks.insert(item->child(row), item->child(row)->checkState(ScanColumn));
-        }
-        return marks;
-    }
-    if (const int channel = m_table->channelOf(item); channel != 0) {
-        const bool wasScanned = g_scanChannels.contains(channel);
-        marks.insert(item, wasScanned ? Qt::Checked : Qt::Unchecked);
-    }
-    return marks;
-}
-
-/// Takes back a change that the instrument refused: it would refuse every later list with it. Sends nothing.
-void MainWidget::putMarksBack(const CheckMarks& marks)
-{
-    {
-        const QSignalBlocker blocker(m_channelTree);
-        for (auto mark = marks.cbegin(); mark != marks.cend(); ++mark) {
-            mark.key()->setCheckState(ScanColumn, mark.value());
-            updateModuleCheckState(mark.key()->parent());
-        }
-    }
-    rebuildScanChannels();
 }
 
 void MainWidget::onModuleItemChanged(QTreeWidgetItem* item, int column)
@@ -131,13 +99,7 @@ void MainWidget::onModuleItemChanged(QTreeWidgetItem* item, int column)
     if (column != ScanColumn || !moduleItems.contains(item)) {
         return;
     }
-    const QSignalBlocker blocker(m_channelTree);
-    for (int row = 0; row < item->childCount(); ++row) {
-        QTreeWidgetItem* const child = item->child(row);
-        if (child->flags() & Qt::ItemIsUserCheckable) {
-            child->setCheckState(ScanColumn, item->checkState(ScanColumn));
-        }
-    }
+    m_marks->copyToChannels(item);
 }
 
 void MainWidget::onChannelItemChanged(QTreeWidgetItem* item, int column)
@@ -146,55 +108,7 @@ void MainWidget::onChannelItemChanged(QTreeWidgetItem* item, int column)
     if (column != ScanColumn || !moduleItems.contains(item->parent())) {
         return;
     }
-    const QSignalBlocker blocker(m_channelTree);
-    updateModuleCheckState(item->parent());
-}
-
-/// Gives a module's box the state that its channels add up to. The caller blocks the tree's signals.
-void MainWidget::updateModuleCheckState(QTreeWidgetItem* module)
-{
-    int checked = 0;
-    int partly = 0;
-    for (int row = 0; row < module->childCount(); ++row) {
-        const Qt::CheckState state = module->child(row)->checkState(ScanColumn);
-        checked += state == Qt::Checked ? 1 : 0;
-        partly += state == Qt::PartiallyChecked ? 1 : 0;
-    }
-    if (checked > 0 && checked == module->childCount()) {
-        module->setCheckState(ScanColumn, Qt::Checked);
-    } else {
-        module->setCheckState(ScanColumn,
-                              checked + partly > 0 ? Qt::PartiallyChecked : Qt::Unchecked);
-    }
-}
-
-/// Fills g_scanChannels from the check marks and tells the workspace.
-void MainWidget::rebuildScanChannels()
-{
-    assertGuiThread();
-    g_scanChannels.clear();
-    for (auto entry = slotItems.cbegin(); entry != slotItems.cend(); ++entry) {
-        for (int index = 0; index < entry.value()->childCount(); ++index) {
-            if (!m_table->isChannelChecked(entry.key(), index)) {
-                continue;
-            }
-            const ChannelRow row = m_table->row(entry.key() * 100 + index + 1);
-            if (row.number && row.function) {
-                g_scanChannels.insert(row.number->text().toInt(), displayUnit(row));
-            }
-        }
-    }
-    tellWorkspace();
-}
-
-/// The unit that a channel's readings are shown in: the scaled one while scaling is on.
-QString MainWidget::displayUnit(const ChannelRow& row) const
-{
-    if (!row.scale || !row.scale->isChecked() || !row.unit) {
-        return m_commFunc->baseUnit(m_table->functionOf(row));
-    }
-    const QString text = row.unit->currentText();
-    return text == m_commFunc->unitList().constFirst() ? QStringLiteral(" ") : text;
+    m_marks->updateModule(item->parent());
 }
 
 void MainWidget::tellWorkspace()

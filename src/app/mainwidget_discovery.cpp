@@ -2,9 +2,11 @@
 
 #include "app/channeloptions.h"
 #include "app/channeltable.h"
+#include "app/fourwirepartners.h"
 #include "app/globals.h"
 #include "app/guigate.h"
 #include "app/linkwatch.h"
+#include "app/scanmarks.h"
 #include "channels/commfunc.h"
 #include "channels/functionnames.h"
 #include "channels/scanlist.h"
@@ -197,7 +199,7 @@ void MainWidget::readBack(LinkWatch& link, MainWidget* window)
     syncTriggerSettings(link, window);
     syncClock(link);
     queryStoredStates(link);
-    link.show([window] { window->rebuildScanChannels(); });
+    link.show([window] { window->m_marks->rebuildScanChannels(); });
 }
 
 void MainWidget::readBackScanList(LinkWatch& link, MainWidget* window)
@@ -210,7 +212,7 @@ void MainWidget::readBackScanList(LinkWatch& link, MainWidget* window)
     QList<int> channels;
     link.show([&reply, &channels, window] {
         if (!reply.isEmptyList) {
-            window->showScanList(reply.channels);
+            window->m_marks->check(reply.channels);
         }
         for (int slot = 1; slot <= kSlotCount; ++slot) {
             for (int row = 0; slotPresent[slot] && row <= slotLastChannel[slot]; ++row) {
@@ -313,28 +315,6 @@ void MainWidget::queryStoredStates(LinkWatch& link)
     }
 }
 
-/// Checks exactly the listed channels. No command follows; an entry without a row is passed over.
-void MainWidget::showScanList(const QList<int>& channels)
-{
-    assertGuiThread();
-    const QSignalBlocker blocker(m_channelTree);
-    for (QTreeWidgetItem* module : qAsConst(slotItems)) {
-        for (int row = 0; row < module->childCount(); ++row) {
-            if (module->child(row)->checkState(0) == Qt::Checked) {
-                module->child(row)->setCheckState(0, Qt::Unchecked);
-            }
-        }
-    }
-    for (const int channel : channels) {
-        if (QTreeWidgetItem* item = m_table->item(channel)) {
-            item->setCheckState(0, Qt::Checked);
-        }
-    }
-    for (QTreeWidgetItem* module : qAsConst(slotItems)) {
-        updateModuleCheckState(module);
-    }
-}
-
 /// Selects the function in the channel's row, and takes its partner over or gives it back as choosing the
 /// function does; a name that the row does not offer changes nothing, and nor does any name in a row that is
 /// taken over: it shows the function of the row that has it.
@@ -346,14 +326,14 @@ bool MainWidget::showChannelFunction(int channel, const QString& displayName)
     if (!box) {
         return false;
     }
-    if (isTakenOver(channel)) {
+    if (m_partners->isTakenOver(channel)) {
         return true;
     }
     const QSignalBlocker blocker(box);
     const int row = box->findText(displayName, Qt::MatchExactly | Qt::MatchCaseSensitive);
     if (row >= 0) {
         box->setCurrentIndex(row);
-        matchPartner(channel);
+        m_partners->match(channel);
     }
     return true;
 }

@@ -2,7 +2,7 @@
 
 #include "app/globals.h"
 #include "common/threadassert.h"
-#include "instrument/cdevicevisa.h"
+#include "instrument/exchange.h"
 #include "widgets/timepicker.h"
 
 #include <QCheckBox>
@@ -13,13 +13,11 @@
 
 namespace {
 
-constexpr int kExchangeTimeoutMs = 5000;
-
 /// Nothing goes out between a loss and its recovery, which reads all of it back.
 void send(const QString& command)
 {
     if (g_instrumentConnected) {
-        g_visa->sendCommand(command, kExchangeTimeoutMs);
+        scn::exchange(command);
     }
 }
 

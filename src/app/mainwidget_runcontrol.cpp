@@ -6,7 +6,7 @@
 #include "app/helperthreads.h"
 #include "app/linkwatch.h"
 #include "common/threadassert.h"
-#include "instrument/cdevicevisa.h"
+#include "instrument/exchange.h"
 #include "overlay/loadingview.h"
 #include "overlay/windowlockmanager.h"
 #include "plot/graphicsettingwidget.h"
@@ -27,7 +27,6 @@
 
 namespace {
 
-constexpr int kExchangeTimeoutMs = 5000;
 constexpr int kMessageMs = 3000;
 /// Longer than the acquisition thread's pause between two passes.
 constexpr unsigned long kLastPassMs = 2000;
@@ -38,11 +37,6 @@ constexpr int kRunningLabelPosition = 1;
 constexpr int kRecoveryForm = 1;
 /// How often the running label looks whether the store takes readings.
 constexpr int kStoreWatchMs = 500;
-
-QString ask(const QString& command)
-{
-    return g_visa->sendCommand(command, kExchangeTimeoutMs);
-}
 
 /// The local time in the form that the run's start and end are kept in.
 QString runTimeText()
@@ -58,7 +52,7 @@ void MainWidget::recvStartButtonSlot()
     if (g_scanRunning) {
         // The acquisition thread drains the instrument and then clears the flag.
         stopElapsedTimer();
-        ask(QStringLiteral("ABOR"));
+        scn::exchange(QStringLiteral("ABOR"));
         endScan();
         m_draining = true;
         return;
@@ -139,32 +133,33 @@ void MainWidget::scanFunc()
         m_starting = false;
         return;
     }
-    if (ask(QStringLiteral("*IDN?")).isEmpty()) {
+    if (scn::exchange(QStringLiteral("*IDN?")).isEmpty()) {
         m_starting = false;
         m_messageDialog->showMessage(tr("机器已断开"), kErrorMessage, kMessageMs);
         // The acquisition thread need not miss that one reply, so nobody else reports the loss.
         loseInstrument();
         return;
     }
-    ask(QStringLiteral("MMEM:LOG:ENAB?"));
-    ask(QStringLiteral("INIT"));
+    scn::exchange(QStringLiteral("MMEM:LOG:ENAB?"));
+    scn::exchange(QStringLiteral("INIT"));
     if (m_stopElapsedRadio->isChecked()) {
         startElapsedTimer();
     }
     for (const char* command : {"FORM:READ:ALAR ON", "FORM:READ:CHAN ON", "FORM:READ:TIME ON",
                                 "FORM:READ:TIME:TYPE ABS", "FORM:READ:UNIT ON", "SYST:ERR?"}) {
-        ask(QLatin1String(command));
+        scn::exchange(QLatin1String(command));
     }
 
-    if (ask(QStringLiteral("ROUT:SCAN?")).count(QLatin1Char(',')) + 1 != g_scanChannels.size()) {
+    if (scn::exchange(QStringLiteral("ROUT:SCAN?")).count(QLatin1Char(',')) + 1 !=
+        g_scanChannels.size()) {
         dropUnnamedScanChannels();
     }
 
     // The instrument's scan time is asked for twice and serves nothing: a run starts at the
     // computer's time.
-    ask(QStringLiteral("SYST:TIME:SCAN?"));
-    g_scanStartText =
-        ask(QStringLiteral("SYST:TIME:SCAN?")).replace(QLatin1Char(','), QLatin1Char(' '));
+    scn::exchange(QStringLiteral("SYST:TIME:SCAN?"));
+    g_scanStartText = scn::exchange(QStringLiteral("SYST:TIME:SCAN?"))
+                          .replace(QLatin1Char(','), QLatin1Char(' '));
     g_scanStartText = runTimeText();
 
     m_draining = false;
@@ -241,7 +236,7 @@ void MainWidget::recvElapsedTimeSlot()
     if (!g_instrumentConnected) {
         return;
     }
-    ask(QStringLiteral("ABOR"));
+    scn::exchange(QStringLiteral("ABOR"));
     g_scanRunning = false;
     endScan();
 }
@@ -256,7 +251,7 @@ void MainWidget::recvLockScreenSlot()
     }
     stopElapsedTimer();
     g_scanRunning = false;
-    ask(QStringLiteral("ABOR"));
+    scn::exchange(QStringLiteral("ABOR"));
     endScan();
 }
 
