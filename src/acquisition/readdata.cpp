@@ -5,19 +5,13 @@
 #include "instrument/cdevicevisa.h"
 #include "instrument/exchange.h"
 
-#include <QDeadlineTimer>
 #include <QDebug>
 
 #include <algorithm>
 
 namespace {
 
-constexpr int kStartDelayMs = 1000;
-constexpr int kPassDelayMs = 1000;
-constexpr int kSettleDelayMs = 50;
-constexpr int kFetchRetryDelayMs = 100;
 constexpr int kFetchRetries = 6;
-constexpr int kSilenceDelayMs = 3000;
 constexpr int kSilenceRetries = 6;
 
 /// What the instrument is asked for at a time. A reply of more than 40959 bytes is lost whole, and the
@@ -26,10 +20,6 @@ constexpr int kLargestFetch = 800;
 
 /// The same on a serial line, which carries 28800 bytes within the time-out of an exchange.
 constexpr int kLargestSerialFetch = 500;
-
-/// A sleep looks at the running flag this often. Slices need no lock, so that a thread terminated
-/// in one leaves nothing locked behind.
-constexpr int kSleepSliceMs = 20;
 
 const QLatin1String kEventQuery("STAT:OPER:EVEN?");
 const QLatin1String kScanEndedCondition("+256");
@@ -70,6 +60,12 @@ ReadData::~ReadData()
     }
 }
 
+void ReadData::setTiming(const scn::ReadDataTiming& timing)
+{
+    Q_ASSERT(!isRunning());
+    m_timing = timing;
+}
+
 void ReadData::stop()
 {
     m_running.store(false, std::memory_order_relaxed);
@@ -88,7 +84,7 @@ MeasurementData ReadData::parseRecord(const QStringList& fields) const
 void ReadData::run()
 {
     // The flag is set after the first sleep: a stop requested in it is overwritten.
-    msleep(kStartDelayMs);
+    m_timing.clock.sleep(m_timing.startDelay);
     // Outside its waits the thread cannot be terminated: unwinding out of a log line would end the
     // process, and out of a signal's delivery it could leave the GUI thread's event loop locked.
     setTerminationEnabled(false);
@@ -104,7 +100,7 @@ void ReadData::run()
         }
         // What gathered in a stall is caught up with, one fetch after the other.
         if (!leftReadings) {
-            pause(kPassDelayMs);
+            pause(m_timing.passDelay);
         }
     } while (m_running.load(std::memory_order_relaxed));
 }
@@ -119,14 +115,14 @@ bool ReadData::pollReadings()
     bool isFetched = false;
     if (count != 0) {
         isFetched = fetchReadings(std::min(count, most));
-        pause(kSettleDelayMs);
+        pause(m_timing.settleDelay);
     }
     const bool isIdle = ask(QStringLiteral("STAT:OPER:COND?")) == kScanEndedCondition;
     if (count == 0 && isIdle) {
         g_scanRunning.store(false, std::memory_order_relaxed);
         emit sigStopScan();
     }
-    pause(kSettleDelayMs);
+    pause(m_timing.settleDelay);
     return isFetched && count > most;
 }
 
@@ -136,7 +132,7 @@ bool ReadData::fetchReadings(int count)
 {
     bool isFetched = fetchBatch(count);
     for (int retry = 0; retry < kFetchRetries && !isFetched; ++retry) {
-        pause(kFetchRetryDelayMs);
+        pause(m_timing.fetchRetryDelay);
         isFetched = fetchBatch(count);
     }
     return isFetched;
@@ -162,7 +158,7 @@ bool ReadData::instrumentLost()
         return event == Event::InUse;
     }
     for (int retry = 0; retry < kSilenceRetries; ++retry) {
-        pause(kSilenceDelayMs);
+        pause(m_timing.silenceDelay);
         if (eventOf(ask(kEventQuery)) != Event::Silence) {
             return false;
         }
@@ -185,13 +181,17 @@ QString ReadData::ask(const QString& query)
 
 /// Sleeps, ending early when the running flag is cleared. Here the thread may be terminated, so the
 /// callers hold nothing meanwhile that would have to be let go.
-void ReadData::pause(int milliseconds) const
+void ReadData::pause(std::chrono::milliseconds time) const
 {
-    const QDeadlineTimer end(milliseconds);
-    while (m_running.load(std::memory_order_relaxed) && !end.hasExpired()) {
-        const auto slice = std::clamp<qint64>(end.remainingTime(), 1, kSleepSliceMs);
+    using std::chrono::milliseconds;
+    const auto end = m_timing.clock.now() + time;
+    while (m_running.load(std::memory_order_relaxed)) {
+        const auto left = std::chrono::ceil<milliseconds>(end - m_timing.clock.now());
+        if (left <= milliseconds::zero()) {
+            break;
+        }
         setTerminationEnabled(true);
-        msleep(static_cast<unsigned long>(slice));
+        m_timing.clock.sleep(std::min(left, m_timing.sleepSlice));
         setTerminationEnabled(false);
     }
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "acquisition/measurementdata.h"
+#include "acquisition/readdatatiming.h"
 
 #include <QList>
 #include <QString>
@@ -8,6 +9,7 @@
 #include <QThread>
 
 #include <atomic>
+#include <chrono>
 
 /// The acquisition thread. It runs as long as the window lives and the instrument is in use. While a
 /// scan runs (g_scanRunning) it drains the instrument's reading memory about once a second and hands
@@ -26,6 +28,9 @@ public:
 
     ReadData();
     ~ReadData() override;
+
+    /// Replaces the waits and their clock. Only while the thread does not run.
+    void setTiming(const scn::ReadDataTiming& timing);
 
     /// Clears the running flag: a sleep of the loop ends early and the thread ends with its pass.
     /// A stop within the first second after start() is overwritten by the thread. Any thread.
@@ -61,7 +66,8 @@ private:
     bool fetchBatch(int count);
     bool instrumentLost();
     static QString ask(const QString& query);
-    void pause(int milliseconds) const;
+    void pause(std::chrono::milliseconds time) const;
 
+    scn::ReadDataTiming m_timing;
     std::atomic<bool> m_running{false};
 };

@@ -117,7 +117,7 @@ LockableDataCollectionView::LockableDataCollectionView(QWidget* parent)
     setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
 
-    setTiming(LockTiming());
+    setTiming(scn::LockTiming());
     m_state->unlockTimer.setParent(this);
     m_state->scene = new QGraphicsScene(this);
     setScene(m_state->scene);
@@ -278,7 +278,7 @@ void LockableDataCollectionView::setUnlockHoldTime(int ms)
     m_state->holdMs = ms;
 }
 
-void LockableDataCollectionView::setTiming(const LockTiming& timing)
+void LockableDataCollectionView::setTiming(const scn::LockTiming& timing)
 {
     m_state->holdMs = static_cast<int>(timing.hold.count());
     m_state->fadeMs = static_cast<int>(timing.fade.count());

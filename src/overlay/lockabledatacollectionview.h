@@ -29,7 +29,7 @@ public:
     void setUnlockHoldTime(int ms);
 
     /// Replaces the hold time and the time of the fade, from the next press or fade on.
-    void setTiming(const LockTiming& timing);
+    void setTiming(const scn::LockTiming& timing);
 
     /// Makes the veil of a locked view that has none.
     void ensureVeil();

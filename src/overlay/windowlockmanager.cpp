@@ -8,7 +8,7 @@
 
 #include <algorithm>
 
-WindowLockManager::WindowLockManager(QObject* parent, const LockTiming& timing)
+WindowLockManager::WindowLockManager(QObject* parent, const scn::LockTiming& timing)
     : QObject(parent)
     , m_timing(timing)
     , m_barrier(

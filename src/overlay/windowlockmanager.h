@@ -22,7 +22,7 @@ class WindowLockManager : public QObject
 
 public:
     /// The timing goes to the overlay, which all managers share: the newest manager's holds.
-    explicit WindowLockManager(QObject* parent = nullptr, const LockTiming& timing = {});
+    explicit WindowLockManager(QObject* parent = nullptr, const scn::LockTiming& timing = {});
     ~WindowLockManager() override;
 
     /// Watches the page from now on. A null or known page is ignored; a page may be deleted.
@@ -53,7 +53,7 @@ private:
     void updateCurrentWindow();
     bool covers(const QWidget& widget) const;
 
-    const LockTiming m_timing;
+    const scn::LockTiming m_timing;
     std::unique_ptr<InputBarrier> m_barrier;
     QPointer<LockableDataCollectionView> m_lockView;
     QList<QPointer<QWidget>> m_windows;

@@ -34,7 +34,7 @@ namespace {
 
 using namespace std::chrono_literals;
 
-constexpr LockTiming kTiming{40ms, 30ms};
+constexpr scn::LockTiming kTiming{40ms, 30ms};
 
 void send(QWidget& widget, QEvent::Type type)
 {
