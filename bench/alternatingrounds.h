@@ -6,14 +6,14 @@
 #include <ctime>
 #include <vector>
 
-/// Times of a candidate and its yardstick, measured in turns so that both run under the same
+/// Times of a candidate and its baseline, measured in turns so that both run under the same
 /// conditions.
 struct AlternatingResult
 {
     /// Medians over the rounds, in nanoseconds per operation.
     double candidateNs = 0.0;
-    double yardstickNs = 0.0;
-    /// Median over the rounds of candidate / yardstick.
+    double baselineNs = 0.0;
+    /// Median over the rounds of candidate / baseline.
     double ratio = 0.0;
     /// The same ratio in processor time, for a machine busy with other work.
     double processorRatio = 0.0;
@@ -47,34 +47,34 @@ TimeTaken timeTaken(Work&& work)
     return {now(CLOCK_MONOTONIC) - passedBefore, now(CLOCK_THREAD_CPUTIME_ID) - processorBefore};
 }
 
-/// Runs `candidate` and `yardstick` in turns, `rounds` times each after a warm-up round; each call
+/// Runs `candidate` and `baseline` in turns, `rounds` times each after a warm-up round; each call
 /// does `operations` operations. The order alternates from round to round.
-template <typename Candidate, typename Yardstick>
+template <typename Candidate, typename Baseline>
 AlternatingResult measureAlternating(int rounds, int operations, Candidate&& candidate,
-                                     Yardstick&& yardstick)
+                                     Baseline&& baseline)
 {
     std::vector<double> candidateTimes;
-    std::vector<double> yardstickTimes;
+    std::vector<double> baselineTimes;
     std::vector<double> ratios;
     std::vector<double> processorRatios;
     candidate();
-    yardstick();
+    baseline();
     for (int round = 0; round < rounds; ++round) {
         TimeTaken candidateTime;
-        TimeTaken yardstickTime;
+        TimeTaken baselineTime;
         if (round % 2 == 0) {
             candidateTime = timeTaken(candidate);
-            yardstickTime = timeTaken(yardstick);
+            baselineTime = timeTaken(baseline);
         } else {
-            yardstickTime = timeTaken(yardstick);
+            baselineTime = timeTaken(baseline);
             candidateTime = timeTaken(candidate);
         }
         candidateTimes.push_back(candidateTime.passedNs / operations);
-        yardstickTimes.push_back(yardstickTime.passedNs / operations);
-        ratios.push_back(candidateTime.passedNs / yardstickTime.passedNs);
-        processorRatios.push_back(candidateTime.processorNs / yardstickTime.processorNs);
+        baselineTimes.push_back(baselineTime.passedNs / operations);
+        ratios.push_back(candidateTime.passedNs / baselineTime.passedNs);
+        processorRatios.push_back(candidateTime.processorNs / baselineTime.processorNs);
     }
-    return {medianOf(candidateTimes), medianOf(yardstickTimes), medianOf(ratios),
+    return {medianOf(candidateTimes), medianOf(baselineTimes), medianOf(ratios),
             medianOf(processorRatios)};
 }
 
@@ -85,5 +85,5 @@ inline void reportRatio(benchmark::State& state, const AlternatingResult& result
     state.counters["cpu_ratio"] = result.processorRatio;
     state.counters["limit"] = limit;
     state.counters["program_ns"] = result.candidateNs;
-    state.counters["yardstick_ns"] = result.yardstickNs;
+    state.counters["baseline_ns"] = result.baselineNs;
 }

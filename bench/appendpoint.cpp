@@ -66,13 +66,13 @@ void appendPoint(benchmark::State& state, int curves, bool zoneSet, int pointsPe
                                   QStringLiteral("/appendpoint-XXXXXX"));
     const qint64 batchStart = alignToBatchStart(QDateTime::currentMSecsSinceEpoch());
     const QString dayFile = directory.filePath(todayKey() + QStringLiteral(".db"));
-    const QString yardstickFile = directory.filePath(QStringLiteral("yardstick.sqlite"));
+    const QString baselineFile = directory.filePath(QStringLiteral("baseline.sqlite"));
     RawStore(dayFile).createDay(curves); // so that the store does not pause for each
     CurveDataDB store(directory.path());
     for (int curveId = 1; curveId <= curves; ++curveId) {
         store.registerCurve(rawCurveName(curveId));
     }
-    RawAppender yardstick(yardstickFile, curves, batchStart);
+    RawAppender baseline(baselineFile, curves, batchStart);
     Readings readings(curves, batchStart);
     int untilRefresh = pointsPerRefresh;
     const auto appendMany = [&] {
@@ -85,13 +85,13 @@ void appendPoint(benchmark::State& state, int curves, bool zoneSet, int pointsPe
             }
         }
     };
-    const auto yardstickMany = [&] { yardstick.appendPoints(kPointsPerRound); };
+    const auto baselineMany = [&] { baseline.appendPoints(kPointsPerRound); };
     for (auto _ : state) {
-        reportRatio(state, measureAlternating(kRounds, kPointsPerRound, appendMany, yardstickMany),
+        reportRatio(state, measureAlternating(kRounds, kPointsPerRound, appendMany, baselineMany),
                     kLimit);
     }
     store.flushAndDetach();
-    for (const QString& path : {dayFile, yardstickFile}) {
+    for (const QString& path : {dayFile, baselineFile}) {
         requireRows(path, curves, batchStart, (kRounds + 1) * kPointsPerRound);
     }
 }

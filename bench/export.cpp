@@ -1,4 +1,4 @@
-// The time to export stored curves to CSV, against two yardsticks: the sqlite3 program dumping a
+// The time to export stored curves to CSV, against two baselines: the sqlite3 program dumping a
 // wide table with the same cells to a file, and a bare loop over the same values in memory.
 
 #include "alternatingrounds.h"
@@ -217,7 +217,7 @@ public:
     {
         std::FILE* const file = std::fopen(qPrintable(path), "wb");
         if (!file) {
-            fail("the yardstick's file cannot be created");
+            fail("the baseline's file cannot be created");
         }
         char field[64];
         for (std::size_t row = 0; row < static_cast<std::size_t>(kSamples); ++row) {
@@ -231,7 +231,7 @@ public:
             }
         }
         if (std::fclose(file) != 0) {
-            fail("the yardstick's file was not written");
+            fail("the baseline's file was not written");
         }
     }
 
@@ -267,7 +267,7 @@ void requireSameValues(const QString& exported, const QString& looped)
 void exportCurves(benchmark::State& state, const Run& run, const BareLoop& loop, bool againstLoop)
 {
     const auto candidate = [&run] { QFile::remove(run.exportAll()); };
-    const auto yardstick = [&] {
+    const auto baseline = [&] {
         if (againstLoop) {
             loop.write(run.filePath("loop.csv"));
         } else {
@@ -275,7 +275,7 @@ void exportCurves(benchmark::State& state, const Run& run, const BareLoop& loop,
         }
     };
     for (auto _ : state) {
-        reportRatio(state, measureAlternating(kRounds, kCurves * kSamples, candidate, yardstick),
+        reportRatio(state, measureAlternating(kRounds, kCurves * kSamples, candidate, baseline),
                     againstLoop ? kLoopLimit : kProgramLimit);
     }
 }

@@ -185,16 +185,15 @@ private:
 double costOfNextPoints(Run& run)
 {
     const QTemporaryDir directory(temporaryTemplate());
-    RawAppender yardstick(directory.filePath(QStringLiteral("raw.sqlite")), kCurves,
-                          run.midnight());
+    RawAppender baseline(directory.filePath(QStringLiteral("raw.sqlite")), kCurves, run.midnight());
     const qint64 first = run.pointCount() + 1;
     const AlternatingResult result = measureAlternating(
         kRounds, kPointsPerRound, [&run] { run.append(kPointsPerRound); },
-        [&yardstick] { yardstick.appendPoints(kPointsPerRound); });
+        [&baseline] { baseline.appendPoints(kPointsPerRound); });
     std::printf(
-        "points %lld to %lld: %.1f us each, yardstick %.1f us, ratio %.3f (processor %.3f)\n",
+        "points %lld to %lld: %.1f us each, baseline %.1f us, ratio %.3f (processor %.3f)\n",
         static_cast<long long>(first), static_cast<long long>(run.pointCount()),
-        result.candidateNs / 1000, result.yardstickNs / 1000, result.ratio, result.processorRatio);
+        result.candidateNs / 1000, result.baselineNs / 1000, result.ratio, result.processorRatio);
     return result.ratio;
 }
 

@@ -6,7 +6,7 @@
 
 #include <vector>
 
-/// The yardstick for storing a reading: two commits through SQLite's C interface, the row and its
+/// The baseline for storing a reading: two commits through SQLite's C interface, the row and its
 /// curve's extremes, with statements prepared once.
 class RawAppender
 {

@@ -19,7 +19,7 @@ RawStore::~RawStore()
 
 void RawStore::fail(const std::string& what)
 {
-    std::fprintf(stderr, "yardstick failed: %s: %s\n", what.c_str(), sqlite3_errmsg(m_db));
+    std::fprintf(stderr, "baseline failed: %s: %s\n", what.c_str(), sqlite3_errmsg(m_db));
     std::exit(1);
 }
 
@@ -89,8 +89,7 @@ void stepDone(sqlite3_stmt* statement)
 {
     const int result = sqlite3_step(statement);
     if (result != SQLITE_DONE) {
-        std::fprintf(stderr, "yardstick failed: %s\n",
-                     sqlite3_errmsg(sqlite3_db_handle(statement)));
+        std::fprintf(stderr, "baseline failed: %s\n", sqlite3_errmsg(sqlite3_db_handle(statement)));
         std::exit(1);
     }
     sqlite3_reset(statement);

@@ -6,8 +6,8 @@
 
 #include <string>
 
-/// A store file through SQLite's C interface, for the yardsticks. Any SQLite error ends the program
-/// with a message: a yardstick that does not do its work measures nothing.
+/// A store file through SQLite's C interface, for the baselines. Any SQLite error ends the program
+/// with a message: a baseline that does not do its work measures nothing.
 class RawStore
 {
 public:

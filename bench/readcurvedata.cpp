@@ -148,7 +148,7 @@ void readMillionPoints(benchmark::State& state)
                             rawTableName(1, start).toStdString() +
                             "\" WHERE curve_id = ? AND timestamp BETWEEN ? AND ? "
                             "ORDER BY timestamp ASC";
-    const auto yardstick = [&] {
+    const auto baseline = [&] {
         sqlite3_stmt* const statement = file.prepare(sql);
         sqlite3_bind_int(statement, 1, 1);
         sqlite3_bind_int64(statement, 2, start);
@@ -160,10 +160,10 @@ void readMillionPoints(benchmark::State& state)
             ++rows;
         }
         sqlite3_finalize(statement);
-        require(rows == kPoints, "the yardstick did not see all rows");
+        require(rows == kPoints, "the baseline did not see all rows");
     };
     for (auto _ : state) {
-        reportRatio(state, measureAlternating(9, kPoints, candidate, yardstick), 1.8);
+        reportRatio(state, measureAlternating(9, kPoints, candidate, baseline), 1.8);
     }
 }
 
@@ -216,7 +216,7 @@ void loadWindowFromMemory(benchmark::State& state)
         require(series.size() == size_t(maxPoints > 0 ? maxPoints : kPoints), "wrong size");
     };
     std::vector<QPointF> copy(kPoints);
-    const auto yardstick = [&] {
+    const auto baseline = [&] {
         for (int i = 0; i < kLoads; ++i) {
             offset += 0.5;
             const QPointF* const source = points.constData();
@@ -228,7 +228,7 @@ void loadWindowFromMemory(benchmark::State& state)
         }
     };
     for (auto _ : state) {
-        reportRatio(state, measureAlternating(21, kLoads, candidate, yardstick), 4.0);
+        reportRatio(state, measureAlternating(21, kLoads, candidate, baseline), 4.0);
     }
 }
 

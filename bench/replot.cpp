@@ -17,10 +17,10 @@ constexpr int kReplotsPerRound = 2;
 constexpr double kLimit = 1.5;
 
 /// The polylines that the plot shows, in pixels, and their pens.
-class Yardstick
+class Baseline
 {
 public:
-    explicit Yardstick(PlotBench& bench)
+    explicit Baseline(PlotBench& bench)
         : m_image(bench.plot().canvas()->size(), QImage::Format_ARGB32_Premultiplied)
     {
         const QwtScaleMap xMap = bench.plot().canvasMap(QwtPlot::xBottom);
@@ -61,7 +61,7 @@ void reloadAndReplot(benchmark::State& state, PlotBench::Signal signal)
         state.SkipWithError("the chart is not the one to be measured");
         return;
     }
-    Yardstick yardstick(bench);
+    Baseline baseline(bench);
     for (auto _ : state) {
         const AlternatingResult result = measureAlternating(
             kRounds, kReplotsPerRound,
@@ -70,9 +70,9 @@ void reloadAndReplot(benchmark::State& state, PlotBench::Signal signal)
                     bench.reload();
                 }
             },
-            [&yardstick] {
+            [&baseline] {
                 for (int i = 0; i < kReplotsPerRound; ++i) {
-                    yardstick.draw();
+                    baseline.draw();
                 }
             });
         reportRatio(state, result, kLimit);

@@ -45,7 +45,7 @@ private:
         std::printf("%-44s ratio %.3f, limit %.1f: %s (processor %.3f; %.0f ns against %.0f ns)\n",
                     name.str().c_str(), ratio, limit, kept ? "kept" : "ABOVE",
                     counter(run, "cpu_ratio"), counter(run, "program_ns"),
-                    counter(run, "yardstick_ns"));
+                    counter(run, "baseline_ns"));
         return kept;
     }
 

@@ -32,10 +32,10 @@ struct Scale
     double start;
 };
 
-class Yardstick
+class Baseline
 {
 public:
-    explicit Yardstick(PlotBench& bench)
+    explicit Baseline(PlotBench& bench)
         : m_x(bench.plot().canvasMap(QwtPlot::xBottom))
         , m_y(bench.plot().canvasMap(QwtPlot::yLeft))
     {
@@ -84,12 +84,12 @@ void readout(benchmark::State& state, PlotBench::Signal signal)
 {
     PlotBench bench(signal);
     const auto* tracker = bench.plot().canvas()->findChild<CurveTracker*>();
-    const Yardstick yardstick(bench);
+    const Baseline baseline(bench);
     const std::vector<QPointF> places = positions(bench);
     for (const QPointF& pos : places) {
         double distance = 0.0;
         const bool found = tracker->nearestCurve(pos, &distance);
-        if (!found || std::lround(distance * distance) != yardstick.nearest(pos)) {
+        if (!found || std::lround(distance * distance) != baseline.nearest(pos)) {
             state.SkipWithError("the two do not look for the same");
             return;
         }
@@ -104,7 +104,7 @@ void readout(benchmark::State& state, PlotBench::Signal signal)
             },
             [&] {
                 for (const QPointF& pos : places) {
-                    benchmark::DoNotOptimize(yardstick.nearest(pos));
+                    benchmark::DoNotOptimize(baseline.nearest(pos));
                 }
             });
         reportRatio(state, result, kLimit);
