@@ -38,8 +38,8 @@ target_compile_definitions(scn_qt_options INTERFACE
 target_link_libraries(scn_qt_options INTERFACE scn_options)
 
 # scn_library(NAME [QT] SOURCES file... [LINK library...])
-# A static library of one folder. What it links is what it may include. QT runs moc and applies
-# Qt's stricter rules.
+# A static library of one folder. It links what its files include, no more and no less. Its headers
+# are included by the folder's name, "folder/header.h". QT runs moc and applies Qt's stricter rules.
 function(scn_library name)
     cmake_parse_arguments(ARG "QT" "" "SOURCES;LINK" ${ARGN})
     add_library(${name} STATIC ${ARG_SOURCES})
@@ -50,6 +50,8 @@ function(scn_library name)
         target_link_libraries(${name} PRIVATE scn_options)
     endif()
     target_link_libraries(${name} PUBLIC ${ARG_LINK})
+    cmake_path(GET CMAKE_CURRENT_SOURCE_DIR PARENT_PATH root)
+    target_include_directories(${name} PUBLIC "${root}")
 endfunction()
 
 # scn_program(NAME OUTPUT file-name [QT] SOURCES file... [LINK library...])

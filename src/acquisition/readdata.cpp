@@ -1,9 +1,9 @@
 #include "acquisition/readdata.h"
 
 #include "acquisition/recorddecoder.h"
-#include "app/globals.h"
 #include "instrument/cdevicevisa.h"
 #include "instrument/exchange.h"
+#include "state/globals.h"
 
 #include <QDebug>
 

@@ -2,11 +2,11 @@
 
 #include "app/channelrow.h"
 #include "app/channeltree.h"
-#include "app/globals.h"
 #include "channels/advancedsetting.h"
 #include "common/channelnumber.h"
 #include "common/threadassert.h"
 #include "plot/groupedheaderview.h"
+#include "state/globals.h"
 #include "widgets/customcombobox.h"
 #include "widgets/customlineedit.h"
 #include "widgets/wheelguard.h"

@@ -1,6 +1,6 @@
 #include "app/launcharguments.h"
 
-#include "app/globals.h"
+#include "state/globals.h"
 
 #include <QDebug>
 

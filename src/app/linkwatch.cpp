@@ -1,8 +1,8 @@
 #include "app/linkwatch.h"
 
-#include "app/globals.h"
-#include "app/guigate.h"
+#include "common/guigate.h"
 #include "instrument/cdevicevisa.h"
+#include "state/globals.h"
 
 #include <utility>
 

@@ -1,11 +1,11 @@
 #include "app/deletionfilter.h"
-#include "app/globals.h"
-#include "app/helperthreads.h"
 #include "app/launcharguments.h"
 #include "app/mainwidget.h"
 #include "app/standardstreams.h"
 #include "app/startup.h"
+#include "common/helperthreads.h"
 #include "resources/resources.h"
+#include "state/globals.h"
 #include "storage/curvedatadb.h"
 
 #include <QApplication>

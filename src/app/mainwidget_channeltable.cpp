@@ -1,7 +1,6 @@
 #include "app/mainwidget.h"
 
 #include "app/channeltable.h"
-#include "app/globals.h"
 #include "app/scanmarks.h"
 #include "channels/advancedsetting.h"
 #include "channels/commfunc.h"
@@ -10,6 +9,7 @@
 #include "instrument/exchange.h"
 #include "overlay/loadingview.h"
 #include "plot/graphicsettingwidget.h"
+#include "state/globals.h"
 #include "widgets/customcombobox.h"
 #include "widgets/customlineedit.h"
 

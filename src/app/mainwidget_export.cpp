@@ -1,12 +1,12 @@
 #include "app/mainwidget.h"
 
 #include "app/exportform.h"
-#include "app/globals.h"
 #include "common/threadassert.h"
 #include "export/csvexportfromdbthread.h"
 #include "export/exportoutcome.h"
 #include "export/exportrequest.h"
 #include "overlay/loadingview.h"
+#include "state/globals.h"
 #include "storage/curvedatadb.h"
 #include "widgets/customcombobox.h"
 #include "widgets/customdialog.h"

@@ -1,8 +1,8 @@
 #include "app/mainwidget.h"
 
-#include "app/globals.h"
 #include "common/threadassert.h"
 #include "instrument/exchange.h"
+#include "state/globals.h"
 #include "widgets/timepicker.h"
 
 #include <QCheckBox>

@@ -3,9 +3,9 @@
 #include "app/channelform.h"
 #include "app/channelrow.h"
 #include "app/channeltable.h"
-#include "app/globals.h"
 #include "common/channelnumber.h"
 #include "common/threadassert.h"
+#include "state/globals.h"
 #include "widgets/customcombobox.h"
 
 #include <QCheckBox>

@@ -1,9 +1,9 @@
 #include "app/startup.h"
 
 #include "acquisition/measurementdata.h"
-#include "app/globals.h"
 #include "common/threadassert.h"
 #include "export/exportresult.h"
+#include "state/globals.h"
 
 #include <QApplication>
 #include <QDebug>

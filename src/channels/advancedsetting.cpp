@@ -1,11 +1,11 @@
 // What the panel says to the instrument, and what it is told to show.
 #include "channels/advancedsetting.h"
 
-#include "app/globals.h"
 #include "channels/advancedsetting_facts.h"
 #include "channels/commfunc.h"
 #include "common/threadassert.h"
 #include "instrument/exchange.h"
+#include "state/globals.h"
 #include "widgets/customcombobox.h"
 
 #include <QButtonGroup>

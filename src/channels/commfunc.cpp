@@ -1,10 +1,10 @@
 #include "channels/commfunc.h"
 
-#include "app/globals.h"
 #include "channels/measurementfunction.h"
 #include "channels/moduletable.h"
 #include "channels/rangefamily.h"
 #include "common/channelnumber.h"
+#include "state/globals.h"
 
 #include <QRegularExpression>
 

@@ -1,6 +1,8 @@
 // The style sheets of the channel pages, dark theme.
 #include "channels/commfunc.h"
 
+#include "widgets/flatbuttonstyle.h"
+
 QString CommFunc::tabStyle() const
 {
     return QStringLiteral(R"(
@@ -59,10 +61,5 @@ QTreeWidget QComboBox::down-arrow { image: url(:/dark/arrow_down.png); }
 
 QString CommFunc::buttonStyle() const
 {
-    return QStringLiteral(R"(
-QPushButton { background: #232323; color: #E0E1E3; border: none; border-radius: 4px; }
-QPushButton:checked { background: #60798B; }
-QPushButton:hover { background: #54687A; }
-QPushButton:disabled { color: #9DA9B5; }
-)");
+    return flatButtonStyle();
 }

@@ -1,6 +1,5 @@
 #include "plot/barchartwidget.h"
 
-#include "app/globals.h"
 #include "common/channelnumber.h"
 #include "common/threadassert.h"
 #include "plot/ccurveplot.h"
@@ -8,6 +7,7 @@
 #include "plot/colorselectbutton.h"
 #include "plot/curveoffsetcontroller.h"
 #include "plot/curvetable.h"
+#include "state/globals.h"
 #include "widgets/customcombobox.h"
 #include "widgets/wheelguard.h"
 

@@ -1,12 +1,12 @@
 #include "plot/ccurveplot.h"
 
-#include "app/globals.h"
 #include "common/threadassert.h"
 #include "plot/curvetracker.h"
 #include "plot/custommagnifier.h"
 #include "plot/custompanner.h"
 #include "plot/plotsetup.h"
 #include "plot/valuescale.h"
+#include "state/globals.h"
 
 #include <QCoreApplication>
 #include <QDateTime>

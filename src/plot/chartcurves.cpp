@@ -1,10 +1,10 @@
 #include "plot/chartcurves.h"
 
-#include "app/globals.h"
 #include "plot/ccurveplot.h"
 #include "plot/colorselectbutton.h"
 #include "plot/curveoffsetcontroller.h"
 #include "plot/curvetable.h"
+#include "state/globals.h"
 #include "storage/curveseriesdata.h"
 
 #include <QDoubleSpinBox>

@@ -1,8 +1,8 @@
 #include "plot/curvetracker.h"
 
-#include "app/globals.h"
 #include "common/threadassert.h"
 #include "plot/curvesamples.h"
+#include "state/globals.h"
 
 #include <QDateTime>
 #include <qwt_plot.h>

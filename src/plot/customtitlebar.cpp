@@ -1,7 +1,7 @@
 #include "plot/customtitlebar.h"
 
-#include "channels/commfunc.h"
 #include "common/threadassert.h"
+#include "widgets/flatbuttonstyle.h"
 
 #include <QHBoxLayout>
 #include <QLabel>
@@ -94,6 +94,6 @@ QPushButton* CustomTitleBar::makeButton(const QString& iconPath)
 {
     auto* button = new QPushButton(this);
     button->setIcon(QIcon(iconPath));
-    button->setStyleSheet(CommFunc().buttonStyle());
+    button->setStyleSheet(flatButtonStyle());
     return button;
 }

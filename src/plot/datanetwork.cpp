@@ -1,8 +1,8 @@
 #include "plot/datanetwork.h"
 
-#include "app/globals.h"
 #include "common/channelnumber.h"
 #include "common/threadassert.h"
+#include "state/globals.h"
 #include "storage/curveseriesdata.h"
 #include "widgets/wheelguard.h"
 

@@ -1,14 +1,14 @@
 #include "plot/graphicsettingwidget.h"
 
 #include "acquisition/readdata.h"
-#include "app/globals.h"
-#include "channels/commfunc.h"
 #include "common/channelnumber.h"
 #include "common/threadassert.h"
 #include "plot/barchartwidget.h"
 #include "plot/custommdisubwindow.h"
 #include "plot/datanetwork.h"
+#include "state/globals.h"
 #include "storage/curveseriesdata.h"
+#include "widgets/flatbuttonstyle.h"
 #include "widgets/sidebar.h"
 
 #include <QDebug>
@@ -157,7 +157,7 @@ QPushButton* GraphicSettingWidget::addToolButton(const QString& iconPath)
     button->setIcon(QIcon(iconPath));
     button->setIconSize(QSize(kToolButtonSide, kToolButtonSide));
     button->setFixedSize(kToolButtonSide, kToolButtonSide);
-    button->setStyleSheet(CommFunc().buttonStyle());
+    button->setStyleSheet(flatButtonStyle());
     m_sideBar->content()->layout()->addWidget(button);
     return button;
 }

@@ -1,7 +1,7 @@
 #include "acquisition/readdata.h"
-#include "app/globals.h"
 #include "app/mainwidget.h"
 #include "resources/resources.h"
+#include "state/globals.h"
 #include "storage/curvedatadb.h"
 #include "storage/curveseriesdata.h"
 #include "support/simulatedinstrument.h"

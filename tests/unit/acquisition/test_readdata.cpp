@@ -1,7 +1,7 @@
 #include "acquisition/readdata.h"
-#include "app/globals.h"
 #include "instrument/cdevicevisa.h"
 #include "logcapture.h"
+#include "state/globals.h"
 #include "support/fakevisa.h"
 
 #include <QElapsedTimer>

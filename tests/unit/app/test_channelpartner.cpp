@@ -1,6 +1,6 @@
-#include "app/globals.h"
 #include "app/mainwidget.h"
 #include "channels/commfunc.h"
+#include "state/globals.h"
 #include "widgets/customcombobox.h"
 #include "widgets/customlineedit.h"
 #include "windowbench.h"

@@ -1,5 +1,5 @@
-#include "app/globals.h"
 #include "instrument/cdevicevisa.h"
+#include "state/globals.h"
 #include "support/fakevisa.h"
 
 #include <QTest>

@@ -1,5 +1,5 @@
-#include "app/guigate.h"
-#include "app/helperthreads.h"
+#include "common/guigate.h"
+#include "common/helperthreads.h"
 
 #include <QCoreApplication>
 #include <QSemaphore>

@@ -1,5 +1,5 @@
-#include "app/globals.h"
 #include "app/launcharguments.h"
+#include "state/globals.h"
 
 #include <QTest>
 

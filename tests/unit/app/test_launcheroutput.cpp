@@ -1,6 +1,6 @@
-#include "app/globals.h"
 #include "app/mainwidget.h"
 #include "app/startup.h"
+#include "state/globals.h"
 #include "support/fakevisa.h"
 #include "support/standardstreams_posix.h"
 

@@ -1,9 +1,9 @@
 #include "acquisition/measurementdata.h"
 #include "app/deletionfilter.h"
-#include "app/globals.h"
 #include "app/startup.h"
 #include "export/exportresult.h"
 #include "resources/resources.h"
+#include "state/globals.h"
 
 #include <QApplication>
 #include <QFile>

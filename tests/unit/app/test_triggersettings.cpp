@@ -1,6 +1,6 @@
-#include "app/globals.h"
 #include "app/mainwidget.h"
 #include "overlay/loadingview.h"
+#include "state/globals.h"
 #include "widgets/timepicker.h"
 #include "windowbench.h"
 

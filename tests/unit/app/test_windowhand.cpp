@@ -1,6 +1,6 @@
-#include "app/globals.h"
 #include "app/mainwidget.h"
 #include "overlay/loadingview.h"
+#include "state/globals.h"
 #include "support/eventcounter.h"
 #include "support/hand.h"
 #include "widgets/customcombobox.h"

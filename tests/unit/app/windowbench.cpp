@@ -1,10 +1,10 @@
 #include "windowbench.h"
 
 #include "acquisition/readdata.h"
-#include "app/globals.h"
 #include "app/mainwidget.h"
 #include "channels/advancedsetting.h"
 #include "overlay/loadingview.h"
+#include "state/globals.h"
 #include "widgets/customcombobox.h"
 #include "widgets/customlineedit.h"
 #include "widgets/custommessagedialog.h"

@@ -1,8 +1,8 @@
 #pragma once
 
-#include "app/globals.h"
 #include "channels/advancedsetting.h"
 #include "instrument/cdevicevisa.h"
+#include "state/globals.h"
 #include "support/fakevisa.h"
 
 #include <QCheckBox>

@@ -1,6 +1,6 @@
-#include "app/globals.h"
 #include "channels/commfunc.h"
 #include "starred.h"
+#include "state/globals.h"
 
 #include <QtTest>
 

@@ -1,11 +1,11 @@
 #pragma once
 
-#include "app/globals.h"
 #include "plot/barchartwidget.h"
 #include "plot/ccurveplot.h"
 #include "plot/colorselectbutton.h"
 #include "plot/curvelabel.h"
 #include "plot/curveoffsetcontroller.h"
+#include "state/globals.h"
 #include "widgets/customcombobox.h"
 
 #include <QComboBox>

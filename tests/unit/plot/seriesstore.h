@@ -1,6 +1,6 @@
 #pragma once
 
-#include "app/globals.h"
+#include "state/globals.h"
 #include "storage/curvedatadb.h"
 #include "storage/curveseriesdata.h"
 

@@ -1,6 +1,6 @@
-#include "app/globals.h"
 #include "plot/custommagnifier.h"
 #include "plotsupport.h"
+#include "state/globals.h"
 
 #include <QDateTime>
 #include <QElapsedTimer>

@@ -1,6 +1,6 @@
-#include "app/globals.h"
 #include "plot/curvetracker.h"
 #include "plotsupport.h"
+#include "state/globals.h"
 #include "storage/nonowningcurvedata.h"
 
 #include <QDateTime>

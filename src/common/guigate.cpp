@@ -1,4 +1,4 @@
-#include "app/guigate.h"
+#include "common/guigate.h"
 
 #include "common/threadassert.h"
 

@@ -1,4 +1,4 @@
-#include "app/helperthreads.h"
+#include "common/helperthreads.h"
 
 #include <chrono>
 #include <condition_variable>

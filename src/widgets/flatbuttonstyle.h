@@ -1,0 +1,6 @@
+#pragma once
+
+#include <QString>
+
+/// Style sheet of flat dark buttons.
+QString flatButtonStyle();
