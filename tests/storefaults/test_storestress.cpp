@@ -192,7 +192,7 @@ int playStandstill()
 
 } // namespace
 
-class TestStoreTurmoil : public QObject
+class TestStoreStress : public QObject
 {
     Q_OBJECT
 
@@ -202,7 +202,7 @@ private slots:
     void anythingAtAnyTime();
 };
 
-void TestStoreTurmoil::watchdogTellsTheStacks()
+void TestStoreStress::watchdogTellsTheStacks()
 {
     QProcess child;
     child.start(QCoreApplication::applicationFilePath(), {one("--stand-still")});
@@ -214,7 +214,7 @@ void TestStoreTurmoil::watchdogTellsTheStacks()
     QVERIFY2(errors.count(one("Mutex")) >= 2, qPrintable(errors));
 }
 
-void TestStoreTurmoil::anythingAtAnyTime_data()
+void TestStoreStress::anythingAtAnyTime_data()
 {
     QTest::addColumn<int>("threads");
     for (const int threads : {2, 4, 8}) {
@@ -222,10 +222,10 @@ void TestStoreTurmoil::anythingAtAnyTime_data()
     }
 }
 
-void TestStoreTurmoil::anythingAtAnyTime()
+void TestStoreStress::anythingAtAnyTime()
 {
     QFETCH(int, threads);
-    const int runMs = numberFromEnvironment("SCN_TURMOIL_MS", kShortRunMs) * timeFactor();
+    const int runMs = numberFromEnvironment("SCN_STRESS_MS", kShortRunMs) * timeFactor();
     const quint32 seed = qEnvironmentVariableIsSet("SCN_SEED")
                              ? qgetenv("SCN_SEED").toUInt()
                              : QRandomGenerator::global()->generate();
@@ -309,8 +309,8 @@ int main(int argc, char** argv)
     if (QCoreApplication::arguments().value(1) == one("--stand-still")) {
         return playStandstill();
     }
-    TestStoreTurmoil test;
+    TestStoreStress test;
     return QTest::qExec(&test, argc, argv);
 }
 
-#include "test_storeturmoil.moc"
+#include "test_storestress.moc"

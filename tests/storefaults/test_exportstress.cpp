@@ -30,7 +30,7 @@ constexpr const char* kLate = "2026-03-10 12:10:00.000"; // later than what was 
 
 int runMs()
 {
-    const int wanted = qEnvironmentVariableIntValue("SCN_TURMOIL_MS");
+    const int wanted = qEnvironmentVariableIntValue("SCN_STRESS_MS");
     return wanted > 0 ? wanted : kRunMs;
 }
 
@@ -133,7 +133,7 @@ private:
 
 } // namespace
 
-class TestExportTurmoil : public QObject
+class TestExportStress : public QObject
 {
     Q_OBJECT
 
@@ -141,7 +141,7 @@ private slots:
     void exportsBesideARunningProgram();
 };
 
-void TestExportTurmoil::exportsBesideARunningProgram()
+void TestExportStress::exportsBesideARunningProgram()
 {
     ExportScene scene;
     const ExportOrder order = fill(scene);
@@ -186,5 +186,5 @@ void TestExportTurmoil::exportsBesideARunningProgram()
     QVERIFY(written > 100);
 }
 
-QTEST_GUILESS_MAIN(TestExportTurmoil)
-#include "test_exportturmoil.moc"
+QTEST_GUILESS_MAIN(TestExportStress)
+#include "test_exportstress.moc"
