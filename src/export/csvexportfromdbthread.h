@@ -51,6 +51,9 @@ public:
     /// The export ends at the next row, with ExportCancelled. Any thread.
     void requestStop();
 
+    /// Whether the export that runs, or ran last, was asked to stop. Any thread.
+    bool isStopRequested() const { return m_stopRequested; }
+
     /// Any thread.
     bool isExporting() const;
 

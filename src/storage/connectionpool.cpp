@@ -4,6 +4,7 @@
 #include "storage/querymanager.h"
 #include "storage/shardnaming.h"
 #include "storage/storeclock.h"
+#include "storage/storewaits.h"
 
 #include <QCoreApplication>
 #include <QCryptographicHash>
@@ -21,12 +22,8 @@
 
 namespace {
 
-constexpr int kExpiryIntervalMs = 14400000; // four hours
-constexpr qint64 kIdleLimitMs = 43200000;   // twelve hours
+constexpr qint64 kIdleLimitMs = std::chrono::milliseconds(storewaits::kIdleLimit).count();
 constexpr int kMaxConnections = 30;
-constexpr int kDrainPasses = 10;
-constexpr int kSettlePasses = 5;
-constexpr int kPassMs = 50;
 constexpr int kLastEventsMs = 100;
 constexpr int kPathHashLength = 8;
 constexpr int kUuidLength = 16;
@@ -63,15 +60,16 @@ QString newConnectionName(const QString& path)
 void handleEvents(int passes)
 {
     for (int pass = 0; pass < passes; ++pass) {
-        QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents, kPassMs);
-        QThread::msleep(kPassMs);
+        QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents,
+                                        static_cast<int>(storewaits::kClosePass.count()));
+        storeSleep(storewaits::kClosePass);
     }
 }
 
 /// How long a statement of the connection waits for a file that another process has locked.
-void setBusyTimeout(const QSqlDatabase& database, int milliseconds)
+void setBusyTimeout(const QSqlDatabase& database, std::chrono::milliseconds patience)
 {
-    ManagedQuery(database).exec(QStringLiteral("PRAGMA busy_timeout = %1").arg(milliseconds));
+    ManagedQuery(database).exec(QStringLiteral("PRAGMA busy_timeout = %1").arg(patience.count()));
 }
 
 /// Whether the connection writes a log beside the file.
@@ -88,7 +86,7 @@ ConnectionPool::ConnectionPool()
     : m_expiryTimer(this)
     , m_spareTimer(this)
 {
-    m_expiryTimer.setInterval(kExpiryIntervalMs);
+    m_expiryTimer.setInterval(storewaits::kSweepInterval);
     connect(&m_expiryTimer, &QTimer::timeout, this, &ConnectionPool::cleanExpiredConnections);
     if (auto* application = QCoreApplication::instance()) {
         moveToThread(application->thread());
@@ -197,10 +195,10 @@ void ConnectionPool::closeConnection(const QString& path, bool alreadyLocked)
     if (taken) {
         const QString name = info.connection->connectionName();
         QueryManager::instance().finishQueries(name);
-        handleEvents(kDrainPasses);
+        handleEvents(storewaits::kDrainPasses);
         foldAndClose(*info.connection);
         info.connection.reset();
-        handleEvents(kSettlePasses);
+        handleEvents(storewaits::kSettlePasses);
         if (QSqlDatabase::contains(name)) {
             QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents, kLastEventsMs);
             forgetName(name, info.holders);
@@ -231,7 +229,7 @@ void ConnectionPool::discardLocked(const QString& path)
         const ConnectionLocker locker(info.mutex);
         // Closing leaves the log of a file that is not in its place: it would be replayed into the
         // one that has taken it. Folded in, it is empty, and a file that was moved has it all.
-        setBusyTimeout(*info.connection, 0);
+        setBusyTimeout(*info.connection, std::chrono::milliseconds::zero());
         ManagedQuery(*info.connection).exec(kCheckpointTruncate);
         info.connection->close();
     }
@@ -249,7 +247,7 @@ void ConnectionPool::closeAllConnections()
     }
     for (const QString& path : qAsConst(paths)) {
         removeConnection(path);
-        QThread::msleep(kPassMs);
+        storeSleep(storewaits::kCloseGap);
     }
 }
 
@@ -278,7 +276,7 @@ void ConnectionPool::evictOldestLocked()
         return;
     }
     const QString name = info.connection->connectionName();
-    setBusyTimeout(*info.connection, 0);
+    setBusyTimeout(*info.connection, std::chrono::milliseconds::zero());
     foldAndClose(*info.connection);
     info.connection.reset();
     m_retired.append({name, info.holders});
@@ -417,6 +415,8 @@ QSqlDatabase ConnectionPool::createConnection(const QString& path)
     {
         QSqlDatabase database = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), name);
         database.setDatabaseName(path);
+        database.setConnectOptions(
+            QStringLiteral("QSQLITE_BUSY_TIMEOUT=%1").arg(storewaits::kLockPatience.count()));
         if (database.open()) {
             if (dateKeyFromPath(path) == todayKey()) {
                 setUpWriter(database);
@@ -524,7 +524,7 @@ bool ConnectionPool::closeByDeadline(ConnectionInfo& info, const QDeadlineTimer&
     }
     QueryManager::instance().finishQueries(name);
     // Two statements follow that each may wait for a lock.
-    setBusyTimeout(*info.connection, remaining() / 2);
+    setBusyTimeout(*info.connection, std::chrono::milliseconds(remaining() / 2));
     foldAndClose(*info.connection);
     info.mutex->unlock();
     info.connection.reset();

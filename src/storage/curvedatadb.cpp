@@ -5,6 +5,7 @@
 #include "storage/lockpatience.h"
 #include "storage/shardnaming.h"
 #include "storage/storeclock.h"
+#include "storage/storewaits.h"
 
 #include <QCoreApplication>
 #include <QDebug>
@@ -15,12 +16,6 @@
 #include <algorithm>
 
 namespace {
-
-constexpr int kShutdownBudgetMs = 2000;
-constexpr int kClearThreadWaitMs = 3000;
-constexpr unsigned long kRegisterPauseMs = 100;
-constexpr int kRegisterPauses = 2;
-constexpr qint64 kUseNoteIntervalMs = 1000;
 
 QMutex g_instanceMutex;
 std::atomic<CurveDataDB*> g_instance{nullptr};
@@ -83,7 +78,7 @@ CurveDataDB* CurveDataDB::instance(const QString& directoryName)
 void CurveDataDB::shutdown()
 {
     if (CurveDataDB* store = g_instance.load(std::memory_order_acquire)) {
-        store->closeForExit(QDeadlineTimer(kShutdownBudgetMs));
+        store->closeForExit(QDeadlineTimer(storewaits::kShutdownBudget));
     }
 }
 
@@ -103,7 +98,7 @@ CurveDataDB::CurveDataDB(const QString& dataDirectory, QObject* parent)
 
 CurveDataDB::~CurveDataDB()
 {
-    stopClearThreads(kClearThreadWaitMs);
+    stopClearThreads(storewaits::kClearThreadWait);
     if (m_closedForExit) {
         return;
     }
@@ -122,7 +117,7 @@ void CurveDataDB::closeForExit(QDeadlineTimer deadline)
     for (QThread* thread : threads) {
         thread->requestInterruption();
     }
-    stopClearThreads(remaining() / 2);
+    stopClearThreads(std::chrono::milliseconds(remaining() / 2));
 
     if (m_mutex.tryLock(static_cast<int>(remaining() / 2))) {
         if (isCurrentOpen()) {
@@ -199,10 +194,10 @@ int CurveDataDB::enlistCurve(const QString& name, NewCurve newCurve)
         return -1;
     }
     int curveId = findCurve(name);
-    for (int pause = 0;
-         curveId < 0 && newCurve == NewCurve::Pause && pause < kRegisterPauses && !m_closedForExit;
+    for (int pause = 0; curveId < 0 && newCurve == NewCurve::Pause &&
+                        pause < storewaits::kRegisterPauses && !m_closedForExit;
          ++pause) {
-        QThread::msleep(kRegisterPauseMs);
+        storeSleep(storewaits::kRegisterPause);
     }
     if (curveId < 0) {
         curveId = insertCurve(name);
@@ -540,7 +535,7 @@ bool CurveDataDB::isCurrentFileGone() const
 void CurveDataDB::noteUse()
 {
     const qint64 now = storeNow();
-    if (now >= m_lastUseNoted && now - m_lastUseNoted < kUseNoteIntervalMs) {
+    if (now >= m_lastUseNoted && now - m_lastUseNoted < storewaits::kUseNoteInterval.count()) {
         return;
     }
     m_lastUseNoted = now;

@@ -18,6 +18,7 @@
 #include <QVector>
 
 #include <atomic>
+#include <chrono>
 #include <limits>
 #include <memory>
 #include <unordered_map>
@@ -246,7 +247,7 @@ private:
     // Clearing: curvedatadb_clear.cpp
     void closeAllForClear();
     void startClearThread();
-    void stopClearThreads(qint64 waitMs);
+    void stopClearThreads(std::chrono::milliseconds wait);
     bool dropCurve(int curveId);
 
     QString m_dataDir;

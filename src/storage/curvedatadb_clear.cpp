@@ -3,19 +3,13 @@
 #include "storage/connectionpool.h"
 #include "storage/dbclearworker.h"
 #include "storage/lockpatience.h"
+#include "storage/storeclock.h"
+#include "storage/storewaits.h"
 
 #include <QCoreApplication>
 #include <QDebug>
 #include <QThread>
 #include <QTimer>
-
-namespace {
-
-constexpr int kReleaseDelayMs = 1000;
-constexpr int kEventPasses = 3;
-constexpr int kEventPassMs = 100;
-
-} // namespace
 
 void CurveDataDB::clearAll()
 {
@@ -36,7 +30,7 @@ void CurveDataDB::clearAll()
         m_pendingPoints.clear();
     }
     // The operating system may need a moment to let go of the files.
-    QTimer::singleShot(kReleaseDelayMs, this, &CurveDataDB::startClearThread);
+    QTimer::singleShot(storeWait(storewaits::kReleaseDelay), this, &CurveDataDB::startClearThread);
 }
 
 void CurveDataDB::closeAllForClear()
@@ -55,9 +49,10 @@ void CurveDataDB::closeAllForClear()
         m_currentDate.clear();
     }
     ConnectionPool::instance().closeAllConnections();
-    for (int pass = 0; pass < kEventPasses; ++pass) {
-        QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents, kEventPassMs);
-        QThread::msleep(kEventPassMs);
+    for (int pass = 0; pass < storewaits::kClearPasses; ++pass) {
+        QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents,
+                                        static_cast<int>(storewaits::kClearPass.count()));
+        storeSleep(storewaits::kClearPass);
     }
 }
 
@@ -96,9 +91,9 @@ void CurveDataDB::onClearFinished()
 
 /// Ends the threads of clears. One that does not end in time is left behind: deleting a running
 /// thread would end the program.
-void CurveDataDB::stopClearThreads(qint64 waitMs)
+void CurveDataDB::stopClearThreads(std::chrono::milliseconds wait)
 {
-    const QDeadlineTimer deadline(waitMs);
+    const QDeadlineTimer deadline(wait);
     const auto threads = findChildren<QThread*>(QString(), Qt::FindDirectChildrenOnly);
     for (QThread* thread : threads) {
         thread->quit();

@@ -4,6 +4,7 @@
 #include "storage/lockpatience.h"
 #include "storage/shardnaming.h"
 #include "storage/storeclock.h"
+#include "storage/storewaits.h"
 
 #include <QDebug>
 
@@ -11,8 +12,6 @@
 #include <cmath>
 
 namespace {
-
-constexpr qint64 kRepairIntervalMs = 5000;
 
 /// A reading goes to the ends of three trees, its table and two indexes, each up to three pages of
 /// 4 KiB deep. If the ends of all curves do not fit in the page cache, each reading drops what the
@@ -112,7 +111,8 @@ void CurveDataDB::repairAttachment()
         return;
     }
     const qint64 now = storeNow();
-    const bool tooSoon = now >= m_lastRepair && now - m_lastRepair < kRepairIntervalMs;
+    const bool tooSoon =
+        now >= m_lastRepair && now - m_lastRepair < storewaits::kRepairInterval.count();
     if (m_clearing || (tooSoon && !gone)) {
         return;
     }

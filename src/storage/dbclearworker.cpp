@@ -1,18 +1,13 @@
 #include "storage/dbclearworker.h"
 
 #include "storage/datadirectory.h"
+#include "storage/storeclock.h"
+#include "storage/storewaits.h"
 
 #include <QDebug>
 #include <QDir>
 #include <QFile>
 #include <QThread>
-
-namespace {
-
-constexpr int kAttempts = 3;
-constexpr int kRetryDelayMs = 500;
-
-} // namespace
 
 DBClearWorker::DBClearWorker(CurveDataDB* store, int curveId, const QString& dataDirectory)
     : m_store(store)
@@ -50,11 +45,11 @@ void DBClearWorker::doClear()
 
 void DBClearWorker::removeFile(const QString& path)
 {
-    for (int attempt = 0; attempt < kAttempts; ++attempt) {
+    for (int attempt = 0; attempt < storewaits::kDeleteAttempts; ++attempt) {
         if (QFile::remove(path)) {
             return;
         }
-        QThread::msleep(kRetryDelayMs);
+        storeSleep(storewaits::kDeleteRetry);
         if (QThread::currentThread()->isInterruptionRequested()) {
             return;
         }

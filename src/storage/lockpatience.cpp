@@ -1,20 +1,19 @@
 #include "storage/lockpatience.h"
 
+#include "storage/storewaits.h"
+
 #include <QSqlQuery>
 #include <QSqlResult>
 
 namespace {
 
-/// What Qt's driver sets when it opens a file.
-constexpr int kBusyTimeoutMs = 5000;
-
 thread_local LockPatience* g_current = nullptr;
 
 /// The caller holds the connection's lock throughout, so nobody needs to know of this query.
-void setBusyTimeout(const QSqlDriver* driver, int milliseconds)
+void setBusyTimeout(const QSqlDriver* driver, std::chrono::milliseconds patience)
 {
     QSqlQuery(driver->createResult())
-        .exec(QStringLiteral("PRAGMA busy_timeout = %1").arg(milliseconds));
+        .exec(QStringLiteral("PRAGMA busy_timeout = %1").arg(patience.count()));
 }
 
 } // namespace
@@ -36,7 +35,7 @@ LockPatience::~LockPatience()
     for (const Connection& connection : m_impatient) {
         const ConnectionLocker locker(connection.mutex);
         if (connection.driver && connection.driver->isOpen()) {
-            setBusyTimeout(connection.driver, kBusyTimeoutMs);
+            setBusyTimeout(connection.driver, storewaits::kLockPatience);
         }
     }
 }
@@ -52,6 +51,6 @@ void LockPatience::waitedInVain(const std::shared_ptr<ConnectionMutex>& mutex,
             return;
         }
     }
-    setBusyTimeout(driver, 0);
+    setBusyTimeout(driver, std::chrono::milliseconds::zero());
     g_current->m_impatient.push_back({mutex, driver});
 }

@@ -1,7 +1,6 @@
 #include "lockingprocess.h"
 
 #include <QCoreApplication>
-#include <QThread>
 
 #include <sqlite3.h>
 
@@ -16,13 +15,12 @@ constexpr int kBusyMs = 5000;
 
 } // namespace
 
-LockingProcess::LockingProcess(const QString& path, Kind kind, int milliseconds)
+LockingProcess::LockingProcess(const QString& path, Kind kind)
 {
     m_process.start(
         QCoreApplication::applicationFilePath(),
         {kOption, path,
-         kind == Writing ? QStringLiteral("BEGIN IMMEDIATE") : QStringLiteral("BEGIN EXCLUSIVE"),
-         QString::number(milliseconds)});
+         kind == Writing ? QStringLiteral("BEGIN IMMEDIATE") : QStringLiteral("BEGIN EXCLUSIVE")});
     m_held = m_process.waitForReadyRead(kStartTimeoutMs) && m_process.readLine() == "locked\n";
 }
 
@@ -32,8 +30,9 @@ LockingProcess::~LockingProcess()
     m_process.waitForFinished(kEndTimeoutMs);
 }
 
-void LockingProcess::waitForEnd()
+void LockingProcess::end()
 {
+    m_process.closeWriteChannel();
     m_process.waitForFinished(kEndTimeoutMs);
 }
 
@@ -54,7 +53,7 @@ int LockingProcess::playLock(const QStringList& arguments)
     }
     std::printf("locked\n");
     std::fflush(stdout);
-    QThread::msleep(arguments.value(4).toULong());
+    std::getchar(); // until the test closes the channel
     sqlite3_exec(database, "ROLLBACK", nullptr, nullptr, nullptr);
     sqlite3_close(database);
     return 0;

@@ -12,8 +12,8 @@ public:
     /// Keeps others from writing, or from reading as well where the file has no log beside it.
     enum Kind { Writing, Everything };
 
-    /// Returns when the lock is held; it goes after so many milliseconds.
-    LockingProcess(const QString& path, Kind kind, int milliseconds);
+    /// Returns when the lock is held.
+    LockingProcess(const QString& path, Kind kind);
 
     /// Ends the process, and with it the lock.
     ~LockingProcess();
@@ -22,8 +22,8 @@ public:
 
     bool isHeld() const { return m_held; }
 
-    /// Waits for the lock's end.
-    void waitForEnd();
+    /// Lets go of the lock in an orderly way, and returns when that is done.
+    void end();
 
     /// Whether these are the arguments of such a process.
     static bool isMeant(const QStringList& arguments);

@@ -1,22 +1,27 @@
 #include "dayfilereader.h"
 #include "dayfilewriter.h"
 #include "lockingprocess.h"
+#include "lockwaits.h"
 #include "logcapture.h"
+#include "skippedwaits.h"
 #include "storage/curvedatadb.h"
 #include "storeobserver.h"
 #include "teststore.h"
 
-#include <QElapsedTimer>
 #include <QtTest>
+
+#include <algorithm>
+#include <chrono>
 
 // The store and a file that another process has locked: a reading waits its five seconds, no
 // operation waits longer, and what could not be stored is told.
 
 namespace {
 
-constexpr int kBusyMs = 5000;
-constexpr int kMarginMs = 2000; // of a machine that is busy with something else
-constexpr int kForever = 120000;
+using std::chrono::milliseconds;
+using std::chrono::seconds;
+
+constexpr milliseconds kPatience(5000);
 
 constexpr const char* kMorning = "curve_1_batch_20260112_060000_20260112_115959";
 constexpr const char* kSaveFailure =
@@ -38,15 +43,6 @@ QStringList times(const QString& path, const char* table)
                          QStringLiteral("SELECT timestamp FROM %1 ORDER BY id").arg(one(table)));
 }
 
-/// Appends a reading and gives how long that took.
-qint64 append(TestStore& store, qint64 time)
-{
-    QElapsedTimer timer;
-    timer.start();
-    store->appendPoint(1, time, 1.0);
-    return timer.elapsed();
-}
-
 } // namespace
 
 class TestStoreLocks : public QObject
@@ -62,21 +58,45 @@ private slots:
     void lockAtTheStart();
     void lockOfAWriterAtTheStart();
     void lockOfAPastDay();
+
+private:
+    template <typename Operation>
+    milliseconds waitOf(Operation operation);
+    milliseconds append(TestStore& store, qint64 time);
+
+    const SkippedWaits m_waits;
+    LockWaits m_lockWaits;
 };
+
+/// How long an operation waits for locks.
+template <typename Operation>
+milliseconds TestStoreLocks::waitOf(Operation operation)
+{
+    m_lockWaits.forget();
+    operation();
+    return m_lockWaits.total();
+}
+
+/// Appends a reading and gives how long it waited.
+milliseconds TestStoreLocks::append(TestStore& store, qint64 time)
+{
+    return waitOf([&store, time] { store->appendPoint(1, time, 1.0); });
+}
 
 void TestStoreLocks::lockOfTwoSecondsCostsNothingButTime()
 {
     TestStore store;
     store->registerCurve(one("101(V)"));
     append(store, at("09:00:00"));
-    LockingProcess lock(store.path("20260112"), LockingProcess::Writing, 2000);
+    LockingProcess lock(store.path("20260112"), LockingProcess::Writing);
     QVERIFY(lock.isHeld());
+    m_lockWaits.after(seconds(2), [&lock] { lock.end(); });
     const LogCapture log;
-    const qint64 waited = append(store, at("09:00:01"));
-    QVERIFY2(waited > 1000 && waited < kBusyMs, qPrintable(QString::number(waited)));
-    QVERIFY(append(store, at("09:00:02")) < 1000);
+    const milliseconds waited = append(store, at("09:00:01"));
+    QVERIFY2(waited > seconds(2) && waited < kPatience,
+             qPrintable(QString::number(waited.count())));
+    QCOMPARE(append(store, at("09:00:02")), milliseconds::zero());
     QCOMPARE(log.lines(), QStringList());
-    lock.waitForEnd();
     QCOMPARE(times(store.path("20260112"), kMorning).size(), 3);
 }
 
@@ -86,25 +106,26 @@ void TestStoreLocks::lockOfTwentySecondsLosesWhatWaitsInVain()
     store->registerCurve(one("101(V)"));
     append(store, at("09:00:00"));
     StoreObserver observer(store.directory());
-    LockingProcess lock(store.path("20260112"), LockingProcess::Writing, 20000);
+    LockingProcess lock(store.path("20260112"), LockingProcess::Writing);
     QVERIFY(lock.isHeld());
     const LogCapture log;
-    QElapsedTimer timer;
-    timer.start();
+    milliseconds locked = milliseconds::zero();
     QStringList expected{QString::number(at("09:00:00"))};
     int lost = 0;
-    for (qint64 time = at("09:00:01"); timer.elapsed() < 21000 || expected.size() == 1; ++time) {
+    for (qint64 time = at("09:00:01"); expected.size() < 10; ++time) {
         advancePresent(1);
-        const qint64 waited = append(store, time);
-        QVERIFY2(waited < kBusyMs + kMarginMs, qPrintable(QString::number(waited)));
+        m_lockWaits.after(std::max<milliseconds>(seconds(20) - locked, seconds(0)),
+                          [&lock] { lock.end(); });
+        const milliseconds waited = append(store, time);
+        QVERIFY2(waited <= kPatience, qPrintable(QString::number(waited.count())));
+        locked += waited;
         if (observer.count(one("20260112"), one(kMorning), 1, time, 1.0) == 1) {
             expected.append(QString::number(time));
         } else {
-            ++lost;
+            QVERIFY(++lost <= 4);
         }
-        QTest::qWait(10);
     }
-    QVERIFY2(lost >= 2 && lost <= 4, qPrintable(QString::number(lost)));
+    QCOMPARE(lost, 4);
     QCOMPARE(log.lines(), QStringList(QVector<QString>(lost, one(kSaveFailure)).toList()));
     observer.close();
     QCOMPARE(times(store.path("20260112"), kMorning), expected);
@@ -112,9 +133,10 @@ void TestStoreLocks::lockOfTwentySecondsLosesWhatWaitsInVain()
     QCOMPARE(dayfile::rows(store.path("20260112"), one("SELECT max_time FROM curve_metadata")),
              QStringList{expected.last()});
     // A connection that has waited in vain has its patience back.
-    LockingProcess again(store.path("20260112"), LockingProcess::Writing, 1500);
+    LockingProcess again(store.path("20260112"), LockingProcess::Writing);
     QVERIFY(again.isHeld());
-    QVERIFY(append(store, at("09:29:00")) > 500);
+    m_lockWaits.after(kPatience - seconds(1), [&again] { again.end(); });
+    QVERIFY(append(store, at("09:29:00")) > kPatience - seconds(1));
     QCOMPARE(times(store.path("20260112"), kMorning).last(), QString::number(at("09:29:00")));
 }
 
@@ -124,11 +146,10 @@ void TestStoreLocks::lockAtABatchEdge()
     TestStore store;
     store->registerCurve(one("101(V)"));
     append(store, at("11:59:59"));
-    const LockingProcess lock(store.path("20260112"), LockingProcess::Writing, kForever);
+    const LockingProcess lock(store.path("20260112"), LockingProcess::Writing);
     QVERIFY(lock.isHeld());
     const LogCapture log;
-    const qint64 waited = append(store, at("12:00:00"));
-    QVERIFY2(waited < kBusyMs + kMarginMs, qPrintable(QString::number(waited)));
+    QCOMPARE(append(store, at("12:00:00")), kPatience);
     QCOMPARE(log.lines(),
              (QStringList{
                  one("warning: 创建分片表失败: \"curve_1_batch_20260112_120000_20260112_175959\" "
@@ -142,19 +163,12 @@ void TestStoreLocks::lockAtTheStart()
     TestStore store;
     store->registerCurve(one("101(V)"));
     append(store, at("09:00:00"));
-    store->closeForExit(QDeadlineTimer(kBusyMs));
-    const auto timed = [](auto operation) {
-        QElapsedTimer timer;
-        timer.start();
-        operation();
-        return timer.elapsed();
-    };
+    store->closeForExit(QDeadlineTimer(kPatience));
     {
-        const LockingProcess lock(store.path("20260112"), LockingProcess::Everything, kForever);
+        const LockingProcess lock(store.path("20260112"), LockingProcess::Everything);
         QVERIFY(lock.isHeld());
         const LogCapture log;
-        const qint64 opening = timed([&store] { store.restart(); });
-        QVERIFY2(opening < kBusyMs + kMarginMs, qPrintable(QString::number(opening)));
+        QCOMPARE(waitOf([&store] { store.restart(); }), kPatience);
         const QStringList lines = log.lines();
         for (const char* line :
              {"warning: 执行PRAGMA失败： \"PRAGMA journal_mode = WAL\"  错误： \"database is "
@@ -167,12 +181,10 @@ void TestStoreLocks::lockAtTheStart()
               "statement\""}) {
             QVERIFY2(lines.contains(one(line)), qPrintable(lines.join(QLatin1Char('\n'))));
         }
-        const qint64 registering = timed([&store] { store->registerCurve(one("101(V)")); });
-        QVERIFY2(registering < kBusyMs + kMarginMs, qPrintable(QString::number(registering)));
-        const qint64 reading = timed([&store] { store->appendPoint(1, at("09:00:01"), 1.0); });
-        QVERIFY2(reading < kBusyMs + kMarginMs, qPrintable(QString::number(reading)));
+        QCOMPARE(waitOf([&store] { store->registerCurve(one("101(V)")); }), kPatience);
+        QCOMPARE(append(store, at("09:00:01")), kPatience);
     }
-    advancePresent(kBusyMs);
+    advancePresent(kPatience.count());
     const LogCapture log;
     append(store, at("09:00:02"));
     QCOMPARE(log.lines(QtWarningMsg), QStringList());
@@ -188,9 +200,9 @@ void TestStoreLocks::lockOfAWriterAtTheStart()
 {
     TestStore store;
     store->registerCurve(one("101(V)"));
-    store->closeForExit(QDeadlineTimer(kBusyMs));
+    store->closeForExit(QDeadlineTimer(kPatience));
     {
-        const LockingProcess lock(store.path("20260112"), LockingProcess::Writing, kForever);
+        const LockingProcess lock(store.path("20260112"), LockingProcess::Writing);
         QVERIFY(lock.isHeld());
         const LogCapture log;
         store.restart();
@@ -220,22 +232,19 @@ void TestStoreLocks::lockOfAPastDay()
                         one("curve_1_batch_20260111_060000_20260111_115959"), {});
     }
     {
-        const LockingProcess lock(past, LockingProcess::Everything, kForever);
+        const LockingProcess lock(past, LockingProcess::Everything);
         QVERIFY(lock.isHeld());
         for (int i = 0; i < 2; ++i) { // the first opens the file, the second finds it open
-            const qint64 waited = append(store, yesterday);
-            QVERIFY2(waited < kBusyMs + kMarginMs, qPrintable(QString::number(waited)));
+            QCOMPARE(append(store, yesterday), kPatience);
         }
         const LogCapture log;
-        QElapsedTimer timer;
-        timer.start();
+        m_lockWaits.forget();
         QVERIFY(store->readCurveData(1, yesterday, yesterday + 1, 0).isEmpty());
-        QVERIFY2(timer.elapsed() < kBusyMs + kMarginMs,
-                 qPrintable(QString::number(timer.elapsed())));
+        QCOMPARE(m_lockWaits.total(), kPatience);
         QCOMPARE(log.lines(QtWarningMsg),
                  QStringList{one(
                      "查询分片元数据失败: \"database is locked Unable to execute statement\"")});
-        QVERIFY(append(store, at("09:00:00")) < 1000); // today's file is another
+        QCOMPARE(append(store, at("09:00:00")), milliseconds::zero()); // today's file is another
     }
     append(store, yesterday + 1);
     QCOMPARE(times(past, "curve_1_batch_20260111_060000_20260111_115959"),

@@ -1,6 +1,7 @@
 #include "dayfilereader.h"
 #include "dayfilewriter.h"
 #include "exportscene.h"
+#include "skippedwaits.h"
 #include "timescene.h"
 
 #include <QFile>
@@ -43,6 +44,9 @@ private slots:
     void moreFilesThanThePoolKeeps();
     void rangeWithinOneFile();
     void endBeforeTheStart();
+
+private:
+    const SkippedWaits m_waits;
 };
 
 void TestExportDays::daysAreJoined()

@@ -3,6 +3,8 @@
 #include "drivertap.h"
 #include "export/csvexportfromdbthread.h"
 #include "exportscene.h"
+#include "lockwaits.h"
+#include "skippedwaits.h"
 #include "storage/connectionpool.h"
 #include "storage/curvedatadb.h"
 #include "timescene.h"
@@ -12,6 +14,7 @@
 #include <QSignalSpy>
 #include <QtTest>
 
+#include <chrono>
 #include <memory>
 
 namespace {
@@ -19,6 +22,7 @@ namespace {
 constexpr int kRows = 1234;
 constexpr int kCloseMs = 2000;
 constexpr int kClearMs = 30000;
+constexpr std::chrono::milliseconds kLockPatience(5000);
 
 qint64 at(const char* timeOfDay)
 {
@@ -74,6 +78,8 @@ private:
 
     static void expectDbError(const ExportOutcome& outcome, const ExportScene& scene);
     static void expectDbErrorAfter(const Interference& interference);
+    const SkippedWaits m_waits;
+    LockWaits m_lockWaits;
 };
 
 void TestExportFailures::expectDbError(const ExportOutcome& outcome, const ExportScene& scene)
@@ -270,12 +276,14 @@ void TestExportFailures::lookUpThatFails()
 
 void TestExportFailures::lockedFile()
 {
+    m_lockWaits.forget();
     ExportScene scene;
     const ExportOrder order = twoDays(scene);
     {
         const DayFileLock lock(scene.store().path("20260113"), DayFileLock::Exclusive);
         QVERIFY(lock.isHeld());
         expectDbError(runExport(order), scene);
+        QCOMPARE(m_lockWaits.total(), kLockPatience);
     }
     QCOMPARE(scene.difference(order), QString());
 }
@@ -283,12 +291,14 @@ void TestExportFailures::lockedFile()
 /// Between the listing of the tables and their reading.
 void TestExportFailures::fileLockedUnderACursor()
 {
+    m_lockWaits.forget();
     std::unique_ptr<DayFileLock> lock;
     expectDbErrorAfter([&lock](ExportScene& scene) {
         lock =
             std::make_unique<DayFileLock>(scene.store().path("20260113"), DayFileLock::Exclusive);
         QVERIFY(lock->isHeld());
     });
+    QCOMPARE(m_lockWaits.total(), kLockPatience);
 }
 
 QTEST_GUILESS_MAIN(TestExportFailures)

@@ -3,6 +3,7 @@
 #include "drivertap.h"
 #include "export/csvexportfromdbthread.h"
 #include "exportscene.h"
+#include "skippedwaits.h"
 #include "storage/curvedatadb.h"
 #include "timescene.h"
 
@@ -64,6 +65,9 @@ private slots:
     void tableWithoutADateThatIsNotThere();
     void lookUpThatFails();
     void tableWithoutSamples();
+
+private:
+    const SkippedWaits m_waits;
 };
 
 void TestExportLog::rangeWithoutFiles()

@@ -2,6 +2,7 @@
 #include "export/csvexportfromdbthread.h"
 #include "exportscene.h"
 #include "logcapture.h"
+#include "skippedwaits.h"
 #include "storage/querymanager.h"
 #include "timescene.h"
 
@@ -16,7 +17,6 @@
 namespace {
 
 constexpr int kRows = 1234;
-constexpr int kPauseMs = 50;
 constexpr int kWaitMs = 30000;
 
 qint64 at(const char* timeOfDay)
@@ -72,6 +72,9 @@ private slots:
     void directoryThatCannotBeMade();
     void directoryReplacedByAFile();
     void remainsOfFailuresAreLogged();
+
+private:
+    const SkippedWaits m_waits;
 };
 
 void TestExportOutcomes::nothingToExport_data()
@@ -255,11 +258,15 @@ void TestExportOutcomes::startRightAfterTheEnd()
     const auto thread = threadFor(oneCurve(scene));
     QSignalSpy finished(thread.get(), &CsvExportFromDBThread::exportFinished);
     QSemaphore ended;
+    bool goesOnUntilTheNextStart = false;
     connect(
         thread.get(), &CsvExportFromDBThread::exportFinished, thread.get(),
-        [&ended] {
+        [&] {
             ended.release();
-            QThread::msleep(kPauseMs);
+            if (finished.size() == 1) {
+                goesOnUntilTheNextStart =
+                    QTest::qWaitFor([&thread] { return thread->isExporting(); }, kWaitMs);
+            }
         },
         Qt::DirectConnection);
     const LogCapture log;
@@ -268,6 +275,7 @@ void TestExportOutcomes::startRightAfterTheEnd()
     thread->startExport();
     QVERIFY(ended.tryAcquire(1, kWaitMs));
     thread->wait();
+    QVERIFY(goesOnUntilTheNextStart);
     QCOMPARE(finished.size(), 2);
     QCOMPARE(finished.last().first().value<ExportResult>(), ExportSuccess);
     QCOMPARE(log.lines(QtWarningMsg), QStringList());
@@ -337,9 +345,11 @@ void TestExportOutcomes::destructionInTheMidst()
     ExportResult result = ExportSuccess;
     connect(
         thread.get(), &CsvExportFromDBThread::exportProgress, this,
-        [&begun] {
+        [&begun, exporting = thread.get()] {
             begun.release();
-            QThread::msleep(kPauseMs);
+            if (!QTest::qWaitFor([exporting] { return exporting->isStopRequested(); }, kWaitMs)) {
+                qFatal("the end of the object does not stop its export");
+            }
         },
         Qt::DirectConnection);
     connect(

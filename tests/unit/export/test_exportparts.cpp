@@ -3,6 +3,7 @@
 #include "export/csvexportfromdbthread.h"
 #include "exportscene.h"
 #include "logcapture.h"
+#include "skippedwaits.h"
 #include "storechild.h"
 #include "timescene.h"
 
@@ -58,6 +59,9 @@ private slots:
     void secondPartThatCannotBeCreatedTakesTheFirst();
     void listedNamesMayBeAheadOfTheFiles();
     void fullPart();
+
+private:
+    const SkippedWaits m_waits;
 };
 
 void TestExportParts::partPaths_data()

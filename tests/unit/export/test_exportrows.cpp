@@ -1,6 +1,7 @@
 #include "dayfilewriter.h"
 #include "export/csvexportfromdbthread.h"
 #include "exportscene.h"
+#include "skippedwaits.h"
 #include "timescene.h"
 
 #include <QtTest>
@@ -51,6 +52,9 @@ private slots:
     void partsRepeatTheHeader();
     void bothSecondsAreIncluded();
     void lastPartialSecondStaysInTheStore();
+
+private:
+    const SkippedWaits m_waits;
 };
 
 void TestExportRows::columnsOfEqualLength()

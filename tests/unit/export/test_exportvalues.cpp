@@ -1,6 +1,7 @@
 #include "dayfilewriter.h"
 #include "exportscene.h"
 #include "randomcases.h"
+#include "skippedwaits.h"
 #include "timescene.h"
 
 #include <QLocale>
@@ -105,6 +106,7 @@ private slots:
 
 private:
     static void compareValues(const QVector<double>& values, const QByteArray& part);
+    const SkippedWaits m_waits;
 };
 
 void TestExportValues::cleanup()

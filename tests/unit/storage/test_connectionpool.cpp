@@ -1,6 +1,8 @@
 #include "dayfilereader.h"
 #include "dayfilewriter.h"
+#include "lockwaits.h"
 #include "logcapture.h"
+#include "skippedwaits.h"
 #include "storage/connectionpool.h"
 #include "storage/managedquery.h"
 #include "storage/querymanager.h"
@@ -8,7 +10,6 @@
 
 #include <QCryptographicHash>
 #include <QDir>
-#include <QElapsedTimer>
 #include <QFile>
 #include <QRegularExpression>
 #include <QTemporaryDir>
@@ -16,6 +17,7 @@
 
 #include <algorithm>
 #include <atomic>
+#include <chrono>
 #include <memory>
 #include <thread>
 #include <vector>
@@ -25,6 +27,10 @@ namespace {
 constexpr qint64 kTwelveHoursMs = 43200000;
 constexpr qint64 kBudgetMs = 2000;
 constexpr int kLimit = 30;
+constexpr std::chrono::milliseconds kPatience(5000);
+
+/// What the closing of one connection waits.
+const QVector<int> kClosing(15, 50);
 
 const QString kToday = QStringLiteral("20260112.db");
 const QString kYesterday = QStringLiteral("20260111.db");
@@ -99,6 +105,8 @@ private:
     QString path(const QString& name) const { return m_directory->filePath(name); }
 
     std::unique_ptr<QTemporaryDir> m_directory;
+    SkippedWaits m_waits;
+    LockWaits m_lockWaits;
 };
 
 void TestConnectionPool::initTestCase()
@@ -113,6 +121,8 @@ void TestConnectionPool::init()
 {
     m_directory = std::make_unique<QTemporaryDir>();
     setPresent(localTime("2026-01-12 09:30:00.000"));
+    m_waits.forget();
+    m_lockWaits.forget();
 }
 
 void TestConnectionPool::cleanup()
@@ -221,6 +231,7 @@ void TestConnectionPool::refusedWalFallsBackToFullSynchronisation()
     QVERIFY(!warnings.isEmpty());
     QVERIFY2(warnings.first().contains(QLatin1String("PRAGMA journal_mode = WAL")),
              qPrintable(warnings.first()));
+    QCOMPARE(m_lockWaits.total(), kPatience);
 }
 
 void TestConnectionPool::garbageFileIsOpenedWithWarnings()
@@ -386,10 +397,8 @@ void TestConnectionPool::closingTakesItsWaits()
 {
     ConnectionPool& pool = ConnectionPool::instance();
     pool.acquireConnection(path(kToday));
-    QElapsedTimer timer;
-    timer.start();
     pool.closeConnection(path(kToday));
-    QVERIFY2(timer.elapsed() >= 750, qPrintable(QString::number(timer.elapsed())));
+    QCOMPARE(m_waits.asked(), kClosing);
 }
 
 void TestConnectionPool::closingHandlesEventsWithTheMutexFree()
@@ -457,13 +466,11 @@ void TestConnectionPool::connectionOfAnotherThreadIsClosedQuietly()
 
 void TestConnectionPool::removingAnUnknownPathDoesNothing()
 {
-    QElapsedTimer timer;
-    timer.start();
     ConnectionPool::instance().removeConnection(path(kToday));
     ConnectionPool::instance().closeConnection(path(kToday));
     ConnectionPool::instance().discardConnection(path(kToday));
     ConnectionPool::instance().releaseConnection(path(kToday));
-    QVERIFY(timer.elapsed() < 100);
+    QCOMPARE(m_waits.asked(), QVector<int>());
     QCOMPARE(ConnectionPool::instance().connectionCount(), 0);
 }
 
@@ -472,10 +479,9 @@ void TestConnectionPool::closeAllClosesEverything()
     ConnectionPool& pool = ConnectionPool::instance();
     pool.acquireConnection(path(kToday));
     pool.acquireConnection(path(kYesterday));
-    QElapsedTimer timer;
-    timer.start();
     pool.closeAllConnections();
-    QVERIFY2(timer.elapsed() >= 2 * (750 + 50), qPrintable(QString::number(timer.elapsed())));
+    const QVector<int> gap{50};
+    QCOMPARE(m_waits.asked(), kClosing + gap + kClosing + gap);
     QCOMPARE(pool.connectionCount(), 0);
     QVERIFY(!QFile::exists(path(kToday) + QStringLiteral("-wal")));
 }
@@ -624,10 +630,8 @@ void TestConnectionPool::evictionFoldsInAndWaitsForNobody()
     bool handled = false;
     QTimer::singleShot(0, this, [&handled] { handled = true; });
     const LogCapture log;
-    QElapsedTimer timer;
-    timer.start();
     QVERIFY(pool.acquireConnection(path(QStringLiteral("last.db"))));
-    QVERIFY2(timer.elapsed() < 700, qPrintable(QString::number(timer.elapsed())));
+    QCOMPARE(m_waits.asked(), QVector<int>());
     QVERIFY(!handled);
     QCOMPARE(pool.lastUse(path(kToday)), 0);
     QCOMPARE(QSqlDatabase::connectionNames().size(), kLimit);
@@ -652,10 +656,9 @@ void TestConnectionPool::evictionOfALockedFileLeavesItsLog()
     {
         const DayFileLock lock(path(kToday));
         QVERIFY(lock.isHeld());
-        QElapsedTimer timer;
-        timer.start();
         QVERIFY(pool.acquireConnection(path(QStringLiteral("last.db"))));
-        QVERIFY2(timer.elapsed() < 700, qPrintable(QString::number(timer.elapsed())));
+        QCOMPARE(m_lockWaits.total(), std::chrono::milliseconds::zero());
+        QCOMPARE(m_waits.asked(), QVector<int>());
         QCOMPARE(pool.lastUse(path(kToday)), 0);
     }
     QCOMPARE(dayfile::rows(path(kToday), QStringLiteral("SELECT v FROM t")),
@@ -679,10 +682,8 @@ void TestConnectionPool::discardClosesAtOnce()
 {
     ConnectionPool& pool = ConnectionPool::instance();
     const QString name = pool.acquireConnection(path(kToday))->connectionName();
-    QElapsedTimer timer;
-    timer.start();
     pool.discardConnection(path(kToday));
-    QVERIFY(timer.elapsed() < 500);
+    QCOMPARE(m_waits.asked(), QVector<int>());
     QVERIFY(!QSqlDatabase::contains(name));
     QCOMPARE(pool.connectionCount(), 0);
 }
@@ -705,10 +706,8 @@ void TestConnectionPool::closeForExitIsOrderlyAndQuick()
     QVERIFY(QSqlDatabase::contains(expired));
 
     const LogCapture log;
-    QElapsedTimer timer;
-    timer.start();
     pool.closeForExit(QDeadlineTimer(kBudgetMs));
-    QVERIFY2(timer.elapsed() < 700, qPrintable(QString::number(timer.elapsed())));
+    QCOMPARE(m_waits.asked(), QVector<int>());
     QCOMPARE(log.lines(), QStringList());
     QVERIFY(!held->isOpen());
     QCOMPARE(QSqlDatabase::connectionNames(), QStringList{held->connectionName()});
@@ -725,10 +724,10 @@ void TestConnectionPool::closeForExitKeepsItsDeadline()
     }
     const DayFileLock other(path(kToday)); // the log cannot be folded in
     QVERIFY(other.isHeld());
-    QElapsedTimer timer;
-    timer.start();
     pool.closeForExit(QDeadlineTimer(1000));
-    QVERIFY2(timer.elapsed() < 1500, qPrintable(QString::number(timer.elapsed())));
+    QVERIFY(m_lockWaits.total() > std::chrono::milliseconds::zero());
+    QVERIFY(m_lockWaits.total() <= std::chrono::milliseconds(1000));
+    QCOMPARE(m_waits.asked(), QVector<int>());
 }
 
 QTEST_GUILESS_MAIN(TestConnectionPool)

@@ -1,13 +1,13 @@
 #include "dayfilereader.h"
 #include "dayfilewriter.h"
 #include "logcapture.h"
+#include "skippedwaits.h"
 #include "storage/connectionpool.h"
 #include "storage/curvedatadb.h"
 #include "storage/dbclearworker.h"
 #include "teststore.h"
 
 #include <QDir>
-#include <QElapsedTimer>
 #include <QFile>
 #include <QProcess>
 #include <QThread>
@@ -16,13 +16,13 @@
 
 #include <unistd.h>
 
-#include <algorithm>
+#include <chrono>
 #include <limits>
 
 namespace {
 
 constexpr int kClearTimeoutMs = 10000;
-constexpr int kSingleShotMs = 1000;
+constexpr std::chrono::milliseconds kDeleteRetry(500);
 
 QString one(const char* row)
 {
@@ -84,7 +84,7 @@ class TestCurveDataDBClear : public QObject
     Q_OBJECT
 
 private slots:
-    void init() { setPresent(at("09:30:00")); }
+    void init();
 
     void clearEmptiesTheStore();
     void clearReturnsAtOnceAndTakesItsTime();
@@ -107,7 +107,33 @@ private slots:
     void failedDeletionIsRolledBack();
     void deletionThatCannotBeCommittedIsRolledBack();
     void deletedCurveGoesOn();
+
+private:
+    void holdTheWorkerUntilItIsInterrupted();
+
+    SkippedWaits m_waits;
 };
+
+void TestCurveDataDBClear::init()
+{
+    setPresent(at("09:30:00"));
+    m_waits.setRule({});
+    m_waits.forget();
+}
+
+/// From here on the worker that meets a file that resists goes no further until it is told to end.
+void TestCurveDataDBClear::holdTheWorkerUntilItIsInterrupted()
+{
+    m_waits.setRule([](std::chrono::milliseconds wait) {
+        const auto isInterrupted = [] {
+            return QThread::currentThread()->isInterruptionRequested();
+        };
+        if (wait == kDeleteRetry && !QTest::qWaitFor(isInterrupted, kClearTimeoutMs)) {
+            qFatal("nobody ends the worker");
+        }
+        return std::chrono::milliseconds::zero();
+    });
+}
 
 void TestCurveDataDBClear::clearEmptiesTheStore()
 {
@@ -135,26 +161,21 @@ void TestCurveDataDBClear::clearEmptiesTheStore()
     QCOMPARE(dayfile::rows(store.path("20260112"),
                            one("SELECT value FROM curve_1_batch_20260112_060000_20260112_115959")),
              QStringList{one("2.0")});
-    QTest::qWait(50);
+    QTRY_VERIFY(store->findChildren<QThread*>().isEmpty());
     QCOMPARE(cleared.count(), 1);
-    QVERIFY(store->findChildren<QThread*>().isEmpty());
 }
 
 void TestCurveDataDBClear::clearReturnsAtOnceAndTakesItsTime()
 {
     TestStore store;
     QSignalSpy cleared(store.get(), &CurveDataDB::sigClearFinished);
-    QElapsedTimer timer;
-    timer.start();
     store->clearAll();
-    const qint64 returned = timer.elapsed();
-    // The current file takes 750 ms of waits, the end of the closing 300 ms.
-    QVERIFY2(returned >= 1050 && returned < 2500, qPrintable(QString::number(returned)));
+    // The closing of today's file, the end of the closing, and the time until the deletion.
+    QCOMPARE(m_waits.asked(), QVector<int>(15, 50) + QVector<int>(3, 100) + QVector<int>{1000});
     QCOMPARE(cleared.count(), 0);
     QVERIFY(QFile::exists(store.path("20260112")));
     QVERIFY(cleared.wait(kClearTimeoutMs));
-    QVERIFY2(timer.elapsed() - returned >= kSingleShotMs - 50,
-             qPrintable(QString::number(timer.elapsed())));
+    QCOMPARE(m_waits.asked().size(), 19);
 }
 
 void TestCurveDataDBClear::nothingIsOpenedDuringAClear()
@@ -182,12 +203,11 @@ void TestCurveDataDBClear::secondClearIsIgnored()
     TestStore store;
     QSignalSpy cleared(store.get(), &CurveDataDB::sigClearFinished);
     store->clearAll();
-    QElapsedTimer timer;
-    timer.start();
+    m_waits.forget();
     store->clearAll();
-    QVERIFY(timer.elapsed() < 100);
+    QCOMPARE(m_waits.asked(), QVector<int>()); // nothing is closed, no deletion is put off
     QVERIFY(cleared.wait(kClearTimeoutMs));
-    QTest::qWait(kSingleShotMs + 300);
+    QTRY_VERIFY(store->findChildren<QThread*>().isEmpty());
     QCOMPARE(cleared.count(), 1);
 }
 
@@ -229,7 +249,10 @@ void TestCurveDataDBClear::singleShotAfterTheEndDoesNothing()
     QVERIFY(QMetaObject::invokeMethod(store.get(), "onClearFinished"));
     QCOMPARE(cleared.count(), 1);
     store->registerCurve(one("101(V)"));
-    QTest::qWait(kSingleShotMs + 300);
+    bool isPast = false;
+    QTimer::singleShot(0, store.get(), [&isPast] { isPast = true; }); // comes after the other
+    QTRY_VERIFY(isPast);
+    QVERIFY(store->findChildren<QThread*>().isEmpty());
     QCOMPARE(cleared.count(), 1);
     QCOMPARE(dayfile::rows(store.path("20260112"), one("SELECT name FROM curve_info")),
              QStringList{one("101(V)")});
@@ -240,20 +263,26 @@ void TestCurveDataDBClear::readingsDuringAClearAreDropped()
     TestStore store;
     store->registerCurve(one("101(V)"));
     store->appendPoint(1, at("09:00:00"), 1.0);
-    // Readings come in while the clear handles events, inside it and after.
+    // A reading comes in during each pause of the clear, and is handled within it; more come after.
     const LogCapture log;
     int sent = 0;
-    QTimer readings;
-    connect(&readings, &QTimer::timeout, store.get(), [&store, &sent] {
+    const auto send = [&store, &sent] {
         store->appendPoint(1, at("09:00:01") + sent, 1.0);
         store->appendPoints(1, {QPointF(static_cast<double>(at("09:00:01") + sent), 1.0)});
         store->flushAndDetach();
         ++sent;
+    };
+    m_waits.setRule([&store, &send](std::chrono::milliseconds) {
+        QMetaObject::invokeMethod(store.get(), send, Qt::QueuedConnection);
+        return std::chrono::milliseconds::zero();
     });
-    readings.start(20);
     QSignalSpy cleared(store.get(), &CurveDataDB::sigClearFinished);
     store->clearAll();
     QVERIFY(sent > 5);
+    m_waits.setRule({});
+    QTimer readings;
+    connect(&readings, &QTimer::timeout, store.get(), send);
+    readings.start(0);
     connect(store.get(), &CurveDataDB::sigClearFinished, &readings, &QTimer::stop);
     QVERIFY(cleared.wait(kClearTimeoutMs));
     QCOMPARE(dayfile::dump(store.path("20260112")),
@@ -298,12 +327,15 @@ void TestCurveDataDBClear::storeEndsDuringAClear()
     QVERIFY(writeText(store->dataDirectory() + one("/0.db")));
     const UndeletableFile resisting(store->dataDirectory() + one("/0.db"));
     QVERIFY(resisting.isMade());
+    m_waits.setRule([](std::chrono::milliseconds wait) {
+        return wait == kDeleteRetry ? wait / 5 : std::chrono::milliseconds::zero();
+    });
     store->clearAll();
-    QTRY_VERIFY_WITH_TIMEOUT(!store->findChildren<QThread*>().isEmpty(), 3000);
+    QTRY_VERIFY(m_waits.count(kDeleteRetry) > 0);
     const LogCapture log; // the end detaches once more, which the clear refuses
     store.reset();
     QCOMPARE(ConnectionPool::instance().connectionCount(), 0);
-    QTest::qWait(100);
+    QCoreApplication::processEvents(); // what the worker has sent finds nobody
 }
 
 void TestCurveDataDBClear::exitDuringAClearIsQuick()
@@ -314,14 +346,13 @@ void TestCurveDataDBClear::exitDuringAClearIsQuick()
     }
     const UndeletableFile first(store.directory() + one("/0.db"));
     QVERIFY(first.isMade());
+    holdTheWorkerUntilItIsInterrupted();
     QSignalSpy cleared(store.get(), &CurveDataDB::sigClearFinished);
     store->clearAll();
-    QTRY_VERIFY_WITH_TIMEOUT(!store->findChildren<QThread*>().isEmpty(), 3000);
-    QElapsedTimer timer;
-    timer.start();
-    store->closeForExit(QDeadlineTimer(2000));
-    QVERIFY2(timer.elapsed() < 1200, qPrintable(QString::number(timer.elapsed())));
-    QTest::qWait(100);
+    QTRY_COMPARE(m_waits.count(kDeleteRetry), 1);
+    store->closeForExit(QDeadlineTimer(kClearTimeoutMs));
+    QCOMPARE(m_waits.count(kDeleteRetry), 1); // the file is not tried again
+    QCoreApplication::processEvents();
     QCOMPARE(cleared.count(), 0);
 }
 
@@ -382,12 +413,9 @@ void TestCurveDataDBClear::fileThatResistsIsLoggedAndLeft()
     QVERIFY(guard.isMade());
     DBClearWorker worker(nullptr, -1, directory.path());
     QSignalSpy finished(&worker, &DBClearWorker::clearFinished);
-    QElapsedTimer timer;
-    timer.start();
     const LogCapture log;
     worker.doClear();
-    QVERIFY2(timer.elapsed() >= 1500 && timer.elapsed() < 2500,
-             qPrintable(QString::number(timer.elapsed())));
+    QCOMPARE(m_waits.asked(), (QVector<int>{500, 500, 500}));
     QCOMPARE(finished.count(), 1);
     QCOMPARE(log.lines(),
              QStringList{
@@ -407,6 +435,7 @@ void TestCurveDataDBClear::sideFilesGoBeforeTheDatabase()
     const UndeletableFile first(directory.filePath(one("a.db-shm")));
     const UndeletableFile second(directory.filePath(one("b.db-shm")));
     QVERIFY(first.isMade() && second.isMade());
+    holdTheWorkerUntilItIsInterrupted();
     QThread thread;
     DBClearWorker worker(nullptr, -1, directory.path());
     QSignalSpy finished(&worker, &DBClearWorker::clearFinished);
@@ -419,7 +448,7 @@ void TestCurveDataDBClear::sideFilesGoBeforeTheDatabase()
     }
     thread.requestInterruption(); // the present file is the last
     thread.quit();
-    QVERIFY(thread.wait(3000));
+    QVERIFY(thread.wait(kClearTimeoutMs));
     for (const char* name : {"a.db", "a.db-shm", "b.db", "b.db-shm"}) {
         QVERIFY2(QFile::exists(directory.filePath(one(name))), name);
     }

@@ -3,6 +3,7 @@
 #include "plainthinning.h"
 #include "randomcases.h"
 #include "readmodel.h"
+#include "skippedwaits.h"
 #include "storage/connectionpool.h"
 #include "storage/curvedatadb.h"
 #include "storage/storeclock.h"
@@ -105,6 +106,7 @@ private:
 
     QTemporaryDir m_directory;
     std::unique_ptr<CurveDataDB> m_store;
+    const SkippedWaits m_waits;
 };
 
 void TestCurveDataDBRead::initTestCase()

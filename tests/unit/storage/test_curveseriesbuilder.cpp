@@ -1,4 +1,5 @@
 #include "logcapture.h"
+#include "skippedwaits.h"
 #include "storage/connectionpool.h"
 #include "storage/curvedatadb.h"
 #include "storage/curveseriesbuilder.h"
@@ -29,6 +30,7 @@ private:
     QMap<int, QString> curveNames() const;
 
     QString m_directoryName;
+    const SkippedWaits m_waits;
 };
 
 void TestCurveSeriesBuilder::initTestCase()

@@ -2,6 +2,7 @@
 #include "logcapture.h"
 #include "plainthinning.h"
 #include "randomcases.h"
+#include "skippedwaits.h"
 #include "storage/connectionpool.h"
 #include "storage/curvedatadb.h"
 #include "storage/curveseriesdata.h"
@@ -127,6 +128,7 @@ private:
     QTemporaryDir m_directory;
     std::unique_ptr<CurveDataDB> m_store;
     int m_curvesMade = 0;
+    const SkippedWaits m_waits;
 };
 
 void TestCurveSeriesData::initTestCase()

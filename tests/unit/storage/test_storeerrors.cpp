@@ -1,7 +1,9 @@
 #include "dayfilereader.h"
 #include "dayfilewriter.h"
 #include "drivertap.h"
+#include "lockwaits.h"
 #include "logcapture.h"
+#include "skippedwaits.h"
 #include "storage/connectionpool.h"
 #include "storage/curvedatadb.h"
 #include "storage/storeclock.h"
@@ -63,6 +65,8 @@ private slots:
 
 private:
     std::unique_ptr<ZoneGuard> m_zone;
+    const SkippedWaits m_waits;
+    LockWaits m_lockWaits;
 };
 
 void TestStoreErrors::cleanupTestCase()

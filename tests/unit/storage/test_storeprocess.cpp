@@ -1,4 +1,5 @@
 #include "dayfilereader.h"
+#include "skippedwaits.h"
 #include "storage/connectionpool.h"
 #include "storage/curvedatadb.h"
 #include "storage/storeclock.h"
@@ -23,6 +24,8 @@
 namespace {
 
 constexpr int kKills = 12;
+constexpr int kMostReadings = 1500; // before a kill
+constexpr int kLineLength = 20;
 constexpr int kChildTimeoutMs = 20000;
 constexpr quint32 kSeed = 4070;
 
@@ -41,6 +44,7 @@ void say(const QString& line)
 /// Appends as fast as it goes until it is killed, and tells each reading that is stored.
 int playWriter(const QString& directory)
 {
+    const SkippedWaits waits;
     CurveDataDB* store = CurveDataDB::instance(directory);
     const int id = store->registerCurve(one("101(V)"));
     qint64 time = storeNow() - 60000;
@@ -96,6 +100,7 @@ int playEmptyName()
 /// A store first asked for on a helper thread belongs to the GUI thread all the same.
 int playHelperFirst(const QString& directory)
 {
+    const SkippedWaits waits;
     std::thread helper([&directory] { CurveDataDB::instance(directory)->registerCurve(one("a")); });
     helper.join();
     CurveDataDB* store = CurveDataDB::instance(directory);
@@ -116,14 +121,15 @@ int playBusyEnd(const QString& directory)
     static std::atomic<int> round{0};
     for (int i = 0; i < 3; ++i) {
         std::thread([store] {
-            for (;;) {
-                const int id = store->registerCurve(QString::number(++round));
+            for (int id = 0; id >= 0;) { // until the store is closed
+                id = store->registerCurve(QString::number(++round));
                 store->appendPoint(id, storeNow() - 1000, 1.0);
-                QThread::usleep(100);
             }
         }).detach();
     }
-    QThread::msleep(700);
+    if (!QTest::qWaitFor([] { return round >= 6; }, kChildTimeoutMs / 2)) {
+        return 1;
+    }
     QElapsedTimer timer;
     timer.start();
     CurveDataDB::shutdown();
@@ -277,8 +283,10 @@ void TestStoreProcess::killedWriterLosesNothingItReported()
         QProcess child;
         child.start(QCoreApplication::applicationFilePath(),
                     {one("--play"), one("writer"), directory.path()});
-        QVERIFY(child.waitForReadyRead(kChildTimeoutMs)); // the first reading is stored
-        QThread::msleep(random.bounded(150u));
+        const int readings = random.bounded(1, kMostReadings);
+        while (child.peek(kMostReadings * kLineLength).count('\n') < readings) {
+            QVERIFY(child.waitForReadyRead(kChildTimeoutMs));
+        }
         child.kill();
         QVERIFY(child.waitForFinished(kChildTimeoutMs));
         const QByteArray output = child.readAllStandardOutput();

@@ -1,6 +1,8 @@
 #include "dayfilereader.h"
 #include "dayfilewriter.h"
 #include "drivertap.h"
+#include "lockwaits.h"
+#include "skippedwaits.h"
 #include "storage/connectionpool.h"
 #include "storage/curvedatadb.h"
 #include "storage/storeclock.h"
@@ -54,6 +56,8 @@ private:
     QString path(const char* key) const { return m_directory->filePath(text(key) + text(".db")); }
 
     std::unique_ptr<QTemporaryDir> m_directory;
+    const SkippedWaits m_waits;
+    LockWaits m_lockWaits;
 };
 
 void TestStoreStatements::init()

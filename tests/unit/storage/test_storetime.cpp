@@ -1,3 +1,4 @@
+#include "skippedwaits.h"
 #include "storage/storeclock.h"
 #include "teststore.h"
 #include "timescene.h"
@@ -23,6 +24,9 @@ private slots:
     void endOfAnOrdinaryFebruary();
     void dayOf23Hours();
     void dayOf25Hours();
+
+private:
+    const SkippedWaits m_waits;
 };
 
 void TestStoreTime::initTestCase()

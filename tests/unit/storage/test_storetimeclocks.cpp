@@ -1,4 +1,5 @@
 #include "logcapture.h"
+#include "skippedwaits.h"
 #include "storage/storeclock.h"
 #include "teststore.h"
 #include "timescene.h"
@@ -28,6 +29,9 @@ private slots:
     void readingFromLongAgoWithItsFile();
     void instrumentWithoutAClock();
     void timesThatAreNone();
+
+private:
+    const SkippedWaits m_waits;
 };
 
 void TestStoreTimeClocks::initTestCase()

@@ -1,5 +1,6 @@
 #include "acquisition/recorddecoder.h"
 #include "logcapture.h"
+#include "skippedwaits.h"
 #include "storage/curveseriesdata.h"
 #include "storage/storeclock.h"
 #include "teststore.h"
@@ -59,6 +60,9 @@ private slots:
     void hourlyStampsOfTheLongDay();
     void clockThatDoesNotFollowLosesAnHourInSpring();
     void clockThatDoesNotFollowLeapsAnHourInAutumn();
+
+private:
+    const SkippedWaits m_waits;
 };
 
 /// On 29 March 2026 two o'clock is followed by three: there is no 02:00 to 02:59.

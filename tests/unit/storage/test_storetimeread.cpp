@@ -2,6 +2,7 @@
 #include "logcapture.h"
 #include "randomcases.h"
 #include "readmodel.h"
+#include "skippedwaits.h"
 #include "storage/curveseriesdata.h"
 #include "storage/storeclock.h"
 #include "teststore.h"
@@ -99,6 +100,9 @@ private slots:
     void chartAcrossMidnight();
     void weeksWithAChangeEqualTheModel_data();
     void weeksWithAChangeEqualTheModel();
+
+private:
+    const SkippedWaits m_waits;
 };
 
 void TestStoreTimeRead::hourOnEitherSideOfMidnight_data()
