@@ -1,19 +1,18 @@
 #pragma once
 
+#include "channels/optioncontrols.h"
+
 #include <QString>
 #include <QWidget>
 
-#include <array>
-
 class CommFunc;
-class CustomComboBox;
 class QAbstractButton;
-class QButtonGroup;
-class QCheckBox;
-class QDoubleSpinBox;
-class QGroupBox;
 class QLabel;
 class QVBoxLayout;
+
+namespace scn {
+class OptionCommands;
+}
 
 /// The popup with the options of one channel that do not fit into its row of the channel table. Each
 /// row has two: one for the options of the measurement function, one for the references of the scaling.
@@ -103,105 +102,25 @@ protected:
     bool event(QEvent* event) override;
 
 private:
-    // Groups in the order in which defaults are restored.
-    enum Group {
-        NplcGroup,
-        LowFrequencyGroup,
-        OffsetGroup,
-        DelayGroup,
-        InputResistanceGroup,
-        AutoCheckGroup,
-        SetReferenceGroup,
-        RefJunctionGroup,
-        R0Group,
-        GaugeFactorGroup,
-        StrainResistanceGroup,
-        PoissonRatioGroup,
-        DriveVoltageGroup,
-        ReferenceResistanceGroup,
-        DbReferenceGroup,
-        PercentReferenceGroup,
-        GroupCount
-    };
-    enum List { NplcList, DelayList, ReferenceResistanceList, ListCount };
-    enum Choice {
-        LowFrequencyChoice,
-        OffsetChoice,
-        InputResistanceChoice,
-        RefJunctionChoice,
-        ChoiceCount
-    };
-    enum Check { AutoCheck, SetReferenceCheck, CheckCount };
-    enum Spin {
-        DelaySpin,
-        FixedTempSpin,
-        R0Spin,
-        GaugeFactorSpin,
-        StrainResistanceSpin,
-        PoissonRatioSpin,
-        DriveVoltageSpin,
-        DbReferenceSpin,
-        PercentReferenceSpin,
-        SpinCount
-    };
-
-    struct ListFacts;
-    struct ChoiceFacts;
-    struct CheckFacts;
-    struct SpinFacts;
-    static const std::array<const char*, GroupCount> s_groupTitles;
-    static const std::array<ListFacts, ListCount> s_lists;
-    static const std::array<ChoiceFacts, ChoiceCount> s_choices;
-    static const std::array<CheckFacts, CheckCount> s_checks;
-    static const std::array<SpinFacts, SpinCount> s_spins;
-
     const CommFunc& catalogue();
-    QString header();
-    QString headerRoot();
-    QString headerBranch();
+    scn::OptionCommands commands();
+    bool isOn(scn::OptionChoice choice, QAbstractButton* button) const;
     void send(const QString& command);
-    void sendStrain(const QString& form, double value);
-    void sendTransducer(const QString& form, const QString& value);
-
-    void selectRow(List list, int row);
-    void selectMatchingRow(List list, double value);
-    void choose(Choice choice, int id);
-    void setSpinValue(Spin spin, double value);
-    void enableDependentSpins();
-    void restoreDelay();
-
-    static quint32 groupsOfFunction(int functionIndex);
-    static quint32 groupsOfScaleFunction(const QString& scaleFunction);
-    bool isOffered(Group group) const;
     void setTitle(const QString& title);
     void buildPanel();
     void buildTitleBar(QVBoxLayout* layout);
-    void buildGroups(QVBoxLayout* body);
-    void buildList(List list);
-    void buildChoice(Choice choice);
-    void buildCheck(Check check);
-    void buildSpin(Spin spin);
+    void connectControls();
     void showOfferedGroups();
-    void dropTypedNumber();
 
     CommFunc* m_commFunc = nullptr;
     int m_functionIndex = 0;
     QString m_scaleFunction = QStringLiteral("SCAL");
     int m_channel = 101;
     QString m_title;
-    quint32 m_functionGroups = 0;
-    quint32 m_scaleGroups = 0;
+    scn::OptionGroups m_functionGroups;
+    scn::OptionGroups m_scaleGroups;
 
     QWidget* m_titleBar = nullptr;
     QLabel* m_titleLabel = nullptr;
-    std::array<QGroupBox*, GroupCount> m_groups{};
-    std::array<CustomComboBox*, ListCount> m_lists{};
-    std::array<QButtonGroup*, ChoiceCount> m_choices{};
-    std::array<QCheckBox*, CheckCount> m_checks{};
-    std::array<QDoubleSpinBox*, SpinCount> m_spins{};
-
-    // What the controls hold once they are made.
-    std::array<int, ListCount> m_rows{};
-    std::array<int, ChoiceCount> m_chosen{};
-    std::array<double, SpinCount> m_values{};
+    scn::OptionControls m_controls;
 };
