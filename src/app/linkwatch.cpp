@@ -1,15 +1,13 @@
 #include "app/linkwatch.h"
 
 #include "common/guigate.h"
-#include "instrument/cdevicevisa.h"
-#include "state/globals.h"
+#include "instrument/exchange.h"
 
 #include <utility>
 
 namespace {
 
-constexpr int kExchangeTimeoutMs = 5000;
-constexpr int kLongestSilenceMs = 60000;
+constexpr std::chrono::seconds kLongestSilence{60};
 
 } // namespace
 
@@ -24,7 +22,7 @@ QString LinkWatch::ask(const QString& command)
         return {};
     }
     ExchangeResult result{};
-    const QString reply = g_visa->sendCommand(command, kExchangeTimeoutMs, result);
+    const QString reply = scn::exchange(command, result);
     note(result, command);
     return reply;
 }
@@ -36,7 +34,7 @@ bool LinkWatch::askAll(const QStringList& commands)
     }
     bool allTimedOut = true;
     auto command = commands.cbegin();
-    g_visa->sendCommands(commands, kExchangeTimeoutMs, [&](ExchangeResult result) {
+    scn::exchangeAll(commands, [&](ExchangeResult result) {
         allTimedOut = allTimedOut && result == ExchangeResult::TimedOut;
         note(result, *command++);
         return goesOn();
@@ -51,6 +49,11 @@ void LinkWatch::show(const std::function<void()>& step) const
     }
 }
 
+void LinkWatch::undo(const std::function<void()>& step) const
+{
+    m_gate->run(step);
+}
+
 bool LinkWatch::goesOn() const
 {
     return !m_isLost && m_gate->isOpen();
@@ -59,10 +62,10 @@ bool LinkWatch::goesOn() const
 void LinkWatch::note(ExchangeResult result, const QString& command)
 {
     if (result == ExchangeResult::TimedOut) {
-        m_silenceMs += kExchangeTimeoutMs;
+        m_silence += scn::kExchangeTimeout;
     } else if (command.contains(
                    QLatin1Char('?'))) { // a command is taken by a silent instrument, too
-        m_silenceMs = 0;
+        m_silence = std::chrono::milliseconds(0);
     }
-    m_isLost = result == ExchangeResult::Lost || m_silenceMs > kLongestSilenceMs;
+    m_isLost = result == ExchangeResult::Lost || m_silence > kLongestSilence;
 }

@@ -3,6 +3,7 @@
 #include <QString>
 #include <QStringList>
 
+#include <chrono>
 #include <functional>
 #include <memory>
 
@@ -28,6 +29,9 @@ public:
     /// Runs a step on the GUI thread and waits for it.
     void show(const std::function<void()>& step) const;
 
+    /// The same, also when the exchanges have ended for want of replies.
+    void undo(const std::function<void()>& step) const;
+
     bool goesOn() const;
 
     /// True when the exchanges have ended for want of replies.
@@ -37,6 +41,6 @@ private:
     void note(ExchangeResult result, const QString& command);
 
     const std::shared_ptr<GuiGate> m_gate;
-    int m_silenceMs = 0;
+    std::chrono::milliseconds m_silence{0};
     bool m_isLost = false;
 };

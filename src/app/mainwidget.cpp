@@ -5,10 +5,12 @@
 #include "app/channeltablebuilder.h"
 #include "app/fourwirepartners.h"
 #include "app/inputreaderthread.h"
+#include "app/instrumentlink.h"
 #include "app/instrumentpagebuilder.h"
 #include "app/launcheroutput.h"
 #include "app/loggingpagebuilder.h"
 #include "app/scanmarks.h"
+#include "app/windowdisplay.h"
 #include "channels/commfunc.h"
 #include "common/guigate.h"
 #include "common/helperthreads.h"
@@ -99,12 +101,19 @@ MainWidget::MainWidget(QWidget* parent)
     , m_table(std::make_unique<scn::ChannelTable>(static_cast<scn::ChannelForm&>(*this)))
     , m_marks(std::make_unique<scn::ScanMarks>(*m_table, [this] { tellWorkspace(); }))
     , m_partners(std::make_unique<scn::FourWirePartners>(*m_table, *m_marks))
+    , m_display(std::make_unique<scn::WindowDisplay>(*m_table, *m_marks, *m_partners,
+                                                     static_cast<scn::LoggingForm&>(*this),
+                                                     [this] { listenToLauncher(); }))
+    , m_link(std::make_unique<scn::InstrumentLink>(m_gate, *m_display,
+                                                   [this] { showReconnectView(); }))
 {
     setObjectName(QStringLiteral("MainWidget"));
     m_commFunc = new CommFunc(this);
     m_messageDialog = CustomMessageDialog::instance(this);
     m_readData = ReadData::instance();
-    discoverInstrument();
+    if (!m_link->discover()) {
+        showReconnectView();
+    }
     setStyleSheet(QStringLiteral("font-family:'Microsoft YaHei',Arial;"));
     if (g_instrumentConnected && m_gate->isOpen()) {
         bringUp();
@@ -169,7 +178,7 @@ void MainWidget::bringUp()
     m_lockManager->registerWindow(m_channelTree);
     m_lockManager->registerWindow(m_instrumentPageContent);
     makeConnections();
-    readBackInstrument();
+    m_link->readAll();
     QTimer::singleShot(kStartupViewMs, [view = QPointer<LoadingView>(m_startupView)] {
         if (view) {
             view->stopLoading();

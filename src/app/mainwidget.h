@@ -9,7 +9,6 @@
 #include <QStringList>
 #include <QWidget>
 
-#include <functional>
 #include <memory>
 
 class AdvancedSetting;
@@ -25,7 +24,6 @@ class GuiGate;
 class ImageButton;
 class InputReaderThread;
 class LauncherOutput;
-class LinkWatch;
 class LoadingView;
 class QCheckBox;
 class QComboBox;
@@ -50,7 +48,9 @@ struct ChannelRow;
 namespace scn {
 class ChannelTable;
 class FourWirePartners;
+class InstrumentLink;
 class ScanMarks;
+class WindowDisplay;
 } // namespace scn
 
 /// The program's one window and the coordinator of its subsystems: it owns the pages and the two
@@ -59,8 +59,7 @@ class ScanMarks;
 /// The window is frameless and made to be embedded by the launcher. With no instrument at start it
 /// holds only the connection overlay; the pages are then built when the instrument is there.
 /// All slots run on the GUI thread. The sources are one file per page:
-/// mainwidget.cpp (composition, wiring, launcher channel), mainwidget_discovery.cpp (finding the
-/// instrument, reading it back), mainwidget_channeltable.cpp (the table and its check marks),
+/// mainwidget.cpp (composition, wiring, launcher channel), mainwidget_channeltable.cpp (the table and its check marks),
 /// mainwidget_channelrow.cpp (editing a channel), mainwidget_loggingpage.cpp,
 /// mainwidget_runcontrol.cpp, mainwidget_export.cpp.
 class MainWidget : public QWidget, private scn::ChannelForm, private scn::LoggingForm
@@ -142,26 +141,6 @@ private:
     void silenceControls();
     void listenToLauncher();
 
-    // Discovery and read-back. The static operations ask on any thread and show through the link's gate,
-    // so they never touch the window themselves.
-    void discoverInstrument();
-    static bool discover(LinkWatch& link, MainWidget* window);
-    void readBackInstrument();
-    void readBackHere(const std::function<void(LinkWatch&)>& questions);
-    void readBackChannel(int channel);
-    void readBackOptions(int function, int channel);
-    static void readBack(LinkWatch& link, MainWidget* window);
-    static void readBackScanList(LinkWatch& link, MainWidget* window);
-    static void readBackChannel(LinkWatch& link, MainWidget* window, int channel);
-    static void readBackOptions(LinkWatch& link, MainWidget* window, int function, int channel);
-    static void syncTriggerSettings(LinkWatch& link, MainWidget* window);
-    static void syncIntervalPicker(LinkWatch& link, MainWidget* window);
-    static void syncClock(LinkWatch& link);
-    static void queryStoredStates(LinkWatch& link);
-    bool showChannelFunction(int channel, const QString& displayName);
-    void showTriggerSource(const QString& reply);
-    void showTriggerCount(const QString& reply);
-
     // Channel table
     void connectRows();
     void connectRow(const ChannelRow& row);
@@ -182,9 +161,8 @@ private:
     void stopElapsedTimer();
     void startElapsedTimer();
     void dropUnnamedScanChannels();
-    void loseInstrument();
     void showReconnectView();
-    static void reconnect(const std::shared_ptr<GuiGate>& gate, MainWidget* window);
+    bool bringUpLate();
 
     // Export
     void buildExportDialog();
@@ -192,11 +170,12 @@ private:
     void showExportOutcome(ExportResult result, const QStringList& files);
 
     std::shared_ptr<GuiGate> m_gate;
-    std::shared_ptr<LinkWatch> m_link; ///< of the read-backs on the GUI thread, until a loss
     std::unique_ptr<LauncherOutput> m_launcherOutput;
     const std::unique_ptr<scn::ChannelTable> m_table;
     const std::unique_ptr<scn::ScanMarks> m_marks;
     const std::unique_ptr<scn::FourWirePartners> m_partners;
+    const std::unique_ptr<scn::WindowDisplay> m_display;
+    const std::unique_ptr<scn::InstrumentLink> m_link;
 
     CommFunc* m_commFunc = nullptr;
     CustomMessageDialog* m_messageDialog = nullptr;

@@ -3,12 +3,12 @@
 #include "app/channeloptions.h"
 #include "app/channeltable.h"
 #include "app/fourwirepartners.h"
+#include "app/instrumentlink.h"
 #include "app/quietcontrols.h"
 #include "app/scanmarks.h"
 #include "channels/advancedsetting.h"
 #include "channels/commfunc.h"
 #include "common/threadassert.h"
-#include "instrument/exchange.h"
 #include "plot/graphicsettingwidget.h"
 #include "state/globals.h"
 #include "widgets/customcombobox.h"
@@ -33,14 +33,6 @@ namespace {
 constexpr int kMessageMs = 3000;
 constexpr int kErrorMessage = 1;
 
-/// Nothing goes out between a loss and its recovery, which reads all of it back.
-void send(const QString& command)
-{
-    if (g_instrumentConnected) {
-        scn::exchange(command);
-    }
-}
-
 /// Where a panel stands that would leave the free part of its screen: moved in as far as needed.
 QPoint heldOnScreen(const QRect& panel)
 {
@@ -60,9 +52,9 @@ int MainWidget::senderChannel() const
 /// The end of each change: the command, the error queue emptied, the channel read back.
 void MainWidget::sendAndReadBack(const QString& command, int channel)
 {
-    send(command);
-    send(QStringLiteral("SYST:ERR?"));
-    readBackChannel(channel);
+    scn::InstrumentLink::send(command);
+    scn::InstrumentLink::send(QStringLiteral("SYST:ERR?"));
+    m_link->readChannel(channel);
 }
 
 void MainWidget::onTitleEdited(const QString& text)
@@ -116,14 +108,16 @@ void MainWidget::applyFunction(int function, int channel)
 {
     const auto entry = funcCommands.constFind(function);
     if (entry != funcCommands.constEnd()) {
-        send(QStringLiteral("FUNC \"%1\",(@%2)").arg(entry->function, QString::number(channel)));
-        send(QStringLiteral("SYST:ERR?"));
+        scn::InstrumentLink::send(
+            QStringLiteral("FUNC \"%1\",(@%2)").arg(entry->function, QString::number(channel)));
+        scn::InstrumentLink::send(QStringLiteral("SYST:ERR?"));
         if (!entry->typeCommand.isEmpty()) {
-            send(entry->typeCommand.arg(entry->typeArgument, QString::number(channel)));
-            send(QStringLiteral("SYST:ERR?"));
+            scn::InstrumentLink::send(
+                entry->typeCommand.arg(entry->typeArgument, QString::number(channel)));
+            scn::InstrumentLink::send(QStringLiteral("SYST:ERR?"));
         }
     }
-    readBackOptions(function, channel);
+    m_link->readOptions(function, channel);
 }
 
 void MainWidget::onRangeTypeChanged(int index)
@@ -212,7 +206,7 @@ void MainWidget::onFuncTypeChanged(int index)
     if (index < 0 || !row.exists()) {
         return;
     }
-    enableScaleControls(row);
+    scn::enableScaleControls(row);
     const QString name = row.scaleFunction->currentText();
     row.scalePanel->showScaleOptions(name, channel);
     if (const ChannelRow partner = m_partners->partnerRow(channel); partner.exists()) {
@@ -330,5 +324,5 @@ void MainWidget::openPanel(AdvancedSetting* panel, const QPushButton* button)
 void MainWidget::recvAdvancedSettingChanged(int channelNum)
 {
     assertGuiThread();
-    readBackChannel(channelNum);
+    m_link->readChannel(channelNum);
 }

@@ -1,8 +1,7 @@
 #include "app/mainwidget.h"
 
+#include "app/instrumentlink.h"
 #include "common/threadassert.h"
-#include "instrument/exchange.h"
-#include "state/globals.h"
 #include "widgets/timepicker.h"
 
 #include <QCheckBox>
@@ -10,18 +9,6 @@
 #include <QGroupBox>
 #include <QRadioButton>
 #include <QSpinBox>
-
-namespace {
-
-/// Nothing goes out between a loss and its recovery, which reads all of it back.
-void send(const QString& command)
-{
-    if (g_instrumentConnected) {
-        scn::exchange(command);
-    }
-}
-
-} // namespace
 
 void MainWidget::recvUsbSlot(bool isChecked)
 {
@@ -40,11 +27,12 @@ void MainWidget::recvStartSlot(bool isChecked)
     }
     if (button == m_startNowRadio || button == m_startAtTimeRadio) {
         // The date beside the second button has no effect: both start at once.
-        send(QStringLiteral("TRIG:SOUR IMM"));
+        scn::InstrumentLink::send(QStringLiteral("TRIG:SOUR IMM"));
         m_intervalGroup->setEnabled(true);
         m_alarmCombo->setEnabled(false);
     } else if (button == m_startOnAlarmRadio) {
-        send(QStringLiteral("TRIG:SOUR ALAR%1").arg(m_alarmCombo->currentIndex() + 1));
+        scn::InstrumentLink::send(
+            QStringLiteral("TRIG:SOUR ALAR%1").arg(m_alarmCombo->currentIndex() + 1));
         m_intervalGroup->setEnabled(false);
         m_alarmCombo->setEnabled(true);
     }
@@ -55,7 +43,7 @@ void MainWidget::recvAlarmComboSlot(int index)
 {
     assertGuiThread();
     if (index >= 0) {
-        send(QStringLiteral("TRIG:SOUR ALAR%1").arg(index + 1));
+        scn::InstrumentLink::send(QStringLiteral("TRIG:SOUR ALAR%1").arg(index + 1));
     }
 }
 
@@ -76,7 +64,8 @@ void MainWidget::recvIntervalSlot(bool isChecked)
                    {m_intervalManualRadio, "BUS"}};
     for (const auto& row : sources) {
         if (row.button == button) {
-            send(QStringLiteral("TRIG:SOUR %1").arg(QLatin1String(row.source)));
+            scn::InstrumentLink::send(
+                QStringLiteral("TRIG:SOUR %1").arg(QLatin1String(row.source)));
             m_intervalPicker->setEnabled(button == m_intervalCustomRadio);
         }
     }
@@ -85,7 +74,7 @@ void MainWidget::recvIntervalSlot(bool isChecked)
 void MainWidget::recvIntervalPickerSlot(double value)
 {
     assertGuiThread();
-    send(QStringLiteral("TRIG:TIM %1").arg(value));
+    scn::InstrumentLink::send(QStringLiteral("TRIG:TIM %1").arg(value));
 }
 
 void MainWidget::recvStopSlot(bool isChecked)
@@ -96,9 +85,9 @@ void MainWidget::recvStopSlot(bool isChecked)
         return;
     }
     if (button == m_stopManualRadio || button == m_stopElapsedRadio) {
-        send(QStringLiteral("TRIG:COUN INF"));
+        scn::InstrumentLink::send(QStringLiteral("TRIG:COUN INF"));
     } else if (button == m_stopCountRadio) {
-        send(QStringLiteral("TRIG:COUN %1").arg(m_stopCountBox->value()));
+        scn::InstrumentLink::send(QStringLiteral("TRIG:COUN %1").arg(m_stopCountBox->value()));
     } else {
         return;
     }
@@ -109,6 +98,6 @@ void MainWidget::recvStopSlot(bool isChecked)
 void MainWidget::recvStopCountSlot(int count)
 {
     assertGuiThread();
-    send(QStringLiteral("TRIG:COUN %1").arg(count));
-    send(QStringLiteral("SYST:ERR?"));
+    scn::InstrumentLink::send(QStringLiteral("TRIG:COUN %1").arg(count));
+    scn::InstrumentLink::send(QStringLiteral("SYST:ERR?"));
 }

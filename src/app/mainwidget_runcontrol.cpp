@@ -1,7 +1,7 @@
 #include "app/mainwidget.h"
 
 #include "acquisition/readdata.h"
-#include "app/linkwatch.h"
+#include "app/instrumentlink.h"
 #include "common/guigate.h"
 #include "common/helperthreads.h"
 #include "common/threadassert.h"
@@ -137,7 +137,7 @@ void MainWidget::scanFunc()
         m_starting = false;
         m_messageDialog->showMessage(tr("机器已断开"), kErrorMessage, kMessageMs);
         // The acquisition thread need not miss that one reply, so nobody else reports the loss.
-        loseInstrument();
+        m_link->giveUp();
         return;
     }
     scn::exchange(QStringLiteral("MMEM:LOG:ENAB?"));
@@ -260,15 +260,8 @@ void MainWidget::recvUseInstSlot()
     assertGuiThread();
     // Whoever looks for the instrument already decides whether it is there.
     if (!m_reconnecting) {
-        loseInstrument();
+        m_link->giveUp();
     }
-}
-
-void MainWidget::loseInstrument()
-{
-    g_instrumentConnected = false;
-    m_link.reset();
-    showReconnectView();
 }
 
 void MainWidget::showReconnectView()
@@ -294,51 +287,36 @@ void MainWidget::recvLoadBtnSlot()
         return;
     }
     m_reconnecting = true;
-    HelperThreads::start([gate = m_gate, window = this] { reconnect(gate, window); });
+    scn::RecoverySteps steps;
+    steps.fail = [this] {
+        // The button comes back with the leave to use it: a click in between would be lost.
+        m_reconnecting = false;
+        m_link->giveUp();
+    };
+    steps.buildPages = [this] { return bringUpLate(); };
+    steps.finish = [this] {
+        m_reconnecting = false;
+        QMetaObject::invokeMethod(this, "stopLoadingView", Qt::QueuedConnection);
+    };
+    m_link->recover(steps);
 }
 
-/// Looks for the instrument again and brings the window to its state.
-void MainWidget::reconnect(const std::shared_ptr<GuiGate>& gate, MainWidget* window)
+/// Builds the pages where the window stands, when there was no instrument at start. False when they are
+/// there already.
+bool MainWidget::bringUpLate()
 {
-    // The button comes back with the leave to use it: a click in between would be lost.
-    const auto giveUp = [&gate, window] {
-        gate->run([window] {
-            window->m_reconnecting = false;
-            window->loseInstrument();
-        });
-    };
-    LinkWatch link(gate);
-    if (!discover(link, window)) {
-        giveUp();
-        return;
+    if (m_channelTree) {
+        return false;
     }
-    bool hadPages = true;
-    gate->run([window, &hadPages] {
-        hadPages = window->m_channelTree != nullptr;
-        if (!hadPages) {
-            // There was no instrument at start: the pages come up now, where the window stands.
-            const QRect place = window->geometry();
-            window->bringUp();
-            window->setGeometry(place);
-            window->show();
-            if (g_instrumentConnected) {
-                window->m_reconnectView->stopLoading();
-            }
-            window->m_reconnecting = false;
-        }
-    });
-    if (!hadPages) {
-        return;
+    const QRect place = geometry();
+    bringUp();
+    setGeometry(place);
+    show();
+    if (g_instrumentConnected) {
+        m_reconnectView->stopLoading();
     }
-    readBack(link, window);
-    if (link.isLost()) {
-        giveUp();
-        return;
-    }
-    gate->post([window] {
-        window->m_reconnecting = false;
-        QMetaObject::invokeMethod(window, "stopLoadingView", Qt::QueuedConnection);
-    });
+    m_reconnecting = false;
+    return true;
 }
 
 void MainWidget::stopLoadingView()
