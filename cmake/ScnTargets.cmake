@@ -1,5 +1,5 @@
-# The compiler settings of all our own code, and the functions that declare a library, a program
-# and a test of this project.
+# The compiler settings of all our own code, and the functions that declare a library and a program
+# of this project.
 
 add_library(scn_options INTERFACE)
 target_compile_options(scn_options INTERFACE
@@ -67,43 +67,3 @@ function(scn_program name)
     endif()
     target_link_libraries(${name} PRIVATE ${ARG_LINK})
 endfunction()
-
-# scn_test(NAME SOURCES file... [LINK library...] [TIMEOUT seconds] [LABELS label...]
-#          [ENVIRONMENT variable=value...] [ROWS function:row...])
-# One Qt Test program and its ctest entry. It runs under the "offscreen" platform with a private
-# runtime directory; a label "long" keeps it out of the ordinary run, "random" allows no second
-# try, "serial" gives it the machine.
-# With ROWS there is an entry for each of them, so that each runs in a process of its own.
-function(scn_test name)
-    cmake_parse_arguments(ARG "" "TIMEOUT" "SOURCES;LINK;LABELS;ENVIRONMENT;ROWS" ${ARGN})
-    add_executable(${name} ${ARG_SOURCES})
-    set_target_properties(${name} PROPERTIES
-        AUTOMOC ON
-        RUNTIME_OUTPUT_DIRECTORY "${CMAKE_BINARY_DIR}/tests")
-    target_link_libraries(${name} PRIVATE scn_qt_options ${ARG_LINK} Qt5::Test)
-    target_include_directories(${name} PRIVATE "${CMAKE_SOURCE_DIR}/tests")
-    if(NOT ARG_TIMEOUT)
-        set(ARG_TIMEOUT 120)
-    endif()
-
-    set(entries ${name})
-    if(ARG_ROWS)
-        set(entries)
-        foreach(row IN LISTS ARG_ROWS)
-            add_test(NAME ${name}.${row} COMMAND ${name} ${row})
-            list(APPEND entries ${name}.${row})
-        endforeach()
-    else()
-        add_test(NAME ${name} COMMAND ${name})
-    endif()
-    set_tests_properties(${entries} PROPERTIES
-        TIMEOUT ${ARG_TIMEOUT}
-        LABELS "${ARG_LABELS}"
-        ENVIRONMENT "QT_QPA_PLATFORM=offscreen;XDG_RUNTIME_DIR=${CMAKE_BINARY_DIR}/runtime;LC_ALL=C.UTF-8;ASAN_OPTIONS=detect_leaks=0:verify_asan_link_order=0;UBSAN_OPTIONS=print_stacktrace=1;${ARG_ENVIRONMENT}")
-    if("serial" IN_LIST ARG_LABELS)
-        set_tests_properties(${entries} PROPERTIES RUN_SERIAL TRUE)
-    endif()
-endfunction()
-
-file(MAKE_DIRECTORY "${CMAKE_BINARY_DIR}/runtime")
-file(CHMOD "${CMAKE_BINARY_DIR}/runtime" DIRECTORY_PERMISSIONS OWNER_READ OWNER_WRITE OWNER_EXECUTE)

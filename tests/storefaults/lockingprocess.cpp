@@ -19,7 +19,7 @@ LockingProcess::LockingProcess(const QString& path, Kind kind)
 {
     m_process.start(
         QCoreApplication::applicationFilePath(),
-        {kOption, path,
+        {testprogram::runningTest(), kOption, path,
          kind == Writing ? QStringLiteral("BEGIN IMMEDIATE") : QStringLiteral("BEGIN EXCLUSIVE")});
     m_held = m_process.waitForReadyRead(kStartTimeoutMs) && m_process.readLine() == "locked\n";
 }
@@ -36,13 +36,15 @@ void LockingProcess::end()
     m_process.waitForFinished(kEndTimeoutMs);
 }
 
-bool LockingProcess::isMeant(const QStringList& arguments)
+bool LockingProcess::isMeant(int argc, char** argv)
 {
-    return arguments.value(1) == kOption;
+    return argc > 1 && QString::fromLocal8Bit(argv[1]) == kOption;
 }
 
-int LockingProcess::playLock(const QStringList& arguments)
+int LockingProcess::playLock(int argc, char** argv)
 {
+    const QCoreApplication application(argc, argv);
+    const QStringList arguments = QCoreApplication::arguments();
     sqlite3* database = nullptr;
     sqlite3_open(arguments.value(2).toUtf8().constData(), &database);
     sqlite3_busy_timeout(database, kBusyMs);

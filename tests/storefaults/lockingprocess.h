@@ -1,11 +1,13 @@
 #pragma once
 
+#include "support/testprogram.h"
+
 #include <QProcess>
 #include <QString>
 #include <QStringList>
 
-/// Another process that holds a lock on a database file. It is the test program itself, whose
-/// main() hands the arguments over to playLock() before it does anything else.
+/// Another process that holds a lock on a database file. It is the test program itself;
+/// tests that want one are added with LockingProcess::run.
 class LockingProcess
 {
 public:
@@ -25,13 +27,18 @@ public:
     /// Lets go of the lock in an orderly way, and returns when that is done.
     void end();
 
-    /// Whether these are the arguments of such a process.
-    static bool isMeant(const QStringList& arguments);
-
-    /// What the process does; gives its exit code.
-    static int playLock(const QStringList& arguments);
+    /// Holds the lock if the arguments say so, else runs the test.
+    template <class Test>
+    static int run(int argc, char** argv)
+    {
+        return isMeant(argc, argv) ? playLock(argc, argv)
+                                   : testprogram::run<Test, QCoreApplication>(argc, argv);
+    }
 
 private:
+    static bool isMeant(int argc, char** argv);
+    static int playLock(int argc, char** argv);
+
     QProcess m_process;
     bool m_held = false;
 };

@@ -1,7 +1,7 @@
 #include "dayfilewriter.h"
 #include "export/csvexportfromdbthread.h"
 #include "exportscene.h"
-#include "privatemounts.h"
+#include "support/privatemounts.h"
 #include "timescene.h"
 
 #include <QDir>
@@ -10,14 +10,11 @@
 
 #include <sys/statvfs.h>
 
-#include <cstdio>
-
 // Exports to a disk that fills up, wherever in the file that is, and to a directory that may only be
 // read, by mounts that nobody else sees.
 
 namespace {
 
-constexpr int kSkipped = 77; // what the list of tests takes for "could not be run"
 constexpr qint64 kDiskBytes = 1024 * 1024;
 constexpr int kPageBytes = 4096;
 
@@ -203,17 +200,5 @@ void TestExportDisk::directoryThatTurnsReadOnly()
              text("warning: [导出线程] 删除临时文件失败： \"%1/%2\"").arg(directory, left.first()));
 }
 
-int main(int argc, char** argv)
-{
-    const QString obstacle = privatemounts::enter();
-    if (!obstacle.isEmpty()) {
-        std::printf("SKIPPED: exports to a full and to a read-only disk were NOT tested: %s\n",
-                    qPrintable(obstacle));
-        return kSkipped;
-    }
-    QCoreApplication application(argc, argv);
-    TestExportDisk test;
-    return QTest::qExec(&test, argc, argv);
-}
-
+SCN_TEST_RUN((&privatemounts::run<TestExportDisk, QCoreApplication>))
 #include "test_exportdisk.moc"

@@ -207,14 +207,5 @@ void TestExportLocks::stopInTheWait()
     QCOMPARE(filesIn(scene.outputDirectory()), QStringList());
 }
 
-int main(int argc, char** argv)
-{
-    QCoreApplication application(argc, argv);
-    if (LockingProcess::isMeant(QCoreApplication::arguments())) {
-        return LockingProcess::playLock(QCoreApplication::arguments());
-    }
-    TestExportLocks test;
-    return QTest::qExec(&test, argc, argv);
-}
-
+SCN_TEST_RUN((&LockingProcess::run<TestExportLocks>))
 #include "test_exportlocks.moc"

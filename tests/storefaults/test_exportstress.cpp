@@ -4,6 +4,7 @@
 #include "logcapture.h"
 #include "standstillwatchdog.h"
 #include "storage/connectionpool.h"
+#include "support/testprogram.h"
 #include "timescene.h"
 
 #include <QDir>
@@ -186,5 +187,5 @@ void TestExportStress::exportsBesideARunningProgram()
     QVERIFY(written > 100);
 }
 
-QTEST_GUILESS_MAIN(TestExportStress)
+SCN_TEST(TestExportStress, QCoreApplication)
 #include "test_exportstress.moc"

@@ -3,6 +3,7 @@
 #include "logcapture.h"
 #include "storage/connectionpool.h"
 #include "storage/curvedatadb.h"
+#include "support/testprogram.h"
 #include "teststore.h"
 
 #include <QDir>
@@ -376,5 +377,5 @@ void TestStoreDamage::directoryThatCannotBeMadeAgain()
     QCOMPARE(log.lines(QtWarningMsg) + log.lines(QtCriticalMsg), QStringList());
 }
 
-QTEST_GUILESS_MAIN(TestStoreDamage)
+SCN_TEST(TestStoreDamage, QCoreApplication)
 #include "test_storedamage.moc"

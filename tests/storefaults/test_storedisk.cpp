@@ -1,22 +1,19 @@
 #include "dayfilereader.h"
 #include "dayfilewriter.h"
 #include "logcapture.h"
-#include "privatemounts.h"
 #include "storage/curvedatadb.h"
 #include "storeobserver.h"
+#include "support/privatemounts.h"
 #include "teststore.h"
 
 #include <QDir>
 #include <QFile>
 #include <QtTest>
 
-#include <cstdio>
-
 // A disk that is full and a directory that may only be read, by mounts that nobody else sees.
 
 namespace {
 
-constexpr int kSkipped = 77; // what the list of tests takes for "could not be run"
 constexpr int kCloseMs = 5000;
 constexpr qint64 kRepairMs = 5000;
 constexpr qint64 kDiskBytes = 8 * 1024 * 1024;
@@ -304,17 +301,5 @@ void TestStoreDisk::readOnlyDirectoryWhenAFileIsOpenedAgain()
     QCOMPARE(values(path), QStringList{one("4.0")});
 }
 
-int main(int argc, char** argv)
-{
-    const QString obstacle = privatemounts::enter();
-    if (!obstacle.isEmpty()) {
-        std::printf("SKIPPED: the full disk and the read-only directory were NOT tested: %s\n",
-                    qPrintable(obstacle));
-        return kSkipped;
-    }
-    QCoreApplication application(argc, argv);
-    TestStoreDisk test;
-    return QTest::qExec(&test, argc, argv);
-}
-
+SCN_TEST_RUN((&privatemounts::run<TestStoreDisk, QCoreApplication>))
 #include "test_storedisk.moc"

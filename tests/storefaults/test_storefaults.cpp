@@ -7,6 +7,7 @@
 #include "storage/shardnaming.h"
 #include "storage/storeclock.h"
 #include "storeobserver.h"
+#include "support/testprogram.h"
 
 #include <QDir>
 #include <QFile>
@@ -412,5 +413,5 @@ void TestStoreFaults::everyFaultIsSurvived()
 Q_DECLARE_METATYPE(Scene)
 Q_DECLARE_METATYPE(faultyvfs::Fault)
 
-QTEST_GUILESS_MAIN(TestStoreFaults)
+SCN_TEST(TestStoreFaults, QCoreApplication)
 #include "test_storefaults.moc"

@@ -3,6 +3,7 @@
 #include "storage/curvedatadb.h"
 #include "storage/shardnaming.h"
 #include "storage/storeclock.h"
+#include "support/testprogram.h"
 
 #include <QDir>
 #include <QElapsedTimer>
@@ -140,7 +141,8 @@ QString TestStoreKills::killOne(const QString& directory, qint64 start, QRandomG
 {
     QProcess child;
     child.start(QCoreApplication::applicationFilePath(),
-                {one("--play"), one("writer"), directory, QString::number(start)});
+                {testprogram::runningTest(), one("--play"), one("writer"), directory,
+                 QString::number(start)});
     if (!child.waitForStarted(kChildTimeoutMs)) {
         return one("the child does not start");
     }
@@ -219,8 +221,8 @@ void TestStoreKills::killedWriterLosesNothingItReported()
 
     QProcess reader;
     reader.start(QCoreApplication::applicationFilePath(),
-                 {one("--play"), one("reader"), directory.path(), QString::number(first - kBatchMs),
-                  QString::number(edge)});
+                 {testprogram::runningTest(), one("--play"), one("reader"), directory.path(),
+                  QString::number(first - kBatchMs), QString::number(edge)});
     QVERIFY(reader.waitForFinished(kChildTimeoutMs));
     QCOMPARE(reader.exitCode(), 0);
 
@@ -260,15 +262,18 @@ void TestStoreKills::killedWriterLosesNothingItReported()
     QCOMPARE(QString::fromLatin1(reader.readAllStandardOutput()), expected);
 }
 
-int main(int argc, char** argv)
+namespace {
+
+int runOrPlay(int argc, char** argv)
 {
-    QCoreApplication application(argc, argv);
-    const QStringList arguments = QCoreApplication::arguments();
-    if (arguments.value(1) == one("--play")) {
-        return play(arguments.mid(2));
+    if (argc > 1 && qstrcmp(argv[1], "--play") == 0) {
+        const QCoreApplication application(argc, argv);
+        return play(QCoreApplication::arguments().mid(2));
     }
-    TestStoreKills test;
-    return QTest::qExec(&test, argc, argv);
+    return testprogram::run<TestStoreKills, QCoreApplication>(argc, argv);
 }
 
+} // namespace
+
+SCN_TEST_RUN(&runOrPlay)
 #include "test_storekills.moc"

@@ -252,14 +252,5 @@ void TestStoreLocks::lockOfAPastDay()
     QCOMPARE(store->readCurveData(1, yesterday, yesterday + 1, 0).size(), 1);
 }
 
-int main(int argc, char** argv)
-{
-    QCoreApplication application(argc, argv);
-    if (LockingProcess::isMeant(QCoreApplication::arguments())) {
-        return LockingProcess::playLock(QCoreApplication::arguments());
-    }
-    TestStoreLocks test;
-    return QTest::qExec(&test, argc, argv);
-}
-
+SCN_TEST_RUN((&LockingProcess::run<TestStoreLocks>))
 #include "test_storelocks.moc"

@@ -5,6 +5,7 @@
 #include "storage/connectionpool.h"
 #include "storage/curvedatadb.h"
 #include "storage/managedquery.h"
+#include "support/testprogram.h"
 #include "teststore.h"
 
 #include <QDir>
@@ -205,7 +206,8 @@ private slots:
 void TestStoreStress::watchdogTellsTheStacks()
 {
     QProcess child;
-    child.start(QCoreApplication::applicationFilePath(), {one("--stand-still")});
+    child.start(QCoreApplication::applicationFilePath(),
+                {testprogram::runningTest(), one("--stand-still")});
     QVERIFY(child.waitForFinished(kStandstillMs * timeFactor()));
     QCOMPARE(child.exitStatus(), QProcess::CrashExit);
     const QString errors = QString::fromUtf8(child.readAllStandardError());
@@ -303,14 +305,18 @@ void TestStoreStress::anythingAtAnyTime()
     }
 }
 
-int main(int argc, char** argv)
+namespace {
+
+int runOrPlay(int argc, char** argv)
 {
-    QCoreApplication application(argc, argv);
-    if (QCoreApplication::arguments().value(1) == one("--stand-still")) {
+    if (argc > 1 && qstrcmp(argv[1], "--stand-still") == 0) {
+        const QCoreApplication application(argc, argv);
         return playStandstill();
     }
-    TestStoreStress test;
-    return QTest::qExec(&test, argc, argv);
+    return testprogram::run<TestStoreStress, QCoreApplication>(argc, argv);
 }
 
+} // namespace
+
+SCN_TEST_RUN(&runOrPlay)
 #include "test_storestress.moc"

@@ -2,6 +2,7 @@
 #include "support/programuser.h"
 #include "support/readings.h"
 #include "support/simulatedinstrument.h"
+#include "support/testprogram.h"
 #include "support/virtualdisplay.h"
 
 #include <QDateTime>
@@ -233,5 +234,5 @@ void TestExport::endInAnExportLeavesNothing()
     QCOMPARE(directory.entryList({QStringLiteral("*.csv")}), QStringList());
 }
 
-QTEST_GUILESS_MAIN(TestExport)
+SCN_TEST(TestExport, QCoreApplication)
 #include "test_export.moc"

@@ -1,4 +1,5 @@
 #include "support/faultsession.h"
+#include "support/testprogram.h"
 
 #include <QElapsedTimer>
 #include <QFile>
@@ -411,5 +412,5 @@ void TestFaultMatrix::survives()
     QCOMPARE(storeError(), QString());
 }
 
-QTEST_GUILESS_MAIN(TestFaultMatrix)
+SCN_TEST(TestFaultMatrix, QCoreApplication)
 #include "test_faultmatrix.moc"

@@ -1,4 +1,5 @@
 #include "support/faultsession.h"
+#include "support/testprogram.h"
 
 #include <QDir>
 #include <QElapsedTimer>
@@ -426,5 +427,5 @@ void TestFaults::linkedStoreIsLeftAlone()
     QVERIFY(m_program->log().contains(QStringLiteral("数据目录是链接，不清理其内容")));
 }
 
-QTEST_GUILESS_MAIN(TestFaults)
+SCN_TEST(TestFaults, QCoreApplication)
 #include "test_faults.moc"

@@ -1,6 +1,7 @@
 #include "support/programprocess.h"
 #include "support/programuser.h"
 #include "support/simulatedinstrument.h"
+#include "support/testprogram.h"
 #include "support/virtualdisplay.h"
 
 #include <QTest>
@@ -69,5 +70,5 @@ void TestHand::wheelTurnsABoxOnlyAfterAClick()
     QVERIFY(functionsSent(instrument).constFirst().endsWith(QStringLiteral(",(@103)")));
 }
 
-QTEST_GUILESS_MAIN(TestHand)
+SCN_TEST(TestHand, QCoreApplication)
 #include "test_hand.moc"

@@ -1,4 +1,5 @@
 #include "support/simulatedinstrument.h"
+#include "support/testprogram.h"
 #include "support/virtualdisplay.h"
 
 #include <QFile>
@@ -241,5 +242,5 @@ void TestLauncher::whatCannotStartIsToldAndEndsIt()
     QVERIFY2(log.contains(text), qPrintable(log));
 }
 
-QTEST_GUILESS_MAIN(TestLauncher)
+SCN_TEST(TestLauncher, QCoreApplication)
 #include "test_launcher.moc"

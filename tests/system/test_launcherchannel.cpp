@@ -1,5 +1,6 @@
 #include "support/programprocess.h"
 #include "support/simulatedinstrument.h"
+#include "support/testprogram.h"
 #include "support/virtualdisplay.h"
 
 #include <QDir>
@@ -407,5 +408,5 @@ void TestLauncherChannel::logLinesCarryNoFileAndNoCategory()
              qPrintable(program.log()));
 }
 
-QTEST_GUILESS_MAIN(TestLauncherChannel)
+SCN_TEST(TestLauncherChannel, QCoreApplication)
 #include "test_launcherchannel.moc"

@@ -1,6 +1,7 @@
 #include "support/programprocess.h"
 #include "support/programuser.h"
 #include "support/simulatedinstrument.h"
+#include "support/testprogram.h"
 #include "support/virtualdisplay.h"
 
 #include <QColor>
@@ -81,5 +82,5 @@ void TestLock::veilStandsUnderAPointerThatRestsOnTheTable()
     QVERIFY2(!program.crashed(), qPrintable(program.log()));
 }
 
-QTEST_GUILESS_MAIN(TestLock)
+SCN_TEST(TestLock, QCoreApplication)
 #include "test_lock.moc"

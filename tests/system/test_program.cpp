@@ -2,6 +2,7 @@
 #include "support/programuser.h"
 #include "support/readings.h"
 #include "support/simulatedinstrument.h"
+#include "support/testprogram.h"
 #include "support/virtualdisplay.h"
 
 #include <QDateTime>
@@ -388,5 +389,5 @@ void TestProgram::exitsWithAHangingReplyAreClean()
     }
 }
 
-QTEST_GUILESS_MAIN(TestProgram)
+SCN_TEST(TestProgram, QCoreApplication)
 #include "test_program.moc"

@@ -1,4 +1,5 @@
 #include "support/simulatedinstrument.h"
+#include "support/testprogram.h"
 
 #include <QProcess>
 #include <QTest>
@@ -62,5 +63,5 @@ void TestPyVisa::wrongAnswerIsFound()
 
 Q_DECLARE_METATYPE(SimulatedInstrument::Transport)
 
-QTEST_GUILESS_MAIN(TestPyVisa)
+SCN_TEST(TestPyVisa, QCoreApplication)
 #include "test_pyvisa.moc"

@@ -9,6 +9,7 @@
 #include "support/guiload.h"
 #include "support/readings.h"
 #include "support/simulatedinstrument.h"
+#include "support/testprogram.h"
 #include "support/windowsession.h"
 #include "widgets/imagebutton.h"
 
@@ -137,11 +138,5 @@ void TestScan::transcriptDayFileAndChartsAgree()
     }
 }
 
-int main(int argc, char* argv[])
-{
-    MeteredApplication application(argc, argv);
-    TestScan test;
-    return QTest::qExec(&test, argc, argv);
-}
-
+SCN_TEST(TestScan, MeteredApplication)
 #include "test_scan.moc"

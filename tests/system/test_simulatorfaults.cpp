@@ -1,5 +1,6 @@
 #include "support/simulatedinstrument.h"
 #include "support/streamclient_posix.h"
+#include "support/testprogram.h"
 
 #include <QElapsedTimer>
 #include <QFileInfo>
@@ -312,5 +313,5 @@ void TestSimulatorFaults::controllersThatMisbehaveDisturbNobody()
     QCOMPARE(process.exitCode(), 0);
 }
 
-QTEST_GUILESS_MAIN(TestSimulatorFaults)
+SCN_TEST(TestSimulatorFaults, QCoreApplication)
 #include "test_simulatorfaults.moc"

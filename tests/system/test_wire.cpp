@@ -5,6 +5,7 @@
 #include "storage/curvedatadb.h"
 #include "storage/curveseriesdata.h"
 #include "support/simulatedinstrument.h"
+#include "support/testprogram.h"
 #include "widgets/imagebutton.h"
 
 #include <QApplication>
@@ -520,5 +521,5 @@ void TestWire::lines()
     QVERIFY(!instrument.received().mid(mark + last + 1).contains(QStringLiteral("DATA:POIN?")));
 }
 
-QTEST_MAIN(TestWire)
+SCN_TEST(TestWire, QApplication)
 #include "test_wire.moc"

@@ -3,6 +3,7 @@
 #include "logcapture.h"
 #include "state/globals.h"
 #include "support/fakevisa.h"
+#include "support/testprogram.h"
 
 #include <QElapsedTimer>
 #include <QtTest>
@@ -801,5 +802,5 @@ void TestReadData::sleepsTakeRealTime()
     QVERIFY2(clock.elapsed() >= 15 + 25, qPrintable(QString::number(clock.elapsed())));
 }
 
-QTEST_GUILESS_MAIN(TestReadData)
+SCN_TEST(TestReadData, QCoreApplication)
 #include "test_readdata.moc"

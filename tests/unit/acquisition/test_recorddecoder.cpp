@@ -1,6 +1,7 @@
 #include "acquisition/readdata.h"
 #include "acquisition/recorddecoder.h"
 #include "logcapture.h"
+#include "support/testprogram.h"
 
 #include <QRegExp>
 #include <QtTest>
@@ -692,5 +693,5 @@ void TestRecordDecoder::threadDecodesLikeTheFreeFunctions()
     QVERIFY(thread.parseRecord(fields).valid);
 }
 
-QTEST_GUILESS_MAIN(TestRecordDecoder)
+SCN_TEST(TestRecordDecoder, QCoreApplication)
 #include "test_recorddecoder.moc"

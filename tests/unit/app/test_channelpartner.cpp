@@ -1,6 +1,7 @@
 #include "app/mainwidget.h"
 #include "channels/commfunc.h"
 #include "state/globals.h"
+#include "support/testprogram.h"
 #include "widgets/customcombobox.h"
 #include "widgets/customlineedit.h"
 #include "windowbench.h"
@@ -193,5 +194,5 @@ void TestChannelPartner::partnerStaysOutOfTheScanListWhenItsListIsRefused()
     QCOMPARE(g_scanChannels.keys(), QList<int>{105});
 }
 
-QTEST_MAIN(TestChannelPartner)
+SCN_TEST(TestChannelPartner, QApplication)
 #include "test_channelpartner.moc"

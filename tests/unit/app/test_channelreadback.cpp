@@ -1,5 +1,6 @@
 #include "app/mainwidget.h"
 #include "channels/advancedsetting.h"
+#include "support/testprogram.h"
 #include "widgets/customcombobox.h"
 #include "widgets/customlineedit.h"
 #include "windowbench.h"
@@ -544,5 +545,5 @@ void TestChannelReadBack::referencesShowInTheScalePanel()
     }
 }
 
-QTEST_MAIN(TestChannelReadBack)
+SCN_TEST(TestChannelReadBack, QApplication)
 #include "test_channelreadback.moc"

@@ -4,6 +4,7 @@
 #include "plot/datanetwork.h"
 #include "plot/graphicsettingwidget.h"
 #include "state/globals.h"
+#include "support/testprogram.h"
 #include "widgets/customcombobox.h"
 #include "widgets/customlineedit.h"
 #include "widgets/custommessagedialog.h"
@@ -798,5 +799,5 @@ void TestChannelRow::numberSendsNothing()
     QCOMPARE(bench.takeLines(), QStringList());
 }
 
-QTEST_MAIN(TestChannelRow)
+SCN_TEST(TestChannelRow, QApplication)
 #include "test_channelrow.moc"

@@ -5,6 +5,7 @@
 #include "plot/graphicsettingwidget.h"
 #include "plot/groupedheaderview.h"
 #include "state/globals.h"
+#include "support/testprogram.h"
 #include "widgets/customcombobox.h"
 #include "widgets/customlineedit.h"
 #include "windowbench.h"
@@ -430,5 +431,5 @@ void TestChannelTable::settingsPageSendsNothing()
     QCOMPARE(checked, texts({"开关模式", "开关模式", "开关模式"}));
 }
 
-QTEST_MAIN(TestChannelTable)
+SCN_TEST(TestChannelTable, QApplication)
 #include "test_channeltable.moc"

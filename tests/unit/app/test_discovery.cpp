@@ -1,6 +1,7 @@
 #include "app/mainwidget.h"
 #include "instrument/cdevicevisa.h"
 #include "state/globals.h"
+#include "support/testprogram.h"
 #include "widgets/customcombobox.h"
 #include "widgets/customlineedit.h"
 #include "windowbench.h"
@@ -276,5 +277,5 @@ void TestDiscovery::silenceReadsAsDefaults()
     QCOMPARE(bench.message(), QString());
 }
 
-QTEST_MAIN(TestDiscovery)
+SCN_TEST(TestDiscovery, QApplication)
 #include "test_discovery.moc"

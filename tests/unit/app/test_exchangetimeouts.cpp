@@ -1,4 +1,5 @@
 #include "app/mainwidget.h"
+#include "support/testprogram.h"
 #include "widgets/customcombobox.h"
 #include "windowbench.h"
 
@@ -63,5 +64,5 @@ void TestExchangeTimeouts::exchangeHasFiveSeconds()
     QCOMPARE(times.value(line), QStringLiteral("5000"));
 }
 
-QTEST_MAIN(TestExchangeTimeouts)
+SCN_TEST(TestExchangeTimeouts, QApplication)
 #include "test_exchangetimeouts.moc"

@@ -6,6 +6,7 @@
 #include "overlay/loadingview.h"
 #include "state/globals.h"
 #include "storage/curvedatadb.h"
+#include "support/testprogram.h"
 #include "userhand.h"
 #include "widgets/customcombobox.h"
 #include "widgets/customdialog.h"
@@ -820,5 +821,5 @@ void TestExportDialog::exitLeavesTheDialog()
     bench.close();
 }
 
-QTEST_MAIN(TestExportDialog)
+SCN_TEST(TestExportDialog, QApplication)
 #include "test_exportdialog.moc"

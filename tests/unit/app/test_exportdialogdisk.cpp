@@ -1,5 +1,5 @@
 #include "exportbench.h"
-#include "storefaults/privatemounts.h"
+#include "support/privatemounts.h"
 
 #include <QApplication>
 #include <QDir>
@@ -7,14 +7,11 @@
 #include <QTemporaryDir>
 #include <QtTest>
 
-#include <cstdio>
-
 // Exports to a disk that is full and to a directory that may only be read, by mounts that nobody else
 // sees.
 
 namespace {
 
-constexpr int kSkipped = 77; // what the list of tests takes for "could not be run"
 constexpr qint64 kDiskBytes = 131072;
 /// Rows that the disk has no room for.
 constexpr int kRows = 10000;
@@ -116,17 +113,5 @@ void TestExportDialogDisk::directoryMayOnlyBeRead()
     exportSucceeds(bench, directory.path());
 }
 
-int main(int argc, char** argv)
-{
-    const QString obstacle = privatemounts::enter();
-    if (!obstacle.isEmpty()) {
-        std::printf("SKIPPED: the full disk and the read-only directory were NOT tested: %s\n",
-                    qPrintable(obstacle));
-        return kSkipped;
-    }
-    const QApplication application(argc, argv);
-    TestExportDialogDisk test;
-    return QTest::qExec(&test, argc, argv);
-}
-
+SCN_TEST_RUN((&privatemounts::run<TestExportDialogDisk, QApplication>))
 #include "test_exportdialogdisk.moc"

@@ -1,6 +1,7 @@
 #include "instrument/cdevicevisa.h"
 #include "state/globals.h"
 #include "support/fakevisa.h"
+#include "support/testprogram.h"
 
 #include <QTest>
 
@@ -35,5 +36,5 @@ void TestGlobals::instrumentSessionIsOpenedBeforeMain()
     QCOMPARE(fake.calls(), QStringList());
 }
 
-QTEST_GUILESS_MAIN(TestGlobals)
+SCN_TEST(TestGlobals, QCoreApplication)
 #include "test_globals.moc"

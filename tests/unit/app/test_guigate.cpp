@@ -1,5 +1,6 @@
 #include "common/guigate.h"
 #include "common/helperthreads.h"
+#include "support/testprogram.h"
 
 #include <QCoreApplication>
 #include <QSemaphore>
@@ -115,5 +116,5 @@ void TestGuiGate::waitingForHelpersIsBounded()
     QVERIFY(HelperThreads::waitForAll(5000));
 }
 
-QTEST_GUILESS_MAIN(TestGuiGate)
+SCN_TEST(TestGuiGate, QCoreApplication)
 #include "test_guigate.moc"

@@ -1,5 +1,6 @@
 #include "app/inputreaderthread.h"
 #include "support/standardstreams_posix.h"
+#include "support/testprogram.h"
 
 #include <QElapsedTimer>
 #include <QTest>
@@ -155,5 +156,5 @@ void TestInputReaderThread::stopBeforeTheStartReadsNothing()
     QCOMPARE(lines, 0);
 }
 
-QTEST_GUILESS_MAIN(TestInputReaderThread)
+SCN_TEST(TestInputReaderThread, QCoreApplication)
 #include "test_inputreaderthread.moc"

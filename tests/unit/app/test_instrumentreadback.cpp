@@ -5,6 +5,7 @@
 #include "instrument/cdevicevisa.h"
 #include "state/globals.h"
 #include "support/fakeinstrument.h"
+#include "support/testprogram.h"
 
 #include <QThread>
 #include <QtTest>
@@ -469,5 +470,5 @@ void TestInstrumentReadBack::closedGateShowsNothing()
     QCOMPARE(m_display->takeShown(), texts({"trigger immediate"}));
 }
 
-QTEST_GUILESS_MAIN(TestInstrumentReadBack)
+SCN_TEST(TestInstrumentReadBack, QCoreApplication)
 #include "test_instrumentreadback.moc"

@@ -1,5 +1,6 @@
 #include "app/launcharguments.h"
 #include "state/globals.h"
+#include "support/testprogram.h"
 
 #include <QTest>
 
@@ -61,5 +62,5 @@ void TestLaunchArguments::validationComparesWithTheResource()
     QCOMPARE(validateLaunchArguments(arguments), valid);
 }
 
-QTEST_GUILESS_MAIN(TestLaunchArguments)
+SCN_TEST(TestLaunchArguments, QCoreApplication)
 #include "test_launcharguments.moc"

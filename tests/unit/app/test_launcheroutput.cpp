@@ -3,6 +3,7 @@
 #include "state/globals.h"
 #include "support/fakevisa.h"
 #include "support/standardstreams_posix.h"
+#include "support/testprogram.h"
 
 #include <QApplication>
 #include <QElapsedTimer>
@@ -249,5 +250,5 @@ void TestLauncherOutput::lastLinesAreGivenTheirTime()
     QCOMPARE(bytes, all);
 }
 
-QTEST_MAIN(TestLauncherOutput)
+SCN_TEST(TestLauncherOutput, QApplication)
 #include "test_launcheroutput.moc"

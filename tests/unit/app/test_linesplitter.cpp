@@ -1,4 +1,5 @@
 #include "app/linesplitter.h"
+#include "support/testprogram.h"
 
 #include <QTest>
 #include <QTextCodec>
@@ -112,5 +113,5 @@ void TestLineSplitter::lineWithoutAnEndIsNotGathered()
     QCOMPARE(splitter.finish(), QStringList());
 }
 
-QTEST_GUILESS_MAIN(TestLineSplitter)
+SCN_TEST(TestLineSplitter, QCoreApplication)
 #include "test_linesplitter.moc"

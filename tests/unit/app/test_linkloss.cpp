@@ -6,6 +6,7 @@
 #include "state/globals.h"
 #include "support/hand.h"
 #include "support/standardstreams_posix.h"
+#include "support/testprogram.h"
 #include "widgets/customcombobox.h"
 #include "widgets/customlineedit.h"
 #include "windowbench.h"
@@ -354,5 +355,5 @@ void TestLinkLoss::exitIsHeededBetweenTwoExchanges()
     WindowBench::endAcquisition();
 }
 
-QTEST_MAIN(TestLinkLoss)
+SCN_TEST(TestLinkLoss, QApplication)
 #include "test_linkloss.moc"

@@ -1,4 +1,5 @@
 #include "app/mainwidget.h"
+#include "support/testprogram.h"
 #include "widgets/timecolumn.h"
 #include "widgets/timepicker.h"
 #include "windowbench.h"
@@ -417,5 +418,5 @@ void TestLoggingPage::rowLimitKeepsItsRange()
     QCOMPARE(spin->value(), 100000);
 }
 
-QTEST_MAIN(TestLoggingPage)
+SCN_TEST(TestLoggingPage, QApplication)
 #include "test_loggingpage.moc"

@@ -9,6 +9,7 @@
 #include "plot/graphicsettingwidget.h"
 #include "resources/resources.h"
 #include "state/globals.h"
+#include "support/testprogram.h"
 #include "widgets/customcombobox.h"
 #include "widgets/custommessagedialog.h"
 #include "widgets/imagebutton.h"
@@ -778,5 +779,5 @@ void TestMainWidget::acquisitionThatForceDoesNotEndIsLeftBehind()
     delete acquisition;
 }
 
-QTEST_MAIN(TestMainWidget)
+SCN_TEST(TestMainWidget, QApplication)
 #include "test_mainwidget.moc"

@@ -6,6 +6,7 @@
 #include "channels/advancedsetting.h"
 #include "state/globals.h"
 #include "support/fakeinstrument.h"
+#include "support/testprogram.h"
 #include "widgets/customcombobox.h"
 #include "widgets/customlineedit.h"
 #include "widgets/timepicker.h"
@@ -220,5 +221,5 @@ void TestPageBuilders::rowsAreEnabledAndDisabledWhole()
     QVERIFY(row.scaleMore->isEnabled());
 }
 
-QTEST_MAIN(TestPageBuilders)
+SCN_TEST(TestPageBuilders, QApplication)
 #include "test_pagebuilders.moc"

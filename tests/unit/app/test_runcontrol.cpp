@@ -6,6 +6,7 @@
 #include "overlay/windowlockmanager.h"
 #include "resources/resources.h"
 #include "state/globals.h"
+#include "support/testprogram.h"
 #include "widgets/custommessagedialog.h"
 #include "widgets/imagebutton.h"
 #include "widgets/timepicker.h"
@@ -794,5 +795,5 @@ void TestRunControl::keysChangeNoTriggerSettingWhileLocked()
     QVERIFY(!radio->isChecked());
 }
 
-QTEST_MAIN(TestRunControl)
+SCN_TEST(TestRunControl, QApplication)
 #include "test_runcontrol.moc"

@@ -8,6 +8,7 @@
 #include "storage/curvedatadb.h"
 #include "storage/curveseriesdata.h"
 #include "storage/datadirectory.h"
+#include "support/testprogram.h"
 #include "widgets/custommessagedialog.h"
 #include "widgets/imagebutton.h"
 #include "windowbench.h"
@@ -387,5 +388,5 @@ void TestScanStart::labelSaysWhenNothingCanBeStored()
     QVERIFY(textColour() != warning);
 }
 
-QTEST_MAIN(TestScanStart)
+SCN_TEST(TestScanStart, QApplication)
 #include "test_scanstart.moc"

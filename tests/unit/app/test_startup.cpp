@@ -4,6 +4,7 @@
 #include "export/exportresult.h"
 #include "resources/resources.h"
 #include "state/globals.h"
+#include "support/testprogram.h"
 
 #include <QApplication>
 #include <QFile>
@@ -242,5 +243,5 @@ void TestStartup::missingTranslationIsOneLogLine()
     Startup::loadTranslations(directory.path());
 }
 
-QTEST_MAIN(TestStartup)
+SCN_TEST(TestStartup, QApplication)
 #include "test_startup.moc"

@@ -1,6 +1,7 @@
 #include "app/mainwidget.h"
 #include "overlay/loadingview.h"
 #include "state/globals.h"
+#include "support/testprogram.h"
 #include "widgets/timepicker.h"
 #include "windowbench.h"
 
@@ -455,5 +456,5 @@ void TestTriggerSettings::lostInstrumentIsNotAskedForItsSettings()
                     "MEM:STAT:NAME? 4", "MEM:STAT:VAL? 4", "MEM:STAT:NAME? 5", "MEM:STAT:VAL? 5"}));
 }
 
-QTEST_MAIN(TestTriggerSettings)
+SCN_TEST(TestTriggerSettings, QApplication)
 #include "test_triggersettings.moc"

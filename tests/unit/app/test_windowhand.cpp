@@ -3,6 +3,7 @@
 #include "state/globals.h"
 #include "support/eventcounter.h"
 #include "support/hand.h"
+#include "support/testprogram.h"
 #include "widgets/customcombobox.h"
 #include "widgets/customlineedit.h"
 #include "widgets/timecolumn.h"
@@ -458,5 +459,5 @@ void TestWindowHand::focusShowsInTheTable()
     QVERIFY2(changed >= rest.width() + rest.height(), qPrintable(QString::number(changed)));
 }
 
-QTEST_MAIN(TestWindowHand)
+SCN_TEST(TestWindowHand, QApplication)
 #include "test_windowhand.moc"

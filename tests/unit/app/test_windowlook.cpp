@@ -5,6 +5,7 @@
 #include "plot/custommdisubwindow.h"
 #include "plot/graphicsettingwidget.h"
 #include "resources/resources.h"
+#include "support/testprogram.h"
 #include "widgets/customcombobox.h"
 #include "windowbench.h"
 
@@ -185,5 +186,5 @@ void TestWindowLook::panelsStayOnTheScreen()
     }
 }
 
-QTEST_MAIN(TestWindowLook)
+SCN_TEST(TestWindowLook, QApplication)
 #include "test_windowlook.moc"

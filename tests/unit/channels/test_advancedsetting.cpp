@@ -1,6 +1,7 @@
 // What the panel looks like and what it says to the instrument.
 #include "openpanel.h"
 #include "starred.h"
+#include "support/testprogram.h"
 
 #include <QAbstractItemView>
 #include <QLineEdit>
@@ -517,5 +518,5 @@ void TestAdvancedSetting::openListKeepsThePanelOpen()
     QVERIFY(open.panel().isVisible());
 }
 
-QTEST_MAIN(TestAdvancedSetting)
+SCN_TEST(TestAdvancedSetting, QApplication)
 #include "test_advancedsetting.moc"

@@ -1,6 +1,7 @@
 // The panel under keys, wheel and mouse.
 #include "openpanel.h"
 #include "support/hand.h"
+#include "support/testprogram.h"
 
 #include <QApplication>
 #include <QLineEdit>
@@ -345,5 +346,5 @@ void TestAdvancedSettingHand::restoredDelayIsAutomaticAlsoWhereThePanelShowsIt()
     QCOMPARE(open.takeSent(), QStringList());
 }
 
-QTEST_MAIN(TestAdvancedSettingHand)
+SCN_TEST(TestAdvancedSettingHand, QApplication)
 #include "test_advancedsettinghand.moc"

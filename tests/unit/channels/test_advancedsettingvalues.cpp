@@ -1,5 +1,6 @@
 // What the panel is told to show, and the defaults that it restores.
 #include "openpanel.h"
+#include "support/testprogram.h"
 
 #include <QtTest>
 
@@ -247,5 +248,5 @@ void TestAdvancedSettingValues::scalingDefaultsAreRestored()
     QCOMPARE(decibel.takeSent(), sent("CALC:SCAL:REF 0,(@105)"));
 }
 
-QTEST_MAIN(TestAdvancedSettingValues)
+SCN_TEST(TestAdvancedSettingValues, QApplication)
 #include "test_advancedsettingvalues.moc"

@@ -1,4 +1,5 @@
 #include "common/channelnumber.h"
+#include "support/testprogram.h"
 
 #include <QtTest>
 
@@ -75,5 +76,5 @@ void TestChannelNumber::labelComesBackFromTheText()
     QCOMPARE(ok, isChannel);
 }
 
-QTEST_GUILESS_MAIN(TestChannelNumber)
+SCN_TEST(TestChannelNumber, QCoreApplication)
 #include "test_channelnumber.moc"

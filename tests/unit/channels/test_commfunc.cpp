@@ -1,6 +1,7 @@
 #include "channels/commfunc.h"
 #include "starred.h"
 #include "state/globals.h"
+#include "support/testprogram.h"
 
 #include <QtTest>
 
@@ -686,5 +687,5 @@ void TestCommFunc::styleSheetsHoldTheirColours()
     QCOMPARE(style.count(QLatin1Char('{')), style.count(QLatin1Char('}')));
 }
 
-QTEST_GUILESS_MAIN(TestCommFunc)
+SCN_TEST(TestCommFunc, QCoreApplication)
 #include "test_commfunc.moc"

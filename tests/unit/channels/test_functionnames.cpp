@@ -1,5 +1,6 @@
 #include "channels/commfunc.h"
 #include "channels/functionnames.h"
+#include "support/testprogram.h"
 
 #include <QtTest>
 
@@ -121,5 +122,5 @@ void TestFunctionNames::plainNamesAreInTheCatalogue()
     }
 }
 
-QTEST_GUILESS_MAIN(TestFunctionNames)
+SCN_TEST(TestFunctionNames, QCoreApplication)
 #include "test_functionnames.moc"

@@ -1,4 +1,5 @@
 #include "channels/measurementfunction.h"
+#include "support/testprogram.h"
 
 #include <QtTest>
 
@@ -203,5 +204,5 @@ void TestMeasurementFunction::indexOutsideTheTableHasNoFunction()
     QVERIFY(!scn::functionAt(std::numeric_limits<int>::max()));
 }
 
-QTEST_APPLESS_MAIN(TestMeasurementFunction)
+SCN_TEST(TestMeasurementFunction, testprogram::NoApplication)
 #include "test_measurementfunction.moc"

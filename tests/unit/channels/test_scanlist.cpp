@@ -1,4 +1,5 @@
 #include "channels/scanlist.h"
+#include "support/testprogram.h"
 
 #include <QtTest>
 
@@ -69,5 +70,5 @@ void TestScanList::replyIsDecoded()
     QCOMPARE(decoded.channels, channels);
 }
 
-QTEST_GUILESS_MAIN(TestScanList)
+SCN_TEST(TestScanList, QCoreApplication)
 #include "test_scanlist.moc"

@@ -2,6 +2,7 @@
 #include "dayfilewriter.h"
 #include "exportscene.h"
 #include "skippedwaits.h"
+#include "support/testprogram.h"
 #include "timescene.h"
 
 #include <QFile>
@@ -299,5 +300,5 @@ void TestExportDays::endBeforeTheStart()
     QVERIFY(partsIn(scene.outputDirectory()).isEmpty());
 }
 
-QTEST_GUILESS_MAIN(TestExportDays)
+SCN_TEST(TestExportDays, QCoreApplication)
 #include "test_exportdays.moc"

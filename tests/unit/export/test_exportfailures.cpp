@@ -7,6 +7,7 @@
 #include "skippedwaits.h"
 #include "storage/connectionpool.h"
 #include "storage/curvedatadb.h"
+#include "support/testprogram.h"
 #include "timescene.h"
 
 #include <QDir>
@@ -301,5 +302,5 @@ void TestExportFailures::fileLockedUnderACursor()
     QCOMPARE(m_lockWaits.total(), kLockPatience);
 }
 
-QTEST_GUILESS_MAIN(TestExportFailures)
+SCN_TEST(TestExportFailures, QCoreApplication)
 #include "test_exportfailures.moc"

@@ -5,6 +5,7 @@
 #include "exportscene.h"
 #include "skippedwaits.h"
 #include "storage/curvedatadb.h"
+#include "support/testprogram.h"
 #include "timescene.h"
 
 #include <QDir>
@@ -253,5 +254,5 @@ void TestExportLog::tableWithoutSamples()
                                    kEnd));
 }
 
-QTEST_GUILESS_MAIN(TestExportLog)
+SCN_TEST(TestExportLog, QCoreApplication)
 #include "test_exportlog.moc"

@@ -1,4 +1,5 @@
 #include "export/exportoutcome.h"
+#include "support/testprogram.h"
 
 #include <QTest>
 
@@ -54,5 +55,5 @@ void TestExportOutcome::successNamesEveryFile()
     QCOMPARE(exportOutcomeText(ExportSuccess, files), text);
 }
 
-QTEST_APPLESS_MAIN(TestExportOutcome)
+SCN_TEST(TestExportOutcome, testprogram::NoApplication)
 #include "test_exportoutcome.moc"

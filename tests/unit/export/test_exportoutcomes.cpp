@@ -4,6 +4,7 @@
 #include "logcapture.h"
 #include "skippedwaits.h"
 #include "storage/querymanager.h"
+#include "support/testprogram.h"
 #include "timescene.h"
 
 #include <QDir>
@@ -421,5 +422,5 @@ void TestExportOutcomes::remainsOfFailuresAreLogged()
     QCOMPARE(filesIn(scene.outputDirectory()), QStringList{QFileInfo(obstacle).fileName()});
 }
 
-QTEST_GUILESS_MAIN(TestExportOutcomes)
+SCN_TEST(TestExportOutcomes, QCoreApplication)
 #include "test_exportoutcomes.moc"

@@ -5,6 +5,7 @@
 #include "logcapture.h"
 #include "skippedwaits.h"
 #include "storechild.h"
+#include "support/testprogram.h"
 #include "timescene.h"
 
 #include <QDir>
@@ -347,5 +348,5 @@ void TestExportParts::fullPart()
     }
 }
 
-QTEST_GUILESS_MAIN(TestExportParts)
+SCN_TEST(TestExportParts, QCoreApplication)
 #include "test_exportparts.moc"

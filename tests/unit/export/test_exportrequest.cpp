@@ -1,4 +1,5 @@
 #include "export/exportrequest.h"
+#include "support/testprogram.h"
 
 #include <QDateTime>
 #include <QTest>
@@ -172,5 +173,5 @@ void TestExportRequest::rangeOfNoTimesHoldsNothing()
     QCOMPARE(range.end, qint64(0));
 }
 
-QTEST_APPLESS_MAIN(TestExportRequest)
+SCN_TEST(TestExportRequest, testprogram::NoApplication)
 #include "test_exportrequest.moc"

@@ -2,6 +2,7 @@
 #include "export/csvexportfromdbthread.h"
 #include "exportscene.h"
 #include "skippedwaits.h"
+#include "support/testprogram.h"
 #include "timescene.h"
 
 #include <QtTest>
@@ -283,5 +284,5 @@ void TestExportRows::lastPartialSecondStaysInTheStore()
     QCOMPARE(scene.store()->readCurveData(2, start, end + 253, 0).size(), 22);
 }
 
-QTEST_GUILESS_MAIN(TestExportRows)
+SCN_TEST(TestExportRows, QCoreApplication)
 #include "test_exportrows.moc"

@@ -2,6 +2,7 @@
 #include "exportscene.h"
 #include "randomcases.h"
 #include "skippedwaits.h"
+#include "support/testprogram.h"
 #include "timescene.h"
 
 #include <QLocale>
@@ -257,5 +258,5 @@ void TestExportValues::localesChangeNothing()
     QCOMPARE(partsIn(scene.outputDirectory()).value(1), expected.first());
 }
 
-QTEST_GUILESS_MAIN(TestExportValues)
+SCN_TEST(TestExportValues, QCoreApplication)
 #include "test_exportvalues.moc"

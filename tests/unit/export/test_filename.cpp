@@ -1,4 +1,5 @@
 #include "export/filename.h"
+#include "support/testprogram.h"
 
 #include <QTest>
 
@@ -35,5 +36,5 @@ void TestFileName::reservedCharactersBecomeUnderscores()
     QCOMPARE(sanitizeFileName(text), name);
 }
 
-QTEST_APPLESS_MAIN(TestFileName)
+SCN_TEST(TestFileName, testprogram::NoApplication)
 #include "test_filename.moc"

@@ -1,6 +1,7 @@
 #include "instrument/cdevicevisa.h"
 #include "instrument/visabinding.h"
 #include "support/fakevisa.h"
+#include "support/testprogram.h"
 
 #include <QSignalSpy>
 #include <QTest>
@@ -821,5 +822,5 @@ void TestCDeviceVisa::noCommandsAreCompletedToo()
     QCOMPARE(m_fake->calls(), QStringList());
 }
 
-QTEST_GUILESS_MAIN(TestCDeviceVisa)
+SCN_TEST(TestCDeviceVisa, QCoreApplication)
 #include "test_cdevicevisa.moc"

@@ -1,5 +1,6 @@
 #include "instrument/cdevicevisa.h"
 #include "support/fakevisa.h"
+#include "support/testprogram.h"
 
 #include <QElapsedTimer>
 #include <QTest>
@@ -230,5 +231,5 @@ void TestCDeviceVisaThreads::connectingAndSendingOnManyThreads()
     QCOMPARE(m_fake->openSessions(), QList<ViSession>());
 }
 
-QTEST_GUILESS_MAIN(TestCDeviceVisaThreads)
+SCN_TEST(TestCDeviceVisaThreads, QCoreApplication)
 #include "test_cdevicevisathreads.moc"

@@ -1,5 +1,6 @@
 #include "instrument/exchange.h"
 #include "support/fakevisa.h"
+#include "support/testprogram.h"
 
 #include <QtTest>
 
@@ -68,5 +69,5 @@ void TestExchange::severalEndWhereTheyAreTold()
     QCOMPARE(m_visa->calls().filter(QStringLiteral("0x3FFF001A, 5000")).size(), 2);
 }
 
-QTEST_GUILESS_MAIN(TestExchange)
+SCN_TEST(TestExchange, QCoreApplication)
 #include "test_exchange.moc"

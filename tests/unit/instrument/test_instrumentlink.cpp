@@ -1,5 +1,6 @@
 #include "instrument/cdevicevisa.h"
 #include "instrument/visabinding.h"
+#include "support/testprogram.h"
 #include "unit/visa/peers_posix.h"
 #include "visa/visaprovider.h"
 
@@ -226,5 +227,5 @@ void TestInstrumentLink::interruptedThreadLeavesItsExchange()
     QVERIFY(device.isConnected());
 }
 
-QTEST_GUILESS_MAIN(TestInstrumentLink)
+SCN_TEST(TestInstrumentLink, QCoreApplication)
 #include "test_instrumentlink.moc"

@@ -1,5 +1,6 @@
 #include "instrument/cdevicevisa.h"
 #include "instrument/visabinding.h"
+#include "support/testprogram.h"
 #include "visa/visaprovider.h"
 
 #include <QProcess>
@@ -93,5 +94,5 @@ void TestVisaBinding::anotherTableCanBePutThere()
     QCOMPARE(&VisaBinding::table(), &found);
 }
 
-QTEST_GUILESS_MAIN(TestVisaBinding)
+SCN_TEST(TestVisaBinding, QCoreApplication)
 #include "test_visabinding.moc"

@@ -1,5 +1,6 @@
 #include "overlay/loadingview.h"
 #include "support/eventcounter.h"
+#include "support/testprogram.h"
 #include "support/timerhand.h"
 
 #include <QApplication>
@@ -689,5 +690,5 @@ void TestLoadingView::openListOfWhatIsCoveredCloses()
     QCOMPARE(box.currentIndex(), 0);
 }
 
-QTEST_MAIN(TestLoadingView)
+SCN_TEST(TestLoadingView, QApplication)
 #include "test_loadingview.moc"

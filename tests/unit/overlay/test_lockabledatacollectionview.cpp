@@ -1,5 +1,6 @@
 #include "overlay/lockabledatacollectionview.h"
 #include "support/animationclock.h"
+#include "support/testprogram.h"
 #include "support/timerhand.h"
 
 #include <QElapsedTimer>
@@ -573,5 +574,5 @@ void TestLockableDataCollectionView::barFollowsTheVisiblePart()
     QCOMPARE(proxyOf(*m_view)->geometry().bottom(), seen);
 }
 
-QTEST_MAIN(TestLockableDataCollectionView)
+SCN_TEST(TestLockableDataCollectionView, QApplication)
 #include "test_lockabledatacollectionview.moc"

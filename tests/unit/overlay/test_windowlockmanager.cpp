@@ -1,5 +1,6 @@
 #include "overlay/lockabledatacollectionview.h"
 #include "overlay/windowlockmanager.h"
+#include "support/testprogram.h"
 
 #include <QApplication>
 #include <QElapsedTimer>
@@ -490,5 +491,5 @@ void TestWindowLockManager::wheelDoesNotReachALockedPage()
     QVERIFY(area.verticalScrollBar()->value() > 0);
 }
 
-QTEST_MAIN(TestWindowLockManager)
+SCN_TEST(TestWindowLockManager, QApplication)
 #include "test_windowlockmanager.moc"

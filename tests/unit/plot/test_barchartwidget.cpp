@@ -4,6 +4,7 @@
 #include "seriesstore.h"
 #include "storage/nonowningcurvedata.h"
 #include "support/hand.h"
+#include "support/testprogram.h"
 
 #include <QDateTime>
 #include <QScrollBar>
@@ -691,5 +692,5 @@ void TestBarChartWidget::slotsWithoutASenderDoNothing()
     QCOMPARE(f.plot()->curveOffset(f.curve(101)), 0.0);
 }
 
-QTEST_MAIN(TestBarChartWidget)
+SCN_TEST(TestBarChartWidget, QApplication)
 #include "test_barchartwidget.moc"

@@ -1,4 +1,5 @@
 #include "chartfixture.h"
+#include "support/testprogram.h"
 
 #include <QHeaderView>
 #include <QLabel>
@@ -187,5 +188,5 @@ void TestBarChartWidgetLayout::tableOfAHiddenChartIsShownByTheToggle()
     QCOMPARE(toggle->text(), QStringLiteral("▼选择通道"));
 }
 
-QTEST_MAIN(TestBarChartWidgetLayout)
+SCN_TEST(TestBarChartWidgetLayout, QApplication)
 #include "test_barchartwidget_layout.moc"

@@ -3,6 +3,7 @@
 #include "plot/custompanner.h"
 #include "plotsupport.h"
 #include "storage/nonowningcurvedata.h"
+#include "support/testprogram.h"
 
 #include <QDateTime>
 #include <QSignalSpy>
@@ -671,5 +672,5 @@ void TestCCurvePlot::destructionTakesCurvesGridAndTimersAlong()
     QTest::qWait(250);
 }
 
-QTEST_MAIN(TestCCurvePlot)
+SCN_TEST(TestCCurvePlot, QApplication)
 #include "test_ccurveplot.moc"

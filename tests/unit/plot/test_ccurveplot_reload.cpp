@@ -1,6 +1,7 @@
 #include "plot/custommagnifier.h"
 #include "plotsupport.h"
 #include "state/globals.h"
+#include "support/testprogram.h"
 
 #include <QDateTime>
 #include <QElapsedTimer>
@@ -762,5 +763,5 @@ void TestCCurvePlotReload::loadedRangeIsNeverAnnounced()
     QCOMPARE(announced.count(), 0);
 }
 
-QTEST_MAIN(TestCCurvePlotReload)
+SCN_TEST(TestCCurvePlotReload, QApplication)
 #include "test_ccurveplot_reload.moc"

@@ -1,4 +1,5 @@
 #include "plotsupport.h"
+#include "support/testprogram.h"
 
 #include <QSignalSpy>
 #include <qwt_plot_curve.h>
@@ -171,5 +172,5 @@ void TestCCurvePlotShared::plotsCompareWithTheBoundsReportedLast()
     QCOMPARE(firstRanges.count(), 2);
 }
 
-QTEST_MAIN(TestCCurvePlotShared)
+SCN_TEST(TestCCurvePlotShared, QApplication)
 #include "test_ccurveplot_shared.moc"

@@ -1,4 +1,5 @@
 #include "plot/colorselectbutton.h"
+#include "support/testprogram.h"
 
 #include <QApplication>
 #include <QColorDialog>
@@ -202,5 +203,5 @@ void TestColorSelectButton::buttonMayGoWhileItsDialogIsOpen()
     QVERIFY(!alive);
 }
 
-QTEST_MAIN(TestColorSelectButton)
+SCN_TEST(TestColorSelectButton, QApplication)
 #include "test_colorselectbutton.moc"

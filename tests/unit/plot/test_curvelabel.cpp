@@ -1,6 +1,7 @@
 #include "mouseevents.h"
 #include "plot/curvelabel.h"
 #include "support/eventcounter.h"
+#include "support/testprogram.h"
 
 #include <QPainter>
 #include <QSignalSpy>
@@ -211,5 +212,5 @@ void TestCurveLabel::newValueOrColorIsPainted()
     QTRY_COMPARE(paints.count(), 2);
 }
 
-QTEST_MAIN(TestCurveLabel)
+SCN_TEST(TestCurveLabel, QApplication)
 #include "test_curvelabel.moc"

@@ -2,6 +2,7 @@
 #include "plot/ccurveplot.h"
 #include "plot/curvelabel.h"
 #include "plot/curveoffsetcontroller.h"
+#include "support/testprogram.h"
 
 #include <QtTest>
 #include <qwt_plot_curve.h>
@@ -430,5 +431,5 @@ void TestCurveOffsetController::boundsThatAnotherChartReportedLastAreMissed()
     QCOMPARE(secondLabel->y(), 90);
 }
 
-QTEST_MAIN(TestCurveOffsetController)
+SCN_TEST(TestCurveOffsetController, QApplication)
 #include "test_curveoffsetcontroller.moc"

@@ -2,6 +2,7 @@
 #include "plotsupport.h"
 #include "state/globals.h"
 #include "storage/nonowningcurvedata.h"
+#include "support/testprogram.h"
 
 #include <QDateTime>
 #include <QRandomGenerator>
@@ -529,5 +530,5 @@ void TestCurveTracker::pointerOnTheCanvasShowsTheReadout()
     QVERIFY(tracked.tracker->isActive());
 }
 
-QTEST_MAIN(TestCurveTracker)
+SCN_TEST(TestCurveTracker, QApplication)
 #include "test_curvetracker.moc"

@@ -1,5 +1,6 @@
 #include "plot/custommagnifier.h"
 #include "plotsupport.h"
+#include "support/testprogram.h"
 
 #include <QSignalSpy>
 
@@ -98,5 +99,5 @@ void TestCustomMagnifier::rightDragOnTheChartZoomsAndHoldsTheView()
     QVERIFY(timeBounds(plot) == zoomed);
 }
 
-QTEST_MAIN(TestCustomMagnifier)
+SCN_TEST(TestCustomMagnifier, QApplication)
 #include "test_custommagnifier.moc"

@@ -2,6 +2,7 @@
 #include "plot/custommdisubwindow.h"
 #include "plot/customtitlebar.h"
 #include "support/eventcounter.h"
+#include "support/testprogram.h"
 
 #include <QDoubleSpinBox>
 #include <QHBoxLayout>
@@ -576,5 +577,5 @@ void TestCustomMdiSubWindow::endIsStillReported()
     QCOMPARE(stateChanges, 0);
 }
 
-QTEST_MAIN(TestCustomMdiSubWindow)
+SCN_TEST(TestCustomMdiSubWindow, QApplication)
 #include "test_custommdisubwindow.moc"

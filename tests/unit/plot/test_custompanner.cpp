@@ -1,5 +1,6 @@
 #include "plot/custompanner.h"
 #include "plotsupport.h"
+#include "support/testprogram.h"
 
 #include <QRegularExpression>
 #include <QScreen>
@@ -506,5 +507,5 @@ void TestCustomPanner::pannerWithoutPlotDoesNothing()
     QVERIFY(!lone.isVisible());
 }
 
-QTEST_MAIN(TestCustomPanner)
+SCN_TEST(TestCustomPanner, QApplication)
 #include "test_custompanner.moc"

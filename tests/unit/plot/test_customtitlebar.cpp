@@ -1,6 +1,7 @@
 #include "channels/commfunc.h"
 #include "plot/customtitlebar.h"
 #include "resources/resources.h"
+#include "support/testprogram.h"
 
 #include <QHBoxLayout>
 #include <QLabel>
@@ -187,5 +188,5 @@ void TestCustomTitleBar::otherDoubleClicksGoOn()
     QCOMPARE(f.parent.doubleClicks, 2);
 }
 
-QTEST_MAIN(TestCustomTitleBar)
+SCN_TEST(TestCustomTitleBar, QApplication)
 #include "test_customtitlebar.moc"

@@ -1,6 +1,7 @@
 #include "plot/datanetwork.h"
 #include "seriesstore.h"
 #include "support/hand.h"
+#include "support/testprogram.h"
 
 #include <QAbstractItemView>
 #include <QComboBox>
@@ -348,5 +349,5 @@ void TestDataNetwork::slotWithoutASenderDoesNothing()
     QCOMPARE(f.cells(0), kEmptyRow);
 }
 
-QTEST_MAIN(TestDataNetwork)
+SCN_TEST(TestDataNetwork, QApplication)
 #include "test_datanetwork.moc"

@@ -9,6 +9,7 @@
 #include "resources/resources.h"
 #include "seriesstore.h"
 #include "support/eventcounter.h"
+#include "support/testprogram.h"
 #include "widgets/customsidebutton.h"
 #include "widgets/sidebar.h"
 
@@ -624,5 +625,5 @@ void TestGraphicSettingWidget::onlyAnActivationRepaints()
     QTRY_COMPARE(second.count(), 1);
 }
 
-QTEST_MAIN(TestGraphicSettingWidget)
+SCN_TEST(TestGraphicSettingWidget, QApplication)
 #include "test_graphicsettingwidget.moc"

@@ -1,4 +1,5 @@
 #include "plot/groupedheaderview.h"
+#include "support/testprogram.h"
 
 #include <QHoverEvent>
 #include <QScrollBar>
@@ -206,5 +207,5 @@ void TestGroupedHeaderView::groupsMoveWithTheScrolledSections()
     }
 }
 
-QTEST_MAIN(TestGroupedHeaderView)
+SCN_TEST(TestGroupedHeaderView, QApplication)
 #include "test_groupedheaderview.moc"

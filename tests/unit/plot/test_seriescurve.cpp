@@ -1,4 +1,5 @@
 #include "plot/seriescurve.h"
+#include "support/testprogram.h"
 
 #include <QImage>
 #include <QPainter>
@@ -196,5 +197,5 @@ void TestSeriesCurve::emptyCurvePaintsNothing()
     QCOMPARE(drawnPixels(painted(quick, View())), 0);
 }
 
-QTEST_MAIN(TestSeriesCurve)
+SCN_TEST(TestSeriesCurve, QApplication)
 #include "test_seriescurve.moc"

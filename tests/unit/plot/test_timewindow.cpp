@@ -1,4 +1,5 @@
 #include "plot/timewindow.h"
+#include "support/testprogram.h"
 
 #include <QtTest>
 
@@ -66,5 +67,5 @@ void TestTimeWindow::stretchedWindowKeepsItsStart()
     compare(window.follow(kFirst + 90001), kFirst + 1, kFirst + 90001);
 }
 
-QTEST_APPLESS_MAIN(TestTimeWindow)
+SCN_TEST(TestTimeWindow, testprogram::NoApplication)
 #include "test_timewindow.moc"

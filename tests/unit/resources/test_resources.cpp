@@ -1,4 +1,5 @@
 #include "resources/resources.h"
+#include "support/testprogram.h"
 
 #include <QFile>
 #include <QImage>
@@ -178,5 +179,5 @@ void TestResources::buttonStylesChooseByName()
              QColor(120, 120, 120));
 }
 
-QTEST_MAIN(TestResources)
+SCN_TEST(TestResources, QApplication)
 #include "test_resources.moc"

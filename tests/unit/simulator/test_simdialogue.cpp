@@ -1,4 +1,5 @@
 #include "simbench.h"
+#include "support/testprogram.h"
 
 #include <QtTest>
 
@@ -637,5 +638,5 @@ void TestSimDialogue::channelListHasAnEnd()
     QCOMPARE(bench.ask("SYST:ERR?"), QStringLiteral("-223,\"Too much data\""));
 }
 
-QTEST_APPLESS_MAIN(TestSimDialogue)
+SCN_TEST(TestSimDialogue, testprogram::NoApplication)
 #include "test_simdialogue.moc"

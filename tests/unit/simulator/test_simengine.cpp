@@ -1,4 +1,5 @@
 #include "simbench.h"
+#include "support/testprogram.h"
 
 #include <QtTest>
 
@@ -766,5 +767,5 @@ void TestSimEngine::levelsDriftSlowly()
     QVERIFY(highest > 1.015 && highest < 1.03);
 }
 
-QTEST_APPLESS_MAIN(TestSimEngine)
+SCN_TEST(TestSimEngine, testprogram::NoApplication)
 #include "test_simengine.moc"

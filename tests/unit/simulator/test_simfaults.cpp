@@ -2,6 +2,7 @@
 #include "service/controlservice.h"
 #include "service/instrumentservice.h"
 #include "simbench.h"
+#include "support/testprogram.h"
 
 #include <QtTest>
 
@@ -610,5 +611,5 @@ void TestSimFaults::clockStopsShortAtItsEnds()
     QCOMPARE(bench.ask("SYST:DATE?;:SYST:TIME?"), QStringLiteral("2099,12,31;23,59,59.999"));
 }
 
-QTEST_APPLESS_MAIN(TestSimFaults)
+SCN_TEST(TestSimFaults, testprogram::NoApplication)
 #include "test_simfaults.moc"

@@ -1,5 +1,6 @@
 #include "model/meter.h"
 #include "simbench.h"
+#include "support/testprogram.h"
 
 #include <QtTest>
 
@@ -173,5 +174,5 @@ void TestSimFunctions::rangeLimitsTheMeasuredQuantityOnly()
     QVERIFY(overloads || (value > 0 && value < 200));
 }
 
-QTEST_APPLESS_MAIN(TestSimFunctions)
+SCN_TEST(TestSimFunctions, testprogram::NoApplication)
 #include "test_simfunctions.moc"

@@ -3,6 +3,7 @@
 #include "scpi/message.h"
 #include "scpi/response.h"
 #include "simbench.h"
+#include "support/testprogram.h"
 
 #include <QtTest>
 
@@ -279,5 +280,5 @@ void TestSimGrammar::errorsSetTheBitOfTheirClass()
     QCOMPARE(errorEventBit(ErrorCode::QueryInterrupted), 0x04U);
 }
 
-QTEST_APPLESS_MAIN(TestSimGrammar)
+SCN_TEST(TestSimGrammar, testprogram::NoApplication)
 #include "test_simgrammar.moc"

@@ -1,5 +1,6 @@
 #include "support/simulatedinstrument.h"
 #include "support/streamclient_posix.h"
+#include "support/testprogram.h"
 
 #include <QtTest>
 
@@ -76,5 +77,5 @@ void TestSimLoad::thousandChannelsTakeAFractionOfACore()
     QVERIFY(used < elapsedS / 2);
 }
 
-QTEST_GUILESS_MAIN(TestSimLoad)
+SCN_TEST(TestSimLoad, QCoreApplication)
 #include "test_simload.moc"

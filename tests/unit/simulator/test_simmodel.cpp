@@ -2,6 +2,7 @@
 #include "model/module.h"
 #include "model/readingmemory.h"
 #include "simbench.h"
+#include "support/testprogram.h"
 
 #include <QtTest>
 
@@ -154,5 +155,5 @@ void TestSimModel::foldersKnowOnlyWhatTheyMay()
     }
 }
 
-QTEST_APPLESS_MAIN(TestSimModel)
+SCN_TEST(TestSimModel, testprogram::NoApplication)
 #include "test_simmodel.moc"

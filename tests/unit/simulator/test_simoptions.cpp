@@ -1,5 +1,6 @@
 #include "options.h"
 #include "simbench.h"
+#include "support/testprogram.h"
 
 #include <QtTest>
 
@@ -153,5 +154,5 @@ void TestSimOptions::badOptionIsRefused()
     QVERIFY2(shown(error).contains(arguments.first()), error.c_str());
 }
 
-QTEST_APPLESS_MAIN(TestSimOptions)
+SCN_TEST(TestSimOptions, testprogram::NoApplication)
 #include "test_simoptions.moc"

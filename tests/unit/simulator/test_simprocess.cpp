@@ -1,4 +1,5 @@
 #include "support/streamclient_posix.h"
+#include "support/testprogram.h"
 
 #include <QProcess>
 #include <QtTest>
@@ -489,5 +490,5 @@ void TestSimProcess::programLinksNoWidgetLibrary()
     }
 }
 
-QTEST_GUILESS_MAIN(TestSimProcess)
+SCN_TEST(TestSimProcess, QCoreApplication)
 #include "test_simprocess.moc"

@@ -1,5 +1,6 @@
 #include "model/module.h"
 #include "simbench.h"
+#include "support/testprogram.h"
 
 #include <QtTest>
 
@@ -510,5 +511,5 @@ void TestSimReadBack::resetPutsTheFactorySettingsBack()
              QStringLiteral("\"\";0;0"));
 }
 
-QTEST_APPLESS_MAIN(TestSimReadBack)
+SCN_TEST(TestSimReadBack, testprogram::NoApplication)
 #include "test_simreadback.moc"

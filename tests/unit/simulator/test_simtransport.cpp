@@ -1,4 +1,5 @@
 #include "simbench.h"
+#include "support/testprogram.h"
 #include "transport/linebuffer.h"
 #include "transport/pace.h"
 #include "transport/transcript.h"
@@ -132,5 +133,5 @@ void TestSimTransport::transcriptWithoutFileIsSilent()
     QVERIFY(!transcript.open("/nowhere/at/all"));
 }
 
-QTEST_APPLESS_MAIN(TestSimTransport)
+SCN_TEST(TestSimTransport, testprogram::NoApplication)
 #include "test_simtransport.moc"

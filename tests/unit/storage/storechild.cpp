@@ -1,5 +1,7 @@
 #include "storechild.h"
 
+#include "support/testprogram.h"
+
 #include <QCoreApplication>
 #include <QProcess>
 #include <QProcessEnvironment>
@@ -20,7 +22,7 @@ ChildScene::ChildScene(const QString& function, const QVector<QPair<QString, QSt
     QProcess child;
     child.setProcessEnvironment(variables);
     child.setProcessChannelMode(QProcess::MergedChannels);
-    child.start(QCoreApplication::applicationFilePath(), {function});
+    child.start(QCoreApplication::applicationFilePath(), {testprogram::runningTest(), function});
     if (!child.waitForFinished(kTimeoutMs)) {
         child.kill();
         child.waitForFinished();

@@ -6,6 +6,7 @@
 #include "storage/connectionpool.h"
 #include "storage/managedquery.h"
 #include "storage/querymanager.h"
+#include "support/testprogram.h"
 #include "teststore.h"
 
 #include <QCryptographicHash>
@@ -730,5 +731,5 @@ void TestConnectionPool::closeForExitKeepsItsDeadline()
     QCOMPARE(m_waits.asked(), QVector<int>());
 }
 
-QTEST_GUILESS_MAIN(TestConnectionPool)
+SCN_TEST(TestConnectionPool, QCoreApplication)
 #include "test_connectionpool.moc"

@@ -7,6 +7,7 @@
 #include "storage/curvedatadb.h"
 #include "storage/managedquery.h"
 #include "storage/shardnaming.h"
+#include "support/testprogram.h"
 #include "teststore.h"
 
 #include <QDir>
@@ -759,5 +760,5 @@ void TestCurveDataDB::destructorClosesAlsoWhatIsOpenedMeanwhile()
     QCOMPARE(ConnectionPool::instance().connectionCount(), 0);
 }
 
-QTEST_GUILESS_MAIN(TestCurveDataDB)
+SCN_TEST(TestCurveDataDB, QCoreApplication)
 #include "test_curvedatadb.moc"

@@ -5,6 +5,7 @@
 #include "storage/connectionpool.h"
 #include "storage/curvedatadb.h"
 #include "storage/dbclearworker.h"
+#include "support/testprogram.h"
 #include "teststore.h"
 
 #include <QDir>
@@ -586,5 +587,5 @@ void TestCurveDataDBClear::deletedCurveGoesOn()
              QStringList{one("9223372036854775807|-9223372036854775808")});
 }
 
-QTEST_GUILESS_MAIN(TestCurveDataDBClear)
+SCN_TEST(TestCurveDataDBClear, QCoreApplication)
 #include "test_curvedatadb_clear.moc"

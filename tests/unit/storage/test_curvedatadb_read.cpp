@@ -7,6 +7,7 @@
 #include "storage/connectionpool.h"
 #include "storage/curvedatadb.h"
 #include "storage/storeclock.h"
+#include "support/testprogram.h"
 
 #include <QSqlQuery>
 #include <QtTest>
@@ -812,5 +813,5 @@ void TestCurveDataDBRead::clearingStoreReadsNothing()
     QVERIFY(store.readCurveData(curveId, start, presentTime(), 0).isEmpty());
 }
 
-QTEST_GUILESS_MAIN(TestCurveDataDBRead)
+SCN_TEST(TestCurveDataDBRead, QCoreApplication)
 #include "test_curvedatadb_read.moc"

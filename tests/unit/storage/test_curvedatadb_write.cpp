@@ -7,6 +7,7 @@
 #include "storage/connectionpool.h"
 #include "storage/curvedatadb.h"
 #include "storage/shardnaming.h"
+#include "support/testprogram.h"
 #include "teststore.h"
 
 #include <QDir>
@@ -910,5 +911,5 @@ void TestCurveDataDBWrite::readingsAreRefusedWhileAFileIsInTheWay()
     store.closeForExit(QDeadlineTimer(2000));
 }
 
-QTEST_GUILESS_MAIN(TestCurveDataDBWrite)
+SCN_TEST(TestCurveDataDBWrite, QCoreApplication)
 #include "test_curvedatadb_write.moc"

@@ -4,6 +4,7 @@
 #include "storage/curvedatadb.h"
 #include "storage/curveseriesbuilder.h"
 #include "storage/curveseriesdata.h"
+#include "support/testprogram.h"
 
 #include <QUuid>
 #include <QtTest>
@@ -114,5 +115,5 @@ void TestCurveSeriesBuilder::sameChannelAgainIsTheSameCurve()
     QCOMPARE(first.value(104)->curveId(), second.value(104)->curveId());
 }
 
-QTEST_GUILESS_MAIN(TestCurveSeriesBuilder)
+SCN_TEST(TestCurveSeriesBuilder, QCoreApplication)
 #include "test_curveseriesbuilder.moc"

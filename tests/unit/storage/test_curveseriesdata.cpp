@@ -8,6 +8,7 @@
 #include "storage/curveseriesdata.h"
 #include "storage/nonowningcurvedata.h"
 #include "storage/storeclock.h"
+#include "support/testprogram.h"
 
 #include <QSqlDatabase>
 #include <QSqlQuery>
@@ -747,5 +748,5 @@ void TestCurveSeriesData::seriesWithoutStoreStaysEmpty()
     QVERIFY(!series.registerAgain());
 }
 
-QTEST_GUILESS_MAIN(TestCurveSeriesData)
+SCN_TEST(TestCurveSeriesData, QCoreApplication)
 #include "test_curveseriesdata.moc"

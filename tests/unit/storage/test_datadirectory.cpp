@@ -1,4 +1,5 @@
 #include "storage/datadirectory.h"
+#include "support/testprogram.h"
 
 #include <QDir>
 #include <QFile>
@@ -171,5 +172,5 @@ void TestDataDirectory::removesLinksInsideButNotTheirTargets()
     QVERIFY(QFileInfo::exists(kept));
 }
 
-QTEST_GUILESS_MAIN(TestDataDirectory)
+SCN_TEST(TestDataDirectory, QCoreApplication)
 #include "test_datadirectory.moc"

@@ -2,6 +2,7 @@
 #include "storage/connectionlock.h"
 #include "storage/managedquery.h"
 #include "storage/querymanager.h"
+#include "support/testprogram.h"
 
 #include <QSqlDatabase>
 #include <QTemporaryDir>
@@ -367,5 +368,5 @@ void TestManagedQuery::closedDatabaseGivesFailures()
     query.clear();
 }
 
-QTEST_GUILESS_MAIN(TestManagedQuery)
+SCN_TEST(TestManagedQuery, QCoreApplication)
 #include "test_managedquery.moc"

@@ -1,4 +1,5 @@
 #include "storage/pointthinning.h"
+#include "support/testprogram.h"
 
 #include <QtTest>
 
@@ -119,5 +120,5 @@ void TestPointThinning::copyLeavesTheSourceAlone()
     QCOMPARE(source, ramp(1000));
 }
 
-QTEST_GUILESS_MAIN(TestPointThinning)
+SCN_TEST(TestPointThinning, QCoreApplication)
 #include "test_pointthinning.moc"

@@ -4,6 +4,7 @@
 #include "storage/shardnaming.h"
 #include "storage/storeclock.h"
 #include "storage/timeslice.h"
+#include "support/testprogram.h"
 #include "teststore.h"
 
 #include <QRandomGenerator>
@@ -297,5 +298,5 @@ void TestShardNaming::sliceOfARepairedBatchIsOneMillisecond()
     QCOMPARE(slice.dateKey, QStringLiteral("20101106"));
 }
 
-QTEST_GUILESS_MAIN(TestShardNaming)
+SCN_TEST(TestShardNaming, QCoreApplication)
 #include "test_shardnaming.moc"

@@ -7,6 +7,7 @@
 #include "storage/connectionpool.h"
 #include "storage/curvedatadb.h"
 #include "storage/storeclock.h"
+#include "support/testprogram.h"
 #include "teststore.h"
 #include "timescene.h"
 
@@ -417,5 +418,5 @@ void TestStoreErrors::extremesThatCannotBeUpdatedAreInserted()
     QCOMPARE(store->curveMetadata(1).minTime, DBCurveMetadata().minTime);
 }
 
-QTEST_GUILESS_MAIN(TestStoreErrors)
+SCN_TEST(TestStoreErrors, QCoreApplication)
 #include "test_storeerrors.moc"

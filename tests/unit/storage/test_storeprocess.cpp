@@ -3,6 +3,7 @@
 #include "storage/connectionpool.h"
 #include "storage/curvedatadb.h"
 #include "storage/storeclock.h"
+#include "support/testprogram.h"
 
 #include <QDir>
 #include <QElapsedTimer>
@@ -177,7 +178,8 @@ struct ChildEnd
 ChildEnd runChild(const char* part, const QString& directory)
 {
     QProcess child;
-    child.start(QCoreApplication::applicationFilePath(), {one("--play"), one(part), directory});
+    child.start(QCoreApplication::applicationFilePath(),
+                {testprogram::runningTest(), one("--play"), one(part), directory});
     ChildEnd end;
     if (!child.waitForFinished(kChildTimeoutMs)) {
         child.kill();
@@ -282,7 +284,7 @@ void TestStoreProcess::killedWriterLosesNothingItReported()
     for (int kill = 0; kill < kKills; ++kill) {
         QProcess child;
         child.start(QCoreApplication::applicationFilePath(),
-                    {one("--play"), one("writer"), directory.path()});
+                    {testprogram::runningTest(), one("--play"), one("writer"), directory.path()});
         const int readings = random.bounded(1, kMostReadings);
         while (child.peek(kMostReadings * kLineLength).count('\n') < readings) {
             QVERIFY(child.waitForReadyRead(kChildTimeoutMs));
@@ -313,15 +315,19 @@ void TestStoreProcess::killedWriterLosesNothingItReported()
     }
 }
 
-int main(int argc, char** argv)
+namespace {
+
+int runOrPlay(int argc, char** argv)
 {
-    QCoreApplication application(argc, argv);
-    const QStringList arguments = QCoreApplication::arguments();
-    if (arguments.value(1) == QLatin1String("--play")) {
+    if (argc > 1 && qstrcmp(argv[1], "--play") == 0) {
+        const QCoreApplication application(argc, argv);
+        const QStringList arguments = QCoreApplication::arguments();
         return play(arguments.value(2), arguments.value(3));
     }
-    TestStoreProcess test;
-    return QTest::qExec(&test, argc, argv);
+    return testprogram::run<TestStoreProcess, QCoreApplication>(argc, argv);
 }
 
+} // namespace
+
+SCN_TEST_RUN(&runOrPlay)
 #include "test_storeprocess.moc"

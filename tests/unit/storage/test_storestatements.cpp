@@ -6,6 +6,7 @@
 #include "storage/connectionpool.h"
 #include "storage/curvedatadb.h"
 #include "storage/storeclock.h"
+#include "support/testprogram.h"
 #include "teststore.h"
 #include "timescene.h"
 
@@ -261,5 +262,5 @@ void TestStoreStatements::pastDayIsSetUpInOneTransaction()
     )"));
 }
 
-QTEST_GUILESS_MAIN(TestStoreStatements)
+SCN_TEST(TestStoreStatements, QCoreApplication)
 #include "test_storestatements.moc"

@@ -7,6 +7,7 @@
 #include "storage/curvedatadb.h"
 #include "storage/managedquery.h"
 #include "storage/shardnaming.h"
+#include "support/testprogram.h"
 #include "teststore.h"
 
 #include <QRandomGenerator>
@@ -244,5 +245,5 @@ void TestStoreThreads::clearsUnderReadersAndWriters()
         QStringList{one("7.0")});
 }
 
-QTEST_GUILESS_MAIN(TestStoreThreads)
+SCN_TEST(TestStoreThreads, QCoreApplication)
 #include "test_storethreads.moc"

@@ -1,5 +1,6 @@
 #include "skippedwaits.h"
 #include "storage/storeclock.h"
+#include "support/testprogram.h"
 #include "teststore.h"
 #include "timescene.h"
 
@@ -439,5 +440,5 @@ void TestStoreTime::dayOf25Hours()
         )"));
 }
 
-QTEST_GUILESS_MAIN(TestStoreTime)
+SCN_TEST(TestStoreTime, QCoreApplication)
 #include "test_storetime.moc"

@@ -1,6 +1,7 @@
 #include "logcapture.h"
 #include "skippedwaits.h"
 #include "storage/storeclock.h"
+#include "support/testprogram.h"
 #include "teststore.h"
 #include "timescene.h"
 
@@ -518,5 +519,5 @@ void TestStoreTimeClocks::timesThatAreNone()
         )"));
 }
 
-QTEST_GUILESS_MAIN(TestStoreTimeClocks)
+SCN_TEST(TestStoreTimeClocks, QCoreApplication)
 #include "test_storetimeclocks.moc"

@@ -3,6 +3,7 @@
 #include "skippedwaits.h"
 #include "storage/curveseriesdata.h"
 #include "storage/storeclock.h"
+#include "support/testprogram.h"
 #include "teststore.h"
 #include "timescene.h"
 
@@ -258,5 +259,5 @@ void TestStoreTimeFlow::clockThatDoesNotFollowLeapsAnHourInAutumn()
     QCOMPARE(stored("2026-10-25T03:00:00.000+01:00", "2026-10-25T05:59:59.999+01:00"), 180);
 }
 
-QTEST_GUILESS_MAIN(TestStoreTimeFlow)
+SCN_TEST(TestStoreTimeFlow, QCoreApplication)
 #include "test_storetimeflow.moc"

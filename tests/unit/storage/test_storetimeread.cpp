@@ -5,6 +5,7 @@
 #include "skippedwaits.h"
 #include "storage/curveseriesdata.h"
 #include "storage/storeclock.h"
+#include "support/testprogram.h"
 #include "teststore.h"
 #include "timescene.h"
 
@@ -409,5 +410,5 @@ void TestStoreTimeRead::weeksWithAChangeEqualTheModel()
     QCOMPARE(log.lines(QtWarningMsg), QStringList());
 }
 
-QTEST_GUILESS_MAIN(TestStoreTimeRead)
+SCN_TEST(TestStoreTimeRead, QCoreApplication)
 #include "test_storetimeread.moc"

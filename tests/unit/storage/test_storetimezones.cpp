@@ -1,5 +1,6 @@
 #include "logcapture.h"
 #include "storechild.h"
+#include "support/testprogram.h"
 #include "teststore.h"
 #include "timescene.h"
 
@@ -487,15 +488,16 @@ void TestStoreTimeZones::computersOwnClock()
     QVERIFY2(child.passed(), qPrintable(child.output()));
 }
 
-int main(int argc, char** argv)
+namespace {
+
+int runTestOrScene(int argc, char** argv)
 {
-    QCoreApplication application(argc, argv);
-    if (qEnvironmentVariableIsSet(ChildScene::kMark)) {
-        StoreTimeScenes scenes;
-        return QTest::qExec(&scenes, argc, argv);
-    }
-    TestStoreTimeZones test;
-    return QTest::qExec(&test, argc, argv);
+    return qEnvironmentVariableIsSet(ChildScene::kMark)
+               ? testprogram::run<StoreTimeScenes, QCoreApplication>(argc, argv)
+               : testprogram::run<TestStoreTimeZones, QCoreApplication>(argc, argv);
 }
 
+} // namespace
+
+SCN_TEST_RUN(&runTestOrScene)
 #include "test_storetimezones.moc"

@@ -2,6 +2,7 @@
 #include "storage/connectionpool.h"
 #include "storage/storeclock.h"
 #include "storage/storewaits.h"
+#include "support/testprogram.h"
 
 #include <QElapsedTimer>
 #include <QSqlQuery>
@@ -93,5 +94,5 @@ void TestStoreWaits::waitsCanBeReplaced()
     QCOMPARE(storeWait(milliseconds(5000)).count(), 5000);
 }
 
-QTEST_GUILESS_MAIN(TestStoreWaits)
+SCN_TEST(TestStoreWaits, QCoreApplication)
 #include "test_storewaits.moc"

@@ -1,3 +1,4 @@
+#include "support/testprogram.h"
 #include "visa/resourcename.h"
 
 #include <QTest>
@@ -152,5 +153,5 @@ void TestResourceName::anythingElseIsRefused()
         std::string_view(text.constData(), static_cast<std::size_t>(text.size()))));
 }
 
-QTEST_APPLESS_MAIN(TestResourceName)
+SCN_TEST(TestResourceName, testprogram::NoApplication)
 #include "test_resourcename.moc"

@@ -1,3 +1,4 @@
+#include "support/testprogram.h"
 #include "unit/visa/peers_posix.h"
 #include "unit/visa/providersession.h"
 
@@ -391,5 +392,5 @@ void TestSerialTransport::portIsNotTheControllingTerminal()
     QCOMPARE(status, 0);
 }
 
-QTEST_GUILESS_MAIN(TestSerialTransport)
+SCN_TEST(TestSerialTransport, QCoreApplication)
 #include "test_serialtransport.moc"

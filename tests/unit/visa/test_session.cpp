@@ -1,3 +1,4 @@
+#include "support/testprogram.h"
 #include "visa/session.h"
 
 #include <QByteArray>
@@ -221,5 +222,5 @@ void TestSession::writeStartsAlthoughInputNeverEnds()
     QCOMPARE(m_transport->written, QByteArray("STOP\n"));
 }
 
-QTEST_APPLESS_MAIN(TestSession)
+SCN_TEST(TestSession, testprogram::NoApplication)
 #include "test_session.moc"

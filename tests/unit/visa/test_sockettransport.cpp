@@ -1,3 +1,4 @@
+#include "support/testprogram.h"
 #include "unit/visa/peers_posix.h"
 #include "unit/visa/providersession.h"
 
@@ -599,5 +600,5 @@ void TestSocketTransport::connectToAPeerThatNeverAnswersIsBounded()
     QCOMPARE(session, VI_NULL);
 }
 
-QTEST_GUILESS_MAIN(TestSocketTransport)
+SCN_TEST(TestSocketTransport, QCoreApplication)
 #include "test_sockettransport.moc"

@@ -1,3 +1,4 @@
+#include "support/testprogram.h"
 #include "unit/visa/peers_posix.h"
 #include "unit/visa/providersession.h"
 #include "visa/statustext.h"
@@ -303,5 +304,5 @@ void TestVisaProvider::textsFitTheBufferOfTheStandard()
     QCOMPARE(known, 30);
 }
 
-QTEST_GUILESS_MAIN(TestVisaProvider)
+SCN_TEST(TestVisaProvider, QCoreApplication)
 #include "test_visaprovider.moc"

@@ -1,3 +1,4 @@
+#include "support/testprogram.h"
 #include "unit/visa/peers_posix.h"
 #include "unit/visa/providersession.h"
 #include "visa/filedescriptor_posix.h"
@@ -484,5 +485,5 @@ void TestVisaThreads::descriptorsAreKeptFromChildProcesses()
     QCOMPARE(opened, 6);
 }
 
-QTEST_GUILESS_MAIN(TestVisaThreads)
+SCN_TEST(TestVisaThreads, QCoreApplication)
 #include "test_visathreads.moc"

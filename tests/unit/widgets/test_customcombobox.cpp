@@ -1,3 +1,4 @@
+#include "support/testprogram.h"
 #include "widgets/customcombobox.h"
 #include "widgets/customitemdelegate.h"
 
@@ -225,5 +226,5 @@ void TestCustomComboBox::delegateTakesTheColourOfTheState()
     }
 }
 
-QTEST_MAIN(TestCustomComboBox)
+SCN_TEST(TestCustomComboBox, QApplication)
 #include "test_customcombobox.moc"

@@ -1,3 +1,4 @@
+#include "support/testprogram.h"
 #include "widgets/customdialog.h"
 
 #include <QLabel>
@@ -263,5 +264,5 @@ void TestCustomDialog::draggedByARealPressOnTheTitle()
     QCOMPARE(dialog.pos(), QPoint(125, 115));
 }
 
-QTEST_MAIN(TestCustomDialog)
+SCN_TEST(TestCustomDialog, QApplication)
 #include "test_customdialog.moc"

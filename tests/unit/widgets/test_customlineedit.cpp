@@ -1,3 +1,4 @@
+#include "support/testprogram.h"
 #include "widgets/customlineedit.h"
 
 #include <QSignalSpy>
@@ -188,5 +189,5 @@ void TestCustomLineEdit::slotThatTakesTheFocusAwayHearsOneChange()
     QCOMPARE(heard, 1);
 }
 
-QTEST_MAIN(TestCustomLineEdit)
+SCN_TEST(TestCustomLineEdit, QApplication)
 #include "test_customlineedit.moc"

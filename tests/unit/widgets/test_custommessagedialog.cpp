@@ -1,3 +1,4 @@
+#include "support/testprogram.h"
 #include "widgets/custommessagedialog.h"
 
 #include <QElapsedTimer>
@@ -225,5 +226,5 @@ void TestCustomMessageDialog::closeButtonCloses()
     QVERIFY(!box()->isVisible());
 }
 
-QTEST_MAIN(TestCustomMessageDialog)
+SCN_TEST(TestCustomMessageDialog, QApplication)
 #include "test_custommessagedialog.moc"

@@ -1,3 +1,4 @@
+#include "support/testprogram.h"
 #include "widgets/customsidebutton.h"
 #include "widgets/rotatedlabel.h"
 
@@ -165,5 +166,5 @@ void TestCustomSideButton::clickOnTheLabelsClicksTheButton()
     QCOMPARE(clicked.count(), 1);
 }
 
-QTEST_MAIN(TestCustomSideButton)
+SCN_TEST(TestCustomSideButton, QApplication)
 #include "test_customsidebutton.moc"

@@ -1,3 +1,4 @@
+#include "support/testprogram.h"
 #include "widgets/hovercombobox.h"
 
 #include <QAbstractItemView>
@@ -96,5 +97,5 @@ void TestHoverComboBox::popupClosedByAChoiceOpensAgainAtTheNextEntry()
     QCOMPARE(box.shown, 2);
 }
 
-QTEST_MAIN(TestHoverComboBox)
+SCN_TEST(TestHoverComboBox, QApplication)
 #include "test_hovercombobox.moc"

@@ -1,4 +1,5 @@
 #include "support/eventcounter.h"
+#include "support/testprogram.h"
 #include "widgets/imagebutton.h"
 
 #include <QMetaEnum>
@@ -327,5 +328,5 @@ void TestImageButton::settersRepaintAndKeepTheSize()
     QCOMPARE(button.iconSize(), QSize(90, 70));
 }
 
-QTEST_MAIN(TestImageButton)
+SCN_TEST(TestImageButton, QApplication)
 #include "test_imagebutton.moc"

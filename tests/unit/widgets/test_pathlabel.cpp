@@ -1,3 +1,4 @@
+#include "support/testprogram.h"
 #include "widgets/pathlabel.h"
 
 #include <QHelpEvent>
@@ -140,5 +141,5 @@ void TestPathLabel::toolTipHasTheWholeText()
     QCOMPARE(QToolTip::text(), QStringLiteral("<p>/a&amp;b/&lt;c&gt;</p>"));
 }
 
-QTEST_MAIN(TestPathLabel)
+SCN_TEST(TestPathLabel, QApplication)
 #include "test_pathlabel.moc"

@@ -1,3 +1,4 @@
+#include "support/testprogram.h"
 #include "widgets/rotatedlabel.h"
 
 #include <QTest>
@@ -84,5 +85,5 @@ void TestRotatedLabel::verticalTextRunsDownwards()
     QVERIFY(vertical.right() < 30);
 }
 
-QTEST_MAIN(TestRotatedLabel)
+SCN_TEST(TestRotatedLabel, QApplication)
 #include "test_rotatedlabel.moc"

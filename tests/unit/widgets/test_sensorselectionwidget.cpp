@@ -1,3 +1,4 @@
+#include "support/testprogram.h"
 #include "widgets/sensorselectionwidget.h"
 
 #include <QComboBox>
@@ -100,5 +101,5 @@ void TestSensorSelectionWidget::activatingTemperatureOpensItsMenuBelowTheBox()
     QCOMPARE(opened, comboOf(widget)->mapToGlobal(QPoint(0, comboOf(widget)->height())));
 }
 
-QTEST_MAIN(TestSensorSelectionWidget)
+SCN_TEST(TestSensorSelectionWidget, QApplication)
 #include "test_sensorselectionwidget.moc"

@@ -1,4 +1,5 @@
 #include "resources/resources.h"
+#include "support/testprogram.h"
 #include "widgets/customsidebutton.h"
 #include "widgets/rotatedlabel.h"
 #include "widgets/sidebar.h"
@@ -319,5 +320,5 @@ void TestSideBar::openBarTakesANewWidthAtOnce()
     QTRY_COMPARE(m_bar->width(), 120);
 }
 
-QTEST_MAIN(TestSideBar)
+SCN_TEST(TestSideBar, QApplication)
 #include "test_sidebar.moc"

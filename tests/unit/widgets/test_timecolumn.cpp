@@ -1,3 +1,4 @@
+#include "support/testprogram.h"
 #include "widgets/timecolumn.h"
 
 #include <QLabel>
@@ -568,5 +569,5 @@ void TestTimeColumn::focusOfTheColumnGoesToTheDigits()
     QVERIFY(arrow(Qt::UpArrow)->isVisible());
 }
 
-QTEST_MAIN(TestTimeColumn)
+SCN_TEST(TestTimeColumn, QApplication)
 #include "test_timecolumn.moc"

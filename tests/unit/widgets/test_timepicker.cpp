@@ -1,3 +1,4 @@
+#include "support/testprogram.h"
 #include "widgets/timecolumn.h"
 #include "widgets/timepicker.h"
 
@@ -403,5 +404,5 @@ void TestTimePicker::fitsTheWidthsOfTheForm()
              qPrintable(QString::number(m_picker->minimumSizeHint().width())));
 }
 
-QTEST_MAIN(TestTimePicker)
+SCN_TEST(TestTimePicker, QApplication)
 #include "test_timepicker.moc"

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "support/testprogram.h"
+
 #include <QString>
 
 /// Mounts that only this process sees.
@@ -17,5 +19,15 @@ bool makeReadOnly(const QString& directory);
 
 /// Takes back the last of the two above.
 bool unmount(const QString& directory);
+
+/// Runs a test class in such mounts; where there are none to be had, it is skipped.
+template <class Test, class Application>
+int run(int argc, char** argv)
+{
+    const QString obstacle = enter();
+    return obstacle.isEmpty()
+               ? testprogram::run<Test, Application>(argc, argv)
+               : testprogram::skip(QStringLiteral("full and read-only disks"), obstacle);
+}
 
 } // namespace privatemounts

@@ -1,4 +1,4 @@
-#include "privatemounts.h"
+#include "support/privatemounts.h"
 
 #include <QFile>
 
