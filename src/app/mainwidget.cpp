@@ -1,6 +1,7 @@
 #include "app/mainwidget.h"
 
 #include "acquisition/readdata.h"
+#include "app/channeleditor.h"
 #include "app/channeltable.h"
 #include "app/channeltablebuilder.h"
 #include "app/fourwirepartners.h"
@@ -106,6 +107,7 @@ MainWidget::MainWidget(QWidget* parent)
                                                      [this] { listenToLauncher(); }))
     , m_link(std::make_unique<scn::InstrumentLink>(m_gate, *m_display,
                                                    [this] { showReconnectView(); }))
+    , m_editor(std::make_unique<scn::ChannelEditor>(*m_table, *m_marks, *m_partners, *m_link))
 {
     setObjectName(QStringLiteral("MainWidget"));
     m_commFunc = new CommFunc(this);

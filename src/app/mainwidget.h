@@ -46,6 +46,7 @@ class WindowLockManager;
 struct ChannelRow;
 
 namespace scn {
+class ChannelEditor;
 class ChannelTable;
 class FourWirePartners;
 class InstrumentLink;
@@ -145,11 +146,7 @@ private:
     void connectRows();
     void connectRow(const ChannelRow& row);
     int senderChannel() const;
-    void applyFunction(int function, int channel);
-    void sendAndReadBack(const QString& command, int channel);
-    void sendScaleNumber(const QString& command, const QString& text,
-                         CustomLineEdit* ChannelRow::*edit);
-    void openPanel(AdvancedSetting* panel, const QPushButton* button);
+    void refuseUnless(bool isNumber);
     void tellWorkspace();
 
     // Run control
@@ -176,6 +173,7 @@ private:
     const std::unique_ptr<scn::FourWirePartners> m_partners;
     const std::unique_ptr<scn::WindowDisplay> m_display;
     const std::unique_ptr<scn::InstrumentLink> m_link;
+    const std::unique_ptr<scn::ChannelEditor> m_editor;
 
     CommFunc* m_commFunc = nullptr;
     CustomMessageDialog* m_messageDialog = nullptr;
