@@ -17,7 +17,7 @@ using scn::OptionSpin;
 
 namespace {
 
-/// The sensors whose resistance at 0 °C an RTD channel accepts, in ohms.
+/// A band of accepted R0 values, in ohms.
 struct R0Band
 {
     double minimum;
@@ -26,7 +26,7 @@ struct R0Band
 
 constexpr std::array<R0Band, 2> kR0Bands = {{{99.0, 101.0}, {990.0, 1010.0}}};
 
-/// Last R0 that lay in one of the bands; shared by all panels.
+/// Last R0 within one of the bands; shared by all panels.
 double lastAcceptedR0 = 100.0;
 
 bool isAcceptedR0(double ohms)
@@ -46,7 +46,7 @@ AdvancedSetting::AdvancedSetting(QWidget* parent)
 
 AdvancedSetting::~AdvancedSetting()
 {
-    // The boxes lose the focus on their way out, and would report what was being typed.
+    // The boxes lose the focus while they are destroyed and would report a number being typed.
     m_controls.disconnectNumbers(this);
 }
 
@@ -83,10 +83,10 @@ scn::OptionCommands AdvancedSetting::commands()
     return {catalogue().scpiHeader(m_functionIndex), m_channel};
 }
 
-/// An empty command is an option that the function does not have.
+/// An empty command stands for an option that the function does not have.
 void AdvancedSetting::send(const QString& command)
 {
-    // Nobody would answer; the recovery shows what the instrument has.
+    // Nobody would answer, and the recovery reads everything back.
     if (command.isEmpty() || !g_instrumentConnected) {
         return;
     }

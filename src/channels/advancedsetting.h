@@ -14,15 +14,16 @@ namespace scn {
 class OptionCommands;
 }
 
-/// The popup with the options of one channel that do not fit into its row of the channel table. Each
-/// row has two: one for the options of the measurement function, one for the references of the scaling.
-/// A change goes to the instrument at once, a typed number once it is finished: on Return or when its box
-/// is left. sigComponentChanged() then asks for a read-back. A panel that is hidden, as by a press outside
-/// or by its X, finishes the number that is being typed; one that is closed, as by Escape or by an overlay,
-/// drops it. Nothing is sent while the instrument is not connected.
+/// The popup with those options of a channel that do not fit into its row of the channel table. Each row
+/// has two: one for the options of the measurement function, one for the references of the scaling.
 ///
-/// The controls are made when the panel is first shown. Until then the setters keep what the instrument
-/// reported, so that a large channel table costs nothing for panels that nobody opens. GUI thread only.
+/// A change goes to the instrument at once; a typed number goes when it is finished, on Return or when
+/// its box loses the focus. sigComponentChanged() then requests a read-back. Hiding the panel, by a press
+/// outside or its X, finishes the number being typed; closing it, by Escape or an overlay, discards it.
+/// Nothing is sent while the instrument is not connected.
+///
+/// The controls are created when the panel is first shown. Until then the setters store what the
+/// instrument reports, so a large channel table pays nothing for panels that nobody opens. GUI thread.
 class AdvancedSetting : public QWidget
 {
     Q_OBJECT
@@ -31,30 +32,30 @@ class AdvancedSetting : public QWidget
 public:
     explicit AdvancedSetting(QWidget* parent = nullptr);
 
-    /// Sends nothing: a number that is being typed goes with the panel.
+    /// Sends nothing: a number being typed is discarded.
     ~AdvancedSetting() override;
 
-    /// Makes this the panel of a function's options. An unknown function index shows no option.
+    /// Shows the options of a measurement function; none for an unknown index.
     void showFunctionOptions(const QString& name, int functionIndex, int channel);
 
-    /// Makes this the panel of a scale function's references.
+    /// Shows the references of a scale function.
     void showScaleOptions(const QString& scaleFunction, int channel);
 
-    // What the instrument reports. None of these sends a command.
+    // What the instrument reports. Sends no commands.
 
-    /// Integration time in power line cycles; a value that no row has is logged and changes nothing.
+    /// Integration time in power line cycles; a value without a row is only logged.
     void setNplc(double cycles);
-    /// Lower frequency limit: 3, 20 or 200 Hz; any other value changes nothing.
+    /// Lower frequency limit: 3, 20 or 200 Hz; any other value is ignored.
     void setLowFrequency(double hertz);
     void setOffsetCompensation(bool on);
-    /// Row of the delay box, 0 automatic and 1 a fixed time; any other row changes nothing.
+    /// Row of the delay box: 0 automatic, 1 a fixed time; any other row is ignored.
     void setDelayMode(int row);
     /// Channel delay in seconds.
     void setDelayValue(double seconds);
     /// True for the high input resistance, false for 10 MOhm.
     void setInputImpedanceAuto(bool on);
     void setRefJunctionFixed(bool fixed);
-    /// Fixed reference junction temperature, in the channel's unit.
+    /// Fixed temperature of the reference junction, in the channel's unit.
     void setFixedJunctionTemp(double temperature);
     /// Resistance of an RTD at 0 °C, in ohms.
     void setRtdR0(double ohms);
@@ -64,7 +65,7 @@ public:
     void setPoissonRatio(double ratio);
     /// Excitation voltage of the bridge, in volts.
     void setDriveVoltage(double volts);
-    /// Reference of the DBM scaling, in ohms; a value that no row has is logged and changes nothing.
+    /// Reference of the DBM scaling, in ohms; a value without a row is only logged.
     void setDbmReferenceResistance(double ohms);
     void setDbReference(double decibels);
     void setPercentReference(double reference);
@@ -91,11 +92,11 @@ private slots:
     void ondBReferSpinBoxValueChanged(double value);
     void onReferSpinBoxValueChanged(double value);
 
-    /// Gives each option that the panel shows its default, as if the user did it: what changes is sent.
+    /// Sets each visible option to its default, as the user would: changes are sent.
     void onReDefSetBtnClicked();
 
 signals:
-    /// A command has been sent; the channel is to be read back.
+    /// A command has been sent; the channel must be read back.
     void sigComponentChanged(int channelNum);
 
 protected:

@@ -1,4 +1,4 @@
-// How the panel is made, opens and closes.
+// How the panel is built, opened and closed.
 #include "channels/advancedsetting.h"
 
 #include "common/threadassert.h"
@@ -29,13 +29,13 @@ void AdvancedSetting::setTitle(const QString& title)
 void AdvancedSetting::showOfferedGroups()
 {
     m_controls.showGroups(m_functionGroups | m_scaleGroups);
-    // A panel that is opened again has no use for the room of the groups that it has lost.
+    // Hidden groups must not leave empty space in a panel that is opened again.
     if (m_titleBar) {
         adjustSize();
     }
 }
 
-/// Opening a panel for the first time makes its controls.
+/// Creates the controls when the panel is first opened.
 void AdvancedSetting::setVisible(bool visible)
 {
     if (visible && !m_titleBar) {

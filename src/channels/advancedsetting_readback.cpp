@@ -1,4 +1,4 @@
-// What the instrument reports of the options. Nothing here sends a command.
+// Showing what the instrument reports. Nothing here sends a command.
 #include "channels/advancedsetting.h"
 
 #include "common/threadassert.h"

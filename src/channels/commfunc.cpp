@@ -152,7 +152,7 @@ QStringList CommFunc::functionList(int channel) const
     if (list != FunctionList::NoneEntry) {
         return namesOf(list);
     }
-    // "No module" is not a text of the user's language.
+    // The entry for "no module" is not translated.
     const bool noModule = module && module->moduleType == scn::kNoModuleType;
     return {noModule ? QString::fromUtf8(kNone) : tr(kNone)};
 }
@@ -202,6 +202,6 @@ QStringList CommFunc::unitList() const
 
 int CommFunc::functionIndex(const QString& name)
 {
-    // An unknown name is entered with index 0.
+    // operator[] enters an unknown name with index 0.
     return m_functionIndices[name];
 }

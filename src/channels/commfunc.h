@@ -5,29 +5,30 @@
 #include <QString>
 #include <QStringList>
 
-/// How the instrument is told to measure one function.
+/// The commands that select a measurement function.
 struct FuncCommand
 {
     /// Argument of FUNC "%1",(@%2).
     QString function;
 
-    /// Command with two markers (type, channel) that selects the sensor type after FUNC; empty for a
-    /// function without sensor types.
+    /// Selects the sensor type after FUNC; two markers: type, channel. Empty for a function without
+    /// sensor types.
     QString typeCommand;
 
-    /// The sensor type; empty where typeCommand is.
+    /// The sensor type; empty if typeCommand is.
     QString typeArgument;
 };
 
 /// The commands of each function index, 34 entries.
 extern const QMap<int, FuncCommand> funcCommands;
 
-/// The measurement catalogue: functions, their names on the link and on the screen, ranges, units,
-/// option panels, modules; and the style sheets of the dark theme. Everything is keyed by the function
-/// index, 0 to 33; other indices give the stated defaults.
+/// The measurement catalogue: functions with their names on the wire and on screen, ranges, units and
+/// option panels; modules; and the style sheets of the dark theme. The facts themselves are in
+/// scn::MeasurementFunction and scn::ModuleRow. Functions are identified by their index, 0 to 33; other
+/// indices give the defaults stated.
 ///
-/// All but functionIndex() depend on their arguments and on the slot registers alone. GUI thread, or
-/// any thread with an object of its own.
+/// Everything but functionIndex() depends on its arguments and on the slot registers alone. GUI thread,
+/// or any thread with an object of its own.
 class CommFunc : public QObject
 {
     Q_OBJECT
@@ -36,21 +37,21 @@ class CommFunc : public QObject
 public:
     explicit CommFunc(QObject* parent = nullptr);
 
-    /// Title of a module's row: its type and its channel count.
+    /// Title of a module's row: type and number of channels.
     QString moduleName(int moduleType) const;
 
-    /// Index of a module's last channel, counted from 0; -1 for type -1, 0 for an unknown type.
+    /// Zero-based index of a module's last channel; -1 for type -1, 0 for an unknown type.
     int lastChannelIndex(int moduleType) const;
 
-    /// Module type from a model name such as "SCN4001A": its first number modulo 1000. -1 when there
-    /// is no number or it does not fit an int.
+    /// Module type from a model name such as "SCN4001A": its first number modulo 1000. -1 if there is no
+    /// number or it does not fit an int.
     int moduleTypeFromModel(const QString& model) const;
 
-    /// Number of positions in the first half of a slot's module: position p pairs with p + bankSize.
-    /// 0 for a slot without a module.
+    /// Number of positions in the first half of a slot's module: position p pairs with p + bankSize. 0
+    /// for an empty slot.
     int bankSize(uchar slot) const;
 
-    /// Prefix of every option command of a function; "VOLT:DC" for an unknown index.
+    /// Prefix of a function's option commands; "VOLT:DC" for an unknown index.
     QString scpiHeader(int functionIndex) const;
 
     /// Unit of unscaled readings; "Vdc" for an unknown index.
@@ -59,49 +60,49 @@ public:
     /// Number of the function's scn::PanelKind; 0 for an unknown index.
     uchar optionPanelKind(int functionIndex) const;
 
-    /// The function takes a partner channel over for sensing.
+    /// Whether the function takes over a partner channel for sensing.
     bool isFourWire(int functionIndex) const;
 
     /// Row of unitList() that a function starts with; 0 for an unknown index.
     int defaultUnitIndex(int functionIndex) const;
 
-    /// Value, in base units, of a row of rangeList(). Row 0 is the automatic range, for which callers
-    /// send another command. 0 for a function without ranges or a row that no list can have.
+    /// Value of a row of rangeList(), in base units. Row 0 is the automatic range, for which callers send
+    /// another command. 0 for a function without ranges or a row that no list can have.
     double rangeValue(int functionIndex, int rangeRow) const;
 
-    /// Row of the decade table for a range in base units, -1 when none matches or the function has no
-    /// ranges. The row is the decade's number, which may lie behind the end of rangeList().
+    /// Row for a range in base units; -1 if none matches or the function has no ranges. The row is the
+    /// decade's number, which may lie beyond the end of rangeList().
     int rangeRowForValue(int functionIndex, double value) const;
 
-    /// Display names of the functions that a channel offers, by the module in its slot.
+    /// Display names of the functions that a channel offers, depending on its module.
     QStringList functionList(int channel) const;
 
-    /// Ranges of a function, the automatic one first; empty for a function without ranges.
+    /// Ranges of a function, the automatic one first; empty if it has none.
     QStringList rangeList(int functionIndex) const;
 
-    /// Temperature units of a function; empty unless it measures a temperature.
+    /// Temperature units; empty for a function that does not measure temperature.
     QStringList temperatureUnitList(int functionIndex) const;
 
-    /// Scale functions of a function, as the instrument spells them.
+    /// Scale functions of a measurement function, as the instrument spells them.
     QStringList scaleFunctionList(int functionIndex) const;
 
     /// Display units, the same for every function; row 0 is "none".
     QStringList unitList() const;
 
-    /// Function index of a display name or of a name that FUNC? returns. A bare family name gives one
-    /// member of its family. An unknown name is entered with index 0 and reads as DC voltage.
+    /// Function index of a display name or of a name that FUNC? reports. A name that several sensor types
+    /// share stands for one of them. An unknown name is entered with index 0, DC voltage.
     int functionIndex(const QString& name);
 
-    /// Style of the configuration page's tab widget, `myTabWidget`.
+    /// Style sheet of the configuration page's tab widget, `myTabWidget`.
     QString tabStyle() const;
 
-    /// Style of the outer page tabs, `myTabWidget1`.
+    /// Style sheet of the outer page tabs, `myTabWidget1`.
     QString workspaceTabStyle() const;
 
-    /// Style of the channel tree and of the controls in its rows.
+    /// Style sheet of the channel tree and the controls in its rows.
     QString treeStyle() const;
 
-    /// Style of flat dark buttons.
+    /// Style sheet of flat dark buttons.
     QString buttonStyle() const;
 
 private:

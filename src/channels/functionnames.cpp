@@ -11,7 +11,7 @@ namespace {
 
 using Row = const MeasurementFunction*;
 
-/// The first function of a name; null for a name that none has.
+/// The first function with this name; null if there is none.
 Row functionOfName(const QString& scpiName)
 {
     const FunctionTable table = measurementFunctions();
@@ -34,7 +34,7 @@ bool isSensorType(const MeasurementFunction& function, const QString& reply)
     return false;
 }
 
-/// The function that measures a family's sensor of this type; null for a type without a row.
+/// The function for a sensor type of a family; null for a type without a row.
 Row functionOfSensor(const SensorFamily* family, const QString& type)
 {
     const FunctionTable table = measurementFunctions();
@@ -50,7 +50,7 @@ QString displayName(Row function)
     return function ? CommFunc::tr(function->displayName) : QString();
 }
 
-/// Name of a sensor whose type the instrument has told.
+/// Display name of a sensor whose type the instrument has reported.
 QString sensorName(const SensorFamily* family, const QString& type)
 {
     Row const function = functionOfSensor(family, type);
@@ -68,7 +68,7 @@ QString displayNameOfFunction(const QString& reply, int channel, const Instrumen
     if (!function || !isTemperature(*function)) {
         return displayName(function);
     }
-    // Asked for every temperature sensor, needed or not.
+    // Queried for every temperature sensor, needed or not.
     const QString transducer = ask(QStringLiteral("TEMP:TRAN:TYPE? (@%1)").arg(channel));
     const SensorFamily* const family = function->sensor;
     if (!family) {

@@ -51,7 +51,7 @@ constexpr SensorFamily kThermistors = {
     nullptr,
 };
 
-// The instrument reports "THER" for four-wire thermistors too, and takes their query in this spelling.
+// The instrument reports "THER" for four-wire thermistors too, and expects this spelling of the query.
 constexpr SensorFamily kFourWireThermistors = {
     "TEMP:TRAN:FTH:TYPE %1,(@%2)",
     "TEMP:TRAN:fth:TYPE? (@%1)",
@@ -62,8 +62,8 @@ constexpr SensorFamily kFourWireThermistors = {
     nullptr,
 };
 
-// A new function is a row at the end: the indices are fixed. Some headers differ from the name, and
-// the diode's is spelt unlike it. Farads have no display unit: capacitance starts on a temperature.
+// Indices are fixed: add a new function at the end. Some headers differ from the name; the diode's is
+// spelt unlike it. Farads are not among the display units, so capacitance starts on a temperature.
 // clang-format off
 constexpr MeasurementFunction kFunctions[] = {
     {"直流电压", "VOLT", "VOLT:DC", "Vdc", U::DcVolt, P::DcVoltage, R::Voltage, k2W, kDb, kABCDGV},

@@ -4,7 +4,7 @@
 
 namespace scn {
 
-/// Which options a function has. The numbers are those that CommFunc::optionPanelKind() gives.
+/// Which options a function has. CommFunc::optionPanelKind() returns these numbers.
 enum class PanelKind : uchar {
     DcVoltage = 0,
     AcAmplitude = 1, ///< alternating voltage or current
@@ -21,10 +21,10 @@ enum class PanelKind : uchar {
     DcCurrent = 12,
 };
 
-/// Kinds of fixed ranges that functions share.
+/// Sets of fixed ranges.
 enum class RangeFamily { None, Voltage, Resistance, Capacitance, Current };
 
-/// The display units in the order in which unit boxes list them.
+/// The display units in the order of the unit boxes.
 enum class DisplayUnit {
     None,
     Celsius,
@@ -48,7 +48,7 @@ enum class Wiring { TwoWire, FourWire };
 /// Whether readings can be scaled to decibels.
 enum class Decibels { No, Yes };
 
-/// What a position of a module offers: nothing at all, the entry "none", or the list of a letter.
+/// What a position of a module offers: nothing at all, the entry "none", or one of the lists.
 enum class FunctionList : unsigned { Nothing, NoneEntry, A, B, C, D, G, I, V };
 
 /// A set of function lists, one bit each.
@@ -59,28 +59,28 @@ constexpr FunctionLists bitOf(FunctionList list)
     return 1U << static_cast<unsigned>(list);
 }
 
-/// How the instrument tells sensors of one family apart.
+/// How the instrument reports a sensor type.
 enum class SensorReply {
     Letter, ///< the letter of a thermocouple
     Ohms,   ///< a thermistor's resistance at 25 °C, in any spelling of the number
 };
 
-/// Sensors that the instrument measures with one function and a sensor type.
+/// Sensors that share one SCPI function and differ in their sensor type.
 struct SensorFamily
 {
     const char* typeCommand; ///< two markers: type, channel
     const char* typeQuery;   ///< one marker: channel
     SensorReply reply;
 
-    /// The transducer kind for which the sensor type is asked. With another kind the channel counts
-    /// as one with `fallbackType`.
+    /// The sensor type is queried only for this transducer kind. With any other, the channel counts as
+    /// one with `fallbackType`.
     const char* transducer;
     const char* fallbackType;
 
-    /// The type that the bare function name stands for.
+    /// The type that the shared name from FUNC? stands for.
     const char* bareNameType;
 
-    /// Display name with a marker for a type that has no row; null where such a sensor has no name.
+    /// Display name, with a marker, for a type without a row; null if it has no name.
     const char* otherName;
 };
 
@@ -125,11 +125,11 @@ FunctionTable measurementFunctions();
 /// The function of an index; null for one that is not in the table.
 const MeasurementFunction* functionAt(int index);
 
-/// What a temperature sensor is measured with: the instrument is asked for its transducer.
+/// True for functions of temperature sensors, whose transducer is queried.
 bool isTemperature(const MeasurementFunction& function);
 
-/// True for the function that its bare name stands for. A name that sensor types share stands for one of
-/// them.
+/// True for the function that its SCPI name stands for. A name shared by several sensor types stands for
+/// one of them.
 bool ownsBareName(const MeasurementFunction& function);
 
 } // namespace scn

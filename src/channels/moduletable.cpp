@@ -51,7 +51,7 @@ FunctionList ModuleRow::listAt(int position) const
 int ModuleRow::bankSize() const
 {
     const int half = lastChannelIndex / 2;
-    // Its two current channels lie behind the paired ones.
+    // Its two current channels follow the paired ones.
     return moduleType == kTypeWithUnpairedCurrentChannels ? half : half + 1;
 }
 

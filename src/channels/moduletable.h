@@ -6,7 +6,7 @@
 
 namespace scn {
 
-/// Positions of a module that offer one list of functions.
+/// Positions of a module that offer the same list of functions.
 struct PositionSpan
 {
     int first;
@@ -21,17 +21,17 @@ struct ModuleRow
     int lastChannelIndex; ///< counts from 0
     std::array<PositionSpan, 3> positions;
 
-    /// What a position, counted from 1, offers; nothing at a position in no span.
+    /// What a position, counted from 1, offers; nothing outside all spans.
     FunctionList listAt(int position) const;
 
-    /// Positions in the first half: position p pairs with p + bankSize().
+    /// Number of positions in the first half: position p pairs with p + bankSize().
     int bankSize() const;
 };
 
 /// Type of "no module".
 constexpr int kNoModuleType = -1;
 
-/// The module of a type; null for an unknown one.
+/// The module of a type; null for an unknown type.
 const ModuleRow* moduleOfType(int moduleType);
 
 } // namespace scn

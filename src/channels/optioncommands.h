@@ -4,8 +4,8 @@
 
 namespace scn {
 
-/// Spells the commands that set the options of one channel. A command that the channel's function does
-/// not have is empty.
+/// The commands that set the options of a channel. Empty for an option that the channel's function does
+/// not have.
 class OptionCommands
 {
 public:

@@ -241,8 +241,8 @@ void OptionControls::restoreGroup(OptionGroup group)
     });
 }
 
-/// The value first: setting one turns the automatic delay off in the instrument, so the mode follows it
-/// also where the panel shows it already.
+/// The value first: setting it switches the instrument's automatic delay off, so the mode must be sent
+/// afterwards even if the panel already shows it.
 void OptionControls::restoreDelay(const std::function<void()>& tellDelayMode)
 {
     const double initial = factsOf(OptionSpin::Delay).initial;
@@ -257,7 +257,7 @@ void OptionControls::restoreDelay(const std::function<void()>& tellDelayMode)
     }
 }
 
-/// A box that still has a number to take would report it on its way out.
+/// A box with an unfinished number would report it when it loses the focus.
 void OptionControls::dropTypedNumbers()
 {
     for (QDoubleSpinBox* box : m_spins) {

@@ -18,8 +18,8 @@ class QWidget;
 
 namespace scn {
 
-/// The controls of an option panel and what they show. Until build() it keeps what they are to show.
-/// Nothing that is set here is told to anybody, but for restoreDefaults(). GUI thread only.
+/// The controls of an option panel. Values set before build() are stored until then. Setters emit no
+/// signals, except restoreDefaults(). GUI thread.
 class OptionControls
 {
     Q_DECLARE_TR_FUNCTIONS(AdvancedSetting)
@@ -27,7 +27,7 @@ class OptionControls
 public:
     OptionControls();
 
-    /// Makes the controls, all of their groups visible.
+    /// Creates the controls with all groups visible.
     void build(QWidget* panel, QVBoxLayout* body);
 
     // Null before build().
@@ -41,25 +41,25 @@ public:
 
     void selectRow(OptionList list, int row);
 
-    /// Selects the row whose number is `value`; logs a value without a row and changes nothing.
+    /// Selects the row whose number is `value`; a value without a row is only logged.
     void selectValue(OptionList list, double value);
 
     void choose(OptionChoice choice, int id);
 
-    /// Chooses the button whose id is `value`; any other value changes nothing.
+    /// Chooses the button whose id is `value`; any other value is ignored.
     void chooseValue(OptionChoice choice, double value);
 
-    /// Sets a number. What the user is typing in its box stays.
+    /// Sets a number without disturbing what the user is typing in its box.
     void setNumber(OptionSpin spin, double value);
 
-    /// A delay and a junction temperature can be entered only while they are in force.
+    /// Enables the delay and the junction temperature only while they apply.
     void enableDependentSpins();
 
-    /// Sets each visible group to its default as the user would: what changes is told.
-    /// `tellDelayMode` is for the delay mode that the instrument has to hear though its box stays.
+    /// Sets each visible group to its default as the user would, with signals. `tellDelayMode` is called
+    /// if the instrument must be sent the delay mode although its box does not change.
     void restoreDefaults(const std::function<void()>& tellDelayMode);
 
-    /// Forgets numbers that are typed but not finished.
+    /// Discards numbers that are being typed.
     void dropTypedNumbers();
 
     void disconnectNumbers(const QObject* receiver);

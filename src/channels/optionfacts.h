@@ -4,7 +4,7 @@
 
 #include <array>
 
-// The controls of the option panels as tables: texts, limits, defaults.
+// Tables of the controls of the option panels: texts, limits, defaults.
 namespace scn {
 
 enum class OptionList { Nplc, Delay, ReferenceResistance };
@@ -27,7 +27,7 @@ constexpr int kOptionChoiceCount = 4;
 constexpr int kOptionCheckCount = 2;
 constexpr int kOptionSpinCount = 9;
 
-/// Place of an enumerator in a table.
+/// Index of an enumerator in a table.
 template <typename Enumeration>
 constexpr std::size_t at(Enumeration value)
 {
@@ -93,7 +93,7 @@ const ChoiceFacts& factsOf(OptionChoice choice);
 const CheckFacts& factsOf(OptionCheck check);
 const SpinFacts& factsOf(OptionSpin spin);
 
-/// Text of a row; empty where there is no such row.
+/// Text of a row; empty if there is no such row.
 QString textOf(OptionList list, int row);
 
 } // namespace scn

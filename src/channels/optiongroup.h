@@ -8,7 +8,7 @@
 
 namespace scn {
 
-/// The groups of options that a panel can show, in the order in which their defaults are restored.
+/// The groups of options on a panel, in the order in which defaults are restored.
 enum class OptionGroup {
     Nplc,
     LowFrequency,
@@ -59,10 +59,10 @@ private:
 
 OptionGroups groupsOf(PanelKind kind);
 
-/// None for an index without a function.
+/// Empty for an unknown function index.
 OptionGroups groupsOfFunction(int functionIndex);
 
-/// None for a scale function without references.
+/// Empty for a scale function without references.
 OptionGroups groupsOfScaleFunction(const QString& scaleFunction);
 
 } // namespace scn

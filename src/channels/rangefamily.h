@@ -14,17 +14,17 @@ struct RangeRow
 
     RangeFamily family;
     double base;
-    std::array<const char*, kMaxRows> texts; ///< from row 1 on; null behind the last
+    std::array<const char*, kMaxRows> texts; ///< from row 1 on; null after the last
 
     /// Value of a row; 0 for one that no box can have.
     double valueOf(int row) const;
 
-    /// Row for a value in base units; -1 when none matches. It is the number of the decade, which may
-    /// lie behind the end of the box.
+    /// Row for a value in base units; -1 if none matches. It is the number of the decade, which may lie
+    /// beyond the end of the box.
     int rowOf(double value) const;
 };
 
-/// The ranges of a function; null when it has none.
+/// The ranges of a function; null if it has none.
 const RangeRow* rangesOf(const MeasurementFunction* function);
 
 } // namespace scn

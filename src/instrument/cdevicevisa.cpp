@@ -65,7 +65,7 @@ CDeviceVisa::CDeviceVisa(QObject* parent)
     if (status == VI_SUCCESS) {
         return;
     }
-    // A warning comes with a resource manager that works, an error with none.
+    // With a warning the resource manager works; with an error there is none.
     if (status < VI_SUCCESS) {
         m_resourceManager = 0;
     }
@@ -92,7 +92,7 @@ bool CDeviceVisa::connectDevice(const QString& resource)
     const ViStatus status =
         visa.viOpen(m_resourceManager, resource.toLocal8Bit().constData(), VI_NO_LOCK, 0, &session);
     if (status != VI_SUCCESS) {
-        // A session that came with a warning is not used, so it must not stay open.
+        // A session opened with a warning is not used, so it must be closed.
         if (status > VI_SUCCESS && session != 0) {
             visa.viClose(session);
         }
@@ -192,7 +192,7 @@ QString CDeviceVisa::lastError()
     return m_lastError;
 }
 
-/// The settings of a new session. What a resource does not take does not matter.
+/// Configures a new session. Settings that the resource does not support do not matter.
 void CDeviceVisa::configureSession()
 {
     const VisaTable& visa = VisaBinding::table();
@@ -217,14 +217,14 @@ ExchangeResult CDeviceVisa::writeCommand(const QString& command)
     if (status == VI_SUCCESS) {
         return ExchangeResult::Done;
     }
-    // The texts of an exchange are taken as UTF-8, those of opening in the local encoding.
+    // Status texts of exchanges are UTF-8, those of opening are in the local encoding.
     const QByteArray text = statusText(m_session, status);
     fail(QStringLiteral("发送命令失败: %1").arg(QString::fromUtf8(text)));
     return resultOf(status);
 }
 
-/// One read into a buffer on the stack. A reply that fills it is a failure, and what is left of it
-/// stays with the instrument.
+/// Reads once into a buffer on the stack. A reply that fills it is a failure, and the instrument keeps
+/// the rest.
 ExchangeResult CDeviceVisa::readResponse(QString& response)
 {
     char buffer[kReadBufferSize];
@@ -241,7 +241,7 @@ ExchangeResult CDeviceVisa::readResponse(QString& response)
     return ExchangeResult::Done;
 }
 
-/// The VISA text of a status, as bytes; empty where there is none.
+/// VISA's text for a status, as bytes; empty if there is none.
 QByteArray CDeviceVisa::statusText(ViObject object, ViStatus status) const
 {
     char text[kViStatusTextSize] = {};

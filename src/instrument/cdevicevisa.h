@@ -14,18 +14,18 @@
 /// How an exchange ended.
 enum class ExchangeResult {
     Done,       ///< the command is written and its reply, if it has one, is read
-    TimedOut,   ///< the instrument did not take the command, or did not reply, in time
-    Lost,       ///< there is no connection any more
-    Overflowed, ///< the reply filled the buffer, and what was read of it is lost
-    Failed,     ///< otherwise
+    TimedOut,   ///< the instrument did not accept the command, or did not reply, in time
+    Lost,       ///< the connection is gone
+    Overflowed, ///< the reply filled the buffer and is lost
+    Failed,     ///< anything else
 };
 
-/// The one gate to the instrument: it owns the VISA resource manager and the instrument session
-/// and performs each exchange on the calling thread. Every operation may be called on any thread;
-/// one recursive mutex is held for a whole exchange, so two threads never interleave a command and
-/// its reply. Signals are emitted on the calling thread while that mutex is held.
+/// The gate to the instrument: it owns the VISA resource manager and the session, and performs each
+/// exchange on the calling thread. Every operation may be called on any thread; a recursive mutex is
+/// held for a whole exchange, so threads never interleave commands and replies. Signals are emitted on
+/// the calling thread with that mutex held.
 ///
-/// Failures are results: the operation returns an empty text or false, lastError() tells why, and
+/// Failures are results: the operation returns an empty text or false, lastError() says why, and
 /// errorOccurred() is emitted. A failed exchange leaves the session connected.
 class CDeviceVisa : public QObject
 {
@@ -33,50 +33,48 @@ class CDeviceVisa : public QObject
     Q_DISABLE_COPY_MOVE(CDeviceVisa)
 
 public:
-    /// The program's one object, made at the first call and never destroyed. Cheap; any thread.
+    /// The program's only object, created on the first call and never destroyed. Cheap; any thread.
     static CDeviceVisa* instance();
 
-    /// Opens the default VISA resource manager. When that fails lastError() tells the reason.
+    /// Opens the default VISA resource manager. If that fails, lastError() says why.
     explicit CDeviceVisa(QObject* parent);
     ~CDeviceVisa() override;
 
-    /// Opens the session of a VISA resource and sets it up: 57600 baud, 8 data bits, no parity and
-    /// one stop bit on a serial resource, replies that end at a line feed on all. A session that
-    /// is open is closed first. False when the resource cannot be opened.
+    /// Opens a session on a VISA resource and configures it: 57600 baud, 8 data bits, no parity and one
+    /// stop bit on a serial resource; replies end at a line feed. An open session is closed first.
+    /// False if the resource cannot be opened.
     bool connectDevice(const QString& resource);
 
-    /// Closes the session, if one is open. The resource manager stays open.
+    /// Closes the session, if any. The resource manager stays open.
     void disconnectDevice();
 
-    /// Closes the session without waiting for the exchange that is under way, which fails then; so
-    /// do all until the next connectDevice(). May block where a platform's VISA library does.
+    /// Closes the session without waiting for the exchange in progress. That one fails, and so do all
+    /// others until the next connectDevice(). Blocks if the platform's VISA library does.
     void interrupt();
 
     bool isConnected();
 
-    /// Whether the session opened last is one on a serial port.
+    /// Whether the last session opened is on a serial port.
     bool isSerial();
 
-    /// One exchange: writes the command with a line feed behind it and, when the command has a
-    /// question mark anywhere, reads one reply of up to 40959 bytes. Returns the reply without
-    /// white space at its ends; empty for a plain command and on every failure. Blocks up to
-    /// timeoutMs milliseconds for the writing and again for the reading; a negative time-out is
-    /// taken as 0.
+    /// One exchange: writes the command and a line feed and, if the command contains a question mark,
+    /// reads one reply of up to 40959 bytes. Returns the trimmed reply; empty for a plain command and
+    /// on every failure. Blocks up to timeoutMs for writing and again for reading; a negative time-out
+    /// counts as 0.
     QString sendCommand(const QString& command, int timeoutMs);
 
-    /// The same, telling how the exchange ended.
+    /// The same; `result` says how the exchange ended.
     QString sendCommand(const QString& command, int timeoutMs, ExchangeResult& result);
 
-    /// One sendCommand() for each command, in order, and one result for each. Other threads may
-    /// exchange between them.
+    /// One sendCommand() per command, in order. Other threads may exchange in between.
     QVector<QString> sendCommands(const QStringList& commands, int timeoutMs);
 
-    /// The same, asking after each exchange whether to go on. The results of commands that are not
-    /// sent are empty.
+    /// The same, asking after each exchange whether to go on. Commands that are not sent have empty
+    /// replies.
     QVector<QString> sendCommands(const QStringList& commands, int timeoutMs,
                                   const std::function<bool(ExchangeResult)>& goesOn);
 
-    /// Text of the last failure; empty when nothing has failed yet. A success does not clear it.
+    /// Text of the last failure; empty if nothing has failed yet. A success does not clear it.
     QString lastError();
 
 signals:

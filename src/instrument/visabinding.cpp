@@ -9,7 +9,7 @@
 
 namespace {
 
-/// Where a platform keeps its VISA library, in the order of looking.
+/// Names of the platform's VISA library, in search order.
 #if defined(Q_OS_WIN)
 constexpr const char* kLibraryNames[] = {"visa64", "visa32"};
 #elif defined(Q_OS_MACOS)
@@ -25,7 +25,7 @@ bool resolve(QLibrary& library, const char* symbol, Function& function)
     return function != nullptr;
 }
 
-/// The operations of one library; nothing where it is missing or lacks one of them.
+/// The operations of a library; nothing if it is missing or lacks one of them.
 std::optional<VisaTable> tableOf(const char* libraryName)
 {
     QLibrary library{QLatin1String(libraryName)};

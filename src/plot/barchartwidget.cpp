@@ -92,7 +92,7 @@ void BarChartWidget::onChannelTypeChange(int index)
     QwtPlotCurve* curve = m_curves->curveOf(channel);
     m_table->enableRow(row, m_plot->curveOffset(curve), g_scanChannels[channel]);
     if (curve && curve->isVisible()) {
-        // Another row shows this channel. Going back to "none" enters this slot again for this row.
+        // Another row shows this channel. Resetting to "none" re-enters this slot for this row.
         combo->setCurrentIndex(0);
         return;
     }
@@ -182,8 +182,8 @@ void BarChartWidget::buildLayout()
     m_splitter->setChildrenCollapsible(false);
     layout->addWidget(m_splitter);
     layout->addWidget(new QSizeGrip(this), 0, Qt::AlignBottom | Qt::AlignRight);
-    // Each widget is made where it stays: moving a finished one restyles all that it holds, and a
-    // restyled combo box makes its popup.
+    // Every widget is created in place: moving it later would restyle all its children, and a restyled
+    // combo box creates its popup.
     buildPlotArea();
     buildTableArea();
     m_splitter->setStretchFactor(0, kPlotStretch);
@@ -240,7 +240,7 @@ void BarChartWidget::buildTableArea()
     layout->addWidget(m_table->widget());
 }
 
-/// A row says with whose control it changed: the slots find the row by their sender.
+/// The slots find the row by their sender.
 void BarChartWidget::connectRow(int row)
 {
     connect(m_table->colorButton(row), &ColorSelectButton::colorChanged, this,

@@ -19,12 +19,11 @@ class ChartCurves;
 class CurveTable;
 } // namespace scn
 
-/// The chart window's content: a plot with its strip of tags, a live button and a zoom selector above;
-/// below, a table of 40 rows in which the user gives each curve a channel, a colour and an offset. It
-/// shows no bars, whatever its name. GUI thread.
+/// The content of a chart window: a plot with its strip of tags, a live button and a zoom selector;
+/// below them the table of curves. Despite its name it shows no bars. GUI thread.
 ///
-/// Curves point at the shared series. The chart keeps each series that it shows alive until
-/// clearChart() or its own end, so that a rebuilt g_curveSeries never leaves a curve without data.
+/// The chart keeps every series that it shows alive until clearChart() or its destruction, so a rebuilt
+/// g_curveSeries never leaves a curve without data.
 class BarChartWidget : public QWidget, public scn::WorkspaceView
 {
     Q_OBJECT
@@ -34,11 +33,11 @@ public:
     explicit BarChartWidget(QWidget* parent = nullptr);
     ~BarChartWidget() override;
 
-    /// Deletes all curves and tags and lets go of their series.
+    /// Deletes all curves and tags and releases their series.
     void clearChart();
 
-    /// Offers these channels in every row and goes back to the first of them, "none", without touching
-    /// the curves. An empty list is ignored.
+    /// Offers these channels in every row and selects the first, "none"; the curves stay. An empty list is
+    /// ignored.
     void setChannelList(const QStringList& items) override;
 
     /// Empties the chart and offers these channels.
@@ -51,10 +50,10 @@ public slots:
     void onColorChanged(QColor newColor);
     void onOffsetChanged(double value);
     void hideTableWidget();
-    /// Gives the view back to the readings.
+    /// Resumes following the readings.
     void onCurrDisPlot();
     void onPlotZoomTypeChanged(int index);
-    /// Takes over the offset of a dragged tag, in y units.
+    /// Applies the offset of a dragged tag, in y units.
     void setOffset(QwtPlotCurve* curve, double offset);
 
 private:

@@ -31,8 +31,8 @@ CCurvePlot::CCurvePlot(QWidget* parent)
     : QwtPlot(parent)
 {
     assertGuiThread();
-    // The base would draw itself as soon as events are processed, visible or not; all else that is
-    // asked for here is done when the plot is shown.
+    // The base would draw itself as soon as events are processed, visible or not; showing the plot does
+    // the rest of what the polishing is for.
     QCoreApplication::removePostedEvents(this, QEvent::PolishRequest);
     setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Expanding);
     scn::setUpCanvas(this);
@@ -150,8 +150,8 @@ void CCurvePlot::updateAxes(qint64 timeMs)
             autoScaleY();
         }
     }
-    // The reload that is armed here serves the move, so the range check shall not put it off. A plot
-    // without curves is left to that check: it has the first curve loaded.
+    // The reload armed here covers this move, so the range check must not postpone it. A plot without
+    // curves is left to that check, which has the first curve loaded.
     if (!m_curves.isEmpty()) {
         noteTimeAxis();
     }
@@ -163,12 +163,12 @@ void CCurvePlot::setTimeAxis(const scn::TimeSpan& span)
     setBounds(QwtPlot::xBottom, static_cast<double>(span.start), static_cast<double>(span.end));
 }
 
-/// Sets the bounds of an axis. They count at once, and nothing is laid out or painted for them: the
-/// scale on screen follows with the next replot, together with the curves.
+/// Sets the bounds of an axis. They apply at once, but nothing is laid out or painted: the scale on
+/// screen follows with the next replot, together with the curves.
 void CCurvePlot::setBounds(int axis, double lower, double upper)
 {
-    // The base keeps the bounds, for the next change of the ticks, but divides the scale by them only
-    // when it is replotted.
+    // The base stores the bounds for the next change of the ticks, but divides the scale by them only on
+    // a replot.
     setAxisScale(axis, lower, upper, 0);
     setAxisScaleDiv(axis, axisScaleEngine(axis)->divideScale(lower, upper, axisMaxMajor(axis),
                                                              axisMaxMinor(axis)));
@@ -234,7 +234,7 @@ void CCurvePlot::setCurveOffset(QwtPlotCurve* curve, double offset)
         return;
     }
     m_curveOffsets[curve] = offset;
-    // While a scan runs the next batch arms the reload anyway.
+    // During a scan the next batch arms the reload anyway.
     if (!g_scanRunning.load(std::memory_order_relaxed)) {
         m_reloadTimer->start();
     }
@@ -274,7 +274,7 @@ void CCurvePlot::onMagnifierZoomed(double)
         const double centre = (time.maxValue() + time.minValue()) * 0.5;
         setBounds(QwtPlot::xBottom, centre - kWidestRangeMs * 0.5, centre + kWidestRangeMs * 0.5);
         noteTimeAxis();
-        // The zoom has just asked for a repaint: it shall find the scale cut already.
+        // The zoom has just requested a repaint, which must find the scale already limited.
         QwtPlot::updateAxes();
     }
     m_reloadTimer->start();
@@ -287,7 +287,7 @@ void CCurvePlot::onPanned()
     m_reloadTimer->start();
 }
 
-/// The user has taken the view: the axes stop following the readings.
+/// The user has zoomed or panned: the axes stop following the readings.
 void CCurvePlot::holdView()
 {
     m_userMovedX = true;

@@ -1,4 +1,4 @@
-// When the visible window is loaded and drawn.
+// Loading and drawing of the visible window.
 #include "plot/ccurveplot.h"
 
 #include "common/threadassert.h"
@@ -35,7 +35,7 @@ void CCurvePlot::reloadVisibleData()
     }
 }
 
-/// Has the series of each shown curve load the visible window; false if there is no such curve.
+/// Has the series of each visible curve load the visible window; false if there is no such curve.
 bool CCurvePlot::loadVisibleCurves()
 {
     QList<QwtPlotCurve*> shown;
@@ -48,9 +48,9 @@ bool CCurvePlot::loadVisibleCurves()
         return false;
     }
 
-    // Bounds that others set since the last replot count from here on; the replot follows.
+    // Bounds set by others since the last replot apply from here on; the replot follows.
     QwtPlot::updateAxes();
-    // What is loaded now needs no second reload by the range check.
+    // The range check need not reload what is loaded now.
     noteTimeAxis();
     const QwtInterval time = axisInterval(QwtPlot::xBottom);
     const qint64 start = static_cast<qint64>(time.minValue()) - kLoadMarginMs;
@@ -61,8 +61,8 @@ bool CCurvePlot::loadVisibleCurves()
     return true;
 }
 
-/// Draws the plot; a plot that is not visible only has its scales brought up to date and is drawn
-/// when it is shown.
+/// Draws the plot. If it is not visible, only the scales are updated, and it is drawn when it is
+/// shown.
 void CCurvePlot::redraw()
 {
     m_redrawWhenShown = !isVisible();
@@ -87,7 +87,7 @@ void CCurvePlot::checkAxisRangeChange()
         m_reloadTimer->start();
     }
 
-    // Common to all plots of the process: each compares with what any of them reported last.
+    // Shared by all plots of the process: each compares with what any of them last reported.
     static double lastLowerY = 0.0;
     static double lastUpperY = 0.0;
     const QwtInterval values = axisInterval(QwtPlot::yLeft);
@@ -99,7 +99,7 @@ void CCurvePlot::checkAxisRangeChange()
     }
 }
 
-/// Takes the bounds of the time axis for seen by the range check.
+/// Marks the bounds of the time axis as seen by the range check.
 void CCurvePlot::noteTimeAxis()
 {
     const QwtInterval time = axisInterval(QwtPlot::xBottom);
@@ -118,11 +118,11 @@ void CCurvePlot::resizeEvent(QResizeEvent* event)
     redraw();
 }
 
-/// Gives a window that still fills as much more time as the plot is wider than the first plot of
-/// the process was.
+/// Scales the span of a window that is still filling with the plot's width, relative to the first plot of
+/// the process.
 void CCurvePlot::stretchTimeWindow()
 {
-    // Set once, by whichever plot comes here first.
+    // Set once, by the first plot that gets here.
     static const int referenceWidth = width();
     if (referenceWidth <= 0) {
         return;

@@ -107,7 +107,7 @@ void ChartCurves::hideOthers(const QList<int>& channels)
     }
 }
 
-/// A box that kept an earlier curve would follow the tags of two.
+/// Starts afresh: a box that kept an earlier curve would follow two tags.
 void ChartCurves::assignOffsetBoxes(const CurveTable& table)
 {
     m_offsetBoxes.clear();

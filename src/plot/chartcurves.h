@@ -16,20 +16,19 @@ namespace scn {
 
 class CurveTable;
 
-/// The curves of one chart with their tags, by channel. A curve that is not selected any more is hidden
-/// and comes back with its data and its offset.
+/// The curves of a chart with their tags, by channel. A curve that is no longer selected is hidden and
+/// comes back with its data and its offset.
 ///
-/// Curves point at the shared series, which are kept alive until clear() or the object's own end. GUI
-/// thread.
+/// Keeps the shared series that its curves point at alive until clear() or destruction. GUI thread.
 class ChartCurves
 {
 public:
     ChartCurves(CCurvePlot* plot, CurveOffsetController* tags);
 
-    /// Deletes all curves and tags and lets go of their series.
+    /// Deletes all curves and tags and releases their series.
     void clear();
 
-    /// The curve of a channel; null when it has none yet.
+    /// The curve of a channel; null if it has none yet.
     QwtPlotCurve* curveOf(int channel) const { return m_curves.value(channel); }
 
     /// The offset box of the row that shows a curve; null for a hidden one.
@@ -37,8 +36,8 @@ public:
 
     void forgetOffsetBoxes() { m_offsetBoxes.clear(); }
 
-    /// Shows the selected channels' curves and no others. A curve that has to be made takes its colour
-    /// from `row`; a channel without a series is passed over.
+    /// Shows the curves of the selected channels and hides all others. A new curve takes its colour from
+    /// `row`; a channel without a series is skipped.
     void showSelected(const CurveTable& table, int row);
 
     void setColor(int channel, const QColor& color);

@@ -39,7 +39,7 @@ ColorSelectButton::ColorSelectButton(QWidget* parent)
 void ColorSelectButton::showColorDialog()
 {
     assertGuiThread();
-    // The chart may be closed while the dialog is open, which then goes with this button.
+    // The chart may be closed while the dialog is open; both go with this button.
     const QPointer<QColorDialog> dialog(new QColorDialog(m_color, this));
     dialog->setWindowTitle(tr("选择颜色"));
     dialog->exec();
@@ -67,7 +67,7 @@ void ColorSelectButton::showMenu()
     if (!m_menu) {
         m_menu = buildMenu();
     }
-    // Nothing may follow this call: the button can be gone when it returns.
+    // Must be the last call: the button may be gone when it returns.
     m_menu->exec(mapToGlobal(QPoint(0, height())));
 }
 

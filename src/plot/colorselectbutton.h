@@ -6,8 +6,8 @@
 
 class QMenu;
 
-/// A small square that shows a curve's colour; a click opens a menu of 18 swatches below it. New
-/// buttons go round the palette, across all chart windows of the process. GUI thread.
+/// A small square that shows a curve's colour; a click opens a menu of 18 swatches below it. New buttons
+/// cycle through the palette, across all chart windows of the process. GUI thread.
 class ColorSelectButton : public QPushButton
 {
     Q_OBJECT
@@ -19,11 +19,11 @@ public:
     QColor color() const { return m_color; }
 
 signals:
-    /// The user has chosen a colour, which may be the present one.
+    /// The user has chosen a colour, possibly the current one.
     void colorChanged(QColor color);
 
 private slots:
-    /// Chooses from all colours in a dialog; nothing offers it yet.
+    /// Lets the user choose any colour in a dialog; nothing offers it yet.
     void showColorDialog();
     void updateButtonColor(QColor color);
 
@@ -35,7 +35,7 @@ private:
     static int nextColorIndex;
 
     QColor m_color;
-    // Made at the first click: most of the 40 buttons of a chart never show it.
+    // Created on the first click: most of a chart's 40 buttons never show it.
     QMenu* m_menu = nullptr;
     QList<QColor> m_palette;
 };

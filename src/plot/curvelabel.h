@@ -6,15 +6,15 @@
 
 class QwtPlotCurve;
 
-/// The tag of one curve beside a plot: the channel number and an arrow towards the plot. It reports
-/// how it is dragged and leaves the moving to its owner. GUI thread.
+/// The tag of a curve beside a plot: the channel number and an arrow towards the plot. It reports drags
+/// and leaves moving to its owner. GUI thread.
 class CurveLabel : public QWidget
 {
     Q_OBJECT
     Q_DISABLE_COPY_MOVE(CurveLabel)
 
 public:
-    /// `curve` is not owned and never read through; it only tells whose tag this is.
+    /// `curve` only identifies the tag; it is neither owned nor dereferenced.
     CurveLabel(const QString& text, QwtPlotCurve* curve, QWidget* parent);
 
     QString text() const { return m_text; }
@@ -30,7 +30,7 @@ public:
 signals:
     void labelPressed(CurveLabel* label);
     void dragStarted();
-    /// Movement in pixels since the last report, downwards positive.
+    /// Movement since the last report, in pixels; positive is down.
     void dragged(int deltaY);
     void dragEnded();
 

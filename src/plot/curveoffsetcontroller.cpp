@@ -41,7 +41,7 @@ void CurveOffsetController::addCurveLabel(const QString& text, QwtPlotCurve* cur
     auto* label = new CurveLabel(text, curve, m_labelLayer);
     label->setColor(color);
     label->setValue(0.0);
-    // The first place may stick out of the strip; the next change of the range or size holds it inside.
+    // The initial position may lie outside the strip until the range or size next changes.
     label->move(0, valueToPixel(0.0, baseValue) - label->height() / 2);
     label->show();
 
@@ -96,8 +96,8 @@ void CurveOffsetController::setLabelColor(QwtPlotCurve* curve, const QColor& col
 void CurveOffsetController::clearLabels()
 {
     assertGuiThread();
-    // A tag that is being dragged lives on until the event loop takes it; it may report no more, for
-    // its curve is about to go.
+    // A tag being dragged lives until the event loop deletes it; it must not report any more, as its
+    // curve is about to be deleted.
     m_activeLabel = nullptr;
     for (CurveLabel* label : qAsConst(m_labels)) {
         label->disconnect(this);
@@ -141,7 +141,7 @@ void CurveOffsetController::onLabelPressed(CurveLabel* label)
 
 void CurveOffsetController::onDragStarted()
 {
-    // The press has named the tag already; there is nothing to prepare.
+    // The press has already identified the tag; there is nothing to prepare.
 }
 
 void CurveOffsetController::onLabelDragged(int deltaY)
@@ -205,8 +205,8 @@ void CurveOffsetController::placeLabel(QwtPlotCurve* curve, CurveLabel* label)
     label->move(0, qBound(0, top, height() - label->height()));
 }
 
-/// Height of `value` above `base` in the strip, 0 at the top. Values outside the y range are held to
-/// the strip's ends before they become an int, which a narrow range would overflow.
+/// Height of `value` above `base` in the strip, 0 at the top. Values outside the y range are clamped to
+/// the strip before the conversion to int, which a narrow range would overflow.
 int CurveOffsetController::valueToPixel(double value, double base) const
 {
     const double share = (value + base - m_yMin) / (m_yMax - m_yMin);

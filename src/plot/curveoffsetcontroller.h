@@ -10,39 +10,38 @@ class CCurvePlot;
 class CurveLabel;
 class QwtPlotCurve;
 
-/// The strip left of a plot that stands in for a y scale. It holds one tag per curve at the height of
-/// the curve's average plus its display offset; dragging a tag shifts the curve on the display and
-/// never in the store. Heights follow the strip's own height, not the canvas'.
+/// The strip to the left of a plot, in place of a y scale. It holds one tag per curve, at the height of
+/// the curve's average plus its display offset. Dragging a tag shifts the displayed curve, never the
+/// stored data. Heights follow the strip's own height, not the canvas'.
 ///
-/// Curves are told apart by their address alone, so one that has been deleted does no harm here.
-/// GUI thread.
+/// Curves are identified by address only, so a deleted one does no harm. GUI thread.
 class CurveOffsetController : public QWidget
 {
     Q_OBJECT
     Q_DISABLE_COPY_MOVE(CurveOffsetController)
 
 public:
-    /// `plot` is the source of the y bounds; it may be null and is not owned.
+    /// `plot` supplies the y bounds; it may be null and is not owned.
     CurveOffsetController(CCurvePlot* plot, QWidget* parent);
 
-    /// Adds the tag of a curve at the height of `baseValue`, in y units. Nothing happens for a null
-    /// curve or one that has a tag.
+    /// Adds a curve's tag at the height of `baseValue`, in y units. Ignored for a null curve or one that
+    /// has a tag.
     void addCurveLabel(const QString& text, QwtPlotCurve* curve, const QColor& color,
                        double baseValue);
 
-    /// Offset that a tag stands for, in y units. A curve without a tag is ignored, and reads as 0.
+    /// The offset a tag shows, in y units; 0, and ignored when set, for a curve without a tag.
     void setLabelValue(QwtPlotCurve* curve, double value);
     double labelValue(QwtPlotCurve* curve) const;
 
-    /// A curve without a tag is ignored by each of these.
+    // Ignored for a curve without a tag.
     void hideCurveLabel(QwtPlotCurve* curve);
     void showCurveLabel(QwtPlotCurve* curve);
     void setLabelColor(QwtPlotCurve* curve, const QColor& color);
 
-    /// Removes all tags; the base levels of their curves are kept.
+    /// Removes all tags but keeps the base levels of their curves.
     void clearLabels();
 
-    /// Takes the y bounds from another plot from now on. Null leaves the bounds as they are.
+    /// Takes the y bounds from another plot from now on; null keeps the current bounds.
     void setPlot(CCurvePlot* plot);
 
     QSize minimumSizeHint() const override;

@@ -7,19 +7,19 @@
 
 namespace scn {
 
-/// The shared series that a curve shows; null for a curve without one.
+/// The shared series that a curve shows; null if it has none.
 inline CurveSeriesData* seriesOf(const QwtPlotCurve* curve)
 {
     const auto* shared = dynamic_cast<const NonOwningCurveData*>(curve->data());
     return shared ? shared->series() : nullptr;
 }
 
-/// The samples of one curve for a walk over all of them, taken straight from its series where it
-/// has one. It is good until the series is loaded anew. GUI thread.
+/// Fast access to all samples of a curve, straight from its series if it has one. Valid until the
+/// series is reloaded. GUI thread.
 class CurveSamples
 {
 public:
-    /// `curve` has series data.
+    /// `curve` must have series data.
     explicit CurveSamples(const QwtPlotCurve* curve)
         : m_data(curve->data())
         , m_count(static_cast<int>(curve->dataSize()))
@@ -40,7 +40,7 @@ public:
         return index < m_pointCount ? m_points[index] : m_data->sample(static_cast<size_t>(index));
     }
 
-    /// The same with the reading as y.
+    /// The same, with the reading itself as y.
     QPointF raw(int index) const
     {
         if (index < m_pointCount) {

@@ -132,7 +132,7 @@ void CurveTable::resetOffset(int row)
     }
     const QSignalBlocker blocker(box);
     box->setEnabled(false);
-    // The curve keeps its offset in the plot and shows it again when the channel is chosen again.
+    // The plot keeps the curve's offset and applies it when the channel is selected again.
     box->setValue(0.0);
 }
 

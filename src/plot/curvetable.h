@@ -15,39 +15,39 @@ class QWidget;
 namespace scn {
 
 /// The table below a chart: 40 rows in which the user gives each curve a channel, a colour and an
-/// offset. It builds the controls and finds them again; what a change does is the chart's. GUI thread.
+/// offset. It builds the controls and looks them up; the chart acts on changes. GUI thread.
 class CurveTable
 {
     Q_DECLARE_TR_FUNCTIONS(BarChartWidget)
 
 public:
-    /// The widgets belong to `parent`.
+    /// `parent` owns the widgets.
     explicit CurveTable(QWidget* parent);
 
     QTableWidget* widget() const { return m_table; }
     int rowCount() const;
 
-    /// Row of a control; -1 for an object that is none.
+    /// Row of a control; -1 for any other object.
     int rowOf(QObject* control) const { return m_controlRows.value(control, -1); }
 
-    // The controls of a row; null for a row that does not exist.
+    // A row's controls; null if there is no such row.
     QComboBox* channelBox(int row) const;
     QDoubleSpinBox* offsetBox(int row) const;
     ColorSelectButton* colorButton(int row) const;
 
-    /// Offers these channels in every row, selects the first and resets the offset. Tells nobody.
+    /// Offers these channels in every row, selects the first and resets the offset. No signals.
     void setChannelList(const QStringList& items);
 
-    /// Channel that a row has selected; -1 for none and for a text without a channel.
+    /// The channel selected in a row; -1 for none or a text without a channel.
     int selectedChannel(int row) const;
 
-    /// The selected channels in the order of the rows.
+    /// The selected channels in row order.
     QList<int> selectedChannels() const;
 
-    /// Opens a row's controls to the user and shows the offset. Tells nobody.
+    /// Enables a row's controls and shows the offset. No signals.
     void enableRow(int row, double offset, const QString& unit);
 
-    /// Closes a row's offset box and shows 0 in it. Tells nobody.
+    /// Disables a row's offset box and shows 0 in it. No signals.
     void resetOffset(int row);
 
 private:

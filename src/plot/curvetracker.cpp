@@ -14,13 +14,13 @@
 
 namespace {
 
-/// Samples as far away as this, in pixels or in data units, are never picked.
+/// Samples this far away, in pixels or in data units, are never picked.
 constexpr double kNoDistance = 1000000.0;
 
-/// The pointer must be nearer than this to a sample.
+/// The pointer must be closer to a sample than this.
 constexpr double kPickDistancePixels = 10.0;
 
-/// Pixels are held to this range so that they fit an int; what lies outside is too far to be picked.
+/// Pixels are clamped to this range to fit an int; anything outside is too far to be picked.
 constexpr int kPixelLimit = 1 << 30;
 
 /// A scale position as a whole pixel, truncated.
@@ -41,8 +41,8 @@ bool hasSample(const QwtPlotCurve* curve, int index)
     return curve && curve->data() && index >= 0 && static_cast<size_t>(index) < curve->dataSize();
 }
 
-/// Search for the sample nearest to a position on screen. Distances are compared as squares of whole
-/// pixels, which orders them exactly as the distances themselves.
+/// Searches for the sample nearest to a position on screen. Compares squares of whole-pixel distances,
+/// which order like the distances themselves.
 class PixelSearch
 {
 public:
@@ -56,7 +56,7 @@ public:
 
     bool isOnScreen() const { return std::abs(m_x) < kPixelLimit && std::abs(m_y) < kPixelLimit; }
 
-    /// True if a sample of `samples` is nearer than all before.
+    /// True if one of `samples` is nearer than all offered before.
     bool offer(const scn::CurveSamples& samples)
     {
         qint64 best = m_best;
@@ -84,8 +84,8 @@ private:
     qint64 m_best = qint64(kNoDistance) * qint64(kNoDistance);
 };
 
-/// Index of the first of the samples nearest to `pos` in data units, -1 if all are too far. The
-/// x unit is the millisecond, so in effect time decides.
+/// Index of the first sample nearest to `pos` in data units, -1 if all are too far. The x unit is the
+/// millisecond, so in effect time decides.
 int nearestInDataUnits(const scn::CurveSamples& samples, const QPointF& pos)
 {
     int nearest = -1;
@@ -97,7 +97,7 @@ int nearestInDataUnits(const scn::CurveSamples& samples, const QPointF& pos)
         if (!(candidate < square)) {
             continue;
         }
-        // Two squares can have the same root: it is the roots that decide.
+        // Different squares can have the same root, and the roots decide.
         const double root = std::sqrt(candidate);
         if (root < distance) {
             nearest = index;
@@ -112,7 +112,7 @@ QString readoutText(const QString& title, qint64 timeMs, double value)
 {
     const QString time =
         QDateTime::fromMSecsSinceEpoch(timeMs).toString(QStringLiteral(" yyyy:MM:dd HH:mm:ss "));
-    // A channel that is not in the scan list is entered with an empty unit.
+    // A channel missing from the scan list is entered with an empty unit.
     const QString unit = g_scanChannels[title.toInt()];
     return QStringLiteral("\n%1\n%2\n%3 %4\n")
         .arg(title, time, QString::number(value, 'f', 5), unit);

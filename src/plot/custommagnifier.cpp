@@ -24,7 +24,7 @@ void CustomMagnifier::rescale(double factor)
     emit zoomed(factor);
 }
 
-/// Whether each axis that takes part can still be divided after the step, as the base makes it.
+/// Whether every enabled axis can still be divided after the base's zoom step.
 bool CustomMagnifier::canRescale(double factor) const
 {
     for (int axis = 0; plot() && axis < QwtPlot::axisCnt; ++axis) {

@@ -2,7 +2,7 @@
 
 #include <qwt_plot_magnifier.h>
 
-/// Magnifier of a plot that tells when it has zoomed. GUI thread only.
+/// A plot magnifier that reports zooms. GUI thread.
 class CustomMagnifier : public QwtPlotMagnifier
 {
     Q_OBJECT

@@ -44,7 +44,7 @@ CustomMdiSubWindow::~CustomMdiSubWindow()
     m_holder->removeEventFilter(this);
 
     m_titleBar->disconnect(this);
-    // Only `destroyed` is left: by it the workspace takes the window out of its record.
+    // Only `destroyed` stays connected: the workspace uses it to forget the window.
     disconnect(this, &QMdiSubWindow::windowStateChanged, nullptr, nullptr);
     disconnect(this, &QMdiSubWindow::aboutToActivate, nullptr, nullptr);
     disconnect(this, &QWidget::windowTitleChanged, nullptr, nullptr);
@@ -156,7 +156,7 @@ void CustomMdiSubWindow::paintEvent(QPaintEvent* event)
     painter.setRenderHint(QPainter::Antialiasing);
     painter.setPen(QPen(QColor(active ? kActiveBorderColor : kBorderColor), kBorderWidth,
                         Qt::SolidLine, Qt::SquareCap, Qt::BevelJoin));
-    // The style leaves the window without a background; windows below would show through the content.
+    // The style gives the window no background, so windows below would show through the content.
     painter.setBrush(QColor(kBackgroundColor));
     painter.drawRoundedRect(QRect(1, 1, width() - 2, height() - 2), kBorderRadius, kBorderRadius);
 }
@@ -214,7 +214,7 @@ void CustomMdiSubWindow::onMinimizeToTitleBar()
 void CustomMdiSubWindow::buildShell(const QString& iconPath)
 {
     m_holder = new QWidget(this);
-    // The window's transparency reaches the lists of the boxes in it, which have nothing below them.
+    // The window's transparency is inherited by popup lists, which have nothing behind them.
     m_holder->setStyleSheet(QStringLiteral("QComboBoxPrivateContainer, QComboBox QAbstractItemView "
                                            "{ background-color: #19232D; border-radius: 0; }"));
     m_holderLayout = new QVBoxLayout(m_holder);
@@ -235,8 +235,8 @@ void CustomMdiSubWindow::buildShell(const QString& iconPath)
     setTitle(QString());
 }
 
-/// The names stand crosswise on purpose: the first button collapses, the second one and a double
-/// click on the bar maximise.
+/// The names are crossed on purpose: the first button collapses; the second one and a double click on
+/// the bar maximise.
 void CustomMdiSubWindow::connectTitleBar()
 {
     connect(m_titleBar, &CustomTitleBar::minimizeClicked, this,
@@ -246,7 +246,7 @@ void CustomMdiSubWindow::connectTitleBar()
     connect(m_titleBar, &CustomTitleBar::closeClicked, this, &CustomMdiSubWindow::close);
 }
 
-/// Lets this window see the mouse presses of `root` and everything that `root` holds by now.
+/// Makes this window see mouse presses on `root` and on all of its current children.
 void CustomMdiSubWindow::watch(QWidget* root)
 {
     root->installEventFilter(this);
@@ -267,8 +267,8 @@ void CustomMdiSubWindow::openTile()
     setFocus();
 }
 
-/// The press has given its target the focus by now. The base class, when the window gets it, passes it
-/// on to the widget that had it before the window lost it; the target gets it back from there.
+/// The press has already focused its target. When the window takes the focus, the base class passes it to
+/// the widget that had it last, so the target gets it back afterwards.
 void CustomMdiSubWindow::takeFocusFromPress()
 {
     QWidget* target = QApplication::focusWidget();

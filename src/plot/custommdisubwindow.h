@@ -7,9 +7,9 @@
 class CustomTitleBar;
 class QVBoxLayout;
 
-/// Frameless shell of a workspace window with its own title bar. It can be dragged by the bar,
-/// maximised, and collapsed to a small tile that shows its icon. A click anywhere inside raises it.
-/// Closing deletes it with its content. GUI thread.
+/// The frameless shell of a workspace window. Its own title bar drags it, maximises it, and collapses it
+/// to a small tile that shows its icon. A click anywhere inside raises it. Closing it deletes it with its
+/// content. GUI thread.
 class CustomMdiSubWindow : public QMdiSubWindow
 {
     Q_OBJECT
@@ -22,11 +22,11 @@ public:
     /// Text of the bar and of the window itself.
     void setTitle(const QString& title);
 
-    /// Adds the view; the window owns it from then on. Null is ignored.
+    /// Adds the view and takes ownership. Null is ignored.
     void setContentWidget(QWidget* widget);
     QWidget* contentWidget() const { return m_contentWidget; }
 
-    /// The parent that setContentWidget() gives to a view.
+    /// The parent that setContentWidget() gives a view.
     QWidget* contentParent() const { return m_contentArea; }
 
     /// Makes this the active window of its area; nothing happens outside an area.
@@ -46,7 +46,7 @@ protected:
 private slots:
     /// Collapses the window to a tile.
     void onMaximizeClicked();
-    /// Opens a tile where it stands; otherwise maximises the window or takes it back.
+    /// Opens a tile where it is; otherwise toggles between maximised and normal.
     void onMinimizeToTitleBar();
 
 private:

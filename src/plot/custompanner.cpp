@@ -15,10 +15,10 @@ namespace {
 /// A drag of this many pixels or fewer waits for the release.
 constexpr int kDragThresholdPixels = 2;
 
-/// Steps per gap between two major ticks where there are no minor ones.
+/// Steps between two major ticks if there are no minor ones.
 constexpr double kStepsPerMajorGap = 5.0;
 
-/// Steps across the axis where there are no ticks at all.
+/// Steps across the axis if there are no ticks at all.
 constexpr double kStepsPerRange = 50.0;
 
 double meanGap(const QList<double>& ticks)
@@ -51,12 +51,12 @@ void CustomPanner::widgetMousePressEvent(QMouseEvent* event)
         readTimeAxis();
     }
     QwtPlotPanner::widgetMousePressEvent(event);
-    // The base lays a snapshot of the canvas over it, which would hide the live moves, and moves the
-    // axes once more at the release if the snapshot is still there then.
+    // The base covers the canvas with a snapshot, which would hide the live moves, and moves the axes
+    // again on release if the snapshot is still there.
     hide();
 }
 
-/// Takes the bounds and the step of the time axis for the drag that begins.
+/// Notes the bounds and the step of the time axis at the start of a drag.
 void CustomPanner::readTimeAxis()
 {
     const QwtScaleDiv& scale = plot()->axisScaleDiv(QwtPlot::xBottom);
@@ -103,7 +103,7 @@ void CustomPanner::widgetMouseReleaseEvent(QMouseEvent* event)
     assertGuiThread();
     m_dragging = false;
     QwtPlotPanner::widgetMouseReleaseEvent(event);
-    // What is left of the drag is applied here and forgotten only by the next press.
+    // Applies the rest of the drag; the next press resets it.
     if (m_accumX != 0) {
         moveCanvas(m_accumX, 0);
     }

@@ -2,8 +2,8 @@
 
 #include <qwt_plot_panner.h>
 
-/// Drags the time axis of a plot live, in whole steps of its ticks. It is always horizontal, and
-/// any mouse button drags. GUI thread only.
+/// Drags a plot's time axis live, in whole steps of its ticks: horizontally only, with any mouse button.
+/// GUI thread.
 class CustomPanner : public QwtPlotPanner
 {
     Q_OBJECT
@@ -12,12 +12,12 @@ class CustomPanner : public QwtPlotPanner
 public:
     explicit CustomPanner(QWidget* canvas);
 
-    /// Pan in whole steps (the default), or freely as the library does.
+    /// Whether to pan in whole steps (the default) or freely, as the library does.
     void setSnapToTicks(bool on);
 
 signals:
-    /// The time axis has been moved by a whole number of steps. It hides the base's
-    /// panned(int, int): name either with qOverload.
+    /// The time axis has moved by a whole number of steps. Hides the base's panned(int, int): name either
+    /// one with qOverload.
     void panned();
 
 protected:

@@ -8,8 +8,8 @@ class QLabel;
 class QPushButton;
 class QSpacerItem;
 
-/// Title bar of a workspace window: a title and three buttons, or, while the window is a tile, its
-/// icon alone. GUI thread.
+/// The title bar of a workspace window: a title and three buttons or, while the window is a tile, just
+/// its icon. GUI thread.
 class CustomTitleBar : public QWidget
 {
     Q_OBJECT
@@ -20,12 +20,12 @@ public:
 
     void setTitle(const QString& title);
 
-    /// Shows the icon in place of the title and the buttons, or the reverse.
+    /// Shows the icon instead of the title and the buttons, or the reverse.
     void setCollapsed(bool collapsed);
 
 signals:
     void minimizeClicked();
-    /// Also emitted for a left double click on the bar.
+    /// Also emitted on a double click of the left button on the bar.
     void maximizeClicked();
     void closeClicked();
 

@@ -111,8 +111,8 @@ void DataNetwork::buildTable()
         {QString(), tr("通道"), tr("读数"), tr("时间"), tr("最小值"), tr("最大值"), tr("平均值")});
     m_table->horizontalHeader()->setSectionResizeMode(QHeaderView::Stretch);
     m_table->verticalHeader()->setVisible(false);
-    // A narrow column wraps the time. Rows that fit themselves to it would be measured at each batch,
-    // which takes longer than writing it.
+    // A narrow column wraps the time. Self-sizing rows would be measured for every batch, which takes
+    // longer than writing them.
     m_table->verticalHeader()->setDefaultSectionSize(2 * m_table->fontMetrics().lineSpacing() +
                                                      kRowPadding);
     for (int row = 0; row < kRowCount; ++row) {
@@ -131,8 +131,8 @@ void DataNetwork::buildRow(int row)
     WheelGuard::install(combo);
     connect(combo, qOverload<int>(&QComboBox::currentIndexChanged), this,
             &DataNetwork::onChannelChanged);
-    // A choice by hand counts also where the box stood on that channel already: after a new list it
-    // stands on "none" beside old values.
+    // A choice by hand counts even if it changes nothing: after a new list the box shows "none" beside
+    // old values.
     connect(combo, qOverload<int>(&QComboBox::activated), this, &DataNetwork::onChannelChanged);
     m_table->setCellWidget(row, GridChannelColumn, combo);
 

@@ -8,9 +8,9 @@
 class QComboBox;
 class QTableWidget;
 
-/// The data grid of the workspace: 20 rows, in each of which the user picks a channel and sees its
-/// latest reading, that reading's time, and the minimum, maximum and average so far. It reads the
-/// shared series and holds nothing of its own. GUI thread.
+/// The data grid of the workspace: 20 rows. In each one the user picks a channel and sees its latest
+/// reading with its time, and the minimum, maximum and average so far. It reads the shared series and
+/// stores nothing. GUI thread.
 class DataNetwork : public QWidget, public scn::WorkspaceView
 {
     Q_OBJECT
@@ -19,14 +19,14 @@ class DataNetwork : public QWidget, public scn::WorkspaceView
 public:
     explicit DataNetwork(QWidget* parent = nullptr);
 
-    /// Offers these channels in every row and goes back to the first of them, without touching the
-    /// values on show. An empty list is ignored.
+    /// Offers these channels in every row and selects the first; the values shown stay. An empty list is
+    /// ignored.
     void setChannelList(const QStringList& items) override;
 
     /// A grid holds no series: the same as setChannelList().
     void rebuildChannelList(const QStringList& items) override;
 
-    /// Rewrites the rows; the time does not matter.
+    /// Rewrites the rows, whatever the time.
     void onNewSample(qint64 timeMs) override;
 
     /// Rewrites each row that has a channel.

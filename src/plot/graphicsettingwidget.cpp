@@ -60,7 +60,7 @@ GraphicSettingWidget::GraphicSettingWidget(QWidget* parent)
 GraphicSettingWidget::~GraphicSettingWidget()
 {
     assertGuiThread();
-    // The windows report their end to this object, so they have to go while it is whole.
+    // The windows report their destruction to this object, so they must go while it is intact.
     disconnect(m_mdiArea, nullptr, this, nullptr);
     qDeleteAll(m_mdiArea->subWindowList());
 }
@@ -120,8 +120,8 @@ void GraphicSettingWidget::refreshCurveSeriesDataSlot(QList<MeasurementData> dat
     }
 }
 
-/// Gives a curve to the series that the store could not take when the run began, as soon as it can.
-/// Where one is refused the others are not asked for: each might wait for the store.
+/// Registers the series that the store could not take when the run began. After a refusal the others
+/// are not tried: each attempt might wait for the store.
 void GraphicSettingWidget::registerSeriesAgain()
 {
     if (m_sinceRegistration.isValid() && !m_sinceRegistration.hasExpired(kRegistrationIntervalMs)) {
@@ -144,7 +144,7 @@ void GraphicSettingWidget::buildSideBar()
     m_sideBar->setSide(false);
     m_sideBar->setOpenWidth(kSideBarWidth);
     m_sideBar->setTitle(tr("小工具"));
-    // The strip is hidden while the bar is open; the tools need its pixels too.
+    // The strip is hidden while the bar is open, and the tools need its pixels.
     m_sideBar->content()->setMaximumWidth(kSideBarWidth);
 
     auto* layout = new QVBoxLayout(m_sideBar->content());
@@ -175,15 +175,15 @@ void GraphicSettingWidget::buildArea()
 template <typename Content>
 void GraphicSettingWidget::openWindow(const QString& iconPath, const QString& titleText)
 {
-    // The area becomes the parent by addSubWindow(). As the parent from the start it would take the
-    // window in while that is being built, and warn when told to do so again.
+    // addSubWindow() makes the area the parent. As the parent from the start it would adopt a half-built
+    // window and warn about the second time.
     auto* window = new CustomMdiSubWindow(iconPath, nullptr);
     window->resize(kWindowSize);
     ++m_windowCounter;
     window->setTitle(titleText + QString::number(m_windowCounter));
     m_mdiArea->addSubWindow(window);
-    // Made in its place: a view that moves there when finished is styled twice, which takes longer
-    // than all the rest.
+    // Created in place: a view that is moved there afterwards is styled twice, which takes longer than
+    // everything else.
     auto* content = new Content(window->contentParent());
     window->setContentWidget(content);
     window->show();
@@ -192,8 +192,8 @@ void GraphicSettingWidget::openWindow(const QString& iconPath, const QString& ti
     content->setChannelList(channelList());
 }
 
-/// The handler holds the pointer's value only: the window is half gone when it runs. Each window
-/// passes here once, so the connection is its only one.
+/// The handler uses the pointer's value only: the window is half destroyed when it runs. Called once per
+/// window, so the connection is unique.
 void GraphicSettingWidget::forgetWindowWhenDestroyed(QMdiSubWindow* window)
 {
     connect(window, &QObject::destroyed, this, [this, window] {
@@ -203,7 +203,7 @@ void GraphicSettingWidget::forgetWindowWhenDestroyed(QMdiSubWindow* window)
     });
 }
 
-/// What the open windows show, in the order in which they were opened.
+/// The views of the open windows, in the order of opening.
 QList<scn::WorkspaceView*> GraphicSettingWidget::views() const
 {
     QList<scn::WorkspaceView*> views;
@@ -216,7 +216,7 @@ QList<scn::WorkspaceView*> GraphicSettingWidget::views() const
     return views;
 }
 
-/// "none" and each channel of the scan list that has a unit, in channel order.
+/// "None" and every channel of the scan list with a unit, in channel order.
 QStringList GraphicSettingWidget::channelList() const
 {
     QStringList items{tr("无")};

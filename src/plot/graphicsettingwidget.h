@@ -17,9 +17,9 @@ namespace scn {
 class WorkspaceView;
 }
 
-/// The page of the live views: a side bar whose two buttons open charts and data grids in an MDI area.
-/// It receives every batch of readings, feeds the shared series and tells each open window. GUI thread;
-/// the batches cross over from the acquisition thread as queued calls.
+/// The page of live views: a side bar whose two buttons open charts and data grids in an MDI area. It
+/// receives every batch of readings, feeds the shared series and notifies each open window. GUI thread;
+/// batches arrive from the acquisition thread as queued calls.
 class GraphicSettingWidget : public QWidget
 {
     Q_OBJECT
@@ -29,8 +29,8 @@ public:
     explicit GraphicSettingWidget(QWidget* parent = nullptr);
     ~GraphicSettingWidget() override;
 
-    /// Offers the scan list's present channels in every window, and empties every chart. Must run
-    /// before g_curveSeries is rebuilt.
+    /// Offers the current scan list's channels in every window and empties every chart. Must run before
+    /// g_curveSeries is rebuilt.
     void rebuildChannelLists();
 
 private slots:
@@ -54,5 +54,5 @@ private:
     QMdiArea* m_mdiArea = nullptr;
     QMap<QMdiSubWindow*, scn::WorkspaceView*> m_subWindows;
     int m_windowCounter = 0;
-    QElapsedTimer m_sinceRegistration; ///< of the last try; not valid before the first
+    QElapsedTimer m_sinceRegistration; ///< since the last attempt; invalid before the first
 };

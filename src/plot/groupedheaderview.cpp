@@ -84,13 +84,13 @@ const HeaderGroup* GroupedHeaderView::groupOf(int logicalIndex) const
     return found == m_groups.cend() ? nullptr : &*found;
 }
 
-/// Draws the caption over the whole width of its group. Every section of the group draws the same
-/// cell, so the painted result is one merged cell, also when only a part of it is repainted.
+/// Draws the caption across its whole group. Every section of the group draws the same cell, so the
+/// result is one merged cell even if only part of it is repainted.
 void GroupedHeaderView::paintGroup(QPainter* painter, const HeaderGroup& group, int top,
                                    int lineY) const
 {
     const int last = group.startColumn + group.columnCount - 1;
-    // Section positions count from the header's start; the painter's origin is the viewport's.
+    // Section positions are relative to the header, the painter's to the viewport.
     const int left = sectionPosition(group.startColumn) - offset();
     const int right = sectionPosition(last) + sectionSize(last) - 1 - offset();
     const QRect cell(QPoint(left, top), QPoint(right, lineY - 1));

@@ -5,8 +5,8 @@
 #include <QHeaderView>
 #include <QVector>
 
-/// A horizontal header of two tiers: group captions above, the ordinary section texts below. The
-/// groups may not overlap; a section in no group shows a plain fill above the line. GUI thread.
+/// A two-tier horizontal header: group captions above, the ordinary section texts below. Groups must not
+/// overlap; a section outside all groups has a plain fill above the line. GUI thread.
 class GroupedHeaderView : public QHeaderView
 {
     Q_OBJECT
@@ -15,11 +15,11 @@ class GroupedHeaderView : public QHeaderView
 public:
     GroupedHeaderView(const QVector<HeaderGroup>& groups, QWidget* parent);
 
-    /// The ordinary width and the height of both tiers, 60 pixels.
+    /// The base's width, and 60 pixels for both tiers.
     QSize sizeHint() const override;
 
 protected:
-    /// Hover events do not reach the header: its sections never light up.
+    /// Swallows hover events, so sections are never highlighted.
     bool event(QEvent* event) override;
     void paintSection(QPainter* painter, const QRect& rect, int logicalIndex) const override;
 

@@ -2,7 +2,7 @@
 
 #include <QString>
 
-/// One caption of a two-tier header and the run of sections below it, in logical indices.
+/// A caption of a two-tier header and the run of sections below it, by logical index.
 struct HeaderGroup
 {
     QString title;

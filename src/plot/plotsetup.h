@@ -10,15 +10,15 @@ class QwtPlot;
 class QwtPlotCurve;
 class QwtPlotGrid;
 
-// The parts that a plot is made of, as they look and paint.
+// The parts of a plot, set up as they look and paint.
 namespace scn {
 
 void setUpCanvas(QwtPlot* plot);
 
-/// Takes the margins and everything painted from the four scales.
+/// Removes the margins and the painting of all four scales.
 void hideScales(QwtPlot* plot);
 
-/// The grid is the caller's to delete.
+/// The caller owns the grid.
 QwtPlotGrid* addGrid(QwtPlot* plot);
 
 /// Shows local time on the x axis. The plot owns the scale.
@@ -26,7 +26,7 @@ QwtDateScaleDraw* addTimeScale(QwtPlot* plot);
 
 CurveTracker* makeTracker(QWidget* canvas);
 
-/// A curve that shows what `series` has loaded; not yet attached.
+/// A curve that shows what `series` has loaded, not yet attached.
 QwtPlotCurve* makeCurve(CurveSeriesData* series, const QColor& color, const QString& title);
 
 } // namespace scn

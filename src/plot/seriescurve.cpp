@@ -13,13 +13,13 @@
 
 namespace {
 
-/// Pixels nearer than this fit an int.
+/// Pixel coordinates below this fit an int.
 constexpr double kIntPixels = 1e9;
 
-/// Where an overflow is drawn: far outside, and a number that lines can be cut with.
+/// Where an overflow is drawn: far outside, but a number that clipping can handle.
 constexpr double kFarPixels = 1e200;
 
-/// Rounds as the base does. The detour over an int spares a call for each coordinate.
+/// Rounds like the base. The detour through an int saves a call per coordinate.
 double rounded(double pixel)
 {
     if (std::abs(pixel) < kIntPixels) {
@@ -29,7 +29,7 @@ double rounded(double pixel)
     return held < 0.0 ? std::ceil(held - 0.5) : std::floor(held + 0.5);
 }
 
-/// A linear scale as plain numbers, which the compiler can keep in registers.
+/// A linear scale as plain numbers that the compiler can keep in registers.
 class LinearScale
 {
 public:
@@ -48,8 +48,8 @@ private:
     double m_factor;
 };
 
-/// The samples from `from` to `to` in whole pixels, without repetitions. `*inside` tells whether all
-/// of them lie in `bounds`.
+/// The samples from `from` to `to` in whole pixels, without repetitions. Sets `*inside` to whether all
+/// of them lie within `bounds`.
 QPolygonF pixelLine(const scn::CurveSamples& samples, const LinearScale& xScale,
                     const LinearScale& yScale, int from, int to, const QRectF& bounds, bool* inside)
 {
@@ -59,7 +59,7 @@ QPolygonF pixelLine(const scn::CurveSamples& samples, const LinearScale& xScale,
     double lastX = std::numeric_limits<double>::quiet_NaN();
     double lastY = lastX;
     bool allInside = true;
-    // Without branches on the data: whether a sample repeats the one before cannot be foretold.
+    // No branches on the data: whether a sample repeats its predecessor is unpredictable.
     for (int index = from; index <= to; ++index) {
         const QPointF sample = samples.display(index);
         const double x = xScale.pixel(sample.x());

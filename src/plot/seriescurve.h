@@ -2,11 +2,11 @@
 
 #include <qwt_plot_curve.h>
 
-/// A curve that draws the very lines of its base, but turns its samples into pixels in one plain
-/// pass over the points that the series has loaded.
+/// A curve that draws exactly what its base draws, but converts its samples to pixels in one plain pass
+/// over the points that the series has loaded.
 ///
-/// That pass serves a line of the kind that charts draw: without a fill, clipped, on a device of
-/// whole pixels. Any other line is left to the base. GUI thread only.
+/// The pass handles the lines that charts draw: unfilled, clipped, on a device with whole pixels. All
+/// others are left to the base. GUI thread.
 class SeriesCurve : public QwtPlotCurve
 {
 public:

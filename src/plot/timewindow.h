@@ -11,21 +11,21 @@ struct TimeSpan
     qint64 end;
 };
 
-/// The time that a live plot shows. The first reading opens a window that fills from the left; once a
-/// reading reaches its right edge the window scrolls with the newest one.
+/// The time span of a live plot. The first reading opens a window that fills from the left; once a
+/// reading reaches its right edge, the window scrolls with the newest one.
 class TimeWindow
 {
 public:
-    /// Width of a window that has not been stretched.
+    /// Initial width.
     static constexpr qint64 kSpanMs = 60000;
 
-    /// The span to show when the newest reading is of `timeMs`.
+    /// The span to show when the newest reading is from `timeMs`.
     TimeSpan follow(qint64 timeMs);
 
     /// True from the first reading until the window scrolls.
     bool isFilling() const { return m_isOpen && !m_scrolls; }
 
-    /// Gives the window another width; its start stays.
+    /// Changes the width; the start stays.
     TimeSpan stretch(qint64 spanMs);
 
 private:

@@ -17,10 +17,10 @@ constexpr double kOverload = 9.9e37;
 constexpr double kEmptyLowerY = 0.0;
 constexpr double kEmptyUpperY = 1.0;
 
-/// Share of a flat curve's value that widens the axis where kFlatMargin is lost in rounding.
+/// Margin of a flat curve as a share of its value, for when rounding swallows kFlatMargin.
 constexpr double kFlatShare = 1e-6;
 
-/// Bounds of y over the loaded samples of `curves`; invalid without a sample that counts.
+/// Range of y over the loaded samples of `curves`; invalid if no sample counts.
 QwtInterval valueBounds(const QList<QwtPlotCurve*>& curves)
 {
     double min = std::numeric_limits<double>::max();
@@ -42,11 +42,11 @@ QwtInterval valueBounds(const QList<QwtPlotCurve*>& curves)
     return min <= max ? QwtInterval(min, max) : QwtInterval();
 }
 
-/// Space above and below the data, so that they fill kDataShareOfY of the axis.
+/// Space above and below the data that makes them fill kDataShareOfY of the axis.
 double valueMargin(double min, double max)
 {
     const double range = max - min;
-    // At the ends of the number range there is less room than that.
+    // Near the limits of double there is less room than that.
     const double room = std::max((kLargestAxisValue - range) * 0.49, 0.0);
     if (!qFuzzyCompare(range + 1.0, 1.0)) {
         return std::min((range / kDataShareOfY - range) * 0.5, room);

@@ -10,12 +10,12 @@ class QwtPlotCurve;
 
 namespace scn {
 
-/// Bounds of the value axis for the loaded samples of `curves`: the data fill four fifths of it.
-/// Nothing for values at both ends of the number range, which no axis can span.
+/// Bounds of the value axis so that the loaded samples of `curves` fill four fifths of it. Nothing if
+/// the values span more than an axis can.
 std::optional<QwtInterval> scaleForValues(const QList<QwtPlotCurve*>& curves);
 
-/// Divides the value axis. As long as no reading has set the axis the base class does, by the curves'
-/// bounds, which may be infinite or too far apart.
+/// Divides the value axis. Until a reading sets the axis the base class scales it by the curves' bounds,
+/// which may be infinite or too far apart.
 class ValueScaleEngine : public QwtLinearScaleEngine
 {
 public:

@@ -4,7 +4,7 @@ namespace scn {
 
 namespace {
 
-constexpr int kTileReach = 69; // from the tile's first pixel to its last
+constexpr int kTileReach = 69; // from first to last pixel
 constexpr int kKeptInView = 35;
 
 } // namespace

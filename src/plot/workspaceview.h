@@ -4,7 +4,7 @@
 
 namespace scn {
 
-/// What a window of the workspace shows: the workspace tells it of channels and readings.
+/// The content of a workspace window, as the workspace sees it.
 class WorkspaceView
 {
 public:
@@ -12,13 +12,13 @@ public:
     WorkspaceView& operator=(const WorkspaceView&) = delete;
     virtual ~WorkspaceView() = default;
 
-    /// Offers these channels, "none" first. What is on show stays.
+    /// Offers these channels, "none" first. What is shown stays.
     virtual void setChannelList(const QStringList& items) = 0;
 
-    /// The series are about to be rebuilt: lets go of them and offers these channels.
+    /// The series are about to be rebuilt: releases them and offers these channels.
     virtual void rebuildChannelList(const QStringList& items) = 0;
 
-    /// A batch of readings is in the series; the last one's time in ms since the epoch.
+    /// The series have a new batch of readings, the last one from `timeMs` (ms since the epoch).
     virtual void onNewSample(qint64 timeMs) = 0;
 
 protected:

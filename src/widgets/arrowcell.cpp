@@ -14,7 +14,7 @@ QToolButton* makeArrow(Qt::ArrowType arrow, QWidget* parent)
     button->setAutoRaise(true);
     button->setArrowType(arrow);
     button->setMaximumHeight(ArrowCell::kHeight);
-    // An arrow that took the focus would end the editing, and hide itself with it.
+    // Taking the focus would end the editing and hide the arrow.
     button->setFocusPolicy(Qt::NoFocus);
     button->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
     button->setStyleSheet(QStringLiteral("QToolButton { padding: 0px; border: none; }"));

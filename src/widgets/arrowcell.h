@@ -10,7 +10,7 @@ class QWidget;
 
 namespace scn {
 
-/// A cell that shows a label at rest and an arrow button while its column is edited. GUI thread.
+/// A cell that shows a label, or an arrow button while its column is being edited. GUI thread.
 class ArrowCell
 {
 public:

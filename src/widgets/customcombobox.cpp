@@ -7,7 +7,7 @@
 
 namespace {
 
-/// Spacing of a new box, in pixels; also the view's own space around its rows.
+/// Row spacing of a new box, and the view's own space around rows, in pixels.
 constexpr int kInitialItemSpacing = 4;
 
 } // namespace
@@ -22,7 +22,7 @@ CustomComboBox::CustomComboBox(QWidget* parent)
     list->setSpacing(kInitialItemSpacing);
     list->setUniformItemSizes(true);
     setView(list);
-    // A view brings its own delegate with it, so the box's goes in after the view.
+    // A view comes with a delegate of its own, so ours is set after the view.
     setItemDelegate(m_delegate);
 
     connect(this, qOverload<int>(&QComboBox::currentIndexChanged), this,
@@ -71,6 +71,6 @@ void CustomComboBox::fitPopupToBox()
 {
     view()->setMinimumWidth(width());
     view()->setMaximumWidth(width());
-    // The style makes the frame around the view as wide as the longest text.
+    // The style would make the frame around the view as wide as the longest text.
     view()->parentWidget()->setMaximumWidth(width());
 }

@@ -14,17 +14,17 @@ class CustomComboBox : public QComboBox
 public:
     explicit CustomComboBox(QWidget* parent = nullptr);
 
-    /// Puts the items behind the present last row.
+    /// Appends the items.
     void addFunctionItems(const QStringList& items);
 
     /// Added to each row's height in the popup, in pixels.
     int itemSpacing() const { return m_itemSpacing; }
 
 public slots:
-    /// Spaces the popup's rows by so many pixels; the present value changes nothing.
+    /// Sets the extra height of the popup's rows, in pixels.
     void setItemSpacing(int spacing);
 
-    /// Keeps the popup's current row at the row of the box, also while the popup is open.
+    /// Keeps the popup's current row in step with the box, even while the popup is open.
     void onCurrentIndexChanged(int index);
 
 signals:

@@ -71,7 +71,7 @@ void CustomDialog::setContent(QWidget* widget)
     while (const std::unique_ptr<QLayoutItem> item{m_contentLayout->takeAt(0)}) {
         QWidget* old = item->widget();
         if (old && old != widget) {
-            // The call may come from a slot of the old content: it must outlive that slot.
+            // A slot of the old content may be the caller: the content must outlive it.
             old->hide();
             old->deleteLater();
         }

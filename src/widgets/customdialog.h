@@ -6,8 +6,7 @@
 class QLabel;
 class QVBoxLayout;
 
-/// A modal dialog without a window frame: an own title bar, by which it is dragged, above one
-/// content widget.
+/// A modal, frameless dialog: a title bar of its own, which drags it, above one content widget.
 class CustomDialog : public QDialog
 {
     Q_OBJECT
@@ -16,9 +15,8 @@ class CustomDialog : public QDialog
 public:
     explicit CustomDialog(QWidget* parent = nullptr);
 
-    /// Makes the widget the only content of the body; the dialog owns it from then on. What the
-    /// body held before is deleted once control is back in the event loop. A null pointer only
-    /// empties the body.
+    /// Replaces the content and takes ownership of the widget. The old content is deleted once
+    /// control is back in the event loop. Null leaves the body empty.
     void setContent(QWidget* widget);
 
     /// Text of the title bar.

@@ -6,7 +6,7 @@
 
 namespace {
 
-/// Gap between an icon and its text, and on both sides of the text, in pixels.
+/// Gap between an icon and its text, and on either side of the text, in pixels.
 constexpr int kTextMargin = 3;
 
 QPalette::ColorGroup colorGroup(QStyle::State state)
@@ -39,7 +39,7 @@ void CustomItemDelegate::setSpacing(int spacing)
         return;
     }
     m_spacing = spacing;
-    // A view with uniform item sizes measures one row and keeps it; this makes it measure again.
+    // A view with uniform item sizes caches one row's size; this makes it measure again.
     emit sizeHintChanged(QModelIndex());
 }
 

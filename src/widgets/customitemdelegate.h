@@ -2,7 +2,7 @@
 
 #include <QStyledItemDelegate>
 
-/// Draws the rows of a combo box's popup and makes each higher by the same spacing.
+/// Draws the rows of a combo box's popup, each taller by the same spacing.
 class CustomItemDelegate : public QStyledItemDelegate
 {
     Q_OBJECT
@@ -14,7 +14,7 @@ public:
     /// Added to each row's height, in pixels.
     int spacing() const { return m_spacing; }
 
-    /// Stores the spacing and has the view measure its rows again.
+    /// Sets the spacing; the view measures its rows again.
     void setSpacing(int spacing);
 
     void paint(QPainter* painter, const QStyleOptionViewItem& option,

@@ -29,7 +29,7 @@ void CustomLineEdit::onReturnPressed()
     if (!m_edited || text() == m_textAtFocusIn) {
         return;
     }
-    // Before the signal: its slot may take the focus away, which must not report the same change.
+    // Cleared before the signal: a slot may take the focus, which must not report the change again.
     m_edited = false;
     m_textAtFocusIn = text();
     emit textChangedAndFocusOut(text());

@@ -2,7 +2,7 @@
 
 #include <QLineEdit>
 
-/// A line edit that reports what the user typed once, when he is done with it.
+/// A line edit that reports what the user typed once, when editing is finished.
 class CustomLineEdit : public QLineEdit
 {
     Q_OBJECT
@@ -13,14 +13,14 @@ public:
     explicit CustomLineEdit(const QString& text, QWidget* parent = nullptr);
 
 public slots:
-    /// Notes that the user, not the program, changed the text.
+    /// Marks the text as changed by the user rather than by the program.
     void onTextEdited(const QString& text);
 
-    /// Reports a text that the user changed; typing on starts a new change.
+    /// Reports a text that the user has changed. Further typing counts as a new change.
     void onReturnPressed();
 
 signals:
-    /// The user left the edit or pressed Return, and the text is another than when he came.
+    /// The user changed the text and left the edit or pressed Return.
     void textChangedAndFocusOut(const QString& text);
 
 protected:

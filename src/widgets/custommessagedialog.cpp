@@ -22,7 +22,7 @@ struct MessageKind
     QStyle::StandardPixmap icon;
 };
 
-/// By kind. The warning carries no icon; its icon entry is not read.
+/// By kind. A warning shows no icon; its entry is not read.
 constexpr std::array<MessageKind, 3> kMessageKinds = {{
     {QT_TRANSLATE_NOOP("CustomMessageDialog", "警告"), false, QStyle::SP_MessageBoxWarning},
     {QT_TRANSLATE_NOOP("CustomMessageDialog", "错误"), true, QStyle::SP_MessageBoxCritical},
@@ -32,11 +32,11 @@ constexpr std::array<MessageKind, 3> kMessageKinds = {{
 constexpr int kIconSize = 24;
 constexpr int kCloseButtonSize = 22;
 constexpr int kSmallestHeight = 44;
-/// A list of files must not leave the screen.
+/// Keeps a list of files on the screen.
 constexpr int kTextLines = 8;
 constexpr int kTextWidth = 560;
 
-/// From this time on, in ms, an error of some per cent in hiding the box does not matter.
+/// Above this duration, in ms, a timer that is a few per cent off will do.
 constexpr int kCoarseFromMs = 2000;
 
 const MessageKind& messageKind(int kind)
@@ -96,7 +96,7 @@ void CustomMessageDialog::showMessage(const QString& text, int kind, int msec)
     m_iconLabel->setVisible(row.hasIcon);
     m_textLabel->setText(text);
 
-    // The time of a message that this one replaces must not end this one.
+    // The timer of the message replaced must not close this one.
     m_hideTimer->stop();
     show();
     raise();

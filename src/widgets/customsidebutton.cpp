@@ -12,10 +12,10 @@ namespace {
 
 constexpr int kOrientationRow = 1;
 
-/// Side of the picture, in pixels.
+/// Side of the icon, in pixels.
 constexpr int kPixmapSize = 15;
 
-/// Side of the spacer behind the labels, in pixels.
+/// Side of the spacer after the labels, in pixels.
 constexpr int kSpacerSize = 20;
 
 } // namespace
@@ -29,7 +29,7 @@ CustomSideButton::CustomSideButton(QWidget* parent)
     assertGuiThread();
     setFlat(true);
     setCheckable(false);
-    // The dark style sheet gives labels a ground and a padding of their own.
+    // The dark style sheet gives labels a background and padding of their own.
     setStyleSheet(QStringLiteral("QLabel { background: transparent; padding: 0px; }"));
 
     for (QLabel* label : {m_iconLabel, static_cast<QLabel*>(m_textLabel)}) {

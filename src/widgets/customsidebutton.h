@@ -6,7 +6,7 @@ class QBoxLayout;
 class QLabel;
 class RotatedLabel;
 
-/// A flat button of an icon and a text, in a row or in a column, whose text can run downwards.
+/// A flat button with an icon and a text, in a row or a column; the text can run downwards.
 class CustomSideButton : public QPushButton
 {
     Q_OBJECT
@@ -20,10 +20,10 @@ public:
 
     void setText(const QString& text);
 
-    /// Turns the text by 90 degrees.
+    /// Rotates the text by 90 degrees.
     void setVertical(bool vertical);
 
-    /// Shows the picture, scaled to 15 x 15 pixels at most.
+    /// Sets the icon, scaled to fit 15 x 15 pixels.
     void setPixmap(const QPixmap& pixmap);
 
 private:

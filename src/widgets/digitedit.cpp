@@ -26,7 +26,7 @@ QString DigitEdit::padded(int number) const
 
 void DigitEdit::setText(const QString& text)
 {
-    // Without a change no textChanged() comes that would take the mark back.
+    // Without a change there is no textChanged() to clear the mark.
     if (text == m_edit->text()) {
         return;
     }
@@ -72,7 +72,7 @@ bool DigitEdit::removeOthers(const QString& text)
 
 int DigitEdit::widthOf(int number) const
 {
-    // The style sheet's font, not the inherited one, counts.
+    // The style sheet's font counts, not the inherited one.
     m_edit->ensurePolished();
     return m_edit->fontMetrics().horizontalAdvance(padded(number));
 }

@@ -8,8 +8,8 @@ class QWidget;
 
 namespace scn {
 
-/// The line edit of a number with a fixed count of digits. It tells its own changes of the text from
-/// the user's. GUI thread.
+/// A line edit for a number with a fixed count of digits. It can tell its own changes of the text
+/// from the user's. GUI thread.
 class DigitEdit
 {
 public:
@@ -24,7 +24,7 @@ public:
     /// Sets the text; wasOwnChange() is then true once.
     void setText(const QString& text);
 
-    /// True when the text change under way is this object's.
+    /// True when this object made the text change being handled.
     bool wasOwnChange();
 
     /// The text with the character at the cursor replaced.
@@ -33,8 +33,7 @@ public:
     /// Makes the character at `position` a zero and puts the cursor at it.
     void zero(int position);
 
-    /// Removes from the edit's `text` what is no digit, and the digits that are too many. True when
-    /// something went.
+    /// Removes all but digits, and surplus digits, from the edit's `text`. True if that changed it.
     bool removeOthers(const QString& text);
 
     /// Width of `number` in the style sheet's font.

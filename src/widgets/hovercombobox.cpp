@@ -33,7 +33,7 @@ void HoverComboBox::leaveEvent(QEvent* event)
 {
     assertGuiThread();
     QComboBox::leaveEvent(event);
-    // The opening popup itself makes the box lose the pointer, which still stands over it.
+    // The opening popup sends the box a leave event though the pointer is still over it.
     if (!rect().contains(mapFromGlobal(QCursor::pos()))) {
         hidePopup();
     }

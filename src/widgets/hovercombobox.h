@@ -2,7 +2,7 @@
 
 #include <QComboBox>
 
-/// A combo box that opens when the pointer comes over it and closes when it leaves.
+/// A combo box that opens when the pointer enters it and closes when the pointer leaves.
 class HoverComboBox : public QComboBox
 {
     Q_OBJECT
@@ -11,7 +11,7 @@ class HoverComboBox : public QComboBox
 public:
     explicit HoverComboBox(QWidget* parent = nullptr);
 
-    /// Also called when the user closes the popup by choosing a row.
+    /// Also called when the user chooses a row.
     void hidePopup() override;
 
 protected:

@@ -11,13 +11,13 @@
 
 namespace {
 
-/// Half of a length that may be negative, rounded down.
+/// Half of a possibly negative length, rounded down.
 int halfDown(int length)
 {
     return (length - (length < 0 ? 1 : 0)) / 2;
 }
 
-/// The rectangle of the size in the middle of the outer one.
+/// A rectangle of this size, centred in the outer one.
 QRect centred(const QSize& size, const QRect& outer)
 {
     return QRect(outer.left() + halfDown(outer.width() - size.width()),
@@ -129,7 +129,7 @@ ImageButton::Parts ImageButton::placeBeside(const QRect& block, int textWidth) c
         parts.text = block;
         return parts;
     }
-    // The text has one pixel more than it measures, for glyphs that overhang their advance.
+    // One pixel more than measured, for glyphs that overhang their advance.
     const QSize icon(m_iconSize.width, block.height());
     const QSize text(textWidth + 1, block.height());
     if (onTheLeft) {
@@ -207,7 +207,7 @@ void ImageButton::paintEvent(QPaintEvent* event)
     const QRect block = centred(blockSize(textWidth, fontHeight), rect());
     const Parts parts = placeParts(block, textWidth, fontHeight);
 
-    // A disabled button shows its icons unchanged: always in normal mode and off.
+    // A disabled button keeps its icons as they are: normal mode, off.
     const QSize icon = iconSize();
     if (!parts.leftIcon.isNull()) {
         m_leftIcon.paint(&painter, centred(icon, parts.leftIcon), Qt::AlignCenter, QIcon::Normal,

@@ -4,15 +4,15 @@
 #include <QPushButton>
 #include <QSize>
 
-/// A push button that paints its icons and its text itself, in one of five arrangements.
-/// The text is kept apart from the base class's, which stays empty. No setter changes the size.
+/// A push button that paints its own icons and text, in one of five arrangements. The text is not the
+/// base class's, which stays empty. No setter changes the button's size.
 class ImageButton : public QPushButton
 {
     Q_OBJECT
     Q_DISABLE_COPY_MOVE(ImageButton)
 
 public:
-    /// Where the icon stands, seen from the text.
+    /// Position of the icon relative to the text.
     enum IconPosition { Left = 0, Right = 1, Top = 2, Bottom = 3, LeftAndRight = 4 };
     Q_ENUM(IconPosition)
 
@@ -23,18 +23,18 @@ public:
     ImageButton(const QIcon& leftIcon, const QString& text, const QIcon& rightIcon,
                 QWidget* parent = nullptr);
 
-    /// The icon of Left, Top and Bottom, and the left one of LeftAndRight.
+    /// The icon for Left, Top and Bottom, and the left one for LeftAndRight.
     QIcon leftIcon() const { return m_leftIcon; }
     void setLeftIcon(const QIcon& icon);
 
-    /// The icon of Right, and the right one of LeftAndRight.
+    /// The icon for Right, and the right one for LeftAndRight.
     QIcon rightIcon() const { return m_rightIcon; }
     void setRightIcon(const QIcon& icon);
 
     QString text() const { return m_text; }
     void setText(const QString& text);
 
-    /// The size in which icons are painted, in pixels.
+    /// Size of the icons, in pixels.
     QSize iconSize() const { return QSize(m_iconSize.width, m_iconSize.height); }
     void setIconSize(const QSize& size);
     void setIconSize(int width, int height);
@@ -50,7 +50,7 @@ protected:
     void paintEvent(QPaintEvent* event) override;
 
 private:
-    /// Where the parts are painted; a part that is not painted has a null rectangle.
+    /// Rectangles of the parts; null for a part that is not painted.
     struct Parts
     {
         QRect leftIcon;

@@ -11,9 +11,9 @@
 
 namespace {
 
-/// Part of the lines' whole width that a text may take: what a break leaves free at a line's end.
+/// Share of the lines' total width that a text may take: breaks leave room at the ends of lines.
 constexpr double kFilling = 0.95;
-/// Widths are rounded up and down along a text of several fonts; in pixels.
+/// Allowance for rounding along a text of several fonts, in pixels.
 constexpr int kRoundingRoom = 2;
 
 } // namespace
@@ -27,7 +27,7 @@ PathLabel::PathLabel(int maximumLines, int maximumWidth, QWidget* parent)
     setTextFormat(Qt::PlainText);
 }
 
-/// What the style puts around the text.
+/// The style's margins around the text.
 QSize PathLabel::frameSize() const
 {
     return size() - contentsRect().size();
@@ -44,7 +44,7 @@ QSize PathLabel::sizeHint() const
     }
     const QRect wrapped =
         metrics.boundingRect(QRect(0, 0, width, QWIDGETSIZE_MAX), Qt::TextWrapAnywhere, text());
-    // A line in another script is a little higher.
+    // A line in another script is slightly taller.
     const int highest = m_maximumLines * metrics.lineSpacing() + metrics.lineSpacing() / 2;
     return QSize(width, std::min(wrapped.height(), highest)) + frameSize();
 }

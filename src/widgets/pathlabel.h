@@ -2,16 +2,16 @@
 
 #include <QLabel>
 
-/// A label for plain texts of any length, paths above all. It wraps anywhere, and what does not fit
-/// into its lines goes from the middle of what is shown; text() and the tool tip keep all of it.
+/// A label for plain texts of any length, paths above all. It wraps anywhere and elides in the middle
+/// what does not fit; text() and the tool tip keep the whole text.
 class PathLabel : public QLabel
 {
     Q_OBJECT
     Q_DISABLE_COPY_MOVE(PathLabel)
 
 public:
-    /// @param maximumLines lines that it wraps to at most
-    /// @param maximumWidth width of the text, in pixels, that it asks for at most
+    /// @param maximumLines most lines that it wraps to
+    /// @param maximumWidth widest text that its size hint asks for, in pixels
     PathLabel(int maximumLines, int maximumWidth, QWidget* parent = nullptr);
 
     QSize sizeHint() const override;

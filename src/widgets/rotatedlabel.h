@@ -2,7 +2,7 @@
 
 #include <QLabel>
 
-/// A label whose text can run downwards, turned by 90 degrees.
+/// A label whose text can run downwards, rotated by 90 degrees.
 class RotatedLabel : public QLabel
 {
     Q_OBJECT
@@ -14,7 +14,7 @@ public:
     bool isVertical() const { return m_vertical; }
     void setVertical(bool vertical);
 
-    /// The base class's hints, with width and height exchanged while the text is vertical.
+    /// The base class's hints, with width and height swapped while the text is vertical.
     QSize sizeHint() const override;
     QSize minimumSizeHint() const override;
 

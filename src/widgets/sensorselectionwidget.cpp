@@ -29,7 +29,7 @@ constexpr std::array<const char*, 15> kSensors = {
     QT_TRANSLATE_NOOP("SensorSelectionWidget", "应变"),
 };
 
-/// The row of kSensors that opens the menu of thermocouple types.
+/// Row of kSensors that opens the menu of thermocouple types.
 constexpr int kTemperatureRow = 6;
 
 constexpr std::array<const char*, 8> kThermocouples = {

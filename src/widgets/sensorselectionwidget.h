@@ -5,7 +5,7 @@
 class QComboBox;
 class QMenu;
 
-/// Chooses a kind of sensor from one list, in which an entry can open a menu of its types.
+/// Lets the user choose a kind of sensor from a list; an entry can open a menu of its types.
 class SensorSelectionWidget : public QWidget
 {
     Q_OBJECT
@@ -15,8 +15,8 @@ public:
     explicit SensorSelectionWidget(QWidget* parent = nullptr);
 
 public slots:
-    /// Opens the menu of the row, if it has one, and returns when it is closed; otherwise logs
-    /// the row's text.
+    /// Opens the row's menu, if it has one, and returns once it is closed; otherwise logs the row's
+    /// text.
     void onMainComboActivated(int index);
 
 private:

@@ -18,7 +18,7 @@ constexpr int kClosedWidth = 20;
 constexpr int kInitialOpenWidth = 100;
 constexpr int kSlideMs = 300;
 
-/// Orientations of the side buttons.
+/// Orientations of a side button.
 constexpr int kColumn = 0;
 constexpr int kRow = 1;
 

@@ -7,8 +7,8 @@ class QHBoxLayout;
 class QPropertyAnimation;
 class QVBoxLayout;
 
-/// A panel that slides open and shut by its width. Shut, it is a strip of 20 pixels that opens it
-/// by a click; open, it is a header that shuts it by a click, above the content.
+/// A panel that slides open and shut. Shut, it is a strip of 20 pixels, and a click opens it. Open, it
+/// has a header above the content, and a click there shuts it.
 class SideBar : public QWidget
 {
     Q_OBJECT
@@ -17,27 +17,27 @@ class SideBar : public QWidget
 public:
     explicit SideBar(QWidget* parent = nullptr);
 
-    /// Chooses the way the arrows point: false for a bar that opens to the right.
+    /// Chooses the side: false for a bar that opens to the right. The arrows point accordingly.
     void setSide(bool side);
 
-    /// Width when open, in pixels; the strip takes 20 of them from the content.
+    /// Width when open, in pixels, including the strip's 20.
     void setOpenWidth(int width);
 
-    /// Title on the strip, running downwards, and on the header.
+    /// Title of the strip, where it runs downwards, and of the header.
     void setTitle(const QString& title);
 
-    /// The panel to fill.
+    /// The panel for the caller's content.
     QWidget* content() const { return m_content; }
 
-    /// The bar is as wide as its animation says, whatever the content would like.
+    /// The animation alone decides the width, whatever the content asks for.
     QSize sizeHint() const override;
     QSize minimumSizeHint() const override;
 
 public slots:
-    /// A click on the header of the open panel: shuts it.
+    /// Shuts the panel after a click on its header.
     void onShowBtnClicked();
 
-    /// A click on the strip of the shut bar: opens it.
+    /// Opens the panel after a click on its strip.
     void onHideBtnClicked();
 
     void onHideAnimFinished();

@@ -19,7 +19,7 @@ namespace {
 constexpr int kTitleWeight = 50;
 constexpr int kTitlePointSize = 6;
 
-/// Room beside the digits, in pixels; more where the separator is a decimal point.
+/// Space beside the digits, in pixels; more if the separator is a decimal point.
 constexpr int kRoom = 15;
 constexpr int kRoomAfterPoint = 25;
 
@@ -43,7 +43,7 @@ TimeColumn::TimeColumn(const QString& title, int min, int max, int digits, const
     , m_first(first)
 {
     assertGuiThread();
-    // The focus goes on to the digits; not by Tab, or Shift+Tab would never get out of them.
+    // The focus passes on to the digits. Not by Tab, or Shift+Tab would never leave them.
     setFocusPolicy(Qt::ClickFocus);
 
     buildTop(title);
@@ -69,7 +69,7 @@ TimeColumn::TimeColumn(const QString& title, int min, int max, int digits, const
 
 TimeColumn::~TimeColumn()
 {
-    // It loses the focus on its way out, and would report the end of its editing.
+    // The edit loses the focus while it is destroyed and would report the end of editing.
     m_edit->disconnect(this);
 }
 
@@ -157,8 +157,8 @@ bool TimeColumn::eventFilter(QObject* watched, QEvent* event)
         if (event->type() == QEvent::FocusIn) {
             showArrows(true);
         } else if (event->type() == QEvent::FocusOut) {
-            // A press on an arrow takes the focus to the column, which gives it back: the arrow stays under
-            // the press.
+            // A press on an arrow moves the focus to the column, which returns it: the arrow must stay
+            // under the pointer.
             showArrows(hasFocus());
         } else if (event->type() == QEvent::KeyPress &&
                    handleEditKey(*static_cast<QKeyEvent*>(event))) {
@@ -222,8 +222,8 @@ void TimeColumn::keyPressEvent(QKeyEvent* event)
     assertGuiThread();
     const int key = event->key();
     if (key != Qt::Key_Up && key != Qt::Key_Down && key != Qt::Key_Left && key != Qt::Key_Right) {
-        // Also what the digits leave over, such as a bare Ctrl: taking the focus for that would
-        // end the editing and drop the selection.
+        // Includes what the digits ignore, such as a bare Ctrl: taking the focus for that would end the
+        // editing and drop the selection.
         QWidget::keyPressEvent(event);
         return;
     }

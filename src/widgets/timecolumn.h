@@ -13,17 +13,17 @@ class ArrowCell;
 class DigitEdit;
 } // namespace scn
 
-/// One field of digits of a duration, with a title at rest and two arrows while it is edited.
+/// One field of a duration, with a title at rest and two arrows while it is being edited.
 class TimeColumn : public QWidget
 {
     Q_OBJECT
     Q_DISABLE_COPY_MOVE(TimeColumn)
 
 public:
-    /// @param min smallest value, and the first one
+    /// @param min smallest and initial value
     /// @param digits width of the field; shorter numbers get leading zeros
-    /// @param separator text before the digits
-    /// @param first the leftmost column, which shows no separator
+    /// @param separator text in front of the digits
+    /// @param first true for the leftmost column, which shows no separator
     TimeColumn(const QString& title, int min, int max, int digits, const QString& separator,
                bool first, QWidget* parent = nullptr);
     ~TimeColumn() override;
@@ -32,13 +32,13 @@ public:
     int minimum() const { return m_min; }
     int maximum() const { return m_max; }
 
-    /// Takes the value, brought into the range. A value that is there already changes nothing.
+    /// Sets the value, clamped to the range.
     void setValue(int value);
 
-    /// Stores both limits and brings the value into them.
+    /// Sets both limits and clamps the value.
     void setRange(int min, int max);
 
-    /// Gives the focus to the digits, the cursor before the first or behind the last one.
+    /// Focuses the digits, with the cursor before the first or after the last.
     void focusFirstDigit();
     void focusBehindLastDigit();
 
@@ -48,7 +48,7 @@ public slots:
 
 signals:
     void valueChanged(int value);
-    /// The user went on behind the last digit, or back before the first.
+    /// The user moved past the last digit, or back past the first.
     void focusNext();
     void focusPrev();
 

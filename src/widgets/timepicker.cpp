@@ -16,7 +16,7 @@ constexpr double kSecondsPerHour = 3600.0;
 constexpr double kSecondsPerMinute = 60.0;
 constexpr double kMsPerSecond = 1000.0;
 
-/// Largest values of the columns, whatever the maximum of the whole.
+/// Largest values of the columns, whatever the maximum of the total.
 constexpr int kMaxDays = 99;
 constexpr int kMaxHours = 23;
 constexpr int kMaxMinutes = 59;
@@ -26,7 +26,7 @@ constexpr int kMaxMilliseconds = 999;
 constexpr double kInitialMaximum = 1000.0;
 constexpr int kInitialSeconds = 10;
 
-/// The whole part of the number, at most the limit; 0 when it is not positive.
+/// The integer part of the number, at most the limit; 0 if it is not positive.
 int wholePart(double number, int limit)
 {
     if (!(number > 0.0)) {
@@ -73,7 +73,7 @@ void TimePicker::connectColumns()
     const std::array<TimeColumn*, 5> all = columns();
     for (std::size_t i = 0; i < all.size(); ++i) {
         connect(all[i], &TimeColumn::valueChanged, this, &TimePicker::updateRanges);
-        // The chain closes over the visible columns, so its ends move with the milliseconds.
+        // The chain wraps around the visible columns, so its ends depend on the milliseconds.
         connect(all[i], &TimeColumn::focusNext, this,
                 [this, i] { columns()[(i + 1) % visibleColumnCount()]->focusFirstDigit(); });
         connect(all[i], &TimeColumn::focusPrev, this, [this, i] {
@@ -130,9 +130,9 @@ void TimePicker::setMillisecondsVisible(bool visible)
 
 void TimePicker::updateRanges()
 {
-    // Each column's own share is taken off the remainder a second time: the limits tighten faster
-    // than the time that is left. A clamped column comes back here through its valueChanged()
-    // before the outer pass goes on with the values that it read.
+    // Each column's share is subtracted from the remainder a second time, so the limits tighten faster
+    // than the remaining time. A clamped column re-enters here through its valueChanged() before the
+    // outer pass continues with the values it has read.
     const double days = m_days->value() * kSecondsPerDay;
     const double hours = m_hours->value() * kSecondsPerHour;
     const double minutes = m_minutes->value() * kSecondsPerMinute;

@@ -7,19 +7,19 @@
 
 class TimeColumn;
 
-/// A compact editor of a duration: days, hours, minutes, seconds and, on demand, milliseconds.
-/// It keeps the sum of its columns under a maximum. It belongs to the GUI thread.
+/// A compact duration editor: days, hours, minutes, seconds and, on demand, milliseconds. It keeps the
+/// total below a maximum. GUI thread.
 class TimePicker : public QWidget
 {
     Q_OBJECT
     Q_DISABLE_COPY_MOVE(TimePicker)
 
 public:
-    /// Starts with 10 seconds, a maximum of 1000 seconds and no milliseconds on show.
+    /// Starts at 10 seconds with a maximum of 1000 and the milliseconds hidden.
     explicit TimePicker(QWidget* parent = nullptr);
 
-    /// Sets the columns from the left, each brought into the range it has at that moment; the
-    /// milliseconds only while they are on show.
+    /// Sets the columns from the left, each clamped to its range at that moment; the milliseconds
+    /// only if they are visible.
     void setTime(int days, int hours, int minutes, int seconds, int milliseconds);
 
     /// The duration in seconds.
@@ -31,11 +31,11 @@ public:
     void setMillisecondsVisible(bool visible);
 
 signals:
-    /// The duration in seconds, after each update of the columns' ranges.
+    /// Sent after each update of the columns' ranges; the duration in seconds.
     void sigTimePickerValueChanged(double value);
 
 private:
-    /// From the left.
+    /// From left to right.
     std::array<TimeColumn*, 5> columns() const;
     std::size_t visibleColumnCount() const;
     void connectColumns();

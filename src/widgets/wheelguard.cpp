@@ -24,7 +24,7 @@ bool WheelGuard::eventFilter(QObject* watched, QEvent* event)
     if (event->type() != QEvent::Wheel || !control || control->hasFocus()) {
         return QObject::eventFilter(watched, event);
     }
-    // Refused, so that it goes on to the page.
+    // Ignored, so that the page gets it.
     event->ignore();
     return true;
 }

@@ -4,16 +4,15 @@
 
 class QWidget;
 
-/// Keeps the wheel from changing a box or spin box that the pointer only happens to stand over: the
-/// control takes the wheel while it has the focus, which a click or a key gives it; otherwise the page
-/// scrolls.
+/// Keeps the wheel from changing a box that merely lies under the pointer: a control takes the wheel
+/// only while it has the focus, from a click or a key; otherwise the page scrolls.
 class WheelGuard : public QObject
 {
     Q_OBJECT
     Q_DISABLE_COPY_MOVE(WheelGuard)
 
 public:
-    /// Guards a control for its lifetime. GUI thread only.
+    /// Guards a control for as long as it lives. GUI thread.
     static void install(QWidget* control);
 
 protected:
