@@ -3,7 +3,7 @@
 #include <cstdio>
 #include <cstdlib>
 
-/// Ends the process when something does not hold, so that the fuzzer keeps the input.
+/// Ends the process if a condition fails, so that the fuzzer keeps the input.
 #define FUZZ_CHECK(condition)                                                                      \
     do {                                                                                           \
         if (!(condition)) {                                                                        \

@@ -7,7 +7,7 @@
 #include <cstddef>
 #include <cstdint>
 
-/// The first byte chooses the time zone, the others are a reply in UTF-8.
+/// The first byte selects the time zone, the rest is a reply in UTF-8.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
     if (size == 0) {

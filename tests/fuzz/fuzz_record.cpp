@@ -7,7 +7,8 @@
 #include <cstddef>
 #include <cstdint>
 
-/// The first byte chooses the time zone, the others are the fields of a record in UTF-8, one a line.
+/// The first byte selects the time zone, the rest are the fields of a record in UTF-8, one per
+/// line.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
     if (size == 0) {

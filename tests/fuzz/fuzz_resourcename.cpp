@@ -21,7 +21,7 @@ QRegularExpression wholeText(const char* pattern)
         QRegularExpression::CaseInsensitiveOption | QRegularExpression::DotMatchesEverythingOption);
 }
 
-/// A number from 1 to the highest, with zeros in front of it or none.
+/// A number from 1 to the highest, with or without leading zeros.
 int plainNumber(QString digits, int highest)
 {
     while (digits.startsWith(QLatin1Char('0'))) {
@@ -66,7 +66,7 @@ std::optional<ResourceName> plainSocket(const QString& text)
                         static_cast<std::uint16_t>(port)};
 }
 
-/// The parsing told plainly, with regular expressions over Latin 1.
+/// A plain version of the parser, with regular expressions over Latin-1.
 std::optional<ResourceName> plainResourceName(std::string_view bytes)
 {
     const QString text = QString::fromLatin1(bytes.data(), static_cast<int>(bytes.size()));
@@ -98,7 +98,7 @@ bool same(const std::optional<ResourceName>& a, const std::optional<ResourceName
                                                      a->host == b->host && a->port == b->port));
 }
 
-/// What is promised to those who open the port or the connection.
+/// What callers that open the port or the connection rely on.
 void checkUsable(const ResourceName& name)
 {
     if (name.kind == Kind::Serial) {
@@ -115,7 +115,7 @@ void checkUsable(const ResourceName& name)
 
 } // namespace
 
-/// The bytes are a resource string. What is accepted, written again, is taken apart to the same.
+/// The bytes are a resource string. What is accepted, written out again, parses to the same.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
     const std::string_view text(reinterpret_cast<const char*>(data), size);

@@ -11,12 +11,13 @@
 
 namespace {
 
-/// From this byte on a step is a large one; below, a step of byte / kStepShare + 1, so mostly 1.
+/// Bytes from this value on are large steps; a smaller byte is a step of byte / kStepShare + 1, so
+/// mostly 1.
 constexpr int kLargeStep = 240;
 constexpr int kStepShare = 100;
 constexpr qint64 kLargeStepLength = 100000007;
 
-/// Ascending numbers: the first four bytes are the first of them, each other byte a step.
+/// Ascending numbers: the first four bytes are the first number, each further byte a step.
 QList<int> numbersFrom(const std::uint8_t* data, std::size_t size)
 {
     QList<int> numbers;
@@ -41,8 +42,7 @@ QList<int> numbersFrom(const std::uint8_t* data, std::size_t size)
     return numbers;
 }
 
-/// A number as it is normally written, which the cursor is moved over; ends the process where there
-/// is none.
+/// Reads a canonically written number and advances the cursor; ends the process if there is none.
 qint64 takeNumber(const char*& cursor)
 {
     const bool negative = *cursor == '-';
@@ -58,7 +58,7 @@ qint64 takeNumber(const char*& cursor)
     return negative ? -magnitude : magnitude;
 }
 
-/// The numbers that a list means; ends the process where an entry is not of the form wanted.
+/// The numbers a list stands for; ends the process if an entry is malformed.
 QList<int> expanded(const QByteArray& list)
 {
     QList<int> numbers;
@@ -81,7 +81,8 @@ QList<int> expanded(const QByteArray& list)
     return numbers;
 }
 
-/// Entries of the shortest list: three numbers in a row are one entry, two are two, one is one.
+/// Number of entries in the shortest list: three consecutive numbers make one entry, two make two,
+/// one makes one.
 int shortestEntryCount(const QList<int>& numbers)
 {
     int entries = 0;
@@ -99,8 +100,8 @@ int shortestEntryCount(const QList<int>& numbers)
 
 } // namespace
 
-/// The bytes are an ascending list of numbers. Its text means these numbers, no text is shorter, and
-/// where it has no ranges the decoder of replies reads it.
+/// The bytes are an ascending list of numbers. Its text stands for these numbers and is the
+/// shortest possible; without ranges, the decoder of replies reads it.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
     const QList<int> numbers = numbersFrom(data, size);

@@ -9,7 +9,7 @@
 
 namespace {
 
-/// The text between the first and the second at-sign, of those parts that a split gives.
+/// The text between the first and second at-sign, from the parts of a plain split.
 QString plainList(QString reply)
 {
     reply.replace(QLatin1Char('('), QString())

@@ -19,13 +19,13 @@ InstrumentSetup smallSetup()
 {
     InstrumentSetup setup;
     setup.modules = {{1, 1}};
-    // Few, so that the memory runs over soon.
+    // Few, so that the memory overflows soon.
     setup.memoryCapacity = 50;
     setup.openChannels = {102};
     return setup;
 }
 
-/// An error as the queue gives it: number, comma, text in quotes.
+/// An error as the queue returns it: number, comma, quoted text.
 bool isError(const std::string& text)
 {
     const std::size_t comma = text.find(",\"");
@@ -35,8 +35,8 @@ bool isError(const std::string& text)
 
 } // namespace
 
-/// The bytes are what a client sends. Whatever it is, the instrument goes on: it answers in whole
-/// lines, its error queue empties, and the identity query behind it is answered.
+/// The bytes are a client's input. Whatever it is, the instrument goes on: it answers in complete
+/// lines, its error queue empties, and the identity query that follows is answered.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
     Instrument instrument(smallSetup());

@@ -122,7 +122,7 @@ void checkSame(const MessageUnit& one, const MessageUnit& other)
 
 } // namespace
 
-/// The bytes are a line. What is well formed in it, written out plainly, is read as the same.
+/// The bytes are a line. Its well-formed parts, written out plainly, parse to the same.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
     const std::string_view line(reinterpret_cast<const char*>(data), size);

@@ -13,7 +13,7 @@ namespace {
 using namespace scnsim;
 using namespace std::chrono_literals;
 
-/// Replies beyond this are cut out of the game: a fault may ask for ten megabytes.
+/// Longer replies are cut: a fault may ask for ten megabytes.
 constexpr std::size_t kLongestReply = 20000000;
 
 InstrumentSetup smallSetup()
@@ -26,8 +26,8 @@ InstrumentSetup smallSetup()
 
 } // namespace
 
-/// The bytes are orders, one a line; a line that begins with ">" goes to the instrument instead.
-/// Whatever was ordered, each order has its answer, and the instrument is its old self once all
+/// The bytes are orders, one per line; a line that starts with ">" goes to the instrument instead.
+/// Whatever was ordered, each order gets its answer, and the instrument works normally once all
 /// faults are cleared.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {

@@ -11,7 +11,7 @@
 
 namespace {
 
-/// Before and after, Qt counts with rules of its own instead of the C library's.
+/// Outside these years Qt uses rules of its own instead of the C library's.
 constexpr int kFirstExactYear = 1971;
 constexpr int kLastExactYear = 2036;
 
@@ -37,7 +37,7 @@ QTime plainTime(const QStringList& fields)
     return QTime(fields[4].toInt(), fields[5].toInt(), seconds[0].toInt(), milliseconds);
 }
 
-/// Null where the fields name no moment of local time.
+/// Null if the fields are not a moment of local time.
 QDateTime plainMoment(const QStringList& fields)
 {
     const QDate date(fields[1].toInt(), fields[2].toInt(), fields[3].toInt());

@@ -4,10 +4,10 @@
 
 #include <QStringList>
 
-/// The decoding of readings told plainly, with Qt's text operations and without a thought of speed, to
-/// compare the decoder with. What has to be logged is appended to `warnings`.
+/// A plain decoder of readings, using Qt's text operations without regard to speed, as the
+/// reference for the real one. Appends expected warnings to `warnings`.
 MeasurementData plainRecord(const QStringList& fields, QStringList& warnings);
 QList<MeasurementData> plainBatch(const QString& reply, QStringList& warnings);
 
-/// Ends the process where a decoded record is not what the plain decoding gives.
+/// Ends the process if a decoded record differs from the plain decoder's.
 void checkSameRecord(const MeasurementData& decoded, const MeasurementData& plain);

@@ -7,7 +7,7 @@
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size);
 
-/// Runs a fuzz target on each file of a folder: what the fuzzer once found stays found.
+/// Runs a fuzz target on each file of a folder, so that what was once found stays found.
 int main(int argc, char** argv)
 {
     if (argc != 2) {
@@ -19,7 +19,7 @@ int main(int argc, char** argv)
     for (const auto& entry : std::filesystem::directory_iterator(argv[1], error)) {
         std::ifstream file(entry.path(), std::ios::binary);
         const std::vector<char> bytes{std::istreambuf_iterator<char>(file), {}};
-        // The last name printed is the input that a crash comes from.
+        // If it crashes, the last name printed is the input.
         std::printf("%s\n", entry.path().filename().c_str());
         std::fflush(stdout);
         LLVMFuzzerTestOneInput(reinterpret_cast<const std::uint8_t*>(bytes.data()), bytes.size());

@@ -9,12 +9,12 @@
 
 namespace {
 
-/// The first and the third do without files, so that a machine without them tests something too.
+/// The first and third need no zone files, so a machine without them still tests something.
 constexpr std::array<const char*, 6> kZones = {
     "UTC0",          "Europe/Berlin",    "CET-1CEST,M3.5.0,M10.5.0/3",
     "Europe/Dublin", "America/St_Johns", "Australia/Lord_Howe"};
 
-/// Distances from a local time, in seconds, at which to look for the offsets that may hold at it.
+/// Distances from a local time, in seconds, at which to look for the offsets that may apply to it.
 constexpr std::array<std::time_t, 5> kProbes = {-93600, -10800, 0, 10800, 93600};
 
 std::tm localParts(std::time_t moment)

@@ -31,9 +31,9 @@ namespace {
 constexpr QSize kWindowSize(1280, 720);
 /// Rows whose export takes long enough to be seen.
 constexpr int kLongScan = 300000;
-/// Time for what a window system does after the program is done: it tells nobody.
+/// Time for what the window system does without notice after the program is done.
 constexpr int kSettleMs = 300;
-/// Quality of a PNG file: how little it is compressed.
+/// PNG quality: how little it is compressed.
 constexpr int kSmallestFile = 0;
 
 /// The window in the program's style, alone on the screen.
@@ -42,14 +42,14 @@ struct Scene : ExportBench
     Scene()
         : ExportBench(QStringLiteral("SN40700042"))
     {
-        // As the program does: after the window was made.
+        // As the program does: after creating the window.
         wearTheProgramsStyle();
         window().setGeometry(QRect(QPoint(0, 0), kWindowSize));
         QVERIFY(QTest::qWaitForWindowExposed(&window()));
         QVERIFY(QDir().mkpath(target()));
     }
 
-    /// Where it exports to.
+    /// The export directory.
     static QString target()
     {
         return QDir(QCoreApplication::applicationDirPath()).filePath(QStringLiteral("export"));
@@ -63,7 +63,7 @@ struct Scene : ExportBench
         return path;
     }
 
-    /// Takes what is on the screen as the picture of the running function.
+    /// Saves the screen as the picture of the running function.
     static void take()
     {
         QTest::qWait(kSettleMs);
@@ -74,7 +74,7 @@ struct Scene : ExportBench
         QVERIFY(picture.convertToFormat(QImage::Format_RGB32).save(file, "png", kSmallestFile));
     }
 
-    /// The function's name with its words apart.
+    /// The function's name, split into words.
     static QString fileName()
     {
         QString name = QLatin1String(QTest::currentTestFunction());
@@ -82,7 +82,7 @@ struct Scene : ExportBench
         return name.toLower() + QStringLiteral(".png");
     }
 
-    /// Takes the message on show.
+    /// Takes the visible message.
     void takeToast(const QString& beginning) const
     {
         QVERIFY2(message().startsWith(beginning), qPrintable(message()));
@@ -98,7 +98,7 @@ struct Scene : ExportBench
     }
 };
 
-/// While it lives no file grows beyond what an export needs.
+/// While this exists, no file can grow beyond what an export needs.
 class SmallFiles
 {
 public:
@@ -122,8 +122,8 @@ private:
 } // namespace
 
 /// The states of the window that the pictures show: one function, one process and one picture each.
-/// A state is reached as the user reaches it, and the picture is taken off the screen. The store and
-/// the files lie beside the program, and stay there.
+/// Each state is reached as a user reaches it, and the picture is taken from the screen. Store and
+/// files are beside the program and stay there.
 class Pictures : public QObject
 {
     Q_OBJECT
@@ -247,7 +247,7 @@ void Pictures::toastAfterAStoreError()
     scene.takeToast(QStringLiteral("数据库读取失败，请检查数据文件"));
 }
 
-/// No control of the window stops an export: the text is shown as its end would show it.
+/// No control of the window stops an export, so the message is shown directly.
 void Pictures::toastAfterAStop()
 {
     Scene scene;

@@ -5,7 +5,7 @@
 
 #include <chrono>
 
-/// The clock of this thread's animations while it lives: it stands still unless it is moved by hand.
+/// Replaces the clock of this thread's animations: time stands still unless moved by hand.
 class AnimationClock : public QAnimationDriver
 {
 public:
@@ -19,7 +19,7 @@ public:
 
     qint64 elapsed() const override { return m_elapsed.count(); }
 
-    /// Lets so much time pass for the animations under way.
+    /// Advances the running animations by this much.
     void pass(std::chrono::milliseconds time)
     {
         settle();
@@ -29,7 +29,7 @@ public:
     }
 
 protected:
-    /// The first animation begins: the time counts from here.
+    /// The first animation starts: time counts from here.
     void start() override
     {
         m_elapsed = m_elapsed.zero();
@@ -37,7 +37,7 @@ protected:
     }
 
 private:
-    /// An animation begins in two steps, each of them an event, and is taken for ended by one more.
+    /// An animation starts in two steps, each an event, and one more event ends it.
     static void settle()
     {
         QCoreApplication::processEvents();

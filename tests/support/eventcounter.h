@@ -3,7 +3,7 @@
 #include <QEvent>
 #include <QObject>
 
-/// Counts the events of one type that an object gets; they go on to it.
+/// Counts the events of one type that an object receives; they still reach it.
 class EventCounter : public QObject
 {
 public:

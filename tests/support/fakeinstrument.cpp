@@ -125,7 +125,7 @@ QByteArray FakeInstrument::answer(const QString& line)
     return replyTo(line).toUtf8() + '\n';
 }
 
-/// The mutex is held.
+/// Call with the mutex held.
 QString FakeInstrument::replyTo(const QString& line)
 {
     const auto next = m_nextReplies.find(line);

@@ -12,44 +12,44 @@
 
 class QThread;
 
-/// A small instrument on the scripted VISA library: it answers every query of the program, and each
-/// answer can be set. A setting changes no answer by itself. All of it is safe on any thread.
+/// A small instrument on the scripted VISA library. It answers every query of the program, and each
+/// answer can be set. A setting by itself changes no answer. Thread-safe.
 ///
-/// An answer belongs to a whole line ("FUNC? (@105)") or, without what follows the query, to all
-/// lines of it ("FUNC?"); the whole line comes first. A query that nothing was set for is answered with "+0".
+/// An answer belongs to a whole line ("FUNC? (@105)") or to all lines with that query ("FUNC?");
+/// the whole line takes precedence. Queries without an answer get "+0".
 class FakeInstrument
 {
 public:
-    /// An idle instrument without modules whose channels measure DC volts in automatic ranges.
+    /// An idle instrument without modules whose channels measure DC voltage with autorange.
     FakeInstrument();
     ~FakeInstrument();
     FakeInstrument(const FakeInstrument&) = delete;
     FakeInstrument& operator=(const FakeInstrument&) = delete;
 
-    /// The calls below the lines, and their failures.
+    /// The underlying VISA calls and their failures.
     FakeVisa& visa() { return m_visa; }
 
-    /// Fills a slot, for instance with model "SCN4005A".
+    /// Puts a module into a slot, for instance "SCN4005A".
     void putModule(int slot, const QString& model);
 
     void setReply(const QString& query, const QString& reply);
 
-    /// Takes back every setReply() and putModule().
+    /// Undoes every setReply() and putModule().
     void resetReplies();
 
-    /// The next answer to exactly this line; afterwards the set one again.
+    /// The next answer to exactly this line; after that the set one applies again.
     void setNextReply(const QString& line, const QString& reply);
 
-    /// While silent the instrument takes every line and answers none.
+    /// While silent, the instrument accepts every line and answers none.
     void setSilent(bool silent);
 
-    /// Runs on the asking thread when exactly this line comes, before it is answered; every time.
+    /// Runs on the asking thread each time exactly this line arrives, before the answer.
     void whenAsked(const QString& line, const std::function<void()>& work);
 
-    /// The lines of this thread are answered but not noted.
+    /// This thread's lines are answered but not recorded.
     void ignoreThread(const QThread* thread);
 
-    /// The lines so far, in order.
+    /// All lines so far, in order.
     QStringList lines() const;
 
     /// The lines since the last call.

@@ -21,7 +21,7 @@ QString hexadecimal(quint32 number)
            QString::number(number, 16).toUpper().rightJustified(8, QLatin1Char('0'));
 }
 
-/// Bytes as they would stand between quotes in source code.
+/// Bytes as they would appear between quotes in source code.
 QString quoted(QByteArray bytes)
 {
     bytes.replace('\n', "\\n").replace('\r', "\\r");
@@ -249,13 +249,13 @@ ViStatus FakeVisa::write(ViSession session, const ViByte* buffer, ViUInt32 count
     return VI_SUCCESS;
 }
 
-/// Notes a call. The mutex is held.
+/// Records a call. Call with the mutex held.
 void FakeVisa::record(const QString& call)
 {
     m_calls.append(call);
 }
 
-/// What fail() wants this call to answer, VI_SUCCESS where it wants nothing. The mutex is held.
+/// What fail() has this call return, or VI_SUCCESS. Call with the mutex held.
 ViStatus FakeVisa::takeFailure(Operation operation)
 {
     const auto found = m_failures.find(operation);
@@ -275,7 +275,7 @@ ViStatus FakeVisa::takeFailure(Operation operation)
     return found->status;
 }
 
-/// What a read of so many bytes gets. The mutex is held.
+/// The result of a read of this many bytes. Call with the mutex held.
 ViStatus FakeVisa::takeRead(ViUInt32 count, QByteArray& bytes)
 {
     const int wanted = static_cast<int>(count);
@@ -299,7 +299,7 @@ ViStatus FakeVisa::takeRead(ViUInt32 count, QByteArray& bytes)
     return wholeLine ? VI_SUCCESS_TERM_CHAR : VI_SUCCESS_MAX_CNT;
 }
 
-/// Puts the reply to a line into the output queue. The mutex is not held.
+/// Puts the reply to a line into the output queue. Call without the mutex.
 void FakeVisa::answer(const QByteArray& line)
 {
     QMutexLocker locker(&m_mutex);

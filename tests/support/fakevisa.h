@@ -11,17 +11,17 @@
 
 #include <functional>
 
-/// A scripted VISA library behind the table of seven operations. While an object lives it is what
-/// every CDeviceVisa talks to, those made before it included; one may live at a time. It records
-/// each call with its arguments and behaves like an instrument with an output queue: a line
-/// written may put a reply there, a read takes from it up to a line feed, an empty queue is a
-/// time-out at once. All of it is safe on any thread.
+/// A scripted VISA library behind the table of seven operations. While it exists, every CDeviceVisa
+/// talks to it, including those created earlier; only one may exist at a time. It records each call
+/// with its arguments and acts as an instrument with an output queue: a written line may put a
+/// reply there, a read takes from it up to a line feed, and an empty queue times out at once.
+/// Thread-safe.
 class FakeVisa
 {
 public:
     enum class Operation { OpenDefaultRM, Open, Close, SetAttribute, StatusDesc, Read, Write };
 
-    /// Handle of the resource manager; sessions count upward from kFirstSession.
+    /// Handle of the resource manager; sessions count up from kFirstSession.
     static constexpr ViSession kResourceManager = 1;
     static constexpr ViSession kFirstSession = 100;
 
@@ -32,60 +32,60 @@ public:
 
     // --- what the instrument says -------------------------------------------------------------
 
-    /// Each line equal to the command (without its line feed) is answered with the reply and a
-    /// line feed from now on.
+    /// From now on each line equal to the command (without its line feed) is answered with the
+    /// reply and a line feed.
     void setReply(const QByteArray& command, const QByteArray& reply);
 
-    /// Called with each line written (without its line feed) that has no reply of its own; what
-    /// it returns goes to the output queue as it is, so it brings its own line feed. Runs on the
+    /// Called with each written line (without its line feed) that has no reply of its own; the
+    /// result goes to the output queue unchanged, so it must end in a line feed. Runs on the
     /// writing thread, with none of the fake's locks held.
     void setResponder(std::function<QByteArray(const QByteArray& line)> responder);
 
-    /// Appends bytes to the output queue, as they are.
+    /// Appends bytes to the output queue unchanged.
     void pushOutput(const QByteArray& bytes);
 
-    /// The next reply to the command is not there in time: its first read is a time-out, and the
-    /// bytes lie in the output queue from then on, in front of the reply to the next query.
+    /// The next reply to the command is late: its first read times out, after which the bytes are
+    /// in the output queue, ahead of the reply to the next query.
     void delayNextReply(const QByteArray& command);
 
-    /// The next read that no earlier script serves gives these bytes and this status, whatever the
-    /// output queue holds. The bytes are cut at the count asked for.
+    /// The next read that no earlier script serves returns these bytes and this status, regardless
+    /// of the output queue. The bytes are cut at the requested count.
     void scriptRead(ViStatus status, const QByteArray& bytes);
 
     // --- what goes wrong ------------------------------------------------------------------------
 
-    /// From its call number `after` on (0: the next) the operation answers the status and does
-    /// nothing else, `times` times (negative: for ever).
+    /// From call number `after` on (0: the next) the operation returns the status and does nothing
+    /// else, `times` times (negative: always).
     void fail(Operation operation, ViStatus status, int after = 0, int times = -1);
 
-    /// Ends what fail() asked of the operation.
+    /// Cancels fail() for the operation.
     void recover(Operation operation);
 
-    /// The link is lost: reads and writes answer "connection lost" until the next viOpen.
+    /// The link is lost: reads and writes return "connection lost" until the next viOpen.
     void dropConnection();
 
-    /// Text that viStatusDesc gives for a status, as bytes; "status 0x..." where none is set.
+    /// Text that viStatusDesc returns for a status, as bytes; by default "status 0x...".
     void setStatusText(ViStatus status, const QByteArray& bytes);
 
-    /// Time that each read takes, in milliseconds.
+    /// Duration of each read, in milliseconds.
     void setReadDuration(int ms);
 
     // --- what happened --------------------------------------------------------------------------
 
-    /// All calls in order, each as one line, for instance `viOpen(1, "ASRL1::INSTR", 0, 0)`,
+    /// All calls in order, one line each, for instance `viOpen(1, "ASRL1::INSTR", 0, 0)`,
     /// `viSetAttribute(100, 0x3FFF001A, 5000)`, `viWrite(100, "*IDN?\n")`, `viRead(100, 40959)`,
     /// `viStatusDesc(0, 0xBFFF0015)`, `viClose(100)`, `viOpenDefaultRM()`.
     QStringList calls() const;
     void clearCalls();
 
-    /// The lines written so far, in order, without their line feeds.
+    /// All lines written so far, in order, without line feeds.
     QStringList writtenLines() const;
     void clearWrittenLines();
 
-    /// Bytes that nobody has read yet.
+    /// Bytes not yet read.
     QByteArray pendingOutput() const;
 
-    /// Sessions open now, in the order of their opening.
+    /// Open sessions, in the order they were opened.
     QList<ViSession> openSessions() const;
 
 private:

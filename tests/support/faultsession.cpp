@@ -7,7 +7,7 @@ namespace {
 
 constexpr int kLookEveryMs = 100;
 constexpr int kEndWaitMs = 20000;
-/// A minute and a half of readings at full speed is drained within it.
+/// Enough to drain a minute and a half of readings at full speed.
 constexpr int kDrainWaitMs = 180000;
 
 const QString kPoll = QStringLiteral("STAT:OPER:EVEN?");
@@ -92,7 +92,7 @@ bool FaultSession::recover()
                },
                kEndWaitMs) &&
            waitUntil([this] { return !m_user->seesRecoveryButton(); }, 2 * kEndWaitMs) &&
-           // The busy overlay of a window that has just come up goes after two seconds.
+           // The busy overlay of a new window disappears after two seconds.
            ProgramUser::waitForPolls(*m_instrument, 5);
 }
 

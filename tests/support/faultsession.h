@@ -12,38 +12,38 @@
 #include <functional>
 #include <memory>
 
-/// The base of tests that put the program before an instrument that misbehaves: a display for all of
-/// them, and for each one a program and the user before it. The test makes the instrument.
+/// Base of tests that run the program against a misbehaving instrument: one display for all, and
+/// for each test a program and its user. The test creates the instrument.
 class FaultSession : public QObject
 {
 protected:
     using Transport = SimulatedInstrument::Transport;
 
-    /// False when the display did not start.
+    /// False if the display did not start.
     bool hasDisplay() const { return !m_display.name().isEmpty(); }
     void beginSession();
-    /// Ends the program and the instrument; shows the log of one that has failed.
+    /// Ends the program and the instrument; prints the log of a failed one.
     void endSession(bool hasFailed);
 
     /// Options of the simulator: one module of eight channels, and how fast it measures.
     static QStringList options(const QStringList& more = {}, int readingsPerSecond = 40);
 
-    /// Looks every tenth of a second whether something is so.
+    /// Polls a condition every tenth of a second.
     static bool waitUntil(const std::function<bool()>& isSo, int timeoutMs);
 
-    /// Gives the instrument an order; false if it is refused.
+    /// Sends the instrument an order; false if it is refused.
     bool order(const QString& line);
-    /// Waits until a fault has acted.
+    /// Waits until a fault has taken effect.
     bool waitForFault(const QString& begin) const;
-    /// Presses stop and waits until the program has drained the instrument.
+    /// Clicks stop and waits until the instrument is drained.
     bool stopScan();
-    /// Waits until nothing but the status is polled: the instrument has been drained.
+    /// Waits until only the status is polled: the instrument is drained.
     bool waitForRest() const;
-    /// Clicks the overlay's button and waits until the program is at work again.
+    /// Clicks the overlay's button and waits until the program works again.
     bool recover();
-    /// Tells the program to end; true if it does.
+    /// Tells the program to exit; true if it does.
     bool leave();
-    /// What stands in the day files of the instrument's store.
+    /// The contents of the day files of the instrument's store.
     Readings stored() const;
 
     /// The program's data directory for the instrument.

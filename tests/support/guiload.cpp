@@ -21,11 +21,11 @@ MeteredApplication::MeteredApplication(int& argc, char** argv)
     connect(dispatcher, &QAbstractEventDispatcher::awake, this, &MeteredApplication::endWait);
 }
 
-/// The dispatchers tell that they are awake only after what woke them has been handled, so the first
-/// event ends a wait too.
+/// A dispatcher reports being awake only after it has handled what woke it, so the first event also
+/// ends a wait.
 bool MeteredApplication::notify(QObject* receiver, QEvent* event)
 {
-    // Other threads deliver their events through here too.
+    // Other threads' events pass through here too.
     if (QThread::currentThread() == thread()) {
         endWait();
     }

@@ -5,7 +5,7 @@
 #include <QString>
 #include <QTimer>
 
-/// An application that counts the time that its event loop waits for events.
+/// An application that measures how long its event loop waits for events.
 class MeteredApplication : public QApplication
 {
     Q_OBJECT
@@ -15,7 +15,7 @@ public:
 
     bool notify(QObject* receiver, QEvent* event) override;
 
-    /// Time waited since the start, ns.
+    /// Total time waited, in ns.
     static qint64 waitedNs();
 
 private:
@@ -23,14 +23,13 @@ private:
     void endWait();
 
     QElapsedTimer m_clock;
-    /// Where the wait that is going on began; -1 when there is none.
+    /// Start of the current wait; -1 if there is none.
     qint64 m_waitBeginNs = -1;
     qint64 m_waitedNs = 0;
 };
 
-/// Measures how busy the GUI thread is while this object lives: the share of time
-/// between leaving and entering the wait for events of a MeteredApplication, and the largest gap of a
-/// 10 ms heartbeat. GUI thread.
+/// Measures how busy the GUI thread is while this exists: the share of time outside a
+/// MeteredApplication's wait for events, and the largest gap in a 10 ms heartbeat. GUI thread.
 class GuiLoad : public QObject
 {
     Q_OBJECT
@@ -38,10 +37,10 @@ class GuiLoad : public QObject
 public:
     GuiLoad();
 
-    /// Share of the time so far, 0 to 1.
+    /// Share of time so far, 0 to 1.
     double busyShare() const;
 
-    /// Both in one line.
+    /// Both figures in one line.
     QString report() const;
 
 private:

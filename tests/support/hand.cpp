@@ -11,7 +11,7 @@ namespace {
 
 constexpr int kNotch = 120;
 
-/// Where the window system sends the keys.
+/// The window that gets the keys.
 QWindow* windowWithKeys()
 {
     if (const QWidget* popup = QApplication::activePopupWidget()) {
@@ -26,7 +26,7 @@ void hand::movePointer(const QWidget* widget, const QPoint& point)
 {
     const QWidget* const window = widget->window();
     QTest::mouseMove(window->windowHandle(), widget->mapTo(window, point));
-    // The move is delivered by the event loop.
+    // The event loop delivers the move.
     QCoreApplication::processEvents();
 }
 
@@ -53,7 +53,7 @@ void hand::turnWheel(const QWidget* widget, int notches)
     for (int turned = 0; turned < qAbs(notches); ++turned) {
         QWheelEvent event(receiver->mapFromGlobal(global), global, QPoint(), QPoint(0, step),
                           Qt::NoButton, Qt::NoModifier, Qt::NoScrollPhase, false);
-        // As from the window system: only such a turn can give the focus.
+        // As from the window system: only such a wheel event can give the focus.
         QSpontaneKeyEvent::setSpontaneous(&event);
         qApp->notify(receiver, &event);
     }

@@ -5,18 +5,20 @@
 
 class QWidget;
 
-/// What a user's hand does to the windows of this process. Each event goes in at the window, so that it
-/// reaches what a hand would reach: what covers a control has it, and what has the focus has the keys.
+/// Acts as a user's hand on the windows of this process. Each event enters at the window, so it
+/// reaches what a hand would reach: whatever covers a control gets the click, and whatever has the
+/// focus gets the keys.
 namespace hand {
 
 /// Moves the pointer to a point of the widget.
 void movePointer(const QWidget* widget, const QPoint& point);
 
-/// Clicks the left button, where no point is given in the widget's middle.
+/// Clicks the left button; without a point, in the middle of the widget.
 void click(const QWidget* widget);
 void click(const QWidget* widget, const QPoint& point);
 
-/// Turns the wheel over the widget's middle, a notch at a time; positive is away from the hand.
+/// Turns the wheel over the middle of the widget, one notch at a time; positive is away from the
+/// user.
 void turnWheel(const QWidget* widget, int notches);
 
 /// Presses and releases a key.

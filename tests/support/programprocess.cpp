@@ -31,7 +31,7 @@ void ProgramProcess::start(const QStringList& arguments)
 
 void ProgramProcess::startForOneLine(const QStringList& arguments, Reader reader)
 {
-    // QProcess itself never closes its end of the pipe, and never leaves it unread.
+    // QProcess itself never closes its end of the pipe and always reads it.
     const QString behind = reader == Reader::Goes
                                ? QString()
                                : QStringLiteral("; exec sleep 60 >/dev/null 2>/dev/null");
@@ -63,7 +63,7 @@ void ProgramProcess::write(const QByteArray& bytes)
 void ProgramProcess::closeInput()
 {
     m_process.closeWriteChannel();
-    // The pipe is closed from the event loop.
+    // The event loop closes the pipe.
     m_process.waitForReadyRead(10);
 }
 

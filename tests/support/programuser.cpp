@@ -11,12 +11,12 @@ constexpr int kFirstRowY = 129;
 constexpr int kRowHeight = 33;
 const QPoint kStartButton(46, 880);
 const QPoint kExportButton(1455, 880);
-/// In the dialog, which stands in the middle of the window: a point of its ground, and the button
-/// that writes the file.
+/// In the dialog, which is centred on the window: a point of its background, and the button that
+/// writes the file.
 const QPoint kExportDialog(530, 600);
 const QColor kExportDialogColour(0x44, 0x44, 0x44);
 const QPoint kExportToFile(840, 585);
-/// A point of the recovery button left of its text, and its colour when the pointer is elsewhere.
+/// A point of the recovery button left of its text, and its colour without hover.
 const QPoint kRecoveryButton(730, 463);
 const QColor kRecoveryColour(0x33, 0x33, 0x33);
 const QPoint kNowhere(1400, 20);
@@ -33,7 +33,7 @@ ProgramUser::ProgramUser(const VirtualDisplay& display, ProgramProcess& program)
 
 bool ProgramUser::bringUp(const SimulatedInstrument& instrument)
 {
-    // The busy overlay goes two seconds after the read-back; the polls go on.
+    // The busy overlay goes two seconds after the read-back; polling continues.
     return open(instrument) && waitForPolls(instrument, 5);
 }
 

@@ -6,20 +6,20 @@
 
 #include <QPoint>
 
-/// Who sits before the program: looks at its window and uses the mouse. The window stands at the
-/// screen's corner with 1500 x 900 points, which is where the places below come from.
+/// The program's user: looks at its window and uses the mouse. The window is in the corner of the
+/// screen, 1500 x 900 pixels, which the positions below assume.
 class ProgramUser
 {
 public:
     ProgramUser(const VirtualDisplay& display, ProgramProcess& program);
 
-    /// Starts the program on the instrument and waits until its window takes clicks.
+    /// Starts the program on the instrument and waits until its window accepts clicks.
     bool bringUp(const SimulatedInstrument& instrument);
 
-    /// Starts the program and waits until its window stands in its place.
+    /// Starts the program and waits until its window is in place.
     bool open(const SimulatedInstrument& instrument);
 
-    /// Waits until the program is at work: that many more polls of the status have come in.
+    /// Waits until the program is working: until this many more status polls have arrived.
     static bool waitForPolls(const SimulatedInstrument& instrument, int count);
 
     /// Clicks the check box of a channel of the first module; rows count from 0.
@@ -28,7 +28,7 @@ public:
     /// Clicks the button that starts and stops a scan.
     void clickStart() const;
 
-    /// Ticks the first channels, at most nine; true when the scan list has gone out.
+    /// Ticks the first channels, at most nine; true once the scan list has been sent.
     bool chooseChannels(const SimulatedInstrument& instrument, int count = 4) const;
 
     /// Ticks the first channels and starts; true when readings are being fetched.

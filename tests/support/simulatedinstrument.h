@@ -7,7 +7,7 @@
 #include <QStringList>
 #include <QTemporaryDir>
 
-/// The simulator as a process of its own, with a transcript, as long as this object lives.
+/// The simulator as a process, with a transcript.
 class SimulatedInstrument
 {
 public:
@@ -17,7 +17,7 @@ public:
     explicit SimulatedInstrument(Transport transport, const QStringList& options = {});
     ~SimulatedInstrument();
 
-    /// Its VISA resource; empty when it did not start.
+    /// Its VISA resource; empty if it did not start.
     QString resource() const { return m_resource; }
 
     /// The port of its TCP transport; 0 on a pseudo-terminal.
@@ -25,21 +25,21 @@ public:
 
     qint64 processId() const { return m_process.processId(); }
 
-    /// Gives the control port an order; the answer.
+    /// Sends the control port an order; returns the answer.
     QString order(const QString& line);
 
-    /// The lines that the instrument has received so far, in order.
+    /// All lines that the instrument has received, in order.
     QStringList received() const { return lines(QStringLiteral(" > ")); }
-    /// The lines that the instrument has sent so far, in order.
+    /// All lines that the instrument has sent, in order.
     QStringList sent() const { return lines(QStringLiteral(" < ")); }
-    /// The lines that it has sent since it received a line for the last time.
+    /// The lines it has sent since it last received a line.
     QStringList sentSince(const QString& received) const;
-    /// The faults that have acted so far, in order.
+    /// The faults that have taken effect, in order.
     QStringList faults() const { return lines(QStringLiteral(" ! ")); }
 
     /// Stops serving at once, as if switched off.
     void switchOff();
-    /// Stops answering and goes on, as if hung.
+    /// Stops answering but keeps running, as if hung.
     void freeze();
     void thaw();
 

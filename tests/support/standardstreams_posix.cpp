@@ -11,7 +11,7 @@
 
 namespace {
 
-/// A second descriptor for the same stream, kept out of child processes.
+/// A duplicate descriptor of the stream, not inherited by child processes.
 int duplicate(int descriptor)
 {
     return ::fcntl(descriptor, F_DUPFD_CLOEXEC, 3);
@@ -34,7 +34,7 @@ CapturedOutput::~CapturedOutput()
     ::dup2(m_before, STDOUT_FILENO);
     ::close(m_before);
     if (QTest::currentTestFailed()) {
-        // The report of the failure was caught as well.
+        // The failure's report was captured as well.
         const QByteArray caught = flushed();
         std::fwrite(caught.constData(), 1, static_cast<std::size_t>(caught.size()), stdout);
     }
@@ -42,7 +42,7 @@ CapturedOutput::~CapturedOutput()
 
 QByteArray CapturedOutput::flushed()
 {
-    // Read apart from the object's own handle: that one shares its position with the writer.
+    // Read through another handle: the object's own shares its position with the writer.
     QFile file(m_file.fileName());
     return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
 }

@@ -3,8 +3,8 @@
 #include <QByteArray>
 #include <QTemporaryFile>
 
-/// Catches what this process writes to its standard output for as long as the object lives. When the
-/// test fails meanwhile, what was caught is written in the end after all.
+/// Captures this process's standard output. If the test fails meanwhile, what was captured is
+/// written out at the end.
 class CapturedOutput
 {
 public:
@@ -13,7 +13,7 @@ public:
     CapturedOutput(const CapturedOutput&) = delete;
     CapturedOutput& operator=(const CapturedOutput&) = delete;
 
-    /// What has left the process's own buffers so far: a line that nobody flushed is not in it.
+    /// What has left the process's buffers so far; a line that was not flushed is missing.
     QByteArray flushed();
 
 private:
@@ -21,7 +21,7 @@ private:
     int m_before;
 };
 
-/// Puts a pipe in the place of this process's standard input for as long as the object lives.
+/// Replaces this process's standard input with a pipe.
 class FedInput
 {
 public:
@@ -39,8 +39,8 @@ private:
     int m_writeEnd = -1;
 };
 
-/// Puts a pipe in the place of this process's standard output for as long as the object lives, as a
-/// launcher does. Nobody reads from it but read().
+/// Replaces this process's standard output with a pipe, as a launcher does. Only read() reads from
+/// it.
 class PipedOutput
 {
 public:
@@ -49,7 +49,7 @@ public:
     PipedOutput(const PipedOutput&) = delete;
     PipedOutput& operator=(const PipedOutput&) = delete;
 
-    /// What is in the pipe, waiting up to `timeoutMs` for the first byte.
+    /// The pipe's contents, waiting up to `timeoutMs` for the first byte.
     QByteArray read(int timeoutMs);
 
 private:

@@ -3,8 +3,8 @@
 #include <QByteArray>
 #include <QString>
 
-/// A client's end of a stream to the simulator: a TCP connection or a serial device. Reading
-/// gives up after ten seconds.
+/// A client connection to the simulator: TCP or a serial device. Reading gives up after ten
+/// seconds.
 class StreamClient
 {
 public:
@@ -26,10 +26,10 @@ public:
     /// Sends a line and reads one.
     QByteArray ask(const QByteArray& line);
 
-    /// All bytes that come within a time, in milliseconds.
+    /// All bytes that arrive within this many milliseconds.
     QByteArray readFor(int ms);
 
-    /// Waits until the other side has ended the connection; drops what comes before that.
+    /// Waits until the other side has closed the connection; discards what arrives before.
     bool waitForEnd();
 
 private:

@@ -4,7 +4,7 @@
 #include <QTimer>
 #include <QTimerEvent>
 
-/// Lets a timer that is active run out, as if its time were over.
+/// Makes an active timer expire now.
 inline void runOut(QTimer* timer)
 {
     Q_ASSERT(timer->isActive());

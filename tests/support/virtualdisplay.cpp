@@ -25,8 +25,8 @@ xcb_atom_t atom(xcb_connection_t* connection, const QByteArray& name)
 
 VirtualDisplay::VirtualDisplay()
 {
-    // The server picks a free number and tells it on its standard output. Without -noreset it would
-    // start anew whenever its last client leaves, and refuse those who come meanwhile.
+    // The server picks a free number and prints it. Without -noreset it would restart whenever its
+    // last client leaves, and refuse clients meanwhile.
     m_server.start(QStringLiteral("Xvfb"),
                    {QStringLiteral("-displayfd"), QStringLiteral("1"), QStringLiteral("-screen"),
                     QStringLiteral("0"), QStringLiteral("1600x1000x24"),
@@ -97,7 +97,8 @@ bool VirtualDisplay::closeWindow(qulonglong window) const
     const auto cookie =
         xcb_send_event_checked(connection.get(), 0, event.window, XCB_EVENT_MASK_NO_EVENT,
                                reinterpret_cast<const char*>(&event));
-    // Waits until the server has taken it: of a client that has gone it drops what it has not read.
+    // Waits until the server has processed it: it discards unread requests of a client that has
+    // gone.
     const std::unique_ptr<xcb_generic_error_t, decltype(&std::free)> error(
         xcb_request_check(connection.get(), cookie), &std::free);
     return !error;

@@ -4,34 +4,34 @@
 #include <QProcess>
 #include <QString>
 
-/// A virtual X display of its own, as long as this object lives.
+/// A virtual X display.
 class VirtualDisplay
 {
 public:
     VirtualDisplay();
     ~VirtualDisplay();
 
-    /// Its name, ":7" for example; empty when it could not be started.
+    /// Its name, e.g. ":7"; empty if it did not start.
     QString name() const { return m_name; }
 
-    /// Moves the pointer to a point of the screen and clicks the left button there.
+    /// Moves the pointer to a point of the screen and clicks the left button.
     void click(int x, int y) const;
     /// Moves the pointer only.
     void movePointer(int x, int y) const;
-    /// Presses or releases the left button where the pointer is.
+    /// Presses or releases the left button at the pointer.
     void press() const;
     void release() const;
 
-    /// Asks a window to close, as a window manager does. False when that could not be sent.
+    /// Asks a window to close, as a window manager does. False if the request could not be sent.
     bool closeWindow(qulonglong window) const;
 
-    /// The window that a window lies in: 0 for the screen itself and for a window that is not there.
+    /// The parent of a window: 0 for the screen itself and for a window that does not exist.
     qulonglong parentOf(qulonglong window) const;
 
-    /// The colour of a point of the screen; invalid when it could not be asked.
+    /// The colour of a point of the screen; invalid if it could not be read.
     QColor colorAt(int x, int y) const;
 
-    /// Runs xdotool on this display and gives what it prints.
+    /// Runs xdotool on this display and returns its output.
     QString xdotool(const QStringList& arguments) const;
 
 private:

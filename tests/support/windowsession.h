@@ -14,19 +14,20 @@ class WindowSession
 public:
     explicit WindowSession(MainWidget& window);
 
-    /// Checks the boxes of all modules.
+    /// Ticks all modules.
     void checkAllModules();
 
-    /// The button that starts and stops.
+    /// The start/stop button.
     ImageButton* startButton() const;
 
-    /// Opens a chart with the side bar's button; null when none came up. Switches to the workspace.
+    /// Opens a chart with the side bar's button; null if none appeared. Switches to the workspace.
     BarChartWidget* openChart();
 
-    /// Gives the chart's first `count` rows the channels of the scan list from number `first` on.
+    /// Assigns channels of the scan list, from number `first` on, to the chart's first `count`
+    /// rows.
     static void assignChannels(BarChartWidget* chart, int first, int count);
 
-    /// The readings in memory of the series behind the curves of some charts.
+    /// The readings in memory of the series behind these charts' curves.
     static Readings readingsBehind(const QList<BarChartWidget*>& charts);
 
 private:
