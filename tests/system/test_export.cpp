@@ -17,7 +17,7 @@ constexpr int kEndWaitMs = 20000;
 const QString kSerial = QStringLiteral("EXP/0001");
 const QString kExportName = QStringLiteral("EXP_0001_Trace_1_*.csv");
 
-/// The lines of a file that begins with a byte order mark; none without it.
+/// The lines of a file that starts with a byte order mark; none without one.
 QStringList linesOf(const QString& path)
 {
     QFile file(path);
@@ -31,7 +31,7 @@ QStringList linesOf(const QString& path)
     return QString::fromUtf8(bytes.mid(3).chopped(1)).split(QLatin1Char('\n'));
 }
 
-/// The moment behind the comma of a header line with this label; ms since the epoch.
+/// The time after the comma of the header line with this label, in ms since the epoch.
 qint64 momentIn(const QString& line, const QString& label)
 {
     if (line.section(QLatin1Char(','), 0, 0) != label) {
@@ -42,7 +42,7 @@ qint64 momentIn(const QString& line, const QString& label)
         .toMSecsSinceEpoch();
 }
 
-/// The lines below the titles, as the readings between two moments make them.
+/// The expected data lines for the readings between two times.
 QStringList expectedRows(const Readings& sent, qint64 start, qint64 end)
 {
     QVector<QVector<QPair<qint64, double>>> columns;
@@ -73,8 +73,8 @@ QStringList expectedRows(const Readings& sent, qint64 start, qint64 end)
     return rows;
 }
 
-/// Makes each reading of the first channel in a directory's store a thousand million ones: no export
-/// comes to their end.
+/// Multiplies each reading of the first channel in a directory's store into a thousand million, so
+/// that no export can finish.
 void repeatReadings(const QString& directory)
 {
     const QString stores = QDir(directory).filePath(
@@ -102,7 +102,7 @@ void repeatReadings(const QString& directory)
 
 } // namespace
 
-/// A scan and its export with real clicks, and the file that the user takes away.
+/// A scan and its export with real clicks, and the resulting file.
 class TestExport : public QObject
 {
     Q_OBJECT
@@ -141,7 +141,7 @@ void TestExport::fileHoldsWhatTheInstrumentSent()
     QVERIFY(user.startScan(instrument));
     user.clickStart();
     QTRY_VERIFY_WITH_TIMEOUT(instrument.received().contains(QStringLiteral("ABOR")), kEndWaitMs);
-    // The drain: a pass that finds no readings and the instrument idle.
+    // The drain: a pass that finds no readings and an idle instrument.
     QTRY_VERIFY_WITH_TIMEOUT(instrument.sent().count(QStringLiteral("+256")) >= 2, kEndWaitMs);
     QVERIFY(ProgramUser::waitForPolls(instrument, 1));
 
@@ -150,7 +150,7 @@ void TestExport::fileHoldsWhatTheInstrumentSent()
     const QDir directory(program.directory());
     QTRY_COMPARE_WITH_TIMEOUT(directory.entryList({kExportName}).size(), 1, kEndWaitMs);
     const QString path = directory.filePath(directory.entryList({kExportName}).constFirst());
-    // Written to its end: the last row is there and whole.
+    // Complete: the last row is there and whole.
     const Readings sent = readingsInReplies(instrument.sent());
     QCOMPARE(sent.keys(), (QList<int>{101, 102, 103, 104}));
     QTRY_VERIFY_WITH_TIMEOUT(linesOf(path).size() > 5, kEndWaitMs);

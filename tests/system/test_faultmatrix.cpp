@@ -11,13 +11,13 @@
 namespace {
 
 constexpr int kSlackMs = 30000;
-/// Six pauses of three seconds, and seven polls that fail at once or run into their time-outs.
+/// Six pauses of three seconds, and seven polls that fail at once or time out.
 constexpr int kDeadLinkMs = 18000;
 constexpr int kSilenceMs = 18000 + 7 * 5000;
 /// The exchanges of the same pass before the first poll.
 constexpr int kPassMs = 10000;
 constexpr int kExchangeMs = 5000;
-/// A read-back without replies is given up after it.
+/// A read-back without replies gives up after this.
 constexpr int kReadBackMs = 60000 + kExchangeMs;
 constexpr int kEndWaitMs = 60000;
 
@@ -26,7 +26,7 @@ constexpr int kMeasureMs = 4000;
 constexpr double kIdleShare = 0.05;
 
 constexpr int kChannels = 8;
-/// A record of a reply with its comma, in bytes.
+/// Bytes of a record with its comma.
 constexpr int kRecordLength = 50;
 
 const QString kPoll = QStringLiteral("STAT:OPER:EVEN?");
@@ -41,11 +41,11 @@ struct FaultRow
 {
     Fault fault;
     const char* name;
-    /// The orders that bring it about.
+    /// The orders that cause it.
     QStringList orders;
-    /// How long it lasts; 0 for one that ends by itself.
+    /// Its duration; 0 if it ends by itself.
     int lastsMs;
-    /// Whether readings are lost, which the instrument has handed out in a spoilt reply.
+    /// Whether the instrument hands out readings in a spoilt reply, so that they are lost.
     bool spoilsReplies;
 };
 
@@ -79,7 +79,7 @@ const StateRow kStates[] = {{State::Idle, "idle"},
                             {State::Stopping, "stopping"},
                             {State::Lost, "lost"}};
 
-/// When the overlay must have come up, counted from the fault.
+/// When the overlay must have appeared, counted from the fault.
 struct Loss
 {
     bool isShown;
@@ -110,7 +110,7 @@ Loss lossOf(Fault fault, State state)
     }
 }
 
-/// How many readings the spoilt replies among these held; their headers tell the length.
+/// Number of readings in the spoilt replies among these, from the lengths in their headers.
 int spoiltReadings(const QStringList& sentLines)
 {
     int count = 0;
@@ -180,8 +180,8 @@ int TestFaultMatrix::receivedCount(const QString& begin) const
     return count;
 }
 
-/// Waits until the click on the start button has been taken: the first start makes the directory.
-/// The curves are registered after that, which takes longer than it is from one poll to the next.
+/// Waits until the start button's click has taken effect. The first start creates the directory.
+/// The curves are registered after that, which takes longer than one poll interval.
 bool TestFaultMatrix::waitForBegin() const
 {
     return QTest::qWaitFor([this] { return QFileInfo::exists(storeDirectory()); }, kEndWaitMs);
@@ -198,7 +198,7 @@ bool TestFaultMatrix::waitForNextPass() const
     return true;
 }
 
-/// Brings the program into a state; what must not last is only begun.
+/// Brings the program into a state; passing states are only entered.
 bool TestFaultMatrix::enter(State state)
 {
     switch (state) {
@@ -228,8 +228,8 @@ bool TestFaultMatrix::enter(State state)
     return false;
 }
 
-/// Brings the fault about. Without the link that is in the recovery: the link breaks and the
-/// instrument falls silent for long in the middle of the read-back.
+/// Causes the fault. With a broken link, or with long silence, the recovery fails in the middle of
+/// its read-back.
 bool TestFaultMatrix::strike(const FaultRow& fault, State state)
 {
     QStringList orders = fault.orders;
@@ -263,8 +263,8 @@ bool TestFaultMatrix::strike(const FaultRow& fault, State state)
     return waitUntil([this, faults] { return m_instrument->faults().size() > faults; }, kEndWaitMs);
 }
 
-/// Waits for the fault's end and, where the link is lost by it, for the overlay. Looks in either
-/// case at what the program does meanwhile.
+/// Waits for the end of the fault and, if it loses the link, for the overlay. In both cases checks
+/// what the program does meanwhile.
 void TestFaultMatrix::sitOut(const FaultRow& fault, const Loss& loss)
 {
     if (loss.isShown) {
@@ -291,8 +291,8 @@ void TestFaultMatrix::sitOut(const FaultRow& fault, const Loss& loss)
     QCOMPARE(m_user->seesRecoveryButton(), loss.isShown);
 }
 
-/// Waits until a recovery among spoilt replies has ended. One that reads like a module leads to
-/// questions that nobody answers, and back to the overlay; the button then works.
+/// Waits until a recovery among spoilt replies has ended. A reply that looks like a module leads to
+/// unanswered queries and back to the overlay; its button then works.
 bool TestFaultMatrix::sitOutSpoiltRecovery()
 {
     const int polls = receivedCount(kPoll);
@@ -304,7 +304,7 @@ bool TestFaultMatrix::sitOutSpoiltRecovery()
            (!m_user->seesRecoveryButton() || recover());
 }
 
-/// Waits until the program has got all that the instrument holds.
+/// Waits until the program has fetched everything from the instrument.
 bool TestFaultMatrix::comeToRest(State state, bool wasLost)
 {
     if (wasLost) {
@@ -316,14 +316,14 @@ bool TestFaultMatrix::comeToRest(State state, bool wasLost)
     return waitForRest();
 }
 
-/// Seconds of processor time that the program has used.
+/// Processor time used by the program, in seconds.
 double TestFaultMatrix::cpuSeconds() const
 {
     QFile file(QStringLiteral("/proc/%1/stat").arg(m_program->processId()));
     if (!file.open(QIODevice::ReadOnly)) {
         return 0;
     }
-    // The name in parentheses may hold blanks.
+    // The name in parentheses may contain blanks.
     const QList<QByteArray> fields = file.readAll().split(')').constLast().split(' ');
     return static_cast<double>(fields.value(12).toLongLong() + fields.value(13).toLongLong()) /
            static_cast<double>(sysconf(_SC_CLK_TCK));
@@ -338,7 +338,8 @@ double TestFaultMatrix::shareOfCore() const
     return (cpuSeconds() - before) * 1000 / static_cast<double>(timer.elapsed());
 }
 
-/// What of the last scan is not in the store as often as it came; empty if all is well.
+/// What is missing from the store, or stored more than once, of the last scan; empty if all is
+/// well.
 QString TestFaultMatrix::storeError() const
 {
     return difference(stored(), storableReadings(m_instrument->sentSince(kStart)));
@@ -386,14 +387,14 @@ void TestFaultMatrix::survives()
     if (QTest::currentTestFailed()) {
         return;
     }
-    // A start that meets a loss leaves the instrument to whoever has it.
+    // A start that meets a loss leaves the instrument to its other user.
     if (loss.isShown && state == State::Starting) {
         QCOMPARE(receivedCount(kStart), 0);
     }
     QVERIFY(comeToRest(state, loss.isShown));
     QCOMPARE(storeError(), QString());
 
-    // A spoilt reply leaves a gap where it is neither the first nor the last one.
+    // A spoilt reply leaves a gap unless it is the first or the last.
     const QStringList sent = m_instrument->sentSince(kStart);
     const int missing = missingIn(stored(), 1000.0 * kChannels / rate);
     if (!fault.spoilsReplies) {

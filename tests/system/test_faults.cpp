@@ -19,17 +19,17 @@ constexpr int kLossWaitMs = 18000 + 12000;
 constexpr int kExchangeMs = 5000;
 /// Ticked by ProgramUser::startScan().
 constexpr int kChannels = 4;
-/// Readings a second of which half a minute takes more than one reply, on a serial line too.
+/// Rate at which half a minute of readings takes more than one reply, even on a serial line.
 constexpr int kSomeReadings = 60;
-/// Readings a second of which two time-outs take more than one reply.
+/// Rate at which two time-outs of readings take more than one reply.
 constexpr int kManyReadings = 100;
 
 const QString kPoll = QStringLiteral("STAT:OPER:EVEN?");
 
 } // namespace
 
-/// The program against an instrument that misbehaves: nothing crashes or hangs beyond the stated
-/// waits, what can be stored is, exchanges stay in step, and a lost link comes back.
+/// The program against a misbehaving instrument: nothing crashes or hangs beyond the stated waits,
+/// what can be stored is, exchanges stay in step, and a lost link recovers.
 class TestFaults : public FaultSession
 {
     Q_OBJECT
@@ -64,7 +64,7 @@ void TestFaults::refusedConnectionAtStart()
     QVERIFY(m_user->open(*m_instrument));
     QTRY_VERIFY_WITH_TIMEOUT(m_user->seesRecoveryButton(), kEndWaitMs);
     QCOMPARE(m_instrument->received(), QStringList());
-    // A try that fails again leaves the button there.
+    // A failed attempt leaves the button.
     m_user->clickRecovery();
     QTest::qWait(1000);
     QTRY_VERIFY_WITH_TIMEOUT(m_user->seesRecoveryButton(), kEndWaitMs);
@@ -106,10 +106,10 @@ void TestFaults::garbledReadBackAtStart()
     }
     m_instrument = std::make_unique<SimulatedInstrument>(Transport::Tcp, options(faults));
     QVERIFY(m_user->bringUp(*m_instrument));
-    // All of it has happened, and what comes behind is in step again.
+    // All of it has happened, and what follows is in step again.
     QCOMPARE(m_instrument->faults().size(), 11);
     QVERIFY(order(QStringLiteral("clear")));
-    // The error of the refused date would be taken for one of the first tick.
+    // The error of the refused date would be attributed to the first tick.
     StreamClient hand;
     QVERIFY(hand.connectTo(m_instrument->port()));
     QCOMPARE(hand.ask("*CLS;SYST:ERR?"), QByteArray("+0,\"No error\""));
@@ -130,7 +130,7 @@ void TestFaults::garbledIdentityKeepsTheStoreInItsPlace()
     QVERIFY(m_user->startScan(*m_instrument));
     QVERIFY(stopScan());
     QVERIFY(leave());
-    // Whatever the name is, it lies directly below the program.
+    // Whatever the name, it is directly below the program.
     const QStringList stores =
         QDir(m_program->directory())
             .entryList({QStringLiteral("*_Data")}, QDir::Dirs | QDir::Hidden);
@@ -151,13 +151,13 @@ void TestFaults::refusedTickGoesBackAndStartsNothing()
     QVERIFY(waitForFault(QStringLiteral("reject")));
     QVERIFY(ProgramUser::waitForPolls(*m_instrument, 2));
     m_user->clickStart();
-    // The message about it goes after three seconds.
+    // The message disappears after three seconds.
     QVERIFY(ProgramUser::waitForPolls(*m_instrument, 5));
     QVERIFY(!m_instrument->received().contains(QStringLiteral("INIT")));
     QVERIFY(QDir(kept).exists());
     QVERIFY(QDir().rmdir(kept));
 
-    // The same channel is ticked anew, so it was not ticked any more.
+    // The channel can be ticked again, so it was no longer ticked.
     QVERIFY(order(QStringLiteral("clear")));
     m_user->tickChannel(0);
     QTRY_COMPARE_WITH_TIMEOUT(m_instrument->received().count(QStringLiteral("ROUT:SCAN (@101)")), 2,
@@ -177,7 +177,7 @@ void TestFaults::spoiltBatchesCostOnlyThemselves()
     m_instrument = std::make_unique<SimulatedInstrument>(Transport::Tcp, options());
     QVERIFY(m_user->bringUp(*m_instrument));
     QVERIFY(m_user->startScan(*m_instrument));
-    // One after the other, each on a batch of its own.
+    // One after another, each on a fetch of its own.
     for (const char* fault :
          {"badrecord month for R? * times 1", "badrecord unit for R? * times 1",
           "badrecord field for R? * times 1", "garbage 200 for R? * times 1",
@@ -229,8 +229,8 @@ void TestFaults::missingRepliesCostOnlyTheirTime()
     QVERIFY(stopScan());
     QVERIFY(!m_user->seesRecoveryButton());
     QVERIFY(leave());
-    // A batch that was swallowed or refused stays in the instrument and comes with the next try,
-    // with more than one reply holds; the one that broke off is lost.
+    // Readings of a swallowed or refused fetch stay in the instrument and come with the next
+    // attempt, more than one reply holds; those of the broken-off fetch are lost.
     QCOMPARE(difference(stored(), storableReadings(m_instrument->sent())), QString());
     const bool breaksOff = faults.constFirst().startsWith(QLatin1String("truncate"));
     QCOMPARE(gapIn(stored(), 1000.0 * kChannels / kManyReadings).isEmpty(), !breaksOff);
@@ -242,7 +242,7 @@ void TestFaults::lateRepliesAreNotTakenForTheNext()
     m_instrument = std::make_unique<SimulatedInstrument>(Transport::Tcp, options());
     QVERIFY(m_user->bringUp(*m_instrument));
     QVERIFY(m_user->startScan(*m_instrument));
-    // They arrive in the pause of a second behind the poll that follows.
+    // They arrive in the one-second pause after the next poll.
     for (const char* query : {"DATA:POIN?", "STAT:OPER:COND?"}) {
         const int polls = m_instrument->received().count(kPoll);
         QVERIFY(order(QStringLiteral("fault delay 5500 for %1 times 1").arg(QLatin1String(query))));
@@ -252,7 +252,7 @@ void TestFaults::lateRepliesAreNotTakenForTheNext()
     QVERIFY(stopScan());
     QVERIFY(leave());
     QCOMPARE(difference(stored(), readingsInReplies(m_instrument->sent())), QString());
-    // Each fetch asks for what the instrument has just told: no answer has slipped by one.
+    // Each fetch asks for the count just reported: no answer has slipped.
     const QStringList lines = m_instrument->received();
     QCOMPARE(lines.filter(QRegExp(QStringLiteral("^R\\? (256|16|32|2048)$"))).size(), 0);
     QVERIFY(!m_program->log().contains(QStringLiteral("无效的数据记录")));
@@ -270,7 +270,7 @@ void TestFaults::clockJumpIsStoredAsItComes()
     QVERIFY(ProgramUser::waitForPolls(*m_instrument, 2));
     QVERIFY(order(QStringLiteral("jump %1").arg(-3600 * way)));
     QVERIFY(ProgramUser::waitForPolls(*m_instrument, 2));
-    // There is no file of the day before: it is made.
+    // The day before has no file, so one is created.
     QVERIFY(order(QStringLiteral("jump -90000")));
     QVERIFY(ProgramUser::waitForPolls(*m_instrument, 2));
     QVERIFY(order(QStringLiteral("jump 90000")));
@@ -278,7 +278,7 @@ void TestFaults::clockJumpIsStoredAsItComes()
     QVERIFY(stopScan());
     QVERIFY(leave());
 
-    // The store gives them in the order of time.
+    // The store returns them in order of time.
     Readings sent = readingsInReplies(m_instrument->sent());
     for (auto& channel : sent) {
         std::sort(channel.begin(), channel.end());
@@ -292,7 +292,7 @@ void TestFaults::triggersAndAlarmsFromOutsideComeThrough()
 {
     m_instrument = std::make_unique<SimulatedInstrument>(Transport::Tcp, options());
     QVERIFY(m_user->bringUp(*m_instrument));
-    // Somebody sets the instrument up by hand.
+    // Someone changes the instrument's settings by hand.
     StreamClient hand;
     QVERIFY(hand.connectTo(m_instrument->port()));
     QCOMPARE(hand.ask("TRIG:SOUR EXT;SOUR?"), QByteArray("EXT"));
@@ -302,7 +302,7 @@ void TestFaults::triggersAndAlarmsFromOutsideComeThrough()
     QTRY_VERIFY_WITH_TIMEOUT(
         m_instrument->received().contains(QStringLiteral("ROUT:SCAN (@101,102)")), kEndWaitMs);
     m_user->clickStart();
-    // It waits for its trigger, and the scan goes on.
+    // It waits for its trigger, and the scan continues.
     QTRY_VERIFY_WITH_TIMEOUT(m_instrument->sent().count(QStringLiteral("+32")) >= 2, kEndWaitMs);
     for (int sweep = 1; sweep <= 3; ++sweep) {
         QVERIFY(order(QStringLiteral("trigger external")));
@@ -327,7 +327,7 @@ void TestFaults::usedElsewhereEndsInTheOverlayAndRecovers()
     QVERIFY(m_user->startScan(*m_instrument));
     QVERIFY(order(QStringLiteral("fault elsewhere for STAT:OPER:EVEN? times 1")));
     QTRY_VERIFY_WITH_TIMEOUT(m_user->seesRecoveryButton(), kEndWaitMs);
-    // The program leaves the instrument to the other one.
+    // The program leaves the instrument to its other user.
     QTest::qWait(1500);
     QCOMPARE(m_instrument->sent().constLast(), QStringLiteral("+2048"));
     QVERIFY(!m_instrument->received().contains(QStringLiteral("ABOR")));
@@ -352,7 +352,7 @@ void TestFaults::droppedLinkRecovers_data()
 void TestFaults::droppedLinkRecovers()
 {
     QFETCH(int, transport);
-    // What gathers in the instrument meanwhile takes more than one reply.
+    // What accumulates in the instrument meanwhile takes more than one reply.
     m_instrument = std::make_unique<SimulatedInstrument>(static_cast<Transport>(transport),
                                                          options({}, kSomeReadings));
     QVERIFY(m_user->bringUp(*m_instrument));
@@ -365,7 +365,7 @@ void TestFaults::droppedLinkRecovers()
     QTRY_VERIFY_WITH_TIMEOUT(m_user->seesRecoveryButton(), kLossWaitMs);
     QVERIFY2(timer.elapsed() >= 17000, qPrintable(QString::number(timer.elapsed())));
 
-    // While nobody may connect the button stays.
+    // While no one can connect the button stays.
     m_user->clickRecovery();
     QTest::qWait(1000);
     QTRY_VERIFY_WITH_TIMEOUT(m_user->seesRecoveryButton(), kEndWaitMs);

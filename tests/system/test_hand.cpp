@@ -47,7 +47,7 @@ void TestHand::wheelTurnsABoxOnlyAfterAClick()
         m_display.xdotool({QStringLiteral("click"), QStringLiteral("5")});
     };
 
-    // The pointer passes over the row's controls and comes to rest on a box.
+    // The pointer passes over the row's controls and stops on a box.
     for (int x = kTableLeft; x < kTableRight; x += kPointerStep) {
         m_display.movePointer(x, kFunctionBox.y());
     }
@@ -58,7 +58,8 @@ void TestHand::wheelTurnsABoxOnlyAfterAClick()
     QVERIFY(ProgramUser::waitForPolls(instrument, 2));
     QCOMPARE(functionsSent(instrument), QStringList());
 
-    // The click opens the list too. On a busy machine the key may come before it, so it is tried again.
+    // The click opens the list as well. On a busy machine the key may arrive first, so it is
+    // repeated.
     const auto turnAfterAClick = [this, &instrument, &turnWheel] {
         m_display.click(kFunctionBox.x(), kFunctionBox.y());
         m_display.xdotool({QStringLiteral("key"), QStringLiteral("Escape")});

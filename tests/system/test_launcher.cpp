@@ -14,7 +14,7 @@ namespace {
 constexpr int kStartWaitMs = 60000;
 constexpr int kEndWaitMs = 30000;
 
-/// One module with one channel: the window is up in a moment.
+/// One module with one channel, so that the window appears quickly.
 const QStringList kSmallest = {QStringLiteral("--slots"), QStringLiteral("1:13")};
 
 const QString kProgramTitle = QStringLiteral("SCN4070A 控制软件");
@@ -66,7 +66,7 @@ public:
     int exitCode() const { return m_process.exitCode(); }
     QString log() { return QString::fromUtf8(m_process.readAllStandardError()); }
 
-    /// The process that it has started under that name; 0 when there is none.
+    /// Its child process of that name; 0 if there is none.
     qint64 child(const QString& name) const
     {
         const qint64 own = m_process.processId();
@@ -124,7 +124,7 @@ qulonglong TestLauncher::windowOf(const QString& title) const
     return found.section(QLatin1Char('\n'), 0, 0).toULongLong();
 }
 
-/// Waits until the program's window lies inside the launcher's.
+/// Waits until the program's window is inside the launcher's.
 bool TestLauncher::waitForEmbedding() const
 {
     return QTest::qWaitFor(
@@ -205,7 +205,7 @@ void TestLauncher::programOutlivesALauncherThatDies()
     const qint64 program = launcher.child(QStringLiteral("scn4070a"));
     QVERIFY(program > 0);
     launcher.kill();
-    // Its window went with the launcher's, its work goes on.
+    // Its window went with the launcher's; its work continues.
     const int polls = instrument.received().size();
     const bool polled =
         QTest::qWaitFor([&] { return instrument.received().size() >= polls + 3; }, kStartWaitMs);

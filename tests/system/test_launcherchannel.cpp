@@ -13,13 +13,13 @@ namespace {
 /// Long enough for a start under a sanitizer on a busy machine.
 constexpr int kEndWaitMs = 20000;
 
-/// One module with one channel: the window is up in a moment.
+/// One module with one channel, so that the window appears quickly.
 const QStringList kSmallest = {QStringLiteral("--slots"), QStringLiteral("1:13")};
 
 const QString kWid = QStringLiteral("WID:");
 const QString kReply = QStringLiteral("receive msg: ");
 
-/// Another value of a variable of the environment for as long as the object lives.
+/// Changes an environment variable for the lifetime of the object.
 class Variable
 {
 public:
@@ -49,7 +49,7 @@ private:
 
 } // namespace
 
-/// The program as a launcher sees it: argument, standard streams, native window, end.
+/// The program as its launcher sees it: argument, standard streams, native window, end.
 class TestLauncherChannel : public QObject
 {
     Q_OBJECT
@@ -135,9 +135,9 @@ void TestLauncherChannel::platformLibraryIsAskedForTheFirstSection()
     QCOMPARE(program.waitForLines(QStringLiteral("library: viOpen "), 1),
              QStringList{QStringLiteral("library: viOpen 77 ") + resource});
     QCOMPARE(program.lines().constFirst(), QStringLiteral("library: viOpenDefaultRM"));
-    // The window opens the instrument, and the types come after the window.
+    // The window opens the instrument, and the meta-types are registered after the window.
     QVERIFY(!program.lines().contains(QStringLiteral("library: meta-types are registered")));
-    // Every answer of this library is nonsense; the window comes up all the same.
+    // Every answer of this library is nonsense; the window appears all the same.
     QCOMPARE(program.waitForLines(kWid, 1).size(), 1);
     QVERIFY(program.isRunning());
 }
@@ -151,7 +151,7 @@ void TestLauncherChannel::showTellsHandleAndColor()
     QCOMPARE(lines.size(), 1);
     QVERIFY2(QRegExp(QStringLiteral("WID:\\d+;COLOR:#2b2b2b")).exactMatch(lines.constFirst()),
              qPrintable(lines.constFirst()));
-    // Both the direct show and the queued one ask for it, but the window is shown once.
+    // Both the direct and the queued show request it, but the window is shown once.
     QTest::qWait(300);
     QCOMPARE(program.waitForLines(kWid, 2, 0).size(), 1);
 }
@@ -192,8 +192,8 @@ void TestLauncherChannel::windowWearsTheDarkStyleSheet()
     ProgramProcess program(m_display.name());
     program.start({instrument.resource()});
     QCOMPARE(program.waitForLines(kWid, 1).size(), 1);
-    // The handle of the scroll bar below the logging page has its colour from the sheet alone. The
-    // busy overlay lies over it for two seconds.
+    // Only the style sheet colours the scroll bar handle below the recording page. The busy overlay
+    // covers it for two seconds.
     QTRY_COMPARE_WITH_TIMEOUT(m_display.colorAt(330, 546), QColor(0x60, 0x79, 0x8B), 20000);
 }
 
@@ -271,7 +271,7 @@ void TestLauncherChannel::exitIsHeededWhileASilentInstrumentIsAsked()
     QTRY_VERIFY_WITH_TIMEOUT(isReadBack(), kEndWaitMs);
     instrument.freeze();
     program.write("exit\n");
-    // One exchange is waited for, of hundreds.
+    // It waits for one exchange, out of hundreds.
     QVERIFY(program.waitForEnd(kEndWaitMs));
     QVERIFY2(!program.crashed(), qPrintable(program.log()));
     QCOMPARE(program.exitCode(), 0);
@@ -358,7 +358,7 @@ void TestLauncherChannel::closedStreamIsTheNullDevice()
     // The acquisition thread overwrites a stop in its first second.
     QTRY_VERIFY_WITH_TIMEOUT(instrument.received().count(QStringLiteral("STAT:OPER:EVEN?")) > 2,
                              kEndWaitMs);
-    // The window still listens to its display.
+    // The window still reads from its display.
     QVERIFY(m_display.closeWindow(handle.section(QLatin1Char('\n'), 0, 0).toULongLong()));
     QVERIFY(program.waitForEnd(kEndWaitMs));
     QVERIFY2(!program.crashed(), qPrintable(program.log()));
@@ -367,7 +367,7 @@ void TestLauncherChannel::closedStreamIsTheNullDevice()
 void TestLauncherChannel::withoutInstrumentTheWindowHoldsTheOverlayAlone()
 {
     ProgramProcess program(m_display.name());
-    // The discard port of the loopback: nobody listens.
+    // The loopback's discard port: nobody listens.
     program.start({QStringLiteral("TCPIP0::127.0.0.1::9::SOCKET")});
     QCOMPARE(program.waitForLines(kWid, 1).size(), 1);
     program.write("exit\n");

@@ -11,12 +11,12 @@ namespace {
 
 constexpr int kWaitMs = 60000;
 
-/// Where the pointer rests, a point in a name field of another row, and a point on no page.
+/// Where the pointer rests, a point in a name field of another row, and a point outside the pages.
 const QPoint kRestingPlace(1000, 700);
 const QPoint kNameField(600, 129 + 2 * 33);
 const QPoint kNoPage(1400, 885);
 
-/// The middle of the table, where the bar of the lock stands.
+/// The middle of the table, where the lock's bar is.
 const QPoint kBar(908, 448);
 
 } // namespace
@@ -53,7 +53,7 @@ void TestLock::veilStandsUnderAPointerThatRestsOnTheTable()
     QTest::qWait(500);
     const QColor open = field();
 
-    // The busy overlay stands while the series are made; the pointer is at rest before it goes.
+    // The busy overlay is up while the series are built; the pointer is at rest before it goes.
     user.clickStart();
     m_display.movePointer(kRestingPlace.x(), kRestingPlace.y());
     QVERIFY(!instrument.received().contains(QStringLiteral("INIT")));
@@ -63,14 +63,14 @@ void TestLock::veilStandsUnderAPointerThatRestsOnTheTable()
     QVERIFY(QTest::qWaitFor(readingsCome, kWaitMs));
     const QColor resting = field();
 
-    // The veil goes with the pointer and comes with it.
+    // The veil comes and goes with the pointer.
     m_display.movePointer(kNoPage.x(), kNoPage.y());
     QTRY_COMPARE(field(), open);
     m_display.movePointer(kRestingPlace.x(), kRestingPlace.y());
     QTRY_VERIFY(field() != open);
     QCOMPARE(resting, field());
 
-    // Held under the pointer, the bar ends the run.
+    // Held down, the bar ends the run.
     m_display.movePointer(kBar.x(), kBar.y());
     m_display.press();
     QTRY_VERIFY_WITH_TIMEOUT(instrument.received().contains(QStringLiteral("ABOR")), kWaitMs);

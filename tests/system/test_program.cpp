@@ -25,14 +25,14 @@ constexpr int kKillsOfTheShortRun = 4;
 constexpr int kExitsOfTheShortRun = 5;
 constexpr int kLatestKillMs = 4000;
 
-/// Time enough to bring the program up and start a scan on a busy machine.
+/// Long enough to start the program and a scan on a busy machine.
 constexpr int kSecondsToMidnight = 60;
 
 const QString kPoll = QStringLiteral("STAT:OPER:EVEN?");
 const QString kSerial = QStringLiteral("PROG/0001");
 
-/// Reads the day files that a killed program has left, from a copy: looking at a file would already
-/// recover it. False if one of them is damaged.
+/// Reads the day files left by a killed program from a copy, since opening a file would already
+/// recover it. False if one is damaged.
 bool readIntact(const QString& store, Readings& readings)
 {
     const QTemporaryDir copies;
@@ -54,7 +54,7 @@ int fetches(const SimulatedInstrument& instrument)
     return instrument.received().filter(QStringLiteral("R? ")).size();
 }
 
-/// Whether each channel's readings are the first ones of those of the other.
+/// Whether each channel's readings are a prefix of the other's.
 bool isBeginningOf(const Readings& readings, const Readings& all)
 {
     for (auto channel = readings.cbegin(); channel != readings.cend(); ++channel) {
@@ -65,7 +65,7 @@ bool isBeginningOf(const Readings& readings, const Readings& all)
     return true;
 }
 
-/// Puts this process and those that it starts into a zone in which midnight is soon.
+/// Moves this process and its children into a zone in which midnight is soon.
 class MidnightAhead
 {
 public:
@@ -75,7 +75,7 @@ public:
     {
         constexpr int kDayS = 86400;
         const int utc = QTime(0, 0).secsTo(QDateTime::currentDateTimeUtc().time());
-        // A zone is named by what has to be added to its time to get UTC.
+        // A zone is named by what must be added to its time to get UTC.
         int behindUtc = (utc - (kDayS - seconds) + 2 * kDayS) % kDayS;
         if (behindUtc > kDayS / 2) {
             behindUtc -= kDayS;
@@ -98,7 +98,7 @@ public:
     MidnightAhead(const MidnightAhead&) = delete;
     MidnightAhead& operator=(const MidnightAhead&) = delete;
 
-    /// The day that is coming to its end.
+    /// The day that is about to end.
     QDate before() const { return m_before; }
     bool isOver() const { return QDate::currentDate() != m_before; }
 
@@ -121,7 +121,7 @@ private:
 } // namespace
 
 /// The program as its user sees it: a real window, real clicks, a real instrument on the wire, and
-/// the files that are left.
+/// the files it leaves.
 class TestProgram : public QObject
 {
     Q_OBJECT
@@ -168,7 +168,7 @@ void TestProgram::endingAScanLeavesEveryReading()
     QVERIFY(user.startScan(instrument));
     user.clickStart();
     QTRY_VERIFY_WITH_TIMEOUT(instrument.received().contains(QStringLiteral("ABOR")), kEndWaitMs);
-    // The drain: a pass that finds no readings and the instrument idle.
+    // The drain: a pass that finds no readings and an idle instrument.
     QTRY_VERIFY_WITH_TIMEOUT(instrument.sent().count(QStringLiteral("+256")) >= 2, kEndWaitMs);
     QTest::qWait(1000);
     QCOMPARE(instrument.received().count(QStringLiteral("INIT")), 1);
@@ -176,7 +176,7 @@ void TestProgram::endingAScanLeavesEveryReading()
     program.write("exit\n");
     QVERIFY(program.waitForEnd(kEndWaitMs));
     QVERIFY2(!program.crashed(), qPrintable(program.log()));
-    // A slash in the serial number does not lead out of the program's folder.
+    // A slash in the serial number does not lead outside the program's folder.
     const QDir store(program.directory() + QStringLiteral("/PROG_0001_Data"));
     QCOMPARE(store.entryList({QStringLiteral("*.db-wal"), QStringLiteral("*.db-shm")}),
              QStringList());
@@ -200,7 +200,7 @@ void TestProgram::scanGoesOnOverMidnight()
     QVERIFY(ProgramUser::waitForPolls(instrument, 3));
     user.clickStart();
     QTRY_VERIFY_WITH_TIMEOUT(instrument.received().contains(QStringLiteral("ABOR")), kEndWaitMs);
-    // Nothing but the status is polled: the instrument has been drained.
+    // Only the status is polled: the instrument is drained.
     const auto rests = [&instrument] {
         const QStringList lines = instrument.received();
         return lines.mid(lines.size() - 3) == QStringList{kPoll, kPoll, kPoll};
@@ -247,7 +247,8 @@ void TestProgram::leavingDuringAScanLeavesACleanStore()
     timer.start();
     program.write("exit\n");
     QVERIFY(program.waitForEnd(kEndWaitMs));
-    // At most two seconds for the store, half a second for the rest, and a busy machine.
+    // At most two seconds for the store, half a second for the rest, and a margin for a busy
+    // machine.
     QVERIFY2(timer.elapsed() < 5000, qPrintable(QString::number(timer.elapsed())));
     QVERIFY2(!program.crashed(), qPrintable(program.log()));
     QVERIFY2(!program.log().contains(QLatin1String("QSql")), qPrintable(program.log()));
@@ -259,7 +260,7 @@ void TestProgram::leavingDuringAScanLeavesACleanStore()
              QStringList{QStringLiteral("delete")});
     QCOMPARE(runSqlite(file, QStringLiteral("PRAGMA integrity_check")),
              QStringList{QStringLiteral("ok")});
-    // Whatever was fetched is there.
+    // Everything fetched is there.
     QCOMPARE(readingsInStore(store.path()), readingsInReplies(instrument.sent()));
     // The instrument goes on scanning; the next start stops it.
     QVERIFY(!instrument.received().contains(QStringLiteral("ABOR")));
@@ -284,7 +285,7 @@ void TestProgram::killingDuringAScanLeavesAReadableStore()
     const Readings stored = readingsInStore(store.path());
     QCOMPARE(stored.keys(), sent.keys());
     for (auto channel = stored.cbegin(); channel != stored.cend(); ++channel) {
-        // All but a batch that was on its way when the program died.
+        // All but a fetch in flight when the program died.
         QVERIFY(channel->size() > 0);
         QCOMPARE(channel.value(), sent.value(channel.key()).mid(0, channel->size()));
     }
@@ -297,8 +298,8 @@ void TestProgram::killingDuringAScanLeavesAReadableStore()
     QCOMPARE(instrument.received().mid(mark).count(QStringLiteral("ABOR")), 1);
 }
 
-/// Killed at any moment from the click on the start button on, again and again in the same place;
-/// the first time when readings have come.
+/// Killed at any moment after the click on start, repeatedly in the same place; the first time
+/// after readings have arrived.
 void TestProgram::startAfterAKillFindsTheStoreIntact()
 {
     bool isSet = false;
@@ -332,7 +333,7 @@ void TestProgram::startAfterAKillFindsTheStoreIntact()
         Readings stored;
         QVERIFY(readIntact(store, stored));
         const Readings sent = readingsInReplies(instrument.sent());
-        // Nothing of the new scan yet, or all of it but a batch that was on its way.
+        // Nothing of the new scan yet, or all of it but a fetch in flight.
         QVERIFY(stored == left || isBeginningOf(stored, sent));
         QVERIFY(i > 0 || !stored.isEmpty());
         left = stored;
@@ -348,7 +349,7 @@ void TestProgram::storeThatCannotBeWrittenDoesNotStopTheProgram()
                                           QStringLiteral("--rate"), QStringLiteral("40")});
     ProgramProcess program(m_display.name());
     ProgramUser user(m_display, program);
-    // A file stands where the data directory would be, which root cannot write through either.
+    // A file blocks the path of the data directory; root cannot write through it either.
     QFile inTheWay(program.directory() + QStringLiteral("/MY00000042_Data"));
     QVERIFY(inTheWay.open(QIODevice::WriteOnly));
     inTheWay.close();
@@ -363,8 +364,8 @@ void TestProgram::storeThatCannotBeWrittenDoesNotStopTheProgram()
     QVERIFY2(!program.crashed(), qPrintable(program.log()));
 }
 
-/// The instrument falls silent, and the acquisition thread hangs in an exchange when its
-/// time is over: it is woken, not ended by force.
+/// The instrument falls silent, and the acquisition thread is still in an exchange when its time is
+/// over: it is woken, not terminated.
 void TestProgram::exitsWithAHangingReplyAreClean()
 {
     bool isSet = false;
@@ -378,7 +379,7 @@ void TestProgram::exitsWithAHangingReplyAreClean()
         QTRY_VERIFY_WITH_TIMEOUT(
             instrument.received().count(QStringLiteral("STAT:OPER:EVEN?")) >= 2, kStartWaitMs);
         instrument.freeze();
-        // Longer than the pause between two passes: the next question is out, unanswered.
+        // Longer than the pause between two passes: the next query is out, unanswered.
         QTest::qWait(1500);
         program.write("exit\n");
         QVERIFY(program.waitForEnd(kStartWaitMs));

@@ -4,7 +4,7 @@
 #include <QProcess>
 #include <QTest>
 
-/// Another VISA client than ours: Debian's PyVISA with its backend in pure Python.
+/// A VISA client other than ours: Debian's PyVISA with its pure Python backend.
 class TestPyVisa : public QObject
 {
     Q_OBJECT
@@ -17,7 +17,7 @@ private slots:
 
 namespace {
 
-/// Runs the session; its standard error, empty if all went well.
+/// Runs the session; returns its standard error, empty if all went well.
 QString runSession(const QString& resource)
 {
     QProcess session;

@@ -23,7 +23,7 @@ namespace {
 constexpr int kChannels = 60;
 constexpr int kChannelsPerChart = 30;
 
-/// Runs the event loop as the program does, so that its waits can be told from its work.
+/// Runs the event loop as the program does, so that waiting can be told from working.
 void runEventLoop(int milliseconds)
 {
     QEventLoop loop;
@@ -33,8 +33,8 @@ void runEventLoop(int milliseconds)
 
 } // namespace
 
-/// Sixty channels from the click to the day file and the charts. One row a process: the store is
-/// made once in a process.
+/// Sixty channels from the click to the day file and the charts. One row per process, since a
+/// process creates its store once.
 class TestScan : public QObject
 {
     Q_OBJECT
@@ -63,7 +63,7 @@ void TestScan::transcriptDayFileAndChartsAgree_data()
     QTest::addColumn<int>("transport");
     QTest::addColumn<QString>("rate");
     QTest::addColumn<int>("seconds");
-    // More than the passes of one a second would carry.
+    // More than one pass a second would carry.
     QTest::newRow("TCP") << static_cast<int>(Transport::Tcp) << QStringLiteral("1000") << 6;
     // A serial line at 57600 baud carries some 90 readings a second.
     QTest::newRow("pseudo-terminal")
@@ -78,7 +78,7 @@ void TestScan::transcriptDayFileAndChartsAgree()
     QFETCH(int, transport);
     QFETCH(QString, rate);
     QFETCH(int, seconds);
-    // A serial number of its own gives each row its own data directory.
+    // A separate serial number gives each row its own data directory.
     const QString identity =
         QStringLiteral("SCN,SCN4070A,SCAN-%1,1").arg(QLatin1String(QTest::currentDataTag()));
     const SimulatedInstrument instrument(static_cast<SimulatedInstrument::Transport>(transport),
@@ -120,7 +120,7 @@ void TestScan::transcriptDayFileAndChartsAgree()
     const Readings sent = readingsInReplies(instrument.sent());
     QCOMPARE(sent.size(), kChannels);
     QCOMPARE(gapIn(sent, 1000.0 * kChannels / rate.toInt()), QString());
-    // The rate is the instrument's; the last pass may be a second behind.
+    // The rate is the instrument's; the last pass may lag by a second.
     const int expected = rate.toInt() * (seconds - 2) / kChannels;
     for (const auto& channel : sent) {
         QVERIFY2(channel.size() >= expected, qPrintable(QString::number(channel.size())));

@@ -11,7 +11,7 @@ namespace {
 
 const QByteArray kIdentity("SCN,SCN4070A,MY00000042,01.02-sim");
 const QString kOk = QStringLiteral("ok");
-/// Long enough for whatever would come on this computer at once.
+/// Long enough for anything that would arrive at once on this machine.
 constexpr int kSilenceMs = 300;
 
 using Transport = SimulatedInstrument::Transport;
@@ -117,7 +117,7 @@ void TestSimulatorFaults::faultOnTheWire()
         QVERIFY(client.send(line + '\n'));
         QTEST(client.readFor(kSilenceMs), "bytes");
         QCOMPARE(instrument.faults(), QStringList{order.mid(6)});
-        // The next one is served as ever.
+        // The next one is served normally.
         QCOMPARE(client.ask("*IDN?"), kIdentity);
     }
 }
@@ -146,7 +146,7 @@ void TestSimulatorFaults::delayedReplyComesLateAndAlone()
     timer.start();
     QVERIFY(client.send("*IDN?\n"));
     QCOMPARE(other.ask("*IDN?"), kIdentity);
-    // What comes in meanwhile is answered meanwhile.
+    // Lines that arrive meanwhile are answered meanwhile.
     QCOMPARE(client.ask("*OPC?"), QByteArray("1"));
     QVERIFY2(timer.elapsed() < 600, qPrintable(QString::number(timer.elapsed())));
     QCOMPARE(client.readLine(), kIdentity);

@@ -344,7 +344,7 @@ const char* const kStart[] = {
     "SYST:TIME:SCAN?",
 };
 
-/// One pass that finds readings. "R?" carries the count that "DATA:POIN?" gave.
+/// One pass that finds readings. "R?" carries the count returned by "DATA:POIN?".
 const char* const kPass[] = {
     "DATA:POIN?",
     "R? ",
@@ -372,7 +372,7 @@ QStringList listOf(const char* const (&lines)[Count])
     return list;
 }
 
-/// Cuts what changes from run to run off the lines that carry it.
+/// Removes what varies from run to run.
 QStringList withoutTimes(QStringList lines)
 {
     for (QString& line : lines) {
@@ -394,7 +394,7 @@ QStringList withoutPolls(QStringList lines)
 
 } // namespace
 
-/// The wire as literal lists: the window in this process, the simulator in one of its own, so that
+/// The wire as literal lists. The window runs in this process and the simulator in its own, so that
 /// the two cannot share a misreading.
 class TestWire : public QObject
 {
@@ -453,7 +453,7 @@ void TestWire::lines_data()
 void TestWire::lines()
 {
     QFETCH(int, transport);
-    // A serial number of its own gives each transport its own data directory.
+    // A separate serial number gives each transport its own data directory.
     const QString identity = QStringLiteral("SCN,SCN4070A,WIRE%1,1").arg(transport);
     const SimulatedInstrument instrument(static_cast<SimulatedInstrument::Transport>(transport),
                                          {QStringLiteral("--slots"), QStringLiteral("1:14,2:15"),
@@ -467,7 +467,7 @@ void TestWire::lines()
     window.show();
     QVERIFY(QTest::qWaitForWindowExposed(&window));
 
-    // The acquisition thread polls from its second second on.
+    // The acquisition thread starts polling in its second second.
     const QStringList startUp = listOf(kStartUp);
     QStringList seen = instrument.received();
     QCOMPARE(withoutTimes(seen).mid(0, startUp.size()), startUp);
@@ -480,7 +480,7 @@ void TestWire::lines()
     QTRY_VERIFY_WITH_TIMEOUT(instrument.received().size() >= startUp.size() + 2, 10000);
     QCOMPARE(instrument.received().mid(startUp.size(), 2), (QStringList{kPoll, kPoll}));
 
-    // A tick, and one more. A poll may fall between any two lines.
+    // One tick, and another. A poll may fall between any two lines.
     int mark = instrument.received().size();
     clickCheckBox(item(window, 1, 1));
     clickCheckBox(item(window, 1, 2));
