@@ -12,8 +12,8 @@
 #include <atomic>
 #include <memory>
 
-// The address sanitizer takes the stack frames that a terminated thread leaves for ones still in
-// use, unless it keeps their variables elsewhere.
+// The address sanitizer mistakes the stack frames left by a terminated thread for live ones, unless
+// it keeps their variables elsewhere.
 #ifdef __SANITIZE_ADDRESS__
 extern "C" const char* __asan_default_options()
 {
@@ -37,7 +37,7 @@ const QString kEvent = QStringLiteral("STAT:OPER:EVEN?");
 const QString kTwoReadings = QStringLiteral("#280+1.5 V,2024,1,2,3,4,5.600,101,0,"
                                             "-2.5 V,2024,1,2,3,4,5.700,102,1");
 
-/// A clock that nobody waits for: a sleep moves it and is over.
+/// A clock that never waits: a sleep advances it and returns at once.
 class DrivenClock
 {
 public:
@@ -54,10 +54,10 @@ public:
                 }};
     }
 
-    /// Milliseconds that have been slept.
+    /// Milliseconds slept so far.
     qint64 elapsed() const { return m_shared->elapsed.load().count(); }
 
-    /// Runs on the sleeping thread behind each sleep. To be set before the thread starts.
+    /// Runs on the sleeping thread after each sleep. Set it before the thread starts.
     void atSleep(const std::function<void()>& work) { m_shared->atSleep = work; }
 
 private:
@@ -70,8 +70,8 @@ private:
     std::shared_ptr<Shared> m_shared = std::make_shared<Shared>();
 };
 
-/// An instrument that answers each query from a list of its own: one reply each time, the last one
-/// for ever. An empty reply is silence. It notes when each query came.
+/// An instrument that answers each query from a list of its own: one reply at a time, the last one
+/// repeatedly. An empty reply is silence. It records when each query arrived.
 class ScriptedInstrument
 {
 public:
@@ -93,7 +93,7 @@ public:
         m_replies.insert(query, replies);
     }
 
-    /// The scan is stopped from outside while this query is on the wire.
+    /// Stops the scan from outside while this query is on the wire.
     void stopScanDuring(const QString& query)
     {
         const QMutexLocker locker(&m_mutex);
@@ -113,14 +113,14 @@ public:
         return m_queries;
     }
 
-    /// The time on the clock, one for each query.
+    /// The clock's time at each query.
     QList<qint64> times() const
     {
         const QMutexLocker locker(&m_mutex);
         return m_times;
     }
 
-    /// All that went through the table of operations.
+    /// All calls through the table of operations.
     QStringList calls() const { return m_visa.calls(); }
 
 private:
@@ -156,7 +156,7 @@ private:
     FakeVisa m_visa;
 };
 
-/// What the thread told, in order, as it arrives on the GUI thread.
+/// What the thread emitted, in order, as it arrives on the GUI thread.
 class Listener : public QObject
 {
     Q_OBJECT
@@ -188,7 +188,7 @@ private:
     }
 };
 
-/// While it lives a log line takes until it may end, and can be interrupted there.
+/// While it exists, writing a log line blocks until released, and can be interrupted there.
 class SlowLog
 {
 public:
@@ -293,7 +293,7 @@ void TestReadData::init()
     m_listener = std::make_unique<Listener>(m_thread);
 }
 
-/// The thread goes by the machine's clock.
+/// The thread uses the machine's clock.
 void TestReadData::sleepForReal(const scn::ReadDataTiming& timing)
 {
     m_thread->setTiming(timing);
@@ -434,7 +434,7 @@ void TestReadData::largeCountIsFetchedInPartsWithoutPauses()
     m_instrument->setReplies(kPoints, counts);
     m_instrument->setReplies(fetchMost, {kTwoReadings});
     m_instrument->setReplies(kFetchTwo, {kTwoReadings});
-    // The instrument is at the end of its scan all the time.
+    // The instrument reports the end of its scan throughout.
     m_instrument->setReplies(kCondition, {QStringLiteral("+256")});
     const QString zero = QStringLiteral("+0");
     m_instrument->setReplies(kEvent, {zero, zero, zero, zero, zero, zero, QStringLiteral("+2048")});
@@ -458,7 +458,7 @@ void TestReadData::largeCountIsFetchedInPartsWithoutPauses()
     for (const int pass : {1, 2, 3, 4}) {
         QCOMPARE(gapBehindPass(pass), 0);
     }
-    // All that was there has been fetched, so that there is time for more to gather.
+    // Everything there has been fetched, so there is time for more to accumulate.
     QCOMPARE(gapBehindPass(5), 1000);
     QCOMPARE(gapBehindPass(6), 1000);
 }
@@ -603,7 +603,7 @@ void TestReadData::inUseEventEndsTheThreadAlsoDuringAScan()
     deliverSignals();
     QCOMPARE(m_instrument->queries(), (QStringList{kPoints, kCondition, kEvent}));
     QCOMPARE(m_listener->told, QStringList{QStringLiteral("in use")});
-    // The verdict leaves the scan as it is.
+    // The verdict does not change the scan.
     QVERIFY(g_scanRunning);
 }
 
@@ -624,7 +624,7 @@ void TestReadData::sixMoreSilencesEndTheThread()
 
 void TestReadData::anyReplyEndsTheSilence()
 {
-    // The reply that ends the silence is not looked at; the next pass's is.
+    // The reply that ends the silence is ignored; the next pass's is not.
     m_instrument->setReplies(kEvent, {QString(), QString(), QStringLiteral("+2048"),
                                       QStringLiteral("+0"), QStringLiteral("+2048")});
     int queriesAtReport = 0;
@@ -676,7 +676,7 @@ void TestReadData::stopInTheFirstSecondIsOverwritten()
 void TestReadData::stopEndsASleepEarly()
 {
     m_instrument->setReplies(kEvent, {QString()});
-    // Behind the query lie six sleeps of three seconds.
+    // Six sleeps of three seconds follow the query.
     qint64 stopped = 0;
     m_clock.atSleep([this, &stopped] {
         if (m_instrument->queries().size() == 1) {
@@ -703,7 +703,7 @@ void TestReadData::terminationInASleepLeavesNothingBehind()
     QTRY_VERIFY_WITH_TIMEOUT(m_instrument->queries().size() == 1, kPatienceMs);
     m_thread->terminate();
     QVERIFY(m_thread->wait(kPatienceMs));
-    // The gate is free, and stopping a dead thread blocks nobody.
+    // The gate is free, and stopping a dead thread blocks no one.
     m_thread->stop();
     m_instrument->setReplies(kPoints, {QStringLiteral("+0")});
     QCOMPARE(g_visa->sendCommand(kPoints, 5000), QStringLiteral("+0"));

@@ -16,7 +16,7 @@
 #include <ctime>
 #include <random>
 
-// One test lets an allocation fail; the address sanitizer is to report that as malloc() does.
+// One test makes an allocation fail; the address sanitizer must report that as malloc() does.
 extern "C" const char* __asan_default_options()
 {
     return "allocator_may_return_null=1";
@@ -35,7 +35,7 @@ QStringList fieldsOf(const QString& record)
     return record.split(QLatin1Char(','));
 }
 
-/// The time zone of the process while it lives; Qt asks the C library each time.
+/// Sets the process's time zone; Qt asks the C library each time.
 class TimeZone
 {
 public:
@@ -67,7 +67,7 @@ private:
 
 constexpr char kCentralEurope[] = "CET-1CEST,M3.5.0,M10.5.0/3";
 
-/// The decoding told plainly with Qt's own text operations, to compare with.
+/// A plain decoder that uses Qt's own text operations, as the reference.
 QList<MeasurementData> plainlyDecoded(const QString& reply)
 {
     QString text = reply;
@@ -128,8 +128,8 @@ bool same(const QList<MeasurementData>& a, const QList<MeasurementData>& b)
                       });
 }
 
-/// Decodes a record whose unit needs more memory than the process may still get. In a process of
-/// its own; true when that gave the one warning and an invalid record.
+/// Decodes a record whose unit needs more memory than the process may have. Runs in a process of
+/// its own; true if that gave exactly one warning and an invalid record.
 bool decodesOutOfMemory()
 {
     constexpr int kUnitLength = 64 * 1024 * 1024;
@@ -539,7 +539,7 @@ void TestRecordDecoder::eachZoneRepeatsItsFirstMoment_data()
     QTest::addColumn<QString>("unique");
     QTest::addColumn<QString>("repeated");
     QTest::addColumn<qint64>("moment");
-    // The rules of Ireland, of Lord Howe, of the Troll station and of Newfoundland until 2011.
+    // The rules of Ireland, Lord Howe, the Troll station, and Newfoundland until 2011.
     QTest::newRow("the winter counts as summer time")
         << QByteArray("IST-1GMT0,M10.5.0,M3.5.0/1") << QStringLiteral("2024,10,27,0,59,59")
         << QStringLiteral("2024,10,27,1,30,0") << Q_INT64_C(1729989000000);

@@ -33,7 +33,8 @@ inline const QString kReferenceResistance = QStringLiteral("参考电阻");
 inline const QString kDbReference = QStringLiteral("dB参考值");
 inline const QString kPercentReference = QStringLiteral("参考值");
 
-/// What a group is called in these tests: its title, and for the two of one title their check box too.
+/// Names of the groups in these tests: the title, and for the two with the same title their check
+/// box too.
 inline QString nameOf(const QGroupBox* group)
 {
     const auto* check = group->findChild<QCheckBox*>();
@@ -46,7 +47,7 @@ inline QStringList sorted(QStringList names)
     return names;
 }
 
-/// A panel on the screen and the instrument behind it.
+/// A panel on the screen, with the instrument it talks to.
 class OpenPanel
 {
 public:
@@ -125,7 +126,7 @@ public:
         qFatal("no button %s", qPrintable(text));
     }
 
-    /// The commands since the last call, each followed by the channel that is to be read back.
+    /// The commands since the last call, each followed by the channel to read back.
     QStringList takeSent()
     {
         QStringList lines;
@@ -133,7 +134,7 @@ public:
         return lines;
     }
 
-    /// The calls below the commands since the last call.
+    /// The VISA calls of those commands, since the last call.
     QStringList takeCalls()
     {
         const QStringList calls = m_visa.calls();

@@ -4,7 +4,7 @@
 #include <QString>
 #include <QTranslator>
 
-/// Another language for as long as it lives: a star in front of each text of one class.
+/// Installs a language that puts a star in front of each text of one class.
 class Starred : public QTranslator
 {
 public:

@@ -1,4 +1,4 @@
-// What the panel looks like and what it says to the instrument.
+// What the panel shows, and what it sends to the instrument.
 #include "openpanel.h"
 #include "starred.h"
 #include "support/testprogram.h"
@@ -383,7 +383,7 @@ void TestAdvancedSetting::strainOptionsAreSent()
 
 void TestAdvancedSetting::otherFunctionsKeepStillAboutForeignOptions()
 {
-    // The groups are hidden there; their controls still obey the function's family.
+    // The groups are hidden there; their controls still follow the function's family.
     OpenPanel open(0);
     open.check(kAutoCheck)->setChecked(true);
     open.check(kSetReference)->setChecked(true);
@@ -395,7 +395,7 @@ void TestAdvancedSetting::otherFunctionsKeepStillAboutForeignOptions()
     open.spin(kPoisson)->setValue(0.1);
     open.spin(kDriveVoltage)->setValue(1.0);
     QCOMPARE(open.takeSent(), QStringList());
-    // What does not go to the instrument: the junction can be entered, the resistance is accepted.
+    // What is not sent: the junction can be entered, the resistance is accepted.
     QVERIFY(open.spin(kRefJunction)->isEnabled());
     open.spin(kRtd)->setValue(500.0);
     QCOMPARE(open.spin(kRtd)->value(), 99.5);
@@ -414,7 +414,7 @@ void TestAdvancedSetting::scalingReferencesAreSent()
     open.emplace(QStringLiteral("PCT"));
     open->spin(kPercentReference)->setValue(0.125);
     QCOMPARE(open->takeSent(), sent("CALC:SCAL:REF 0.125,(@105)"));
-    // Six significant digits, as commands write numbers.
+    // Six significant digits, as in the commands.
     open->spin(kPercentReference)->setValue(12345678.0);
     QCOMPARE(open->takeSent(), sent("CALC:SCAL:REF 1.23457e+07,(@105)"));
 }

@@ -12,7 +12,7 @@
 
 namespace {
 
-/// Goes into a spin box by a click, as the text is there to be overwritten.
+/// Clicks into a spin box, so that the text is selected for overwriting.
 void enter(const QDoubleSpinBox* box)
 {
     hand::click(box->findChild<QLineEdit*>());
@@ -90,7 +90,7 @@ void TestAdvancedSettingHand::typedNumberIsSentOnce()
     QCOMPARE(open->takeSent(), QStringList());
     hand::press(Qt::Key_Return);
     QCOMPARE(open->takeSent(), (QStringList{command, kChanged}));
-    // Leaving afterwards is no second change.
+    // Leaving afterwards is not a second change.
     hand::press(Qt::Key_Tab);
     QVERIFY(!open->spin(group)->hasFocus());
     QCOMPARE(open->takeSent(), QStringList());
@@ -146,7 +146,7 @@ void TestAdvancedSettingHand::typedNumberIsDroppedOnClosing()
     }
     QVERIFY(!open.panel().isVisible());
     QCOMPARE(open.takeSent(), QStringList());
-    // Opened again, the panel shows the number that is in force, and leaving it changes nothing.
+    // Reopened, the panel shows the number in effect, and leaving it changes nothing.
     open.panel().show();
     QVERIFY(QTest::qWaitForWindowActive(&open.panel()));
     QCOMPARE(open.spin(kDriveVoltage)->text(), QStringLiteral("5.000"));
@@ -209,7 +209,7 @@ void TestAdvancedSettingHand::eachStepIsOneCommand()
     QCOMPARE(open.takeSent(), sent("STR:EXC 5,(@105)"));
     hand::turnWheel(box, 2);
     QCOMPARE(open.takeSent(), sent("STR:EXC 6,(@105)") + sent("STR:EXC 7,(@105)"));
-    // A step goes from what has been typed, in one command.
+    // A step starts from what has been typed, in one command.
     enter(box);
     hand::type(QStringLiteral("2"));
     hand::press(Qt::Key_Up);
@@ -236,7 +236,7 @@ void TestAdvancedSettingHand::readBackLeavesWhatIsBeingTyped()
     hand::press(Qt::Key_Return);
     QCOMPARE(open.takeSent(), sent("STR:EXC 1.25,(@105)"));
     QCOMPARE(open.spin(kGaugeFactor)->value(), 3.0);
-    // What has been reported meanwhile counts as the number that was there.
+    // What was reported meanwhile counts as the previous number.
     enter(box);
     hand::type(QStringLiteral("7"));
     open.panel().setDriveVoltage(7.0);
@@ -315,7 +315,7 @@ void TestAdvancedSettingHand::wheelTurnsAListThatHasTheFocus()
     QCOMPARE(open.takeSent(), sent("VOLT:NPLC 10,(@105)") + sent("VOLT:NPLC 100,(@105)"));
 }
 
-/// A delay that is set turns the automatic one off in the instrument.
+/// Setting a delay turns the automatic one off in the instrument.
 void TestAdvancedSettingHand::restoredDelayIsAutomatic()
 {
     OpenPanel open(22);

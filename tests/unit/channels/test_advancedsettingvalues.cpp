@@ -1,4 +1,4 @@
-// What the panel is told to show, and the defaults that it restores.
+// What the panel is given to show, and the defaults it restores.
 #include "openpanel.h"
 #include "support/testprogram.h"
 
@@ -81,7 +81,7 @@ void TestAdvancedSettingValues::settersSendNothing()
     QCOMPARE(checkedOf(kRefJunction), QStringLiteral("固定"));
     QCOMPARE(spinOf(kRefJunction)->value(), 25.5);
     QVERIFY(spinOf(kRefJunction)->isEnabled());
-    // What the instrument reports is shown, in a band or not.
+    // What the instrument reports is shown, whether in a band or not.
     QCOMPARE(spinOf(kRtd)->value(), 500.0);
     QCOMPARE(spinOf(kGaugeFactor)->value(), 3.0);
     QCOMPARE(spinOf(kStrainResistance)->value(), 350.0);
@@ -106,7 +106,7 @@ void TestAdvancedSettingValues::settersSendNothing()
 
 void TestAdvancedSettingValues::settersKeepValuesForALaterPanel()
 {
-    // A value that the control cannot hold is cut to its range, as on a panel that is open.
+    // A value beyond the control's range is clamped, as on an open panel.
     AdvancedSetting panel;
     panel.setGaugeFactor(99.0);
     panel.setDelayMode(1);
@@ -141,7 +141,7 @@ void TestAdvancedSettingValues::settersIgnoreValuesThatNoControlHas()
     open.panel().setDelayMode(2);
     open.panel().setDelayMode(-1);
     QCOMPARE(open.list(kDelay)->currentIndex(), 0);
-    // A reply that is nearly the row's number is the row's.
+    // A reply close to a row's number selects that row.
     open.panel().setNplc(0.2 * (1.0 + 1e-14));
     QCOMPARE(open.list(kNplc)->currentIndex(), 1);
     QCOMPARE(open.takeSent(), QStringList());

@@ -411,7 +411,7 @@ void TestCommFunc::displayUnits()
                           QStringLiteral("s"), QStringLiteral("Adc"), QStringLiteral("Aac"),
                           QStringLiteral("°F"), QStringLiteral("K"), QStringLiteral("dB"),
                           QStringLiteral("dBm"), QStringLiteral("W"), QStringLiteral("e")}));
-    // Capacitance starts on a temperature unit: farads have no row.
+    // Capacitance starts with a temperature unit: farads have no row.
     QCOMPARE(catalogue.unitList().at(catalogue.defaultUnitIndex(22)), QStringLiteral("°F"));
     QVERIFY(!catalogue.unitList().contains(catalogue.baseUnit(22)));
 }
@@ -618,7 +618,7 @@ void TestCommFunc::textsOfTheUserAreTranslated()
     QCOMPARE(catalogue.functionList(101), QStringList{QStringLiteral("*无")});
     slotModuleType[1] = 17;
     QCOMPARE(catalogue.functionList(101), QStringList{QStringLiteral("*无")});
-    // The entry of a slot without a module is the same in every language.
+    // The entry for an empty slot is the same in every language.
     slotModuleType[1] = -1;
     QCOMPARE(catalogue.functionList(101), QStringList{QStringLiteral("无")});
     QCOMPARE(catalogue.unitList().mid(0, 2),

@@ -89,7 +89,7 @@ void TestFunctionNames::replyHasADisplayName_data()
            {kind, fourWire}, "4线制热敏电阻(10K)");
     sensor("unknown four-wire thermistor", "TEMP:FTH", {ther, QStringLiteral("1")},
            {kind, fourWire}, "");
-    // The kind FTH is not looked for.
+    // The kind FTH is not queried.
     sensor("four-wire thermistor by its own name", "TEMP:FTH", {QStringLiteral("FTH")}, {kind},
            "4线制热敏电阻(5K)");
 }

@@ -1,7 +1,6 @@
-// Stands for a platform's VISA library: the seven operations under their published names. It opens
-// every resource and answers every query with its own name; opening also says when
-// the program has registered its meta-types. Built once whole and once with an
-// operation missing.
+// Stands in for a platform's VISA library: the seven operations under their published names. It
+// opens every resource and answers every query with its own name; opening also prints whether the
+// program has registered its meta-types. Built once complete and once without one operation.
 
 #include "visa/visatypes.h"
 

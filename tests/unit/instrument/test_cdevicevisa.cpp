@@ -49,7 +49,7 @@ QString statusName(ViStatus status)
                                             .rightJustified(8, QLatin1Char('0'));
 }
 
-/// Fills the buffer and claims that it was much more.
+/// Fills the buffer and reports a much larger count.
 ViStatus SCN_VISA_CALL readMoreThanThereIs(ViSession, ViByte* buffer, ViUInt32 count,
                                            ViUInt32* received)
 {
@@ -58,7 +58,7 @@ ViStatus SCN_VISA_CALL readMoreThanThereIs(ViSession, ViByte* buffer, ViUInt32 c
     return VI_SUCCESS;
 }
 
-/// Leaves other bytes behind the reply, as a buffer that is not cleared does.
+/// Leaves other bytes after the reply, like a buffer that is not cleared.
 ViStatus SCN_VISA_CALL readIntoDirt(ViSession, ViByte* buffer, ViUInt32 count, ViUInt32* received)
 {
     std::fill_n(buffer, count, ViByte('d'));
@@ -67,7 +67,7 @@ ViStatus SCN_VISA_CALL readIntoDirt(ViSession, ViByte* buffer, ViUInt32 count, V
     return VI_SUCCESS;
 }
 
-/// Succeeds with a handle that is none.
+/// Succeeds with an invalid handle.
 ViStatus SCN_VISA_CALL openNothing(ViSession, const ViChar*, ViAccessMode, ViUInt32,
                                    ViSession* session)
 {
@@ -75,7 +75,7 @@ ViStatus SCN_VISA_CALL openNothing(ViSession, const ViChar*, ViAccessMode, ViUIn
     return VI_SUCCESS;
 }
 
-/// Another encoding of the locale for as long as the object lives.
+/// Changes the locale's encoding for the lifetime of the object.
 class LocaleCodec
 {
 public:
@@ -179,7 +179,7 @@ void TestCDeviceVisa::cleanup()
     m_fake.reset();
 }
 
-/// A session, with no call of its opening left in the record.
+/// An open session, with the calls of its opening removed from the record.
 void TestCDeviceVisa::connectDevice()
 {
     QVERIFY(m_device->connectDevice(kTcpResource));
@@ -487,7 +487,7 @@ void TestCDeviceVisa::anyQuestionMarkMakesAQuery()
     QSignalSpy errors(m_device.get(), &CDeviceVisa::errorOccurred);
     QCOMPARE(m_device->sendCommand(command, 5000), QString());
     QCOMPARE(m_fake->calls().contains(QStringLiteral("viRead(100, 40959)")), reads);
-    // An instrument that does not answer leaves a query with its time-out.
+    // An unanswered query ends with its time-out.
     QCOMPARE(errors.count(), reads ? 1 : 0);
     QCOMPARE(m_fake->writtenLines(), QStringList{command});
 }

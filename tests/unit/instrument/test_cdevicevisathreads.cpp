@@ -188,7 +188,7 @@ void TestCDeviceVisaThreads::exchangesOfThreadsNeverInterleave()
     const QStringList calls = m_fake->calls();
     QCOMPARE(calls.size(), 3 * kThreads * kExchanges);
     for (int i = 0; i < calls.size(); i += 3) {
-        // The time-out tells which thread the exchange belongs to.
+        // The time-out identifies the thread of the exchange.
         const QString attribute = calls.at(i);
         QVERIFY(attribute.startsWith(QLatin1String("viSetAttribute(100, 0x3FFF001A, 100")));
         const QString prefix =

@@ -8,7 +8,7 @@
 
 namespace {
 
-/// What the probe prints where the dynamic linker looks into that folder first.
+/// Output of the probe when the dynamic linker searches that folder first.
 QStringList probeWithLibrariesIn(const QString& folder)
 {
     QProcess probe;

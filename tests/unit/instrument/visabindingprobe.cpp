@@ -1,5 +1,5 @@
-// Tells what the gate to the instrument is bound to: makes it before main(), as the program does,
-// then opens a resource that only a platform library can know and asks it something.
+// Prints what the gate to the instrument is bound to: creates it before main(), as the program
+// does, then opens a resource that only a platform library can know and queries it.
 
 #include "instrument/cdevicevisa.h"
 

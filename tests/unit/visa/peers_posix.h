@@ -16,26 +16,27 @@ public:
 
     QByteArray resource() const;
 
-    /// Takes the connection that a client has made. False where none comes within 5 s.
+    /// Accepts a client's connection. False if none arrives within 5 s.
     bool accept();
 
-    /// All bytes are sent, or the peer is gone and false is returned.
+    /// Sends all bytes; false if the peer is gone.
     bool send(const QByteArray& bytes);
 
-    /// Bytes that come in, at least as many as asked for; fewer where the time runs out (5 s) or
-    /// the client has gone.
+    /// Received bytes, at least as many as requested; fewer if the time runs out (5 s) or the
+    /// client is gone.
     QByteArray receive(int count);
 
-    /// Ends the connection properly: the client sees an end of file.
+    /// Closes the connection: the client sees an end of file.
     void close();
-    /// Says that nothing more will come; the client may go on sending.
+    /// Shuts down sending; the client may go on sending.
     void finishSending();
-    /// Ends the connection with a reset.
+    /// Closes the connection with a reset.
     void reset();
-    /// Nobody listens from now on.
+    /// Stops listening.
     void stopListening();
 
-    /// Shrinks the window, so that a client that writes much has to wait. Before the connection.
+    /// Shrinks the receive window, so that a client that writes much has to wait. Call before
+    /// connecting.
     void useSmallBuffers();
 
 private:
@@ -60,10 +61,10 @@ public:
     bool send(const QByteArray& bytes);
     QByteArray receive(int count);
 
-    /// Hangs the line up.
+    /// Hangs up the line.
     void close();
 
-    /// The instrument's end, through which the settings of the line can be read.
+    /// The instrument's end, which also shows the line's settings.
     int descriptor() const { return m_master; }
 
 private:

@@ -40,7 +40,7 @@ public:
                               static_cast<ViUInt32>(bytes.size()), &m_sent);
     }
 
-    /// Count that the last write gave back.
+    /// Count returned by the last write.
     ViUInt32 sent() const { return m_sent; }
 
     ReadOutcome read(int count = 40959)

@@ -18,7 +18,7 @@ namespace {
 constexpr qint64 kExactMs = 20;
 constexpr qint64 kGenerousMs = 1000;
 
-/// Settings of the line as the instrument's end sees them.
+/// The line's settings as the instrument's end sees them.
 termios settingsOf(const PtyPeer& peer)
 {
     termios settings = {};
@@ -28,7 +28,7 @@ termios settingsOf(const PtyPeer& peer)
 
 } // namespace
 
-/// Reads and writes over a serial port; a pseudo-terminal stands for it.
+/// Reads and writes over a serial port, represented by a pseudo-terminal.
 class TestSerialTransport : public QObject
 {
     Q_OBJECT
@@ -171,7 +171,7 @@ void TestSerialTransport::settingsThatThePortDoesNotTake_data()
     QTest::newRow("parity of no kind") << VI_ATTR_ASRL_PARITY << 5;
     QTest::newRow("one and a half stop bits") << VI_ATTR_ASRL_STOP_BITS << 15;
     QTest::newRow("no stop bit") << VI_ATTR_ASRL_STOP_BITS << 0;
-    // A pseudo-terminal has eight bits and no parity, whatever it is asked for.
+    // A pseudo-terminal has eight bits and no parity, whatever is requested.
     QTest::newRow("seven data bits on a pseudo-terminal") << VI_ATTR_ASRL_DATA_BITS << 7;
     QTest::newRow("parity on a pseudo-terminal") << VI_ATTR_ASRL_PARITY << 2;
 }

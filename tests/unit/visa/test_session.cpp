@@ -10,7 +10,7 @@
 
 namespace {
 
-/// A connection that does what its script says, one entry for each call.
+/// A connection that follows its script, one entry per call.
 class ScriptedTransport : public Transport
 {
 public:

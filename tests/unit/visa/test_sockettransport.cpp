@@ -15,7 +15,7 @@
 
 namespace {
 
-/// What a time-out may be late on an idle machine, and what a busy one is allowed.
+/// How late a time-out may be on an idle machine, and on a busy one.
 constexpr qint64 kExactMs = 20;
 constexpr qint64 kGenerousMs = 1000;
 
@@ -164,7 +164,7 @@ void TestSocketTransport::otherTerminationCharacter()
     QVERIFY(peer.send("a\nb\xFE"
                       "c\n"));
     QCOMPARE(session.read().bytes, QByteArray("a\nb\xFE"));
-    // What has come in already is read by the rule that holds at the read.
+    // Input already received is read by the rule in force at the read.
     QCOMPARE(session.set(VI_ATTR_TERMCHAR, '\n'), VI_SUCCESS);
     QCOMPARE(session.read().bytes, QByteArray("c\n"));
 }
@@ -266,7 +266,7 @@ void TestSocketTransport::readTimeoutIsExact()
     ProviderSession session(peer.resource());
     QVERIFY(peer.accept());
     session.set(VI_ATTR_TMO_VALUE, static_cast<ViAttrState>(timeoutMs));
-    // The best of a few: another process on the machine may delay one of them, but not all.
+    // The best of several: another process may delay one of them, but not all.
     qint64 best = std::numeric_limits<qint64>::max();
     for (int attempt = 0; attempt < 10 && best > timeoutMs + kExactMs; ++attempt) {
         QElapsedTimer timer;
@@ -289,7 +289,7 @@ void TestSocketTransport::timeoutCountsFromTheStartOfTheRead()
     QVERIFY(peer.accept());
     session.set(VI_ATTR_TMO_VALUE, 200);
     std::atomic<bool> stop{false};
-    // Pieces keep coming, but never a line feed.
+    // Fragments keep coming, but never a line feed.
     std::thread sender([&] {
         while (!stop) {
             peer.send("x");
@@ -350,7 +350,7 @@ void TestSocketTransport::writeDiscardsALateReply()
     QCOMPARE(session.read().status, VI_ERROR_TMO);
     QCOMPARE(peer.receive(7), QByteArray("FIRST?\n"));
     QVERIFY(peer.send("reply to the first\n"));
-    // The bytes are in the client's kernel once a read of nothing could see them.
+    // The bytes have reached the client's kernel once an empty read could see them.
     QTest::qWait(20);
     session.set(VI_ATTR_TMO_VALUE, 2000);
     QCOMPARE(session.write("SECOND?\n"), VI_SUCCESS);
@@ -511,7 +511,7 @@ void TestSocketTransport::brokenPipeIsALossAndNoSignal()
     ProviderSession session(peer.resource());
     QVERIFY(peer.accept());
     session.set(VI_ATTR_TMO_VALUE, 10000);
-    // A reset behind a proper end is what the system calls a broken pipe.
+    // The system reports a reset after a proper end as a broken pipe.
     std::thread leaver([&] {
         std::this_thread::sleep_for(std::chrono::milliseconds(100));
         peer.finishSending();
@@ -538,7 +538,7 @@ void TestSocketTransport::lostConnectionIsReportedAtOnceEachTime()
         QCOMPARE(session.write("*IDN?\n"), VI_ERROR_CONN_LOST);
     }
     QVERIFY(timer.elapsed() < kGenerousMs);
-    // A new session to the same peer is not touched by it.
+    // It does not affect a new session to the same peer.
     ProviderSession again(peer.resource());
     QVERIFY(peer.accept());
     QCOMPARE(again.write("x\n"), VI_SUCCESS);
@@ -559,7 +559,7 @@ void TestSocketTransport::refusedConnection()
 
 void TestSocketTransport::connectToAPeerThatNeverAnswersIsBounded()
 {
-    // A listener whose queue is full answers no further connection request.
+    // A listener with a full queue answers no further connection request.
     const int listener = ::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
     sockaddr_in address = {};
     address.sin_family = AF_INET;

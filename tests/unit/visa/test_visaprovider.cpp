@@ -73,7 +73,7 @@ void TestVisaProvider::openRefusesWhatItCannotOpen()
     ViSession manager = 0;
     QCOMPARE(visa.viOpenDefaultRM(&manager), VI_SUCCESS);
     ViSession session = 99;
-    // The look-up of a name may take a resolver without network longer than the usual limit.
+    // Without a network, a resolver may take longer than the usual limit.
     QCOMPARE(visa.viOpen(manager, resource.constData(), VI_NO_LOCK, 60000, &session), status);
     QCOMPARE(session, VI_NULL);
     visa.viClose(manager);
@@ -120,7 +120,7 @@ void TestVisaProvider::missingBuffersAreRefused()
     QCOMPARE(visa.viStatusDesc(open.handle(), VI_SUCCESS, nullptr), VI_ERROR_USER_BUF);
     QCOMPARE(visa.viRead(open.handle(), nullptr, 1, nullptr), VI_ERROR_USER_BUF);
     QCOMPARE(visa.viWrite(open.handle(), nullptr, 1, nullptr), VI_ERROR_USER_BUF);
-    // The counts, on the other hand, are given back only to those who ask.
+    // The counts, however, are returned only on request.
     const ViByte line[] = {'x', '\n'};
     QCOMPARE(visa.viWrite(open.handle(), line, sizeof line, nullptr), VI_SUCCESS);
     QVERIFY(peer.send("y\n"));
