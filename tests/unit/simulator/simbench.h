@@ -8,14 +8,14 @@
 #include <map>
 #include <string>
 
-/// Text of the simulator in Qt's form, so that a failed comparison shows both sides.
+/// Converts the simulator's text to Qt's, so that a failed comparison shows both sides.
 inline QString shown(const std::string& text)
 {
     return QString::fromStdString(text);
 }
 
-/// An instrument with its language on the table, and a clock that only the test moves. It is
-/// switched on at 2024-01-02 03:04:05.000.
+/// An instrument with its command language, on a clock that only the test moves. Power-on is at
+/// 2024-01-02 03:04:05.000.
 class SimBench
 {
 public:
@@ -40,11 +40,11 @@ public:
         return setup;
     }
 
-    /// One line to the instrument; the answer, empty for none.
+    /// Sends one line; returns the answer, empty for none.
     QString ask(const QString& line) { return shown(m_dialogue.handle(line.toStdString(), m_now)); }
     QString ask(const char* line) { return ask(QString::fromUtf8(line)); }
 
-    /// Lets time pass without a word.
+    /// Lets time pass without a line.
     void pass(std::chrono::nanoseconds time)
     {
         m_now += time;

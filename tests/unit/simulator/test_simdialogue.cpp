@@ -3,7 +3,7 @@
 
 #include <QtTest>
 
-/// Literal transcripts: each line that goes in and each answer that comes out stands here.
+/// Literal transcripts: every line in and every answer out is written here.
 class TestSimDialogue : public QObject
 {
     Q_OBJECT
@@ -22,8 +22,7 @@ private slots:
 
 namespace {
 
-/// Alternately a line and its answer; an empty answer is none. "! pass 23" lets so many
-/// milliseconds pass instead.
+/// Alternately a line and its answer; an empty answer is none. "! pass 23" lets 23 ms pass instead.
 using Lines = QStringList;
 
 void addTranscript(const char* name, std::initializer_list<const char*> lines)
@@ -43,7 +42,7 @@ void TestSimDialogue::transcript_data()
 {
     QTest::addColumn<QStringList>("lines");
 
-    // One line of the source for each line and its answer.
+    // One source line per line and answer.
     // clang-format off
     addTranscript("start-up", {
         "*CLS", "",
@@ -556,7 +555,7 @@ void TestSimDialogue::transcript()
             bench.pass(std::chrono::milliseconds(lines[i].mid(pass.size()).toInt()));
             continue;
         }
-        // The line stands in both texts, so that a failure tells where it happened.
+        // Both texts contain the line, so that a failure shows where it happened.
         QCOMPARE(QStringList({lines[i], bench.ask(lines[i])}),
                  QStringList({lines[i], lines[i + 1]}));
     }

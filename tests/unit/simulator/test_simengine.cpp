@@ -14,7 +14,7 @@ constexpr const char* kNoError = "+0,\"No error\"";
 constexpr const char* kAllFields = "FORM:READ:ALAR ON;CHAN ON;TIME ON;UNIT ON;TIME:TYPE ABS";
 constexpr int kFieldsOfARecord = 9;
 
-/// The content of a definite-length block; a null text if its length is not the one it tells.
+/// Content of a definite-length block; a null text if its length is wrong.
 QString blockContent(const QString& block)
 {
     const int digits = block.mid(1, 1).toInt();
@@ -66,7 +66,7 @@ InstrumentSetup setupAtRate(const SimBench::Slots& modules, double readingsPerSe
 
 } // namespace
 
-/// The scan engine with the test's own clock: exact times, exact counts.
+/// The scan engine on the test's own clock: exact times, exact counts.
 class TestSimEngine : public QObject
 {
     Q_OBJECT
@@ -214,7 +214,7 @@ void TestSimEngine::rateIsTheTotalOverAllChannels()
 
 void TestSimEngine::stampsOfAChannelDifferAtAnyRate()
 {
-    // Ten readings a millisecond are asked for, and one is the most a single channel gives.
+    // Ten readings a millisecond are requested; a single channel gives at most one.
     SimBench bench(setupAtRate({{1, 1}}, 10000));
     bench.ask("ROUT:SCAN (@101);:INIT");
     bench.pass(1s);
@@ -489,7 +489,7 @@ void TestSimEngine::valueBeyondTheRangeReadsOverload()
     bench.ask("VOLT:RANG:AUTO ON,(@101);:INIT");
     bench.pass(1s);
     QVERIFY(std::fabs(blockContent(bench.ask("R? 1")).toDouble() - 1) < 0.05);
-    // A frequency's range is that of the voltage: 50 Hz do not exceed 0.1 V.
+    // A frequency's range applies to the voltage: 50 Hz do not exceed 0.1 V.
     bench.ask("FUNC \"FREQ\",(@101);:FREQ:VOLT:RANG 0.1,(@101);:INIT");
     bench.pass(1s);
     QVERIFY(std::fabs(blockContent(bench.ask("R? 1")).toDouble() - 50) < 0.1);
@@ -668,7 +668,7 @@ void TestSimEngine::everyFunctionHasASignal()
 
 namespace {
 
-/// The spread of a thousand readings of one channel, as a standard deviation.
+/// Standard deviation of a thousand readings of one channel.
 double spread(Function function, double apertureS, Instant step)
 {
     const SignalSource source(1);
@@ -706,7 +706,7 @@ void TestSimEngine::wholeLineCyclesCancelTheHum()
 
 void TestSimEngine::noiseFallsWithTheAperture()
 {
-    // All at the same moment, so that nothing but the noise differs.
+    // All at the same moment, so that they differ only by noise.
     const double atOneCycle = spread(Function::VoltageAc, 0.02, 0ms);
     const double atHundred = spread(Function::VoltageAc, 2, 0ms);
     QVERIFY(atOneCycle > 3e-4 && atOneCycle < 1e-3);
@@ -738,7 +738,7 @@ void TestSimEngine::capacitorDischargesAndIsChargedAnew()
         return source.value(104, Function::VoltageDc, at, 0.02, 1);
     };
     QVERIFY(std::fabs(volts(0s) - 10) < 0.01);
-    // Equal times take off equal parts.
+    // Equal times remove equal fractions.
     const double part = volts(20s) / volts(0s);
     QVERIFY(part > 0.5 && part < 0.75);
     QVERIFY(std::fabs(volts(40s) / volts(20s) - part) < 1e-3);

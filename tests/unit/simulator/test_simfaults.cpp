@@ -14,7 +14,7 @@ namespace {
 
 constexpr const char* kNoError = "+0,\"No error\"";
 
-/// The instrument behind its faults, with both of its doors and a clock that only the test moves.
+/// The instrument with its faults and both its ports, on a clock that only the test moves.
 class FaultBench
 {
 public:
@@ -24,7 +24,7 @@ public:
     {
     }
 
-    /// What goes back for a line: the text, and in angle brackets what is odd about it.
+    /// The reply to a line: its text, and in angle brackets what is unusual about it.
     QString ask(const QString& line)
     {
         const Reply reply = m_service.answer(line.toStdString());
@@ -237,12 +237,12 @@ void TestSimFaults::lineIsNormalized()
     QTEST(shown(normalizedLine(line.toStdString())), "normalized");
 }
 
-/// Alternately a line and what goes back. A line that starts with "! " goes to the control port.
+/// Alternately a line and its reply. A line that starts with "! " goes to the control port.
 void TestSimFaults::transcript_data()
 {
     QTest::addColumn<QStringList>("lines");
 
-    // One line of the source for each line and its answer.
+    // One source line per line and reply.
     // clang-format off
     addTranscript("silence", {
         "! fault silence for STAT:OPER:EVEN? times 2", "ok 1",
@@ -412,7 +412,7 @@ void TestSimFaults::transcript()
     for (int i = 0; i < lines.size(); i += 2) {
         const bool isOrder = lines[i].startsWith(QLatin1String("! "));
         const QString answer = isOrder ? bench.order(lines[i].mid(2)) : bench.ask(lines[i]);
-        // The line stands in both texts, so that a failure tells where it happened.
+        // Both texts contain the line, so that a failure shows where it happened.
         QCOMPARE(QStringList({lines[i], answer}), QStringList({lines[i], lines[i + 1]}));
     }
 }
@@ -522,7 +522,7 @@ void TestSimFaults::refusalShutsTheDoor()
     QVERIFY(bench.service().admitsClient());
     bench.order("fault refuse");
     QVERIFY(!bench.service().isReachable());
-    // Who is connected goes on.
+    // Connected clients continue.
     QCOMPARE(bench.ask("*OPC?"), QStringLiteral("1"));
     bench.order("clear");
     QVERIFY(bench.service().isReachable());
@@ -574,7 +574,7 @@ void TestSimFaults::outsideTriggersStartSweeps()
     QCOMPARE(bench.order("trigger alarm 2"), QStringLiteral("ok"));
     bench.pass(std::chrono::seconds(1));
     QCOMPARE(bench.ask("DATA:POIN?"), QStringLiteral("+2"));
-    // A trigger from outside is no error of a command.
+    // An external trigger is not a command error.
     QCOMPARE(bench.ask("SYST:ERR?"), QString::fromLatin1(kNoError));
 }
 
@@ -582,7 +582,7 @@ void TestSimFaults::readingsFollowTheJumpingClock()
 {
     FaultBench bench;
     bench.ask("FORM:READ:TIME ON;TIME:TYPE ABS");
-    // A sweep a second, its reading at the beginning.
+    // One sweep a second, with its reading at the start.
     bench.ask("ROUT:SCAN (@101);:TRIG:SOUR TIM;TIM 1;COUN 4;:INIT");
     bench.pass(std::chrono::milliseconds(1500));
     bench.order("fault clock -7200 for DATA:POIN?");

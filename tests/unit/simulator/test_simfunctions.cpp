@@ -14,13 +14,13 @@ namespace {
 constexpr const char* kNoError = "+0,\"No error\"";
 constexpr const char* kConflict = "-221,\"Settings conflict\"";
 
-/// What a client sees of one function. Channel and partner stand in it as %1 and %2.
+/// What a client sees of one function. %1 and %2 stand for channel and partner.
 struct FunctionRow
 {
     const char* name;
     const char* scaledUnit;
     const char* unit;
-    /// A setting of this function alone that its measuring time shows.
+    /// A setting of this function only, visible in its measuring time.
     const char* option;
     int milliseconds;
     bool takesPartner;
@@ -86,8 +86,8 @@ void TestSimFunctions::functionIsWhatTheTableTells()
 {
     QFETCH(int, index);
     const FunctionRow& row = kFunctionRows[index];
-    // A module of 22 channels for voltages, resistances and sensors, one of 8 for currents. The
-    // partner has its place in the second half: ten and four further on.
+    // A module of 22 channels for voltages, resistances and sensors, and one of 8 for currents. The
+    // partner is in the second half: ten and four positions further.
     SimBench bench(SimBench::Slots{{1, 1}, {2, 14}});
     const QString name = QString::fromLatin1(row.name);
     const bool isCurrent = name.startsWith(QLatin1String("CURR"));
@@ -162,7 +162,7 @@ void TestSimFunctions::rangeLimitsTheMeasuredQuantityOnly()
     QFETCH(int, rangeAuto);
     QFETCH(bool, overloads);
     ChannelSettings settings(static_cast<Function>(function));
-    // Smaller than any signal, which no command can set: periods and strains lie far below the
+    // Smaller than any signal, and not settable by a command: periods and strains are far below the
     // ends of the real ranges.
     settings.set(static_cast<Option>(range), 1e-12);
 

@@ -12,14 +12,14 @@ constexpr int kChannels = 1000;
 constexpr int kReadingsPerSecond = 10000;
 constexpr int kSeconds = 5;
 
-/// The processor time that a process has used, in seconds.
+/// Processor time used by a process, in seconds.
 double processorTime(qint64 process)
 {
     QFile file(QStringLiteral("/proc/%1/stat").arg(process));
     if (!file.open(QIODevice::ReadOnly)) {
         return -1;
     }
-    // The name in parentheses may hold blanks; fields 14 and 15 are the times in ticks.
+    // The name in parentheses may contain blanks; fields 14 and 15 are the times in ticks.
     const QByteArray text = file.readAll();
     const QList<QByteArray> fields = text.mid(text.lastIndexOf(')') + 2).split(' ');
     return (fields[11].toDouble() + fields[12].toDouble()) /
@@ -28,8 +28,8 @@ double processorTime(qint64 process)
 
 } // namespace
 
-/// What the simulator carries: a thousand channels at ten thousand readings a second, fetched with
-/// all fields while they come, on one core.
+/// The simulator's capacity: a thousand channels at ten thousand readings a second, fetched with
+/// all fields as they arrive, on one core.
 class TestSimLoad : public QObject
 {
     Q_OBJECT

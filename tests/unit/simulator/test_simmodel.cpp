@@ -8,7 +8,7 @@
 
 using namespace scnsim;
 
-/// The pieces of the model that work on their own.
+/// The parts of the model that work on their own.
 class TestSimModel : public QObject
 {
     Q_OBJECT

@@ -58,7 +58,7 @@ private:
 
     QTemporaryDir m_directory;
     QProcess m_process;
-    /// Some are let in, the others wait in front of the port.
+    /// Some are accepted, the others wait at the port.
     std::array<StreamClient, 16> m_crowd;
     QString m_link;
     quint16 m_port = 0;
@@ -101,7 +101,7 @@ void TestSimProcess::start(const QStringList& options)
     QCOMPARE(lines[1], QStringLiteral("READY ASRL%1::INSTR").arg(m_link));
 }
 
-/// Takes all but a few descriptors from the running program, and those with clients.
+/// Leaves the running program only a few free descriptors, and connects clients to those.
 void TestSimProcess::useUpDescriptors()
 {
     const rlimit few = {16, 16};
@@ -114,7 +114,7 @@ void TestSimProcess::useUpDescriptors()
     QCOMPARE(m_crowd.back().readFor(200), QByteArray());
 }
 
-/// Processor time that the program has used.
+/// Processor time used by the program.
 double TestSimProcess::processorSeconds() const
 {
     clockid_t clock = 0;
@@ -229,7 +229,7 @@ void TestSimProcess::clientsComeAndGo()
         StreamClient tcp;
         QVERIFY(tcp.connectTo(m_port));
         QCOMPARE(tcp.ask("*OPC?"), QByteArray("1"));
-        // Every other one leaves half a line and an answer that nobody reads.
+        // Every second one leaves an incomplete line and an unread answer.
         if (i % 2 == 0) {
             QVERIFY(tcp.send("*IDN?\nSYST:ER"));
         }
@@ -317,7 +317,7 @@ void TestSimProcess::clientThatNeverReadsDisturbsNobody()
     StreamClient tcp;
     QVERIFY(tcp.connectTo(m_port));
     QCOMPARE(tcp.ask("*OPC?"), QByteArray("1"));
-    // What was asked is answered once it is read.
+    // Queries are answered once the replies are read.
     const QByteArray identity("SCN,SCN4070A,MY00000042,01.02-sim");
     const QByteArray answer = identity + ';' + identity + ';' + identity + ';' + identity;
     for (int i = 0; i < questions.count('\n') * 10; ++i) {
@@ -347,7 +347,7 @@ void TestSimProcess::halfALineOnTheTerminalOutlivesItsClient()
     QCOMPARE(serial.ask("SYST:ERR?"), QByteArray("-113,\"Undefined header\""));
     QCOMPARE(transcript().mid(0, 2),
              (QStringList{QStringLiteral("pty > *ID"), QStringLiteral("pty > *IDN?")}));
-    // Without an empty line the next client's line is the end of it.
+    // Without an empty line, the next client's line completes the fragment.
     QVERIFY(serial.send("*ID"));
     QVERIFY(serial.openDevice(m_link));
     QCOMPARE(serial.ask("N?"), QByteArray("SCN,SCN4070A,MY00000042,01.02-sim"));
@@ -361,7 +361,7 @@ void TestSimProcess::tooLongALineOnTheTerminalOutlivesItsClient()
     QVERIFY(serial.send(QByteArray(100000, 'x')));
     QVERIFY(serial.openDevice(m_link));
     QVERIFY(serial.send("*OPC?\n*IDN?\n"));
-    // The question went with the line that it stood in.
+    // The query was lost with its line.
     QCOMPARE(serial.readLine(), QByteArray("SCN,SCN4070A,MY00000042,01.02-sim"));
     QCOMPARE(serial.ask("SYST:ERR?"), QByteArray("-363,\"Input buffer overrun\""));
     QVERIFY(serial.send(QByteArray(100000, 'x')));
@@ -408,7 +408,7 @@ void TestSimProcess::baudLimitsTheTerminal()
     QElapsedTimer timer;
     timer.start();
     const QByteArray reply = serial.ask("R? 200");
-    // 3204 bytes at 5760 a second, and the few that the port holds at once.
+    // 3204 bytes at 5760 a second, less the few that the port buffers at once.
     const int bytes = reply.size() + 1;
     QCOMPARE(bytes, 200 * 16 - 1 + 6 + 1);
     QVERIFY2(timer.elapsed() >= (bytes - 64) * 1000 / 5760,
@@ -480,7 +480,7 @@ void TestSimProcess::takenPortIsTold()
 
 void TestSimProcess::programLinksNoWidgetLibrary()
 {
-    // Its shared libraries are named in its file.
+    // The file names its shared libraries.
     QFile file(kProgram);
     QVERIFY(file.open(QIODevice::ReadOnly));
     const QByteArray program = file.readAll().toLower();

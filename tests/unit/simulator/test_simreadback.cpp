@@ -11,7 +11,7 @@ using namespace scnsim;
 
 namespace {
 
-/// All queries of one channel that a client's read-back may send; %1 is the channel.
+/// All channel queries that a client's read-back may send; %1 is the channel.
 constexpr const char* kChannelQueries[] = {
     "ROUT:CHAN:LAB? (@%1)",
     "FUNC? (@%1)",
@@ -94,7 +94,7 @@ SimBench::Slots allModules()
 
 } // namespace
 
-/// What is set is what is read back, on each channel, and what is refused changes nothing.
+/// What was set reads back, on each channel, and what was refused changes nothing.
 class TestSimReadBack : public QObject
 {
     Q_OBJECT
@@ -383,7 +383,7 @@ void TestSimReadBack::everyOptionRefusesWhatItCannotTake_data()
     QTest::addColumn<QString>("header");
     QTest::addColumn<int>("option");
     for (const OptionRow& row : optionHeaders()) {
-        // The short form with what may be left out.
+        // The short form, with the optional parts.
         QString header = QString::fromLatin1(row.spelling);
         header.remove(QRegularExpression(QStringLiteral("[][a-z]")));
         QTest::newRow(row.spelling) << header << static_cast<int>(row.option);

@@ -113,7 +113,7 @@ void TestSimTransport::transcriptLineHasTimePortAndDirection()
     transcript.write("pty", Transcript::Direction::Sent, "+0");
     const QDateTime after = QDateTime::currentDateTime();
 
-    // Read while it is still open: each line is written out at once.
+    // Read while still open: each line is flushed at once.
     QFile file(path);
     QVERIFY(file.open(QIODevice::ReadOnly));
     const QStringList lines = QString::fromLatin1(file.readAll()).split(QLatin1Char('\n'));
