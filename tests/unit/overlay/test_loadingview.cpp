@@ -39,8 +39,8 @@ QPushButton* buttonOf(const LoadingView& view)
     return view.findChild<QPushButton*>();
 }
 
-/// The place on the circle about the ring's centre, at an angle that counts anticlockwise from
-/// three o'clock as seen while the ring has not yet turned.
+/// The point on the circle around the ring's centre, at an angle counted anticlockwise from three
+/// o'clock, before the ring has turned.
 QPoint onRing(const LoadingView& view, double radius, double degrees)
 {
     const double angle = degrees * M_PI / 180;
@@ -174,7 +174,7 @@ void TestLoadingView::worksWithoutAParent()
         view.showLoading();
         QVERIFY(view.isVisible());
         QCOMPARE(view.size(), QSize(300, 200));
-        // There is no parent whose size would have laid out the controls: showing does.
+        // Without a parent's size to lay out the controls, showing does it.
         const QLabel* label = labelOf(view, mode == kBusy ? kLoadingText : kRecoveryText);
         QCOMPARE(label->x(), (300 - label->width()) / 2);
         QCOMPARE(label->y(), mode == kBusy ? 125 : 60);
@@ -257,7 +257,7 @@ void TestLoadingView::penIsFourPixelsWide()
     view.showLoading();
     const QImage image = m_parent->grab().toImage();
     // A row ten pixels above the ring's centre cuts the first dash at 11.5 degrees. The edges are
-    // blended with the ground: their shares add up to the width.
+    // blended with the background: their shares add up to the width.
     const int ground = image.pixelColor(3, 3).red();
     double width = 0;
     for (int x = 242; x < 258; ++x) {
@@ -289,7 +289,7 @@ void TestLoadingView::ringTurnsByTwelveDegreesAStep()
         QVERIFY(!isRing(turned, onRing(view, 50, angle + 49)));
         QVERIFY(isRing(turned, onRing(view, 35, angle + 82)));
     }
-    // Each step is shown, and the timer makes them by itself.
+    // Each step is painted, and the timer drives them by itself.
     QCoreApplication::processEvents();
     const int before = counter.count();
     QTRY_VERIFY(counter.count() >= before + 2);
@@ -307,7 +307,7 @@ void TestLoadingView::stopLoadingHidesAndStandsStill()
     QVERIFY(!view.isVisible());
     view.show();
     QVERIFY(!isRing(view.grab().toImage(), onRing(view, 50, 22)));
-    // Nothing is left that would paint again and again.
+    // Nothing is left that would keep painting.
     QVERIFY(!steps->isActive());
     const EventCounter counter(view.viewport(), QEvent::Paint);
     QCoreApplication::processEvents();
@@ -384,7 +384,7 @@ void TestLoadingView::showLoadingAfterAFailedRecoveryOffersTheButtonAgain()
     LoadingView view(kRecovery, m_parent.get());
     view.showLoading();
     QTest::mouseClick(buttonOf(view), Qt::LeftButton);
-    // The recovery failed and the view is shown again without having been stopped.
+    // The recovery failed, and the view is shown again without having been stopped.
     view.hide();
     view.showLoading();
     QVERIFY(buttonOf(view)->isVisible());
@@ -450,7 +450,7 @@ void TestLoadingView::recoveryTextGrowsWithTheParent()
     const int wide = labelOf(view, kRecoveryText)->width();
     m_parent->resize(100, 400);
     QTRY_COMPARE(labelOf(view, kRecoveryText)->width(), 60);
-    // Has the label measure its text again, as a new style sheet does, while it is narrow.
+    // Makes the label measure its text again while it is narrow, as a new style sheet does.
     labelOf(view, kRecoveryText)->setIndent(-1);
     m_parent->resize(400, 400);
     QTRY_COMPARE(labelOf(view, kRecoveryText)->width(), wide);
@@ -497,7 +497,7 @@ void TestLoadingView::raisedWhenShown()
     QCOMPARE(m_parent->childAt(2, 2), view.viewport());
 }
 
-/// A key on the keyboard: goes to what has the focus in the parent's window.
+/// A key press, delivered to whatever has the focus in the parent's window.
 void TestLoadingView::type(Qt::Key key) const
 {
     QTest::keyClick(m_parent->windowHandle(), key);
@@ -516,7 +516,7 @@ void TestLoadingView::keysDoNotReachWhatIsCovered()
     view.showLoading();
     QVERIFY(!button.hasFocus());
     type(Qt::Key_Space);
-    // The program may give a covered control the focus: that does not open it either.
+    // The program may focus a covered control: that does not open it either.
     button.setFocus();
     type(Qt::Key_Space);
     QCOMPARE(clicked.size(), 1);
@@ -539,7 +539,7 @@ void TestLoadingView::focusComesBackToAnUnfinishedEdit()
     view.showLoading();
     type(Qt::Key_2);
     QCOMPARE(edit.text(), QStringLiteral("1"));
-    // A command behind the cover would be the edit's last act before the loss is mended.
+    // A command sent under the cover would be the edit's last act before the recovery.
     QCOMPARE(finished.size(), 0);
 
     view.stopLoading();
@@ -638,7 +638,7 @@ void TestLoadingView::recoveryButtonWorksByKeyboard()
     type(Qt::Key_Space);
     QCOMPARE(confirmed.size(), 1);
 
-    // The recovery has failed: the form is back.
+    // The recovery has failed: the form is active again.
     view.stopLoading();
     view.showLoading();
     type(Qt::Key_Space);

@@ -63,7 +63,7 @@ QPoint barCentre(const LockableDataCollectionView& view)
     return view.mapFromScene(proxyOf(view)->geometry().center());
 }
 
-/// The timer of the hold, which is the only one of the view.
+/// The hold timer, the view's only one.
 QTimer* holdOf(const LockableDataCollectionView& view)
 {
     return view.findChild<QTimer*>();
@@ -224,7 +224,7 @@ void TestLockableDataCollectionView::unlockBeforeOneSecondChangesNothing()
     QTimer* hold = holdOf(*m_view);
     QVERIFY(hold->isActive());
     QCOMPARE(hold->interval(), 1000);
-    // A coarse timer may run out a twentieth too early.
+    // A coarse timer may expire 5 % early.
     QCOMPARE(hold->timerType(), Qt::PreciseTimer);
     release(*m_view);
     QVERIFY(!hold->isActive());
@@ -258,7 +258,7 @@ void TestLockableDataCollectionView::holdOfOneSecondFadesWhileTheButtonIsDown()
     m_clock->pass(1ms);
     QCOMPARE(unlocked.count(), 1);
     QVERIFY(!m_view->isLocked());
-    // The bar stays on show until the view is hidden.
+    // The bar stays visible until the view is hidden.
     QVERIFY(m_view->isVisible());
     QVERIFY(barOf(*m_view)->isVisible());
 }
@@ -284,7 +284,7 @@ void TestLockableDataCollectionView::fadeTakesHalfASecondFromFullToNothing()
     const QPointer<const QGraphicsOpacityEffect> watched = effect;
     m_clock->pass(100ms);
     QVERIFY(!m_view->isLocked());
-    // The effect has gone with the veil.
+    // The effect has disappeared with the veil.
     QVERIFY(!watched);
     QTRY_VERIFY(!m_view->findChild<QPropertyAnimation*>());
 }

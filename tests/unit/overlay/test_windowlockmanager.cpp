@@ -17,7 +17,7 @@
 
 #include <memory>
 
-/// A page that can also tell of the pointer by signals.
+/// A page that also reports the pointer by signals.
 class SignallingPage : public QWidget
 {
     Q_OBJECT
@@ -43,7 +43,7 @@ void send(QWidget& widget, QEvent::Type type)
     QCoreApplication::sendEvent(&widget, &event);
 }
 
-/// The overlay that lies on the page, if it does.
+/// The overlay on the page, if any.
 LockableDataCollectionView* overlayOn(const QWidget& page)
 {
     auto* view = page.findChild<LockableDataCollectionView*>();
@@ -152,7 +152,7 @@ void TestWindowLockManager::enteringCoversThePageWhileLockingIsOn()
     send(*m_first, QEvent::Enter);
     QVERIFY(overlayOn(*m_first));
     QCOMPARE(overlayOn(*m_first)->geometry(), m_first->rect());
-    // On top of everything that the page holds.
+    // Above everything on the page.
     QCOMPARE(m_first->childAt(125, 10), overlayOn(*m_first)->viewport());
     later->raise();
     send(*m_first, QEvent::Enter);
@@ -201,7 +201,7 @@ void TestWindowLockManager::unwatchedPageIsNotCovered()
     QWidget other(m_window.get());
     other.show();
     m_manager->setLockEnabled(true);
-    // A filter on an unwatched widget still lets only the events of pages count.
+    // Even with a filter on an unwatched widget, only the events of pages count.
     other.installEventFilter(m_manager.get());
     send(other, QEvent::Enter);
     QVERIFY(!overlayOn(other));
@@ -418,7 +418,7 @@ void TestWindowLockManager::keysDoNotReachALockedPage()
     send(*m_first, QEvent::Enter);
     type(Qt::Key_2);
     QCOMPARE(edit.text(), QStringLiteral("1"));
-    // The focus stays where it was when the pointer goes, to a chart for example.
+    // The focus stays when the pointer leaves, for example to a chart.
     send(*m_first, QEvent::Leave);
     type(Qt::Key_3);
     QCOMPARE(edit.text(), QStringLiteral("1"));
@@ -426,7 +426,7 @@ void TestWindowLockManager::keysDoNotReachALockedPage()
     type(Qt::Key_4);
     QCOMPARE(outside.text(), QStringLiteral("4"));
 
-    // The bar has been held: the page is the user's again.
+    // The bar has been held: the user has the page again.
     QSignalSpy unlocked(m_manager.get(), &WindowLockManager::unlocked);
     send(*m_first, QEvent::Enter);
     overlayOn(*m_first)->globalUnlock();

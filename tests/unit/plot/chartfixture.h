@@ -24,7 +24,7 @@ inline int itemOf(int channel)
     return channel - 100;
 }
 
-/// A chart window on show, offered kChannels.
+/// A visible chart window that offers kChannels.
 struct ChartFixture
 {
     ChartFixture()
@@ -95,7 +95,7 @@ struct ChartFixture
     }
     CustomComboBox* zoomBox() const { return chart.findChild<CustomComboBox*>(); }
 
-    /// True if the picture that the canvas keeps has `color`.
+    /// True if the canvas's backing store contains `color`.
     bool paints(const QColor& color) const
     {
         const QImage image = plot()->canvas()->grab().toImage();

@@ -4,8 +4,8 @@
 #include <QMouseEvent>
 #include <QWidget>
 
-/// Mouse events at a position on the screen. A dragged widget moves under the pointer, so positions
-/// relative to it would move along.
+/// Mouse events at a screen position. A dragged widget moves under the pointer, so positions
+/// relative to it would move too.
 inline void sendMouseAt(QWidget* widget, QEvent::Type type, const QPoint& globalPos,
                         Qt::MouseButton button, Qt::MouseButtons buttons)
 {

@@ -10,14 +10,14 @@
 
 #include <memory>
 
-/// Live series over a store of the test program's own. Registering a curve takes a while, so a
-/// channel's series is made once and emptied before each use.
+/// Live series over the test program's own store. Registering a curve is slow, so each channel's
+/// series is created once and emptied before each use.
 class SeriesStore
 {
     Q_DISABLE_COPY_MOVE(SeriesStore)
 
 public:
-    /// `directoryName`: name of the store's directory, one per test program.
+    /// `directoryName`: the store's directory, one per test program.
     explicit SeriesStore(const QString& directoryName)
         : m_directoryName(directoryName)
     {
@@ -45,7 +45,7 @@ public:
         return series;
     }
 
-    /// A series that nobody else holds; it is not in g_curveSeries.
+    /// A series held by no one else; it is not in g_curveSeries.
     std::shared_ptr<CurveSeriesData> makeUnshared(int channel) const
     {
         return std::make_shared<CurveSeriesData>(QStringLiteral("%1(V)").arg(channel),

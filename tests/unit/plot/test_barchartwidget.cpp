@@ -22,7 +22,7 @@ void loadLine(CurveSeriesData& series)
 }
 } // namespace
 
-/// What the channels, colours and offsets of the table do to curves and tags.
+/// How channels, colours and offsets in the table affect curves and tags.
 class TestBarChartWidget : public QObject
 {
     Q_OBJECT
@@ -175,7 +175,7 @@ void TestBarChartWidget::channelWithoutSeriesKeepsTheSelection()
     QVERIFY(f.curves().isEmpty());
     QVERIFY(!f.label(101));
     QVERIFY(!g_curveSeries.contains(101));
-    // What the row does from here on finds no curve.
+    // From here on the row finds no curve.
     f.spinBox(0)->setValue(2.0);
     f.chart.onNewSample(1700000000000);
     f.chooseNone(0);
@@ -190,7 +190,7 @@ void TestBarChartWidget::lateSeriesIsDrawnWithTheNextChoice()
     m_store->add(102);
     f.choose(1, 102);
     QCOMPARE(f.curves().size(), 2);
-    // Both curves were made by the second row's choice.
+    // The second row's choice created both curves.
     QCOMPARE(f.curve(101)->pen().color(), f.button(1)->color());
     QCOMPARE(f.curve(102)->pen().color(), f.button(1)->color());
 }
@@ -261,7 +261,7 @@ void TestBarChartWidget::noneHidesTheCurveAndKeepsItsOffset()
     QCOMPARE(f.spinBox(0)->value(), 0.0);
     QVERIFY(f.unitsPerDiv(0)->isEnabled());
     QCOMPARE(f.plot()->curveOffset(curve), 2.5);
-    // The spin box is the curve's no more.
+    // The spin box no longer belongs to the curve.
     f.chart.setOffset(curve, 7.0);
     QCOMPARE(f.spinBox(0)->value(), 0.0);
 }
@@ -284,7 +284,7 @@ void TestBarChartWidget::hiddenChannelComesBackWithItsOffset()
     QCOMPARE(label->value(), 2.5);
     QVERIFY(f.spinBox(3)->isEnabled());
     QCOMPARE(f.spinBox(3)->value(), 2.5);
-    // The row that shows the curve follows its tag, not the one that made it.
+    // The row that shows the curve follows its tag, not the row that created it.
     f.chart.setOffset(curve, 4.0);
     QCOMPARE(f.spinBox(3)->value(), 4.0);
     QCOMPARE(f.spinBox(0)->value(), 0.0);
@@ -436,7 +436,7 @@ void TestBarChartWidget::offsetOfANullCurveIsIgnored()
     QCOMPARE(f.spinBox(0)->value(), 0.0);
 }
 
-/// Goes down in a row's list, one channel after the other, as with the arrow keys.
+/// Moves down a row's list one channel at a time, as with the arrow keys.
 void TestBarChartWidget::goDown(const ChartFixture& f, int row, int steps)
 {
     f.combo(row)->setFocus();
@@ -445,7 +445,7 @@ void TestBarChartWidget::goDown(const ChartFixture& f, int row, int steps)
     }
 }
 
-/// Drags a channel's tag up; gives its new offset.
+/// Drags a channel's tag up; returns its new offset.
 double TestBarChartWidget::dragTag(const ChartFixture& f, int channel)
 {
     CurveLabel* label = f.label(channel);
@@ -502,7 +502,7 @@ void TestBarChartWidget::rowsOfANewListHaveNoOffset()
     f.chart.setChannelList(kChannels);
     QVERIFY(!f.spinBox(0)->isEnabled());
     QCOMPARE(f.spinBox(0)->value(), 0.0);
-    // What is still drawn is not shifted by a row that shows nothing.
+    // A row that shows nothing does not shift what is still drawn.
     QCOMPARE(f.plot()->curveOffset(f.curve(101)), 2.5);
     dragTag(f, 101);
     QCOMPARE(f.spinBox(0)->value(), 0.0);
@@ -519,7 +519,7 @@ void TestBarChartWidget::channelListReplacesTheItemsSilently()
         QCOMPARE(f.combo(row)->currentIndex(), 0);
         QVERIFY(!f.combo(row)->signalsBlocked());
     }
-    // Nobody was told: the curve stays on show.
+    // No one was notified: the curve stays visible.
     QVERIFY(f.curve(101)->isVisible());
 }
 
@@ -543,7 +543,7 @@ void TestBarChartWidget::clearRemovesCurvesAndLabels()
     QwtPlotCurve* deleted = f.curve(101);
     f.chart.clearChart();
     QVERIFY(f.curves().isEmpty());
-    // The spin box is no curve's any more.
+    // The spin box belongs to no curve any more.
     f.chart.setOffset(deleted, 7.0);
     QCOMPARE(f.spinBox(0)->value(), 5.0);
     QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
@@ -599,7 +599,7 @@ void TestBarChartWidget::closedChartLetsTheSeriesGo()
     f.reset();
     QVERIFY(!plot);
     QVERIFY(!table);
-    // The map's own hold is the only one left.
+    // Only the map still holds it.
     QVERIFY(!alive.expired());
     g_curveSeries.clear();
     QVERIFY(alive.expired());
@@ -607,7 +607,7 @@ void TestBarChartWidget::closedChartLetsTheSeriesGo()
 
 void TestBarChartWidget::chartOpenedBetweenTwoScansIsHarmless()
 {
-    // The old series are gone and the new ones not there yet.
+    // The old series are gone and the new ones do not exist yet.
     ChartFixture f;
     f.choose(0, 101);
     f.choose(1, 102);

@@ -8,7 +8,7 @@
 #include <QSplitter>
 #include <QtTest>
 
-/// How the chart window is made up, and its toggle button.
+/// The chart window's layout, and its toggle button.
 class TestBarChartWidgetLayout : public QObject
 {
     Q_OBJECT
@@ -96,7 +96,7 @@ void TestBarChartWidgetLayout::buttonsGoRoundThePalette()
         QCOMPARE(f.button(row + 18)->color(), f.button(row)->color());
         QVERIFY(f.button(row + 1)->color() != f.button(row)->color());
     }
-    // The next chart goes on where this one has ended: 40 buttons are two rounds and four.
+    // The next chart continues where this one ended: 40 buttons are two rounds and four.
     const ChartFixture next;
     QCOMPARE(next.button(0)->color(), f.button(4)->color());
 }
@@ -155,7 +155,7 @@ void TestBarChartWidgetLayout::toggleHidesAndShowsTheTable()
     const auto* splitter = f.chart.findChild<QSplitter*>();
     const QWidget* container = splitter->widget(1);
 
-    // The text has an up arrow from the start, so the first click leaves it as it is.
+    // The text has an up arrow from the start, so the first click does not change it.
     QTest::mouseClick(toggle, Qt::LeftButton);
     QVERIFY(!f.table()->isVisible());
     QCOMPARE(toggle->text(), QStringLiteral("▲选择通道"));

@@ -12,8 +12,8 @@ const qint64 kStart = noonToday();
 
 } // namespace
 
-/// What all plots of a process have in common: the width that the time window is measured by and
-/// the value bounds reported last. The functions build on one another: both are set but once.
+/// What all plots of a process share: the width that measures the time window, and the value bounds
+/// last reported. The functions depend on each other: both are set only once.
 class TestCCurvePlotShared : public QObject
 {
     Q_OBJECT
@@ -89,7 +89,7 @@ void TestCCurvePlotShared::laterPlotMeasuresByTheFirst()
     plot.resize(600, 300);
     QVERIFY(showSettled(plot));
     QCOMPARE(upperMs(plot), kStart + 90000);
-    // The window fills to its new edge before it scrolls, and then moves at its new width.
+    // The window fills to its new edge before it scrolls, and then moves by its new width.
     plot.onNewSample(kStart + 89999);
     QCOMPARE(upperMs(plot), kStart + 90000);
     plot.onNewSample(kStart + 95000);

@@ -27,7 +27,7 @@ QGridLayout* swatchGrid(const QMenu* menu)
     return action ? qobject_cast<QGridLayout*>(action->defaultWidget()->layout()) : nullptr;
 }
 
-/// Clicks the button and runs `whileOpen` on its menu; closes the menu if that has not.
+/// Clicks the button and runs `whileOpen` on its menu; closes the menu if it is still open.
 template <typename Check>
 void clickAndInspect(ColorSelectButton* button, Check whileOpen)
 {

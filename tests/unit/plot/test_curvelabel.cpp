@@ -9,7 +9,7 @@
 #include <qwt_plot_curve.h>
 
 namespace {
-/// A parent that notes which mouse events its child has let through.
+/// A parent that records the mouse events its child lets through.
 class Parent : public QWidget
 {
 public:
@@ -34,7 +34,7 @@ struct Fixture
     QSignalSpy ended{&label, &CurveLabel::dragEnded};
 };
 
-/// A transparent image in which point sizes come out as in `widget`.
+/// A transparent image with the same font resolution as `widget`.
 QImage emptyImage(const QWidget& widget)
 {
     constexpr double kMetresPerInch = 0.0254;

@@ -10,7 +10,7 @@
 namespace {
 constexpr int kHeight = 200;
 
-/// A strip of 200 pixels beside a plot whose y axis runs from 0 to 10, so a unit is 20 pixels.
+/// A strip of 200 pixels beside a plot with a y axis from 0 to 10, so one unit is 20 pixels.
 struct Fixture
 {
     Fixture()
@@ -50,7 +50,7 @@ struct Fixture
     std::unique_ptr<CurveOffsetController> strip;
 };
 
-/// What a strip has reported.
+/// A strip's reports.
 struct Reports
 {
     explicit Reports(const Fixture& fixture)
@@ -256,7 +256,7 @@ void TestCurveOffsetController::dragReportsTheOffset()
     QCOMPARE(reports.offsets, QList<double>{1.0});
     QCOMPARE(label->pos(), QPoint(0, 70));
     QCOMPARE(label->value(), 1.0);
-    // A new range puts the label where its value says, which is where it was dropped.
+    // A new range moves the label to its value, where it was dropped.
     emit f.plot.yAxisRangeChanged(0.0, 10.0);
     QCOMPARE(label->y(), 70);
 }

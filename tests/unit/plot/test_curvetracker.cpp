@@ -23,7 +23,7 @@ const qint64 kStart = noonToday();
 constexpr double kWidthMs = 60000.0;
 constexpr double kTop = 10.0;
 
-/// A shown plot over a minute and over 0 to 10, with the tracker that it made.
+/// A visible plot over one minute and 0 to 10, with its tracker.
 class TrackedPlot
 {
 public:
@@ -35,7 +35,7 @@ public:
         plot.setAutoScaleY(false);
         plot.resize(600, 400);
         showSettled(plot);
-        // Shown, the plot takes its minute from the clock: back to the one of the tests.
+        // When shown, the plot takes its minute from the clock: reset it to the tests' own.
         plot.setAxisScale(QwtPlot::xBottom, double(kStart), double(kStart) + kWidthMs);
         plot.replot();
         tracker = plot.canvas()->findChild<CurveTracker*>();
@@ -60,7 +60,7 @@ int truncatedPixel(const QwtScaleMap& map, double value)
     return int(map.transform(value));
 }
 
-/// What the read-out is made of.
+/// The parts of the read-out.
 struct Pick
 {
     const QwtPlotCurve* curve = nullptr;
@@ -68,7 +68,7 @@ struct Pick
     double value = 0.0;
 };
 
-/// The choice of curve and sample as told, without any short cut.
+/// The specified choice of curve and sample, without short cuts.
 Pick pickByBruteForce(const CCurvePlot& plot, const QList<QwtPlotCurve*>& curves,
                       const QPointF& pos)
 {
@@ -119,7 +119,7 @@ QString readout(const QString& title, qint64 timeMs, const QString& value, const
 
 } // namespace
 
-/// The read-out: which sample it picks and what it says.
+/// The read-out: which sample it picks, and its text.
 class TestCurveTracker : public QObject
 {
     Q_OBJECT
@@ -245,7 +245,7 @@ void TestCurveTracker::readoutTellsChannelTimeReadingAndUnit()
     const qint64 time = QDateTime(QDate(2023, 11, 14), QTime(9, 5, 7)).toMSecsSinceEpoch();
     tracked.plot.setAxisScale(QwtPlot::xBottom, double(time - 1000), double(time + 1000));
     tracked.plot.replot();
-    // The fraction of a millisecond is cut off: rounded, it would be the next second.
+    // The fraction of a millisecond is truncated: rounded, it would be the next second.
     const QPointF sample(double(time) + 999.7, 1.2345678);
     tracked.plot.addCurve(m_pool->loaded(0, {sample}), Qt::red, QStringLiteral("101"));
     QCOMPARE(tracked.tracker->trackerTextF(sample).text(),
@@ -346,7 +346,7 @@ void TestCurveTracker::offsetMovesTheTargetAndNotTheValue()
 
 void TestCurveTracker::sampleClosestInTimeIsRead()
 {
-    // Near the first sample on screen, but the second is closer in time: it is the one that is read.
+    // Near the first sample on screen, but the second is closer in time and is the one read.
     TrackedPlot tracked;
     const QPointF pos = tracked.at(300, 200);
     const QPointF near = pos + QPointF(400.0, 0.0);
@@ -484,8 +484,8 @@ void TestCurveTracker::picksWhatBruteForcePicks()
     for (size_t c = 0; c < 5; ++c) {
         QVector<QPointF> points;
         for (int i = 0; i < 400; ++i) {
-            // Few values, so that many samples share a pixel and many distances are equal; the
-            // third curve does not come in order of time. Some lie outside the canvas.
+            // Few distinct values, so that many samples share a pixel and many distances are equal;
+            // the third curve is not in order of time. Some are outside the canvas.
             const double x = (c == 2 ? random.bounded(kWidthMs) : 150.0 * i) - kBesideMs;
             points.append(QPointF(std::floor(double(kStart) + x), random.bounded(12)));
         }

@@ -225,7 +225,7 @@ void TestCustomMdiSubWindow::collapsedWindowDoesNotCollapseAgain()
     f.clickCollapse();
     QVERIFY(QMetaObject::invokeMethod(f.window, "onMaximizeClicked"));
     f.doubleClickBar();
-    // A second collapse would have taken the tile's size for the window's.
+    // A second collapse would mistake the tile's size for the window's.
     QCOMPARE(f.window->size(), kPlace.size());
 }
 
@@ -271,7 +271,7 @@ void TestCustomMdiSubWindow::tileShownAgainOpensInItsOldSize()
 {
     Fixture f;
     f.clickCollapse();
-    // As when the workspace's page is left and come back to.
+    // As when the user leaves the workspace page and returns.
     f.area.hide();
     f.area.show();
     f.doubleClickBar();
@@ -435,7 +435,7 @@ void TestCustomMdiSubWindow::dragEndsWithTheRelease()
 {
     const Fixture f;
     f.drag(QPoint(25, 0));
-    // The window itself tracks the mouse; its bar would not hear of a move without a button.
+    // The window itself tracks the mouse; its bar would not see a move without a button.
     dragTo(f.window, f.bar()->mapToGlobal(QPoint(300, 10)), Qt::NoButton);
     QCOMPARE(f.window->pos(), kPlace.topLeft() + QPoint(25, 0));
 }
@@ -501,7 +501,7 @@ void TestCustomMdiSubWindow::pressOnTheBarActivates()
     QVERIFY(f.area.activeSubWindow() != first);
     QTest::mouseClick(firstBar, Qt::LeftButton, Qt::NoModifier, QPoint(10, 10));
     QCOMPARE(f.area.activeSubWindow(), first);
-    // So does a right press, which starts nothing else.
+    // So does a right press, which does nothing else.
     f.area.setActiveSubWindow(f.area.subWindowList().last());
     pressAt(firstBar, firstBar->mapToGlobal(QPoint(10, 10)), Qt::RightButton);
     releaseAt(firstBar, firstBar->mapToGlobal(QPoint(10, 10)), Qt::RightButton);
@@ -559,7 +559,7 @@ void TestCustomMdiSubWindow::windowCoversThoseBelow()
 
 void TestCustomMdiSubWindow::shellLetsItsWidgetsGoAtItsEnd()
 {
-    // Children get events on their way out; none may come back to the half destroyed window.
+    // Children get events while being destroyed; none may reach the half-destroyed window.
     Fixture f;
     f.content->spinBox->setFocus();
     delete f.window;

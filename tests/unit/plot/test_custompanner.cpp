@@ -24,7 +24,7 @@ QwtScaleDiv scaleDiv(double lower, double upper, const QList<double>& minor,
     return QwtScaleDiv(lower, upper, minor, {}, major);
 }
 
-/// How far the axis goes for a drag of `dx` pixels: whole steps, against the drag.
+/// How far the axis moves for a drag of `dx` pixels: whole steps, against the drag.
 double shiftFor(const QwtPlot& plot, int dx, double step)
 {
     const QwtScaleMap map = plot.canvasMap(QwtPlot::xBottom);
@@ -42,7 +42,7 @@ double meanMinorGap(const QwtPlot& plot)
     return sum / (minor.size() - 1);
 }
 
-/// What the platform has on its screen for the plot's window.
+/// The platform's screen contents for the plot's window.
 QImage onScreen(QWidget& plot)
 {
     QCoreApplication::processEvents();
@@ -167,7 +167,7 @@ void TestCustomPanner::dragMovesTheAxisOnceLiveAndVisibly()
     QCOMPARE(onScreen(*m_plot), during);
     QCOMPARE(librarysPan.count(), 0);
 
-    // The picture of the drag is the plot's own at these bounds.
+    // The picture during the drag is the plot's own at these bounds.
     m_plot->replot();
     QCOMPARE(onScreen(*m_plot), during);
 }
@@ -382,7 +382,7 @@ void TestCustomPanner::moveAfterTheReleaseChangesNothing()
 
 void TestCustomPanner::dragOfNoTimeIsNotSignalled()
 {
-    // So narrow that a double does not tell the times of neighbouring pixels apart.
+    // So narrow that a double cannot distinguish the times of neighbouring pixels.
     const QwtScaleDiv narrow = scaleDiv(double(kStart), double(kStart) + 0.001, {0.0, 1.0}, {});
     m_plot->setAxisScaleDiv(QwtPlot::xBottom, narrow);
     m_plot->replot();

@@ -11,7 +11,7 @@
 #include <QtTest>
 
 namespace {
-/// A parent that counts the double clicks that the bar has let through.
+/// A parent that counts the double clicks that reach it.
 class Parent : public QWidget
 {
 public:

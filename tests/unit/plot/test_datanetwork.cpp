@@ -309,7 +309,7 @@ void TestDataNetwork::noneChosenByHandEmptiesTheRow()
     f.combo(0)->setCurrentIndex(1);
     f.grid.setChannelList(kChannels);
     QCOMPARE(f.cells(0), kTwoReadings);
-    // The box stands on "none" already, so the choice does not change it.
+    // The box already shows "none", so the choice does not change it.
     QCOMPARE(f.combo(0)->currentIndex(), 0);
     f.combo(0)->showPopup();
     QTest::keyClick(f.combo(0)->view(), Qt::Key_Return);

@@ -186,7 +186,7 @@ void TestGraphicSettingWidget::pageIsLaidOutWithItsTools()
         titled = titled || label->text() == QStringLiteral("小工具");
     }
     QVERIFY(titled);
-    // Shut, the bar points to the right, where it opens.
+    // Closed, the bar points to the right, where it opens.
     bool pointsRight = false;
     const QImage arrow = QPixmap(QStringLiteral(":/dark/arrow_right.png"))
                              .scaled(15, 15, Qt::KeepAspectRatio, Qt::SmoothTransformation)
@@ -269,7 +269,7 @@ void TestGraphicSettingWidget::toolsAndWindowsShowTheirPictures()
     }
 }
 
-// The popups of the 80 boxes are most of a chart's widgets; a box that is styled anew makes its own.
+// The popups of the 80 boxes are most of a chart's widgets; restyling a box creates its popup.
 void TestGraphicSettingWidget::chartOpensWithoutMakingPopups()
 {
     Fixture f;
@@ -351,7 +351,7 @@ void TestGraphicSettingWidget::rebuildEmptiesChartsButNotGrids()
     QCOMPARE(combo(chart, 0)->currentIndex(), 0);
     QCOMPARE(cell(grid, 0, 2), QStringLiteral("2.00000"));
     QCOMPARE(combo(grid, 0)->currentIndex(), 0);
-    // The grid's row is not selected any more, so batches leave it alone.
+    // The grid's row is no longer selected, so batches ignore it.
     Fixture::send({reading(101, 3.0)});
     QCOMPARE(cell(grid, 0, 2), QStringLiteral("2.00000"));
 }
@@ -449,7 +449,7 @@ void TestGraphicSettingWidget::seriesThatWereRefusedAreRegisteredWhenTheStoreIsB
     QVERIFY(store.refusesReadings());
     QVERIFY(inTheWay.remove());
 
-    // It is asked now and then, not with each batch.
+    // It is asked from time to time, not with each batch.
     const auto isBack = [&ids] {
         if (ids().first() == -1) {
             Fixture::send({reading(102, 2.0)});
@@ -566,7 +566,7 @@ void TestGraphicSettingWidget::pageMayEndWithOpenWindows()
     f.reset();
     QVERIFY(!chart);
     QVERIFY(!grid);
-    // The batches of a thread that is still running go nowhere.
+    // Batches from a thread that is still running are dropped.
     Fixture::send({reading(101, 1.0)});
     QCOMPARE(series->count(), 0);
 }
@@ -590,7 +590,7 @@ void TestGraphicSettingWidget::activationRepaintsAllBorders()
     CustomMdiSubWindow* second = f.openGrid();
     second->move(500, 300);
     const auto borderOnScreen = [&](const CustomMdiSubWindow* window) {
-        // What the last paint has left, not a new picture.
+        // What the last paint left, not a new picture.
         return f.page.screen()
             ->grabWindow(f.page.winId())
             .toImage()

@@ -39,7 +39,7 @@ public:
     GroupedHeaderView* header;
 };
 
-/// What the bright pixels in `area` cover.
+/// The area covered by bright pixels in `area`.
 QRect textBounds(const QImage& image, const QRect& area)
 {
     QRect bounds;
@@ -122,7 +122,7 @@ void TestGroupedHeaderView::eachGroupIsOneMergedCell()
     table.show();
     QVERIFY(QTest::qWaitForWindowExposed(&table));
     const QImage image = table.headerImage();
-    // The top row holds no text: the groups' fill runs on over the borders between their sections.
+    // The top row has no text: the groups' fill continues over the borders between their sections.
     for (int x = 0; x < 8 * kSectionWidth; ++x) {
         QCOMPARE(image.pixelColor(x, 1), kGroupFill);
         QCOMPARE(image.pixelColor(x, kLineY - 2), kGroupFill);
@@ -136,8 +136,8 @@ void TestGroupedHeaderView::titleStandsInTheMiddleOfItsGroup()
     table.show();
     QVERIFY(QTest::qWaitForWindowExposed(&table));
     const QImage image = table.headerImage();
-    // The first group spans 0 to 239, the second 240 to 639: the middles lie in other sections than
-    // the groups' first.
+    // The first group spans 0 to 239, the second 240 to 639: their middles are in sections other
+    // than their first.
     QVERIFY(hasTextPixel(image, QRect(100, 0, 40, kLineY - 1)));
     QVERIFY(!hasTextPixel(image, QRect(0, 0, 70, kLineY - 1)));
     QVERIFY(hasTextPixel(image, QRect(420, 0, 40, kLineY - 1)));

@@ -32,7 +32,7 @@ struct View
     double top = 100.0;
 };
 
-/// Number of pixels that something has been drawn on.
+/// Number of pixels drawn on.
 int drawnPixels(const QImage& image)
 {
     int drawn = 0;

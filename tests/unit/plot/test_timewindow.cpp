@@ -54,7 +54,7 @@ void TestTimeWindow::readingAtTheEdgeScrolls()
     compare(window.follow(kFirst + 60000), kFirst, kFirst + 60000);
     QVERIFY(!window.isFilling());
     compare(window.follow(kFirst + 61000), kFirst + 1000, kFirst + 61000);
-    // Once it scrolls it goes back with an earlier reading, too.
+    // Once it scrolls, an earlier reading also moves it back.
     compare(window.follow(kFirst + 500), kFirst - 59500, kFirst + 500);
 }
 

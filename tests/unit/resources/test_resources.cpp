@@ -123,7 +123,7 @@ void TestResources::styleSheetIsPlainText()
     QVERIFY(file.open(QIODevice::ReadOnly | QIODevice::Text));
     const QByteArray bytes = file.readAll();
     QVERIFY(bytes.size() > 10000);
-    // What stands behind a NUL byte would not be taken as part of the sheet.
+    // Text after a NUL byte would not be part of the sheet.
     QVERIFY(!bytes.contains('\0'));
     QCOMPARE(QString::fromUtf8(bytes).toUtf8(), bytes);
 }
@@ -167,7 +167,7 @@ void TestResources::buttonStylesChooseByName()
     named.setGeometry(0, 0, 100, 40);
     bar.resize(100, 40);
     bar.show();
-    // Flat: the ground of the bar shows through.
+    // Flat: the bar's background shows through.
     QCOMPARE(bar.grab().toImage().pixelColor(50, 20), QColor(43, 43, 43));
     named.setDown(true);
     QCOMPARE(bar.grab().toImage().pixelColor(50, 20), QColor(23, 23, 23));

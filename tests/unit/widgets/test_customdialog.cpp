@@ -41,8 +41,8 @@ QPushButton* closeButton(const CustomDialog& dialog)
     return nullptr;
 }
 
-/// A mouse event at a place given in the dialog's coordinates; the screen stands still while the
-/// dialog moves under the pointer.
+/// A mouse event at a point in the dialog's coordinates; the screen stays fixed while the dialog
+/// moves under the pointer.
 void sendMouse(CustomDialog& dialog, QEvent::Type type, const QPoint& global,
                Qt::MouseButton button, Qt::MouseButtons buttons)
 {
@@ -97,7 +97,7 @@ void TestCustomDialog::closeButtonIsFlatAndWhite()
     QVERIFY(button);
     QCOMPARE(button->minimumSize(), button->maximumSize());
     QCOMPARE(button->palette().color(QPalette::ButtonText), QColor(Qt::white));
-    // No face and no border: the ground of the title bar goes through to the button's corners.
+    // No face and no border: the title bar's background reaches the button's corners.
     const QImage image = dialog.grab().toImage();
     const QPoint corner = button->mapTo(&dialog, QPoint(0, 0));
     const QColor ground = image.pixelColor(corner - QPoint(3, 0));

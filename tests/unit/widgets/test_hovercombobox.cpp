@@ -7,7 +7,7 @@
 
 namespace {
 
-/// Counts how often the popup is asked for.
+/// Counts requests for the popup.
 class CountingBox : public HoverComboBox
 {
 public:

@@ -43,7 +43,7 @@ QIcon solidIcon(const QColor& colour)
     return QIcon(pixmap);
 }
 
-/// The rectangle of the pixels for which the test holds.
+/// Bounding rectangle of the pixels that satisfy the predicate.
 template <typename Test>
 QRect areaOf(const QImage& image, const Test& test)
 {
@@ -63,7 +63,7 @@ QRect colourArea(const QImage& image, const QColor& colour)
     return areaOf(image, [&colour](const QColor& pixel) { return pixel == colour; });
 }
 
-/// The text is painted in pure green; its edges are blended with the face of the button.
+/// The text is pure green; its edges blend with the button's face.
 QRect textArea(const QImage& image)
 {
     return areaOf(image, [](const QColor& pixel) {

@@ -9,7 +9,7 @@ namespace {
 
 const QString kLong = QString(QStringLiteral("/a-folder-with-a-name")).repeated(20);
 
-/// Rows of the picture that hold any of the text.
+/// Rows of the picture that contain text.
 int inkedRows(PathLabel& label)
 {
     const QImage picture = label.grab().toImage();
@@ -27,7 +27,7 @@ int inkedRows(PathLabel& label)
 
 } // namespace
 
-/// Labels of paths, which have any length.
+/// Path labels, for paths of any length.
 class TestPathLabel : public QObject
 {
     Q_OBJECT

@@ -16,7 +16,7 @@ private slots:
 
 namespace {
 
-/// The rectangle of all pixels that the text has coloured.
+/// Bounding rectangle of all pixels coloured by the text.
 QRect inkOf(QWidget& label)
 {
     const QImage image = label.grab().toImage();
@@ -81,7 +81,7 @@ void TestRotatedLabel::verticalTextRunsDownwards()
     QVERIFY(vertical.height() > vertical.width());
     QVERIFY(qAbs(vertical.height() - horizontal.width()) <= 2);
     QVERIFY(qAbs(vertical.center().y() - 100) <= 2);
-    // Turned to the right by 90 degrees, the foot of the letters is on the left.
+    // Rotated 90 degrees to the right, the letters' feet are on the left.
     QVERIFY(vertical.right() < 30);
 }
 

@@ -526,11 +526,11 @@ void TestTimeColumn::guardDoesNotOutliveAChangeThatChangesNothing()
     m_edit->setCursorPosition(1);
     QTest::keyClick(m_edit, Qt::Key_Backspace);
     QCOMPARE(m_edit->text(), QStringLiteral("00"));
-    // The digits read 00 already, so that this changes the value but not the text.
+    // The digits already read 00, so this changes the value but not the text.
     m_column->setValue(0);
     QCOMPARE(m_column->value(), 0);
     QCOMPARE(m_edit->cursorPosition(), 2);
-    // One change of the text: a guard that had been left behind would let it through.
+    // One change of the text: a leftover guard would let it through.
     m_edit->selectAll();
     m_edit->insert(QStringLiteral("x"));
     QCOMPARE(m_edit->text(), QString());
