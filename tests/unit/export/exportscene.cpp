@@ -21,7 +21,7 @@ qint64 timeOf(const QPointF& sample)
     return static_cast<qint64>(sample.x());
 }
 
-/// Where two texts part, in words.
+/// Where two texts start to differ, in words.
 QString firstDifference(const QByteArray& written, const QByteArray& expected)
 {
     const auto sizes = std::min(written.size(), expected.size());

@@ -17,7 +17,7 @@
 
 class CsvExportFromDBThread;
 
-/// What one export is asked for.
+/// The parameters of one export.
 struct ExportOrder
 {
     CurveDataDB* store = nullptr;
@@ -31,23 +31,23 @@ struct ExportOrder
     int rowsPerBlock = 0; ///< 0: as many as there are unless set
 };
 
-/// What came of it.
+/// The outcome.
 struct ExportOutcome
 {
     ExportResult result = ExportSuccess;
     QStringList files;
-    int finished = 0; ///< How often the end was told.
+    int finished = 0; ///< How often the end was reported.
     QVector<qlonglong> progress;
     QVector<qlonglong> totals;
     QStringList log; ///< With levels.
 };
 
-/// Runs an export to its end and keeps its log lines off the terminal. `atProgress` is called in
-/// the exporting thread, between two rows, each time progress is told.
+/// Runs an export to its end, keeping its log lines off the terminal. `atProgress` is called in the
+/// exporting thread, between two rows, at each progress report.
 ExportOutcome runExport(const ExportOrder& order,
                         const std::function<void(CsvExportFromDBThread&)>& atProgress = {});
 
-/// The contents of the parts in a directory, by their numbers.
+/// The contents of the parts in a directory, by number.
 QMap<int, QByteArray> partsIn(const QString& directory);
 
 /// Samples `step` milliseconds apart.
@@ -62,7 +62,7 @@ struct DayCurve
 };
 
 /// A store at noon of 2026-03-10, whose past files the test writes, and a directory to export to.
-/// What was written is remembered, so that the export that it must give can be told.
+/// It remembers what was written, to predict the export.
 class ExportScene
 {
 public:
@@ -71,27 +71,26 @@ public:
     TestStore& store() { return *m_store; }
     QString outputDirectory() const { return m_output.path(); }
 
-    /// Makes curves known to the store, with these ids, through today's file.
+    /// Registers curves with these ids, through today's file.
     void know(const QMap<int, QString>& curves);
 
-    /// Writes curves to the file of a day, "yyyyMMdd", in batches of six hours from its local
-    /// midnight.
+    /// Writes curves to the file of a day, "yyyyMMdd", in six-hour batches from its local midnight.
     void addDay(const char* key, const QVector<DayCurve>& curves);
 
     /// Stores a reading through the store and remembers it.
     void append(int curveId, qint64 timestamp, double value);
 
-    /// What of a curve was stored and must not come out.
+    /// The part of a curve that was stored but must not be exported.
     void forget(const QString& name, qint64 start, qint64 end);
 
     /// An export of these curves to the output directory.
     ExportOrder order(const QList<int>& ids, qint64 start, qint64 end);
 
-    /// The parts that an order must give.
+    /// The parts an order must produce.
     QVector<QByteArray> expectedParts(const ExportOrder& order);
 
-    /// Runs the order; gives what differs from the parts that it must give, empty if nothing does.
-    /// The output directory is emptied.
+    /// Runs the order; returns how it differs from the expected parts, empty if it does not. The
+    /// output directory is emptied.
     QString difference(const ExportOrder& order);
 
 private:

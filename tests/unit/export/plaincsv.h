@@ -6,10 +6,9 @@
 #include <QString>
 #include <QVector>
 
-// An export written out in the plainest way, by the C library: what the engine writes is compared
-// with it.
+// An export written in the plainest way, by the C library, as the reference for the engine's.
 
-/// A curve as it comes out: its name and its samples, x the time in milliseconds.
+/// A curve as exported: its name and its samples, x the time in milliseconds.
 struct PlainCurve
 {
     QString name;
@@ -19,7 +18,7 @@ struct PlainCurve
 /// "yyyy-MM-dd hh:mm:ss" of the local time.
 QByteArray plainTime(qint64 timestamp);
 
-/// The value with fifteen digits behind the point and an exponent.
+/// The value with fifteen decimals and an exponent.
 QByteArray plainValue(double value);
 
 /// The lines of a part above its data, with the byte order mark.

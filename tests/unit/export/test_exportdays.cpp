@@ -62,14 +62,14 @@ void TestExportDays::daysAreJoined()
     }
     QCOMPARE(scene.difference(scene.order({1, 2}, at("2026-01-12 00:00"), at("2026-01-15 23:59"))),
              QString());
-    // Parts of the first and of the last day.
+    // Part of the first and part of the last day.
     QCOMPARE(scene.difference(scene.order({1, 2}, at("2026-01-12 12:10"), at("2026-01-15 06:20"))),
              QString());
     QCOMPARE(scene.difference(scene.order({1, 2}, at("2026-01-13 00:00"), at("2026-01-13 12:00"))),
              QString());
 }
 
-/// The same names have other ids in other files, and the ids other names.
+/// The same names have different ids in other files, and the ids different names.
 void TestExportDays::idsBelongToTheFile()
 {
     ExportScene scene;
@@ -128,14 +128,14 @@ void TestExportDays::fileWithoutTheCurveIsLeftOut()
     scene.know({{1, text("101(V)")}, {2, text("102(V)")}});
     scene.addDay("20260112", {{1, text("101(V)"), samplesFrom(at("2026-01-12 08:00"), 5)}});
     scene.addDay("20260113", {{1, text("102(V)"), samplesFrom(at("2026-01-13 08:00"), 6)}});
-    // A file that has just been made has no catalogue yet.
+    // A file just created has no catalogue yet.
     QFile empty(scene.store().path("20260114"));
     QVERIFY(empty.open(QIODevice::WriteOnly));
     QCOMPARE(scene.difference(scene.order({1, 2}, at("2026-01-12 00:00"), at("2026-01-14 23:59"))),
              QString());
 }
 
-/// An id that was given anew finds the tables of the curve that had it before.
+/// A reused id finds the tables of the curve that had it before.
 void TestExportDays::tableOfAnEarlierCurveIsLeftOut()
 {
     ExportScene scene;
@@ -189,8 +189,8 @@ void TestExportDays::tablesComeInTheOrderOfTime()
     QCOMPARE(partsIn(scene.outputDirectory()).value(1), ordered.expectedParts(order).first());
 }
 
-/// An instrument whose clock is ahead: its readings lie in the file of the day on which they came,
-/// in tables of days that have no file, or that have one of their own.
+/// An instrument whose clock is ahead: its readings are in the file of the day they arrived, in
+/// tables of days that have no file or one of their own.
 void TestExportDays::readingsFromTheFuture()
 {
     ExportScene scene;
@@ -205,7 +205,7 @@ void TestExportDays::readingsFromTheFuture()
     QVERIFY(!QFile::exists(scene.store().path("20260311")));
     ExportOrder order = scene.order({1, 2}, at("2026-03-10 00:00"), at("2026-03-12 23:59"));
     QCOMPARE(scene.difference(order), QString());
-    // When the days have come, they have no files.
+    // Later these days have no files.
     setPresent(now + 5 * kDayMs);
     scene.know({{1, text("101(V)")}, {2, text("102(V)")}});
     order.store = scene.store().get();
@@ -219,7 +219,7 @@ void TestExportDays::readingsFromTheFuture()
               .arg(table, scene.store().path("20260310"))}) {
         QVERIFY2(log.contains(line), qPrintable(log.join(QLatin1Char('\n'))));
     }
-    // Or one, with other ids, and readings of other batches.
+    // Or one, with different ids, and readings of other batches.
     scene.addDay("20260311", {{2, text("101(V)"), samplesFrom(at("2026-03-11 03:00"), 4)},
                               {1, text("102(V)"), samplesFrom(at("2026-03-11 18:30"), 4)}});
     QCOMPARE(scene.difference(order), QString());
@@ -253,7 +253,7 @@ void TestExportDays::dayWithAChangeOfTheClock()
     const ExportOrder order = scene.order({1, 2}, start, end - 1000);
     QCOMPARE(scene.difference(order), QString());
     QCOMPARE(scene.expectedParts(order).first().count('\n'), 6 + hours * 6);
-    // Within the hour that comes twice, or that does not come.
+    // Within the hour that occurs twice, or not at all.
     QCOMPARE(scene.difference(scene.order({1, 2}, start + kHourMs, start + 4 * kHourMs)),
              QString());
 }
@@ -278,7 +278,7 @@ void TestExportDays::moreFilesThanThePoolKeeps()
     }
 }
 
-/// A batch that encloses the range is found too.
+/// A batch that encloses the range is found, too.
 void TestExportDays::rangeWithinOneFile()
 {
     ExportScene scene;

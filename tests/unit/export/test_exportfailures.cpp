@@ -30,7 +30,7 @@ qint64 at(const char* timeOfDay)
     return localTime(QByteArray("2026-01-12 ").append(timeOfDay).append(".000").constData());
 }
 
-/// Two days with two curves. What is read ahead is far from the end of a day.
+/// Two days with two curves, long enough that reading ahead stays far from the end of a day.
 ExportOrder twoDays(ExportScene& scene)
 {
     constexpr int kRowsPerBlock = 50;
@@ -49,8 +49,8 @@ ExportOrder twoDays(ExportScene& scene)
 
 } // namespace
 
-/// Stores that fail under an export. It ends with ExportDbError and leaves nothing; a shorter file
-/// is never a success.
+/// Stores that fail during an export. It ends with ExportDbError and leaves nothing; a truncated
+/// file is never a success.
 class TestExportFailures : public QObject
 {
     Q_OBJECT
@@ -92,7 +92,7 @@ void TestExportFailures::expectDbError(const ExportOutcome& outcome, const Expor
     QVERIFY(QDir(scene.outputDirectory()).isEmpty());
 }
 
-/// Does something to the store when the first hundred rows are written.
+/// Changes the store once the first hundred rows are written.
 void TestExportFailures::expectDbErrorAfter(const Interference& interference)
 {
     ExportScene scene;
@@ -165,7 +165,7 @@ void TestExportFailures::connectionClosedUnderACursor()
     });
 }
 
-/// A scan that is started clears the store, and waits for nobody.
+/// Starting a scan clears the store and waits for no one.
 void TestExportFailures::storeClearedUnderAnExport()
 {
     ExportScene scene;
@@ -200,7 +200,7 @@ void TestExportFailures::readingFailsInTheMidst()
     });
 }
 
-/// The last pages of a file, in which its last rows lie, are overwritten.
+/// Overwrites the last pages of a file, where its last rows are.
 void TestExportFailures::damagedTable()
 {
     constexpr int kBytes = 16384;
@@ -257,7 +257,7 @@ void TestExportFailures::unreadableTable()
     expectDbError(runExport(order), scene);
 }
 
-/// The table of a day that has no file is looked up in the file that lists it.
+/// The table of a day without a file is looked up in the file that lists it.
 void TestExportFailures::lookUpThatFails()
 {
     ExportScene scene;
@@ -289,7 +289,7 @@ void TestExportFailures::lockedFile()
     QCOMPARE(scene.difference(order), QString());
 }
 
-/// Between the listing of the tables and their reading.
+/// Between listing the tables and reading them.
 void TestExportFailures::fileLockedUnderACursor()
 {
     m_lockWaits.forget();

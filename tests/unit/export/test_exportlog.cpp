@@ -34,7 +34,7 @@ ExportOrder oneDay(ExportScene& scene)
     return scene.order({1}, at("2026-01-12 00:00"), at("2026-01-12 23:59"));
 }
 
-/// What an order logs, without what its export must not fail with.
+/// The log of an order whose export must succeed.
 QStringList logOf(ExportScene& scene, const ExportOrder& order, ExportResult result = ExportSuccess)
 {
     const ExportOutcome outcome = runExport(order);
@@ -49,8 +49,8 @@ QStringList logOf(ExportScene& scene, const ExportOrder& order, ExportResult res
 
 } // namespace
 
-/// What an export logs of tables and files that it does not find, word for word and with its level,
-/// and what it exports nevertheless.
+/// The log lines of an export about missing tables and files, word for word with their level, and
+/// what it exports nevertheless.
 class TestExportLog : public QObject
 {
     Q_OBJECT
@@ -104,7 +104,7 @@ void TestExportLog::dayWithoutAFile()
                  kEnd);
 }
 
-/// And one that has the curve, but no batch in the range.
+/// And one that has the curve but no batch in the range.
 void TestExportLog::fileWithoutTheCurve()
 {
     ExportScene scene;
@@ -120,7 +120,7 @@ void TestExportLog::fileWithoutTheCurve()
                                    kEnd));
 }
 
-/// A directory stands in its place.
+/// A directory is in its place.
 void TestExportLog::fileThatCannotBeOpened()
 {
     ExportScene scene;
@@ -153,7 +153,7 @@ void TestExportLog::fileThatCannotBeOpenedLater()
     QVERIFY(QDir(scene.outputDirectory()).isEmpty());
 }
 
-/// A file whose making was cut off holds no data, and keeps none of the others' back.
+/// A file whose creation was interrupted holds no data, and does not hide the others'.
 void TestExportLog::fileWithoutItsBatches()
 {
     ExportScene scene;
@@ -240,7 +240,7 @@ void TestExportLog::lookUpThatFails()
              qPrintable(log.join(QLatin1Char('\n'))));
 }
 
-/// Its batch lies in the range.
+/// Its batch is in the range.
 void TestExportLog::tableWithoutSamples()
 {
     ExportScene scene;

@@ -49,7 +49,7 @@ QStringList filesIn(const QString& directory)
 
 } // namespace
 
-/// How an export ends, what it tells, and what it leaves.
+/// How an export ends, what it reports, and what it leaves.
 class TestExportOutcomes : public QObject
 {
     Q_OBJECT
@@ -153,7 +153,7 @@ void TestExportOutcomes::progressIsToldEachHundredRows()
     QCOMPARE(outcome.totals, QVector<qlonglong>(5, -1));
 }
 
-/// Counted in each part, while the export goes on.
+/// Counted in each part during the export.
 void TestExportOutcomes::rowsReachTheFileByTheThousand()
 {
     constexpr int kHeaderLines = 6;
@@ -179,7 +179,7 @@ void TestExportOutcomes::rowsReachTheFileByTheThousand()
     QCOMPARE(partsIn(scene.outputDirectory()).values().toVector(), scene.expectedParts(order));
 }
 
-/// Whoever ends the queries of a connection leaves those of an export alone.
+/// Ending the queries of a connection leaves those of an export alone.
 void TestExportOutcomes::queriesAreTheExportsOwn()
 {
     ExportScene scene;
@@ -237,7 +237,7 @@ void TestExportOutcomes::secondStartIsRefused()
     QCOMPARE(partsIn(scene.outputDirectory()).value(1), scene.expectedParts(order).first());
 }
 
-/// Before the thread has come to run.
+/// Before the thread starts running.
 void TestExportOutcomes::secondStartAtOnceIsRefused()
 {
     ExportScene scene;
@@ -252,7 +252,7 @@ void TestExportOutcomes::secondStartAtOnceIsRefused()
     QCOMPARE(finished.size(), 1);
 }
 
-/// The thread goes on for a moment after it has told the end.
+/// The thread continues briefly after reporting the end.
 void TestExportOutcomes::startRightAfterTheEnd()
 {
     ExportScene scene;
@@ -295,7 +295,7 @@ void TestExportOutcomes::stopInTheMidst()
     QCOMPARE(outcome.result, ExportCancelled);
     QCOMPARE(outcome.progress, QVector<qlonglong>{99}); // it goes no further than the row
     QVERIFY(outcome.files.isEmpty());
-    // The reading ahead may have come to its end and told so.
+    // Reading ahead may have reached its end and reported so.
     QCOMPARE(outcome.log.constLast(), text("debug: [导出线程] 收到停止信号，终止导出"));
     QCOMPARE(outcome.log.filter(text("debug: ")), outcome.log);
     QCOMPARE(filesIn(scene.outputDirectory()), QStringList());
@@ -381,7 +381,7 @@ void TestExportOutcomes::directoryThatCannotBeMade()
     QCOMPARE(filesIn(scene.outputDirectory()), QStringList{text("file")});
 }
 
-/// A file takes the place of the directory between two parts; the first part went with it.
+/// A file replaces the directory between two parts; the first part is gone with it.
 void TestExportOutcomes::directoryReplacedByAFile()
 {
     ExportScene scene;
@@ -401,7 +401,7 @@ void TestExportOutcomes::directoryReplacedByAFile()
     QCOMPARE(filesIn(scene.outputDirectory()), QStringList{text("chosen")});
 }
 
-/// What cannot be deleted is told; the rest goes.
+/// What cannot be deleted is reported; the rest goes.
 void TestExportOutcomes::remainsOfFailuresAreLogged()
 {
     ExportScene scene;

@@ -23,13 +23,13 @@ qint64 at(const char* timeOfDay)
     return localTime(QByteArray("2026-01-12 ").append(timeOfDay).append(".000").constData());
 }
 
-/// What is on the disk for the name of a part: the part's time, which the clock gives, is cut out.
+/// What is on the disk under a part's name, ignoring its time, which depends on the clock.
 QString withoutStamp(QString path)
 {
     return path.remove(QRegularExpression(QStringLiteral("\\d{14}(?=\\.[^.]*$)")));
 }
 
-/// One curve with so many samples on 2026-01-12.
+/// One curve with this many samples on 2026-01-12.
 ExportOrder oneCurve(ExportScene& scene, int samples)
 {
     scene.know({{1, text("101(V)")}});
@@ -39,7 +39,7 @@ ExportOrder oneCurve(ExportScene& scene, int samples)
 
 } // namespace
 
-/// The files of an export: their names, their header, and that none stays where none belongs.
+/// The files of an export: names, header, and that none is left where none belongs.
 class TestExportParts : public QObject
 {
     Q_OBJECT
@@ -206,7 +206,7 @@ void TestExportParts::pathsOfAllKinds()
     }
 }
 
-/// Between the choice of the path and the file, and between two parts.
+/// Between choosing the path and creating the file, and between two parts.
 void TestExportParts::directoryThatVanishedIsMadeAgain()
 {
     ExportScene scene;
@@ -261,7 +261,7 @@ void TestExportParts::partThatCannotBeCreatedTakesTheEarlierOnes()
              qPrintable(line));
 }
 
-/// Directories have the names that the second part can come to have.
+/// Directories have the names that the second part may get.
 void TestExportParts::secondPartThatCannotBeCreatedTakesTheFirst()
 {
     constexpr int kSeconds = 60;
@@ -287,8 +287,8 @@ void TestExportParts::secondPartThatCannotBeCreatedTakesTheFirst()
     QCOMPARE(QDir(scene.outputDirectory()).entryList(QDir::Files), QStringList());
 }
 
-/// The name in the list is read from the clock once more. With a clock that runs 20,000 times as
-/// fast most of them are ahead of the names of the files: those are what has to go.
+/// The listed name reads the clock again. With a clock 20,000 times as fast, most are ahead of the
+/// files' own names: these must be removed.
 void TestExportParts::listedNamesMayBeAheadOfTheFiles()
 {
     if (!qEnvironmentVariableIsSet(ChildScene::kMark)) {
@@ -322,8 +322,8 @@ void TestExportParts::listedNamesMayBeAheadOfTheFiles()
     QCOMPARE(directory.entryList(QDir::Files), QStringList());
 }
 
-/// As many rows as a part holds, and one less: a thousand, or the million that a part has without
-/// the seam in the long run.
+/// As many rows as a part holds, and one fewer: a thousand, or in the long run the million that a
+/// real part holds.
 void TestExportParts::fullPart()
 {
     constexpr int kMillion = 1000000;

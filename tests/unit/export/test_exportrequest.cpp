@@ -10,7 +10,7 @@ namespace {
 
 const QString kIdentity = QStringLiteral("MAKER SCN4070A SN:07 1.20");
 
-/// Moment of a text in a fixed offset from UTC, in seconds.
+/// The time of a text at a fixed offset from UTC, in seconds.
 qint64 momentAt(const QString& text, int offset)
 {
     QDateTime time = QDateTime::fromString(text, QStringLiteral("yyyy MM dd hh mm ss"));
@@ -22,7 +22,7 @@ constexpr int kHour = 3600;
 
 } // namespace
 
-/// The facts of an export that come from texts.
+/// What an export derives from texts.
 class TestExportRequest : public QObject
 {
     Q_OBJECT
@@ -143,7 +143,7 @@ void TestExportRequest::rangeIsBetweenTheTwoSeconds()
 
 void TestExportRequest::repeatedHourIsTakenWhole()
 {
-    // A run of 40 minutes that begins in the first of the two hours and ends in the second.
+    // A run of 40 minutes that starts in the first of the two hours and ends in the second.
     const QString start = QStringLiteral("2024 10 27 02 40 00");
     const QString end = QStringLiteral("2024 10 27 02 20 00");
     const ExportRange range = exportRange(start, end);

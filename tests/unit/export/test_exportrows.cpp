@@ -33,7 +33,7 @@ QMap<QString, QString> fullHeader()
 
 } // namespace
 
-/// What is exported, byte for byte, against files that the test writes from what it stored.
+/// The export byte for byte, against files the test writes from what it stored.
 class TestExportRows : public QObject
 {
     Q_OBJECT
@@ -93,7 +93,7 @@ void TestExportRows::firstCurveEndingEarlyEmptiesTheTimes()
         "\n3,2026-01-12 08:00:02,-1.500000000000000E+00,-1.500000000000000E+00"
         "\n4,,,-1.000000000000000E+00\n5,,,-5.000000000000000E-01\n"));
     QCOMPARE(scene.difference(order), QString());
-    // A first curve without any sample gives no times at all.
+    // A first curve without samples gives no times.
     ExportScene other;
     other.know({{1, text("101(V)")}, {2, text("102(V)")}});
     other.addDay(kDay, {{2, text("102(V)"), samplesFrom(at("08:00:00.000"), 5)}});
@@ -122,7 +122,7 @@ void TestExportRows::columnsFollowTheIds()
     scene.addDay(kDay, {{2, text("102(V)"), samplesFrom(at("08:00:00.000"), 4)},
                         {10, text("101(V)"), samplesFrom(at("08:00:00.300"), 5, 1700)},
                         {11, text("111(V)"), samplesFrom(at("09:00:00.000"), 6)}});
-    // Asked for in any order, and more than once; what the store does not know is left out.
+    // Requested in any order and more than once; what the store does not know is left out.
     QCOMPARE(
         scene.difference(scene.order({11, 99, 2, 10, 2}, at("00:00:00.000"), at("23:59:59.000"))),
         QString());
@@ -209,7 +209,7 @@ void TestExportRows::blocksLeaveNoTrace()
 {
     ExportScene scene;
     scene.know({{1, text("101(V)")}, {2, text("102(V)")}, {3, text("103(V)")}});
-    // Across a batch's edge, so that blocks end in every place of a table.
+    // Across a batch edge, so that blocks end anywhere in a table.
     scene.addDay(kDay, {{1, text("101(V)"), samplesFrom(at("11:59:47.000"), 28)},
                         {2, text("102(V)"), samplesFrom(at("11:59:52.000"), 35)},
                         {3, text("103(V)"), samplesFrom(at("11:59:59.000"), 1)}});
@@ -237,7 +237,7 @@ void TestExportRows::partsRepeatTheHeader()
         QCOMPARE(scene.expectedParts(order).size(), part[1]);
         QCOMPARE(scene.difference(order), QString());
     }
-    // As many rows as a part takes: the second has its header only.
+    // As many rows as a part holds: the second has only a header.
     order.rowsPerPart = 20;
     QCOMPARE(scene.expectedParts(order).last().count('\n'), 6);
 }

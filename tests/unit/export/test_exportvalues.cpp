@@ -58,8 +58,8 @@ QVector<double> specialValues()
     return values;
 }
 
-/// Whether a value has one digit more than the text, a five. Qt then rounds away from zero, and the
-/// C library to the even digit.
+/// Whether a value has exactly one digit more than the text, a five. Qt then rounds away from zero,
+/// the C library to the even digit.
 bool isHalfway(double value)
 {
     std::array<char, 64> digits{};
@@ -78,7 +78,7 @@ QVector<QPointF> samplesOf(const QVector<double>& values)
     return samples;
 }
 
-/// What the sqlite3 program answers.
+/// The sqlite3 program's answer.
 QByteArray askSqlite(const QString& path, const QString& sql)
 {
     QProcess program;
@@ -91,7 +91,7 @@ QByteArray askSqlite(const QString& path, const QString& sql)
 
 } // namespace
 
-/// Every stored value comes out as the C library writes it.
+/// Every stored value is exported as the C library writes it.
 class TestExportValues : public QObject
 {
     Q_OBJECT
@@ -171,7 +171,7 @@ void TestExportValues::valuesComeOutAsStored()
     compareValues(values, partsIn(scene.outputDirectory()).value(1));
 }
 
-/// Rows and cells against what another program counts in the file that they come from.
+/// Rows and cells against another program's counts in the source file.
 void TestExportValues::countsAreThoseOfTheFiles()
 {
     constexpr int kCurves = 7;
@@ -250,7 +250,7 @@ void TestExportValues::localesChangeNothing()
     ExportOrder order = scene.order({1, 1234}, localTime("2026-01-12 00:00:00.000"),
                                     localTime("2026-01-12 23:59:59.000"));
     const QVector<QByteArray> expected = scene.expectedParts(order);
-    // The C library's own is set where the system has it.
+    // The C library's locale is set if the system has it.
     std::setlocale(LC_ALL, (locale + text(".UTF-8")).toLatin1().constData());
     QLocale::setDefault(QLocale(locale));
     const auto outcome = runExport(order);

@@ -3,7 +3,7 @@
 
 #include <QTest>
 
-/// Texts from outside become names of files.
+/// External texts become file names.
 class TestFileName : public QObject
 {
     Q_OBJECT

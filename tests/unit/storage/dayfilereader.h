@@ -3,24 +3,24 @@
 #include <QString>
 #include <QStringList>
 
-/// Reads and changes day files through SQLite's own interface, so that what the store wrote is not
-/// read back by the store.
+/// Reads and changes day files through SQLite's own interface, so that the store does not check
+/// itself.
 namespace dayfile {
 
 /// The rows of a query, columns joined by "|", a null column as "NULL". A failure is one row that
 /// starts with "error: ".
 QStringList rows(const QString& path, const QString& sql);
 
-/// Runs statements; gives the error text, empty on success.
+/// Runs statements; returns the error text, empty on success.
 QString execute(const QString& path, const QString& sql);
 
-/// Every row of every table but SQLite's own, each as "table: columns", tables by name, the rows of
-/// a table in the order of their ids.
+/// Every row of every table except SQLite's own, each as "table: columns", tables by name, rows by
+/// id.
 QStringList dump(const QString& path);
 
 } // namespace dayfile
 
-/// Holds a lock on a day file, as another process would, while it lives.
+/// Holds a lock on a day file, as another process would.
 class DayFileLock
 {
 public:

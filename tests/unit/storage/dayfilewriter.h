@@ -4,8 +4,8 @@
 #include <QString>
 #include <QVector>
 
-/// Writes a day file by plain SQL on a connection of its own, so that what the store reads back was
-/// not written by the store.
+/// Writes a day file by plain SQL on its own connection, so that the store reads what it did not
+/// write.
 class DayFileWriter
 {
 public:
@@ -24,7 +24,7 @@ public:
     void addBatch(int curveId, qint64 batchStart, const QString& tableName,
                   const QVector<QPointF>& points);
 
-    /// Any other statement. The test fails if it does.
+    /// Any other statement. The test fails if it fails.
     void execute(const QString& sql);
 
     /// "curve_1_batch_20260112_060000_20260112_115959".

@@ -31,7 +31,7 @@ int traceConnection(sqlite3* handle, char**, const void*)
     return sqlite3_trace_v2(handle, SQLITE_TRACE_STMT, &noteStatement, nullptr);
 }
 
-/// SQLite takes the address of such a function as that of one without arguments.
+/// SQLite takes such a function's address as one without arguments.
 void (*const kTraceConnection)() = reinterpret_cast<void (*)()>(&traceConnection);
 
 void setTracing(bool tracing)

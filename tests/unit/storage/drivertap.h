@@ -7,10 +7,10 @@
 class QSqlDatabase;
 struct sqlite3;
 
-// What is seen and done at the connection itself, below Qt's driver. The failures are such that no
-// file and no statement can bring about; they end with the object that made them.
+// Observes and disturbs the connection itself, below Qt's driver. The failures are ones that no
+// file or statement can cause; they end with the object.
 
-/// Writes down the statements that are run on the connections opened while it lives. One at a time.
+/// Records the statements run on connections opened while it exists. One at a time.
 class StatementTrace
 {
 public:
@@ -19,12 +19,12 @@ public:
     StatementTrace(const StatementTrace&) = delete;
     StatementTrace& operator=(const StatementTrace&) = delete;
 
-    /// The statements run since the last call, word for word. Qt names the
-    /// placeholders; here they are question marks again.
+    /// The statements since the last call, word for word. Qt names the placeholders; here they are
+    /// question marks again.
     QStringList take();
 };
 
-/// Notices whether two threads are inside a connection at a time, and gives them every chance.
+/// Detects two threads inside a connection at the same time, and gives them every chance.
 class CrowdedConnection
 {
 public:
@@ -43,7 +43,7 @@ private:
     std::atomic<bool> m_crowded{false};
 };
 
-/// Every statement of a connection is interrupted.
+/// Interrupts every statement of a connection.
 class InterruptedConnection
 {
 public:
@@ -56,7 +56,7 @@ private:
     sqlite3* m_handle;
 };
 
-/// No statement of a connection may read the tables named.
+/// Denies a connection's statements access to the named tables.
 class DeniedTables
 {
 public:
@@ -72,7 +72,7 @@ private:
     QStringList m_tables;
 };
 
-/// No transaction of a connection is committed.
+/// Prevents commits on a connection.
 class RefusedCommit
 {
 public:

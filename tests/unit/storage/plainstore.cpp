@@ -11,7 +11,7 @@
 
 namespace {
 
-/// Runs a statement with values; gives the first row, or nothing. The result tells about success.
+/// Runs a statement with values; returns the first row, or nothing, and whether it succeeded.
 QVector<QVariant> run(sqlite3* db, const QString& sql, const QVector<QVariant>& values,
                       bool* ok = nullptr, QVector<QVector<QVariant>>* all = nullptr)
 {
@@ -270,7 +270,7 @@ void PlainStore::saveMetadata()
     sqlite3* db = open(m_currentPath);
     run(db, QStringLiteral("BEGIN"), {});
     for (auto it = m_extremes.constBegin(); it != m_extremes.constEnd(); ++it) {
-        // Ids that the file does not know have no row there.
+        // Ids unknown to the file have no row there.
         if (run(db, QStringLiteral("SELECT 1 FROM curve_info WHERE curve_id = ?"), {it.key()})
                 .isEmpty()) {
             continue;

@@ -5,9 +5,9 @@
 
 struct sqlite3;
 
-/// The store's writing, written out once more in the plainest way: every step of every reading by
-/// its own statement on SQLite's own interface, nothing kept, nothing skipped. What CurveDataDB
-/// leaves in its files is compared with what this leaves in its own.
+/// A plain version of the store's writing: every step of every reading is a statement of its own on
+/// SQLite's own interface, nothing kept, nothing skipped. What CurveDataDB leaves in its files is
+/// compared with this.
 class PlainStore
 {
 public:

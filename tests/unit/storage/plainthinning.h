@@ -3,8 +3,7 @@
 #include <QPointF>
 #include <QVector>
 
-/// The thinning of too many points, written out the plain way: what the store and the series give is
-/// compared with it.
+/// A plain version of the thinning, as the reference for the store's and the series'.
 inline QVector<QPointF> thinned(const QVector<QPointF>& source, int maxPoints)
 {
     if (maxPoints <= 0 || source.size() <= maxPoints) {

@@ -2,8 +2,7 @@
 
 #include <QRandomGenerator>
 
-/// How many random cases a comparison with a model takes: 500, or what the environment variable
-/// SCN_RANDOM_CASES says, for a longer run.
+/// Number of random cases in a comparison with a model: 500, or SCN_RANDOM_CASES for a longer run.
 inline int randomCaseCount()
 {
     bool given = false;
@@ -11,8 +10,7 @@ inline int randomCaseCount()
     return given && count > 0 ? count : 500;
 }
 
-/// The seed of the cases, printed so that a failure can be repeated by giving it as
-/// SCN_RANDOM_SEED.
+/// The seed of the cases, printed so that SCN_RANDOM_SEED can repeat a failure.
 inline quint32 randomSeed()
 {
     bool given = false;

@@ -14,8 +14,8 @@ struct ModelDay
     QVector<QVector<QPointF>> batches;
 };
 
-/// What a read gives, by looking at every point there is. `visited` has the keys of the days whose
-/// files are looked into.
+/// The result of a read, found by looking at every point. `visited` has the keys of the days whose
+/// files are opened.
 inline QVector<QPointF> modelRead(const QVector<ModelDay>& days, const QSet<QString>& visited,
                                   qint64 start, qint64 end, int maxPoints)
 {

@@ -28,7 +28,7 @@ ChildScene::ChildScene(const QString& function, const QVector<QPair<QString, QSt
         child.waitForFinished();
     }
     m_output = QString::fromUtf8(child.readAll());
-    // Two more than the function count as passed: what is called first and last.
+    // Two more than the function count as passed: the initial and the final call.
     m_passed = child.exitStatus() == QProcess::NormalExit && child.exitCode() == 0 &&
                m_output.contains(QStringLiteral("Totals: 3 passed, 0 failed, 0 skipped"));
 }

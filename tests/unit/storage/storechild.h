@@ -4,12 +4,12 @@
 #include <QString>
 #include <QVector>
 
-/// One test function of this program, run in a process of its own that has further environment
-/// variables: a zone or a clock that cannot be changed under a running program.
+/// Runs one test function of this program in its own process with extra environment variables: a
+/// zone or clock that cannot be changed in a running program.
 class ChildScene
 {
 public:
-    /// Set in the environment of such a process.
+    /// Set in such a process's environment.
     static constexpr const char* kMark = "SCN_CHILD_SCENE";
 
     ChildScene(const QString& function, const QVector<QPair<QString, QString>>& environment);

@@ -142,13 +142,13 @@ void TestConnectionPool::livesOnTheGuiThreadWhoeverAsksFirst()
         return std::count_if(timers.begin(), timers.end(),
                              [](QTimer* timer) { return timer->isActive(); });
     };
-    // The first cleanup of this program stops the timer again, so this test comes first.
+    // This program's first cleanup stops the timer, so this test comes first.
     QTRY_COMPARE(active(), 1);
     QTimer* running = timers.at(0)->isActive() ? timers.at(0) : timers.at(1);
     QCOMPARE(running->interval(), 14400000);
     QVERIFY(!running->isSingleShot());
 
-    // The four hours are not waited for.
+    // The test does not wait the four hours.
     const LogCapture log;
     running->setInterval(1);
     QTRY_VERIFY(log.lines().contains(QStringLiteral("debug: 连接池清理超时连接数： 0")));
@@ -195,7 +195,7 @@ void TestConnectionPool::roleOutlivesMidnight()
 
 void TestConnectionPool::leftoverLogIsFoldedIn()
 {
-    // What a program that was killed yesterday leaves behind: copies of the files of a live one.
+    // What a program killed yesterday leaves behind: copies of a running one's files.
     {
         const auto db = ConnectionPool::instance().acquireConnection(path(kToday));
         QVERIFY(ManagedQuery(*db).exec(QStringLiteral("CREATE TABLE t (v INTEGER)")));
@@ -487,7 +487,8 @@ void TestConnectionPool::closeAllClosesEverything()
     QVERIFY(!QFile::exists(path(kToday) + QStringLiteral("-wal")));
 }
 
-/// Taken from the pool unclosed, it would be open until the end, beside the next one to its file.
+/// If it left the pool unclosed, it would stay open to the end, beside the next connection to its
+/// file.
 void TestConnectionPool::connectionOpenedWhileAllAreClosedStays()
 {
     ConnectionPool& pool = ConnectionPool::instance();
@@ -615,8 +616,8 @@ void TestConnectionPool::firstOfEqualsIsEvicted()
     QVERIFY(QSqlDatabase::contains(second));
 }
 
-/// A read of more files than the pool keeps evicts one for each: events that came in there would let
-/// reads begin inside each other.
+/// A read of more files than the pool keeps evicts one for each: handling events there would nest
+/// reads.
 void TestConnectionPool::evictionFoldsInAndWaitsForNobody()
 {
     ConnectionPool& pool = ConnectionPool::instance();
@@ -696,7 +697,7 @@ void TestConnectionPool::closeForExitIsOrderlyAndQuick()
         const auto db = pool.acquireConnection(path(name));
         QVERIFY(ManagedQuery(*db).exec(QStringLiteral("CREATE TABLE t (v INTEGER)")));
     }
-    // One name that an expiry has left behind, one connection that is still held.
+    // One name left behind by an expiry, one connection still held.
     const QString expired =
         pool.acquireConnection(path(QStringLiteral("old.db")))->connectionName();
     const auto held = pool.acquireConnection(path(QStringLiteral("held.db")));

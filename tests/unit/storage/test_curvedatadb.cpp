@@ -282,7 +282,7 @@ void TestCurveDataDB::directoryThatCannotBeMadeLeavesAStoreWithoutFile()
     QVERIFY(log.lines().contains(QStringLiteral("critical: 数据库未打开，无法删除曲线数据")));
     store.flushAndDetach();
 
-    // When the directory can be had again, readings are stored again, a few seconds later.
+    // When the directory can be created again, readings are stored again a few seconds later.
     QVERIFY(QFile::remove(file));
     QCOMPARE(store.registerCurve(QStringLiteral("101(V)")), 1);
     store.appendPoint(1, localTime("2026-01-12 07:30:00.000"), 2.0);
@@ -350,7 +350,7 @@ void TestCurveDataDB::garbageFileIsReportedAndSurvived()
         QVERIFY(failures.at(2).startsWith(QStringLiteral("创建curve_metadata表失败:")));
         QCOMPARE(store->registerCurve(QStringLiteral("102(V)")), -1);
     }
-    // The file has been taken away: the curves are registered in a new one.
+    // The file has been removed: the curves are registered in a new one.
     QVERIFY(QFile::remove(store.path("20260113")));
     store->appendPoint(1, localTime("2026-01-13 09:29:30.000"), 3.0);
     QCOMPARE(infoRows(store.path("20260113")), QStringList{one("1|101(V)")});
@@ -538,8 +538,8 @@ void TestCurveDataDB::detachmentSavesExtremes()
              QStringList{one("1.0")});
 }
 
-/// The sweep comes every four hours. A file that only its writer uses has never been asked for
-/// again at the pool.
+/// The sweep runs every four hours. A file used only by its writer has not been requested from the
+/// pool again.
 void TestCurveDataDB::writerThatNobodyReadsIsNotSwept()
 {
     setPresent(localTime("2026-01-12 00:00:00.000"));
@@ -716,7 +716,7 @@ void TestCurveDataDB::refusalIsTold()
         store->appendPoint(1, late, 1.0);
         QCOMPARE(store->refusesReadings(), isRefusing);
     }
-    // A second reading of a millisecond is dropped, not refused; so is what is no number.
+    // A second reading in a millisecond is dropped, not refused; so is NaN.
     store->appendPoint(1, time, 1.0);
     store->appendPoint(1, time + 1, std::nan(""));
     QVERIFY(!store->refusesReadings());
@@ -737,13 +737,13 @@ void TestCurveDataDB::refusedRegistrationIsTold()
     QCOMPARE(store->registerCurveAtOnce(one("101(V)")), 1);
     store->appendPoint(1, localTime("2026-01-12 09:00:00.000"), 1.0);
     QVERIFY(!store->refusesReadings());
-    // A store that is being emptied drops readings; it does not refuse them.
+    // A store that is being cleared drops readings; it does not refuse them.
     store->clearAll();
     store->appendPoint(1, localTime("2026-01-12 09:00:00.000"), 1.0);
     QVERIFY(!store->refusesReadings());
 }
 
-/// While it closes, queued work of the thread comes to its end; that may open a file.
+/// While it closes, queued work of the thread finishes; that may open a file.
 void TestCurveDataDB::destructorClosesAlsoWhatIsOpenedMeanwhile()
 {
     const QTemporaryDir directory;

@@ -41,8 +41,8 @@ bool writeText(const QString& path)
     return file.open(QIODevice::WriteOnly) && file.write("x") == 1;
 }
 
-/// Makes a file impossible to delete while it lives. Root is stopped by the file's own flag only,
-/// others by the rights of the directory.
+/// Makes a file undeletable. Only the file's own flag stops root; the directory's permissions stop
+/// others.
 class UndeletableFile
 {
 public:
@@ -292,8 +292,8 @@ void TestCurveDataDBClear::readingsDuringAClearAreDropped()
                                      .arg(store.path("20260112"))));
 }
 
-/// A clear handles events before it forgets the curves: what reads then finds its file and cannot
-/// open it.
+/// A clear handles events before it forgets the curves: a read then finds its file but cannot open
+/// it.
 void TestCurveDataDBClear::readsInsideAClearPassOverTheFiles()
 {
     TestStore store;
@@ -324,7 +324,7 @@ void TestCurveDataDBClear::storeEndsDuringAClear()
 {
     const QTemporaryDir directory;
     auto store = std::make_unique<CurveDataDB>(directory.filePath(one("SN1_Data")));
-    // The deletion takes its time, so that it is under way when the store ends.
+    // The deletion takes a while, so it is in progress when the store ends.
     QVERIFY(writeText(store->dataDirectory() + one("/0.db")));
     const UndeletableFile resisting(store->dataDirectory() + one("/0.db"));
     QVERIFY(resisting.isMade());
@@ -426,7 +426,7 @@ void TestCurveDataDBClear::fileThatResistsIsLoggedAndLeft()
     QVERIFY(!QFile::exists(directory.filePath(one("b.db"))));
 }
 
-/// While a side file resists, those before it are gone and no database is.
+/// While a side file cannot be deleted, those before it are gone and no database is.
 void TestCurveDataDBClear::sideFilesGoBeforeTheDatabase()
 {
     const QTemporaryDir directory;
@@ -533,7 +533,7 @@ void TestCurveDataDBClear::failedDeletionIsRolledBack()
         QStringLiteral("warning: 查询曲线分片失败: \"no such table")));
 }
 
-/// Without its log a file cannot be committed to while somebody reads it.
+/// Without WAL a file cannot be committed to while someone reads it.
 void TestCurveDataDBClear::deletionThatCannotBeCommittedIsRolledBack()
 {
     TestStore store;
@@ -558,7 +558,7 @@ void TestCurveDataDBClear::deletionThatCannotBeCommittedIsRolledBack()
     }
     QCOMPARE(dayfile::dump(path), before);
     QCOMPARE(store->curveMetadata(1).maxValue, 1.0);
-    // The next reading is not part of a transaction that was left open.
+    // The next reading is not part of a leftover transaction.
     store->appendPoint(1, at("09:00:01"), 2.0);
     QCOMPARE(
         dayfile::rows(path, one("SELECT value FROM curve_1_batch_20260112_060000_20260112_115959")),
@@ -580,7 +580,7 @@ void TestCurveDataDBClear::deletedCurveGoesOn()
     QCOMPARE(dayfile::rows(path, one("SELECT min_value, max_value FROM curve_metadata")),
              QStringList{one("2.0|2.0")});
 
-    // A detachment saves the initial extremes over the nulls.
+    // Detaching saves the initial extremes over the nulls.
     QVERIFY(store->deleteCurveData(1));
     store->flushAndDetach();
     QCOMPARE(dayfile::rows(path, one("SELECT min_time, max_time FROM curve_metadata")),

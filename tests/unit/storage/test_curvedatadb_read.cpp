@@ -20,7 +20,7 @@ namespace {
 constexpr int kCurves = 20;
 constexpr qint64 kDayMs = 86400000;
 
-/// The store's present: late on a winter day, so that all day files of the tests are past.
+/// The store's current time: late on a winter day, so that all day files of the tests are past.
 qint64 presentTime()
 {
     static const qint64 time = localTime("2026-03-05 18:00:00.000");
@@ -41,7 +41,7 @@ QVector<QPointF> ramp(qint64 start, int size, qint64 step)
     return points;
 }
 
-/// Keys of the days that a read looks into: 24 hours after 24 hours from its start.
+/// Keys of the days whose files a read opens: every 24 hours from its start.
 QSet<QString> visitedDays(qint64 start, qint64 end)
 {
     QSet<QString> keys;
@@ -114,7 +114,7 @@ void TestCurveDataDBRead::initTestCase()
 {
     QVERIFY(m_directory.isValid());
     setStoreClock(&presentTime);
-    // Curves that the file knows already are registered without the pause that a new name costs.
+    // Curves already in the file are registered without the pause for a new name.
     DayFileWriter file(pathOf(QStringLiteral("20260305")));
     for (int curveId = 1; curveId <= kCurves; ++curveId) {
         file.addCurve(curveId, curveName(curveId));
@@ -320,7 +320,7 @@ void TestCurveDataDBRead::from23To01A24HoursLaterReadsBoth()
     DayFileWriter next(pathOf(QStringLiteral("20260115")));
     next.addCurve(1, curveName(1));
     next.addBatch(1, night, DayFileWriter::tableName(1, night), second);
-    // The step of a day is counted from the start: one millisecond short of it is too short.
+    // The step of a day counts from the start: one millisecond less is too short.
     const qint64 start = evening + 5 * kHourMs;
     QCOMPARE(read(1, start, start + kDayMs - 1), first);
     QCOMPARE(read(1, start, start + kDayMs), first + second);
@@ -367,7 +367,7 @@ void TestCurveDataDBRead::eachMissingFileHasItsLine()
 
 void TestCurveDataDBRead::timesToComeAreLookedForInTodaysFile()
 {
-    // A reading from the future lies in today's file, in a batch of its own date.
+    // A reading from the future is in today's file, in a batch of its own date.
     const qint64 tomorrow = presentTime() + kDayMs;
     m_store->appendPoint(20, tomorrow, 4.25);
     const LogCapture log;
@@ -469,7 +469,7 @@ void TestCurveDataDBRead::tableThatFailsAtOnceIsPassedOver()
         DayFileWriter file(pathOf(QStringLiteral("20260121")));
         file.addCurve(1, curveName(1));
         file.addBatchRow(1, start, broken);
-        // The value is computed when it is read, and the smallest integer has no absolute value.
+        // The value is computed on reading, and the smallest integer has no absolute value.
         file.execute(QStringLiteral("CREATE TABLE %1 (curve_id INTEGER, timestamp INTEGER, raw "
                                     "INTEGER)")
                          .arg(broken));
@@ -612,7 +612,7 @@ void TestCurveDataDBRead::hugeLimitIsNoLimit()
 
 void TestCurveDataDBRead::pointsAreSortedAcrossTables()
 {
-    // Two tables whose times interleave, as a changed clock leaves them.
+    // Two tables with interleaved times, as a changed clock leaves them.
     const qint64 start = localTime("2026-01-27 00:00:00.000");
     {
         DayFileWriter file(pathOf(QStringLiteral("20260127")));
@@ -709,7 +709,7 @@ void TestCurveDataDBRead::fileWithoutCatalogueHasNoBatches()
              qPrintable(log.lines().at(0)));
     QCOMPARE(log.lines().at(1), QStringLiteral("debug: 在数据库 \"%1\" 中未找到匹配的分片")
                                     .arg(pathOf(QStringLiteral("20260128"))));
-    // There is nothing in it that could not be read.
+    // It contains nothing unreadable.
     bool failed = false;
     const auto db = m_store->openDb(pathOf(QStringLiteral("20260128")));
     QVERIFY(m_store->queryBatches(1, start, start + 1000, db, &failed).isEmpty());
@@ -791,7 +791,7 @@ void TestCurveDataDBRead::loadingBatchesHoldsPointsBack()
     store.appendPoints(1, ramp(start + 10000, 5, 1000));
     store.flushPending();
     QCOMPARE(store.readCurveData(1, start, start + kHourMs, 0), ramp(start, 5, 1000));
-    // Single points go on being written.
+    // Single points are still written.
     store.appendPoint(1, start + 20000, 8.0);
     QCOMPARE(store.readCurveData(1, start, start + kHourMs, 0),
              ramp(start, 5, 1000) << QPointF(double(start + 20000), 8.0));

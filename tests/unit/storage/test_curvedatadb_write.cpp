@@ -184,7 +184,7 @@ void TestCurveDataDBWrite::secondPointOfAMillisecondIsDroppedButCounts()
              QStringList{extremesRow(1, at("09:00:00"), at("09:00:00"), "1.0|7.0")});
 }
 
-/// SQLite binds NaN as null, which the column refuses and "OR IGNORE" passes over.
+/// SQLite binds NaN as null, which the column rejects and "OR IGNORE" skips.
 void TestCurveDataDBWrite::nanIsNotStored()
 {
     TestStore store;
@@ -256,7 +256,7 @@ void TestCurveDataDBWrite::futureReadingGoesToTodaysFileUnderItsOwnDate()
 }
 
 /// The file that is still current takes the point; saving the extremes then moves on to the new
-/// day, whose file holds none yet.
+/// day, whose file has none yet.
 void TestCurveDataDBWrite::latePointOfYesterdayAfterMidnight()
 {
     TestStore store;
@@ -368,7 +368,7 @@ void TestCurveDataDBWrite::pastDayWithoutFileGetsTodaysCurves()
     QCOMPARE(store->readCurveData(5, time, time + 1, 0).size(), 2);
     store->appendPoint(9, time, 2.0);
     QCOMPARE(log.lines(QtWarningMsg), QStringList{QStringLiteral("曲线ID 9 在内存映射中不存在")});
-    // The live path goes on.
+    // The live path continues.
     store->appendPoint(2, at("09:00:00"), 3.0);
     QCOMPARE(points(store.path("20260112"), one("curve_2_batch_20260112_060000_20260112_115959")),
              QStringList{point(at("09:00:00"), "3.0")});
@@ -392,7 +392,7 @@ void TestCurveDataDBWrite::pastDayThatCannotBeSetUpIsReported()
                  qPrintable(warnings.last()));
     }
     QCOMPARE(dayfile::rows(past, one("SELECT name FROM sqlite_master")), QStringList());
-    // It is made up for as soon as that can be.
+    // It is repaired as soon as possible.
     QVERIFY(ManagedQuery(*db).exec(one("PRAGMA query_only = OFF")));
     store->appendPoint(1, time, 3.0);
     QCOMPARE(points(past, one("curve_1_batch_20250611_060000_20250611_115959")),
@@ -427,8 +427,8 @@ void TestCurveDataDBWrite::lateReadingsLogTheBatchesOnceALoad()
         9);
 }
 
-/// The names of a past day's file are known from its loading on, with the ids that it has for them,
-/// and so is one that is registered there.
+/// The names in a past day's file are known once it is loaded, under its ids, and so is one
+/// registered there.
 void TestCurveDataDBWrite::namesOfAnotherFileComeIn()
 {
     TestStore store;
@@ -443,7 +443,7 @@ void TestCurveDataDBWrite::namesOfAnotherFileComeIn()
              (QMap<int, QString>{{1, one("101(V)")}, {7, one("before(V)")}, {8, one("101(V)")}}));
 }
 
-/// Whatever has been changed in memory since the file was loaded.
+/// Whatever has changed in memory since the file was loaded.
 void TestCurveDataDBWrite::eachLateReadingStartsFromItsFile()
 {
     const qint64 past = localTime("2026-01-11 07:00:00.000");
@@ -588,7 +588,7 @@ void TestCurveDataDBWrite::failedExtremesAreSavedLater()
     TestStore store;
     store->registerCurve(one("101(V)"));
     store->appendPoint(1, at("09:00:00"), 1.0);
-    // A trigger stands for whatever makes the write fail.
+    // A trigger stands in for whatever makes the write fail.
     QCOMPARE(dayfile::execute(store.path("20260112"),
                               one("CREATE TRIGGER refuse BEFORE INSERT ON curve_metadata "
                                   "BEGIN SELECT RAISE(ABORT, 'refused'); END")),
@@ -681,7 +681,7 @@ void TestCurveDataDBWrite::appendPointsSpreadsOverFilesAndBatches()
              (QStringList{point(at("09:00:00"), "1.0"), point(at("09:00:01"), "5.0")}));
     QCOMPARE(points(store.path("20260112"), one("curve_1_batch_20260112_000000_20260112_055959")),
              QStringList{point(at("03:00:00"), "3.0")});
-    // Files in path order: today's extremes go on from those that the past day left.
+    // Files in path order: today's extremes continue from the past day's.
     QCOMPARE(extremes(store.path("20260112")),
              QStringList{extremesRow(1, yesterday, at("09:00:01"), "1.0|5.0")});
 }
@@ -854,7 +854,7 @@ void TestCurveDataDBWrite::filesAreThoseOfThePlainStore()
             present += kBatchLengthMs; // now and then over midnight
             setPresent(present);
         } else {
-            // Mostly the present; sometimes earlier days, the future, an id that nobody knows.
+            // Mostly the present; sometimes earlier days, the future, an unknown id.
             const int kind = random.bounded(20);
             const qint64 span = kind < 16 ? 60000 : kind < 19 ? 2 * kDayLengthMs : -kDayLengthMs;
             const qint64 time = present - static_cast<qint64>(random.bounded(1000) / 1000.0 *
@@ -897,7 +897,7 @@ void TestCurveDataDBWrite::readingsAreRefusedWhileAFileIsInTheWay()
     store.appendPoint(id, at("09:00:00"), 1.5);
     QVERIFY(!store.refusesReadings());
 
-    // In mid-run the directory goes away, and comes back.
+    // In mid-run the directory disappears and returns.
     const QString aside = parent.filePath(one("aside"));
     QVERIFY(QDir().rename(directory, aside));
     QVERIFY(putFile(directory));

@@ -28,14 +28,14 @@ QString curveName(int number)
     return QStringLiteral("%1(V)").arg(1000 + number);
 }
 
-/// The store's present: an afternoon.
+/// The store's current time: an afternoon.
 qint64 presentTime()
 {
     static const qint64 time = localTime("2026-03-05 18:00:00.000");
     return time;
 }
 
-/// Start of the store's today: what is written from here goes to its current file.
+/// Start of the store's today: what is written from here on goes to the current file.
 qint64 today()
 {
     static const qint64 time = localTime("2026-03-05 00:00:00.000");
@@ -136,7 +136,7 @@ void TestCurveSeriesData::initTestCase()
 {
     QVERIFY(m_directory.isValid());
     setStoreClock(&presentTime);
-    // Curves that the file knows already are registered without the pause that a new name costs.
+    // Curves already in the file are registered without the pause for a new name.
     {
         DayFileWriter file(todayPath());
         for (int curveId = 1; curveId <= kCurves; ++curveId) {
@@ -414,7 +414,7 @@ void TestCurveSeriesData::viewIsServedFromMemoryWithin10Seconds_data()
 {
     QTest::addColumn<qint64>("startAfterFirst");
     QTest::addColumn<bool>("fromMemory");
-    // The points in memory lie 60 s to 70 s after midnight.
+    // The points in memory are 60 s to 70 s after midnight.
     QTest::newRow("10 s before the first point") << qint64(-10000) << true;
     QTest::newRow("a millisecond earlier") << qint64(-10001) << false;
     QTest::newRow("at the first point") << qint64(0) << true;
@@ -446,7 +446,7 @@ void TestCurveSeriesData::viewIsServedFromMemoryWithin10Seconds()
             stored.append(point);
         }
     }
-    // Memory shows nothing older than its own first point, though the store has more.
+    // Memory shows nothing older than its first point, although the store has more.
     QCOMPARE(shownBy(*series), fromMemory ? newer : stored);
 }
 
@@ -542,7 +542,7 @@ void TestCurveSeriesData::windowsEqualTheModel()
     QRandomGenerator random(seed);
     const auto series = makeSeries();
     const qint64 midnight = today();
-    // The store holds twice what memory does; half a millisecond tells the two apart.
+    // The store has twice the points of memory; half a millisecond tells the two apart.
     QVector<QPointF> all;
     qint64 time = midnight;
     for (int i = 0; i < 2 * kLimit; ++i) {
@@ -683,7 +683,7 @@ void TestCurveSeriesData::loadingAWindowDetachesTheStore()
     QVERIFY(ConnectionPool::instance().isHeld(todayPath()));
     series->loadWindow(today(), today() + 100, 0, 0.0);
     QVERIFY(!ConnectionPool::instance().isHeld(todayPath()));
-    // Detached and attached again at every load, the store goes on taking points.
+    // Detached and reattached at every load, the store still takes points.
     for (int i = 1; i < 20; ++i) {
         series->addPoint(double(today() + i), 1.0);
         series->loadWindow(today(), today() + 100, 0, 0.0);

@@ -324,7 +324,7 @@ void TestManagedQuery::lockIsRecursiveAndExcludesOthers()
     QVERIFY(!entered);
 }
 
-/// Neither SQLite, as Qt opens it, nor Qt's driver stands this by itself.
+/// Neither SQLite as Qt opens it nor Qt's driver survives this on its own.
 void TestManagedQuery::queriesOfOneConnectionLiveOnManyThreads()
 {
     constexpr int kThreads = 4;

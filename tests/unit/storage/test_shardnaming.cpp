@@ -267,7 +267,7 @@ void TestShardNaming::slicesAgreeWithTheFunctions()
         const ZoneGuard guard(zone);
         qint64 wide = 0;
         for (int i = 0; i < kRandomMoments; ++i) {
-            // Every other moment lies close to a change of the clock.
+            // Every second moment is close to a change of the clock.
             const qint64 time = i % 2 ? change + static_cast<qint64>(random.bounded(1e7)) - 5000000
                                       : first + static_cast<qint64>(random.bounded(5e11));
             const TimeSlice slice = timeSliceFor(time);

@@ -17,7 +17,7 @@
 
 #include <memory>
 
-// Failures of single steps of the store: each has its log line, and what comes after goes on.
+// Failures of single steps of the store: each has its log line, and what follows continues.
 
 namespace {
 
@@ -119,8 +119,8 @@ void TestStoreErrors::acquiringIsAUse()
     pool.closeForExit(QDeadlineTimer(2000));
 }
 
-/// A file of the past that another program still writes to: its journal cannot be changed, and then
-/// its log is not folded in either.
+/// A past file that another program still writes: its journal cannot be changed, so its WAL is not
+/// checkpointed.
 void TestStoreErrors::readerOfALogInUseLeavesItAlone()
 {
     const QTemporaryDir directory;
@@ -241,8 +241,8 @@ void TestStoreErrors::noTransactionIsLeftOpen_data()
     QTest::newRow("many points") << 0 << true << QStringList{save};
 }
 
-/// Without its log a file that somebody reads cannot be committed to, and the transaction that tried
-/// stays open until it is rolled back. What is stored afterwards is there for others to see.
+/// Without WAL a file that someone reads cannot be committed to, and the attempted transaction
+/// stays open until it is rolled back. What is stored afterwards is visible to others.
 void TestStoreErrors::noTransactionIsLeftOpen()
 {
     QFETCH(int, times);
@@ -272,7 +272,7 @@ void TestStoreErrors::noTransactionIsLeftOpen()
             store->appendPoints(1, {QPointF(static_cast<double>(at(1)), 2.0)});
         }
         QCOMPARE(log.lines(QtWarningMsg), failures);
-        // An open one would keep the next reader out.
+        // An open one would block the next reader.
         QCOMPARE(dayfile::rows(path, text("SELECT name FROM curve_info")).size(), 2);
     }
     const LogCapture log;
@@ -284,8 +284,8 @@ void TestStoreErrors::noTransactionIsLeftOpen()
              QStringList{QString::number(at(2))});
 }
 
-/// A file of the past that lacks one of its base tables: what the others hold is taken up, the
-/// reading finds no place.
+/// A past file that lacks one of its base tables: the others' contents are loaded, the reading
+/// finds no place.
 void TestStoreErrors::fileWithoutItsListOfBatches()
 {
     TestStore store;
@@ -336,8 +336,8 @@ void TestStoreErrors::batchInsertThatFailsGoesOnWithTheNextTable()
     QCOMPARE(pointsOf(store, kMorning), (QStringList{text("2.0"), text("4.0")}));
 }
 
-/// Where the clock goes back over midnight, a reading that is ahead of it belongs to today's file,
-/// its batch to that of the day before.
+/// Where the clock goes back over midnight, a reading ahead of it belongs to today's file and its
+/// batch to the day before's.
 void TestStoreErrors::batchWhoseFileCannotBeOpened()
 {
     const ZoneGuard zone("America/St_Johns");
@@ -411,7 +411,7 @@ void TestStoreErrors::extremesThatCannotBeUpdatedAreInserted()
     QCOMPARE(log.lines(), QStringList());
     QCOMPARE(dayfile::rows(store.path("20260112"), text("SELECT count(*) FROM batch_metadata")),
              QStringList{text("0")});
-    // The row is there already, so that the insert leaves it as it is.
+    // The row already exists, so the insert leaves it unchanged.
     QCOMPARE(dayfile::rows(store.path("20260112"),
                            text("SELECT min_value, max_value FROM curve_metadata")),
              QStringList{text("1.0|1.0")});

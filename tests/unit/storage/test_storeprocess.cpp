@@ -20,7 +20,7 @@
 #include <thread>
 
 // The life of the program's one store, seen from outside: this program starts itself as a child
-// that plays one part, looks at what the child printed and at the files that it left.
+// that plays one part, and checks the child's output and files.
 
 namespace {
 
@@ -42,7 +42,7 @@ void say(const QString& line)
     std::fflush(stdout);
 }
 
-/// Appends as fast as it goes until it is killed, and tells each reading that is stored.
+/// Appends as fast as possible until killed, and prints each stored reading.
 int playWriter(const QString& directory)
 {
     const SkippedWaits waits;
@@ -98,7 +98,7 @@ int playEmptyName()
     return 0;
 }
 
-/// A store first asked for on a helper thread belongs to the GUI thread all the same.
+/// A store first requested on a helper thread still belongs to the GUI thread.
 int playHelperFirst(const QString& directory)
 {
     const SkippedWaits waits;
@@ -115,7 +115,7 @@ int playHelperFirst(const QString& directory)
     return 0;
 }
 
-/// Helper threads are in the store's hands while the program ends.
+/// Helper threads are using the store while the program ends.
 int playBusyEnd(const QString& directory)
 {
     CurveDataDB* store = CurveDataDB::instance(directory);

@@ -15,7 +15,7 @@
 
 #include <memory>
 
-// The statements that the pool and the store run on their connections: which ones, in which order.
+// The statements the pool and the store run on their connections: which, and in which order.
 
 namespace {
 
@@ -105,7 +105,7 @@ void TestStoreStatements::readerIsSetUp()
     QCOMPARE(trace.take(), kReaderSetUp);
 }
 
-/// Its journal cannot be switched, so its log is not folded in.
+/// Its journal cannot be switched, so its WAL is not checkpointed.
 void TestStoreStatements::readerOfALogInUseIsSetUp()
 {
     DayFileWriter(path("20260111")).addCurve(1, text("101(V)"));
@@ -147,7 +147,7 @@ void TestStoreStatements::closingFoldsTheLogIn()
     )"));
 }
 
-/// It only asks whether there is a log.
+/// It only asks whether there is a WAL.
 void TestStoreStatements::expiryFoldsNothingIn()
 {
     StatementTrace trace;
@@ -229,7 +229,7 @@ void TestStoreStatements::lateReadingKeepsWhatWasLoaded()
     trace.take();
     store->appendPoint(1, late + 2, 5.0);
     QCOMPARE(trace.take(), kept);
-    // A file that has taken the place of the first is loaded.
+    // A file that has replaced the first is loaded.
     QVERIFY(QFile::remove(store.path("20260111")));
     store->appendPoint(1, late + 3, 6.0);
     QVERIFY(trace.take().contains(text("SELECT curve_id, name FROM curve_info")));

@@ -35,7 +35,7 @@ QString one(const char* text)
     return QString::fromLatin1(text);
 }
 
-/// Threads that do one thing over and over until the object ends.
+/// Threads that repeat one thing until the object is destroyed.
 class Crowd
 {
 public:
@@ -89,8 +89,8 @@ void readFile(CurveDataDB* store, const QString& path, const QString& table)
 
 } // namespace
 
-/// Several threads in one store and one pool at a time. What is looked for are crashes, standstills
-/// and lost readings.
+/// Several threads in one store and one pool at a time. The tests look for crashes, standstills and
+/// lost readings.
 class TestStoreThreads : public QObject
 {
     Q_OBJECT
@@ -156,7 +156,7 @@ void TestStoreThreads::writersReadersAndSweeps()
                      one("curve_1_batch_20260310_060000_20260310_115959"));
         });
         for (int sweep = 0; sweep < kSweeps || crowd.rounds() <= kRounds; ++sweep) {
-            // Every connection that nobody holds looks old now and then.
+            // Every connection held by no one looks old now and then.
             advancePresent(sweep % 3 == 0 ? 43200001 : 1);
             QMetaObject::invokeMethod(&ConnectionPool::instance(), "cleanExpiredConnections");
             setPresent(localTime("2026-03-10 09:30:00.000"));
@@ -234,7 +234,7 @@ void TestStoreThreads::clearsUnderReadersAndWriters()
     QCOMPARE(cleared.count(), kClears);
     QVERIFY(log.lines().filter(one("QSql")).isEmpty());
     QVERIFY(log.lines().filter(one("still in use")).isEmpty());
-    // The store is whole: a curve can be registered and a reading stored.
+    // The store is intact: a curve can be registered and a reading stored.
     const int id = store->registerCurve(one("last"));
     QVERIFY(id > 0);
     store->appendPoint(id, localTime("2026-03-10 09:20:00.000"), 7.0);

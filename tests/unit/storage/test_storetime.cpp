@@ -6,8 +6,8 @@
 
 #include <QtTest>
 
-/// What the day files hold after readings at the edges of days: every row of every table, written
-/// out. The zone is that of Berlin, whose days of 2026 have 24 hours but for two.
+/// The contents of the day files after readings at the edges of days: every row of every table,
+/// written out. The zone is Berlin's; all its days of 2026 but two have 24 hours.
 class TestStoreTime : public QObject
 {
     Q_OBJECT
@@ -32,7 +32,7 @@ private:
 
 void TestStoreTime::initTestCase()
 {
-    // Without this zone the lists below would be those of another place.
+    // In another zone the lists below would differ.
     QCOMPARE(QDateTime::fromMSecsSinceEpoch(instant("2026-01-12T12:00:00.000+00:00")).time(),
              QTime(13, 0));
     QCOMPARE(QDateTime::fromMSecsSinceEpoch(instant("2026-07-12T12:00:00.000+00:00")).time(),
@@ -127,8 +127,8 @@ void TestStoreTime::midnight()
             1|1768258800000|1768258800000|-3.5|-3.5
         )"));
 
-    // A late one of the evening goes back to its file; the extremes that this file has, go on in
-    // the new day's.
+    // A late one of the evening goes back to its file; that file's extremes continue in the new
+    // day's.
     play(store, {{"2026-01-13T00:00:00.300+01:00", "2026-01-12T23:59:59.990+01:00", 2, 4.5},
                  {"2026-01-13T00:00:00.300+01:00", "2026-01-13T00:00:00.200+01:00", 2, 5.5}});
     QCOMPARE(allRows(store.directory()), lines(R"(
@@ -163,8 +163,8 @@ void TestStoreTime::midnight()
         )"));
 }
 
-/// The instrument's clock goes ahead of the computer's by 600 ms: its first readings of the new day
-/// lie in the old day's file, in a table of the new day, and a table of the same name follows in the
+/// The instrument's clock is 600 ms ahead of the computer's: its first readings of the new day are
+/// in the old day's file, in a table of the new day, and a table of the same name follows in the
 /// new file.
 void TestStoreTime::midnightWithTheInstrumentAhead()
 {
@@ -331,8 +331,8 @@ void TestStoreTime::endOfAnOrdinaryFebruary()
         )"));
 }
 
-/// The steps of six hours count from midnight, so after the clock has gone forward the batches start
-/// an hour later by the clock, and the last one is named beyond the day that it ends with.
+/// The six-hour steps count from midnight, so after the clock has gone forward the batches start an
+/// hour later by the clock, and the last one is named beyond the day it ends with.
 void TestStoreTime::dayOf23Hours()
 {
     setPresent(instant("2026-03-29T00:00:00.000+01:00"));

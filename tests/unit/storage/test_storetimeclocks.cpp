@@ -9,8 +9,8 @@
 
 #include <limits>
 
-/// What the day files hold when a clock was set, and after readings from the future and from long
-/// ago: every row of every table, written out. The zone is that of Berlin.
+/// The contents of the day files after a clock was set, and after readings from the future and from
+/// long ago: every row of every table, written out. The zone is Berlin's.
 class TestStoreTimeClocks : public QObject
 {
     Q_OBJECT
@@ -37,14 +37,14 @@ private:
 
 void TestStoreTimeClocks::initTestCase()
 {
-    // Without this zone the lists below would be those of another place.
+    // In another zone the lists below would differ.
     QCOMPARE(QDateTime::fromMSecsSinceEpoch(instant("2026-01-12T12:00:00.000+00:00")).time(),
              QTime(13, 0));
     QCOMPARE(QDateTime::fromMSecsSinceEpoch(instant("2026-07-12T12:00:00.000+00:00")).time(),
              QTime(14, 0));
 }
 
-/// The instrument goes on; what it says is now the future, and stays in the same file.
+/// The instrument continues; its time is now the future and stays in the same file.
 void TestStoreTimeClocks::computerSetBackByAnHour()
 {
     setPresent(instant("2026-01-12T12:30:00.000+01:00"));
@@ -153,8 +153,8 @@ void TestStoreTimeClocks::computerSetBackOverMidnight()
         )"));
 }
 
-/// The computer is set to a week later, the instrument is not: its readings go on in the file of
-/// their own day, and the extremes of that file are kept in the file of the computer's day.
+/// The computer is set a week ahead, the instrument is not: its readings continue in the file of
+/// their own day, and that file's extremes are kept in the file of the computer's day.
 void TestStoreTimeClocks::computerSetForward()
 {
     setPresent(instant("2026-01-12T09:00:00.000+01:00"));
@@ -195,7 +195,7 @@ void TestStoreTimeClocks::computerSetForward()
             1|1768204800000|1768204802000|1.5|3.5
         )"));
 
-    // The instrument is set right.
+    // The instrument's clock is corrected.
     play(store, {{"2026-01-19T09:01:00.000+01:00", "2026-01-19T09:00:59.000+01:00", 1, 4.5}});
     QCOMPARE(allRows(store.directory()), lines(R"(
         20260112.db
@@ -221,8 +221,8 @@ void TestStoreTimeClocks::computerSetForward()
         )"));
 }
 
-/// The milliseconds that come again are dropped with their readings, at the cost of a row's number
-/// each; the others are written after those that are there.
+/// Milliseconds that recur are dropped with their readings, each using up a row number; the others
+/// are written after those already there.
 void TestStoreTimeClocks::instrumentSetBack()
 {
     setPresent(instant("2026-01-12T12:00:10.000+01:00"));
@@ -320,8 +320,8 @@ void TestStoreTimeClocks::readingFromTheFuture()
         )"));
 }
 
-/// The day that a reading was ahead of comes: its file is made as that of any day, and the reading
-/// stays where it is.
+/// The day that a reading was ahead of comes: its file is created as usual, and the reading stays
+/// where it is.
 void TestStoreTimeClocks::dayOfAFutureReadingComes()
 {
     setPresent(instant("2026-01-12T09:00:00.000+01:00"));
@@ -457,7 +457,7 @@ void TestStoreTimeClocks::readingFromLongAgoWithItsFile()
         )"));
 }
 
-/// The clocks of both stand at the beginning of time, and a little before it.
+/// Both clocks are at the epoch, and slightly before it.
 void TestStoreTimeClocks::instrumentWithoutAClock()
 {
     setPresent(instant("1970-01-01T06:00:00.000+01:00"));
@@ -486,8 +486,8 @@ void TestStoreTimeClocks::instrumentWithoutAClock()
         )"));
 }
 
-/// No calendar reaches that far: nothing is stored and nothing is said. What it does reach is
-/// stored, years of five and six digits among it.
+/// No calendar reaches that far: nothing is stored and nothing logged. What a calendar does reach
+/// is stored, years of five and six digits included.
 void TestStoreTimeClocks::timesThatAreNone()
 {
     setPresent(instant("2026-01-12T09:00:00.000+01:00"));

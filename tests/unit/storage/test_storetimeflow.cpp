@@ -12,7 +12,7 @@
 #include <memory>
 
 // From the instrument's text to the day file, in the two hours of the year in which a local stamp
-// does not name one moment. The zone is that of Berlin.
+// does not name exactly one moment. The zone is Berlin's.
 
 namespace {
 
@@ -28,7 +28,7 @@ void feed(CurveSeriesData& series, const QString& reply)
     }
 }
 
-/// A reading a minute from midnight on, stamped by a clock that just counts.
+/// One reading a minute from midnight on, stamped by a clock that just counts.
 void feedMinutes(CurveSeriesData& series, const QString& record, int minutes)
 {
     for (int minute = 0; minute < minutes; ++minute) {
@@ -134,7 +134,7 @@ void TestStoreTimeFlow::hourThatComesTwiceCollides()
         )"));
 }
 
-/// What is dropped from the file stays in memory, and the two show different curves.
+/// What is dropped from the file stays in memory, so the two show different curves.
 void TestStoreTimeFlow::memoryShowsBothHoursTheStoreTheFirst()
 {
     setPresent(instant("2026-10-25T03:30:00.000+01:00"));
@@ -162,7 +162,7 @@ void TestStoreTimeFlow::memoryShowsBothHoursTheStoreTheFirst()
                                               point("2026-10-25T03:00:00.000+01:00", 5.5)}));
 }
 
-/// 25 readings an hour apart, stamped as a clock on the wall shows them: 24 rows.
+/// 25 readings an hour apart, stamped as a wall clock shows them: 24 rows.
 void TestStoreTimeFlow::hourlyStampsOfTheLongDay()
 {
     setPresent(instant("2026-10-25T23:59:59.000+01:00"));
@@ -222,7 +222,7 @@ void TestStoreTimeFlow::hourlyStampsOfTheLongDay()
         )"));
 }
 
-/// An instrument that knows nothing of summer time goes on through the hour that there is not.
+/// An instrument that knows no summer time continues through the hour that does not exist.
 void TestStoreTimeFlow::clockThatDoesNotFollowLosesAnHourInSpring()
 {
     setPresent(instant("2026-03-29T12:00:00.000+02:00"));
@@ -241,7 +241,7 @@ void TestStoreTimeFlow::clockThatDoesNotFollowLosesAnHourInSpring()
     QCOMPARE(stored("2026-03-29T00:00:00.000+01:00", "2026-03-29T23:59:59.999+02:00"), 240);
 }
 
-/// In autumn it loses nothing, and its times leap over the second of the two hours.
+/// In autumn it loses nothing, and its times skip the second of the two hours.
 void TestStoreTimeFlow::clockThatDoesNotFollowLeapsAnHourInAutumn()
 {
     setPresent(instant("2026-10-25T12:00:00.000+01:00"));

@@ -13,21 +13,21 @@
 
 #include <limits>
 
-// What is read back across the edges of time. The zone is that of Berlin, where the clock goes
-// forward on 29 March 2026 at 01:00 UTC and back on 25 October 2026 at 01:00 UTC.
+// Reads across the edges of time. The zone is Berlin's: the clock goes forward on 29 March 2026 at
+// 01:00 UTC and back on 25 October 2026 at 01:00 UTC.
 
 namespace {
 
 constexpr qint64 kDayMs = 86400000;
 
-/// A moment of a test's own readings; its value is its place among them.
+/// A time of one of the test's readings; its value is its index.
 struct Moment
 {
     const char* time;
     double value;
 };
 
-/// Appends a reading at each moment, as it comes in.
+/// Appends a reading at each time, as it arrives.
 void live(TestStore& store, std::initializer_list<Moment> moments)
 {
     for (const Moment& moment : moments) {
@@ -35,7 +35,7 @@ void live(TestStore& store, std::initializer_list<Moment> moments)
     }
 }
 
-/// The values that a read of the range gives, in order.
+/// The values a read of the range returns, in order.
 QVector<double> values(TestStore& store, const char* start, const char* end)
 {
     QVector<double> found;
@@ -69,7 +69,7 @@ QString keyOfDay(qint64 day)
     return QDate(1970, 1, 1).addDays(day).toString(QStringLiteral("yyyyMMdd"));
 }
 
-/// Keys of the days that a read looks into: 24 hours after 24 hours from its start.
+/// Keys of the days whose files a read opens: every 24 hours from its start.
 QSet<QString> visitedDays(const BerlinClock& clock, qint64 start, qint64 end)
 {
     QSet<QString> keys;
@@ -128,7 +128,7 @@ void TestStoreTimeRead::hourOnEitherSideOfMidnight_data()
     row("2026-10-25", "+01:00", "2026-10-26", "+01:00");
 }
 
-/// From 23:00 to 01:00 only the first day's file is looked into; each day by itself is whole.
+/// From 23:00 to 01:00 only the first day's file is opened; each day by itself is complete.
 void TestStoreTimeRead::hourOnEitherSideOfMidnight()
 {
     QFETCH(QByteArray, evening);
@@ -199,15 +199,15 @@ void TestStoreTimeRead::dayOf23Hours()
              (QVector<double>{0.0, 1.0, 2.0, 18.0, 22.0}));
     QCOMPARE(values(store, "2026-03-29T01:30:00.000+01:00", "2026-03-29T03:30:00.000+02:00"),
              (QVector<double>{1.0, 2.0}));
-    // Up to the last millisecond that the short batch is named for there is only the next day's.
+    // The rest of the short batch's name covers only the next day.
     QCOMPARE(values(store, "2026-03-29T23:00:00.000+02:00", "2026-03-30T00:59:59.999+02:00"),
              QVector<double>{22.0});
     QCOMPARE(values(store, "2026-03-29T00:00:00.000+01:00", "2026-03-30T01:00:00.000+02:00"),
              (QVector<double>{0.0, 1.0, 2.0, 18.0, 22.0, 23.0}));
 }
 
-/// The steps from the start are of 24 hours. From the last hour of the day before, one of them leads
-/// over the whole day of 23, whose file is not looked into.
+/// The steps from the start are 24 hours. From the last hour of the day before, one step skips the
+/// whole 23-hour day, whose file is not opened.
 void TestStoreTimeRead::dayOf23HoursIsSteppedOver()
 {
     setPresent(instant("2026-03-28T23:00:00.000+01:00"));
@@ -223,8 +223,8 @@ void TestStoreTimeRead::dayOf23HoursIsSteppedOver()
              (QVector<double>{1.0, 2.0}));
 }
 
-/// A reading that was ahead of the clock lies in the file of the day that it came in. Once its own
-/// day has come, a range must begin in the other for it to be found.
+/// A reading that was ahead of the clock is in the file of the day it arrived. Once its own day has
+/// come, a range must start in that other day to find it.
 void TestStoreTimeRead::futureReadingIsFoundThroughItsFile()
 {
     setPresent(instant("2026-01-12T09:00:00.000+01:00"));
@@ -240,7 +240,7 @@ void TestStoreTimeRead::futureReadingIsFoundThroughItsFile()
     QCOMPARE(values(store, "2026-01-12T09:01:00.000+01:00", after), (QVector<double>{1.0, 2.0}));
 }
 
-/// However the clocks went, what is read is in the order of time, each moment once.
+/// However the clocks changed, reads are in order of time, each moment once.
 void TestStoreTimeRead::changedClockIsReadInOrder()
 {
     setPresent(instant("2026-01-12T23:59:00.000+01:00"));
@@ -258,8 +258,8 @@ void TestStoreTimeRead::changedClockIsReadInOrder()
              (QVector<double>{1.0, 2.0, 3.0, 4.0, 5.0, 6.0, 7.0}));
 }
 
-/// A chart that is zoomed out without end asks for all there is: it gets that, and soon. The count of
-/// days keeps its hour of the day, so that the same days are stepped over as from nearby.
+/// A chart zoomed out endlessly asks for everything, and gets it soon. The steps keep the hour of
+/// the day, so they hit the same days as a nearby start would.
 void TestStoreTimeRead::rangeFromTheBeginningOfTimeEnds()
 {
     setPresent(instant("2026-03-28T23:00:00.000+01:00"));
@@ -320,7 +320,7 @@ void TestStoreTimeRead::daysBeforeTheFirstFileAreCounted()
     QCOMPARE(log.lines().size(), missing);
 }
 
-/// A view that begins before what memory holds is read from the store, and ends with the day.
+/// A view that starts before what memory holds is read from the store, and ends with the day.
 void TestStoreTimeRead::chartAcrossMidnight()
 {
     setPresent(instant("2026-10-24T23:00:00.000+02:00"));
@@ -364,7 +364,7 @@ void TestStoreTimeRead::weeksWithAChangeEqualTheModel()
     const qint64 last = clock.midnight(clock.day(change) + 3) - 1;
     setPresent(first);
     TestStore store;
-    // Curves that a file knows already are registered without the pause that a new name costs.
+    // Curves already in a file are registered without the pause for a new name.
     for (qint64 day = clock.day(first); day <= clock.day(last); ++day) {
         DayFileWriter(store.path(qPrintable(keyOfDay(day)))).addCurve(1, text("101(V)"));
     }

@@ -7,8 +7,8 @@
 #include <QFile>
 #include <QtTest>
 
-// Zones whose clocks change at other hours than Berlin's, each in a process of its own: this program
-// starts itself again with the zone set, as the program is started on a desktop in that place.
+// Zones whose clocks change at other hours than Berlin's, each in a process of its own: this
+// program restarts itself with the zone set, as the program runs on a desktop there.
 
 /// The scenes, each for one zone. Run in the child.
 class StoreTimeScenes : public QObject
@@ -207,9 +207,9 @@ void StoreTimeScenes::firstHourTwice()
         )"));
 }
 
-/// At one minute past midnight the clock goes back to the evening of the day before. What is read in
-/// that hour goes to the file of its own date, in the table of the first batch, with a warning; then
-/// the new date begins for the second time.
+/// At one minute past midnight the clock goes back to the evening of the day before. Readings in
+/// that hour go to the file of their own date, in the table of the first batch, with a warning;
+/// then the new date starts for the second time.
 void StoreTimeScenes::midnightTwice()
 {
     const LogCapture log;
@@ -357,7 +357,7 @@ void StoreTimeScenes::halfAnHourForward()
         )"));
 }
 
-/// The island went to the other side of the date line: the 30th of December never was.
+/// The island moved to the other side of the date line: the 30th of December never happened.
 void StoreTimeScenes::skippedDay()
 {
     setPresent(instant("2011-12-29T23:59:59.999-10:00"));
@@ -387,8 +387,8 @@ void StoreTimeScenes::skippedDay()
         )"));
 }
 
-/// Nothing stands in for the clock here: the time shifter sets the computer's own, to the local time
-/// in a file.
+/// The clock is not replaced here: the time shifter sets the computer's own to the local time in a
+/// file.
 void StoreTimeScenes::computersOwnClock()
 {
     const QString clockFile = qEnvironmentVariable("FAKETIME_TIMESTAMP_FILE");

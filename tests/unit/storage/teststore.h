@@ -6,13 +6,13 @@
 
 #include <memory>
 
-/// Sets the store's present time, which then stands still.
+/// Sets the store's current time, which then stands still.
 void setPresent(qint64 timestamp);
 
-/// Moves the store's present time on.
+/// Advances the store's current time.
 void advancePresent(qint64 milliseconds);
 
-/// Sets the time zone of the process while it lives.
+/// Sets the process's time zone.
 class ZoneGuard
 {
 public:
@@ -26,7 +26,7 @@ private:
     bool m_wasSet;
 };
 
-/// A store in a directory of its own, closed at the end without the waits of a running program.
+/// A store in its own directory, closed at the end without a running program's waits.
 class TestStore
 {
 public:
@@ -38,7 +38,7 @@ public:
     CurveDataDB* operator->() { return m_store.get(); }
     CurveDataDB* get() { return m_store.get(); }
 
-    /// Closes the store and makes a new one on the same directory.
+    /// Closes the store and opens a new one on the same directory.
     void restart();
 
     QString directory() const { return m_directory; }

@@ -7,8 +7,8 @@
 
 #include <initializer_list>
 
-/// A reading of a curve and the present time at which it comes in. Both times are written with their
-/// distance from UTC, as "2026-01-12T23:59:59.999+01:00", so that a test says the same in every zone.
+/// A reading and the current time at which it arrives. Both are written with their offset from UTC,
+/// as "2026-01-12T23:59:59.999+01:00", so that a test means the same in every zone.
 struct Reading
 {
     const char* present;
@@ -19,11 +19,11 @@ struct Reading
 
 QString text(const char* utf8);
 
-/// Milliseconds since the epoch of a time written as above. The test ends if it is no such.
+/// Milliseconds since the epoch of a time written as above. The test ends if it is malformed.
 qint64 instant(const char* time);
 
-/// Registers a curve that the day files named by their keys, and today's, know already: it costs no
-/// pause there, as a new name does.
+/// Registers a curve already known to today's and the named day files, without the pause for a new
+/// name.
 int enlist(TestStore& store, const char* name, std::initializer_list<const char*> dateKeys = {});
 
 /// Sets the present and appends, reading by reading.
