@@ -20,7 +20,7 @@ QDate localDate(qint64 timestamp)
     return QDateTime::fromMSecsSinceEpoch(timestamp).date();
 }
 
-/// The day files that a range may lie in, oldest first.
+/// Day files that may contain part of a range, oldest first.
 QStringList filesOfRange(const CurveDataDB& store, const QList<int>& ids, qint64 start, qint64 end)
 {
     QSet<QString> files;
@@ -46,7 +46,7 @@ QStringList filesOfRange(const CurveDataDB& store, const QList<int>& ids, qint64
     return sorted;
 }
 
-/// What a file says of a curve's name.
+/// A file's entry for a curve's name.
 struct FileCurve
 {
     int id = -1; ///< -1: the file does not know the curve.
@@ -65,7 +65,7 @@ FileCurve curveInFile(const QSqlDatabase& db, const QString& name)
     return {id, !query.isUsable() || !query.errorText().isEmpty()};
 }
 
-/// The tables of one curve in one file, appended to `tables`; false if the file cannot be read.
+/// Appends the tables of one curve in one file to `tables`; false if the file cannot be read.
 bool appendTablesOfFile(CurveDataDB& store, const QSharedPointer<QSqlDatabase>& db,
                         const BatchTable& like, int curveId, const QString& curveName, qint64 start,
                         qint64 end, QVector<BatchTable>& tables)
@@ -85,8 +85,8 @@ bool appendTablesOfFile(CurveDataDB& store, const QSharedPointer<QSqlDatabase>& 
     return !curve.failed;
 }
 
-/// The stamps in the names make the order of the names that of time, once the id is left out:
-/// another file may know the curve by another one.
+/// Without the id, the stamps in the names sort by time: another file may know the curve by another
+/// id.
 bool isEarlier(const BatchTable& left, const BatchTable& right)
 {
     const auto stamp = [](const BatchTable& table) {
@@ -129,7 +129,7 @@ BatchTables collectTables(CurveDataDB& store, const QMap<int, QString>& curves, 
                 found.failed = true;
             }
         }
-        // What was read is not the store's if the file has gone or was replaced meanwhile.
+        // If the file has gone or was replaced meanwhile, what was read is not the store's.
         found.failed = found.failed || fileIdentity(path) != file;
         db.reset();
         ConnectionPool::instance().releaseConnection(path);

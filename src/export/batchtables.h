@@ -10,7 +10,7 @@
 
 class CurveDataDB;
 
-/// One batch table of a curve: where it lies, and the id that the curve has in that file.
+/// One batch table of a curve: its file, and the curve's id there.
 struct BatchTable
 {
     QString path;
@@ -19,19 +19,19 @@ struct BatchTable
     int fileCurveId = -1;
 };
 
-/// The batch tables of some curves, in the order of time, by the curve's id in the store.
+/// Batch tables of several curves, in order of time, by the curve's id in the store.
 struct BatchTables
 {
     QMap<int, QVector<BatchTable>> byCurve;
 
-    /// A file that is there could not be opened or read: something may be missing.
+    /// An existing file could not be opened or read: something may be missing.
     bool failed = false;
 };
 
-/// Finds the batch tables of curves that overlap a range of time (milliseconds since the epoch,
-/// both included). Each file is opened once. Ids belong to a file, so a curve is looked up in each
-/// of them by its name. Any thread.
+/// Finds the curves' batch tables that overlap a time range (ms since the epoch, both included).
+/// Each file is opened once. Ids belong to a file, so curves are looked up by name in each. Any
+/// thread.
 ///
-/// Leaves with the first file that cannot be read, and when `stop` is set.
+/// Returns at the first unreadable file, and when `stop` is set.
 BatchTables collectTables(CurveDataDB& store, const QMap<int, QString>& curves, qint64 start,
                           qint64 end, const std::atomic<bool>& stop);

@@ -9,7 +9,7 @@
 
 namespace {
 
-/// Enough to bridge a write that takes longer than the others.
+/// Enough to bridge a slow write.
 constexpr std::size_t kBlocksAhead = 3;
 
 } // namespace
@@ -47,7 +47,7 @@ bool BlockReader::take(SampleBlock& block)
 
 void BlockReader::run()
 {
-    // A file that another process has locked is waited for once, not once for each curve.
+    // A file locked by another process is waited for once, not once per curve.
     const LockPatience patience;
     for (bool more = true; more;) {
         ReadBlock block;

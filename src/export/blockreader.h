@@ -14,8 +14,8 @@
 #include <thread>
 #include <vector>
 
-/// Reads the samples of some cursors on a thread of its own, a few blocks ahead of who takes them.
-/// While it lives nobody else touches the cursors.
+/// Reads the samples of several cursors on its own thread, a few blocks ahead of the consumer.
+/// While it exists, no one else may touch the cursors.
 class BlockReader
 {
 public:
@@ -29,8 +29,8 @@ public:
     ~BlockReader();
     Q_DISABLE_COPY_MOVE(BlockReader)
 
-    /// Makes the next block the caller's, in exchange for the memory of an old one; waits for it.
-    /// A block without rows: there are no more. False if reading has failed.
+    /// Hands over the next block in exchange for the memory of an old one; waits for it. A block
+    /// without rows is the end. False if reading failed.
     bool take(SampleBlock& block);
 
 private:
@@ -51,5 +51,5 @@ private:
     std::vector<SampleBlock> m_spare;
     const std::atomic<bool>& m_stop;
     std::atomic<bool> m_abandoned{false};
-    std::thread m_thread; ///< Last: it starts when all else is there.
+    std::thread m_thread; ///< Last: it starts once everything else exists.
 };

@@ -20,10 +20,10 @@ constexpr int kRowsPerBlock = 1000;
 constexpr int kRowsPerFlush = 1000;
 constexpr int kRowsPerProgress = 100;
 constexpr qlonglong kUnknownTotal = -1;
-/// Text gathered before it goes to the file.
+/// Text collected before it goes to the file.
 constexpr int kWriteBytes = 262144;
 
-/// Whether a call of `test` with one of the cursors gives true.
+/// Whether `test` is true for any cursor.
 template <typename Test>
 bool anyOf(const std::vector<std::unique_ptr<CurveCursor>>& cursors, Test test)
 {
@@ -96,7 +96,7 @@ void CsvExportFromDBThread::run()
     emit exportFinished(result, files);
 }
 
-/// The checks before anything is written, then the writing.
+/// Checks before anything is written, then writes.
 ExportResult CsvExportFromDBThread::exportCurves(QStringList& files)
 {
     if (!m_store) {
@@ -131,11 +131,11 @@ ExportResult CsvExportFromDBThread::exportCurves(QStringList& files)
     return writeFiles(cursors, curves, files);
 }
 
-/// A cursor for each curve. False, with fewer cursors, if a file cannot be read or a stop was
+/// One cursor per curve. False, with fewer cursors, if a file cannot be read or a stop was
 /// requested.
 bool CsvExportFromDBThread::makeCursors(const QMap<int, QString>& curves, Cursors& cursors) const
 {
-    // A file that another process has locked is waited for once, not once for each curve.
+    // A file locked by another process is waited for once, not once per curve.
     const LockPatience patience;
     const BatchTables tables = collectTables(*m_store, curves, m_start, m_end, m_stopRequested);
     bool complete = !tables.failed;
@@ -149,7 +149,7 @@ bool CsvExportFromDBThread::makeCursors(const QMap<int, QString>& curves, Cursor
     return complete;
 }
 
-/// Those of the curves that the store knows, by id.
+/// The curves known to the store, by id.
 QMap<int, QString> CsvExportFromDBThread::selectExistingCurves() const
 {
     return m_store->namesForIds(m_curveIds);
@@ -177,7 +177,7 @@ ExportResult CsvExportFromDBThread::writeFiles(Cursors& cursors, const QMap<int,
     return result;
 }
 
-/// Writes block after block until no cursor has a sample. The next ones are read meanwhile.
+/// Writes block after block until no cursor has a sample, while the next blocks are being read.
 ExportResult CsvExportFromDBThread::writeParts(Cursors& cursors, CsvParts& parts)
 {
     CsvRows rows(m_separator);
@@ -222,7 +222,7 @@ ExportResult CsvExportFromDBThread::failedToWrite()
     return ExportWriteError;
 }
 
-/// Writes the rows of a block, as far as no stop is requested.
+/// Writes the rows of a block until a stop is requested.
 ExportResult CsvExportFromDBThread::writeBlock(const SampleBlock& block, CsvRows& rows,
                                                CsvParts& parts)
 {
@@ -239,7 +239,7 @@ ExportResult CsvExportFromDBThread::writeBlock(const SampleBlock& block, CsvRows
     return ExportSuccess;
 }
 
-/// What follows a row: progress, flushes and parts.
+/// After each row: progress, flushes and parts.
 ExportResult CsvExportFromDBThread::countRow(CsvRows& rows, CsvParts& parts)
 {
     ++m_rowsInPart;

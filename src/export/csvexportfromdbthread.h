@@ -20,12 +20,11 @@ class CurveCursor;
 class CurveDataDB;
 struct SampleBlock;
 
-/// Writes the stored samples of some curves to CSV files, in a thread of its own and in constant
-/// memory. The n-th row holds the n-th sample of each curve: rows are aligned by position, not by
-/// time. The columns stand in the order of the curve ids.
+/// Writes stored samples of several curves to CSV files, on its own thread and in constant memory.
+/// The n-th row holds the n-th sample of each curve: rows are aligned by position, not by time.
+/// Columns are in the order of the curve ids.
 ///
-/// While one block of rows is written, the next ones are read. An export that does not succeed leaves no
-/// file behind.
+/// While one block of rows is written, the next ones are read. An export that fails leaves no file.
 class CsvExportFromDBThread : public QThread
 {
     Q_OBJECT
@@ -33,10 +32,7 @@ class CsvExportFromDBThread : public QThread
 
 public:
     /// @param store null is an outcome of the export
-    /// @param path of the files; the part's number and the time are put behind its base name
-    /// @param separator between the fields of a line
-    /// @param header texts of the lines above the titles, by the keys of CurveDataDB::openCsvPart()
-    /// @param start,end first and last millisecond since the epoch to be exported
+    /// @param path of the files; part number and time are appended to its base name
     CsvExportFromDBThread(CurveDataDB* store, const QList<int>& curveIds, const QString& path,
                           const QString& separator, const QMap<QString, QString>& header,
                           qint64 start, qint64 end, QObject* parent = nullptr);
@@ -44,32 +40,31 @@ public:
     /// Asks the export to stop and waits for its end.
     ~CsvExportFromDBThread() override;
 
-    /// Starts the export, or warns if it runs. Not from a slot that the exporting thread calls at
-    /// its end.
+    /// Starts the export, or warns if it is running. Not from a slot that the exporting thread
+    /// calls at its end.
     void startExport();
 
-    /// The export ends at the next row, with ExportCancelled. Any thread.
+    /// Ends the export at the next row, with ExportCancelled. Any thread.
     void requestStop();
 
-    /// Whether the export that runs, or ran last, was asked to stop. Any thread.
+    /// Whether the running, or last, export was asked to stop. Any thread.
     bool isStopRequested() const { return m_stopRequested; }
 
     /// Any thread.
     bool isExporting() const;
 
-    /// Rows after which a new part is begun, at least one; 1,000,000 unless set. Before
-    /// startExport().
+    /// Rows per part, at least one; 1,000,000 by default. Set before startExport().
     void setRowsPerPart(qint64 rows) { m_rowsPerPart = qMax<qint64>(rows, 1); }
 
-    /// Rows read under one hold of a connection's lock, at least one; what is written does not
-    /// depend on it. Before startExport().
+    /// Rows read per hold of a connection's lock, at least one; it does not affect the output. Set
+    /// before startExport().
     void setRowsPerBlock(int rows) { m_rowsPerBlock = qMax(rows, 1); }
 
 signals:
-    /// Each hundred rows; the total is unknown, -1.
+    /// Every hundred rows; the total is unknown, -1.
     void exportProgress(qlonglong processed, qlonglong total);
 
-    /// The end of the export; the files are those that were written, and empty unless it succeeded.
+    /// The export has ended; the written files, empty unless it succeeded.
     void exportFinished(ExportResult result, QStringList files);
 
 protected:

@@ -9,8 +9,8 @@
 class CurveDataDB;
 class QByteArray;
 
-/// The files of one CSV export, written one after the other. Unless keep() is called, none of them
-/// is left behind when this goes. One thread at a time.
+/// The files of one CSV export, written one after another. Unless keep() is called, the destructor
+/// removes them. One thread at a time.
 class CsvParts
 {
 public:
@@ -20,22 +20,22 @@ public:
     ~CsvParts();
     Q_DISABLE_COPY_MOVE(CsvParts)
 
-    /// Begins the next part with its header. False if its file cannot be created.
+    /// Starts the next part with its header. False if its file cannot be created.
     bool openNext();
 
-    /// Appends to the part. What it takes reaches the file with the next flush() at the latest.
+    /// Appends to the part. The data reaches the file at the next flush() at the latest.
     void write(const QByteArray& text);
     void flush();
     void close();
 
-    /// Whether all that was written, flushed and closed so far has reached its file.
+    /// Whether everything written, flushed and closed so far has reached its file.
     bool isWhole() const { return m_whole; }
 
-    /// The parts stay when this goes.
+    /// Keeps the parts.
     void keep() { m_kept = true; }
 
-    /// The parts, by the names that the export tells. Each is read from the clock once more after
-    /// the file was created, so it can be a second ahead of the file's own name.
+    /// The parts, by their reported names. Each name reads the clock again after the file was
+    /// created, so it can be a second ahead of the file's own.
     QStringList listedFiles() const { return m_listedFiles; }
 
 private:
@@ -53,5 +53,5 @@ private:
     bool m_whole = true;
     bool m_kept = false;
     QStringList m_listedFiles;
-    QStringList m_createdFiles; ///< The names under which the files were really created.
+    QStringList m_createdFiles; ///< The actual file names.
 };

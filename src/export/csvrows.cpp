@@ -13,14 +13,14 @@ namespace {
 
 constexpr qint64 kMinuteMs = 60000;
 constexpr qint64 kSecondMs = 1000;
-/// Digits behind the point.
+/// Decimals.
 constexpr int kPrecision = 15;
 constexpr int kInitialBytes = 65536;
 /// "-1.797693134862316E+308" is the longest value; 20 characters hold any 64-bit number.
 constexpr int kLongestValue = 24;
 constexpr int kLongestNumber = 20;
 constexpr int kTimeLength = 19;
-/// Place of the exponent's letter behind the sign: one digit, the point, fifteen digits.
+/// Position of the exponent's letter after the sign: one digit, the point, fifteen digits.
 constexpr int kExponentPlace = 17;
 
 char* append(char* out, const QByteArray& text)
@@ -28,9 +28,9 @@ char* append(char* out, const QByteArray& text)
     return std::copy(text.cbegin(), text.cend(), out);
 }
 
-/// Whether the value may lie halfway between two texts. Qt then takes the one farther from zero,
-/// the C++ library the even one. A value with a digit more than the text is a fraction of no more
-/// than 24 binary places.
+/// Whether the value may lie halfway between two texts. Qt then rounds away from zero, the C++
+/// library to even. A value with exactly one digit more than the text is a fraction of at most 24
+/// binary places.
 bool mayBeHalfway(double value)
 {
     constexpr double kPlaces = 16777216.0;
@@ -43,7 +43,7 @@ char* appendValue(char* out, double value)
     if (mayBeHalfway(value)) {
         return append(out, QByteArray::number(value, 'E', kPrecision));
     }
-    // Adding zero takes the sign off a negative zero.
+    // Adding zero removes the sign of a negative zero.
     const auto end = std::to_chars(out, out + kLongestValue, value + 0.0,
                                    std::chars_format::scientific, kPrecision)
                          .ptr;
@@ -107,7 +107,7 @@ void CsvRows::appendRow(qint64 rowNumber, const SampleBlock& block, std::size_t 
     m_text.resize(static_cast<int>(out - begin));
 }
 
-/// The zone's rules are asked once a minute: a change of the clock comes at the edge of one.
+/// The zone's rules are queried once a minute: clocks change only at the edge of one.
 char* CsvRows::appendTime(char* out, qint64 timestamp)
 {
     if (!m_minuteKnown || timestamp < m_minuteStart || timestamp - m_minuteStart >= kMinuteMs) {

@@ -8,8 +8,8 @@
 #include <cstddef>
 #include <vector>
 
-/// A block of rows: one column for each curve, whose samples stand in consecutive rows from the
-/// block's first. A shorter column has come to its end.
+/// A block of rows: one column per curve, with its samples in consecutive rows from the first. A
+/// shorter column has ended.
 struct SampleBlock
 {
     std::vector<SampleColumn> columns;
@@ -18,8 +18,8 @@ struct SampleBlock
     std::size_t rows() const;
 };
 
-/// The text of CSV rows, gathered in memory. Values are the bytes of QString::number(value, 'E', 15),
-/// which the C++ library writes in a quarter of the time.
+/// The text of CSV rows, collected in memory. Values are the bytes of QString::number(value, 'E',
+/// 15), which the C++ library produces in a quarter of the time.
 class CsvRows
 {
 public:
@@ -27,13 +27,13 @@ public:
     explicit CsvRows(const QString& separator);
 
     /// Appends one row of a block: the row number, the local time of the first curve's sample as
-    /// "yyyy-MM-dd hh:mm:ss", the value of each curve. A curve that has come to its end leaves its
-    /// field empty. False, with a log line, if there is no memory for it.
+    /// "yyyy-MM-dd hh:mm:ss", the value of each curve. A curve that has ended leaves its field
+    /// empty. False, with a log line, if memory runs out.
     bool writeCsvRow(qint64 rowNumber, const SampleBlock& block, std::size_t row);
 
     const QByteArray& text() const { return m_text; }
 
-    /// Forgets the text and keeps its memory.
+    /// Clears the text but keeps its memory.
     void clear() { m_text.resize(0); }
 
 private:

@@ -59,11 +59,11 @@ void CurveCursor::read(SampleColumn& column, std::size_t limit)
     }
 }
 
-/// Reads on behind the current sample, within its table; the last one read is the new current
-/// sample. At the end of the table the first sample of the next one is.
+/// Reads past the current sample within its table; the last one read becomes current. At the end of
+/// the table, the next one's first sample does.
 void CurveCursor::readTable(SampleColumn& column, std::size_t limit)
 {
-    // What is read from a file that was deleted or replaced is not what the store holds.
+    // What is read from a deleted or replaced file is not what the store holds.
     if (fileIdentity(m_path) != m_file) {
         m_valid = failToRead(QStringLiteral("the file has gone or was replaced"));
         return;
@@ -94,8 +94,7 @@ bool CurveCursor::openNextTable()
     return false;
 }
 
-/// Makes the table's first sample the current one. False if the table is passed over, or if
-/// reading has failed.
+/// Makes the table's first sample current. False if the table is skipped, or if reading failed.
 bool CurveCursor::openTable(const BatchTable& table)
 {
     if (!isInPlace(table)) {
@@ -115,9 +114,9 @@ bool CurveCursor::openTable(const BatchTable& table)
     return startQuery(table) && takeFirstRow(table);
 }
 
-/// Whether the file that listed the table is there and has it. A name without a date, or with that
-/// of a day without a file, is looked up in the file itself: a table of readings from the future
-/// lies in the file of the day on which they came.
+/// Whether the listing file exists and has the table. A name without a date, or with the date of a
+/// day without a file, is looked up in the file itself: a table of readings from the future is in
+/// the file of the day they arrived.
 bool CurveCursor::isInPlace(const BatchTable& table)
 {
     const QDate date = dateInName(table.name);
@@ -186,7 +185,7 @@ bool CurveCursor::startQuery(const BatchTable& table)
         return true;
     }
     qWarning() << "[初始化查询] SQL执行失败：" << m_query->errorText();
-    // A table that has gone is passed over; whatever else fails may hide samples.
+    // A missing table is skipped; any other failure may hide samples.
     const bool missing = !prepared && m_query->errorText().contains(QLatin1String("no such table"));
     return missing ? false : fail();
 }
@@ -211,14 +210,14 @@ bool CurveCursor::failToRead(const QString& cause)
     return fail();
 }
 
-/// False, as the result of the step that has failed.
+/// Returns false, the result of the failed step.
 bool CurveCursor::fail()
 {
     m_failed = true;
     return false;
 }
 
-/// Lets go of the file that was read from.
+/// Releases the file it read from.
 void CurveCursor::release()
 {
     m_query.reset();

@@ -14,18 +14,18 @@
 
 class CurveDataDB;
 
-/// Walks the stored samples of one curve in the order of time, table after table and file after
-/// file, by one forward-only query at a time on the pooled connections.
+/// Iterates over the stored samples of one curve in order of time, table by table and file by file,
+/// with one forward-only query at a time on the pooled connections.
 ///
-/// It holds a connection as long as it reads from its file, and the connection's lock for one block
-/// of rows at a time. Any thread, one at a time.
+/// It holds a connection while it reads from its file, and the connection's lock for one block of
+/// rows at a time. Any thread, one at a time.
 class CurveCursor
 {
 public:
-    /// What is read of each sample: the time costs a fifth of the reading.
+    /// What to read of each sample: the time costs a fifth of the reading.
     enum Columns { TimesAndValues, ValuesOnly };
 
-    /// A cursor on the first sample in the range (milliseconds since the epoch, both included).
+    /// A cursor at the first sample in the range (ms since the epoch, both included).
     CurveCursor(CurveDataDB& store, int curveId, QVector<BatchTable> tables, qint64 start,
                 qint64 end, Columns columns);
     ~CurveCursor();
@@ -33,14 +33,14 @@ public:
 
     int curveId() const { return m_curveId; }
 
-    /// Whether there is a sample to be read.
+    /// Whether a sample is left.
     bool isValid() const { return m_valid; }
 
-    /// The samples could not be read to their end: the connection was closed, the file has gone,
-    /// or reading failed. The cursor is not valid any more.
+    /// The samples could not be read to the end: the connection was closed, the file has gone, or
+    /// reading failed. The cursor is no longer valid.
     bool hasFailed() const { return m_failed; }
 
-    /// Appends the next samples until the column holds `limit`, or no sample is left. Without times
+    /// Appends the next samples until the column holds `limit` or none is left. Without times,
     /// theirs is 0.
     void read(SampleColumn& column, std::size_t limit);
 
@@ -64,7 +64,7 @@ private:
     std::unique_ptr<LockedQuery> m_query;
     bool m_valid = false;
     bool m_failed = false;
-    Sample m_current{0, 0.0}; ///< The next sample to be given, if valid.
+    Sample m_current{0, 0.0}; ///< The next sample, if valid.
     QVector<BatchTable> m_tables;
     int m_nextTable = 0;
     qint64 m_start;

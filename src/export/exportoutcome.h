@@ -5,5 +5,5 @@
 #include <QString>
 #include <QStringList>
 
-/// What the user is told at the end of an export; `files` are the parts that were written. Any thread.
+/// The message for the user at the end of an export; `files` are the parts written. Any thread.
 QString exportOutcomeText(ExportResult result, const QStringList& files);

@@ -20,7 +20,7 @@ QDateTime runTime(const QString& text)
     return QDateTime::fromString(text, kRunTimeFormat);
 }
 
-/// The moment that a text names: the one so far off where that has the same text.
+/// The moment a text names: the one this far away if it has the same text.
 qint64 momentOf(const QString& text, qint64 offsetMs)
 {
     const qint64 moment = runTime(text).toMSecsSinceEpoch();
@@ -50,7 +50,7 @@ QString exportFilePath(const QString& directory, const QString& identity, const 
         folder += QDir::separator();
     }
     const QString base = name.isEmpty() ? QStringLiteral("顺序对齐曲线数据") : name;
-    // Multi-argument form: no text can be taken for a marker.
+    // Several arguments at once, so that no text is taken for a marker.
     const QString fileName =
         sanitizeFileName(QStringLiteral("%1_%2").arg(identityField(identity, 2), base));
     return QStringLiteral("%1%2.csv").arg(folder, fileName);

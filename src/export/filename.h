@@ -2,6 +2,6 @@
 
 #include <QString>
 
-/// The text as a file name that every file system takes: each of /\:*?"<>| becomes "_", and NUL
-/// characters go. Any thread.
+/// The text as a file name valid on every file system: each of /\:*?"<>| becomes "_", and NUL
+/// characters are removed. Any thread.
 QString sanitizeFileName(QString text);

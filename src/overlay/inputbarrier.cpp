@@ -60,7 +60,7 @@ bool InputBarrier::isWithin(const QWidget& widget, const QWidget* area)
         if (place == area) {
             return true;
         }
-        // A dialog stands beside its parent; a popup is a part of it.
+        // A dialog is outside its parent; a popup is part of it.
         if (place->isWindow() && place->windowType() != Qt::Popup) {
             return false;
         }
@@ -80,12 +80,12 @@ bool InputBarrier::eventFilter(QObject* watched, QEvent* event)
     if (isTabPress(*event)) {
         leaveBy(widget, static_cast<QKeyEvent*>(event)->key() == Qt::Key_Backtab);
     }
-    // A wheel event that is not taken goes on to the parents.
+    // An ignored wheel event goes on to the parents.
     event->setAccepted(event->type() != QEvent::Wheel);
     return true;
 }
 
-/// Gives the focus to the next widget of the window that is not covered.
+/// Moves the focus to the next uncovered widget of the window.
 void InputBarrier::leaveBy(const QWidget& widget, bool backwards) const
 {
     const auto next = [backwards](const QWidget* from) {

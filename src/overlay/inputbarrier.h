@@ -6,17 +6,16 @@
 
 class QWidget;
 
-/// Keeps keys and the wheel away from widgets that an overlay covers: the overlay itself only keeps
-/// the mouse away, and keys go to whatever has the focus. The wheel still scrolls what lies around
-/// a covered widget, and Tab leads out to the next widget that is not covered. It belongs to the
-/// GUI thread.
+/// Keeps keys and the wheel away from covered widgets: an overlay itself only blocks the mouse, and
+/// keys go to whatever has the focus. The wheel still scrolls what surrounds a covered widget, and
+/// Tab leads out to the next uncovered one. GUI thread.
 class InputBarrier : public QObject
 {
     Q_OBJECT
     Q_DISABLE_COPY_MOVE(InputBarrier)
 
 public:
-    /// @param covers tells whether input for this widget is held back at the moment
+    /// @param covers whether input for this widget is blocked at the moment
     explicit InputBarrier(std::function<bool(const QWidget&)> covers);
 
     void raise();
@@ -24,7 +23,7 @@ public:
 
     bool eventFilter(QObject* watched, QEvent* event) override;
 
-    /// True for the area, for what is in it, and for the popups of what is in it.
+    /// True for the area, its contents, and their popups.
     static bool isWithin(const QWidget& widget, const QWidget* area);
 
 private:

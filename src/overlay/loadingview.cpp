@@ -20,7 +20,7 @@ namespace {
 constexpr int kBusyMode = 0;
 constexpr int kRecoveryMode = 1;
 
-/// The ring takes 30 steps of 80 ms for a turn: 150 degrees a second.
+/// The ring turns in 30 steps of 80 ms: 150 degrees a second.
 constexpr int kStepMs = 80;
 constexpr int kStepDegrees = 12;
 constexpr int kFullTurn = 360;
@@ -60,7 +60,7 @@ struct LoadingView::State
 {
     int angle = 0;
     QTimer timer;
-    QString message; ///< Not read: the labels hold the texts.
+    QString message; ///< Not read: the labels have the texts.
     int mode = kBusyMode;
     bool spinning = false;
     QLabel* loadingLabel = nullptr;
@@ -156,7 +156,7 @@ void LoadingView::placeControls()
 void LoadingView::placeRecoveryLabel()
 {
     QLabel* label = m_state->recoveryLabel;
-    // An earlier, smaller width would keep the size hint small.
+    // An earlier, smaller width would limit the size hint.
     label->setMinimumWidth(0);
     label->setMaximumWidth(QWIDGETSIZE_MAX);
     label->ensurePolished();
@@ -177,7 +177,7 @@ void LoadingView::showLoading()
 {
     assertGuiThread();
     if (m_state->mode == kRecoveryMode) {
-        // Also after a recovery that failed: without its button the user could not try again.
+        // Also after a failed recovery: without its button the user could not try again.
         showRecoveryForm();
     }
     if (!isVisible()) {
@@ -253,8 +253,8 @@ bool LoadingView::eventFilter(QObject* watched, QEvent* event)
         setGeometry(QRect(QPoint(0, 0), static_cast<QResizeEvent*>(event)->size()));
         placeControls();
     }
-    // A field that loses the focus to the view must not take that for the end of an edit, which
-    // would send a command behind the cover; nor its return for the beginning of one.
+    // A field that loses the focus to the view must not count that as the end of an edit, which
+    // would send a command behind the overlay; nor its return as the start of one.
     if ((event->type() == QEvent::FocusOut || event->type() == QEvent::FocusIn) &&
         watched->isWidgetType() && m_state->holdsFocus && covers(*static_cast<QWidget*>(watched))) {
         return true;
@@ -290,14 +290,14 @@ void LoadingView::hideEvent(QHideEvent* event)
     QGraphicsView::hideEvent(event);
 }
 
-/// Whether input for the widget is held back while the view is up.
+/// Whether input for the widget is blocked while the view is up.
 bool LoadingView::covers(const QWidget& widget) const
 {
     return parentWidget() && !InputBarrier::isWithin(widget, this) &&
            InputBarrier::isWithin(widget, parentWidget());
 }
 
-/// An open list or panel of what is covered would lie over the view.
+/// An open list or panel of a covered widget would be on top of the view.
 void LoadingView::closePopups()
 {
     QWidget* popup = QApplication::activePopupWidget();
@@ -316,8 +316,8 @@ void LoadingView::takeFocus()
     target->setFocus(Qt::OtherFocusReason);
 }
 
-/// What has the window's focus. Where that is another view, what that view gives it back to: it may go
-/// before this one does.
+/// The window's focus widget. If that is another view, the one it will give the focus back to: it
+/// may go before this one.
 QWidget* LoadingView::focusBelow() const
 {
     QWidget* focus = window()->focusWidget();
@@ -330,7 +330,8 @@ QWidget* LoadingView::focusBelow() const
     return focus;
 }
 
-/// The topmost other view that is up and keeps the focus from what had it; null when there is none.
+/// The topmost other view that is up and keeps the focus from its former owner; null if there is
+/// none.
 LoadingView* LoadingView::nextHolder() const
 {
     LoadingView* holder = nullptr;

@@ -4,10 +4,10 @@
 
 #include <memory>
 
-/// Covers its parent while the program waits for the instrument: a turning ring with a text, or,
-/// after the link was lost, a text with a button that starts the recovery. While it is up no key and
-/// no wheel reaches what it covers: it has the focus and gives it back when it goes, of several views
-/// the last one does. It belongs to the GUI thread.
+/// Covers its parent while the program waits for the instrument: a turning ring with a text or,
+/// after the link was lost, a text with a button that starts the recovery. While it is up, no key
+/// or wheel turn reaches what it covers: it has the focus and gives it back when it goes; of
+/// several views, the last one does. GUI thread.
 class LoadingView : public QGraphicsView
 {
     Q_OBJECT
@@ -26,13 +26,13 @@ public:
 
     void startSpinning();
 
-    /// Hides the view; the recovery form is back in its first state the next time.
+    /// Hides the view; next time, the recovery form starts in its initial state.
     void stopLoading();
 
     bool eventFilter(QObject* watched, QEvent* event) override;
 
 signals:
-    /// The user wants the link restored; the ring turns already.
+    /// The user asked for the recovery; the ring is already turning.
     void confirmRequested();
 
 protected:

@@ -20,14 +20,14 @@ namespace {
 constexpr int kBarHeight = 50;
 
 constexpr int kBarTextSize = 16;
-constexpr int kSmallBarTextSize = 11; ///< A bar with a smaller text had better be wider.
-constexpr int kLeastBarTextSize = 9;  ///< What can still be read.
+constexpr int kSmallBarTextSize = 11; ///< Below this size, widen the bar instead.
+constexpr int kLeastBarTextSize = 9;  ///< Still readable.
 constexpr int kBarTextMargin = 12;    ///< Left and right of the text together.
 
 const QColor kVeilColour(50, 50, 50, 180);
 const QRectF kFirstVeilRect(0, 0, 400, 200);
 
-/// The veil lies below the bar, also when it is made anew.
+/// The veil is below the bar, also when recreated.
 constexpr qreal kVeilZ = -1;
 
 QString holdToUnlockText()
@@ -40,7 +40,7 @@ QString barStyle(int textSize)
     return QStringLiteral("color:#13C4FF;font-weight:bold;font-size:%1px;").arg(textSize);
 }
 
-/// Width of the bar that shows its longer text whole.
+/// Bar width that shows its longer text completely.
 int barWidthFor(QFont font, int textSize)
 {
     font.setBold(true);
@@ -54,8 +54,8 @@ struct BarFit
     int textSize;
 };
 
-/// The bar is half as wide as the veil; where its text would be too small for that, it takes what
-/// the text wants. `room` is what can be seen of the veil's width.
+/// The bar is half as wide as the veil; if its text would be too small there, it gets the width the
+/// text needs. `room` is the visible part of the veil's width.
 BarFit fitBar(const QFont& font, qreal veilWidth, qreal room)
 {
     const auto largestText = [&font](qreal width, int from, int to) {
@@ -78,7 +78,7 @@ BarFit fitBar(const QFont& font, qreal veilWidth, qreal room)
     return {half, kBarTextSize};
 }
 
-/// The start of a length nearest to `wanted` that lies within a room; centred where it is too long.
+/// The start of a length nearest to `wanted` within a room; centred if it does not fit.
 qreal placeWithin(qreal wanted, qreal length, qreal roomStart, qreal roomLength)
 {
     if (length > roomLength) {
@@ -136,7 +136,7 @@ LockableDataCollectionView::LockableDataCollectionView(QWidget* parent)
 
 LockableDataCollectionView::~LockableDataCollectionView()
 {
-    // The base class still deletes the scene and its bar, whose signals need the state.
+    // The base class still deletes the scene and its bar, whose signals use the state.
     delete m_state->fade.data();
     delete m_state->scene;
 }
@@ -155,7 +155,7 @@ void LockableDataCollectionView::removeVeil()
 {
     if (m_state->fade) {
         m_state->fade->stop();
-        // It is deleted later only; until then it must not count as a fade under way.
+        // It is deleted later; until then it must not count as a fade in progress.
         m_state->fade.clear();
     }
     if (m_state->veil) {
@@ -171,7 +171,7 @@ void LockableDataCollectionView::makeBar()
     m_state->unlockButton->setStyleSheet(barStyle(kBarTextSize));
     m_state->unlockButtonProxy = m_state->scene->addWidget(m_state->unlockButton);
     m_state->unlockButtonProxy->setPos(0, 0);
-    // The bar keeps its half of the width on a narrow page too, where its text would want more.
+    // The bar keeps half of the width on a narrow page too, even if its text needs more.
     m_state->unlockButtonProxy->setMinimumSize(0, 0);
     layOutBar();
 }
@@ -192,7 +192,7 @@ void LockableDataCollectionView::layOutBar()
     m_state->unlockButtonProxy->setGeometry(QRectF(left, top, fit.width, kBarHeight));
 }
 
-/// What can be seen of the view: its page may lie in a scroll area. All of it while it is hidden.
+/// The visible part of the view: its page may be in a scroll area. All of it while hidden.
 QRectF LockableDataCollectionView::visiblePart() const
 {
     if (!isVisible()) {
@@ -310,7 +310,7 @@ void LockableDataCollectionView::globalUnlock()
 void LockableDataCollectionView::onUnlockButtonPressed()
 {
     assertGuiThread();
-    // A press while the veil goes, or is gone, must not count against the next lock.
+    // A press while the veil is going, or gone, must not count against the next lock.
     if (m_state->fade || !m_state->isLocked) {
         return;
     }

@@ -6,9 +6,9 @@
 
 #include <memory>
 
-/// A grey veil over a page, with a bar that must be held for a second to take it away.
-/// It starts locked and hidden; who shows it decides where. While on show it follows its page's
-/// size, and the bar keeps to what can be seen of the page. It belongs to the GUI thread.
+/// A grey veil over a page, with a bar that must be held for a second to remove it. It starts
+/// locked and hidden; the caller decides where to show it. While visible, it follows its page's
+/// size and the bar stays in the visible part. GUI thread.
 class LockableDataCollectionView : public QGraphicsView
 {
     Q_OBJECT
@@ -18,24 +18,24 @@ public:
     explicit LockableDataCollectionView(QWidget* parent = nullptr);
     ~LockableDataCollectionView() override;
 
-    /// Locks anew with a fresh veil and hides the view; a fade that is under way ends unheard.
+    /// Locks again with a fresh veil and hides the view; a running fade ends without a signal.
     void lock();
 
     bool isLocked() const;
 
     bool eventFilter(QObject* watched, QEvent* event) override;
 
-    /// How long the bar must be held, in ms.
+    /// How long to hold the bar, in ms.
     void setUnlockHoldTime(int ms);
 
     /// Replaces the hold time and the time of the fade, from the next press or fade on.
     void setTiming(const scn::LockTiming& timing);
 
-    /// Makes the veil of a locked view that has none.
+    /// Creates the veil of a locked view that has none.
     void ensureVeil();
 
 public slots:
-    /// Locks unless locked already.
+    /// Locks unless already locked.
     void globalLock();
 
     /// Fades the veil out if locked, as if the bar had been held.

@@ -4,6 +4,6 @@
 
 class QFrame;
 
-/// The viewport margins that make the viewport of a scroll area as large as the whole widget,
-/// whatever frame a style sheet draws around it.
+/// Viewport margins that make a scroll area's viewport as large as the widget, whatever frame a
+/// style sheet draws around it.
 QMargins viewportCoverMargins(const QFrame& area);

@@ -22,7 +22,7 @@ WindowLockManager::~WindowLockManager() = default;
 
 LockableDataCollectionView* WindowLockManager::overlay()
 {
-    // The overlay of all managers. It is a child of the page that it covers, and goes with it.
+    // The managers' shared overlay. It is a child of the page it covers, and goes with it.
     static QPointer<LockableDataCollectionView> shared;
     if (!shared) {
         shared = new LockableDataCollectionView;
@@ -120,7 +120,7 @@ void WindowLockManager::updateCurrentWindow()
     }
 }
 
-/// Whether keys for the widget are held back.
+/// Whether the widget's keys are blocked.
 bool WindowLockManager::covers(const QWidget& widget) const
 {
     if (!m_lockView || !m_lockView->isLocked() || InputBarrier::isWithin(widget, m_lockView)) {

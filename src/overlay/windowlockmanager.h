@@ -12,9 +12,9 @@
 class InputBarrier;
 class LockableDataCollectionView;
 
-/// Watches pages and lays the one lock overlay of the process over the page that the pointer
-/// enters while locking is on. Locked pages take no keys, wherever the pointer is: the focus may
-/// have stayed in one. It belongs to the GUI thread.
+/// Watches pages and puts the process's one lock overlay over the page that the pointer enters
+/// while locking is on. Locked pages accept no keys, wherever the pointer is: the focus may still
+/// be in one. GUI thread.
 class WindowLockManager : public QObject
 {
     Q_OBJECT
@@ -25,19 +25,19 @@ public:
     explicit WindowLockManager(QObject* parent = nullptr, const scn::LockTiming& timing = {});
     ~WindowLockManager() override;
 
-    /// Watches the page from now on. A null or known page is ignored; a page may be deleted.
+    /// Watches the page. Null or a known page is ignored; a page may be deleted.
     void registerWindow(QWidget* window);
 
-    /// Turns locking on or off; on, the page under the pointer is covered at once.
+    /// Turns locking on or off; on covers the page under the pointer at once.
     void setLockEnabled(bool on);
 
-    /// Locks the overlay anew; it appears at the next entry of a page.
+    /// Locks the overlay again; it appears when the pointer next enters a page.
     void lockView();
 
     bool eventFilter(QObject* watched, QEvent* event) override;
 
 signals:
-    /// The user has held the bar to the end.
+    /// The user has held the bar long enough.
     void unlocked();
 
 private slots:

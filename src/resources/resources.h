@@ -1,5 +1,5 @@
 #pragma once
 
-/// Makes the files of the resource bundle known: ":/qss/", ":/dark/" and ":/image/". A bundle in a
-/// static library is not linked without this call; more than one call does no harm.
+/// Registers the resource bundle: ":/qss/", ":/dark/" and ":/image/". A bundle in a static library
+/// is not linked without this call; repeated calls are harmless.
 void initResources();

@@ -9,14 +9,14 @@
 class CDeviceVisa;
 class CurveSeriesData;
 
-/// The file-level state that the whole program shares. All of it exists before main() runs and
-/// lives as long as the process. Only the two flags may be read and written on any thread; all
-/// else belongs to the GUI thread unless its line says otherwise.
+/// The program's shared state. All of it exists before main() and for the life of the process. Only
+/// the two flags may be used on any thread; everything else belongs to the GUI thread unless its
+/// line says otherwise.
 
 /// VISA resource of the instrument; set by entry from the command line.
 extern QString g_resourceName;
 
-/// Reply to *IDN? with each comma turned into a blank; empty until the instrument has answered.
+/// Reply to *IDN? with commas replaced by blanks; empty until the instrument has answered.
 extern QString g_instrumentId;
 
 /// The instrument has answered *IDN? and is not known to be lost.
@@ -38,10 +38,10 @@ extern QMap<int, std::shared_ptr<CurveSeriesData>> g_curveSeries;
 extern QString g_scanStartText;
 extern QString g_scanEndText;
 
-/// The slots of the mainframe count from 1 to 15; element 0 is not used.
+/// Slots are counted from 1 to 15; element 0 is not used.
 constexpr int kSlotCount = 15;
 
-/// A slot answered the module query with a model. Never cleared while the program runs.
+/// The slot has answered the module query with a model. Never cleared.
 extern bool slotPresent[kSlotCount + 1];
 
 /// Module type of a slot's module.
