@@ -8,15 +8,15 @@
 
 class QSqlDatabase;
 
-/// The lock of a database connection. SQLite is opened without a mutex of its own, and Qt's driver
-/// keeps an unguarded list of its queries, so whoever constructs, prepares, executes, fetches from
-/// or destroys a query, or closes the connection, holds this lock meanwhile.
+/// The lock of a database connection. SQLite is opened without its own mutex, and Qt's driver keeps
+/// an unguarded list of queries, so whoever constructs, prepares, executes, fetches from or
+/// destroys a query, or closes the connection, must hold this lock.
 ///
-/// Order of locks: store, pool, connection, query registry. No call into the pool or the store is
-/// made, and no other thread waited for, while a connection's lock is held.
+/// Lock order: store, pool, connection, query registry. Never call into the pool or the store, or
+/// wait for another thread, while holding a connection's lock.
 ///
-/// Recursive. Like any mutex of the system it is not fair: a thread that takes it again at once leaves
-/// others waiting. Background work therefore calls letOthersIn() first, each time.
+/// Recursive. Like any system mutex it is not fair: a thread that takes it again at once starves
+/// the others. Background work therefore calls letOthersIn() first, each time.
 class ConnectionMutex
 {
 public:
@@ -27,8 +27,8 @@ public:
     bool tryLock(int timeoutMs = 0) { return m_mutex.tryLock(timeoutMs); }
     void unlock() { m_mutex.unlock(); }
 
-    /// Waits while other threads wait for the lock or have had to within the last half millisecond:
-    /// they are probably not done. No longer than 10 ms in all. The caller does not hold the lock.
+    /// Waits while other threads are waiting for the lock, or had to within the last half
+    /// millisecond: they are probably not done. At most 10 ms in total. Call without the lock.
     void letOthersIn() const;
 
 private:
@@ -37,11 +37,11 @@ private:
     std::atomic<qint64> m_lastWaitNs{0}; ///< When somebody last had to wait, monotonic clock.
 };
 
-/// The lock that belongs to a connection name; every caller gets the same one as long as anybody
-/// keeps it. Any thread.
+/// The lock for a connection name; every caller gets the same one as long as anyone keeps it. Any
+/// thread.
 std::shared_ptr<ConnectionMutex> connectionMutex(const QString& connectionName);
 
-/// Holds a connection's lock for as long as it lives.
+/// Holds a connection's lock during its lifetime.
 class ConnectionLocker
 {
 public:

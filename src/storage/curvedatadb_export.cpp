@@ -15,7 +15,7 @@ struct HeaderLine
     const char* key;
 };
 
-/// The lines above the titles. The instrument's version is handed over and not written.
+/// The lines above the titles. The instrument's version is passed in but not written.
 constexpr HeaderLine kHeaderLines[] = {
     {QT_TRANSLATE_NOOP("CurveDataDB", "地址"), "address"},
     {QT_TRANSLATE_NOOP("CurveDataDB", "型号"), "instrumentModel"},

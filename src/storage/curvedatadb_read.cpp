@@ -17,14 +17,14 @@
 
 namespace {
 
-/// Rows fetched under one hold of the connection's lock: enough to make the lock cheap, few enough
-/// to let others in.
+/// Rows fetched per hold of the connection's lock: enough to make the lock cheap, few enough to let
+/// others in.
 constexpr int kRowsPerBlock = 4096;
 
-/// Ten years: each day of a range up to that is looked for, a missing file has its log line.
+/// Ten years: within such a range every day is looked up, and a missing file gets its log line.
 constexpr quint64 kLongestCountMs = Q_UINT64_C(315576000000);
 
-/// What a read asks for.
+/// The parameters of a read.
 struct ReadRange
 {
     int curveId;
@@ -33,7 +33,7 @@ struct ReadRange
     int maxPoints;
 };
 
-/// First moment of the oldest day that has a file; the present if none has.
+/// First moment of the oldest day with a file; now if there is none.
 qint64 startOfOldestDay(const QString& directory)
 {
     const QStringList files =
@@ -47,9 +47,9 @@ qint64 startOfOldestDay(const QString& directory)
     return storeNow();
 }
 
-/// Where the count of days begins: at the start of the range, or, if it would be a count of more
-/// than ten years, as many whole days later as have no file. A chart that is zoomed out further and
-/// further would otherwise keep everybody waiting for the store.
+/// Where counting days starts: at the start of the range or, for more than ten years, as many whole
+/// days later as have no file. Otherwise a chart zoomed out further and further would block
+/// everyone who needs the store.
 qint64 firstTimeToLookAt(qint64 start, qint64 end, const QString& directory)
 {
     const auto distance = [](qint64 from, qint64 to) {
@@ -66,9 +66,9 @@ qint64 firstTimeToLookAt(qint64 start, qint64 end, const QString& directory)
     return first - static_cast<qint64>(distance(start, first) % static_cast<quint64>(kDayLengthMs));
 }
 
-/// Keys of the days that a read looks into, oldest first. The days are counted off from the start
-/// of the range, so a range shorter than a day that crosses midnight has the first day only. All
-/// times to come have today's key, so the count ends with the first of them.
+/// Keys of the days whose files a read opens, oldest first. Days are counted from the start of the
+/// range, so a range shorter than a day that crosses midnight has only the first day. All future
+/// times have today's key, so the count ends with the first of them.
 QStringList dateKeysOfRange(qint64 start, qint64 end, const QString& directory)
 {
     const qint64 now = storeNow();
@@ -88,7 +88,7 @@ QStringList dateKeysOfRange(qint64 start, qint64 end, const QString& directory)
     return keys;
 }
 
-/// The name in double quotes, as SQL wants it for a table.
+/// The name in double quotes, as SQL requires for a table.
 QString quotedTable(const QString& table)
 {
     QString name = table;
@@ -96,8 +96,8 @@ QString quotedTable(const QString& table)
            QLatin1Char('"');
 }
 
-/// Tells why the query of a batch could not be prepared. The catalogue of tables is looked into
-/// only then: it has no index, and a file of many curves has thousands of entries.
+/// Reports why the query of a batch could not be prepared. Only then is the catalogue of tables
+/// searched: it has no index, and a file of many curves has thousands of entries.
 void warnOfUnreadableTable(const QSqlDatabase& database, const QString& table,
                            const QString& prepareError)
 {
@@ -138,7 +138,7 @@ void readBatch(const QSqlDatabase& database, const QString& table, const ReadRan
     };
     while (query.fetchRows(kRowsPerBlock, takeRow) == kRowsPerBlock) {
     }
-    // A table that cannot be read to its end gives what was read.
+    // A table that cannot be read to its end returns what was read.
     if (!query.isUsable() || !query.errorText().isEmpty()) {
         qWarning() << "读取分片" << table << "失败:" << query.errorText();
     }
@@ -164,7 +164,7 @@ void readFile(CurveDataDB& store, const QString& path, const ReadRange& range,
     }
     for (const DBBatchInfo& batch : batches) {
         readBatch(*db, batch.tableName, range, points);
-        // Bounds the memory of a long read. What was read early is thinned again and again.
+        // Bounds the memory of a long read. Early points are thinned repeatedly.
         if (range.maxPoints > 0 && points.size() > 2 * static_cast<qint64>(range.maxPoints)) {
             thinPoints(points, range.maxPoints);
         }
@@ -222,7 +222,7 @@ QVector<DBBatchInfo> CurveDataDB::queryBatches(int curveId, qint64 start, qint64
         noteFailure(!query.errorText().contains(QLatin1String("no such table")));
         return {};
     }
-    // An id that was given anew may find the tables of the curve that had it before.
+    // A reused id may find the tables of the curve that had it before.
     const QString prefix = tablePrefix(curveId);
     QVector<DBBatchInfo> batches;
     while (query.next()) {

@@ -13,8 +13,8 @@
 
 namespace {
 
-/// Dropped points that pile up in front of the window before one block move removes them, so that
-/// the move costs next to nothing per point.
+/// Dropped points that accumulate in front of the window before one block move removes them, so the
+/// move costs next to nothing per point.
 constexpr int kTrimBlock = 1000;
 
 /// How far outside the points in memory a view may start and still be served from them.
@@ -25,8 +25,7 @@ qint64 toTime(double x)
     return static_cast<qint64>(x);
 }
 
-/// Mean of the finite values among some points, also where their sum is beyond all numbers; not a
-/// number when there is none.
+/// Mean of the finite values among the points, even if their sum overflows; NaN if there are none.
 double finiteMean(const QPointF* points, int count)
 {
     double mean = 0.0;
@@ -96,7 +95,7 @@ void CurveSeriesData::pointsAdded()
     updateStatistics();
 }
 
-/// Leaves exactly the newest kMaxRecentPoints in the window.
+/// Keeps exactly the newest kMaxRecentPoints in the window.
 void CurveSeriesData::trimWindow()
 {
     if (recentCount() <= kMaxRecentPoints) {
@@ -130,7 +129,7 @@ void CurveSeriesData::loadWindow(qint64 start, qint64 end, int maxPoints, double
     updateStatistics();
 }
 
-/// Only the start of the view counts: the points in memory serve it even when it ends beyond them.
+/// Only the start of the view counts: memory serves it even if it ends beyond its points.
 bool CurveSeriesData::isInMemory(qint64 start) const
 {
     if (recentCount() == 0) {

@@ -10,12 +10,12 @@
 
 class CurveDataDB;
 
-/// One channel's curve as charts and grids see it. It hands each reading to the store, keeps the
-/// newest ones in memory for the statistics, and holds the points that a plot shows at the moment.
+/// One channel's curve as charts and grids see it. It passes each reading to the store, keeps the
+/// newest in memory for the statistics, and holds the points a plot is showing.
 ///
 /// Times are milliseconds since the Unix epoch; as the x of a point they are doubles, truncated
-/// towards zero when converted back. All of it belongs to the GUI thread, except the constructor,
-/// which may run anywhere; there is no lock.
+/// towards zero when converted back. GUI thread, except the constructor, which may run anywhere;
+/// there is no lock.
 class CurveSeriesData : public QwtSeriesData<QPointF>
 {
 public:
@@ -26,31 +26,31 @@ public:
     /// until registerAgain() succeeds: points and windows are ignored.
     CurveSeriesData(const QString& curveName, const QString& directoryName);
 
-    /// The same with a store of the caller's own, which must outlive the series; null: no store.
+    /// The same with the caller's store, which must outlive the series; null: no store.
     CurveSeriesData(const QString& curveName, CurveDataDB* store);
 
-    /// Registers the curve that was refused before, without the time that a new one takes. False if
-    /// it is refused again; nothing is done for one that is registered.
+    /// Registers a curve refused before, without the delay of a new one. False if it is refused
+    /// again; does nothing if it is registered.
     bool registerAgain();
 
     /// Stores one reading at once and adds it to the points in memory. `x` in ms, `y` as measured.
     void addPoint(double x, double y);
 
-    /// Stores several readings in one go and adds them to the points in memory.
+    /// Stores several readings at once and adds them to the points in memory.
     void addPoints(const QVector<QPointF>& points);
 
-    /// Loads what the plot shows for the times from `start` to `end`: the points in memory, all of
-    /// them, if `start` lies within their span widened by 10 s on either side, else what the store
-    /// holds for that range; thinned to `maxPoints` (0 or less: no limit), with `offset` added to
-    /// each y. Writes out and detaches the store first.
+    /// Loads the points for a plot from `start` to `end`: all points in memory, if `start` is
+    /// within their span extended by 10 s on either side, else what the store has for that range;
+    /// thinned to `maxPoints` (0 or less: no limit), with `offset` added to each y. First writes
+    /// out and detaches the store.
     void loadWindow(qint64 start, qint64 end, int maxPoints, double offset);
 
-    /// All that the store holds of this curve, without the offset; empty if there is nothing or the
+    /// Everything the store has of this curve, without the offset; empty if there is nothing or the
     /// curve is not registered.
     QVector<QPointF> allData() const;
 
-    /// Forgets the points in memory and those on display and resets the statistics. The store and
-    /// the offset stay as they are.
+    /// Drops the points in memory and on display and resets the statistics. The store and the
+    /// offset are unchanged.
     void clear();
 
     /// Number of points on display.
@@ -63,14 +63,14 @@ public:
     /// are none.
     QRectF boundingRect() const override;
 
-    /// Wanted by the plot library; the series loads by time instead.
+    /// Required by the plot library; the series loads by time instead.
     void setRectOfInterest(const QRectF& rect) override;
 
     /// y of point `i` on display without the offset; 0 if there is no such point.
     double rawValue(int i) const;
 
     /// Statistics over the points in memory, whatever is on display. Without points: 0, an empty
-    /// text, and the values that minimum and maximum start from.
+    /// text, and the initial values of minimum and maximum.
     int count() const;
     double lastValue() const;
     /// Local time of the newest point, "yyyy-MM-dd hh:mm:ss".
@@ -83,7 +83,7 @@ public:
 
     /// Number of the curve in the store's current file; -1 if it could not be registered.
     int curveId() const { return m_curveId; }
-    /// What was added to y at the last loadWindow().
+    /// The offset added at the last loadWindow().
     double yOffset() const { return m_yOffset; }
     /// The points in memory, oldest first, as measured.
     QVector<QPointF> recentPoints() const;
@@ -92,7 +92,7 @@ public:
     /// Times of the first and last point in memory; 0 if there are none.
     qint64 recentStart() const { return m_recentStart; }
     qint64 recentEnd() const { return m_recentEnd; }
-    /// Times of the first and last point on display, or the range asked for if that held none.
+    /// Times of the first and last point on display, or the requested range if it had none.
     qint64 visibleStart() const { return m_visibleStart; }
     qint64 visibleEnd() const { return m_visibleEnd; }
 
@@ -102,8 +102,8 @@ private:
         int count = 0;
         double lastValue = 0.0;
         QString lastTimeText;
-        // The smallest positive normal number, not the lowest one: a curve of negative values only
-        // has this for its maximum.
+        // The smallest positive normal number, not the lowest one: a curve of only negative values
+        // has this as its maximum.
         double maximum = std::numeric_limits<double>::min();
         double minimum = std::numeric_limits<double>::max();
         double mean = 0.0;
@@ -132,7 +132,7 @@ private:
     qint64 m_visibleStart = 0;
     qint64 m_visibleEnd = 0;
     double m_yOffset = 0.0;
-    // Counted when somebody asks, since most readings arrive with nobody looking.
+    // Computed on request, since most readings arrive with nobody looking.
     mutable Statistics m_statistics;
     mutable bool m_statisticsStale = false;
     mutable bool m_boundsStale = true;

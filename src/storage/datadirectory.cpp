@@ -7,12 +7,12 @@
 
 namespace {
 
-/// What file systems take for one name, and what the end of ours takes of it.
+/// The file systems' limit for a name, less our suffix.
 constexpr int kLongestNameBytes = 255;
 constexpr int kEndBytes = 5;
 constexpr int kHashDigits = 8;
 
-/// A serial number in a length that leaves room for the end of the name.
+/// The serial number, short enough to leave room for the suffix.
 QString fittingSerial(const QString& serial)
 {
     if (serial.toUtf8().size() + kEndBytes <= kLongestNameBytes) {

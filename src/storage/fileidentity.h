@@ -3,8 +3,8 @@
 #include <QString>
 #include <QtGlobal>
 
-/// Which file a path leads to. A file that was deleted or moved away while it was open, and the one
-/// that has taken its place, differ.
+/// Identifies the file at a path. A file that was deleted or moved while open differs from its
+/// replacement.
 struct FileIdentity
 {
     quint64 device = 0;
@@ -25,5 +25,5 @@ inline bool operator!=(const FileIdentity& left, const FileIdentity& right)
 
 /// The identity of the file at a path; costs about a microsecond. Any thread.
 ///
-/// Where open files cannot be deleted or replaced, it is enough to tell whether there is one.
+/// Where open files cannot be deleted or replaced, checking that one exists is enough.
 FileIdentity fileIdentity(const QString& path);

@@ -167,7 +167,7 @@ bool LockedQuery::driverOpen() const
 
 bool LockedQuery::preparedUnlocked() const
 {
-    // Executing a query that was ended from outside would report a success without doing anything.
+    // Executing a query ended from outside would report success and do nothing.
     return m_prepared && driverOpen() && !m_query.lastQuery().isEmpty();
 }
 

@@ -10,11 +10,11 @@
 #include <initializer_list>
 #include <memory>
 
-/// A query whose every operation takes the connection's lock for its own length, so that queries of
-/// one connection may live on several threads.
+/// A query that takes the connection's lock for each operation, so that queries of one connection
+/// may be used on several threads.
 ///
-/// A connection that is closed ends its queries: from then on every operation gives false and
-/// isUsable() is false. Failures never print; errorText() tells about the last one.
+/// Closing a connection ends its queries: every operation then returns false and isUsable() is
+/// false. Failures never print; errorText() has the last one.
 class LockedQuery
 {
 public:
@@ -22,8 +22,7 @@ public:
     ~LockedQuery();
     Q_DISABLE_COPY_MOVE(LockedQuery)
 
-    /// Asks for rows to be read from first to last only, which saves Qt its copy of them. Before
-    /// prepare().
+    /// Requests forward-only reading, which saves Qt's copy of the rows. Call before prepare().
     void setForwardOnly(bool forwardOnly);
 
     bool prepare(const QString& sql);
@@ -40,36 +39,36 @@ public:
     /// Prepares, binds and executes; a failure of either step is the result.
     bool run(const QString& sql, std::initializer_list<QVariant> values);
 
-    /// Executes what was prepared once for each row, given as one list for each placeholder.
+    /// Executes what was prepared once per row, given as one list per placeholder.
     bool execColumns(const QVector<QVariantList>& columns);
 
     bool next();
 
-    /// A column of the present row; an invalid value when there is no such row.
+    /// A column of the current row; an invalid value if there is none.
     QVariant value(int column) const;
 
     QVariant lastInsertId() const;
 
-    /// Ends the execution: no lock on the file stays behind, the preparation is kept.
+    /// Ends the execution: releases any lock on the file and keeps the preparation.
     void finish();
 
     /// Drops the preparation as well.
     void clear();
 
-    /// Whether the connection is open and something is prepared on it. A query whose connection
-    /// was closed under it looks like one that has no more rows; this tells them apart.
+    /// Whether the connection is open and something is prepared on it. Tells a query whose
+    /// connection was closed from one without further rows.
     bool isUsable() const;
 
     QString errorText() const;
 
-    /// Whether the last failure came of a connection that may only read its file.
+    /// Whether the last failure came from a read-only connection.
     bool metReadOnly() const { return m_errorCode == kReadOnlyCode; }
 
     const QString& connectionName() const { return m_connectionName; }
 
-    /// Steps through up to `limit` rows under one hold of the connection's lock, calling `row`
-    /// with the query at each. Gives the number of rows seen; fewer than the limit: no more came.
-    /// The callback makes no call into the pool or the store.
+    /// Steps through up to `limit` rows under one hold of the connection's lock, calling `row` with
+    /// the query at each. Returns the number of rows; fewer than the limit means the end. The
+    /// callback must not call the pool or the store.
     template <typename Row>
     int fetchRows(int limit, Row&& row)
     {
@@ -86,15 +85,15 @@ public:
     }
 
     /// Appends up to `limit` rows of a time and a value, or of a value alone, under one hold of the
-    /// connection's lock. Gives their number; fewer than the limit: no more came. No other fetch
-    /// may follow the first call. Others who want the connection go first. It steps SQLite's own statement, in half the time of next(): Qt
-    /// copies each row twice.
+    /// connection's lock. Returns their number; fewer than the limit means the end. No other fetch
+    /// may follow the first call. Others waiting for the connection go first. It steps SQLite's own
+    /// statement, in half the time of next(): Qt copies each row twice.
     int fetchSamples(int limit, SampleColumn& samples);
 
 protected:
     const std::shared_ptr<ConnectionMutex>& mutex() const { return m_mutex; }
 
-    /// To be touched with the connection's lock held.
+    /// Use only with the connection's lock held.
     QSqlQuery& query() { return m_query; }
 
 private:

@@ -9,7 +9,7 @@ namespace {
 
 thread_local LockPatience* g_current = nullptr;
 
-/// The caller holds the connection's lock throughout, so nobody needs to know of this query.
+/// The caller holds the connection's lock throughout, so nobody else needs to know this query.
 void setBusyTimeout(const QSqlDriver* driver, std::chrono::milliseconds patience)
 {
     QSqlQuery(driver->createResult())

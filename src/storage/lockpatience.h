@@ -8,10 +8,10 @@
 #include <memory>
 #include <vector>
 
-/// Bounds the time that an operation of many statements waits for files that another process has
-/// locked: while one lives, the first query of this thread that waits in vain on a connection is
-/// the last that waits there; the connection's further ones fail at once. When it goes, the
-/// connections wait as before. Those inside another one do nothing.
+/// Limits how long an operation of many statements waits for files locked by other processes:
+/// during its lifetime, the first query of this thread that waits in vain on a connection is the
+/// last to wait there; the connection's further ones fail at once. When it is destroyed, the
+/// connections wait as before. Nested ones do nothing.
 class LockPatience
 {
 public:
@@ -19,7 +19,7 @@ public:
     ~LockPatience();
     Q_DISABLE_COPY_MOVE(LockPatience)
 
-    /// Tells that a query has waited in vain. The caller holds the connection's lock.
+    /// Reports that a query waited in vain. The caller holds the connection's lock.
     static void waitedInVain(const std::shared_ptr<ConnectionMutex>& mutex,
                              const QSqlDriver* driver);
 

@@ -2,8 +2,7 @@
 
 #include "storage/lockedquery.h"
 
-/// A query that QueryManager knows while it lives, so that whoever closes the connection can end
-/// it.
+/// A query registered with QueryManager, so that whoever closes the connection can end it.
 class ManagedQuery : public LockedQuery
 {
 public:

@@ -6,8 +6,8 @@
 
 class CurveSeriesData;
 
-/// What a plot curve holds in place of the series itself: a view of one CurveSeriesData that
-/// several plots can share. It does not own the series and must go before it.
+/// A plot curve's view of a CurveSeriesData that several plots can share. It does not own the
+/// series and must be destroyed first.
 class NonOwningCurveData : public QwtSeriesData<QPointF>
 {
 public:
@@ -24,7 +24,7 @@ public:
     /// Bounds of the loaded points; a zero rectangle without a series.
     QRectF boundingRect() const override;
 
-    /// The series looked at; null if there is none.
+    /// The series; null if there is none.
     CurveSeriesData* series() const { return m_series; }
 
 private:

@@ -8,8 +8,8 @@
 
 class QSqlQuery;
 
-/// Knows which queries are alive on which connection, so that they can be ended before the
-/// connection goes away. One for the process; every operation may be called on any thread.
+/// Tracks the live queries of each connection, so that they can be ended before it is closed. One
+/// per process; any thread may call.
 class QueryManager : public QObject
 {
     Q_OBJECT
@@ -20,14 +20,14 @@ public:
 
     void registerQuery(QSqlQuery* query, const QString& connectionName);
 
-    /// Forgets a query; a connection without any is forgotten with its last one.
+    /// Removes a query, and its connection with the last one.
     void unregisterQuery(QSqlQuery* query, const QString& connectionName);
 
-    /// Ends every query of a connection and forgets them. Takes the connection's lock first: the
-    /// queries may be in use on other threads.
+    /// Ends and removes every query of a connection. Takes the connection's lock first: other
+    /// threads may be using them.
     void finishQueries(const QString& connectionName);
 
-    /// How many queries are alive on a connection.
+    /// Number of live queries of a connection.
     int queryCount(const QString& connectionName) const;
 
 private:

@@ -12,8 +12,8 @@ QDateTime localTime(qint64 timestamp)
     return QDateTime::fromMSecsSinceEpoch(timestamp);
 }
 
-/// First moment of a date. Where the clock skips midnight, the date begins later; where midnight
-/// comes twice, which of the two Qt gives depends on what was converted before: the first is taken.
+/// First moment of a date. Where the clock skips midnight, the date starts later; where midnight
+/// occurs twice, which one Qt returns depends on what was converted before: the first is used.
 qint64 startOfDate(QDate date)
 {
     constexpr qint64 kStepsBack[] = {3600000, 1800000};

@@ -4,28 +4,26 @@
 
 #include <chrono>
 
-/// A source of the present time, in milliseconds since the epoch.
+/// A source of the current time, in milliseconds since the epoch.
 using StoreClock = qint64 (*)();
 
-/// The present time as the store sees it, in milliseconds since the epoch: what decides which day
-/// file is today's, whether a reading lies in the future, and how long a connection has been idle.
-/// Any thread.
+/// The store's current time, in milliseconds since the epoch. It decides which day file is today's,
+/// whether a reading is in the future, and how long a connection has been idle. Any thread.
 qint64 storeNow();
 
-/// Replaces the clock behind storeNow(); a null pointer puts the system's clock back. It is there
-/// so that midnight can be reached without waiting for it.
+/// Replaces the clock behind storeNow(); null restores the system clock. It lets tests reach
+/// midnight without waiting for it.
 void setStoreClock(StoreClock clock);
 
-/// Decides how long a wait of the store really takes.
+/// Decides how long a wait really takes.
 using StoreWait = std::chrono::milliseconds (*)(std::chrono::milliseconds);
 
-/// How long a wait of the given length takes: that long, unless setStoreWait() says otherwise.
-/// Every pause and delay of the store goes through here or storeSleep(). Any thread.
+/// How long a wait of this length takes: that long, unless setStoreWait() says otherwise. Every
+/// pause and delay of the store goes through here or storeSleep(). Any thread.
 std::chrono::milliseconds storeWait(std::chrono::milliseconds wait);
 
 /// Blocks the calling thread for storeWait(wait).
 void storeSleep(std::chrono::milliseconds wait);
 
-/// Replaces what storeWait() gives; a null pointer puts the real waits back. It is there so that
-/// tests do not sit the pauses out.
+/// Replaces storeWait()'s result; null restores the real waits. It spares tests the pauses.
 void setStoreWait(StoreWait wait);

@@ -8,7 +8,7 @@
 
 namespace {
 
-/// Changes of the clock are at least this far apart and fall into one such window each.
+/// Changes of the clock are at least this far apart and each falls into one such window.
 constexpr qint64 kWindowMs = 900000;
 
 int offsetFromUtc(qint64 timestamp)
@@ -56,7 +56,7 @@ TimeSlice timeSliceFor(qint64 timestamp)
             return slice;
         }
     }
-    // With one offset throughout, the local date runs along with the time.
+    // With a constant offset, the local date advances with the time.
     const qint64 midnight = timestamp - local.time().msecsSinceStartOfDay();
     slice.first = std::max(first, midnight);
     slice.last = std::min(last, midnight + kDayLengthMs - 1);

@@ -2,7 +2,7 @@
 
 #include <QString>
 
-/// The naming facts of a moment together with the span of moments that share them.
+/// A moment's names, and the span of moments that share them.
 struct TimeSlice
 {
     qint64 first = 0;      ///< First millisecond the facts hold for.
@@ -15,17 +15,16 @@ struct TimeSlice
     bool contains(qint64 timestamp) const { return timestamp >= first && timestamp <= last; }
 };
 
-/// The slice around a timestamp (ms since the epoch). It is as wide as the batch, narrower around
-/// a change of the clock, and one millisecond wide where the batch's start had to be repaired, so
-/// that the repair is logged each time.
+/// The slice around a timestamp (ms since the epoch). It is as wide as the batch, narrower around a
+/// change of the clock, and one millisecond wide where the batch's start had to be repaired, so
+/// that each repair is logged.
 TimeSlice timeSliceFor(qint64 timestamp);
 
-/// Remembers the last slice asked for: asking for moments of one batch formats its names once.
-/// Not for use by several threads at a time.
+/// Caches the last slice: asking for moments of one batch formats its names once. Not thread-safe.
 class TimeSliceCache
 {
 public:
-    /// The slice that holds the timestamp; the reference is good until the next call.
+    /// The slice of the timestamp; the reference is valid until the next call.
     const TimeSlice& at(qint64 timestamp)
     {
         if (!m_slice.contains(timestamp)) {
