@@ -1,6 +1,7 @@
 #include "app/mainwidget.h"
 
 #include "acquisition/readdata.h"
+#include "app/buttonbarbuilder.h"
 #include "app/channeleditor.h"
 #include "app/channeltable.h"
 #include "app/channeltablebuilder.h"
@@ -10,7 +11,10 @@
 #include "app/instrumentpagebuilder.h"
 #include "app/launcheroutput.h"
 #include "app/loggingpagebuilder.h"
+#include "app/runindicator.h"
+#include "app/runstate.h"
 #include "app/scanmarks.h"
+#include "app/threadend.h"
 #include "app/windowdisplay.h"
 #include "channels/commfunc.h"
 #include "common/guigate.h"
@@ -22,6 +26,7 @@
 #include "overlay/windowlockmanager.h"
 #include "plot/graphicsettingwidget.h"
 #include "state/globals.h"
+#include "storage/curvedatadb.h"
 #include "widgets/custommessagedialog.h"
 #include "widgets/imagebutton.h"
 #include "widgets/timepicker.h"
@@ -45,52 +50,15 @@
 
 namespace {
 
-/// How long the window's end waits for each of its threads.
-constexpr unsigned long kThreadWaitMs = 5000;
-/// How long a thread may take to leave the exchange that it was woken from.
-constexpr unsigned long kWakeWaitMs = 1000;
-/// How long a thread may take to fall after it was ended by force.
-constexpr unsigned long kTerminationWaitMs = 1000;
 /// When the busy overlay of the start-up goes, counted from the end of the read-back.
 constexpr int kStartupViewMs = 2000;
 const QLatin1String kExitCommand("exit");
 constexpr int kSettingsTabsWidth = 320;
-constexpr int kButtonBarHeight = 40;
 
 void removeMargins(QLayout* layout)
 {
     layout->setContentsMargins(0, 0, 0, 0);
     layout->setSpacing(0);
-}
-
-/// Leaves a thread that cannot be ended to the end of the process, which then takes nothing apart that
-/// the thread uses.
-void leaveBehind(QThread* thread)
-{
-    thread->setParent(nullptr);
-    HelperThreads::start([thread] { thread->wait(); });
-}
-
-/// Waits for a thread that was told to stop. One that hangs in an exchange is woken; where that does
-/// not help, as with a platform's library, it is ended by force. Deletes it.
-template <typename Thread>
-void endThread(Thread*& thread)
-{
-    if (!thread->wait(kThreadWaitMs)) {
-        // Not here: the library may block in this as in the exchange.
-        HelperThreads::start([] { g_visa->interrupt(); });
-        if (!thread->wait(kWakeWaitMs)) {
-            qWarning() << "线程未能结束，强制终止";
-            thread->terminate();
-        }
-        if (!thread->wait(kTerminationWaitMs)) {
-            leaveBehind(thread);
-            thread = nullptr;
-            return;
-        }
-    }
-    delete thread;
-    thread = nullptr;
 }
 
 } // namespace
@@ -108,6 +76,8 @@ MainWidget::MainWidget(QWidget* parent)
     , m_link(std::make_unique<scn::InstrumentLink>(m_gate, *m_display,
                                                    [this] { showReconnectView(); }))
     , m_editor(std::make_unique<scn::ChannelEditor>(*m_table, *m_marks, *m_partners, *m_link))
+    , m_runState(std::make_unique<scn::RunStateMachine>(g_scanRunning, g_instrumentConnected))
+    , m_indicator(std::make_unique<scn::RunIndicator>(static_cast<scn::ButtonBarForm&>(*this)))
 {
     setObjectName(QStringLiteral("MainWidget"));
     m_commFunc = new CommFunc(this);
@@ -131,7 +101,8 @@ MainWidget::~MainWidget()
     m_gate->close();
     if (m_readData) {
         m_readData->stop();
-        endThread(m_readData);
+        scn::endThread(m_readData);
+        m_readData = nullptr;
         // A batch that is still on its way has left the instrument: it goes into the store now.
         if (m_graphicSetting) {
             QCoreApplication::sendPostedEvents(m_graphicSetting, QEvent::MetaCall);
@@ -139,22 +110,14 @@ MainWidget::~MainWidget()
     }
     if (m_inputReader) {
         m_inputReader->stop();
-        endThread(m_inputReader);
+        scn::endThread(m_inputReader);
+        m_inputReader = nullptr;
     }
     if (m_exportThread) {
-        endExport();
+        // Ending it by force would leave its files behind.
+        scn::awaitThread(m_exportThread);
+        m_exportThread = nullptr;
     }
-}
-
-/// Waits for the export that was asked to stop. Ending it by force would leave its files behind.
-void MainWidget::endExport()
-{
-    if (m_exportThread->wait(kThreadWaitMs + kTerminationWaitMs)) {
-        delete m_exportThread;
-    } else { // it hangs on its disk
-        leaveBehind(m_exportThread);
-    }
-    m_exportThread = nullptr;
 }
 
 /// Keeps the controls from calling slots of the window while it is taken apart: hiding it takes the
@@ -249,7 +212,7 @@ void MainWidget::buildInterface()
 
     m_contentLayout->addWidget(m_settingsTabs);
     m_contentLayout->addWidget(m_workTabs);
-    buildButtonBar();
+    static_cast<scn::ButtonBarForm&>(*this) = scn::ButtonBarBuilder().build(this);
     m_mainLayout->addWidget(m_contentWidget);
     m_mainLayout->addWidget(m_buttonBar);
 }
@@ -263,36 +226,6 @@ void MainWidget::buildSettingsPages()
     m_loggingPage = logging.page;
     m_loggingPageContent = logging.content;
     static_cast<scn::LoggingForm&>(*this) = logging.form;
-}
-
-void MainWidget::buildButtonBar()
-{
-    m_buttonBar = new QWidget(this);
-    m_buttonBar->setStyleSheet(QStringLiteral("background:rgb(43,43,43);"));
-    m_buttonBar->setFixedHeight(kButtonBarHeight);
-    m_buttonBarLayout = new QHBoxLayout(m_buttonBar);
-    removeMargins(m_buttonBarLayout);
-
-    const auto addButton = [this](const QString& iconPath, const QString& text,
-                                  const QSize& iconSize, const QSize& size) {
-        auto* button = new ImageButton(text, m_buttonBar);
-        button->setObjectName(QStringLiteral("imageButton"));
-        button->setLeftIcon(QIcon(iconPath));
-        button->setIconSize(iconSize);
-        button->setFixedSize(size);
-        m_buttonBarLayout->addWidget(button);
-        return button;
-    };
-    m_startButton =
-        addButton(QStringLiteral(":/image/start.png"), tr("开始"), QSize(60, 40), QSize(100, 40));
-    m_buttonBarLayout->addItem(new QSpacerItem(0, 0, QSizePolicy::Expanding, QSizePolicy::Minimum));
-    m_exportButton =
-        addButton(QStringLiteral(":/image/derive.png"), tr("导出"), QSize(50, 40), QSize(90, 40));
-
-    m_runningLabel = new QLabel(tr("数据记录正在运行.."), m_buttonBar);
-    m_runningLabel->setMinimumHeight(40);
-    m_runningLabel->hide();
-    m_storeWatch = new QTimer(this);
 }
 
 void MainWidget::makeConnections()
@@ -317,7 +250,9 @@ void MainWidget::makeConnections()
     }
     connect(m_stopCountBox, qOverload<int>(&QSpinBox::valueChanged), this,
             &MainWidget::recvStopCountSlot);
-    connect(m_storeWatch, &QTimer::timeout, this, &MainWidget::showStoreState);
+    connect(m_storeWatch, &QTimer::timeout, this, [this] {
+        m_indicator->showStoreState(m_curveStore && m_curveStore->refusesReadings());
+    });
     connect(m_readData, &ReadData::sigStopScan, this, &MainWidget::recvStopScan);
     connect(m_readData, &ReadData::sigUseInst, this, &MainWidget::recvUseInstSlot);
 }

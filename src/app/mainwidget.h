@@ -1,5 +1,6 @@
 #pragma once
 
+#include "app/buttonbarbuilder.h"
 #include "app/channelform.h"
 #include "app/loggingform.h"
 #include "export/exportresult.h"
@@ -50,6 +51,8 @@ class ChannelEditor;
 class ChannelTable;
 class FourWirePartners;
 class InstrumentLink;
+class RunIndicator;
+class RunStateMachine;
 class ScanMarks;
 class WindowDisplay;
 } // namespace scn
@@ -63,7 +66,10 @@ class WindowDisplay;
 /// mainwidget.cpp (composition, wiring, launcher channel), mainwidget_channeltable.cpp (the table and its check marks),
 /// mainwidget_channelrow.cpp (editing a channel), mainwidget_loggingpage.cpp,
 /// mainwidget_runcontrol.cpp, mainwidget_export.cpp.
-class MainWidget : public QWidget, private scn::ChannelForm, private scn::LoggingForm
+class MainWidget : public QWidget,
+                   private scn::ChannelForm,
+                   private scn::LoggingForm,
+                   private scn::ButtonBarForm
 {
     Q_OBJECT
     Q_DISABLE_COPY_MOVE(MainWidget)
@@ -137,7 +143,6 @@ private:
     void bringUp();
     void buildInterface();
     void buildSettingsPages();
-    void buildButtonBar();
     void makeConnections();
     void silenceControls();
     void listenToLauncher();
@@ -150,20 +155,14 @@ private:
     void tellWorkspace();
 
     // Run control
-    void enterStarting();
-    void showStoreState();
-    void showRunning(bool refuses);
     void endScan();
-    void resetStartButton();
     void stopElapsedTimer();
     void startElapsedTimer();
-    void dropUnnamedScanChannels();
     void showReconnectView();
     bool bringUpLate();
 
     // Export
     void buildExportDialog();
-    void endExport();
     void showExportOutcome(ExportResult result, const QStringList& files);
 
     std::shared_ptr<GuiGate> m_gate;
@@ -174,6 +173,8 @@ private:
     const std::unique_ptr<scn::WindowDisplay> m_display;
     const std::unique_ptr<scn::InstrumentLink> m_link;
     const std::unique_ptr<scn::ChannelEditor> m_editor;
+    const std::unique_ptr<scn::RunStateMachine> m_runState;
+    const std::unique_ptr<scn::RunIndicator> m_indicator;
 
     CommFunc* m_commFunc = nullptr;
     CustomMessageDialog* m_messageDialog = nullptr;
@@ -192,17 +193,8 @@ private:
     QScrollArea* m_loggingPage = nullptr;
     QWidget* m_loggingPageContent = nullptr;
     GraphicSettingWidget* m_graphicSetting = nullptr;
-    QWidget* m_buttonBar = nullptr;
-    QHBoxLayout* m_buttonBarLayout = nullptr;
-    ImageButton* m_startButton = nullptr;
-    ImageButton* m_exportButton = nullptr;
-    QLabel* m_runningLabel = nullptr;
-    QTimer* m_storeWatch = nullptr; ///< runs while the running label is shown
     CurveDataDB* m_curveStore = nullptr;
     std::unique_ptr<QTimer> m_elapsedTimer;
-    bool m_starting = false;     ///< between the click on start and the end of scanFunc()
-    bool m_draining = false;     ///< the button has stopped the run; its last readings are fetched
-    bool m_reconnecting = false; ///< a helper looks for the instrument
 
     // Export
     CustomDialog* m_exportDialog = nullptr;

@@ -2,6 +2,8 @@
 
 #include "acquisition/readdata.h"
 #include "app/instrumentlink.h"
+#include "app/runindicator.h"
+#include "app/runstate.h"
 #include "common/guigate.h"
 #include "common/helperthreads.h"
 #include "common/threadassert.h"
@@ -14,14 +16,10 @@
 #include "storage/curveseriesbuilder.h"
 #include "storage/datadirectory.h"
 #include "widgets/custommessagedialog.h"
-#include "widgets/imagebutton.h"
 #include "widgets/timepicker.h"
 
 #include <QDateTime>
 #include <QFileInfo>
-#include <QHBoxLayout>
-#include <QIcon>
-#include <QLabel>
 #include <QRadioButton>
 #include <QTimer>
 
@@ -32,11 +30,7 @@ constexpr int kMessageMs = 3000;
 constexpr unsigned long kLastPassMs = 2000;
 constexpr int kWarningMessage = 0;
 constexpr int kErrorMessage = 1;
-/// Place of the running label in the button bar: right of the start button.
-constexpr int kRunningLabelPosition = 1;
 constexpr int kRecoveryForm = 1;
-/// How often the running label looks whether the store takes readings.
-constexpr int kStoreWatchMs = 500;
 
 /// The local time in the form that the run's start and end are kept in.
 QString runTimeText()
@@ -44,28 +38,45 @@ QString runTimeText()
     return QDateTime::currentDateTime().toString(QStringLiteral("yyyy MM dd hh mm ss"));
 }
 
+/// Removes the channels of the scan list that have no unit text.
+void dropUnnamedScanChannels()
+{
+    for (auto entry = g_scanChannels.begin(); entry != g_scanChannels.end();) {
+        if (entry.value().isEmpty()) {
+            entry = g_scanChannels.erase(entry);
+        } else {
+            ++entry;
+        }
+    }
+}
+
 } // namespace
 
 void MainWidget::recvStartButtonSlot()
 {
     assertGuiThread();
-    if (g_scanRunning) {
+    const bool isFirstStop = !m_runState->isStoppedByButton();
+    if (m_runState->take(scn::RunEvent::StopRequested)) {
         // The acquisition thread drains the instrument and then clears the flag.
         stopElapsedTimer();
         scn::exchange(QStringLiteral("ABOR"));
-        endScan();
-        m_draining = true;
+        if (isFirstStop) {
+            g_scanEndText = runTimeText();
+        }
+        m_indicator->showIdle();
         return;
     }
     // Without the link a start would empty the store and measure nothing.
-    if (m_starting || m_reconnecting || !g_instrumentConnected) {
+    if (!m_runState->allows(scn::RunEvent::StartRequested)) {
         return;
     }
     if (g_scanChannels.isEmpty()) {
         m_messageDialog->showMessage(tr("未选择扫描通道"), kWarningMessage, kMessageMs);
         return;
     }
-    enterStarting();
+    m_runState->take(scn::RunEvent::StartRequested);
+    m_indicator->showStarted();
+    m_startupView->showLoading();
 
     if (m_curveStore) {
         // Another instrument may have been found since; the store stays where it is.
@@ -78,33 +89,6 @@ void MainWidget::recvStartButtonSlot()
     m_curveStore = CurveDataDB::instance(directoryName);
     connect(m_curveStore, &CurveDataDB::sigClearFinished, this, &MainWidget::recvDataClearFinished);
     recvDataClearFinished();
-}
-
-void MainWidget::enterStarting()
-{
-    m_starting = true;
-    m_startButton->setLeftIcon(QIcon(QStringLiteral(":/image/stop.png")));
-    m_startButton->setText(tr("停止"));
-    m_exportButton->setEnabled(false);
-    m_buttonBarLayout->insertWidget(kRunningLabelPosition, m_runningLabel);
-    showRunning(false);
-    m_runningLabel->show();
-    m_storeWatch->start(kStoreWatchMs);
-    m_startupView->showLoading();
-}
-
-/// Says beside the running label when readings cannot be stored.
-void MainWidget::showStoreState()
-{
-    assertGuiThread();
-    showRunning(m_curveStore && m_curveStore->refusesReadings());
-}
-
-void MainWidget::showRunning(bool refuses)
-{
-    const QString running = tr("数据记录正在运行..");
-    m_runningLabel->setText(refuses ? running + tr("（数据无法保存）") : running);
-    m_runningLabel->setStyleSheet(refuses ? QStringLiteral("color: #FFA500;") : QString());
 }
 
 void MainWidget::recvDataClearFinished()
@@ -128,13 +112,13 @@ void MainWidget::recvDataClearFinished()
 void MainWidget::scanFunc()
 {
     assertGuiThread();
-    if (m_reconnecting || !g_instrumentConnected) {
+    if (!m_runState->allows(scn::RunEvent::ScanStarted)) {
         // Lost since the click: the recovery, which has its overlay up, gives the button back.
-        m_starting = false;
+        m_runState->take(scn::RunEvent::StartDropped);
         return;
     }
     if (scn::exchange(QStringLiteral("*IDN?")).isEmpty()) {
-        m_starting = false;
+        m_runState->take(scn::RunEvent::StartDropped);
         m_messageDialog->showMessage(tr("机器已断开"), kErrorMessage, kMessageMs);
         // The acquisition thread need not miss that one reply, so nobody else reports the loss.
         m_link->giveUp();
@@ -162,24 +146,10 @@ void MainWidget::scanFunc()
                           .replace(QLatin1Char(','), QLatin1Char(' '));
     g_scanStartText = runTimeText();
 
-    m_draining = false;
-    g_scanRunning = true;
-    m_starting = false;
+    m_runState->take(scn::RunEvent::ScanStarted);
     m_lockManager->setLockEnabled(true);
     m_lockManager->lockView();
     m_startupView->stopLoading();
-}
-
-/// Removes the channels of the scan list that have no unit text.
-void MainWidget::dropUnnamedScanChannels()
-{
-    for (auto entry = g_scanChannels.begin(); entry != g_scanChannels.end();) {
-        if (entry.value().isEmpty()) {
-            entry = g_scanChannels.erase(entry);
-        } else {
-            ++entry;
-        }
-    }
 }
 
 void MainWidget::startElapsedTimer()
@@ -203,19 +173,10 @@ void MainWidget::stopElapsedTimer()
 /// not when its last readings are there.
 void MainWidget::endScan()
 {
-    if (!m_draining) {
+    if (!m_runState->isStoppedByButton()) {
         g_scanEndText = runTimeText();
     }
-    resetStartButton();
-}
-
-void MainWidget::resetStartButton()
-{
-    m_startButton->setLeftIcon(QIcon(QStringLiteral(":/image/start.png")));
-    m_startButton->setText(tr("开始"));
-    m_exportButton->setEnabled(true);
-    m_runningLabel->hide();
-    m_storeWatch->stop();
+    m_indicator->showIdle();
 }
 
 void MainWidget::recvStopScan()
@@ -232,12 +193,11 @@ void MainWidget::recvElapsedTimeSlot()
 {
     assertGuiThread();
     stopElapsedTimer();
-    // Once the instrument is found again, the recovery stops it and its readings are fetched.
-    if (!g_instrumentConnected) {
+    if (!m_runState->allows(scn::RunEvent::TimeElapsed)) {
         return;
     }
     scn::exchange(QStringLiteral("ABOR"));
-    g_scanRunning = false;
+    m_runState->take(scn::RunEvent::TimeElapsed);
     endScan();
 }
 
@@ -246,11 +206,10 @@ void MainWidget::recvLockScreenSlot()
     assertGuiThread();
     // The bar can be held when the scan has ended by itself, or when the button has stopped it and
     // its last readings are being fetched; the end of that scan stays.
-    if (!g_scanRunning || m_draining) {
+    if (!m_runState->take(scn::RunEvent::Unlocked)) {
         return;
     }
     stopElapsedTimer();
-    g_scanRunning = false;
     scn::exchange(QStringLiteral("ABOR"));
     endScan();
 }
@@ -258,8 +217,7 @@ void MainWidget::recvLockScreenSlot()
 void MainWidget::recvUseInstSlot()
 {
     assertGuiThread();
-    // Whoever looks for the instrument already decides whether it is there.
-    if (!m_reconnecting) {
+    if (m_runState->take(scn::RunEvent::LossReported)) {
         m_link->giveUp();
     }
 }
@@ -283,19 +241,18 @@ void MainWidget::showReconnectView()
 void MainWidget::recvLoadBtnSlot()
 {
     assertGuiThread();
-    if (m_reconnecting) {
+    if (!m_runState->take(scn::RunEvent::RecoveryRequested)) {
         return;
     }
-    m_reconnecting = true;
     scn::RecoverySteps steps;
     steps.fail = [this] {
         // The button comes back with the leave to use it: a click in between would be lost.
-        m_reconnecting = false;
+        m_runState->take(scn::RunEvent::RecoveryEnded);
         m_link->giveUp();
     };
     steps.buildPages = [this] { return bringUpLate(); };
     steps.finish = [this] {
-        m_reconnecting = false;
+        m_runState->take(scn::RunEvent::RecoveryEnded);
         QMetaObject::invokeMethod(this, "stopLoadingView", Qt::QueuedConnection);
     };
     m_link->recover(steps);
@@ -315,7 +272,7 @@ bool MainWidget::bringUpLate()
     if (g_instrumentConnected) {
         m_reconnectView->stopLoading();
     }
-    m_reconnecting = false;
+    m_runState->take(scn::RunEvent::RecoveryEnded);
     return true;
 }
 
@@ -324,8 +281,8 @@ void MainWidget::stopLoadingView()
     assertGuiThread();
     m_reconnectView->stopLoading();
     // A start that met the loss has left the button and the label behind.
-    if (!g_scanRunning && !m_starting) {
-        resetStartButton();
+    if (m_runState->run() == scn::RunState::Idle) {
+        m_indicator->showIdle();
     }
     if (m_readData->isPolling()) {
         return;
