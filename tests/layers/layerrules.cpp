@@ -1,0 +1,200 @@
+#include "layerrules.h"
+
+#include <QFileInfo>
+#include <QLibraryInfo>
+#include <QMap>
+#include <QSet>
+
+namespace LayerRules {
+namespace {
+
+/// Target -> library that its files include -> the first file that does.
+using Needs = QMap<int, QMap<QString, QString>>;
+
+/// Libraries that a library brings along: naming those, too, would say the same thing twice.
+QStringList broughtAlong(const QString& library)
+{
+    static const QMap<QString, QStringList> brought{
+        {QStringLiteral("Qt5::Gui"), {QStringLiteral("Qt5::Core")}},
+        {QStringLiteral("Qt5::Sql"), {QStringLiteral("Qt5::Core")}},
+        {QStringLiteral("Qt5::Widgets"), {QStringLiteral("Qt5::Core"), QStringLiteral("Qt5::Gui")}},
+        {QStringLiteral("Qwt::Qwt"),
+         {QStringLiteral("Qt5::Core"), QStringLiteral("Qt5::Gui"), QStringLiteral("Qt5::Widgets")}},
+    };
+    return brought.value(library);
+}
+
+/// The library of another maker's header; empty for the language's own.
+QString outsideLibrary(const QString& header)
+{
+    static const QMap<QString, QString> others{
+        {QStringLiteral("CLI/CLI.hpp"), QStringLiteral("CLI11::CLI11")},
+        {QStringLiteral("sqlite3.h"), QStringLiteral("SQLite::SQLite3")},
+        {QStringLiteral("thread"), QStringLiteral("Threads::Threads")},
+    };
+    if (header.startsWith(QLatin1String("qwt"))) {
+        return QStringLiteral("Qwt::Qwt");
+    }
+    if (header.startsWith(QLatin1Char('Q'))) {
+        static const QString qtHeaders = QLibraryInfo::location(QLibraryInfo::HeadersPath);
+        for (const QString& module : {QStringLiteral("Core"), QStringLiteral("Gui"),
+                                      QStringLiteral("Widgets"), QStringLiteral("Sql")}) {
+            if (QFileInfo::exists(qtHeaders + QStringLiteral("/Qt%1/%2").arg(module, header))) {
+                return QStringLiteral("Qt5::") + module;
+            }
+        }
+        return QStringLiteral("a module of Qt with ") + header;
+    }
+    return others.value(header);
+}
+
+/// The library that an #include asks for; empty when it is the target's own or the language's.
+QString askedFor(const BuildTree& tree, const IncludeLine& include)
+{
+    if (!include.isQuoted) {
+        return outsideLibrary(include.header);
+    }
+    const int other = tree.ownerOf(tree.included(include));
+    return other < 0 || other == tree.ownerOf(include.file) ? QString()
+                                                            : tree.targets().at(other).name;
+}
+
+Needs needsOf(const BuildTree& tree)
+{
+    Needs needs;
+    for (const IncludeLine& include : tree.includes()) {
+        const QString library = askedFor(tree, include);
+        const int target = tree.ownerOf(include.file);
+        if (target >= 0 && !library.isEmpty() && !needs[target].contains(library)) {
+            needs[target].insert(library, include.file);
+        }
+    }
+    for (QMap<QString, QString>& libraries : needs) {
+        for (const QString& library : libraries.keys()) {
+            for (const QString& brought : broughtAlong(library)) {
+                libraries.remove(brought);
+            }
+        }
+    }
+    return needs;
+}
+
+QString folderOf(const QString& file)
+{
+    return QFileInfo(file).path();
+}
+
+/// The way from `folder` back to where `way` begins, by folders that are not in `done`; empty for none.
+QStringList circleFrom(const QMap<QString, QSet<QString>>& neighbours, const QString& folder,
+                       QStringList way, QSet<QString>* done)
+{
+    if (way.contains(folder)) {
+        return way.mid(way.indexOf(folder)) << folder;
+    }
+    if (done->contains(folder)) {
+        return QStringList();
+    }
+    way.append(folder);
+    for (const QString& next : neighbours.value(folder)) {
+        const QStringList circle = circleFrom(neighbours, next, way, done);
+        if (!circle.isEmpty()) {
+            return circle;
+        }
+    }
+    done->insert(folder);
+    return QStringList();
+}
+
+} // namespace
+
+QStringList strayFiles(const BuildTree& tree)
+{
+    QStringList breaches = tree.complaints();
+    for (const QString& file : tree.files()) {
+        if (tree.ownerOf(file) < 0) {
+            breaches.append(file + QStringLiteral(" belongs to no library and no program"));
+        }
+    }
+    for (const IncludeLine& include : tree.includes()) {
+        if (include.isQuoted && tree.included(include).isEmpty() &&
+            !include.header.endsWith(QLatin1String(".moc"))) {
+            breaches.append(include.file + QStringLiteral(" includes what is not there: ") +
+                            include.header);
+        }
+    }
+    return breaches;
+}
+
+QStringList missingLinks(const BuildTree& tree)
+{
+    QStringList breaches;
+    const Needs needs = needsOf(tree);
+    for (auto target = needs.begin(); target != needs.end(); ++target) {
+        const BuildTarget& named = tree.targets().at(target.key());
+        for (auto library = target->begin(); library != target->end(); ++library) {
+            if (!named.links.contains(library.key())) {
+                breaches.append(named.name + QStringLiteral(" does not link ") + library.key() +
+                                QStringLiteral(", which ") + library.value() +
+                                QStringLiteral(" includes"));
+            }
+        }
+    }
+    return breaches;
+}
+
+QStringList needlessLinks(const BuildTree& tree)
+{
+    QStringList breaches;
+    const Needs needs = needsOf(tree);
+    for (int i = 0; i < tree.targets().size(); ++i) {
+        const BuildTarget& target = tree.targets().at(i);
+        for (const QString& library : target.links) {
+            if (!needs.value(i).contains(library)) {
+                breaches.append(target.name + QStringLiteral(" links ") + library +
+                                QStringLiteral(", which none of its files needs"));
+            }
+        }
+    }
+    return breaches;
+}
+
+QStringList upwardLinks(const BuildTree& tree)
+{
+    QStringList breaches;
+    QSet<QString> above;
+    for (const BuildTarget& target : tree.targets()) {
+        above.insert(target.name);
+    }
+    for (const BuildTarget& target : tree.targets()) {
+        for (const QString& library : target.links) {
+            if (above.contains(library)) {
+                breaches.append(target.name + QStringLiteral(" links upwards to ") + library);
+            }
+        }
+        above.remove(target.name);
+    }
+    return breaches;
+}
+
+QStringList circles(const BuildTree& tree)
+{
+    QMap<QString, QSet<QString>> neighbours;
+    for (const IncludeLine& include : tree.includes()) {
+        const QString from = folderOf(include.file);
+        const QString file = tree.included(include);
+        if (include.isQuoted && !file.isEmpty() && folderOf(file) != from) {
+            neighbours[from].insert(folderOf(file));
+        }
+    }
+
+    QSet<QString> done;
+    for (const QString& folder : neighbours.keys()) {
+        const QStringList circle = circleFrom(neighbours, folder, {}, &done);
+        if (!circle.isEmpty()) {
+            return {circle.join(QStringLiteral(" -> "))};
+        }
+    }
+    return QStringList();
+}
+
+} // namespace LayerRules
