@@ -12,12 +12,13 @@
 #include <QFile>
 #include <QLibraryInfo>
 
+#include <chrono>
 #include <cstdlib>
 
 namespace {
 
 /// How long helpers that still run may hold up the exit.
-constexpr int kHelperWaitMs = 500;
+constexpr std::chrono::milliseconds kHelperWait{500};
 
 /// True when a helper outlived the window and its grace, so that static objects must not go.
 bool runWindow(int& status)
@@ -36,7 +37,7 @@ bool runWindow(int& status)
         Startup::presentWindow(window);
         status = QApplication::exec();
     }
-    const bool helpersEnded = HelperThreads::waitForAll(kHelperWaitMs);
+    const bool helpersEnded = HelperThreads::waitForAll(kHelperWait);
     CurveDataDB::shutdown();
     return !helpersEnded;
 }

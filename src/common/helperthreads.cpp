@@ -1,24 +1,21 @@
 #include "common/helperthreads.h"
 
-#include <chrono>
-#include <condition_variable>
-#include <mutex>
-#include <thread>
+#include <QThreadPool>
+
+#include <limits>
 
 namespace HelperThreads {
 namespace {
 
-struct Count
+/// A helper may wait for the instrument for long, so none queues behind another. Never destroyed: the
+/// destructor would wait for a helper that does not return.
+QThreadPool& pool()
 {
-    std::mutex mutex;
-    std::condition_variable changed;
-    int running = 0;
-};
-
-/// Never destroyed: a helper may outlive the static objects.
-Count& count()
-{
-    static Count* const shared = new Count;
+    static QThreadPool* const shared = [] {
+        auto* made = new QThreadPool;
+        made->setMaxThreadCount(std::numeric_limits<int>::max());
+        return made;
+    }();
     return *shared;
 }
 
@@ -26,23 +23,12 @@ Count& count()
 
 void start(std::function<void()> work)
 {
-    {
-        const std::lock_guard<std::mutex> lock(count().mutex);
-        ++count().running;
-    }
-    std::thread([work = std::move(work)] {
-        work();
-        const std::lock_guard<std::mutex> lock(count().mutex);
-        --count().running;
-        count().changed.notify_all();
-    }).detach();
+    pool().start(std::move(work));
 }
 
-bool waitForAll(int timeoutMs)
+bool waitForAll(std::chrono::milliseconds timeout)
 {
-    std::unique_lock<std::mutex> lock(count().mutex);
-    return count().changed.wait_for(lock, std::chrono::milliseconds(timeoutMs),
-                                    [] { return count().running == 0; });
+    return pool().waitForDone(static_cast<int>(timeout.count()));
 }
 
 } // namespace HelperThreads

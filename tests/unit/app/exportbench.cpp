@@ -25,7 +25,7 @@ using userhand::enterText;
 
 namespace {
 
-constexpr int kThreadsWaitMs = 10000;
+constexpr std::chrono::seconds kThreadsWait{10};
 const QString kRunTimeFormat = QStringLiteral("yyyy MM dd hh mm ss");
 
 } // namespace
@@ -89,7 +89,7 @@ void ExportBench::wearTheProgramsStyle()
 
 void ExportBench::closeStore()
 {
-    QVERIFY(HelperThreads::waitForAll(kThreadsWaitMs));
+    QVERIFY(HelperThreads::waitForAll(kThreadsWait));
     CurveDataDB::shutdown();
 }
 

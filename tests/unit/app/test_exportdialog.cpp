@@ -786,7 +786,8 @@ void TestExportDialog::endOfTheWindowWaitsForALockOnce()
     bench.close();
     QVERIFY2(timer.elapsed() < kOneWaitMs - kIntoTheWaitMs,
              qPrintable(QString::number(timer.elapsed())));
-    QVERIFY(HelperThreads::waitForAll(0)); // the export has not been left to itself
+    QVERIFY(HelperThreads::waitForAll(
+        std::chrono::milliseconds::zero())); // the export has not been left to itself
     QCOMPARE(csvFiles(directory.path()), QStringList());
 }
 

@@ -20,6 +20,7 @@ private slots:
     void postedWorkKeepsItsOrder();
     void postedWorkIsDroppedByClosing();
     void waitingForHelpersIsBounded();
+    void helpersDoNotQueue();
 };
 
 void TestGuiGate::runsAtOnceOnTheGuiThread()
@@ -111,9 +112,26 @@ void TestGuiGate::waitingForHelpersIsBounded()
 {
     const auto release = std::make_shared<QSemaphore>();
     HelperThreads::start([release] { release->acquire(); });
-    QVERIFY(!HelperThreads::waitForAll(50));
+    QVERIFY(!HelperThreads::waitForAll(std::chrono::milliseconds(50)));
     release->release();
-    QVERIFY(HelperThreads::waitForAll(5000));
+    QVERIFY(HelperThreads::waitForAll(std::chrono::seconds(5)));
+}
+
+void TestGuiGate::helpersDoNotQueue()
+{
+    // As many as wait for an instrument at one time, and many more.
+    constexpr int kHelpers = 50;
+    const auto running = std::make_shared<QSemaphore>();
+    const auto release = std::make_shared<QSemaphore>();
+    for (int i = 0; i < kHelpers; ++i) {
+        HelperThreads::start([running, release] {
+            running->release();
+            release->acquire();
+        });
+    }
+    QVERIFY(running->tryAcquire(kHelpers, 10000));
+    release->release(kHelpers);
+    QVERIFY(HelperThreads::waitForAll(std::chrono::seconds(10)));
 }
 
 SCN_TEST(TestGuiGate, QCoreApplication)

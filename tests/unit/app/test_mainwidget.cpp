@@ -730,7 +730,7 @@ void TestMainWidget::endOfTheWindowSilencesAReconnect()
     QTRY_COMPARE(asked.available(), 1);
     bench.close();
     closed.release();
-    QVERIFY(HelperThreads::waitForAll(10000));
+    QVERIFY(HelperThreads::waitForAll(std::chrono::seconds(10)));
     QCOMPARE(bench.instrument().lines().last(), QStringLiteral("STAT:OPER:COND?"));
 }
 
@@ -772,9 +772,9 @@ void TestMainWidget::acquisitionThatForceDoesNotEndIsLeftBehind()
     const QPointer<ReadData> acquisition = ReadData::instance();
     bench.close();
     QVERIFY(acquisition && acquisition->isRunning());
-    QVERIFY(!HelperThreads::waitForAll(1000));
+    QVERIFY(!HelperThreads::waitForAll(std::chrono::seconds(1)));
     isFree = true;
-    QVERIFY(HelperThreads::waitForAll(10000));
+    QVERIFY(HelperThreads::waitForAll(std::chrono::seconds(10)));
     QVERIFY(acquisition->wait(10000));
     delete acquisition;
 }

@@ -715,7 +715,7 @@ void TestRunControl::secondClickOnTheRecoveryIsIgnored()
     bench.clickRecovery();
     bench.call("recvLoadBtnSlot");
     QTRY_VERIFY_WITH_TIMEOUT(!bench.reconnectView()->isVisible(), 10000);
-    QVERIFY(HelperThreads::waitForAll(10000));
+    QVERIFY(HelperThreads::waitForAll(std::chrono::seconds(10)));
     QCOMPARE(bench.instrument().visa().calls().filter(QStringLiteral("viOpen(")).size(), 1);
     WindowBench::endAcquisition();
 }

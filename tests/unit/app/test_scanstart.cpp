@@ -104,7 +104,7 @@ private slots:
 
 void TestScanStart::cleanup()
 {
-    QVERIFY(HelperThreads::waitForAll(10000));
+    QVERIFY(HelperThreads::waitForAll(std::chrono::seconds(10)));
     CurveDataDB::shutdown();
     dataDirectory().removeRecursively();
 }
@@ -294,7 +294,7 @@ void TestScanStart::lossWhileStartingEndsTheStart()
     bench.takeLines();
     QTest::mouseClick(bench.startButton(), Qt::LeftButton);
     emit ReadData::instance()->sigUseInst();
-    QVERIFY(HelperThreads::waitForAll(10000));
+    QVERIFY(HelperThreads::waitForAll(std::chrono::seconds(10)));
     QTest::qWait(100);
     QCOMPARE(bench.takeLines(), QStringList());
     QVERIFY(!g_scanRunning);
@@ -347,7 +347,7 @@ void TestScanStart::windowsEndWhileStartingSendsNothing()
     bench.takeLines();
     bench.startButton()->click();
     bench.close();
-    QVERIFY(HelperThreads::waitForAll(10000));
+    QVERIFY(HelperThreads::waitForAll(std::chrono::seconds(10)));
     QTest::qWait(100);
     QCOMPARE(bench.takeLines(), QStringList());
     QVERIFY(!g_scanRunning);
