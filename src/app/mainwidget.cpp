@@ -18,10 +18,8 @@
 #include "app/windowdisplay.h"
 #include "channels/commfunc.h"
 #include "common/guigate.h"
-#include "common/helperthreads.h"
 #include "common/threadassert.h"
 #include "export/csvexportfromdbthread.h"
-#include "instrument/cdevicevisa.h"
 #include "overlay/loadingview.h"
 #include "overlay/windowlockmanager.h"
 #include "plot/graphicsettingwidget.h"
@@ -37,7 +35,6 @@
 #include <QCoreApplication>
 #include <QDebug>
 #include <QHBoxLayout>
-#include <QLabel>
 #include <QPointer>
 #include <QRadioButton>
 #include <QScrollArea>

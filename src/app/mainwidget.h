@@ -5,44 +5,32 @@
 #include "app/loggingform.h"
 #include "export/exportresult.h"
 
-#include <QMap>
 #include <QString>
 #include <QStringList>
 #include <QWidget>
 
 #include <memory>
 
-class AdvancedSetting;
 class CommFunc;
 class CsvExportFromDBThread;
 class CurveDataDB;
 class CustomComboBox;
 class CustomDialog;
-class CustomLineEdit;
 class CustomMessageDialog;
 class GraphicSettingWidget;
 class GuiGate;
-class ImageButton;
 class InputReaderThread;
 class LauncherOutput;
 class LoadingView;
-class QCheckBox;
-class QComboBox;
-class QGroupBox;
 class QHBoxLayout;
 class QLabel;
 class QLineEdit;
-class QPushButton;
-class QRadioButton;
 class QScrollArea;
-class QSpinBox;
 class QTabWidget;
 class QTimer;
-class QTreeWidget;
 class QTreeWidgetItem;
 class QVBoxLayout;
 class ReadData;
-class TimePicker;
 class WindowLockManager;
 struct ChannelRow;
 
@@ -62,10 +50,10 @@ class WindowDisplay;
 ///
 /// The window is frameless and made to be embedded by the launcher. With no instrument at start it
 /// holds only the connection overlay; the pages are then built when the instrument is there.
-/// All slots run on the GUI thread. The sources are one file per page:
-/// mainwidget.cpp (composition, wiring, launcher channel), mainwidget_channeltable.cpp (the table and its check marks),
-/// mainwidget_channelrow.cpp (editing a channel), mainwidget_loggingpage.cpp,
-/// mainwidget_runcontrol.cpp, mainwidget_export.cpp.
+/// All slots run on the GUI thread; they find out what is meant and leave the work to the classes of scn.
+/// The sources are one file per page: mainwidget.cpp (composition, wiring, launcher channel),
+/// mainwidget_channeltable.cpp (the check marks), mainwidget_channelrow.cpp (editing a channel),
+/// mainwidget_loggingpage.cpp, mainwidget_runcontrol.cpp, mainwidget_export.cpp.
 class MainWidget : public QWidget,
                    private scn::ChannelForm,
                    private scn::LoggingForm,

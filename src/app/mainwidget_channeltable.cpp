@@ -3,8 +3,8 @@
 #include "app/channeltable.h"
 #include "app/scanmarks.h"
 #include "channels/advancedsetting.h"
-#include "channels/commfunc.h"
 #include "channels/scanlist.h"
+#include "common/channelnumber.h"
 #include "common/threadassert.h"
 #include "instrument/exchange.h"
 #include "overlay/loadingview.h"
@@ -39,7 +39,7 @@ void MainWidget::connectRows()
 {
     for (auto module = slotItems.cbegin(); module != slotItems.cend(); ++module) {
         for (int position = 1; position <= module.value()->childCount(); ++position) {
-            connectRow(m_table->row(module.key() * 100 + position));
+            connectRow(m_table->row(scn::ChannelNumber(module.key(), position).label()));
         }
     }
 }
