@@ -91,6 +91,7 @@ private slots:
     void searchEndsWithoutIdentity();
     void searchEndsWithoutConnection();
     void moduleWithSilentChannelsIsForgotten();
+    void moduleThatLosesTheLinkIsForgotten();
     void moduleWithRowsStaysWhenSilent();
     void searchThatLosesTheLinkFails();
 
@@ -200,6 +201,17 @@ void TestInstrumentReadBack::moduleWithSilentChannelsIsForgotten()
     QCOMPARE(slotModuleType[3], 7);
     QCOMPARE(slotLastChannel[3], 11);
     QCOMPARE(m_instrument->takeLines().last(), QStringLiteral("SYST:CTYP? 15"));
+}
+
+/// Its channels alone are silent for more than the minute.
+void TestInstrumentReadBack::moduleThatLosesTheLinkIsForgotten()
+{
+    m_instrument->putModule(3, QStringLiteral("SCN4000A"));
+    m_instrument->whenAsked(QStringLiteral("FUNC? (@301)"),
+                            [this] { m_instrument->setSilent(true); });
+    QVERIFY(!readBack().discover());
+    QVERIFY(m_link->isLost());
+    QVERIFY(!slotPresent[3]);
 }
 
 void TestInstrumentReadBack::moduleWithRowsStaysWhenSilent()
