@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+namespace scn::visa {
 namespace {
 
 constexpr std::chrono::milliseconds kLongestWait{60000};
@@ -37,3 +38,5 @@ int Deadline::remainingMs() const
     }
     return static_cast<int>(std::chrono::ceil<std::chrono::milliseconds>(m_moment - now).count());
 }
+
+} // namespace scn::visa

@@ -4,6 +4,8 @@
 
 #include <chrono>
 
+namespace scn::visa {
+
 /// The moment at which an operation gives up, on the monotonic clock.
 class Deadline
 {
@@ -30,3 +32,5 @@ private:
 
     Clock::time_point m_moment;
 };
+
+} // namespace scn::visa

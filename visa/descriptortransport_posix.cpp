@@ -5,6 +5,7 @@
 #include <cerrno>
 #include <utility>
 
+namespace scn::visa {
 namespace {
 
 /// Errors by which a socket or a terminal says that the other side has gone.
@@ -95,3 +96,5 @@ Transport::Result DescriptorTransport::resultOfWrite(long count)
     }
     return {count == 0 ? State::Nothing : stateOfError(errno), 0};
 }
+
+} // namespace scn::visa

@@ -1,7 +1,10 @@
 #pragma once
 
-#include "visa/filedescriptor_posix.h"
+#include "posix/filedescriptor.h"
 #include "visa/transport.h"
+#include "visa/wakepipe_posix.h"
+
+namespace scn::visa {
 
 /// What all transports on a non-blocking file descriptor have in common.
 class DescriptorTransport : public Transport
@@ -29,3 +32,5 @@ private:
 /// place of the provider where a thread stands still.
 Transport::Wait waitForDescriptor(int descriptor, short events, int wakeDescriptor,
                                   const Deadline& deadline);
+
+} // namespace scn::visa

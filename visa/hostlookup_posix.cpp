@@ -1,6 +1,7 @@
 #include "visa/hostlookup_posix.h"
 
 #include "visa/descriptortransport_posix.h"
+#include "visa/wakepipe_posix.h"
 
 #include <netdb.h>
 
@@ -11,6 +12,7 @@
 #include <thread>
 #include <utility>
 
+namespace scn::visa {
 namespace {
 
 /// Shared by the caller and the resolving thread, whichever ends last.
@@ -89,3 +91,5 @@ HostLookup lookUpHost(const std::string& host, std::uint16_t port, const Deadlin
     }
     return lookup;
 }
+
+} // namespace scn::visa

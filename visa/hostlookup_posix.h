@@ -9,6 +9,8 @@
 #include <string>
 #include <vector>
 
+namespace scn::visa {
+
 /// One address to try.
 struct SocketAddress
 {
@@ -28,3 +30,5 @@ struct HostLookup
 /// name is looked up on a thread of its own, because the system's resolver has no time limit that
 /// a caller could set and cannot be interrupted.
 HostLookup lookUpHost(const std::string& host, std::uint16_t port, const Deadline& deadline);
+
+} // namespace scn::visa

@@ -1,6 +1,8 @@
 #include "visa/serialtransport_posix.h"
 #include "visa/sockettransport_posix.h"
 
+namespace scn::visa {
+
 OpenedTransport openTransport(const ResourceName& name, const Deadline& deadline)
 {
     if (name.kind == ResourceName::Kind::Socket) {
@@ -8,3 +10,5 @@ OpenedTransport openTransport(const ResourceName& name, const Deadline& deadline
     }
     return openSerialPort(name.device);
 }
+
+} // namespace scn::visa

@@ -2,6 +2,7 @@
 
 #include <charconv>
 
+namespace scn::visa {
 namespace {
 
 constexpr std::string_view kSeparator = "::";
@@ -148,3 +149,5 @@ std::optional<ResourceName> parseResourceName(std::string_view text)
     }
     return std::nullopt;
 }
+
+} // namespace scn::visa

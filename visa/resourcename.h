@@ -5,6 +5,8 @@
 #include <string>
 #include <string_view>
 
+namespace scn::visa {
+
 /// What a VISA resource string says, taken apart.
 struct ResourceName
 {
@@ -27,3 +29,5 @@ struct ResourceName
 ///
 /// A pure function: it looks at nothing but the text.
 std::optional<ResourceName> parseResourceName(std::string_view text);
+
+} // namespace scn::visa

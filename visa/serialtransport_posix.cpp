@@ -8,6 +8,7 @@
 #include <optional>
 #include <utility>
 
+namespace scn::visa {
 namespace {
 
 struct BaudRow
@@ -201,3 +202,5 @@ OpenedTransport openSerialPort(const std::string& device)
     }
     return {VI_SUCCESS, std::make_unique<SerialTransport>(std::move(port), std::move(wakePipe))};
 }
+
+} // namespace scn::visa

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstring>
 
+namespace scn::visa {
 namespace {
 
 /// Values that the standard gives a new session.
@@ -280,3 +281,5 @@ ViStatus Session::failure(Transport::State state)
     m_lost = true;
     return VI_ERROR_CONN_LOST;
 }
+
+} // namespace scn::visa

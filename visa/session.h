@@ -7,6 +7,8 @@
 #include <optional>
 #include <string>
 
+namespace scn::visa {
+
 /// One open instrument session: the attributes, the bytes that have come in and are not read yet,
 /// and the rules by which a read ends. Every operation may be called on any thread; a read and a
 /// write may be under way at the same time, and no lock is held while a thread waits.
@@ -57,3 +59,5 @@ private:
     bool m_lost = false;
     std::string m_input;
 };
+
+} // namespace scn::visa

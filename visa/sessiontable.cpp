@@ -3,6 +3,8 @@
 #include <utility>
 #include <vector>
 
+namespace scn::visa {
+
 ViSession SessionTable::addResourceManager()
 {
     const std::lock_guard<std::mutex> lock(m_mutex);
@@ -72,3 +74,5 @@ ViSession SessionTable::add(Entry entry)
     m_entries.emplace(m_lastHandle, std::move(entry));
     return m_lastHandle;
 }
+
+} // namespace scn::visa

@@ -6,6 +6,8 @@
 #include <memory>
 #include <mutex>
 
+namespace scn::visa {
+
 /// The handles that have been given out, and what stands behind them. A session is shared with
 /// the threads that are using it, so that closing a handle never takes it away under them. Handles
 /// are not given out twice before all others have been. Any thread.
@@ -42,3 +44,5 @@ private:
     std::map<ViSession, Entry> m_entries;
     ViSession m_lastHandle = 0;
 };
+
+} // namespace scn::visa

@@ -10,6 +10,7 @@
 #include <cerrno>
 #include <utility>
 
+namespace scn::visa {
 namespace {
 
 // Where the flag is missing the socket has an option for it.
@@ -127,3 +128,5 @@ OpenedTransport openSocket(const std::string& host, std::uint16_t port, const De
     }
     return {status, nullptr};
 }
+
+} // namespace scn::visa

@@ -2,6 +2,8 @@
 
 #include "visa/descriptortransport_posix.h"
 
+namespace scn::visa {
+
 /// A plain TCP connection.
 class SocketTransport : public DescriptorTransport
 {
@@ -17,3 +19,5 @@ public:
 /// VI_ERROR_RSRC_NFOUND where nobody listens or no such host is known, VI_ERROR_TMO where nobody
 /// answers in time.
 OpenedTransport openSocket(const std::string& host, std::uint16_t port, const Deadline& deadline);
+
+} // namespace scn::visa

@@ -2,6 +2,7 @@
 
 #include <cstdio>
 
+namespace scn::visa {
 namespace {
 
 struct StatusRow
@@ -71,3 +72,5 @@ bool isKnownStatus(ViStatus status)
 {
     return knownText(status) != nullptr;
 }
+
+} // namespace scn::visa

@@ -7,6 +7,8 @@
 #include <cstddef>
 #include <memory>
 
+namespace scn::visa {
+
 /// The bytes of one connection, in both directions, without any notion of a message. Moving bytes
 /// never blocks; wait() is the only place where a thread stands still. All operations may be
 /// called on any thread; two threads must not read, or write, at the same time.
@@ -66,3 +68,5 @@ struct OpenedTransport
 /// ReadFile/WriteFile on a COM handle and a WSA socket, each waited for together with an event
 /// that interrupt() sets.
 OpenedTransport openTransport(const ResourceName& name, const Deadline& deadline);
+
+} // namespace scn::visa

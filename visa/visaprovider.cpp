@@ -7,6 +7,7 @@
 #include <cstring>
 #include <string>
 
+namespace scn::visa {
 namespace {
 
 /// How long opening may take where the caller names no time.
@@ -133,3 +134,5 @@ const VisaTable& providerVisaTable()
                                     statusDesc,    read, write};
     return table;
 }
+
+} // namespace scn::visa

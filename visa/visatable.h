@@ -2,6 +2,8 @@
 
 #include "visa/visatypes.h"
 
+namespace scn::visa {
+
 /// The seven VISA operations that the program uses, as one table: filled from the platform's VISA
 /// library, from the provider of this folder or, in tests, by a scripted fake. None is null.
 struct VisaTable
@@ -14,3 +16,5 @@ struct VisaTable
     ViReadFunction viRead;
     ViWriteFunction viWrite;
 };
+
+} // namespace scn::visa

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "transport/descriptor.h"
+#include "posix/filedescriptor.h"
 #include "transport/linebuffer.h"
 #include "transport/lineservice.h"
 #include "transport/pace.h"
@@ -28,9 +28,10 @@ public:
 
     /// @param descriptor a non-blocking stream
     /// @param port the name of the port in the transcript
-    Link(Descriptor descriptor, std::string port, LateReply lateReply, Pace pace = Pace(0));
+    Link(scn::FileDescriptor descriptor, std::string port, LateReply lateReply,
+         Pace pace = Pace(0));
 
-    int descriptor() const { return m_descriptor.number(); }
+    int descriptor() const { return m_descriptor.get(); }
     const std::string& port() const { return m_port; }
 
     /// Reads the waiting input.
@@ -65,7 +66,7 @@ public:
     bool takesInput() const;
 
 private:
-    Descriptor m_descriptor;
+    scn::FileDescriptor m_descriptor;
     std::string m_port;
     LateReply m_lateReply;
     Pace m_pace;

@@ -25,7 +25,7 @@ bool isTemporary(int error)
 
 } // namespace
 
-Link::Link(Descriptor descriptor, std::string port, LateReply lateReply, Pace pace)
+Link::Link(scn::FileDescriptor descriptor, std::string port, LateReply lateReply, Pace pace)
     : m_descriptor(std::move(descriptor))
     , m_port(std::move(port))
     , m_lateReply(lateReply)
@@ -36,7 +36,7 @@ Link::Link(Descriptor descriptor, std::string port, LateReply lateReply, Pace pa
 bool Link::receive()
 {
     std::array<char, kReadSize> bytes;
-    const ssize_t count = read(m_descriptor.number(), bytes.data(), bytes.size());
+    const ssize_t count = read(m_descriptor.get(), bytes.data(), bytes.size());
     if (count > 0) {
         m_input.append({bytes.data(), static_cast<std::size_t>(count)});
         return true;
@@ -70,7 +70,7 @@ bool Link::flush()
     std::size_t allowance = m_pace.allowance(std::chrono::steady_clock::now().time_since_epoch());
     while (!m_gone && hasPendingOutput() && allowance > 0) {
         const std::size_t size = std::min(allowance, m_output.size() - m_sent);
-        const ssize_t count = write(m_descriptor.number(), m_output.data() + m_sent, size);
+        const ssize_t count = write(m_descriptor.get(), m_output.data() + m_sent, size);
         if (count < 0) {
             m_gone = !isTemporary(errno);
             break;

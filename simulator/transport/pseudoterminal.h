@@ -1,6 +1,6 @@
 #pragma once
 
-#include "transport/descriptor.h"
+#include "posix/filedescriptor.h"
 
 #include <string>
 
@@ -31,15 +31,15 @@ public:
 
     bool hasStream() const { return m_ownSide.isOpen(); }
     /// Hands over our side of the line, non-blocking.
-    Descriptor takeStream();
+    scn::FileDescriptor takeStream();
 
 private:
     bool openLine(std::string& error);
     bool makeLink(const std::string& link, std::string& error);
     void removeLink();
 
-    Descriptor m_ownSide;
-    Descriptor m_clientSide;
+    scn::FileDescriptor m_ownSide;
+    scn::FileDescriptor m_clientSide;
     std::string m_device;
     std::string m_link;
     bool m_linked = false;

@@ -57,7 +57,7 @@ void PseudoTerminal::setLinked(bool linked)
     }
 }
 
-Descriptor PseudoTerminal::takeStream()
+scn::FileDescriptor PseudoTerminal::takeStream()
 {
     return std::move(m_ownSide);
 }
@@ -65,15 +65,15 @@ Descriptor PseudoTerminal::takeStream()
 bool PseudoTerminal::openLine(std::string& error)
 {
     // Frees the old line's descriptors for the new one.
-    m_clientSide = Descriptor();
-    m_ownSide = Descriptor(posix_openpt(O_RDWR | O_NOCTTY | O_NONBLOCK | O_CLOEXEC));
+    m_clientSide = scn::FileDescriptor();
+    m_ownSide = scn::FileDescriptor(posix_openpt(O_RDWR | O_NOCTTY | O_NONBLOCK | O_CLOEXEC));
     const bool unlocked =
-        m_ownSide.isOpen() && grantpt(m_ownSide.number()) == 0 && unlockpt(m_ownSide.number()) == 0;
-    if (const char* const name = unlocked ? ptsname(m_ownSide.number()) : nullptr) {
+        m_ownSide.isOpen() && grantpt(m_ownSide.get()) == 0 && unlockpt(m_ownSide.get()) == 0;
+    if (const char* const name = unlocked ? ptsname(m_ownSide.get()) : nullptr) {
         m_device = name;
-        m_clientSide = Descriptor(::open(name, O_RDWR | O_NOCTTY | O_CLOEXEC));
+        m_clientSide = scn::FileDescriptor(::open(name, O_RDWR | O_NOCTTY | O_CLOEXEC));
     }
-    if (!m_clientSide.isOpen() || !makeRaw(m_clientSide.number())) {
+    if (!m_clientSide.isOpen() || !makeRaw(m_clientSide.get())) {
         error = std::string("cannot open a pseudo-terminal: ") + std::strerror(errno);
         return false;
     }

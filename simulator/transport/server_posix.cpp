@@ -129,7 +129,7 @@ int Server::pollTimeoutMs() const
 
 void Server::acceptClient(TcpListener& listener, LineService& service)
 {
-    Descriptor stream = listener.accept();
+    scn::FileDescriptor stream = listener.accept();
     if (!stream.isOpen()) {
         // With no free descriptor the client stays pending and each poll would return at once.
         m_acceptAgain = now() + kAcceptPause;

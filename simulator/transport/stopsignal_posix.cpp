@@ -9,7 +9,8 @@ namespace scnsim {
 
 namespace {
 
-/// Read end and write end of the pipe that carries the signal into the loop.
+/// Read end and write end of the pipe that carries the signal into the loop. Plain numbers, which the
+/// handler may still use while static objects are destroyed.
 int g_pipe[2] = {-1, -1};
 
 extern "C" void onStopSignal(int)

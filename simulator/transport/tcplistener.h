@@ -1,6 +1,6 @@
 #pragma once
 
-#include "transport/descriptor.h"
+#include "posix/filedescriptor.h"
 
 #include <cstdint>
 #include <string>
@@ -21,17 +21,17 @@ public:
 
     /// The port it listens on.
     std::uint16_t port() const { return m_port; }
-    int descriptor() const { return m_descriptor.number(); }
+    int descriptor() const { return m_descriptor.get(); }
 
     /// The next client's stream, non-blocking and without Nagle's delay; none if the client has
     /// gone or no descriptor is free.
-    Descriptor accept();
+    scn::FileDescriptor accept();
 
     /// Closes a connection so that its peer sees a reset.
-    static void reset(Descriptor stream);
+    static void reset(scn::FileDescriptor stream);
 
 private:
-    Descriptor m_descriptor;
+    scn::FileDescriptor m_descriptor;
     std::uint16_t m_port = 0;
 };
 

@@ -16,13 +16,6 @@ namespace {
 
 constexpr int kBacklog = 16;
 
-bool makeNonBlocking(int descriptor)
-{
-    const int flags = fcntl(descriptor, F_GETFL);
-    return flags >= 0 && fcntl(descriptor, F_SETFL, flags | O_NONBLOCK) == 0 &&
-           fcntl(descriptor, F_SETFD, FD_CLOEXEC) == 0;
-}
-
 void setOption(int descriptor, int level, int option)
 {
     const int on = 1;
@@ -33,7 +26,7 @@ void setOption(int descriptor, int level, int option)
 
 bool TcpListener::listen(std::uint16_t port, std::string& error)
 {
-    Descriptor listener(socket(AF_INET, SOCK_STREAM, 0));
+    scn::FileDescriptor listener(socket(AF_INET, SOCK_STREAM, 0));
     sockaddr_in address = {};
     address.sin_family = AF_INET;
     address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
@@ -41,11 +34,11 @@ bool TcpListener::listen(std::uint16_t port, std::string& error)
     socklen_t size = sizeof address;
     auto* const generic = reinterpret_cast<sockaddr*>(&address);
     if (listener.isOpen()) {
-        setOption(listener.number(), SOL_SOCKET, SO_REUSEADDR);
+        setOption(listener.get(), SOL_SOCKET, SO_REUSEADDR);
     }
-    if (!listener.isOpen() || bind(listener.number(), generic, size) != 0 ||
-        ::listen(listener.number(), kBacklog) != 0 || !makeNonBlocking(listener.number()) ||
-        getsockname(listener.number(), generic, &size) != 0) {
+    if (!listener.isOpen() || bind(listener.get(), generic, size) != 0 ||
+        ::listen(listener.get(), kBacklog) != 0 || !listener.makeNonBlocking() ||
+        getsockname(listener.get(), generic, &size) != 0) {
         error = "cannot listen on 127.0.0.1:" + std::to_string(port) + ": " + std::strerror(errno);
         return false;
     }
@@ -63,23 +56,23 @@ void TcpListener::setOpen(bool open)
         std::string ignored;
         listen(m_port, ignored);
     } else {
-        m_descriptor = Descriptor();
+        m_descriptor = scn::FileDescriptor();
     }
 }
 
-void TcpListener::reset(Descriptor stream)
+void TcpListener::reset(scn::FileDescriptor stream)
 {
     const linger atOnce = {1, 0};
-    setsockopt(stream.number(), SOL_SOCKET, SO_LINGER, &atOnce, sizeof atOnce);
+    setsockopt(stream.get(), SOL_SOCKET, SO_LINGER, &atOnce, sizeof atOnce);
 }
 
-Descriptor TcpListener::accept()
+scn::FileDescriptor TcpListener::accept()
 {
-    Descriptor stream(::accept(m_descriptor.number(), nullptr, nullptr));
-    if (!stream.isOpen() || !makeNonBlocking(stream.number())) {
+    scn::FileDescriptor stream(::accept(m_descriptor.get(), nullptr, nullptr));
+    if (!stream.isOpen() || !stream.makeNonBlocking()) {
         return {};
     }
-    setOption(stream.number(), IPPROTO_TCP, TCP_NODELAY);
+    setOption(stream.get(), IPPROTO_TCP, TCP_NODELAY);
     return stream;
 }
 

@@ -87,7 +87,7 @@ bool CDeviceVisa::connectDevice(const QString& resource)
     if (m_connected) {
         disconnectDevice();
     }
-    const VisaTable& visa = VisaBinding::table();
+    const scn::visa::VisaTable& visa = VisaBinding::table();
     ViSession session = 0;
     const ViStatus status =
         visa.viOpen(m_resourceManager, resource.toLocal8Bit().constData(), VI_NO_LOCK, 0, &session);
@@ -195,7 +195,7 @@ QString CDeviceVisa::lastError()
 /// Configures a new session. Settings that the resource does not support do not matter.
 void CDeviceVisa::configureSession()
 {
-    const VisaTable& visa = VisaBinding::table();
+    const scn::visa::VisaTable& visa = VisaBinding::table();
     if (m_serial) {
         for (const AttributeRow& row : kSerialSettings) {
             visa.viSetAttribute(m_session, row.attribute, row.value);

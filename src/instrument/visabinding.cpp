@@ -26,13 +26,13 @@ bool resolve(QLibrary& library, const char* symbol, Function& function)
 }
 
 /// The operations of a library; nothing if it is missing or lacks one of them.
-std::optional<VisaTable> tableOf(const char* libraryName)
+std::optional<scn::visa::VisaTable> tableOf(const char* libraryName)
 {
     QLibrary library{QLatin1String(libraryName)};
     if (!library.load()) {
         return std::nullopt;
     }
-    VisaTable found = {};
+    scn::visa::VisaTable found = {};
     if (resolve(library, "viOpenDefaultRM", found.viOpenDefaultRM) &&
         resolve(library, "viOpen", found.viOpen) && resolve(library, "viClose", found.viClose) &&
         resolve(library, "viSetAttribute", found.viSetAttribute) &&
@@ -44,32 +44,32 @@ std::optional<VisaTable> tableOf(const char* libraryName)
     return std::nullopt;
 }
 
-VisaTable findTable()
+scn::visa::VisaTable findTable()
 {
     for (const char* const name : kLibraryNames) {
         if (const auto found = tableOf(name)) {
             return *found;
         }
     }
-    return providerVisaTable();
+    return scn::visa::providerVisaTable();
 }
 
-const VisaTable*& replacementTable()
+const scn::visa::VisaTable*& replacementTable()
 {
-    static const VisaTable* replacement = nullptr;
+    static const scn::visa::VisaTable* replacement = nullptr;
     return replacement;
 }
 
 } // namespace
 
-const VisaTable& VisaBinding::table()
+const scn::visa::VisaTable& VisaBinding::table()
 {
-    static const VisaTable found = findTable();
-    const VisaTable* const replacement = replacementTable();
+    static const scn::visa::VisaTable found = findTable();
+    const scn::visa::VisaTable* const replacement = replacementTable();
     return replacement ? *replacement : found;
 }
 
-void VisaBinding::setTable(const VisaTable* replacement)
+void VisaBinding::setTable(const scn::visa::VisaTable* replacement)
 {
     replacementTable() = replacement;
 }

@@ -10,6 +10,8 @@
 #include <string>
 #include <string_view>
 
+using namespace scn::visa;
+
 namespace {
 
 using Kind = ResourceName::Kind;

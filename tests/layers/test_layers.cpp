@@ -76,7 +76,7 @@ private slots:
 
 private:
     const BuildTree m_tree{QStringLiteral(SCN_SOURCE_DIR),
-                           {QStringLiteral("visa"), QStringLiteral("src"),
+                           {QStringLiteral("posix"), QStringLiteral("visa"), QStringLiteral("src"),
                             QStringLiteral("simulator"), QStringLiteral("launcher")}};
 };
 

@@ -8,9 +8,9 @@
 #include <algorithm>
 #include <cstring>
 
-const VisaTable FakeVisa::s_table = {FakeVisa::openDefaultRM, FakeVisa::open,       FakeVisa::close,
-                                     FakeVisa::setAttribute,  FakeVisa::statusDesc, FakeVisa::read,
-                                     FakeVisa::write};
+const scn::visa::VisaTable FakeVisa::s_table = {
+    FakeVisa::openDefaultRM, FakeVisa::open, FakeVisa::close, FakeVisa::setAttribute,
+    FakeVisa::statusDesc,    FakeVisa::read, FakeVisa::write};
 FakeVisa* FakeVisa::s_current = nullptr;
 
 namespace {

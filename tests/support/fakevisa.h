@@ -119,7 +119,7 @@ private:
     ViStatus takeRead(ViUInt32 count, QByteArray& bytes);
     void answer(const QByteArray& line);
 
-    static const VisaTable s_table;
+    static const scn::visa::VisaTable s_table;
     static FakeVisa* s_current;
 
     mutable QMutex m_mutex;

@@ -422,7 +422,7 @@ void TestCDeviceVisa::failedCloseDisconnectsAllTheSame()
 
 void TestCDeviceVisa::sessionWithoutHandleIsNotUsed()
 {
-    VisaTable lying = VisaBinding::table();
+    scn::visa::VisaTable lying = VisaBinding::table();
     lying.viOpen = openNothing;
     VisaBinding::setTable(&lying);
     m_device->connectDevice(kTcpResource);
@@ -616,7 +616,7 @@ void TestCDeviceVisa::lateReplyIsTakenForTheNextOne()
 void TestCDeviceVisa::countBeyondTheBufferIsNotBelieved()
 {
     connectDevice();
-    VisaTable lying = VisaBinding::table();
+    scn::visa::VisaTable lying = VisaBinding::table();
     lying.viRead = readMoreThanThereIs;
     VisaBinding::setTable(&lying);
     QCOMPARE(m_device->sendCommand(QStringLiteral("R?"), 5000), QString(40959, QLatin1Char('r')));
@@ -626,7 +626,7 @@ void TestCDeviceVisa::countBeyondTheBufferIsNotBelieved()
 void TestCDeviceVisa::replyEndsAtItsCount()
 {
     connectDevice();
-    VisaTable dirty = VisaBinding::table();
+    scn::visa::VisaTable dirty = VisaBinding::table();
     dirty.viRead = readIntoDirt;
     VisaBinding::setTable(&dirty);
     QCOMPARE(m_device->sendCommand(QStringLiteral("R?"), 5000), QStringLiteral("rrr"));

@@ -60,7 +60,7 @@ private slots:
 
 void TestInstrumentLink::initTestCase()
 {
-    VisaBinding::setTable(&providerVisaTable());
+    VisaBinding::setTable(&scn::visa::providerVisaTable());
 }
 
 void TestInstrumentLink::cleanupTestCase()

@@ -80,9 +80,9 @@ void TestVisaBinding::providerServesWhereThereIsNone()
 
 void TestVisaBinding::anotherTableCanBePutThere()
 {
-    const VisaTable& found = VisaBinding::table();
+    const scn::visa::VisaTable& found = VisaBinding::table();
     QCOMPARE(&VisaBinding::table(), &found);
-    VisaTable other = providerVisaTable();
+    scn::visa::VisaTable other = scn::visa::providerVisaTable();
     other.viOpenDefaultRM = refuse;
     VisaBinding::setTable(&other);
     QCOMPARE(&VisaBinding::table(), &std::as_const(other));

@@ -55,7 +55,7 @@ public:
     ViStatus close() { return m_visa.viClose(m_session); }
 
 private:
-    const VisaTable& m_visa = providerVisaTable();
+    const scn::visa::VisaTable& m_visa = scn::visa::providerVisaTable();
     ViSession m_resourceManager = 0;
     ViSession m_session = 0;
     ViStatus m_openStatus = VI_SUCCESS;

@@ -3,6 +3,8 @@
 
 #include <QTest>
 
+using namespace scn::visa;
+
 class TestResourceName : public QObject
 {
     Q_OBJECT

@@ -8,6 +8,8 @@
 #include <algorithm>
 #include <memory>
 
+using namespace scn::visa;
+
 namespace {
 
 /// A connection that follows its script, one entry per call.

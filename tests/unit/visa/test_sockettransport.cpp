@@ -13,6 +13,8 @@
 #include <thread>
 #include <vector>
 
+using namespace scn::visa;
+
 namespace {
 
 /// How late a time-out may be on an idle machine, and on a busy one.

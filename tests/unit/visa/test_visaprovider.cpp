@@ -7,6 +7,8 @@
 
 #include <limits>
 
+using namespace scn::visa;
+
 /// The seven operations apart from the wire: handles, arguments, attributes, texts.
 class TestVisaProvider : public QObject
 {

@@ -1,7 +1,7 @@
+#include "posix/filedescriptor.h"
 #include "support/testprogram.h"
 #include "unit/visa/peers_posix.h"
 #include "unit/visa/providersession.h"
-#include "visa/filedescriptor_posix.h"
 
 #include <QDir>
 #include <QElapsedTimer>
@@ -20,6 +20,8 @@
 #include <memory>
 #include <thread>
 #include <vector>
+
+using namespace scn::visa;
 
 // The address sanitizer takes the stack frames that a terminated thread leaves for ones still in
 // use, unless it keeps their variables elsewhere.
@@ -105,7 +107,7 @@ void* closeWhileTerminated(void* argument)
 {
     auto* const closing = static_cast<Closing*>(argument);
     {
-        const FileDescriptor descriptor(closing->descriptor);
+        const scn::FileDescriptor descriptor(closing->descriptor);
         ::pthread_cancel(::pthread_self());
     }
     closing->done = true;

@@ -1,7 +1,9 @@
 #pragma once
 
-/// Owner of a file descriptor. Closing is kept from being a place where a thread can be
-/// terminated: it happens in destructors, which must not be unwound.
+namespace scn {
+
+/// Owns a file descriptor; -1 is none. A thread cannot be terminated while it closes one: that
+/// happens in destructors, which must not be unwound.
 class FileDescriptor
 {
 public:
@@ -29,19 +31,4 @@ private:
     int m_descriptor = -1;
 };
 
-/// A pipe that wakes waiting threads: its reading end becomes readable with the first wake() and
-/// stays so.
-class WakePipe
-{
-public:
-    WakePipe();
-
-    /// False where the operating system had no descriptors left.
-    bool isOpen() const { return m_readEnd.isOpen(); }
-    int readEnd() const { return m_readEnd.get(); }
-    void wake();
-
-private:
-    FileDescriptor m_readEnd;
-    FileDescriptor m_writeEnd;
-};
+} // namespace scn
