@@ -12,7 +12,7 @@ class QWidget;
 
 namespace scn {
 
-/// The bar below the pages. Null until it is built. The window derives from it, so these are its members.
+/// The bar below the pages. Null until built. MainWidget derives from it, so these are its members.
 struct ButtonBarForm
 {
     QWidget* m_buttonBar = nullptr;
@@ -23,13 +23,13 @@ struct ButtonBarForm
     QTimer* m_storeWatch = nullptr;   ///< runs while the running label is shown
 };
 
-/// Builds the bar below the pages. Nothing is connected. GUI thread.
+/// Builds the bar below the pages and connects nothing. GUI thread.
 class ButtonBarBuilder
 {
     Q_DECLARE_TR_FUNCTIONS(ButtonBarBuilder)
 
 public:
-    /// A new bar as a child of `parent`.
+    /// Returns a new bar, a child of `parent`.
     ButtonBarForm build(QWidget* parent);
 
 private:

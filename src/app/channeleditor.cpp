@@ -32,7 +32,7 @@ ChannelEditor::ChannelEditor(const ChannelTable& table, const ScanMarks& marks,
 {
 }
 
-/// The end of each change: the command, the error queue emptied, the channel read back.
+/// Ends every change: sends the command, empties the error queue and reads the channel back.
 void ChannelEditor::sendAndReadBack(const QString& command, int channel)
 {
     InstrumentLink::send(command);
@@ -58,7 +58,7 @@ void ChannelEditor::changeFunction(int channel, const QString& name)
     }
 }
 
-/// Gives a row the lists and the panel of its new function.
+/// Fills a row's lists and panel for its new function.
 void ChannelEditor::showFunction(const ChannelRow& row, const QString& name, int function,
                                  int channel) const
 {
@@ -73,7 +73,7 @@ void ChannelEditor::showFunction(const ChannelRow& row, const QString& name, int
     selectQuietly(row.unit, m_catalogue.defaultUnitIndex(function));
 }
 
-/// Takes the partner over or gives it back. False when its row cannot follow.
+/// Takes the partner or gives it back. Returns false if its row has no function box.
 bool ChannelEditor::matchPartner(int channel, int function) const
 {
     const int partner = m_partners.candidateOf(channel);
@@ -84,7 +84,7 @@ bool ChannelEditor::matchPartner(int channel, int function) const
     if (!m_table.row(partner).exists()) {
         return false;
     }
-    // Not in silence: the scan list without the partner goes out.
+    // Signals are not blocked: the scan list without the partner is sent.
     if (m_catalogue.isFourWire(function) && item->checkState(ScanColumn) == Qt::Checked) {
         item->setCheckState(ScanColumn, Qt::Unchecked);
     }
@@ -92,8 +92,8 @@ bool ChannelEditor::matchPartner(int channel, int function) const
     return true;
 }
 
-/// Selects a function on the instrument and reads its options back. The index that the user chose is
-/// kept: the instrument's own name stands for a whole family.
+/// Selects a function on the instrument and reads its options back, for the index that the user chose: the name
+/// that the instrument reports stands for a whole family.
 void ChannelEditor::applyFunction(int function, int channel)
 {
     const auto entry = funcCommands.constFind(function);
@@ -119,9 +119,9 @@ void ChannelEditor::changeRange(int channel, int rangeRow)
     }
     const int function = m_table.functionOf(row);
     if (const ChannelRow partner = m_partners.partnerRow(channel); partner.exists()) {
-        // Blocks the own function box, not the partner's range: the partner's command goes first.
+        // This blocks the row's own function box, not the partner's range: the partner's command goes out first.
         const QSignalBlocker blocker(row.function);
-        // The partner may still list the ranges of the function that it had before.
+        // The partner may still list the ranges of its previous function.
         if (rangeRow >= partner.range->count()) {
             refillQuietly(partner.range, m_catalogue.rangeList(function));
         }
@@ -169,7 +169,7 @@ void ChannelEditor::changeScaling(int channel, bool on)
         m_marks.announce();
     }
     if (m_partners.partnerOf(channel, function) != 0) {
-        // The copy goes to the own check box, so the partner's stays as it is.
+        // The state is copied to the row's own check box; the partner's stays.
         const QSignalBlocker blocker(row.scale);
         row.scale->setChecked(on);
     }
@@ -179,7 +179,7 @@ void ChannelEditor::changeScaling(int channel, bool on)
         channel);
 }
 
-/// The unit of the row one bank on, whatever the function; null without such a row.
+/// The unit of the row one bank further, for any function; null if there is no such row.
 QString ChannelEditor::scaledUnit(int channel) const
 {
     const int slot = ChannelNumber::fromLabel(channel).slot();
@@ -220,7 +220,7 @@ bool ChannelEditor::changeNumber(const QString& command, int channel, const QStr
                                  CustomLineEdit* ChannelRow::*edit)
 {
     assertGuiThread();
-    // A pasted line end would split the command in two.
+    // A pasted line end would split the command.
     const QString number = text.trimmed();
     if (!m_table.row(channel).exists() || number.isEmpty()) {
         return true;
@@ -245,7 +245,7 @@ void ChannelEditor::changeUnit(int channel, int unitRow)
     if (unitRow < 0 || !row.exists()) {
         return;
     }
-    // Nothing is blocked: the partner's own change goes out first.
+    // Signals are not blocked: the partner's command goes out first.
     if (const ChannelRow partner = m_partners.partnerRow(channel); partner.unit) {
         partner.unit->setCurrentIndex(unitRow);
     }

@@ -12,16 +12,16 @@ class FourWirePartners;
 class InstrumentLink;
 class ScanMarks;
 
-/// Carries the user's changes of a channel to the instrument: each goes out at once, and the row then shows
-/// what the instrument reports. A change without a selection, or of a channel without a row, does nothing.
-/// GUI thread; blocks for its exchanges.
+/// Sends each change of a channel to the instrument at once and then shows in the row what the instrument
+/// reports. Ignores a negative row (nothing selected) and a channel without a row. GUI thread; blocks during
+/// its exchanges.
 class ChannelEditor
 {
 public:
     ChannelEditor(const ChannelTable& table, const ScanMarks& marks,
                   const FourWirePartners& partners, InstrumentLink& link);
 
-    /// `name` is that of the function now selected.
+    /// `name` is the display name of the selected function.
     void changeFunction(int channel, const QString& name);
     void changeRange(int channel, int rangeRow);
     void changeTemperatureUnit(int channel, int unitRow);
@@ -29,11 +29,11 @@ public:
     void changeScaleFunction(int channel, int functionRow);
     void changeUnit(int channel, int unitRow);
 
-    /// False, and nothing is sent, for a text that is no number; one of blanks is passed over.
+    /// Returns false and sends nothing if the text is not a number. Ignores a blank text.
     bool changeGain(int channel, const QString& text);
     bool changeOffset(int channel, const QString& text);
 
-    /// Open the panel behind a "..." button, unless it is open.
+    /// Opens the panel of a "..." button, unless it is open.
     void openFunctionPanel(int channel, QPushButton* button) const;
     void openScalePanel(int channel, QPushButton* button) const;
 

@@ -15,7 +15,7 @@ namespace scn {
 
 namespace {
 
-/// The row of the delay's list that is the automatic delay.
+/// Row of the automatic delay in the delay list.
 constexpr int kAutomaticDelay = 0;
 
 int rowOfText(const CustomComboBox* box, const QString& text)
@@ -23,7 +23,7 @@ int rowOfText(const CustomComboBox* box, const QString& text)
     return box->findText(text, Qt::MatchExactly | Qt::MatchCaseSensitive);
 }
 
-/// A row behind the end of the list selects the first one.
+/// Selects the first row if the list has no such row.
 void selectOrFirst(CustomComboBox* box, int row)
 {
     selectQuietly(box, row < box->count() ? row : 0);
@@ -31,7 +31,7 @@ void selectOrFirst(CustomComboBox* box, int row)
 
 void showTemperatureUnit(CustomComboBox* box, const QString& unit)
 {
-    // Any other text leaves the selection alone.
+    // An unknown unit leaves the selection alone.
     if (const int row = rowOfText(box, unit); row >= 0) {
         selectQuietly(box, row);
     }
@@ -62,7 +62,7 @@ void showScaleFunction(const ChannelRow& row, int function)
     enableScaleControls(row);
 }
 
-/// Shows an option that has its place in the panel of the measurement.
+/// Shows an option in the panel of the measurement.
 void showInFunctionPanel(AdvancedSetting* panel, ChannelOption option, const QVariant& value)
 {
     switch (option) {

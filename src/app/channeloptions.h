@@ -8,12 +8,11 @@ namespace scn {
 
 enum class ChannelOption;
 
-/// Shows one option that the instrument reports in a channel's row and its two panels. No control sends a
-/// command while it is set. GUI thread.
+/// Shows an option in a channel's row or in one of its two panels, without sending a command. GUI thread.
 void showChannelOption(const ChannelRow& row, ChannelOption option, const QVariant& value);
 
-/// Enables what the scale function in a row has: gain and offset, or else the button of its references.
-/// A row that is out of use stays so. GUI thread.
+/// Enables the controls of the row's scale function: gain and offset, or the button of the references. Leaves
+/// a disabled row disabled. GUI thread.
 void enableScaleControls(const ChannelRow& row);
 
 } // namespace scn

@@ -9,18 +9,18 @@
 
 namespace scn {
 
-/// One question of the read-back. {H} is the function's header, {H0} and {H1} its part before and
-/// behind the first colon, {ch} the channel number.
+/// A query and the option that its reply shows. In the query, {H} is the function's header, {H0} and {H1} the
+/// parts before and after its first colon, {ch} the channel number.
 struct ChannelQuestion
 {
     const char* query;
     ChannelOption option{};
-    QVariant (*decode)(const QString& reply) = nullptr; ///< null: the reply is not used
+    QVariant (*decode)(const QString& reply) = nullptr; ///< null if the reply is not used
 };
 
 namespace {
 
-/// A question that the functions of one option panel kind have.
+/// A query for the functions of one panel kind.
 struct OptionQuestion
 {
     PanelKind kind;
@@ -65,7 +65,7 @@ QVariant unitOnScreen(const QString& reply)
     return unit;
 }
 
-/// The row of a scale function; the first for one that is not known.
+/// Row of a scale function; the first row for an unknown one.
 QVariant scaleFunctionRow(const QString& reply)
 {
     constexpr const char* kScaleFunctions[] = {"SCAL", "PCT", "DBM", "DB"};

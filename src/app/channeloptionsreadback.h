@@ -14,14 +14,14 @@ enum class ChannelOption;
 enum class PanelKind : uchar;
 struct ChannelQuestion;
 
-/// Asks the instrument for everything but the function of one channel and shows it. An unanswered
-/// question reads as 0 or as no match.
+/// Reads back everything about one channel except its function. An unanswered query reads as 0 or as no
+/// match.
 ///
-/// Runs on any thread: it asks there, in the order of the read-back, and shows through the link.
+/// Any thread: queries run on it, and the link shows their replies on the GUI thread.
 class ChannelOptionsReadBack
 {
 public:
-    /// `function` is the function index whose header and options apply.
+    /// `function` is the function index that decides the header and the options.
     ChannelOptionsReadBack(LinkWatch& link, InstrumentDisplay& display, int function, int channel);
 
     void run();

@@ -25,8 +25,8 @@ enum ChannelColumn {
     ChannelColumnCount
 };
 
-/// The controls of one channel's row. Null pointers when there is no such row; a pointer may be
-/// null alone when a cell holds no such control. GUI thread.
+/// The controls of a channel's row. All null if the channel has no row; one is null if its cell holds another
+/// control. GUI thread.
 struct ChannelRow
 {
     QPushButton* number = nullptr;
@@ -41,8 +41,8 @@ struct ChannelRow
     CustomLineEdit* offset = nullptr;
     CustomComboBox* unit = nullptr;
     QPushButton* scaleMore = nullptr;
-    AdvancedSetting* functionPanel = nullptr; ///< behind the "..." button of the measurement
-    AdvancedSetting* scalePanel = nullptr;    ///< behind the "..." button of the scaling
+    AdvancedSetting* functionPanel = nullptr; ///< of the "..." button of the measurement
+    AdvancedSetting* scalePanel = nullptr;    ///< of the "..." button of the scaling
 
     bool exists() const { return function != nullptr; }
 };

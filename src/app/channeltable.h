@@ -11,31 +11,31 @@ namespace scn {
 
 struct ChannelForm;
 
-/// Finds the rows of the channel table and their controls by channel number. GUI thread.
+/// Looks up rows of the channel table and their controls by channel number. GUI thread.
 class ChannelTable
 {
 public:
-    /// Refers to `form`, which may be filled later: an empty one has no rows.
+    /// Keeps a reference to `form`, which may be filled later. An empty form has no rows.
     explicit ChannelTable(const ChannelForm& form);
 
     const ChannelForm& form() const { return m_form; }
 
-    /// The item of a channel; null when the channel has no row.
+    /// Item of a channel; null if the channel has no row.
     QTreeWidgetItem* item(int channel) const;
 
-    /// The controls of a channel's row.
+    /// Controls of a channel's row.
     ChannelRow row(int channel) const;
 
-    /// The channel number that an item's row shows; 0 where no number is shown.
+    /// Channel number of an item; 0 if its row shows none.
     int channelOf(QTreeWidgetItem* item) const;
 
-    /// The index of the function that a row shows.
+    /// Index of the function selected in a row.
     int functionOf(const ChannelRow& row) const;
 
-    /// True when the item at this place is checked; false where there is none.
+    /// True if the channel is ticked; false if it does not exist.
     bool isChannelChecked(int slot, int channelRow) const;
 
-    /// Enables or disables the controls of a row.
+    /// Enables or disables all controls of a row.
     void setRowEnabled(QTreeWidgetItem* item, bool enabled) const;
 
 private:

@@ -83,7 +83,7 @@ void ChannelTableBuilder::addModuleRow(int slot)
     module->setFirstColumnSpanned(true);
     module->setText(ScanColumn, m_catalogue.moduleName(slotModuleType[slot]));
     module->setTextAlignment(ScanColumn, Qt::AlignLeft | Qt::AlignVCenter);
-    // Shows three states; a click gives checked or unchecked only.
+    // It has three states, but a click only checks or unchecks.
     module->setFlags(module->flags() | Qt::ItemIsUserCheckable);
     module->setCheckState(ScanColumn, Qt::Unchecked);
     m_form.moduleItems.insert(module, true);
@@ -94,7 +94,7 @@ void ChannelTableBuilder::addModuleRow(int slot)
     module->setExpanded(true);
 }
 
-/// Builds a channel's row: its check mark and the controls of columns 1 to 12.
+/// Adds a channel's row: its tick and the controls of columns 1 to 12.
 void ChannelTableBuilder::addChannelRow(QTreeWidgetItem* module, int channel)
 {
     auto* item = new QTreeWidgetItem(module);
@@ -134,7 +134,7 @@ void ChannelTableBuilder::addChannelRow(QTreeWidgetItem* module, int channel)
     scalePanel->showScaleOptions(scaleFunction->currentText(), channel);
 }
 
-/// Puts a control into its cell. The number's button has no changes to report.
+/// Puts a control into its cell. The button with the number is not looked up by slots.
 void ChannelTableBuilder::place(QTreeWidgetItem* item, int column, int channel, QWidget* control)
 {
     m_form.m_channelTree->setItemWidget(item, column, control);

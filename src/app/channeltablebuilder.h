@@ -11,14 +11,14 @@ class CustomLineEdit;
 
 namespace scn {
 
-/// Builds the channel table: a module's row for each slot that is present, and below it a row for each of
-/// its channels. Nothing is connected, so nothing is sent while it is built. GUI thread.
+/// Builds the channel table: a row for each module found, and below it a row for each of its channels. Connects
+/// nothing, so nothing is sent meanwhile. GUI thread.
 class ChannelTableBuilder
 {
     Q_DECLARE_TR_FUNCTIONS(ChannelTableBuilder)
 
 public:
-    /// A new table as a child of `parent`.
+    /// Returns a new table, a child of `parent`.
     ChannelForm build(QWidget* parent);
 
 private:

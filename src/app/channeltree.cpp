@@ -12,8 +12,8 @@ ChannelTree::ChannelTree(QWidget* parent)
 
 bool ChannelTree::edit(const QModelIndex& index, EditTrigger trigger, QEvent* event)
 {
-    // The base class takes a cell's control for an open editor, and gives it the focus at each move of the
-    // pointer that the control leaves to it.
+    // The base class takes a cell's control for an open editor and focuses it on every mouse move that the
+    // control ignores.
     if (event && event->type() == QEvent::MouseMove) {
         return false;
     }

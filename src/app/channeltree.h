@@ -2,8 +2,8 @@
 
 #include <QTreeWidget>
 
-/// The channel table's view. Its cells hold controls; one takes the focus by a click or a key, not from a
-/// pointer that passes over.
+/// The view of the channel table. A control in a cell gets the focus by a click or a key, not when the pointer
+/// passes over it.
 class ChannelTree : public QTreeWidget
 {
     Q_OBJECT

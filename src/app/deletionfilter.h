@@ -2,8 +2,8 @@
 
 #include <QObject>
 
-/// Swallows the deferred deletion of what it is installed on: a window with Qt::WA_DeleteOnClose
-/// that lives on the stack is not deleted by its own close.
+/// Swallows the deferred deletion of the object it is installed on: closing a window that has
+/// Qt::WA_DeleteOnClose but lives on the stack must not delete it.
 class DeletionFilter : public QObject
 {
     Q_OBJECT

@@ -21,10 +21,10 @@ namespace {
 
 constexpr int kRowSpacing = 12;
 constexpr int kControlHeight = 28;
-/// Beside the path the row has place for its title and its button.
+/// Leaves room in the row for the title and the button.
 constexpr int kPathWidth = 300;
 
-/// The separators' names in the order of exportSeparator().
+/// Names of the separators, in the order of exportSeparator().
 constexpr std::array<const char*, 3> kSeparatorTitles = {
     QT_TRANSLATE_NOOP("ExportForm", "逗号(,)"),
     QT_TRANSLATE_NOOP("ExportForm", "分号(;)"),
@@ -39,7 +39,7 @@ QHBoxLayout* addRow(QBoxLayout* rows)
     return row;
 }
 
-/// The style that every label of the form has.
+/// Gives a label the background of the form.
 QLabel* withGround(QLabel* label)
 {
     label->setStyleSheet(QStringLiteral("background-color:#444444;"));
@@ -50,7 +50,7 @@ QPushButton* makeButton(const QString& text)
 {
     auto* button = new QPushButton(text);
     button->setMinimumHeight(kControlHeight);
-    // A button that Return presses from elsewhere would end the dialog by accident.
+    // Otherwise Return in another control would press it and close the dialog by accident.
     button->setAutoDefault(false);
     return button;
 }

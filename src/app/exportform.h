@@ -7,9 +7,8 @@ class QBoxLayout;
 class QLabel;
 class QLineEdit;
 
-/// What the export dialog holds: the choice of the separator, the file's name and its directory, and
-/// the buttons. It keeps what was entered for as long as it lives. The key Return presses the button
-/// that has the focus and does nothing elsewhere. GUI thread.
+/// The content of the export dialog: separator, file name, directory and buttons. Keeps what was entered for as
+/// long as it lives. Return presses the focused button and does nothing elsewhere. GUI thread.
 class ExportForm : public QWidget
 {
     Q_OBJECT
@@ -18,10 +17,10 @@ class ExportForm : public QWidget
 public:
     explicit ExportForm(QWidget* parent = nullptr);
 
-    /// The separators; the data of each item is the separator itself.
+    /// The separators; each item's data is the separator itself.
     CustomComboBox* separatorBox() const { return m_separatorBox; }
 
-    /// Its text is the whole path, also where less of it is shown.
+    /// Its text is the whole path, even if the label shows it shortened.
     QLabel* directoryLabel() const { return m_directoryLabel; }
 
     QLineEdit* nameEdit() const { return m_nameEdit; }

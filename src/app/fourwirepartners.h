@@ -8,27 +8,27 @@ namespace scn {
 class ChannelTable;
 class ScanMarks;
 
-/// The pairs of the channel table: a four-wire function on a channel of a module's first bank takes over
-/// the channel at the same place of the second bank for sensing. The partner's row shows the function and is out of
-/// use until the channel gets another one. Sends nothing. GUI thread.
+/// Pairs of channels: a four-wire function on a channel of a module's first bank takes the channel at the same
+/// place of the second bank, its partner, for sensing. The partner's row then shows the function and is disabled
+/// until the channel gets a two-wire function. Sends nothing. GUI thread.
 class FourWirePartners
 {
 public:
     FourWirePartners(const ChannelTable& table, const ScanMarks& marks);
 
-    /// The channel that a four-wire function on `channel` would take over; 0 when it has none.
+    /// The channel that a four-wire function on `channel` would take; 0 if there is none.
     int candidateOf(int channel) const;
 
-    /// The channel that `channel` has while it measures `function`; 0 when none.
+    /// The partner of `channel` while it measures `function`; 0 if it has none.
     int partnerOf(int channel, int function) const;
 
-    /// The row of the channel that `channel` has by the function in its row; no row when none.
+    /// The row of the partner that the function in the row of `channel` takes, if any.
     ChannelRow partnerRow(int channel) const;
 
-    /// True while a four-wire function has the channel; a row of its own is left alone.
+    /// True while a four-wire function has taken the channel.
     bool isTakenOver(int channel) const;
 
-    /// Takes the partner over or gives it back, as the function in the row of `channel` asks.
+    /// Takes the partner or gives it back, depending on the function in the row of `channel`.
     void match(int channel) const;
 
 private:

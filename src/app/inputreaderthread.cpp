@@ -42,7 +42,7 @@ void InputReaderThread::run()
     bool atEnd = false;
     while (!stopRequested()) {
         if (atEnd) {
-            // The launcher has gone; the program goes on, and this thread idles until it is stopped.
+            // The launcher is gone. The program goes on; this thread idles until stopped.
             msleep(kPollMs);
             continue;
         }

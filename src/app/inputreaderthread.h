@@ -4,7 +4,7 @@
 #include <QString>
 #include <QThread>
 
-/// Reads the launcher's commands from standard input, one per line. The only reader of that stream.
+/// Reads the launcher's commands from standard input, one per line. Nothing else reads that stream.
 class InputReaderThread : public QThread
 {
     Q_OBJECT
@@ -13,11 +13,11 @@ class InputReaderThread : public QThread
 public:
     explicit InputReaderThread(QObject* parent);
 
-    /// Asks the thread to leave; it does so within its polling time. Callable on any thread.
+    /// Asks the thread to end, which it does within its polling interval. Any thread.
     void stop();
 
 signals:
-    /// A non-empty line. Emitted on the reading thread.
+    /// A non-empty line. Emitted on this thread.
     void newInputReceived(QString data);
 
 protected:
@@ -27,6 +27,6 @@ private:
     bool stopRequested();
     void deliver(const QStringList& lines);
 
-    QMutex m_mutex; ///< guards the flag alone
+    QMutex m_mutex; ///< guards only the flag
     bool m_stop = false;
 };

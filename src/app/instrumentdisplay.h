@@ -9,7 +9,7 @@
 
 namespace scn {
 
-/// What the read-back of one channel shows, with the type of its value.
+/// What the read-back of a channel shows. The comments give the type of the value.
 enum class ChannelOption {
     RangeList,              ///< QStringList
     RangeRow,               ///< int
@@ -39,24 +39,24 @@ enum class ChannelOption {
     DbReference,            ///< double
 };
 
-/// The sources of a scan's trigger that the program shows.
+/// The trigger sources that the program shows.
 enum class TriggerSource { Immediate, Alarm, Timer };
 
-/// Where what the instrument reports is shown. Called on the GUI thread only.
+/// Shows the state that the instrument reports. All methods run on the GUI thread.
 class InstrumentDisplay
 {
 public:
     virtual ~InstrumentDisplay() = default;
 
-    /// The instrument has told its identity; the search for modules begins.
+    /// The instrument has identified itself; the module search follows.
     virtual void instrumentFound() = 0;
 
-    /// True when rows were built for the slot's module.
+    /// True if the table has rows for the slot's module.
     virtual bool hasModule(int slot) const = 0;
 
     virtual void showScanList(const QList<int>& channels) = 0;
 
-    /// An empty name is that of a function which has none. False when the channel has no row.
+    /// The name is empty for an unknown function. Returns false if the channel has no row.
     virtual bool showFunction(int channel, const QString& displayName) = 0;
 
     virtual void showOption(int channel, ChannelOption option, const QVariant& value) = 0;
@@ -64,14 +64,14 @@ public:
     virtual void showTriggerSource(TriggerSource source) = 0;
     virtual void showInterval(std::chrono::seconds interval) = 0;
 
-    /// How many sweeps end a run; none when it has no such end.
+    /// The number of sweeps after which a run ends; none if it runs until stopped.
     virtual void showSweepCount(std::optional<int> count) = 0;
 
     virtual void showUsbLogging(bool on) = 0;
     virtual void showRowLimitOn(bool on) = 0;
     virtual void showRowLimit(int rows) = 0;
 
-    /// All of the instrument's state has been shown.
+    /// The read-back is complete.
     virtual void readBackDone() = 0;
 };
 

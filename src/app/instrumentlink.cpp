@@ -14,7 +14,7 @@ namespace scn {
 
 namespace {
 
-/// Runs on a helper. Touches the window in the steps alone, which are dropped once it has gone.
+/// Runs on a helper. Touches the window only in steps on the GUI thread, which are dropped once it is gone.
 void recoverHere(const std::shared_ptr<GuiGate>& gate, InstrumentDisplay& display,
                  const RecoverySteps& steps)
 {
@@ -73,8 +73,8 @@ void InstrumentLink::readOptions(int function, int channel)
     });
 }
 
-/// What is left of a gesture that meets a dead link asks nothing more. The watch goes on from one
-/// read-back to the next: each of a few questions would never add up to the minute.
+/// After a loss the rest of a gesture asks nothing more. One watch serves all read-backs: a single one is too
+/// short for its missed replies to add up to the minute that counts as a loss.
 void InstrumentLink::readBack(const std::function<void(InstrumentReadBack&)>& questions)
 {
     assertGuiThread();

@@ -13,43 +13,43 @@ namespace scn {
 class InstrumentDisplay;
 class InstrumentReadBack;
 
-/// The steps of a recovery that are the window's; each runs on the GUI thread.
+/// The window's part of a recovery. Each step runs on the GUI thread.
 struct RecoverySteps
 {
     std::function<void()> fail;
     std::function<bool()>
-        buildPages; ///< the instrument is there; true when that was all there is to do
+        buildPages; ///< the instrument has answered; true if that completes the recovery
     std::function<void()> finish;
 };
 
-/// The window's side of the link to the instrument: read-backs on the GUI thread, the loss of the link and
-/// its recovery on a helper. All of it is called on the GUI thread.
+/// The window's link to the instrument: runs read-backs on the GUI thread, notices the loss of the link and
+/// recovers it on a helper thread. GUI thread.
 class InstrumentLink
 {
 public:
-    /// `onLost` runs whenever the link is given up. `display` lives until the gate is closed.
+    /// `onLost` runs on every loss. `display` must live until the gate is closed.
     InstrumentLink(std::shared_ptr<GuiGate> gate, InstrumentDisplay& display,
                    std::function<void()> onLost);
     ~InstrumentLink();
     InstrumentLink(const InstrumentLink&) = delete;
     InstrumentLink& operator=(const InstrumentLink&) = delete;
 
-    /// Finds the instrument and its modules; false without one. Blocks.
+    /// Connects and searches for modules. Returns false if there is no instrument. Blocks.
     bool discover();
 
-    // A read-back blocks, too. One that finds the link dead gives it up.
+    // Read-backs. Each blocks, and gives the link up if it finds it dead.
     void readAll();
     void readChannel(int channel);
     void readOptions(int function, int channel);
 
-    /// The instrument is not there any more.
+    /// Marks the link as lost.
     void giveUp();
 
-    /// Looks for the instrument again on a helper and reads everything back.
+    /// Reconnects on a helper thread and reads everything back.
     void recover(const RecoverySteps& steps);
 
-    /// Sends a command and waits for the exchange. Nothing goes out between a loss and its recovery, which
-    /// reads all of it back.
+    /// Sends a command and waits for the exchange. Sends nothing between a loss and its recovery, which reads
+    /// everything back.
     static void send(const QString& command);
 
 private:
@@ -58,7 +58,7 @@ private:
     const std::shared_ptr<GuiGate> m_gate;
     InstrumentDisplay& m_display;
     const std::function<void()> m_onLost;
-    std::shared_ptr<LinkWatch> m_watch; ///< of the read-backs, until a loss
+    std::shared_ptr<LinkWatch> m_watch; ///< shared by all read-backs until a loss
 };
 
 } // namespace scn

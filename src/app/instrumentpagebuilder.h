@@ -7,20 +7,20 @@ class QWidget;
 
 namespace scn {
 
-/// The settings page of the slots.
+/// The page of the slots.
 struct InstrumentPage
 {
     QScrollArea* page = nullptr;
     QWidget* content = nullptr;
 };
 
-/// Builds the instrument page, which is for show: nothing hangs on its controls. GUI thread.
+/// Builds the instrument page. It is display only: nothing is connected to its controls. GUI thread.
 class InstrumentPageBuilder
 {
     Q_DECLARE_TR_FUNCTIONS(InstrumentPageBuilder)
 
 public:
-    /// A new page as a child of `parent`.
+    /// Returns a new page, a child of `parent`.
     static InstrumentPage build(QWidget* parent);
 
 private:

@@ -20,11 +20,11 @@ namespace scn {
 
 namespace {
 
-/// How the instrument reports "no end" for a count: SCPI's infinity.
+/// SCPI's infinity: a count without end.
 constexpr double kScpiInfinity = 9.9e37;
 constexpr int kStoredStates = 5;
 
-/// A number from the instrument cut to an integer, the nearest one where it lies beyond them all.
+/// Truncates a numeric reply to an int, clamped to its range.
 int cutToInt(const QString& reply)
 {
     using Limits = std::numeric_limits<int>;
@@ -35,7 +35,7 @@ int cutToInt(const QString& reply)
     return static_cast<int>(std::clamp<double>(value, Limits::min(), Limits::max()));
 }
 
-/// The source that a reply names; none for one that the program does not show.
+/// Parses a reply; none for a source that the program does not show.
 std::optional<TriggerSource> triggerSource(const QString& reply)
 {
     if (reply == QLatin1String("IMM")) {
@@ -50,7 +50,7 @@ std::optional<TriggerSource> triggerSource(const QString& reply)
     return std::nullopt;
 }
 
-/// All channels of the modules that were found.
+/// All channels of all modules found.
 QList<int> moduleChannels()
 {
     QList<int> channels;
@@ -83,7 +83,7 @@ bool InstrumentReadBack::discover()
         return false;
     }
     g_instrumentConnected = true;
-    // Before the search and the read-back, which may take long.
+    // First of all: the search and the read-back may take long.
     m_link.show([this] { m_display.instrumentFound(); });
     searchModules(m_link, m_display);
     if (m_link.isLost()) {
@@ -135,7 +135,7 @@ void InstrumentReadBack::readChannel(int channel)
         hasRow = m_display.showFunction(channel, displayName);
     });
     if (hasRow) {
-        // By the name of a family, not the one on the screen: it stands for one member of it.
+        // By the reported name, not the displayed one: it stands for one member of a sensor family.
         readOptions(m_catalogue.functionIndex(reply), channel);
     }
 }
@@ -196,7 +196,7 @@ void InstrumentReadBack::readUsbLogging()
     m_link.show([this, rowLimit] { m_display.showRowLimit(rowLimit); });
 }
 
-/// An instrument found running is stopped, never adopted.
+/// A scan found running is stopped, never adopted.
 void InstrumentReadBack::endScan()
 {
     if (m_link.ask(QStringLiteral("STAT:OPER:COND?")) != QLatin1String("+256")) {

@@ -8,26 +8,26 @@ namespace scn {
 
 class InstrumentDisplay;
 
-/// Asks the instrument for its state and has it shown. A question without an answer reads as a default.
+/// Reads the instrument's state and shows it. An unanswered query reads as a default.
 ///
-/// Runs on any thread and blocks it: it asks there, in the order of the instrument's dialogue, and shows
-/// through the link, on the GUI thread.
+/// Any thread, which it blocks: queries run on it, and the link shows their replies on the GUI thread. The order
+/// of the queries is fixed.
 class InstrumentReadBack
 {
 public:
     InstrumentReadBack(LinkWatch& link, InstrumentDisplay& display);
 
-    /// Connects to the instrument named by g_resourceName and finds its modules. True when it has
-    /// answered, to the last question; g_instrumentConnected says so, too.
+    /// Connects to g_resourceName and searches for modules. Returns true, and sets g_instrumentConnected, if the
+    /// link has held to the end.
     bool discover();
 
     /// Reads everything back.
     void readAll();
 
-    /// Reads the function of one channel, then its options.
+    /// Reads back a channel: its function, then the options.
     void readChannel(int channel);
 
-    /// Reads the options of one channel, which are those of this function index.
+    /// Reads back the options that this function index has.
     void readOptions(int function, int channel);
 
 private:

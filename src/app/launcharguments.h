@@ -3,10 +3,10 @@
 #include <QString>
 #include <QStringList>
 
-/// The VISA resource that the launch arguments name: the first ';'-separated section of the first
-/// argument behind the program's name. Empty when there is no such argument.
+/// Returns the VISA resource from the command line: the first argument up to its first ';'. Empty if
+/// there is no argument.
 QString resourceFromArguments(const QStringList& arguments);
 
-/// Holds when a first argument is there and equals g_resourceName; otherwise one critical log line.
-/// Nothing calls it: the launcher is trusted.
+/// Returns true if the first argument equals g_resourceName; otherwise logs a critical line. Not
+/// called: the launcher is trusted.
 bool validateLaunchArguments(const QStringList& arguments);

@@ -27,14 +27,14 @@ struct Line
 
 struct LauncherOutput::Shared
 {
-    std::mutex mutex; ///< Guards all but the flag; never held over a write.
+    std::mutex mutex; ///< Guards everything but the flag; never held during a write.
     std::condition_variable changed;
     std::deque<Line> pending;
     int echoBytes = 0;
-    bool isDropping = false; ///< Echoes have been dropped since nothing was pending.
+    bool isDropping = false; ///< Echoes were dropped since the queue was last empty.
     bool isEnding = false;
     bool hasEnded = false;
-    std::atomic<bool> isAbandoned{false}; ///< The time of the last lines is over.
+    std::atomic<bool> isAbandoned{false}; ///< The time allowed for the last lines is over.
 };
 
 LauncherOutput::LauncherOutput()
@@ -105,7 +105,7 @@ void LauncherOutput::send(const QByteArray& text, bool mayBeDropped)
     }
 }
 
-/// The thread's work: line by line until the end, or until nobody can read any more.
+/// Body of the thread: writes line by line until the end or a failed write.
 void LauncherOutput::writeAll(Shared& shared)
 {
     std::unique_lock<std::mutex> lock(shared.mutex);
@@ -127,7 +127,7 @@ void LauncherOutput::writeAll(Shared& shared)
     shared.changed.notify_all();
 }
 
-/// False when the line did not get through.
+/// Returns false if the line could not be written.
 bool LauncherOutput::writeLine(Shared& shared, const QByteArray& line)
 {
     StandardOutput output;

@@ -5,27 +5,25 @@
 #include <memory>
 #include <thread>
 
-/// The lines for the launcher. A thread of its own writes them to standard output, in order, so that
-/// a launcher that does not read holds up nobody else. What it has not taken yet is kept; of the
-/// echoes at most 1 MiB, and the oldest are dropped first. Once a write has failed, as to a launcher
-/// that has gone, lines are dropped.
+/// Writes lines for the launcher to standard output, in order, on a thread of its own: a launcher that
+/// does not read blocks nothing else. Pending lines are kept, but echoes only up to 1 MiB, the oldest
+/// being dropped first. After a failed write, such as to a launcher that is gone, all lines are dropped.
 ///
-/// tell() and echo() are for one thread.
+/// tell() and echo() are called from one thread.
 class LauncherOutput
 {
 public:
     LauncherOutput();
 
-    /// Gives the lines that are left half a second.
+    /// Allows pending lines half a second.
     ~LauncherOutput();
     LauncherOutput(const LauncherOutput&) = delete;
     LauncherOutput& operator=(const LauncherOutput&) = delete;
 
-    /// Sends a line that the launcher cannot do without: it is never dropped. The text comes without
-    /// its line feed.
+    /// Sends a line that the launcher needs; it is never dropped. The text has no line feed.
     void tell(const QByteArray& text);
 
-    /// Sends a line that may be dropped when the launcher does not read.
+    /// Sends a line that may be dropped if the launcher does not read.
     void echo(const QByteArray& text);
 
 private:
@@ -35,7 +33,7 @@ private:
     static void writeAll(Shared& shared);
     static bool writeLine(Shared& shared, const QByteArray& line);
 
-    /// Shared with the thread: one that hangs in a write outlives this object.
+    /// Shared with the thread, which outlives this object if it hangs in a write.
     std::shared_ptr<Shared> m_shared;
     std::thread m_thread; ///< Started by the first line.
 };

@@ -13,7 +13,7 @@ QString lineText(QByteArray line)
     if (line.endsWith('\r')) {
         line.chop(1);
     }
-    // With its length: a zero byte is a character like others and makes no line shorter.
+    // With its length: a zero byte does not end a line.
     return QString::fromLocal8Bit(line.constData(), line.size());
 }
 
@@ -34,7 +34,7 @@ QStringList LineSplitter::feed(const QByteArray& bytes)
     return lines;
 }
 
-/// Adds to the pending line, or drops it when it gets too long.
+/// Appends to the pending line, or drops it if it gets too long.
 void LineSplitter::gather(const char* bytes, int size)
 {
     if (m_isTooLong) {

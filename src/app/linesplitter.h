@@ -3,16 +3,15 @@
 #include <QByteArray>
 #include <QStringList>
 
-/// Cuts a stream of bytes into lines. A line ends at a line feed or at carriage return and line
-/// feed; its text is in the locale's encoding. A line of more than 64 KiB in front of its line feed is
-/// dropped with a warning, and never gathered.
+/// Splits a byte stream into lines. A line ends with LF or CR LF and is in the locale's encoding. A line
+/// longer than 64 KiB is dropped with a warning and never held in memory.
 class LineSplitter
 {
 public:
-    /// Adds bytes of the stream and gives the lines that they complete, in order, empty ones too.
+    /// Adds bytes and returns the lines that they complete, in order, including empty ones.
     QStringList feed(const QByteArray& bytes);
 
-    /// The unfinished last line at the end of the stream: none, or one.
+    /// Returns the unfinished last line at the end of the stream, if there is one.
     QStringList finish();
 
 private:

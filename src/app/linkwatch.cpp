@@ -63,8 +63,8 @@ void LinkWatch::note(ExchangeResult result, const QString& command)
 {
     if (result == ExchangeResult::TimedOut) {
         m_silence += scn::kExchangeTimeout;
-    } else if (command.contains(
-                   QLatin1Char('?'))) { // a command is taken by a silent instrument, too
+    } else if (command.contains(QLatin1Char('?'))) {
+        // Not for a plain command, which a silent instrument accepts, too.
         m_silence = std::chrono::milliseconds(0);
     }
     m_isLost = result == ExchangeResult::Lost || m_silence > kLongestSilence;

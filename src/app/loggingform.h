@@ -9,8 +9,8 @@ class TimePicker;
 
 namespace scn {
 
-/// The controls of the logging page that act on a run; the page's other controls only look the part. Null
-/// until the page is built. The window derives from it, so these are its members.
+/// The controls of the recording page that act on a run; the others on that page do nothing. Null until the page
+/// is built. MainWidget derives from it, so these are its members.
 struct LoggingForm
 {
     QCheckBox* m_usbLogCheck = nullptr;

@@ -26,7 +26,7 @@ constexpr double kMaxElapsedS = 1987200; ///< 23 days
 constexpr int kMinRowLimit = 65536;
 constexpr int kMaxRowLimit = 100000;
 constexpr int kMaxSweeps = 1000000;
-constexpr int kGroupMargin = 4; ///< Left and right: the longest line fits the page's width.
+constexpr int kGroupMargin = 4; ///< left and right; the longest line then fits the page
 
 QLabel* makeLabel(const QString& text, QWidget* parent)
 {
@@ -43,7 +43,7 @@ Button* makeButton(const QString& text, QWidget* parent)
     return button;
 }
 
-/// A row of the form: the widgets from the left, then a spacer that takes the rest.
+/// Adds a row: the widgets from the left, then an expanding spacer.
 void addRow(QVBoxLayout* layout, std::initializer_list<QWidget*> widgets)
 {
     auto* row = new QHBoxLayout;

@@ -9,7 +9,7 @@ class QWidget;
 
 namespace scn {
 
-/// The settings page of a logging run.
+/// The recording page: the form for a run.
 struct LoggingPage
 {
     QScrollArea* page = nullptr;
@@ -17,13 +17,13 @@ struct LoggingPage
     LoggingForm form;
 };
 
-/// Builds the logging page. Nothing is connected, so nothing is sent while it is built. GUI thread.
+/// Builds the recording page. Connects nothing, so nothing is sent meanwhile. GUI thread.
 class LoggingPageBuilder
 {
     Q_DECLARE_TR_FUNCTIONS(LoggingPageBuilder)
 
 public:
-    /// A new page as a child of `parent`.
+    /// Returns a new page, a child of `parent`.
     LoggingPage build(QWidget* parent);
 
 private:

@@ -17,10 +17,10 @@
 
 namespace {
 
-/// How long helpers that still run may hold up the exit.
+/// How long running helpers may delay the exit.
 constexpr std::chrono::milliseconds kHelperWait{500};
 
-/// True when a helper outlived the window and its grace, so that static objects must not go.
+/// True if a helper still runs after that time: static objects must then not be destroyed.
 bool runWindow(int& status)
 {
     const QStringList arguments = QCoreApplication::arguments();

@@ -47,7 +47,7 @@
 
 namespace {
 
-/// When the busy overlay of the start-up goes, counted from the end of the read-back.
+/// How long the busy overlay stays after the read-back of the start-up.
 constexpr int kStartupViewMs = 2000;
 const QLatin1String kExitCommand("exit");
 constexpr int kSettingsTabsWidth = 320;
@@ -100,7 +100,7 @@ MainWidget::~MainWidget()
         m_readData->stop();
         scn::endThread(m_readData);
         m_readData = nullptr;
-        // A batch that is still on its way has left the instrument: it goes into the store now.
+        // The instrument has forgotten the readings of a queued batch: store them now.
         if (m_graphicSetting) {
             QCoreApplication::sendPostedEvents(m_graphicSetting, QEvent::MetaCall);
         }
@@ -111,14 +111,14 @@ MainWidget::~MainWidget()
         m_inputReader = nullptr;
     }
     if (m_exportThread) {
-        // Ending it by force would leave its files behind.
+        // Terminating it would leave its files behind.
         scn::awaitThread(m_exportThread);
         m_exportThread = nullptr;
     }
 }
 
-/// Keeps the controls from calling slots of the window while it is taken apart: hiding it takes the
-/// focus away, and with it comes the text that its user has not finished.
+/// Keeps the controls from calling slots while the window is destroyed: hiding it takes the focus away, and an
+/// unfinished edit would then be sent.
 void MainWidget::silenceControls()
 {
     if (QWidget* const edited = QApplication::focusWidget()) {
@@ -130,7 +130,7 @@ void MainWidget::silenceControls()
     }
 }
 
-/// The part of the construction that needs an instrument; run later when there was none at start.
+/// The part of the construction that needs an instrument. Runs later if there was none at the start.
 void MainWidget::bringUp()
 {
     buildInterface();
@@ -150,14 +150,14 @@ void MainWidget::bringUp()
     setWindowFlags(Qt::Window | Qt::FramelessWindowHint);
     resize(600, 400);
     setVisible(false);
-    // A link that the read-back has found dead is for the recovery, which starts the acquisition.
+    // If the read-back has found the link dead, the recovery starts the acquisition.
     if (g_instrumentConnected) {
         m_readData->start();
     }
 }
 
-/// Starts the reader of the launcher's lines. The GUI thread may be held up by the instrument for
-/// long: then the reader alone sees that the end is wanted, and what is still to be asked is left.
+/// Starts reading the launcher's lines. A read-back may block the GUI thread for long: the reader itself then
+/// notices "exit" and ends the read-back.
 void MainWidget::listenToLauncher()
 {
     if (m_inputReader) {
@@ -257,7 +257,7 @@ void MainWidget::makeConnections()
 void MainWidget::showEvent(QShowEvent*)
 {
     assertGuiThread();
-    // Multi-argument form: neither text can be taken for a marker.
+    // One arg() for both: a text that contains a marker must not be expanded.
     const QString line =
         QStringLiteral("WID:%1;COLOR:%2").arg(QString::number(winId()), QColor(43, 43, 43).name());
     m_launcherOutput->tell(line.toUtf8());

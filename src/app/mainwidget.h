@@ -45,14 +45,13 @@ class ScanMarks;
 class WindowDisplay;
 } // namespace scn
 
-/// The program's one window and the coordinator of its subsystems: it owns the pages and the two
-/// long-running threads, wires the signals and carries the slots of every page.
+/// The program's window. It owns the pages and the acquisition and input threads, connects the signals and has
+/// the slots of every page. It is frameless, for the launcher to embed. Without an instrument at the start it
+/// holds only the recovery overlay; the pages are built once the instrument answers.
 ///
-/// The window is frameless and made to be embedded by the launcher. With no instrument at start it
-/// holds only the connection overlay; the pages are then built when the instrument is there.
 /// All slots run on the GUI thread; they find out what is meant and leave the work to the classes of scn.
 /// The sources are one file per page: mainwidget.cpp (composition, wiring, launcher channel),
-/// mainwidget_channeltable.cpp (the check marks), mainwidget_channelrow.cpp (editing a channel),
+/// mainwidget_channeltable.cpp (the ticks), mainwidget_channelrow.cpp (editing a channel),
 /// mainwidget_loggingpage.cpp, mainwidget_runcontrol.cpp, mainwidget_export.cpp.
 class MainWidget : public QWidget,
                    private scn::ChannelForm,
@@ -63,22 +62,20 @@ class MainWidget : public QWidget,
     Q_DISABLE_COPY_MOVE(MainWidget)
 
 public:
-    /// Opens the instrument named by g_resourceName and reads its state back: blocks as long as
-    /// that takes.
+    /// Connects to g_resourceName and reads the instrument's state back; blocks meanwhile.
     explicit MainWidget(QWidget* parent);
 
-    /// Stops its threads, waiting up to 5000 ms for each before it ends it by force. Sends nothing: a
-    /// running scan goes on in the instrument. An export that runs is asked to stop first, is given
-    /// 6000 ms, and leaves no file.
+    /// Stops its threads, waiting up to 5000 ms for each before terminating it. Sends nothing: a scan goes
+    /// on in the instrument. A running export is asked to stop first, gets 6000 ms, and leaves no file.
     ~MainWidget() override;
 
 public slots:
-    // Run control; queued by name from helper threads.
+    // Run control; queued by name on helper threads.
     void stopLoadingView();
     void scanFunc();
 
 protected:
-    /// Tells the launcher the native handle and the background colour of the window.
+    /// Tells the launcher the window's native handle and background colour.
     void showEvent(QShowEvent* event) override;
 
 private slots:

@@ -20,10 +20,10 @@
 
 namespace {
 
-/// Set while onItemChanged() works, so that it does not re-enter.
+/// Set during onItemChanged(), which must not re-enter.
 bool scanEditGuard = false;
 
-/// Sends the scan list; false when the instrument refuses it.
+/// Sends the scan list. Returns false if the instrument refuses it.
 bool sendScanList()
 {
     const QString list = compressScanList(g_scanChannels.keys());
@@ -34,7 +34,7 @@ bool sendScanList()
 
 } // namespace
 
-/// Connects the finished rows, so that nothing is sent while they are built.
+/// Only once all rows are built: until then nothing may be sent.
 void MainWidget::connectRows()
 {
     for (auto module = slotItems.cbegin(); module != slotItems.cend(); ++module) {
@@ -74,7 +74,7 @@ void MainWidget::onItemChanged(QTreeWidgetItem* item, int column)
         return;
     }
     m_startupView->showLoading();
-    // Now: the exchanges keep the event loop from painting it.
+    // At once: the exchanges block the event loop.
     m_startupView->repaint();
     {
         const QScopedValueRollback<bool> guard(scanEditGuard, true);
@@ -86,7 +86,7 @@ void MainWidget::onItemChanged(QTreeWidgetItem* item, int column)
         }
         m_marks->rebuildScanChannels();
         if (g_instrumentConnected && !sendScanList()) {
-            // It would refuse every later list with the change, too.
+            // It would refuse every later list with this change, too.
             m_marks->putBack(before);
         }
     }

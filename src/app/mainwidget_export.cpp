@@ -29,7 +29,7 @@ constexpr QSize kDialogSize(480, 330);
 void MainWidget::recvExportButtonSlot()
 {
     assertGuiThread();
-    if (m_exportThread) { // one at a time, whatever has led here
+    if (m_exportThread) { // one at a time, also for the keyboard
         return;
     }
     if (!m_exportDialog) {
@@ -45,7 +45,7 @@ void MainWidget::buildExportDialog()
     m_exportDialog = new CustomDialog(this);
     m_exportDialog->setTitle(tr("将数据导出到CSV"));
     m_exportDialog->setFixedSize(kDialogSize);
-    // The ground of the labels all over. A second style sheet counts only where the first was taken up.
+    // The labels' background everywhere. Appending works only after the first style sheet was applied.
     m_exportDialog->ensurePolished();
     m_exportDialog->setStyleSheet(
         m_exportDialog->styleSheet() +
@@ -69,7 +69,7 @@ void MainWidget::recvBrowseButtonSlot()
     assertGuiThread();
     const QString directory = QFileDialog::getExistingDirectory(
         m_exportDialog, tr("Select Directory"), m_exportDirectoryLabel->text());
-    // Without a choice the directory stays.
+    // Cancelling keeps the directory.
     if (!directory.isEmpty()) {
         m_exportDirectoryLabel->setText(QDir::toNativeSeparators(directory));
     }
@@ -104,7 +104,7 @@ void MainWidget::recvExportFileButtonSlot()
     m_exportThread->startExport();
 }
 
-/// The end of an export: shows what came of it and lets go of its thread.
+/// Shows the outcome of an export and releases its thread.
 void MainWidget::showExportOutcome(ExportResult result, const QStringList& files)
 {
     assertGuiThread();

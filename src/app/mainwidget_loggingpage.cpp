@@ -26,7 +26,7 @@ void MainWidget::recvStartSlot(bool isChecked)
         return;
     }
     if (button == m_startNowRadio || button == m_startAtTimeRadio) {
-        // The date beside the second button has no effect: both start at once.
+        // The date beside the second button has no effect.
         scn::InstrumentLink::send(QStringLiteral("TRIG:SOUR IMM"));
         m_intervalGroup->setEnabled(true);
         m_alarmCombo->setEnabled(false);
@@ -38,7 +38,7 @@ void MainWidget::recvStartSlot(bool isChecked)
     }
 }
 
-/// Connected to nothing: a changed alarm takes effect when its button is turned on again.
+/// Not connected: a new alarm takes effect the next time its button is turned on.
 void MainWidget::recvAlarmComboSlot(int index)
 {
     assertGuiThread();

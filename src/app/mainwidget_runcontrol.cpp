@@ -26,19 +26,19 @@
 namespace {
 
 constexpr int kMessageMs = 3000;
-/// Longer than the acquisition thread's pause between two passes.
+/// Longer than the pause of the acquisition thread between two passes.
 constexpr unsigned long kLastPassMs = 2000;
 constexpr int kWarningMessage = 0;
 constexpr int kErrorMessage = 1;
 constexpr int kRecoveryForm = 1;
 
-/// The local time in the form that the run's start and end are kept in.
+/// The local time in the format of g_scanStartText and g_scanEndText.
 QString runTimeText()
 {
     return QDateTime::currentDateTime().toString(QStringLiteral("yyyy MM dd hh mm ss"));
 }
 
-/// Removes the channels of the scan list that have no unit text.
+/// Removes channels without a unit from the scan list.
 void dropUnnamedScanChannels()
 {
     for (auto entry = g_scanChannels.begin(); entry != g_scanChannels.end();) {
@@ -57,7 +57,7 @@ void MainWidget::recvStartButtonSlot()
     assertGuiThread();
     const bool isFirstStop = !m_runState->isStoppedByButton();
     if (m_runState->take(scn::RunEvent::StopRequested)) {
-        // The acquisition thread drains the instrument and then clears the flag.
+        // The acquisition thread clears the flag after the drain.
         stopElapsedTimer();
         scn::exchange(QStringLiteral("ABOR"));
         if (isFirstStop) {
@@ -66,7 +66,7 @@ void MainWidget::recvStartButtonSlot()
         m_indicator->showIdle();
         return;
     }
-    // Without the link a start would empty the store and measure nothing.
+    // Without the link a start would clear the store and measure nothing.
     if (!m_runState->allows(scn::RunEvent::StartRequested)) {
         return;
     }
@@ -79,7 +79,7 @@ void MainWidget::recvStartButtonSlot()
     m_startupView->showLoading();
 
     if (m_curveStore) {
-        // Another instrument may have been found since; the store stays where it is.
+        // The instrument may be another one by now; the store stays where it is.
         removeDataDirectory(QFileInfo(m_curveStore->dataDirectory()).fileName());
         m_curveStore->clearAll();
         return;
@@ -95,8 +95,8 @@ void MainWidget::recvDataClearFinished()
 {
     assertGuiThread();
     m_graphicSetting->rebuildChannelLists();
-    // No chart shows a series any more. The new ones are built aside, since each new curve takes its
-    // time, and handed over whole before the scan starts.
+    // No chart shows a series any more. A helper builds the new ones, since each curve takes its time, and
+    // hands them over complete before the scan starts.
     g_curveSeries.clear();
     HelperThreads::start([gate = m_gate, window = this, channels = g_scanChannels,
                           directoryName = dataDirectoryName(g_instrumentId)] {
@@ -113,14 +113,14 @@ void MainWidget::scanFunc()
 {
     assertGuiThread();
     if (!m_runState->allows(scn::RunEvent::ScanStarted)) {
-        // Lost since the click: the recovery, which has its overlay up, gives the button back.
+        // Lost since the click. The recovery resets the button.
         m_runState->take(scn::RunEvent::StartDropped);
         return;
     }
     if (scn::exchange(QStringLiteral("*IDN?")).isEmpty()) {
         m_runState->take(scn::RunEvent::StartDropped);
         m_messageDialog->showMessage(tr("机器已断开"), kErrorMessage, kMessageMs);
-        // The acquisition thread need not miss that one reply, so nobody else reports the loss.
+        // The acquisition thread may not notice, so the loss is reported here.
         m_link->giveUp();
         return;
     }
@@ -139,8 +139,7 @@ void MainWidget::scanFunc()
         dropUnnamedScanChannels();
     }
 
-    // The instrument's scan time is asked for twice and serves nothing: a run starts at the
-    // computer's time.
+    // The instrument is asked for the scan's time twice, but a run starts at the computer's time.
     scn::exchange(QStringLiteral("SYST:TIME:SCAN?"));
     g_scanStartText = scn::exchange(QStringLiteral("SYST:TIME:SCAN?"))
                           .replace(QLatin1Char(','), QLatin1Char(' '));
@@ -169,8 +168,8 @@ void MainWidget::stopElapsedTimer()
     }
 }
 
-/// Notes the end of the run and shows the idle state. A run that the button has stopped ended then,
-/// not when its last readings are there.
+/// Records the end of the run and shows the idle state. A run stopped by the button ended with the click, not
+/// with the drain.
 void MainWidget::endScan()
 {
     if (!m_runState->isStoppedByButton()) {
@@ -204,8 +203,7 @@ void MainWidget::recvElapsedTimeSlot()
 void MainWidget::recvLockScreenSlot()
 {
     assertGuiThread();
-    // The bar can be held when the scan has ended by itself, or when the button has stopped it and
-    // its last readings are being fetched; the end of that scan stays.
+    // Refused after the scan has ended by itself and during a drain: the recorded end stays.
     if (!m_runState->take(scn::RunEvent::Unlocked)) {
         return;
     }
@@ -233,7 +231,7 @@ void MainWidget::showReconnectView()
     if (m_startupView && !m_startupView->isHidden()) {
         m_startupView->stopLoading();
     }
-    // Hiding brings the recovery form back.
+    // Hiding it restores its button.
     m_reconnectView->stopLoading();
     m_reconnectView->showLoading();
 }
@@ -246,7 +244,7 @@ void MainWidget::recvLoadBtnSlot()
     }
     scn::RecoverySteps steps;
     steps.fail = [this] {
-        // The button comes back with the leave to use it: a click in between would be lost.
+        // First the state, then the overlay with its button: a click in between would be lost.
         m_runState->take(scn::RunEvent::RecoveryEnded);
         m_link->giveUp();
     };
@@ -258,8 +256,8 @@ void MainWidget::recvLoadBtnSlot()
     m_link->recover(steps);
 }
 
-/// Builds the pages where the window stands, when there was no instrument at start. False when they are
-/// there already.
+/// Builds the pages if there was no instrument at the start, and keeps the window in its place. Returns false if
+/// they exist already.
 bool MainWidget::bringUpLate()
 {
     if (m_channelTree) {
@@ -280,15 +278,14 @@ void MainWidget::stopLoadingView()
 {
     assertGuiThread();
     m_reconnectView->stopLoading();
-    // A start that met the loss has left the button and the label behind.
+    // A start that met the loss has not reset the button and the label.
     if (m_runState->run() == scn::RunState::Idle) {
         m_indicator->showIdle();
     }
     if (m_readData->isPolling()) {
         return;
     }
-    // A thread that has reported the loss may still be in its last pause; starting it then would do
-    // nothing.
+    // After reporting the loss the thread may still be in its last pause, when start() does nothing.
     m_readData->wait(kLastPassMs);
     m_readData->start();
 }

@@ -14,7 +14,7 @@ namespace scn {
 
 namespace {
 
-/// What is known of a slot.
+/// The registers of a slot.
 struct SlotRegisters
 {
     bool isPresent = false;
@@ -22,7 +22,7 @@ struct SlotRegisters
     int lastChannel = 0;
 };
 
-/// Enters a slot; what was known of it before.
+/// Sets the registers of a slot and returns the old ones.
 SlotRegisters enterSlot(int slot, const SlotRegisters& registers)
 {
     const SlotRegisters before{slotPresent[slot], slotModuleType[slot], slotLastChannel[slot]};
@@ -32,7 +32,7 @@ SlotRegisters enterSlot(int slot, const SlotRegisters& registers)
     return before;
 }
 
-/// Asks for the module of one slot; none for an empty slot.
+/// Asks for a slot's module. Returns none for an empty slot.
 std::optional<SlotRegisters> askModule(LinkWatch& link, int slot)
 {
     const CommFunc catalogue;
@@ -45,7 +45,7 @@ std::optional<SlotRegisters> askModule(LinkWatch& link, int slot)
     return SlotRegisters{true, type, catalogue.lastChannelIndex(type)};
 }
 
-/// Wakes every channel of a module up; the answers are not used. False when none of them answers.
+/// Asks every channel of a module; the replies are not used. Returns false if all of them time out.
 bool askModuleFunctions(LinkWatch& link, int slot, int lastChannel)
 {
     QStringList queries;
@@ -70,8 +70,8 @@ void searchModules(LinkWatch& link, const InstrumentDisplay& display)
         if (askModuleFunctions(link, slot, module->lastChannel)) {
             continue;
         }
-        // A spoilt reply can read like a module. Every later read-back would wait for the channels of
-        // one that is not there, and end as on a dead link.
+        // A garbled reply can look like a module. Every later read-back would wait for the channels of a
+        // module that does not exist, and end as on a dead link.
         link.undo([slot, before, &display] {
             if (!display.hasModule(slot)) {
                 enterSlot(slot, before);

@@ -6,8 +6,8 @@ namespace scn {
 
 class InstrumentDisplay;
 
-/// Finds the modules and enters them in the slot registers. A slot that does not answer keeps what is
-/// known of it. Any thread; blocks.
+/// Searches all slots for modules and enters them in the slot registers. A slot without an answer keeps its
+/// registers. Any thread; blocks.
 void searchModules(LinkWatch& link, const InstrumentDisplay& display);
 
 } // namespace scn

@@ -13,7 +13,7 @@ namespace scn {
 
 namespace {
 
-/// Where a panel stands that would leave the free part of its screen: moved in as far as needed.
+/// Position of a panel, moved as far as needed to lie in the free part of its screen.
 QPoint heldOnScreen(const QRect& panel)
 {
     const QScreen* screen = QGuiApplication::screenAt(panel.topLeft());
@@ -30,7 +30,7 @@ void openBeside(AdvancedSetting* panel, const QPushButton* button)
     const QPoint place = button->mapToGlobal(QPoint(button->width(), 0));
     panel->move(place);
     panel->show();
-    // Only now it has its size.
+    // It has its size only now.
     panel->move(heldOnScreen(QRect(place, panel->size())));
     panel->setFocus(Qt::OtherFocusReason);
 }

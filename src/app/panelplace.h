@@ -5,8 +5,8 @@ class QPushButton;
 
 namespace scn {
 
-/// Opens an option panel with its corner at the right end of its button, moved in as far as the free part of
-/// the screen asks, and gives it the focus. GUI thread.
+/// Opens an option panel to the right of its button, moved as far as needed to stay on the screen, and focuses
+/// it. GUI thread.
 void openBeside(AdvancedSetting* panel, const QPushButton* button);
 
 } // namespace scn

@@ -4,10 +4,10 @@
 
 class CustomComboBox;
 
-/// Controls set by the program: their signals stay silent, so that no command follows.
+/// Set controls with their signals blocked, so that no command is sent.
 namespace scn {
 
-/// Replaces the items of a box; the first becomes the current one.
+/// Replaces the items of a box and selects the first.
 void refillQuietly(CustomComboBox* box, const QStringList& items);
 
 void selectQuietly(CustomComboBox* box, int index);

@@ -15,9 +15,9 @@ namespace scn {
 
 namespace {
 
-/// Place of the running label in the button bar: right of the start button.
+/// The running label stands right of the start button.
 constexpr int kRunningLabelPosition = 1;
-/// How often the running label looks whether the store takes readings.
+/// How often the running label checks whether readings are stored.
 constexpr std::chrono::milliseconds kStoreWatch{500};
 
 } // namespace

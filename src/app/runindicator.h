@@ -6,21 +6,21 @@ namespace scn {
 
 struct ButtonBarForm;
 
-/// Shows in the bar below the pages what the run is at. GUI thread.
+/// Shows the run in the bar below the pages. GUI thread.
 class RunIndicator
 {
     Q_DECLARE_TR_FUNCTIONS(RunIndicator)
 
 public:
-    /// Refers to `form`, which may be filled later.
+    /// Keeps a reference to `form`, which may be filled later.
     explicit RunIndicator(const ButtonBarForm& form);
 
-    /// From the click on start: the start button stops the run, and there is no export.
+    /// The start button now stops the run, and the export is disabled.
     void showStarted();
 
     void showIdle();
 
-    /// Says beside the running label when readings cannot be stored.
+    /// Warns beside the running label while readings cannot be stored.
     void showStoreState(bool refusesReadings);
 
 private:

@@ -21,7 +21,7 @@ struct Transition
 using State = RunState;
 using Event = RunEvent;
 
-/// What happens to the run itself. Events that are queued by name can come at any time.
+/// The transitions of run(). Slots are also called by name, so some events can come at any time.
 constexpr Transition kTransitions[] = {
     {State::Idle, Event::StartRequested, State::Starting},
     {State::Starting, Event::StartDropped, State::Idle},
@@ -81,7 +81,7 @@ bool RunStateMachine::allows(RunEvent event) const
     switch (event) {
     case Event::LossReported:
     case Event::RecoveryRequested:
-        // Whoever looks for the instrument already decides whether it is there.
+        // The search under way decides whether the instrument is there.
         return !m_isReconnecting;
     case Event::RecoveryEnded:
         return m_isReconnecting;
@@ -89,7 +89,7 @@ bool RunStateMachine::allows(RunEvent event) const
     case Event::ScanStarted:
         return transitionFrom(run(), event) && isLinkUp();
     case Event::TimeElapsed:
-        // Once a lost instrument is found again, the recovery stops it and its readings are fetched.
+        // The recovery stops a lost instrument and fetches its readings.
         return m_connected;
     case Event::StartDropped:
     case Event::StopRequested:
@@ -120,7 +120,7 @@ bool RunStateMachine::take(RunEvent event)
     return true;
 }
 
-/// The flag is left alone where it need not change: the acquisition thread may be clearing it.
+/// Writes the flag only where it must change: the acquisition thread may be clearing it.
 void RunStateMachine::moveRun(RunState to)
 {
     if (to == State::Running) {
@@ -128,7 +128,7 @@ void RunStateMachine::moveRun(RunState to)
     } else if (to == State::Idle) {
         m_scanRunning = false;
     }
-    // A run that the button has stopped keeps that until the next one.
+    // isStoppedByButton() holds until the next start.
     if (to != State::Idle || !isStoppedByButton()) {
         m_run = to;
     }

@@ -4,34 +4,33 @@
 
 namespace scn {
 
-/// Where a run stands.
+/// The states of a run.
 enum class RunState {
     Idle,
     Starting,    ///< from the click on start until the instrument scans
     Running,     ///< the instrument scans
-    Draining,    ///< the button has stopped the scan; its last readings are being fetched
+    Draining,    ///< the button has stopped the scan; the last readings are being fetched
     Lost,        ///< the instrument is not there
-    Reconnecting ///< a helper looks for the instrument
+    Reconnecting ///< a helper searches for the instrument
 };
 
-/// What can happen to a run.
+/// The events that change the state of a run.
 enum class RunEvent {
     StartRequested,    ///< the click on start
-    StartDropped,      ///< the start has met a dead link
+    StartDropped,      ///< the start has found the link dead
     ScanStarted,       ///< the instrument scans
     StopRequested,     ///< the click on stop
     TimeElapsed,       ///< the set time of the run is over
-    Unlocked,          ///< the lock's bar was held long enough
-    LossReported,      ///< the acquisition finds no instrument
+    Unlocked,          ///< the user has held the lock bar
+    LossReported,      ///< the acquisition has lost the instrument
     RecoveryRequested, ///< the click on the recovery button
-    RecoveryEnded      ///< the helper is done, with the instrument or without
+    RecoveryEnded      ///< the helper has finished, successfully or not
 };
 
-/// The states of a run, and which event leads from one to which; what is not listed is refused.
+/// The state of the run. Events move it as one table says and are otherwise refused.
 ///
-/// The window is not alone in this: the acquisition thread ends a run by clearing the flag of the scan, and
-/// whoever finds or misses the instrument sets or clears the flag of the link. So these two flags count,
-/// and the state follows them. GUI thread; the flags on any.
+/// The two flags are the truth, because others write them: the acquisition thread ends a run by clearing one,
+/// and the read-back sets or clears the other. The state is derived from them. GUI thread; the flags on any.
 class RunStateMachine
 {
 public:
@@ -39,17 +38,16 @@ public:
 
     RunState state() const;
 
-    /// What lies below Lost and Reconnecting, and goes on when the link is back: Idle, Starting, Running or
+    /// The state below Lost and Reconnecting, which continues once the link is back: Idle, Starting, Running or
     /// Draining.
     RunState run() const;
 
-    /// True from the click on stop until the next run: the end of the run was the click.
+    /// True from the click on stop until the next start: that click was the end of the run.
     bool isStoppedByButton() const { return m_run == RunState::Draining; }
 
     bool allows(RunEvent event) const;
 
-    /// Brings the run and the flags to where the event leads. False, and nothing has changed, when the
-    /// event is refused.
+    /// Applies an event to the state and the flags. Returns false, with nothing changed, if it is refused.
     bool take(RunEvent event);
 
 private:
@@ -58,7 +56,7 @@ private:
 
     std::atomic<bool>& m_scanRunning;
     std::atomic<bool>& m_connected;
-    RunState m_run = RunState::Idle; ///< where the window has brought the run to
+    RunState m_run = RunState::Idle; ///< as last set here; the flags may have changed since
     bool m_isReconnecting = false;
 };
 

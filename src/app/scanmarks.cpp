@@ -123,7 +123,7 @@ void ScanMarks::rebuildScanChannels() const
 void ScanMarks::withdraw(int channel) const
 {
     QTreeWidgetItem* const item = m_table.item(channel);
-    // Setting the flags reports a changed item even when the check mark is the same.
+    // setFlags() always emits itemChanged().
     const QSignalBlocker blocker(m_table.form().m_channelTree);
     item->setCheckState(ScanColumn, Qt::Unchecked);
     item->setFlags(item->flags() & ~Qt::ItemIsUserCheckable);

@@ -15,49 +15,48 @@ namespace scn {
 
 class ChannelTable;
 
-/// The check marks of the channel table and the scan list in g_scanChannels that they make up. Setting a
-/// mark here reports no changed item, so no command follows. GUI thread.
+/// The ticks of the channel table, and the scan list in g_scanChannels that follows from them. Sets ticks with
+/// the tree's signals blocked, so no command is sent. GUI thread.
 class ScanMarks
 {
 public:
     using Marks = QMap<QTreeWidgetItem*, Qt::CheckState>;
 
-    /// `onScanListChanged` runs after each change of g_scanChannels.
+    /// `onScanListChanged` tells the workspace of a change of g_scanChannels.
     ScanMarks(const ChannelTable& table, std::function<void()> onScanListChanged);
 
-    /// Checks exactly the listed channels; an entry without a row is passed over. The scan list is left
-    /// to rebuildScanChannels().
+    /// Ticks exactly the listed channels and skips those without a row. Leaves g_scanChannels alone.
     void check(const QList<int>& channels) const;
 
-    /// Gives the channels of a module its mark, except those that a four-wire function has taken over.
+    /// Copies a module's tick to its channels, except to those taken by a four-wire function.
     void copyToChannels(QTreeWidgetItem* module) const;
 
-    /// Gives a module the mark that its channels add up to.
+    /// Derives a module's tick from its channels.
     void updateModule(QTreeWidgetItem* module) const;
 
-    /// The marks of the channels that a change of `item` is about, as they were: a channel's from the
-    /// scan list so far, those of a module's channels as they still are.
+    /// The ticks before a change of `item`: a channel's as g_scanChannels has it, those of a module's channels
+    /// as they still are.
     Marks marksBefore(QTreeWidgetItem* item) const;
 
-    /// Takes a change back and rebuilds the scan list.
+    /// Undoes a change and rebuilds the scan list.
     void putBack(const Marks& marks) const;
 
-    /// Fills g_scanChannels from the marks.
+    /// Fills g_scanChannels from the ticks.
     void rebuildScanChannels() const;
 
-    /// Unchecks a channel and takes it out of the scan list; its mark is then fixed until release().
+    /// Unticks a channel, removes it from the scan list and lets nobody tick it until release().
     void withdraw(int channel) const;
 
-    /// Lets the user check a channel again.
+    /// Lets the user tick a channel again.
     void release(int channel) const;
 
-    /// True while a channel is withdrawn.
+    /// True between withdraw() and release().
     bool isWithdrawn(int channel) const;
 
-    /// The unit that a row's readings are shown in: the scaled one while scaling is on.
+    /// The unit of a row's readings: the scaled one while scaling is on.
     QString displayUnit(const ChannelRow& row) const;
 
-    /// Has whoever shows the scan list show it anew.
+    /// Tells the workspace that the scan list has changed.
     void announce() const { m_onScanListChanged(); }
 
 private:

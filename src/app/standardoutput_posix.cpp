@@ -20,8 +20,8 @@ StandardOutput::Status StandardOutput::write(const char* bytes, int size, int ti
         return Status::Gone;
     }
 
-    // A pipe that is ready takes so much without blocking. The stream cannot be made non-blocking:
-    // the launcher may share it.
+    // A ready pipe takes this much without blocking. The stream must not be made non-blocking: the
+    // launcher may share it.
     const auto piece = static_cast<std::size_t>(std::min(size, PIPE_BUF));
     const ssize_t count = ::write(STDOUT_FILENO, bytes, piece);
     if (count > 0) {

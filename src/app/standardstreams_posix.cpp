@@ -8,7 +8,7 @@
 void StandardStreams::openMissing()
 {
     for (int stream = STDIN_FILENO; stream <= STDERR_FILENO; ++stream) {
-        // A new descriptor gets the lowest number that is free: all below are open by now.
+        // A new descriptor gets the lowest free number: all below are open by now.
         if (::fcntl(stream, F_GETFD) < 0 && errno == EBADF) {
             static_cast<void>(::open("/dev/null", O_RDWR));
         }

@@ -25,7 +25,7 @@ namespace {
 
 constexpr QPoint kWindowPosition(200, 200);
 
-/// The installed font for Chinese text, empty when there is none.
+/// An installed font for Chinese text; empty if there is none.
 QString chineseFont()
 {
     const QStringList installed = QFontDatabase().families(QFontDatabase::SimplifiedChinese);

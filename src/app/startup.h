@@ -4,29 +4,29 @@ class QFile;
 class QString;
 class QWidget;
 
-/// The steps of main() that can be told apart from it. GUI thread.
+/// Steps of main(). GUI thread.
 namespace Startup {
 
-/// Makes a write to a launcher that has gone fail instead of ending the program.
+/// Makes a write to a launcher that is gone fail instead of killing the program.
 void ignoreBrokenPipes();
 
-/// Registers the types that travel through queued connections and by name.
+/// Registers the types used in queued connections and in calls by name.
 void registerMetaTypes();
 
-/// Makes the text of `file`, UTF-8 up to the first zero byte, the application's style sheet.
-/// Without that file the program goes on plain, with one debug line. The file is closed again.
+/// Sets the application's style sheet from `file`, UTF-8 up to the first zero byte, and closes the file.
+/// Without it, logs a debug line and goes on without a style sheet.
 void applyStyleSheet(QFile& file);
 
-/// Draws in an installed Chinese font what asks for the fonts of the style sheets, where those are
-/// missing. The library's own choice would take its letters and digits from a much wider font.
+/// Substitutes an installed Chinese font for the fonts of the style sheets if those are missing. Qt's own
+/// substitute would draw letters and digits in a much wider font.
 void substituteFonts();
 
-/// Loads the Chinese texts of the library's own menus and dialogs from its catalogue in
-/// `directory`. Without it they stay English, with one log line.
+/// Loads the Chinese texts of Qt's own menus and dialogs from `directory`. Without them, logs a line; the
+/// texts stay English.
 void loadTranslations(const QString& directory);
 
-/// Puts the window in its place and shows it: at once when the instrument is there, and in any case
-/// when the event loop comes round.
+/// Moves the window to its place and shows it: at once if the instrument is there, and in any case once the
+/// event loop runs.
 void presentWindow(QWidget& window);
 
 } // namespace Startup

@@ -12,9 +12,9 @@ namespace scn {
 
 namespace {
 
-/// How long a thread may take to leave the exchange that it was woken from.
+/// How long a thread may take to leave its interrupted exchange.
 constexpr std::chrono::milliseconds kWakeWait{1000};
-/// How long a thread may take to fall after it was ended by force.
+/// How long a thread may take to end after terminate().
 constexpr std::chrono::milliseconds kTerminationWait{1000};
 
 bool endsWithin(QThread* thread, std::chrono::milliseconds time)
@@ -22,8 +22,7 @@ bool endsWithin(QThread* thread, std::chrono::milliseconds time)
     return thread->wait(static_cast<unsigned long>(time.count()));
 }
 
-/// Leaves a thread that cannot be ended to the end of the process, which then takes nothing apart that
-/// the thread uses.
+/// Leaves a hanging thread running until the process exits, which then destroys no static objects.
 void leaveBehind(QThread* thread)
 {
     thread->setParent(nullptr);
@@ -36,7 +35,7 @@ void endThread(QThread* thread)
 {
     assertGuiThread();
     if (!endsWithin(thread, kThreadWait)) {
-        // Not here: the library may block in this as in the exchange.
+        // On a helper: the library may block in this, too.
         HelperThreads::start([] { g_visa->interrupt(); });
         if (!endsWithin(thread, kWakeWait)) {
             qWarning() << "线程未能结束，强制终止";

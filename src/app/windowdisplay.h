@@ -11,11 +11,11 @@ class FourWirePartners;
 class ScanMarks;
 struct LoggingForm;
 
-/// Shows the instrument's state in the channel table and on the logging page. GUI thread.
+/// Shows the instrument's state in the channel table and on the recording page. GUI thread.
 class WindowDisplay final : public InstrumentDisplay
 {
 public:
-    /// Refers to all of it; the table and the form may be filled later.
+    /// Keeps references to all of them; the table and the form may be filled later.
     WindowDisplay(const ChannelTable& table, const ScanMarks& marks,
                   const FourWirePartners& partners, const LoggingForm& form,
                   std::function<void()> onFound);
@@ -24,16 +24,15 @@ public:
     bool hasModule(int slot) const override;
     void showScanList(const QList<int>& channels) override;
 
-    /// Takes the partner over or gives it back as choosing the function does. A name that the row does not
-    /// offer changes nothing, and nor does any name in a row that is taken over: it shows the function of
-    /// the row that has it.
+    /// Selects the function and takes the partner or gives it back, as if the user had chosen it. Changes nothing
+    /// if the row does not offer the name, or if the row is taken: it shows the function that took it.
     bool showFunction(int channel, const QString& displayName) override;
 
     void showOption(int channel, ChannelOption option, const QVariant& value) override;
     void showTriggerSource(TriggerSource source) override;
     void showInterval(std::chrono::seconds interval) override;
 
-    /// The controls' signals are live: one that changes sends its command.
+    /// The signals are not blocked: a control that changes sends its command.
     void showSweepCount(std::optional<int> count) override;
 
     void showUsbLogging(bool on) override;
