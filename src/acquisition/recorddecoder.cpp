@@ -1,6 +1,7 @@
 #include "acquisition/recorddecoder.h"
 
 #include <QDebug>
+#include <QLocale>
 #include <QStringView>
 
 #include <algorithm>
@@ -29,107 +30,30 @@ constexpr int kMillisecondDigits = 3;
 /// A record on the wire is about this long; it sizes the batch, nothing depends on it.
 constexpr int kTypicalRecordLength = 48;
 
-bool isAsciiDigit(QChar c)
+/// Takes the spellings that QString::toInt() and QString::toDouble() take, and no group separators.
+QLocale strictCLocale()
 {
-    return c >= QLatin1Char('0') && c <= QLatin1Char('9');
+    QLocale locale = QLocale::c();
+    locale.setNumberOptions(locale.numberOptions() | QLocale::RejectGroupSeparator);
+    return locale;
 }
 
-bool isSign(QChar c)
+const QLocale& numbers()
 {
-    return c == QLatin1Char('+') || c == QLatin1Char('-');
+    static const QLocale locale = strictCLocale();
+    return locale;
 }
 
-/// Qt's own parsers serve for every spelling that the quick paths below leave alone; a view has none.
-QString borrowed(QStringView text)
-{
-    return QString::fromRawData(text.data(), static_cast<int>(text.size()));
-}
-
-/// As QString::toInt(), base 10: 0 for anything that is no int.
+/// 0 for anything that is no int.
 int toInt(QStringView text)
 {
-    // Nine digits always fit.
-    constexpr int kMaxQuickDigits = 9;
-    const bool isSigned = !text.isEmpty() && isSign(text.front());
-    const QStringView digits = isSigned ? text.mid(1) : text;
-    if (digits.isEmpty() || digits.size() > kMaxQuickDigits) {
-        return borrowed(text).toInt();
-    }
-    int magnitude = 0;
-    for (const QChar c : digits) {
-        if (!isAsciiDigit(c)) {
-            return borrowed(text).toInt();
-        }
-        magnitude = magnitude * 10 + (c.unicode() - '0');
-    }
-    return isSigned && text.front() == QLatin1Char('-') ? -magnitude : magnitude;
+    return numbers().toInt(text);
 }
 
-/// Reads digits from `position` on into `number` and returns how many there were.
-int takeDigits(QStringView text, int& position, quint64& number)
-{
-    const int begin = position;
-    while (position < text.size() && isAsciiDigit(text[position])) {
-        number = number * 10 + (text[position].unicode() - quint64{'0'});
-        ++position;
-    }
-    return position - begin;
-}
-
-/// The exponent part of a number from `position` to the end of the text; false, and no exponent, when
-/// it is no such or of more digits than a double can use.
-bool takeExponent(QStringView text, int& position, int& exponent)
-{
-    const QChar mark = text[position];
-    if (mark != QLatin1Char('e') && mark != QLatin1Char('E')) {
-        return false;
-    }
-    ++position;
-    const bool negative = position < text.size() && text[position] == QLatin1Char('-');
-    if (position < text.size() && isSign(text[position])) {
-        ++position;
-    }
-    constexpr int kMaxExponentDigits = 3;
-    quint64 magnitude = 0;
-    const int digits = takeDigits(text, position, magnitude);
-    if (digits == 0 || digits > kMaxExponentDigits || position != text.size()) {
-        return false;
-    }
-    exponent = negative ? -static_cast<int>(magnitude) : static_cast<int>(magnitude);
-    return true;
-}
-
-/// As QString::toDouble(): 0 for anything that is no number. A mantissa below 2^53 and a power of ten
-/// up to 10^22 are exact doubles, so that one multiplication or division of them rounds correctly.
+/// 0 for anything that is no number.
 double toDouble(QStringView text)
 {
-    constexpr std::array<double, 23> powersOfTen = {1e0,  1e1,  1e2,  1e3,  1e4,  1e5,  1e6,  1e7,
-                                                    1e8,  1e9,  1e10, 1e11, 1e12, 1e13, 1e14, 1e15,
-                                                    1e16, 1e17, 1e18, 1e19, 1e20, 1e21, 1e22};
-    constexpr int kMaxExactDigits = 15;
-    constexpr int kMaxQuickLength = 24;
-    if (text.isEmpty() || text.size() > kMaxQuickLength) {
-        return borrowed(text).toDouble();
-    }
-    int position = isSign(text.front()) ? 1 : 0;
-    quint64 mantissa = 0;
-    const int wholeDigits = takeDigits(text, position, mantissa);
-    int fractionDigits = 0;
-    if (position < text.size() && text[position] == QLatin1Char('.')) {
-        ++position;
-        fractionDigits = takeDigits(text, position, mantissa);
-    }
-    int exponent = 0;
-    const bool wellFormed = wholeDigits > 0 && wholeDigits + fractionDigits <= kMaxExactDigits &&
-                            (position == text.size() || takeExponent(text, position, exponent));
-    exponent -= fractionDigits;
-    const auto power = static_cast<std::size_t>(exponent < 0 ? -exponent : exponent);
-    if (!wellFormed || power >= powersOfTen.size()) {
-        return borrowed(text).toDouble();
-    }
-    const auto exact = static_cast<double>(mantissa);
-    const double magnitude = exponent < 0 ? exact / powersOfTen[power] : exact * powersOfTen[power];
-    return text.front() == QLatin1Char('-') ? -magnitude : magnitude;
+    return numbers().toDouble(text);
 }
 
 /// Seconds and milliseconds from "s" or "s.fff": the fraction is filled with zeros, or cut, to three
