@@ -9,7 +9,7 @@ constexpr std::chrono::milliseconds kLongestWait{60000};
 
 } // namespace
 
-Deadline Deadline::after(ViUInt32 timeoutMs)
+Deadline Deadline::fromTimeout(ViUInt32 timeoutMs)
 {
     if (timeoutMs == VI_TMO_INFINITE) {
         return Deadline(Clock::time_point::max());
@@ -17,9 +17,9 @@ Deadline Deadline::after(ViUInt32 timeoutMs)
     return Deadline(Clock::now() + std::chrono::milliseconds(timeoutMs));
 }
 
-Deadline Deadline::within(ViUInt32 ms) const
+Deadline Deadline::within(std::chrono::milliseconds time) const
 {
-    return Deadline(std::min(m_moment, after(ms).m_moment));
+    return Deadline(std::min(m_moment, Clock::now() + time));
 }
 
 bool Deadline::passed() const
@@ -27,16 +27,16 @@ bool Deadline::passed() const
     return Clock::now() >= m_moment;
 }
 
-int Deadline::remainingMs() const
+std::chrono::milliseconds Deadline::remaining() const
 {
     const Clock::time_point now = Clock::now();
     if (now >= m_moment) {
-        return 0;
+        return std::chrono::milliseconds::zero();
     }
     if (m_moment == Clock::time_point::max() || m_moment - now > kLongestWait) {
-        return static_cast<int>(kLongestWait.count());
+        return kLongestWait;
     }
-    return static_cast<int>(std::chrono::ceil<std::chrono::milliseconds>(m_moment - now).count());
+    return std::chrono::ceil<std::chrono::milliseconds>(m_moment - now);
 }
 
 } // namespace scn::visa

@@ -10,17 +10,18 @@ namespace scn::visa {
 class Deadline
 {
 public:
-    /// The moment that many milliseconds from now; VI_TMO_INFINITE is never.
-    static Deadline after(ViUInt32 timeoutMs);
+    /// The end of a time-out that starts now, given as the VISA standard does: VI_TMO_INFINITE
+    /// never ends.
+    static Deadline fromTimeout(ViUInt32 timeoutMs);
 
-    /// The earlier of this moment and the one that many milliseconds from now.
-    Deadline within(ViUInt32 ms) const;
+    /// The earlier of this moment and the one `time` from now.
+    Deadline within(std::chrono::milliseconds time) const;
 
     bool passed() const;
 
-    /// Time left in whole milliseconds, rounded up so that a wait of that length never ends early,
-    /// and limited to what poll() takes; a caller waits again while passed() is false.
-    int remainingMs() const;
+    /// The time left, rounded up so that a wait of that length never ends early, and limited to
+    /// what poll() accepts; a caller waits again while passed() is false.
+    std::chrono::milliseconds remaining() const;
 
 private:
     using Clock = std::chrono::steady_clock;

@@ -8,7 +8,7 @@
 namespace scn::visa {
 namespace {
 
-/// Errors by which a socket or a terminal says that the other side has gone.
+/// Errors of a socket or a terminal whose other side has gone.
 constexpr int kLossErrors[] = {EPIPE,     ECONNRESET,   ECONNABORTED, ENOTCONN, ESHUTDOWN,
                                ETIMEDOUT, EHOSTUNREACH, EHOSTDOWN,    ENETDOWN, ENETUNREACH,
                                ENETRESET, EIO,          ENXIO,        ENODEV};
@@ -44,10 +44,11 @@ short eventsOf(Transport::Direction direction)
 Transport::Wait waitForDescriptor(int descriptor, short events, int wakeDescriptor,
                                   const Deadline& deadline)
 {
-    // poll() leaves out an entry with a negative descriptor.
+    // poll() ignores an entry with a negative descriptor.
     pollfd entries[2] = {{events == 0 ? -1 : descriptor, events, 0}, {wakeDescriptor, POLLIN, 0}};
     for (;;) {
-        const int ready = ::poll(entries, 2, deadline.remainingMs());
+        const auto timeoutMs = static_cast<int>(deadline.remaining().count());
+        const int ready = ::poll(entries, 2, timeoutMs);
         if (ready < 0 && errno != EINTR) {
             return Transport::Wait::Failed;
         }

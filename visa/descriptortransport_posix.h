@@ -6,7 +6,7 @@
 
 namespace scn::visa {
 
-/// What all transports on a non-blocking file descriptor have in common.
+/// Base of the transports that use a non-blocking file descriptor.
 class DescriptorTransport : public Transport
 {
 public:
@@ -18,9 +18,9 @@ public:
 protected:
     int descriptor() const { return m_descriptor.get(); }
 
-    /// The result of a read() or recv(), with errno as it left it. An end of file is a loss.
+    /// The result of a read() or recv() that has just returned. An end of file is a loss.
     static Result resultOfRead(long count);
-    /// The result of a write() or send(), with errno as it left it.
+    /// The result of a write() or send() that has just returned.
     static Result resultOfWrite(long count);
 
 private:
@@ -28,8 +28,8 @@ private:
     WakePipe m_wakePipe;
 };
 
-/// Waits in poll() for the events on the descriptor, for the wake pipe or for the deadline. The one
-/// place of the provider where a thread stands still.
+/// Waits in poll() for the events on the descriptor, for the wake pipe or for the deadline. The
+/// provider blocks nowhere else.
 Transport::Wait waitForDescriptor(int descriptor, short events, int wakeDescriptor,
                                   const Deadline& deadline);
 

@@ -15,7 +15,7 @@
 namespace scn::visa {
 namespace {
 
-/// Shared by the caller and the resolving thread, whichever ends last.
+/// Shared by the caller and the resolving thread; it goes with the last of them.
 struct PendingLookup
 {
     std::string host;
@@ -68,7 +68,7 @@ HostLookup resolveOnThread(const std::string& host, const std::string& port,
     } catch (const std::system_error&) {
         return {VI_ERROR_ALLOC, {}};
     }
-    // The pipe is given as the one that wakes: a look-up that is done "interrupts" the wait.
+    // The finished look-up writes to the wake pipe, so the wait reports an interruption.
     const Transport::Wait wait = waitForDescriptor(-1, 0, pending->done.readEnd(), deadline);
     if (wait != Transport::Wait::Interrupted) {
         return {wait == Transport::Wait::TimedOut ? VI_ERROR_TMO : VI_ERROR_SYSTEM_ERROR, {}};

@@ -21,14 +21,14 @@ struct SocketAddress
 
 struct HostLookup
 {
-    /// VI_SUCCESS, VI_ERROR_RSRC_NFOUND for a host that nobody knows, VI_ERROR_TMO, VI_ERROR_ALLOC.
+    /// VI_SUCCESS, VI_ERROR_RSRC_NFOUND for an unknown host, VI_ERROR_TMO or VI_ERROR_ALLOC.
     ViStatus status = VI_SUCCESS;
     std::vector<SocketAddress> addresses;
 };
 
-/// The addresses of a host and TCP port, in the order to try them. An address is taken as it is; a
-/// name is looked up on a thread of its own, because the system's resolver has no time limit that
-/// a caller could set and cannot be interrupted.
+/// The addresses of a host and TCP port, in the order to try them. An address needs no look-up; a
+/// name is looked up on a thread of its own, because the system's resolver can be neither limited
+/// in time nor interrupted.
 HostLookup lookUpHost(const std::string& host, std::uint16_t port, const Deadline& deadline);
 
 } // namespace scn::visa

@@ -51,7 +51,7 @@ bool allDigits(std::string_view text)
     return text.find_first_not_of("0123456789") == std::string_view::npos;
 }
 
-/// A decimal number of digits only, from 1 to the highest; 0 where the text is none.
+/// A decimal number from 1 to `highest`, digits only; 0 for any other text.
 unsigned numberUpTo(std::string_view text, unsigned highest)
 {
     unsigned number = 0;
@@ -73,7 +73,7 @@ bool hasControlCharacter(std::string_view text)
     return false;
 }
 
-/// The part behind "ASRL".
+/// Parses what follows "ASRL".
 std::optional<ResourceName> parseSerial(std::string_view rest)
 {
     removeSuffix(rest, "::INSTR");
@@ -94,7 +94,7 @@ std::optional<ResourceName> parseSerial(std::string_view rest)
     return name;
 }
 
-/// Takes the brackets off an IPv6 address. False where the host is not a usable one.
+/// Removes the brackets of an IPv6 address. False if the host is unusable.
 bool cleanHost(std::string_view& host)
 {
     if (!host.empty() && host.front() == '[') {
@@ -107,7 +107,7 @@ bool cleanHost(std::string_view& host)
     return !host.empty() && host.find_first_of("[]: ") == std::string_view::npos;
 }
 
-/// The part behind "TCPIP".
+/// Parses what follows "TCPIP".
 std::optional<ResourceName> parseSocket(std::string_view rest)
 {
     const std::size_t boardEnd = rest.find(kSeparator);

@@ -7,7 +7,7 @@
 
 namespace scn::visa {
 
-/// What a VISA resource string says, taken apart.
+/// The parts of a VISA resource string.
 struct ResourceName
 {
     enum class Kind { Serial, Socket };
@@ -20,14 +20,13 @@ struct ResourceName
     std::uint16_t port = 0;
 };
 
-/// Takes a resource string apart; nothing where it is none of these forms (upper and lower case of
-/// the key words are equal):
+/// Parses a resource string; empty unless it has one of these forms (key words in either case):
 ///
 ///   ASRL<path>[::INSTR]              the serial port of that device file, an absolute path
 ///   ASRL<n>[::INSTR]                 serial port n from 1: /dev/ttyS<n - 1>
-///   TCPIP[n]::<host>::<port>::SOCKET  a plain TCP connection; the board number n has no effect
+///   TCPIP[n]::<host>::<port>::SOCKET  a plain TCP connection; the board number n is ignored
 ///
-/// A pure function: it looks at nothing but the text.
+/// A pure function of the text.
 std::optional<ResourceName> parseResourceName(std::string_view text);
 
 } // namespace scn::visa

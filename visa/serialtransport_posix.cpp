@@ -30,7 +30,7 @@ constexpr BaudRow kBaudRows[] = {
 #endif
 };
 
-/// A value of an attribute and the control flags that stand for it.
+/// An attribute's value and its control flags.
 struct FlagRow
 {
     ViAttr attribute;
@@ -74,7 +74,7 @@ std::optional<tcflag_t> flagsOf(ViAttr attribute, ViAttrState value)
     return std::nullopt;
 }
 
-/// All control flags that an attribute rules; 0 for an attribute that rules none.
+/// All control flags that an attribute may set; 0 if there are none.
 tcflag_t flagMaskOf(ViAttr attribute)
 {
     tcflag_t mask = 0;
@@ -83,7 +83,7 @@ tcflag_t flagMaskOf(ViAttr attribute)
             mask |= row.flags;
         }
     }
-    // A size of five bits is coded as no flag at all, so the rows alone do not name its field.
+    // Five bits set no flag at all, so the rows alone do not cover the field.
     return attribute == VI_ATTR_ASRL_DATA_BITS ? mask | CSIZE : mask;
 }
 
@@ -100,7 +100,7 @@ ViStatus setSpeed(int descriptor, termios& settings, ViAttrState baud)
     return ::cfgetospeed(&taken) == *speed ? VI_SUCCESS : VI_ERROR_NSUP_ATTR_STATE;
 }
 
-/// tcsetattr() succeeds when it could set anything at all, so what it took is read back.
+/// tcsetattr() succeeds if it could set anything at all, so the flags are read back.
 ViStatus setFlags(int descriptor, termios& settings, ViAttr attribute, ViAttrState value)
 {
     const tcflag_t mask = flagMaskOf(attribute);
@@ -133,7 +133,7 @@ bool setRawMode(int descriptor)
     settings.c_cflag &= ~static_cast<tcflag_t>(CRTSCTS);
 #endif
     settings.c_cflag |= CS8 | CLOCAL | CREAD;
-    // With at least one byte asked for, a read of 0 bytes can only mean that the line is hung up.
+    // With a minimum of one byte, a read of 0 bytes can only mean a hang-up.
     settings.c_cc[VMIN] = 1;
     settings.c_cc[VTIME] = 0;
     return ::cfsetispeed(&settings, B9600) == 0 && ::cfsetospeed(&settings, B9600) == 0 &&
@@ -189,7 +189,7 @@ OpenedTransport openSerialPort(const std::string& device)
     if (!wakePipe.isOpen()) {
         return {VI_ERROR_ALLOC, nullptr};
     }
-    // Never the controlling terminal: a hang-up of the line is no signal to this process.
+    // Not the controlling terminal: a hang-up of the line must not signal this process.
     FileDescriptor port(::open(device.c_str(), O_RDWR | O_NOCTTY | O_NONBLOCK | O_CLOEXEC));
     if (!port.isOpen()) {
         return {statusOfOpenError(errno), nullptr};

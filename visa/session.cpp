@@ -6,20 +6,20 @@
 namespace scn::visa {
 namespace {
 
-/// Values that the standard gives a new session.
+/// Defaults of the standard for a new session.
 constexpr ViUInt32 kDefaultTimeoutMs = 2000;
 constexpr char kDefaultTerminator = '\n';
 
 constexpr std::size_t kChunkSize = 16384;
 
-/// More than a kernel keeps waiting for one connection: an instrument that never stops talking
-/// must not keep a write from starting.
+/// More than a kernel buffers for one connection: an instrument that never stops sending must not
+/// block a write.
 constexpr std::size_t kMostDiscardedBytes = 16U << 20U;
 
-/// How often a writer looks whether the one before it is done.
-constexpr ViUInt32 kTurnPollMs = 2;
+/// How often a waiting writer checks whether it is its turn.
+constexpr std::chrono::milliseconds kTurnPoll{2};
 
-/// The status of a wait that ended otherwise than with something to do.
+/// The status of a wait after which there is nothing to do.
 std::optional<ViStatus> statusOfWait(Transport::Wait wait)
 {
     switch (wait) {
@@ -38,7 +38,7 @@ std::optional<ViStatus> statusOfWait(Transport::Wait wait)
 
 } // namespace
 
-/// The right to write, held by one thread at a time so that two messages never mix on the wire.
+/// The right to write, held by one thread at a time so that messages never mix on the wire.
 class Session::WriteTurn
 {
 public:
@@ -47,7 +47,7 @@ public:
     {
         while (!m_failure && !(m_held = take())) {
             const Transport::Wait wait = m_session.m_transport->wait(Transport::Direction::Neither,
-                                                                     deadline.within(kTurnPollMs));
+                                                                     deadline.within(kTurnPoll));
             if (wait != Transport::Wait::TimedOut || deadline.passed()) {
                 m_failure = statusOfWait(wait);
             }
@@ -65,7 +65,7 @@ public:
     WriteTurn(const WriteTurn&) = delete;
     WriteTurn& operator=(const WriteTurn&) = delete;
 
-    /// Why there is no turn; nothing where there is one.
+    /// Why the turn was not granted; empty if it was.
     std::optional<ViStatus> failure() const { return m_failure; }
 
 private:
@@ -167,10 +167,10 @@ void Session::close()
 Deadline Session::nextDeadline() const
 {
     const std::lock_guard<std::mutex> lock(m_mutex);
-    return Deadline::after(m_timeoutMs);
+    return Deadline::fromTimeout(m_timeoutMs);
 }
 
-/// Moves input until a message is complete. Nothing where more has to come.
+/// Reads input until a message is complete. Empty if more has to come.
 std::optional<ViStatus> Session::tryRead(char* buffer, std::size_t size, std::size_t& received,
                                          bool hungUp)
 {
@@ -189,7 +189,7 @@ std::optional<ViStatus> Session::tryRead(char* buffer, std::size_t size, std::si
     return failure(state == Transport::State::Nothing ? Transport::State::Lost : state);
 }
 
-/// Hands over a message where the input holds a whole one.
+/// Hands over a message if the input holds a complete one.
 std::optional<ViStatus> Session::takeMessage(char* buffer, std::size_t size, std::size_t& received)
 {
     const std::size_t available = std::min(size, m_input.size());
@@ -220,7 +220,7 @@ void Session::takeRest(char* buffer, std::size_t size, std::size_t& received)
     take(buffer, std::min(size, m_input.size()), received);
 }
 
-/// Adds what is waiting, up to a chunk, to the input.
+/// Appends up to one chunk of pending bytes to the input.
 Transport::State Session::fetchInput()
 {
     if (m_lost) {
@@ -234,7 +234,7 @@ Transport::State Session::fetchInput()
     return result.state;
 }
 
-/// Drops the input that is waiting, here and in the operating system.
+/// Drops the pending input, here and in the operating system.
 ViStatus Session::discardInput()
 {
     const std::lock_guard<std::mutex> lock(m_mutex);
@@ -253,7 +253,7 @@ ViStatus Session::discardInput()
     return VI_SUCCESS;
 }
 
-/// Moves output until all of it is gone. Nothing where the connection takes no more now.
+/// Writes until everything has gone out. Empty if the connection accepts no more for now.
 std::optional<ViStatus> Session::tryWrite(const char* bytes, std::size_t size, std::size_t& sent,
                                           bool hungUp)
 {
@@ -272,7 +272,7 @@ std::optional<ViStatus> Session::tryWrite(const char* bytes, std::size_t size, s
     return VI_SUCCESS;
 }
 
-/// The status of a connection that moves nothing any more. A lost one stays lost.
+/// The status of a connection that has failed. A lost one stays lost.
 ViStatus Session::failure(Transport::State state)
 {
     if (state != Transport::State::Lost) {

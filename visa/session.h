@@ -9,9 +9,9 @@
 
 namespace scn::visa {
 
-/// One open instrument session: the attributes, the bytes that have come in and are not read yet,
-/// and the rules by which a read ends. Every operation may be called on any thread; a read and a
-/// write may be under way at the same time, and no lock is held while a thread waits.
+/// One open instrument session: its attributes, the input that nobody has read yet, and the rules
+/// for the end of a read. Any thread may call any operation; a read and a write may run at the same
+/// time, and no lock is held during a wait.
 class Session
 {
 public:
@@ -22,16 +22,16 @@ public:
 
     ViStatus setAttribute(ViAttr attribute, ViAttrState value);
 
-    /// Reads one message: up to and with the termination character where that is enabled, else
-    /// until the buffer is full. What came behind it stays for the next read. On a failure the
-    /// bytes that did come are handed over with it.
+    /// Reads one message: up to and including the termination character if that is enabled,
+    /// otherwise until the buffer is full. Further input stays for the next read. A failed read
+    /// still hands over the bytes that have arrived.
     ViStatus read(char* buffer, std::size_t size, std::size_t& received);
 
-    /// Throws away the input that is waiting, then writes all bytes. A reply that came too late
-    /// is so never taken for the reply to what is written now.
+    /// Discards the pending input, then writes all bytes. A late reply is thus never taken for the
+    /// answer to this message.
     ViStatus write(const char* bytes, std::size_t size, std::size_t& sent);
 
-    /// Ends what other threads are doing on the session; they report VI_ERROR_ABORT.
+    /// Interrupts the operations of other threads on the session; they report VI_ERROR_ABORT.
     void close();
 
 private:
@@ -50,7 +50,7 @@ private:
     ViStatus failure(Transport::State state);
 
     const std::unique_ptr<Transport> m_transport;
-    /// Guards all below and every moving of bytes; never held over a wait.
+    /// Guards everything below and every transfer; never held during a wait.
     mutable std::mutex m_mutex;
     ViUInt32 m_timeoutMs;
     char m_terminator;

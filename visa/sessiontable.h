@@ -8,26 +8,26 @@
 
 namespace scn::visa {
 
-/// The handles that have been given out, and what stands behind them. A session is shared with
-/// the threads that are using it, so that closing a handle never takes it away under them. Handles
-/// are not given out twice before all others have been. Any thread.
+/// The open handles and their sessions. A session is shared with the threads that use it, so
+/// closing its handle never deletes it under them. A handle is reused only after all others. Any
+/// thread.
 class SessionTable
 {
 public:
     ViSession addResourceManager();
 
-    /// A new handle for a session of that resource manager; 0 where there is no such one (any
-    /// more).
+    /// A new handle for a session of that resource manager; 0 if the manager does not exist or has
+    /// been closed.
     ViSession addSession(ViSession resourceManager, std::shared_ptr<Session> session);
 
     bool hasResourceManager(ViSession handle) const;
     bool has(ViObject handle) const;
 
-    /// The session of a handle; null where the handle is not that of a session.
+    /// The session of a handle; null if the handle is not a session's.
     std::shared_ptr<Session> session(ViSession handle) const;
 
-    /// Takes a session out, or a resource manager with all its sessions, and ends what is going on
-    /// on them. False where there is no such handle.
+    /// Removes a session, or a resource manager with all its sessions, and interrupts their
+    /// operations. False if the handle is unknown.
     bool close(ViObject handle);
 
 private:

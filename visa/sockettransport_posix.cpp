@@ -13,7 +13,7 @@
 namespace scn::visa {
 namespace {
 
-// Where the flag is missing the socket has an option for it.
+// Systems without the flag have a socket option instead.
 #ifdef MSG_NOSIGNAL
 constexpr int kSendFlags = MSG_NOSIGNAL;
 #else
@@ -26,7 +26,7 @@ void setFlag(int descriptor, int level, int option)
     ::setsockopt(descriptor, level, option, &on, sizeof on);
 }
 
-/// Short commands go out at once, and a peer that has gone raises no signal.
+/// Sends short commands at once, and keeps a closed connection from raising a signal.
 void setOptions(int descriptor)
 {
     setFlag(descriptor, IPPROTO_TCP, TCP_NODELAY);
@@ -53,7 +53,7 @@ ViStatus statusOfConnectError(int error)
     }
 }
 
-/// Waits for the end of a connect that is under way.
+/// Waits until a connect that has begun succeeds or fails.
 ViStatus finishConnect(int descriptor, const Deadline& deadline)
 {
     switch (waitForDescriptor(descriptor, POLLOUT, -1, deadline)) {
@@ -86,7 +86,7 @@ ViStatus connectTo(const SocketAddress& address, const Deadline& deadline, FileD
                   address.size) == 0) {
         return VI_SUCCESS;
     }
-    // A connect that a signal interrupts goes on by itself.
+    // A connect interrupted by a signal continues by itself.
     if (errno != EINPROGRESS && errno != EINTR) {
         return statusOfConnectError(errno);
     }

@@ -15,9 +15,8 @@ public:
     ViStatus setSerialAttribute(ViAttr attribute, ViAttrState value) override;
 };
 
-/// Connects to a host, each of its addresses in turn, by the deadline at the latest:
-/// VI_ERROR_RSRC_NFOUND where nobody listens or no such host is known, VI_ERROR_TMO where nobody
-/// answers in time.
+/// Connects to a host before the deadline, trying each of its addresses. VI_ERROR_RSRC_NFOUND if
+/// the host is unknown or does not listen, VI_ERROR_TMO if it does not answer in time.
 OpenedTransport openSocket(const std::string& host, std::uint16_t port, const Deadline& deadline);
 
 } // namespace scn::visa

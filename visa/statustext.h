@@ -6,11 +6,11 @@
 
 namespace scn::visa {
 
-/// The text of a completion code: the code's published name and what it means, in English and
-/// ASCII, shorter than kViStatusTextSize. A code that is not known gives its number.
+/// The text of a completion code: its published name and its meaning, in ASCII, shorter than
+/// kViStatusTextSize. An unknown code gives its number.
 std::string statusText(ViStatus status);
 
-/// Whether statusText() has a text of its own for the code.
+/// Whether statusText() knows the code.
 bool isKnownStatus(ViStatus status);
 
 } // namespace scn::visa

@@ -9,17 +9,17 @@
 
 namespace scn::visa {
 
-/// The bytes of one connection, in both directions, without any notion of a message. Moving bytes
-/// never blocks; wait() is the only place where a thread stands still. All operations may be
-/// called on any thread; two threads must not read, or write, at the same time.
+/// The byte streams of one connection, without any notion of a message. Reading and writing never
+/// block; only wait() does. Any thread may call any operation, but two threads must not read, or
+/// write, at the same time.
 class Transport
 {
 public:
     enum class State {
-        Moved,   ///< at least one byte was moved
-        Nothing, ///< nothing can be moved now
-        Lost,    ///< the other side has gone; no byte will come or go any more
-        Failed   ///< the operating system refused for another reason
+        Moved,   ///< at least one byte was transferred
+        Nothing, ///< nothing can be transferred now
+        Lost,    ///< the other side has gone for good
+        Failed   ///< another error of the operating system
     };
 
     struct Result
@@ -31,11 +31,11 @@ public:
     enum class Direction { Input, Output, Neither };
 
     enum class Wait {
-        Ready,       ///< it is worth trying to move bytes
-        HungUp,      ///< the other side has gone; what it sent may still be waiting
+        Ready,       ///< a transfer is worth trying
+        HungUp,      ///< the other side has gone; its last bytes may still be pending
         TimedOut,    ///< the deadline has passed
         Interrupted, ///< interrupt() was called
-        Failed       ///< the operating system refused
+        Failed       ///< an error of the operating system
     };
 
     Transport() = default;
@@ -46,13 +46,14 @@ public:
     virtual Result readSome(char* buffer, std::size_t size) = 0;
     virtual Result writeSome(const char* bytes, std::size_t size) = 0;
 
-    /// Blocks until the direction is worth a try, the deadline passes or interrupt() is called.
+    /// Blocks until a transfer is worth trying, the deadline passes or interrupt() is called.
     virtual Wait wait(Direction direction, const Deadline& deadline) = 0;
 
-    /// Ends every wait, those going on and those to come.
+    /// Ends every wait, current and future.
     virtual void interrupt() = 0;
 
-    /// Sets one of the VI_ATTR_ASRL_... attributes; VI_ERROR_NSUP_ATTR on what is no serial port.
+    /// Sets one of the VI_ATTR_ASRL_... attributes; VI_ERROR_NSUP_ATTR if this is not a serial
+    /// port.
     virtual ViStatus setSerialAttribute(ViAttr attribute, ViAttrState value) = 0;
 };
 
@@ -63,10 +64,9 @@ struct OpenedTransport
     std::unique_ptr<Transport> transport;
 };
 
-/// Opens the connection that the name tells, by the deadline at the latest. The one function that
-/// a port to another operating system has to supply, with its transports: on Windows overlapped
-/// ReadFile/WriteFile on a COM handle and a WSA socket, each waited for together with an event
-/// that interrupt() sets.
+/// Opens the connection described by `name` before the deadline. A port to another operating system
+/// supplies this function and its transports: on Windows, overlapped ReadFile/WriteFile on a COM
+/// handle, and a WSA socket, each awaited together with an event that interrupt() sets.
 OpenedTransport openTransport(const ResourceName& name, const Deadline& deadline);
 
 } // namespace scn::visa

@@ -10,17 +10,17 @@
 namespace scn::visa {
 namespace {
 
-/// How long opening may take where the caller names no time.
+/// Time-out of an open whose caller gives none.
 constexpr ViUInt32 kDefaultOpenTimeoutMs = 3000;
 
-/// Never destroyed: threads may be reading until the very end of the process.
+/// Never destroyed: threads may read until the very end of the process.
 SessionTable& sessions()
 {
     static SessionTable* const table = new SessionTable;
     return *table;
 }
 
-/// What a session operation answers on a handle that has no session.
+/// The answer of a session operation to a handle that has no session.
 ViStatus noSession(ViSession handle)
 {
     return sessions().has(handle) ? VI_ERROR_NSUP_OPER : VI_ERROR_INV_OBJECT;
@@ -60,7 +60,7 @@ ViStatus SCN_VISA_CALL open(ViSession resourceManager, const ViChar* resource,
         return VI_ERROR_INV_RSRC_NAME;
     }
     OpenedTransport opened = openTransport(
-        *name, Deadline::after(openTimeoutMs == 0 ? kDefaultOpenTimeoutMs : openTimeoutMs));
+        *name, Deadline::fromTimeout(openTimeoutMs == 0 ? kDefaultOpenTimeoutMs : openTimeoutMs));
     if (opened.status != VI_SUCCESS) {
         return opened.status;
     }
@@ -82,8 +82,8 @@ ViStatus SCN_VISA_CALL setAttribute(ViObject object, ViAttr attribute, ViAttrSta
     return sessions().has(object) ? VI_ERROR_NSUP_ATTR : VI_ERROR_INV_OBJECT;
 }
 
-/// The object plays no part: a status of an open that failed, or of a session that another thread
-/// has closed meanwhile, has its text too.
+/// Ignores the object: the status of a failed open, or of a session that another thread has closed,
+/// has a text, too.
 ViStatus SCN_VISA_CALL statusDesc(ViObject, ViStatus status, ViChar* text)
 {
     if (!text) {

@@ -4,8 +4,8 @@
 
 namespace scn::visa {
 
-/// The seven VISA operations that the program uses, as one table: filled from the platform's VISA
-/// library, from the provider of this folder or, in tests, by a scripted fake. None is null.
+/// The seven VISA operations that the program uses, as one table: taken from the platform's VISA
+/// library, from this folder's provider or, in tests, from a scripted fake. None is null.
 struct VisaTable
 {
     ViOpenDefaultRMFunction viOpenDefaultRM;

@@ -2,12 +2,11 @@
 
 #include <cstdint>
 
-/// The part of the published VISA standard that this program uses, declared by ourselves: its
-/// types, its attribute and status numbers and the prototypes of seven of its operations. The
-/// names are the standard's. Nothing here needs a VISA library to be installed.
+/// The part of the published VISA standard that this program uses: its types, attribute and status
+/// numbers, and the prototypes of seven operations, under the standard's names. No VISA library
+/// needs to be installed.
 
-// The 32-bit Windows libraries use the callee-cleans-up convention; every other platform has one
-// convention only.
+// In the 32-bit Windows libraries the callee cleans up the stack; elsewhere there is one convention.
 #if defined(_WIN32) && !defined(_WIN64)
 #define SCN_VISA_CALL __stdcall
 #else
@@ -20,7 +19,7 @@ using ViUInt16 = std::uint16_t;
 using ViUInt32 = std::uint32_t;
 using ViInt32 = std::int32_t;
 
-/// Completion code: 0 is success, above 0 a success or warning that tells more, below 0 an error.
+/// Completion code: 0 is success, positive a success or warning with details, negative an error.
 using ViStatus = ViInt32;
 /// Handle of any object: the resource manager or an instrument session. 0 is no object.
 using ViObject = ViUInt32;
@@ -33,10 +32,10 @@ using ViAttrState = std::uintptr_t;
 
 constexpr ViSession VI_NULL = 0;
 
-/// Size that the standard asks of the text buffer of viStatusDesc(), in bytes.
+/// Size of the text buffer that viStatusDesc() requires, in bytes.
 constexpr ViUInt32 kViStatusTextSize = 256;
 
-/// Time-outs, in milliseconds, with a meaning of their own.
+/// Special time-outs, in milliseconds.
 constexpr ViUInt32 VI_TMO_IMMEDIATE = 0;
 constexpr ViUInt32 VI_TMO_INFINITE = 0xFFFFFFFFU;
 
@@ -105,7 +104,7 @@ constexpr ViStatus VI_ERROR_INV_PARAMETER = viStatusCode(0xBFFF0078U);
 constexpr ViStatus VI_ERROR_CONN_LOST = viStatusCode(0xBFFF00A6U);
 constexpr ViStatus VI_ERROR_NPERMISSION = viStatusCode(0xBFFF00A8U);
 
-/// The seven operations. A count is given back where its pointer is not null.
+/// The seven operations. They report a count only through a pointer that is not null.
 using ViOpenDefaultRMFunction = ViStatus(SCN_VISA_CALL*)(ViSession* resourceManager);
 using ViOpenFunction = ViStatus(SCN_VISA_CALL*)(ViSession resourceManager, const ViChar* resource,
                                                 ViAccessMode accessMode, ViUInt32 openTimeoutMs,
