@@ -6,7 +6,7 @@
 /// numbers, and the prototypes of seven operations, under the standard's names. No VISA library
 /// needs to be installed.
 
-// In the 32-bit Windows libraries the callee cleans up the stack; elsewhere there is one convention.
+// In the 32-bit Windows libraries the callee cleans up the stack; others have one convention.
 #if defined(_WIN32) && !defined(_WIN64)
 #define SCN_VISA_CALL __stdcall
 #else

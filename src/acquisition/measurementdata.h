@@ -5,25 +5,25 @@
 #include <QMetaType>
 #include <QString>
 
-/// One decoded reading of the instrument. A value type: copies are cheap, and it may cross threads.
+/// One decoded reading: a value that is cheap to copy and may cross threads.
 struct MeasurementData
 {
-    /// The reading, in the unit that the instrument wrote.
+    /// The reading, in the unit below.
     double value = 0.0;
 
-    /// Unit text as the instrument wrote it; empty in a default record.
+    /// The unit as the instrument sent it; empty in a default record.
     QString unit;
 
-    /// Time stamp of the instrument, local time; null in a default record.
+    /// The instrument's time stamp, local time; null in a default record.
     QDateTime time;
 
     /// Channel number, 100 * slot + position.
     int channel = 0;
 
-    /// Alarm field of the record; what its values mean is the instrument's own.
+    /// The alarm field; the instrument defines its values.
     int alarm = 0;
 
-    /// True only when all fields above were decoded.
+    /// True only if all fields above were decoded.
     bool valid = false;
 };
 

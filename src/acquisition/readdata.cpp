@@ -14,11 +14,11 @@ namespace {
 constexpr int kFetchRetries = 6;
 constexpr int kSilenceRetries = 6;
 
-/// What the instrument is asked for at a time. A reply of more than 40959 bytes is lost whole, and the
-/// instrument has forgotten its readings; a record takes 50 bytes, with a long unit 51.
+/// Readings per fetch. A reply of more than 40959 bytes is lost as a whole, and the instrument has
+/// already deleted its readings; a record takes 50 bytes, 51 with a long unit.
 constexpr int kLargestFetch = 800;
 
-/// The same on a serial line, which carries 28800 bytes within the time-out of an exchange.
+/// The same on a serial line, which carries 28800 bytes within an exchange's time-out.
 constexpr int kLargestSerialFetch = 500;
 
 const QLatin1String kEventQuery("STAT:OPER:EVEN?");
@@ -49,7 +49,7 @@ ReadData* ReadData::instance()
 
 ReadData::ReadData()
 {
-    // Batches are queued to other threads, whether or not the program has registered them yet.
+    // Queued signals need the type, even if the program has not registered it yet.
     qRegisterMetaType<QList<MeasurementData>>();
 }
 
@@ -83,10 +83,10 @@ MeasurementData ReadData::parseRecord(const QStringList& fields) const
 
 void ReadData::run()
 {
-    // The flag is set after the first sleep: a stop requested in it is overwritten.
+    // The flag is set after the first sleep, so a stop during it has no effect.
     m_timing.clock.sleep(m_timing.startDelay);
-    // Outside its waits the thread cannot be terminated: unwinding out of a log line would end the
-    // process, and out of a signal's delivery it could leave the GUI thread's event loop locked.
+    // The thread can be terminated only in its waits: unwinding out of a log line would end the
+    // process, and out of a signal it could leave the GUI thread's event loop locked.
     setTerminationEnabled(false);
     m_running.store(true, std::memory_order_relaxed);
     do {
@@ -98,16 +98,16 @@ void ReadData::run()
             emit sigUseInst();
             m_running.store(false, std::memory_order_relaxed);
         }
-        // What gathered in a stall is caught up with, one fetch after the other.
+        // After a stall the backlog is fetched without a pause.
         if (!leftReadings) {
             pause(m_timing.passDelay);
         }
     } while (m_running.load(std::memory_order_relaxed));
 }
 
-/// The part of a pass that belongs to a running scan: fetch what has gathered, then look whether the
-/// scan has ended. A pass that found readings never ends the scan, so the last ones are drained first.
-/// True when more readings had gathered than one fetch takes, and that one was taken.
+/// A pass of a running scan: fetches the stored readings, then checks whether the scan has ended. A
+/// pass that found readings never ends the scan, so the last ones are drained first. True if the
+/// fetch succeeded and left readings behind.
 bool ReadData::pollReadings()
 {
     const int count = ask(QStringLiteral("DATA:POIN?")).toInt();
@@ -126,8 +126,8 @@ bool ReadData::pollReadings()
     return isFetched && count > most;
 }
 
-/// Fetches `count` readings, again up to six times as long as nothing decodes. What the instrument
-/// has kept after that comes with the next pass. False when nothing was fetched.
+/// Fetches `count` readings, with up to six more tries while nothing can be decoded. Readings that
+/// the instrument still holds come with the next pass. False if nothing was fetched.
 bool ReadData::fetchReadings(int count)
 {
     bool isFetched = fetchBatch(count);
@@ -138,7 +138,7 @@ bool ReadData::fetchReadings(int count)
     return isFetched;
 }
 
-/// One try; false when no record could be decoded.
+/// One try; false if no record could be decoded.
 bool ReadData::fetchBatch(int count)
 {
     const QList<MeasurementData> batch = parseResponse(ask(QStringLiteral("R? %1").arg(count)));
@@ -149,8 +149,8 @@ bool ReadData::fetchBatch(int count)
     return true;
 }
 
-/// Looks at the event register. True when the instrument says that it is in use elsewhere, or says
-/// nothing now and six more times; any reply in between ends the silence and is not looked at.
+/// Queries the event register. True if the instrument reports use elsewhere, or answers neither
+/// this query nor six more; any answer to those means that it is there, whatever it says.
 bool ReadData::instrumentLost()
 {
     const Event event = eventOf(ask(kEventQuery));
@@ -166,7 +166,7 @@ bool ReadData::instrumentLost()
     return true;
 }
 
-/// One exchange. The thread may be terminated in it, as in its sleeps.
+/// One exchange. The thread may be terminated here, as in its sleeps.
 QString ReadData::ask(const QString& query)
 {
     ExchangeResult result{};
@@ -179,8 +179,8 @@ QString ReadData::ask(const QString& query)
     return reply;
 }
 
-/// Sleeps, ending early when the running flag is cleared. Here the thread may be terminated, so the
-/// callers hold nothing meanwhile that would have to be let go.
+/// Sleeps until the time is over or the running flag is cleared. The thread may be terminated here,
+/// so callers hold nothing that would have to be released.
 void ReadData::pause(std::chrono::milliseconds time) const
 {
     using std::chrono::milliseconds;

@@ -11,33 +11,32 @@
 #include <atomic>
 #include <chrono>
 
-/// The acquisition thread. It runs as long as the window lives and the instrument is in use. While a
-/// scan runs (g_scanRunning) it drains the instrument's reading memory about once a second and hands
-/// the readings out in batches; scan or no scan, it watches whether the instrument has been taken away.
+/// The acquisition thread. It runs as long as the window lives and the instrument is in use. During
+/// a scan (g_scanRunning) it drains the instrument's reading memory about once a second and emits
+/// the readings in batches. At all times it checks whether the instrument is lost.
 ///
-/// The object itself belongs to the GUI thread; the signals are emitted on the acquisition thread.
+/// The object belongs to the GUI thread; it emits its signals on the acquisition thread.
 class ReadData : public QThread
 {
     Q_OBJECT
     Q_DISABLE_COPY_MOVE(ReadData)
 
 public:
-    /// The one object of the process, made without a parent when there is none. Whoever ends the
-    /// thread deletes it; the next call makes a new one. GUI thread only.
+    /// The process's only object, created on demand without a parent. Whoever ends the thread
+    /// deletes it; the next call creates a new one. GUI thread only.
     static ReadData* instance();
 
     ReadData();
     ~ReadData() override;
 
-    /// Replaces the waits and their clock. Only while the thread does not run.
+    /// Replaces the waits and their clock. Only while the thread is not running.
     void setTiming(const scn::ReadDataTiming& timing);
 
-    /// Clears the running flag: a sleep of the loop ends early and the thread ends with its pass.
-    /// A stop within the first second after start() is overwritten by the thread. Any thread.
+    /// Clears the running flag: the loop's sleep ends early, and the thread ends after its current
+    /// pass. The thread overrides a stop within the first second after start(). Any thread.
     void stop();
 
-    /// True while the loop goes on: from a second after start() until it has found a loss or was
-    /// told to stop. Any thread.
+    /// True while the loop runs: from one second after start() until a loss or stop(). Any thread.
     bool isPolling() const { return isRunning() && m_running.load(std::memory_order_relaxed); }
 
     /// Decodes the instrument's reply to a fetch; see decodeResponse(). Pure, any thread.
@@ -47,13 +46,13 @@ public:
     MeasurementData parseRecord(const QStringList& fields) const;
 
 signals:
-    /// The instrument has ended the scan and all its readings have been handed out.
+    /// The instrument has ended the scan, and all its readings have been emitted.
     void sigStopScan();
 
-    /// The instrument is in use by somebody else, or silent; the thread ends after this.
+    /// The instrument is in use elsewhere or does not answer; the thread ends after this.
     void sigUseInst();
 
-    /// A batch of readings in the order of the instrument's reply; never empty.
+    /// A batch of readings in the order of the reply; never empty.
     void sigSendMeasure(QList<MeasurementData> batch);
 
 protected:

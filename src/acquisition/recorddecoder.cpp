@@ -27,7 +27,7 @@ enum FieldIndex {
 constexpr int kMaxHeaderDigits = 10;
 constexpr int kMillisecondDigits = 3;
 
-/// A record on the wire is about this long; it sizes the batch, nothing depends on it.
+/// Approximate length of a record on the wire; only reserves space for the batch.
 constexpr int kTypicalRecordLength = 48;
 
 /// Takes the spellings that QString::toInt() and QString::toDouble() take, and no group separators.
@@ -56,8 +56,8 @@ double toDouble(QStringView text)
     return numbers().toDouble(text);
 }
 
-/// Seconds and milliseconds from "s" or "s.fff": the fraction is filled with zeros, or cut, to three
-/// characters. What follows a second point is ignored.
+/// Takes seconds as "s" or "s.fff": the fraction is padded with zeros, or cut, to three characters.
+/// A second point ends it.
 QTime timeOfDay(int hour, int minute, QStringView seconds)
 {
     const auto point = seconds.indexOf(QLatin1Char('.'));
@@ -78,23 +78,23 @@ QTime timeOfDay(int hour, int minute, QStringView seconds)
                  toInt(QStringView(fraction.data(), kMillisecondDigits)));
 }
 
-/// What a record finds out that the next one mostly needs again.
+/// Results that the next record mostly needs again.
 struct LastFound
 {
     QString unit;
 
-    /// A minute that the local clock shows only once.
+    /// A minute that occurs only once in local time.
     QDate date;
     int minuteOfDay = -1;
 };
 
-/// By how much, in seconds, clocks are put back: nearly everywhere by an hour.
+/// By how many seconds clocks are set back: nearly everywhere by an hour.
 constexpr std::array<qint64, 3> kClockSetBacks = {3600, 1800, 7200};
 
-/// Of two moments that a clock put back shows alike, the first. Which of them the C library takes
-/// depends on what any thread had it convert before, so that readings would jump to and fro. That one
-/// of the two is summer time says nothing: some zones count their winter as that. Where none is, as
-/// when a country moves to another zone, the result cannot hold the choice.
+/// The first of two moments with the same local time, as after a clock is set back. Which one the C
+/// library picks depends on its earlier conversions on any thread, so readings would jump back and
+/// forth. Summer time does not tell them apart: some zones declare their winter as such. Where
+/// neither is, as when a country changes its zone, QDateTime cannot hold the choice.
 QDateTime firstMoment(const QDate& date, const QTime& time, LastFound& last)
 {
     constexpr int kMsPerMinute = 60 * 1000;
@@ -115,7 +115,7 @@ QDateTime firstMoment(const QDate& date, const QTime& time, LastFound& last)
     return moment;
 }
 
-/// The unit's text, shared with the record before where it is the same.
+/// The unit's text, shared with the previous record if it is the same.
 QString sharedUnit(QStringView text, LastFound& last)
 {
     if (text != last.unit) {
@@ -126,7 +126,7 @@ QString sharedUnit(QStringView text, LastFound& last)
 
 void readFields(const RecordFields& fields, LastFound& last, MeasurementData& record)
 {
-    // Trimmed, so that a blank has text on both sides.
+    // Trimmed, so a blank always has text on both sides.
     const QStringView reading = fields[ReadingField].trimmed();
     const auto blank = reading.lastIndexOf(QLatin1Char(' '));
     if (blank < 0) {
@@ -139,7 +139,7 @@ void readFields(const RecordFields& fields, LastFound& last, MeasurementData& re
     const QDate date(toInt(fields[YearField]), toInt(fields[MonthField]), toInt(fields[DayField]));
     const QTime time =
         timeOfDay(toInt(fields[HourField]), toInt(fields[MinuteField]), fields[SecondsField]);
-    // An invalid time would silently count as midnight, so it is looked at by itself.
+    // QDateTime would silently turn an invalid time into midnight.
     const QDateTime moment = time.isValid() ? firstMoment(date, time, last) : QDateTime();
     if (!moment.isValid()) {
         qWarning() << "无效的日期时间格式";
@@ -154,7 +154,7 @@ void readFields(const RecordFields& fields, LastFound& last, MeasurementData& re
 MeasurementData decodeFields(const RecordFields& fields, LastFound& last)
 {
     MeasurementData record;
-    // Not every exception: a terminated thread unwinds by one of its own, which must pass through.
+    // Not all exceptions: a terminated thread unwinds by one of its own, which must pass.
     try {
         readFields(fields, last, record);
     } catch (const std::exception&) {
@@ -163,8 +163,8 @@ MeasurementData decodeFields(const RecordFields& fields, LastFound& last)
     return record;
 }
 
-/// Length of the block header in front of the records. It ends after ten digits or at the first
-/// character that is no digit, which is the first value's sign.
+/// Length of the block header in front of the records. It ends after ten digits or before the first
+/// character that is not a digit: the sign of the first value.
 qsizetype headerLength(QStringView reply)
 {
     if (reply.isEmpty() || reply.front() != QLatin1Char('#')) {

@@ -10,14 +10,14 @@
 /// alarm.
 constexpr int kRecordFieldCount = 9;
 
-/// Decodes a reply of comma-separated nine-field records, with an optional block header `#` and up to
-/// ten digits in front. The header's length is not read: the reply's end is the end of the data.
-/// Invalid records are skipped and a tail of less than nine fields is dropped, each with a warning.
-/// Returns the valid records in the reply's order. Without state, any thread.
+/// Decodes a reply of comma-separated nine-field records behind an optional block header, `#` and
+/// up to ten digits. The length in the header is ignored: the data ends with the reply. Invalid
+/// records and an incomplete last one are dropped, each with a warning. Returns the valid records
+/// in the order of the reply. Stateless, any thread.
 QList<MeasurementData> decodeResponse(const QString& reply);
 
-/// Decodes the nine fields of one record. The result's `valid` is false, and a warning logged, when
-/// the count is not nine, field 0 is not a number, a blank and a unit, or the time stamp names no
-/// moment of local time. A time that the zone shows twice is the first of the two. Numbers that do not
-/// parse read as 0. Without state, any thread.
+/// Decodes the nine fields of one record. Logs a warning and leaves `valid` false if there are not
+/// nine fields, if field 0 is not a number, a blank and a unit, or if the time does not exist in
+/// local time. A time that occurs twice means the first of the two. Numbers that do not parse read
+/// as 0. Stateless, any thread.
 MeasurementData decodeRecord(const QStringList& fields);

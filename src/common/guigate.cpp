@@ -8,15 +8,15 @@
 
 namespace {
 
-/// One call from a helper: shared, because either side may be the last to let go of it.
+/// One call of a helper, shared because either side may be the last to release it.
 struct Call
 {
     QSemaphore done;
     std::atomic<bool> hasRun{false};
 };
 
-/// Wakes the waiting helper when the queued call has run or was dropped with its receiver: its last
-/// copy dies in both cases.
+/// Wakes the waiting helper once the queued call has run or was dropped with its receiver: either
+/// way the last copy is destroyed.
 class Ticket
 {
 public:
@@ -43,7 +43,7 @@ GuiGate::GuiGate()
 
 GuiGate::~GuiGate()
 {
-    // The last holder may be a helper; by then close() has taken the context away.
+    // The last owner may be a helper; by then close() has destroyed the context.
     Q_ASSERT(!m_context);
 }
 

@@ -7,13 +7,13 @@
 
 namespace scn {
 
-/// What a thread waits by: a time that only grows, and a sleep. The defaults are the machine's; a test
-/// gives its own, so that hours pass at once.
+/// The clock of a thread's waits: a monotonic time and a sleep. The defaults are the system's; a
+/// test supplies its own, so that hours pass at once.
 struct WaitClock
 {
     std::function<std::chrono::steady_clock::time_point()> now = &std::chrono::steady_clock::now;
 
-    /// Sleeps on the calling thread for at least so long.
+    /// Blocks the calling thread for at least this long.
     std::function<void(std::chrono::milliseconds)> sleep = [](std::chrono::milliseconds time) {
         QThread::msleep(static_cast<unsigned long>(time.count()));
     };
