@@ -3,9 +3,10 @@
 #include "app/instrumentdisplay.h"
 #include "app/linkwatch.h"
 #include "channels/measurementfunction.h"
+#include "channels/scalefunction.h"
+#include "channels/unittext.h"
 
 #include <algorithm>
-#include <iterator>
 
 namespace scn {
 
@@ -52,29 +53,15 @@ QVariant isNotInternal(const QString& reply)
     return reply != QLatin1String("INT");
 }
 
-QVariant unitOnScreen(const QString& reply)
+QVariant displayUnit(const QString& reply)
 {
-    QString unit = reply;
-    unit.remove(QLatin1Char('"'));
-    if (unit == QLatin1String("#C")) {
-        return QStringLiteral("°C");
-    }
-    if (unit == QLatin1String("#F")) {
-        return QStringLiteral("°F");
-    }
-    return unit;
+    return unitOnScreen(reply);
 }
 
 /// Row of a scale function; the first row for an unknown one.
 QVariant scaleFunctionRow(const QString& reply)
 {
-    constexpr const char* kScaleFunctions[] = {"SCAL", "PCT", "DBM", "DB"};
-    const auto* const* found =
-        std::find_if(std::begin(kScaleFunctions), std::end(kScaleFunctions),
-                     [&reply](const char* name) { return reply == QLatin1String(name); });
-    return found != std::end(kScaleFunctions)
-               ? static_cast<int>(std::distance(std::begin(kScaleFunctions), found))
-               : 0;
+    return static_cast<int>(scaleFunctionOf(reply));
 }
 
 using Kind = PanelKind;
@@ -117,35 +104,13 @@ constexpr ChannelQuestion kScalingQuestions[] = {
     {"CALC:SCAL:GAIN? (@{ch})", Option::Gain, number},
     {"CALC:SCAL:OFFS? (@{ch})", Option::Offset, number},
     {"CALC:SCAL:STAT? (@{ch})", Option::ScalingOn, isOne},
-    {"CALC:SCAL:UNIT? (@{ch})", Option::Unit, unitOnScreen},
+    {"CALC:SCAL:UNIT? (@{ch})", Option::Unit, displayUnit},
     {"CALC:SCAL:FUNC? (@{ch})", Option::ScaleFunctionRow, scaleFunctionRow},
     {"CALC:SCAL:REF:AUTO? (@{ch})"},
     {"CALC:SCAL:REF? (@{ch})", Option::PercentReference, number},
     {"CALC:SCAL:DBM:REF? (@{ch})", Option::DbmReferenceResistance, number},
     {"CALC:SCAL:DB:REF? (@{ch})", Option::DbReference, number},
 };
-
-bool hasRanges(PanelKind kind)
-{
-    switch (kind) {
-    case Kind::DcVoltage:
-    case Kind::AcAmplitude:
-    case Kind::CycleTime:
-    case Kind::Resistance:
-    case Kind::Capacitance:
-    case Kind::BendingBridge:
-    case Kind::PoissonBridge:
-    case Kind::DcCurrent:
-        return true;
-    case Kind::Thermocouple:
-    case Kind::Rtd:
-    case Kind::Thermistor:
-    case Kind::DirectStrain:
-    case Kind::Diode:
-        return false;
-    }
-    return false;
-}
 
 } // namespace
 
@@ -198,8 +163,9 @@ void ChannelOptionsReadBack::askAndShow(const ChannelQuestion& question)
 
 void ChannelOptionsReadBack::readRange()
 {
-    show(Option::RangeList, m_catalogue.rangeList(m_function));
-    if (!hasRanges(m_kind)) {
+    const QStringList ranges = m_catalogue.rangeList(m_function);
+    show(Option::RangeList, ranges);
+    if (ranges.isEmpty()) {
         return;
     }
     int row = 0;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "channels/optioncontrols.h"
+#include "channels/scalefunction.h"
 
 #include <QString>
 #include <QWidget>
@@ -115,7 +116,7 @@ private:
 
     CommFunc* m_commFunc = nullptr;
     int m_functionIndex = 0;
-    QString m_scaleFunction = QStringLiteral("SCAL");
+    QString m_scaleFunction = nameOf(scn::ScaleFunction::Linear);
     int m_channel = 101;
     QString m_title;
     scn::OptionGroups m_functionGroups;

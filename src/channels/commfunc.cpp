@@ -3,6 +3,7 @@
 #include "channels/measurementfunction.h"
 #include "channels/moduletable.h"
 #include "channels/rangefamily.h"
+#include "channels/scalefunction.h"
 #include "common/channelnumber.h"
 #include "state/globals.h"
 
@@ -12,6 +13,7 @@ namespace {
 
 using scn::FunctionList;
 using scn::MeasurementFunction;
+using scn::ScaleFunction;
 
 constexpr char kNone[] = "无";
 constexpr char kAutomaticRange[] = "自动";
@@ -184,9 +186,9 @@ QStringList CommFunc::temperatureUnitList(int functionIndex) const
 QStringList CommFunc::scaleFunctionList(int functionIndex) const
 {
     const MeasurementFunction* function = scn::functionAt(functionIndex);
-    QStringList names{QStringLiteral("SCAL"), QStringLiteral("PCT")};
+    QStringList names{nameOf(ScaleFunction::Linear), nameOf(ScaleFunction::Percent)};
     if (function && function->decibels == scn::Decibels::Yes) {
-        names << QStringLiteral("DBM") << QStringLiteral("DB");
+        names << nameOf(ScaleFunction::Dbm) << nameOf(ScaleFunction::Db);
     }
     return names;
 }

@@ -1,5 +1,7 @@
 #include "channels/optiongroup.h"
 
+#include "channels/scalefunction.h"
+
 namespace scn {
 
 OptionGroups groupsOf(PanelKind kind)
@@ -42,14 +44,15 @@ OptionGroups groupsOfFunction(int functionIndex)
 
 OptionGroups groupsOfScaleFunction(const QString& scaleFunction)
 {
-    if (scaleFunction == QLatin1String("PCT")) {
+    switch (scaleFunctionOf(scaleFunction)) {
+    case ScaleFunction::Percent:
         return {OptionGroup::PercentReference};
-    }
-    if (scaleFunction == QLatin1String("DB")) {
-        return {OptionGroup::ReferenceResistance, OptionGroup::DbReference};
-    }
-    if (scaleFunction == QLatin1String("DBM")) {
+    case ScaleFunction::Dbm:
         return {OptionGroup::ReferenceResistance};
+    case ScaleFunction::Db:
+        return {OptionGroup::ReferenceResistance, OptionGroup::DbReference};
+    case ScaleFunction::Linear:
+        break;
     }
     return {};
 }
