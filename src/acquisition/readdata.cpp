@@ -169,11 +169,11 @@ bool ReadData::instrumentLost()
 /// One exchange. The thread may be terminated here, as in its sleeps.
 QString ReadData::ask(const QString& query)
 {
-    ExchangeResult result{};
+    scn::ExchangeResult result{};
     setTerminationEnabled(true);
     const QString reply = scn::exchange(query, result);
     setTerminationEnabled(false);
-    if (result == ExchangeResult::Overflowed) {
+    if (result == scn::ExchangeResult::Overflowed) {
         qWarning().noquote() << "响应超出接收缓冲区，已丢弃:" << query;
     }
     return reply;

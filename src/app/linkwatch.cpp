@@ -5,6 +5,8 @@
 
 #include <utility>
 
+using scn::ExchangeResult;
+
 namespace {
 
 constexpr std::chrono::seconds kLongestSilence{60};

@@ -8,7 +8,10 @@
 #include <memory>
 
 class GuiGate;
+
+namespace scn {
 enum class ExchangeResult;
+}
 
 /// Carries the exchanges of a module search or a read-back until the window closes, the connection is reported
 /// lost, or replies have been missing without a break for more than a minute. After that it asks and shows
@@ -37,7 +40,7 @@ public:
     bool isLost() const { return m_isLost; }
 
 private:
-    void note(ExchangeResult result, const QString& command);
+    void note(scn::ExchangeResult result, const QString& command);
 
     const std::shared_ptr<GuiGate> m_gate;
     std::chrono::milliseconds m_silence{0};

@@ -26,7 +26,7 @@ bool scanEditGuard = false;
 /// Sends the scan list. Returns false if the instrument refuses it.
 bool sendScanList()
 {
-    const QString list = compressScanList(g_scanChannels.keys());
+    const QString list = scn::compressScanList(g_scanChannels.keys());
     scn::exchange(QStringLiteral("ROUT:SCAN (@%1)").arg(list));
     const QString error = scn::exchange(QStringLiteral("SYST:ERR?"));
     return error.section(QLatin1Char(','), 0, 0).toInt() >= 0;

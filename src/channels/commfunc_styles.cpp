@@ -61,5 +61,5 @@ QTreeWidget QComboBox::down-arrow { image: url(:/dark/arrow_down.png); }
 
 QString CommFunc::buttonStyle() const
 {
-    return flatButtonStyle();
+    return scn::flatButtonStyle();
 }

@@ -15,6 +15,3 @@ using InstrumentQuery = std::function<QString(const QString& query)>;
 QString displayNameOfFunction(const QString& reply, int channel, const InstrumentQuery& ask);
 
 } // namespace scn
-
-using scn::displayNameOfFunction;
-using scn::InstrumentQuery;

@@ -2,6 +2,8 @@
 
 #include <QStringList>
 
+namespace scn {
+
 namespace {
 
 QString runText(int first, int last)
@@ -47,3 +49,5 @@ ScanListReply decodeScanListReply(const QString& reply)
     }
     return decoded;
 }
+
+} // namespace scn

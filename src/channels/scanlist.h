@@ -3,6 +3,8 @@
 #include <QList>
 #include <QString>
 
+namespace scn {
+
 /// Channel numbers as a scan list: runs of consecutive numbers, separated by commas. A run of three or
 /// more is "first:last", a run of two "first,last". The numbers must ascend without repeats. An empty
 /// list gives an empty text.
@@ -21,3 +23,5 @@ struct ScanListReply
 
 /// Decodes a reply such as "#210(@101,102)". It lists single channel numbers, no ranges.
 ScanListReply decodeScanListReply(const QString& reply);
+
+} // namespace scn

@@ -7,6 +7,8 @@
 
 #include <algorithm>
 
+using scn::ExchangeResult;
+
 namespace {
 
 constexpr ViUInt32 kReadBufferSize = 40960;

@@ -11,6 +11,8 @@
 #include <atomic>
 #include <functional>
 
+namespace scn {
+
 /// How an exchange ended.
 enum class ExchangeResult {
     Done,       ///< the command is written and its reply, if it has one, is read
@@ -19,6 +21,8 @@ enum class ExchangeResult {
     Overflowed, ///< the reply filled the buffer and is lost
     Failed,     ///< anything else
 };
+
+} // namespace scn
 
 /// The gate to the instrument: it owns the VISA resource manager and the session, and performs each
 /// exchange on the calling thread. Every operation may be called on any thread; a recursive mutex is
@@ -64,7 +68,7 @@ public:
     QString sendCommand(const QString& command, int timeoutMs);
 
     /// The same; `result` says how the exchange ended.
-    QString sendCommand(const QString& command, int timeoutMs, ExchangeResult& result);
+    QString sendCommand(const QString& command, int timeoutMs, scn::ExchangeResult& result);
 
     /// One sendCommand() per command, in order. Other threads may exchange in between.
     QVector<QString> sendCommands(const QStringList& commands, int timeoutMs);
@@ -72,7 +76,7 @@ public:
     /// The same, asking after each exchange whether to go on. Commands that are not sent have empty
     /// replies.
     QVector<QString> sendCommands(const QStringList& commands, int timeoutMs,
-                                  const std::function<bool(ExchangeResult)>& goesOn);
+                                  const std::function<bool(scn::ExchangeResult)>& goesOn);
 
     /// Text of the last failure; empty if nothing has failed yet. A success does not clear it.
     QString lastError();
@@ -84,8 +88,8 @@ signals:
 
 private:
     void configureSession();
-    ExchangeResult writeCommand(const QString& command);
-    ExchangeResult readResponse(QString& response);
+    scn::ExchangeResult writeCommand(const QString& command);
+    scn::ExchangeResult readResponse(QString& response);
     QByteArray statusText(ViObject object, ViStatus status) const;
     void fail(const QString& message);
 

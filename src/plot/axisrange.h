@@ -4,6 +4,8 @@
 #include <cmath>
 #include <limits>
 
+namespace scn {
+
 /// Largest bound and largest width of an axis: beyond it the plot library's ticks overflow.
 constexpr double kLargestAxisValue = 1.75e308;
 
@@ -21,3 +23,5 @@ inline bool isDistinctRange(double lower, double upper)
     constexpr double leastShare = 128 * std::numeric_limits<double>::epsilon();
     return upper - lower >= leastShare * std::max(std::abs(lower), std::abs(upper));
 }
+
+} // namespace scn

@@ -29,13 +29,13 @@ bool CustomMagnifier::canRescale(double factor) const
 {
     for (int axis = 0; plot() && axis < QwtPlot::axisCnt; ++axis) {
         const QwtInterval range = plot()->axisInterval(axis);
-        if (!isAxisEnabled(axis) || !isUsableRange(range.minValue(), range.maxValue())) {
+        if (!isAxisEnabled(axis) || !scn::isUsableRange(range.minValue(), range.maxValue())) {
             continue;
         }
         const double centre = 0.5 * (range.minValue() + range.maxValue());
         const double half = 0.5 * range.width() * factor;
-        const bool isDistinct = factor >= 1.0 || isDistinctRange(centre - half, centre + half);
-        if (!isDistinct || !isUsableRange(centre - half, centre + half)) {
+        const bool isDistinct = factor >= 1.0 || scn::isDistinctRange(centre - half, centre + half);
+        if (!isDistinct || !scn::isUsableRange(centre - half, centre + half)) {
             return false;
         }
     }

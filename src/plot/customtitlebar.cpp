@@ -94,6 +94,6 @@ QPushButton* CustomTitleBar::makeButton(const QString& iconPath)
 {
     auto* button = new QPushButton(this);
     button->setIcon(QIcon(iconPath));
-    button->setStyleSheet(flatButtonStyle());
+    button->setStyleSheet(scn::flatButtonStyle());
     return button;
 }

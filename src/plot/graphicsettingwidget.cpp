@@ -157,7 +157,7 @@ QPushButton* GraphicSettingWidget::addToolButton(const QString& iconPath)
     button->setIcon(QIcon(iconPath));
     button->setIconSize(QSize(kToolButtonSide, kToolButtonSide));
     button->setFixedSize(kToolButtonSide, kToolButtonSide);
-    button->setStyleSheet(flatButtonStyle());
+    button->setStyleSheet(scn::flatButtonStyle());
     m_sideBar->content()->layout()->addWidget(button);
     return button;
 }

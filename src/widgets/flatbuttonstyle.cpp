@@ -1,5 +1,7 @@
 #include "widgets/flatbuttonstyle.h"
 
+namespace scn {
+
 QString flatButtonStyle()
 {
     return QStringLiteral(R"(
@@ -9,3 +11,5 @@ QPushButton:hover { background: #54687A; }
 QPushButton:disabled { color: #9DA9B5; }
 )");
 }
+
+} // namespace scn

@@ -2,5 +2,9 @@
 
 #include <QString>
 
+namespace scn {
+
 /// Style sheet of flat dark buttons.
 QString flatButtonStyle();
+
+} // namespace scn

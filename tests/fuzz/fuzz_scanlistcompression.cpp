@@ -105,7 +105,7 @@ int shortestEntryCount(const QList<int>& numbers)
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
     const QList<int> numbers = numbersFrom(data, size);
-    const QString list = compressScanList(numbers);
+    const QString list = scn::compressScanList(numbers);
     FUZZ_CHECK(expanded(list.toLatin1()) == numbers);
     FUZZ_CHECK(list.isEmpty() == numbers.isEmpty());
     if (numbers.isEmpty()) {
@@ -113,7 +113,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     }
     FUZZ_CHECK(list.count(QLatin1Char(',')) + 1 == shortestEntryCount(numbers));
     if (!list.contains(QLatin1Char(':'))) {
-        FUZZ_CHECK(decodeScanListReply(QStringLiteral("(@%1)").arg(list)).channels == numbers);
+        FUZZ_CHECK(scn::decodeScanListReply(QStringLiteral("(@%1)").arg(list)).channels == numbers);
     }
     return 0;
 }

@@ -26,7 +26,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
 {
     const QString reply =
         QString::fromUtf8(reinterpret_cast<const char*>(data), static_cast<int>(size));
-    const ScanListReply decoded = decodeScanListReply(reply);
+    const scn::ScanListReply decoded = scn::decodeScanListReply(reply);
     FUZZ_CHECK(decoded.isEmptyList == (reply == QLatin1String("#13(@)")));
     FUZZ_CHECK(decoded.isEmptyList == decoded.channels.isEmpty());
     if (decoded.isEmptyList) {
@@ -44,7 +44,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     }
     const QString written =
         QStringLiteral("#10(@") + numbers.join(QLatin1Char(',')) + QLatin1Char(')');
-    const ScanListReply again = decodeScanListReply(written);
+    const scn::ScanListReply again = scn::decodeScanListReply(written);
     FUZZ_CHECK(!again.isEmptyList && again.channels == decoded.channels);
     return 0;
 }

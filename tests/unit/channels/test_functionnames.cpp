@@ -101,11 +101,11 @@ void TestFunctionNames::replyHasADisplayName()
     QFETCH(const QStringList, queries);
     QFETCH(const QString, name);
     QStringList asked;
-    const InstrumentQuery ask = [&asked, &answers](const QString& query) {
+    const scn::InstrumentQuery ask = [&asked, &answers](const QString& query) {
         asked << query;
         return answers.isEmpty() ? QStringLiteral("not expected") : answers.takeFirst();
     };
-    QCOMPARE(displayNameOfFunction(reply, 205, ask), name);
+    QCOMPARE(scn::displayNameOfFunction(reply, 205, ask), name);
     QCOMPARE(asked, queries);
 }
 
@@ -113,9 +113,9 @@ void TestFunctionNames::plainNamesAreInTheCatalogue()
 {
     // A name that the combo boxes do not know would never be selected.
     CommFunc catalogue;
-    const InstrumentQuery silent = [](const QString&) { return QString(); };
+    const scn::InstrumentQuery silent = [](const QString&) { return QString(); };
     for (const FuncCommand& command : funcCommands) {
-        const QString name = displayNameOfFunction(command.function, 101, silent);
+        const QString name = scn::displayNameOfFunction(command.function, 101, silent);
         QVERIFY(!name.isEmpty());
         const int index = catalogue.functionIndex(name);
         QCOMPARE(funcCommands.value(index).function, command.function);

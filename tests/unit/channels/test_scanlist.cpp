@@ -35,7 +35,7 @@ void TestScanList::runsAreCompressed()
 {
     QFETCH(const QList<int>, channels);
     QFETCH(const QString, text);
-    QCOMPARE(compressScanList(channels), text);
+    QCOMPARE(scn::compressScanList(channels), text);
 }
 
 void TestScanList::replyIsDecoded_data()
@@ -65,7 +65,7 @@ void TestScanList::replyIsDecoded()
     QFETCH(const QString, reply);
     QFETCH(const bool, isEmptyList);
     QFETCH(const QList<int>, channels);
-    const ScanListReply decoded = decodeScanListReply(reply);
+    const scn::ScanListReply decoded = scn::decodeScanListReply(reply);
     QCOMPARE(decoded.isEmptyList, isEmptyList);
     QCOMPARE(decoded.channels, channels);
 }

@@ -11,6 +11,8 @@
 #include <memory>
 #include <thread>
 
+using scn::ExchangeResult;
+
 namespace {
 
 const QString kTcpResource = QStringLiteral("TCPIP0::127.0.0.1::5025::SOCKET");

@@ -6,6 +6,8 @@
 
 #include <memory>
 
+using scn::ExchangeResult;
+
 class TestExchange : public QObject
 {
     Q_OBJECT

@@ -11,6 +11,8 @@
 #include <memory>
 #include <thread>
 
+using scn::ExchangeResult;
+
 // The address sanitizer takes the stack frames that a terminated thread leaves for ones still in
 // use, unless it keeps their variables elsewhere.
 #ifdef __SANITIZE_ADDRESS__
