@@ -135,13 +135,13 @@ int CommFunc::defaultUnitIndex(int functionIndex) const
 
 double CommFunc::rangeValue(int functionIndex, int rangeRow) const
 {
-    const scn::RangeRow* ranges = scn::rangesOf(scn::functionAt(functionIndex));
+    const scn::FixedRanges* ranges = scn::rangesOf(scn::functionAt(functionIndex));
     return ranges ? ranges->valueOf(rangeRow) : 0.0;
 }
 
 int CommFunc::rangeRowForValue(int functionIndex, double value) const
 {
-    const scn::RangeRow* ranges = scn::rangesOf(scn::functionAt(functionIndex));
+    const scn::FixedRanges* ranges = scn::rangesOf(scn::functionAt(functionIndex));
     return ranges ? ranges->rowOf(value) : -1;
 }
 
@@ -161,7 +161,7 @@ QStringList CommFunc::functionList(int channel) const
 
 QStringList CommFunc::rangeList(int functionIndex) const
 {
-    const scn::RangeRow* ranges = scn::rangesOf(scn::functionAt(functionIndex));
+    const scn::FixedRanges* ranges = scn::rangesOf(scn::functionAt(functionIndex));
     if (!ranges) {
         return {};
     }

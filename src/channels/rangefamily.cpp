@@ -7,13 +7,13 @@ namespace scn {
 
 namespace {
 
-constexpr RangeRow kVoltage = {
+constexpr FixedRanges kVoltage = {
     RangeFamily::Voltage, 0.1, {"+/-100mV", "+/-1V", "+/-10V", "+/-100V", "+/-300V"}};
-constexpr RangeRow kResistance = {
+constexpr FixedRanges kResistance = {
     RangeFamily::Resistance, 100.0, {"100", "1K", "10K", "100K", "1M", "10M", "100M", "1G"}};
-constexpr RangeRow kCapacitance = {
+constexpr FixedRanges kCapacitance = {
     RangeFamily::Capacitance, 1e-9, {"1nF", "10nF", "100nF", "1μF", "10μF", "100μF"}};
-constexpr RangeRow kCurrent = {
+constexpr FixedRanges kCurrent = {
     RangeFamily::Current, 1e-6, {"1μA", "10μA", "100μA", "1mA", "10mA", "100mA", "1A"}};
 
 constexpr std::array<double, 10> kDecades = {0.1, 1e0, 1e1, 1e2, 1e3, 1e4, 1e5, 1e6, 1e7, 1e8};
@@ -26,7 +26,7 @@ constexpr double kRelativePrecision = 1e12;
 
 } // namespace
 
-double RangeRow::valueOf(int row) const
+double FixedRanges::valueOf(int row) const
 {
     if (row < 0 || row >= static_cast<int>(kDecades.size())) {
         return 0.0;
@@ -37,7 +37,7 @@ double RangeRow::valueOf(int row) const
     return base * kDecades[static_cast<std::size_t>(row)];
 }
 
-int RangeRow::rowOf(double value) const
+int FixedRanges::rowOf(double value) const
 {
     // The instrument writes the top range exactly.
     if (family == RangeFamily::Voltage && value == kTopVoltage) {
@@ -51,7 +51,7 @@ int RangeRow::rowOf(double value) const
     return decade != kDecades.cend() ? static_cast<int>(decade - kDecades.cbegin()) : -1;
 }
 
-const RangeRow* rangesOf(const MeasurementFunction* function)
+const FixedRanges* rangesOf(const MeasurementFunction* function)
 {
     if (!function) {
         return nullptr;

@@ -8,7 +8,7 @@ namespace scn {
 
 /// The fixed ranges of a family. Row 0 of a range box is the automatic range; row r stands for
 /// base * 10^(r - 1) base units.
-struct RangeRow
+struct FixedRanges
 {
     static constexpr int kMaxRows = 8;
 
@@ -25,6 +25,6 @@ struct RangeRow
 };
 
 /// The ranges of a function; null if it has none.
-const RangeRow* rangesOf(const MeasurementFunction* function);
+const FixedRanges* rangesOf(const MeasurementFunction* function);
 
 } // namespace scn
