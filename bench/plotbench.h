@@ -67,7 +67,7 @@ public:
         QCoreApplication::processEvents();
     }
 
-    CCurvePlot& plot() { return m_plot; }
+    CCurvePlot& chart() { return m_plot; }
     const std::vector<QwtPlotCurve*>& curves() const { return m_curves; }
     const CurveSeriesData& series(int channel) const
     {

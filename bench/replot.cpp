@@ -21,10 +21,10 @@ class Baseline
 {
 public:
     explicit Baseline(PlotBench& bench)
-        : m_image(bench.plot().canvas()->size(), QImage::Format_ARGB32_Premultiplied)
+        : m_image(bench.chart().canvas()->size(), QImage::Format_ARGB32_Premultiplied)
     {
-        const QwtScaleMap xMap = bench.plot().canvasMap(QwtPlot::xBottom);
-        const QwtScaleMap yMap = bench.plot().canvasMap(QwtPlot::yLeft);
+        const QwtScaleMap xMap = bench.chart().canvasMap(QwtPlot::xBottom);
+        const QwtScaleMap yMap = bench.chart().canvasMap(QwtPlot::yLeft);
         for (int channel = 0; channel < PlotBench::kCurves; ++channel) {
             QPolygonF line;
             for (const QPointF& point : bench.series(channel).visiblePoints()) {
@@ -56,7 +56,8 @@ private:
 void reloadAndReplot(benchmark::State& state, PlotBench::Signal signal)
 {
     PlotBench bench(signal);
-    if (bench.plot().canvas()->size() != QSize(PlotBench::kCanvasWidth, PlotBench::kCanvasHeight) ||
+    if (bench.chart().canvas()->size() !=
+            QSize(PlotBench::kCanvasWidth, PlotBench::kCanvasHeight) ||
         bench.series(0).size() != PlotBench::kPoints) {
         state.SkipWithError("the chart is not the one to be measured");
         return;

@@ -36,8 +36,8 @@ class Baseline
 {
 public:
     explicit Baseline(PlotBench& bench)
-        : m_x(bench.plot().canvasMap(QwtPlot::xBottom))
-        , m_y(bench.plot().canvasMap(QwtPlot::yLeft))
+        : m_x(bench.chart().canvasMap(QwtPlot::xBottom))
+        , m_y(bench.chart().canvasMap(QwtPlot::yLeft))
     {
         for (int channel = 0; channel < PlotBench::kCurves; ++channel) {
             m_samples.push_back(bench.series(channel).visiblePoints());
@@ -69,8 +69,8 @@ private:
 /// Positions all over the canvas.
 std::vector<QPointF> positions(PlotBench& bench)
 {
-    const QwtScaleMap xMap = bench.plot().canvasMap(QwtPlot::xBottom);
-    const QwtScaleMap yMap = bench.plot().canvasMap(QwtPlot::yLeft);
+    const QwtScaleMap xMap = bench.chart().canvasMap(QwtPlot::xBottom);
+    const QwtScaleMap yMap = bench.chart().canvasMap(QwtPlot::yLeft);
     QRandomGenerator random(1);
     std::vector<QPointF> all;
     for (int i = 0; i < kPositionsPerRound; ++i) {
@@ -83,7 +83,7 @@ std::vector<QPointF> positions(PlotBench& bench)
 void readout(benchmark::State& state, PlotBench::Signal signal)
 {
     PlotBench bench(signal);
-    const auto* tracker = bench.plot().canvas()->findChild<CurveTracker*>();
+    const auto* tracker = bench.chart().canvas()->findChild<CurveTracker*>();
     const Baseline baseline(bench);
     const std::vector<QPointF> places = positions(bench);
     for (const QPointF& pos : places) {
