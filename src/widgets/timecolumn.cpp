@@ -69,7 +69,7 @@ TimeColumn::TimeColumn(const QString& title, int min, int max, int digits, const
 
 TimeColumn::~TimeColumn()
 {
-    // The edit loses the focus while it is destroyed and would report the end of editing.
+    // A column that is a window takes the focus from its edit when it is destroyed.
     m_edit->disconnect(this);
 }
 

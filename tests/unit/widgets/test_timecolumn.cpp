@@ -45,6 +45,7 @@ private slots:
     void guardDoesNotOutliveAChangeThatChangesNothing();
     void keysOfTheColumnItself();
     void focusOfTheColumnGoesToTheDigits();
+    void columnGoesWhileItIsEdited();
 
 private:
     TimeColumn* make(int min, int max, int digits = 2);
@@ -567,6 +568,21 @@ void TestTimeColumn::focusOfTheColumnGoesToTheDigits()
     m_column->setFocus();
     QVERIFY(m_edit->hasFocus());
     QVERIFY(arrow(Qt::UpArrow)->isVisible());
+}
+
+void TestTimeColumn::columnGoesWhileItIsEdited()
+{
+    // A window hides on its way out, and takes the focus from its edit.
+    auto column =
+        std::make_unique<TimeColumn>(QStringLiteral("HH"), 0, 23, 2, QStringLiteral(":"), false);
+    column->show();
+    QVERIFY(QTest::qWaitForWindowActive(column.get()));
+    auto* edit = column->findChild<QLineEdit*>();
+    QTest::mouseClick(edit, Qt::LeftButton);
+    QVERIFY(edit->hasFocus());
+    const QSignalSpy finished(edit, &QLineEdit::editingFinished);
+    column.reset();
+    QCOMPARE(finished.count(), 1);
 }
 
 SCN_TEST(TestTimeColumn, QApplication)
