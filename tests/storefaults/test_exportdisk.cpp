@@ -1,6 +1,7 @@
 #include "dayfilewriter.h"
 #include "export/csvexportfromdbthread.h"
 #include "exportscene.h"
+#include "skippedwaits.h"
 #include "support/privatemounts.h"
 #include "timescene.h"
 
@@ -78,6 +79,9 @@ private slots:
     void diskFullAtTheEdgeOfAPart();
     void directoryThatMayOnlyBeRead();
     void directoryThatTurnsReadOnly();
+
+private:
+    const SkippedWaits m_waits;
 };
 
 void TestExportDisk::diskFullAtEachPage_data()

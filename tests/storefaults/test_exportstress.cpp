@@ -2,6 +2,7 @@
 #include "export/csvexportfromdbthread.h"
 #include "exportscene.h"
 #include "logcapture.h"
+#include "skippedwaits.h"
 #include "standstillwatchdog.h"
 #include "storage/connectionpool.h"
 #include "support/testprogram.h"
@@ -140,6 +141,9 @@ class TestExportStress : public QObject
 
 private slots:
     void exportsBesideARunningProgram();
+
+private:
+    const SkippedWaits m_waits;
 };
 
 void TestExportStress::exportsBesideARunningProgram()

@@ -1,6 +1,7 @@
 #include "dayfilereader.h"
 #include "dayfilewriter.h"
 #include "logcapture.h"
+#include "skippedwaits.h"
 #include "storage/connectionpool.h"
 #include "storage/curvedatadb.h"
 #include "support/testprogram.h"
@@ -99,6 +100,9 @@ private slots:
     void fileThatGoesIsMadeAgain();
     void replacedPastDayTakesLateReadings();
     void directoryThatCannotBeMadeAgain();
+
+private:
+    const SkippedWaits m_waits;
 };
 
 void TestStoreDamage::garbageAtTheStart()

@@ -1,6 +1,7 @@
 #include "dayfilereader.h"
 #include "dayfilewriter.h"
 #include "logcapture.h"
+#include "skippedwaits.h"
 #include "storage/curvedatadb.h"
 #include "storeobserver.h"
 #include "support/privatemounts.h"
@@ -82,6 +83,9 @@ private slots:
     void readOnlyDirectoryAtTheStart();
     void readOnlyDirectoryAtMidnight();
     void readOnlyDirectoryWhenAFileIsOpenedAgain();
+
+private:
+    const SkippedWaits m_waits;
 };
 
 void TestStoreDisk::fullDiskInTheMidstOfARun()

@@ -1,5 +1,6 @@
 #include "dayfilereader.h"
 #include "dayfilewriter.h"
+#include "skippedwaits.h"
 #include "storage/curvedatadb.h"
 #include "storage/shardnaming.h"
 #include "storage/storeclock.h"
@@ -23,7 +24,7 @@ namespace {
 constexpr int kKillsOfTheShortRun = 50;
 constexpr int kCurves = 4;
 constexpr int kChildTimeoutMs = 120000;
-constexpr unsigned kEarlyKillMs = 400;
+constexpr unsigned kEarlyKillMs = 150;
 constexpr unsigned kLateKillMs = 200;
 constexpr qint64 kBeforeEdgeMs = 300;
 
@@ -97,6 +98,7 @@ int play(const QStringList& arguments)
 {
     qInstallMessageHandler(sayFailures);
     setStoreClock(&present);
+    const SkippedWaits waits;
     const QString directory = arguments.value(1);
     const qint64 from = arguments.value(2).toLongLong();
     return arguments.value(0) == one("writer")
