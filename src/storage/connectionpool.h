@@ -2,6 +2,7 @@
 
 #include "storage/connectionlock.h"
 #include "storage/fileidentity.h"
+#include "storage/retiredconnections.h"
 
 #include <QDeadlineTimer>
 #include <QMap>
@@ -12,7 +13,6 @@
 #include <QString>
 #include <QStringList>
 #include <QTimer>
-#include <QVector>
 
 #include <atomic>
 #include <memory>
@@ -87,8 +87,7 @@ private slots:
     void cleanExpiredConnections();
 
 private:
-    /// How many pointers to a connection are out of the pool.
-    using HolderCount = std::shared_ptr<std::atomic<int>>;
+    using HolderCount = storage::HolderCount;
 
     struct ConnectionInfo
     {
@@ -99,35 +98,22 @@ private:
         std::shared_ptr<ConnectionMutex> mutex;
     };
 
-    /// A closed connection whose name goes once its last holder has let go of it.
-    struct RetiredConnection
-    {
-        QString name;
-        HolderCount holders;
-    };
-
     ConnectionPool();
 
-    QSqlDatabase createConnection(const QString& path);
-    bool validateConnection(const QSqlDatabase& database);
-    bool execPragmaChecked(const QSqlDatabase& database, const QString& sql,
-                           const QString& expected);
-    void setUpWriter(const QSqlDatabase& database);
-    void setUpReader(const QSqlDatabase& database);
-    void evictOldestLocked();
     bool takeEntry(const QString& path, ConnectionInfo* info);
+    static QSharedPointer<QSqlDatabase> lend(ConnectionInfo& info);
+
+    // Closing: connectionpool_close.cpp
     void discardLocked(const QString& path);
-    void foldAndClose(QSqlDatabase& database);
+    void evictOldestLocked();
     void closeExpired(const QString& path, ConnectionInfo& info);
     bool closeByDeadline(ConnectionInfo& info, const QDeadlineTimer& deadline);
-    void forgetName(const QString& name, const HolderCount& holders);
-    void purgeRetiredLocked();
     void removeNamesExcept(const QStringList& stillOpen);
-    static QSharedPointer<QSqlDatabase> lend(ConnectionInfo& info);
+    void forgetName(const QString& name, const HolderCount& holders);
 
     QMap<QString, ConnectionInfo> m_connections;
     mutable QMutex m_mutex;
     QTimer m_expiryTimer;
     QTimer m_spareTimer; ///< Constructed and never started.
-    QVector<RetiredConnection> m_retired;
+    storage::RetiredConnections m_retired;
 };

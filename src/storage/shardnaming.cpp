@@ -4,6 +4,9 @@
 
 #include <QDateTime>
 #include <QDebug>
+#include <QFileInfo>
+
+#include <algorithm>
 
 namespace {
 
@@ -103,4 +106,13 @@ QString sqlLiteral(const QString& text)
     QString doubled = text;
     doubled.replace(QLatin1Char('\''), QLatin1String("''"));
     return QLatin1Char('\'') + doubled + QLatin1Char('\'');
+}
+
+QString digitsOfBaseName(const QString& path, int length)
+{
+    const QString baseName = QFileInfo(path).completeBaseName();
+    const bool digits = std::all_of(baseName.cbegin(), baseName.cend(), [](QChar character) {
+        return character >= QLatin1Char('0') && character <= QLatin1Char('9');
+    });
+    return baseName.length() == length && digits ? baseName : QString();
 }

@@ -24,6 +24,9 @@ QString formatMinuteKey(qint64 timestamp);
 /// "yyyyMMdd_HHmmss" of the local time.
 QString formatBatchStamp(qint64 timestamp);
 
+/// The base name of a path if it is so many digits, else an empty text.
+QString digitsOfBaseName(const QString& path, int length);
+
 /// "yyyyMMdd" of the present day.
 QString todayKey();
 
