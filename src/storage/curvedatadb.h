@@ -1,6 +1,8 @@
 #pragma once
 
-#include "storage/fileidentity.h"
+#include "storage/currentfile.h"
+#include "storage/curverecords.h"
+#include "storage/latefile.h"
 #include "storage/managedquery.h"
 #include "storage/timeslice.h"
 
@@ -19,33 +21,11 @@
 
 #include <atomic>
 #include <chrono>
-#include <limits>
-#include <memory>
-#include <unordered_map>
 
 class QFile;
 class QTextStream;
 class QThread;
 
-/// One table of one curve: six hours of readings.
-struct DBBatchInfo
-{
-    qint64 batchStart = 0; ///< First millisecond, since the epoch.
-    qint64 batchEnd = 0;   ///< Last millisecond, since the epoch.
-    QString tableName;
-};
-
-/// Extremes of one curve. The initial values mean that no reading has been seen.
-struct DBCurveMetadata
-{
-    qint64 minTime = std::numeric_limits<qint64>::max();
-    qint64 maxTime = std::numeric_limits<qint64>::min();
-    double minValue = std::numeric_limits<double>::max();
-    double maxValue = std::numeric_limits<double>::lowest();
-};
-
-Q_DECLARE_METATYPE(DBBatchInfo)
-Q_DECLARE_METATYPE(DBCurveMetadata)
 Q_DECLARE_METATYPE(QSharedPointer<QSqlDatabase>)
 
 /// The process-wide store of curves: one SQLite file for each local day, in it one table for each
@@ -176,73 +156,66 @@ private:
     /// Whether the registration of a new name is preceded by the pauses.
     enum class NewCurve { Pause, AtOnce };
 
-    /// The kept insert of one curve, prepared for the table of one batch.
-    struct LiveInsert
+    /// A reading on its way to a file.
+    struct Reading
     {
-        qint64 batchStart = 0;
-        std::unique_ptr<ManagedQuery> query;
+        int curveId;
+        qint64 time;
+        double value;
     };
 
-    /// What is kept of the file of an earlier day that late readings go to, one file at a time.
-    struct LateFile
-    {
-        QString connection; ///< The connection that all of it belongs to.
-        std::unordered_map<int, LiveInsert> inserts;
-        int cacheKib = 0;
-        bool isFit = false;                  ///< It has the tables that it needs.
-        QMap<int, DBCurveMetadata> extremes; ///< As they stand in the file.
-        QSet<int> changed;                   ///< Curves whose extremes in memory differ from those.
-    };
+    // Registration: curvedatadb_register.cpp
+    int enlistCurve(const QString& name, NewCurve newCurve);
+    int curveIdInCurrentFile(const QString& name, NewCurve newCurve);
+    int findCurve(const QString& name);
+    int insertCurve(const QString& name);
 
-    // Catalogue and rollover: curvedatadb.cpp
+    // The move to today's file: curvedatadb_attach.cpp
     void ensureCurrentDb();
     void openCurrentDb(const QString& today);
     bool reopenCurrentDb();
     void takeUpCurrentDb();
-    void buildCatalogue();
-    void forgetAttachment();
-    void noteFailure(const ManagedQuery& query);
+    bool registerKnownCurves();
+    void repairAttachment();
     bool createBaseTables(const QSqlDatabase& db);
+    const QString& currentDayKey();
+    bool isCurrentOpen() const;
+    bool isAttachedToday();
+    void noteUse();
+
+    // Reading a file's catalogue: curvedatadb_load.cpp
     bool loadMetadata(const QString& path);
     void loadCurveNames(const QSqlDatabase& db, bool isCurrent);
     void loadBatchList(const QSqlDatabase& db, bool isCurrent);
     void loadExtremes(const QSqlDatabase& db, bool isCurrent);
-    int enlistCurve(const QString& name, NewCurve newCurve);
-    int findCurve(const QString& name);
-    int insertCurve(const QString& name);
-    const QString& currentDayKey();
-    bool isCurrentOpen() const;
-    bool isAttachedToday();
-    bool isCurrentFileGone() const;
-    void noteUse();
 
-    // Writing: curvedatadb_write.cpp
+    // Readings one by one: curvedatadb_write.cpp
     const QString& dateKeyFor(qint64 timestamp);
     bool targetsCurrentFile(qint64 timestamp);
-    void repairAttachment();
     bool appendToCurrentFile(int curveId, qint64 timestamp, double value);
+    bool insertReading(storage::KeptInserts& inserts, const QSqlDatabase& db,
+                       const Reading& reading, bool& metReadOnly);
+    ManagedQuery* insertFor(storage::KeptInserts& inserts, const QSqlDatabase& db,
+                            const Reading& reading);
+    void updateMetadataCache(int curveId, qint64 timestamp, double value);
+
+    // Late readings, of another day: curvedatadb_late.cpp
     bool appendToOtherFile(int curveId, qint64 timestamp, double value);
-    ManagedQuery* liveInsert(int curveId, qint64 timestamp);
-    ManagedQuery* lateInsert(const QSqlDatabase& db, int curveId, qint64 timestamp);
-    ManagedQuery* keptInsert(std::unordered_map<int, LiveInsert>& inserts, const QSqlDatabase& db,
-                             int curveId, qint64 timestamp);
-    static void growCache(const QSqlDatabase& db, size_t curves, int& cacheKib);
     bool isLoaded(const QString& path, const QSqlDatabase& db) const;
     void attachLateFile(const QSqlDatabase& db);
     void loadOtherFile(const QString& path, const QSqlDatabase& db);
     bool setUpOtherFile(const QSqlDatabase& db);
     void restoreLateExtremes();
-    bool openForWrite(int curveId, qint64 timestamp);
     int curveIdInOtherFile(const QSqlDatabase& db, int curveId);
+
+    // Tables of batches: curvedatadb_batch.cpp
+    bool openForWrite(int curveId, qint64 timestamp);
     bool createBatchTable(const DBBatchInfo& info, const QSqlDatabase& db, int curveId);
     bool insertBatchRow(const DBBatchInfo& info, const QSqlDatabase& db, int curveId);
+
+    // Many readings at once: curvedatadb_bulk.cpp
     void appendToFile(const QString& path, int curveId, const QVector<QPointF>& points);
     void insertPoints(const QSqlDatabase& db, int curveId, const QVector<QPointF>& points);
-    void updateMetadataCache(int curveId, qint64 timestamp, double value);
-    QVector<int> unsavedCurves() const;
-    bool writeMetadata();
-    bool writeMetadataRows(const QVector<int>& ids);
-    bool failedToSaveMetadata(const ManagedQuery& query);
 
     // Clearing: curvedatadb_clear.cpp
     void closeAllForClear();
@@ -268,25 +241,8 @@ private:
 
     QString m_loadedPath; ///< The file loaded last, if that came to its end.
 
-    /// What today's file is known to hold, so that only what differs is written.
-    QSet<int> m_currentFileIds;                 ///< Ids in its curve_info.
-    QMap<int, DBCurveMetadata> m_savedMetadata; ///< Rows of its curve_metadata.
-    QSet<int> m_changedCurves;                  ///< Extremes changed since they were saved.
-    bool m_compareAll = false; ///< m_metadataMap came from another file: any entry may differ.
-
-    /// The connection that the kept statements and the knowledge above belong to.
-    QString m_attachedPath;
-    QString m_attachedConnection;
-    bool m_catalogueTrusted = false; ///< Memory agrees with the file; nothing has failed since.
-    bool m_incomplete = false;       ///< The file lacks base tables or curves that it must have.
-    bool m_readOnly = false;         ///< The connection has turned out to be unfit for writing.
-    FileIdentity m_currentFile;      ///< What the connection was opened on.
-    bool m_attaching = false;
-    std::unordered_map<int, LiveInsert> m_liveInserts;
-    LateFile m_late;
-    int m_cacheKib = 0; ///< Page cache asked for on the connection; 0: SQLite's own.
-    std::unique_ptr<ManagedQuery> m_metadataWriter;
-
+    storage::CurrentFile m_today;
+    storage::LateFile m_late;
     TimeSliceCache m_readingSlice;
     TimeSliceCache m_nowSlice;
     qint64 m_lastUseNoted = 0;

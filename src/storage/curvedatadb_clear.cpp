@@ -3,6 +3,7 @@
 #include "storage/connectionpool.h"
 #include "storage/dbclearworker.h"
 #include "storage/lockpatience.h"
+#include "storage/statements.h"
 #include "storage/storeclock.h"
 #include "storage/storewaits.h"
 
@@ -10,6 +11,8 @@
 #include <QDebug>
 #include <QThread>
 #include <QTimer>
+
+using namespace storage;
 
 void CurveDataDB::clearAll()
 {
@@ -39,7 +42,7 @@ void CurveDataDB::closeAllForClear()
     m_pendingPoints.clear();
     m_knownTables.clear();
     m_batchList.clear();
-    forgetAttachment();
+    m_today.forget();
     m_late = LateFile();
     m_loadedPath.clear();
     if (m_currentDb) {
@@ -83,7 +86,7 @@ void CurveDataDB::onClearFinished()
         m_curveNameMap.clear();
         m_metadataMap.clear();
         m_batchList.clear();
-        forgetAttachment();
+        m_today.forget();
         ensureCurrentDb();
     }
     emit sigClearFinished();
@@ -112,25 +115,25 @@ bool CurveDataDB::deleteCurveData(int curveId)
         qCritical() << "数据库未打开，无法删除曲线数据";
         return false;
     }
-    m_liveInserts.erase(curveId);
-    m_savedMetadata.remove(curveId);
-    m_catalogueTrusted = false;
-    ManagedQuery(*m_currentDb).exec(QStringLiteral("BEGIN"));
+    m_today.inserts().drop(curveId);
+    m_today.forgetSavedExtremes(curveId);
+    m_today.doubt();
+    ManagedQuery(*m_currentDb).exec(kBegin);
     if (!dropCurve(curveId)) {
-        ManagedQuery(*m_currentDb).exec(QStringLiteral("ROLLBACK"));
+        ManagedQuery(*m_currentDb).exec(kRollback);
         return false;
     }
     ManagedQuery commit(*m_currentDb);
-    if (!commit.exec(QStringLiteral("COMMIT"))) {
+    if (!commit.exec(kCommit)) {
         qWarning() << "提交事务失败:" << commit.errorText();
         // Left open, the transaction would take every later write with it.
-        commit.exec(QStringLiteral("ROLLBACK"));
+        commit.exec(kRollback);
         return false;
     }
     const auto extremes = m_metadataMap.find(curveId);
     if (extremes != m_metadataMap.end()) {
         *extremes = DBCurveMetadata();
-        m_changedCurves.insert(curveId);
+        m_today.noteChange(curveId);
         m_late.changed.insert(curveId);
     }
     return true;

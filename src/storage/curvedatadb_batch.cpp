@@ -1,0 +1,114 @@
+#include "storage/curvedatadb.h"
+
+#include "storage/shardnaming.h"
+#include "storage/statements.h"
+
+#include <QDebug>
+
+#include <algorithm>
+
+using namespace storage;
+
+/// Makes the table of a reading's batch exist. Gives true when it is known to.
+bool CurveDataDB::openForWrite(int curveId, qint64 timestamp)
+{
+    const qint64 start = alignToBatchStart(timestamp);
+    const QString path = dbPathForTime(start);
+    QSharedPointer<QSqlDatabase> db = m_currentDb;
+    if (path != m_currentDbPath) {
+        db = openDb(path);
+        if (!db || !db->isOpen()) {
+            qWarning() << "切换数据库失败:" << path;
+            return false;
+        }
+        if (!isLoaded(path, *db)) {
+            loadOtherFile(path, *db);
+        }
+        curveId = curveIdInOtherFile(*db, curveId);
+        if (curveId < 0) {
+            return false;
+        }
+    }
+    if (!db || !db->isOpen()) {
+        qWarning() << "目标数据库连接无效";
+        return false;
+    }
+    const QString table = makeTableName(curveId, makeBatchName(timestamp));
+    {
+        ManagedQuery query(*db);
+        if (query.run(QStringLiteral(
+                          "SELECT 1 FROM batch_metadata WHERE curve_id = ? AND table_name = ?"),
+                      {curveId, table}) &&
+            query.next()) {
+            m_knownTables.insert(table, true);
+            return true;
+        }
+    }
+    if (!createBatchTable({start, start + kBatchSpanMs, table}, *db, curveId)) {
+        qWarning() << "创建分片表失败:" << table;
+        return false;
+    }
+    m_knownTables.insert(table, true);
+    return true;
+}
+
+bool CurveDataDB::createBatchTable(const DBBatchInfo& info, const QSqlDatabase& db, int curveId)
+{
+    ManagedQuery query(db);
+    if (!query.exec(kBegin)) {
+        qWarning() << "开始事务失败:" << query.errorText();
+        return false;
+    }
+    if (!query.exec(QStringLiteral("CREATE TABLE IF NOT EXISTS \"%1\" ("
+                                   "id INTEGER PRIMARY KEY AUTOINCREMENT, "
+                                   "curve_id INTEGER NOT NULL, "
+                                   "timestamp INTEGER NOT NULL, "
+                                   "value REAL NOT NULL, "
+                                   "UNIQUE(curve_id, timestamp), "
+                                   "FOREIGN KEY(curve_id) REFERENCES curve_info(curve_id))")
+                        .arg(info.tableName))) {
+        qWarning() << "创建分片表失败:" << info.tableName << "，错误:" << query.errorText();
+        m_today.noteFailure(query);
+        query.exec(kRollback);
+        return false;
+    }
+    query.exec(QStringLiteral("CREATE INDEX IF NOT EXISTS idx_%1_curve_time "
+                              "ON \"%1\" (curve_id, timestamp)")
+                   .arg(info.tableName));
+    if (!insertBatchRow(info, db, curveId)) {
+        query.exec(kRollback);
+        return false;
+    }
+    const bool listed =
+        std::any_of(m_batchList.cbegin(), m_batchList.cend(), [&info](const DBBatchInfo& batch) {
+            return batch.tableName == info.tableName;
+        });
+    if (!listed) {
+        m_batchList.append(info);
+    }
+    if (!query.exec(kCommit)) {
+        qWarning() << "提交事务失败:" << query.errorText();
+        m_today.noteFailure(query);
+        query.exec(kRollback); // left open it would take every later write with it
+        return false;
+    }
+    return true;
+}
+
+bool CurveDataDB::insertBatchRow(const DBBatchInfo& info, const QSqlDatabase& db, int curveId)
+{
+    ManagedQuery query(db);
+    if (!query.prepare(QStringLiteral("INSERT OR IGNORE INTO batch_metadata "
+                                      "(curve_id, batch_start, batch_end, table_name) "
+                                      "VALUES (?, ?, ?, ?)"))) {
+        qWarning() << "准备分片元数据插入语句失败:" << query.errorText();
+        m_today.noteFailure(query);
+        return false;
+    }
+    if (!query.execWith({curveId, info.batchStart, info.batchEnd, info.tableName})) {
+        qWarning() << "插入分片元数据失败:" << query.errorText();
+        m_today.noteFailure(query);
+        return false;
+    }
+    return true;
+}

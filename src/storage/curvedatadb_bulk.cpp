@@ -1,0 +1,109 @@
+#include "storage/curvedatadb.h"
+
+#include "storage/connectionpool.h"
+#include "storage/lockpatience.h"
+#include "storage/readingtime.h"
+#include "storage/shardnaming.h"
+#include "storage/statements.h"
+
+#include <QDebug>
+
+using namespace storage;
+
+void CurveDataDB::appendPoints(int curveId, const QVector<QPointF>& points)
+{
+    const QMutexLocker locker(&m_mutex);
+    const LockPatience patience;
+    if (!m_curveNameMap.contains(curveId) || points.isEmpty()) {
+        return;
+    }
+    if (m_batchLoadMode || m_clearing) {
+        m_pendingPoints[curveId] += points;
+        return;
+    }
+    QMap<QString, QVector<QPointF>> pointsByPath;
+    for (const QPointF& point : points) {
+        if (hasTime(point)) {
+            pointsByPath[dbPathForDate(dateKeyFor(timeOf(point)))].append(point);
+        }
+    }
+    for (auto it = pointsByPath.constBegin(); it != pointsByPath.constEnd(); ++it) {
+        appendToFile(it.key(), curveId, it.value());
+    }
+}
+
+void CurveDataDB::appendToFile(const QString& path, int curveId, const QVector<QPointF>& points)
+{
+    if (path != m_currentDbPath) {
+        ensureCurrentDb();
+    }
+    const bool isCurrent = path == m_currentDbPath;
+    if (isCurrent) {
+        repairAttachment();
+    }
+    const QSharedPointer<QSqlDatabase> db = isCurrent ? m_currentDb : openDb(path);
+    if (!db || !db->isOpen()) {
+        return;
+    }
+    if (isCurrent) {
+        noteUse();
+    }
+    insertPoints(*db, curveId, points);
+    if (!isCurrent) {
+        loadMetadata(path);
+    }
+    for (const QPointF& point : points) {
+        updateMetadataCache(curveId, timeOf(point), point.y());
+    }
+    saveMetadata();
+    if (!isCurrent) {
+        ConnectionPool::instance().releaseConnection(path);
+    }
+}
+
+/// Inserts points of one curve into one file in a transaction. The tables are made before it: a
+/// transaction of their own has no place inside another.
+void CurveDataDB::insertPoints(const QSqlDatabase& db, int curveId, const QVector<QPointF>& points)
+{
+    QMap<QString, QVector<QPointF>> pointsByTable;
+    for (const QPointF& point : points) {
+        const TimeSlice& slice = m_readingSlice.at(timeOf(point));
+        pointsByTable[makeTableName(curveId, slice.batchName)].append(point);
+    }
+    for (const QVector<QPointF>& tablePoints : qAsConst(pointsByTable)) {
+        openForWrite(curveId, timeOf(tablePoints.first()));
+    }
+
+    ManagedQuery query(db);
+    query.exec(kBegin);
+    for (auto it = pointsByTable.constBegin(); it != pointsByTable.constEnd(); ++it) {
+        QVariantList ids;
+        QVariantList times;
+        QVariantList values;
+        for (const QPointF& point : it.value()) {
+            ids.append(curveId);
+            times.append(timeOf(point));
+            values.append(point.y());
+        }
+        if (!query.prepare(insertPointSql(it.key())) || !query.execColumns({ids, times, values})) {
+            qWarning() << "批量插入失败:" << query.errorText();
+            m_today.noteFailure(query);
+        }
+    }
+    if (!query.exec(kCommit)) {
+        query.exec(kRollback);
+    }
+}
+
+void CurveDataDB::flushPending()
+{
+    const QMutexLocker locker(&m_mutex);
+    if (m_pendingPoints.isEmpty() || m_batchLoadMode || m_clearing) {
+        return;
+    }
+    const QMap<int, QVector<QPointF>> pending = m_pendingPoints;
+    for (auto it = pending.constBegin(); it != pending.constEnd(); ++it) {
+        appendPoints(it.key(), it.value());
+    }
+    m_pendingPoints.clear();
+}

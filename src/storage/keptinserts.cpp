@@ -1,0 +1,66 @@
+#include "storage/keptinserts.h"
+
+#include "storage/shardnaming.h"
+#include "storage/statements.h"
+
+#include <algorithm>
+#include <limits>
+#include <utility>
+
+namespace storage {
+
+namespace {
+
+/// A reading goes to the ends of three trees, its table and two indexes, each up to three pages of
+/// 4 KiB deep. If the ends of all curves do not fit in the page cache, each reading drops what the
+/// next one needs, and a run gets slower with every level that its trees grow by.
+constexpr int kCacheKibPerCurve = 40;
+constexpr int kCacheKibForTheRest = 1600;
+constexpr int kOwnCacheKib = 2000; // what SQLite takes unasked
+
+/// Marks an insert whose table is not known to exist; no batch starts there.
+constexpr qint64 kNoBatch = std::numeric_limits<qint64>::min();
+
+} // namespace
+
+ManagedQuery* KeptInserts::find(int curveId, const TimeSlice& slice) const
+{
+    const auto kept = m_inserts.find(curveId);
+    const bool fits = kept != m_inserts.end() && kept->second.batchStart == slice.batchStart;
+    return fits ? kept->second.query.get() : nullptr;
+}
+
+ManagedQuery* KeptInserts::prepare(const QSqlDatabase& db, int curveId, const TimeSlice& slice,
+                                   bool tableExists)
+{
+    auto query = std::make_unique<ManagedQuery>(db);
+    query->setForwardOnly(true);
+    if (!query->prepare(insertPointSql(makeTableName(curveId, slice.batchName)))) {
+        m_inserts.erase(curveId);
+        return nullptr;
+    }
+    Insert& entry = m_inserts[curveId];
+    entry.batchStart = tableExists ? slice.batchStart : kNoBatch;
+    entry.query = std::move(query);
+    growCache(db);
+    return entry.query.get();
+}
+
+void KeptInserts::clear()
+{
+    m_inserts.clear();
+    m_cacheKib = 0;
+}
+
+/// Gives the page cache of the file the size that the curves being written need.
+void KeptInserts::growCache(const QSqlDatabase& db)
+{
+    const int wanted = kCacheKibForTheRest + kCacheKibPerCurve * static_cast<int>(m_inserts.size());
+    if (wanted <= std::max(kOwnCacheKib, m_cacheKib)) {
+        return;
+    }
+    m_cacheKib = wanted;
+    ManagedQuery(db).exec(QStringLiteral("PRAGMA cache_size = -%1").arg(wanted));
+}
+
+} // namespace storage

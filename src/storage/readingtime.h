@@ -1,0 +1,30 @@
+#pragma once
+
+#include <QPointF>
+
+#include <cmath>
+
+/// Which numbers are times of readings, in milliseconds since the epoch.
+namespace storage {
+
+/// The calendar's own limit, some 270,000 years from the epoch on either side.
+constexpr qint64 kFarthestTime = 8640000000000000;
+
+/// Whether a number of milliseconds can be a time at all: reckoning with others would overflow.
+inline bool isTime(qint64 timestamp)
+{
+    return timestamp >= -kFarthestTime && timestamp <= kFarthestTime;
+}
+
+/// The same of a point's x.
+inline bool hasTime(const QPointF& point)
+{
+    return std::abs(point.x()) <= static_cast<double>(kFarthestTime);
+}
+
+inline qint64 timeOf(const QPointF& point)
+{
+    return static_cast<qint64>(point.x());
+}
+
+} // namespace storage
