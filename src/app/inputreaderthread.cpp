@@ -3,14 +3,9 @@
 #include "app/linesplitter.h"
 #include "app/standardinput.h"
 
-namespace {
-
-constexpr int kPollMs = 100;
-
-} // namespace
-
-InputReaderThread::InputReaderThread(QObject* parent)
+InputReaderThread::InputReaderThread(QObject* parent, std::chrono::milliseconds poll)
     : QThread(parent)
+    , m_poll(poll)
 {
 }
 
@@ -43,11 +38,11 @@ void InputReaderThread::run()
     while (!stopRequested()) {
         if (atEnd) {
             // The launcher is gone. The program goes on; this thread idles until stopped.
-            msleep(kPollMs);
+            msleep(static_cast<unsigned long>(m_poll.count()));
             continue;
         }
         QByteArray bytes;
-        switch (input.read(bytes, kPollMs)) {
+        switch (input.read(bytes, m_poll)) {
         case StandardInput::Status::Data:
             deliver(splitter.feed(bytes));
             break;

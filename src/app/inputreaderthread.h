@@ -1,8 +1,12 @@
 #pragma once
 
+#include "app/windowtiming.h"
+
 #include <QMutex>
 #include <QString>
 #include <QThread>
+
+#include <chrono>
 
 /// Reads the launcher's commands from standard input, one per line. Nothing else reads that stream.
 class InputReaderThread : public QThread
@@ -11,7 +15,9 @@ class InputReaderThread : public QThread
     Q_DISABLE_COPY_MOVE(InputReaderThread)
 
 public:
-    explicit InputReaderThread(QObject* parent);
+    /// The thread checks every `poll` whether it is to end.
+    explicit InputReaderThread(QObject* parent,
+                               std::chrono::milliseconds poll = scn::LauncherTiming().inputPoll);
 
     /// Asks the thread to end, which it does within its polling interval. Any thread.
     void stop();
@@ -27,6 +33,7 @@ private:
     bool stopRequested();
     void deliver(const QStringList& lines);
 
+    const std::chrono::milliseconds m_poll;
     QMutex m_mutex; ///< guards only the flag
     bool m_stop = false;
 };

@@ -6,7 +6,6 @@
 
 #include <algorithm>
 #include <atomic>
-#include <chrono>
 #include <condition_variable>
 #include <deque>
 #include <mutex>
@@ -14,8 +13,6 @@
 namespace {
 
 constexpr int kMostEchoBytes = 1 << 20;
-constexpr int kPollMs = 100;
-constexpr std::chrono::milliseconds kFarewell{500};
 
 struct Line
 {
@@ -27,6 +24,12 @@ struct Line
 
 struct LauncherOutput::Shared
 {
+    explicit Shared(const scn::LauncherTiming& outputTiming)
+        : timing(outputTiming)
+    {
+    }
+
+    const scn::LauncherTiming timing;
     std::mutex mutex; ///< Guards everything but the flag; never held during a write.
     std::condition_variable changed;
     std::deque<Line> pending;
@@ -37,8 +40,8 @@ struct LauncherOutput::Shared
     std::atomic<bool> isAbandoned{false}; ///< The time allowed for the last lines is over.
 };
 
-LauncherOutput::LauncherOutput()
-    : m_shared(std::make_shared<Shared>())
+LauncherOutput::LauncherOutput(const scn::LauncherTiming& timing)
+    : m_shared(std::make_shared<Shared>(timing))
 {
 }
 
@@ -51,9 +54,9 @@ LauncherOutput::~LauncherOutput()
     const auto hasEnded = [this] { return m_shared->hasEnded; };
     m_shared->isEnding = true;
     m_shared->changed.notify_all();
-    if (!m_shared->changed.wait_for(lock, kFarewell, hasEnded)) {
+    if (!m_shared->changed.wait_for(lock, m_shared->timing.farewell, hasEnded)) {
         m_shared->isAbandoned = true;
-        m_shared->changed.wait_for(lock, kFarewell, hasEnded);
+        m_shared->changed.wait_for(lock, m_shared->timing.farewell, hasEnded);
     }
     const bool canJoin = m_shared->hasEnded;
     lock.unlock();
@@ -133,8 +136,8 @@ bool LauncherOutput::writeLine(Shared& shared, const QByteArray& line)
     StandardOutput output;
     for (int done = 0; done < line.size();) {
         int written = 0;
-        const auto status =
-            output.write(line.constData() + done, line.size() - done, kPollMs, written);
+        const auto status = output.write(line.constData() + done, line.size() - done,
+                                         shared.timing.outputPoll, written);
         if (status == StandardOutput::Status::Gone ||
             (status == StandardOutput::Status::Busy && shared.isAbandoned)) {
             return false;

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "app/windowtiming.h"
+
 #include <QByteArray>
 
 #include <memory>
@@ -13,9 +15,9 @@
 class LauncherOutput
 {
 public:
-    LauncherOutput();
+    explicit LauncherOutput(const scn::LauncherTiming& timing = {});
 
-    /// Allows pending lines half a second.
+    /// Allows pending lines their time, half a second by default.
     ~LauncherOutput();
     LauncherOutput(const LauncherOutput&) = delete;
     LauncherOutput& operator=(const LauncherOutput&) = delete;

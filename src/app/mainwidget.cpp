@@ -47,8 +47,6 @@
 
 namespace {
 
-/// How long the busy overlay stays after the read-back of the start-up.
-constexpr int kStartupViewMs = 2000;
 const QLatin1String kExitCommand("exit");
 constexpr int kSettingsTabsWidth = 320;
 
@@ -60,10 +58,11 @@ void removeMargins(QLayout* layout)
 
 } // namespace
 
-MainWidget::MainWidget(QWidget* parent)
+MainWidget::MainWidget(QWidget* parent, const scn::WindowTiming& timing)
     : QWidget(parent)
+    , m_timing(timing)
     , m_gate(std::make_shared<GuiGate>())
-    , m_launcherOutput(std::make_unique<LauncherOutput>())
+    , m_launcherOutput(std::make_unique<LauncherOutput>(timing.launcher))
     , m_table(std::make_unique<scn::ChannelTable>(static_cast<scn::ChannelForm&>(*this)))
     , m_marks(std::make_unique<scn::ScanMarks>(*m_table, [this] { tellWorkspace(); }))
     , m_partners(std::make_unique<scn::FourWirePartners>(*m_table, *m_marks))
@@ -74,7 +73,8 @@ MainWidget::MainWidget(QWidget* parent)
                                                    [this] { showReconnectView(); }))
     , m_editor(std::make_unique<scn::ChannelEditor>(*m_table, *m_marks, *m_partners, *m_link))
     , m_runState(std::make_unique<scn::RunStateMachine>(g_scanRunning, g_instrumentConnected))
-    , m_indicator(std::make_unique<scn::RunIndicator>(static_cast<scn::ButtonBarForm&>(*this)))
+    , m_indicator(std::make_unique<scn::RunIndicator>(static_cast<scn::ButtonBarForm&>(*this),
+                                                      timing.storeWatch))
 {
     setObjectName(QStringLiteral("MainWidget"));
     m_commFunc = new CommFunc(this);
@@ -98,7 +98,7 @@ MainWidget::~MainWidget()
     m_gate->close();
     if (m_readData) {
         m_readData->stop();
-        scn::endThread(m_readData);
+        scn::endThread(m_readData, m_timing.threadEnd);
         m_readData = nullptr;
         // The instrument has forgotten the readings of a queued batch: store them now.
         if (m_graphicSetting) {
@@ -107,12 +107,12 @@ MainWidget::~MainWidget()
     }
     if (m_inputReader) {
         m_inputReader->stop();
-        scn::endThread(m_inputReader);
+        scn::endThread(m_inputReader, m_timing.threadEnd);
         m_inputReader = nullptr;
     }
     if (m_exportThread) {
         // Terminating it would leave its files behind.
-        scn::awaitThread(m_exportThread);
+        scn::awaitThread(m_exportThread, m_timing.threadEnd);
         m_exportThread = nullptr;
     }
 }
@@ -135,13 +135,13 @@ void MainWidget::bringUp()
 {
     buildInterface();
     setWindowTitle(tr("SCN4070A 控制软件"));
-    m_lockManager = new WindowLockManager(this);
+    m_lockManager = new WindowLockManager(this, m_timing.lock);
     m_lockManager->registerWindow(m_loggingPageContent);
     m_lockManager->registerWindow(m_channelTree);
     m_lockManager->registerWindow(m_instrumentPageContent);
     makeConnections();
     m_link->readAll();
-    QTimer::singleShot(kStartupViewMs, [view = QPointer<LoadingView>(m_startupView)] {
+    QTimer::singleShot(m_timing.startupView, [view = QPointer<LoadingView>(m_startupView)] {
         if (view) {
             view->stopLoading();
         }
@@ -163,7 +163,7 @@ void MainWidget::listenToLauncher()
     if (m_inputReader) {
         return;
     }
-    m_inputReader = new InputReaderThread(this);
+    m_inputReader = new InputReaderThread(this, m_timing.launcher.inputPoll);
     connect(m_inputReader, &InputReaderThread::newInputReceived, this, &MainWidget::handleInput);
     connect(
         m_inputReader, &InputReaderThread::newInputReceived, m_inputReader,

@@ -3,6 +3,7 @@
 #include "app/buttonbarbuilder.h"
 #include "app/channelform.h"
 #include "app/loggingform.h"
+#include "app/windowtiming.h"
 #include "export/exportresult.h"
 
 #include <QString>
@@ -63,7 +64,7 @@ class MainWidget : public QWidget,
 
 public:
     /// Connects to g_resourceName and reads the instrument's state back; blocks meanwhile.
-    explicit MainWidget(QWidget* parent);
+    explicit MainWidget(QWidget* parent, const scn::WindowTiming& timing = {});
 
     /// Stops its threads, waiting up to 5000 ms for each before terminating it. Sends nothing: a scan goes
     /// on in the instrument. A running export is asked to stop first, gets 6000 ms, and leaves no file.
@@ -150,6 +151,7 @@ private:
     void buildExportDialog();
     void showExportOutcome(ExportResult result, const QStringList& files);
 
+    const scn::WindowTiming m_timing;
     std::shared_ptr<GuiGate> m_gate;
     std::unique_ptr<LauncherOutput> m_launcherOutput;
     const std::unique_ptr<scn::ChannelTable> m_table;

@@ -19,6 +19,7 @@
 #include "widgets/timepicker.h"
 
 #include <QDateTime>
+#include <QDeadlineTimer>
 #include <QFileInfo>
 #include <QRadioButton>
 #include <QTimer>
@@ -26,8 +27,6 @@
 namespace {
 
 constexpr int kMessageMs = 3000;
-/// Longer than the pause of the acquisition thread between two passes.
-constexpr unsigned long kLastPassMs = 2000;
 constexpr int kWarningMessage = 0;
 constexpr int kErrorMessage = 1;
 constexpr int kRecoveryForm = 1;
@@ -286,6 +285,6 @@ void MainWidget::stopLoadingView()
         return;
     }
     // After reporting the loss the thread may still be in its last pause, when start() does nothing.
-    m_readData->wait(kLastPassMs);
+    m_readData->wait(QDeadlineTimer(m_timing.lastPass));
     m_readData->start();
 }

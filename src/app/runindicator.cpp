@@ -9,21 +9,18 @@
 #include <QLabel>
 #include <QTimer>
 
-#include <chrono>
-
 namespace scn {
 
 namespace {
 
 /// The running label stands right of the start button.
 constexpr int kRunningLabelPosition = 1;
-/// How often the running label checks whether readings are stored.
-constexpr std::chrono::milliseconds kStoreWatch{500};
 
 } // namespace
 
-RunIndicator::RunIndicator(const ButtonBarForm& form)
+RunIndicator::RunIndicator(const ButtonBarForm& form, std::chrono::milliseconds storeWatch)
     : m_form(form)
+    , m_storeWatch(storeWatch)
 {
 }
 
@@ -36,7 +33,7 @@ void RunIndicator::showStarted()
     m_form.m_buttonBarLayout->insertWidget(kRunningLabelPosition, m_form.m_runningLabel);
     showStoreState(false);
     m_form.m_runningLabel->show();
-    m_form.m_storeWatch->start(kStoreWatch);
+    m_form.m_storeWatch->start(m_storeWatch);
 }
 
 void RunIndicator::showIdle()

@@ -2,6 +2,8 @@
 
 #include <QCoreApplication>
 
+#include <chrono>
+
 namespace scn {
 
 struct ButtonBarForm;
@@ -12,8 +14,9 @@ class RunIndicator
     Q_DECLARE_TR_FUNCTIONS(RunIndicator)
 
 public:
-    /// Keeps a reference to `form`, which may be filled later.
-    explicit RunIndicator(const ButtonBarForm& form);
+    /// Keeps a reference to `form`, which may be filled later. The running label checks every
+    /// `storeWatch` whether readings are stored.
+    RunIndicator(const ButtonBarForm& form, std::chrono::milliseconds storeWatch);
 
     /// The start button now stops the run, and the export is disabled.
     void showStarted();
@@ -25,6 +28,7 @@ public:
 
 private:
     const ButtonBarForm& m_form;
+    const std::chrono::milliseconds m_storeWatch;
 };
 
 } // namespace scn

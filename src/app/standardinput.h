@@ -2,6 +2,8 @@
 
 #include <QByteArray>
 
+#include <chrono>
+
 /// Reads the process's standard input without blocking for longer than asked. One reader only.
 class StandardInput
 {
@@ -12,8 +14,8 @@ public:
         End,   ///< the other side has closed it, or it failed
     };
 
-    /// Waits up to `timeoutMs` for input and stores it in `bytes`.
+    /// Waits up to `patience` for input and stores it in `bytes`.
     /// Linux, macOS: poll() and read(). Another system needs its own source file behind this class
     /// (on Windows: PeekNamedPipe and ReadFile on the standard input handle).
-    Status read(QByteArray& bytes, int timeoutMs);
+    Status read(QByteArray& bytes, std::chrono::milliseconds patience);
 };

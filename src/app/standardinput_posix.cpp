@@ -5,10 +5,10 @@
 
 #include <cerrno>
 
-StandardInput::Status StandardInput::read(QByteArray& bytes, int timeoutMs)
+StandardInput::Status StandardInput::read(QByteArray& bytes, std::chrono::milliseconds patience)
 {
     pollfd descriptor{STDIN_FILENO, POLLIN, 0};
-    const int ready = ::poll(&descriptor, 1, timeoutMs);
+    const int ready = ::poll(&descriptor, 1, static_cast<int>(patience.count()));
     if (ready == 0 || (ready < 0 && errno == EINTR)) {
         return Status::Quiet;
     }

@@ -7,12 +7,12 @@
 #include <cerrno>
 #include <climits>
 
-StandardOutput::Status StandardOutput::write(const char* bytes, int size, int timeoutMs,
-                                             int& written)
+StandardOutput::Status StandardOutput::write(const char* bytes, int size,
+                                             std::chrono::milliseconds patience, int& written)
 {
     written = 0;
     pollfd descriptor{STDOUT_FILENO, POLLOUT, 0};
-    const int ready = ::poll(&descriptor, 1, timeoutMs);
+    const int ready = ::poll(&descriptor, 1, static_cast<int>(patience.count()));
     if (ready == 0 || (ready < 0 && errno == EINTR)) {
         return Status::Busy;
     }

@@ -1,5 +1,6 @@
 #include "app/threadend.h"
 
+#include "app/windowtiming.h"
 #include "common/helperthreads.h"
 #include "common/threadassert.h"
 #include "instrument/cdevicevisa.h"
@@ -11,11 +12,6 @@
 namespace scn {
 
 namespace {
-
-/// How long a thread may take to leave its interrupted exchange.
-constexpr std::chrono::milliseconds kWakeWait{1000};
-/// How long a thread may take to end after terminate().
-constexpr std::chrono::milliseconds kTerminationWait{1000};
 
 bool endsWithin(QThread* thread, std::chrono::milliseconds time)
 {
@@ -31,17 +27,17 @@ void leaveBehind(QThread* thread)
 
 } // namespace
 
-void endThread(QThread* thread)
+void endThread(QThread* thread, const ThreadEndTiming& timing)
 {
     assertGuiThread();
-    if (!endsWithin(thread, kThreadWait)) {
+    if (!endsWithin(thread, timing.stop)) {
         // On a helper: the library may block in this, too.
         HelperThreads::start([] { g_visa->interrupt(); });
-        if (!endsWithin(thread, kWakeWait)) {
+        if (!endsWithin(thread, timing.interrupt)) {
             qWarning() << "线程未能结束，强制终止";
             thread->terminate();
         }
-        if (!endsWithin(thread, kTerminationWait)) {
+        if (!endsWithin(thread, timing.termination)) {
             leaveBehind(thread);
             return;
         }
@@ -49,10 +45,10 @@ void endThread(QThread* thread)
     delete thread;
 }
 
-void awaitThread(QThread* thread)
+void awaitThread(QThread* thread, const ThreadEndTiming& timing)
 {
     assertGuiThread();
-    if (endsWithin(thread, kThreadWait + kTerminationWait)) {
+    if (endsWithin(thread, timing.stop + timing.termination)) {
         delete thread;
     } else {
         leaveBehind(thread);

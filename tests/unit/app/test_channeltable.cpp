@@ -37,8 +37,9 @@ QStringList texts(std::initializer_list<const char*> lines)
 /// A module of two channels in slot 2 and one of four in slot 3.
 struct TwoModules : WindowBench
 {
-    TwoModules()
+    explicit TwoModules(std::chrono::milliseconds startupView = scn::WindowTiming().startupView)
     {
+        windowTiming.startupView = startupView;
         instrument().putModule(2, QStringLiteral("SCN4005A"));
         instrument().putModule(3, QStringLiteral("SCN4006A"));
         open();
@@ -319,7 +320,7 @@ void TestChannelTable::otherColumnsSendNothing()
 
 void TestChannelTable::overlayCoversTheExchange()
 {
-    TwoModules bench;
+    TwoModules bench(std::chrono::milliseconds(10));
     bench.window().show();
     QTRY_VERIFY(!bench.startupView()->isVisible());
     bool wasCovered = false;

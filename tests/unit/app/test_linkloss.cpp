@@ -20,6 +20,8 @@
 
 #include <algorithm>
 
+using namespace std::chrono_literals;
+
 namespace {
 
 /// More time-outs of five seconds in a row than fit in a minute.
@@ -163,6 +165,7 @@ void TestLinkLoss::lostLinkEndsTheReadBackAtOnce()
 void TestLinkLoss::lostLinkEndsTheReadBackOfAChange()
 {
     TwoChannels bench;
+    bench.windowTiming.startupView = 10ms;
     MainWidget& window = bench.open();
     window.resize(1500, 900);
     window.show();
@@ -189,6 +192,7 @@ void TestLinkLoss::overlayDropsWhatIsBeingTypedInAPanel()
 {
     QFETCH(const bool, isLoss);
     TwoChannels bench;
+    bench.windowTiming.startupView = 10ms;
     MainWidget& window = bench.open();
     window.resize(1500, 900);
     window.show();
@@ -252,6 +256,7 @@ void TestLinkLoss::lossAtThePartnerEndsTheChangeOfBoth()
     WindowBench bench;
     bench.instrument().putModule(1, QStringLiteral("SCN4002A"));
     bench.instrument().setReply(QStringLiteral("FUNC? (@101)"), QStringLiteral("\"FRES\""));
+    bench.windowTiming.startupView = 10ms;
     MainWidget& window = bench.open();
     window.resize(1500, 900);
     window.show();

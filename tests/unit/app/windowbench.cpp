@@ -19,6 +19,8 @@
 
 #include <algorithm>
 
+using namespace std::chrono_literals;
+
 namespace {
 
 /// The overlays of the window; the recovery form is the one with a button.
@@ -48,6 +50,16 @@ const QGroupBox* groupOf(const AdvancedSetting* panel, const QString& title)
 
 WindowBench::WindowBench()
 {
+    windowTiming.storeWatch = 20ms;
+    windowTiming.launcher = {2ms, 2ms, 100ms};
+    windowTiming.lock = {10ms, 10ms};
+    acquisitionTiming.startDelay = 20ms;
+    acquisitionTiming.passDelay = 20ms;
+    acquisitionTiming.settleDelay = 1ms;
+    acquisitionTiming.fetchRetryDelay = 2ms;
+    acquisitionTiming.silenceDelay = 20ms;
+    acquisitionTiming.sleepSlice = 2ms;
+
     g_resourceName = QStringLiteral("TCPIP0::127.0.0.1::5025::SOCKET");
     g_instrumentId.clear();
     g_instrumentConnected = false;
@@ -72,11 +84,14 @@ WindowBench::~WindowBench()
 
 MainWidget& WindowBench::open(Acquisition acquisition)
 {
-    m_window = std::make_unique<MainWidget>(nullptr);
+    // One that is ended at once sleeps until then.
+    ReadData::instance()->setTiming(acquisition == AcquisitionRuns ? acquisitionTiming
+                                                                   : scn::ReadDataTiming());
+    m_instrument.ignoreThread(ReadData::instance());
+    m_window = std::make_unique<MainWidget>(nullptr, windowTiming);
     if (acquisition == AcquisitionEnded) {
         endAcquisition();
     }
-    m_instrument.ignoreThread(ReadData::instance());
     m_startUpLines = m_instrument.takeLines();
     return *m_window;
 }

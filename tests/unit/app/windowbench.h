@@ -1,6 +1,8 @@
 #pragma once
 
+#include "acquisition/readdatatiming.h"
 #include "app/channelrow.h"
+#include "app/windowtiming.h"
 #include "support/fakeinstrument.h"
 
 #include <QAbstractButton>
@@ -33,6 +35,11 @@ public:
     WindowBench& operator=(const WindowBench&) = delete;
 
     FakeInstrument& instrument() { return m_instrument; }
+
+    /// How long the window and the acquisition that runs wait: mostly less than in the program. For
+    /// the next window.
+    scn::WindowTiming windowTiming;
+    scn::ReadDataTiming acquisitionTiming;
 
     /// Makes the window. The lines of the start-up are kept for startUpLines(); the instrument's
     /// record begins anew.
