@@ -1,11 +1,15 @@
 #include "acquisition/readdata.h"
+#include "app/inputreaderthread.h"
 #include "app/mainwidget.h"
+#include "app/windowtiming.h"
 #include "common/helperthreads.h"
 #include "exportbench.h"
 #include "exportdialoghand.h"
+#include "lockwaits.h"
 #include "overlay/loadingview.h"
 #include "state/globals.h"
 #include "storage/curvedatadb.h"
+#include "storage/storewaits.h"
 #include "support/testprogram.h"
 #include "userhand.h"
 #include "widgets/customcombobox.h"
@@ -16,7 +20,6 @@
 #include <QAbstractButton>
 #include <QApplication>
 #include <QDir>
-#include <QElapsedTimer>
 #include <QFile>
 #include <QFileDialog>
 #include <QGroupBox>
@@ -24,6 +27,7 @@
 #include <QLineEdit>
 #include <QRegularExpression>
 #include <QScreen>
+#include <QSemaphore>
 #include <QSqlDatabase>
 #include <QSqlQuery>
 #include <QTemporaryDir>
@@ -33,6 +37,8 @@
 using userhand::click;
 using userhand::enterText;
 using userhand::press;
+
+using namespace std::chrono_literals;
 
 namespace {
 
@@ -461,22 +467,24 @@ void TestExportDialog::fileHoldsTheScan()
 /// The readings of the drain are in the store and behind the second of the click.
 void TestExportDialog::readingsAfterTheClickOnStopStayOut()
 {
-    constexpr int kNextSecondMs = 1100;
+    const QString format = QStringLiteral("yyyy MM dd hh mm ss");
     ExportBench bench;
     click(bench.startButton());
     QTRY_VERIFY_WITH_TIMEOUT(g_scanRunning, ExportBench::kEndWaitMs);
-    QTest::qWait(kNextSecondMs);
     click(bench.startButton());
-    const QString noted = g_scanEndText;
-    QTest::qWait(kNextSecondMs);
+    QVERIFY(QDateTime::fromString(g_scanEndText, format).isValid());
+    // The run began ten seconds ago and was stopped five seconds ago.
+    const QDateTime now = QDateTime::currentDateTime();
+    g_scanStartText = now.addSecs(-10).toString(format);
+    const QString noted = now.addSecs(-5).toString(format);
+    g_scanEndText = noted;
     g_scanRunning = false;
     const QSignalSpy stops(ReadData::instance(), &ReadData::sigStopScan);
     emit ReadData::instance()->sigStopScan();
     QTRY_COMPARE(stops.count(), 1);
-    QTest::qWait(0);
+    QCoreApplication::processEvents();
     QCOMPARE(g_scanEndText, noted);
 
-    const QString format = QStringLiteral("yyyy MM dd hh mm ss");
     const qint64 start = QDateTime::fromString(g_scanStartText, format).toMSecsSinceEpoch();
     const qint64 end = QDateTime::fromString(noted, format).toMSecsSinceEpoch();
     QVERIFY(start > 0 && end > start);
@@ -767,9 +775,7 @@ void TestExportDialog::endOfTheWindowEndsAnExport()
 /// The day before has a file that somebody else keeps.
 void TestExportDialog::endOfTheWindowWaitsForALockOnce()
 {
-    constexpr int kIntoTheWaitMs = 1000;
-    /// Five seconds of SQLite's, and a busy machine's own.
-    constexpr int kOneWaitMs = 9000;
+    LockWaits waits;
     ExportBench bench;
     bench.scan();
     const QDateTime yesterday = bench.start.addDays(-1);
@@ -777,17 +783,28 @@ void TestExportDialog::endOfTheWindowWaitsForALockOnce()
     const LockedDayFile file(store->dbPathForTime(yesterday.toMSecsSinceEpoch()));
     g_scanStartText = yesterday.toString(QStringLiteral("yyyy MM dd hh mm ss"));
     const QTemporaryDir directory;
+    QSemaphore waiting;
+    QSemaphore goesOn;
+    waits.forget();
+    waits.after(1s, [&waiting, &goesOn] {
+        waiting.release();
+        goesOn.tryAcquire(1, ExportBench::kEndWaitMs);
+    });
     bench.startExport(directory.path());
-    QTest::qWait(kIntoTheWaitMs);
+    QTRY_COMPARE_WITH_TIMEOUT(waiting.available(), 1, ExportBench::kEndWaitMs);
     QVERIFY(bench.exportView()->isVisible());
     WindowBench::endAcquisition();
-    QElapsedTimer timer;
-    timer.start();
+    // The export is asked to stop before the reader of the launcher's lines ends.
+    connect(
+        bench.window().findChild<InputReaderThread*>(), &QThread::finished,
+        bench.window().findChild<InputReaderThread*>(), [&goesOn] { goesOn.release(); },
+        Qt::DirectConnection);
     bench.close();
-    QVERIFY2(timer.elapsed() < kOneWaitMs - kIntoTheWaitMs,
-             qPrintable(QString::number(timer.elapsed())));
-    QVERIFY(HelperThreads::waitForAll(
-        std::chrono::milliseconds::zero())); // the export has not been left to itself
+    QCOMPARE(waits.total(), storewaits::kLockPatience);
+    // The window's end has the time for one wait.
+    const scn::WindowTiming timing;
+    QVERIFY(storewaits::kLockPatience < timing.threadEnd.stop + timing.threadEnd.termination);
+    QVERIFY(HelperThreads::waitForAll(0ms)); // the export has not been left to itself
     QCOMPARE(csvFiles(directory.path()), QStringList());
 }
 

@@ -120,7 +120,7 @@ void TestScanStart::emptyScanListShowsAMessage()
     QCOMPARE(bench.messageDialog()->findChild<QTimer*>()->interval(), 3000);
     QCOMPARE(bench.startButton()->text(), QStringLiteral("开始"));
     QVERIFY(bench.exportButton()->isEnabled());
-    QTest::qWait(100);
+    WindowBench::settle();
     QCOMPARE(bench.takeLines(), QStringList());
     QVERIFY(!dataDirectory().exists());
 }
@@ -141,7 +141,7 @@ void TestScanStart::startRunsTheScan()
 void TestScanStart::startShowsWhatItDoes()
 {
     Start bench;
-    QTRY_VERIFY_WITH_TIMEOUT(!bench.startupView()->isVisible(), 10000);
+    bench.startupView()->stopLoading();
     bench.startButton()->click();
     const QSize size(32, 32);
     QCOMPARE(bench.startButton()->leftIcon().pixmap(size).toImage(),
@@ -198,7 +198,7 @@ void TestScanStart::clicksWhileStartingAreIgnored()
     QTest::keyClick(bench.startButton(), Qt::Key_Space);
     bench.call("recvStartButtonSlot");
     QTRY_VERIFY_WITH_TIMEOUT(g_scanRunning, 10000);
-    QTest::qWait(300);
+    WindowBench::settle();
     QCOMPARE(bench.takeLines(), scanLines());
 }
 
@@ -294,8 +294,7 @@ void TestScanStart::lossWhileStartingEndsTheStart()
     bench.takeLines();
     QTest::mouseClick(bench.startButton(), Qt::LeftButton);
     emit ReadData::instance()->sigUseInst();
-    QVERIFY(HelperThreads::waitForAll(std::chrono::seconds(10)));
-    QTest::qWait(100);
+    WindowBench::settle();
     QCOMPARE(bench.takeLines(), QStringList());
     QVERIFY(!g_scanRunning);
     QCOMPARE(bench.startButton()->text(), QStringLiteral("停止"));
@@ -330,9 +329,9 @@ void TestScanStart::recoveryWhileStartingEndsTheStart()
     bench.clickRecovery();
     QTRY_COMPARE_WITH_TIMEOUT(asked.available(), 1, 10000);
     QVERIFY(g_instrumentConnected);
-    // The start's last step follows the series.
+    // The start's last step is posted with the series.
     QTRY_VERIFY_WITH_TIMEOUT(g_curveSeries.value(201), 10000);
-    QTest::qWait(100);
+    QCoreApplication::processEvents();
     answered.release();
     QTRY_VERIFY_WITH_TIMEOUT(!bench.reconnectView()->isVisible(), 10000);
     WindowBench::endAcquisition();
@@ -347,8 +346,7 @@ void TestScanStart::windowsEndWhileStartingSendsNothing()
     bench.takeLines();
     bench.startButton()->click();
     bench.close();
-    QVERIFY(HelperThreads::waitForAll(std::chrono::seconds(10)));
-    QTest::qWait(100);
+    WindowBench::settle();
     QCOMPARE(bench.takeLines(), QStringList());
     QVERIFY(!g_scanRunning);
 }

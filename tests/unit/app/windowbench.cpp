@@ -3,6 +3,7 @@
 #include "acquisition/readdata.h"
 #include "app/mainwidget.h"
 #include "channels/advancedsetting.h"
+#include "common/helperthreads.h"
 #include "overlay/loadingview.h"
 #include "state/globals.h"
 #include "widgets/customcombobox.h"
@@ -100,6 +101,15 @@ void WindowBench::endAcquisition()
 {
     ReadData::instance()->terminate();
     ReadData::instance()->wait();
+}
+
+void WindowBench::settle()
+{
+    QVERIFY(HelperThreads::waitForAll(10s));
+    // A step that was posted may post one more.
+    for (int round = 0; round < 3; ++round) {
+        QCoreApplication::processEvents();
+    }
 }
 
 void WindowBench::close()

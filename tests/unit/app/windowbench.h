@@ -3,6 +3,7 @@
 #include "acquisition/readdatatiming.h"
 #include "app/channelrow.h"
 #include "app/windowtiming.h"
+#include "skippedwaits.h"
 #include "support/fakeinstrument.h"
 
 #include <QAbstractButton>
@@ -48,6 +49,9 @@ public:
 
     /// Ends the acquisition thread by force.
     static void endAcquisition();
+
+    /// Lets the helpers come to their end, and the window take in what they have posted.
+    static void settle();
 
     MainWidget& window() const { return *m_window; }
     const QStringList& startUpLines() const { return m_startUpLines; }
@@ -102,6 +106,7 @@ public:
     CustomMessageDialog* messageDialog() const;
 
 private:
+    SkippedWaits m_storeWaits;
     FakeInstrument m_instrument;
     std::unique_ptr<MainWidget> m_window;
     QStringList m_startUpLines;
