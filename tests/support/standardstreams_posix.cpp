@@ -5,6 +5,7 @@
 
 #include <fcntl.h>
 #include <poll.h>
+#include <sys/ioctl.h>
 #include <unistd.h>
 
 #include <cstdio>
@@ -80,6 +81,12 @@ void FedInput::write(const QByteArray& bytes)
     }
 }
 
+bool FedInput::isTaken() const
+{
+    int left = 0;
+    return ::ioctl(STDIN_FILENO, FIONREAD, &left) == 0 && left == 0;
+}
+
 void FedInput::close()
 {
     if (m_writeEnd >= 0) {
@@ -122,4 +129,10 @@ QByteArray PipedOutput::read(int timeoutMs)
         bytes.append(buffer, static_cast<int>(count));
     }
     return bytes;
+}
+
+bool PipedOutput::isFull() const
+{
+    pollfd entry{STDOUT_FILENO, POLLOUT, 0};
+    return ::poll(&entry, 1, 0) == 0;
 }

@@ -34,6 +34,9 @@ public:
     /// Ends the input.
     void close();
 
+    /// Nothing is left that nobody has read.
+    bool isTaken() const;
+
 private:
     int m_before;
     int m_writeEnd = -1;
@@ -51,6 +54,9 @@ public:
 
     /// The pipe's contents, waiting up to `timeoutMs` for the first byte.
     QByteArray read(int timeoutMs);
+
+    /// Nothing more goes in before something is read.
+    bool isFull() const;
 
 private:
     int m_before;

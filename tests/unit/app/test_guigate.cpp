@@ -2,7 +2,9 @@
 #include "common/helperthreads.h"
 #include "support/testprogram.h"
 
+#include <QAbstractEventDispatcher>
 #include <QCoreApplication>
+#include <QDeadlineTimer>
 #include <QSemaphore>
 #include <QTest>
 #include <QThread>
@@ -80,7 +82,12 @@ void TestGuiGate::closingWakesAWaitingHelper()
         done.release();
     });
     QVERIFY(started.tryAcquire(1, 5000));
-    QThread::msleep(20);
+    // Its step is posted before it waits.
+    QAbstractEventDispatcher* const events = QAbstractEventDispatcher::instance();
+    for (QDeadlineTimer patience(5000); !events->hasPendingEvents() && !patience.hasExpired();) {
+        QThread::yieldCurrentThread();
+    }
+    QVERIFY(events->hasPendingEvents());
     gate->close();
     QVERIFY(done.tryAcquire(1, 5000));
     QVERIFY(!told);

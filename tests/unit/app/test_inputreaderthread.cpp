@@ -3,6 +3,7 @@
 #include "support/testprogram.h"
 
 #include <QElapsedTimer>
+#include <QSemaphore>
 #include <QTest>
 
 /// Lines of standard input as the window gets them.
@@ -26,12 +27,16 @@ namespace {
 
 constexpr int kSoonMs = 1000;
 
+/// Many times what a quick reader waits for input.
+constexpr unsigned long kManyWaitsMs = 20;
+
 /// The reader at work on an input of its own, and what it has delivered to this thread.
 class Reader
 {
 public:
-    Reader()
-        : thread(nullptr)
+    /// A quick one unless told otherwise.
+    explicit Reader(std::chrono::milliseconds poll = std::chrono::milliseconds(1))
+        : thread(nullptr, poll)
     {
         QObject::connect(&thread, &InputReaderThread::newInputReceived, &m_receiver,
                          [this](const QString& line) { lines.append(line); });
@@ -58,9 +63,13 @@ private:
 void TestInputReaderThread::linesArriveInOrderOnTheReceiversThread()
 {
     Reader reader;
+    QSemaphore emitted;
+    connect(
+        &reader.thread, &InputReaderThread::newInputReceived, &reader.thread,
+        [&emitted] { emitted.release(); }, Qt::DirectConnection);
     reader.input.write("one\ntwo\r\n");
     // Queued: nothing is delivered but by this thread's own event loop.
-    QTest::qSleep(50);
+    QVERIFY(emitted.tryAcquire(2, 5000));
     QCOMPARE(reader.lines, QStringList());
     QTRY_COMPARE(reader.lines, (QStringList{QStringLiteral("one"), QStringLiteral("two")}));
     reader.input.write(" three \n");
@@ -91,10 +100,11 @@ void TestInputReaderThread::lineInPiecesIsOneLine()
 {
     Reader reader;
     reader.input.write("ex");
-    // Longer than a wait of the reader.
-    QTest::qWait(150);
+    QTRY_VERIFY(reader.input.isTaken());
+    QVERIFY(!reader.thread.wait(kManyWaitsMs));
     reader.input.write("it");
-    QTest::qWait(50);
+    QTRY_VERIFY(reader.input.isTaken());
+    QCoreApplication::processEvents();
     QCOMPARE(reader.lines, QStringList());
     reader.input.write("\n");
     QTRY_COMPARE(reader.lines, QStringList{QStringLiteral("exit")});
@@ -114,7 +124,7 @@ void TestInputReaderThread::endOfInputDeliversTheUnfinishedLineAndIdles()
     reader.input.write("unfinished");
     reader.input.close();
     QTRY_COMPARE(reader.lines, QStringList{QStringLiteral("unfinished")});
-    QVERIFY(!reader.thread.wait(250));
+    QVERIFY(!reader.thread.wait(kManyWaitsMs));
     QCoreApplication::processEvents();
     QCOMPARE(reader.lines.size(), 1);
 }
@@ -129,11 +139,11 @@ void TestInputReaderThread::stopEndsAWaitingThreadSoon_data()
 void TestInputReaderThread::stopEndsAWaitingThreadSoon()
 {
     QFETCH(bool, ended);
-    Reader reader;
+    Reader reader(scn::LauncherTiming().inputPoll);
     if (ended) {
         reader.input.close();
     }
-    QTest::qWait(50);
+    QVERIFY(!reader.thread.wait(kManyWaitsMs));
     QVERIFY(reader.thread.isRunning());
     QElapsedTimer timer;
     timer.start();

@@ -1,3 +1,4 @@
+#include "acquisition/readdata.h"
 #include "app/mainwidget.h"
 #include "app/startup.h"
 #include "state/globals.h"
@@ -7,11 +8,15 @@
 
 #include <QApplication>
 #include <QElapsedTimer>
+#include <QSemaphore>
 #include <QTest>
 #include <QThread>
 #include <QTimer>
 
+#include <atomic>
 #include <thread>
+
+using namespace std::chrono_literals;
 
 namespace {
 
@@ -115,7 +120,7 @@ void TestLauncherOutput::withAnInstrumentTheLineComesBeforeTheEventLoop()
     Startup::presentWindow(window);
     QCOMPARE(written(output, shownLine(window)), shownLine(window));
     // The queued show finds the window shown.
-    QTest::qWait(50);
+    QCoreApplication::processEvents();
     QCOMPARE(written(output, shownLine(window)), shownLine(window));
 }
 
@@ -165,18 +170,26 @@ void TestLauncherOutput::inputOfTheProcessReachesTheWindow()
 {
     m_visa.recover(FakeVisa::Operation::Open);
     m_visa.setReply("*IDN?", "maker,SCN4070A,serial,1.0");
-    m_visa.setResponder([](const QByteArray& line) {
-        return line.contains('?') ? QByteArray("+0\n") : QByteArray();
-    });
     FedInput input;
     CapturedOutput output;
     QTest::ignoreMessage(QtDebugMsg, "child app received exit cmd!");
+    // The acquisition can be told to stop as soon as it asks for something.
+    std::atomic<bool> mayEnd{false};
+    m_visa.setResponder([&input, &mayEnd](const QByteArray& line) {
+        if (QThread::currentThread() == ReadData::instance() && mayEnd.exchange(false)) {
+            input.write("exit\n");
+        }
+        return line.contains('?') ? QByteArray("+0\n") : QByteArray();
+    });
+    scn::ReadDataTiming acquisition;
+    acquisition.startDelay = 1ms;
+    acquisition.passDelay = 5ms;
+    ReadData::instance()->setTiming(acquisition);
     {
         MainWidget window(nullptr);
         QVERIFY(g_instrumentConnected);
         input.write("\nhello\n");
-        // The acquisition thread overwrites a stop in its first second.
-        QTimer::singleShot(1200, &window, [&input] { input.write("exit\n"); });
+        mayEnd = true;
         QTimer::singleShot(kPatienceMs, &window, [] { QCoreApplication::exit(kImpatience); });
         QCOMPARE(QApplication::exec(), 0);
     }
@@ -186,9 +199,14 @@ void TestLauncherOutput::inputOfTheProcessReachesTheWindow()
 void TestLauncherOutput::launcherThatDoesNotReadHoldsNothingUp()
 {
     PipedOutput output;
+    scn::WindowTiming timing;
+    // The writer has time to end: otherwise it would go on in the next test's output.
+    timing.launcher.outputPoll = 2ms;
+    timing.launcher.farewell = 250ms;
     {
-        MainWidget window(nullptr);
+        MainWidget window(nullptr, timing);
         giveLines(window, 0, 1000);
+        QTRY_VERIFY_WITH_TIMEOUT(output.isFull(), kPatienceMs);
         window.show();
     }
     // The pipe holds 64 KiB; the window has come here all the same, and gone.
@@ -203,6 +221,7 @@ void TestLauncherOutput::launcherThatReadsLateGetsAllThatIsKept()
     QTest::ignoreMessage(QtWarningMsg, "启动器未读取标准输出，最早的回复被丢弃");
     MainWidget window(nullptr);
     giveLines(window, 0, 1000);
+    QTRY_VERIFY_WITH_TIMEOUT(output.isFull(), kPatienceMs);
     window.show();
     giveLines(window, 1000, kLines - 1000);
 
@@ -229,25 +248,31 @@ void TestLauncherOutput::launcherThatReadsLateGetsAllThatIsKept()
 void TestLauncherOutput::lastLinesAreGivenTheirTime()
 {
     constexpr int kLines = 400;
-    PipedOutput output;
-    QByteArray bytes;
-    std::thread launcher;
-    {
-        MainWidget window(nullptr);
-        giveLines(window, 0, kLines);
-        launcher = std::thread([&output, &bytes] {
-            QThread::msleep(100);
-            for (QByteArray more; !(more = output.read(1000)).isEmpty();) {
-                bytes += more;
-            }
-        });
-    }
-    launcher.join();
     QByteArray all;
     for (int number = 0; number < kLines; ++number) {
         all += echoOf(number);
     }
-    QCOMPARE(bytes, all);
+    PipedOutput output;
+    QByteArray bytes;
+    QSemaphore ending;
+    std::thread launcher([&] {
+        ending.acquire();
+        for (QByteArray more = "?"; bytes.size() < all.size() && !more.isEmpty();) {
+            more = output.read(kPatienceMs);
+            bytes += more;
+        }
+    });
+    scn::WindowTiming timing;
+    timing.launcher.farewell = 20s;
+    {
+        MainWidget window(nullptr, timing);
+        giveLines(window, 0, kLines);
+        // The pipe holds 64 KiB of 200.
+        QTRY_VERIFY_WITH_TIMEOUT(output.isFull(), kPatienceMs);
+        ending.release();
+    }
+    launcher.join();
+    QCOMPARE(bytes + output.read(0), all);
 }
 
 SCN_TEST(TestLauncherOutput, QApplication)
