@@ -3,6 +3,7 @@
 #include "plot/ccurveplot.h"
 #include "storage/curvedatadb.h"
 #include "storage/curveseriesdata.h"
+#include "support/timerhand.h"
 
 #include <QCoreApplication>
 #include <QDateTime>
@@ -153,6 +154,26 @@ inline QTimer* timerOf(const CCurvePlot& plot, bool singleShot)
         }
     }
     return nullptr;
+}
+
+/// Lets the reload that is armed begin.
+inline void reloadNow(const CCurvePlot& plot)
+{
+    runOut(timerOf(plot, true));
+}
+
+/// Lets the time pass in which an armed reload runs, and those that range checks arm after it.
+inline void passReloads(const CCurvePlot& plot)
+{
+    for (int check = 0; check < 5; ++check) {
+        for (const bool isReload : {false, true}) {
+            QTimer* const timer = timerOf(plot, isReload);
+            if (timer->isActive()) {
+                runOut(timer);
+            }
+        }
+        QCoreApplication::processEvents();
+    }
 }
 
 /// Shows `plot` and waits until the events of being shown are through.

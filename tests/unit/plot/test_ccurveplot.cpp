@@ -662,14 +662,16 @@ void TestCCurvePlot::destructionTakesCurvesGridAndTimersAlong()
     const QPointer<CurveTracker> tracker = plot->canvas()->findChild<CurveTracker*>();
     const QPointer<CustomMagnifier> magnifier = plot->canvas()->findChild<CustomMagnifier*>();
     const QPointer<CustomPanner> panner = plot->canvas()->findChild<CustomPanner*>();
+    const QPointer<QTimer> reload = timerOf(*plot, true);
+    const QPointer<QTimer> rangeCheck = timerOf(*plot, false);
     QVERIFY(showSettled(*plot));
-    QVERIFY(tracker && magnifier && panner);
+    QVERIFY(tracker && magnifier && panner && reload && rangeCheck);
     plot.reset();
     QVERIFY(!tracker);
     QVERIFY(!magnifier);
     QVERIFY(!panner);
-    // A timer that had outlived its plot would run out within this time.
-    QTest::qWait(250);
+    QVERIFY(!reload);
+    QVERIFY(!rangeCheck);
 }
 
 SCN_TEST(TestCCurvePlot, QApplication)
