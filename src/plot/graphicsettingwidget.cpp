@@ -23,7 +23,6 @@ constexpr int kSideBarWidth = 80;
 constexpr int kSideBarMargin = 10;
 constexpr int kToolButtonSide = 60;
 constexpr QSize kWindowSize(480, 220);
-constexpr qint64 kRegistrationIntervalMs = 5000;
 
 QString chartIcon()
 {
@@ -35,8 +34,10 @@ QString gridIcon()
 }
 } // namespace
 
-GraphicSettingWidget::GraphicSettingWidget(QWidget* parent)
+GraphicSettingWidget::GraphicSettingWidget(QWidget* parent,
+                                           std::chrono::milliseconds registrationInterval)
     : QWidget(parent)
+    , m_registrationInterval(registrationInterval)
 {
     assertGuiThread();
     setStyleSheet(QStringLiteral("background-color:black;"));
@@ -124,7 +125,8 @@ void GraphicSettingWidget::refreshCurveSeriesDataSlot(QList<MeasurementData> dat
 /// are not tried: each attempt might wait for the store.
 void GraphicSettingWidget::registerSeriesAgain()
 {
-    if (m_sinceRegistration.isValid() && !m_sinceRegistration.hasExpired(kRegistrationIntervalMs)) {
+    if (m_sinceRegistration.isValid() &&
+        !m_sinceRegistration.hasExpired(m_registrationInterval.count())) {
         return;
     }
     for (const auto& series : qAsConst(g_curveSeries)) {

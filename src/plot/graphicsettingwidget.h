@@ -8,6 +8,8 @@
 #include <QStringList>
 #include <QWidget>
 
+#include <chrono>
+
 class QMdiArea;
 class QMdiSubWindow;
 class QPushButton;
@@ -26,7 +28,12 @@ class GraphicSettingWidget : public QWidget
     Q_DISABLE_COPY_MOVE(GraphicSettingWidget)
 
 public:
-    explicit GraphicSettingWidget(QWidget* parent = nullptr);
+    /// How often a series that the store has refused is offered again.
+    static constexpr std::chrono::milliseconds kRegistrationInterval{5000};
+
+    explicit GraphicSettingWidget(
+        QWidget* parent = nullptr,
+        std::chrono::milliseconds registrationInterval = kRegistrationInterval);
     ~GraphicSettingWidget() override;
 
     /// Offers the current scan list's channels in every window and empties every chart. Must run before
@@ -50,6 +57,7 @@ private:
     QStringList channelList() const;
     void registerSeriesAgain();
 
+    const std::chrono::milliseconds m_registrationInterval;
     SideBar* m_sideBar = nullptr;
     QMdiArea* m_mdiArea = nullptr;
     QMap<QMdiSubWindow*, scn::WorkspaceView*> m_subWindows;

@@ -1,6 +1,7 @@
 #include "acquisition/readdatatiming.h"
 #include "app/windowtiming.h"
 #include "overlay/locktiming.h"
+#include "plot/graphicsettingwidget.h"
 #include "support/testprogram.h"
 
 #include <QtTest>
@@ -33,6 +34,8 @@ void TestTiming::waitLasts_data()
     addRow("acquisition: before a fetch again", acquisition.fetchRetryDelay, 100);
     addRow("acquisition: in a silence", acquisition.silenceDelay, 3000);
     addRow("acquisition: slice of a sleep", acquisition.sleepSlice, 20);
+    addRow("workspace: offering a refused series", GraphicSettingWidget::kRegistrationInterval,
+           5000);
     const scn::LockTiming lock;
     addRow("lock: hold", lock.hold, 1000);
     addRow("lock: fade", lock.fade, 500);

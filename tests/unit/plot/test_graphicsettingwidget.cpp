@@ -8,6 +8,7 @@
 #include "plot/graphicsettingwidget.h"
 #include "resources/resources.h"
 #include "seriesstore.h"
+#include "storage/storeclock.h"
 #include "support/eventcounter.h"
 #include "support/testprogram.h"
 #include "widgets/customsidebutton.h"
@@ -21,6 +22,7 @@
 #include <QLabel>
 #include <QMdiArea>
 #include <QPushButton>
+#include <QScopeGuard>
 #include <QScreen>
 #include <QTableWidget>
 #include <QTemporaryDir>
@@ -47,7 +49,9 @@ MeasurementData reading(int channel, double value, const QDateTime& time = kTime
 
 struct Fixture
 {
-    Fixture()
+    explicit Fixture(std::chrono::milliseconds registrationInterval =
+                         GraphicSettingWidget::kRegistrationInterval)
+        : page(nullptr, registrationInterval)
     {
         g_scanChannels = {{101, QStringLiteral("V")}, {102, QStringLiteral("mA")}};
         page.resize(1000, 700);
@@ -426,7 +430,8 @@ void TestGraphicSettingWidget::nullSeriesDropsItsReadings()
 
 void TestGraphicSettingWidget::seriesThatWereRefusedAreRegisteredWhenTheStoreIsBack()
 {
-    const Fixture f;
+    const std::chrono::milliseconds interval(60);
+    const Fixture f(interval);
     QTemporaryDir parent;
     const QString directory = parent.filePath(QStringLiteral("SN_Data"));
     QFile inTheWay(directory);
@@ -448,6 +453,9 @@ void TestGraphicSettingWidget::seriesThatWereRefusedAreRegisteredWhenTheStoreIsB
     QCOMPARE(series[101]->count(), 0);
     QVERIFY(store.refusesReadings());
     QVERIFY(inTheWay.remove());
+    // The store, too, looks again after a while only.
+    setStoreClock([] { return QDateTime::currentMSecsSinceEpoch() + 10000; });
+    const auto resetClock = qScopeGuard([] { setStoreClock(nullptr); });
 
     // It is asked from time to time, not with each batch.
     const auto isBack = [&ids] {
@@ -457,7 +465,7 @@ void TestGraphicSettingWidget::seriesThatWereRefusedAreRegisteredWhenTheStoreIsB
         return ids().first() != -1;
     };
     QVERIFY(QTest::qWaitFor(isBack, 30000));
-    QVERIFY(sinceFirstTry.elapsed() >= 5000);
+    QVERIFY(sinceFirstTry.elapsed() >= interval.count());
     QCOMPARE(ids(), (QVector<int>{1, 2}));
     QCOMPARE(series[102]->recentPoints().size(), 1);
     Fixture::send({reading(101, 3.0, kTime.addSecs(1))});

@@ -1,4 +1,5 @@
 #include "resources/resources.h"
+#include "support/animationclock.h"
 #include "support/testprogram.h"
 #include "widgets/customsidebutton.h"
 #include "widgets/rotatedlabel.h"
@@ -9,6 +10,8 @@
 #include <QTest>
 
 #include <memory>
+
+using namespace std::chrono_literals;
 
 class TestSideBar : public QObject
 {
@@ -42,6 +45,7 @@ private:
     QPropertyAnimation* runningAnimation() const;
     void open();
 
+    std::unique_ptr<AnimationClock> m_clock;
     std::unique_ptr<QWidget> m_window;
     SideBar* m_bar = nullptr;
 };
@@ -69,8 +73,9 @@ QPropertyAnimation* TestSideBar::runningAnimation() const
 void TestSideBar::open()
 {
     QTest::mouseClick(strip(), Qt::LeftButton);
-    QTRY_VERIFY(!runningAnimation());
-    QTRY_COMPARE(m_bar->width(), 80);
+    m_clock->pass(300ms);
+    QVERIFY(!runningAnimation());
+    QCOMPARE(m_bar->width(), 80);
 }
 
 void TestSideBar::initTestCase()
@@ -80,6 +85,7 @@ void TestSideBar::initTestCase()
 
 void TestSideBar::init()
 {
+    m_clock = std::make_unique<AnimationClock>();
     m_window = std::make_unique<QWidget>();
     m_window->resize(400, 300);
     auto* layout = new QHBoxLayout(m_window.get());
@@ -96,6 +102,7 @@ void TestSideBar::init()
 void TestSideBar::cleanup()
 {
     m_window.reset();
+    m_clock.reset();
 }
 
 void TestSideBar::newBarShowsOnlyTheStripWithItsTitleTurned()
@@ -215,8 +222,9 @@ void TestSideBar::clickOnTheStripOpens()
     QVERIFY(runningAnimation());
     QCOMPARE(runningAnimation()->startValue().toInt(), 20);
     QCOMPARE(runningAnimation()->endValue().toInt(), 80);
-    QTRY_VERIFY(!runningAnimation());
-    QTRY_COMPARE(m_bar->width(), 80);
+    m_clock->pass(300ms);
+    QVERIFY(!runningAnimation());
+    QCOMPARE(m_bar->width(), 80);
     QVERIFY(m_bar->content()->isVisible());
 }
 
@@ -228,49 +236,58 @@ void TestSideBar::clickOnTheHeaderCloses()
     QCOMPARE(runningAnimation()->startValue().toInt(), 80);
     QCOMPARE(runningAnimation()->endValue().toInt(), 20);
     QVERIFY(m_bar->content()->isVisible());
-    QTRY_VERIFY(strip()->isVisible());
+    m_clock->pass(299ms);
+    QVERIFY(!strip()->isVisible());
+    m_clock->pass(1ms);
+    QVERIFY(strip()->isVisible());
     QVERIFY(!m_bar->content()->isVisible());
     QVERIFY(!header()->isVisible());
-    QTRY_COMPARE(m_bar->width(), 20);
+    QCOMPARE(m_bar->width(), 20);
 }
 
 void TestSideBar::secondClickOnTheStripWhileOpeningDoesNothing()
 {
     m_bar->onHideBtnClicked();
-    QTRY_VERIFY(runningAnimation() && runningAnimation()->currentTime() > 50);
-    const int before = runningAnimation()->currentTime();
+    m_clock->pass(60ms);
+    QVERIFY(runningAnimation());
+    QCOMPARE(runningAnimation()->currentTime(), 60);
     m_bar->onHideBtnClicked();
     QVERIFY(runningAnimation());
-    QVERIFY(runningAnimation()->currentTime() >= before);
-    QTRY_COMPARE(m_bar->width(), 80);
+    QCOMPARE(runningAnimation()->currentTime(), 60);
+    m_clock->pass(240ms);
+    QCOMPARE(m_bar->width(), 80);
 }
 
 void TestSideBar::secondClickOnTheHeaderWhileClosingDoesNothing()
 {
     open();
     QTest::mouseClick(header(), Qt::LeftButton);
-    QTRY_VERIFY(runningAnimation() && runningAnimation()->currentTime() > 50);
-    const int before = runningAnimation()->currentTime();
+    m_clock->pass(60ms);
+    QVERIFY(runningAnimation());
+    QCOMPARE(runningAnimation()->currentTime(), 60);
     QTest::mouseClick(header(), Qt::LeftButton);
     QVERIFY(runningAnimation());
-    QVERIFY(runningAnimation()->currentTime() >= before);
-    QTRY_VERIFY(strip()->isVisible());
-    QTRY_COMPARE(m_bar->width(), 20);
+    QCOMPARE(runningAnimation()->currentTime(), 60);
+    m_clock->pass(240ms);
+    QVERIFY(strip()->isVisible());
+    QCOMPARE(m_bar->width(), 20);
 }
 
 void TestSideBar::clickOnTheHeaderWhileOpeningCloses()
 {
     QTest::mouseClick(strip(), Qt::LeftButton);
     const QPropertyAnimation* opening = runningAnimation();
-    QTRY_VERIFY(opening->currentTime() > 50);
+    m_clock->pass(60ms);
+    QCOMPARE(opening->currentTime(), 60);
     // The bar counts as open from the click on.
     QTest::mouseClick(header(), Qt::LeftButton);
     QCOMPARE(opening->state(), QAbstractAnimation::Stopped);
     QVERIFY(runningAnimation());
     QCOMPARE(runningAnimation()->endValue().toInt(), 20);
-    QTRY_VERIFY(strip()->isVisible());
+    m_clock->pass(300ms);
+    QVERIFY(strip()->isVisible());
     QVERIFY(!m_bar->content()->isVisible());
-    QTRY_COMPARE(m_bar->width(), 20);
+    QCOMPARE(m_bar->width(), 20);
     // It can be opened again.
     open();
 }
@@ -285,7 +302,8 @@ void TestSideBar::clickOnTheStripWhileOpenOrClosingDoesNothing()
     const QPropertyAnimation* closing = runningAnimation();
     m_bar->onHideBtnClicked();
     QCOMPARE(runningAnimation(), closing);
-    QTRY_VERIFY(strip()->isVisible());
+    m_clock->pass(300ms);
+    QVERIFY(strip()->isVisible());
     m_bar->onHideBtnClicked();
     QVERIFY(runningAnimation());
     QVERIFY(runningAnimation() != closing);
@@ -306,11 +324,15 @@ void TestSideBar::wideContentDoesNotHoldUpTheSlide()
     layout->setContentsMargins(10, 10, 10, 10);
     layout->addWidget(wide);
     m_bar->onHideBtnClicked();
-    QTRY_VERIFY(m_bar->width() > 22 && m_bar->width() < 78);
-    QTRY_COMPARE(m_bar->width(), 80);
+    m_clock->pass(150ms);
+    QCOMPARE(m_bar->width(), 50);
+    m_clock->pass(150ms);
+    QCOMPARE(m_bar->width(), 80);
     m_bar->onShowBtnClicked();
-    QTRY_VERIFY(m_bar->width() > 22 && m_bar->width() < 60);
-    QTRY_COMPARE(m_bar->width(), 20);
+    m_clock->pass(150ms);
+    QCOMPARE(m_bar->width(), 50);
+    m_clock->pass(150ms);
+    QCOMPARE(m_bar->width(), 20);
 }
 
 void TestSideBar::openBarTakesANewWidthAtOnce()
