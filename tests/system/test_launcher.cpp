@@ -4,6 +4,7 @@
 
 #include <QFile>
 #include <QProcess>
+#include <QTemporaryDir>
 #include <QTest>
 
 #include <csignal>
@@ -24,6 +25,14 @@ QString commandOf(qint64 process)
 {
     QFile file(QStringLiteral("/proc/%1/comm").arg(process));
     return file.open(QIODevice::ReadOnly) ? QString::fromUtf8(file.readAll()).trimmed() : QString();
+}
+
+/// Whether the acquisition runs, by the simulator's transcript: it overwrites a stop until then, and an
+/// end takes five seconds more. The question is asked once before, by the read-back.
+bool hasPolled(const QString& transcript)
+{
+    QFile file(transcript);
+    return file.open(QIODevice::ReadOnly) && file.readAll().count("STAT:OPER:EVEN?") >= 2;
 }
 
 bool isThere(qint64 process)
@@ -166,13 +175,20 @@ void TestLauncher::resourceIsHandedOn()
     QVERIFY(waitForEmbedding());
     QCOMPARE(launcher.child(QStringLiteral("scn4070a-sim")), qint64(0));
     QCOMPARE(instrument.received().value(0), QStringLiteral("*CLS"));
+    const auto hasPolled = [&instrument] {
+        return instrument.received().count(QStringLiteral("STAT:OPER:EVEN?")) >= 2;
+    };
+    QVERIFY(QTest::qWaitFor(hasPolled, kStartWaitMs));
 }
 
 void TestLauncher::closingItsWindowEndsTheProgram()
 {
+    const QTemporaryDir directory;
+    const QString transcript = directory.filePath(QStringLiteral("transcript"));
     Launcher launcher(m_display.name());
-    launcher.start(kSmallest);
+    launcher.start(kSmallest + QStringList{QStringLiteral("--transcript"), transcript});
     QVERIFY(waitForEmbedding());
+    QVERIFY(QTest::qWaitFor([&transcript] { return hasPolled(transcript); }, kStartWaitMs));
     const qint64 program = launcher.child(QStringLiteral("scn4070a"));
     QVERIFY(m_display.closeWindow(windowOf(kLauncherTitle)));
     QVERIFY(launcher.waitForEnd());

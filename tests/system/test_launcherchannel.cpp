@@ -19,6 +19,13 @@ const QStringList kSmallest = {QStringLiteral("--slots"), QStringLiteral("1:13")
 const QString kWid = QStringLiteral("WID:");
 const QString kReply = QStringLiteral("receive msg: ");
 
+/// The acquisition runs: it overwrites a stop until then, and an end takes five seconds more. The
+/// question is asked once before, by the read-back.
+bool hasPolled(const SimulatedInstrument& instrument)
+{
+    return instrument.received().count(QStringLiteral("STAT:OPER:EVEN?")) >= 2;
+}
+
 /// Changes an environment variable for the lifetime of the object.
 class Variable
 {
@@ -152,7 +159,7 @@ void TestLauncherChannel::showTellsHandleAndColor()
     QVERIFY2(QRegExp(QStringLiteral("WID:\\d+;COLOR:#2b2b2b")).exactMatch(lines.constFirst()),
              qPrintable(lines.constFirst()));
     // Both the direct and the queued show request it, but the window is shown once.
-    QTest::qWait(300);
+    QTRY_VERIFY_WITH_TIMEOUT(hasPolled(instrument), kEndWaitMs);
     QCOMPARE(program.waitForLines(kWid, 2, 0).size(), 1);
 }
 
@@ -250,8 +257,7 @@ void TestLauncherChannel::exitIsFastWithoutStore()
     ProgramProcess program(m_display.name());
     program.start({instrument.resource()});
     QCOMPARE(program.waitForLines(kWid, 1).size(), 1);
-    // The acquisition thread overwrites a stop in its first second.
-    QTest::qWait(1500);
+    QTRY_VERIFY_WITH_TIMEOUT(hasPolled(instrument), kEndWaitMs);
     QElapsedTimer timer;
     timer.start();
     program.write("exit\n");
@@ -323,6 +329,7 @@ void TestLauncherChannel::launcherThatDoesNotReadDoesNotStopTheProgram()
     ProgramProcess program(m_display.name());
     program.startForOneLine({instrument.resource()}, ProgramProcess::Reader::StaysAndSleeps);
     QCOMPARE(program.waitForLines(kWid, 1).size(), 1);
+    QTRY_VERIFY_WITH_TIMEOUT(hasPolled(instrument), kEndWaitMs);
     for (int line = 0; line < 500; ++line) {
         program.write(QByteArray(500, 'x') + '\n');
     }
@@ -355,9 +362,7 @@ void TestLauncherChannel::closedStreamIsTheNullDevice()
     QCOMPARE(
         QFileInfo(QStringLiteral("/proc/%1/fd/%2").arg(process).arg(descriptor)).symLinkTarget(),
         QStringLiteral("/dev/null"));
-    // The acquisition thread overwrites a stop in its first second.
-    QTRY_VERIFY_WITH_TIMEOUT(instrument.received().count(QStringLiteral("STAT:OPER:EVEN?")) > 2,
-                             kEndWaitMs);
+    QTRY_VERIFY_WITH_TIMEOUT(hasPolled(instrument), kEndWaitMs);
     // The window still reads from its display.
     QVERIFY(m_display.closeWindow(handle.section(QLatin1Char('\n'), 0, 0).toULongLong()));
     QVERIFY(program.waitForEnd(kEndWaitMs));
@@ -389,7 +394,7 @@ void TestLauncherChannel::closingTheWindowEndsTheProgram()
     ProgramProcess program(m_display.name());
     program.start({instrument.resource()});
     QCOMPARE(program.waitForLines(kWid, 1).size(), 1);
-    QTest::qWait(1500);
+    QTRY_VERIFY_WITH_TIMEOUT(hasPolled(instrument), kEndWaitMs);
     QVERIFY(m_display.closeWindow(program.windowHandle()));
     QVERIFY(program.waitForEnd(kEndWaitMs));
     QVERIFY2(!program.crashed(), qPrintable(program.log()));
@@ -401,6 +406,7 @@ void TestLauncherChannel::logLinesCarryNoFileAndNoCategory()
     ProgramProcess program(m_display.name());
     program.start({instrument.resource()});
     QCOMPARE(program.waitForLines(kWid, 1).size(), 1);
+    QTRY_VERIFY_WITH_TIMEOUT(hasPolled(instrument), kEndWaitMs);
     program.write("exit\n");
     QVERIFY(program.waitForEnd(kEndWaitMs));
     const QStringList log = program.log().split(QLatin1Char('\n'));

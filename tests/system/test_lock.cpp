@@ -5,6 +5,7 @@
 #include "support/virtualdisplay.h"
 
 #include <QColor>
+#include <QElapsedTimer>
 #include <QTest>
 
 namespace {
@@ -70,10 +71,13 @@ void TestLock::veilStandsUnderAPointerThatRestsOnTheTable()
     QTRY_VERIFY(field() != open);
     QCOMPARE(resting, field());
 
-    // Held down, the bar ends the run.
+    // Held under the pointer for a second, the bar ends the run half a second later.
     m_display.movePointer(kBar.x(), kBar.y());
+    QElapsedTimer held;
+    held.start();
     m_display.press();
     QTRY_VERIFY_WITH_TIMEOUT(instrument.received().contains(QStringLiteral("ABOR")), kWaitMs);
+    QVERIFY2(held.elapsed() >= 1500, qPrintable(QString::number(held.elapsed())));
     m_display.release();
     QTRY_COMPARE(field(), open);
 
