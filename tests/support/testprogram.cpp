@@ -27,6 +27,12 @@ QString& runningName()
     return name;
 }
 
+QStringList& obstacles()
+{
+    static QStringList noted;
+    return noted;
+}
+
 /// What "test -datatags" prints: "Class function tag" or "Class function".
 QStringList rowsOf(const QString& test)
 {
@@ -111,6 +117,20 @@ int skip(const QString& untested, const QString& obstacle)
 {
     std::printf("SKIPPED: NOT tested: %s: %s\n", qPrintable(untested), qPrintable(obstacle));
     return kSkipped;
+}
+
+void noteMissing(const QString& obstacle)
+{
+    obstacles().append(QString::fromUtf8(QTest::currentTestFunction()) + QStringLiteral(": ") +
+                       obstacle);
+}
+
+int result(int failures)
+{
+    if (failures != 0 || obstacles().isEmpty()) {
+        return failures;
+    }
+    return skip(runningName(), obstacles().join(QStringLiteral("; ")));
 }
 
 int main(int argc, char** argv)

@@ -28,6 +28,13 @@ QString runningTest();
 /// Prints what was not tested and why. Its result is the one that ctest shows as skipped.
 int skip(const QString& untested, const QString& obstacle);
 
+/// Notes that something is missing for the running function; see SCN_SKIP.
+void noteMissing(const QString& obstacle);
+
+/// The result of a test: that of Qt Test, or, where nothing failed but a function was skipped, the one
+/// that ctest shows as skipped.
+int result(int failures);
+
 /// What every such program does; see above.
 int main(int argc, char** argv);
 
@@ -44,7 +51,7 @@ int run(int argc, char** argv)
     [[maybe_unused]] const Application application(argc, argv);
     QCoreApplication::setAttribute(Qt::AA_Use96Dpi);
     Test test;
-    return QTest::qExec(&test, argc, argv);
+    return result(QTest::qExec(&test, argc, argv));
 }
 
 } // namespace testprogram
@@ -57,3 +64,11 @@ int run(int argc, char** argv)
 
 /// Adds this file's test class; Application is QApplication, QCoreApplication or NoApplication.
 #define SCN_TEST(Test, Application) SCN_TEST_RUN(&testprogram::run<Test, Application>)
+
+/// Leaves a test function for want of something, a package for instance. ctest shows the test as
+/// skipped, unless another of its functions fails.
+#define SCN_SKIP(obstacle)                                                                         \
+    do {                                                                                           \
+        testprogram::noteMissing(obstacle);                                                        \
+        QSKIP(qPrintable(obstacle));                                                               \
+    } while (false)

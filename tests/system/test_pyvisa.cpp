@@ -10,6 +10,7 @@ class TestPyVisa : public QObject
     Q_OBJECT
 
 private slots:
+    void initTestCase();
     void wholeSession_data();
     void wholeSession();
     void wrongAnswerIsFound();
@@ -34,6 +35,16 @@ QString runSession(const QString& resource)
 }
 
 } // namespace
+
+void TestPyVisa::initTestCase()
+{
+    if (QProcess::execute(QStringLiteral("/usr/bin/python3"),
+                          {QStringLiteral("-c"), QStringLiteral("import pyvisa_py, serial")}) !=
+        0) {
+        SCN_SKIP(
+            QStringLiteral("the packages python3-pyvisa-py and python3-serial are not installed"));
+    }
+}
 
 void TestPyVisa::wholeSession_data()
 {
