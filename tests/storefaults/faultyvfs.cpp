@@ -19,7 +19,7 @@ State g_state;
 sqlite3_vfs* g_real = nullptr;
 sqlite3_vfs g_layer;
 
-/// Whether the present operation is one that has to fail.
+/// Whether the current operation is one that must fail.
 bool fails(faultyvfs::Operation operation)
 {
     if (!g_state.armed || operation != g_state.fault.operation) {
@@ -33,7 +33,7 @@ bool fails(faultyvfs::Operation operation)
     return true;
 }
 
-/// A file of the layer; the real one follows it in the same block of memory.
+/// A file of this layer; the real one follows in the same block of memory.
 struct LayerFile
 {
     sqlite3_file base;

@@ -6,18 +6,19 @@
 #include <QString>
 #include <QStringList>
 
-/// Another process that holds a lock on a database file. It is the test program itself;
-/// tests that want one are added with LockingProcess::run.
+/// Another process that holds a lock on a database file. It is the test program itself, whose
+/// main() passes its arguments to playLock() first.
 class LockingProcess
 {
 public:
-    /// Keeps others from writing, or from reading as well where the file has no log beside it.
+    /// Prevents others from writing, and from reading if the file has no WAL. Returns once the lock
+    /// is held; it is released after this many milliseconds.
     enum Kind { Writing, Everything };
 
     /// Returns when the lock is held.
     LockingProcess(const QString& path, Kind kind);
 
-    /// Ends the process, and with it the lock.
+    /// Ends the process and its lock.
     ~LockingProcess();
     LockingProcess(const LockingProcess&) = delete;
     LockingProcess& operator=(const LockingProcess&) = delete;

@@ -5,8 +5,8 @@
 #include <atomic>
 #include <thread>
 
-/// Ends the program when its threads have come to a standstill, after it has written the stacks of
-/// all of them to the standard error.
+/// Ends the program when its threads have come to a standstill, after writing all their stacks to
+/// standard error.
 class StandstillWatchdog
 {
 public:
@@ -14,7 +14,7 @@ public:
     ~StandstillWatchdog();
     Q_DISABLE_COPY_MOVE(StandstillWatchdog)
 
-    /// Something has gone on. Any thread.
+    /// Reports progress. Any thread.
     void progress() { ++m_progress; }
 
 private:

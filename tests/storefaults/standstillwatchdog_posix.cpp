@@ -10,7 +10,7 @@
 #include <cstdio>
 #include <cstdlib>
 
-// Linux: the list of a process's threads is its own.
+// Linux only: lists the process's threads.
 
 namespace {
 
@@ -21,7 +21,7 @@ constexpr int kSignal = SIGUSR2;
 
 std::atomic<int> g_stacks{0};
 
-/// Runs on each thread in turn: the dump asks the next one when this one is done.
+/// Runs on each thread in turn: the dump signals the next when this one is done.
 void writeStack(int)
 {
     void* frames[kMostFrames];

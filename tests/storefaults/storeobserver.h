@@ -6,8 +6,8 @@
 
 struct sqlite3;
 
-/// Looks at the day files of a directory through connections of its own, which pass by whatever
-/// layer the store's connections go through. It sees what is committed and nothing else.
+/// Reads a directory's day files through its own connections, which bypass any layer below the
+/// store's. It sees only what is committed.
 class StoreObserver
 {
 public:
@@ -16,10 +16,10 @@ public:
     StoreObserver(const StoreObserver&) = delete;
     StoreObserver& operator=(const StoreObserver&) = delete;
 
-    /// How many rows a table of a day file has for a reading; 0 without the file or the table.
+    /// Number of rows in a day file's table for a reading; 0 without the file or the table.
     int count(const QString& dateKey, const QString& table, int curveId, qint64 time, double value);
 
-    /// Lets go of all files.
+    /// Closes all files.
     void close();
 
 private:

@@ -11,15 +11,15 @@
 
 #include <sys/statvfs.h>
 
-// Exports to a disk that fills up, wherever in the file that is, and to a directory that may only be
-// read, by mounts that nobody else sees.
+// Exports to a disk that fills up, at any position in the file, and to a read-only directory, by
+// private mounts.
 
 namespace {
 
 constexpr qint64 kDiskBytes = 1024 * 1024;
 constexpr int kPageBytes = 4096;
 
-/// A file system in memory on a directory while it lives.
+/// Mounts an in-memory file system on a directory.
 class SmallDisk
 {
 public:
@@ -41,7 +41,7 @@ public:
         return static_cast<int>(status.f_bfree);
     }
 
-    /// Leaves room for so many pages.
+    /// Leaves room for this many pages.
     void fillUpTo(int pages) const
     {
         QFile filler(m_directory + QStringLiteral("/filler"));
@@ -88,7 +88,7 @@ void TestExportDisk::diskFullAtEachPage_data()
 {
     QTest::addColumn<int>("rows");
     QTest::addColumn<int>("rowsPerPart");
-    // Less than QFile keeps back: the header at once, the rows with the last flush.
+    // Less than QFile buffers: the header at once, the rows with the last flush.
     QTest::newRow("one page and a bit") << 120 << 0;
     QTest::newRow("less than a flush") << 800 << 0;
     QTest::newRow("several flushes") << 3500 << 0;
@@ -97,7 +97,7 @@ void TestExportDisk::diskFullAtEachPage_data()
     QTest::newRow("last part with its header only") << 600 << 200;
 }
 
-/// Whatever is the first byte that finds no room, down to those of the last flush and close.
+/// Whichever byte is the first without room, up to those of the last flush and close.
 void TestExportDisk::diskFullAtEachPage()
 {
     QFETCH(int, rows);
@@ -133,8 +133,8 @@ void TestExportDisk::diskFullAtEachPage()
     }
 }
 
-/// The end of the ninth part finds no room, and the name of the tenth would be a byte too long: what
-/// was lost first is told.
+/// The end of the ninth part finds no room, and the name of the tenth would be a byte too long: the
+/// first loss is reported.
 void TestExportDisk::diskFullAtTheEdgeOfAPart()
 {
     constexpr int kStemBytes = 234; // with "_9_", a stamp and ".csv" the longest name there is

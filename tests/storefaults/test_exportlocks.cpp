@@ -15,8 +15,8 @@
 #include <chrono>
 #include <memory>
 
-// Exports of many curves from a day file that another process has locked: SQLite waits five seconds
-// there, and the export once, not for each curve.
+// Exports of many curves from a day file locked by another process: SQLite waits five seconds
+// there, and the export waits once, not for each curve.
 
 namespace {
 
@@ -118,7 +118,7 @@ void TestExportLocks::lockIsWaitedForOnce()
     QCOMPARE(scene.difference(order), QString());
 }
 
-/// All the cursors come to the file's end at the same row.
+/// All cursors reach the file's end at the same row.
 void TestExportLocks::lockInTheMidstIsWaitedForOnce()
 {
     QFETCH(bool, isOpen);

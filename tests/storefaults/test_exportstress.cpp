@@ -16,8 +16,8 @@
 #include <thread>
 #include <vector>
 
-// Exports beside all that goes on in a running program: a writer, charts that load anew, the sweep
-// of idle connections and evictions. Every export is compared byte for byte.
+// Exports beside everything a running program does: a writer, reloading charts, the sweep of idle
+// connections, evictions. Every export is compared byte for byte.
 
 namespace {
 
@@ -41,7 +41,7 @@ QString curveName(int number)
     return QStringLiteral("%1(V)").arg(101 + number);
 }
 
-/// Past days on which the curves have other ids every day, and a morning of the present one.
+/// Past days on which the curves have different ids every day, and a morning of the current one.
 ExportOrder fill(ExportScene& scene)
 {
     scene.know({{1, curveName(0)}, {2, curveName(1)}, {3, curveName(2)}});
@@ -64,7 +64,7 @@ ExportOrder fill(ExportScene& scene)
                        localTime("2026-03-10 10:00:00.000"));
 }
 
-/// Exports over and over to a directory of its own, with blocks of different sizes.
+/// Exports repeatedly to its own directory, with different block sizes.
 class Exporter
 {
 public:
@@ -106,7 +106,7 @@ private:
     std::atomic<int> m_wrong{0};
 };
 
-/// Threads that do one thing over and over until the object ends.
+/// Threads that repeat one thing until the object is destroyed.
 class Crowd
 {
 public:

@@ -12,8 +12,8 @@
 #include <QTemporaryDir>
 #include <QtTest>
 
-// Files that hold something else than they should, and files that go away or are replaced while the
-// store has them open.
+// Files with unexpected contents, and files that are removed or replaced while the store has them
+// open.
 
 namespace {
 
@@ -61,7 +61,7 @@ QByteArray contents(const QString& path)
     return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
 }
 
-/// Something that is no database: the same bytes at each run.
+/// Bytes that are not a database, the same in each run.
 QByteArray garbage(int size)
 {
     QByteArray bytes(size, '\0');
@@ -129,7 +129,7 @@ void TestStoreDamage::garbageAtTheStart()
     store->appendPoint(1, at("09:00:00"), 1.0);
     QCOMPARE(contents(path), garbage(8192)); // it may be somebody's
 
-    // A database takes the garbage's place.
+    // A database replaces the garbage.
     makeDayFile(path + one(".new"));
     QVERIFY(QFile::remove(path));
     QVERIFY(QFile::rename(path + one(".new"), path));
@@ -162,8 +162,8 @@ void TestStoreDamage::garbageInPlaceOfAPastDay()
     QCOMPARE(points(store.path("20260112")), QStringList{point(at("09:00:00"), "2.0")});
 }
 
-/// What the store does with a file that is overwritten under it is up to SQLite; it must live
-/// through it, and go on when the file has been taken away.
+/// What happens to a file overwritten under the store is up to SQLite; the store must survive it,
+/// and continue once the file has been removed.
 void TestStoreDamage::garbageOverAnOpenFile()
 {
     TestStore store;
@@ -220,7 +220,7 @@ void TestStoreDamage::junkAtTheEndOfTheLog()
     QByteArray file;
     QByteArray wal;
     {
-        // What a killed program leaves: copies of the files of one that is at work.
+        // What a killed program leaves: copies of a running one's files.
         store->registerCurve(nameOf(1));
         for (int i = 0; i < kReadings; ++i) {
             store->appendPoint(1, at("09:00:00") + i, 1.0);
@@ -231,7 +231,7 @@ void TestStoreDamage::junkAtTheEndOfTheLog()
         QVERIFY(wal.size() > kReadings * 4096);
         store->closeForExit(QDeadlineTimer(kCloseMs));
     }
-    // The log's header is 32 bytes, a frame 24 more than a page: the last ones, once more.
+    // The WAL's header is 32 bytes, a frame 24 more than a page: repeats the last frames.
     writeFile(path, file);
     writeFile(path + one("-wal"), wal + (repeatedFrames ? wal.right(2 * 4120) : junk));
     const LogCapture log;
@@ -319,7 +319,7 @@ void TestStoreDamage::fileThatGoesIsMadeAgain()
              (QStringList{QStringLiteral("1|101(V)|%1").arg(at("09:00:02")),
                           QStringLiteral("2|102(V)|%1").arg(at("09:00:01")),
                           QStringLiteral("3|103(V)|%1").arg(at("09:00:01"))}));
-    // What was moved has all that was stored before.
+    // The moved file has everything stored before.
     QString moved;
     if (how == one("moved away")) {
         moved = path + one(".old");

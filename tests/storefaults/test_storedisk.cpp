@@ -11,7 +11,7 @@
 #include <QFile>
 #include <QtTest>
 
-// A disk that is full and a directory that may only be read, by mounts that nobody else sees.
+// A full disk and a read-only directory, by private mounts.
 
 namespace {
 
@@ -59,7 +59,7 @@ private:
     bool m_mounted;
 };
 
-/// Takes all the room that a directory's disk has left.
+/// Fills up a directory's disk.
 void fill(const QString& path)
 {
     QFile file(path);
@@ -232,7 +232,7 @@ void TestStoreDisk::readOnlyDirectoryAtTheStart()
               "fetch row\""}) {
             QVERIFY2(lines.contains(one(line)), qPrintable(lines.join(QLatin1Char('\n'))));
         }
-        // What was stored can be read.
+        // Stored readings can be read.
         QCOMPARE(store->readCurveData(1, at("08:00:00"), at("10:00:00"), 0).size(), 1);
         const int sizeBefore = log.lines().size();
         for (int i = 2; i < 100; ++i) {
@@ -258,7 +258,7 @@ void TestStoreDisk::readOnlyDirectoryAtMidnight()
     {
         const Mount readOnly(store.directory(), Mount::ReadOnly);
         QVERIFY(readOnly.isMounted());
-        // The file that is open can be written on.
+        // The open file can still be written.
         store->appendPoint(1, midnight - 500, 1.0);
         setPresent(midnight + 10);
         const LogCapture log;
@@ -279,7 +279,7 @@ void TestStoreDisk::readOnlyDirectoryAtMidnight()
              QStringList{one("1.0")});
 }
 
-/// The file is deleted while its directory may only be read, and cannot be made again.
+/// The file is deleted while its directory is read-only, and cannot be created again.
 void TestStoreDisk::readOnlyDirectoryWhenAFileIsOpenedAgain()
 {
     TestStore store;

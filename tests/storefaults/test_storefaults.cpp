@@ -21,7 +21,7 @@
 #include <memory>
 
 // The store on a disk whose nth write, sync or open fails, for every n: what was seen committed
-// stays, once, and readings are stored again when the disk works again.
+// stays, exactly once, and readings are stored again when the disk works again.
 
 using faultyvfs::Fault;
 using faultyvfs::Operation;
@@ -36,7 +36,7 @@ constexpr int kReadingsAfter = 2 * kCurves;
 constexpr qint64 kRepairMs = 5000;
 constexpr int kCloseMs = 60000;
 
-/// In the short run every fault up to this number is tried, and then those of the row's stride.
+/// The short run tries every fault up to this number, and then every so many, by the row's stride.
 constexpr int kEveryFaultUpTo = 30;
 
 qint64 g_present = 0;
@@ -51,7 +51,7 @@ QString one(const char* text)
     return QString::fromLatin1(text);
 }
 
-/// A reading and where it belongs, by the test's own reckoning.
+/// A reading and where it belongs, by the test's own calculation.
 struct Reading
 {
     int curveId = 0;
@@ -65,7 +65,7 @@ struct Reading
 enum class Scene {
     Running,  ///< The store is open; the readings cross noon, where new tables begin.
     Starting, ///< The store opens a file that has the curves.
-    Midnight, ///< A new day's file is made and the curves are registered in it.
+    Midnight, ///< A new day's file is created and the curves are registered in it.
     PastDay,  ///< Late readings of yesterday.
 };
 
@@ -81,7 +81,7 @@ qint64 firstReadingOf(Scene scene)
     return localTime(kFirstReadings[static_cast<int>(scene)]);
 }
 
-/// A day file with the curves, as an earlier start of the program has left it.
+/// A day file with the curves, as left by an earlier start of the program.
 QString makeTemplate(const QTemporaryDir& directory)
 {
     setStoreClock(&present);
@@ -139,7 +139,7 @@ public:
 
     int failures() const { return m_failures; }
 
-    /// Readings that were not there after they had been appended, while the fault was set.
+    /// Readings missing after they were appended while the fault was set.
     int lost() const
     {
         return static_cast<int>(std::count(m_seen.cbegin(), m_seen.cbegin() + m_during, false));
@@ -205,7 +205,7 @@ private:
                                        reading.time, reading.value) == 1);
     }
 
-    /// Each reading that was seen is there once, and no row is there that was not seen.
+    /// Each reading that was seen is there once, and there are no other rows.
     QString compareRows(const QString& key)
     {
         QStringList expected;
@@ -247,7 +247,7 @@ private:
             .arg(found.join(QLatin1Char('\n')), expected.join(QLatin1Char('\n')));
     }
 
-    /// Today's file knows the curves under the ids that the readings carry, and their last times.
+    /// Today's file knows the curves under the readings' ids, and their last times.
     QString compareExtremes()
     {
         QStringList expected;

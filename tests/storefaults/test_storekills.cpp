@@ -15,9 +15,9 @@
 
 #include <cstdio>
 
-// A program that is killed while it stores: this one starts itself as a child that appends at full
-// rate and tells each reading that it has stored, and kills it at a random moment, over and over on
-// one directory. Each child starts shortly before the next edge of a batch or a day.
+// A program killed while it stores: this one starts itself as a child that appends at full rate and
+// prints each stored reading, and kills it at a random moment, repeatedly on one directory. Each
+// child starts shortly before the next edge of a batch or a day.
 
 namespace {
 
@@ -45,7 +45,7 @@ QString nameOf(int curve)
     return QStringLiteral("10%1(V)").arg(curve);
 }
 
-/// Failures are all that a child may say on its standard error.
+/// A child prints nothing but failures on standard error.
 void sayFailures(QtMsgType level, const QMessageLogContext&, const QString& text)
 {
     if (level != QtDebugMsg) {
@@ -53,7 +53,7 @@ void sayFailures(QtMsgType level, const QMessageLogContext&, const QString& text
     }
 }
 
-/// Appends until it is killed; a line "curve time" for each reading that is stored.
+/// Appends until killed; prints "curve time" for each stored reading.
 int playWriter(const QString& directory, qint64 start)
 {
     g_present = start;
@@ -72,8 +72,8 @@ int playWriter(const QString& directory, qint64 start)
     }
 }
 
-/// Opens what the kills have left as the program does when it starts, and tells for each curve how
-/// many readings it finds in the days from one midnight on until a time.
+/// Opens what the kills left, as the program does at its start, and prints for each curve the
+/// number of readings found in the days from a midnight to a time.
 int playReader(const QString& directory, qint64 from, qint64 to)
 {
     g_present = to;
@@ -138,7 +138,7 @@ private:
     QSet<QString> m_reported;
 };
 
-/// Runs a child until a random moment. Gives what is wrong, or nothing.
+/// Runs a child until a random moment. Returns what is wrong, if anything.
 QString TestStoreKills::killOne(const QString& directory, qint64 start, QRandomGenerator& random)
 {
     QProcess child;
@@ -148,7 +148,7 @@ QString TestStoreKills::killOne(const QString& directory, qint64 start, QRandomG
     if (!child.waitForStarted(kChildTimeoutMs)) {
         return one("the child does not start");
     }
-    // Half of them die while they start, the others after their first reading.
+    // Half of them die while starting, the others after their first reading.
     const bool late = random.bounded(2) == 1;
     if (late && !child.waitForReadyRead(kChildTimeoutMs)) {
         return one("no reading was stored: ") + QString::fromUtf8(child.readAllStandardError());
@@ -175,8 +175,8 @@ QString TestStoreKills::killOne(const QString& directory, qint64 start, QRandomG
     return {};
 }
 
-/// Looks at copies of the files as the kill has left them, so that it is the program that has to
-/// recover the files themselves.
+/// Reads copies of the files as the kill left them, so that the program itself has to recover the
+/// files.
 QString TestStoreKills::checkCopy(const QString& directory, const QStringList& keys)
 {
     const QTemporaryDir copy;
@@ -236,7 +236,7 @@ void TestStoreKills::killedWriterLosesNothingItReported()
         QCOMPARE(dayfile::rows(directory.filePath(file), one("PRAGMA integrity_check")),
                  QStringList{one("ok")});
         stored += storedReadings(directory.filePath(file));
-        // A file whose makers all died before its tables were there has nothing to read.
+        // A file whose creators all died before its tables existed has nothing to read.
         if (dayfile::rows(directory.filePath(file), one("SELECT 1 FROM batch_metadata"))
                 .value(0)
                 .startsWith(one("error"))) {

@@ -13,8 +13,8 @@
 #include <algorithm>
 #include <chrono>
 
-// The store and a file that another process has locked: a reading waits its five seconds, no
-// operation waits longer, and what could not be stored is told.
+// The store and a file locked by another process: a reading waits its five seconds, no operation
+// waits longer, and what could not be stored is reported.
 
 namespace {
 
@@ -77,7 +77,7 @@ milliseconds TestStoreLocks::waitOf(Operation operation)
     return m_lockWaits.total();
 }
 
-/// Appends a reading and gives how long it waited.
+/// Appends a reading and returns how long it took.
 milliseconds TestStoreLocks::append(TestStore& store, qint64 time)
 {
     return waitOf([&store, time] { store->appendPoint(1, time, 1.0); });
@@ -129,10 +129,10 @@ void TestStoreLocks::lockOfTwentySecondsLosesWhatWaitsInVain()
     QCOMPARE(log.lines(), QStringList(QVector<QString>(lost, one(kSaveFailure)).toList()));
     observer.close();
     QCOMPARE(times(store.path("20260112"), kMorning), expected);
-    // The extremes that could not be saved have been since.
+    // The unsaved extremes have been saved since.
     QCOMPARE(dayfile::rows(store.path("20260112"), one("SELECT max_time FROM curve_metadata")),
              QStringList{expected.last()});
-    // A connection that has waited in vain has its patience back.
+    // A connection that waited in vain has its patience back.
     LockingProcess again(store.path("20260112"), LockingProcess::Writing);
     QVERIFY(again.isHeld());
     m_lockWaits.after(kPatience - seconds(1), [&again] { again.end(); });
@@ -190,12 +190,12 @@ void TestStoreLocks::lockAtTheStart()
     QCOMPARE(log.lines(QtWarningMsg), QStringList());
     QCOMPARE(times(store.path("20260112"), kMorning),
              (QStringList{QString::number(at("09:00:00")), QString::number(at("09:00:02"))}));
-    // Opened under the lock it would have done without its log all day.
+    // If opened under the lock, it would have worked without a WAL all day.
     QCOMPARE(dayfile::rows(store.path("20260112"), one("PRAGMA journal_mode")),
              QStringList{one("wal")});
 }
 
-/// A file that can be read but not switched to its log is written without one.
+/// A file that can be read but not switched to WAL is written without it.
 void TestStoreLocks::lockOfAWriterAtTheStart()
 {
     TestStore store;

@@ -23,9 +23,9 @@
 #include <thread>
 #include <vector>
 
-// Two to eight threads that do whatever the store and its pool can do, in random order, while the
-// GUI thread clears the store and lets connections expire. Looked for are standstills, crashes and
-// files that are not whole.
+// Two to eight threads do anything the store and its pool can do, in random order, while the GUI
+// thread clears the store and expires connections. The test looks for standstills, crashes and
+// damaged files.
 
 namespace {
 
@@ -52,8 +52,7 @@ qint64 pastTime(int number)
     return QDateTime(QDate(2026, 1, 1).addDays(number), QTime(9, 0)).toMSecsSinceEpoch();
 }
 
-/// Makes the past days' files, or fills up those that are there. One that is in use too long stays as
-/// it is.
+/// Creates the past days' files, or fills up existing ones. A file that stays in use is left alone.
 void makePastFiles(CurveDataDB& store)
 {
     for (int number = 0; number < kPastFiles; ++number) {
@@ -281,7 +280,7 @@ void TestStoreStress::anythingAtAnyTime()
         const QStringList lines = logged.filter(one(slip));
         QVERIFY2(lines.isEmpty(), qPrintable(lines.join(QLatin1Char('\n'))));
     }
-    // The store is whole: a curve can be registered, a reading stored and read.
+    // The store is intact: a curve can be registered, a reading stored and read.
     log = std::make_unique<LogCapture>();
     const int id = store->registerCurve(one("last"));
     QVERIFY(id > 0);

@@ -11,13 +11,13 @@ namespace privatemounts {
 /// before there is a second thread. Gives what stood in the way; empty on success.
 QString enter();
 
-/// A file system in memory of so many bytes, in place of a directory.
+/// Mounts an in-memory file system of this many bytes over a directory.
 bool mountMemory(const QString& directory, qint64 bytes);
 
-/// Makes a directory read-only for whatever is opened from now on. What is open stays writable.
+/// Makes a directory read-only for files opened from now on. Open files stay writable.
 bool makeReadOnly(const QString& directory);
 
-/// Takes back the last of the two above.
+/// Undoes the last of these two.
 bool unmount(const QString& directory);
 
 /// Runs a test class in such mounts; where there are none to be had, it is skipped.
