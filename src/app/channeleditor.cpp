@@ -9,6 +9,7 @@
 #include "app/quietcontrols.h"
 #include "app/scanmarks.h"
 #include "channels/advancedsetting.h"
+#include "channels/unittext.h"
 #include "common/channelnumber.h"
 #include "common/threadassert.h"
 #include "state/globals.h"
@@ -253,18 +254,13 @@ void ChannelEditor::changeUnit(int channel, int unitRow)
         g_scanChannels[channel] = m_marks.displayUnit(row);
     }
     m_marks.announce();
-    QString unit = row.unit->currentText();
+    const QString unit = row.unit->currentText();
     qDebug() << "onUnitChanged"
              << "-0000-" << unit;
-    if (unit == QStringLiteral("°C")) {
-        unit = QStringLiteral("#C");
-    } else if (unit == QStringLiteral("°F")) {
-        unit = QStringLiteral("#F");
-    } else if (unit == m_catalogue.unitList().constFirst()) {
-        unit.clear();
-    }
-    sendAndReadBack(
-        QStringLiteral("CALC:SCAL:UNIT \"%1\",(@%2)").arg(unit, QString::number(channel)), channel);
+    const bool isNone = unit == m_catalogue.unitList().constFirst();
+    sendAndReadBack(QStringLiteral("CALC:SCAL:UNIT \"%1\",(@%2)")
+                        .arg(isNone ? QString() : unitOnWire(unit), QString::number(channel)),
+                    channel);
 }
 
 void ChannelEditor::openFunctionPanel(int channel, QPushButton* button) const
