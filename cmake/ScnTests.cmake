@@ -26,8 +26,8 @@ endfunction()
 # scn_test(NAME [TIMEOUT seconds] [LABELS label...] [ENVIRONMENT variable=value...]
 #          [ROWS function[:row]...])
 # The test in NAME.cpp and its ctest entry. It runs under the "offscreen" platform with a private
-# runtime directory; a label "long" keeps it out of the ordinary run, "random" allows no second
-# try, "serial" gives it the machine.
+# runtime directory; a label "long" keeps it out of the ordinary run, "random" allows a system
+# test no second try, "serial" gives it the machine, "contract" marks what code outside relies on.
 # With ROWS there is an entry for each of them.
 function(scn_test name)
     cmake_parse_arguments(ARG "" "TIMEOUT" "LABELS;ENVIRONMENT;ROWS" ${ARGN})

@@ -68,7 +68,9 @@ void TestScan::transcriptDayFileAndChartsAgree_data()
     // A serial line at 57600 baud carries some 90 readings a second.
     QTest::newRow("pseudo-terminal")
         << static_cast<int>(Transport::PseudoTerminal) << QStringLiteral("90") << 6;
-    QTest::newRow("stream") << static_cast<int>(Transport::Tcp) << QStringLiteral("600") << 60;
+    QTest::newRow("stream") << static_cast<int>(Transport::Tcp) << QStringLiteral("600") << 10;
+    QTest::newRow("minute-stream") << static_cast<int>(Transport::Tcp) << QStringLiteral("600")
+                                   << 60;
     QTest::newRow("long-stream") << static_cast<int>(Transport::Tcp) << QStringLiteral("600")
                                  << 600;
 }
