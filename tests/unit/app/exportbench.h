@@ -10,8 +10,8 @@
 
 struct ExportDialogHand;
 
-/// A window with two channels in the scan list, and its exports. The serial number is the test's own
-/// unless one is given, so that tests that run side by side keep apart stores.
+/// A window with two channels in the scan list, and its exports. Each test has its own serial
+/// number unless one is given, so that tests running in parallel have separate stores.
 struct ExportBench : WindowBench
 {
     static constexpr int kEndWaitMs = 20000;
@@ -23,26 +23,25 @@ struct ExportBench : WindowBench
 
     static QString serial();
 
-    /// Gives the test the program's style sheet, and dialogs that can be worked.
+    /// Applies the program's style sheet, and makes dialogs usable.
     static void wearTheProgramsStyle();
 
     /// Closes the store for good, once nobody uses it.
     static void closeStore();
 
-    /// Removes what the store has written, also in a run that was cut off.
+    /// Removes the store's files, also those of an aborted run.
     static void removeStore();
 
-    /// A scan whose store then holds `rows` readings of the first channel and one less of the
-    /// second, a second apart; the texts of the run leave out the last row.
+    /// A scan after which the store holds `rows` readings of the first channel and one fewer of the
+    /// second, one second apart; the run's texts exclude the last row.
     void scan(int rows = 5);
     QDateTime timeOf(int row) const { return start.addSecs(row); }
     static double valueOf(int curve, int row) { return (curve + 1) * 1.1 + row / 3.0; }
 
-    /// What the file of scan(5) must be, byte for byte.
+    /// The expected file of scan(5), byte for byte.
     QByteArray csv(const QString& separator) const;
 
-    /// Clicks the export button, and works in the dialog that it opens. What the work leaves open is
-    /// closed.
+    /// Clicks the export button and works in the dialog that opens, closing it if it is left open.
     void inDialog(const std::function<void(const ExportDialogHand&)>& work);
 
     /// Starts an export into a directory.
@@ -55,10 +54,10 @@ struct ExportBench : WindowBench
     /// The overlay of an export: the second busy one.
     LoadingView* exportView() const;
 
-    /// The message that followed the last export, caught before its three seconds were over.
+    /// The message after the last export, caught before its three seconds were over.
     const QString& outcome() const { return m_outcome; }
 
-    /// The last message was an information for three seconds.
+    /// Whether the last message was an information shown for three seconds.
     bool isInformation() const;
 
     QDateTime start;
@@ -72,9 +71,9 @@ private:
     QString m_outcome;
 };
 
-/// A text without the times in the names of files. The name that an export tells is read from the
-/// clock once more, so that it can be a second ahead of the file's own.
+/// A text without the times in file names. The reported name reads the clock again, so it can be a
+/// second ahead of the file's own.
 QString withoutStamps(QString text);
 
-/// The files of a directory that an export may have left.
+/// Export files in a directory.
 QStringList csvFiles(const QString& directory);

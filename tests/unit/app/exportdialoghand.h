@@ -8,7 +8,7 @@ class QAbstractButton;
 class QLabel;
 class QLineEdit;
 
-/// The export dialog as its user finds and works it.
+/// The export dialog as its user operates it.
 struct ExportDialogHand
 {
     explicit ExportDialogHand(CustomDialog* dialog)
@@ -27,7 +27,7 @@ struct ExportDialogHand
     /// The label of the directory, beside its title.
     QLabel* directory() const;
 
-    /// Chooses a directory with the button; an empty one leaves the choice by Escape.
+    /// Chooses a directory with the button; an empty one cancels with Escape.
     void chooseDirectory(const QString& path) const;
 
     CustomDialog* window;

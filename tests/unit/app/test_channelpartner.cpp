@@ -13,7 +13,7 @@ namespace {
 
 const QString kFourWire = QStringLiteral("四线ohm");
 
-/// Two banks of ten channels, and what the instrument measures on some of them from the start.
+/// Two banks of ten channels, and what the instrument initially measures on some of them.
 struct TwoBanks : WindowBench
 {
     explicit TwoBanks(const QMap<int, QString>& functions = {})
@@ -25,7 +25,7 @@ struct TwoBanks : WindowBench
         open();
     }
 
-    /// The instrument measures something on a channel from now on.
+    /// Sets what the instrument measures on a channel.
     void measure(int channel, const QString& function)
     {
         instrument().setReply(QStringLiteral("FUNC? (@%1)").arg(channel),
@@ -61,8 +61,7 @@ struct TwoBanks : WindowBench
 
 } // namespace
 
-/// The row of the channel that a four-wire function takes over: out of use while it is taken, and left
-/// alone while it is not.
+/// The row of a partner channel: disabled while a four-wire function holds it, untouched otherwise.
 class TestChannelPartner : public QObject
 {
     Q_OBJECT
@@ -97,7 +96,7 @@ void TestChannelPartner::reportedFourWireFunctionTakesThePartner()
         QVERIFY2(line.contains(QLatin1Char('?')), qPrintable(line));
     }
     QVERIFY(bench.isInUse(114) && bench.isInUse(116) && bench.isInUse(105));
-    // So the next tick's list is one that the instrument takes.
+    // So the instrument accepts the next tick's list.
     bench.tick(101);
     QCOMPARE(bench.takeLines().constFirst(), QStringLiteral("ROUT:SCAN (@101,105)"));
 }
@@ -107,7 +106,7 @@ void TestChannelPartner::startTakesThePartnersToo()
     TwoBanks bench({{103, QStringLiteral("FRES")}, {113, QStringLiteral("FRES")}});
     QVERIFY(bench.isOutOfUse(113));
     QCOMPARE(bench.functionOf(113), kFourWire);
-    // Nothing of its own read-back brings it back, the scaling's controls included.
+    // Nothing in its own read-back enables it, the scaling controls included.
     bench.readBack(113);
     QVERIFY(bench.isOutOfUse(113));
     QVERIFY(bench.isInUse(112));
@@ -124,7 +123,7 @@ void TestChannelPartner::readBackOfAPartnerLeavesItsBox()
     QVERIFY(bench.isOutOfUse(113));
     // It is read back like any other.
     QCOMPARE(bench.takeLines(), voltageReadBack(113));
-    // Back in use, it shows what it measures.
+    // Enabled again, it shows what it measures.
     bench.measure(103, QStringLiteral("RES"));
     bench.readBack(103);
     bench.measure(113, QStringLiteral("FREQ"));

@@ -34,7 +34,7 @@ Replies replies(std::initializer_list<std::pair<const char*, const char*>> pairs
     return map;
 }
 
-/// All functions: those of voltages, resistances and sensors on channel 101, currents on 201.
+/// All functions: voltages, resistances and sensors on channel 101, currents on 201.
 struct AllFunctions : WindowBench
 {
     AllFunctions()
@@ -44,7 +44,7 @@ struct AllFunctions : WindowBench
         open();
     }
 
-    /// Reads a channel back, all else in the instrument being as at first.
+    /// Reads a channel back, with everything else in the instrument in its initial state.
     void readBackWith(int channel, const Replies& answers)
     {
         instrument().resetReplies();
@@ -66,7 +66,7 @@ class TestChannelReadBack : public QObject
 private slots:
     void initTestCase() { m_bench = std::make_unique<AllFunctions>(); }
     void cleanupTestCase() { m_bench.reset(); }
-    /// Each test begins with channels 101 and 201 in the state of the start.
+    /// Each test starts with channels 101 and 201 in their initial state.
     void init()
     {
         m_bench->readBackWith(101, {});
@@ -214,7 +214,7 @@ void TestChannelReadBack::functionDecidesWhatIsAsked_data()
     add("AC current", 201, {{"FUNC?", "\"CURR:AC\""}}, "交流电流",
         {"CURR:AC:RANG:AUTO? (@201)", "CURR:AC:RANG? (@201)", "ROUT:CHAN:DEL:AUTO? (@201)",
          "CURR:AC:BAND? (@201)"});
-    // The box keeps its function, the options are those of the reported one.
+    // The box keeps its function; the options are those of the reported one.
     add("function that the channel does not offer", 201, {{"FUNC?", "\"CAP\""}}, "直流电流",
         {"CAP:RANG:AUTO? (@201)", "CAP:RANG? (@201)", "ROUT:CHAN:DEL:AUTO? (@201)"});
     add("unknown function", 201, {{"FUNC?", "\"CHARGE\""}}, "直流电流",
@@ -394,7 +394,7 @@ void TestChannelReadBack::fixedDelayLeavesTheModeAlone()
     QCOMPARE(WindowBench::choiceOf(panel, delay), QStringLiteral("自动"));
     QCOMPARE(WindowBench::numberOf(panel, delay), 1.5);
 
-    // An automatic delay takes the mode back, and leaves the time.
+    // An automatic delay changes the mode back and leaves the time.
     const_cast<AdvancedSetting*>(panel)->setDelayMode(1);
     m_bench->readBackWith(101, replies({{"ROUT:CHAN:DEL:AUTO?", "1"}}));
     QCOMPARE(WindowBench::choiceOf(panel, delay), QStringLiteral("自动"));
@@ -464,7 +464,7 @@ void TestChannelReadBack::scalingShowsInTheRow()
     QFETCH(Replies, answers);
     QFETCH(int, column);
     QFETCH(QString, text);
-    // First another state than the wanted one everywhere.
+    // First a state that differs everywhere from the wanted one.
     m_bench->readBackWith(101,
                           replies({{"CALC:SCAL:GAIN?", "+7"},
                                    {"CALC:SCAL:OFFS?", "+7"},

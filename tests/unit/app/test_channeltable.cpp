@@ -46,7 +46,7 @@ struct TwoModules : WindowBench
     }
 };
 
-/// What stands in the cells of a channel's row, by column: class and text.
+/// The cells of a channel's row, by column: class and text.
 QStringList cellsOf(QTreeWidget* tree, QTreeWidgetItem* item)
 {
     QStringList cells;
@@ -72,7 +72,7 @@ QStringList cellsOf(QTreeWidget* tree, QTreeWidgetItem* item)
 
 } // namespace
 
-/// The channel table: its layout, its check marks and the scan list.
+/// The channel table: layout, check marks and scan list.
 class TestChannelTable : public QObject
 {
     Q_OBJECT
@@ -326,14 +326,14 @@ void TestChannelTable::overlayCoversTheExchange()
     bool wasCovered = false;
     bench.instrument().whenAsked(QStringLiteral("ROUT:SCAN (@202)"), [&bench, &wasCovered] {
         wasCovered = bench.startupView()->isVisible();
-        // While the exchange is on its way the table does not start another.
+        // During the exchange the table starts no other.
         bench.item(201)->setCheckState(0, Qt::Checked);
     });
     bench.tick(202);
     QVERIFY(wasCovered);
     QVERIFY(!bench.startupView()->isVisible());
     QCOMPARE(bench.instrument().lines(), texts({"ROUT:SCAN (@202)", "SYST:ERR?"}));
-    // The guard is off again.
+    // The guard is released.
     bench.tick(201, false);
     QCOMPARE(bench.instrument().lines().mid(2), texts({"ROUT:SCAN (@202)", "SYST:ERR?"}));
 }

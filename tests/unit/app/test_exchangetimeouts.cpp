@@ -29,7 +29,7 @@ QMap<QString, QSet<QString>> timesOf(const QStringList& calls)
 
 } // namespace
 
-/// Each exchange of the window has five seconds, whichever of its pages asks.
+/// Every exchange of the window has five seconds, whichever page makes it.
 class TestExchangeTimeouts : public QObject
 {
     Q_OBJECT

@@ -42,9 +42,10 @@ using namespace std::chrono_literals;
 
 namespace {
 
-/// Rows of a scan whose export takes longer than the test needs to look at it.
+/// Enough rows for an export that outlasts the test's look at it.
 constexpr int kLongScan = 50000;
-/// Rows of one whose export goes on while its store is taken away, on a busy machine too.
+/// Enough rows for an export that is still running when its store is removed, even on a busy
+/// machine.
 constexpr int kVeryLongScan = 100000;
 
 QStringList filesBesideTheProgram()
@@ -66,7 +67,7 @@ QString base(const QString& name)
     return text.remove(QRegularExpression(QStringLiteral("_1_\\d{14}\\.csv$")));
 }
 
-/// A file of the store that a connection of its own keeps all others from reading.
+/// Locks a file of the store against all other readers.
 class LockedDayFile
 {
 public:
@@ -88,8 +89,8 @@ public:
 
 } // namespace
 
-/// The dialog of the export, and what comes of it. Each test runs in a process of its own: there is
-/// one store for each.
+/// The export dialog and its results. Each test runs in a process of its own, since each needs its
+/// own store.
 class TestExportDialog : public QObject
 {
     Q_OBJECT
@@ -142,7 +143,7 @@ void TestExportDialog::cleanup()
     removeLeftovers();
 }
 
-/// What this test writes below the program's directory, also in a run that was cut off.
+/// What this test writes below the program's directory, also in an aborted run.
 void TestExportDialog::removeLeftovers()
 {
     const QDir programs(QCoreApplication::applicationDirPath());
@@ -339,7 +340,7 @@ void TestExportDialog::returnPressesOnlyTheFocusedButton()
                 QCOMPARE(bench.message(), QString());
             }
         }
-        // The cross is no part of the form.
+        // The X is not part of the form.
         bool hasChooser = false;
         QTimer::singleShot(0, dialog.window, [&hasChooser] {
             auto* chooser = qobject_cast<QFileDialog*>(QApplication::activeModalWidget());
@@ -352,7 +353,7 @@ void TestExportDialog::returnPressesOnlyTheFocusedButton()
         press(dialog.window, Qt::Key_Return);
         QCoreApplication::processEvents();
         QVERIFY(!hasChooser && dialog.window->isVisible());
-        // Without a store the export is a message only.
+        // Without a store the export only shows a message.
         dialog.toFile()->setFocus(Qt::TabFocusReason);
         press(dialog.window, Qt::Key_Return);
         QCOMPARE(bench.message(), QStringLiteral("没有相关轨迹数据"));
@@ -464,7 +465,7 @@ void TestExportDialog::fileHoldsTheScan()
     QCOMPARE(contentOf(path), bench.csv(separator));
 }
 
-/// The readings of the drain are in the store and behind the second of the click.
+/// The drained readings are in the store, after the second of the click.
 void TestExportDialog::readingsAfterTheClickOnStopStayOut()
 {
     const QString format = QStringLiteral("yyyy MM dd hh mm ss");
@@ -545,7 +546,7 @@ void TestExportDialog::anyDirectoryWillDo_data()
     QTest::newRow("separator") << QStringLiteral("/a/") << false;
     QTest::newRow("long") << QString(QLatin1Char('/') + QString(148, QLatin1Char('w'))).repeated(2)
                           << false;
-    // It is made again.
+    // It is created again.
     QTest::newRow("vanished") << QStringLiteral("/a/b") << true;
 }
 
@@ -634,7 +635,7 @@ void TestExportDialog::outcomeIsToldAfterTheOverlay()
             QFile file(path);
             QVERIFY(file.open(QIODevice::WriteOnly));
         }
-        // Sent to the button alone: nothing else happens until the overlay is looked at.
+        // Sent to the button only: nothing else happens until the overlay has been checked.
         QTest::mouseClick(dialog.toFile(), Qt::LeftButton);
         QVERIFY(!dialog.window->isVisible());
         QVERIFY(bench.exportView()->isVisible());
@@ -675,13 +676,13 @@ void TestExportDialog::storeThatGoesMeanwhileIsAnError()
     const QSignalSpy cleared(store, &CurveDataDB::sigClearFinished);
     const QTemporaryDir directory;
     bench.startExport(directory.path());
-    // Looked for more often than the usual way of waiting does.
+    // Checked more often than the usual wait does.
     QVERIFY(QTest::qWaitFor([&] { return csvFiles(directory.path()).size() == 1; },
                             ExportBench::kEndWaitMs));
     if (cause == QLatin1String("clear")) {
         store->clearAll();
     } else {
-        // The readings may lie in those of two days.
+        // The readings may be in the files of two days.
         const QDir data(store->dataDirectory());
         const QStringList names = data.entryList({QStringLiteral("*.db")}, QDir::Files);
         QVERIFY(!names.isEmpty());
@@ -696,7 +697,7 @@ void TestExportDialog::storeThatGoesMeanwhileIsAnError()
     if (cause == QLatin1String("clear")) {
         QTRY_COMPARE_WITH_TIMEOUT(cleared.count(), 1, ExportBench::kEndWaitMs);
     }
-    // The button is of use again.
+    // The button works again.
     bench.inDialog([](const ExportDialogHand& dialog) { QVERIFY(dialog.window->isVisible()); });
 }
 
@@ -729,13 +730,13 @@ void TestExportDialog::secondExportCannotBeStartedByKeys()
     });
     QVERIFY(bench.exportView()->isVisible());
     auto* dialog = bench.window().findChild<CustomDialog*>();
-    // A dialog that opened would keep the test in its loop.
+    // An open dialog would keep the test in its loop.
     bool hasOpened = false;
     QTimer::singleShot(0, dialog, [&] {
         hasOpened = dialog->isVisible();
         dialog->close();
     });
-    // Sent to the buttons alone: the export's end is not taken in before them.
+    // Sent to the buttons only: the export's end is not processed before them.
     QTest::keyClick(bench.exportButton(), Qt::Key_Space);
     QTest::mouseClick(ExportDialogHand(dialog).toFile(), Qt::LeftButton);
     bench.waitForEnd();
@@ -758,7 +759,7 @@ void TestExportDialog::exportsFollowOneAnother()
 void TestExportDialog::endOfTheWindowEndsAnExport()
 {
     ExportBench bench;
-    // Long enough for the end to come in its midst.
+    // Long enough for the export to end meanwhile.
     bench.scan(kLongScan);
     const QTemporaryDir directory;
     bench.inDialog([&](const ExportDialogHand& dialog) {
@@ -772,7 +773,7 @@ void TestExportDialog::endOfTheWindowEndsAnExport()
     QCoreApplication::processEvents();
 }
 
-/// The day before has a file that somebody else keeps.
+/// Someone else holds the file of the day before.
 void TestExportDialog::endOfTheWindowWaitsForALockOnce()
 {
     LockWaits waits;
@@ -833,7 +834,7 @@ void TestExportDialog::exitLeavesTheDialog()
         });
         click(bench.exportButton());
     });
-    // Comes back from the dialog's loop and from the program's.
+    // Returns from the dialog's loop and from the program's.
     QCOMPARE(QApplication::exec(), 0);
     QVERIFY(isOpen);
     bench.close();

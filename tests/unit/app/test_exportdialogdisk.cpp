@@ -7,16 +7,15 @@
 #include <QTemporaryDir>
 #include <QtTest>
 
-// Exports to a disk that is full and to a directory that may only be read, by mounts that nobody else
-// sees.
+// Exports to a full disk and to a read-only directory, by private mounts.
 
 namespace {
 
 constexpr qint64 kDiskBytes = 131072;
-/// Rows that the disk has no room for.
+/// More rows than the disk has room for.
 constexpr int kRows = 10000;
 
-/// Takes all the room that a directory's disk has left.
+/// Fills up a directory's disk.
 void fill(const QString& path)
 {
     QFile file(path);
@@ -27,8 +26,8 @@ void fill(const QString& path)
 
 } // namespace
 
-/// What the window makes of an export that its disk refuses. Each test runs in a process of its own:
-/// there is one store for each.
+/// How the window handles an export that its disk refuses. Each test runs in a process of its own,
+/// since each needs its own store.
 class TestExportDialogDisk : public QObject
 {
     Q_OBJECT
@@ -58,7 +57,7 @@ void TestExportDialogDisk::cleanup()
     ExportBench::removeStore();
 }
 
-/// Nothing stays but the message.
+/// Only the message remains.
 void TestExportDialogDisk::exportFails(ExportBench& bench, const QString& directory,
                                        const QString& text)
 {
@@ -68,7 +67,7 @@ void TestExportDialogDisk::exportFails(ExportBench& bench, const QString& direct
     QCOMPARE(csvFiles(directory), QStringList());
 }
 
-/// The button is of use again.
+/// The button works again.
 void TestExportDialogDisk::exportSucceeds(ExportBench& bench, const QString& directory)
 {
     bench.exportTo(directory);

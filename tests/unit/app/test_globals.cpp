@@ -29,7 +29,7 @@ void TestGlobals::valuesBeforeAnythingRan()
 
 void TestGlobals::instrumentSessionIsOpenedBeforeMain()
 {
-    // Whoever makes the object from here on is seen by the fake.
+    // Whoever creates the object from here on gets the fake.
     const FakeVisa fake;
     QCOMPARE(g_visa, CDeviceVisa::instance());
     QVERIFY(!g_visa->parent());

@@ -9,7 +9,7 @@
 #include <QTest>
 #include <QThread>
 
-/// Work of helper threads reaches the GUI thread, and nothing of it outlives the window.
+/// Helper threads' work reaches the GUI thread, and none of it outlives the window.
 class TestGuiGate : public QObject
 {
     Q_OBJECT

@@ -6,7 +6,7 @@
 #include <QSemaphore>
 #include <QTest>
 
-/// Lines of standard input as the window gets them.
+/// Lines of standard input as the window receives them.
 class TestInputReaderThread : public QObject
 {
     Q_OBJECT

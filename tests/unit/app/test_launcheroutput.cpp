@@ -26,7 +26,8 @@ QByteArray shownLine(const MainWidget& window)
            ";COLOR:#2b2b2b\n";
 }
 
-/// Waits, without the event loop, until that has been written; what was written where it has not.
+/// Waits, without the event loop, until this has been written; returns what was written if it has
+/// not.
 QByteArray written(CapturedOutput& output, const QByteArray& wanted)
 {
     QElapsedTimer clock;
@@ -42,7 +43,7 @@ QByteArray echoOf(int number)
     return "receive msg: " + QByteArray::number(number).rightJustified(500, '.') + '\n';
 }
 
-/// Has the window take lines that are echoed as echoOf() gives them.
+/// Makes the window receive lines that it echoes as echoOf() gives them.
 void giveLines(MainWidget& window, int first, int count)
 {
     for (int number = first; number < first + count; ++number) {
@@ -51,13 +52,13 @@ void giveLines(MainWidget& window, int first, int count)
     }
 }
 
-/// Ends the event loop, and says so, when a test would wait for ever.
+/// Ends the event loop with a message when a test would wait forever.
 constexpr int kPatienceMs = 20000;
 constexpr int kImpatience = 77;
 
 } // namespace
 
-/// What the window itself writes to the launcher, byte for byte, without a flush from outside.
+/// What the window writes to the launcher, byte for byte, without an outside flush.
 class TestLauncherOutput : public QObject
 {
     Q_OBJECT
@@ -209,7 +210,7 @@ void TestLauncherOutput::launcherThatDoesNotReadHoldsNothingUp()
         QTRY_VERIFY_WITH_TIMEOUT(output.isFull(), kPatienceMs);
         window.show();
     }
-    // The pipe holds 64 KiB; the window has come here all the same, and gone.
+    // The pipe holds 64 KiB; the window got here all the same, and has gone.
     const QByteArray bytes = output.read(0);
     QVERIFY(bytes.startsWith(echoOf(0) + echoOf(1)));
 }

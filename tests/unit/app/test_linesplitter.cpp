@@ -93,7 +93,7 @@ void TestLineSplitter::lineAboveTheLimitIsDropped()
              (QStringList{QString::fromLatin1(longest), QStringLiteral("exit")}));
     QTest::ignoreMessage(QtWarningMsg, kTooLong);
     QCOMPARE(splitter.feed(longest + "y\nexit\n"), QStringList{QStringLiteral("exit")});
-    // In pieces: with the first byte too many all of the line goes.
+    // In pieces: the first byte too many drops the whole line.
     QCOMPARE(splitter.feed(longest), QStringList());
     QTest::ignoreMessage(QtWarningMsg, kTooLong);
     QCOMPARE(splitter.feed("y"), QStringList());
@@ -106,7 +106,7 @@ void TestLineSplitter::lineWithoutAnEndIsNotGathered()
     LineSplitter splitter;
     const QByteArray piece(1 << 20, 'x');
     QTest::ignoreMessage(QtWarningMsg, kTooLong);
-    // More than a line of text can hold, were it gathered.
+    // More than a line of text could hold if it were collected.
     for (int mebibytes = 0; mebibytes < 4096; ++mebibytes) {
         QCOMPARE(splitter.feed(piece), QStringList());
     }

@@ -27,7 +27,7 @@ namespace {
 /// More time-outs of five seconds in a row than fit in a minute.
 constexpr int kPatience = 13;
 
-/// Ends the event loop, and says so, when a test would wait for ever.
+/// Ends the event loop with a message when a test would wait forever.
 constexpr int kPatienceMs = 20000;
 constexpr int kImpatience = 77;
 
@@ -46,7 +46,7 @@ struct TwoChannels : WindowBench
                                [this] { instrument().visa().dropConnection(); });
     }
 
-    /// The window shows the overlay of a lost instrument and nobody polls.
+    /// The window shows the overlay of a lost instrument, and nothing polls.
     bool isLost() const
     {
         return !g_instrumentConnected && reconnectView() && !reconnectView()->isHidden() &&
@@ -70,8 +70,8 @@ const QDoubleSpinBox* shownSpinOf(const AdvancedSetting* panel)
 
 } // namespace
 
-/// A link that dies, or goes half silent, while the window asks for the instrument's state; and a
-/// launcher that wants the end meanwhile.
+/// A link that dies, or goes half silent, during the window's read-back; and a launcher that asks
+/// for the end meanwhile.
 class TestLinkLoss : public QObject
 {
     Q_OBJECT
@@ -121,7 +121,7 @@ void TestLinkLoss::oneReplyBeginsTheMinuteAnew()
 {
     TwoChannels bench;
     bench.silenceAt("ROUT:SCAN?");
-    // Twelve questions later one is answered.
+    // Twelve queries later one is answered.
     bench.silenceAt("CALC:SCAL:STAT? (@201)", false);
     bench.silenceAt("CALC:SCAL:UNIT? (@201)");
     bench.open(WindowBench::AcquisitionRuns);
@@ -224,11 +224,11 @@ void TestLinkLoss::silenceEndsTheRestoringOfDefaultsAfterAMinute_data()
 {
     QTest::addColumn<QString>("firstMissed");
     QTest::newRow("from the first question") << QStringLiteral("ROUT:CHAN:LAB? (@201)");
-    // One read-back has too few questions left for the minute.
+    // One read-back has too few queries left to fill the minute.
     QTest::newRow("over two read-backs") << QStringLiteral("FUNC? (@201)");
 }
 
-/// The panel sends each option that differs and has it read back: none of that begins again.
+/// The panel sends each option that differs and has it read back: none of that starts again.
 void TestLinkLoss::silenceEndsTheRestoringOfDefaultsAfterAMinute()
 {
     QFETCH(QString, firstMissed);
@@ -346,7 +346,7 @@ void TestLinkLoss::exitIsHeededBetweenTwoExchanges()
     QFETCH(QString, lastLine);
     FedInput input;
     TwoChannels bench;
-    // The reader has all the exchanges that are left to see the line.
+    // The reader has all the remaining exchanges to see the line.
     bench.instrument().whenAsked(during, [&bench, &input] {
         input.write("exit\n");
         bench.instrument().visa().setReadDuration(200);

@@ -51,7 +51,7 @@ void fillSlot(int slot, int type, int lastChannel)
 
 } // namespace
 
-/// The pages on their own: what they hold, and that building them sends nothing.
+/// The pages on their own: what they contain, and that building them sends nothing.
 class TestPageBuilders : public QObject
 {
     Q_OBJECT

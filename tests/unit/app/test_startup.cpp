@@ -81,7 +81,7 @@ void TestStartup::metaTypesAreRegisteredInOrder()
         QCOMPARE(QMetaType::type(name), static_cast<int>(QMetaType::UnknownType));
     }
     Startup::registerMetaTypes();
-    // Qt numbers the types as they come.
+    // Qt numbers the types in the order they come.
     int last = 0;
     for (const char* const name : names) {
         const int type = QMetaType::type(name);
@@ -149,7 +149,7 @@ void TestStartup::windowWithAnInstrumentIsShownAtOnce()
     QCOMPARE(window.pos(), QPoint(200, 200));
     QVERIFY(window.isVisible());
     QCOMPARE(window.shows, 1);
-    // Someone hides it before the event loop comes round: the queued show is there in any case.
+    // Someone hides it before the event loop runs: the queued show still comes.
     window.hide();
     QTRY_COMPARE(window.shows, 2);
 }
@@ -212,7 +212,7 @@ void TestStartup::missingFontsAreDrawnInTheChineseOne()
         const QString drawn = QFontInfo(QFont(family)).family();
         QVERIFY2(drawn == family || chinese.contains(drawn), qPrintable(drawn));
     }
-    // As the style sheet of the window asks for them.
+    // As the window's style sheet asks.
     QWidget window;
     window.setStyleSheet(QStringLiteral("font-family:'Microsoft YaHei',Arial;"));
     window.ensurePolished();

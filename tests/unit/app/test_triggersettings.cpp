@@ -57,7 +57,7 @@ struct TriggerForm : WindowBench
     }
     QStringList takeLines() { return instrument().takeLines(); }
 
-    /// The lines of the start from the trigger source up to, and without, the clock.
+    /// The lines of the start from the trigger source to just before the clock.
     QStringList settingLines() const
     {
         const int first = startUpLines().indexOf(QStringLiteral("TRIG:SOUR?"));
@@ -135,7 +135,7 @@ void TestTriggerSettings::radioSendsItsCommand()
     bench.button(other, group)->setChecked(true);
     bench.takeLines();
     bench.button(radio, group)->click();
-    // The one that turns off is silent.
+    // The one being turned off is silent.
     QCOMPARE(bench.takeLines(), QStringList(command));
     // And so is a click on the one that is on.
     bench.button(radio, group)->click();
@@ -232,7 +232,7 @@ void TestTriggerSettings::alarmIsReadWhenItsRadioTurnsOn()
     bench.alarm()->setCurrentIndex(3);
     QCOMPARE(bench.takeLines(), QStringList());
 
-    // Its slot hangs on nothing.
+    // Its slot is connected to nothing.
     QMetaObject::invokeMethod(&bench.window(), "recvAlarmComboSlot", Q_ARG(int, 1));
     QMetaObject::invokeMethod(&bench.window(), "recvAlarmComboSlot", Q_ARG(int, -1));
     QCOMPARE(bench.takeLines(), texts({"TRIG:SOUR ALAR2"}));
@@ -323,10 +323,10 @@ void TestTriggerSettings::intervalIsReadBackSilently()
     bench.instrument().setReply(QStringLiteral("TRIG:TIM?"), QStringLiteral("+9.37849E+04"));
     bench.open();
     QVERIFY(bench.interval()->isEnabled());
-    // A day, two hours, three minutes and four seconds; the rest of the second is cut.
+    // A day, two hours, three minutes and four seconds; the fraction of a second is cut.
     QCOMPARE(bench.interval()->value(), 93784.0);
     QCOMPARE(bench.settingLines().mid(0, 3), texts({"TRIG:SOUR?", "TRIG:TIM?", "TRIG:COUN?"}));
-    // From now on the picker is heard again.
+    // From now on the picker is connected again.
     emit bench.interval()->sigTimePickerValueChanged(5);
     QCOMPARE(bench.takeLines(), texts({"TRIG:TIM 5"}));
 }

@@ -40,7 +40,7 @@ QImage asOnADisplay(QWidget& popup)
 
 } // namespace
 
-/// The window with the program's fonts and style sheet, at the size that it starts with.
+/// The window with the program's fonts and style sheet, at its initial size.
 class TestWindowLook : public QObject
 {
     Q_OBJECT

@@ -144,7 +144,7 @@ QTreeWidget* WindowBench::tree() const
 
 QTreeWidgetItem* WindowBench::module(int slot) const
 {
-    // The modules stand in the order of their slots.
+    // The modules are in the order of their slots.
     int index = 0;
     for (int before = 1; before < slot; ++before) {
         index += slotPresent[before] ? 1 : 0;

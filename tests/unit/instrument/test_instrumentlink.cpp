@@ -13,8 +13,8 @@
 
 using scn::ExchangeResult;
 
-// The address sanitizer takes the stack frames that a terminated thread leaves for ones still in
-// use, unless it keeps their variables elsewhere.
+// The address sanitizer mistakes the stack frames left by a terminated thread for live ones, unless
+// it keeps their variables elsewhere.
 #ifdef __SANITIZE_ADDRESS__
 extern "C" const char* __asan_default_options()
 {
@@ -24,7 +24,7 @@ extern "C" const char* __asan_default_options()
 
 namespace {
 
-/// A thread that asks the instrument something that it never answers.
+/// A thread that asks the instrument something it never answers.
 class AskingThread : public QThread
 {
 public:

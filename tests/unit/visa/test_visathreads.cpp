@@ -23,8 +23,8 @@
 
 using namespace scn::visa;
 
-// The address sanitizer takes the stack frames that a terminated thread leaves for ones still in
-// use, unless it keeps their variables elsewhere.
+// The address sanitizer mistakes the stack frames left by a terminated thread for live ones, unless
+// it keeps their variables elsewhere.
 #ifdef __SANITIZE_ADDRESS__
 extern "C" const char* __asan_default_options()
 {
@@ -34,7 +34,7 @@ extern "C" const char* __asan_default_options()
 
 namespace {
 
-/// A thread that does one thing, with nothing of the library's between it and its termination.
+/// A thread that does one thing, with nothing of the library between it and its termination.
 class WorkThread : public QThread
 {
 public:
@@ -50,7 +50,7 @@ private:
     const std::function<void()> m_work;
 };
 
-/// A read that goes on in a thread of its own.
+/// A read on a thread of its own.
 class BackgroundRead
 {
 public:
@@ -61,7 +61,7 @@ public:
         })
     {
         m_started.get_future().wait();
-        // Long enough for a thread that runs to get from here into its wait.
+        // Long enough for a running thread to get from here into its wait.
         std::this_thread::sleep_for(std::chrono::milliseconds(50));
     }
     ~BackgroundRead()
@@ -96,7 +96,7 @@ QStringList openDescriptors()
         .entryList(QDir::NoDotAndDotDot | QDir::Files | QDir::System);
 }
 
-/// A descriptor that goes out of scope in a thread that has been told to end.
+/// A descriptor that goes out of scope in a thread being terminated.
 struct Closing
 {
     int descriptor = -1;
@@ -405,7 +405,7 @@ void TestVisaThreads::terminatedThreadLeavesASessionThatWorks()
     QVERIFY(thread.isRunning());
     thread.terminate();
     QVERIFY(thread.wait(5000));
-    // Empties the line of what the write had sent.
+    // Discards what the write had sent.
     std::atomic<bool> found{false};
     std::thread instrument([&] {
         QByteArray tail;
@@ -463,7 +463,7 @@ void TestVisaThreads::noDescriptorIsLeftBehind()
         ProviderSession nobody("TCPIP0::no-such-host.invalid::1::SOCKET");
         QVERIFY(nobody.openStatus() < 0);
     }
-    // A look-up whose caller has given up still ends by itself.
+    // An abandoned look-up still ends by itself.
     QTRY_COMPARE_WITH_TIMEOUT(openDescriptors().size(), before, 30000);
 }
 
