@@ -30,7 +30,7 @@ ConnectionPool::ConnectionPool()
     if (auto* application = QCoreApplication::instance()) {
         moveToThread(application->thread());
     }
-    // A timer runs on the thread that starts it, which has to be one with an event loop.
+    // A timer runs on the thread that starts it, which must have an event loop.
     if (thread() == QThread::currentThread()) {
         m_expiryTimer.start();
     } else {
@@ -85,7 +85,7 @@ QSharedPointer<QSqlDatabase> ConnectionPool::acquireConnection(const QString& pa
         } else {
             discardLocked(path);
         }
-        // Closing gives up the mutex: somebody may have opened the path meanwhile.
+        // Closing releases the mutex: someone may have opened the path meanwhile.
         if (auto connection = pooled()) {
             return connection;
         }
@@ -141,7 +141,7 @@ qint64 ConnectionPool::lastUse(const QString& path) const
     return m_connections.value(path).lastUse;
 }
 
-/// Takes an entry out of the map; false if there is none that holds a connection.
+/// Removes an entry from the map; false if there is none with a connection.
 bool ConnectionPool::takeEntry(const QString& path, ConnectionInfo* info)
 {
     if (!m_connections.contains(path)) {
@@ -151,8 +151,8 @@ bool ConnectionPool::takeEntry(const QString& path, ConnectionInfo* info)
     return !info->connection.isNull();
 }
 
-/// Holders get a pointer of their own kind, whose end is counted: so the pool can tell whether
-/// anybody still holds the connection.
+/// Holders get a separate pointer whose end is counted, so the pool knows whether anyone still
+/// holds the connection.
 QSharedPointer<QSqlDatabase> ConnectionPool::lend(ConnectionInfo& info)
 {
     info.holders->fetch_add(1);

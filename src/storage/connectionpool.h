@@ -17,15 +17,15 @@
 #include <atomic>
 #include <memory>
 
-/// One open SQLite connection for each shard file, shared by the writer, the plots and the export.
+/// One open SQLite connection per day file, shared by the writer, the plots and the export.
 ///
-/// A connection's role follows from the file's name: today's file is opened for writing (WAL),
-/// any other for reading (DELETE journal). Connections idle for twelve hours are closed by a timer.
-/// A connection that anybody still holds is neither evicted nor closed for being idle. One whose
-/// file was deleted or replaced is not handed out again.
+/// A connection's role follows from the file name: today's file is opened for writing (WAL), any
+/// other for reading (DELETE journal). A timer closes connections idle for twelve hours. A held
+/// connection is neither evicted nor closed for being idle. If its file was deleted or replaced, a
+/// connection is not handed out again.
 ///
-/// Any thread may call. The pool lives on the GUI thread, whoever asks for it first, and is never
-/// destroyed: no SQL may run once the application object has gone, so entry calls closeForExit()
+/// Any thread may call. The pool belongs to the GUI thread, whoever requests it first, and is never
+/// destroyed: no SQL may run after the application object is gone, so entry calls closeForExit()
 /// before that.
 class ConnectionPool : public QObject
 {
@@ -35,7 +35,7 @@ class ConnectionPool : public QObject
 public:
     static ConnectionPool& instance();
 
-    /// Whether anybody has asked for the pool yet.
+    /// Whether the pool has been requested yet.
     static bool exists();
 
     /// "yyyyMMdd" from a path whose base name is eight digits, else an empty text.
@@ -44,34 +44,34 @@ public:
     /// "yyyyMMddHH" from a path whose base name is ten digits, else an empty text.
     static QString hourKeyFromPath(const QString& path);
 
-    /// The connection to a file, opened if need be; null if that fails. The holder keeps the
-    /// pointer while it works, drops it after and calls releaseConnection().
+    /// The connection to a file, opened if necessary; null on failure. Hold the pointer while
+    /// working, drop it afterwards and call releaseConnection().
     QSharedPointer<QSqlDatabase> acquireConnection(const QString& path);
 
-    /// Notes that the path was used now. Closes nothing.
+    /// Records that the path was used now. Closes nothing.
     void releaseConnection(const QString& path);
 
     /// Closes the connection to a path, as closeConnection() does.
     void removeConnection(const QString& path);
 
-    /// Ends the queries of a path's connection, waits for those who use it (750 ms in all, in
-    /// which events other than user input are handled), folds its log into the file and closes it.
-    /// `alreadyLocked` says that the caller holds the pool's mutex; it is given up while waiting.
+    /// Ends the queries of a path's connection, waits for its users (750 ms in total, handling
+    /// events other than user input), checkpoints its WAL and closes it. `alreadyLocked` means that
+    /// the caller holds the pool's mutex, which is released while waiting.
     void closeConnection(const QString& path, bool alreadyLocked = false);
 
-    /// Closes the connection to a path without a wait: for a file that is no longer there, or has
-    /// to be opened anew at once.
+    /// Closes the connection to a path without waiting: for a file that is gone or must be reopened
+    /// at once.
     void discardConnection(const QString& path);
 
-    /// Closes every connection, one after the other. One that somebody opens meanwhile stays.
+    /// Closes every connection in turn. One opened meanwhile stays.
     void closeAllConnections();
 
-    /// Closes the connection that was not used for the longest time, of those nobody holds. Folds
-    /// its log into the file, without a wait.
+    /// Closes the least recently used connection that nobody holds. Checkpoints its WAL, without
+    /// waiting.
     void evictOldestConnection();
 
-    /// Closes everything in order without the waits that a running program owes, as far as that is
-    /// done by the deadline, and stops the timer. Connections may be opened again afterwards.
+    /// Closes everything properly without a running program's waits, as far as the deadline allows,
+    /// and stops the timer. Connections may be opened again afterwards.
     void closeForExit(QDeadlineTimer deadline);
 
     /// Number of pooled connections.
@@ -80,7 +80,7 @@ public:
     /// Whether anybody holds the connection to a path.
     bool isHeld(const QString& path) const;
 
-    /// When a path was used last, in milliseconds since the epoch; 0 if it is not pooled.
+    /// When a path was last used, in ms since the epoch; 0 if it is not pooled.
     qint64 lastUse(const QString& path) const;
 
 private slots:
@@ -114,6 +114,6 @@ private:
     QMap<QString, ConnectionInfo> m_connections;
     mutable QMutex m_mutex;
     QTimer m_expiryTimer;
-    QTimer m_spareTimer; ///< Constructed and never started.
+    QTimer m_spareTimer; ///< Constructed, never started.
     storage::RetiredConnections m_retired;
 };

@@ -28,29 +28,28 @@ class QThread;
 
 Q_DECLARE_METATYPE(QSharedPointer<QSqlDatabase>)
 
-/// The process-wide store of curves: one SQLite file for each local day, in it one table for each
-/// curve and six hours. Times are milliseconds since the epoch.
+/// The process-wide store of curves: one SQLite file per local day, with one table per curve and
+/// six hours. Times are milliseconds since the epoch.
 ///
-/// Any thread may call; every public operation holds the store's recursive mutex from start to end.
-/// Only openDb() does not. Failures are log lines and an empty, false or -1 result; a failed write
-/// never stops the next one.
+/// Any thread may call; every public operation except openDb() holds the store's recursive mutex
+/// throughout. Failures are log lines and an empty, false or -1 result; a failed write never stops
+/// the next one.
 class CurveDataDB : public QObject
 {
     Q_OBJECT
     Q_DISABLE_COPY_MOVE(CurveDataDB)
 
 public:
-    /// The one store of the program. The first caller's directory name wins; it is a name below
-    /// the application's directory, "curve_data" if empty.
+    /// The program's one store. The first caller's directory name wins; it is a name below the
+    /// application's directory, "curve_data" if empty.
     static CurveDataDB* instance(const QString& directoryName);
 
-    /// Closes the program's store and its connections in order, within two seconds, and keeps it
-    /// closed. Entry calls it between the window's end and the application object's. Nothing is
-    /// done if no store was ever opened.
+    /// Closes the program's store and its connections properly, within two seconds, and for good.
+    /// Entry calls it after the window is gone and before the application object is. Does nothing
+    /// if no store was opened.
     static void shutdown();
 
-    /// A store in a directory given by its path, beside the program's own: for tests and
-    /// benchmarks.
+    /// A store in a given directory, beside the program's own: for tests and benchmarks.
     explicit CurveDataDB(const QString& dataDirectory, QObject* parent = nullptr);
     ~CurveDataDB() override;
 
@@ -59,39 +58,39 @@ public:
 
     QString dataDirectory() const { return m_dataDir; }
 
-    /// Whether the last reading, or the registration of a curve since, could not be stored. Waits for
-    /// nobody.
+    /// Whether the last reading, or the last registration of a curve since, could not be stored.
+    /// Never blocks.
     bool refusesReadings() const { return m_refusing; }
 
     QString dbPathForDate(const QString& dateKey) const;
     QString dbPathForTime(qint64 timestamp) const;
     QString todayDbPath() const;
 
-    /// The pooled connection to a file, opened if need be; null if it cannot be opened, while the
-    /// store is being cleared and after it was closed for good. Takes no lock of the store's.
+    /// The pooled connection to a file, opened if necessary; null if it cannot be opened, during a
+    /// clear, and after the store was closed for good. Does not take the store's lock.
     QSharedPointer<QSqlDatabase> openDb(const QString& path);
 
-    /// The id of a curve in today's file, registered if it is new there (which takes 200 ms);
-    /// -1 if that fails.
+    /// The id of a curve in today's file, registered if it is new there (which takes 200 ms); -1 on
+    /// failure.
     int registerCurve(const QString& name);
 
     /// The same without the 200 ms, for a store that has been in use.
     int registerCurveAtOnce(const QString& name);
 
-    /// Stores one reading, in a commit of its own, and the curve's extremes in another. What lies
-    /// more than 270,000 years from the epoch is no time, and is not stored.
+    /// Stores one reading in a commit of its own, and the curve's extremes in another. Anything
+    /// more than 270,000 years from the epoch is not a time and is not stored.
     void appendPoint(int curveId, qint64 timestamp, double value);
 
-    /// Stores many readings of one curve, one transaction for each file; x is the time.
+    /// Stores many readings of one curve, one transaction per file; x is the time.
     void appendPoints(int curveId, const QVector<QPointF>& points);
 
-    /// Writes the points that were held back.
+    /// Writes the held-back points.
     void flushPending();
 
-    /// Saves what is unsaved and lets go of today's file; the next write takes it up again.
+    /// Saves what is unsaved and detaches from today's file; the next write attaches again.
     void flushAndDetach();
 
-    /// Saves the extremes of all curves that today's file knows.
+    /// Saves the extremes of all curves in today's file.
     bool saveMetadata();
 
     /// Extremes of a curve; the initial values for an unknown id.
@@ -100,18 +99,18 @@ public:
     /// Names of all known curves by id.
     QMap<int, QString> curveNames() const;
 
-    /// Names of those ids that are known.
+    /// Names of the known ids among these.
     QMap<int, QString> namesForIds(const QList<int>& ids) const;
 
-    /// How many batch tables have been seen to exist.
+    /// Number of batch tables known to exist.
     int knownTableCount() const;
 
-    /// Points of a curve from start to end, both included, ascending by time; x the time, y the
+    /// Points of a curve from start to end, both included, in order of time; x the time, y the
     /// stored value. More than maxPoints are thinned; 0 or less: no limit.
     QVector<QPointF> readCurveData(int curveId, qint64 start, qint64 end, int maxPoints);
 
-    /// The batches of a curve in one file that overlap the range. `failed` is set if the file has a
-    /// catalogue of batches that could not be read to its end.
+    /// The batches of a curve in one file that overlap the range. `failed` is set if the file's
+    /// batch catalogue could not be read to its end.
     QVector<DBBatchInfo> queryBatches(int curveId, qint64 start, qint64 end,
                                       const QSharedPointer<QSqlDatabase>& db,
                                       bool* failed = nullptr);
@@ -123,22 +122,22 @@ public:
     QVector<DBBatchInfo> listBatchesInFile(int curveId, qint64 start, qint64 end,
                                            const QString& path);
 
-    /// Notes the tables of a curve in today's file as known. From then on appendPoints() holds its
+    /// Marks a curve's tables in today's file as known. From then on appendPoints() holds its
     /// points back.
     void loadBatchesForCurve(int curveId, qint64 start, qint64 end);
 
-    /// Path of one part of a CSV export: the path's base name with the part's number and the
-    /// present second behind it. The time is read at each call.
+    /// Path of one part of a CSV export: the base name with the part's number and the current
+    /// second appended. Each call reads the clock.
     static QString partFilePath(const QString& path, int index);
 
-    /// Creates a part of a CSV export, with its directory, and writes its header and the titles
-    /// of the curves, by id. What `file` had open is closed first. False if
-    /// the file cannot be created; whether the text reached it is told by the file's error().
+    /// Creates a part of a CSV export, with its directory, and writes its header and the titles of
+    /// the curves, by id. Closes what `file` had open. False if the file cannot be created; whether
+    /// the text reached it is in the file's error().
     bool openCsvPart(const QString& path, int index, const QString& separator,
                      const QMap<QString, QString>& header, const QMap<int, QString>& curves,
                      QFile& file, QTextStream& stream);
 
-    /// Starts to empty the store and returns; sigClearFinished() tells when it is ready again.
+    /// Starts clearing the store and returns; sigClearFinished() reports when it is ready again.
     /// GUI thread.
     void clearAll();
 
@@ -146,7 +145,7 @@ public:
     bool deleteCurveData(int curveId);
 
 signals:
-    /// The store is empty and ready.
+    /// The store has been cleared and is ready.
     void sigClearFinished();
 
 private slots:

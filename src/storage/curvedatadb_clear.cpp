@@ -32,7 +32,7 @@ void CurveDataDB::clearAll()
         m_batchList.clear();
         m_pendingPoints.clear();
     }
-    // The operating system may need a moment to let go of the files.
+    // The operating system may need a moment to release the files.
     QTimer::singleShot(storeWait(storewaits::kReleaseDelay), this, &CurveDataDB::startClearThread);
 }
 
@@ -126,7 +126,7 @@ bool CurveDataDB::deleteCurveData(int curveId)
     ManagedQuery commit(*m_currentDb);
     if (!commit.exec(kCommit)) {
         qWarning() << "提交事务失败:" << commit.errorText();
-        // Left open, the transaction would take every later write with it.
+        // Left open, the transaction would include every later write.
         commit.exec(kRollback);
         return false;
     }

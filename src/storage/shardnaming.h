@@ -2,9 +2,8 @@
 
 #include <QString>
 
-/// How a time maps to a day file and to a table in it. Times are milliseconds since the epoch;
-/// dates and names are in local time. Nothing here fails, and every function may be called on any
-/// thread.
+/// Maps times to day files and tables. Times are milliseconds since the epoch; dates and names are
+/// local time. Nothing here fails; any thread may call.
 
 /// Length of a batch: six hours, counted from local midnight.
 constexpr qint64 kBatchLengthMs = 21600000;
@@ -27,14 +26,14 @@ QString formatBatchStamp(qint64 timestamp);
 /// The base name of a path if it is so many digits, else an empty text.
 QString digitsOfBaseName(const QString& path, int length);
 
-/// "yyyyMMdd" of the present day.
+/// "yyyyMMdd" of today.
 QString todayKey();
 
-/// "yyyyMMdd" of the local time; of the present time if the timestamp lies in the future.
+/// "yyyyMMdd" of the local time; of now if the timestamp is in the future.
 QString dateKeyForTime(qint64 timestamp);
 
-/// First millisecond of the batch that holds the timestamp. Where counting six-hour steps from
-/// midnight leads out of the timestamp's own date, warns and gives that date's midnight.
+/// First millisecond of the batch that contains the timestamp. If six-hour steps from midnight lead
+/// out of the timestamp's own date, warns and returns that date's midnight.
 qint64 alignToBatchStart(qint64 timestamp);
 
 /// "batch_<first>_<last>" with the stamps of the batch's bounds.
@@ -43,7 +42,7 @@ QString makeBatchName(qint64 timestamp);
 /// "curve_<id>_<batch name>": the name of a curve's table for one batch.
 QString makeTableName(int curveId, const QString& batchName);
 
-/// "curve_<id>_": what the names of all tables of a curve start with.
+/// "curve_<id>_": the common prefix of a curve's table names.
 QString tablePrefix(int curveId);
 
 /// The text as an SQL string literal: in single quotes, each quote inside doubled.
