@@ -101,7 +101,7 @@ private slots:
     void onMoreButton2Clicked();
     void recvAdvancedSettingChanged(int channelNum);
 
-    // Logging page
+    // Recording page
     void recvUsbSlot(bool isChecked);
     void recvStartSlot(bool isChecked);
     void recvAlarmComboSlot(int index);

@@ -22,8 +22,8 @@ constexpr int kLastEventsMs = 100;
 const QString kWalSuffix = QStringLiteral("-wal");
 const QString kShmSuffix = QStringLiteral("-shm");
 
-/// Lets queued work of this thread run, so that queries in use can come to their end. User input
-/// stays out: a click must not start a scan inside the closing of the last one's files.
+/// Processes this thread's queued work, so that queries in use can finish. User input is excluded:
+/// a click must not start a scan while the last one's files are closing.
 void handleEvents(int passes)
 {
     for (int pass = 0; pass < passes; ++pass) {
@@ -79,8 +79,8 @@ void ConnectionPool::discardLocked(const QString& path)
     QueryManager::instance().finishQueries(name);
     {
         const ConnectionLocker locker(info.mutex);
-        // Closing leaves the log of a file that is not in its place: it would be replayed into the
-        // one that has taken it. Folded in, it is empty, and a file that was moved has it all.
+        // Closing leaves the WAL of a file that is not in its place, and it would be replayed into
+        // the file that replaced it. Checkpointed, it is empty, and a moved file has everything.
         setBusyTimeout(*info.connection, std::chrono::milliseconds::zero());
         truncateLog(*info.connection);
         info.connection->close();
@@ -109,9 +109,8 @@ void ConnectionPool::evictOldestConnection()
     evictOldestLocked();
 }
 
-/// Waits for nobody: no thread holds the connection, and a process that locks the file leaves its
-/// log to the next opening. Handling events here would let a chart load anew inside the load that
-/// asks for the connection, and again inside that one.
+/// Does not wait: no thread holds the connection, and a process that locks the file leaves its WAL
+/// to the next opening. Handling events here would nest a chart's reloads.
 void ConnectionPool::evictOldestLocked()
 {
     auto oldest = m_connections.constEnd();
@@ -153,7 +152,7 @@ void ConnectionPool::cleanExpiredConnections()
     qDebug() << "连接池清理超时连接数：" << expired.size();
 }
 
-/// Neither a checkpoint nor the removal of the connection's name belongs to an expiry.
+/// An expiry neither checkpoints nor removes the connection's name.
 void ConnectionPool::closeExpired(const QString& path, ConnectionInfo& info)
 {
     const QString name = info.connection->connectionName();
@@ -165,8 +164,8 @@ void ConnectionPool::closeExpired(const QString& path, ConnectionInfo& info)
         if (info.connection->isOpen()) {
             const bool wal = usesWal(*info.connection);
             info.connection->close();
-            // The last connection folds its log in and removes it. One that is still there belongs
-            // to another process or could not be folded in: the readings in it are not ours to
+            // The last connection checkpoints the WAL and removes it. One that is still there
+            // belongs to another process or could not be checkpointed: its readings are not ours to
             // delete.
             logInUse = wal && QFile::exists(path + kWalSuffix);
         }
@@ -185,8 +184,8 @@ void ConnectionPool::closeForExit(QDeadlineTimer deadline)
         return m_mutex.tryLock(static_cast<int>(std::max<qint64>(deadline.remainingTime(), 0)));
     };
     QStringList stillOpen;
-    // A thread that is in the middle of an open may add a connection meanwhile. One that takes too
-    // long leaves its file as a killed program does.
+    // A thread in the middle of an open may add a connection meanwhile. One that takes too long
+    // leaves its file as a killed program does.
     for (;;) {
         QMap<QString, ConnectionInfo> connections;
         if (!lockInTime()) {
@@ -212,8 +211,8 @@ void ConnectionPool::closeForExit(QDeadlineTimer deadline)
     m_mutex.unlock();
 }
 
-/// Closes one connection of a program that ends. Another process that locks the file, or a thread
-/// that is busy on the connection, gets no more than the time that is left.
+/// Closes one connection at the end of the program. A process that locks the file, or a thread busy
+/// on the connection, gets only the remaining time.
 bool ConnectionPool::closeByDeadline(ConnectionInfo& info, const QDeadlineTimer& deadline)
 {
     const auto remaining = [&deadline] {
@@ -233,8 +232,7 @@ bool ConnectionPool::closeByDeadline(ConnectionInfo& info, const QDeadlineTimer&
     return true;
 }
 
-/// Removes the names that expiries have left behind; those of connections that are open or held
-/// stay.
+/// Removes names left behind by expiries; those of open or held connections stay.
 void ConnectionPool::removeNamesExcept(const QStringList& stillOpen)
 {
     const QStringList kept = stillOpen + m_retired.names();
@@ -246,7 +244,7 @@ void ConnectionPool::removeNamesExcept(const QStringList& stillOpen)
     }
 }
 
-/// Removes the name of a closed connection, at once or when its last holder has let go.
+/// Removes the name of a closed connection, at once or when its last holder releases it.
 void ConnectionPool::forgetName(const QString& name, const HolderCount& holders)
 {
     if (*holders == 0) {

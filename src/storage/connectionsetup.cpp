@@ -150,7 +150,7 @@ void foldAndClose(QSqlDatabase& database)
     if (!database.isOpen()) {
         return;
     }
-    // A query begun during the wait would keep the journal from being switched.
+    // A query started during the wait would block the switch of the journal.
     QueryManager::instance().finishQueries(database.connectionName());
     truncateLog(database);
     ManagedQuery(database).exec(kJournalDelete);

@@ -5,32 +5,32 @@
 
 #include <chrono>
 
-/// What is done with one connection to a day file: opening it for its role, asking it, closing it.
+/// Operations on one connection to a day file: opening it for its role, checking it, closing it.
 namespace storage {
 
-/// What the names of all connections of the pool start with.
+/// Common prefix of the names of the pool's connections.
 inline const QString kConnectionNamePrefix = QStringLiteral("curve_db_");
 
-/// Opens a file and its directory; today's for writing, any other for reading. An invalid database
-/// if that fails.
+/// Opens a file, creating its directory: today's for writing, any other for reading. Returns an
+/// invalid database on failure.
 QSqlDatabase createConnection(const QString& path);
 
 /// Whether a connection is open and answers.
 bool validateConnection(const QSqlDatabase& database);
 
-/// Runs a PRAGMA and compares what it answers, if it does, with what is expected, if anything is.
+/// Runs a PRAGMA and compares its answer, if any, with the expected one, if any.
 bool execPragmaChecked(const QSqlDatabase& database, const QString& sql, const QString& expected);
 
-/// How long a statement of the connection waits for a file that another process has locked.
+/// How long the connection's statements wait for a file locked by another process.
 void setBusyTimeout(const QSqlDatabase& database, std::chrono::milliseconds patience);
 
-/// Whether the connection writes a log beside the file.
+/// Whether the connection writes a WAL.
 bool usesWal(const QSqlDatabase& database);
 
-/// Folds the log into the file.
+/// Checkpoints the WAL.
 void truncateLog(const QSqlDatabase& database);
 
-/// Folds the log in, leaves no side files behind and closes.
+/// Checkpoints the WAL, removes the side files and closes.
 void foldAndClose(QSqlDatabase& database);
 
 } // namespace storage

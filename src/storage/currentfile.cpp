@@ -104,8 +104,8 @@ void CurrentFile::noteForeignExtremes()
     doubt();
 }
 
-/// Ids, ascending, whose extremes differ from what the file holds. Ids that the file does not know
-/// have no row to go to: readings of a series that a clear has outlived carry them.
+/// Ids, ascending, whose extremes differ from the file's. Ids unknown to the file have no row:
+/// readings of a series that outlived a clear carry them.
 QVector<int> CurrentFile::unsavedCurves(const QMap<int, DBCurveMetadata>& extremes) const
 {
     const QList<int> candidates = m_compareAll ? extremes.keys() : m_changed.values();

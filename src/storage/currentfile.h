@@ -18,38 +18,38 @@ namespace storage {
 /// How well the store knows today's file, from the best to the worst.
 enum class Attachment {
     Trusted,    ///< Memory agrees with the file, and nothing has failed since.
-    Doubted,    ///< Memory may differ: the file is read when it is next taken up.
+    Doubted,    ///< Memory may differ: the file is read at the next attachment.
     Incomplete, ///< The file lacks base tables, or curves that it must have.
-    ReadOnly,   ///< The connection has turned out to be unfit for writing.
-    Attaching,  ///< The file is being opened and read. What comes in between starts nothing anew.
+    ReadOnly,   ///< The connection cannot write.
+    Attaching,  ///< The file is being opened and read; nested calls start nothing.
 };
 
-/// The writing of today's file: what it is known to hold, so that only what differs is written, and
-/// the statements that are kept on its connection.
+/// Writes today's file: tracks what the file holds, so that only differences are written, and keeps
+/// the statements prepared on its connection.
 ///
 ///     any state --beginAttaching()--> Attaching --endAttaching()--> Trusted, or what was found
 ///     Trusted --doubt(), noteIncomplete(), noteReadOnly(), noteFailure()--> a worse one
 ///     any state --forget()--> Doubted
 ///
-/// A state gets better by another attachment only. It outlives a detachment: while it is Trusted the
-/// file is taken up again without a statement.
+/// Only another attachment improves a state. It survives a detachment: while Trusted, the file is
+/// attached again without a statement.
 class CurrentFile
 {
 public:
     bool isAttaching() const { return m_state == Attachment::Attaching; }
 
-    /// Whether the file has to be opened anew before it can take readings.
+    /// Whether the file must be reopened before it can accept readings.
     bool isUnfit() const { return known() > Attachment::Doubted; }
     bool isReadOnly() const { return known() == Attachment::ReadOnly; }
     bool isIncomplete() const { return known() == Attachment::Incomplete; }
 
-    /// Whether this is still all true of a connection: nothing has to be read or written.
+    /// Whether all of this still holds for a connection, so that nothing has to be read or written.
     bool isUpToDateOn(const QString& path, const QString& connectionName) const;
 
     void beginAttaching();
     void endAttaching();
 
-    /// Starts from nothing on a connection, and trusts it until something fails.
+    /// Starts afresh on a connection, and trusts it until something fails.
     void startOn(const QString& path, const QString& connectionName);
 
     /// Drops all that is known, and the statements.
@@ -59,15 +59,15 @@ public:
     void noteIncomplete() { worsen(Attachment::Incomplete); }
     void noteReadOnly() { worsen(Attachment::ReadOnly); }
 
-    /// Looks at the failure of a query; those of this file tell what has to be repaired.
+    /// Examines a query's failure; one on this file shows what must be repaired.
     void noteFailure(const ManagedQuery& query);
 
     /// What the connection was opened on.
     const FileIdentity& identity() const { return m_identity; }
     void setIdentity(const FileIdentity& identity) { m_identity = identity; }
 
-    /// Whether the file was deleted, moved or replaced since it was opened: what is written to it
-    /// then is lost.
+    /// Whether the file was deleted, moved or replaced since it was opened, so that further writes
+    /// would be lost.
     bool isGoneFrom(const QString& path) const;
 
     KeptInserts& inserts() { return m_inserts; }
@@ -80,19 +80,19 @@ public:
     void addSavedExtremes(int curveId, const DBCurveMetadata& extremes);
     void forgetSavedExtremes(int curveId) { m_saved.remove(curveId); }
 
-    /// The extremes of a curve in memory have changed, or go back to those that were saved.
+    /// A curve's extremes in memory have changed, or reverted to the saved ones.
     void noteChange(int curveId) { m_changed.insert(curveId); }
     void forgetChange(int curveId) { m_changed.remove(curveId); }
 
     /// Memory holds the extremes of another file: any may differ.
     void noteForeignExtremes();
 
-    /// Brings the rows of curve_metadata to the extremes given. Rows that have their values already
-    /// are left alone; several go in one transaction.
+    /// Updates curve_metadata to these extremes. Unchanged rows are skipped; several go in one
+    /// transaction.
     bool saveExtremes(const QSqlDatabase& db, const QMap<int, DBCurveMetadata>& extremes);
 
 private:
-    /// What is known, or, while attaching, has been found out so far.
+    /// What is known or, while attaching, has been found so far.
     Attachment known() const { return isAttaching() ? m_found : m_state; }
     void setKnown(Attachment state) { (isAttaching() ? m_found : m_state) = state; }
     void worsen(Attachment state);
@@ -103,7 +103,7 @@ private:
     bool failedToSave(const ManagedQuery& query);
 
     Attachment m_state = Attachment::Doubted;
-    Attachment m_found = Attachment::Doubted; ///< Where the attaching under way leads to.
+    Attachment m_found = Attachment::Doubted; ///< The state after the current attachment.
     FileIdentity m_identity;
 
     /// The connection that the rest belongs to.
@@ -115,7 +115,7 @@ private:
     QSet<int> m_ids;
     QMap<int, DBCurveMetadata> m_saved; ///< Rows of its curve_metadata.
     QSet<int> m_changed;                ///< Extremes changed since they were saved.
-    bool m_compareAll = false;          ///< Changes were not noted one by one.
+    bool m_compareAll = false;          ///< Changes were not recorded one by one.
 };
 
 } // namespace storage

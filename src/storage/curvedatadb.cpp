@@ -34,7 +34,7 @@ CurveDataDB* CurveDataDB::instance(const QString& directoryName)
     const QDir applicationDir(QCoreApplication::applicationDirPath());
     auto* store = new CurveDataDB(applicationDir.filePath(
         directoryName.isEmpty() ? QStringLiteral("curve_data") : directoryName));
-    // Its slots and timers belong to the GUI thread, whoever asks for it first.
+    // Its slots and timers belong to the GUI thread, whoever requests it first.
     store->moveToThread(QCoreApplication::instance()->thread());
     g_instance.store(store, std::memory_order_release);
     return store;

@@ -44,8 +44,8 @@ constexpr BaseTable kBaseTables[] = {
 
 } // namespace
 
-/// Makes today's file the current one: after midnight, after a detachment, after the file has
-/// gone. Nothing happens while it is current and in place.
+/// Makes today's file the current one: after midnight, after a detachment, after the file has gone.
+/// Does nothing while it is current and in place.
 void CurveDataDB::ensureCurrentDb()
 {
     const LockPatience patience;
@@ -101,8 +101,8 @@ bool CurveDataDB::reopenCurrentDb()
     return true;
 }
 
-/// After a short detachment memory still agrees with the file, and everything goes on as it was.
-/// Otherwise the catalogue is built: known curves are registered, the file's records are read.
+/// After a short detachment memory still agrees with the file, and everything continues as before.
+/// Otherwise the catalogue is rebuilt: known curves are registered, the file's records are read.
 void CurveDataDB::takeUpCurrentDb()
 {
     noteUse();
@@ -117,9 +117,8 @@ void CurveDataDB::takeUpCurrentDb()
     loadMetadata(m_currentDbPath);
 }
 
-/// Gives today's file the base tables and the curves of the file before, under the ids that they
-/// have there. Ids are given in order: after one that cannot be registered the others would get each
-/// other's.
+/// Gives today's file the base tables and the curves of the previous file, under their ids. Ids are
+/// assigned in order: after one that cannot be registered the others would get each other's.
 bool CurveDataDB::registerKnownCurves()
 {
     const QMap<int, QString> names = m_curveNameMap;
@@ -130,8 +129,8 @@ bool CurveDataDB::registerKnownCurves()
     return isComplete;
 }
 
-/// Takes today's file up again after it was deleted, could not be opened or written, or was found
-/// incomplete. What cannot be had yet is asked for again every few seconds, not with every reading.
+/// Reattaches today's file after it was deleted, could not be opened or written, or was found
+/// incomplete. What is not available yet is retried every few seconds, not with every reading.
 void CurveDataDB::repairAttachment()
 {
     const bool gone = isCurrentOpen() && m_today.isGoneFrom(m_currentDbPath);
@@ -144,7 +143,7 @@ void CurveDataDB::repairAttachment()
     if (m_clearing || (tooSoon && !gone)) {
         return;
     }
-    // Whether a file can be written again shows only at the next reading.
+    // Only the next reading shows whether a file can be written again.
     const bool provenByOpening = !m_today.isReadOnly();
     m_lastRepair = now;
     m_today.doubt();
@@ -186,7 +185,7 @@ bool CurveDataDB::isAttachedToday()
     return isCurrentOpen() && m_currentDate == currentDayKey();
 }
 
-/// A write is a use: without this the sweep of idle connections would take the writer's for one.
+/// A write counts as use: otherwise the sweep of idle connections would close the writer's.
 void CurveDataDB::noteUse()
 {
     const qint64 now = storeNow();
@@ -197,9 +196,9 @@ void CurveDataDB::noteUse()
     ConnectionPool::instance().releaseConnection(m_currentDbPath);
 }
 
-/// A chart asks for this before it reads a window. What was held back is then in the file that it
-/// reads, and the writer keeps no hold of the connection: a read may evict it, or find that its file
-/// was replaced and open it anew. The next reading takes the file up again.
+/// A chart calls this before it reads a window. What was held back is then in the file it reads,
+/// and the writer does not hold the connection: a read may evict it, or find its file replaced and
+/// reopen it. The next reading attaches again.
 void CurveDataDB::flushAndDetach()
 {
     const QMutexLocker locker(&m_mutex);

@@ -9,7 +9,7 @@
 
 using namespace storage;
 
-/// Makes the table of a reading's batch exist. Gives true when it is known to.
+/// Ensures that the table of a reading's batch exists. True if it is known to.
 bool CurveDataDB::openForWrite(int curveId, qint64 timestamp)
 {
     const qint64 start = alignToBatchStart(timestamp);

@@ -61,8 +61,8 @@ void CurveDataDB::appendToFile(const QString& path, int curveId, const QVector<Q
     }
 }
 
-/// Inserts points of one curve into one file in a transaction. The tables are made before it: a
-/// transaction of their own has no place inside another.
+/// Inserts points of one curve into one file in a transaction. The tables are created first, since
+/// their own transaction cannot be nested.
 void CurveDataDB::insertPoints(const QSqlDatabase& db, int curveId, const QVector<QPointF>& points)
 {
     QMap<QString, QVector<QPointF>> pointsByTable;

@@ -7,9 +7,9 @@
 
 using namespace storage;
 
-/// The way of a reading of another day. The file's own catalogue is loaded, and today's file gets
-/// the extremes that follow from it. While readings go on coming for the same file and nothing else
-/// is loaded, what was loaded stands for the file. False if the reading could not be stored.
+/// Stores a reading of another day. Loads that file's own catalogue, and gives today's file the
+/// extremes that follow. While readings keep coming for the same file and nothing else is loaded,
+/// the loaded catalogue is reused. False if the reading could not be stored.
 bool CurveDataDB::appendToOtherFile(int curveId, qint64 timestamp, double value)
 {
     const QString path = dbPathForDate(dateKeyFor(timestamp));
@@ -22,7 +22,7 @@ bool CurveDataDB::appendToOtherFile(int curveId, qint64 timestamp, double value)
     } else {
         m_loadedPath.clear();
     }
-    // The caller's id names the table even where the file knows the curve under another one; the
+    // The caller's id names the table even if the file knows the curve under another one; the
     // insert then finds no table.
     attachLateFile(*db);
     bool metReadOnly = false; // which makes no difference here
@@ -37,14 +37,14 @@ bool CurveDataDB::appendToOtherFile(int curveId, qint64 timestamp, double value)
     return isStored;
 }
 
-/// Whether a file of an earlier day is the one loaded last, through this connection, and takes
+/// Whether a file of an earlier day is the one last loaded, through this connection, and accepts
 /// readings.
 bool CurveDataDB::isLoaded(const QString& path, const QSqlDatabase& db) const
 {
     return m_loadedPath == path && m_late.connection == db.connectionName() && m_late.isFit;
 }
 
-/// Lets go of what was kept for the late readings of another connection.
+/// Drops what was kept for late readings on another connection.
 void CurveDataDB::attachLateFile(const QSqlDatabase& db)
 {
     if (m_late.connection == db.connectionName()) {
@@ -54,7 +54,7 @@ void CurveDataDB::attachLateFile(const QSqlDatabase& db)
     m_late.connection = db.connectionName();
 }
 
-/// Loads the file of another day, after giving it what it needs to take readings.
+/// Loads the file of another day, after giving it what it needs for readings.
 void CurveDataDB::loadOtherFile(const QString& path, const QSqlDatabase& db)
 {
     const bool isFit = setUpOtherFile(db);
@@ -68,8 +68,8 @@ void CurveDataDB::loadOtherFile(const QString& path, const QSqlDatabase& db)
     m_late.isFit = isFit;
 }
 
-/// A file without curves gets the base tables and today's curves under today's ids, or stays as it
-/// is. False if it cannot take any.
+/// Gives a file without curves the base tables and today's curves under today's ids, or leaves it
+/// unchanged. False if it cannot accept readings.
 bool CurveDataDB::setUpOtherFile(const QSqlDatabase& db)
 {
     {
@@ -102,7 +102,7 @@ bool CurveDataDB::setUpOtherFile(const QSqlDatabase& db)
     return isDone;
 }
 
-/// Goes back to the extremes that the loaded file has: each late reading starts from those.
+/// Restores the loaded file's extremes: each late reading starts from those.
 void CurveDataDB::restoreLateExtremes()
 {
     for (const int curveId : qAsConst(m_late.changed)) {
@@ -118,8 +118,7 @@ void CurveDataDB::restoreLateExtremes()
     m_late.changed.clear();
 }
 
-/// The id under which a file that is not the current one knows a curve, registered there if need
-/// be; -1 on failure.
+/// A curve's id in a file other than the current one, registered there if necessary; -1 on failure.
 int CurveDataDB::curveIdInOtherFile(const QSqlDatabase& db, int curveId)
 {
     if (!m_curveNameMap.contains(curveId)) {

@@ -4,8 +4,8 @@
 
 using namespace storage;
 
-/// Reads a file's catalogue into memory, in place of that of the file loaded before. Names are added
-/// to those that are known.
+/// Reads a file's catalogue into memory, replacing the last loaded file's. Its names are added to
+/// the known ones.
 bool CurveDataDB::loadMetadata(const QString& path)
 {
     m_batchList.clear();

@@ -30,8 +30,8 @@ int CurveDataDB::enlistCurve(const QString& name, NewCurve newCurve)
     return curveId;
 }
 
-/// Gives a curve its id in today's file. A name that is new there is preceded by the pauses that two
-/// further look-ups would take; they give a store that was just cleared time to settle.
+/// Assigns a curve's id in today's file. Before a new name it makes the pauses of two further
+/// look-ups, which give a newly cleared store time to settle.
 int CurveDataDB::curveIdInCurrentFile(const QString& name, NewCurve newCurve)
 {
     int curveId = findCurve(name);

@@ -9,7 +9,7 @@ using namespace storage;
 
 namespace {
 
-/// Whether a kept insert has failed because it has to be prepared anew.
+/// Whether a kept insert failed because it must be prepared again.
 bool isTableGone(const ManagedQuery& insert)
 {
     return saysMissingTable(insert.errorText()) || !insert.isUsable();
@@ -35,7 +35,7 @@ void CurveDataDB::appendPoint(int curveId, qint64 timestamp, double value)
     m_refusing = !isStored && !m_clearing;
 }
 
-/// The key of the day file that a reading goes to; a reading from the future goes to today's.
+/// The key of a reading's day file; a reading from the future goes to today's.
 const QString& CurveDataDB::dateKeyFor(qint64 timestamp)
 {
     return storeNow() < timestamp ? currentDayKey() : m_readingSlice.at(timestamp).dateKey;
@@ -64,8 +64,8 @@ bool CurveDataDB::appendToCurrentFile(int curveId, qint64 timestamp, double valu
     return isStored;
 }
 
-/// Inserts a reading into a file, with a kept insert if there is one. One whose table has gone is
-/// prepared anew, once.
+/// Inserts a reading into a file, with a kept insert if there is one. One whose table is gone is
+/// prepared again, once.
 bool CurveDataDB::insertReading(KeptInserts& inserts, const QSqlDatabase& db,
                                 const Reading& reading, bool& metReadOnly)
 {
@@ -86,8 +86,8 @@ bool CurveDataDB::insertReading(KeptInserts& inserts, const QSqlDatabase& db,
     return isStored();
 }
 
-/// The insert for the table of a reading's batch, which is made if it is not known to exist; null if
-/// it cannot be prepared.
+/// The insert for the table of a reading's batch, created if not known to exist; null if it cannot
+/// be prepared.
 ManagedQuery* CurveDataDB::insertFor(KeptInserts& inserts, const QSqlDatabase& db,
                                      const Reading& reading)
 {
@@ -99,8 +99,8 @@ ManagedQuery* CurveDataDB::insertFor(KeptInserts& inserts, const QSqlDatabase& d
     return inserts.prepare(db, reading.curveId, slice, tableExists);
 }
 
-/// The first reading sets all four, whatever it is: a bound of exactly zero counts as not set, so
-/// that a true minimum of zero is given up at the next reading.
+/// The first reading sets all four. A bound of exactly zero counts as not set, so a true minimum of
+/// zero is given up at the next reading.
 void CurveDataDB::updateMetadataCache(int curveId, qint64 timestamp, double value)
 {
     DBCurveMetadata& extremes = m_metadataMap[curveId];

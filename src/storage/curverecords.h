@@ -13,7 +13,7 @@ struct DBBatchInfo
     QString tableName;
 };
 
-/// Extremes of one curve. The initial values mean that no reading has been seen.
+/// Extremes of one curve. The initial values mean no reading yet.
 struct DBCurveMetadata
 {
     qint64 minTime = std::numeric_limits<qint64>::max();

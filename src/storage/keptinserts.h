@@ -8,15 +8,15 @@
 
 namespace storage {
 
-/// The prepared inserts of one file: one for each curve, for the table of its latest batch. Preparing
-/// one for each reading would cost as much as the reading.
+/// The prepared inserts of one file: one per curve, for the table of its latest batch. Preparing
+/// one per reading would cost as much as the reading.
 class KeptInserts
 {
 public:
     /// The insert for the batch of a slice; null if none is kept.
     ManagedQuery* find(int curveId, const TimeSlice& slice) const;
 
-    /// Prepares the insert for the batch of a slice; null if that fails. It is kept for this batch
+    /// Prepares the insert for the batch of a slice; null on failure. It is kept for this batch
     /// only if the table is known to exist: until then each reading looks for it again.
     ManagedQuery* prepare(const QSqlDatabase& db, int curveId, const TimeSlice& slice,
                           bool tableExists);
@@ -37,7 +37,7 @@ private:
     void growCache(const QSqlDatabase& db);
 
     std::unordered_map<int, Insert> m_inserts;
-    int m_cacheKib = 0; ///< Page cache asked for on the connection; 0: SQLite's own.
+    int m_cacheKib = 0; ///< Page cache set on the connection; 0: SQLite's default.
 };
 
 } // namespace storage

@@ -9,13 +9,14 @@
 
 namespace storage {
 
-/// What is kept of the file of an earlier day that late readings go to, one file at a time.
+/// What the store keeps about an earlier day's file while late readings go to it, one file at a
+/// time.
 struct LateFile
 {
-    QString connection; ///< The connection that all of it belongs to.
+    QString connection; ///< The connection this belongs to.
     KeptInserts inserts;
-    bool isFit = false;                  ///< It has the tables that it needs.
-    QMap<int, DBCurveMetadata> extremes; ///< As they stand in the file.
+    bool isFit = false;                  ///< It has the tables it needs.
+    QMap<int, DBCurveMetadata> extremes; ///< As in the file.
     QSet<int> changed;                   ///< Curves whose extremes in memory differ from those.
 };
 

@@ -9,12 +9,12 @@
 
 namespace storage {
 
-/// How many pointers to a connection are out of the pool.
+/// Number of pointers handed out for a connection.
 using HolderCount = std::shared_ptr<std::atomic<int>>;
 
-/// Closed connections that somebody still holds. Their names stay known to Qt until the last holder
-/// has let go, since the removal would pull the driver from under the holder. Guarded by the pool's
-/// mutex.
+/// Closed connections that someone still holds. Qt keeps their names until the last holder has
+/// released them, since removing a name would pull the driver from under the holder. Guarded by the
+/// pool's mutex.
 class RetiredConnections
 {
 public:
@@ -23,7 +23,7 @@ public:
         m_connections.append({name, holders});
     }
 
-    /// Removes the names of those that nobody holds any more.
+    /// Removes the names of those no longer held.
     void purge();
 
     QStringList names() const;

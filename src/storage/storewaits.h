@@ -2,53 +2,53 @@
 
 #include <chrono>
 
-/// Every length of time that the store keeps to, in one place.
+/// All the store's waits and intervals.
 namespace storewaits {
 
 using std::chrono::hours;
 using std::chrono::milliseconds;
 
-/// Before a new name is registered by registerCurve(), so many times so long.
+/// registerCurve() pauses this often, for this long, before it registers a new name.
 constexpr milliseconds kRegisterPause{100};
 constexpr int kRegisterPauses = 2;
 
-/// Between closing the files and deleting them, so that the operating system may let go of them.
+/// Between closing and deleting the files, so that the operating system can release them.
 constexpr milliseconds kReleaseDelay{1000};
 
-/// After a clear has closed the files: events are handled so many times, with a pause after each.
+/// After a clear has closed the files it handles events this often, with a pause after each pass.
 constexpr milliseconds kClearPass{100};
 constexpr int kClearPasses = 3;
 
-/// A file that cannot be deleted is tried so many times, with a pause after each.
+/// A file that cannot be deleted is tried this often, with a pause after each attempt.
 constexpr milliseconds kDeleteRetry{500};
 constexpr int kDeleteAttempts = 3;
 
-/// Closing a connection handles events, with a pause after each pass: first so that those who read
-/// from it come to their end, then so that its name is let go of.
+/// Closing a connection handles events, with a pause after each pass: first until its readers have
+/// finished, then until its name is released.
 constexpr milliseconds kClosePass{50};
 constexpr int kDrainPasses = 10;
 constexpr int kSettlePasses = 5;
 
-/// Closing all connections pauses after each.
+/// Pause after each connection when all are closed.
 constexpr milliseconds kCloseGap{50};
 
-/// For a file that another process has locked.
+/// How long to wait for a file locked by another process.
 constexpr milliseconds kLockPatience{5000};
 
-/// A connection that nobody has used for so long is closed by a sweep, which comes at intervals.
+/// Idle time after which a sweep closes a connection, and the interval of the sweep.
 constexpr hours kIdleLimit{12};
 constexpr hours kSweepInterval{4};
 
-/// At most once in this time the pool is told that today's file is in use.
+/// Shortest interval between notes to the pool that today's file is in use.
 constexpr milliseconds kUseNoteInterval{1000};
 
-/// At most once in this time today's file is asked for again after a failure.
+/// Shortest interval between attempts to reattach today's file after a failure.
 constexpr milliseconds kRepairInterval{5000};
 
-/// The end of the program waits no longer than this for the store,
+/// The end of the program waits at most this long for the store,
 constexpr milliseconds kShutdownBudget{2000};
 
-/// and the end of a store no longer than this for a clear that is under way.
+/// and the end of a store at most this long for a running clear.
 constexpr milliseconds kClearThreadWait{3000};
 
 } // namespace storewaits
