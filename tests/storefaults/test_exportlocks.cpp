@@ -3,9 +3,9 @@
 #include "exportscene.h"
 #include "lockingprocess.h"
 #include "lockwaits.h"
-#include "logcapture.h"
 #include "skippedwaits.h"
 #include "storage/connectionpool.h"
+#include "support/logcapture.h"
 #include "timescene.h"
 
 #include <QDir>

@@ -1,10 +1,10 @@
 #include "dayfilewriter.h"
 #include "export/csvexportfromdbthread.h"
 #include "exportscene.h"
-#include "logcapture.h"
 #include "skippedwaits.h"
 #include "standstillwatchdog.h"
 #include "storage/connectionpool.h"
+#include "support/logcapture.h"
 #include "support/testprogram.h"
 #include "timescene.h"
 

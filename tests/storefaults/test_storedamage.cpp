@@ -1,9 +1,9 @@
 #include "dayfilereader.h"
 #include "dayfilewriter.h"
-#include "logcapture.h"
 #include "skippedwaits.h"
 #include "storage/connectionpool.h"
 #include "storage/curvedatadb.h"
+#include "support/logcapture.h"
 #include "support/testprogram.h"
 #include "teststore.h"
 

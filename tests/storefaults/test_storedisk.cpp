@@ -1,9 +1,9 @@
 #include "dayfilereader.h"
 #include "dayfilewriter.h"
-#include "logcapture.h"
 #include "skippedwaits.h"
 #include "storage/curvedatadb.h"
 #include "storeobserver.h"
+#include "support/logcapture.h"
 #include "support/privatemounts.h"
 #include "teststore.h"
 

@@ -1,13 +1,13 @@
 #include "dayfilereader.h"
 #include "dayfilewriter.h"
 #include "faultyvfs.h"
-#include "logcapture.h"
 #include "skippedwaits.h"
 #include "storage/connectionpool.h"
 #include "storage/curvedatadb.h"
 #include "storage/shardnaming.h"
 #include "storage/storeclock.h"
 #include "storeobserver.h"
+#include "support/logcapture.h"
 #include "support/testprogram.h"
 
 #include <QDir>

@@ -2,10 +2,10 @@
 #include "dayfilewriter.h"
 #include "lockingprocess.h"
 #include "lockwaits.h"
-#include "logcapture.h"
 #include "skippedwaits.h"
 #include "storage/curvedatadb.h"
 #include "storeobserver.h"
+#include "support/logcapture.h"
 #include "teststore.h"
 
 #include <QtTest>

@@ -1,11 +1,12 @@
 #include "dayfilereader.h"
 #include "dayfilewriter.h"
-#include "logcapture.h"
 #include "skippedwaits.h"
 #include "standstillwatchdog.h"
 #include "storage/connectionpool.h"
 #include "storage/curvedatadb.h"
 #include "storage/managedquery.h"
+#include "support/daytables.h"
+#include "support/logcapture.h"
 #include "support/testprogram.h"
 #include "teststore.h"
 
@@ -62,23 +63,16 @@ void makePastFiles(CurveDataDB& store)
         QFile(path).open(QIODevice::Append);
         dayfile::execute(
             path,
-            QStringLiteral(
-                "BEGIN IMMEDIATE;"
-                "CREATE TABLE IF NOT EXISTS curve_info (curve_id INTEGER PRIMARY KEY "
-                "AUTOINCREMENT, name TEXT NOT NULL UNIQUE);"
-                "CREATE TABLE IF NOT EXISTS batch_metadata (id INTEGER PRIMARY KEY AUTOINCREMENT, "
-                "curve_id INTEGER NOT NULL, batch_start INTEGER NOT NULL, batch_end INTEGER NOT "
-                "NULL, table_name TEXT NOT NULL, UNIQUE(curve_id, table_name));"
-                "INSERT OR IGNORE INTO curve_info (name) VALUES ('curve 0');"
-                "INSERT OR IGNORE INTO batch_metadata (curve_id, batch_start, batch_end, "
-                "table_name) VALUES (1, %1, %1 + 21599999, '%2');"
-                "CREATE TABLE IF NOT EXISTS %2 (id INTEGER PRIMARY KEY AUTOINCREMENT, curve_id "
-                "INTEGER NOT NULL, timestamp INTEGER NOT NULL, value REAL NOT NULL, "
-                "UNIQUE(curve_id, timestamp));"
-                "WITH RECURSIVE n(i) AS (SELECT 0 UNION ALL SELECT i + 1 FROM n WHERE i < 299) "
-                "INSERT OR IGNORE INTO %2 (curve_id, timestamp, value) SELECT 1, %1 + i, i FROM n;"
-                "COMMIT")
-                .arg(QString::number(start), table));
+            one("BEGIN IMMEDIATE;") +
+                (daytables::baseStatements() << daytables::batchStatement(table)).join(u';') +
+                QStringLiteral(
+                    ";INSERT OR IGNORE INTO curve_info (name) VALUES ('curve 0');"
+                    "INSERT OR IGNORE INTO batch_metadata (curve_id, batch_start, batch_end, "
+                    "table_name) VALUES (1, %1, %1 + 21599999, '%2');"
+                    "WITH RECURSIVE n(i) AS (SELECT 0 UNION ALL SELECT i + 1 FROM n WHERE i < 299) "
+                    "INSERT OR IGNORE INTO %2 (curve_id, timestamp, value) "
+                    "SELECT 1, %1 + i, i FROM n;COMMIT")
+                    .arg(QString::number(start), table));
     }
 }
 

@@ -1,6 +1,6 @@
 #include "acquisition/readdata.h"
 #include "acquisition/recorddecoder.h"
-#include "logcapture.h"
+#include "support/logcapture.h"
 #include "support/testprogram.h"
 
 #include <QRegExp>
@@ -149,7 +149,8 @@ bool decodesOutOfMemory()
     }
     const LogCapture log;
     const MeasurementData record = decodeRecord(fields);
-    return !record.valid && log.lines() == QStringList{QStringLiteral("解析数据时发生错误")};
+    return !record.valid &&
+           log.lines() == LogCapture::warnings({QStringLiteral("解析数据时发生错误")});
 }
 
 } // namespace
@@ -277,7 +278,7 @@ void TestRecordDecoder::incompleteTailIsDropped()
     fields = fields.mid(0, fieldCount);
     const LogCapture log;
     QCOMPARE(decodeResponse(fields.join(QLatin1Char(','))).size(), records);
-    QCOMPARE(log.lines(), warnings);
+    QCOMPARE(log.lines(), LogCapture::warnings(warnings));
 }
 
 void TestRecordDecoder::emptyPartsAreDropped()
@@ -374,7 +375,7 @@ void TestRecordDecoder::impossibleTimeIsSkippedWithWarnings()
     const auto batch =
         decodeResponse(QStringList{kGoodRecord, bad, kGoodRecord}.join(QLatin1Char(',')));
     QCOMPARE(batch.size(), 2);
-    QCOMPARE(log.lines(), (QStringList{kBadTime, kSkipped}));
+    QCOMPARE(log.lines(), LogCapture::warnings({kBadTime, kSkipped}));
     QVERIFY(!decodeRecord(fields).valid);
 }
 
@@ -418,9 +419,9 @@ void TestRecordDecoder::readingWithoutNumberAndUnitIsRefused()
     QVERIFY(!record.valid);
     QVERIFY(record.unit.isEmpty());
     QVERIFY(record.time.isNull());
-    QCOMPARE(log.lines(), QStringList{warning});
+    QCOMPARE(log.lines(), LogCapture::warnings({warning}));
     QVERIFY(decodeResponse(fields.join(QLatin1Char(','))).isEmpty());
-    QCOMPARE(log.lines(), (QStringList{warning, warning, kSkipped}));
+    QCOMPARE(log.lines(), LogCapture::warnings({warning, warning, kSkipped}));
 }
 
 void TestRecordDecoder::valueAndUnitAreSplitAtTheLastBlank_data()
@@ -467,7 +468,7 @@ void TestRecordDecoder::wrongFieldCountIsRefused()
     fields << QStringLiteral("0");
     const LogCapture log;
     QVERIFY(!decodeRecord(fields.mid(0, fieldCount)).valid);
-    QCOMPARE(log.lines(), QStringList{warning});
+    QCOMPARE(log.lines(), LogCapture::warnings({warning}));
 }
 
 void TestRecordDecoder::failingAllocationCostsOnlyTheRecord()
@@ -494,7 +495,7 @@ void TestRecordDecoder::hourThatTheZoneSkipsIsDropped()
     QCOMPARE(batch.size(), 2);
     QCOMPARE(batch[0].time.toMSecsSinceEpoch(), Q_INT64_C(1711846799999));
     QCOMPARE(batch[1].time.toMSecsSinceEpoch(), Q_INT64_C(1711846800000));
-    QCOMPARE(log.lines(), (QStringList{kBadTime, kSkipped}));
+    QCOMPARE(log.lines(), LogCapture::warnings({kBadTime, kSkipped}));
 }
 
 void TestRecordDecoder::hourThatTheZoneRepeatsIsTheFirst_data()

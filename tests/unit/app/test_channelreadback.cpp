@@ -1,6 +1,7 @@
 #include "app/mainwidget.h"
 #include "channels/advancedsetting.h"
 #include "support/testprogram.h"
+#include "support/texts.h"
 #include "widgets/customcombobox.h"
 #include "widgets/customlineedit.h"
 #include "windowbench.h"
@@ -15,15 +16,6 @@
 namespace {
 
 using Replies = QMap<QString, QString>;
-
-QStringList texts(std::initializer_list<const char*> lines)
-{
-    QStringList list;
-    for (const char* line : lines) {
-        list.append(QString::fromUtf8(line));
-    }
-    return list;
-}
 
 Replies replies(std::initializer_list<std::pair<const char*, const char*>> pairs)
 {

@@ -5,6 +5,7 @@
 #include "plot/graphicsettingwidget.h"
 #include "state/globals.h"
 #include "support/testprogram.h"
+#include "support/texts.h"
 #include "widgets/customcombobox.h"
 #include "widgets/customlineedit.h"
 #include "widgets/custommessagedialog.h"
@@ -23,15 +24,6 @@
 #include <initializer_list>
 
 namespace {
-
-QStringList texts(std::initializer_list<const char*> lines)
-{
-    QStringList list;
-    for (const char* line : lines) {
-        list.append(QString::fromUtf8(line));
-    }
-    return list;
-}
 
 /// Two channels whose only function counts as DC voltage: what needs no other function runs on it.
 constexpr char kTwoChannels[] = "SCN4005A";

@@ -6,6 +6,7 @@
 #include "plot/groupedheaderview.h"
 #include "state/globals.h"
 #include "support/testprogram.h"
+#include "support/texts.h"
 #include "widgets/customcombobox.h"
 #include "widgets/customlineedit.h"
 #include "windowbench.h"
@@ -24,15 +25,6 @@
 #include <initializer_list>
 
 namespace {
-
-QStringList texts(std::initializer_list<const char*> lines)
-{
-    QStringList list;
-    for (const char* line : lines) {
-        list.append(QString::fromUtf8(line));
-    }
-    return list;
-}
 
 /// A module of two channels in slot 2 and one of four in slot 3.
 struct TwoModules : WindowBench

@@ -2,6 +2,7 @@
 #include "instrument/cdevicevisa.h"
 #include "state/globals.h"
 #include "support/testprogram.h"
+#include "support/texts.h"
 #include "widgets/customcombobox.h"
 #include "widgets/customlineedit.h"
 #include "windowbench.h"
@@ -13,15 +14,6 @@
 #include <initializer_list>
 
 namespace {
-
-QStringList texts(std::initializer_list<const char*> lines)
-{
-    QStringList list;
-    for (const char* line : lines) {
-        list.append(QString::fromUtf8(line));
-    }
-    return list;
-}
 
 /// The lines of a whole read-back from STAT:OPER:EVEN? up to the trigger settings.
 QStringList scanListReadBack(const QList<int>& channels)

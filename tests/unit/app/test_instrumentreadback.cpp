@@ -6,6 +6,7 @@
 #include "state/globals.h"
 #include "support/fakeinstrument.h"
 #include "support/testprogram.h"
+#include "support/texts.h"
 
 #include <QThread>
 #include <QtTest>
@@ -15,15 +16,6 @@
 #include <memory>
 
 namespace {
-
-QStringList texts(std::initializer_list<const char*> lines)
-{
-    QStringList list;
-    for (const char* line : lines) {
-        list.append(QString::fromUtf8(line));
-    }
-    return list;
-}
 
 /// The same lines for another channel than 101.
 QStringList forChannel(QStringList lines, int channel)

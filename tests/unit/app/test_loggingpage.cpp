@@ -1,5 +1,6 @@
 #include "app/mainwidget.h"
 #include "support/testprogram.h"
+#include "support/texts.h"
 #include "widgets/timecolumn.h"
 #include "widgets/timepicker.h"
 #include "windowbench.h"
@@ -24,15 +25,6 @@ namespace {
 
 const QString kLight = QStringLiteral("color:  #D3D3D3;");
 const QString kInput = QStringLiteral("background: #2D2D2D;");
-
-QStringList texts(std::initializer_list<const char*> lines)
-{
-    QStringList list;
-    for (const char* line : lines) {
-        list.append(QString::fromUtf8(line));
-    }
-    return list;
-}
 
 /// The page of a window with two channels, as it is when the start is over.
 struct LoggingPage : WindowBench

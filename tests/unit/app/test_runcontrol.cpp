@@ -7,6 +7,7 @@
 #include "resources/resources.h"
 #include "state/globals.h"
 #include "support/testprogram.h"
+#include "support/texts.h"
 #include "widgets/custommessagedialog.h"
 #include "widgets/imagebutton.h"
 #include "widgets/timepicker.h"
@@ -30,15 +31,6 @@
 using namespace std::chrono_literals;
 
 namespace {
-
-QStringList texts(std::initializer_list<const char*> lines)
-{
-    QStringList list;
-    for (const char* line : lines) {
-        list.append(QString::fromUtf8(line));
-    }
-    return list;
-}
 
 /// What the proper start of a scan sends.
 QStringList scanLines()

@@ -9,6 +9,7 @@
 #include "storage/curveseriesdata.h"
 #include "storage/datadirectory.h"
 #include "support/testprogram.h"
+#include "support/texts.h"
 #include "widgets/custommessagedialog.h"
 #include "widgets/imagebutton.h"
 #include "windowbench.h"
@@ -27,15 +28,6 @@
 #include <initializer_list>
 
 namespace {
-
-QStringList texts(std::initializer_list<const char*> lines)
-{
-    QStringList list;
-    for (const char* line : lines) {
-        list.append(QString::fromUtf8(line));
-    }
-    return list;
-}
 
 /// What the proper start of a scan sends.
 QStringList scanLines()

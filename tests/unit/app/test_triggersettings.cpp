@@ -2,6 +2,7 @@
 #include "overlay/loadingview.h"
 #include "state/globals.h"
 #include "support/testprogram.h"
+#include "support/texts.h"
 #include "widgets/timepicker.h"
 #include "windowbench.h"
 
@@ -18,15 +19,6 @@ namespace {
 const QString kStartGroup = QStringLiteral("开始数据记录");
 const QString kIntervalGroup = QStringLiteral("扫描时间间隔");
 const QString kStopGroup = QStringLiteral("停止数据记录");
-
-QStringList texts(std::initializer_list<const char*> lines)
-{
-    QStringList list;
-    for (const char* line : lines) {
-        list.append(QString::fromUtf8(line));
-    }
-    return list;
-}
 
 /// The trigger, interval and stop groups of a window with two channels.
 struct TriggerForm : WindowBench

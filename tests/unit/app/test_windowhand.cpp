@@ -4,6 +4,7 @@
 #include "support/eventcounter.h"
 #include "support/hand.h"
 #include "support/testprogram.h"
+#include "support/texts.h"
 #include "widgets/customcombobox.h"
 #include "widgets/customlineedit.h"
 #include "widgets/timecolumn.h"
@@ -28,15 +29,6 @@
 #include <initializer_list>
 
 namespace {
-
-QStringList texts(std::initializer_list<const char*> lines)
-{
-    QStringList list;
-    for (const char* line : lines) {
-        list.append(QString::fromUtf8(line));
-    }
-    return list;
-}
 
 /// The window with twenty channels, on a screen, ready for a hand.
 struct Desk : WindowBench

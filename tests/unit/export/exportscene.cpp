@@ -2,7 +2,7 @@
 
 #include "dayfilewriter.h"
 #include "export/csvexportfromdbthread.h"
-#include "logcapture.h"
+#include "support/logcapture.h"
 
 #include <QDateTime>
 #include <QDir>

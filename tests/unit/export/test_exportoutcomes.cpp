@@ -1,9 +1,9 @@
 #include "dayfilewriter.h"
 #include "export/csvexportfromdbthread.h"
 #include "exportscene.h"
-#include "logcapture.h"
 #include "skippedwaits.h"
 #include "storage/querymanager.h"
+#include "support/logcapture.h"
 #include "support/testprogram.h"
 #include "timescene.h"
 

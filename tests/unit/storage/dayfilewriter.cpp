@@ -1,5 +1,7 @@
 #include "dayfilewriter.h"
 
+#include "support/daytables.h"
+
 #include <QDateTime>
 #include <QSqlDatabase>
 #include <QSqlError>
@@ -24,17 +26,9 @@ DayFileWriter::DayFileWriter(const QString& path)
     QSqlDatabase db = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), m_connectionName);
     db.setDatabaseName(path);
     check(db.open(), db.lastError(), path);
-    execute(QStringLiteral("CREATE TABLE IF NOT EXISTS curve_info (curve_id INTEGER PRIMARY KEY "
-                           "AUTOINCREMENT, name TEXT NOT NULL UNIQUE)"));
-    execute(QStringLiteral(
-        "CREATE TABLE IF NOT EXISTS batch_metadata (id INTEGER PRIMARY KEY AUTOINCREMENT, curve_id "
-        "INTEGER NOT NULL, batch_start INTEGER NOT NULL, batch_end INTEGER NOT NULL, table_name "
-        "TEXT NOT NULL, FOREIGN KEY(curve_id) REFERENCES curve_info(curve_id), UNIQUE(curve_id, "
-        "table_name))"));
-    execute(QStringLiteral(
-        "CREATE TABLE IF NOT EXISTS curve_metadata (curve_id INTEGER PRIMARY KEY, min_time "
-        "INTEGER, max_time INTEGER, min_value REAL, max_value REAL, FOREIGN KEY(curve_id) "
-        "REFERENCES curve_info(curve_id))"));
+    for (const QString& statement : daytables::baseStatements()) {
+        execute(statement);
+    }
 }
 
 DayFileWriter::~DayFileWriter()
@@ -76,11 +70,7 @@ void DayFileWriter::addBatch(int curveId, qint64 batchStart, const QString& tabl
     addBatchRow(curveId, batchStart, tableName);
     QString quoted = tableName;
     quoted.replace(QLatin1Char('"'), QLatin1String("\"\""));
-    execute(QStringLiteral("CREATE TABLE \"%1\" (id INTEGER PRIMARY KEY AUTOINCREMENT, curve_id "
-                           "INTEGER NOT NULL, timestamp INTEGER NOT NULL, value REAL NOT NULL, "
-                           "UNIQUE(curve_id, timestamp), FOREIGN KEY(curve_id) REFERENCES "
-                           "curve_info(curve_id))")
-                .arg(quoted));
+    execute(daytables::batchStatement(tableName));
     execute(QStringLiteral("BEGIN"));
     QSqlQuery query(QSqlDatabase::database(m_connectionName));
     query.prepare(QStringLiteral("INSERT INTO \"%1\" (curve_id, timestamp, value) VALUES (?, ?, ?)")

@@ -1,6 +1,7 @@
 #include "plainstore.h"
 
 #include "storage/shardnaming.h"
+#include "support/daytables.h"
 
 #include <QVariant>
 #include <QVector>
@@ -102,22 +103,9 @@ void PlainStore::ensureCurrent()
 
 void PlainStore::createBaseTables(sqlite3* db)
 {
-    run(db,
-        QStringLiteral("CREATE TABLE IF NOT EXISTS curve_info (curve_id INTEGER PRIMARY KEY "
-                       "AUTOINCREMENT, name TEXT NOT NULL UNIQUE)"),
-        {});
-    run(db,
-        QStringLiteral(
-            "CREATE TABLE IF NOT EXISTS batch_metadata (id INTEGER PRIMARY KEY AUTOINCREMENT, "
-            "curve_id INTEGER NOT NULL, batch_start INTEGER NOT NULL, batch_end INTEGER NOT NULL, "
-            "table_name TEXT NOT NULL, FOREIGN KEY(curve_id) REFERENCES curve_info(curve_id), "
-            "UNIQUE(curve_id, table_name))"),
-        {});
-    run(db,
-        QStringLiteral("CREATE TABLE IF NOT EXISTS curve_metadata (curve_id INTEGER PRIMARY KEY, "
-                       "min_time INTEGER, max_time INTEGER, min_value REAL, max_value REAL, "
-                       "FOREIGN KEY(curve_id) REFERENCES curve_info(curve_id))"),
-        {});
+    for (const QString& statement : daytables::baseStatements()) {
+        run(db, statement, {});
+    }
 }
 
 void PlainStore::load(const QString& path)
@@ -206,13 +194,7 @@ void PlainStore::openForWrite(int curveId, qint64 timestamp)
         return;
     }
     run(db, QStringLiteral("BEGIN"), {});
-    run(db,
-        QStringLiteral("CREATE TABLE \"%1\" (id INTEGER PRIMARY KEY AUTOINCREMENT, "
-                       "curve_id INTEGER NOT NULL, timestamp INTEGER NOT NULL, "
-                       "value REAL NOT NULL, UNIQUE(curve_id, timestamp), "
-                       "FOREIGN KEY(curve_id) REFERENCES curve_info(curve_id))")
-            .arg(table),
-        {});
+    run(db, daytables::batchStatement(table), {});
     bool ok = false;
     run(db,
         QStringLiteral("INSERT OR IGNORE INTO batch_metadata "

@@ -1,11 +1,11 @@
 #include "dayfilereader.h"
 #include "dayfilewriter.h"
 #include "lockwaits.h"
-#include "logcapture.h"
 #include "skippedwaits.h"
 #include "storage/connectionpool.h"
 #include "storage/managedquery.h"
 #include "storage/querymanager.h"
+#include "support/logcapture.h"
 #include "support/testprogram.h"
 #include "teststore.h"
 

@@ -1,10 +1,10 @@
 #include "dayfilereader.h"
 #include "dayfilewriter.h"
-#include "logcapture.h"
 #include "skippedwaits.h"
 #include "storage/connectionpool.h"
 #include "storage/curvedatadb.h"
 #include "storage/dbclearworker.h"
+#include "support/logcapture.h"
 #include "support/testprogram.h"
 #include "teststore.h"
 

@@ -1,5 +1,4 @@
 #include "dayfilewriter.h"
-#include "logcapture.h"
 #include "plainthinning.h"
 #include "randomcases.h"
 #include "readmodel.h"
@@ -7,6 +6,7 @@
 #include "storage/connectionpool.h"
 #include "storage/curvedatadb.h"
 #include "storage/storeclock.h"
+#include "support/logcapture.h"
 #include "support/testprogram.h"
 
 #include <QSqlQuery>

@@ -1,12 +1,12 @@
 #include "dayfilereader.h"
 #include "dayfilewriter.h"
 #include "lockwaits.h"
-#include "logcapture.h"
 #include "plainstore.h"
 #include "skippedwaits.h"
 #include "storage/connectionpool.h"
 #include "storage/curvedatadb.h"
 #include "storage/shardnaming.h"
+#include "support/logcapture.h"
 #include "support/testprogram.h"
 #include "teststore.h"
 

@@ -1,9 +1,9 @@
-#include "logcapture.h"
 #include "skippedwaits.h"
 #include "storage/connectionpool.h"
 #include "storage/curvedatadb.h"
 #include "storage/curveseriesbuilder.h"
 #include "storage/curveseriesdata.h"
+#include "support/logcapture.h"
 #include "support/testprogram.h"
 
 #include <QUuid>

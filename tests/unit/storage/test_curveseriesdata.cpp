@@ -1,5 +1,4 @@
 #include "dayfilewriter.h"
-#include "logcapture.h"
 #include "plainthinning.h"
 #include "randomcases.h"
 #include "skippedwaits.h"
@@ -8,6 +7,7 @@
 #include "storage/curveseriesdata.h"
 #include "storage/nonowningcurvedata.h"
 #include "storage/storeclock.h"
+#include "support/logcapture.h"
 #include "support/testprogram.h"
 
 #include <QSqlDatabase>

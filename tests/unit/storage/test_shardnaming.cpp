@@ -1,9 +1,9 @@
 #include "dayfilewriter.h"
-#include "logcapture.h"
 #include "storage/connectionpool.h"
 #include "storage/shardnaming.h"
 #include "storage/storeclock.h"
 #include "storage/timeslice.h"
+#include "support/logcapture.h"
 #include "support/testprogram.h"
 #include "teststore.h"
 

@@ -1,6 +1,6 @@
-#include "logcapture.h"
 #include "skippedwaits.h"
 #include "storage/storeclock.h"
+#include "support/logcapture.h"
 #include "support/testprogram.h"
 #include "teststore.h"
 #include "timescene.h"

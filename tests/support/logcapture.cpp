@@ -1,4 +1,4 @@
-#include "logcapture.h"
+#include "support/logcapture.h"
 
 #include <QMutex>
 #include <QPair>
@@ -11,10 +11,23 @@ using LogLine = QPair<QtMsgType, QString>;
 QMutex g_mutex;
 QVector<LogLine> g_lines;
 
-void collect(QtMsgType level, const QMessageLogContext&, const QString& text)
+/// What a log line tells beside its text; nothing for a line of the program's own.
+QString originOf(const QMessageLogContext& context)
+{
+    QString origin;
+    if (qstrcmp(context.category, "default") != 0) {
+        origin += QString::fromUtf8(context.category) + QStringLiteral(": ");
+    }
+    if (context.file) {
+        origin += QString::fromUtf8(context.file) + QStringLiteral(": ");
+    }
+    return origin;
+}
+
+void collect(QtMsgType level, const QMessageLogContext& context, const QString& text)
 {
     const QMutexLocker locker(&g_mutex);
-    g_lines.append({level, text});
+    g_lines.append({level, originOf(context) + text});
 }
 
 QString levelName(QtMsgType level)
@@ -54,6 +67,15 @@ QStringList LogCapture::lines() const
     QStringList lines;
     for (const LogLine& line : qAsConst(g_lines)) {
         lines.append(levelName(line.first) + line.second);
+    }
+    return lines;
+}
+
+QStringList LogCapture::warnings(const QStringList& texts)
+{
+    QStringList lines;
+    for (const QString& text : texts) {
+        lines.append(levelName(QtWarningMsg) + text);
     }
     return lines;
 }

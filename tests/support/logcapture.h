@@ -12,11 +12,15 @@ public:
     LogCapture(const LogCapture&) = delete;
     LogCapture& operator=(const LogCapture&) = delete;
 
-    /// The lines so far, each as "debug: text", "warning: text" or "critical: text".
+    /// The lines so far, each as "debug: text", "warning: text" or "critical: text"; with a category in
+    /// front if it has one, and with its file if it tells it.
     QStringList lines() const;
 
     /// The lines of one level so far, without the level.
     QStringList lines(QtMsgType level) const;
+
+    /// The lines of warnings of the program with these texts.
+    static QStringList warnings(const QStringList& texts);
 
 private:
     QtMessageHandler m_previous;
