@@ -10,12 +10,10 @@
 
 #include <QCoreApplication>
 #include <QDateTime>
-#include <QScopedValueRollback>
 #include <QTimer>
 #include <qwt_interval.h>
 #include <qwt_plot_curve.h>
 #include <qwt_plot_grid.h>
-#include <qwt_scale_engine.h>
 
 namespace {
 
@@ -135,54 +133,6 @@ void CCurvePlot::onNewSample(qint64 timeMs)
     assertGuiThread();
     if (!m_updatingAxes) {
         updateAxes(timeMs);
-    }
-}
-
-void CCurvePlot::updateAxes(qint64 timeMs)
-{
-    assertGuiThread();
-    {
-        const QScopedValueRollback<bool> updating(m_updatingAxes, true);
-        if (m_followTime && !m_userMovedX) {
-            setTimeAxis(m_window.follow(timeMs));
-        }
-        if (m_autoScaleY && !m_userMovedY) {
-            autoScaleY();
-        }
-    }
-    // The reload armed here covers this move, so the range check must not postpone it. A plot without
-    // curves is left to that check, which has the first curve loaded.
-    if (!m_curves.isEmpty()) {
-        noteTimeAxis();
-    }
-    m_reloadTimer->start();
-}
-
-void CCurvePlot::setTimeAxis(const scn::TimeSpan& span)
-{
-    setBounds(QwtPlot::xBottom, static_cast<double>(span.start), static_cast<double>(span.end));
-}
-
-/// Sets the bounds of an axis. They apply at once, but nothing is laid out or painted: the scale on
-/// screen follows with the next replot, together with the curves.
-void CCurvePlot::setBounds(int axis, double lower, double upper)
-{
-    // The base stores the bounds for the next change of the ticks, but divides the scale by them only on
-    // a replot.
-    setAxisScale(axis, lower, upper, 0);
-    setAxisScaleDiv(axis, axisScaleEngine(axis)->divideScale(lower, upper, axisMaxMajor(axis),
-                                                             axisMaxMinor(axis)));
-}
-
-void CCurvePlot::autoScaleY()
-{
-    assertGuiThread();
-    if (m_userMovedY || !m_autoScaleY || m_curves.isEmpty()) {
-        return;
-    }
-    const auto scale = scn::scaleForValues(m_curves);
-    if (scale) {
-        setBounds(QwtPlot::yLeft, scale->minValue(), scale->maxValue());
     }
 }
 
