@@ -25,7 +25,8 @@
 
 namespace {
 
-/// Two channels whose only function counts as DC voltage: what needs no other function runs on it.
+/// Two channels whose only function counts as DC voltage, for everything that needs no other
+/// function.
 constexpr char kTwoChannels[] = "SCN4005A";
 /// Two banks of eight channels with all functions but currents.
 constexpr char kAllFunctions[] = "SCN4002A";
@@ -49,7 +50,7 @@ struct OneModule : WindowBench
         control->setCurrentIndex(row);
     }
 
-    /// The user has typed a text into an edit and left it.
+    /// Types a text into an edit and leaves it, as a user does.
     void enter(int channel, ChannelColumn column, const QString& text)
     {
         CustomLineEdit* const control = edit(channel, column);
@@ -57,7 +58,7 @@ struct OneModule : WindowBench
         emit control->textChangedAndFocusOut(text);
     }
 
-    /// Makes a channel four-wire on the instrument and in the table, with its partner read back.
+    /// Makes a channel four-wire on the instrument and in the table, and reads its partner back.
     void makeFourWire(int channel, int partner, const char* name, const char* function)
     {
         const QString reply = QStringLiteral("\"%1\"").arg(QString::fromLatin1(function));
@@ -71,13 +72,13 @@ struct OneModule : WindowBench
     QStringList takeLines() { return instrument().takeLines(); }
 };
 
-/// The end of each change on a channel that measures DC volts.
+/// The last lines of each change on a channel that measures DC voltage.
 QStringList closing(int channel)
 {
     return texts({"SYST:ERR?"}) + voltageReadBack(channel);
 }
 
-/// The whole read-back of a channel that measures four-wire resistances.
+/// The complete read-back of a channel that measures four-wire resistance.
 QStringList fourWireReadBack(int channel)
 {
     QStringList lines;
@@ -94,7 +95,7 @@ QStringList fourWireClosing(int channel)
     return texts({"SYST:ERR?"}) + fourWireReadBack(channel);
 }
 
-/// Which of the columns behind the check mark hold a control that is enabled.
+/// The columns after the check mark whose control is enabled.
 QList<int> enabledColumns(const WindowBench& bench, int channel)
 {
     QList<int> columns;
@@ -112,7 +113,7 @@ bool isCheckable(const WindowBench& bench, int channel)
     return bench.item(channel)->flags() & Qt::ItemIsUserCheckable;
 }
 
-/// Counts how often the workspace is told of the scan list: a data grid's box is then filled anew.
+/// Counts notifications of the workspace about the scan list: each refills a data grid's box.
 class WorkspaceSpy
 {
 public:
@@ -138,7 +139,7 @@ private:
 
 } // namespace
 
-/// Editing one channel: what goes to the instrument, and what the row shows of it.
+/// Editing one channel: what is sent to the instrument, and what the row then shows.
 class TestChannelRow : public QObject
 {
     Q_OBJECT
@@ -236,7 +237,7 @@ void TestChannelRow::functionIsSentAndItsOptionsReadBack()
     OneModule bench(kAllFunctions);
     bench.select(101, FunctionColumn, name.toUtf8().constData());
     QCOMPARE(bench.takeLines(), lines + scalingQueries(101));
-    // The options alone are read back, so the chosen one of a family stays.
+    // Only the options are read back, so the chosen member of a family stays.
     QCOMPARE(bench.box(101, FunctionColumn)->currentText(), name);
 }
 
@@ -277,7 +278,7 @@ void TestChannelRow::functionsUnitGoesIntoTheScanList()
     bench.select(101, FunctionColumn, "双线ohm");
     QCOMPARE(g_scanChannels, (QMap<int, QString>{{101, QStringLiteral("Ohm")}}));
     QVERIFY(workspace.takeTold());
-    // A channel that is not scanned does not become one.
+    // A channel that is not in the scan list does not enter it.
     bench.select(102, FunctionColumn, "双线ohm");
     QCOMPARE(g_scanChannels.keys(), QList<int>{101});
     QVERIFY(!workspace.takeTold());
@@ -334,14 +335,14 @@ void TestChannelRow::twoWireGivesThePartnerBack()
     bench.select(105, FunctionColumn, "四线ohm");
     bench.takeLines();
     bench.select(105, FunctionColumn, "双线ohm");
-    // The partner gets no command, and its check mark does not come back.
+    // The partner gets no command, and its tick does not return.
     QCOMPARE(bench.takeLines().mid(0, 3),
              texts({"FUNC \"RES\",(@105)", "SYST:ERR?", "RES:RANG:AUTO? (@105)"}));
     QVERIFY(isCheckable(bench, 115));
     QCOMPARE(bench.item(115)->checkState(ScanColumn), Qt::Unchecked);
     QCOMPARE(WindowBench::itemsOf(bench.box(115, FunctionColumn)), CommFunc().functionList(115));
     QCOMPARE(bench.box(115, FunctionColumn)->currentIndex(), 0);
-    // All of its controls are on, the scaling's button too.
+    // All of its controls are enabled, the scaling button too.
     QCOMPARE(enabledColumns(bench, 115), enabledBefore + QList<int>{ScaleMoreColumn});
 }
 
@@ -561,7 +562,7 @@ void TestChannelRow::scalingTellsTheWorkspaceOfAnotherUnit()
     bench.tick(101);
     WorkspaceSpy workspace(bench);
     auto* check = bench.cell<QCheckBox>(101, ScaleColumn);
-    // The unit in question is that of the row one bank on, whatever the function.
+    // The unit used is that of the row one bank further on, whatever the function.
     bench.instrument().setReply(QStringLiteral("CALC:SCAL:UNIT? (@101)"), QStringLiteral("\"W\""));
     bench.instrument().setReply(QStringLiteral("CALC:SCAL:UNIT? (@102)"),
                                 QStringLiteral("\"Vdc\""));
@@ -576,7 +577,8 @@ void TestChannelRow::scalingTellsTheWorkspaceOfAnotherUnit()
     QVERIFY(workspace.takeTold());
     // The new unit is stored by the next rebuild of the scan list.
     QCOMPARE(g_scanChannels.value(101), QStringLiteral("Vdc"));
-    // Off it is the base unit. The instrument goes on scaling, so each click is one more "off".
+    // With scaling off it is the base unit. The instrument goes on scaling, so each click is
+    // another "off".
     bench.instrument().setReply(QStringLiteral("CALC:SCAL:STAT? (@101)"), QStringLiteral("1"));
     bench.readBack(101);
     check->click();
@@ -594,7 +596,7 @@ void TestChannelRow::scalingInTheSecondHalfHasTheBaseUnit()
     bench.cell<QCheckBox>(102, ScaleColumn)->click();
     QCOMPARE(bench.takeLines().mid(2), texts({"CALC:SCAL:STAT ON,(@102)"}) + closing(102));
     QVERIFY(!workspace.takeTold());
-    // A channel that is not scanned does not get into the list by being asked for.
+    // Querying a channel that is not in the scan list does not add it.
     bench.cell<QCheckBox>(101, ScaleColumn)->click();
     QCOMPARE(g_scanChannels.keys(), QList<int>{102});
 }
@@ -743,7 +745,7 @@ void TestChannelRow::panelOpensBesideItsButton()
     bench.select(101, ScaleFunctionColumn, "PCT");
     bench.takeLines();
     auto* button = bench.cell<QPushButton>(101, ChannelColumn(column));
-    // The screen has room for a panel to the right.
+    // There is room for a panel on the right of the screen.
     bench.window().move(QPoint(20, 20) - button->mapTo(&bench.window(), QPoint(0, 0)));
     AdvancedSetting* panel = bench.openPanel(101, ChannelColumn(column));
     QVERIFY(panel);

@@ -15,7 +15,7 @@
 
 namespace {
 
-/// The lines of a whole read-back from STAT:OPER:EVEN? up to the trigger settings.
+/// The lines of a complete read-back from STAT:OPER:EVEN? to the trigger settings.
 QStringList scanListReadBack(const QList<int>& channels)
 {
     QStringList lines = texts({"STAT:OPER:EVEN?", "ROUT:SCAN?"});
@@ -25,13 +25,13 @@ QStringList scanListReadBack(const QList<int>& channels)
     return lines;
 }
 
-/// The lines up to, and without, the first one that asks for the trigger.
+/// The lines before the first trigger query.
 QStringList beforeTrigger(const QStringList& lines)
 {
     return lines.mid(0, lines.indexOf(QStringLiteral("TRIG:SOUR?")));
 }
 
-/// The lines behind the search for modules.
+/// The lines after the module search.
 QStringList behindModules(const QStringList& lines)
 {
     return lines.mid(lines.indexOf(QStringLiteral("SYST:CTYP? 15")) + 1);
@@ -45,7 +45,7 @@ struct TwoChannels : WindowBench
 
 } // namespace
 
-/// Finding the modules and reading the instrument's state back into the window.
+/// Finding the modules, and reading the instrument's state back into the window.
 class TestDiscovery : public QObject
 {
     Q_OBJECT
@@ -177,7 +177,7 @@ void TestDiscovery::scanListChecksItsChannels()
     QCOMPARE(bench.tickedChannels(), channels);
     QCOMPARE(int(bench.module(2)->checkState(ScanColumn)), moduleState);
     QCOMPARE(g_scanChannels.keys(), channels);
-    // The marks follow the instrument; nothing goes back to it.
+    // The check marks follow the instrument; nothing is sent back.
     QCOMPARE(bench.startUpLines().filter(QStringLiteral("ROUT:SCAN")), texts({"ROUT:SCAN?"}));
 }
 
@@ -249,7 +249,7 @@ void TestDiscovery::silenceReadsAsDefaults()
     bench.instrument().setReply(QStringLiteral("CALC:SCAL:FUNC?"), QStringLiteral("DB"));
     bench.open();
     QCOMPARE(bench.box(201, UnitColumn)->currentText(), QStringLiteral("W"));
-    // All of a channel's questions in a row would be taken for a dead link.
+    // If all of a channel's queries went unanswered in a row, the link would count as dead.
     const auto silenceAt = [&bench](const char* line, bool isSilent) {
         bench.instrument().whenAsked(QString::fromLatin1(line), [&bench, isSilent] {
             bench.instrument().setSilent(isSilent);

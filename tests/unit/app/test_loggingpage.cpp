@@ -26,7 +26,7 @@ namespace {
 const QString kLight = QStringLiteral("color:  #D3D3D3;");
 const QString kInput = QStringLiteral("background: #2D2D2D;");
 
-/// The page of a window with two channels, as it is when the start is over.
+/// The page of a window with two channels, once the start is over.
 struct LoggingPage : WindowBench
 {
     LoggingPage()
@@ -93,7 +93,7 @@ QRadioButton* radio(const QGroupBox* group, const QString& text)
     qFatal("no button %s", qPrintable(text));
 }
 
-/// The state of every control of the page, to see what a change has changed.
+/// The state of every control on the page, to detect changes.
 QStringList stateOf(const QWidget* content)
 {
     QStringList state;
@@ -119,7 +119,7 @@ int changes(const QStringList& before, const QStringList& after)
 
 } // namespace
 
-/// The form of a logging run: what it shows, which of it acts, and that the rest does not.
+/// The recording page: what it shows, which of it acts, and that the rest does not.
 class TestLoggingPage : public QObject
 {
     Q_OBJECT
@@ -166,7 +166,7 @@ void TestLoggingPage::groupsHoldTheseRows()
 {
     LoggingPage bench;
     QStringList rows = rowsOf(bench.group(QStringLiteral("数据记录"))->layout());
-    // The moment of the start is looked at elsewhere.
+    // The start time is checked elsewhere.
     rows.replaceInStrings(QRegularExpression(QStringLiteral("\\d{4}-\\d\\d-\\d\\d")),
                           QStringLiteral("DATE"));
     rows.replaceInStrings(QRegularExpression(QStringLiteral("\\d\\d-\\d\\d-\\d\\d")),
@@ -259,7 +259,7 @@ void TestLoggingPage::intervalGroupStartsLikeThis()
     auto* picker = group->findChild<TimePicker*>();
     QVERIFY(!picker->isEnabled());
     QCOMPARE(picker->maximumWidth(), 180);
-    // Milliseconds are on show.
+    // Milliseconds are shown.
     picker->setTime(0, 0, 0, 1, 250);
     QCOMPARE(picker->value(), 1.25);
     // 100 hours are the limit.
@@ -341,7 +341,7 @@ void TestLoggingPage::buildingSendsNothing()
     const QStringList lines = bench.startUpLines();
     const int found = lines.indexOf(QStringLiteral("SYST:CTYP? 15"));
     QCOMPARE(lines.value(found + 1), QStringLiteral("STAT:OPER:EVEN?"));
-    // With the answers of an idle instrument nothing but questions and the clock goes out at all.
+    // For an idle instrument nothing but queries and the clock is sent.
     for (const QString& line : lines) {
         QVERIFY2(line.contains(QLatin1Char('?')) || line == QLatin1String("*CLS") ||
                      line.startsWith(QLatin1String("SYST:")),
@@ -394,7 +394,7 @@ void TestLoggingPage::usbLogOpensTheRowLimit()
     QVERIFY(usb->isChecked() && limit->isEnabled() && spin->isEnabled());
     usb->click();
     QVERIFY(!usb->isChecked() && !limit->isEnabled() && !spin->isEnabled());
-    // The slot brings the check box along.
+    // The slot also sets the check box.
     QVERIFY(QMetaObject::invokeMethod(&bench.window(), "recvUsbSlot", Q_ARG(bool, true)));
     QVERIFY(usb->isChecked() && limit->isEnabled() && spin->isEnabled());
     QCOMPARE(bench.instrument().lines(), QStringList());

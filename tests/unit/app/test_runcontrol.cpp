@@ -32,7 +32,7 @@ using namespace std::chrono_literals;
 
 namespace {
 
-/// What the proper start of a scan sends.
+/// What the actual start of a scan sends.
 QStringList scanLines()
 {
     return texts({"*IDN?", "MMEM:LOG:ENAB?", "INIT", "FORM:READ:ALAR ON", "FORM:READ:CHAN ON",
@@ -40,7 +40,7 @@ QStringList scanLines()
                   "ROUT:SCAN?", "SYST:TIME:SCAN?", "SYST:TIME:SCAN?"});
 }
 
-/// A window with two channels whose scans begin at their proper start, without a store.
+/// A window with two channels whose scans start directly, without a store.
 struct Scan : WindowBench
 {
     Scan()
@@ -74,7 +74,7 @@ struct Scan : WindowBench
         begin();
     }
 
-    /// Stops after so much time instead of by hand.
+    /// Stops after this time instead of by hand.
     void stopAfter(int hours, int seconds, int milliseconds = 0)
     {
         button(QStringLiteral("已用时间之后:"))->setChecked(true);
@@ -93,7 +93,7 @@ struct Scan : WindowBench
     }
     QStringList takeLines() { return instrument().takeLines(); }
 
-    /// The window shows the idle state and has noted the end of the run.
+    /// The window is idle and has recorded the end of the run.
     bool isIdle() const
     {
         const QSize size(32, 32);
@@ -104,7 +104,7 @@ struct Scan : WindowBench
     }
 };
 
-/// True for a text of the form that a run's start and end have, not more than five seconds ago.
+/// True for a start or end text of a run no older than five seconds.
 bool isRecentRunTime(const QString& text)
 {
     const QDateTime time = QDateTime::fromString(text, QStringLiteral("yyyy MM dd hh mm ss"));
@@ -115,7 +115,7 @@ bool isRecentRunTime(const QString& text)
 /// A set time of a run that is soon over.
 constexpr int kSoonMs = 37;
 
-/// Finds the stop-after timer, which belongs to nobody, by the first time that it runs out.
+/// Finds the stop-after timer, which has no parent, by its first timeout.
 class StopTimerFinder : public QObject
 {
 public:
@@ -149,7 +149,7 @@ QPointer<QTimer> stopTimerOf(Scan& bench)
 
 } // namespace
 
-/// The proper start of a scan, its four ends, and the loss and recovery of the instrument.
+/// The actual start of a scan, its four ends, and the loss and recovery of the instrument.
 class TestRunControl : public QObject
 {
     Q_OBJECT
@@ -291,7 +291,7 @@ void TestRunControl::stopButtonLeavesTheFlagToTheAcquisition()
     QVERIFY(g_scanRunning);
     QVERIFY(bench.isIdle());
     QVERIFY(isRecentRunTime(g_scanEndText));
-    // Until the instrument has ended it, one more click is one more ABOR.
+    // Until the instrument has ended it, each further click is another ABOR.
     bench.startButton()->click();
     QCOMPARE(bench.takeLines(), texts({"ABOR"}));
     bench.instrument().setReply(QStringLiteral("STAT:OPER:COND?"), QStringLiteral("+256"));
@@ -308,7 +308,7 @@ void TestRunControl::endOfAStoppedRunIsThatOfTheClick_data()
     QTest::newRow("second click") << QStringLiteral("click") << texts({"ABOR"});
 }
 
-/// Whatever comes while the last readings are fetched, and with the end of that.
+/// Whatever happens during the drain and at its end.
 void TestRunControl::endOfAStoppedRunIsThatOfTheClick()
 {
     QFETCH(QString, meanwhile);
@@ -335,7 +335,7 @@ void TestRunControl::endOfAStoppedRunIsThatOfTheClick()
     QCOMPARE(bench.takeLines(), lines);
     QCOMPARE(g_scanEndText, end);
     QVERIFY(g_scanRunning);
-    // The drain ends by itself, and that is told.
+    // The drain ends by itself and reports it.
     const QSignalSpy stops(ReadData::instance(), &ReadData::sigStopScan);
     bench.instrument().setReply(QStringLiteral("STAT:OPER:COND?"), QStringLiteral("+256"));
     QTRY_VERIFY_WITH_TIMEOUT(!g_scanRunning, 10000);
@@ -437,7 +437,7 @@ void TestRunControl::elapsedTimeIsInMilliseconds()
     QVERIFY(!timer->isActive());
     QCOMPARE(bench.picker()->value(), kSoonMs / 1000.0);
     QCOMPARE(timer->interval(), kSoonMs);
-    // One and the same timer serves all scans.
+    // The same timer serves all scans.
     bench.stopAfter(0, 1);
     bench.window().scanFunc();
     QCOMPARE(timer->interval(), 1000);
@@ -450,8 +450,8 @@ void TestRunControl::elapsedTimeIsInMilliseconds()
     QVERIFY(timer->isActive());
     QVERIFY(!timer->isSingleShot());
     QVERIFY(!timer->parent());
-    // 23 days are still a number of milliseconds that a timer takes. The picker's ranges tighten
-    // before its maximum is reached, so it needs a larger one to stand there.
+    // 23 days in milliseconds still fit a timer. The picker's ranges tighten before its maximum is
+    // reached, so it needs a larger one to show them.
     bench.call("recvElapsedTimeSlot");
     bench.picker()->setMaximum(3 * 1987200.0);
     bench.picker()->setTime(23, 0, 0, 0, 0);
@@ -528,7 +528,7 @@ void TestRunControl::unlockingEndsTheScan()
     QCOMPARE(bench.takeLines(), texts({"ABOR"}));
     QVERIFY(bench.isIdle());
     QVERIFY(isRecentRunTime(g_scanEndText));
-    // The readings that are left stay in the instrument.
+    // The remaining readings stay in the instrument.
     std::atomic<int> polls{0};
     bench.instrument().whenAsked(QStringLiteral("STAT:OPER:EVEN?"), [&polls] { ++polls; });
     QTRY_VERIFY_WITH_TIMEOUT(polls >= 2, 10000);
@@ -595,7 +595,7 @@ void TestRunControl::heldBarAfterTheScanChangesNothing()
     QCoreApplication::sendEvent(bench.tree(), &enter);
     auto* veil = bench.tree()->findChild<LockableDataCollectionView*>();
     QVERIFY(veil && veil->isVisible());
-    // The end by the instrument leaves the lock on.
+    // When the instrument ends the run, the lock stays on.
     g_scanRunning = false;
     bench.call("recvStopScan");
     const QString end = QStringLiteral("2024 01 02 03 04 05");
@@ -668,7 +668,7 @@ void TestRunControl::recoveryRestartsTheAcquisition()
     WindowBench::endAcquisition();
 }
 
-/// A loss that the start of a scan has met: the acquisition thread has not noticed it.
+/// A loss met by the start of a scan, which the acquisition thread has not noticed.
 void TestRunControl::recoveryDoesNotWaitForAnAcquisitionThatGoesOn()
 {
     Scan bench;
@@ -703,7 +703,7 @@ void TestRunControl::lossReportedDuringARecoveryIsLeftToIt()
     QTRY_COMPARE(asked.available(), 1);
     emit ReadData::instance()->sigUseInst();
     QCoreApplication::processEvents();
-    // A click on the button would be lost now, so it stays away.
+    // A click on the button would be lost now, so it stays hidden.
     QVERIFY(!bench.reconnectView()->findChild<QPushButton*>()->isVisible());
     answered.release();
     QTRY_VERIFY_WITH_TIMEOUT(!bench.reconnectView()->isVisible(), 10000);

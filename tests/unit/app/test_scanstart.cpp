@@ -29,7 +29,7 @@
 
 namespace {
 
-/// What the proper start of a scan sends.
+/// What the actual start of a scan sends.
 QStringList scanLines()
 {
     return texts({"*IDN?", "MMEM:LOG:ENAB?", "INIT", "FORM:READ:ALAR ON", "FORM:READ:CHAN ON",
@@ -37,8 +37,8 @@ QStringList scanLines()
                   "ROUT:SCAN?", "SYST:TIME:SCAN?", "SYST:TIME:SCAN?"});
 }
 
-/// A window with two channels, the first of them in the scan list. The serial number is the test's
-/// own, so that tests that run side by side keep apart stores.
+/// A window with two channels, the first in the scan list. Each test has its own serial number, so
+/// that tests running in parallel have separate stores.
 struct Start : WindowBench
 {
     Start()
@@ -69,8 +69,8 @@ QDir dataDirectory()
 
 } // namespace
 
-/// From the click on the start button to the running scan. Each test runs in a process of its own:
-/// there is one store for each, and the end of the process closes it for good.
+/// From the click on start to the running scan. Each test runs in a process of its own, since each
+/// needs its own store, and the end of the process closes it for good.
 class TestScanStart : public QObject
 {
     Q_OBJECT
@@ -215,7 +215,7 @@ void TestScanStart::secondScanStartsFromAnEmptyStore()
     QCOMPARE(store->readCurveData(1, now - 1000, now + 1000, 0).size(), 0);
     QCOMPARE(store->curveNames().values(), texts({"201(Vdc)"}));
     QVERIFY(g_curveSeries.value(201) && g_curveSeries.value(201) != first);
-    // The label has its one place in the bar.
+    // The label has its fixed place in the bar.
     QCOMPARE(bench.bar()->count(), 4);
     QCOMPARE(bench.bar()->indexOf(bench.runningLabel()), 1);
 }
@@ -247,7 +247,7 @@ void TestScanStart::startOnAnotherInstrumentEmptiesTheStoreInUse()
     const bool isKept = other.exists(QStringLiteral("20240101.db"));
     QVERIFY(other.removeRecursively());
     QVERIFY(isKept);
-    // All that is there comes from this start.
+    // Everything there comes from this start.
     const QString today = QDate::currentDate().toString(QStringLiteral("yyyyMMdd.'db'"));
     QCOMPARE(dataDirectory().entryList({QStringLiteral("*.db")}), QStringList{today});
     QVERIFY(!QFileInfo::exists(inUse.path()));
@@ -305,7 +305,7 @@ void TestScanStart::lossWhileStartingEndsTheStart()
     QCOMPARE(bench.takeLines(), scanLines());
 }
 
-/// The link is there again, but the recovery still reads the instrument's state.
+/// The link is back, but the recovery is still reading the instrument's state.
 void TestScanStart::recoveryWhileStartingEndsTheStart()
 {
     Start bench;
@@ -359,7 +359,7 @@ void TestScanStart::labelSaysWhenNothingCanBeStored()
     QCOMPARE(textColour(), warning);
     QVERIFY(label->isVisible());
 
-    // The next run has refused nothing yet.
+    // The next run has not refused anything yet.
     emit bench.window().findChild<WindowLockManager*>()->unlocked();
     QVERIFY(!g_scanRunning && !label->isVisible());
     QTest::mouseClick(bench.startButton(), Qt::LeftButton);

@@ -30,7 +30,7 @@
 
 namespace {
 
-/// The window with twenty channels, on a screen, ready for a hand.
+/// The window with twenty channels, on a screen, ready for input.
 struct Desk : WindowBench
 {
     Desk()
@@ -73,7 +73,7 @@ void clickMark(QTreeWidget* tree, const QTreeWidgetItem* item)
 
 } // namespace
 
-/// The table and the forms under mouse, wheel and keys.
+/// The table and the forms under real mouse, wheel and keys.
 class TestWindowHand : public QObject
 {
     Q_OBJECT
@@ -163,7 +163,7 @@ void TestWindowHand::refusedTickGoesBack()
         return desk.tickedChannels() == before && g_scanChannels.keys() == before &&
                desk.module(1)->checkState(ScanColumn) == Qt::PartiallyChecked;
     };
-    // A tick more, a tick less, and all of them. Nothing but the list and its question goes out.
+    // One tick more, one less, and all of them. Only the list and its query are sent.
     answerNext();
     clickMark(desk.tree(), desk.item(103));
     QCOMPARE(desk.takeLines(), texts({"ROUT:SCAN (@102:104)", "SYST:ERR?"}));
@@ -345,7 +345,7 @@ void TestWindowHand::wheelOverAFormScrolls()
     QFETCH(QByteArray, kind);
     Desk desk;
     QScrollArea* const area = desk.page(page);
-    // Low enough that the page scrolls.
+    // Small enough that the page scrolls.
     desk.window().resize(1500, 300);
     QTRY_VERIFY(area->verticalScrollBar()->maximum() > 0);
     int seen = 0;

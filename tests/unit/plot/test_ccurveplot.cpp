@@ -39,7 +39,7 @@ QVector<QPointF> pointsOf(const QVector<double>& values)
     return points;
 }
 
-/// Counts what the plot library complains of.
+/// Counts warnings from the plot library.
 class WarningCounter
 {
 public:
@@ -71,8 +71,8 @@ int WarningCounter::s_count = 0;
 
 } // namespace
 
-/// The plot's make-up, its time window and its y scale. Bounds that the plot sets count at once; only
-/// those that a test sets wait for the next replot.
+/// The plot's setup, its time window and its y scale. Bounds set by the plot apply at once; those
+/// set by a test wait for the next replot.
 class TestCCurvePlot : public QObject
 {
     Q_OBJECT
@@ -321,7 +321,7 @@ void TestCCurvePlot::windowStandsWhileItFills()
     plot.onNewSample(1700000000000);
     plot.onNewSample(1700000059999);
     QCOMPARE(lowerMs(plot), qint64(1700000000000));
-    // Older than the window: it still stands.
+    // Older than the window, which stays.
     plot.onNewSample(1699999000000);
     QCOMPARE(lowerMs(plot), qint64(1700000000000));
     QCOMPARE(upperMs(plot), qint64(1700000060000));
@@ -335,7 +335,7 @@ void TestCCurvePlot::readingAtTheRightEdgeStartsTheScrolling()
     plot.onNewSample(1700000060000);
     QCOMPARE(lowerMs(plot), qint64(1700000000000));
     QCOMPARE(upperMs(plot), qint64(1700000060000));
-    // It scrolls since the reading at the edge: one before the edge moves it back.
+    // It has scrolled since the reading at the edge: an earlier one moves it back.
     plot.onNewSample(1700000059999);
     QCOMPARE(lowerMs(plot), qint64(1699999999999));
     QCOMPARE(upperMs(plot), qint64(1700000059999));
@@ -436,7 +436,7 @@ void TestCCurvePlot::valueAxisFitsTheSamples()
     plot.addCurve(m_pool->loaded(0, pointsOf(first)), Qt::red, QStringLiteral("101"));
     plot.addCurve(m_pool->loaded(1, pointsOf(second)), Qt::blue, QStringLiteral("102"));
     plot.autoScaleY();
-    // Exactly: the margin of flat data is no round number.
+    // Exactly: the margin of flat data is not a round number.
     QVERIFY(valueBounds(plot).minValue() == lower);
     QVERIFY(valueBounds(plot).maxValue() == upper);
 }
@@ -517,7 +517,7 @@ void TestCCurvePlot::valuesAtTheEndsOfTheNumberRangeKeepAnAxis()
         QVERIFY2(valueBounds(plot).contains(value), qPrintable(QString::number(value)));
     }
 
-    // By hand in both directions, as far as it goes.
+    // By hand in both directions, to the limit.
     for (const short mode : {short(2), short(3)}) {
         plot.setZoomMode(mode);
         for (const int notches : {1, -1}) {
@@ -533,7 +533,7 @@ void TestCCurvePlot::valuesAtTheEndsOfTheNumberRangeKeepAnAxis()
     QVERIFY(isUsable());
     QCOMPARE(warnings.count(), 0);
 
-    // The next values are shown as ever.
+    // The next values are shown as usual.
     m_pool->loaded(0, pointsOf({1.0, 5.0}));
     plot.autoScaleY();
     QCOMPARE(valueBounds(plot).minValue(), 0.5);
@@ -607,7 +607,7 @@ void TestCCurvePlot::clearCurvesReturnsToTheLastMinute()
     QCOMPARE(valueBounds(plot).minValue(), -10.0);
     QCOMPARE(valueBounds(plot).maxValue(), 10.0);
 
-    // The hold is over, the next reading opens a window and the y axis scales itself again.
+    // The hold is over: the next reading opens a window, and the y axis scales itself again.
     plot.addCurve(m_pool->loaded(0, pointsOf({0.0, 8.0})), Qt::red, QStringLiteral("101"));
     plot.onNewSample(1700000500000);
     QCOMPARE(lowerMs(plot), qint64(1700000500000));

@@ -26,7 +26,7 @@ QVector<QPointF> ramp(int count, double stepMs = 1000.0)
     return points;
 }
 
-/// Left end of the time scale that is on show, ms since the epoch.
+/// Left end of the visible time scale, in ms since the epoch.
 qint64 shownLowerMs(const QwtPlot& plot)
 {
     return qRound64(plot.axisScaleDraw(QwtPlot::xBottom)->scaleDiv().lowerBound());
@@ -48,8 +48,7 @@ bool paints(QwtPlot& plot, const QColor& color)
 
 } // namespace
 
-/// When the plot loads and draws: counted, on shown and on hidden plots, and what a zoom does to it.
-/// An empty series keeps the range that it was asked to load as its visible range.
+/// When the plot loads and draws, on visible and hidden plots, and the effect of a zoom.
 class TestCCurvePlotReload : public QObject
 {
     Q_OBJECT
@@ -169,7 +168,7 @@ void TestCCurvePlotReload::batchSetsTheBoundsAtOnceAndShowsThemWithTheReload()
     QCOMPARE(m_plot->replots, 1);
     QCOMPARE(shownLowerMs(*m_plot), kStart);
 
-    // New ticks are those of the bounds set last.
+    // New ticks belong to the bounds set last.
     m_plot->onNewSample(kStart + 90000);
     m_plot->setAxisMaxMajor(QwtPlot::xBottom, 2);
     m_plot->replot();
@@ -611,7 +610,7 @@ void TestCCurvePlotReload::widestZoomIsExactlyTenHours()
     QCOMPARE(series->visibleStart(), lowerMs(*m_plot) - 5000);
     QCOMPARE(qint64(timeBounds(*m_plot).width()), qint64(36000000));
 
-    // The cut is no move for the range check to reload after.
+    // The clamp does not count as a move that makes the range check reload.
     m_plot->setAxisScale(QwtPlot::xBottom, double(kStart), double(kStart + 36000000));
     m_plot->replot();
     turnWheel(*m_plot, 1);
@@ -640,7 +639,7 @@ void TestCCurvePlotReload::zoomingInHasNoLimit()
     }
     QVERIFY(timeBounds(*m_plot).width() < 2.0);
     QVERIFY(valueBounds(*m_plot).width() < 1e-3);
-    // On past what a double can tell apart: the plot lives on and comes back.
+    // Beyond what a double can resolve: the plot survives and comes back.
     for (int i = 0; i < 400; ++i) {
         turnWheel(*m_plot, -1);
         m_plot->canvas()->repaint();
