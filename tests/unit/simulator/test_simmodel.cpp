@@ -129,7 +129,7 @@ void TestSimModel::foldersKnowOnlyWhatTheyMay_data()
     };
     row("scpi", "scpi");
     row("model", "model");
-    row("transport", "transport");
+    row("transport", "transport posix");
     row("dialogue", "dialogue model scpi");
     row("faults", "faults scpi");
 }
