@@ -69,8 +69,8 @@ void TestScan::transcriptDayFileAndChartsAgree_data()
     QTest::newRow("pseudo-terminal")
         << static_cast<int>(Transport::PseudoTerminal) << QStringLiteral("90") << 6;
     QTest::newRow("stream") << static_cast<int>(Transport::Tcp) << QStringLiteral("600") << 10;
-    QTest::newRow("minute-stream") << static_cast<int>(Transport::Tcp) << QStringLiteral("600")
-                                   << 60;
+    QTest::newRow("minute-stream")
+        << static_cast<int>(Transport::Tcp) << QStringLiteral("600") << 60;
     QTest::newRow("long-stream") << static_cast<int>(Transport::Tcp) << QStringLiteral("600")
                                  << 600;
 }
