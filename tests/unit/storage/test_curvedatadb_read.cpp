@@ -2,44 +2,18 @@
 #include "plainthinning.h"
 #include "randomcases.h"
 #include "readmodel.h"
-#include "skippedwaits.h"
-#include "storage/connectionpool.h"
+#include "readscene.h"
 #include "storage/curvedatadb.h"
-#include "storage/storeclock.h"
 #include "support/logcapture.h"
 #include "support/testprogram.h"
 
-#include <QSqlQuery>
 #include <QtTest>
 
-#include <algorithm>
 #include <limits>
 
 namespace {
 
-constexpr int kCurves = 20;
 constexpr qint64 kDayMs = 86400000;
-
-/// The store's current time: late on a winter day, so that all day files of the tests are past.
-qint64 presentTime()
-{
-    static const qint64 time = localTime("2026-03-05 18:00:00.000");
-    return time;
-}
-
-QString curveName(int curveId)
-{
-    return QStringLiteral("%1(V)").arg(100 + curveId);
-}
-
-QVector<QPointF> ramp(qint64 start, int size, qint64 step)
-{
-    QVector<QPointF> points;
-    for (int i = 0; i < size; ++i) {
-        points.append(QPointF(static_cast<double>(start + i * step), i * 0.5 - 3.0));
-    }
-    return points;
-}
 
 /// Keys of the days whose files a read opens: every 24 hours from its start.
 QSet<QString> visitedDays(qint64 start, qint64 end)
@@ -58,9 +32,7 @@ class TestCurveDataDBRead : public QObject
     Q_OBJECT
 
 private slots:
-    void initTestCase();
-    void cleanupTestCase();
-    void cleanup();
+    void cleanup() { m_scene.letGo(); }
 
     void unknownCurveWarnsAndGivesNothing();
     void startAfterEndGivesNothingWithoutAWord();
@@ -68,8 +40,6 @@ private slots:
     void pointsAreWhatWasStored();
     void pointsOfOtherCurvesAreLeftOut();
     void batchThatEnclosesTheRangeIsRead();
-    void batchesAreFoundByOverlap_data();
-    void batchesAreFoundByOverlap();
     void daysAreJoinedInOrderOfTime();
     void from23To01ReadsTheFirstFileOnly();
     void from23To01A24HoursLaterReadsBoth();
@@ -92,62 +62,17 @@ private slots:
     void pointsAreSortedAcrossTables();
     void readsEqualTheModel();
 
-    void closedConnectionHasNoBatches();
-    void fileWithoutCatalogueHasNoBatches();
-    void pingTellsAnOpenConnection();
-    void batchesOfAFileAreListed();
-    void missingFileListsNothingWithoutAWord();
-    void unopenableFileListsNothing();
-    void loadingBatchesHoldsPointsBack();
     void clearingStoreReadsNothing();
 
 private:
-    QString pathOf(const QString& day) const;
-    QVector<QPointF> read(int curveId, qint64 start, qint64 end, int maxPoints = 0);
+    QString pathOf(const QString& day) const { return m_scene.pathOf(day); }
+    QVector<QPointF> read(int curveId, qint64 start, qint64 end, int maxPoints = 0)
+    {
+        return m_scene.store().readCurveData(curveId, start, end, maxPoints);
+    }
 
-    QTemporaryDir m_directory;
-    std::unique_ptr<CurveDataDB> m_store;
-    const SkippedWaits m_waits;
+    ReadScene m_scene;
 };
-
-void TestCurveDataDBRead::initTestCase()
-{
-    QVERIFY(m_directory.isValid());
-    setStoreClock(&presentTime);
-    // Curves already in the file are registered without the pause for a new name.
-    DayFileWriter file(pathOf(QStringLiteral("20260305")));
-    for (int curveId = 1; curveId <= kCurves; ++curveId) {
-        file.addCurve(curveId, curveName(curveId));
-    }
-    m_store = std::make_unique<CurveDataDB>(m_directory.path());
-    for (int curveId = 1; curveId <= kCurves; ++curveId) {
-        QCOMPARE(m_store->registerCurve(curveName(curveId)), curveId);
-    }
-}
-
-void TestCurveDataDBRead::cleanupTestCase()
-{
-    m_store.reset();
-    ConnectionPool::instance().closeForExit(QDeadlineTimer(2000));
-    setStoreClock(nullptr);
-}
-
-void TestCurveDataDBRead::cleanup()
-{
-    // A running program waits 750 ms for each connection that it closes.
-    m_store->flushAndDetach();
-    ConnectionPool::instance().closeForExit(QDeadlineTimer(2000));
-}
-
-QString TestCurveDataDBRead::pathOf(const QString& day) const
-{
-    return m_directory.filePath(day + QStringLiteral(".db"));
-}
-
-QVector<QPointF> TestCurveDataDBRead::read(int curveId, qint64 start, qint64 end, int maxPoints)
-{
-    return m_store->readCurveData(curveId, start, end, maxPoints);
-}
 
 void TestCurveDataDBRead::unknownCurveWarnsAndGivesNothing()
 {
@@ -220,52 +145,6 @@ void TestCurveDataDBRead::batchThatEnclosesTheRangeIsRead()
     file.addCurve(1, curveName(1));
     file.addBatch(1, start, DayFileWriter::tableName(1, start), points);
     QCOMPARE(read(1, start + kHourMs + 10000, start + kHourMs + 20000), points.mid(10, 11));
-}
-
-void TestCurveDataDBRead::batchesAreFoundByOverlap_data()
-{
-    QTest::addColumn<qint64>("start");
-    QTest::addColumn<qint64>("end");
-    QTest::addColumn<QVector<int>>("found");
-    // Three batches of six hours; times count from the start of the first one.
-    QTest::newRow("ends a millisecond before") << qint64(-5) << qint64(-1) << QVector<int>{};
-    QTest::newRow("ends with the first") << qint64(-5) << qint64(0) << QVector<int>{0};
-    QTest::newRow("inside the second") << kBatchMs + 1 << 2 * kBatchMs - 2 << QVector<int>{1};
-    QTest::newRow("the second exactly") << kBatchMs << 2 * kBatchMs - 1 << QVector<int>{1};
-    QTest::newRow("a millisecond on either side")
-        << kBatchMs - 1 << 2 * kBatchMs << QVector<int>{0, 1, 2};
-    QTest::newRow("over all") << qint64(-1) << 4 * kBatchMs << QVector<int>{0, 1, 2};
-    QTest::newRow("last millisecond") << 3 * kBatchMs - 1 << 4 * kBatchMs << QVector<int>{2};
-    QTest::newRow("past the last") << 3 * kBatchMs << 4 * kBatchMs << QVector<int>{};
-    QTest::newRow("start after end") << 2 * kBatchMs << kBatchMs - 1 << QVector<int>{0, 1, 2};
-}
-
-void TestCurveDataDBRead::batchesAreFoundByOverlap()
-{
-    QFETCH(qint64, start);
-    QFETCH(qint64, end);
-    QFETCH(QVector<int>, found);
-    const qint64 first = localTime("2026-01-05 00:00:00.000");
-    const QString path = pathOf(QStringLiteral("20260105"));
-    if (!QFileInfo::exists(path)) {
-        DayFileWriter file(path);
-        file.addCurve(1, curveName(1));
-        for (int batch = 0; batch < 3; ++batch) {
-            const qint64 batchStart = first + batch * kBatchMs;
-            file.addBatchRow(1, batchStart, DayFileWriter::tableName(1, batchStart));
-        }
-    }
-    const LogCapture log;
-    const auto batches =
-        m_store->queryBatches(1, first + start, first + end, m_store->openDb(path));
-    QCOMPARE(batches.size(), found.size());
-    for (int i = 0; i < found.size(); ++i) {
-        const qint64 batchStart = first + found.at(i) * kBatchMs;
-        QCOMPARE(batches.at(i).batchStart, batchStart);
-        QCOMPARE(batches.at(i).batchEnd, batchStart + kBatchMs - 1);
-        QCOMPARE(batches.at(i).tableName, DayFileWriter::tableName(1, batchStart));
-    }
-    QCOMPARE(log.lines(QtWarningMsg), QStringList());
 }
 
 void TestCurveDataDBRead::daysAreJoinedInOrderOfTime()
@@ -369,7 +248,7 @@ void TestCurveDataDBRead::timesToComeAreLookedForInTodaysFile()
 {
     // A reading from the future is in today's file, in a batch of its own date.
     const qint64 tomorrow = presentTime() + kDayMs;
-    m_store->appendPoint(20, tomorrow, 4.25);
+    m_scene.store().appendPoint(20, tomorrow, 4.25);
     const LogCapture log;
     QCOMPARE(read(20, tomorrow - 10, tomorrow + 10),
              QVector<QPointF>{QPointF(double(tomorrow), 4.25)});
@@ -382,7 +261,7 @@ void TestCurveDataDBRead::endlessRangeEnds()
 {
     const qint64 last = std::numeric_limits<qint64>::max();
     const qint64 tomorrow = presentTime() + kDayMs;
-    m_store->appendPoint(19, tomorrow, 1.5);
+    m_scene.store().appendPoint(19, tomorrow, 1.5);
     const LogCapture log;
     QCOMPARE(read(19, presentTime() - 1000, last),
              QVector<QPointF>{QPointF(double(tomorrow), 1.5)});
@@ -409,7 +288,7 @@ void TestCurveDataDBRead::fileWithoutTheCurveHasItsLine()
 void TestCurveDataDBRead::fileThatCannotBeOpenedIsPassedOver()
 {
     const qint64 start = localTime("2026-01-17 00:00:00.000");
-    QVERIFY(QDir(m_directory.path()).mkdir(QStringLiteral("20260117.db")));
+    QVERIFY(QDir().mkdir(pathOf(QStringLiteral("20260117"))));
     {
         DayFileWriter file(pathOf(QStringLiteral("20260118")));
         file.addCurve(1, curveName(1));
@@ -546,8 +425,8 @@ void TestCurveDataDBRead::tableOfAnotherCurveUnderAReusedIdIsLeftOut()
         file.addBatch(1, start, DayFileWriter::tableName(12, start), ramp(start, 5, 1000));
         file.addBatch(1, start, DayFileWriter::tableName(1, start), ramp(start, 3, 1000));
     }
-    const auto batches = m_store->queryBatches(1, start, start + kHourMs,
-                                               m_store->openDb(pathOf(QStringLiteral("20260124"))));
+    const auto batches = m_scene.store().queryBatches(
+        1, start, start + kHourMs, m_scene.store().openDb(pathOf(QStringLiteral("20260124"))));
     QCOMPARE(batches.size(), 1);
     QCOMPARE(batches.at(0).tableName, DayFileWriter::tableName(1, start));
     QCOMPARE(read(1, start, start + kHourMs), ramp(start, 3, 1000));
@@ -675,126 +554,6 @@ void TestCurveDataDBRead::readsEqualTheModel()
                 about.arg(seed).arg(round).arg(start - first).arg(end - first).arg(maxPoints)));
     }
     QCOMPARE(log.lines(QtWarningMsg), QStringList());
-}
-
-void TestCurveDataDBRead::closedConnectionHasNoBatches()
-{
-    const QString name = QStringLiteral("closed");
-    {
-        const auto closed = QSharedPointer<QSqlDatabase>::create(
-            QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), name));
-        const LogCapture log;
-        bool failed = false;
-        QVERIFY(m_store->queryBatches(1, 0, 10, closed, &failed).isEmpty());
-        QVERIFY(failed);
-        QVERIFY(m_store->queryBatches(1, 0, 10, {}).isEmpty());
-        const QString line = QStringLiteral("warning: 外部数据库连接无效");
-        QCOMPARE(log.lines(), (QStringList{line, line}));
-    }
-    QSqlDatabase::removeDatabase(name);
-}
-
-void TestCurveDataDBRead::fileWithoutCatalogueHasNoBatches()
-{
-    const qint64 start = localTime("2026-01-28 00:00:00.000");
-    {
-        DayFileWriter file(pathOf(QStringLiteral("20260128")));
-        file.execute(QStringLiteral("DROP TABLE batch_metadata"));
-    }
-    const LogCapture log;
-    QVERIFY(read(1, start, start + 1000).isEmpty());
-    QCOMPARE(log.lines().size(), 2);
-    QVERIFY2(log.lines().at(0).startsWith(
-                 QStringLiteral("warning: 查询分片元数据失败: \"no such table: batch_metadata")),
-             qPrintable(log.lines().at(0)));
-    QCOMPARE(log.lines().at(1), QStringLiteral("debug: 在数据库 \"%1\" 中未找到匹配的分片")
-                                    .arg(pathOf(QStringLiteral("20260128"))));
-    // It contains nothing unreadable.
-    bool failed = false;
-    const auto db = m_store->openDb(pathOf(QStringLiteral("20260128")));
-    QVERIFY(m_store->queryBatches(1, start, start + 1000, db, &failed).isEmpty());
-    QVERIFY(!failed);
-}
-
-void TestCurveDataDBRead::pingTellsAnOpenConnection()
-{
-    QVERIFY(!m_store->pingConnection({}));
-    const QString name = QStringLiteral("pinged");
-    {
-        auto connection = QSharedPointer<QSqlDatabase>::create(
-            QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), name));
-        connection->setDatabaseName(QStringLiteral(":memory:"));
-        QVERIFY(!m_store->pingConnection(connection));
-        QVERIFY(connection->open());
-        QVERIFY(m_store->pingConnection(connection));
-        connection->close();
-        QVERIFY(!m_store->pingConnection(connection));
-    }
-    QSqlDatabase::removeDatabase(name);
-}
-
-void TestCurveDataDBRead::batchesOfAFileAreListed()
-{
-    const qint64 start = localTime("2026-01-29 06:00:00.000");
-    {
-        DayFileWriter file(pathOf(QStringLiteral("20260129")));
-        file.addCurve(1, curveName(1));
-        file.addBatchRow(1, start, DayFileWriter::tableName(1, start));
-    }
-    const LogCapture log;
-    const auto batches =
-        m_store->listBatchesInFile(1, start, start, pathOf(QStringLiteral("20260129")));
-    QCOMPARE(batches.size(), 1);
-    QCOMPARE(batches.at(0).batchStart, start);
-    QCOMPARE(batches.at(0).batchEnd, start + kBatchMs - 1);
-    QCOMPARE(batches.at(0).tableName, DayFileWriter::tableName(1, start));
-    QVERIFY(
-        m_store->listBatchesInFile(2, start, start, pathOf(QStringLiteral("20260129"))).isEmpty());
-    QCOMPARE(log.lines(), QStringList());
-}
-
-void TestCurveDataDBRead::missingFileListsNothingWithoutAWord()
-{
-    const LogCapture log;
-    const QString path = pathOf(QStringLiteral("20200101"));
-    QVERIFY(m_store->listBatchesInFile(1, 0, 10, path).isEmpty());
-    QCOMPARE(log.lines(), QStringList());
-    QVERIFY(!QFileInfo::exists(path));
-}
-
-void TestCurveDataDBRead::unopenableFileListsNothing()
-{
-    const QString path = pathOf(QStringLiteral("20260130"));
-    QVERIFY(QDir().mkdir(path));
-    const LogCapture log;
-    QVERIFY(m_store->listBatchesInFile(1, 0, 10, path).isEmpty());
-    QCOMPARE(log.lines(QtWarningMsg),
-             QStringList{QStringLiteral("数据库连接无效: \"%1\"").arg(path)});
-}
-
-void TestCurveDataDBRead::loadingBatchesHoldsPointsBack()
-{
-    const QTemporaryDir directory;
-    const qint64 start = localTime("2026-03-05 06:00:00.000");
-    {
-        DayFileWriter file(directory.filePath(QStringLiteral("20260305.db")));
-        file.addCurve(1, curveName(1));
-        file.addBatch(1, start, DayFileWriter::tableName(1, start), ramp(start, 5, 1000));
-        file.addBatchRow(1, start + kBatchMs, DayFileWriter::tableName(1, start + kBatchMs));
-        file.addBatchRow(1, start - kBatchMs, DayFileWriter::tableName(1, start - kBatchMs));
-    }
-    CurveDataDB store(directory.path());
-    QCOMPARE(store.knownTableCount(), 0);
-    store.loadBatchesForCurve(1, start, start + kBatchMs);
-    QCOMPARE(store.knownTableCount(), 2);
-
-    store.appendPoints(1, ramp(start + 10000, 5, 1000));
-    store.flushPending();
-    QCOMPARE(store.readCurveData(1, start, start + kHourMs, 0), ramp(start, 5, 1000));
-    // Single points are still written.
-    store.appendPoint(1, start + 20000, 8.0);
-    QCOMPARE(store.readCurveData(1, start, start + kHourMs, 0),
-             ramp(start, 5, 1000) << QPointF(double(start + 20000), 8.0));
 }
 
 void TestCurveDataDBRead::clearingStoreReadsNothing()

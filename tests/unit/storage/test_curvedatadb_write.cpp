@@ -9,6 +9,7 @@
 #include "support/logcapture.h"
 #include "support/testprogram.h"
 #include "teststore.h"
+#include "writtenrows.h"
 
 #include <QDir>
 #include <QRandomGenerator>
@@ -18,45 +19,7 @@
 #include <cmath>
 #include <limits>
 
-namespace {
-
-constexpr const char* kMorning = "curve_1_batch_20260112_060000_20260112_115959";
-
-QString one(const char* row)
-{
-    return QString::fromLatin1(row);
-}
-
-qint64 at(const char* timeOfDay)
-{
-    return localTime(QByteArray("2026-01-12 ").append(timeOfDay).append(".000").constData());
-}
-
-/// "timestamp|value" of a table's rows.
-QStringList points(const QString& path, const QString& table)
-{
-    return dayfile::rows(path,
-                         QStringLiteral("SELECT timestamp, value FROM %1 ORDER BY id").arg(table));
-}
-
-QString point(qint64 timestamp, const char* value)
-{
-    return QStringLiteral("%1|%2").arg(timestamp).arg(one(value));
-}
-
-QStringList extremes(const QString& path)
-{
-    return dayfile::rows(path,
-                         QStringLiteral("SELECT curve_id, min_time, max_time, min_value, max_value "
-                                        "FROM curve_metadata ORDER BY 1"));
-}
-
-QString extremesRow(int id, qint64 minTime, qint64 maxTime, const char* values)
-{
-    return QStringLiteral("%1|%2|%3|%4").arg(id).arg(minTime).arg(maxTime).arg(one(values));
-}
-
-} // namespace
+using namespace writtenrows;
 
 class TestCurveDataDBWrite : public QObject
 {
@@ -74,16 +37,6 @@ private slots:
     void infinitiesAreStored();
     void minimumOfZeroIsGivenUp();
     void timeZeroIsGivenUp();
-    void futureReadingGoesToTodaysFileUnderItsOwnDate();
-    void latePointOfYesterdayAfterMidnight();
-    void pastDayWriteGoesToThePastFile();
-    void pastDayWithOtherIdsStoresNothing();
-    void pastDayWithoutTheCurveRegistersIt();
-    void pastDayWithoutFileGetsTodaysCurves();
-    void pastDayThatCannotBeSetUpIsReported();
-    void lateReadingsLogTheBatchesOnceALoad();
-    void namesOfAnotherFileComeIn();
-    void eachLateReadingStartsFromItsFile();
     void unknownCurveStoresNothingAndSpoilsNothing();
     void lateReadingOfAClearedSeriesSpoilsNothing();
     void reattachmentForgetsWhatTheFileDoesNotHold();
@@ -93,10 +46,6 @@ private slots:
     void failedExtremesAreSavedLater();
     void fullDiskLosesOnlyWhatDoesNotFit();
     void closedConnectionIsReopened();
-    void appendPointsSpreadsOverFilesAndBatches();
-    void appendPointsOfAnUnknownCurveDoesNothing();
-    void appendPointsIsHeldBackInBatchLoadMode();
-    void pointsWithoutATimeAreLeftOut();
     void sixHundredCurves();
     void pageCacheGrowsWithTheCurvesWritten();
     void dayOf25Hours();
@@ -233,241 +182,6 @@ void TestCurveDataDBWrite::timeZeroIsGivenUp()
     QCOMPARE(extremes(store.path("19700101")), QStringList{extremesRow(1, 0, 0, "1.0|1.0")});
     store->appendPoint(1, 1000, 1.0);
     QCOMPARE(extremes(store.path("19700101")), QStringList{extremesRow(1, 1000, 1000, "1.0|1.0")});
-}
-
-void TestCurveDataDBWrite::futureReadingGoesToTodaysFileUnderItsOwnDate()
-{
-    TestStore store;
-    store->registerCurve(one("101(V)"));
-    const qint64 future = localTime("2026-01-14 13:00:00.000");
-    store->appendPoint(1, future, 3.0);
-    store->appendPoint(1, at("09:00:00"), 1.0);
-    QCOMPARE(QDir(store.directory()).entryList({one("*.db")}), QStringList{one("20260112.db")});
-    const QString path = store.path("20260112");
-    QCOMPARE(points(path, one("curve_1_batch_20260114_120000_20260114_175959")),
-             QStringList{point(future, "3.0")});
-    QCOMPARE(
-        dayfile::rows(path, one("SELECT batch_start, batch_end FROM batch_metadata ORDER BY id"))
-            .first(),
-        QStringLiteral("%1|%2")
-            .arg(localTime("2026-01-14 12:00:00.000"))
-            .arg(localTime("2026-01-14 17:59:59.999")));
-    QCOMPARE(extremes(path), QStringList{extremesRow(1, at("09:00:00"), future, "1.0|3.0")});
-}
-
-/// The file that is still current takes the point; saving the extremes then moves on to the new
-/// day, whose file has none yet.
-void TestCurveDataDBWrite::latePointOfYesterdayAfterMidnight()
-{
-    TestStore store;
-    store->registerCurve(one("101(V)"));
-    store->appendPoint(1, at("09:00:00"), 1.0);
-    setPresent(localTime("2026-01-13 00:00:10.000"));
-    store->appendPoint(1, at("23:59:59"), 2.0);
-    QCOMPARE(points(store.path("20260112"), one("curve_1_batch_20260112_180000_20260112_235959")),
-             QStringList{point(at("23:59:59"), "2.0")});
-    QCOMPARE(extremes(store.path("20260112")),
-             QStringList{extremesRow(1, at("09:00:00"), at("09:00:00"), "1.0|1.0")});
-    QCOMPARE(extremes(store.path("20260113")), QStringList());
-    QCOMPARE(store->curveMetadata(1).minTime, std::numeric_limits<qint64>::max());
-}
-
-void TestCurveDataDBWrite::pastDayWriteGoesToThePastFile()
-{
-    const qint64 past = localTime("2026-01-11 07:00:00.000");
-    setPresent(past);
-    TestStore store;
-    store->registerCurve(one("101(V)"));
-    store->registerCurve(one("102(V)"));
-    store->appendPoint(2, past, 40.0);
-    setPresent(at("09:30:00"));
-    store->appendPoint(1, at("09:00:00"), 1.0);
-    const LogCapture log;
-    store->appendPoint(1, past, 2.0);
-
-    QCOMPARE(points(store.path("20260111"), one("curve_1_batch_20260111_060000_20260111_115959")),
-             QStringList{point(past, "2.0")});
-    QCOMPARE(
-        log.lines(),
-        (QStringList{
-            one("debug: openForWrite -0000- 1"),
-            one("debug: openForWrite -0001- \"curve_2_batch_20260111_060000_20260111_115959\"")}));
-    // The extremes of the past file and the point become those of today's file.
-    QCOMPARE(extremes(store.path("20260112")),
-             (QStringList{extremesRow(1, past, past, "2.0|2.0"),
-                          extremesRow(2, past, past, "40.0|40.0")}));
-    QCOMPARE(extremes(store.path("20260111")),
-             QStringList{extremesRow(2, past, past, "40.0|40.0")});
-}
-
-void TestCurveDataDBWrite::pastDayWithOtherIdsStoresNothing()
-{
-    TestStore store;
-    store->registerCurve(one("101(V)"));
-    const QString past = store.path("20260111");
-    {
-        DayFileWriter writer(past);
-        writer.addCurve(1, one("another"));
-        writer.addCurve(5, one("102(V)"));
-    }
-    store->registerCurve(one("102(V)")); // 2 in today's file, 5 in the past one
-    const qint64 time = localTime("2026-01-11 07:00:00.000");
-    const LogCapture log;
-    store->appendPoint(2, time, 2.0);
-    QCOMPARE(log.lines(QtWarningMsg), QStringList());
-    QCOMPARE(dayfile::rows(past, one("SELECT curve_id, table_name FROM batch_metadata")),
-             QStringList{one("5|curve_5_batch_20260111_060000_20260111_115959")});
-    QCOMPARE(points(past, one("curve_5_batch_20260111_060000_20260111_115959")), QStringList());
-    QCOMPARE(dayfile::rows(past, one("SELECT name FROM sqlite_master WHERE name LIKE 'curve_2_%'")),
-             QStringList());
-}
-
-void TestCurveDataDBWrite::pastDayWithoutTheCurveRegistersIt()
-{
-    TestStore store;
-    store->registerCurve(one("101(V)"));
-    const QString past = store.path("20260111");
-    {
-        DayFileWriter writer(past);
-    }
-    const qint64 time = localTime("2026-01-11 07:00:00.000");
-    const LogCapture log;
-    store->appendPoint(1, time, 2.0);
-    QCOMPARE(dayfile::rows(past, one("SELECT curve_id, name FROM curve_info")),
-             QStringList{one("1|101(V)")});
-    QCOMPARE(points(past, one("curve_1_batch_20260111_060000_20260111_115959")),
-             QStringList{point(time, "2.0")});
-    QCOMPARE(log.lines(), (QStringList{one("debug: openForWrite -0000- 0"),
-                                       one("debug: openForWrite -0002- 1 \"101(V)\"")}));
-}
-
-void TestCurveDataDBWrite::pastDayWithoutFileGetsTodaysCurves()
-{
-    TestStore store;
-    {
-        DayFileWriter today(store.path("20260112"));
-        today.addCurve(2, one("101(V)")); // ids have gaps
-        today.addCurve(5, one("102(V)"));
-    }
-    store.restart();
-    const QString past = store.path("20250611");
-    const qint64 time = localTime("2025-06-11 07:00:00.000");
-    const LogCapture log;
-    store->appendPoint(5, time, 2.0);
-    store->appendPoint(5, time + 1, 3.0);
-    store->appendPoint(2, time, 4.0);
-    QCOMPARE(log.lines(), QStringList{one("debug: openForWrite -0000- 0")});
-    QCOMPARE(dayfile::rows(past, one("SELECT curve_id, name FROM curve_info")),
-             (QStringList{one("2|101(V)"), one("5|102(V)")}));
-    QCOMPARE(
-        dayfile::rows(past, one("SELECT value FROM curve_5_batch_20250611_060000_20250611_115959 "
-                                "ORDER BY id")),
-        (QStringList{one("2.0"), one("3.0")}));
-    QCOMPARE(points(past, one("curve_2_batch_20250611_060000_20250611_115959")),
-             QStringList{point(time, "4.0")});
-    QCOMPARE(store->readCurveData(5, time, time + 1, 0).size(), 2);
-    store->appendPoint(9, time, 2.0);
-    QCOMPARE(log.lines(QtWarningMsg), QStringList{QStringLiteral("曲线ID 9 在内存映射中不存在")});
-    // The live path continues.
-    store->appendPoint(2, at("09:00:00"), 3.0);
-    QCOMPARE(points(store.path("20260112"), one("curve_2_batch_20260112_060000_20260112_115959")),
-             QStringList{point(at("09:00:00"), "3.0")});
-}
-
-void TestCurveDataDBWrite::pastDayThatCannotBeSetUpIsReported()
-{
-    TestStore store;
-    store->registerCurve(one("101(V)"));
-    const QString past = store.path("20250611");
-    const qint64 time = localTime("2025-06-11 07:00:00.000");
-    const auto db = store->openDb(past);
-    QVERIFY(db);
-    const LogCapture log;
-    QVERIFY(ManagedQuery(*db).exec(one("PRAGMA query_only = ON")));
-    for (int reading = 1; reading <= 2; ++reading) {
-        store->appendPoint(1, time, 2.0);
-        const QStringList warnings = log.lines(QtWarningMsg);
-        QCOMPARE(warnings.size(), reading);
-        QVERIFY2(warnings.last().startsWith(QStringLiteral("在新数据库中注册曲线失败: \"")),
-                 qPrintable(warnings.last()));
-    }
-    QCOMPARE(dayfile::rows(past, one("SELECT name FROM sqlite_master")), QStringList());
-    // It is repaired as soon as possible.
-    QVERIFY(ManagedQuery(*db).exec(one("PRAGMA query_only = OFF")));
-    store->appendPoint(1, time, 3.0);
-    QCOMPARE(points(past, one("curve_1_batch_20250611_060000_20250611_115959")),
-             QStringList{point(time, "3.0")});
-}
-
-void TestCurveDataDBWrite::lateReadingsLogTheBatchesOnceALoad()
-{
-    TestStore store;
-    store->registerCurve(one("101(V)"));
-    {
-        DayFileWriter writer(store.path("20260111"));
-        writer.addCurve(1, one("101(V)"));
-        writer.addBatch(1, localTime("2026-01-11 00:00:00.000"), one("curve_1_night"), {});
-    }
-    const QStringList loaded{one("debug: openForWrite -0000- 1"),
-                             one("debug: openForWrite -0001- \"curve_1_night\"")};
-    const qint64 time = localTime("2026-01-11 07:00:00.000");
-    const LogCapture log;
-    for (int reading = 0; reading < 5; ++reading) {
-        store->appendPoint(1, time + reading, 1.0);
-    }
-    QCOMPARE(log.lines(), loaded);
-    // Another day's file is loaded in between.
-    store->appendPoint(1, localTime("2026-01-10 07:00:00.000"), 1.0);
-    for (int reading = 5; reading < 9; ++reading) {
-        store->appendPoint(1, time + reading, 1.0);
-    }
-    QCOMPARE(log.lines().filter(one("-0000-")).size(), 3);
-    QCOMPARE(
-        points(store.path("20260111"), one("curve_1_batch_20260111_060000_20260111_115959")).size(),
-        9);
-}
-
-/// The names in a past day's file are known once it is loaded, under its ids, and so is one
-/// registered there.
-void TestCurveDataDBWrite::namesOfAnotherFileComeIn()
-{
-    TestStore store;
-    store->registerCurve(one("101(V)"));
-    {
-        DayFileWriter writer(store.path("20260111"));
-        writer.addCurve(7, one("before(V)"));
-    }
-    QCOMPARE(store->curveNames(), (QMap<int, QString>{{1, one("101(V)")}}));
-    store->appendPoint(1, localTime("2026-01-11 07:00:00.000"), 1.0);
-    QCOMPARE(store->curveNames(),
-             (QMap<int, QString>{{1, one("101(V)")}, {7, one("before(V)")}, {8, one("101(V)")}}));
-}
-
-/// Whatever has changed in memory since the file was loaded.
-void TestCurveDataDBWrite::eachLateReadingStartsFromItsFile()
-{
-    const qint64 past = localTime("2026-01-11 07:00:00.000");
-    setPresent(past);
-    TestStore store;
-    store->registerCurve(one("101(V)"));
-    store->registerCurve(one("102(V)"));
-    store->appendPoint(1, past, 5.0);
-    QCOMPARE(dayfile::execute(store.path("20260111"),
-                              one("INSERT INTO curve_info VALUES (3, 'another')")),
-             QString());
-    setPresent(at("09:30:00"));
-    store->appendPoint(1, at("09:00:00"), 1.0);
-    store->appendPoint(2, past, 6.0);
-    QCOMPARE(store->curveNames().value(3), one("another"));
-    QCOMPARE(store->registerCurve(one("103(V)")), 3);
-    QCOMPARE(store->curveNames().value(3), one("103(V)"));
-    store->appendPoint(2, past + 1, 6.0);
-    QCOMPARE(store->curveNames().value(3), one("another"));
-
-    QVERIFY(store->deleteCurveData(1));
-    QCOMPARE(store->curveMetadata(1).maxValue, std::numeric_limits<double>::lowest());
-    store->appendPoint(2, past + 2, 6.0);
-    QCOMPARE(store->curveMetadata(1).maxValue, 5.0);
 }
 
 void TestCurveDataDBWrite::unknownCurveStoresNothingAndSpoilsNothing()
@@ -657,74 +371,6 @@ void TestCurveDataDBWrite::closedConnectionIsReopened()
         store->appendPoint(1, at("09:00:00") + i, i);
     }
     QCOMPARE(points(store.path("20260112"), one(kMorning)).size(), 3);
-}
-
-void TestCurveDataDBWrite::appendPointsSpreadsOverFilesAndBatches()
-{
-    TestStore store;
-    store->registerCurve(one("101(V)"));
-    const QString past = store.path("20260111");
-    {
-        DayFileWriter writer(past);
-        writer.addCurve(1, one("101(V)"));
-    }
-    const qint64 yesterday = localTime("2026-01-11 23:00:00.000");
-    const auto x = [](qint64 time) { return static_cast<double>(time); };
-    const LogCapture log;
-    store->appendPoints(1, {QPointF(x(at("09:00:00")), 1.0), QPointF(x(yesterday), 2.0),
-                            QPointF(x(at("03:00:00")) + 0.9, 3.0), QPointF(x(at("09:00:00")), 4.0),
-                            QPointF(x(at("09:00:01")), 5.0)});
-    QCOMPARE(log.lines(QtWarningMsg), QStringList());
-    QCOMPARE(points(past, one("curve_1_batch_20260111_180000_20260111_235959")),
-             QStringList{point(yesterday, "2.0")});
-    QCOMPARE(points(store.path("20260112"), one(kMorning)),
-             (QStringList{point(at("09:00:00"), "1.0"), point(at("09:00:01"), "5.0")}));
-    QCOMPARE(points(store.path("20260112"), one("curve_1_batch_20260112_000000_20260112_055959")),
-             QStringList{point(at("03:00:00"), "3.0")});
-    // Files in path order: today's extremes continue from the past day's.
-    QCOMPARE(extremes(store.path("20260112")),
-             QStringList{extremesRow(1, yesterday, at("09:00:01"), "1.0|5.0")});
-}
-
-void TestCurveDataDBWrite::appendPointsOfAnUnknownCurveDoesNothing()
-{
-    TestStore store;
-    const QStringList before = dayfile::dump(store.path("20260112"));
-    const LogCapture log;
-    store->appendPoints(1, {QPointF(static_cast<double>(at("09:00:00")), 1.0)});
-    store->registerCurve(one("101(V)"));
-    store->appendPoints(1, {});
-    QCOMPARE(log.lines(), QStringList());
-    QCOMPARE(dayfile::rows(store.path("20260112"), one("SELECT count(*) FROM batch_metadata")),
-             QStringList{one("0")});
-    QCOMPARE(before.filter(one("curve_metadata: ")), QStringList{one("curve_metadata: ")});
-}
-
-void TestCurveDataDBWrite::appendPointsIsHeldBackInBatchLoadMode()
-{
-    TestStore store;
-    store->registerCurve(one("101(V)"));
-    store->loadBatchesForCurve(1, 0, at("09:00:00"));
-    store->appendPoints(1, {QPointF(static_cast<double>(at("09:00:00")), 1.0)});
-    store->flushPending();
-    store->flushAndDetach();
-    QCOMPARE(dayfile::rows(store.path("20260112"), one("SELECT count(*) FROM batch_metadata")),
-             QStringList{one("0")});
-    store->appendPoint(1, at("09:00:01"), 2.0); // the live path is not held back
-    QCOMPARE(points(store.path("20260112"), one(kMorning)),
-             QStringList{point(at("09:00:01"), "2.0")});
-}
-
-void TestCurveDataDBWrite::pointsWithoutATimeAreLeftOut()
-{
-    TestStore store;
-    store->registerCurve(one("101(V)"));
-    store->appendPoints(1, {QPointF(std::nan(""), 1.0), QPointF(1e300, 1.0),
-                            QPointF(static_cast<double>(at("09:00:00")), 2.0)});
-    QCOMPARE(points(store.path("20260112"), one(kMorning)),
-             QStringList{point(at("09:00:00"), "2.0")});
-    QCOMPARE(extremes(store.path("20260112")),
-             QStringList{extremesRow(1, at("09:00:00"), at("09:00:00"), "2.0|2.0")});
 }
 
 void TestCurveDataDBWrite::sixHundredCurves()
