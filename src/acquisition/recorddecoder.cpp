@@ -45,13 +45,13 @@ const QLocale& numbers()
 }
 
 /// 0 for anything that is no int.
-int toInt(QStringView text)
+int wholeNumber(QStringView text)
 {
     return numbers().toInt(text);
 }
 
 /// 0 for anything that is no number.
-double toDouble(QStringView text)
+double number(QStringView text)
 {
     return numbers().toDouble(text);
 }
@@ -62,7 +62,7 @@ QTime timeOfDay(int hour, int minute, QStringView seconds)
 {
     const auto point = seconds.indexOf(QLatin1Char('.'));
     if (point < 0) {
-        return QTime(hour, minute, toInt(seconds));
+        return QTime(hour, minute, wholeNumber(seconds));
     }
     std::array<QChar, kMillisecondDigits> fraction;
     fraction.fill(QLatin1Char('0'));
@@ -74,8 +74,8 @@ QTime timeOfDay(int hour, int minute, QStringView seconds)
         c = seconds[source];
         ++source;
     }
-    return QTime(hour, minute, toInt(seconds.left(point)),
-                 toInt(QStringView(fraction.data(), kMillisecondDigits)));
+    return QTime(hour, minute, wholeNumber(seconds.left(point)),
+                 wholeNumber(QStringView(fraction.data(), kMillisecondDigits)));
 }
 
 /// Results that the next record mostly needs again.
@@ -133,12 +133,13 @@ void readFields(const RecordFields& fields, LastFound& last, MeasurementData& re
         qWarning() << "Invalid voltage format:" << fields[ReadingField];
         return;
     }
-    record.value = toDouble(reading.left(blank));
+    record.value = number(reading.left(blank));
     record.unit = sharedUnit(reading.mid(blank + 1), last);
 
-    const QDate date(toInt(fields[YearField]), toInt(fields[MonthField]), toInt(fields[DayField]));
-    const QTime time =
-        timeOfDay(toInt(fields[HourField]), toInt(fields[MinuteField]), fields[SecondsField]);
+    const QDate date(wholeNumber(fields[YearField]), wholeNumber(fields[MonthField]),
+                     wholeNumber(fields[DayField]));
+    const QTime time = timeOfDay(wholeNumber(fields[HourField]), wholeNumber(fields[MinuteField]),
+                                 fields[SecondsField]);
     // QDateTime would silently turn an invalid time into midnight.
     const QDateTime moment = time.isValid() ? firstMoment(date, time, last) : QDateTime();
     if (!moment.isValid()) {
@@ -146,8 +147,8 @@ void readFields(const RecordFields& fields, LastFound& last, MeasurementData& re
         return;
     }
     record.time = moment;
-    record.channel = toInt(fields[ChannelField]);
-    record.alarm = toInt(fields[AlarmField]);
+    record.channel = wholeNumber(fields[ChannelField]);
+    record.alarm = wholeNumber(fields[AlarmField]);
     record.valid = true;
 }
 
