@@ -92,7 +92,7 @@ void MainWidget::recvExportFileButtonSlot()
     m_exportDialog->close();
     m_exportView->showLoading();
 
-    const ExportRange range = exportRange(g_scanStartText, g_scanEndText);
+    const scn::ExportRange range = exportRange(g_scanStartText, g_scanEndText);
     m_exportThread = new CsvExportFromDBThread(
         m_curveStore, curveIds,
         exportFilePath(m_exportDirectoryLabel->text(), g_instrumentId, m_exportNameEdit->text()),

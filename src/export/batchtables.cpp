@@ -13,6 +13,8 @@
 
 #include <algorithm>
 
+namespace scn {
+
 namespace {
 
 QDate localDate(qint64 timestamp)
@@ -139,3 +141,5 @@ BatchTables collectTables(CurveDataDB& store, const QMap<int, QString>& curves, 
     }
     return found;
 }
+
+} // namespace scn

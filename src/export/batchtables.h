@@ -10,6 +10,8 @@
 
 class CurveDataDB;
 
+namespace scn {
+
 /// One batch table of a curve: its file, and the curve's id there.
 struct BatchTable
 {
@@ -35,3 +37,5 @@ struct BatchTables
 /// Returns at the first unreadable file, and when `stop` is set.
 BatchTables collectTables(CurveDataDB& store, const QMap<int, QString>& curves, qint64 start,
                           qint64 end, const std::atomic<bool>& stop);
+
+} // namespace scn

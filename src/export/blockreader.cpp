@@ -7,6 +7,8 @@
 #include <exception>
 #include <utility>
 
+namespace scn {
+
 namespace {
 
 /// Enough to bridge a slow write.
@@ -91,3 +93,5 @@ void BlockReader::readInto(ReadBlock& block)
         ++column;
     }
 }
+
+} // namespace scn

@@ -14,6 +14,8 @@
 #include <thread>
 #include <vector>
 
+namespace scn {
+
 /// Reads the samples of several cursors on its own thread, a few blocks ahead of the consumer.
 /// While it exists, no one else may touch the cursors.
 class BlockReader
@@ -53,3 +55,5 @@ private:
     std::atomic<bool> m_abandoned{false};
     std::thread m_thread; ///< Last: it starts once everything else exists.
 };
+
+} // namespace scn

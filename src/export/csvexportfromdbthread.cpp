@@ -13,6 +13,8 @@
 
 #include <algorithm>
 
+using namespace scn;
+
 namespace {
 
 constexpr qint64 kRowsPerPart = 1000000;

@@ -14,11 +14,14 @@
 #include <memory>
 #include <vector>
 
+class CurveDataDB;
+
+namespace scn {
 class CsvParts;
 class CsvRows;
 class CurveCursor;
-class CurveDataDB;
 struct SampleBlock;
+} // namespace scn
 
 /// Writes stored samples of several curves to CSV files, on its own thread and in constant memory.
 /// The n-th row holds the n-th sample of each curve: rows are aligned by position, not by time.
@@ -71,15 +74,16 @@ protected:
     void run() override;
 
 private:
-    using Cursors = std::vector<std::unique_ptr<CurveCursor>>;
+    using Cursors = std::vector<std::unique_ptr<scn::CurveCursor>>;
 
     ExportResult exportCurves(QStringList& files);
     QMap<int, QString> selectExistingCurves() const;
     bool makeCursors(const QMap<int, QString>& curves, Cursors& cursors) const;
     ExportResult writeFiles(Cursors& cursors, const QMap<int, QString>& curves, QStringList& files);
-    ExportResult writeParts(Cursors& cursors, CsvParts& parts);
-    ExportResult writeBlock(const SampleBlock& block, CsvRows& rows, CsvParts& parts);
-    ExportResult countRow(CsvRows& rows, CsvParts& parts);
+    ExportResult writeParts(Cursors& cursors, scn::CsvParts& parts);
+    ExportResult writeBlock(const scn::SampleBlock& block, scn::CsvRows& rows,
+                            scn::CsvParts& parts);
+    ExportResult countRow(scn::CsvRows& rows, scn::CsvParts& parts);
     static ExportResult cancelled();
     static ExportResult failedToRead();
     static ExportResult failedToWrite();

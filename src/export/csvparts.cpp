@@ -5,6 +5,8 @@
 #include <QByteArray>
 #include <QDebug>
 
+namespace scn {
+
 CsvParts::CsvParts(CurveDataDB& store, const QString& path, const QString& separator,
                    const QMap<QString, QString>& header, const QMap<int, QString>& curves)
     : m_store(store)
@@ -76,3 +78,5 @@ void CsvParts::removeFiles()
         }
     }
 }
+
+} // namespace scn

@@ -9,6 +9,8 @@
 class CurveDataDB;
 class QByteArray;
 
+namespace scn {
+
 /// The files of one CSV export, written one after another. Unless keep() is called, the destructor
 /// removes them. One thread at a time.
 class CsvParts
@@ -55,3 +57,5 @@ private:
     QStringList m_listedFiles;
     QStringList m_createdFiles; ///< The actual file names.
 };
+
+} // namespace scn

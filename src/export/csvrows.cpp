@@ -9,6 +9,8 @@
 #include <cstring>
 #include <exception>
 
+namespace scn {
+
 namespace {
 
 constexpr qint64 kMinuteMs = 60000;
@@ -122,3 +124,5 @@ char* CsvRows::appendTime(char* out, qint64 timestamp)
     *out++ = static_cast<char>('0' + second % 10);
     return out;
 }
+
+} // namespace scn

@@ -8,6 +8,8 @@
 #include <cstddef>
 #include <vector>
 
+namespace scn {
+
 /// A block of rows: one column per curve, with its samples in consecutive rows from the first. A
 /// shorter column has ended.
 struct SampleBlock
@@ -46,3 +48,5 @@ private:
     qint64 m_minuteStart = 0; ///< First millisecond of the last sample's local minute.
     bool m_minuteKnown = false;
 };
+
+} // namespace scn

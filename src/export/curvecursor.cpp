@@ -12,6 +12,8 @@
 
 #include <utility>
 
+namespace scn {
+
 namespace {
 
 /// The first run of eight digits in a table's name is the date of its batch.
@@ -227,3 +229,5 @@ void CurveCursor::release()
     m_connection.reset();
     ConnectionPool::instance().releaseConnection(m_path);
 }
+
+} // namespace scn

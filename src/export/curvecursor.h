@@ -14,6 +14,8 @@
 
 class CurveDataDB;
 
+namespace scn {
+
 /// Iterates over the stored samples of one curve in order of time, table by table and file by file,
 /// with one forward-only query at a time on the pooled connections.
 ///
@@ -71,3 +73,5 @@ private:
     qint64 m_end;
     Columns m_columns;
 };
+
+} // namespace scn

@@ -67,7 +67,7 @@ QMap<QString, QString> exportHeader(const QString& resourceName, const QString& 
             {QStringLiteral("endTime"), endText}};
 }
 
-ExportRange exportRange(const QString& startText, const QString& endText)
+scn::ExportRange exportRange(const QString& startText, const QString& endText)
 {
     if (!runTime(startText).isValid() || !runTime(endText).isValid()) {
         return {};

@@ -20,6 +20,8 @@ QString exportFilePath(const QString& directory, const QString& identity, const 
 QMap<QString, QString> exportHeader(const QString& resourceName, const QString& identity,
                                     const QString& startText, const QString& endText);
 
+namespace scn {
+
 /// First and last moment of an export, both included, in ms since the epoch.
 struct ExportRange
 {
@@ -27,7 +29,9 @@ struct ExportRange
     qint64 end = 0;
 };
 
+} // namespace scn
+
 /// The range between the two texts of a run, local time, "yyyy MM dd hh mm ss". A text that names
 /// two moments, in the hour that autumn repeats, means the first as a start and the second as an
 /// end. A text that is not such a time gives a range in 1970, without readings.
-ExportRange exportRange(const QString& startText, const QString& endText);
+scn::ExportRange exportRange(const QString& startText, const QString& endText);

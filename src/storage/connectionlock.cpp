@@ -8,6 +8,8 @@
 #include <iterator>
 #include <utility>
 
+namespace scn {
+
 namespace {
 
 constexpr qint64 kNotDoneNs = 500000;
@@ -92,3 +94,5 @@ ConnectionLocker::~ConnectionLocker()
 {
     m_mutex->unlock();
 }
+
+} // namespace scn

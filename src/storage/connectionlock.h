@@ -4,9 +4,12 @@
 #include <QString>
 
 #include <atomic>
+#include <chrono>
 #include <memory>
 
 class QSqlDatabase;
+
+namespace scn {
 
 /// The lock of a database connection. SQLite is opened without its own mutex, and Qt's driver keeps
 /// an unguarded list of queries, so whoever constructs, prepares, executes, fetches from or
@@ -24,7 +27,7 @@ public:
     Q_DISABLE_COPY_MOVE(ConnectionMutex)
 
     void lock();
-    bool tryLock(int timeoutMs = 0) { return m_mutex.tryLock(timeoutMs); }
+    bool tryLock(std::chrono::milliseconds timeout) { return m_mutex.try_lock_for(timeout); }
     void unlock() { m_mutex.unlock(); }
 
     /// Waits while other threads are waiting for the lock, or had to within the last half
@@ -53,3 +56,5 @@ public:
 private:
     std::shared_ptr<ConnectionMutex> m_mutex;
 };
+
+} // namespace scn

@@ -11,7 +11,7 @@
 
 #include <atomic>
 
-using namespace storage;
+using namespace scn;
 
 namespace {
 

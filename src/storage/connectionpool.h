@@ -87,15 +87,15 @@ private slots:
     void cleanExpiredConnections();
 
 private:
-    using HolderCount = storage::HolderCount;
+    using HolderCount = scn::HolderCount;
 
     struct ConnectionInfo
     {
         QSharedPointer<QSqlDatabase> connection;
         qint64 lastUse = 0; ///< Milliseconds since the epoch.
-        FileIdentity file;
+        scn::FileIdentity file;
         HolderCount holders = std::make_shared<std::atomic<int>>(0);
-        std::shared_ptr<ConnectionMutex> mutex;
+        std::shared_ptr<scn::ConnectionMutex> mutex;
     };
 
     ConnectionPool();
@@ -115,5 +115,5 @@ private:
     mutable QMutex m_mutex;
     QTimer m_expiryTimer;
     QTimer m_spareTimer; ///< Constructed, never started.
-    storage::RetiredConnections m_retired;
+    scn::RetiredConnections m_retired;
 };

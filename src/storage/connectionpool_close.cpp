@@ -12,7 +12,7 @@
 
 #include <algorithm>
 
-using namespace storage;
+using namespace scn;
 
 namespace {
 
@@ -216,7 +216,7 @@ void ConnectionPool::closeForExit(QDeadlineTimer deadline)
 bool ConnectionPool::closeByDeadline(ConnectionInfo& info, const QDeadlineTimer& deadline)
 {
     const auto remaining = [&deadline] {
-        return static_cast<int>(std::max<qint64>(deadline.remainingTime(), 0));
+        return std::chrono::milliseconds(std::max<qint64>(deadline.remainingTime(), 0));
     };
     const QString name = info.connection->connectionName();
     if (!info.mutex->tryLock(remaining())) {
@@ -224,7 +224,7 @@ bool ConnectionPool::closeByDeadline(ConnectionInfo& info, const QDeadlineTimer&
     }
     QueryManager::instance().finishQueries(name);
     // Two statements follow that each may wait for a lock.
-    setBusyTimeout(*info.connection, std::chrono::milliseconds(remaining() / 2));
+    setBusyTimeout(*info.connection, remaining() / 2);
     foldAndClose(*info.connection);
     info.mutex->unlock();
     info.connection.reset();

@@ -13,7 +13,7 @@
 #include <QSqlError>
 #include <QUuid>
 
-namespace storage {
+namespace scn {
 
 namespace {
 
@@ -157,4 +157,4 @@ void foldAndClose(QSqlDatabase& database)
     database.close();
 }
 
-} // namespace storage
+} // namespace scn

@@ -6,7 +6,7 @@
 #include <chrono>
 
 /// Operations on one connection to a day file: opening it for its role, checking it, closing it.
-namespace storage {
+namespace scn {
 
 /// Common prefix of the names of the pool's connections.
 inline const QString kConnectionNamePrefix = QStringLiteral("curve_db_");
@@ -33,4 +33,4 @@ void truncateLog(const QSqlDatabase& database);
 /// Checkpoints the WAL, removes the side files and closes.
 void foldAndClose(QSqlDatabase& database);
 
-} // namespace storage
+} // namespace scn

@@ -7,7 +7,7 @@
 #include <algorithm>
 #include <cmath>
 
-namespace storage {
+namespace scn {
 
 namespace {
 
@@ -183,4 +183,4 @@ bool CurrentFile::failedToSave(const ManagedQuery& query)
     return false;
 }
 
-} // namespace storage
+} // namespace scn

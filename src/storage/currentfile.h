@@ -13,7 +13,7 @@
 
 #include <memory>
 
-namespace storage {
+namespace scn {
 
 /// How well the store knows today's file, from the best to the worst.
 enum class Attachment {
@@ -118,4 +118,4 @@ private:
     bool m_compareAll = false;          ///< Changes were not recorded one by one.
 };
 
-} // namespace storage
+} // namespace scn

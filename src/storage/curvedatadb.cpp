@@ -13,7 +13,7 @@
 
 #include <algorithm>
 
-using namespace storage;
+using namespace scn;
 
 namespace {
 

@@ -192,9 +192,9 @@ private:
     const QString& dateKeyFor(qint64 timestamp);
     bool targetsCurrentFile(qint64 timestamp);
     bool appendToCurrentFile(int curveId, qint64 timestamp, double value);
-    bool insertReading(storage::KeptInserts& inserts, const QSqlDatabase& db,
-                       const Reading& reading, bool& metReadOnly);
-    ManagedQuery* insertFor(storage::KeptInserts& inserts, const QSqlDatabase& db,
+    bool insertReading(scn::KeptInserts& inserts, const QSqlDatabase& db, const Reading& reading,
+                       bool& metReadOnly);
+    ManagedQuery* insertFor(scn::KeptInserts& inserts, const QSqlDatabase& db,
                             const Reading& reading);
     void updateMetadataCache(int curveId, qint64 timestamp, double value);
 
@@ -240,10 +240,10 @@ private:
 
     QString m_loadedPath; ///< The file loaded last, if that came to its end.
 
-    storage::CurrentFile m_today;
-    storage::LateFile m_late;
-    TimeSliceCache m_readingSlice;
-    TimeSliceCache m_nowSlice;
+    scn::CurrentFile m_today;
+    scn::LateFile m_late;
+    scn::TimeSliceCache m_readingSlice;
+    scn::TimeSliceCache m_nowSlice;
     qint64 m_lastUseNoted = 0;
     qint64 m_lastRepair = 0;
 };

@@ -8,7 +8,7 @@
 #include <QDebug>
 #include <QSqlError>
 
-using namespace storage;
+using namespace scn;
 
 namespace {
 

@@ -7,7 +7,7 @@
 
 #include <algorithm>
 
-using namespace storage;
+using namespace scn;
 
 /// Ensures that the table of a reading's batch exists. True if it is known to.
 bool CurveDataDB::openForWrite(int curveId, qint64 timestamp)

@@ -8,7 +8,7 @@
 
 #include <QDebug>
 
-using namespace storage;
+using namespace scn;
 
 void CurveDataDB::appendPoints(int curveId, const QVector<QPointF>& points)
 {

@@ -12,7 +12,7 @@
 #include <QThread>
 #include <QTimer>
 
-using namespace storage;
+using namespace scn;
 
 void CurveDataDB::clearAll()
 {

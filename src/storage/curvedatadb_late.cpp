@@ -5,7 +5,7 @@
 
 #include <QDebug>
 
-using namespace storage;
+using namespace scn;
 
 /// Stores a reading of another day. Loads that file's own catalogue, and gives today's file the
 /// extremes that follow. While readings keep coming for the same file and nothing else is loaded,

@@ -2,7 +2,7 @@
 
 #include "storage/connectionpool.h"
 
-using namespace storage;
+using namespace scn;
 
 /// Reads a file's catalogue into memory, replacing the last loaded file's. Its names are added to
 /// the known ones.

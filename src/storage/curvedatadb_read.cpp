@@ -15,6 +15,8 @@
 
 #include <algorithm>
 
+using namespace scn;
+
 namespace {
 
 /// Rows fetched per hold of the connection's lock: enough to make the lock cheap, few enough to let

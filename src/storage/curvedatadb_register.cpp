@@ -7,7 +7,7 @@
 
 #include <QDebug>
 
-using namespace storage;
+using namespace scn;
 
 int CurveDataDB::registerCurve(const QString& name)
 {

@@ -5,7 +5,7 @@
 #include "storage/statements.h"
 #include "storage/storeclock.h"
 
-using namespace storage;
+using namespace scn;
 
 namespace {
 

@@ -3,6 +3,8 @@
 #include <QString>
 #include <QtGlobal>
 
+namespace scn {
+
 /// Identifies the file at a path. A file that was deleted or moved while open differs from its
 /// replacement.
 struct FileIdentity
@@ -27,3 +29,5 @@ inline bool operator!=(const FileIdentity& left, const FileIdentity& right)
 ///
 /// Where open files cannot be deleted or replaced, checking that one exists is enough.
 FileIdentity fileIdentity(const QString& path);
+
+} // namespace scn

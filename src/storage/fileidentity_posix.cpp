@@ -4,6 +4,8 @@
 
 #include <sys/stat.h>
 
+namespace scn {
+
 FileIdentity fileIdentity(const QString& path)
 {
     struct stat facts = {};
@@ -12,3 +14,5 @@ FileIdentity fileIdentity(const QString& path)
     }
     return {static_cast<quint64>(facts.st_dev), static_cast<quint64>(facts.st_ino)};
 }
+
+} // namespace scn

@@ -7,7 +7,7 @@
 #include <limits>
 #include <utility>
 
-namespace storage {
+namespace scn {
 
 namespace {
 
@@ -63,4 +63,4 @@ void KeptInserts::growCache(const QSqlDatabase& db)
     ManagedQuery(db).exec(QStringLiteral("PRAGMA cache_size = -%1").arg(wanted));
 }
 
-} // namespace storage
+} // namespace scn

@@ -6,7 +6,7 @@
 #include <memory>
 #include <unordered_map>
 
-namespace storage {
+namespace scn {
 
 /// The prepared inserts of one file: one per curve, for the table of its latest batch. Preparing
 /// one per reading would cost as much as the reading.
@@ -40,4 +40,4 @@ private:
     int m_cacheKib = 0; ///< Page cache set on the connection; 0: SQLite's default.
 };
 
-} // namespace storage
+} // namespace scn

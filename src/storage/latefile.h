@@ -7,7 +7,7 @@
 #include <QSet>
 #include <QString>
 
-namespace storage {
+namespace scn {
 
 /// What the store keeps about an earlier day's file while late readings go to it, one file at a
 /// time.
@@ -20,4 +20,4 @@ struct LateFile
     QSet<int> changed;                   ///< Curves whose extremes in memory differ from those.
 };
 
-} // namespace storage
+} // namespace scn

@@ -10,6 +10,8 @@
 
 #include <sqlite3.h>
 
+namespace scn {
+
 namespace {
 
 /// SQLite's own statement behind an executed query; null once its connection was closed.
@@ -242,3 +244,5 @@ bool LockedQuery::failWithQueryError()
     }
     return false;
 }
+
+} // namespace scn

@@ -10,6 +10,8 @@
 #include <initializer_list>
 #include <memory>
 
+namespace scn {
+
 /// A query that takes the connection's lock for each operation, so that queries of one connection
 /// may be used on several threads.
 ///
@@ -117,3 +119,5 @@ private:
     QString m_errorText;
     int m_errorCode = 0;
 };
+
+} // namespace scn

@@ -5,6 +5,8 @@
 #include <QSqlQuery>
 #include <QSqlResult>
 
+namespace scn {
+
 namespace {
 
 thread_local LockPatience* g_current = nullptr;
@@ -54,3 +56,5 @@ void LockPatience::waitedInVain(const std::shared_ptr<ConnectionMutex>& mutex,
     setBusyTimeout(driver, std::chrono::milliseconds::zero());
     g_current->m_impatient.push_back({mutex, driver});
 }
+
+} // namespace scn

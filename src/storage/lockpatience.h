@@ -8,6 +8,8 @@
 #include <memory>
 #include <vector>
 
+namespace scn {
+
 /// Limits how long an operation of many statements waits for files locked by other processes:
 /// during its lifetime, the first query of this thread that waits in vain on a connection is the
 /// last to wait there; the connection's further ones fail at once. When it is destroyed, the
@@ -33,3 +35,5 @@ private:
     std::vector<Connection> m_impatient;
     bool m_outermost;
 };
+
+} // namespace scn

@@ -2,6 +2,8 @@
 
 #include "storage/querymanager.h"
 
+using namespace scn;
+
 ManagedQuery::ManagedQuery(const QSqlDatabase& database)
     : LockedQuery(database)
 {

@@ -3,7 +3,7 @@
 #include "storage/lockedquery.h"
 
 /// A query registered with QueryManager, so that whoever closes the connection can end it.
-class ManagedQuery : public LockedQuery
+class ManagedQuery : public scn::LockedQuery
 {
 public:
     explicit ManagedQuery(const QSqlDatabase& database);

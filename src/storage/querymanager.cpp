@@ -5,6 +5,8 @@
 #include <QSqlDriver>
 #include <QSqlQuery>
 
+using namespace scn;
+
 QueryManager& QueryManager::instance()
 {
     // Never destroyed: threads may still end their queries while the process exits.

@@ -5,7 +5,7 @@
 #include <cmath>
 
 /// Valid times of readings, in milliseconds since the epoch.
-namespace storage {
+namespace scn {
 
 /// The calendar's own limit, some 270,000 years from the epoch on either side.
 constexpr qint64 kFarthestTime = 8640000000000000;
@@ -27,4 +27,4 @@ inline qint64 timeOf(const QPointF& point)
     return static_cast<qint64>(point.x());
 }
 
-} // namespace storage
+} // namespace scn

@@ -6,13 +6,13 @@
 
 #include <algorithm>
 
-namespace storage {
+namespace scn {
 
 void RetiredConnections::purge()
 {
     const auto gone =
         std::stable_partition(m_connections.begin(), m_connections.end(),
-                              [](const Connection& connection) { return *connection.holders > 0; });
+                              [](const Retired& connection) { return *connection.holders > 0; });
     for (auto it = gone; it != m_connections.end(); ++it) {
         removeName(it->name);
     }
@@ -22,7 +22,7 @@ void RetiredConnections::purge()
 QStringList RetiredConnections::names() const
 {
     QStringList names;
-    for (const Connection& connection : m_connections) {
+    for (const Retired& connection : m_connections) {
         names.append(connection.name);
     }
     return names;
@@ -34,4 +34,4 @@ void RetiredConnections::removeName(const QString& name)
     QSqlDatabase::removeDatabase(name);
 }
 
-} // namespace storage
+} // namespace scn

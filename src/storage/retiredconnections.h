@@ -7,7 +7,7 @@
 #include <atomic>
 #include <memory>
 
-namespace storage {
+namespace scn {
 
 /// Number of pointers handed out for a connection.
 using HolderCount = std::shared_ptr<std::atomic<int>>;
@@ -32,13 +32,13 @@ public:
     static void removeName(const QString& name);
 
 private:
-    struct Connection
+    struct Retired
     {
         QString name;
         HolderCount holders;
     };
 
-    QVector<Connection> m_connections;
+    QVector<Retired> m_connections;
 };
 
-} // namespace storage
+} // namespace scn

@@ -4,6 +4,8 @@
 
 #include <vector>
 
+namespace scn {
+
 /// One stored reading of a curve.
 struct Sample
 {
@@ -13,3 +15,5 @@ struct Sample
 
 /// Consecutive samples of one curve, oldest first.
 using SampleColumn = std::vector<Sample>;
+
+} // namespace scn

@@ -3,7 +3,7 @@
 #include <QString>
 
 /// Statements that several parts of the store run.
-namespace storage {
+namespace scn {
 
 inline const QString kBegin = QStringLiteral("BEGIN");
 inline const QString kCommit = QStringLiteral("COMMIT");
@@ -22,4 +22,4 @@ inline bool saysMissingTable(const QString& errorText)
     return errorText.contains(QLatin1String("no such table"));
 }
 
-} // namespace storage
+} // namespace scn

@@ -6,6 +6,8 @@
 
 #include <algorithm>
 
+namespace scn {
+
 namespace {
 
 /// Changes of the clock are at least this far apart and each falls into one such window.
@@ -62,3 +64,5 @@ TimeSlice timeSliceFor(qint64 timestamp)
     slice.last = std::min(last, midnight + kDayLengthMs - 1);
     return slice;
 }
+
+} // namespace scn

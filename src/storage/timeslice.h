@@ -2,6 +2,8 @@
 
 #include <QString>
 
+namespace scn {
+
 /// A moment's names, and the span of moments that share them.
 struct TimeSlice
 {
@@ -36,3 +38,5 @@ public:
 private:
     TimeSlice m_slice;
 };
+
+} // namespace scn

@@ -135,7 +135,7 @@ void TestExportRequest::rangeIsBetweenTheTwoSeconds()
 {
     const QString start = QStringLiteral("2024 02 29 23 59 58");
     const QString end = QStringLiteral("2024 07 01 00 00 01");
-    const ExportRange range = exportRange(start, end);
+    const scn::ExportRange range = exportRange(start, end);
     // Winter and summer time.
     QCOMPARE(range.start, momentAt(start, kHour));
     QCOMPARE(range.end, momentAt(end, 2 * kHour));
@@ -146,7 +146,7 @@ void TestExportRequest::repeatedHourIsTakenWhole()
     // A run of 40 minutes that starts in the first of the two hours and ends in the second.
     const QString start = QStringLiteral("2024 10 27 02 40 00");
     const QString end = QStringLiteral("2024 10 27 02 20 00");
-    const ExportRange range = exportRange(start, end);
+    const scn::ExportRange range = exportRange(start, end);
     QCOMPARE(range.start, momentAt(start, 2 * kHour));
     QCOMPARE(range.end, momentAt(end, kHour));
     QCOMPARE(range.end - range.start, qint64(40 * 60 * 1000));
@@ -168,7 +168,7 @@ void TestExportRequest::rangeOfNoTimesHoldsNothing()
 {
     QFETCH(QString, start);
     QFETCH(QString, end);
-    const ExportRange range = exportRange(start, end);
+    const scn::ExportRange range = exportRange(start, end);
     QCOMPARE(range.start, qint64(0));
     QCOMPARE(range.end, qint64(0));
 }

@@ -15,6 +15,8 @@
 #include <thread>
 #include <vector>
 
+using namespace scn;
+
 namespace {
 
 const QString kConnection = QStringLiteral("test_connection");
@@ -316,7 +318,7 @@ void TestManagedQuery::lockIsRecursiveAndExcludesOthers()
     const ConnectionLocker inner(m_database);
     std::atomic<bool> entered{false};
     std::thread other([this, &entered] {
-        if (connectionMutex(kConnection)->tryLock(50)) {
+        if (connectionMutex(kConnection)->tryLock(std::chrono::milliseconds(50))) {
             entered = true;
         }
     });

@@ -10,6 +10,8 @@
 #include <QRandomGenerator>
 #include <QtTest>
 
+using namespace scn;
+
 namespace {
 
 constexpr int kRandomMoments = 1000;
