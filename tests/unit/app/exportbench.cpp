@@ -99,6 +99,21 @@ void ExportBench::removeStore()
         .removeRecursively();
 }
 
+QStringList ExportBench::filesBesideTheProgram()
+{
+    return QDir(QCoreApplication::applicationDirPath())
+        .entryList({serial() + QStringLiteral("_*.csv")}, QDir::Files);
+}
+
+void ExportBench::removeLeftovers()
+{
+    const QDir programs(QCoreApplication::applicationDirPath());
+    for (const QString& name : filesBesideTheProgram()) {
+        QFile::remove(programs.filePath(name));
+    }
+    removeStore();
+}
+
 void ExportBench::scan(int rows)
 {
     click(startButton());

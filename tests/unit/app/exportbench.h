@@ -32,6 +32,12 @@ struct ExportBench : WindowBench
     /// Removes the store's files, also those of an aborted run.
     static void removeStore();
 
+    /// The exported files beside the program, which is where the dialog writes at first.
+    static QStringList filesBesideTheProgram();
+
+    /// Removes the store's files and those, also those of an aborted run.
+    static void removeLeftovers();
+
     /// A scan after which the store holds `rows` readings of the first channel and one fewer of the
     /// second, one second apart; the run's texts exclude the last row.
     void scan(int rows = 5);
