@@ -26,7 +26,7 @@ struct ButtonBarForm
 /// Builds the bar below the pages and connects nothing. GUI thread.
 class ButtonBarBuilder
 {
-    Q_DECLARE_TR_FUNCTIONS(ButtonBarBuilder)
+    Q_DECLARE_TR_FUNCTIONS(MainWidget)
 
 public:
     /// Returns a new bar, a child of `parent`.

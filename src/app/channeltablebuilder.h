@@ -15,7 +15,7 @@ namespace scn {
 /// nothing, so nothing is sent meanwhile. GUI thread.
 class ChannelTableBuilder
 {
-    Q_DECLARE_TR_FUNCTIONS(ChannelTableBuilder)
+    Q_DECLARE_TR_FUNCTIONS(MainWidget)
 
 public:
     /// Returns a new table, a child of `parent`.

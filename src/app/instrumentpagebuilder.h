@@ -17,7 +17,7 @@ struct InstrumentPage
 /// Builds the instrument page. It is display only: nothing is connected to its controls. GUI thread.
 class InstrumentPageBuilder
 {
-    Q_DECLARE_TR_FUNCTIONS(InstrumentPageBuilder)
+    Q_DECLARE_TR_FUNCTIONS(MainWidget)
 
 public:
     /// Returns a new page, a child of `parent`.

@@ -20,7 +20,7 @@ struct LoggingPage
 /// Builds the recording page. Connects nothing, so nothing is sent meanwhile. GUI thread.
 class LoggingPageBuilder
 {
-    Q_DECLARE_TR_FUNCTIONS(LoggingPageBuilder)
+    Q_DECLARE_TR_FUNCTIONS(MainWidget)
 
 public:
     /// Returns a new page, a child of `parent`.

@@ -11,7 +11,7 @@ struct ButtonBarForm;
 /// Shows the run in the bar below the pages. GUI thread.
 class RunIndicator
 {
-    Q_DECLARE_TR_FUNCTIONS(RunIndicator)
+    Q_DECLARE_TR_FUNCTIONS(MainWidget)
 
 public:
     /// Keeps a reference to `form`, which may be filled later. The running label checks every

@@ -66,7 +66,7 @@ RunState RunStateMachine::run() const
 {
     assertGuiThread();
     if (m_scanRunning) {
-        return m_run == State::Draining ? State::Draining : State::Running;
+        return m_isStoppedByButton ? State::Draining : State::Running;
     }
     return m_run == State::Starting ? State::Starting : State::Idle;
 }
@@ -78,6 +78,11 @@ bool RunStateMachine::isLinkUp() const
 
 bool RunStateMachine::allows(RunEvent event) const
 {
+    return allows(event, run());
+}
+
+bool RunStateMachine::allows(RunEvent event, RunState from) const
+{
     switch (event) {
     case Event::LossReported:
     case Event::RecoveryRequested:
@@ -87,21 +92,23 @@ bool RunStateMachine::allows(RunEvent event) const
         return m_isReconnecting;
     case Event::StartRequested:
     case Event::ScanStarted:
-        return transitionFrom(run(), event) && isLinkUp();
+        return transitionFrom(from, event) && isLinkUp();
     case Event::TimeElapsed:
         // The recovery stops a lost instrument and fetches its readings.
         return m_connected;
     case Event::StartDropped:
     case Event::StopRequested:
     case Event::Unlocked:
-        return transitionFrom(run(), event);
+        return transitionFrom(from, event);
     }
     Q_UNREACHABLE();
 }
 
 bool RunStateMachine::take(RunEvent event)
 {
-    if (!allows(event)) {
+    // Read once: the acquisition thread may end the run meanwhile.
+    const RunState from = run();
+    if (!allows(event, from)) {
         return false;
     }
     switch (event) {
@@ -115,7 +122,7 @@ bool RunStateMachine::take(RunEvent event)
         m_isReconnecting = false;
         break;
     default:
-        moveRun(transitionFrom(run(), event)->to);
+        moveRun(transitionFrom(from, event)->to);
     }
     return true;
 }
@@ -128,9 +135,9 @@ void RunStateMachine::moveRun(RunState to)
     } else if (to == State::Idle) {
         m_scanRunning = false;
     }
-    // isStoppedByButton() holds until the next start.
-    if (to != State::Idle || !isStoppedByButton()) {
-        m_run = to;
+    m_run = to;
+    if (to == State::Draining || to == State::Running) {
+        m_isStoppedByButton = to == State::Draining;
     }
 }
 

@@ -42,8 +42,8 @@ public:
     /// Draining.
     RunState run() const;
 
-    /// True from the click on stop until the next start: that click was the end of the run.
-    bool isStoppedByButton() const { return m_run == RunState::Draining; }
+    /// True from the click on stop until the next scan: that click was the end of the run.
+    bool isStoppedByButton() const { return m_isStoppedByButton; }
 
     bool allows(RunEvent event) const;
 
@@ -52,11 +52,13 @@ public:
 
 private:
     bool isLinkUp() const;
+    bool allows(RunEvent event, RunState from) const;
     void moveRun(RunState to);
 
     std::atomic<bool>& m_scanRunning;
     std::atomic<bool>& m_connected;
     RunState m_run = RunState::Idle; ///< as last set here; the flags may have changed since
+    bool m_isStoppedByButton = false;
     bool m_isReconnecting = false;
 };
 

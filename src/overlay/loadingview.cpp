@@ -90,7 +90,7 @@ LoadingView::LoadingView(int mode, QWidget* parent)
     m_state->barrier =
         std::make_unique<InputBarrier>([this](const QWidget& widget) { return covers(widget); });
 
-    m_state->timer.setParent(this);
+    m_state->timer.setParent(this); // found among the children
     m_state->timer.setInterval(kStepMs);
     connect(
         &m_state->timer, &QTimer::timeout, this,

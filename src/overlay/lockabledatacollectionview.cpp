@@ -118,7 +118,7 @@ LockableDataCollectionView::LockableDataCollectionView(QWidget* parent)
     setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
 
     setTiming(scn::LockTiming());
-    m_state->unlockTimer.setParent(this);
+    m_state->unlockTimer.setParent(this); // found among the children
     m_state->scene = new QGraphicsScene(this);
     setScene(m_state->scene);
     setRenderHint(QPainter::Antialiasing);

@@ -20,8 +20,8 @@ inline bool isUsableRange(double lower, double upper)
 /// True for bounds with room for ticks in between: doubles are only so dense.
 inline bool isDistinctRange(double lower, double upper)
 {
-    constexpr double leastShare = 128 * std::numeric_limits<double>::epsilon();
-    return upper - lower >= leastShare * std::max(std::abs(lower), std::abs(upper));
+    constexpr double kLeastShare = 128 * std::numeric_limits<double>::epsilon();
+    return upper - lower >= kLeastShare * std::max(std::abs(lower), std::abs(upper));
 }
 
 } // namespace scn

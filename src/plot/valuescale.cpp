@@ -74,9 +74,9 @@ std::optional<QwtInterval> scaleForValues(const QList<QwtPlotCurve*>& curves)
 
 void ValueScaleEngine::autoScale(int maxSteps, double& lower, double& upper, double& stepSize) const
 {
-    constexpr double limit = kLargestAxisValue / 4; // the base rounds up, to even steps
-    lower = qBound(-limit, lower, limit);
-    upper = qBound(-limit, upper, limit);
+    constexpr double kLimit = kLargestAxisValue / 4; // the base rounds up, to even steps
+    lower = qBound(-kLimit, lower, kLimit);
+    upper = qBound(-kLimit, upper, kLimit);
     QwtLinearScaleEngine::autoScale(maxSteps, lower, upper, stepSize);
 }
 

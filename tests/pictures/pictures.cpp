@@ -180,7 +180,7 @@ void Pictures::overlayDuringAnExport()
     CurveDataDB* const store = CurveDataDB::instance(QString());
     const auto connection = store->openDb(store->todayDbPath());
     {
-        const ConnectionLocker busy(*connection); // the export waits for the picture
+        const scn::ConnectionLocker busy(*connection); // the export waits for the picture
         scene.startExport(Scene::target());
         Scene::take();
         QVERIFY(scene.exportView()->isVisible());

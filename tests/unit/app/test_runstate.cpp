@@ -7,6 +7,7 @@
 #include <atomic>
 #include <iterator>
 #include <memory>
+#include <thread>
 
 namespace {
 
@@ -154,6 +155,7 @@ private slots:
     void everyEventInEveryState_data();
     void everyEventInEveryState();
     void acquisitionEndsTheScan();
+    void flagMayChangeInTheMidst();
     void flagAloneIsARun();
     void startGoesOnBelowALoss();
     void buttonsStopIsKeptUntilTheNextScan();
@@ -225,6 +227,26 @@ void TestRunState::acquisitionEndsTheScan()
     }
 }
 
+void TestRunState::flagMayChangeInTheMidst()
+{
+    constexpr int kTakes = 200000;
+    Bench bench;
+    std::atomic<bool> isOver{false};
+    std::thread acquisition([&] {
+        while (!isOver) {
+            bench.scanRunning = !bench.scanRunning;
+        }
+    });
+    int taken = 0;
+    for (int take = 0; take < kTakes; ++take) {
+        taken += bench.machine.take(RunEvent::StopRequested) ? 1 : 0;
+    }
+    isOver = true;
+    acquisition.join();
+    QVERIFY(taken > 0);
+    QVERIFY(taken < kTakes);
+}
+
 void TestRunState::flagAloneIsARun()
 {
     Bench bench;
@@ -254,6 +276,10 @@ void TestRunState::buttonsStopIsKeptUntilTheNextScan()
     bench.bring(RunState::Draining);
     QVERIFY(bench.machine.isStoppedByButton());
     QVERIFY(bench.machine.take(RunEvent::TimeElapsed));
+    QVERIFY(bench.machine.isStoppedByButton());
+    QVERIFY(bench.machine.take(RunEvent::StartRequested));
+    QVERIFY(bench.machine.isStoppedByButton());
+    QVERIFY(bench.machine.take(RunEvent::StartDropped));
     QVERIFY(bench.machine.isStoppedByButton());
     QVERIFY(bench.machine.take(RunEvent::ScanStarted));
     QVERIFY(!bench.machine.isStoppedByButton());
