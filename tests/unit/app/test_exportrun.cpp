@@ -42,7 +42,7 @@ namespace {
 constexpr int kLongScan = 50000;
 /// Enough rows for an export that is still running when its store is removed, even on a busy
 /// machine.
-constexpr int kVeryLongScan = 100000;
+constexpr int kVeryLongScan = 250000;
 
 QByteArray contentOf(const QString& path)
 {
