@@ -442,10 +442,7 @@ void TestExportRun::secondExportCannotBeStartedByKeys()
     ExportBench bench;
     bench.scan(kLongScan);
     const QTemporaryDir directory;
-    bench.inDialog([&](const ExportDialogHand& dialog) {
-        dialog.chooseDirectory(directory.path());
-        click(dialog.toFile());
-    });
+    bench.startExport(directory.path());
     QVERIFY(bench.exportView()->isVisible());
     auto* dialog = bench.window().findChild<CustomDialog*>();
     // An open dialog would keep the test in its loop.
@@ -480,10 +477,7 @@ void TestExportRun::endOfTheWindowEndsAnExport()
     // Long enough for the export to end meanwhile.
     bench.scan(kLongScan);
     const QTemporaryDir directory;
-    bench.inDialog([&](const ExportDialogHand& dialog) {
-        dialog.chooseDirectory(directory.path());
-        click(dialog.toFile());
-    });
+    bench.startExport(directory.path());
     QVERIFY(bench.exportView()->isVisible());
     WindowBench::endAcquisition();
     bench.close();
