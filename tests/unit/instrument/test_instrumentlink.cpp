@@ -13,15 +13,6 @@
 
 using scn::ExchangeResult;
 
-// The address sanitizer mistakes the stack frames left by a terminated thread for live ones, unless
-// it keeps their variables elsewhere.
-#ifdef __SANITIZE_ADDRESS__
-extern "C" const char* __asan_default_options()
-{
-    return "detect_stack_use_after_return=1";
-}
-#endif
-
 namespace {
 
 /// A thread that asks the instrument something it never answers.
