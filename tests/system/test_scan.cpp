@@ -31,6 +31,13 @@ void runEventLoop(int milliseconds)
     loop.exec();
 }
 
+/// The bound is generous: what the window costs is the benchmarks' to say. Here it must not choke.
+#ifdef __SANITIZE_ADDRESS__
+constexpr double kMostBusy = 0.9;
+#else
+constexpr double kMostBusy = 0.5;
+#endif
+
 } // namespace
 
 /// Sixty channels from the click to the day file and the charts. One row per process, since a
@@ -113,7 +120,7 @@ void TestScan::transcriptDayFileAndChartsAgree()
     GuiLoad load;
     runEventLoop(seconds * 1000);
     qInfo().noquote() << load.report();
-    QVERIFY2(load.busyShare() < 0.5, qPrintable(load.report()));
+    QVERIFY2(load.busyShare() < kMostBusy, qPrintable(load.report()));
 
     QTest::mouseClick(session.startButton(), Qt::LeftButton);
     QTRY_VERIFY_WITH_TIMEOUT(!g_scanRunning, 20000);
