@@ -5,11 +5,10 @@
 #include <QString>
 #include <QVariant>
 
-class LinkWatch;
-
 namespace scn {
 
 class InstrumentDisplay;
+class LinkWatch;
 enum class ChannelOption;
 enum class PanelKind : uchar;
 struct ChannelQuestion;

@@ -6,6 +6,8 @@ class CustomLineEdit;
 class QCheckBox;
 class QPushButton;
 
+namespace scn {
+
 /// Columns of the channel table.
 enum ChannelColumn {
     ScanColumn,
@@ -46,3 +48,5 @@ struct ChannelRow
 
     bool exists() const { return function != nullptr; }
 };
+
+} // namespace scn

@@ -4,6 +4,8 @@
 
 #include <QEvent>
 
+namespace scn {
+
 ChannelTree::ChannelTree(QWidget* parent)
     : QTreeWidget(parent)
 {
@@ -19,3 +21,5 @@ bool ChannelTree::edit(const QModelIndex& index, EditTrigger trigger, QEvent* ev
     }
     return QTreeWidget::edit(index, trigger, event);
 }
+
+} // namespace scn

@@ -2,6 +2,8 @@
 
 #include <QTreeWidget>
 
+namespace scn {
+
 /// The view of the channel table. A control in a cell gets the focus by a click or a key, not when the pointer
 /// passes over it.
 class ChannelTree : public QTreeWidget
@@ -16,3 +18,5 @@ protected:
     using QTreeWidget::edit;
     bool edit(const QModelIndex& index, EditTrigger trigger, QEvent* event) override;
 };
+
+} // namespace scn

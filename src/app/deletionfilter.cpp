@@ -2,9 +2,13 @@
 
 #include <QEvent>
 
+namespace scn {
+
 DeletionFilter::DeletionFilter() = default;
 
 bool DeletionFilter::eventFilter(QObject*, QEvent* event)
 {
     return event->type() == QEvent::DeferredDelete;
 }
+
+} // namespace scn

@@ -2,6 +2,8 @@
 
 #include <QObject>
 
+namespace scn {
+
 /// Swallows the deferred deletion of the object it is installed on: closing a window that has
 /// Qt::WA_DeleteOnClose but lives on the stack must not delete it.
 class DeletionFilter : public QObject
@@ -14,3 +16,5 @@ public:
 
     bool eventFilter(QObject* watched, QEvent* event) override;
 };
+
+} // namespace scn

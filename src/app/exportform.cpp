@@ -17,6 +17,7 @@
 
 #include <array>
 
+namespace scn {
 namespace {
 
 constexpr int kRowSpacing = 12;
@@ -26,9 +27,9 @@ constexpr int kPathWidth = 300;
 
 /// Names of the separators, in the order of exportSeparator().
 constexpr std::array<const char*, 3> kSeparatorTitles = {
-    QT_TRANSLATE_NOOP("ExportForm", "逗号(,)"),
-    QT_TRANSLATE_NOOP("ExportForm", "分号(;)"),
-    QT_TRANSLATE_NOOP("ExportForm", "制表符(\\t)"),
+    QT_TRANSLATE_NOOP("scn::ExportForm", "逗号(,)"),
+    QT_TRANSLATE_NOOP("scn::ExportForm", "分号(;)"),
+    QT_TRANSLATE_NOOP("scn::ExportForm", "制表符(\\t)"),
 };
 
 /// Adds a row to the form.
@@ -137,3 +138,5 @@ void ExportForm::keyPressEvent(QKeyEvent* event)
         button->click();
     }
 }
+
+} // namespace scn

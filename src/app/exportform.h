@@ -7,6 +7,8 @@ class QBoxLayout;
 class QLabel;
 class QLineEdit;
 
+namespace scn {
+
 /// The content of the export dialog: separator, file name, directory and buttons. Keeps what was entered for as
 /// long as it lives. Return presses the focused button and does nothing elsewhere. GUI thread.
 class ExportForm : public QWidget
@@ -44,3 +46,5 @@ private:
     QLabel* m_directoryLabel = nullptr;
     QLineEdit* m_nameEdit = nullptr;
 };
+
+} // namespace scn

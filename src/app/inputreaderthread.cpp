@@ -32,8 +32,8 @@ void InputReaderThread::deliver(const QStringList& lines)
 
 void InputReaderThread::run()
 {
-    StandardInput input;
-    LineSplitter splitter;
+    scn::StandardInput input;
+    scn::LineSplitter splitter;
     bool atEnd = false;
     while (!stopRequested()) {
         if (atEnd) {
@@ -43,12 +43,12 @@ void InputReaderThread::run()
         }
         QByteArray bytes;
         switch (input.read(bytes, m_poll)) {
-        case StandardInput::Status::Data:
+        case scn::StandardInput::Status::Data:
             deliver(splitter.feed(bytes));
             break;
-        case StandardInput::Status::Quiet:
+        case scn::StandardInput::Status::Quiet:
             break;
-        case StandardInput::Status::End:
+        case scn::StandardInput::Status::End:
             deliver(splitter.finish());
             atEnd = true;
             break;

@@ -5,13 +5,12 @@
 #include <functional>
 #include <memory>
 
-class GuiGate;
-class LinkWatch;
-
 namespace scn {
 
+class GuiGate;
 class InstrumentDisplay;
 class InstrumentReadBack;
+class LinkWatch;
 
 /// The window's part of a recovery. Each step runs on the GUI thread.
 struct RecoverySteps

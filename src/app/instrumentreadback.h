@@ -2,11 +2,10 @@
 
 #include "channels/commfunc.h"
 
-class LinkWatch;
-
 namespace scn {
 
 class InstrumentDisplay;
+class LinkWatch;
 
 /// Reads the instrument's state and shows it. An unanswered query reads as a default.
 ///

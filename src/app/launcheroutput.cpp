@@ -10,6 +10,7 @@
 #include <deque>
 #include <mutex>
 
+namespace scn {
 namespace {
 
 constexpr int kMostEchoBytes = 1 << 20;
@@ -24,12 +25,12 @@ struct Line
 
 struct LauncherOutput::Shared
 {
-    explicit Shared(const scn::LauncherTiming& outputTiming)
+    explicit Shared(const LauncherTiming& outputTiming)
         : timing(outputTiming)
     {
     }
 
-    const scn::LauncherTiming timing;
+    const LauncherTiming timing;
     std::mutex mutex; ///< Guards everything but the flag; never held during a write.
     std::condition_variable changed;
     std::deque<Line> pending;
@@ -40,7 +41,7 @@ struct LauncherOutput::Shared
     std::atomic<bool> isAbandoned{false}; ///< The time allowed for the last lines is over.
 };
 
-LauncherOutput::LauncherOutput(const scn::LauncherTiming& timing)
+LauncherOutput::LauncherOutput(const LauncherTiming& timing)
     : m_shared(std::make_shared<Shared>(timing))
 {
 }
@@ -146,3 +147,5 @@ bool LauncherOutput::writeLine(Shared& shared, const QByteArray& line)
     }
     return true;
 }
+
+} // namespace scn

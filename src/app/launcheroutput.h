@@ -7,6 +7,8 @@
 #include <memory>
 #include <thread>
 
+namespace scn {
+
 /// Writes lines for the launcher to standard output, in order, on a thread of its own: a launcher that
 /// does not read blocks nothing else. Pending lines are kept, but echoes only up to 1 MiB, the oldest
 /// being dropped first. After a failed write, such as to a launcher that is gone, all lines are dropped.
@@ -15,7 +17,7 @@
 class LauncherOutput
 {
 public:
-    explicit LauncherOutput(const scn::LauncherTiming& timing = {});
+    explicit LauncherOutput(const LauncherTiming& timing = {});
 
     /// Allows pending lines their time, half a second by default.
     ~LauncherOutput();
@@ -39,3 +41,5 @@ private:
     std::shared_ptr<Shared> m_shared;
     std::thread m_thread; ///< Started by the first line.
 };
+
+} // namespace scn

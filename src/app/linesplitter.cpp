@@ -4,6 +4,7 @@
 
 #include <utility>
 
+namespace scn {
 namespace {
 
 constexpr int kLongestLine = 64 * 1024;
@@ -56,3 +57,5 @@ QStringList LineSplitter::finish()
     }
     return {lineText(std::exchange(m_pending, QByteArray()))};
 }
+
+} // namespace scn

@@ -3,6 +3,8 @@
 #include <QByteArray>
 #include <QStringList>
 
+namespace scn {
+
 /// Splits a byte stream into lines. A line ends with LF or CR LF and is in the locale's encoding. A line
 /// longer than 64 KiB is dropped with a warning and never held in memory.
 class LineSplitter
@@ -20,3 +22,5 @@ private:
     QByteArray m_pending;
     bool m_isTooLong = false; ///< The pending line is being dropped.
 };
+
+} // namespace scn

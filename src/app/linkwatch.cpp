@@ -5,7 +5,7 @@
 
 #include <utility>
 
-using scn::ExchangeResult;
+namespace scn {
 
 namespace {
 
@@ -24,7 +24,7 @@ QString LinkWatch::ask(const QString& command)
         return {};
     }
     ExchangeResult result{};
-    const QString reply = scn::exchange(command, result);
+    const QString reply = exchange(command, result);
     note(result, command);
     return reply;
 }
@@ -36,7 +36,7 @@ bool LinkWatch::askAll(const QStringList& commands)
     }
     bool allTimedOut = true;
     auto command = commands.cbegin();
-    scn::exchangeAll(commands, [&](ExchangeResult result) {
+    exchangeAll(commands, [&](ExchangeResult result) {
         allTimedOut = allTimedOut && result == ExchangeResult::TimedOut;
         note(result, *command++);
         return goesOn();
@@ -64,10 +64,12 @@ bool LinkWatch::goesOn() const
 void LinkWatch::note(ExchangeResult result, const QString& command)
 {
     if (result == ExchangeResult::TimedOut) {
-        m_silence += scn::kExchangeTimeout;
+        m_silence += kExchangeTimeout;
     } else if (command.contains(QLatin1Char('?'))) {
         // Not for a plain command, which a silent instrument accepts, too.
         m_silence = std::chrono::milliseconds(0);
     }
     m_isLost = result == ExchangeResult::Lost || m_silence > kLongestSilence;
 }
+
+} // namespace scn

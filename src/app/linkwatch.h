@@ -7,11 +7,10 @@
 #include <functional>
 #include <memory>
 
-class GuiGate;
-
 namespace scn {
+
+class GuiGate;
 enum class ExchangeResult;
-}
 
 /// Carries the exchanges of a module search or a read-back until the window closes, the connection is reported
 /// lost, or replies have been missing without a break for more than a minute. After that it asks and shows
@@ -40,9 +39,11 @@ public:
     bool isLost() const { return m_isLost; }
 
 private:
-    void note(scn::ExchangeResult result, const QString& command);
+    void note(ExchangeResult result, const QString& command);
 
     const std::shared_ptr<GuiGate> m_gate;
     std::chrono::milliseconds m_silence{0};
     bool m_isLost = false;
 };
+
+} // namespace scn

@@ -27,7 +27,7 @@ bool runWindow(int& status)
     g_resourceName.clear();
     g_resourceName = resourceFromArguments(arguments);
     {
-        DeletionFilter deletionFilter;
+        scn::DeletionFilter deletionFilter;
         MainWidget window(nullptr);
         window.installEventFilter(&deletionFilter);
         Startup::registerMetaTypes();

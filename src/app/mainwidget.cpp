@@ -45,6 +45,8 @@
 #include <QTreeWidget>
 #include <QVBoxLayout>
 
+using namespace scn;
+
 namespace {
 
 const QLatin1String kExitCommand("exit");
@@ -58,23 +60,22 @@ void removeMargins(QLayout* layout)
 
 } // namespace
 
-MainWidget::MainWidget(QWidget* parent, const scn::WindowTiming& timing)
+MainWidget::MainWidget(QWidget* parent, const WindowTiming& timing)
     : QWidget(parent)
     , m_timing(timing)
     , m_gate(std::make_shared<GuiGate>())
     , m_launcherOutput(std::make_unique<LauncherOutput>(timing.launcher))
-    , m_table(std::make_unique<scn::ChannelTable>(static_cast<scn::ChannelForm&>(*this)))
-    , m_marks(std::make_unique<scn::ScanMarks>(*m_table, [this] { tellWorkspace(); }))
-    , m_partners(std::make_unique<scn::FourWirePartners>(*m_table, *m_marks))
-    , m_display(std::make_unique<scn::WindowDisplay>(*m_table, *m_marks, *m_partners,
-                                                     static_cast<scn::LoggingForm&>(*this),
-                                                     [this] { listenToLauncher(); }))
-    , m_link(std::make_unique<scn::InstrumentLink>(m_gate, *m_display,
-                                                   [this] { showReconnectView(); }))
-    , m_editor(std::make_unique<scn::ChannelEditor>(*m_table, *m_marks, *m_partners, *m_link))
-    , m_runState(std::make_unique<scn::RunStateMachine>(g_scanRunning, g_instrumentConnected))
-    , m_indicator(std::make_unique<scn::RunIndicator>(static_cast<scn::ButtonBarForm&>(*this),
-                                                      timing.storeWatch))
+    , m_table(std::make_unique<ChannelTable>(static_cast<ChannelForm&>(*this)))
+    , m_marks(std::make_unique<ScanMarks>(*m_table, [this] { tellWorkspace(); }))
+    , m_partners(std::make_unique<FourWirePartners>(*m_table, *m_marks))
+    , m_display(std::make_unique<WindowDisplay>(*m_table, *m_marks, *m_partners,
+                                                static_cast<LoggingForm&>(*this),
+                                                [this] { listenToLauncher(); }))
+    , m_link(std::make_unique<InstrumentLink>(m_gate, *m_display, [this] { showReconnectView(); }))
+    , m_editor(std::make_unique<ChannelEditor>(*m_table, *m_marks, *m_partners, *m_link))
+    , m_runState(std::make_unique<RunStateMachine>(g_scanRunning, g_instrumentConnected))
+    , m_indicator(
+          std::make_unique<RunIndicator>(static_cast<ButtonBarForm&>(*this), timing.storeWatch))
 {
     setObjectName(QStringLiteral("MainWidget"));
     m_commFunc = new CommFunc(this);
@@ -98,7 +99,7 @@ MainWidget::~MainWidget()
     m_gate->close();
     if (m_readData) {
         m_readData->stop();
-        scn::endThread(m_readData, m_timing.threadEnd);
+        endThread(m_readData, m_timing.threadEnd);
         m_readData = nullptr;
         // The instrument has forgotten the readings of a queued batch: store them now.
         if (m_graphicSetting) {
@@ -107,12 +108,12 @@ MainWidget::~MainWidget()
     }
     if (m_inputReader) {
         m_inputReader->stop();
-        scn::endThread(m_inputReader, m_timing.threadEnd);
+        endThread(m_inputReader, m_timing.threadEnd);
         m_inputReader = nullptr;
     }
     if (m_exportThread) {
         // Terminating it would leave its files behind.
-        scn::awaitThread(m_exportThread, m_timing.threadEnd);
+        awaitThread(m_exportThread, m_timing.threadEnd);
         m_exportThread = nullptr;
     }
 }
@@ -200,7 +201,7 @@ void MainWidget::buildInterface()
     m_workTabs = new QTabWidget(m_contentWidget);
     m_workTabs->setObjectName(QStringLiteral("myTabWidget1"));
     m_workTabs->setStyleSheet(m_commFunc->workspaceTabStyle());
-    static_cast<scn::ChannelForm&>(*this) = scn::ChannelTableBuilder().build(m_workTabs);
+    static_cast<ChannelForm&>(*this) = ChannelTableBuilder().build(m_workTabs);
     m_graphicSetting = new GraphicSettingWidget(m_workTabs);
     m_workTabs->addTab(m_channelTree, QIcon(QStringLiteral(":/image/confChannel.png")),
                        tr("配置通道"));
@@ -209,20 +210,20 @@ void MainWidget::buildInterface()
 
     m_contentLayout->addWidget(m_settingsTabs);
     m_contentLayout->addWidget(m_workTabs);
-    static_cast<scn::ButtonBarForm&>(*this) = scn::ButtonBarBuilder().build(this);
+    static_cast<ButtonBarForm&>(*this) = ButtonBarBuilder().build(this);
     m_mainLayout->addWidget(m_contentWidget);
     m_mainLayout->addWidget(m_buttonBar);
 }
 
 void MainWidget::buildSettingsPages()
 {
-    const scn::InstrumentPage instrument = scn::InstrumentPageBuilder::build(m_settingsTabs);
+    const InstrumentPage instrument = InstrumentPageBuilder::build(m_settingsTabs);
     m_instrumentPage = instrument.page;
     m_instrumentPageContent = instrument.content;
-    const scn::LoggingPage logging = scn::LoggingPageBuilder().build(m_settingsTabs);
+    const LoggingPage logging = LoggingPageBuilder().build(m_settingsTabs);
     m_loggingPage = logging.page;
     m_loggingPageContent = logging.content;
-    static_cast<scn::LoggingForm&>(*this) = logging.form;
+    static_cast<LoggingForm&>(*this) = logging.form;
 }
 
 void MainWidget::makeConnections()

@@ -19,9 +19,7 @@ class CustomComboBox;
 class CustomDialog;
 class CustomMessageDialog;
 class GraphicSettingWidget;
-class GuiGate;
 class InputReaderThread;
-class LauncherOutput;
 class LoadingView;
 class QHBoxLayout;
 class QLabel;
@@ -33,9 +31,11 @@ class QTreeWidgetItem;
 class QVBoxLayout;
 class ReadData;
 class WindowLockManager;
-struct ChannelRow;
 
 namespace scn {
+class GuiGate;
+class LauncherOutput;
+struct ChannelRow;
 class ChannelEditor;
 class ChannelTable;
 class FourWirePartners;
@@ -135,7 +135,7 @@ private:
 
     // Channel table
     void connectRows();
-    void connectRow(const ChannelRow& row);
+    void connectRow(const scn::ChannelRow& row);
     int senderChannel() const;
     void refuseUnless(bool isNumber);
     void tellWorkspace();
@@ -152,8 +152,8 @@ private:
     void showExportOutcome(ExportResult result, const QStringList& files);
 
     const scn::WindowTiming m_timing;
-    std::shared_ptr<GuiGate> m_gate;
-    std::unique_ptr<LauncherOutput> m_launcherOutput;
+    std::shared_ptr<scn::GuiGate> m_gate;
+    std::unique_ptr<scn::LauncherOutput> m_launcherOutput;
     const std::unique_ptr<scn::ChannelTable> m_table;
     const std::unique_ptr<scn::ScanMarks> m_marks;
     const std::unique_ptr<scn::FourWirePartners> m_partners;

@@ -18,6 +18,8 @@
 #include <QScopedValueRollback>
 #include <QTreeWidget>
 
+using namespace scn;
+
 namespace {
 
 /// Set during onItemChanged(), which must not re-enter.
@@ -26,9 +28,9 @@ bool scanEditGuard = false;
 /// Sends the scan list. Returns false if the instrument refuses it.
 bool sendScanList()
 {
-    const QString list = scn::compressScanList(g_scanChannels.keys());
-    scn::exchange(QStringLiteral("ROUT:SCAN (@%1)").arg(list));
-    const QString error = scn::exchange(QStringLiteral("SYST:ERR?"));
+    const QString list = compressScanList(g_scanChannels.keys());
+    exchange(QStringLiteral("ROUT:SCAN (@%1)").arg(list));
+    const QString error = exchange(QStringLiteral("SYST:ERR?"));
     return error.section(QLatin1Char(','), 0, 0).toInt() >= 0;
 }
 
@@ -39,7 +41,7 @@ void MainWidget::connectRows()
 {
     for (auto module = slotItems.cbegin(); module != slotItems.cend(); ++module) {
         for (int position = 1; position <= module.value()->childCount(); ++position) {
-            connectRow(m_table->row(scn::ChannelNumber(module.key(), position).label()));
+            connectRow(m_table->row(ChannelNumber(module.key(), position).label()));
         }
     }
 }
@@ -78,7 +80,7 @@ void MainWidget::onItemChanged(QTreeWidgetItem* item, int column)
     m_startupView->repaint();
     {
         const QScopedValueRollback<bool> guard(scanEditGuard, true);
-        const scn::ScanMarks::Marks before = m_marks->marksBefore(item);
+        const ScanMarks::Marks before = m_marks->marksBefore(item);
         if (moduleItems.contains(item)) {
             onModuleItemChanged(item, ScanColumn);
         } else if (moduleItems.contains(item->parent())) {

@@ -54,14 +54,14 @@ void MainWidget::buildExportDialog()
             "QGroupBox { border-color: #707070; } QGroupBox::title { background-color: #444444; }"
             "QLineEdit { background-color: #171717; }"));
 
-    auto* form = new ExportForm;
+    auto* form = new scn::ExportForm;
     m_exportDialog->setContent(form);
     m_separatorBox = form->separatorBox();
     m_exportDirectoryLabel = form->directoryLabel();
     m_exportNameEdit = form->nameEdit();
-    connect(form, &ExportForm::browseRequested, this, &MainWidget::recvBrowseButtonSlot);
-    connect(form, &ExportForm::exportRequested, this, &MainWidget::recvExportFileButtonSlot);
-    connect(form, &ExportForm::closeRequested, m_exportDialog, &CustomDialog::onCloseClicked);
+    connect(form, &scn::ExportForm::browseRequested, this, &MainWidget::recvBrowseButtonSlot);
+    connect(form, &scn::ExportForm::exportRequested, this, &MainWidget::recvExportFileButtonSlot);
+    connect(form, &scn::ExportForm::closeRequested, m_exportDialog, &CustomDialog::onCloseClicked);
 }
 
 void MainWidget::recvBrowseButtonSlot()

@@ -8,12 +8,12 @@
 
 #include <functional>
 
-struct ChannelRow;
 class QTreeWidgetItem;
 
 namespace scn {
 
 class ChannelTable;
+struct ChannelRow;
 
 /// The ticks of the channel table, and the scan list in g_scanChannels that follows from them. Sets ticks with
 /// the tree's signals blocked, so no command is sent. GUI thread.

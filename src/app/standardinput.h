@@ -4,6 +4,8 @@
 
 #include <chrono>
 
+namespace scn {
+
 /// Reads the process's standard input without blocking for longer than asked. One reader only.
 class StandardInput
 {
@@ -19,3 +21,5 @@ public:
     /// (on Windows: PeekNamedPipe and ReadFile on the standard input handle).
     Status read(QByteArray& bytes, std::chrono::milliseconds patience);
 };
+
+} // namespace scn

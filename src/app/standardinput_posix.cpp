@@ -5,6 +5,8 @@
 
 #include <cerrno>
 
+namespace scn {
+
 StandardInput::Status StandardInput::read(QByteArray& bytes, std::chrono::milliseconds patience)
 {
     pollfd descriptor{STDIN_FILENO, POLLIN, 0};
@@ -27,3 +29,5 @@ StandardInput::Status StandardInput::read(QByteArray& bytes, std::chrono::millis
     }
     return Status::End;
 }
+
+} // namespace scn

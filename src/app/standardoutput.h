@@ -2,6 +2,8 @@
 
 #include <chrono>
 
+namespace scn {
+
 /// Writes to the process's standard output without blocking for longer than asked. One writer only.
 class StandardOutput
 {
@@ -18,3 +20,5 @@ public:
     /// (on Windows: WriteFile on the standard output handle, on the only thread that writes there).
     Status write(const char* bytes, int size, std::chrono::milliseconds patience, int& written);
 };
+
+} // namespace scn

@@ -7,6 +7,8 @@
 #include <cerrno>
 #include <climits>
 
+namespace scn {
+
 StandardOutput::Status StandardOutput::write(const char* bytes, int size,
                                              std::chrono::milliseconds patience, int& written)
 {
@@ -33,3 +35,5 @@ StandardOutput::Status StandardOutput::write(const char* bytes, int size,
     }
     return Status::Gone;
 }
+
+} // namespace scn

@@ -6,6 +6,7 @@
 #include <QSemaphore>
 #include <QThread>
 
+namespace scn {
 namespace {
 
 /// One call of a helper, shared because either side may be the last to release it.
@@ -87,3 +88,5 @@ void GuiGate::post(const std::function<void()>& work)
         QMetaObject::invokeMethod(m_context.get(), work, Qt::QueuedConnection);
     }
 }
+
+} // namespace scn

@@ -7,6 +7,8 @@
 #include <memory>
 #include <mutex>
 
+namespace scn {
+
 /// Carries work from helper threads to the GUI thread while the window lives. The window and its
 /// helpers share it; the window closes it at its end, and work that has not begun by then is
 /// dropped.
@@ -42,3 +44,5 @@ private:
     std::unique_ptr<QObject> m_context;
     std::atomic<bool> m_open{true};
 };
+
+} // namespace scn

@@ -8,6 +8,7 @@
 
 #include <utility>
 
+namespace scn {
 namespace {
 
 bool isInput(QEvent::Type type)
@@ -100,3 +101,5 @@ void InputBarrier::leaveBy(const QWidget& widget, bool backwards) const
         }
     }
 }
+
+} // namespace scn

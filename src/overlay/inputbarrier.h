@@ -6,6 +6,8 @@
 
 class QWidget;
 
+namespace scn {
+
 /// Keeps keys and the wheel away from covered widgets: an overlay itself only blocks the mouse, and
 /// keys go to whatever has the focus. The wheel still scrolls what surrounds a covered widget, and
 /// Tab leads out to the next uncovered one. GUI thread.
@@ -31,3 +33,5 @@ private:
 
     std::function<bool(const QWidget&)> m_covers;
 };
+
+} // namespace scn

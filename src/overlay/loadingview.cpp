@@ -15,6 +15,8 @@
 #include <algorithm>
 #include <array>
 
+using namespace scn;
+
 namespace {
 
 constexpr int kBusyMode = 0;

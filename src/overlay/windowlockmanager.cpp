@@ -11,8 +11,8 @@
 WindowLockManager::WindowLockManager(QObject* parent, const scn::LockTiming& timing)
     : QObject(parent)
     , m_timing(timing)
-    , m_barrier(
-          std::make_unique<InputBarrier>([this](const QWidget& widget) { return covers(widget); }))
+    , m_barrier(std::make_unique<scn::InputBarrier>(
+          [this](const QWidget& widget) { return covers(widget); }))
 {
     assertGuiThread();
     overlay()->hide();
@@ -123,11 +123,11 @@ void WindowLockManager::updateCurrentWindow()
 /// Whether the widget's keys are blocked.
 bool WindowLockManager::covers(const QWidget& widget) const
 {
-    if (!m_lockView || !m_lockView->isLocked() || InputBarrier::isWithin(widget, m_lockView)) {
+    if (!m_lockView || !m_lockView->isLocked() || scn::InputBarrier::isWithin(widget, m_lockView)) {
         return false;
     }
     return std::any_of(m_windows.cbegin(), m_windows.cend(), [&widget](const auto& page) {
-        return page && InputBarrier::isWithin(widget, page);
+        return page && scn::InputBarrier::isWithin(widget, page);
     });
 }
 

@@ -9,8 +9,11 @@
 
 #include <memory>
 
-class InputBarrier;
 class LockableDataCollectionView;
+
+namespace scn {
+class InputBarrier;
+}
 
 /// Watches pages and puts the process's one lock overlay over the page that the pointer enters
 /// while locking is on. Locked pages accept no keys, wherever the pointer is: the focus may still
@@ -54,7 +57,7 @@ private:
     bool covers(const QWidget& widget) const;
 
     const scn::LockTiming m_timing;
-    std::unique_ptr<InputBarrier> m_barrier;
+    std::unique_ptr<scn::InputBarrier> m_barrier;
     QPointer<LockableDataCollectionView> m_lockView;
     QList<QPointer<QWidget>> m_windows;
     QPointer<QWidget> m_currentWindow;

@@ -22,6 +22,8 @@
 #include <QVBoxLayout>
 #include <qwt_plot_curve.h>
 
+using namespace scn;
+
 namespace {
 constexpr QMargins kOuterMargins(10, 10, 1, 0);
 constexpr int kPlotStretch = 7;
@@ -88,7 +90,7 @@ void BarChartWidget::onChannelTypeChange(int index)
     if (row < 0 || row >= m_table->rowCount()) {
         return;
     }
-    const int channel = scn::labelOfChannelText(combo->currentText());
+    const int channel = labelOfChannelText(combo->currentText());
     QwtPlotCurve* curve = m_curves->curveOf(channel);
     m_table->enableRow(row, m_plot->curveOffset(curve), g_scanChannels[channel]);
     if (curve && curve->isVisible()) {
@@ -107,7 +109,7 @@ void BarChartWidget::onColorChanged(QColor newColor)
     if (!combo || combo->currentIndex() <= 0) {
         return;
     }
-    m_curves->setColor(scn::labelOfChannelText(combo->currentText()), newColor);
+    m_curves->setColor(labelOfChannelText(combo->currentText()), newColor);
 }
 
 void BarChartWidget::onOffsetChanged(double value)
@@ -118,7 +120,7 @@ void BarChartWidget::onOffsetChanged(double value)
     if (!combo || combo->currentIndex() <= 0) {
         return;
     }
-    m_curves->setOffset(scn::labelOfChannelText(combo->currentText()), value);
+    m_curves->setOffset(labelOfChannelText(combo->currentText()), value);
 }
 
 void BarChartWidget::hideTableWidget()
@@ -198,7 +200,7 @@ void BarChartWidget::buildPlotArea()
 
     m_plot = new CCurvePlot(area);
     m_offsetController = new CurveOffsetController(m_plot, area);
-    m_curves = std::make_unique<scn::ChartCurves>(m_plot, m_offsetController);
+    m_curves = std::make_unique<ChartCurves>(m_plot, m_offsetController);
     connect(m_offsetController, &CurveOffsetController::offsetChanged, this,
             &BarChartWidget::setOffset);
     auto* plotRow = new QHBoxLayout;
@@ -233,7 +235,7 @@ void BarChartWidget::buildTableArea()
     m_toggleButton->setStyleSheet(QStringLiteral("text-align: left; padding-left: 8px;"));
     connect(m_toggleButton, &QPushButton::clicked, this, &BarChartWidget::hideTableWidget);
     layout->addWidget(m_toggleButton);
-    m_table = std::make_unique<scn::CurveTable>(m_tableContainer);
+    m_table = std::make_unique<CurveTable>(m_tableContainer);
     for (int row = 0; row < m_table->rowCount(); ++row) {
         connectRow(row);
     }

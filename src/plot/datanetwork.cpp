@@ -128,7 +128,7 @@ void DataNetwork::buildRow(int row)
 
     auto* combo = new QComboBox(m_table->viewport());
     combo->addItem(noChannel());
-    WheelGuard::install(combo);
+    scn::WheelGuard::install(combo);
     connect(combo, qOverload<int>(&QComboBox::currentIndexChanged), this,
             &DataNetwork::onChannelChanged);
     // A choice by hand counts even if it changes nothing: after a new list the box shows "none" beside

@@ -11,6 +11,7 @@
 #include <cmath>
 #include <limits>
 
+namespace scn {
 namespace {
 
 /// Pixel coordinates below this fit an int.
@@ -50,7 +51,7 @@ private:
 
 /// The samples from `from` to `to` in whole pixels, without repetitions. Sets `*inside` to whether all
 /// of them lie within `bounds`.
-QPolygonF pixelLine(const scn::CurveSamples& samples, const LinearScale& xScale,
+QPolygonF pixelLine(const CurveSamples& samples, const LinearScale& xScale,
                     const LinearScale& yScale, int from, int to, const QRectF& bounds, bool* inside)
 {
     QPolygonF line(to - from + 1);
@@ -101,10 +102,12 @@ void SeriesCurve::drawLines(QPainter* painter, const QwtScaleMap& xMap, const Qw
     const double margin = qMax(1.0, painter->pen().widthF());
     const QRectF clipRect = canvasRect.adjusted(-margin, -margin, margin, margin);
     bool inside = false;
-    QPolygonF line = pixelLine(scn::CurveSamples(this), LinearScale(xMap), LinearScale(yMap), from,
-                               to, clipRect, &inside);
+    QPolygonF line = pixelLine(CurveSamples(this), LinearScale(xMap), LinearScale(yMap), from, to,
+                               clipRect, &inside);
     if (!inside) {
         line = QwtClipper::clipPolygonF(clipRect, line, false);
     }
     QwtPainter::drawPolyline(painter, line);
 }
+
+} // namespace scn

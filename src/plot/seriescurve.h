@@ -2,6 +2,8 @@
 
 #include <qwt_plot_curve.h>
 
+namespace scn {
+
 /// A curve that draws exactly the lines of its base, but turns its samples into pixels in one plain
 /// pass over the loaded points. The base takes 2.2 times the baseline of `bench_replot` for quiet
 /// signals, this pass 1.4.
@@ -20,3 +22,5 @@ protected:
 private:
     bool isPlainLine(QPainter* painter, const QwtScaleMap& xMap, const QwtScaleMap& yMap) const;
 };
+
+} // namespace scn

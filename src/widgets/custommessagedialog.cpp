@@ -60,7 +60,7 @@ CustomMessageDialog* CustomMessageDialog::instance(QWidget* parent)
 CustomMessageDialog::CustomMessageDialog(QWidget* parent)
     : QDialog(parent, Qt::Dialog | Qt::FramelessWindowHint | Qt::WindowStaysOnTopHint)
     , m_iconLabel(new QLabel(this))
-    , m_textLabel(new PathLabel(kTextLines, kTextWidth, this))
+    , m_textLabel(new scn::PathLabel(kTextLines, kTextWidth, this))
     , m_hideTimer(new QTimer(this))
 {
     setModal(false);

@@ -9,6 +9,7 @@
 
 #include <algorithm>
 
+namespace scn {
 namespace {
 
 /// Share of the lines' total width that a text may take: breaks leave room at the ends of lines.
@@ -84,3 +85,5 @@ void PathLabel::paintEvent(QPaintEvent*)
         &painter, area, static_cast<int>(Qt::AlignLeft | Qt::AlignVCenter) | wrapping, palette(),
         isEnabled(), metrics.elidedText(text(), Qt::ElideMiddle, room), foregroundRole());
 }
+
+} // namespace scn

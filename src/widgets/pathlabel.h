@@ -2,6 +2,8 @@
 
 #include <QLabel>
 
+namespace scn {
+
 /// A label for plain texts of any length, paths above all. It wraps anywhere and elides in the middle
 /// what does not fit; text() and the tool tip keep the whole text.
 class PathLabel : public QLabel
@@ -27,3 +29,5 @@ private:
     int m_maximumLines;
     int m_maximumWidth;
 };
+
+} // namespace scn

@@ -5,6 +5,8 @@
 #include <QEvent>
 #include <QWidget>
 
+namespace scn {
+
 WheelGuard::WheelGuard(QWidget* control)
     : QObject(control)
 {
@@ -28,3 +30,5 @@ bool WheelGuard::eventFilter(QObject* watched, QEvent* event)
     event->ignore();
     return true;
 }
+
+} // namespace scn

@@ -4,6 +4,8 @@
 
 class QWidget;
 
+namespace scn {
+
 /// Keeps the wheel from changing a box that merely lies under the pointer: a control takes the wheel
 /// only while it has the focus, from a click or a key; otherwise the page scrolls.
 class WheelGuard : public QObject
@@ -21,3 +23,5 @@ protected:
 private:
     explicit WheelGuard(QWidget* control);
 };
+
+} // namespace scn

@@ -9,6 +9,8 @@
 #include <QPushButton>
 #include <QtTest>
 
+using namespace scn;
+
 namespace {
 
 const QString kFourWire = QStringLiteral("四线ohm");

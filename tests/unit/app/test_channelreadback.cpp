@@ -13,6 +13,8 @@
 
 #include <initializer_list>
 
+using namespace scn;
+
 namespace {
 
 using Replies = QMap<QString, QString>;

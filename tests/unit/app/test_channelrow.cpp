@@ -23,6 +23,8 @@
 
 #include <initializer_list>
 
+using namespace scn;
+
 namespace {
 
 /// Two channels whose only function counts as DC voltage, for everything that needs no other

@@ -24,12 +24,14 @@
 
 #include <initializer_list>
 
+using namespace scn;
+
 namespace {
 
 /// A module of two channels in slot 2 and one of four in slot 3.
 struct TwoModules : WindowBench
 {
-    explicit TwoModules(std::chrono::milliseconds startupView = scn::WindowTiming().startupView)
+    explicit TwoModules(std::chrono::milliseconds startupView = WindowTiming().startupView)
     {
         windowTiming.startupView = startupView;
         instrument().putModule(2, QStringLiteral("SCN4005A"));

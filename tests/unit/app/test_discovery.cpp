@@ -13,6 +13,8 @@
 
 #include <initializer_list>
 
+using namespace scn;
+
 namespace {
 
 /// The lines of a complete read-back from STAT:OPER:EVEN? to the trigger settings.

@@ -49,7 +49,7 @@ void TestExchangeTimeouts::initTestCase()
     bench.instrument().putModule(1, QStringLiteral("SCN4000A"));
     bench.open();
     bench.tick(101);
-    bench.box(101, FunctionColumn)->setCurrentText(QStringLiteral("交流电压"));
+    bench.box(101, scn::FunctionColumn)->setCurrentText(QStringLiteral("交流电压"));
     bench.button(QStringLiteral("外部触发时"))->click();
     bench.call("scanFunc");
     m_times = timesOf(bench.instrument().visa().calls());

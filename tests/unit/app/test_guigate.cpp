@@ -9,6 +9,8 @@
 #include <QTest>
 #include <QThread>
 
+using namespace scn;
+
 /// Helper threads' work reaches the GUI thread, and none of it outlives the window.
 class TestGuiGate : public QObject
 {

@@ -111,16 +111,16 @@ private:
 
     std::unique_ptr<FakeInstrument> m_instrument;
     std::unique_ptr<FakeDisplay> m_display;
-    std::shared_ptr<GuiGate> m_gate;
-    std::unique_ptr<LinkWatch> m_link;
+    std::shared_ptr<scn::GuiGate> m_gate;
+    std::unique_ptr<scn::LinkWatch> m_link;
 };
 
 void TestInstrumentReadBack::init()
 {
     m_instrument = std::make_unique<FakeInstrument>();
     m_display = std::make_unique<FakeDisplay>();
-    m_gate = std::make_shared<GuiGate>();
-    m_link = std::make_unique<LinkWatch>(m_gate);
+    m_gate = std::make_shared<scn::GuiGate>();
+    m_link = std::make_unique<scn::LinkWatch>(m_gate);
     g_resourceName = QStringLiteral("TCPIP0::127.0.0.1::5025::SOCKET");
     QVERIFY(g_visa->connectDevice(g_resourceName));
     g_instrumentId.clear();

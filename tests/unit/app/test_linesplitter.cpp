@@ -4,6 +4,8 @@
 #include <QTest>
 #include <QTextCodec>
 
+using namespace scn;
+
 namespace {
 
 const char* const kTooLong = "标准输入的一行超过 64 KiB，已丢弃";

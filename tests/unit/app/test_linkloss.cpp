@@ -172,7 +172,7 @@ void TestLinkLoss::lostLinkEndsTheReadBackOfAChange()
     QVERIFY(QTest::qWaitForWindowActive(&window));
     QTRY_VERIFY(bench.startupView()->isHidden()); // until then it keeps the keys away
     bench.dropLinkAt("FUNC? (@201)");
-    CustomLineEdit* const gain = bench.edit(201, GainColumn);
+    CustomLineEdit* const gain = bench.edit(201, scn::GainColumn);
     QTest::mouseClick(gain, Qt::LeftButton);
     QTRY_VERIFY(gain->hasFocus());
     QTest::keyClicks(gain, QStringLiteral("2"));
@@ -198,7 +198,7 @@ void TestLinkLoss::overlayDropsWhatIsBeingTypedInAPanel()
     window.show();
     QVERIFY(QTest::qWaitForWindowActive(&window));
     QTRY_VERIFY(bench.startupView()->isHidden());
-    AdvancedSetting* const panel = bench.openPanel(201, MoreColumn);
+    AdvancedSetting* const panel = bench.openPanel(201, scn::MoreColumn);
     QVERIFY(QTest::qWaitForWindowActive(panel));
     panel->setDelayMode(1);
     const QDoubleSpinBox* const delay = shownSpinOf(panel);
@@ -236,7 +236,7 @@ void TestLinkLoss::silenceEndsTheRestoringOfDefaultsAfterAMinute()
     TwoChannels bench;
     bench.instrument().setReply(QStringLiteral("VOLT:DC:NPLC?"), QStringLiteral("+1.0E+01"));
     bench.open().show();
-    AdvancedSetting* const panel = bench.openPanel(201, MoreColumn);
+    AdvancedSetting* const panel = bench.openPanel(201, scn::MoreColumn);
     bench.instrument().takeLines();
     bench.silenceAt(silentFrom.constData());
     for (QPushButton* button : panel->findChildren<QPushButton*>()) {
@@ -262,7 +262,7 @@ void TestLinkLoss::lossAtThePartnerEndsTheChangeOfBoth()
     window.show();
     QVERIFY(QTest::qWaitForWindowActive(&window));
     QTRY_VERIFY(bench.startupView()->isHidden()); // until then it keeps the keys away
-    CustomComboBox* const range = bench.box(101, RangeColumn);
+    CustomComboBox* const range = bench.box(101, scn::RangeColumn);
     const int row = range->currentIndex();
     range->setFocus();
     bench.instrument().takeLines();

@@ -37,6 +37,8 @@
 #include <atomic>
 #include <thread>
 
+using namespace scn;
+
 using namespace std::chrono_literals;
 
 namespace {

@@ -21,6 +21,8 @@
 #include <QTreeWidget>
 #include <QtTest>
 
+using namespace scn;
+
 namespace {
 
 /// The titles of the groups on a page, from the top.
@@ -92,14 +94,14 @@ void TestPageBuilders::cleanup()
 
 void TestPageBuilders::loggingPageHoldsItsForm()
 {
-    const scn::LoggingPage page = scn::LoggingPageBuilder().build(&m_parent);
+    const LoggingPage page = LoggingPageBuilder().build(&m_parent);
     QCOMPARE(page.page->parentWidget(), &m_parent);
     QCOMPARE(page.page->widget(), page.content);
     QCOMPARE(groupsOf(page.content),
              QStringList({QStringLiteral("数据记录"), QStringLiteral("开始数据记录"),
                           QStringLiteral("扫描时间间隔"), QStringLiteral("停止数据记录"),
                           QStringLiteral("Start Digitizing")}));
-    const scn::LoggingForm& form = page.form;
+    const LoggingForm& form = page.form;
     const QList<const QWidget*> controls = {
         form.m_usbLogCheck,         form.m_rowLimitCheck,    form.m_rowLimitSpin,
         form.m_startNowRadio,       form.m_startAtTimeRadio, form.m_startOnAlarmRadio,
@@ -117,7 +119,7 @@ void TestPageBuilders::loggingPageHoldsItsForm()
 
 void TestPageBuilders::loggingFormStartsLikeThis()
 {
-    const scn::LoggingForm form = scn::LoggingPageBuilder().build(&m_parent).form;
+    const LoggingForm form = LoggingPageBuilder().build(&m_parent).form;
     QVERIFY(!form.m_usbLogCheck->isChecked());
     QVERIFY(form.m_rowLimitCheck->isChecked());
     QVERIFY(!form.m_rowLimitCheck->isEnabled());
@@ -136,7 +138,7 @@ void TestPageBuilders::loggingFormStartsLikeThis()
 
 void TestPageBuilders::instrumentPageShowsThreeSlots()
 {
-    const scn::InstrumentPage page = scn::InstrumentPageBuilder::build(&m_parent);
+    const InstrumentPage page = InstrumentPageBuilder::build(&m_parent);
     QCOMPARE(page.page->parentWidget(), &m_parent);
     QCOMPARE(page.page->widget(), page.content);
     const QStringList modes = {QStringLiteral("扫描模式"), QStringLiteral("开关模式")};
@@ -148,20 +150,20 @@ void TestPageBuilders::tableWithoutModulesHasNoRows()
 {
     slotPresent[1] = false;
     slotPresent[4] = false;
-    const scn::ChannelForm form = scn::ChannelTableBuilder().build(&m_parent);
+    const ChannelForm form = ChannelTableBuilder().build(&m_parent);
     QCOMPARE(form.m_channelTree->topLevelItemCount(), 0);
     QCOMPARE(form.m_channelTree->columnCount(), int(ChannelColumnCount));
     QVERIFY(form.slotItems.isEmpty());
-    QVERIFY(!scn::ChannelTable(form).row(101).exists());
-    QVERIFY(!scn::ChannelTable(scn::ChannelForm()).item(101));
+    QVERIFY(!ChannelTable(form).row(101).exists());
+    QVERIFY(!ChannelTable(ChannelForm()).item(101));
 }
 
 void TestPageBuilders::tableHasARowForEachChannel()
 {
-    const scn::ChannelForm form = scn::ChannelTableBuilder().build(&m_parent);
+    const ChannelForm form = ChannelTableBuilder().build(&m_parent);
     QCOMPARE(form.slotItems.keys(), QList<int>({1, 4}));
     QCOMPARE(form.moduleItems.size(), 2);
-    const scn::ChannelTable table(form);
+    const ChannelTable table(form);
     for (const int slot : {1, 4}) {
         QCOMPARE(form.slotItems.value(slot)->childCount(), 20);
         for (int position = 1; position <= 20; ++position) {
@@ -177,8 +179,8 @@ void TestPageBuilders::tableHasARowForEachChannel()
 
 void TestPageBuilders::everyControlOfARowLeadsToItsChannel()
 {
-    const scn::ChannelForm form = scn::ChannelTableBuilder().build(&m_parent);
-    const ChannelRow row = scn::ChannelTable(form).row(403);
+    const ChannelForm form = ChannelTableBuilder().build(&m_parent);
+    const ChannelRow row = ChannelTable(form).row(403);
     const QList<QWidget*> controls = {row.name,   row.function, row.range,         row.resolution,
                                       row.more,   row.scale,    row.scaleFunction, row.gain,
                                       row.offset, row.unit,     row.scaleMore};
@@ -194,8 +196,8 @@ void TestPageBuilders::everyControlOfARowLeadsToItsChannel()
 
 void TestPageBuilders::rowStartsWithTheFirstFunction()
 {
-    const scn::ChannelForm form = scn::ChannelTableBuilder().build(&m_parent);
-    const scn::ChannelTable table(form);
+    const ChannelForm form = ChannelTableBuilder().build(&m_parent);
+    const ChannelTable table(form);
     const ChannelRow row = table.row(101);
     QCOMPARE(row.function->currentText(), QStringLiteral("直流电压"));
     QCOMPARE(table.functionOf(row), 0);
@@ -207,8 +209,8 @@ void TestPageBuilders::rowStartsWithTheFirstFunction()
 
 void TestPageBuilders::rowsAreEnabledAndDisabledWhole()
 {
-    const scn::ChannelForm form = scn::ChannelTableBuilder().build(&m_parent);
-    const scn::ChannelTable table(form);
+    const ChannelForm form = ChannelTableBuilder().build(&m_parent);
+    const ChannelTable table(form);
     const ChannelRow row = table.row(102);
     table.setRowEnabled(table.item(102), false);
     for (const QWidget* control :

@@ -176,7 +176,7 @@ void TestStartup::windowThatHasGoneIsNotShown()
 
 void TestStartup::closeInsideTheEventLoopDeletesNothing()
 {
-    DeletionFilter filter;
+    scn::DeletionFilter filter;
     QWidget window;
     window.setAttribute(Qt::WA_DeleteOnClose);
     window.installEventFilter(&filter);

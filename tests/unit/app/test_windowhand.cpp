@@ -28,6 +28,8 @@
 
 #include <initializer_list>
 
+using namespace scn;
+
 namespace {
 
 /// The window with twenty channels, on a screen, ready for input.

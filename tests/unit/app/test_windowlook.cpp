@@ -170,7 +170,7 @@ void TestWindowLook::panelsStayOnTheScreen()
     QVERIFY(QTest::qWaitForWindowActive(&window));
     bench.startupView()->stopLoading();
     for (const int channel : {101, 102}) {
-        auto* button = bench.cell<QPushButton>(channel, MoreColumn);
+        auto* button = bench.cell<QPushButton>(channel, scn::MoreColumn);
         // At the lower right corner.
         window.move(screen.bottomRight() - QPoint(20, 20) - button->mapTo(&window, QPoint(0, 0)));
         QTest::mouseClick(button, Qt::LeftButton);

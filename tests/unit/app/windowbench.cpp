@@ -20,6 +20,8 @@
 
 #include <algorithm>
 
+using namespace scn;
+
 using namespace std::chrono_literals;
 
 namespace {
@@ -87,7 +89,7 @@ MainWidget& WindowBench::open(Acquisition acquisition)
 {
     // One that is ended at once sleeps until then.
     ReadData::instance()->setTiming(acquisition == AcquisitionRuns ? acquisitionTiming
-                                                                   : scn::ReadDataTiming());
+                                                                   : ReadDataTiming());
     m_instrument.ignoreThread(ReadData::instance());
     m_window = std::make_unique<MainWidget>(nullptr, windowTiming);
     if (acquisition == AcquisitionEnded) {

@@ -72,16 +72,16 @@ public:
     QList<int> tickedChannels() const;
 
     template <typename Control>
-    Control* cell(int channel, ChannelColumn column) const
+    Control* cell(int channel, scn::ChannelColumn column) const
     {
         return qobject_cast<Control*>(tree()->itemWidget(item(channel), column));
     }
-    CustomComboBox* box(int channel, ChannelColumn column) const;
-    CustomLineEdit* edit(int channel, ChannelColumn column) const;
+    CustomComboBox* box(int channel, scn::ChannelColumn column) const;
+    CustomLineEdit* edit(int channel, scn::ChannelColumn column) const;
     static QStringList itemsOf(const CustomComboBox* box);
 
     /// The panel behind a "..." button, opened by a click on it.
-    AdvancedSetting* openPanel(int channel, ChannelColumn column) const;
+    AdvancedSetting* openPanel(int channel, scn::ChannelColumn column) const;
 
     /// The chosen text in a group of a panel: of its list or of its buttons.
     static QString choiceOf(const AdvancedSetting* panel, const QString& groupTitle);

@@ -122,7 +122,7 @@ void TestSeriesCurve::paintsTheSamePixels()
 {
     QFETCH(QVector<QPointF>, samples);
     QwtPlotCurve library;
-    SeriesCurve quick;
+    scn::SeriesCurve quick;
     for (QwtPlotCurve* curve : {&library, static_cast<QwtPlotCurve*>(&quick)}) {
         curve->setPen(Qt::red, 0.0);
         curve->setSamples(samples);
@@ -139,7 +139,7 @@ void TestSeriesCurve::paintsTheSamePixelsOfRandomCurves()
     for (int i = 0; i < 500; ++i) {
         const QVector<QPointF> samples = randomSamples(random);
         QwtPlotCurve library;
-        SeriesCurve quick;
+        scn::SeriesCurve quick;
         for (QwtPlotCurve* curve : {&library, static_cast<QwtPlotCurve*>(&quick)}) {
             curve->setPen(Qt::red, i % 2 == 0 ? 0.0 : 1.0);
             curve->setSamples(samples);
@@ -181,7 +181,7 @@ void TestSeriesCurve::leavesOtherLinesToTheLibrary()
         samples.append(QPointF(0.5 * i, 50.0 + 40.0 * std::sin(0.7 * i)));
     }
     QwtPlotCurve library;
-    SeriesCurve quick;
+    scn::SeriesCurve quick;
     for (QwtPlotCurve* curve : {&library, static_cast<QwtPlotCurve*>(&quick)}) {
         curve->setPen(pen);
         curve->setBrush(brush);
@@ -192,7 +192,7 @@ void TestSeriesCurve::leavesOtherLinesToTheLibrary()
 
 void TestSeriesCurve::emptyCurvePaintsNothing()
 {
-    SeriesCurve quick;
+    scn::SeriesCurve quick;
     quick.setPen(Qt::red, 0.0);
     QCOMPARE(drawnPixels(painted(quick, View())), 0);
 }

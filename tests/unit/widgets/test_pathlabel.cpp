@@ -5,6 +5,8 @@
 #include <QTest>
 #include <QToolTip>
 
+using namespace scn;
+
 namespace {
 
 const QString kLong = QString(QStringLiteral("/a-folder-with-a-name")).repeated(20);
