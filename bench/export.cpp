@@ -74,7 +74,7 @@ public:
     {
         writeDayFile();
         writeWideTable();
-        setStoreClock(&presentTime);
+        scn::setStoreClock(&presentTime);
         m_store = std::make_unique<CurveDataDB>(m_directory.path());
         for (int curve = 1; curve <= kCurves; ++curve) {
             m_store->registerCurve(rawCurveName(curve));

@@ -80,7 +80,7 @@ public:
         : m_midnight(QDateTime(QDate(2026, 1, 12), QTime(0, 0)).toMSecsSinceEpoch())
     {
         g_now = m_midnight;
-        setStoreClock([] { return g_now; });
+        scn::setStoreClock([] { return g_now; });
         // So that the store does not pause for each curve.
         RawStore(pathOf(QStringLiteral("20260111"))).createDay(kCurves);
         RawStore(pathOf(QStringLiteral("20260112"))).createDay(kCurves);

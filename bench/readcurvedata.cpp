@@ -53,7 +53,7 @@ public:
                       QStringLiteral("/readcurvedata-XXXXXX"))
     {
         RawStore(pathOf(5)).createDay(1);
-        setStoreClock(&presentTime);
+        scn::setStoreClock(&presentTime);
     }
 
     QString path() const { return m_directory.path(); }

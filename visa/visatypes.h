@@ -13,6 +13,8 @@
 #define SCN_VISA_CALL
 #endif
 
+namespace scn::visa {
+
 using ViChar = char;
 using ViByte = std::uint8_t;
 using ViUInt16 = std::uint16_t;
@@ -118,3 +120,5 @@ using ViReadFunction = ViStatus(SCN_VISA_CALL*)(ViSession session, ViByte* buffe
                                                 ViUInt32* received);
 using ViWriteFunction = ViStatus(SCN_VISA_CALL*)(ViSession session, const ViByte* buffer,
                                                  ViUInt32 count, ViUInt32* sent);
+
+} // namespace scn::visa

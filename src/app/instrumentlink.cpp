@@ -102,7 +102,7 @@ void InstrumentLink::giveUp()
 
 void InstrumentLink::recover(const RecoverySteps& steps)
 {
-    HelperThreads::start(
+    helperthreads::start(
         [gate = m_gate, display = &m_display, steps] { recoverHere(gate, *display, steps); });
 }
 

@@ -30,14 +30,14 @@ bool runWindow(int& status)
         scn::DeletionFilter deletionFilter;
         MainWidget window(nullptr);
         window.installEventFilter(&deletionFilter);
-        Startup::registerMetaTypes();
+        scn::startup::registerMetaTypes();
         initResources();
         QFile styleFile(QStringLiteral(":/qss/styles.qss"));
-        Startup::applyStyleSheet(styleFile);
-        Startup::presentWindow(window);
+        scn::startup::applyStyleSheet(styleFile);
+        scn::startup::presentWindow(window);
         status = QApplication::exec();
     }
-    const bool helpersEnded = HelperThreads::waitForAll(kHelperWait);
+    const bool helpersEnded = scn::helperthreads::waitForAll(kHelperWait);
     CurveDataDB::shutdown();
     return !helpersEnded;
 }
@@ -46,12 +46,12 @@ bool runWindow(int& status)
 
 int main(int argc, char* argv[])
 {
-    StandardStreams::openMissing();
-    Startup::ignoreBrokenPipes();
+    scn::openMissingStreams();
+    scn::startup::ignoreBrokenPipes();
     QCoreApplication::setAttribute(Qt::AA_DisableHighDpiScaling, true);
     const QApplication application(argc, argv);
-    Startup::substituteFonts();
-    Startup::loadTranslations(QLibraryInfo::location(QLibraryInfo::TranslationsPath));
+    scn::startup::substituteFonts();
+    scn::startup::loadTranslations(QLibraryInfo::location(QLibraryInfo::TranslationsPath));
     int status = 0;
     if (runWindow(status)) {
         std::_Exit(status);

@@ -24,6 +24,8 @@
 #include <QRadioButton>
 #include <QTimer>
 
+using namespace scn;
+
 namespace {
 
 constexpr int kMessageMs = 3000;
@@ -55,10 +57,10 @@ void MainWidget::recvStartButtonSlot()
 {
     assertGuiThread();
     const bool isFirstStop = !m_runState->isStoppedByButton();
-    if (m_runState->take(scn::RunEvent::StopRequested)) {
+    if (m_runState->take(RunEvent::StopRequested)) {
         // The acquisition thread clears the flag after the drain.
         stopElapsedTimer();
-        scn::exchange(QStringLiteral("ABOR"));
+        exchange(QStringLiteral("ABOR"));
         if (isFirstStop) {
             g_scanEndText = runTimeText();
         }
@@ -66,14 +68,14 @@ void MainWidget::recvStartButtonSlot()
         return;
     }
     // Without the link a start would clear the store and measure nothing.
-    if (!m_runState->allows(scn::RunEvent::StartRequested)) {
+    if (!m_runState->allows(RunEvent::StartRequested)) {
         return;
     }
     if (g_scanChannels.isEmpty()) {
         m_messageDialog->showMessage(tr("未选择扫描通道"), kWarningMessage, kMessageMs);
         return;
     }
-    m_runState->take(scn::RunEvent::StartRequested);
+    m_runState->take(RunEvent::StartRequested);
     m_indicator->showStarted();
     m_startupView->showLoading();
 
@@ -97,8 +99,8 @@ void MainWidget::recvDataClearFinished()
     // No chart shows a series any more. A helper builds the new ones, since each curve takes its time, and
     // hands them over complete before the scan starts.
     g_curveSeries.clear();
-    HelperThreads::start([gate = m_gate, window = this, channels = g_scanChannels,
-                          directoryName = dataDirectoryName(g_instrumentId)] {
+    scn::helperthreads::start([gate = m_gate, window = this, channels = g_scanChannels,
+                               directoryName = dataDirectoryName(g_instrumentId)] {
         const auto series =
             buildCurveSeries(channels, directoryName, [&gate] { return gate->isOpen(); });
         gate->post([series, window] {
@@ -111,40 +113,40 @@ void MainWidget::recvDataClearFinished()
 void MainWidget::scanFunc()
 {
     assertGuiThread();
-    if (!m_runState->allows(scn::RunEvent::ScanStarted)) {
+    if (!m_runState->allows(RunEvent::ScanStarted)) {
         // Lost since the click. The recovery resets the button.
-        m_runState->take(scn::RunEvent::StartDropped);
+        m_runState->take(RunEvent::StartDropped);
         return;
     }
-    if (scn::exchange(QStringLiteral("*IDN?")).isEmpty()) {
-        m_runState->take(scn::RunEvent::StartDropped);
+    if (exchange(QStringLiteral("*IDN?")).isEmpty()) {
+        m_runState->take(RunEvent::StartDropped);
         m_messageDialog->showMessage(tr("机器已断开"), kErrorMessage, kMessageMs);
         // The acquisition thread may not notice, so the loss is reported here.
         m_link->giveUp();
         return;
     }
-    scn::exchange(QStringLiteral("MMEM:LOG:ENAB?"));
-    scn::exchange(QStringLiteral("INIT"));
+    exchange(QStringLiteral("MMEM:LOG:ENAB?"));
+    exchange(QStringLiteral("INIT"));
     if (m_stopElapsedRadio->isChecked()) {
         startElapsedTimer();
     }
     for (const char* command : {"FORM:READ:ALAR ON", "FORM:READ:CHAN ON", "FORM:READ:TIME ON",
                                 "FORM:READ:TIME:TYPE ABS", "FORM:READ:UNIT ON", "SYST:ERR?"}) {
-        scn::exchange(QLatin1String(command));
+        exchange(QLatin1String(command));
     }
 
-    if (scn::exchange(QStringLiteral("ROUT:SCAN?")).count(QLatin1Char(',')) + 1 !=
+    if (exchange(QStringLiteral("ROUT:SCAN?")).count(QLatin1Char(',')) + 1 !=
         g_scanChannels.size()) {
         dropUnnamedScanChannels();
     }
 
     // The instrument is asked for the scan's time twice, but a run starts at the computer's time.
-    scn::exchange(QStringLiteral("SYST:TIME:SCAN?"));
-    g_scanStartText = scn::exchange(QStringLiteral("SYST:TIME:SCAN?"))
-                          .replace(QLatin1Char(','), QLatin1Char(' '));
+    exchange(QStringLiteral("SYST:TIME:SCAN?"));
+    g_scanStartText =
+        exchange(QStringLiteral("SYST:TIME:SCAN?")).replace(QLatin1Char(','), QLatin1Char(' '));
     g_scanStartText = runTimeText();
 
-    m_runState->take(scn::RunEvent::ScanStarted);
+    m_runState->take(RunEvent::ScanStarted);
     m_lockManager->setLockEnabled(true);
     m_lockManager->lockView();
     m_startupView->stopLoading();
@@ -191,11 +193,11 @@ void MainWidget::recvElapsedTimeSlot()
 {
     assertGuiThread();
     stopElapsedTimer();
-    if (!m_runState->allows(scn::RunEvent::TimeElapsed)) {
+    if (!m_runState->allows(RunEvent::TimeElapsed)) {
         return;
     }
-    scn::exchange(QStringLiteral("ABOR"));
-    m_runState->take(scn::RunEvent::TimeElapsed);
+    exchange(QStringLiteral("ABOR"));
+    m_runState->take(RunEvent::TimeElapsed);
     endScan();
 }
 
@@ -203,18 +205,18 @@ void MainWidget::recvLockScreenSlot()
 {
     assertGuiThread();
     // Refused after the scan has ended by itself and during a drain: the recorded end stays.
-    if (!m_runState->take(scn::RunEvent::Unlocked)) {
+    if (!m_runState->take(RunEvent::Unlocked)) {
         return;
     }
     stopElapsedTimer();
-    scn::exchange(QStringLiteral("ABOR"));
+    exchange(QStringLiteral("ABOR"));
     endScan();
 }
 
 void MainWidget::recvUseInstSlot()
 {
     assertGuiThread();
-    if (m_runState->take(scn::RunEvent::LossReported)) {
+    if (m_runState->take(RunEvent::LossReported)) {
         m_link->giveUp();
     }
 }
@@ -238,18 +240,18 @@ void MainWidget::showReconnectView()
 void MainWidget::recvLoadBtnSlot()
 {
     assertGuiThread();
-    if (!m_runState->take(scn::RunEvent::RecoveryRequested)) {
+    if (!m_runState->take(RunEvent::RecoveryRequested)) {
         return;
     }
-    scn::RecoverySteps steps;
+    RecoverySteps steps;
     steps.fail = [this] {
         // First the state, then the overlay with its button: a click in between would be lost.
-        m_runState->take(scn::RunEvent::RecoveryEnded);
+        m_runState->take(RunEvent::RecoveryEnded);
         m_link->giveUp();
     };
     steps.buildPages = [this] { return bringUpLate(); };
     steps.finish = [this] {
-        m_runState->take(scn::RunEvent::RecoveryEnded);
+        m_runState->take(RunEvent::RecoveryEnded);
         QMetaObject::invokeMethod(this, "stopLoadingView", Qt::QueuedConnection);
     };
     m_link->recover(steps);
@@ -269,7 +271,7 @@ bool MainWidget::bringUpLate()
     if (g_instrumentConnected) {
         m_reconnectView->stopLoading();
     }
-    m_runState->take(scn::RunEvent::RecoveryEnded);
+    m_runState->take(RunEvent::RecoveryEnded);
     return true;
 }
 
@@ -278,7 +280,7 @@ void MainWidget::stopLoadingView()
     assertGuiThread();
     m_reconnectView->stopLoading();
     // A start that met the loss has not reset the button and the label.
-    if (m_runState->run() == scn::RunState::Idle) {
+    if (m_runState->run() == RunState::Idle) {
         m_indicator->showIdle();
     }
     if (m_readData->isPolling()) {

@@ -1,11 +1,10 @@
 #pragma once
 
-/// The descriptors of the process's standard streams.
-namespace StandardStreams {
+namespace scn {
 
 /// Opens standard streams that the launcher left closed on the null device. Otherwise another connection,
 /// such as the display's, would get such a number and receive the lines for the launcher. Called first
 /// in main().
-void openMissing();
+void openMissingStreams();
 
-} // namespace StandardStreams
+} // namespace scn

@@ -5,7 +5,7 @@
 
 #include <cerrno>
 
-void StandardStreams::openMissing()
+void scn::openMissingStreams()
 {
     for (int stream = STDIN_FILENO; stream <= STDERR_FILENO; ++stream) {
         // A new descriptor gets the lowest free number: all below are open by now.

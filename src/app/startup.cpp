@@ -21,6 +21,7 @@
 #include <csignal>
 #include <memory>
 
+namespace scn::startup {
 namespace {
 
 constexpr QPoint kWindowPosition(200, 200);
@@ -40,14 +41,14 @@ QString chineseFont()
 
 } // namespace
 
-void Startup::ignoreBrokenPipes()
+void ignoreBrokenPipes()
 {
 #ifdef SIGPIPE
     std::signal(SIGPIPE, SIG_IGN);
 #endif
 }
 
-void Startup::registerMetaTypes()
+void registerMetaTypes()
 {
     qRegisterMetaType<QList<QwtLegendData>>("QList<QwtLegendData>");
     qRegisterMetaType<MeasurementData>("MeasurementData");
@@ -56,7 +57,7 @@ void Startup::registerMetaTypes()
     qRegisterMetaType<ExportResult>("ExportResult");
 }
 
-void Startup::applyStyleSheet(QFile& file)
+void applyStyleSheet(QFile& file)
 {
     assertGuiThread();
     if (!file.open(QIODevice::ReadOnly | QIODevice::Text)) {
@@ -68,7 +69,7 @@ void Startup::applyStyleSheet(QFile& file)
     file.close();
 }
 
-void Startup::substituteFonts()
+void substituteFonts()
 {
     assertGuiThread();
     const QString substitute = chineseFont();
@@ -84,7 +85,7 @@ void Startup::substituteFonts()
     }
 }
 
-void Startup::loadTranslations(const QString& directory)
+void loadTranslations(const QString& directory)
 {
     assertGuiThread();
     auto translator = std::make_unique<QTranslator>();
@@ -96,7 +97,7 @@ void Startup::loadTranslations(const QString& directory)
     QCoreApplication::installTranslator(translator.release());
 }
 
-void Startup::presentWindow(QWidget& window)
+void presentWindow(QWidget& window)
 {
     assertGuiThread();
     window.move(kWindowPosition);
@@ -105,3 +106,5 @@ void Startup::presentWindow(QWidget& window)
     }
     QTimer::singleShot(0, &window, &QWidget::show);
 }
+
+} // namespace scn::startup

@@ -5,7 +5,7 @@ class QString;
 class QWidget;
 
 /// Steps of main(). GUI thread.
-namespace Startup {
+namespace scn::startup {
 
 /// Makes a write to a launcher that is gone fail instead of killing the program.
 void ignoreBrokenPipes();
@@ -29,4 +29,4 @@ void loadTranslations(const QString& directory);
 /// event loop runs.
 void presentWindow(QWidget& window);
 
-} // namespace Startup
+} // namespace scn::startup

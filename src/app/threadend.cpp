@@ -22,7 +22,7 @@ bool endsWithin(QThread* thread, std::chrono::milliseconds time)
 void leaveBehind(QThread* thread)
 {
     thread->setParent(nullptr);
-    HelperThreads::start([thread] { thread->wait(); });
+    helperthreads::start([thread] { thread->wait(); });
 }
 
 } // namespace
@@ -32,7 +32,7 @@ void endThread(QThread* thread, const ThreadEndTiming& timing)
     assertGuiThread();
     if (!endsWithin(thread, timing.stop)) {
         // On a helper: the library may block in this, too.
-        HelperThreads::start([] { g_visa->interrupt(); });
+        helperthreads::start([] { g_visa->interrupt(); });
         if (!endsWithin(thread, timing.interrupt)) {
             qWarning() << "线程未能结束，强制终止";
             thread->terminate();

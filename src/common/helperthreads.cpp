@@ -4,7 +4,7 @@
 
 #include <limits>
 
-namespace HelperThreads {
+namespace scn::helperthreads {
 namespace {
 
 /// A helper may wait for the instrument for long, so none queues behind another. Never destroyed: the
@@ -31,4 +31,4 @@ bool waitForAll(std::chrono::milliseconds timeout)
     return pool().waitForDone(static_cast<int>(timeout.count()));
 }
 
-} // namespace HelperThreads
+} // namespace scn::helperthreads

@@ -7,7 +7,8 @@
 
 #include <algorithm>
 
-using scn::ExchangeResult;
+using namespace scn;
+using namespace scn::visa;
 
 namespace {
 
@@ -63,7 +64,7 @@ CDeviceVisa* CDeviceVisa::instance()
 CDeviceVisa::CDeviceVisa(QObject* parent)
     : QObject(parent)
 {
-    const ViStatus status = VisaBinding::table().viOpenDefaultRM(&m_resourceManager);
+    const ViStatus status = visabinding::table().viOpenDefaultRM(&m_resourceManager);
     if (status == VI_SUCCESS) {
         return;
     }
@@ -79,7 +80,7 @@ CDeviceVisa::~CDeviceVisa()
 {
     disconnectDevice();
     if (m_resourceManager != 0) {
-        VisaBinding::table().viClose(m_resourceManager);
+        visabinding::table().viClose(m_resourceManager);
     }
 }
 
@@ -89,7 +90,7 @@ bool CDeviceVisa::connectDevice(const QString& resource)
     if (m_connected) {
         disconnectDevice();
     }
-    const scn::visa::VisaTable& visa = VisaBinding::table();
+    const VisaTable& visa = visabinding::table();
     ViSession session = 0;
     const ViStatus status =
         visa.viOpen(m_resourceManager, resource.toLocal8Bit().constData(), VI_NO_LOCK, 0, &session);
@@ -122,7 +123,7 @@ void CDeviceVisa::disconnectDevice()
 void CDeviceVisa::interrupt()
 {
     if (const ViSession session = m_session.exchange(0); session != 0) {
-        VisaBinding::table().viClose(session);
+        visabinding::table().viClose(session);
     }
 }
 
@@ -152,7 +153,7 @@ QString CDeviceVisa::sendCommand(const QString& command, int timeoutMs, Exchange
         fail(QStringLiteral("仪器未连接"));
         return {};
     }
-    VisaBinding::table().viSetAttribute(m_session, VI_ATTR_TMO_VALUE,
+    visabinding::table().viSetAttribute(m_session, VI_ATTR_TMO_VALUE,
                                         static_cast<ViAttrState>(std::max(timeoutMs, 0)));
     result = writeCommand(command);
     QString response;
@@ -197,7 +198,7 @@ QString CDeviceVisa::lastError()
 /// Configures a new session. Settings that the resource does not support do not matter.
 void CDeviceVisa::configureSession()
 {
-    const scn::visa::VisaTable& visa = VisaBinding::table();
+    const VisaTable& visa = visabinding::table();
     if (m_serial) {
         for (const AttributeRow& row : kSerialSettings) {
             visa.viSetAttribute(m_session, row.attribute, row.value);
@@ -214,7 +215,7 @@ ExchangeResult CDeviceVisa::writeCommand(const QString& command)
     const QByteArray line = command.toUtf8() + kTerminator;
     ViUInt32 sent = 0;
     const ViStatus status =
-        VisaBinding::table().viWrite(m_session, reinterpret_cast<const ViByte*>(line.constData()),
+        visabinding::table().viWrite(m_session, reinterpret_cast<const ViByte*>(line.constData()),
                                      static_cast<ViUInt32>(line.size()), &sent);
     if (status == VI_SUCCESS) {
         return ExchangeResult::Done;
@@ -231,7 +232,7 @@ ExchangeResult CDeviceVisa::readResponse(QString& response)
 {
     char buffer[kReadBufferSize];
     ViUInt32 received = 0;
-    const ViStatus status = VisaBinding::table().viRead(
+    const ViStatus status = visabinding::table().viRead(
         m_session, reinterpret_cast<ViByte*>(buffer), kLongestReply, &received);
     if (!isReplyWhole(status)) {
         const QByteArray text = statusText(m_session, status);
@@ -247,7 +248,7 @@ ExchangeResult CDeviceVisa::readResponse(QString& response)
 QByteArray CDeviceVisa::statusText(ViObject object, ViStatus status) const
 {
     char text[kViStatusTextSize] = {};
-    VisaBinding::table().viStatusDesc(object, status, text);
+    visabinding::table().viStatusDesc(object, status, text);
     text[kViStatusTextSize - 1] = '\0';
     return QByteArray(text);
 }

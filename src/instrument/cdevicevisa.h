@@ -90,11 +90,11 @@ private:
     void configureSession();
     scn::ExchangeResult writeCommand(const QString& command);
     scn::ExchangeResult readResponse(QString& response);
-    QByteArray statusText(ViObject object, ViStatus status) const;
+    QByteArray statusText(scn::visa::ViObject object, scn::visa::ViStatus status) const;
     void fail(const QString& message);
 
-    ViSession m_resourceManager = 0;
-    std::atomic<ViSession> m_session{0}; ///< interrupt() takes it without the mutex.
+    scn::visa::ViSession m_resourceManager = 0;
+    std::atomic<scn::visa::ViSession> m_session{0}; ///< interrupt() takes it without the mutex.
     QString m_lastError;
     QRecursiveMutex m_mutex;
     bool m_connected = false;

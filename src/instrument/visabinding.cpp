@@ -7,6 +7,7 @@
 
 #include <optional>
 
+namespace scn::visabinding {
 namespace {
 
 /// Names of the platform's VISA library, in search order.
@@ -26,13 +27,13 @@ bool resolve(QLibrary& library, const char* symbol, Function& function)
 }
 
 /// The operations of a library; nothing if it is missing or lacks one of them.
-std::optional<scn::visa::VisaTable> tableOf(const char* libraryName)
+std::optional<visa::VisaTable> tableOf(const char* libraryName)
 {
     QLibrary library{QLatin1String(libraryName)};
     if (!library.load()) {
         return std::nullopt;
     }
-    scn::visa::VisaTable found = {};
+    visa::VisaTable found = {};
     if (resolve(library, "viOpenDefaultRM", found.viOpenDefaultRM) &&
         resolve(library, "viOpen", found.viOpen) && resolve(library, "viClose", found.viClose) &&
         resolve(library, "viSetAttribute", found.viSetAttribute) &&
@@ -44,32 +45,34 @@ std::optional<scn::visa::VisaTable> tableOf(const char* libraryName)
     return std::nullopt;
 }
 
-scn::visa::VisaTable findTable()
+visa::VisaTable findTable()
 {
     for (const char* const name : kLibraryNames) {
         if (const auto found = tableOf(name)) {
             return *found;
         }
     }
-    return scn::visa::providerVisaTable();
+    return visa::providerVisaTable();
 }
 
-const scn::visa::VisaTable*& replacementTable()
+const visa::VisaTable*& replacementTable()
 {
-    static const scn::visa::VisaTable* replacement = nullptr;
+    static const visa::VisaTable* replacement = nullptr;
     return replacement;
 }
 
 } // namespace
 
-const scn::visa::VisaTable& VisaBinding::table()
+const visa::VisaTable& table()
 {
-    static const scn::visa::VisaTable found = findTable();
-    const scn::visa::VisaTable* const replacement = replacementTable();
+    static const visa::VisaTable found = findTable();
+    const visa::VisaTable* const replacement = replacementTable();
     return replacement ? *replacement : found;
 }
 
-void VisaBinding::setTable(const scn::visa::VisaTable* replacement)
+void setTable(const visa::VisaTable* replacement)
 {
     replacementTable() = replacement;
 }
+
+} // namespace scn::visabinding

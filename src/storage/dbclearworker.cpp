@@ -45,11 +45,11 @@ void DBClearWorker::doClear()
 
 void DBClearWorker::removeFile(const QString& path)
 {
-    for (int attempt = 0; attempt < storewaits::kDeleteAttempts; ++attempt) {
+    for (int attempt = 0; attempt < scn::storewaits::kDeleteAttempts; ++attempt) {
         if (QFile::remove(path)) {
             return;
         }
-        storeSleep(storewaits::kDeleteRetry);
+        scn::storeSleep(scn::storewaits::kDeleteRetry);
         if (QThread::currentThread()->isInterruptionRequested()) {
             return;
         }

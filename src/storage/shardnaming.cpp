@@ -53,12 +53,12 @@ QString formatBatchStamp(qint64 timestamp)
 
 QString todayKey()
 {
-    return localTime(storeNow()).toString(QStringLiteral("yyyyMMdd"));
+    return localTime(scn::storeNow()).toString(QStringLiteral("yyyyMMdd"));
 }
 
 QString dateKeyForTime(qint64 timestamp)
 {
-    const qint64 now = storeNow();
+    const qint64 now = scn::storeNow();
     return localTime(now < timestamp ? now : timestamp).toString(QStringLiteral("yyyyMMdd"));
 }
 

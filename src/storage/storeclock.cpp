@@ -5,6 +5,7 @@
 
 #include <atomic>
 
+namespace scn {
 namespace {
 
 std::chrono::milliseconds waitInFull(std::chrono::milliseconds wait)
@@ -45,3 +46,5 @@ void setStoreWait(StoreWait wait)
 {
     g_storeWait.store(wait ? wait : &waitInFull, std::memory_order_relaxed);
 }
+
+} // namespace scn

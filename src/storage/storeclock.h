@@ -4,6 +4,8 @@
 
 #include <chrono>
 
+namespace scn {
+
 /// A source of the current time, in milliseconds since the epoch.
 using StoreClock = qint64 (*)();
 
@@ -27,3 +29,5 @@ void storeSleep(std::chrono::milliseconds wait);
 
 /// Replaces storeWait()'s result; null restores the real waits. It spares tests the pauses.
 void setStoreWait(StoreWait wait);
+
+} // namespace scn

@@ -3,7 +3,7 @@
 #include <chrono>
 
 /// All the store's waits and intervals.
-namespace storewaits {
+namespace scn::storewaits {
 
 using std::chrono::hours;
 using std::chrono::milliseconds;
@@ -51,4 +51,4 @@ constexpr milliseconds kShutdownBudget{2000};
 /// and the end of a store at most this long for a running clear.
 constexpr milliseconds kClearThreadWait{3000};
 
-} // namespace storewaits
+} // namespace scn::storewaits

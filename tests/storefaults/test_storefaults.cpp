@@ -84,7 +84,7 @@ qint64 firstReadingOf(Scene scene)
 /// A day file with the curves, as left by an earlier start of the program.
 QString makeTemplate(const QTemporaryDir& directory)
 {
-    setStoreClock(&present);
+    scn::setStoreClock(&present);
     g_present = localTime("2026-01-12 11:00:00.000");
     {
         CurveDataDB store(directory.path());

@@ -97,7 +97,7 @@ int playReader(const QString& directory, qint64 from, qint64 to)
 int play(const QStringList& arguments)
 {
     qInstallMessageHandler(sayFailures);
-    setStoreClock(&present);
+    scn::setStoreClock(&present);
     const SkippedWaits waits;
     const QString directory = arguments.value(1);
     const qint64 from = arguments.value(2).toLongLong();

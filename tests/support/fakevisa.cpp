@@ -8,9 +8,11 @@
 #include <algorithm>
 #include <cstring>
 
-const scn::visa::VisaTable FakeVisa::s_table = {
-    FakeVisa::openDefaultRM, FakeVisa::open, FakeVisa::close, FakeVisa::setAttribute,
-    FakeVisa::statusDesc,    FakeVisa::read, FakeVisa::write};
+using namespace scn::visa;
+
+const VisaTable FakeVisa::s_table = {FakeVisa::openDefaultRM, FakeVisa::open,       FakeVisa::close,
+                                     FakeVisa::setAttribute,  FakeVisa::statusDesc, FakeVisa::read,
+                                     FakeVisa::write};
 FakeVisa* FakeVisa::s_current = nullptr;
 
 namespace {
@@ -34,12 +36,12 @@ FakeVisa::FakeVisa()
 {
     Q_ASSERT(!s_current);
     s_current = this;
-    VisaBinding::setTable(&s_table);
+    scn::visabinding::setTable(&s_table);
 }
 
 FakeVisa::~FakeVisa()
 {
-    VisaBinding::setTable(nullptr);
+    scn::visabinding::setTable(nullptr);
     s_current = nullptr;
 }
 

@@ -22,8 +22,8 @@ public:
     enum class Operation { OpenDefaultRM, Open, Close, SetAttribute, StatusDesc, Read, Write };
 
     /// Handle of the resource manager; sessions count up from kFirstSession.
-    static constexpr ViSession kResourceManager = 1;
-    static constexpr ViSession kFirstSession = 100;
+    static constexpr scn::visa::ViSession kResourceManager = 1;
+    static constexpr scn::visa::ViSession kFirstSession = 100;
 
     FakeVisa();
     ~FakeVisa();
@@ -50,13 +50,13 @@ public:
 
     /// The next read that no earlier script serves returns these bytes and this status, regardless
     /// of the output queue. The bytes are cut at the requested count.
-    void scriptRead(ViStatus status, const QByteArray& bytes);
+    void scriptRead(scn::visa::ViStatus status, const QByteArray& bytes);
 
     // --- what goes wrong ------------------------------------------------------------------------
 
     /// From call number `after` on (0: the next) the operation returns the status and does nothing
     /// else, `times` times (negative: always).
-    void fail(Operation operation, ViStatus status, int after = 0, int times = -1);
+    void fail(Operation operation, scn::visa::ViStatus status, int after = 0, int times = -1);
 
     /// Cancels fail() for the operation.
     void recover(Operation operation);
@@ -65,7 +65,7 @@ public:
     void dropConnection();
 
     /// Text that viStatusDesc returns for a status, as bytes; by default "status 0x...".
-    void setStatusText(ViStatus status, const QByteArray& bytes);
+    void setStatusText(scn::visa::ViStatus status, const QByteArray& bytes);
 
     /// Duration of each read, in milliseconds.
     void setReadDuration(int ms);
@@ -86,37 +86,46 @@ public:
     QByteArray pendingOutput() const;
 
     /// Open sessions, in the order they were opened.
-    QList<ViSession> openSessions() const;
+    QList<scn::visa::ViSession> openSessions() const;
 
 private:
     struct Failure
     {
-        ViStatus status = VI_SUCCESS;
+        scn::visa::ViStatus status = scn::visa::VI_SUCCESS;
         int after = 0;
         int times = 0;
     };
     struct ScriptedRead
     {
-        ViStatus status = VI_SUCCESS;
+        scn::visa::ViStatus status = scn::visa::VI_SUCCESS;
         QByteArray bytes;
     };
 
-    static ViStatus SCN_VISA_CALL openDefaultRM(ViSession* resourceManager);
-    static ViStatus SCN_VISA_CALL open(ViSession resourceManager, const ViChar* resource,
-                                       ViAccessMode accessMode, ViUInt32 openTimeoutMs,
-                                       ViSession* session);
-    static ViStatus SCN_VISA_CALL close(ViObject object);
-    static ViStatus SCN_VISA_CALL setAttribute(ViObject object, ViAttr attribute,
-                                               ViAttrState value);
-    static ViStatus SCN_VISA_CALL statusDesc(ViObject object, ViStatus status, ViChar* text);
-    static ViStatus SCN_VISA_CALL read(ViSession session, ViByte* buffer, ViUInt32 count,
-                                       ViUInt32* received);
-    static ViStatus SCN_VISA_CALL write(ViSession session, const ViByte* buffer, ViUInt32 count,
-                                        ViUInt32* sent);
+    static scn::visa::ViStatus SCN_VISA_CALL openDefaultRM(scn::visa::ViSession* resourceManager);
+    static scn::visa::ViStatus SCN_VISA_CALL open(scn::visa::ViSession resourceManager,
+                                                  const scn::visa::ViChar* resource,
+                                                  scn::visa::ViAccessMode accessMode,
+                                                  scn::visa::ViUInt32 openTimeoutMs,
+                                                  scn::visa::ViSession* session);
+    static scn::visa::ViStatus SCN_VISA_CALL close(scn::visa::ViObject object);
+    static scn::visa::ViStatus SCN_VISA_CALL setAttribute(scn::visa::ViObject object,
+                                                          scn::visa::ViAttr attribute,
+                                                          scn::visa::ViAttrState value);
+    static scn::visa::ViStatus SCN_VISA_CALL statusDesc(scn::visa::ViObject object,
+                                                        scn::visa::ViStatus status,
+                                                        scn::visa::ViChar* text);
+    static scn::visa::ViStatus SCN_VISA_CALL read(scn::visa::ViSession session,
+                                                  scn::visa::ViByte* buffer,
+                                                  scn::visa::ViUInt32 count,
+                                                  scn::visa::ViUInt32* received);
+    static scn::visa::ViStatus SCN_VISA_CALL write(scn::visa::ViSession session,
+                                                   const scn::visa::ViByte* buffer,
+                                                   scn::visa::ViUInt32 count,
+                                                   scn::visa::ViUInt32* sent);
 
     void record(const QString& call);
-    ViStatus takeFailure(Operation operation);
-    ViStatus takeRead(ViUInt32 count, QByteArray& bytes);
+    scn::visa::ViStatus takeFailure(Operation operation);
+    scn::visa::ViStatus takeRead(scn::visa::ViUInt32 count, QByteArray& bytes);
     void answer(const QByteArray& line);
 
     static const scn::visa::VisaTable s_table;
@@ -127,14 +136,14 @@ private:
     QStringList m_writtenLines;
     QMap<Operation, Failure> m_failures;
     QHash<QByteArray, QByteArray> m_replies;
-    QHash<ViStatus, QByteArray> m_statusTexts;
+    QHash<scn::visa::ViStatus, QByteArray> m_statusTexts;
     std::function<QByteArray(const QByteArray&)> m_responder;
     QList<ScriptedRead> m_scriptedReads;
     QList<QByteArray> m_delayedCommands;
     QByteArray m_lateOutput;
     QByteArray m_output;
-    QList<ViSession> m_openSessions;
-    ViSession m_nextSession = kFirstSession;
+    QList<scn::visa::ViSession> m_openSessions;
+    scn::visa::ViSession m_nextSession = kFirstSession;
     int m_readDurationMs = 0;
     bool m_connectionLost = false;
 };

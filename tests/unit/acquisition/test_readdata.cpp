@@ -126,7 +126,7 @@ private:
         }
         if (query == m_overflowingQuery) {
             m_overflowingQuery.clear();
-            m_visa.scriptRead(VI_SUCCESS_MAX_CNT, QByteArray(kBufferSize, '0'));
+            m_visa.scriptRead(scn::visa::VI_SUCCESS_MAX_CNT, QByteArray(kBufferSize, '0'));
             return {};
         }
         QStringList& replies = m_replies[query];

@@ -84,12 +84,12 @@ void ExportBench::wearTheProgramsStyle()
     QCoreApplication::setAttribute(Qt::AA_DontUseNativeDialogs);
     initResources();
     QFile sheet(QStringLiteral(":/qss/styles.qss"));
-    Startup::applyStyleSheet(sheet);
+    scn::startup::applyStyleSheet(sheet);
 }
 
 void ExportBench::closeStore()
 {
-    QVERIFY(HelperThreads::waitForAll(kThreadsWait));
+    QVERIFY(scn::helperthreads::waitForAll(kThreadsWait));
     CurveDataDB::shutdown();
 }
 

@@ -513,11 +513,11 @@ void TestExportRun::endOfTheWindowWaitsForALockOnce()
         bench.window().findChild<InputReaderThread*>(), [&goesOn] { goesOn.release(); },
         Qt::DirectConnection);
     bench.close();
-    QCOMPARE(waits.total(), storewaits::kLockPatience);
+    QCOMPARE(waits.total(), scn::storewaits::kLockPatience);
     // The window's end has the time for one wait.
     const scn::WindowTiming timing;
-    QVERIFY(storewaits::kLockPatience < timing.threadEnd.stop + timing.threadEnd.termination);
-    QVERIFY(HelperThreads::waitForAll(0ms)); // the export has not been left to itself
+    QVERIFY(scn::storewaits::kLockPatience < timing.threadEnd.stop + timing.threadEnd.termination);
+    QVERIFY(scn::helperthreads::waitForAll(0ms)); // the export has not been left to itself
     QCOMPARE(csvFiles(directory.path()), QStringList());
 }
 

@@ -42,7 +42,7 @@ void TestGuiGate::helperWaitsUntilItsWorkHasRun()
     QThread* ranOn = nullptr;
     std::atomic<bool> returned{false};
     bool hadRunAtReturn = false;
-    HelperThreads::start([gate, &ranOn, &returned, &hadRunAtReturn] {
+    helperthreads::start([gate, &ranOn, &returned, &hadRunAtReturn] {
         const bool ran = gate->run([&ranOn] { ranOn = QThread::currentThread(); });
         hadRunAtReturn = ran && ranOn;
         returned = true;
@@ -61,7 +61,7 @@ void TestGuiGate::closedGateRunsNothing()
     bool hasRun = false;
     QVERIFY(!gate->run([&hasRun] { hasRun = true; }));
     QSemaphore done;
-    HelperThreads::start([gate, &hasRun, &done] {
+    helperthreads::start([gate, &hasRun, &done] {
         gate->run([&hasRun] { hasRun = true; });
         gate->post([&hasRun] { hasRun = true; });
         done.release();
@@ -78,7 +78,7 @@ void TestGuiGate::closingWakesAWaitingHelper()
     bool told = true;
     QSemaphore started;
     QSemaphore done;
-    HelperThreads::start([gate, &hasRun, &told, &started, &done] {
+    helperthreads::start([gate, &hasRun, &told, &started, &done] {
         started.release();
         told = gate->run([&hasRun] { hasRun = true; });
         done.release();
@@ -120,10 +120,10 @@ void TestGuiGate::postedWorkIsDroppedByClosing()
 void TestGuiGate::waitingForHelpersIsBounded()
 {
     const auto release = std::make_shared<QSemaphore>();
-    HelperThreads::start([release] { release->acquire(); });
-    QVERIFY(!HelperThreads::waitForAll(std::chrono::milliseconds(50)));
+    helperthreads::start([release] { release->acquire(); });
+    QVERIFY(!helperthreads::waitForAll(std::chrono::milliseconds(50)));
     release->release();
-    QVERIFY(HelperThreads::waitForAll(std::chrono::seconds(5)));
+    QVERIFY(helperthreads::waitForAll(std::chrono::seconds(5)));
 }
 
 void TestGuiGate::helpersDoNotQueue()
@@ -133,14 +133,14 @@ void TestGuiGate::helpersDoNotQueue()
     const auto running = std::make_shared<QSemaphore>();
     const auto release = std::make_shared<QSemaphore>();
     for (int i = 0; i < kHelpers; ++i) {
-        HelperThreads::start([running, release] {
+        helperthreads::start([running, release] {
             running->release();
             release->acquire();
         });
     }
     QVERIFY(running->tryAcquire(kHelpers, 10000));
     release->release(kHelpers);
-    QVERIFY(HelperThreads::waitForAll(std::chrono::seconds(10)));
+    QVERIFY(helperthreads::waitForAll(std::chrono::seconds(10)));
 }
 
 SCN_TEST(TestGuiGate, QCoreApplication)

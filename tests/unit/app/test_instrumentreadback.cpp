@@ -172,7 +172,7 @@ void TestInstrumentReadBack::searchEndsWithoutIdentity()
 void TestInstrumentReadBack::searchEndsWithoutConnection()
 {
     g_instrumentConnected = false;
-    m_instrument->visa().fail(FakeVisa::Operation::Open, VI_ERROR_CONN_LOST);
+    m_instrument->visa().fail(FakeVisa::Operation::Open, scn::visa::VI_ERROR_CONN_LOST);
     QVERIFY(!readBack().discover());
     QCOMPARE(m_instrument->takeLines(), QStringList());
     QCOMPARE(m_display->takeShown(), QStringList());

@@ -84,7 +84,7 @@ private:
 void TestLauncherOutput::init()
 {
     g_resourceName = QStringLiteral("TCPIP0::127.0.0.1::5025::SOCKET");
-    m_visa.fail(FakeVisa::Operation::Open, VI_ERROR_RSRC_NFOUND);
+    m_visa.fail(FakeVisa::Operation::Open, scn::visa::VI_ERROR_RSRC_NFOUND);
     g_instrumentConnected = false;
     g_instrumentId.clear();
 }
@@ -108,7 +108,7 @@ void TestLauncherOutput::withoutInstrumentTheLineComesWithTheEventLoop()
 {
     MainWidget window(nullptr);
     CapturedOutput output;
-    Startup::presentWindow(window);
+    scn::startup::presentWindow(window);
     QCOMPARE(output.flushed(), QByteArray());
     QTRY_COMPARE(output.flushed(), shownLine(window));
 }
@@ -118,7 +118,7 @@ void TestLauncherOutput::withAnInstrumentTheLineComesBeforeTheEventLoop()
     MainWidget window(nullptr);
     g_instrumentConnected = true;
     CapturedOutput output;
-    Startup::presentWindow(window);
+    scn::startup::presentWindow(window);
     QCOMPARE(written(output, shownLine(window)), shownLine(window));
     // The queued show finds the window shown.
     QCoreApplication::processEvents();

@@ -317,7 +317,8 @@ void TestLinkLoss::moduleOutOfASpoiltReplyIsForgotten()
 void TestLinkLoss::lossWhileThePagesComeUpLateCanBeRecovered()
 {
     TwoChannels bench;
-    bench.instrument().visa().fail(FakeVisa::Operation::Open, VI_ERROR_RSRC_NFOUND, 0, 1);
+    bench.instrument().visa().fail(FakeVisa::Operation::Open, scn::visa::VI_ERROR_RSRC_NFOUND, 0,
+                                   1);
     MainWidget& window = bench.open(WindowBench::AcquisitionRuns);
     window.show();
     bench.dropLinkAt("TRIG:SOUR?");

@@ -586,7 +586,7 @@ void TestMainWidget::withoutInstrumentThereIsOnlyTheOverlay()
     if (opens) {
         bench.instrument().setSilent(true);
     } else {
-        bench.instrument().visa().fail(FakeVisa::Operation::Open, VI_ERROR_RSRC_NFOUND);
+        bench.instrument().visa().fail(FakeVisa::Operation::Open, visa::VI_ERROR_RSRC_NFOUND);
     }
     MainWidget& window = bench.open();
     QVERIFY(!g_instrumentConnected);
@@ -611,7 +611,7 @@ void TestMainWidget::withoutInstrumentThereIsOnlyTheOverlay()
 void TestMainWidget::recoveryWithoutPagesCanFailAgainAndAgain()
 {
     TwoChannels bench;
-    bench.instrument().visa().fail(FakeVisa::Operation::Open, VI_ERROR_RSRC_NFOUND);
+    bench.instrument().visa().fail(FakeVisa::Operation::Open, visa::VI_ERROR_RSRC_NFOUND);
     bench.open().show();
     const auto* recovery = bench.reconnectView()->findChild<QPushButton*>();
     for (int round = 0; round < 3; ++round) {
@@ -630,7 +630,7 @@ void TestMainWidget::recoveryWithoutPagesCanFailAgainAndAgain()
 void TestMainWidget::lateInstrumentBringsThePagesUp()
 {
     TwoChannels bench;
-    bench.instrument().visa().fail(FakeVisa::Operation::Open, VI_ERROR_RSRC_NFOUND, 0, 1);
+    bench.instrument().visa().fail(FakeVisa::Operation::Open, visa::VI_ERROR_RSRC_NFOUND, 0, 1);
     MainWidget& window = bench.open();
     window.show();
     const QSignalSpy lastWindow(qApp, &QGuiApplication::lastWindowClosed);
@@ -737,7 +737,7 @@ void TestMainWidget::endOfTheWindowSilencesAReconnect()
     QTRY_COMPARE(asked.available(), 1);
     bench.close();
     closed.release();
-    QVERIFY(HelperThreads::waitForAll(std::chrono::seconds(10)));
+    QVERIFY(helperthreads::waitForAll(std::chrono::seconds(10)));
     QCOMPARE(bench.instrument().lines().last(), QStringLiteral("STAT:OPER:COND?"));
 }
 
@@ -784,9 +784,9 @@ void TestMainWidget::acquisitionThatForceDoesNotEndIsLeftBehind()
     const QPointer<ReadData> acquisition = ReadData::instance();
     bench.close();
     QVERIFY(acquisition && acquisition->isRunning());
-    QVERIFY(!HelperThreads::waitForAll(50ms));
+    QVERIFY(!helperthreads::waitForAll(50ms));
     isFree = true;
-    QVERIFY(HelperThreads::waitForAll(std::chrono::seconds(10)));
+    QVERIFY(helperthreads::waitForAll(std::chrono::seconds(10)));
     QVERIFY(acquisition->wait(10000));
     delete acquisition;
 }

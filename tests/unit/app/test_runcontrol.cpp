@@ -717,7 +717,8 @@ void TestRunControl::recoveryThatFailsCanBeTriedAgain()
     bench.open().show();
     bench.call("recvUseInstSlot");
     const auto* recovery = bench.reconnectView()->findChild<QPushButton*>();
-    bench.instrument().visa().fail(FakeVisa::Operation::Open, VI_ERROR_RSRC_NFOUND, 0, 2);
+    bench.instrument().visa().fail(FakeVisa::Operation::Open, scn::visa::VI_ERROR_RSRC_NFOUND, 0,
+                                   2);
     for (int round = 0; round < 2; ++round) {
         bench.clickRecovery();
         QVERIFY(!recovery->isVisible());
@@ -739,7 +740,7 @@ void TestRunControl::secondClickOnTheRecoveryIsIgnored()
     bench.clickRecovery();
     bench.call("recvLoadBtnSlot");
     QTRY_VERIFY_WITH_TIMEOUT(!bench.reconnectView()->isVisible(), 10000);
-    QVERIFY(HelperThreads::waitForAll(std::chrono::seconds(10)));
+    QVERIFY(scn::helperthreads::waitForAll(std::chrono::seconds(10)));
     QCOMPARE(bench.instrument().visa().calls().filter(QStringLiteral("viOpen(")).size(), 1);
     WindowBench::endAcquisition();
 }
@@ -759,7 +760,7 @@ void TestRunControl::keyboardStartsNothingUnderTheRecovery()
     }
     bench.startButton()->setFocus();
     QTest::keyClick(window.windowHandle(), Qt::Key_Space);
-    QVERIFY(HelperThreads::waitForAll(10s));
+    QVERIFY(scn::helperthreads::waitForAll(10s));
     QCoreApplication::processEvents();
     QVERIFY(bench.startButton()->text() == QStringLiteral("开始"));
     QCOMPARE(bench.takeLines(), QStringList());

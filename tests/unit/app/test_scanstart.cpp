@@ -96,7 +96,7 @@ private slots:
 
 void TestScanStart::cleanup()
 {
-    QVERIFY(HelperThreads::waitForAll(std::chrono::seconds(10)));
+    QVERIFY(scn::helperthreads::waitForAll(std::chrono::seconds(10)));
     CurveDataDB::shutdown();
     dataDirectory().removeRecursively();
 }

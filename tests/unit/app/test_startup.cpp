@@ -30,6 +30,8 @@
 #include <csignal>
 #include <memory>
 
+using namespace scn;
+
 namespace {
 
 /// Counts its show events.
@@ -80,7 +82,7 @@ void TestStartup::metaTypesAreRegisteredInOrder()
     for (const char* const name : names) {
         QCOMPARE(QMetaType::type(name), static_cast<int>(QMetaType::UnknownType));
     }
-    Startup::registerMetaTypes();
+    startup::registerMetaTypes();
     // Qt numbers the types in the order they come.
     int last = 0;
     for (const char* const name : names) {
@@ -98,7 +100,7 @@ void TestStartup::styleSheetOfTheBundleIsApplied()
 {
     initResources();
     QFile file(QStringLiteral(":/qss/styles.qss"));
-    Startup::applyStyleSheet(file);
+    startup::applyStyleSheet(file);
     QVERIFY(!file.isOpen());
     QVERIFY(qApp->styleSheet().contains(QLatin1String("QTabWidget")));
     QVERIFY(file.open(QIODevice::ReadOnly));
@@ -127,7 +129,7 @@ void TestStartup::styleSheetIsUtf8UpToTheFirstZeroByte()
     file.write(bytes);
     file.close();
     qApp->setStyleSheet(QStringLiteral("QLabel{}"));
-    Startup::applyStyleSheet(file);
+    startup::applyStyleSheet(file);
     QCOMPARE(qApp->styleSheet(), text);
     QVERIFY(!file.isOpen());
 }
@@ -137,7 +139,7 @@ void TestStartup::missingStyleSheetIsOneDebugLine()
     qApp->setStyleSheet(QStringLiteral("QLabel{}"));
     QFile file(QStringLiteral(":/qss/no-such.qss"));
     QTest::ignoreMessage(QtDebugMsg, "Failed to open style.qss: \"No such file or directory\"");
-    Startup::applyStyleSheet(file);
+    startup::applyStyleSheet(file);
     QCOMPARE(qApp->styleSheet(), QStringLiteral("QLabel{}"));
 }
 
@@ -145,7 +147,7 @@ void TestStartup::windowWithAnInstrumentIsShownAtOnce()
 {
     g_instrumentConnected = true;
     CountingWindow window;
-    Startup::presentWindow(window);
+    startup::presentWindow(window);
     QCOMPARE(window.pos(), QPoint(200, 200));
     QVERIFY(window.isVisible());
     QCOMPARE(window.shows, 1);
@@ -157,7 +159,7 @@ void TestStartup::windowWithAnInstrumentIsShownAtOnce()
 void TestStartup::windowWithoutInstrumentIsShownByTheEventLoop()
 {
     CountingWindow window;
-    Startup::presentWindow(window);
+    startup::presentWindow(window);
     QCOMPARE(window.pos(), QPoint(200, 200));
     QVERIFY(!window.isVisible());
     QTRY_VERIFY(window.isVisible());
@@ -168,7 +170,7 @@ void TestStartup::windowThatHasGoneIsNotShown()
 {
     auto window = std::make_unique<CountingWindow>();
     const QPointer<QWidget> alive(window.get());
-    Startup::presentWindow(*window);
+    startup::presentWindow(*window);
     window.reset();
     QCoreApplication::processEvents();
     QVERIFY(!alive);
@@ -176,7 +178,7 @@ void TestStartup::windowThatHasGoneIsNotShown()
 
 void TestStartup::closeInsideTheEventLoopDeletesNothing()
 {
-    scn::DeletionFilter filter;
+    DeletionFilter filter;
     QWidget window;
     window.setAttribute(Qt::WA_DeleteOnClose);
     window.installEventFilter(&filter);
@@ -191,7 +193,7 @@ void TestStartup::closeInsideTheEventLoopDeletesNothing()
 void TestStartup::writeToABrokenPipeFailsWithoutASignal()
 {
     std::signal(SIGPIPE, SIG_DFL);
-    Startup::ignoreBrokenPipes();
+    startup::ignoreBrokenPipes();
     int ends[2];
     QCOMPARE(::pipe(ends), 0);
     ::close(ends[0]);
@@ -206,7 +208,7 @@ void TestStartup::missingFontsAreDrawnInTheChineseOne()
     const QFontDatabase fonts;
     const QStringList chinese = fonts.families(QFontDatabase::SimplifiedChinese);
     QVERIFY(!chinese.isEmpty());
-    Startup::substituteFonts();
+    startup::substituteFonts();
     for (const QString& family :
          {QStringLiteral("Microsoft YaHei"), QStringLiteral("微软雅黑"), QStringLiteral("Arial")}) {
         const QString drawn = QFontInfo(QFont(family)).family();
@@ -223,7 +225,7 @@ void TestStartup::missingFontsAreDrawnInTheChineseOne()
 
 void TestStartup::menusOfTheLibraryAreChinese()
 {
-    Startup::loadTranslations(QLibraryInfo::location(QLibraryInfo::TranslationsPath));
+    startup::loadTranslations(QLibraryInfo::location(QLibraryInfo::TranslationsPath));
     QLineEdit edit;
     const std::unique_ptr<QMenu> menu(edit.createStandardContextMenu());
     QVERIFY(!menu->actions().isEmpty());
@@ -240,7 +242,7 @@ void TestStartup::missingTranslationIsOneLogLine()
     const QTemporaryDir directory;
     QTest::ignoreMessage(
         QtWarningMsg, qPrintable(QStringLiteral("未找到Qt中文翻译文件: %1").arg(directory.path())));
-    Startup::loadTranslations(directory.path());
+    startup::loadTranslations(directory.path());
 }
 
 SCN_TEST(TestStartup, QApplication)

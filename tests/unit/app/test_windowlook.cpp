@@ -60,9 +60,9 @@ void TestWindowLook::initTestCase()
     QFont font(QStringLiteral("Sans Serif"));
     font.setPixelSize(12);
     QApplication::setFont(font);
-    Startup::substituteFonts();
+    scn::startup::substituteFonts();
     QFile styleFile(QStringLiteral(":/qss/styles.qss"));
-    Startup::applyStyleSheet(styleFile);
+    scn::startup::applyStyleSheet(styleFile);
 }
 
 void TestWindowLook::formsFitWithoutScrollingSideways()

@@ -107,7 +107,7 @@ void WindowBench::endAcquisition()
 
 void WindowBench::settle()
 {
-    QVERIFY(HelperThreads::waitForAll(10s));
+    QVERIFY(helperthreads::waitForAll(10s));
     // A step that was posted may post one more.
     for (int round = 0; round < 3; ++round) {
         QCoreApplication::processEvents();

@@ -12,7 +12,7 @@
 inline const QString kTcpResource = QStringLiteral("TCPIP0::127.0.0.1::5025::SOCKET");
 
 /// The text that the scripted library has for a status without one of its own.
-inline QString statusName(ViStatus status)
+inline QString statusName(scn::visa::ViStatus status)
 {
     return QLatin1String("status 0x") + QString::number(static_cast<quint32>(status), 16)
                                             .toUpper()
@@ -22,6 +22,7 @@ inline QString statusName(ViStatus status)
 /// Rows with statuses that an operation may fail with, beyond those that have tests of their own.
 inline void addFailures()
 {
+    using namespace scn::visa;
     QTest::addColumn<ViStatus>("status");
     QTest::newRow("system error") << ViStatus(VI_ERROR_SYSTEM_ERROR);
     QTest::newRow("invalid session") << ViStatus(VI_ERROR_INV_OBJECT);

@@ -11,6 +11,8 @@
 #include <cstring>
 #include <string>
 
+using namespace scn::visa;
+
 namespace {
 
 constexpr ViSession kResourceManager = 77;

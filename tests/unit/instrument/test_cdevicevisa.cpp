@@ -8,6 +8,8 @@
 #include <memory>
 #include <thread>
 
+using namespace scn::visa;
+
 namespace {
 
 /// Succeeds with an invalid handle.
@@ -290,9 +292,9 @@ void TestCDeviceVisa::failedCloseDisconnectsAllTheSame()
 
 void TestCDeviceVisa::sessionWithoutHandleIsNotUsed()
 {
-    scn::visa::VisaTable lying = VisaBinding::table();
+    VisaTable lying = scn::visabinding::table();
     lying.viOpen = openNothing;
-    VisaBinding::setTable(&lying);
+    scn::visabinding::setTable(&lying);
     m_device->connectDevice(kTcpResource);
     m_fake->clearCalls();
     QCOMPARE(m_device->sendCommand(QStringLiteral("*IDN?"), 5000), QString());

@@ -7,6 +7,8 @@
 
 #include <algorithm>
 
+using namespace scn::visa;
+
 using scn::ExchangeResult;
 
 namespace {
@@ -257,9 +259,9 @@ void TestCDeviceVisaExchange::lateReplyIsTakenForTheNextOne()
 void TestCDeviceVisaExchange::countBeyondTheBufferIsNotBelieved()
 {
     connectDevice();
-    scn::visa::VisaTable lying = VisaBinding::table();
+    VisaTable lying = scn::visabinding::table();
     lying.viRead = readMoreThanThereIs;
-    VisaBinding::setTable(&lying);
+    scn::visabinding::setTable(&lying);
     QCOMPARE(m_device->sendCommand(QStringLiteral("R?"), 5000), QString(40959, QLatin1Char('r')));
     m_device.reset();
 }
@@ -267,9 +269,9 @@ void TestCDeviceVisaExchange::countBeyondTheBufferIsNotBelieved()
 void TestCDeviceVisaExchange::replyEndsAtItsCount()
 {
     connectDevice();
-    scn::visa::VisaTable dirty = VisaBinding::table();
+    VisaTable dirty = scn::visabinding::table();
     dirty.viRead = readIntoDirt;
-    VisaBinding::setTable(&dirty);
+    scn::visabinding::setTable(&dirty);
     QCOMPARE(m_device->sendCommand(QStringLiteral("R?"), 5000), QStringLiteral("rrr"));
     m_device.reset();
 }

@@ -74,7 +74,7 @@ void TestCDeviceVisaThreads::signalsComeUnderTheMutexOnTheCallingThread()
     connect(m_device.get(), &CDeviceVisa::errorOccurred, this, check, Qt::DirectConnection);
     m_device->sendCommand(QStringLiteral("*CLS"), 5000);
     m_device->sendCommand(QStringLiteral("X?"), 5000);
-    m_fake->fail(FakeVisa::Operation::Open, VI_ERROR_IO);
+    m_fake->fail(FakeVisa::Operation::Open, scn::visa::VI_ERROR_IO);
     m_device->connectDevice(kTcpResource);
     m_device->sendCommand(QStringLiteral("X?"), 5000);
     QCOMPARE(seen, 4);
@@ -228,7 +228,7 @@ void TestCDeviceVisaThreads::connectingAndSendingOnManyThreads()
         thread.join();
     }
     QCOMPARE(strange.load(), 0);
-    QCOMPARE(m_fake->openSessions(), QList<ViSession>());
+    QCOMPARE(m_fake->openSessions(), QList<scn::visa::ViSession>());
 }
 
 SCN_TEST(TestCDeviceVisaThreads, QCoreApplication)

@@ -53,12 +53,12 @@ private slots:
 
 void TestInstrumentLink::initTestCase()
 {
-    VisaBinding::setTable(&scn::visa::providerVisaTable());
+    scn::visabinding::setTable(&scn::visa::providerVisaTable());
 }
 
 void TestInstrumentLink::cleanupTestCase()
 {
-    VisaBinding::setTable(nullptr);
+    scn::visabinding::setTable(nullptr);
 }
 
 void TestInstrumentLink::exchangeOverTcp()

@@ -33,9 +33,9 @@ const QStringList& providerAnswers()
     return answers;
 }
 
-ViStatus SCN_VISA_CALL refuse(ViSession*)
+scn::visa::ViStatus SCN_VISA_CALL refuse(scn::visa::ViSession*)
 {
-    return VI_ERROR_SYSTEM_ERROR;
+    return scn::visa::VI_ERROR_SYSTEM_ERROR;
 }
 
 } // namespace
@@ -80,18 +80,18 @@ void TestVisaBinding::providerServesWhereThereIsNone()
 
 void TestVisaBinding::anotherTableCanBePutThere()
 {
-    const scn::visa::VisaTable& found = VisaBinding::table();
-    QCOMPARE(&VisaBinding::table(), &found);
+    const scn::visa::VisaTable& found = scn::visabinding::table();
+    QCOMPARE(&scn::visabinding::table(), &found);
     scn::visa::VisaTable other = scn::visa::providerVisaTable();
     other.viOpenDefaultRM = refuse;
-    VisaBinding::setTable(&other);
-    QCOMPARE(&VisaBinding::table(), &std::as_const(other));
+    scn::visabinding::setTable(&other);
+    QCOMPARE(&scn::visabinding::table(), &std::as_const(other));
     CDeviceVisa device(nullptr);
     QCOMPARE(device.lastError(),
              QStringLiteral("VISA 初始化失败: "
                             "VI_ERROR_SYSTEM_ERROR: the operating system reported a failure"));
-    VisaBinding::setTable(nullptr);
-    QCOMPARE(&VisaBinding::table(), &found);
+    scn::visabinding::setTable(nullptr);
+    QCOMPARE(&scn::visabinding::table(), &found);
 }
 
 SCN_TEST(TestVisaBinding, QCoreApplication)

@@ -454,8 +454,8 @@ void TestGraphicSettingWidget::seriesThatWereRefusedAreRegisteredWhenTheStoreIsB
     QVERIFY(store.refusesReadings());
     QVERIFY(inTheWay.remove());
     // The store, too, looks again after a while only.
-    setStoreClock([] { return QDateTime::currentMSecsSinceEpoch() + 10000; });
-    const auto resetClock = qScopeGuard([] { setStoreClock(nullptr); });
+    scn::setStoreClock([] { return QDateTime::currentMSecsSinceEpoch() + 10000; });
+    const auto resetClock = qScopeGuard([] { scn::setStoreClock(nullptr); });
 
     // It is asked from time to time, not with each batch.
     const auto isBack = [&ids] {

@@ -33,7 +33,7 @@ QVector<QPointF> ramp(qint64 start, int size, qint64 step)
 
 ReadScene::ReadScene()
 {
-    setStoreClock(&presentTime);
+    scn::setStoreClock(&presentTime);
     // Curves already in the file are registered without the pause for a new name.
     DayFileWriter file(pathOf(QStringLiteral("20260305")));
     for (int curveId = 1; curveId <= kCurves; ++curveId) {
@@ -51,7 +51,7 @@ ReadScene::~ReadScene()
 {
     m_store.reset();
     ConnectionPool::instance().closeForExit(QDeadlineTimer(kCloseMs));
-    setStoreClock(nullptr);
+    scn::setStoreClock(nullptr);
 }
 
 QString ReadScene::pathOf(const QString& day) const

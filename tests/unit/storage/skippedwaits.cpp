@@ -28,12 +28,12 @@ std::chrono::milliseconds skip(std::chrono::milliseconds wait)
 SkippedWaits::SkippedWaits()
 {
     forget();
-    setStoreWait(&skip);
+    scn::setStoreWait(&skip);
 }
 
 SkippedWaits::~SkippedWaits()
 {
-    setStoreWait(nullptr);
+    scn::setStoreWait(nullptr);
     setRule({});
 }
 

@@ -135,7 +135,7 @@ private:
 void TestCurveSeriesData::initTestCase()
 {
     QVERIFY(m_directory.isValid());
-    setStoreClock(&presentTime);
+    scn::setStoreClock(&presentTime);
     // Curves already in the file are registered without the pause for a new name.
     {
         DayFileWriter file(todayPath());
@@ -150,7 +150,7 @@ void TestCurveSeriesData::cleanupTestCase()
 {
     m_store.reset();
     ConnectionPool::instance().closeForExit(QDeadlineTimer(2000));
-    setStoreClock(nullptr);
+    scn::setStoreClock(nullptr);
 }
 
 std::unique_ptr<CurveSeriesData> TestCurveSeriesData::makeSeries()

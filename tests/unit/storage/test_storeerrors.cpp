@@ -72,7 +72,7 @@ private:
 
 void TestStoreErrors::cleanupTestCase()
 {
-    setStoreClock(nullptr);
+    scn::setStoreClock(nullptr);
     m_zone.reset();
 }
 

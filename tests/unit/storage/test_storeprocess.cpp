@@ -48,7 +48,7 @@ int playWriter(const QString& directory)
     const SkippedWaits waits;
     CurveDataDB* store = CurveDataDB::instance(directory);
     const int id = store->registerCurve(one("101(V)"));
-    qint64 time = storeNow() - 60000;
+    qint64 time = scn::storeNow() - 60000;
     for (;;) {
         store->appendPoint(id, ++time, 1.0);
         say(QString::number(time));
@@ -58,7 +58,7 @@ int playWriter(const QString& directory)
 int playOrderlyEnd(const QString& directory)
 {
     CurveDataDB* store = CurveDataDB::instance(directory);
-    store->appendPoint(store->registerCurve(one("101(V)")), storeNow() - 1000, 1.0);
+    store->appendPoint(store->registerCurve(one("101(V)")), scn::storeNow() - 1000, 1.0);
     QElapsedTimer timer;
     timer.start();
     CurveDataDB::shutdown();
@@ -69,7 +69,7 @@ int playOrderlyEnd(const QString& directory)
 int playEndWithoutShutdown(const QString& directory)
 {
     CurveDataDB* store = CurveDataDB::instance(directory);
-    store->appendPoint(store->registerCurve(one("101(V)")), storeNow() - 1000, 1.0);
+    store->appendPoint(store->registerCurve(one("101(V)")), scn::storeNow() - 1000, 1.0);
     return 0;
 }
 
@@ -124,7 +124,7 @@ int playBusyEnd(const QString& directory)
         std::thread([store] {
             for (int id = 0; id >= 0;) { // until the store is closed
                 id = store->registerCurve(QString::number(++round));
-                store->appendPoint(id, storeNow() - 1000, 1.0);
+                store->appendPoint(id, scn::storeNow() - 1000, 1.0);
             }
         }).detach();
     }

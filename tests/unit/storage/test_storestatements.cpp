@@ -39,7 +39,7 @@ class TestStoreStatements : public QObject
 private slots:
     void init();
     void cleanup();
-    void cleanupTestCase() { setStoreClock(nullptr); }
+    void cleanupTestCase() { scn::setStoreClock(nullptr); }
 
     void writerIsSetUp();
     void writerWithoutALogIsSetUp();

@@ -14,7 +14,7 @@ class TestStoreTime : public QObject
 
 private slots:
     void initTestCase();
-    void cleanupTestCase() { setStoreClock(nullptr); }
+    void cleanupTestCase() { scn::setStoreClock(nullptr); }
 
     void sixHourEdges();
     void midnight();

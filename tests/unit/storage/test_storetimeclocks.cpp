@@ -17,7 +17,7 @@ class TestStoreTimeClocks : public QObject
 
 private slots:
     void initTestCase();
-    void cleanupTestCase() { setStoreClock(nullptr); }
+    void cleanupTestCase() { scn::setStoreClock(nullptr); }
 
     void computerSetBackByAnHour();
     void computerSetBackOverMidnight();

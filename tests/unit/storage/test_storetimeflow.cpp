@@ -53,7 +53,7 @@ class TestStoreTimeFlow : public QObject
     Q_OBJECT
 
 private slots:
-    void cleanupTestCase() { setStoreClock(nullptr); }
+    void cleanupTestCase() { scn::setStoreClock(nullptr); }
 
     void skippedHourIsDropped();
     void hourThatComesTwiceCollides();

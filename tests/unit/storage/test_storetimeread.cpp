@@ -86,7 +86,7 @@ class TestStoreTimeRead : public QObject
     Q_OBJECT
 
 private slots:
-    void cleanupTestCase() { setStoreClock(nullptr); }
+    void cleanupTestCase() { scn::setStoreClock(nullptr); }
 
     void hourOnEitherSideOfMidnight_data();
     void hourOnEitherSideOfMidnight();

@@ -9,6 +9,8 @@
 #include <QTemporaryDir>
 #include <QtTest>
 
+using namespace scn;
+
 // The real lengths of the store's waits, which the other tests do without.
 
 using std::chrono::milliseconds;

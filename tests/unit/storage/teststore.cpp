@@ -21,7 +21,7 @@ qint64 presentTime()
 void setPresent(qint64 timestamp)
 {
     g_present = timestamp;
-    setStoreClock(&presentTime);
+    scn::setStoreClock(&presentTime);
 }
 
 void advancePresent(qint64 milliseconds)

@@ -4,6 +4,8 @@
 
 #include <QByteArray>
 
+namespace scn::visa {
+
 struct ReadOutcome
 {
     ViStatus status;
@@ -55,9 +57,11 @@ public:
     ViStatus close() { return m_visa.viClose(m_session); }
 
 private:
-    const scn::visa::VisaTable& m_visa = scn::visa::providerVisaTable();
+    const VisaTable& m_visa = providerVisaTable();
     ViSession m_resourceManager = 0;
     ViSession m_session = 0;
     ViStatus m_openStatus = VI_SUCCESS;
     ViUInt32 m_sent = 0;
 };
+
+} // namespace scn::visa

@@ -13,6 +13,8 @@
 
 #include <thread>
 
+using namespace scn::visa;
+
 namespace {
 
 constexpr qint64 kExactMs = 20;
