@@ -3,6 +3,7 @@
 #include <QDebug>
 #include <QRegularExpression>
 
+namespace scnlauncher {
 namespace {
 
 /// The child gives each of its two threads 5 s before it terminates them.
@@ -62,3 +63,5 @@ void ChildProgram::handleLine(const QString& line)
         emit lineReceived(line);
     }
 }
+
+} // namespace scnlauncher

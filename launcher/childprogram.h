@@ -5,6 +5,8 @@
 #include <QObject>
 #include <QProcess>
 
+namespace scnlauncher {
+
 /// The control program as the launcher's child: its argument is the VISA resource, its standard
 /// streams carry the launcher channel (docs/launcher.md).
 class ChildProgram : public QObject
@@ -41,3 +43,5 @@ private:
     QProcess m_process;
     QByteArray m_pending;
 };
+
+} // namespace scnlauncher

@@ -5,6 +5,8 @@
 #include <QVBoxLayout>
 #include <QWindow>
 
+namespace scnlauncher {
+
 LauncherWindow::LauncherWindow()
     : m_layout(new QVBoxLayout(this))
     , m_content(new QLabel(tr("正在启动..."), this))
@@ -38,3 +40,5 @@ void LauncherWindow::closeEvent(QCloseEvent* event)
     emit closing();
     event->accept();
 }
+
+} // namespace scnlauncher

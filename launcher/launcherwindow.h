@@ -4,6 +4,8 @@
 
 class QVBoxLayout;
 
+namespace scnlauncher {
+
 /// The launcher's window. It embeds the child's frameless window by its native handle.
 class LauncherWindow : public QWidget
 {
@@ -28,3 +30,5 @@ private:
     QWidget* m_content;
     qulonglong m_handle = 0;
 };
+
+} // namespace scnlauncher

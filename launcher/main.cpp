@@ -8,12 +8,14 @@
 
 #include <cstdio>
 
+using namespace scnlauncher;
+
 namespace {
 
 constexpr int kWidth = 1500;
 constexpr int kHeight = 900;
 
-struct Options
+struct LauncherOptions
 {
     QString program;
     QString simulator;
@@ -26,7 +28,7 @@ QString besideLauncher(const QString& name)
     return QCoreApplication::applicationDirPath() + QLatin1Char('/') + name;
 }
 
-Options parseOptions(const QApplication& application)
+LauncherOptions parseOptions(const QApplication& application)
 {
     QCommandLineParser parser;
     parser.setApplicationDescription(QStringLiteral(
@@ -54,7 +56,7 @@ Options parseOptions(const QApplication& application)
                                  QStringLiteral("[RESOURCE]"));
     parser.process(application);
 
-    Options options;
+    LauncherOptions options;
     options.program = parser.value(program);
     options.simulator = parser.value(simulator);
     options.resource = parser.positionalArguments().value(0);
@@ -73,7 +75,7 @@ Options parseOptions(const QApplication& application)
 int main(int argc, char* argv[])
 {
     QApplication application(argc, argv);
-    Options options = parseOptions(application);
+    LauncherOptions options = parseOptions(application);
     quitOnSignals();
 
     SimulatorProcess simulator;

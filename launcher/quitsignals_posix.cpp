@@ -7,6 +7,8 @@
 
 #include <csignal>
 
+namespace scnlauncher {
+
 // Other systems notify a console program differently (Windows: SetConsoleCtrlHandler).
 
 namespace {
@@ -34,3 +36,5 @@ void quitOnSignals()
     std::signal(SIGINT, onSignal);
     std::signal(SIGTERM, onSignal);
 }
+
+} // namespace scnlauncher

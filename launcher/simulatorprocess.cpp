@@ -1,5 +1,6 @@
 #include "launcher/simulatorprocess.h"
 
+namespace scnlauncher {
 namespace {
 
 constexpr int kReadyWaitMs = 10000;
@@ -36,3 +37,5 @@ QString SimulatorProcess::start(const QString& path, const QStringList& argument
     }
     return line.mid(6);
 }
+
+} // namespace scnlauncher

@@ -4,6 +4,8 @@
 #include <QString>
 #include <QStringList>
 
+namespace scnlauncher {
+
 /// A simulated instrument that runs for the lifetime of this object.
 class SimulatorProcess
 {
@@ -20,3 +22,5 @@ private:
     QProcess m_process;
     QString m_errorText;
 };
+
+} // namespace scnlauncher

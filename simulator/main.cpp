@@ -27,7 +27,7 @@ DateTime localTimeNow()
     return dateTime(*std::localtime(&seconds), static_cast<int>(sinceEpoch.count() % 1000));
 }
 
-InstrumentSetup setupFrom(const Options& options)
+InstrumentSetup setupFrom(const SimulatorOptions& options)
 {
     InstrumentSetup setup;
     setup.modules = options.modules;
@@ -44,7 +44,8 @@ int fail(const std::string& error, int code)
     return code;
 }
 
-bool openPorts(Server& server, ControlService& control, const Options& options, std::string& error)
+bool openPorts(Server& server, ControlService& control, const SimulatorOptions& options,
+               std::string& error)
 {
     return (!options.tcpPort || server.listenTcp(*options.tcpPort, error)) &&
            (options.terminalLink.empty() ||
@@ -52,7 +53,7 @@ bool openPorts(Server& server, ControlService& control, const Options& options, 
            (!options.controlPort || server.listenControl(control, *options.controlPort, error));
 }
 
-void tellPorts(const Server& server, const Options& options)
+void tellPorts(const Server& server, const SimulatorOptions& options)
 {
     for (const std::string& resource : server.resources()) {
         std::printf("READY %s\n", resource.c_str());
@@ -67,7 +68,7 @@ void tellPorts(const Server& server, const Options& options)
 
 int main(int argc, char** argv)
 {
-    Options options;
+    SimulatorOptions options;
     std::string error;
     if (!parseOptions(std::vector<std::string>(argv + 1, argv + argc), options, error)) {
         return fail(error, kBadOptions);

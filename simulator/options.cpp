@@ -39,7 +39,7 @@ std::vector<std::string> split(const std::string& text, char separator)
     return pieces;
 }
 
-bool parseTcp(const std::string& text, Options& options)
+bool parseTcp(const std::string& text, SimulatorOptions& options)
 {
     std::uint16_t port = 0;
     if (!parseNumber<std::uint16_t>(text, 0, 65535, port)) {
@@ -49,19 +49,19 @@ bool parseTcp(const std::string& text, Options& options)
     return true;
 }
 
-bool parseTerminal(const std::string& text, Options& options)
+bool parseTerminal(const std::string& text, SimulatorOptions& options)
 {
     options.terminalLink = text;
     return !text.empty();
 }
 
-bool parseBaud(const std::string& text, Options& options)
+bool parseBaud(const std::string& text, SimulatorOptions& options)
 {
     return parseNumber(text, kLowestBaud, kHighestBaud, options.baud);
 }
 
 /// "1:1,2:8": slot and module type. Empty: a mainframe without modules.
-bool parseSlots(const std::string& text, Options& options)
+bool parseSlots(const std::string& text, SimulatorOptions& options)
 {
     options.modules.clear();
     if (text.empty()) {
@@ -81,7 +81,7 @@ bool parseSlots(const std::string& text, Options& options)
 }
 
 /// Four non-empty fields and no blanks: clients find the serial number by its position.
-bool parseIdentity(const std::string& text, Options& options)
+bool parseIdentity(const std::string& text, SimulatorOptions& options)
 {
     const std::vector<std::string> fields = split(text, ',');
     const bool plain =
@@ -92,7 +92,7 @@ bool parseIdentity(const std::string& text, Options& options)
     return plain && complete && fields.size() == 4;
 }
 
-bool parseRate(const std::string& text, Options& options)
+bool parseRate(const std::string& text, SimulatorOptions& options)
 {
     double rate = 0;
     if (!parseNumber(text, 0.001, kHighestRate, rate)) {
@@ -102,12 +102,12 @@ bool parseRate(const std::string& text, Options& options)
     return true;
 }
 
-bool parseSeed(const std::string& text, Options& options)
+bool parseSeed(const std::string& text, SimulatorOptions& options)
 {
     return parseNumber<std::uint64_t>(text, 0, UINT64_MAX, options.seed);
 }
 
-bool parseOpenChannels(const std::string& text, Options& options)
+bool parseOpenChannels(const std::string& text, SimulatorOptions& options)
 {
     for (const std::string& piece : split(text, ',')) {
         int channel = 0;
@@ -119,13 +119,13 @@ bool parseOpenChannels(const std::string& text, Options& options)
     return true;
 }
 
-bool parseTranscript(const std::string& text, Options& options)
+bool parseTranscript(const std::string& text, SimulatorOptions& options)
 {
     options.transcriptPath = text;
     return !text.empty();
 }
 
-bool parseControl(const std::string& text, Options& options)
+bool parseControl(const std::string& text, SimulatorOptions& options)
 {
     std::uint16_t port = 0;
     if (!parseNumber<std::uint16_t>(text, 0, 65535, port)) {
@@ -135,7 +135,7 @@ bool parseControl(const std::string& text, Options& options)
     return true;
 }
 
-bool parseFaultOption(const std::string& text, Options& options)
+bool parseFaultOption(const std::string& text, SimulatorOptions& options)
 {
     Fault fault;
     std::string reason;
@@ -156,18 +156,18 @@ std::string faultReason(const std::string& text)
 }
 
 /// Everything about one option.
-struct OptionRow
+struct CommandLineOption
 {
     const char* name;
     const char* value;
     const char* help;
     const char* wanted;
-    bool (*parse)(const std::string&, Options&);
+    bool (*parse)(const std::string&, SimulatorOptions&);
     /// Says what is wrong with a refused value; null where it shows.
     std::string (*reason)(const std::string&) = nullptr;
 };
 
-constexpr OptionRow kOptions[] = {
+constexpr CommandLineOption kOptions[] = {
     {"--tcp", "PORT", "serve on 127.0.0.1:PORT; 0 picks a free port", "a port from 0 to 65535",
      parseTcp},
     {"--pty", "LINK",
@@ -203,12 +203,12 @@ constexpr OptionRow kOptions[] = {
 
 constexpr std::size_t kHelpColumn = 22;
 
-std::string wantedText(const OptionRow& row)
+std::string wantedText(const CommandLineOption& row)
 {
     return std::string(row.name) + " wants " + row.wanted;
 }
 
-void parseValue(const OptionRow& row, const std::string& value, Options& options)
+void parseValue(const CommandLineOption& row, const std::string& value, SimulatorOptions& options)
 {
     if (row.parse(value, options)) {
         return;
@@ -224,7 +224,7 @@ void parseValue(const OptionRow& row, const std::string& value, Options& options
 class CommandLine
 {
 public:
-    explicit CommandLine(Options& options)
+    explicit CommandLine(SimulatorOptions& options)
         : m_app("A simulated SCN4070A. Prints \"READY <VISA resource>\" for each port when it "
                 "serves.",
                 "scn4070a-sim")
@@ -232,7 +232,7 @@ public:
         m_app.set_help_flag();
         m_app.allow_extras();
         m_app.get_formatter()->column_width(kHelpColumn);
-        for (const OptionRow& row : kOptions) {
+        for (const CommandLineOption& row : kOptions) {
             const auto take = [&row, &options](const CLI::results_t& values) {
                 for (const std::string& value : values) {
                     parseValue(row, value, options);
@@ -264,14 +264,16 @@ private:
 std::string missingValueText(const std::string& argument)
 {
     const std::string name = split(argument, '=').front();
-    const auto* const row = std::find_if(std::begin(kOptions), std::end(kOptions),
-                                         [&](const OptionRow& r) { return name == r.name; });
+    const auto* const row =
+        std::find_if(std::begin(kOptions), std::end(kOptions),
+                     [&](const CommandLineOption& r) { return name == r.name; });
     return row == std::end(kOptions) ? argument : wantedText(*row);
 }
 
 } // namespace
 
-bool parseOptions(const std::vector<std::string>& arguments, Options& options, std::string& error)
+bool parseOptions(const std::vector<std::string>& arguments, SimulatorOptions& options,
+                  std::string& error)
 {
     try {
         CommandLine(options).parse(arguments);
@@ -290,7 +292,7 @@ bool parseOptions(const std::vector<std::string>& arguments, Options& options, s
 
 std::string usageText()
 {
-    Options options;
+    SimulatorOptions options;
     return CommandLine(options).help();
 }
 

@@ -12,7 +12,7 @@
 namespace scnsim {
 
 /// The settings from the command line.
-struct Options
+struct SimulatorOptions
 {
     bool help = false;
     /// None: no TCP port. Without a port and a pseudo-terminal it is the instruments' usual port.
@@ -33,7 +33,8 @@ struct Options
 
 /// Parses the arguments that follow the program's name.
 /// @return false with a text in error
-bool parseOptions(const std::vector<std::string>& arguments, Options& options, std::string& error);
+bool parseOptions(const std::vector<std::string>& arguments, SimulatorOptions& options,
+                  std::string& error);
 
 /// The text for --help.
 std::string usageText();

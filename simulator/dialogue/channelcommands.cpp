@@ -13,7 +13,7 @@ constexpr std::size_t kLongestUnit = 8;
 
 /// Joins the answers of several channels.
 template <typename Answer>
-Outcome forEachChannel(Session& s, Arguments& a, const Answer& answerOf)
+CommandResult forEachChannel(CommandContext& s, Arguments& a, const Answer& answerOf)
 {
     const std::vector<int> channels = a.channels(s.instrument);
     if (!a.ok()) {
@@ -55,7 +55,7 @@ std::optional<Function> functionNamed(const std::string& name)
     return std::nullopt;
 }
 
-Outcome setFunction(Session& s, Arguments& a)
+CommandResult setFunction(CommandContext& s, Arguments& a)
 {
     // No function name exceeds the longest text the instrument takes.
     const std::optional<Function> function = functionNamed(a.text(kLongestLabel));
@@ -67,7 +67,7 @@ Outcome setFunction(Session& s, Arguments& a)
                     : refuse(ErrorCode::IllegalParameterValue);
 }
 
-Outcome function(Session& s, Arguments& a)
+CommandResult function(CommandContext& s, Arguments& a)
 {
     return forEachChannel(s, a, [](const ChannelSettings& c) {
         return quoted(shortName(functionInfo(c.function).spelling));
@@ -76,7 +76,7 @@ Outcome function(Session& s, Arguments& a)
 
 /// The kind of sensor a temperature function uses, the same for two and four wires; a channel that
 /// measures no temperature answers as for a thermocouple.
-Outcome transducerType(Session& s, Arguments& a)
+CommandResult transducerType(CommandContext& s, Arguments& a)
 {
     return forEachChannel(s, a, [](const ChannelSettings& c) -> std::string {
         switch (c.function) {
@@ -92,7 +92,7 @@ Outcome transducerType(Session& s, Arguments& a)
     });
 }
 
-Outcome setLabel(Session& s, Arguments& a)
+CommandResult setLabel(CommandContext& s, Arguments& a)
 {
     const std::string label = a.text(kLongestLabel);
     const std::vector<int> channels = a.channels(s.instrument);
@@ -103,13 +103,13 @@ Outcome setLabel(Session& s, Arguments& a)
     return done();
 }
 
-Outcome label(Session& s, Arguments& a)
+CommandResult label(CommandContext& s, Arguments& a)
 {
     return forEachChannel(s, a, [](const ChannelSettings& c) { return quoted(c.label); });
 }
 
 /// A unit becomes part of each reading, so it must not contain a separator.
-Outcome setScaledUnit(Session& s, Arguments& a)
+CommandResult setScaledUnit(CommandContext& s, Arguments& a)
 {
     const std::string unit = a.text(kLongestUnit);
     const std::vector<int> channels = a.channels(s.instrument);
@@ -123,7 +123,7 @@ Outcome setScaledUnit(Session& s, Arguments& a)
     return done();
 }
 
-Outcome scaledUnit(Session& s, Arguments& a)
+CommandResult scaledUnit(CommandContext& s, Arguments& a)
 {
     return forEachChannel(s, a, [](const ChannelSettings& c) { return quoted(c.scaledUnit); });
 }
@@ -139,7 +139,7 @@ using O = Option;
 
 /// Some settings have more than one header: the lowest frequency of period and frequency, and the
 /// diode, which is "DIOD" as a function and "DIDD" as a header.
-constexpr OptionRow kOptions[] = {
+constexpr OptionHeader kOptions[] = {
     {"[SENSe:]VOLTage[:DC]:RANGe", O::VoltDcRange},
     {"[SENSe:]VOLTage[:DC]:RANGe:AUTO", O::VoltDcRangeAuto},
     {"[SENSe:]VOLTage:AC:RANGe", O::VoltAcRange},
@@ -243,23 +243,23 @@ Facts<CommandRow> channelCommands()
     return kCommands;
 }
 
-Facts<OptionRow> optionHeaders()
+Facts<OptionHeader> optionHeaders()
 {
     return kOptions;
 }
 
-Outcome setOption(Session& session, Arguments& arguments, Option option)
+CommandResult setOption(CommandContext& context, Arguments& arguments, Option option)
 {
     const double value = takeValue(arguments, optionInfo(option));
-    const std::vector<int> channels = arguments.channels(session.instrument);
-    return arguments.ok() ? outcomeOf(session.instrument.setOption(channels, option, value))
+    const std::vector<int> channels = arguments.channels(context.instrument);
+    return arguments.ok() ? outcomeOf(context.instrument.setOption(channels, option, value))
                           : refuse(arguments.error());
 }
 
-Outcome queryOption(Session& session, Arguments& arguments, Option option)
+CommandResult queryOption(CommandContext& context, Arguments& arguments, Option option)
 {
     const OptionInfo& info = optionInfo(option);
-    return forEachChannel(session, arguments, [&info](const ChannelSettings& c) {
+    return forEachChannel(context, arguments, [&info](const ChannelSettings& c) {
         return valueText(info, c.value(info.option));
     });
 }

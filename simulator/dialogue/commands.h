@@ -17,7 +17,7 @@ struct StatusRegisters
 };
 
 /// What a command acts on.
-struct Session
+struct CommandContext
 {
     Instrument& instrument;
     ErrorQueue& errors;
@@ -27,46 +27,46 @@ struct Session
 };
 
 /// The outcome of a command or query.
-struct Outcome
+struct CommandResult
 {
     ErrorCode error = ErrorCode::None;
     std::optional<std::string> answer;
 };
 
-inline Outcome done()
+inline CommandResult done()
 {
     return {};
 }
-inline Outcome refuse(ErrorCode error)
+inline CommandResult refuse(ErrorCode error)
 {
     return {error, std::nullopt};
 }
-inline Outcome outcomeOf(Refusal refusal)
+inline CommandResult outcomeOf(Refusal refusal)
 {
     return refuse(errorFor(refusal));
 }
-inline Outcome answer(std::string text)
+inline CommandResult answer(std::string text)
 {
     return {ErrorCode::None, std::move(text)};
 }
 
-using Handler = Outcome (*)(Session&, Arguments&);
+using Handler = CommandResult (*)(CommandContext&, Arguments&);
 
 /// The handler of a query that takes no parameters.
-template <std::string (*Text)(Session&)>
-Outcome ask(Session& session, Arguments& arguments)
+template <std::string (*Text)(CommandContext&)>
+CommandResult ask(CommandContext& context, Arguments& arguments)
 {
-    return arguments.ok() ? answer(Text(session)) : refuse(arguments.error());
+    return arguments.ok() ? answer(Text(context)) : refuse(arguments.error());
 }
 
 /// The handler of a command that takes no parameters.
-template <void (*Action)(Session&)>
-Outcome perform(Session& session, Arguments& arguments)
+template <void (*Action)(CommandContext&)>
+CommandResult perform(CommandContext& context, Arguments& arguments)
 {
     if (!arguments.ok()) {
         return refuse(arguments.error());
     }
-    Action(session);
+    Action(context);
     return done();
 }
 
@@ -80,7 +80,7 @@ struct CommandRow
 };
 
 /// A header that sets and queries one numeric channel setting.
-struct OptionRow
+struct OptionHeader
 {
     const char* spelling;
     Option option;
@@ -91,12 +91,12 @@ Facts<CommandRow> commonCommands();
 Facts<CommandRow> systemCommands();
 Facts<CommandRow> channelCommands();
 Facts<CommandRow> scanCommands();
-Facts<OptionRow> optionHeaders();
+Facts<OptionHeader> optionHeaders();
 
 /// Sets a channel option from a value and a channel list.
-Outcome setOption(Session& session, Arguments& arguments, Option option);
+CommandResult setOption(CommandContext& context, Arguments& arguments, Option option);
 
 /// Answers a channel option for each channel of a list, separated by commas.
-Outcome queryOption(Session& session, Arguments& arguments, Option option);
+CommandResult queryOption(CommandContext& context, Arguments& arguments, Option option);
 
 } // namespace scnsim

@@ -10,47 +10,47 @@ constexpr unsigned kErrorsWaiting = 0x04;
 constexpr unsigned kEventSummary = 0x20;
 constexpr unsigned kMasterSummary = 0x40;
 
-void clearStatus(Session& s)
+void clearStatus(CommandContext& s)
 {
     s.errors.clear();
     s.status.eventStatus = 0;
     s.instrument.clearOperationEvents();
 }
 
-std::string identity(Session& s)
+std::string identity(CommandContext& s)
 {
     return s.identity;
 }
 
-void reset(Session& s)
+void reset(CommandContext& s)
 {
     s.instrument.reset();
 }
 
-void markComplete(Session& s)
+void markComplete(CommandContext& s)
 {
     s.status.eventStatus |= kOperationComplete;
 }
 
 /// Every command is carried out at once, so there is never anything to wait for.
-std::string allComplete(Session&)
+std::string allComplete(CommandContext&)
 {
     return "1";
 }
-void wait(Session&) {}
+void wait(CommandContext&) {}
 
-std::string testPassed(Session&)
+std::string testPassed(CommandContext&)
 {
     return signedInteger(0);
 }
 
-Outcome triggerBus(Session& s, Arguments& a)
+CommandResult triggerBus(CommandContext& s, Arguments& a)
 {
     return a.ok() ? outcomeOf(s.instrument.scan().trigger(TriggerSource::Bus, 0, s.now))
                   : refuse(a.error());
 }
 
-std::string takeEventStatus(Session& s)
+std::string takeEventStatus(CommandContext& s)
 {
     const unsigned events = s.status.eventStatus;
     s.status.eventStatus = 0;
@@ -58,7 +58,7 @@ std::string takeEventStatus(Session& s)
 }
 
 template <unsigned StatusRegisters::*Register>
-Outcome setRegister(Session& s, Arguments& a)
+CommandResult setRegister(CommandContext& s, Arguments& a)
 {
     const int bits = a.integer(0, 255);
     if (!a.ok()) {
@@ -69,12 +69,12 @@ Outcome setRegister(Session& s, Arguments& a)
 }
 
 template <unsigned StatusRegisters::*Register>
-std::string registerText(Session& s)
+std::string registerText(CommandContext& s)
 {
     return signedInteger(s.status.*Register);
 }
 
-std::string statusByte(Session& s)
+std::string statusByte(CommandContext& s)
 {
     unsigned bits = s.errors.count() > 0 ? kErrorsWaiting : 0;
     if ((s.status.eventStatus & s.status.eventEnable) != 0) {
@@ -86,7 +86,7 @@ std::string statusByte(Session& s)
     return signedInteger(bits);
 }
 
-Outcome saveState(Session& s, Arguments& a)
+CommandResult saveState(CommandContext& s, Arguments& a)
 {
     const int number = a.integer(1, kStoredStateCount);
     if (!a.ok()) {
@@ -96,7 +96,7 @@ Outcome saveState(Session& s, Arguments& a)
     return done();
 }
 
-Outcome recallState(Session& s, Arguments& a)
+CommandResult recallState(CommandContext& s, Arguments& a)
 {
     const int number = a.integer(1, kStoredStateCount);
     return a.ok() ? outcomeOf(s.instrument.recallState(number)) : refuse(a.error());

@@ -13,7 +13,7 @@ namespace {
 struct Entry
 {
     const CommandRow* command;
-    const OptionRow* option;
+    const OptionHeader* option;
 };
 
 using HeaderTable = std::unordered_map<std::string, Entry>;
@@ -33,7 +33,7 @@ HeaderTable makeHeaderTable()
             add(row.spelling, {&row, nullptr});
         }
     }
-    for (const OptionRow& row : optionHeaders()) {
+    for (const OptionHeader& row : optionHeaders()) {
         add(row.spelling, {nullptr, &row});
     }
     return table;
@@ -84,7 +84,7 @@ std::string Dialogue::handle(std::string_view line, Instant now)
     std::vector<std::string> path;
     bool answered = false;
     for (const MessageUnit& unit : parseMessage(line)) {
-        Outcome outcome = carryOut(unit, path, now);
+        CommandResult outcome = carryOut(unit, path, now);
         if (outcome.error != ErrorCode::None) {
             report(outcome.error);
         } else if (outcome.answer) {
@@ -109,7 +109,8 @@ void Dialogue::report(ErrorCode error)
     m_status.eventStatus |= errorEventBit(error);
 }
 
-Outcome Dialogue::carryOut(const MessageUnit& unit, std::vector<std::string>& path, Instant now)
+CommandResult Dialogue::carryOut(const MessageUnit& unit, std::vector<std::string>& path,
+                                 Instant now)
 {
     if (unit.error != ErrorCode::None) {
         return refuse(unit.error);
@@ -118,15 +119,15 @@ Outcome Dialogue::carryOut(const MessageUnit& unit, std::vector<std::string>& pa
     if (entry == nullptr) {
         return refuse(ErrorCode::UndefinedHeader);
     }
-    Session session{m_instrument, m_errors, m_status, m_identity, now};
+    CommandContext context{m_instrument, m_errors, m_status, m_identity, now};
     Arguments arguments(unit.parameters);
     if (entry->option != nullptr) {
         const Option option = entry->option->option;
-        return unit.query ? queryOption(session, arguments, option)
-                          : setOption(session, arguments, option);
+        return unit.query ? queryOption(context, arguments, option)
+                          : setOption(context, arguments, option);
     }
     const Handler handler = unit.query ? entry->command->query : entry->command->command;
-    return handler != nullptr ? handler(session, arguments) : refuse(ErrorCode::UndefinedHeader);
+    return handler != nullptr ? handler(context, arguments) : refuse(ErrorCode::UndefinedHeader);
 }
 
 } // namespace scnsim

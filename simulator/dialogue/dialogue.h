@@ -31,7 +31,7 @@ public:
     void report(ErrorCode error);
 
 private:
-    Outcome carryOut(const MessageUnit& unit, std::vector<std::string>& path, Instant now);
+    CommandResult carryOut(const MessageUnit& unit, std::vector<std::string>& path, Instant now);
 
     Instrument& m_instrument;
     std::string m_identity;

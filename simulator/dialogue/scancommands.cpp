@@ -16,24 +16,24 @@ constexpr const char* kSourceAnswers[] = {"IMM",   "TIM",   "EXT",   "BUS",
                                           "ALAR1", "ALAR2", "ALAR3", "ALAR4"};
 constexpr std::size_t kFirstAlarm = 4;
 
-Outcome start(Session& s, Arguments& a)
+CommandResult start(CommandContext& s, Arguments& a)
 {
     return a.ok() ? outcomeOf(s.instrument.scan().start(s.now)) : refuse(a.error());
 }
 
-void abort(Session& s)
+void abort(CommandContext& s)
 {
     s.instrument.scan().abort();
 }
 
-Outcome setScanList(Session& s, Arguments& a)
+CommandResult setScanList(CommandContext& s, Arguments& a)
 {
     std::vector<int> channels = a.channelsOrNone(s.instrument);
     return a.ok() ? outcomeOf(s.instrument.setScanList(std::move(channels))) : refuse(a.error());
 }
 
 /// Plain channel numbers, no ranges.
-std::string scanList(Session& s)
+std::string scanList(CommandContext& s)
 {
     std::string list;
     for (const int channel : s.instrument.configuration().scanList) {
@@ -42,7 +42,7 @@ std::string scanList(Session& s)
     return definiteBlock("(@" + list + ")");
 }
 
-Outcome setSource(Session& s, Arguments& a)
+CommandResult setSource(CommandContext& s, Arguments& a)
 {
     const std::size_t index = a.word(kSources);
     if (!a.ok()) {
@@ -58,7 +58,7 @@ Outcome setSource(Session& s, Arguments& a)
     return done();
 }
 
-std::string source(Session& s)
+std::string source(CommandContext& s)
 {
     const TriggerSettings& trigger = s.instrument.configuration().trigger;
     auto index = static_cast<std::size_t>(trigger.source);
@@ -68,7 +68,7 @@ std::string source(Session& s)
     return kSourceAnswers[index];
 }
 
-Outcome setCount(Session& s, Arguments& a)
+CommandResult setCount(CommandContext& s, Arguments& a)
 {
     const std::optional<int> count = a.countOrInfinity(1, kMostSweeps);
     if (!a.ok()) {
@@ -78,13 +78,13 @@ Outcome setCount(Session& s, Arguments& a)
     return done();
 }
 
-std::string count(Session& s)
+std::string count(CommandContext& s)
 {
     const std::optional<int> sweeps = s.instrument.configuration().trigger.count;
     return longNumber(sweeps ? *sweeps : kOverload);
 }
 
-Outcome setTimer(Session& s, Arguments& a)
+CommandResult setTimer(CommandContext& s, Arguments& a)
 {
     const double seconds = a.number(0, kLongestTimerS, TriggerSettings().timerS);
     if (!a.ok()) {
@@ -94,12 +94,12 @@ Outcome setTimer(Session& s, Arguments& a)
     return done();
 }
 
-std::string timer(Session& s)
+std::string timer(CommandContext& s)
 {
     return longNumber(s.instrument.configuration().trigger.timerS);
 }
 
-std::string readingCount(Session& s)
+std::string readingCount(CommandContext& s)
 {
     return signedInteger(static_cast<long long>(s.instrument.memory().count()));
 }
@@ -126,7 +126,7 @@ std::string record(const Reading& reading, const ReadingFormat& format)
     return text;
 }
 
-Outcome takeReadings(Session& s, Arguments& a)
+CommandResult takeReadings(CommandContext& s, Arguments& a)
 {
     const int wanted = a.hasMore() ? a.integer(1, std::numeric_limits<int>::max())
                                    : std::numeric_limits<int>::max();

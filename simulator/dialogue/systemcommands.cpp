@@ -20,18 +20,18 @@ constexpr const char* kTimeTypes[] = {"RELative", "ABSolute"};
 /// Where the time of day starts in a time stamp, behind the date and a comma.
 constexpr std::size_t kTimeOfDay = 11;
 
-std::string takeError(Session& s)
+std::string takeError(CommandContext& s)
 {
     return s.errors.pop();
 }
 
-std::string errorCount(Session& s)
+std::string errorCount(CommandContext& s)
 {
     return signedInteger(static_cast<long long>(s.errors.count()));
 }
 
 /// Maker, model, serial number, revision. An empty slot has "0" as its model.
-Outcome moduleInSlot(Session& s, Arguments& a)
+CommandResult moduleInSlot(CommandContext& s, Arguments& a)
 {
     const int slot = a.integer(1, kLastSlot);
     if (!a.ok()) {
@@ -43,7 +43,7 @@ Outcome moduleInSlot(Session& s, Arguments& a)
     return answer(std::string(kModuleMaker) + "," + model + ",0," + revision);
 }
 
-Outcome setDate(Session& s, Arguments& a)
+CommandResult setDate(CommandContext& s, Arguments& a)
 {
     const int year = a.integer(0, 9999);
     const int month = a.integer(1, 12);
@@ -58,17 +58,17 @@ Outcome setDate(Session& s, Arguments& a)
     return done();
 }
 
-std::string clockText(const Session& s)
+std::string clockText(const CommandContext& s)
 {
     return timeStampText(s.instrument.clock().read(s.now));
 }
 
-std::string date(Session& s)
+std::string date(CommandContext& s)
 {
     return clockText(s).substr(0, kTimeOfDay - 1);
 }
 
-Outcome setTime(Session& s, Arguments& a)
+CommandResult setTime(CommandContext& s, Arguments& a)
 {
     const int hour = a.integer(0, 23);
     const int minute = a.integer(0, 59);
@@ -81,22 +81,22 @@ Outcome setTime(Session& s, Arguments& a)
     return done();
 }
 
-std::string timeOfDay(Session& s)
+std::string timeOfDay(CommandContext& s)
 {
     return clockText(s).substr(kTimeOfDay);
 }
 
-std::string scanStartTime(Session& s)
+std::string scanStartTime(CommandContext& s)
 {
     return timeStampText(fromMilliseconds(s.instrument.scan().startStampMs()));
 }
 
-std::string personality(Session&)
+std::string personality(CommandContext&)
 {
     return quoted(kPersonality);
 }
 
-Outcome setStateName(Session& s, Arguments& a)
+CommandResult setStateName(CommandContext& s, Arguments& a)
 {
     const int number = a.integer(1, kStoredStateCount);
     const std::string name = a.text(kLongestStateName);
@@ -107,19 +107,19 @@ Outcome setStateName(Session& s, Arguments& a)
     return done();
 }
 
-Outcome stateName(Session& s, Arguments& a)
+CommandResult stateName(CommandContext& s, Arguments& a)
 {
     const int number = a.integer(1, kStoredStateCount);
     return a.ok() ? answer(quoted(s.instrument.stateName(number))) : refuse(a.error());
 }
 
-Outcome isStateStored(Session& s, Arguments& a)
+CommandResult isStateStored(CommandContext& s, Arguments& a)
 {
     const int number = a.integer(1, kStoredStateCount);
     return a.ok() ? answer(switchText(s.instrument.isStateStored(number))) : refuse(a.error());
 }
 
-Outcome setSwitch(Arguments& a, bool& target)
+CommandResult setSwitch(Arguments& a, bool& target)
 {
     const bool on = a.onOff();
     if (!a.ok()) {
@@ -131,28 +131,28 @@ Outcome setSwitch(Arguments& a, bool& target)
 
 /// An on/off setting of the mainframe, found through the members that lead to it.
 template <auto Group, auto Member>
-Outcome setGroupSwitch(Session& s, Arguments& a)
+CommandResult setGroupSwitch(CommandContext& s, Arguments& a)
 {
     return setSwitch(a, s.instrument.configuration().*Group.*Member);
 }
 
 template <auto Group, auto Member>
-std::string groupSwitch(Session& s)
+std::string groupSwitch(CommandContext& s)
 {
     return switchText(s.instrument.configuration().*Group.*Member);
 }
 
-Outcome setMonitor(Session& s, Arguments& a)
+CommandResult setMonitor(CommandContext& s, Arguments& a)
 {
     return setSwitch(a, s.instrument.configuration().monitor);
 }
 
-std::string monitor(Session& s)
+std::string monitor(CommandContext& s)
 {
     return switchText(s.instrument.configuration().monitor);
 }
 
-Outcome setTimeType(Session& s, Arguments& a)
+CommandResult setTimeType(CommandContext& s, Arguments& a)
 {
     const std::size_t type = a.word(kTimeTypes);
     if (!a.ok()) {
@@ -162,12 +162,12 @@ Outcome setTimeType(Session& s, Arguments& a)
     return done();
 }
 
-std::string timeType(Session& s)
+std::string timeType(CommandContext& s)
 {
     return s.instrument.configuration().format.absoluteTime ? "ABS" : "REL";
 }
 
-Outcome setRowLimitCount(Session& s, Arguments& a)
+CommandResult setRowLimitCount(CommandContext& s, Arguments& a)
 {
     const double rows = a.number(kLeastRowLimit, kGreatestRowLimit, kLeastRowLimit);
     if (!a.ok()) {
@@ -177,17 +177,17 @@ Outcome setRowLimitCount(Session& s, Arguments& a)
     return done();
 }
 
-std::string rowLimitCount(Session& s)
+std::string rowLimitCount(CommandContext& s)
 {
     return longNumber(s.instrument.configuration().log.rowLimitCount);
 }
 
-std::string operationCondition(Session& s)
+std::string operationCondition(CommandContext& s)
 {
     return signedInteger(s.instrument.operationCondition());
 }
 
-std::string operationEvents(Session& s)
+std::string operationEvents(CommandContext& s)
 {
     return signedInteger(s.instrument.takeOperationEvents());
 }

@@ -38,14 +38,14 @@ struct ChannelGroup
     FunctionSet functions;
 };
 
-struct ModuleRow
+struct ModuleType
 {
     int type;
     int channels;
     ChannelGroup groups[3];
 };
 
-constexpr ModuleRow kModules[] = {
+constexpr ModuleType kModules[] = {
     {0, 20, {{10, kListA}, {20, kListB}, {20, 0}}},
     {1, 22, {{10, kListC}, {20, kListD}, {22, kListI}}},
     {2, 16, {{8, kListC}, {16, kListD}, {16, 0}}},
@@ -65,14 +65,14 @@ constexpr ModuleRow kModules[] = {
     {16, 8, {{8, kListV}, {8, 0}, {8, 0}}},
 };
 
-constexpr ModuleRow kUnknownModule = {-1, 1, {{1, 0}, {1, 0}, {1, 0}}};
+constexpr ModuleType kUnknownModule = {-1, 1, {{1, 0}, {1, 0}, {1, 0}}};
 
 /// The module whose last two channels measure current and are never paired.
 constexpr int kTypeWithCurrentChannels = 1;
 
-const ModuleRow& rowOf(int type)
+const ModuleType& rowOf(int type)
 {
-    for (const ModuleRow& row : kModules) {
+    for (const ModuleType& row : kModules) {
         if (row.type == type) {
             return row;
         }

@@ -40,7 +40,7 @@ enum class ChannelOption {
 };
 
 /// The trigger sources that the program shows.
-enum class TriggerSource { Immediate, Alarm, Timer };
+enum class TriggerChoice { Immediate, Alarm, Timer };
 
 /// Shows the state that the instrument reports. All methods run on the GUI thread.
 class InstrumentDisplay
@@ -61,7 +61,7 @@ public:
 
     virtual void showOption(int channel, ChannelOption option, const QVariant& value) = 0;
 
-    virtual void showTriggerSource(TriggerSource source) = 0;
+    virtual void showTriggerSource(TriggerChoice source) = 0;
     virtual void showInterval(std::chrono::seconds interval) = 0;
 
     /// The number of sweeps after which a run ends; none if it runs until stopped.

@@ -36,16 +36,16 @@ int cutToInt(const QString& reply)
 }
 
 /// Parses a reply; none for a source that the program does not show.
-std::optional<TriggerSource> triggerSource(const QString& reply)
+std::optional<TriggerChoice> triggerSource(const QString& reply)
 {
     if (reply == QLatin1String("IMM")) {
-        return TriggerSource::Immediate;
+        return TriggerChoice::Immediate;
     }
     if (reply.startsWith(QLatin1String("ALAR"))) {
-        return TriggerSource::Alarm;
+        return TriggerChoice::Alarm;
     }
     if (reply == QLatin1String("TIM")) {
-        return TriggerSource::Timer;
+        return TriggerChoice::Timer;
     }
     return std::nullopt;
 }
@@ -159,13 +159,13 @@ void InstrumentReadBack::readTriggerSettings()
 
 void InstrumentReadBack::readTriggerSource()
 {
-    const std::optional<TriggerSource> source =
+    const std::optional<TriggerChoice> source =
         triggerSource(m_link.ask(QStringLiteral("TRIG:SOUR?")));
     if (!source) {
         return;
     }
     m_link.show([this, source] { m_display.showTriggerSource(*source); });
-    if (source == TriggerSource::Timer) {
+    if (source == TriggerChoice::Timer) {
         readInterval();
     }
 }

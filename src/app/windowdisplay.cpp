@@ -22,14 +22,14 @@ namespace scn {
 
 namespace {
 
-QRadioButton* radioOf(const LoggingForm& form, TriggerSource source)
+QRadioButton* radioOf(const LoggingForm& form, TriggerChoice source)
 {
     switch (source) {
-    case TriggerSource::Immediate:
+    case TriggerChoice::Immediate:
         return form.m_startNowRadio;
-    case TriggerSource::Alarm:
+    case TriggerChoice::Alarm:
         return form.m_startOnAlarmRadio;
-    case TriggerSource::Timer:
+    case TriggerChoice::Timer:
         return form.m_intervalCustomRadio;
     }
     Q_UNREACHABLE();
@@ -90,7 +90,7 @@ void WindowDisplay::showOption(int channel, ChannelOption option, const QVariant
     }
 }
 
-void WindowDisplay::showTriggerSource(TriggerSource source)
+void WindowDisplay::showTriggerSource(TriggerChoice source)
 {
     assertGuiThread();
     QRadioButton* const radio = radioOf(m_form, source);

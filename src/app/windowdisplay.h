@@ -29,7 +29,7 @@ public:
     bool showFunction(int channel, const QString& displayName) override;
 
     void showOption(int channel, ChannelOption option, const QVariant& value) override;
-    void showTriggerSource(TriggerSource source) override;
+    void showTriggerSource(TriggerChoice source) override;
     void showInterval(std::chrono::seconds interval) override;
 
     /// The signals are not blocked: a control that changes sends its command.

@@ -7,13 +7,13 @@
 
 namespace {
 
-struct Outcome
+struct OutcomeText
 {
     ExportResult result;
     const char* text;
 };
 
-constexpr std::array<Outcome, 6> kOutcomes = {{
+constexpr std::array<OutcomeText, 6> kOutcomes = {{
     {ExportSuccess, QT_TRANSLATE_NOOP("ExportOutcome", "导出成功%1")},
     {ExportFileError, QT_TRANSLATE_NOOP("ExportOutcome", "CSV文件无法打开（可能被占用）")},
     {ExportNoData, QT_TRANSLATE_NOOP("ExportOutcome", "没有可以保存的数据")},
@@ -28,7 +28,7 @@ QString exportOutcomeText(ExportResult result, const QStringList& files)
 {
     const auto* const outcome =
         std::find_if(kOutcomes.begin(), kOutcomes.end(),
-                     [result](const Outcome& row) { return row.result == result; });
+                     [result](const OutcomeText& row) { return row.result == result; });
     if (outcome == kOutcomes.end()) {
         return {};
     }

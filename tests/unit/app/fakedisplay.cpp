@@ -101,14 +101,14 @@ void FakeDisplay::showOption(int channel, scn::ChannelOption option, const QVari
              .arg(QString::number(channel), QLatin1String(nameOf(option)), text));
 }
 
-void FakeDisplay::showTriggerSource(scn::TriggerSource source)
+void FakeDisplay::showTriggerSource(scn::TriggerChoice source)
 {
     switch (source) {
-    case scn::TriggerSource::Immediate:
+    case scn::TriggerChoice::Immediate:
         return note(QStringLiteral("trigger immediate"));
-    case scn::TriggerSource::Alarm:
+    case scn::TriggerChoice::Alarm:
         return note(QStringLiteral("trigger alarm"));
-    case scn::TriggerSource::Timer:
+    case scn::TriggerChoice::Timer:
         return note(QStringLiteral("trigger timer"));
     }
 }

@@ -14,7 +14,7 @@ public:
     void showScanList(const QList<int>& channels) override;
     bool showFunction(int channel, const QString& displayName) override;
     void showOption(int channel, scn::ChannelOption option, const QVariant& value) override;
-    void showTriggerSource(scn::TriggerSource source) override;
+    void showTriggerSource(scn::TriggerChoice source) override;
     void showInterval(std::chrono::seconds interval) override;
     void showSweepCount(std::optional<int> count) override;
     void showUsbLogging(bool on) override;

@@ -21,7 +21,7 @@ private slots:
 
 void TestSimOptions::nothingMeansTheUsualPort()
 {
-    Options options;
+    SimulatorOptions options;
     std::string error;
     QVERIFY(parseOptions({}, options, error));
     QCOMPARE(int{*options.tcpPort}, 5025);
@@ -31,14 +31,14 @@ void TestSimOptions::nothingMeansTheUsualPort()
     QVERIFY(!options.controlPort);
     QVERIFY(options.faults.empty());
 
-    Options onTerminal;
+    SimulatorOptions onTerminal;
     QVERIFY(parseOptions({"--pty", "/tmp/x"}, onTerminal, error));
     QVERIFY(!onTerminal.tcpPort);
 }
 
 void TestSimOptions::allOptionsAreRead()
 {
-    Options options;
+    SimulatorOptions options;
     std::string error;
     QVERIFY(parseOptions({"--tcp",        "0",
                           "--pty",        "/tmp/x",
@@ -69,14 +69,14 @@ void TestSimOptions::allOptionsAreRead()
     QCOMPARE(shown(faultText(options.faults[1])), QStringLiteral("refuse"));
     QVERIFY(options.help);
 
-    Options empty;
+    SimulatorOptions empty;
     QVERIFY(parseOptions({"--slots", ""}, empty, error));
     QVERIFY(empty.modules.empty());
 }
 
 void TestSimOptions::valueMayFollowAnEqualsSign()
 {
-    Options options;
+    SimulatorOptions options;
     std::string error;
     QVERIFY(parseOptions({"--seed=7", "--idn=A,B,C,D"}, options, error));
     QCOMPARE(options.seed, std::uint64_t{7});
@@ -88,7 +88,7 @@ void TestSimOptions::valueMayFollowAnEqualsSign()
 
 void TestSimOptions::lastOfTwoCounts()
 {
-    Options options;
+    SimulatorOptions options;
     std::string error;
     QVERIFY(parseOptions({"--rate", "5", "--slots", "1:1", "--rate", "7", "--slots", "2:8"},
                          options, error));
@@ -148,7 +148,7 @@ void TestSimOptions::badOptionIsRefused()
     for (const QString& argument : arguments) {
         texts.push_back(argument.toStdString());
     }
-    Options options;
+    SimulatorOptions options;
     std::string error;
     QVERIFY(!parseOptions(texts, options, error));
     QVERIFY2(shown(error).contains(arguments.first()), error.c_str());

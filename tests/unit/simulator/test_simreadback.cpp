@@ -382,7 +382,7 @@ void TestSimReadBack::everyOptionRefusesWhatItCannotTake_data()
 {
     QTest::addColumn<QString>("header");
     QTest::addColumn<int>("option");
-    for (const OptionRow& row : optionHeaders()) {
+    for (const OptionHeader& row : optionHeaders()) {
         // The short form, with the optional parts.
         QString header = QString::fromLatin1(row.spelling);
         header.remove(QRegularExpression(QStringLiteral("[][a-z]")));
@@ -459,10 +459,10 @@ void TestSimReadBack::everyOptionRefusesWhatItCannotTake()
 void TestSimReadBack::everyOptionHasAHeader()
 {
     for (unsigned i = 0; i < kOptionCount; ++i) {
-        const auto named = [i](const OptionRow& row) {
+        const auto named = [i](const OptionHeader& row) {
             return static_cast<unsigned>(row.option) == i;
         };
-        const Facts<OptionRow> rows = optionHeaders();
+        const Facts<OptionHeader> rows = optionHeaders();
         QVERIFY2(std::any_of(rows.begin(), rows.end(), named), qPrintable(QString::number(i)));
     }
 }
@@ -481,7 +481,7 @@ void TestSimReadBack::everyHeaderStandsInTheDocumentation()
             QVERIFY2(isThere(row.spelling), row.spelling);
         }
     }
-    for (const OptionRow& row : optionHeaders()) {
+    for (const OptionHeader& row : optionHeaders()) {
         QVERIFY2(isThere(row.spelling), row.spelling);
     }
 }
