@@ -2,9 +2,9 @@
 #include "export/csvexportfromdbthread.h"
 #include "exportscene.h"
 #include "skippedwaits.h"
-#include "standstillwatchdog.h"
 #include "storage/connectionpool.h"
 #include "support/logcapture.h"
+#include "support/standstillwatchdog.h"
 #include "support/testprogram.h"
 #include "timescene.h"
 

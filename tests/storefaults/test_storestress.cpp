@@ -1,12 +1,12 @@
 #include "dayfilereader.h"
 #include "dayfilewriter.h"
 #include "skippedwaits.h"
-#include "standstillwatchdog.h"
 #include "storage/connectionpool.h"
 #include "storage/curvedatadb.h"
 #include "storage/managedquery.h"
 #include "support/daytables.h"
 #include "support/logcapture.h"
+#include "support/standstillwatchdog.h"
 #include "support/testprogram.h"
 #include "teststore.h"
 

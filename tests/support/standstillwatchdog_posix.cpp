@@ -1,4 +1,4 @@
-#include "standstillwatchdog.h"
+#include "support/standstillwatchdog.h"
 
 #include <dirent.h>
 #include <execinfo.h>
