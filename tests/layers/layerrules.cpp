@@ -1,11 +1,16 @@
 #include "layerrules.h"
 
+#include "sourcetext.h"
+
 #include <QFileInfo>
+#include <QHash>
 #include <QLibraryInfo>
 #include <QMap>
 #include <QSet>
 
-namespace LayerRules {
+#include <set>
+
+namespace layerrules {
 namespace {
 
 /// Target -> library that its files include -> the first file that does.
@@ -54,7 +59,7 @@ QString askedFor(const BuildTree& tree, const IncludeLine& include)
     if (!include.isQuoted) {
         return outsideLibrary(include.header);
     }
-    const int other = tree.ownerOf(tree.included(include));
+    const int other = tree.ownerOf(tree.files().included(include));
     return other < 0 || other == tree.ownerOf(include.file) ? QString()
                                                             : tree.targets().at(other).name;
 }
@@ -62,7 +67,7 @@ QString askedFor(const BuildTree& tree, const IncludeLine& include)
 Needs needsOf(const BuildTree& tree)
 {
     Needs needs;
-    for (const IncludeLine& include : tree.includes()) {
+    for (const IncludeLine& include : tree.files().includes()) {
         const QString library = askedFor(tree, include);
         const int target = tree.ownerOf(include.file);
         if (target >= 0 && !library.isEmpty() && !needs[target].contains(library)) {
@@ -79,29 +84,63 @@ Needs needsOf(const BuildTree& tree)
     return needs;
 }
 
-QString folderOf(const QString& file)
+/// What includes what, by the name that each file counts under.
+using Neighbours = QMap<QString, std::set<QString>>;
+
+/// The file without its ending, and without what follows an underscore if a header has the name before it.
+QString classOf(const QString& file, const QSet<QString>& files)
 {
-    return QFileInfo(file).path();
+    const QString name = file.section(QLatin1Char('.'), 0, -2);
+    const QString before =
+        inFolder(folderOf(name), QFileInfo(name).fileName().section(QLatin1Char('_'), 0, 0));
+    return files.contains(before + QStringLiteral(".h")) ? before : name;
 }
 
-/// The way from `folder` back to where `way` begins, by folders that are not in `done`; empty for none.
-QStringList circleFrom(const QMap<QString, QSet<QString>>& neighbours, const QString& folder,
-                       QStringList way, QSet<QString>* done)
+/// `names` has the name of each file.
+Neighbours neighboursBy(const IncludeTree& tree, const QHash<QString, QString>& names)
 {
-    if (way.contains(folder)) {
-        return way.mid(way.indexOf(folder)) << folder;
+    Neighbours neighbours;
+    for (const IncludeLine& include : tree.includes()) {
+        const QString from = names.value(include.file);
+        const QString to = include.isQuoted ? names.value(tree.included(include)) : QString();
+        if (!to.isEmpty() && to != from) {
+            neighbours[from].insert(to);
+        }
     }
-    if (done->contains(folder)) {
+    return neighbours;
+}
+
+/// The way from `start` back to where `way` begins, by names that are not in `done`; empty for none.
+QStringList circleFrom(const Neighbours& neighbours, const QString& start, QStringList way,
+                       QSet<QString>* done)
+{
+    if (way.contains(start)) {
+        return way.mid(way.indexOf(start)) << start;
+    }
+    if (done->contains(start)) {
         return QStringList();
     }
-    way.append(folder);
-    for (const QString& next : neighbours.value(folder)) {
+    way.append(start);
+    for (const QString& next : neighbours.value(start)) {
         const QStringList circle = circleFrom(neighbours, next, way, done);
         if (!circle.isEmpty()) {
             return circle;
         }
     }
-    done->insert(folder);
+    done->insert(start);
+    return QStringList();
+}
+
+/// The first circle, as one sentence.
+QStringList circleIn(const Neighbours& neighbours)
+{
+    QSet<QString> done;
+    for (const QString& start : neighbours.keys()) {
+        const QStringList circle = circleFrom(neighbours, start, {}, &done);
+        if (!circle.isEmpty()) {
+            return {circle.join(QStringLiteral(" -> "))};
+        }
+    }
     return QStringList();
 }
 
@@ -110,16 +149,9 @@ QStringList circleFrom(const QMap<QString, QSet<QString>>& neighbours, const QSt
 QStringList strayFiles(const BuildTree& tree)
 {
     QStringList breaches = tree.complaints();
-    for (const QString& file : tree.files()) {
+    for (const QString& file : tree.files().files()) {
         if (tree.ownerOf(file) < 0) {
             breaches.append(file + QStringLiteral(" belongs to no library and no program"));
-        }
-    }
-    for (const IncludeLine& include : tree.includes()) {
-        if (include.isQuoted && tree.included(include).isEmpty() &&
-            !include.header.endsWith(QLatin1String(".moc"))) {
-            breaches.append(include.file + QStringLiteral(" includes what is not there: ") +
-                            include.header);
         }
     }
     return breaches;
@@ -176,25 +208,51 @@ QStringList upwardLinks(const BuildTree& tree)
     return breaches;
 }
 
-QStringList circles(const BuildTree& tree)
+QStringList missingHeaders(const IncludeTree& tree)
 {
-    QMap<QString, QSet<QString>> neighbours;
+    QStringList breaches;
     for (const IncludeLine& include : tree.includes()) {
-        const QString from = folderOf(include.file);
-        const QString file = tree.included(include);
-        if (include.isQuoted && !file.isEmpty() && folderOf(file) != from) {
-            neighbours[from].insert(folderOf(file));
+        if (include.isQuoted && tree.included(include).isEmpty() &&
+            !include.header.endsWith(QLatin1String(".moc"))) {
+            breaches.append(include.file + QStringLiteral(" includes what is not there: ") +
+                            include.header);
         }
     }
-
-    QSet<QString> done;
-    for (const QString& folder : neighbours.keys()) {
-        const QStringList circle = circleFrom(neighbours, folder, {}, &done);
-        if (!circle.isEmpty()) {
-            return {circle.join(QStringLiteral(" -> "))};
-        }
-    }
-    return QStringList();
+    return breaches;
 }
 
-} // namespace LayerRules
+QStringList upwardIncludes(const IncludeTree& tree, const QStringList& order)
+{
+    const auto place = [&order](const QString& file) {
+        return order.indexOf(file.section(QLatin1Char('/'), 0, 0));
+    };
+    QStringList breaches;
+    for (const IncludeLine& include : tree.includes()) {
+        const QString file = include.isQuoted ? tree.included(include) : QString();
+        if (!file.isEmpty() && place(file) > place(include.file)) {
+            breaches.append(include.file + QStringLiteral(" includes upwards ") + file);
+        }
+    }
+    return breaches;
+}
+
+QStringList folderCircles(const IncludeTree& tree)
+{
+    QHash<QString, QString> names;
+    for (const QString& file : tree.files()) {
+        names.insert(file, folderOf(file));
+    }
+    return circleIn(neighboursBy(tree, names));
+}
+
+QStringList fileCircles(const IncludeTree& tree)
+{
+    const QSet<QString> files(tree.files().cbegin(), tree.files().cend());
+    QHash<QString, QString> names;
+    for (const QString& file : tree.files()) {
+        names.insert(file, classOf(file, files));
+    }
+    return circleIn(neighboursBy(tree, names));
+}
+
+} // namespace layerrules

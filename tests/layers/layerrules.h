@@ -5,9 +5,9 @@
 #include <QStringList>
 
 /// The rules of the layers, each as a list of its breaches, one sentence a breach.
-namespace LayerRules {
+namespace layerrules {
 
-/// Every source and header belongs to a target, and every quoted #include is a file of the tree.
+/// Every source and header belongs to a target.
 QStringList strayFiles(const BuildTree& tree);
 
 /// A target links what its files include.
@@ -19,7 +19,17 @@ QStringList needlessLinks(const BuildTree& tree);
 /// A target links only what CMake has read before it.
 QStringList upwardLinks(const BuildTree& tree);
 
-/// No folders include each other, not in a roundabout way either.
-QStringList circles(const BuildTree& tree);
+/// Every quoted #include is a file of the tree.
+QStringList missingHeaders(const IncludeTree& tree);
 
-} // namespace LayerRules
+/// A file includes none of a folder that the build reads after its own; `order` has the top folders.
+QStringList upwardIncludes(const IncludeTree& tree, const QStringList& order);
+
+/// No folders include each other, not in a roundabout way either.
+QStringList folderCircles(const IncludeTree& tree);
+
+/// No header and its sources need another that needs them, not in a roundabout way either. A source whose
+/// name goes on after an underscore counts with the header of the name before it.
+QStringList fileCircles(const IncludeTree& tree);
+
+} // namespace layerrules
