@@ -1,186 +1,286 @@
 #include "storage/currentfile.h"
 
+#include "storage/connectionpool.h"
+#include "storage/filecatalogue.h"
+#include "storage/lockpatience.h"
 #include "storage/statements.h"
+#include "storage/storeclock.h"
+#include "storage/storewaits.h"
 
 #include <QDebug>
-
-#include <algorithm>
-#include <cmath>
+#include <QSqlError>
 
 namespace scn {
 
-namespace {
-
-bool sameExtremes(const DBCurveMetadata& left, const DBCurveMetadata& right)
+CurrentFile::CurrentFile(StoreMemory& memory, const DayFiles& files)
+    : m_memory(memory)
+    , m_files(files)
 {
-    return left.minTime == right.minTime && left.maxTime == right.maxTime &&
-           left.minValue == right.minValue && left.maxValue == right.maxValue;
 }
 
-/// SQLite has no NaN; it is kept as null and read back as zero.
-bool holdsNan(const DBCurveMetadata& extremes)
+const QString& CurrentFile::todayKey()
 {
-    return std::isnan(extremes.minValue) || std::isnan(extremes.maxValue);
+    return m_nowSlice.at(storeNow()).dateKey;
 }
 
-} // namespace
-
-bool CurrentFile::isUpToDateOn(const QString& path, const QString& connectionName) const
+bool CurrentFile::isAttachedToday()
 {
-    return known() == Attachment::Trusted && m_changed.isEmpty() && m_path == path &&
-           m_connection == connectionName;
+    return m_memory.isCurrentOpen() && m_memory.currentDate == todayKey();
 }
 
-void CurrentFile::beginAttaching()
+/// Whether the file was deleted, moved or replaced since it was opened, so that further writes
+/// would be lost.
+bool CurrentFile::isGone() const
 {
-    m_found = m_state;
-    m_state = Attachment::Attaching;
+    const FileIdentity found = fileIdentity(m_memory.currentDbPath);
+    return !found.exists() || found != m_identity;
 }
 
-void CurrentFile::endAttaching()
+void CurrentFile::attach()
 {
-    m_state = m_found;
+    const LockPatience patience;
+    if (m_attachment.isAttaching() || m_files.isClosedForExit() ||
+        (isAttachedToday() && !isGone())) {
+        return;
+    }
+    m_attachment.begin();
+    open();
+    if (m_memory.isCurrentOpen()) {
+        takeUp();
+    }
+    m_attachment.end();
 }
 
-void CurrentFile::startOn(const QString& path, const QString& connectionName)
+void CurrentFile::open()
 {
+    QString& path = m_memory.currentDbPath;
+    if (!path.isEmpty()) {
+        ConnectionPool::instance().releaseConnection(path);
+    }
+    m_memory.currentDate = todayKey();
+    path = m_files.path(m_memory.currentDate);
+    m_memory.currentDb.reset();
+    const bool unfit = m_attachment.isUnfit();
+    const FileIdentity found = fileIdentity(path);
+    if (unfit || found != m_identity) {
+        forget(); // the statements are those of a connection that has had its day
+    }
+    if (unfit) { // what kept it from being set up may have gone
+        ConnectionPool::instance().discardConnection(path);
+    }
+    m_memory.currentDb = m_files.open(path);
+    m_identity = found.exists() ? found : fileIdentity(path);
+    if (!m_memory.isCurrentOpen()) {
+        qWarning() << "切换数据库失败，连接无效：" << path;
+    }
+}
+
+bool CurrentFile::reopen()
+{
+    qCritical() << "数据库已关闭，尝试重新打开...";
+    QSharedPointer<QSqlDatabase>& db = m_memory.currentDb;
+    db = m_files.open(m_memory.currentDbPath);
+    if (!m_memory.isCurrentOpen()) {
+        qCritical() << "重新打开失败! 错误:"
+                    << (db ? db->lastError().text() : QStringLiteral("连接无效"));
+        return false;
+    }
+    if (!m_attachment.isAttaching()) {
+        m_attachment.begin();
+        takeUp();
+        m_attachment.end();
+    }
+    return true;
+}
+
+/// After a short detachment memory still agrees with the file, and everything continues as before.
+/// Otherwise the catalogue is rebuilt: known curves are registered, the file's records are read.
+void CurrentFile::takeUp()
+{
+    noteUse();
+    const QString connection = m_memory.currentDb->connectionName();
+    if (m_attachment.isTrustedOn(m_memory.currentDbPath, connection) && m_extremes.isUpToDate()) {
+        return;
+    }
     forget();
-    m_path = path;
-    m_connection = connectionName;
-    setKnown(Attachment::Trusted);
+    m_attachment.trust(m_memory.currentDbPath, connection);
+    if (!registerKnownCurves()) {
+        m_attachment.noteIncomplete();
+    }
+    load();
+}
+
+/// Gives the file the base tables and the curves of the previous one, under their ids. Ids are
+/// assigned in order: after one that cannot be registered the others would get each other's.
+bool CurrentFile::registerKnownCurves()
+{
+    const QMap<int, QString> names = m_memory.curveNameMap;
+    bool isComplete = createBaseTables(*m_memory.currentDb);
+    for (auto name = names.cbegin(); name != names.cend() && isComplete; ++name) {
+        isComplete = registerCurveInFile(*name, NewCurve::AtOnce) >= 0;
+    }
+    return isComplete;
+}
+
+void CurrentFile::load()
+{
+    const QString& path = m_memory.currentDbPath;
+    m_memory.dropRecords();
+    m_extremes.forgetRows();
+    const QSharedPointer<QSqlDatabase> db = m_files.open(path);
+    if (!db || !db->isOpen()) {
+        m_attachment.doubt();
+        return;
+    }
+    const FileCatalogue catalogue =
+        readCatalogue(*db, [this](const ManagedQuery& query) { m_attachment.noteFailure(query); });
+    m_memory.take(path, catalogue);
+    for (auto it = catalogue.names.cbegin(); it != catalogue.names.cend(); ++it) {
+        m_extremes.addCurve(it.key());
+    }
+    for (auto it = catalogue.extremes.cbegin(); it != catalogue.extremes.cend(); ++it) {
+        if (catalogue.nullExtremes.contains(it.key())) {
+            m_extremes.noteChange(it.key());
+        } else {
+            m_extremes.addRow(it.key(), *it);
+        }
+    }
+    ConnectionPool::instance().releaseConnection(path);
+}
+
+void CurrentFile::repair()
+{
+    const bool gone = m_memory.isCurrentOpen() && isGone();
+    if (m_memory.isCurrentOpen() && !gone && !m_attachment.isUnfit()) {
+        return;
+    }
+    const qint64 now = storeNow();
+    const bool tooSoon =
+        now >= m_lastRepair && now - m_lastRepair < storewaits::kRepairInterval.count();
+    if (m_files.isClearing() || (tooSoon && !gone)) {
+        return;
+    }
+    // Only the next reading shows whether a file can be written again.
+    const bool provenByOpening = !m_attachment.isReadOnly();
+    m_lastRepair = now;
+    m_attachment.doubt();
+    m_memory.currentDate.clear();
+    attach();
+    if (m_memory.isCurrentOpen() && !m_attachment.isIncomplete() && provenByOpening) {
+        m_lastRepair = 0;
+    }
+}
+
+void CurrentFile::detach()
+{
+    m_memory.currentDb.reset();
+    ConnectionPool::instance().releaseConnection(m_memory.currentDbPath);
+    m_memory.currentDbPath.clear();
+    m_memory.currentDate.clear();
 }
 
 void CurrentFile::forget()
 {
-    setKnown(Attachment::Doubted);
-    m_path.clear();
-    m_connection.clear();
+    m_attachment.forget();
     m_inserts.clear();
-    m_metadataWriter.reset();
-    m_ids.clear();
-    forgetExtremes();
+    m_extremes.forget();
 }
 
-void CurrentFile::worsen(Attachment state)
+void CurrentFile::noteUse()
 {
-    setKnown(std::max(known(), state));
-}
-
-void CurrentFile::noteFailure(const ManagedQuery& query)
-{
-    if (query.connectionName() != m_connection) {
+    const qint64 now = storeNow();
+    if (now >= m_lastUseNoted && now - m_lastUseNoted < storewaits::kUseNoteInterval.count()) {
         return;
     }
-    doubt();
-    if (saysMissingTable(query.errorText())) {
-        noteIncomplete();
+    m_lastUseNoted = now;
+    ConnectionPool::instance().releaseConnection(m_memory.currentDbPath);
+}
+
+int CurrentFile::registerCurve(const QString& name, NewCurve newCurve)
+{
+    attach();
+    const bool isOpen = m_memory.isCurrentOpen() || reopen();
+    return isOpen ? registerCurveInFile(name, newCurve) : -1;
+}
+
+/// Before a new name it makes the pauses of two further look-ups, which give a newly cleared store
+/// time to settle.
+int CurrentFile::registerCurveInFile(const QString& name, NewCurve newCurve)
+{
+    int curveId = findCurve(name);
+    for (int pause = 0; curveId < 0 && newCurve == NewCurve::Pause &&
+                        pause < storewaits::kRegisterPauses && !m_files.isClosedForExit();
+         ++pause) {
+        storeSleep(storewaits::kRegisterPause);
     }
-    if (query.metReadOnly()) {
-        noteReadOnly();
+    if (curveId < 0) {
+        curveId = insertCurve(name);
     }
+    if (curveId < 0) {
+        return -1;
+    }
+    m_memory.curveNameMap.insert(curveId, name);
+    m_extremes.addCurve(curveId);
+    m_memory.loadedPath.clear(); // the names of a file loaded before may be others
+    return curveId;
 }
 
-bool CurrentFile::isGoneFrom(const QString& path) const
+/// Looks a curve up; -1 if it is not there.
+int CurrentFile::findCurve(const QString& name)
 {
-    const FileIdentity found = fileIdentity(path);
-    return !found.exists() || found != m_identity;
-}
-
-void CurrentFile::forgetExtremes()
-{
-    m_saved.clear();
-    m_changed.clear();
-    m_compareAll = false;
-}
-
-void CurrentFile::addSavedExtremes(int curveId, const DBCurveMetadata& extremes)
-{
-    m_saved.insert(curveId, extremes);
-}
-
-void CurrentFile::noteForeignExtremes()
-{
-    m_compareAll = true;
-    doubt();
-}
-
-/// Ids, ascending, whose extremes differ from the file's. Ids unknown to the file have no row:
-/// readings of a series that outlived a clear carry them.
-QVector<int> CurrentFile::unsavedCurves(const QMap<int, DBCurveMetadata>& extremes) const
-{
-    const QList<int> candidates = m_compareAll ? extremes.keys() : m_changed.values();
-    QVector<int> ids;
-    for (const int id : candidates) {
-        const auto present = extremes.constFind(id);
-        if (present == extremes.constEnd() || !m_ids.contains(id)) {
-            continue;
+    const QSqlDatabase& db = *m_memory.currentDb;
+    ManagedQuery query(db);
+    if (!query.run(QStringLiteral("SELECT curve_id FROM curve_info WHERE name = ?"), {name})) {
+        if (saysMissingTable(query.errorText())) {
+            createBaseTables(db);
         }
-        const auto saved = m_saved.constFind(id);
-        if (saved == m_saved.constEnd() || !sameExtremes(*saved, *present)) {
-            ids.append(id);
-        }
+    } else if (query.next()) {
+        return query.value(0).toInt();
     }
-    std::sort(ids.begin(), ids.end());
-    return ids;
+    return -1;
 }
 
-bool CurrentFile::saveExtremes(const QSqlDatabase& db, const QMap<int, DBCurveMetadata>& extremes)
+int CurrentFile::insertCurve(const QString& name)
 {
-    const QVector<int> ids = unsavedCurves(extremes);
-    if (!ids.isEmpty() && !writeRows(db, ids, extremes)) {
-        m_metadataWriter.reset();
-        if (ids.size() > 1) {
-            ManagedQuery(db).exec(kRollback);
-        }
-        return false;
+    const QString sql = QStringLiteral("INSERT INTO curve_info (name) VALUES (?)");
+    const QSqlDatabase& db = *m_memory.currentDb;
+    ManagedQuery query(db);
+    if (query.run(sql, {name})) {
+        return query.lastInsertId().toInt();
     }
-    for (const int id : ids) {
-        const DBCurveMetadata saved = extremes.value(id);
-        m_saved.insert(id, saved);
-        m_changed.remove(id);
-        if (holdsNan(saved)) {
-            doubt();
-        }
+    const QString error = query.errorText();
+    if (!saysMissingTable(error) && !error.contains(QLatin1String("SQL logic error"))) {
+        return -1;
     }
-    m_compareAll = false;
-    return true;
+    createBaseTables(db);
+    if (query.run(sql, {name})) {
+        return query.lastInsertId().toInt();
+    }
+    qCritical() << "重新初始化后仍无法注册曲线:" << query.errorText();
+    return -1;
 }
 
-bool CurrentFile::writeRows(const QSqlDatabase& db, const QVector<int>& ids,
-                            const QMap<int, DBCurveMetadata>& extremes)
+bool CurrentFile::store(const Reading& reading, const TimeSlice& slice,
+                        const KeptInserts::OpenTable& openTable)
 {
-    if (!m_metadataWriter || !m_metadataWriter->isUsable()) {
-        m_metadataWriter = std::make_unique<ManagedQuery>(db);
-        m_metadataWriter->setForwardOnly(true);
-        if (!m_metadataWriter->prepare(QStringLiteral(
-                "INSERT OR REPLACE INTO curve_metadata "
-                "(curve_id, min_time, max_time, min_value, max_value) VALUES (?, ?, ?, ?, ?)"))) {
-            return failedToSave(*m_metadataWriter);
-        }
+    const KeptInserts::Outcome outcome =
+        m_inserts.store(*m_memory.currentDb, reading, slice, openTable);
+    if (outcome.metReadOnly) {
+        m_attachment.noteReadOnly();
     }
-    const bool several = ids.size() > 1;
-    if (several) {
-        ManagedQuery(db).exec(kBegin);
-    }
-    for (const int id : ids) {
-        const DBCurveMetadata row = extremes.value(id);
-        if (!m_metadataWriter->execWith(
-                {id, row.minTime, row.maxTime, row.minValue, row.maxValue})) {
-            return failedToSave(*m_metadataWriter);
-        }
-    }
-    if (!several) {
-        return true;
-    }
-    ManagedQuery commit(db);
-    return commit.exec(kCommit) || failedToSave(commit);
+    return outcome.isStored;
 }
 
-bool CurrentFile::failedToSave(const ManagedQuery& query)
+bool CurrentFile::saveExtremes()
 {
-    noteFailure(query);
-    qWarning() << "保存曲线元数据失败:" << query.errorText();
-    return false;
+    return m_memory.isCurrentOpen() && m_extremes.save(*m_memory.currentDb, m_memory.metadataMap);
+}
+
+void CurrentFile::forgetCurve(int curveId)
+{
+    m_inserts.drop(curveId);
+    m_extremes.forgetRow(curveId);
+    m_attachment.doubt();
 }
 
 } // namespace scn

@@ -1,9 +1,12 @@
 #pragma once
 
+#include "storage/batchtablewriter.h"
 #include "storage/currentfile.h"
 #include "storage/curverecords.h"
+#include "storage/dayfiles.h"
 #include "storage/latefile.h"
 #include "storage/managedquery.h"
+#include "storage/storememory.h"
 #include "storage/timeslice.h"
 
 #include <QDeadlineTimer>
@@ -152,65 +155,16 @@ private slots:
     void onClearFinished();
 
 private:
-    /// Whether the registration of a new name is preceded by the pauses.
-    enum class NewCurve { Pause, AtOnce };
-
-    /// A reading on its way to a file.
-    struct Reading
-    {
-        int curveId;
-        qint64 time;
-        double value;
-    };
-
-    // Registration: curvedatadb_register.cpp
-    int enlistCurve(const QString& name, NewCurve newCurve);
-    int curveIdInCurrentFile(const QString& name, NewCurve newCurve);
-    int findCurve(const QString& name);
-    int insertCurve(const QString& name);
-
-    // The move to today's file: curvedatadb_attach.cpp
     void ensureCurrentDb();
-    void openCurrentDb(const QString& today);
-    bool reopenCurrentDb();
-    void takeUpCurrentDb();
-    bool registerKnownCurves();
-    void repairAttachment();
-    bool createBaseTables(const QSqlDatabase& db);
-    const QString& currentDayKey();
-    bool isCurrentOpen() const;
-    bool isAttachedToday();
-    void noteUse();
-
-    // Reading a file's catalogue: curvedatadb_load.cpp
-    bool loadMetadata(const QString& path);
-    void loadCurveNames(const QSqlDatabase& db, bool isCurrent);
-    void loadBatchList(const QSqlDatabase& db, bool isCurrent);
-    void loadExtremes(const QSqlDatabase& db, bool isCurrent);
+    int enlistCurve(const QString& name, scn::CurrentFile::NewCurve newCurve);
 
     // Readings one by one: curvedatadb_write.cpp
     const QString& dateKeyFor(qint64 timestamp);
     bool targetsCurrentFile(qint64 timestamp);
-    bool appendToCurrentFile(int curveId, qint64 timestamp, double value);
-    bool insertReading(scn::KeptInserts& inserts, const QSqlDatabase& db, const Reading& reading,
-                       bool& metReadOnly);
-    ManagedQuery* insertFor(scn::KeptInserts& inserts, const QSqlDatabase& db,
-                            const Reading& reading);
-    void updateMetadataCache(int curveId, qint64 timestamp, double value);
-
-    // Late readings, of another day: curvedatadb_late.cpp
-    bool appendToOtherFile(int curveId, qint64 timestamp, double value);
-    bool isLoaded(const QString& path, const QSqlDatabase& db) const;
-    void attachLateFile(const QSqlDatabase& db);
-    void loadOtherFile(const QString& path, const QSqlDatabase& db);
-    bool setUpOtherFile(const QSqlDatabase& db);
-    void restoreLateExtremes();
-    int curveIdInOtherFile(const QSqlDatabase& db, int curveId);
-
-    // Tables of batches: curvedatadb_batch.cpp
+    bool appendToCurrentFile(const scn::Reading& reading);
+    bool appendToOtherFile(const scn::Reading& reading);
     bool openForWrite(int curveId, qint64 timestamp);
-    bool createBatchTable(const DBBatchInfo& info, const QSqlDatabase& db, int curveId);
-    bool insertBatchRow(const DBBatchInfo& info, const QSqlDatabase& db, int curveId);
+    void updateMetadataCache(int curveId, qint64 timestamp, double value);
 
     // Many readings at once: curvedatadb_bulk.cpp
     void appendToFile(const QString& path, int curveId, const QVector<QPointF>& points);
@@ -234,16 +188,18 @@ private:
     mutable QRecursiveMutex m_mutex;
     bool m_batchLoadMode = false; ///< Once set, appendPoints() holds its points back for good.
     QThread* m_clearThread = nullptr;
-    std::atomic<bool> m_clearing{false}; ///< openDb() reads it without the mutex.
+
+    // No two of these exclude each other: the program may end while it clears, and whether the last
+    // reading was stored says nothing about the next. They are read without the mutex.
+    std::atomic<bool> m_clearing{false};
     std::atomic<bool> m_closedForExit{false};
     std::atomic<bool> m_refusing{false};
 
-    QString m_loadedPath; ///< The file loaded last, if that came to its end.
-
-    scn::CurrentFile m_today;
-    scn::LateFile m_late;
+    scn::DayFiles m_files{m_dataDir, m_clearing, m_closedForExit};
+    scn::StoreMemory m_memory{m_currentDbPath, m_currentDate, m_currentDb,
+                              m_curveNameMap,  m_metadataMap, m_batchList};
+    scn::CurrentFile m_today{m_memory, m_files};
+    scn::LateFile m_late{m_memory, m_files, m_today};
+    scn::BatchTableWriter m_tables{m_batchList, m_knownTables, m_today.attachment()};
     scn::TimeSliceCache m_readingSlice;
-    scn::TimeSliceCache m_nowSlice;
-    qint64 m_lastUseNoted = 0;
-    qint64 m_lastRepair = 0;
 };

@@ -39,18 +39,18 @@ void CurveDataDB::appendToFile(const QString& path, int curveId, const QVector<Q
     }
     const bool isCurrent = path == m_currentDbPath;
     if (isCurrent) {
-        repairAttachment();
+        m_today.repair();
     }
     const QSharedPointer<QSqlDatabase> db = isCurrent ? m_currentDb : openDb(path);
     if (!db || !db->isOpen()) {
         return;
     }
     if (isCurrent) {
-        noteUse();
+        m_today.noteUse();
     }
     insertPoints(*db, curveId, points);
     if (!isCurrent) {
-        loadMetadata(path);
+        m_late.load(path);
     }
     for (const QPointF& point : points) {
         updateMetadataCache(curveId, timeOf(point), point.y());
@@ -87,7 +87,7 @@ void CurveDataDB::insertPoints(const QSqlDatabase& db, int curveId, const QVecto
         }
         if (!query.prepare(insertPointSql(it.key())) || !query.execColumns({ids, times, values})) {
             qWarning() << "批量插入失败:" << query.errorText();
-            m_today.noteFailure(query);
+            m_today.attachment().noteFailure(query);
         }
     }
     if (!query.exec(kCommit)) {
@@ -106,4 +106,19 @@ void CurveDataDB::flushPending()
         appendPoints(it.key(), it.value());
     }
     m_pendingPoints.clear();
+}
+
+/// A chart calls this before it reads a window. What was held back is then in the file it reads,
+/// and the writer does not hold the connection: a read may evict it, or find its file replaced and
+/// reopen it. The next reading attaches again.
+void CurveDataDB::flushAndDetach()
+{
+    const QMutexLocker locker(&m_mutex);
+    const LockPatience patience;
+    if (!m_currentDb) {
+        return;
+    }
+    flushPending();
+    saveMetadata();
+    m_today.detach();
 }

@@ -43,8 +43,8 @@ void CurveDataDB::closeAllForClear()
     m_knownTables.clear();
     m_batchList.clear();
     m_today.forget();
-    m_late = LateFile();
-    m_loadedPath.clear();
+    m_late.forget();
+    m_memory.loadedPath.clear();
     if (m_currentDb) {
         m_currentDb.reset();
         ConnectionPool::instance().removeConnection(m_currentDbPath);
@@ -111,13 +111,11 @@ bool CurveDataDB::deleteCurveData(int curveId)
 {
     const QMutexLocker locker(&m_mutex);
     const LockPatience patience;
-    if (!isCurrentOpen()) {
+    if (!m_memory.isCurrentOpen()) {
         qCritical() << "数据库未打开，无法删除曲线数据";
         return false;
     }
-    m_today.inserts().drop(curveId);
-    m_today.forgetSavedExtremes(curveId);
-    m_today.doubt();
+    m_today.forgetCurve(curveId);
     ManagedQuery(*m_currentDb).exec(kBegin);
     if (!dropCurve(curveId)) {
         ManagedQuery(*m_currentDb).exec(kRollback);
@@ -133,8 +131,8 @@ bool CurveDataDB::deleteCurveData(int curveId)
     const auto extremes = m_metadataMap.find(curveId);
     if (extremes != m_metadataMap.end()) {
         *extremes = DBCurveMetadata();
-        m_today.noteChange(curveId);
-        m_late.changed.insert(curveId);
+        m_today.extremes().noteChange(curveId);
+        m_late.noteChange(curveId);
     }
     return true;
 }

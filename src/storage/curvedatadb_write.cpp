@@ -1,21 +1,33 @@
 #include "storage/curvedatadb.h"
 
+#include "storage/connectionpool.h"
 #include "storage/lockpatience.h"
 #include "storage/readingtime.h"
-#include "storage/statements.h"
+#include "storage/shardnaming.h"
 #include "storage/storeclock.h"
+
+#include <QDebug>
 
 using namespace scn;
 
-namespace {
-
-/// Whether a kept insert failed because it must be prepared again.
-bool isTableGone(const ManagedQuery& insert)
+int CurveDataDB::registerCurve(const QString& name)
 {
-    return saysMissingTable(insert.errorText()) || !insert.isUsable();
+    return enlistCurve(name, CurrentFile::NewCurve::Pause);
 }
 
-} // namespace
+int CurveDataDB::registerCurveAtOnce(const QString& name)
+{
+    return enlistCurve(name, CurrentFile::NewCurve::AtOnce);
+}
+
+int CurveDataDB::enlistCurve(const QString& name, CurrentFile::NewCurve newCurve)
+{
+    const QMutexLocker locker(&m_mutex);
+    const LockPatience patience;
+    const int curveId = m_today.registerCurve(name, newCurve);
+    m_refusing = m_refusing || curveId < 0;
+    return curveId;
+}
 
 void CurveDataDB::appendPoint(int curveId, qint64 timestamp, double value)
 {
@@ -25,20 +37,20 @@ void CurveDataDB::appendPoint(int curveId, qint64 timestamp, double value)
         return;
     }
     if (targetsCurrentFile(timestamp)) {
-        repairAttachment();
+        m_today.repair();
     } else {
         ensureCurrentDb();
     }
-    const bool isStored = targetsCurrentFile(timestamp)
-                              ? appendToCurrentFile(curveId, timestamp, value)
-                              : appendToOtherFile(curveId, timestamp, value);
+    const Reading reading{curveId, timestamp, value};
+    const bool isStored =
+        targetsCurrentFile(timestamp) ? appendToCurrentFile(reading) : appendToOtherFile(reading);
     m_refusing = !isStored && !m_clearing;
 }
 
 /// The key of a reading's day file; a reading from the future goes to today's.
 const QString& CurveDataDB::dateKeyFor(qint64 timestamp)
 {
-    return storeNow() < timestamp ? currentDayKey() : m_readingSlice.at(timestamp).dateKey;
+    return storeNow() < timestamp ? m_today.todayKey() : m_readingSlice.at(timestamp).dateKey;
 }
 
 bool CurveDataDB::targetsCurrentFile(qint64 timestamp)
@@ -47,56 +59,60 @@ bool CurveDataDB::targetsCurrentFile(qint64 timestamp)
 }
 
 /// False if the reading could not be stored.
-bool CurveDataDB::appendToCurrentFile(int curveId, qint64 timestamp, double value)
+bool CurveDataDB::appendToCurrentFile(const Reading& reading)
 {
-    if (!isCurrentOpen()) {
+    if (!m_memory.isCurrentOpen()) {
         return false;
     }
-    noteUse();
-    bool metReadOnly = false;
-    const bool isStored =
-        insertReading(m_today.inserts(), *m_currentDb, {curveId, timestamp, value}, metReadOnly);
-    if (metReadOnly) {
-        m_today.noteReadOnly();
-    }
-    updateMetadataCache(curveId, timestamp, value);
+    m_today.noteUse();
+    const bool isStored = m_today.store(reading, m_readingSlice.at(reading.time), [this, &reading] {
+        return openForWrite(reading.curveId, reading.time);
+    });
+    updateMetadataCache(reading.curveId, reading.time, reading.value);
     saveMetadata();
     return isStored;
 }
 
-/// Inserts a reading into a file, with a kept insert if there is one. One whose table is gone is
-/// prepared again, once.
-bool CurveDataDB::insertReading(KeptInserts& inserts, const QSqlDatabase& db,
-                                const Reading& reading, bool& metReadOnly)
+/// Stores a reading of another day, and gives today's file the extremes that follow. False if the
+/// reading could not be stored.
+bool CurveDataDB::appendToOtherFile(const Reading& reading)
 {
-    ManagedQuery* insert = insertFor(inserts, db, reading);
-    const auto isStored = [&insert, &reading] {
-        return insert && insert->execWith({reading.curveId, reading.time, reading.value});
-    };
-    if (isStored()) {
-        return true;
-    }
-    if (!insert) {
+    const QString path = dbPathForDate(dateKeyFor(reading.time));
+    const QSharedPointer<QSqlDatabase> db = openDb(path);
+    if (!db || !db->isOpen()) {
         return false;
     }
-    const bool tableGone = isTableGone(*insert);
-    metReadOnly = insert->metReadOnly();
-    inserts.drop(reading.curveId);
-    insert = tableGone ? insertFor(inserts, db, reading) : nullptr;
-    return isStored();
+    const bool isStored =
+        m_late.store(path, *db, reading, m_readingSlice.at(reading.time),
+                     [this, &reading] { return openForWrite(reading.curveId, reading.time); });
+    updateMetadataCache(reading.curveId, reading.time, reading.value);
+    saveMetadata();
+    ConnectionPool::instance().releaseConnection(path);
+    return isStored;
 }
 
-/// The insert for the table of a reading's batch, created if not known to exist; null if it cannot
-/// be prepared.
-ManagedQuery* CurveDataDB::insertFor(KeptInserts& inserts, const QSqlDatabase& db,
-                                     const Reading& reading)
+/// Ensures that the table of a reading's batch exists. True if it is known to.
+bool CurveDataDB::openForWrite(int curveId, qint64 timestamp)
 {
-    const TimeSlice& slice = m_readingSlice.at(reading.time);
-    if (ManagedQuery* kept = inserts.find(reading.curveId, slice)) {
-        return kept;
+    const qint64 start = alignToBatchStart(timestamp);
+    const QString path = dbPathForTime(start);
+    QSharedPointer<QSqlDatabase> db = m_currentDb;
+    if (path != m_currentDbPath) {
+        db = openDb(path);
+        if (!db || !db->isOpen()) {
+            qWarning() << "切换数据库失败:" << path;
+            return false;
+        }
+        curveId = m_late.curveIdIn(path, *db, curveId);
+        if (curveId < 0) {
+            return false;
+        }
     }
-    const bool tableExists = openForWrite(reading.curveId, reading.time) && slice.ownFile;
-    return inserts.prepare(db, reading.curveId, slice, tableExists);
+    if (!db || !db->isOpen()) {
+        qWarning() << "目标数据库连接无效";
+        return false;
+    }
+    return m_tables.ensure(*db, curveId, start, makeBatchName(timestamp));
 }
 
 /// The first reading sets all four. A bound of exactly zero counts as not set, so a true minimum of
@@ -116,16 +132,16 @@ void CurveDataDB::updateMetadataCache(int curveId, qint64 timestamp, double valu
     if (value > extremes.maxValue) {
         extremes.maxValue = value;
     }
-    m_today.noteChange(curveId);
-    m_late.changed.insert(curveId);
+    m_today.extremes().noteChange(curveId);
+    m_late.noteChange(curveId);
 }
 
 bool CurveDataDB::saveMetadata()
 {
     const QMutexLocker locker(&m_mutex);
     const LockPatience patience;
-    if (!isAttachedToday()) {
+    if (!m_today.isAttachedToday()) {
         ensureCurrentDb();
     }
-    return isCurrentOpen() && m_today.saveExtremes(*m_currentDb, m_metadataMap);
+    return m_today.saveExtremes();
 }

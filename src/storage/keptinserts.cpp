@@ -21,8 +21,47 @@ constexpr int kOwnCacheKib = 2000; // what SQLite takes unasked
 /// Marks an insert whose table is not known to exist; no batch starts there.
 constexpr qint64 kNoBatch = std::numeric_limits<qint64>::min();
 
+/// Whether an insert failed because it must be prepared again.
+bool isTableGone(const ManagedQuery& insert)
+{
+    return saysMissingTable(insert.errorText()) || !insert.isUsable();
+}
+
 } // namespace
 
+KeptInserts::Outcome KeptInserts::store(const QSqlDatabase& db, const Reading& reading,
+                                        const TimeSlice& slice, const OpenTable& openTable)
+{
+    ManagedQuery* insert = obtain(db, reading.curveId, slice, openTable);
+    const auto isStored = [&insert, &reading] {
+        return insert && insert->execWith({reading.curveId, reading.time, reading.value});
+    };
+    if (isStored()) {
+        return {true, false};
+    }
+    if (!insert) {
+        return {false, false};
+    }
+    const bool tableGone = isTableGone(*insert);
+    const bool metReadOnly = insert->metReadOnly();
+    drop(reading.curveId);
+    insert = tableGone ? obtain(db, reading.curveId, slice, openTable) : nullptr;
+    return {isStored(), metReadOnly};
+}
+
+/// The insert for the table of a batch, opened if not known to exist; null if it cannot be
+/// prepared.
+ManagedQuery* KeptInserts::obtain(const QSqlDatabase& db, int curveId, const TimeSlice& slice,
+                                  const OpenTable& openTable)
+{
+    if (ManagedQuery* kept = find(curveId, slice)) {
+        return kept;
+    }
+    const bool tableExists = openTable() && slice.ownFile;
+    return prepare(db, curveId, slice, tableExists);
+}
+
+/// Null if none is kept.
 ManagedQuery* KeptInserts::find(int curveId, const TimeSlice& slice) const
 {
     const auto kept = m_inserts.find(curveId);
@@ -30,6 +69,8 @@ ManagedQuery* KeptInserts::find(int curveId, const TimeSlice& slice) const
     return fits ? kept->second.query.get() : nullptr;
 }
 
+/// Null on failure. The insert is kept for this batch only if the table is known to exist: until
+/// then each reading looks for it again.
 ManagedQuery* KeptInserts::prepare(const QSqlDatabase& db, int curveId, const TimeSlice& slice,
                                    bool tableExists)
 {

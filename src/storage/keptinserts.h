@@ -3,23 +3,38 @@
 #include "storage/managedquery.h"
 #include "storage/timeslice.h"
 
+#include <functional>
 #include <memory>
 #include <unordered_map>
 
 namespace scn {
+
+/// A reading on its way to a file.
+struct Reading
+{
+    int curveId;
+    qint64 time; ///< Milliseconds since the epoch.
+    double value;
+};
 
 /// The prepared inserts of one file: one per curve, for the table of its latest batch. Preparing
 /// one per reading would cost as much as the reading.
 class KeptInserts
 {
 public:
-    /// The insert for the batch of a slice; null if none is kept.
-    ManagedQuery* find(int curveId, const TimeSlice& slice) const;
+    /// Ensures that the table of the reading's batch exists; true if it is known to.
+    using OpenTable = std::function<bool()>;
 
-    /// Prepares the insert for the batch of a slice; null on failure. It is kept for this batch
-    /// only if the table is known to exist: until then each reading looks for it again.
-    ManagedQuery* prepare(const QSqlDatabase& db, int curveId, const TimeSlice& slice,
-                          bool tableExists);
+    struct Outcome
+    {
+        bool isStored;
+        bool metReadOnly; ///< The connection cannot write.
+    };
+
+    /// Inserts a reading of a slice, with the kept insert if there is one. One whose table is gone
+    /// is prepared again, once.
+    Outcome store(const QSqlDatabase& db, const Reading& reading, const TimeSlice& slice,
+                  const OpenTable& openTable);
 
     /// Drops a curve's insert.
     void drop(int curveId) { m_inserts.erase(curveId); }
@@ -34,6 +49,11 @@ private:
         std::unique_ptr<ManagedQuery> query;
     };
 
+    ManagedQuery* find(int curveId, const TimeSlice& slice) const;
+    ManagedQuery* obtain(const QSqlDatabase& db, int curveId, const TimeSlice& slice,
+                         const OpenTable& openTable);
+    ManagedQuery* prepare(const QSqlDatabase& db, int curveId, const TimeSlice& slice,
+                          bool tableExists);
     void growCache(const QSqlDatabase& db);
 
     std::unordered_map<int, Insert> m_inserts;

@@ -1,4 +1,4 @@
-#include "storage/curvedatadb.h"
+#include "storage/batchtablewriter.h"
 
 #include "storage/shardnaming.h"
 #include "storage/statements.h"
@@ -7,52 +7,32 @@
 
 #include <algorithm>
 
-using namespace scn;
+namespace scn {
 
-/// Ensures that the table of a reading's batch exists. True if it is known to.
-bool CurveDataDB::openForWrite(int curveId, qint64 timestamp)
+bool BatchTableWriter::ensure(const QSqlDatabase& db, int curveId, qint64 batchStart,
+                              const QString& batchName)
 {
-    const qint64 start = alignToBatchStart(timestamp);
-    const QString path = dbPathForTime(start);
-    QSharedPointer<QSqlDatabase> db = m_currentDb;
-    if (path != m_currentDbPath) {
-        db = openDb(path);
-        if (!db || !db->isOpen()) {
-            qWarning() << "切换数据库失败:" << path;
-            return false;
-        }
-        if (!isLoaded(path, *db)) {
-            loadOtherFile(path, *db);
-        }
-        curveId = curveIdInOtherFile(*db, curveId);
-        if (curveId < 0) {
-            return false;
-        }
-    }
-    if (!db || !db->isOpen()) {
-        qWarning() << "目标数据库连接无效";
-        return false;
-    }
-    const QString table = makeTableName(curveId, makeBatchName(timestamp));
+    const QString table = makeTableName(curveId, batchName);
     {
-        ManagedQuery query(*db);
+        ManagedQuery query(db);
         if (query.run(QStringLiteral(
                           "SELECT 1 FROM batch_metadata WHERE curve_id = ? AND table_name = ?"),
                       {curveId, table}) &&
             query.next()) {
-            m_knownTables.insert(table, true);
+            m_known.insert(table, true);
             return true;
         }
     }
-    if (!createBatchTable({start, start + kBatchSpanMs, table}, *db, curveId)) {
+    if (!createBatchTable({batchStart, batchStart + kBatchSpanMs, table}, db, curveId)) {
         qWarning() << "创建分片表失败:" << table;
         return false;
     }
-    m_knownTables.insert(table, true);
+    m_known.insert(table, true);
     return true;
 }
 
-bool CurveDataDB::createBatchTable(const DBBatchInfo& info, const QSqlDatabase& db, int curveId)
+bool BatchTableWriter::createBatchTable(const DBBatchInfo& info, const QSqlDatabase& db,
+                                        int curveId)
 {
     ManagedQuery query(db);
     if (!query.exec(kBegin)) {
@@ -80,11 +60,11 @@ bool CurveDataDB::createBatchTable(const DBBatchInfo& info, const QSqlDatabase& 
         return false;
     }
     const bool listed =
-        std::any_of(m_batchList.cbegin(), m_batchList.cend(), [&info](const DBBatchInfo& batch) {
+        std::any_of(m_list.cbegin(), m_list.cend(), [&info](const DBBatchInfo& batch) {
             return batch.tableName == info.tableName;
         });
     if (!listed) {
-        m_batchList.append(info);
+        m_list.append(info);
     }
     if (!query.exec(kCommit)) {
         qWarning() << "提交事务失败:" << query.errorText();
@@ -95,7 +75,7 @@ bool CurveDataDB::createBatchTable(const DBBatchInfo& info, const QSqlDatabase& 
     return true;
 }
 
-bool CurveDataDB::insertBatchRow(const DBBatchInfo& info, const QSqlDatabase& db, int curveId)
+bool BatchTableWriter::insertBatchRow(const DBBatchInfo& info, const QSqlDatabase& db, int curveId)
 {
     ManagedQuery query(db);
     if (!query.prepare(QStringLiteral("INSERT OR IGNORE INTO batch_metadata "
@@ -112,3 +92,5 @@ bool CurveDataDB::insertBatchRow(const DBBatchInfo& info, const QSqlDatabase& db
     }
     return true;
 }
+
+} // namespace scn
