@@ -199,14 +199,16 @@ void CurrentFile::noteUse()
 int CurrentFile::registerCurve(const QString& name, NewCurve newCurve)
 {
     attach();
-    const bool isOpen = m_memory.isCurrentOpen() || reopen();
-    return isOpen ? registerCurveInFile(name, newCurve) : -1;
+    return registerCurveInFile(name, newCurve);
 }
 
-/// Before a new name it makes the pauses of two further look-ups, which give a newly cleared store
-/// time to settle.
+/// Reopens a connection that was closed meanwhile. Before a new name it makes the pauses of two
+/// further look-ups, which give a newly cleared store time to settle.
 int CurrentFile::registerCurveInFile(const QString& name, NewCurve newCurve)
 {
+    if (!m_memory.isCurrentOpen() && !reopen()) {
+        return -1;
+    }
     int curveId = findCurve(name);
     for (int pause = 0; curveId < 0 && newCurve == NewCurve::Pause &&
                         pause < storewaits::kRegisterPauses && !m_files.isClosedForExit();
