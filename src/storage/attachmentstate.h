@@ -31,7 +31,6 @@ public:
     /// Whether the file must be reopened before it can accept readings.
     bool isUnfit() const { return known() > Attachment::Doubted; }
     bool isReadOnly() const { return known() == Attachment::ReadOnly; }
-    bool isIncomplete() const { return known() == Attachment::Incomplete; }
 
     /// Whether memory agrees with the file as this connection shows it.
     bool isTrustedOn(const QString& path, const QString& connectionName) const;

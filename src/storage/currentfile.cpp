@@ -166,7 +166,7 @@ void CurrentFile::repair()
     m_attachment.doubt();
     m_memory.currentDate.clear();
     attach();
-    if (m_memory.isCurrentOpen() && !m_attachment.isIncomplete() && provenByOpening) {
+    if (m_memory.isCurrentOpen() && !m_attachment.isUnfit() && provenByOpening) {
         m_lastRepair = 0;
     }
 }

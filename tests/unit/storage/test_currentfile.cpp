@@ -19,6 +19,7 @@ using Answer = ScriptedConnection::Answer;
 namespace {
 
 constexpr qint64 kPresent = 1768210200000; // 12 January 2026, 09:30 UTC
+constexpr int kRepairMs = 5000;
 
 /// Hands out one connection, whatever the file.
 class OneConnection : public DayFiles
@@ -31,10 +32,12 @@ public:
 
     QSharedPointer<QSqlDatabase> open(const QString&) const override
     {
+        ++opened;
         return connection;
     }
 
     QSharedPointer<QSqlDatabase> connection;
+    mutable int opened = 0;
 };
 
 /// Today's file with the memory that it works on.
@@ -68,6 +71,7 @@ private slots:
 
     void connectionThatClosesWhileCurvesAreRegistered_data();
     void connectionThatClosesWhileCurvesAreRegistered();
+    void repairThatFindsTheFileReadOnlyWaits();
 
 private:
     const ZoneGuard m_zone{"UTC"};
@@ -115,6 +119,31 @@ void TestCurrentFile::connectionThatClosesWhileCurvesAreRegistered()
     QTEST(log.lines(), "log");
     QTEST(inserted, "inserted");
     QCOMPARE(scene.file.attachment().isUnfit(), !opensAgain);
+}
+
+/// What was only incomplete can turn out to be read-only as well when it is opened again.
+void TestCurrentFile::repairThatFindsTheFileReadOnlyWaits()
+{
+    const ScriptedConnection incomplete([](const QString&) { return Answer::MissingTable; });
+    const ScriptedConnection readOnly([](const QString&) { return Answer::ReadOnly; });
+    Scene scene;
+    const LogCapture log;
+    scene.files.connection = incomplete.database();
+    scene.file.attach();
+    QVERIFY(scene.file.attachment().isUnfit());
+    QVERIFY(!scene.file.attachment().isReadOnly());
+
+    scene.files.connection = readOnly.database();
+    scene.file.repair();
+    QVERIFY(scene.file.attachment().isReadOnly());
+    const int opened = scene.files.opened;
+    scene.file.repair();
+    advancePresent(kRepairMs - 1);
+    scene.file.repair();
+    QCOMPARE(scene.files.opened, opened);
+    advancePresent(1);
+    scene.file.repair();
+    QVERIFY(scene.files.opened > opened);
 }
 
 SCN_TEST(TestCurrentFile, QCoreApplication)
