@@ -85,7 +85,7 @@ MainWidget::MainWidget(QWidget* parent, const WindowTiming& timing)
         showReconnectView();
     }
     setStyleSheet(QStringLiteral("font-family:'Microsoft YaHei',Arial;"));
-    if (g_instrumentConnected && m_gate->isOpen()) {
+    if (m_runState->isConnected() && m_gate->isOpen()) {
         bringUp();
     }
 }
@@ -152,7 +152,7 @@ void MainWidget::bringUp()
     resize(600, 400);
     setVisible(false);
     // If the read-back has found the link dead, the recovery starts the acquisition.
-    if (g_instrumentConnected) {
+    if (m_runState->isConnected()) {
         m_readData->start();
     }
 }

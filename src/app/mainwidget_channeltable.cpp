@@ -1,6 +1,7 @@
 #include "app/mainwidget.h"
 
 #include "app/channeltable.h"
+#include "app/runstate.h"
 #include "app/scanmarks.h"
 #include "channels/advancedsetting.h"
 #include "channels/scanlist.h"
@@ -87,7 +88,7 @@ void MainWidget::onItemChanged(QTreeWidgetItem* item, int column)
             onChannelItemChanged(item, ScanColumn);
         }
         m_marks->rebuildScanChannels();
-        if (g_instrumentConnected && !sendScanList()) {
+        if (m_runState->isConnected() && !sendScanList()) {
             // It would refuse every later list with this change, too.
             m_marks->putBack(before);
         }

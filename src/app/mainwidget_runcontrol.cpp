@@ -182,7 +182,7 @@ void MainWidget::endScan()
 void MainWidget::recvStopScan()
 {
     assertGuiThread();
-    if (g_scanRunning) {
+    if (!m_runState->take(scn::RunEvent::ScanEnded)) {
         return;
     }
     stopElapsedTimer();
@@ -268,7 +268,7 @@ bool MainWidget::bringUpLate()
     bringUp();
     setGeometry(place);
     show();
-    if (g_instrumentConnected) {
+    if (m_runState->isConnected()) {
         m_reconnectView->stopLoading();
     }
     m_runState->take(RunEvent::RecoveryEnded);

@@ -2,47 +2,73 @@
 
 #include "common/threadassert.h"
 
-#include <QtGlobal>
-
 #include <algorithm>
 #include <iterator>
+#include <optional>
 
 namespace scn {
 
 namespace {
 
-struct Transition
-{
-    RunState from;
-    RunEvent event;
-    RunState to;
-};
-
 using State = RunState;
 using Event = RunEvent;
 
-/// The transitions of run(). Slots are also called by name, so some events can come at any time.
-constexpr Transition kTransitions[] = {
-    {State::Idle, Event::StartRequested, State::Starting},
-    {State::Starting, Event::StartDropped, State::Idle},
-    {State::Idle, Event::ScanStarted, State::Running},
-    {State::Starting, Event::ScanStarted, State::Running},
-    {State::Running, Event::ScanStarted, State::Running},
-    {State::Draining, Event::ScanStarted, State::Running},
-    {State::Running, Event::StopRequested, State::Draining},
-    {State::Draining, Event::StopRequested, State::Draining},
-    {State::Idle, Event::TimeElapsed, State::Idle},
-    {State::Starting, Event::TimeElapsed, State::Starting},
-    {State::Running, Event::TimeElapsed, State::Idle},
-    {State::Draining, Event::TimeElapsed, State::Idle},
-    {State::Running, Event::Unlocked, State::Idle},
+/// A set of states, one bit each.
+using States = unsigned;
+
+template <typename... Members>
+constexpr States setOf(Members... states)
+{
+    return (... | (1U << static_cast<unsigned>(states)));
+}
+
+constexpr bool contains(States set, State state)
+{
+    return (set & setOf(state)) != 0;
+}
+
+constexpr States kRuns = setOf(State::Idle, State::Starting, State::Running, State::Draining);
+constexpr States kUnsought = kRuns | setOf(State::Lost);
+constexpr States kConnected = kRuns | setOf(State::Reconnected);
+constexpr States kSought = setOf(State::Reconnecting, State::Reconnected);
+constexpr States kAll = kUnsought | kSought;
+
+/// Ends the suspension: the state is that of the run again, or Lost.
+constexpr std::optional<State> kSuspendedRun;
+
+struct Transition
+{
+    Event event;
+    States states; ///< as state() tells
+    States runs;   ///< as run() tells
+    std::optional<State> to;
 };
 
-const Transition* transitionFrom(RunState from, RunEvent event)
+/// Slots are also called by name, so some events can come at any time.
+constexpr Transition kTransitions[] = {
+    {Event::StartRequested, kRuns, setOf(State::Idle), State::Starting},
+    {Event::StartDropped, kAll, setOf(State::Starting), State::Idle},
+    {Event::ScanStarted, kRuns, kRuns, State::Running},
+    {Event::ScanEnded, kAll, setOf(State::Idle), State::Idle},
+    {Event::ScanEnded, kAll, setOf(State::Starting), State::Starting},
+    {Event::StopRequested, kAll, setOf(State::Running, State::Draining), State::Draining},
+    // The recovery stops a lost instrument and fetches its readings.
+    {Event::TimeElapsed, kConnected, setOf(State::Starting), State::Starting},
+    {Event::TimeElapsed, kConnected, setOf(State::Idle, State::Running, State::Draining),
+     State::Idle},
+    {Event::Unlocked, kAll, setOf(State::Running), State::Idle},
+    // The search under way decides whether the instrument is there.
+    {Event::LossReported, kUnsought, kRuns, State::Lost},
+    {Event::RecoveryRequested, kUnsought, kRuns, State::Reconnecting},
+    {Event::RecoveryEnded, kSought, kRuns, kSuspendedRun},
+};
+
+const Transition* transitionFor(RunEvent event, RunState state, RunState run)
 {
     const auto* found =
-        std::find_if(std::begin(kTransitions), std::end(kTransitions),
-                     [&](const Transition& row) { return row.from == from && row.event == event; });
+        std::find_if(std::begin(kTransitions), std::end(kTransitions), [&](const Transition& row) {
+            return row.event == event && contains(row.states, state) && contains(row.runs, run);
+        });
     return found != std::end(kTransitions) ? found : nullptr;
 }
 
@@ -56,10 +82,15 @@ RunStateMachine::RunStateMachine(std::atomic<bool>& scanRunning, std::atomic<boo
 
 RunState RunStateMachine::state() const
 {
+    return stateOver(run());
+}
+
+RunState RunStateMachine::stateOver(RunState run) const
+{
     if (m_isReconnecting) {
-        return State::Reconnecting;
+        return m_connected ? State::Reconnected : State::Reconnecting;
     }
-    return m_connected ? run() : State::Lost;
+    return m_connected ? run : State::Lost;
 }
 
 RunState RunStateMachine::run() const
@@ -71,73 +102,58 @@ RunState RunStateMachine::run() const
     return m_run == State::Starting ? State::Starting : State::Idle;
 }
 
-bool RunStateMachine::isLinkUp() const
+bool RunStateMachine::isConnected() const
 {
-    return m_connected && !m_isReconnecting;
+    return contains(kConnected, state());
 }
 
 bool RunStateMachine::allows(RunEvent event) const
 {
-    return allows(event, run());
-}
-
-bool RunStateMachine::allows(RunEvent event, RunState from) const
-{
-    switch (event) {
-    case Event::LossReported:
-    case Event::RecoveryRequested:
-        // The search under way decides whether the instrument is there.
-        return !m_isReconnecting;
-    case Event::RecoveryEnded:
-        return m_isReconnecting;
-    case Event::StartRequested:
-    case Event::ScanStarted:
-        return transitionFrom(from, event) && isLinkUp();
-    case Event::TimeElapsed:
-        // The recovery stops a lost instrument and fetches its readings.
-        return m_connected;
-    case Event::StartDropped:
-    case Event::StopRequested:
-    case Event::Unlocked:
-        return transitionFrom(from, event);
-    }
-    Q_UNREACHABLE();
+    const RunState current = run();
+    return transitionFor(event, stateOver(current), current) != nullptr;
 }
 
 bool RunStateMachine::take(RunEvent event)
 {
     // Read once: the acquisition thread may end the run meanwhile.
-    const RunState from = run();
-    if (!allows(event, from)) {
+    const RunState current = run();
+    const Transition* const transition = transitionFor(event, stateOver(current), current);
+    if (!transition) {
         return false;
     }
-    switch (event) {
-    case Event::LossReported:
-        m_connected = false;
-        break;
-    case Event::RecoveryRequested:
-        m_isReconnecting = true;
-        break;
-    case Event::RecoveryEnded:
+    if (transition->to == kSuspendedRun) {
         m_isReconnecting = false;
-        break;
-    default:
-        moveRun(transitionFrom(from, event)->to);
+    } else {
+        enter(*transition->to);
     }
     return true;
 }
 
-/// Writes the flag only where it must change: the acquisition thread may be clearing it.
-void RunStateMachine::moveRun(RunState to)
+void RunStateMachine::enter(RunState state)
 {
-    if (to == State::Running) {
+    switch (state) {
+    case State::Lost:
+        m_connected = false;
+        break;
+    case State::Reconnecting:
+        m_isReconnecting = true;
+        break;
+    default:
+        enterRun(state);
+    }
+}
+
+/// Writes the flag only where it must change: the acquisition thread may be clearing it.
+void RunStateMachine::enterRun(RunState run)
+{
+    if (run == State::Running) {
         m_scanRunning = true;
-    } else if (to == State::Idle) {
+    } else if (run == State::Idle) {
         m_scanRunning = false;
     }
-    m_run = to;
-    if (to == State::Draining || to == State::Running) {
-        m_isStoppedByButton = to == State::Draining;
+    m_run = run;
+    if (run == State::Draining || run == State::Running) {
+        m_isStoppedByButton = run == State::Draining;
     }
 }
 

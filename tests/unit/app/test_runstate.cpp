@@ -36,6 +36,8 @@ const char* nameOf(RunState state)
         return "lost";
     case RunState::Reconnecting:
         return "reconnecting";
+    case RunState::Reconnected:
+        return "reconnected";
     }
     return "";
 }
@@ -57,6 +59,7 @@ constexpr EventRow kEvents[] = {
     {RunEvent::StartRequested, "StartRequested", "S---", "----", "----", "----"},
     {RunEvent::StartDropped, "StartDropped", "-I--", "-I--", "-I--", "-I--"},
     {RunEvent::ScanStarted, "ScanStarted", "RRRR", "----", "----", "----"},
+    {RunEvent::ScanEnded, "ScanEnded", "IS--", "IS--", "IS--", "IS--"},
     {RunEvent::StopRequested, "StopRequested", "--DD", "--DD", "--DD", "--DD"},
     {RunEvent::TimeElapsed, "TimeElapsed", "ISII", "----", "----", "ISII"},
     {RunEvent::Unlocked, "Unlocked", "--I-", "--I-", "--I-", "--I-"},
@@ -102,8 +105,9 @@ RunState stateOf(RunState run, Link link)
     case Link::Lost:
         return RunState::Lost;
     case Link::Searched:
-    case Link::Found:
         return RunState::Reconnecting;
+    case Link::Found:
+        return RunState::Reconnected;
     }
     return run;
 }
@@ -211,7 +215,9 @@ void TestRunState::everyEventInEveryState()
     QCOMPARE(nameOf(bench.machine.run()), nameOf(newRun));
     QCOMPARE(nameOf(bench.machine.state()), nameOf(stateOf(newRun, newLink)));
     QCOMPARE(bench.scanRunning.load(), isScanning(newRun));
-    QCOMPARE(bench.connected.load(), newLink == Link::Up || newLink == Link::Found);
+    const bool isConnected = newLink == Link::Up || newLink == Link::Found;
+    QCOMPARE(bench.connected.load(), isConnected);
+    QCOMPARE(bench.machine.isConnected(), isConnected);
 }
 
 void TestRunState::acquisitionEndsTheScan()
