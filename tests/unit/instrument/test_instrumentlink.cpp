@@ -1,6 +1,7 @@
 #include "instrument/cdevicevisa.h"
 #include "instrument/visabinding.h"
 #include "support/testprogram.h"
+#include "unit/visa/backgroundwork_posix.h"
 #include "unit/visa/peers_posix.h"
 #include "visa/visaprovider.h"
 
@@ -30,6 +31,20 @@ protected:
 private:
     CDeviceVisa& m_device;
 };
+
+/// What the gate makes of a reply that comes once the whole command has arrived.
+template <class Peer>
+QString replyTo(const QByteArray& command, const QByteArray& reply, CDeviceVisa& device, Peer& peer)
+{
+    std::thread instrument([&] {
+        if (peer.receive(command.size() + 1) == command + '\n') {
+            peer.send(reply);
+        }
+    });
+    const QString shown = device.sendCommand(QString::fromLatin1(command), 5000);
+    instrument.join();
+    return shown;
+}
 
 } // namespace
 
@@ -67,16 +82,14 @@ void TestInstrumentLink::exchangeOverTcp()
     CDeviceVisa device(nullptr);
     QVERIFY(device.connectDevice(QString::fromLatin1(peer.resource())));
     QVERIFY(peer.accept());
-    QByteArray command;
-    std::thread instrument([&] {
-        command = peer.receive(6);
-        peer.send("maker,model,");
-        std::this_thread::sleep_for(std::chrono::milliseconds(20));
-        peer.send("serial,1.0\r\n");
-    });
-    const QString reply = device.sendCommand(QStringLiteral("*IDN?"), 5000);
-    instrument.join();
-    QCOMPARE(command, QByteArray("*IDN?\n"));
+    QString reply;
+    BackgroundWork asker([&] { reply = device.sendCommand(QStringLiteral("*IDN?"), 5000); });
+    QCOMPARE(peer.receive(6), QByteArray("*IDN?\n"));
+    peer.send("maker,model,");
+    // It has taken this much, and waits for the rest.
+    QVERIFY(asker.waitUntilInPoll());
+    peer.send("serial,1.0\r\n");
+    asker.join();
     QCOMPARE(reply, QStringLiteral("maker,model,serial,1.0"));
     QCOMPARE(device.lastError(), QString());
 }
@@ -86,15 +99,8 @@ void TestInstrumentLink::exchangeOverASerialPort()
     PtyPeer peer;
     CDeviceVisa device(nullptr);
     QVERIFY(device.connectDevice(QString::fromLatin1(peer.resource())));
-    QByteArray command;
-    std::thread instrument([&] {
-        command = peer.receive(6);
-        peer.send("maker,model,serial,1.0\n");
-    });
-    const QString reply = device.sendCommand(QStringLiteral("*IDN?"), 5000);
-    instrument.join();
-    QCOMPARE(command, QByteArray("*IDN?\n"));
-    QCOMPARE(reply, QStringLiteral("maker,model,serial,1.0"));
+    QCOMPARE(replyTo("*IDN?", "maker,model,serial,1.0\n", device, peer),
+             QStringLiteral("maker,model,serial,1.0"));
 }
 
 void TestInstrumentLink::lateReplyIsNotTakenForTheNextOne()
@@ -110,14 +116,8 @@ void TestInstrumentLink::lateReplyIsNotTakenForTheNextOne()
                        "VI_ERROR_TMO: the time-out expired before the operation was complete"));
     QCOMPARE(peer.receive(6), QByteArray("SLOW?\n"));
     QVERIFY(peer.send("slow\n"));
-    QTest::qWait(20);
-    std::thread instrument([&] {
-        peer.receive(6);
-        peer.send("next\n");
-    });
-    const QString reply = device.sendCommand(QStringLiteral("NEXT?"), 5000);
-    instrument.join();
-    QCOMPARE(reply, QStringLiteral("next"));
+    QVERIFY(peer.waitUntilArrived());
+    QCOMPARE(replyTo("NEXT?", "next\n", device, peer), QStringLiteral("next"));
 }
 
 void TestInstrumentLink::replyThatFillsTheBufferFails()
@@ -126,13 +126,7 @@ void TestInstrumentLink::replyThatFillsTheBufferFails()
     CDeviceVisa device(nullptr);
     QVERIFY(device.connectDevice(QString::fromLatin1(peer.resource())));
     QVERIFY(peer.accept());
-    std::thread instrument([&] {
-        peer.receive(3);
-        peer.send(QByteArray(40959, 'r'));
-    });
-    const QString reply = device.sendCommand(QStringLiteral("R?"), 5000);
-    instrument.join();
-    QCOMPARE(reply, QString());
+    QCOMPARE(replyTo("R?", QByteArray(40959, 'r'), device, peer), QString());
     QCOMPARE(device.lastError(),
              QStringLiteral("读取响应失败: "
                             "VI_SUCCESS_MAX_CNT: as many bytes were read as were asked for"));
@@ -144,8 +138,8 @@ void TestInstrumentLink::lostInstrumentFailsAtOnceUntilConnectedAgain()
     CDeviceVisa device(nullptr);
     QVERIFY(device.connectDevice(QString::fromLatin1(peer.resource())));
     QVERIFY(peer.accept());
+    QVERIFY(peer.finishSending());
     peer.close();
-    QTest::qWait(20);
     QElapsedTimer timer;
     timer.start();
     for (int i = 0; i < 3; ++i) {
@@ -158,13 +152,7 @@ void TestInstrumentLink::lostInstrumentFailsAtOnceUntilConnectedAgain()
     QVERIFY(timer.elapsed() < 1000);
     QVERIFY(device.connectDevice(QString::fromLatin1(peer.resource())));
     QVERIFY(peer.accept());
-    std::thread instrument([&] {
-        peer.receive(6);
-        peer.send("back\n");
-    });
-    const QString reply = device.sendCommand(QStringLiteral("*IDN?"), 5000);
-    instrument.join();
-    QCOMPARE(reply, QStringLiteral("back"));
+    QCOMPARE(replyTo("*IDN?", "back\n", device, peer), QStringLiteral("back"));
 }
 
 void TestInstrumentLink::nobodyListens()
@@ -189,13 +177,7 @@ void TestInstrumentLink::terminatedThreadLeavesTheGateFree()
     QCOMPARE(peer.receive(5), QByteArray("ASK?\n"));
     thread.terminate();
     QVERIFY(thread.wait(5000));
-    std::thread instrument([&] {
-        peer.receive(6);
-        peer.send("still here\n");
-    });
-    const QString reply = device.sendCommand(QStringLiteral("*IDN?"), 5000);
-    instrument.join();
-    QCOMPARE(reply, QStringLiteral("still here"));
+    QCOMPARE(replyTo("*IDN?", "still here\n", device, peer), QStringLiteral("still here"));
 }
 
 void TestInstrumentLink::interruptedThreadLeavesItsExchange()

@@ -1,9 +1,13 @@
 #include "unit/visa/peers_posix.h"
 
+#include <QTest>
+
 #include <arpa/inet.h>
 #include <fcntl.h>
+#include <linux/sockios.h>
 #include <netinet/tcp.h>
 #include <poll.h>
+#include <sys/ioctl.h>
 #include <sys/socket.h>
 #include <termios.h>
 #include <unistd.h>
@@ -95,6 +99,15 @@ bool TcpPeer::send(const QByteArray& bytes)
     return true;
 }
 
+bool TcpPeer::waitUntilArrived() const
+{
+    const auto isAcknowledged = [this] {
+        int pending = -1;
+        return ::ioctl(m_connection, SIOCOUTQ, &pending) == 0 && pending == 0;
+    };
+    return QTest::qWaitFor(isAcknowledged, kPatienceMs);
+}
+
 QByteArray TcpPeer::receive(int count)
 {
     return receiveAll(m_connection, count, [this](char* chunk, std::size_t size) {
@@ -107,9 +120,16 @@ void TcpPeer::close()
     closeDescriptor(m_connection);
 }
 
-void TcpPeer::finishSending()
+bool TcpPeer::finishSending()
 {
     ::shutdown(m_connection, SHUT_WR);
+    const auto isAcknowledged = [this] {
+        tcp_info info = {};
+        socklen_t size = sizeof info;
+        return ::getsockopt(m_connection, IPPROTO_TCP, TCP_INFO, &info, &size) == 0 &&
+               info.tcpi_state == TCP_FIN_WAIT2;
+    };
+    return QTest::qWaitFor(isAcknowledged, kPatienceMs);
 }
 
 void TcpPeer::reset()
@@ -155,6 +175,18 @@ bool PtyPeer::send(const QByteArray& bytes)
         sent += static_cast<int>(count);
     }
     return true;
+}
+
+bool PtyPeer::waitUntilArrived(int count) const
+{
+    int end = ::open(m_device.constData(), O_RDWR | O_NOCTTY | O_CLOEXEC);
+    const auto isWaiting = [end, count] {
+        int pending = 0;
+        return ::ioctl(end, FIONREAD, &pending) == 0 && pending == count;
+    };
+    const bool arrived = QTest::qWaitFor(isWaiting, kPatienceMs);
+    closeDescriptor(end);
+    return arrived;
 }
 
 QByteArray PtyPeer::receive(int count)

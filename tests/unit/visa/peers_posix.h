@@ -22,14 +22,19 @@ public:
     /// Sends all bytes; false if the peer is gone.
     bool send(const QByteArray& bytes);
 
+    /// Returns once everything sent has reached the client's side of the connection; false if it
+    /// does not within 5 s.
+    bool waitUntilArrived() const;
+
     /// Received bytes, at least as many as requested; fewer if the time runs out (5 s) or the
     /// client is gone.
     QByteArray receive(int count);
 
     /// Closes the connection: the client sees an end of file.
     void close();
-    /// Shuts down sending; the client may go on sending.
-    void finishSending();
+    /// Shuts down sending and returns once the client's side knows; false if it does not within
+    /// 5 s. The client may go on sending.
+    bool finishSending();
     /// Closes the connection with a reset.
     void reset();
     /// Stops listening.
@@ -59,6 +64,10 @@ public:
     QByteArray resource() const { return "ASRL" + m_device + "::INSTR"; }
 
     bool send(const QByteArray& bytes);
+
+    /// Returns once this many bytes wait at the program's end; false if they do not within 5 s.
+    bool waitUntilArrived(int count) const;
+
     QByteArray receive(int count);
 
     /// Hangs up the line.

@@ -1,4 +1,5 @@
 #include "support/testprogram.h"
+#include "unit/visa/backgroundwork_posix.h"
 #include "unit/visa/peers_posix.h"
 #include "unit/visa/providersession.h"
 
@@ -223,16 +224,16 @@ void TestSerialTransport::replyInManyPiecesIsJoined()
         reply += QByteArray::number(i) + ",";
     }
     reply += "end\n";
-    std::thread sender([&] {
-        for (int i = 0; i < reply.size(); i += 7) {
-            peer.send(reply.mid(i, 7));
-            if (i % 70 == 0) {
-                std::this_thread::sleep_for(std::chrono::milliseconds(2));
-            }
+    ReadOutcome outcome = {};
+    BackgroundWork reader([&] { outcome = session.read(); });
+    for (int i = 0; i < reply.size(); i += 7) {
+        // Now and then the reader has taken all there is.
+        if (i % 70 == 0) {
+            QVERIFY(reader.waitUntilInPoll());
         }
-    });
-    const ReadOutcome outcome = session.read();
-    sender.join();
+        peer.send(reply.mid(i, 7));
+    }
+    reader.join();
     QCOMPARE(outcome.status, VI_SUCCESS_TERM_CHAR);
     QCOMPARE(outcome.bytes, reply);
 }
@@ -296,7 +297,7 @@ void TestSerialTransport::writeDiscardsALateReply()
     QCOMPARE(session.read().status, VI_ERROR_TMO);
     QCOMPARE(peer.receive(7), QByteArray("FIRST?\n"));
     QVERIFY(peer.send("reply to the first\n"));
-    QTest::qWait(20);
+    QVERIFY(peer.waitUntilArrived(19));
     session.set(VI_ATTR_TMO_VALUE, 2000);
     QCOMPARE(session.write("SECOND?\n"), VI_SUCCESS);
     QCOMPARE(peer.receive(8), QByteArray("SECOND?\n"));
@@ -309,16 +310,15 @@ void TestSerialTransport::hangUpInRead()
     PtyPeer peer;
     ProviderSession session(peer.resource());
     session.set(VI_ATTR_TMO_VALUE, 10000);
-    std::thread leaver([&] {
-        std::this_thread::sleep_for(std::chrono::milliseconds(50));
-        peer.close();
-    });
+    ReadOutcome outcome = {};
+    BackgroundWork reader([&] { outcome = session.read(); });
+    QVERIFY(reader.waitUntilInPoll());
     QElapsedTimer timer;
     timer.start();
-    const ReadOutcome outcome = session.read();
-    leaver.join();
+    peer.close();
+    reader.join();
     QCOMPARE(outcome.status, VI_ERROR_CONN_LOST);
-    QVERIFY(timer.elapsed() < 50 + kGenerousMs);
+    QVERIFY(timer.elapsed() < kGenerousMs);
     timer.start();
     for (int i = 0; i < 5; ++i) {
         QCOMPARE(session.write("*IDN?\n"), VI_ERROR_CONN_LOST);
@@ -341,16 +341,15 @@ void TestSerialTransport::hangUpInAWriteThatWaits()
     PtyPeer peer;
     ProviderSession session(peer.resource());
     session.set(VI_ATTR_TMO_VALUE, 10000);
-    std::thread leaver([&] {
-        std::this_thread::sleep_for(std::chrono::milliseconds(50));
-        peer.close();
-    });
+    ViStatus status = VI_SUCCESS;
+    BackgroundWork writer([&] { status = session.write(QByteArray(1 << 20, 'w')); });
+    QVERIFY(writer.waitUntilInPoll());
     QElapsedTimer timer;
     timer.start();
-    const ViStatus status = session.write(QByteArray(1 << 20, 'w'));
-    leaver.join();
+    peer.close();
+    writer.join();
     QCOMPARE(status, VI_ERROR_CONN_LOST);
-    QVERIFY(timer.elapsed() < 50 + kGenerousMs);
+    QVERIFY(timer.elapsed() < kGenerousMs);
 }
 
 void TestSerialTransport::settingsOfALineThatIsHungUp()

@@ -1,10 +1,12 @@
 #include "posix/filedescriptor.h"
 #include "support/testprogram.h"
+#include "unit/visa/backgroundwork_posix.h"
 #include "unit/visa/peers_posix.h"
 #include "unit/visa/providersession.h"
 
 #include <QDir>
 #include <QElapsedTimer>
+#include <QSemaphore>
 #include <QTest>
 #include <QThread>
 
@@ -16,7 +18,6 @@
 #include <atomic>
 #include <csignal>
 #include <functional>
-#include <future>
 #include <memory>
 #include <thread>
 #include <vector>
@@ -34,49 +35,45 @@ public:
     {
     }
 
+    bool isInPoll() const { return m_id != 0 && ::isInPoll(m_id); }
+
 protected:
-    void run() override { m_work(); }
+    void run() override
+    {
+        m_id = ::gettid();
+        m_work();
+    }
 
 private:
     const std::function<void()> m_work;
+    std::atomic<pid_t> m_id{0};
 };
 
-/// A read on a thread of its own.
+/// A read on a thread of its own, which waits for its first byte when the constructor returns.
 class BackgroundRead
 {
 public:
     explicit BackgroundRead(ProviderSession& session)
-        : m_thread([this, &session] {
-            m_started.set_value();
-            m_outcome = session.read();
-        })
+        : m_work([this, &session] { m_outcome = session.read(); })
+        , m_waits(m_work.waitUntilInPoll())
     {
-        m_started.get_future().wait();
-        // Long enough for a running thread to get from here into its wait.
-        std::this_thread::sleep_for(std::chrono::milliseconds(50));
     }
-    ~BackgroundRead()
-    {
-        if (m_thread.joinable()) {
-            m_thread.join();
-        }
-    }
-    BackgroundRead(const BackgroundRead&) = delete;
-    BackgroundRead& operator=(const BackgroundRead&) = delete;
+
+    bool waits() const { return m_waits; }
 
     /// Sends the reading thread a signal.
-    void signal(int number) { ::pthread_kill(m_thread.native_handle(), number); }
+    void signal(int number) { m_work.signal(number); }
 
     ReadOutcome outcome()
     {
-        m_thread.join();
+        m_work.join();
         return m_outcome;
     }
 
 private:
-    std::promise<void> m_started;
     ReadOutcome m_outcome = {VI_SUCCESS, {}};
-    std::thread m_thread;
+    BackgroundWork m_work;
+    bool m_waits;
 };
 
 constexpr qint64 kGenerousMs = 1000;
@@ -146,6 +143,7 @@ void TestVisaThreads::closingEndsAReadInAnotherThread()
     ProviderSession session(serial ? pty.resource() : tcp.resource());
     session.set(VI_ATTR_TMO_VALUE, 20000);
     BackgroundRead read(session);
+    QVERIFY(read.waits());
     QElapsedTimer timer;
     timer.start();
     const ViStatus closed = session.close();
@@ -181,6 +179,7 @@ void TestVisaThreads::closingTheResourceManagerEndsAReadInAnotherThread()
     ProviderSession session(peer.resource());
     session.set(VI_ATTR_TMO_VALUE, 20000);
     BackgroundRead read(session);
+    QVERIFY(read.waits());
     QCOMPARE(providerVisaTable().viClose(session.resourceManager()), VI_SUCCESS);
     QCOMPARE(read.outcome().status, VI_ERROR_ABORT);
 }
@@ -191,14 +190,19 @@ void TestVisaThreads::openingAndClosingWhileOthersRead()
     std::atomic<bool> stop{false};
     std::atomic<ViSession> current{0};
     std::atomic<int> strange{0};
+    std::atomic<ViSession> lastRead{0};
+    QSemaphore reads;
     std::vector<std::thread> users;
     for (int i = 0; i < 3; ++i) {
         users.emplace_back([&] {
             const VisaTable& visa = providerVisaTable();
             while (!stop) {
                 ViByte buffer[16];
-                const ViStatus read = visa.viRead(current, buffer, sizeof buffer, nullptr);
-                const ViStatus set = visa.viSetAttribute(current, VI_ATTR_TMO_VALUE, 5);
+                const ViSession session = current;
+                lastRead = session;
+                reads.release();
+                const ViStatus read = visa.viRead(session, buffer, sizeof buffer, nullptr);
+                const ViStatus set = visa.viSetAttribute(session, VI_ATTR_TMO_VALUE, 5);
                 for (const ViStatus status : {read, set}) {
                     if (status != VI_SUCCESS && status != VI_ERROR_TMO &&
                         status != VI_ERROR_ABORT && status != VI_ERROR_INV_OBJECT) {
@@ -212,7 +216,9 @@ void TestVisaThreads::openingAndClosingWhileOthersRead()
         ProviderSession session(peer.resource());
         session.set(VI_ATTR_TMO_VALUE, 1000);
         current = session.handle();
-        std::this_thread::sleep_for(std::chrono::microseconds(500));
+        while (lastRead != current) {
+            reads.acquire();
+        }
         session.close();
     }
     stop = true;
@@ -333,6 +339,7 @@ void TestVisaThreads::writeDuringAReadThatWaits()
     QVERIFY(peer.accept());
     session.set(VI_ATTR_TMO_VALUE, 10000);
     BackgroundRead read(session);
+    QVERIFY(read.waits());
     QElapsedTimer timer;
     timer.start();
     const ViStatus written = session.write("ABOR\n");
@@ -354,6 +361,7 @@ void TestVisaThreads::signalsDoNotEndARead()
     QVERIFY(peer.accept());
     session.set(VI_ATTR_TMO_VALUE, 10000);
     BackgroundRead read(session);
+    QVERIFY(read.waits());
     for (int i = 0; i < 3; ++i) {
         read.signal(SIGUSR1);
         QTRY_COMPARE(handled.load(), i + 1);
@@ -392,8 +400,7 @@ void TestVisaThreads::terminatedThreadLeavesASessionThatWorks()
         }
     });
     thread.start();
-    QTest::qWait(100);
-    QVERIFY(thread.isRunning());
+    QTRY_VERIFY(thread.isInPoll());
     thread.terminate();
     QVERIFY(thread.wait(5000));
     // Discards what the write had sent.
