@@ -106,7 +106,7 @@ std::string readingCount(CommandContext& s)
 
 /// One record: the value, then unit, time, channel and alarm as the format settings say. The value
 /// has a sign, so a record at the front of a block never starts with a digit.
-std::string record(const Reading& reading, const ReadingFormat& format)
+std::string record(const MemoryReading& reading, const ReadingFormat& format)
 {
     std::string text = longNumber(reading.value);
     if (format.unit) {
@@ -134,7 +134,8 @@ CommandResult takeReadings(CommandContext& s, Arguments& a)
         return refuse(a.error());
     }
     std::string records;
-    for (const Reading& reading : s.instrument.memory().take(static_cast<std::size_t>(wanted))) {
+    for (const MemoryReading& reading :
+         s.instrument.memory().take(static_cast<std::size_t>(wanted))) {
         if (!records.empty()) {
             records += ',';
         }

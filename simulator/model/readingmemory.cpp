@@ -6,7 +6,7 @@
 
 namespace scnsim {
 
-void ReadingMemory::store(Reading reading)
+void ReadingMemory::store(MemoryReading reading)
 {
     if (m_readings.size() == m_capacity) {
         m_readings.pop_front();
@@ -17,12 +17,12 @@ void ReadingMemory::store(Reading reading)
     m_readings.push_back(std::move(reading));
 }
 
-std::vector<Reading> ReadingMemory::take(std::size_t count)
+std::vector<MemoryReading> ReadingMemory::take(std::size_t count)
 {
     const auto end = std::next(m_readings.begin(),
                                static_cast<std::ptrdiff_t>(std::min(count, m_readings.size())));
-    std::vector<Reading> taken(std::make_move_iterator(m_readings.begin()),
-                               std::make_move_iterator(end));
+    std::vector<MemoryReading> taken(std::make_move_iterator(m_readings.begin()),
+                                     std::make_move_iterator(end));
     m_readings.erase(m_readings.begin(), end);
     if (m_loss == Loss::Reported && !taken.empty()) {
         m_loss = Loss::Nothing;

@@ -12,7 +12,7 @@ namespace scnsim {
 constexpr double kOverload = 9.9e37;
 
 /// One reading as the memory holds it.
-struct Reading
+struct MemoryReading
 {
     double value = 0;
     std::string unit;
@@ -33,10 +33,10 @@ public:
     {
     }
 
-    void store(Reading reading);
+    void store(MemoryReading reading);
 
     /// Removes and returns up to this many of the oldest.
-    std::vector<Reading> take(std::size_t count);
+    std::vector<MemoryReading> take(std::size_t count);
 
     std::size_t count() const { return m_readings.size(); }
     void clear();
@@ -49,7 +49,7 @@ private:
     enum class Loss { Nothing, Unreported, Reported };
 
     std::size_t m_capacity;
-    std::deque<Reading> m_readings;
+    std::deque<MemoryReading> m_readings;
     Loss m_loss = Loss::Nothing;
 };
 

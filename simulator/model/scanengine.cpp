@@ -129,7 +129,7 @@ void ScanEngine::takeReading(const Step& step)
 {
     const Meter::Result result =
         m_meter.measure(step.channel, m_configuration.channels.at(step.channel), step.begin);
-    Reading reading;
+    MemoryReading reading;
     reading.value = result.value;
     reading.unit = result.unit;
     reading.stampMs = m_clock.milliseconds(step.begin);

@@ -104,14 +104,14 @@ void TestSimModel::memoryTakesFromTheFront()
 {
     ReadingMemory memory(3);
     for (int channel = 101; channel <= 105; ++channel) {
-        Reading reading;
+        MemoryReading reading;
         reading.channel = channel;
         memory.store(reading);
     }
     QCOMPARE(memory.count(), std::size_t{3});
     QVERIFY(memory.takeLossNotice());
     QVERIFY(!memory.takeLossNotice());
-    const std::vector<Reading> taken = memory.take(2);
+    const std::vector<MemoryReading> taken = memory.take(2);
     QCOMPARE(taken.size(), std::size_t{2});
     QCOMPARE(taken[0].channel, 103);
     QCOMPARE(memory.take(9).size(), std::size_t{1});
