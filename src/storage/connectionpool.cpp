@@ -9,6 +9,7 @@
 #include <QDebug>
 #include <QThread>
 
+#include <algorithm>
 #include <atomic>
 
 using namespace scn;
@@ -16,6 +17,8 @@ using namespace scn;
 namespace {
 
 constexpr int kMaxConnections = 30;
+constexpr qint64 kIdleLimitMs = std::chrono::milliseconds(storewaits::kIdleLimit).count();
+constexpr int kLastEventsMs = 100;
 
 std::atomic<bool> g_poolExists{false};
 
@@ -73,7 +76,7 @@ QSharedPointer<QSqlDatabase> ConnectionPool::acquireConnection(const QString& pa
             return {};
         }
         entry->lastUse = storeNow();
-        return lend(*entry);
+        return entry->lend();
     };
     if (auto connection = pooled()) {
         return connection;
@@ -94,17 +97,11 @@ QSharedPointer<QSqlDatabase> ConnectionPool::acquireConnection(const QString& pa
         evictOldestLocked();
     }
 
-    QSqlDatabase created = createConnection(path);
+    const QSqlDatabase created = createConnection(path);
     if (!created.isOpen()) {
         return {};
     }
-    ConnectionInfo info;
-    info.connection = QSharedPointer<QSqlDatabase>::create(created);
-    info.lastUse = storeNow();
-    info.file = fileIdentity(path);
-    info.mutex = connectionMutex(created.connectionName());
-    const auto entry = m_connections.insert(path, info);
-    return lend(*entry);
+    return m_connections.insert(path, ConnectionInfo::of(created, path))->lend();
 }
 
 void ConnectionPool::releaseConnection(const QString& path)
@@ -132,7 +129,7 @@ bool ConnectionPool::isHeld(const QString& path) const
 {
     const QMutexLocker locker(&m_mutex);
     const auto entry = m_connections.constFind(path);
-    return entry != m_connections.constEnd() && *entry->holders > 0;
+    return entry != m_connections.constEnd() && entry->isHeld();
 }
 
 qint64 ConnectionPool::lastUse(const QString& path) const
@@ -151,15 +148,150 @@ bool ConnectionPool::takeEntry(const QString& path, ConnectionInfo* info)
     return !info->connection.isNull();
 }
 
-/// Holders get a separate pointer whose end is counted, so the pool knows whether anyone still
-/// holds the connection.
-QSharedPointer<QSqlDatabase> ConnectionPool::lend(ConnectionInfo& info)
+void ConnectionPool::closeConnection(const QString& path, bool alreadyLocked)
 {
-    info.holders->fetch_add(1);
-    return QSharedPointer<QSqlDatabase>(
-        info.connection.data(),
-        [own = info.connection, holders = info.holders](QSqlDatabase*) mutable {
-            own.reset();
-            holders->fetch_sub(1);
-        });
+    if (!alreadyLocked) {
+        m_mutex.lock();
+    }
+    ConnectionInfo info;
+    const bool taken = takeEntry(path, &info);
+    m_mutex.unlock();
+
+    if (taken) {
+        const QString name = info.name();
+        info.drainAndClose();
+        if (QSqlDatabase::contains(name)) {
+            QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents, kLastEventsMs);
+            forgetName(name, info.holders);
+        } else {
+            qDebug() << "连接名已不存在:" << name;
+        }
+    }
+    if (alreadyLocked) {
+        m_mutex.lock();
+    }
+}
+
+void ConnectionPool::discardConnection(const QString& path)
+{
+    const QMutexLocker locker(&m_mutex);
+    discardLocked(path);
+}
+
+void ConnectionPool::discardLocked(const QString& path)
+{
+    ConnectionInfo info;
+    if (!takeEntry(path, &info)) {
+        return;
+    }
+    const QString name = info.name();
+    info.closeAtOnce();
+    m_retired.add(name, info.holders);
+    m_retired.purge();
+}
+
+void ConnectionPool::closeAllConnections()
+{
+    QStringList paths;
+    {
+        const QMutexLocker locker(&m_mutex);
+        paths = m_connections.keys();
+    }
+    for (const QString& path : qAsConst(paths)) {
+        removeConnection(path);
+        storeSleep(storewaits::kCloseGap);
+    }
+}
+
+void ConnectionPool::evictOldestConnection()
+{
+    const QMutexLocker locker(&m_mutex);
+    evictOldestLocked();
+}
+
+/// Does not wait: no thread holds the connection, and a process that locks the file leaves its WAL
+/// to the next opening. Handling events here would nest a chart's reloads.
+void ConnectionPool::evictOldestLocked()
+{
+    auto oldest = m_connections.constEnd();
+    for (auto it = m_connections.constBegin(); it != m_connections.constEnd(); ++it) {
+        if (it->isHeld()) {
+            continue; // in use: the pool rather grows
+        }
+        if (oldest == m_connections.constEnd() || it->lastUse < oldest->lastUse) {
+            oldest = it;
+        }
+    }
+    ConnectionInfo info;
+    if (oldest == m_connections.constEnd() || !takeEntry(QString(oldest.key()), &info)) {
+        return;
+    }
+    const QString name = info.name();
+    info.closeUnheld();
+    m_retired.add(name, info.holders);
+    m_retired.purge();
+}
+
+void ConnectionPool::cleanExpiredConnections()
+{
+    const QMutexLocker locker(&m_mutex);
+    const qint64 now = storeNow();
+    QStringList expired;
+    for (auto it = m_connections.constBegin(); it != m_connections.constEnd(); ++it) {
+        if (now - it->lastUse > kIdleLimitMs && !it->isHeld()) {
+            expired.append(it.key());
+        }
+    }
+    for (const QString& path : qAsConst(expired)) {
+        m_connections[path].closeExpired(path);
+        m_connections.remove(path);
+        qDebug() << "已从连接池移除连接：" << path;
+    }
+    qDebug() << "连接池清理超时连接数：" << expired.size();
+}
+
+void ConnectionPool::closeForExit(QDeadlineTimer deadline)
+{
+    const auto lockInTime = [this, &deadline] {
+        return m_mutex.tryLock(static_cast<int>(std::max<qint64>(deadline.remainingTime(), 0)));
+    };
+    QStringList stillOpen;
+    // A thread in the middle of an open may add a connection meanwhile. One that takes too long
+    // leaves its file as a killed program does.
+    for (;;) {
+        QMap<QString, ConnectionInfo> connections;
+        if (!lockInTime()) {
+            return;
+        }
+        connections.swap(m_connections);
+        if (connections.isEmpty()) {
+            break;
+        }
+        m_mutex.unlock();
+        for (ConnectionInfo& info : connections) {
+            const QString name = info.name();
+            if (info.closeByDeadline(deadline)) {
+                forgetName(name, info.holders);
+            } else {
+                stillOpen.append(name);
+            }
+        }
+    }
+    if (m_expiryTimer.thread() == QThread::currentThread()) {
+        m_expiryTimer.stop();
+    }
+    m_retired.purge();
+    m_retired.removeNamesExcept(stillOpen);
+    m_mutex.unlock();
+}
+
+/// Removes the name of a closed connection, at once or when its last holder releases it.
+void ConnectionPool::forgetName(const QString& name, const HolderCount& holders)
+{
+    if (*holders == 0) {
+        RetiredConnections::removeName(name);
+        return;
+    }
+    const QMutexLocker locker(&m_mutex);
+    m_retired.add(name, holders);
 }

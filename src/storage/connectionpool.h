@@ -1,7 +1,6 @@
 #pragma once
 
-#include "storage/connectionlock.h"
-#include "storage/fileidentity.h"
+#include "storage/connectioninfo.h"
 #include "storage/retiredconnections.h"
 
 #include <QDeadlineTimer>
@@ -13,9 +12,6 @@
 #include <QString>
 #include <QStringList>
 #include <QTimer>
-
-#include <atomic>
-#include <memory>
 
 /// One open SQLite connection per day file, shared by the writer, the plots and the export.
 ///
@@ -87,31 +83,14 @@ private slots:
     void cleanExpiredConnections();
 
 private:
-    using HolderCount = scn::HolderCount;
-
-    struct ConnectionInfo
-    {
-        QSharedPointer<QSqlDatabase> connection;
-        qint64 lastUse = 0; ///< Milliseconds since the epoch.
-        scn::FileIdentity file;
-        HolderCount holders = std::make_shared<std::atomic<int>>(0);
-        std::shared_ptr<scn::ConnectionMutex> mutex;
-    };
-
     ConnectionPool();
 
-    bool takeEntry(const QString& path, ConnectionInfo* info);
-    static QSharedPointer<QSqlDatabase> lend(ConnectionInfo& info);
-
-    // Closing: connectionpool_close.cpp
+    bool takeEntry(const QString& path, scn::ConnectionInfo* info);
     void discardLocked(const QString& path);
     void evictOldestLocked();
-    void closeExpired(const QString& path, ConnectionInfo& info);
-    bool closeByDeadline(ConnectionInfo& info, const QDeadlineTimer& deadline);
-    void removeNamesExcept(const QStringList& stillOpen);
-    void forgetName(const QString& name, const HolderCount& holders);
+    void forgetName(const QString& name, const scn::HolderCount& holders);
 
-    QMap<QString, ConnectionInfo> m_connections;
+    QMap<QString, scn::ConnectionInfo> m_connections;
     mutable QMutex m_mutex;
     QTimer m_expiryTimer;
     QTimer m_spareTimer; ///< Constructed, never started.

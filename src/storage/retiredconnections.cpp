@@ -1,6 +1,7 @@
 #include "storage/retiredconnections.h"
 
 #include "storage/connectionlock.h"
+#include "storage/connectionsetup.h"
 
 #include <QSqlDatabase>
 
@@ -19,13 +20,18 @@ void RetiredConnections::purge()
     m_connections.erase(gone, m_connections.end());
 }
 
-QStringList RetiredConnections::names() const
+void RetiredConnections::removeNamesExcept(const QStringList& stillOpen) const
 {
-    QStringList names;
+    QStringList kept = stillOpen;
     for (const Retired& connection : m_connections) {
-        names.append(connection.name);
+        kept.append(connection.name);
     }
-    return names;
+    const QStringList names = QSqlDatabase::connectionNames();
+    for (const QString& name : names) {
+        if (name.startsWith(kConnectionNamePrefix) && !kept.contains(name)) {
+            QSqlDatabase::removeDatabase(name);
+        }
+    }
 }
 
 void RetiredConnections::removeName(const QString& name)

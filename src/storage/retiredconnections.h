@@ -26,7 +26,8 @@ public:
     /// Removes the names of those no longer held.
     void purge();
 
-    QStringList names() const;
+    /// Removes the names left behind by expiries. Those of open connections and of these stay.
+    void removeNamesExcept(const QStringList& stillOpen) const;
 
     /// Removes a connection's name from Qt.
     static void removeName(const QString& name);
