@@ -86,7 +86,7 @@ QSharedPointer<QSqlDatabase> ConnectionPool::acquireConnection(const QString& pa
         if (m_connections.value(path).file == fileIdentity(path)) {
             closeConnection(path, true);
         } else {
-            discardLocked(path);
+            retire(path, &ConnectionInfo::closeAtOnce);
         }
         // Closing releases the mutex: someone may have opened the path meanwhile.
         if (auto connection = pooled()) {
@@ -175,17 +175,18 @@ void ConnectionPool::closeConnection(const QString& path, bool alreadyLocked)
 void ConnectionPool::discardConnection(const QString& path)
 {
     const QMutexLocker locker(&m_mutex);
-    discardLocked(path);
+    retire(path, &ConnectionInfo::closeAtOnce);
 }
 
-void ConnectionPool::discardLocked(const QString& path)
+/// Closes a connection in the given way, and removes its name as soon as nobody holds it.
+void ConnectionPool::retire(const QString& path, void (ConnectionInfo::*close)())
 {
     ConnectionInfo info;
     if (!takeEntry(path, &info)) {
         return;
     }
     const QString name = info.name();
-    info.closeAtOnce();
+    (info.*close)();
     m_retired.add(name, info.holders);
     m_retired.purge();
 }
@@ -222,14 +223,9 @@ void ConnectionPool::evictOldestLocked()
             oldest = it;
         }
     }
-    ConnectionInfo info;
-    if (oldest == m_connections.constEnd() || !takeEntry(QString(oldest.key()), &info)) {
-        return;
+    if (oldest != m_connections.constEnd()) {
+        retire(QString(oldest.key()), &ConnectionInfo::closeUnheld);
     }
-    const QString name = info.name();
-    info.closeUnheld();
-    m_retired.add(name, info.holders);
-    m_retired.purge();
 }
 
 void ConnectionPool::cleanExpiredConnections()

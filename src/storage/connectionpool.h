@@ -86,7 +86,7 @@ private:
     ConnectionPool();
 
     bool takeEntry(const QString& path, scn::ConnectionInfo* info);
-    void discardLocked(const QString& path);
+    void retire(const QString& path, void (scn::ConnectionInfo::*close)());
     void evictOldestLocked();
     void forgetName(const QString& name, const scn::HolderCount& holders);
 
