@@ -21,8 +21,6 @@ namespace scn {
 
 namespace {
 
-constexpr double kMaxIntervalS = 360000; ///< 100 hours
-constexpr double kMaxElapsedS = 1987200; ///< 23 days
 constexpr int kMinRowLimit = 65536;
 constexpr int kMaxRowLimit = 100000;
 constexpr int kMaxSweeps = 1000000;
@@ -52,6 +50,27 @@ void addRow(QVBoxLayout* layout, std::initializer_list<QWidget*> widgets)
     }
     row->addItem(new QSpacerItem(20, 0, QSizePolicy::Expanding, QSizePolicy::Minimum));
     layout->addLayout(row);
+}
+
+struct PickerSetup
+{
+    bool showsMilliseconds;
+    int width;
+    double maximumS;
+};
+
+constexpr PickerSetup kIntervalPicker{true, 180, 360000};  // 100 hours
+constexpr PickerSetup kElapsedPicker{false, 136, 1987200}; // 23 days
+
+/// A disabled picker of a duration.
+TimePicker* makePicker(const PickerSetup& setup, QWidget* parent)
+{
+    auto* picker = new TimePicker(parent);
+    picker->setMillisecondsVisible(setup.showsMilliseconds);
+    picker->setMaximumWidth(setup.width);
+    picker->setMaximum(setup.maximumS);
+    picker->setEnabled(false);
+    return picker;
 }
 
 QGroupBox* makeGroup(const QString& title, QWidget* parent)
@@ -195,11 +214,7 @@ QGroupBox* LoggingPageBuilder::buildIntervalGroup()
     form.m_intervalMinimumRadio->setChecked(true);
     addRow(rows, {form.m_intervalMinimumRadio});
     form.m_intervalCustomRadio = makeButton<QRadioButton>(tr("自定义:"), form.m_intervalGroup);
-    form.m_intervalPicker = new TimePicker(form.m_intervalGroup);
-    form.m_intervalPicker->setMillisecondsVisible(true);
-    form.m_intervalPicker->setMaximumWidth(180);
-    form.m_intervalPicker->setMaximum(kMaxIntervalS);
-    form.m_intervalPicker->setEnabled(false);
+    form.m_intervalPicker = makePicker(kIntervalPicker, form.m_intervalGroup);
     addRow(rows, {form.m_intervalCustomRadio, form.m_intervalPicker});
     form.m_intervalExternalRadio = makeButton<QRadioButton>(tr("外部触发时"), form.m_intervalGroup);
     addRow(rows, {form.m_intervalExternalRadio});
@@ -217,11 +232,7 @@ QGroupBox* LoggingPageBuilder::buildStopGroup()
     form.m_stopManualRadio->setChecked(true);
     addRow(rows, {form.m_stopManualRadio});
     form.m_stopElapsedRadio = makeButton<QRadioButton>(tr("已用时间之后:"), group);
-    form.m_stopElapsedPicker = new TimePicker(group);
-    form.m_stopElapsedPicker->setMillisecondsVisible(false);
-    form.m_stopElapsedPicker->setMaximumWidth(136);
-    form.m_stopElapsedPicker->setMaximum(kMaxElapsedS);
-    form.m_stopElapsedPicker->setEnabled(false);
+    form.m_stopElapsedPicker = makePicker(kElapsedPicker, group);
     addRow(rows, {form.m_stopElapsedRadio, form.m_stopElapsedPicker});
     form.m_stopCountRadio = makeButton<QRadioButton>(tr("N次扫描后:"), group);
     form.m_stopCountBox = new QSpinBox(group);
