@@ -57,7 +57,7 @@ LauncherOutput::~LauncherOutput()
     m_shared->changed.notify_all();
     if (!m_shared->changed.wait_for(lock, m_shared->timing.farewell, hasEnded)) {
         m_shared->isAbandoned = true;
-        m_shared->changed.wait_for(lock, m_shared->timing.farewell, hasEnded);
+        m_shared->changed.wait_for(lock, m_shared->timing.lastLine, hasEnded);
     }
     const bool canJoin = m_shared->hasEnded;
     lock.unlock();

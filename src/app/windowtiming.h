@@ -16,8 +16,11 @@ struct LauncherTiming
     /// The writer checks this often while the launcher reads nothing.
     std::chrono::milliseconds outputPoll{100};
 
-    /// For the pending lines, and once more for the line being written.
+    /// For the pending lines.
     std::chrono::milliseconds farewell{500};
+
+    /// After that, for the line being written.
+    std::chrono::milliseconds lastLine{500};
 };
 
 /// How long the window waits for each of its threads when it closes. The defaults are the program's

@@ -5,6 +5,7 @@
 
 #include <fcntl.h>
 #include <poll.h>
+#include <sys/inotify.h>
 #include <sys/ioctl.h>
 #include <unistd.h>
 
@@ -46,6 +47,24 @@ QByteArray CapturedOutput::flushed()
     // Read through another handle: the object's own shares its position with the writer.
     QFile file(m_file.fileName());
     return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+QByteArray CapturedOutput::flushed(const QByteArray& expected)
+{
+    constexpr int kPatienceMs = 5000;
+    const int watch = ::inotify_init1(IN_CLOEXEC);
+    ::inotify_add_watch(watch, QFile::encodeName(m_file.fileName()).constData(), IN_MODIFY);
+    pollfd entry{watch, POLLIN, 0};
+    QByteArray bytes = flushed();
+    while (bytes.size() < expected.size() && ::poll(&entry, 1, kPatienceMs) > 0) {
+        inotify_event changes[16];
+        if (::read(watch, changes, sizeof changes) <= 0) {
+            break;
+        }
+        bytes = flushed();
+    }
+    ::close(watch);
+    return bytes;
 }
 
 FedInput::FedInput()

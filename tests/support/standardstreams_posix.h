@@ -16,6 +16,9 @@ public:
     /// What has left the process's buffers so far; a line that was not flushed is missing.
     QByteArray flushed();
 
+    /// The same, once it is as long as what is expected or after 5 s. Runs no event loop.
+    QByteArray flushed(const QByteArray& expected);
+
 private:
     QTemporaryFile m_file;
     int m_before;

@@ -6,6 +6,8 @@
 #include "support/testprogram.h"
 
 #include <QElapsedTimer>
+#include <QMutex>
+#include <QWaitCondition>
 #include <QtTest>
 
 #include <algorithm>
@@ -197,22 +199,29 @@ public:
     SlowLog& operator=(const SlowLog&) = delete;
 
     static bool isLineBegun() { return s_isBegun; }
-    static void endLine() { s_mayEnd = true; }
+    static void endLine()
+    {
+        const QMutexLocker lock(&s_mutex);
+        s_mayEnd = true;
+        s_changed.wakeAll();
+    }
     static bool isLineWritten() { return s_isWritten; }
 
 private:
     static void handle(QtMsgType, const QMessageLogContext&, const QString&)
     {
+        QMutexLocker lock(&s_mutex);
         s_isBegun = true;
-        for (bool isLast = false; !isLast;) {
-            isLast = s_mayEnd;
-            QThread::msleep(1);
+        while (!s_mayEnd) {
+            s_changed.wait(&s_mutex);
         }
         s_isWritten = true;
     }
 
+    inline static QMutex s_mutex;
+    inline static QWaitCondition s_changed;
     inline static std::atomic<bool> s_isBegun{false};
-    inline static std::atomic<bool> s_mayEnd{false};
+    inline static bool s_mayEnd = false;
     inline static std::atomic<bool> s_isWritten{false};
 
     QtMessageHandler m_previous;

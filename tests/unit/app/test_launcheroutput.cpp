@@ -7,7 +7,6 @@
 #include "support/testprogram.h"
 
 #include <QApplication>
-#include <QElapsedTimer>
 #include <QSemaphore>
 #include <QTest>
 #include <QThread>
@@ -24,18 +23,6 @@ QByteArray shownLine(const MainWidget& window)
 {
     return "WID:" + QByteArray::number(static_cast<qulonglong>(window.winId())) +
            ";COLOR:#2b2b2b\n";
-}
-
-/// Waits, without the event loop, until this has been written; returns what was written if it has
-/// not.
-QByteArray written(CapturedOutput& output, const QByteArray& wanted)
-{
-    QElapsedTimer clock;
-    clock.start();
-    while (output.flushed().size() < wanted.size() && clock.elapsed() < 5000) {
-        QThread::msleep(1);
-    }
-    return output.flushed();
 }
 
 QByteArray echoOf(int number)
@@ -94,13 +81,13 @@ void TestLauncherOutput::eachShowWritesItsLineOnce()
     MainWidget window(nullptr);
     CapturedOutput output;
     window.show();
-    QCOMPARE(written(output, shownLine(window)), shownLine(window));
+    QCOMPARE(output.flushed(shownLine(window)), shownLine(window));
     window.show();
-    QCOMPARE(written(output, shownLine(window)), shownLine(window));
+    QCOMPARE(output.flushed(shownLine(window)), shownLine(window));
     window.hide();
-    QCOMPARE(written(output, shownLine(window)), shownLine(window));
+    QCOMPARE(output.flushed(shownLine(window)), shownLine(window));
     window.show();
-    QCOMPARE(written(output, shownLine(window) + shownLine(window)),
+    QCOMPARE(output.flushed(shownLine(window) + shownLine(window)),
              shownLine(window) + shownLine(window));
 }
 
@@ -119,10 +106,10 @@ void TestLauncherOutput::withAnInstrumentTheLineComesBeforeTheEventLoop()
     g_instrumentConnected = true;
     CapturedOutput output;
     scn::startup::presentWindow(window);
-    QCOMPARE(written(output, shownLine(window)), shownLine(window));
+    QCOMPARE(output.flushed(shownLine(window)), shownLine(window));
     // The queued show finds the window shown.
     QCoreApplication::processEvents();
-    QCOMPARE(written(output, shownLine(window)), shownLine(window));
+    QCOMPARE(output.flushed(shownLine(window)), shownLine(window));
 }
 
 void TestLauncherOutput::linesAreEchoed_data()
@@ -150,7 +137,7 @@ void TestLauncherOutput::linesAreEchoed()
     // A quit would end the loop first.
     QCOMPARE(QApplication::exec(), kImpatience);
     const QByteArray echo = "receive msg: " + line.toUtf8() + '\n';
-    QCOMPARE(written(output, echo), echo);
+    QCOMPARE(output.flushed(echo), echo);
 }
 
 void TestLauncherOutput::exitIsEchoedAndQuits()
@@ -164,7 +151,7 @@ void TestLauncherOutput::exitIsEchoedAndQuits()
     });
     QCOMPARE(QApplication::exec(), 0);
     const QByteArray echo = "receive msg: exit\n";
-    QCOMPARE(written(output, echo), echo);
+    QCOMPARE(output.flushed(echo), echo);
 }
 
 void TestLauncherOutput::inputOfTheProcessReachesTheWindow()
@@ -201,9 +188,10 @@ void TestLauncherOutput::launcherThatDoesNotReadHoldsNothingUp()
 {
     PipedOutput output;
     scn::WindowTiming timing;
-    // The writer has time to end: otherwise it would go on in the next test's output.
     timing.launcher.outputPoll = 2ms;
-    timing.launcher.farewell = 250ms;
+    timing.launcher.farewell = 10ms;
+    // The writer must end: otherwise it would go on in the next test's output.
+    timing.launcher.lastLine = 20s;
     {
         MainWidget window(nullptr, timing);
         giveLines(window, 0, 1000);

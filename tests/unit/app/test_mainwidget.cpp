@@ -28,10 +28,13 @@
 #include <QPointer>
 #include <QPushButton>
 #include <QScrollArea>
+#include <QSemaphore>
 #include <QSignalSpy>
 #include <QTabWidget>
 #include <QTime>
 #include <QtTest>
+
+#include <unistd.h>
 
 #include <algorithm>
 #include <atomic>
@@ -750,7 +753,9 @@ void TestMainWidget::acquisitionThatHangsIsEndedByForce()
     std::atomic<bool> hangs{false};
     bench.instrument().whenAsked(QStringLiteral("STAT:OPER:EVEN?"), [&hangs] {
         hangs = true;
-        QThread::sleep(60);
+        for (;;) {
+            ::pause();
+        }
     });
     QTRY_VERIFY_WITH_TIMEOUT(hangs, 10000);
     const QPointer<ReadData> readData = ReadData::instance();
@@ -772,20 +777,18 @@ void TestMainWidget::acquisitionThatForceDoesNotEndIsLeftBehind()
     bench.windowTiming.threadEnd.termination = 20ms;
     bench.open(WindowBench::AcquisitionRuns);
     std::atomic<bool> hangs{false};
-    std::atomic<bool> isFree{false};
+    QSemaphore isFree;
     bench.instrument().whenAsked(QStringLiteral("STAT:OPER:EVEN?"), [&hangs, &isFree] {
         hangs = true;
-        // Never looks whether it is to end, as when it waits in the kernel.
-        while (!isFree) {
-            std::this_thread::yield();
-        }
+        // Never looks whether it is to end.
+        isFree.acquire();
     });
     QTRY_VERIFY_WITH_TIMEOUT(hangs, 10000);
     const QPointer<ReadData> acquisition = ReadData::instance();
     bench.close();
     QVERIFY(acquisition && acquisition->isRunning());
     QVERIFY(!helperthreads::waitForAll(50ms));
-    isFree = true;
+    isFree.release();
     QVERIFY(helperthreads::waitForAll(std::chrono::seconds(10)));
     QVERIFY(acquisition->wait(10000));
     delete acquisition;

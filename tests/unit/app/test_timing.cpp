@@ -51,6 +51,7 @@ void TestTiming::waitLasts_data()
     addRow("launcher: look for the end of the input", window.launcher.inputPoll, 100);
     addRow("launcher: look for the end of the output", window.launcher.outputPoll, 100);
     addRow("launcher: last lines", window.launcher.farewell, 500);
+    addRow("launcher: line being written", window.launcher.lastLine, 500);
 }
 
 void TestTiming::waitLasts()

@@ -3,6 +3,7 @@
 #include "plot/ccurveplot.h"
 #include "storage/curvedatadb.h"
 #include "storage/curveseriesdata.h"
+#include "support/settle.h"
 #include "support/timerhand.h"
 
 #include <QCoreApplication>
@@ -176,12 +177,12 @@ inline void passReloads(const CCurvePlot& plot)
     }
 }
 
-/// Shows `plot` and waits until the events of being shown are through.
+/// Shows `plot` and delivers the events of being shown.
 inline bool showSettled(QWidget& plot)
 {
     plot.show();
     const bool exposed = QTest::qWaitForWindowExposed(&plot);
-    QTest::qWait(20);
+    settle();
     return exposed;
 }
 

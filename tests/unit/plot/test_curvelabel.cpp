@@ -1,6 +1,7 @@
 #include "mouseevents.h"
 #include "plot/curvelabel.h"
 #include "support/eventcounter.h"
+#include "support/settle.h"
 #include "support/testprogram.h"
 
 #include <QPainter>
@@ -204,7 +205,7 @@ void TestCurveLabel::newValueOrColorIsPainted()
     f.parent.resize(100, 100);
     f.parent.show();
     QVERIFY(QTest::qWaitForWindowExposed(&f.parent));
-    QTest::qWait(20);
+    settle();
     const EventCounter paints(&f.label, QEvent::Paint);
     f.label.setValue(2.0);
     QTRY_COMPARE(paints.count(), 1);

@@ -2,6 +2,7 @@
 #include "plotsupport.h"
 #include "state/globals.h"
 #include "storage/nonowningcurvedata.h"
+#include "support/settle.h"
 #include "support/testprogram.h"
 
 #include <QDateTime>
@@ -523,7 +524,7 @@ void TestCurveTracker::pointerOnTheCanvasShowsTheReadout()
         return tracked.tracker->trackerRect(tracked.tracker->trackerFont());
     };
     mouse.move(QPoint(100, 100));
-    QTest::qWait(10);
+    settle();
     QVERIFY(readoutRect().isEmpty());
     mouse.move(QPoint(303, 204));
     QTRY_VERIFY(!readoutRect().isEmpty());

@@ -10,6 +10,7 @@
 #include "seriesstore.h"
 #include "storage/storeclock.h"
 #include "support/eventcounter.h"
+#include "support/settle.h"
 #include "support/testprogram.h"
 #include "widgets/customsidebutton.h"
 #include "widgets/sidebar.h"
@@ -619,12 +620,12 @@ void TestGraphicSettingWidget::onlyAnActivationRepaints()
     CustomMdiSubWindow* windows[] = {f.openGrid(), f.openGrid()};
     windows[1]->move(500, 300);
     QVERIFY(QTest::qWaitForWindowExposed(&f.page));
-    QTest::qWait(20);
+    settle();
     const EventCounter first(windows[0], QEvent::Paint);
     const EventCounter second(windows[1], QEvent::Paint);
     const auto activated = [&](QMdiSubWindow* window) {
         QMetaObject::invokeMethod(&f.page, "onSubWindowActivated", Q_ARG(QMdiSubWindow*, window));
-        QTest::qWait(20);
+        settle();
     };
     activated(nullptr);
     QCOMPARE(first.count() + second.count(), 0);

@@ -4,6 +4,7 @@
 #include "storage/querymanager.h"
 #include "support/testprogram.h"
 
+#include <QSemaphore>
 #include <QSqlDatabase>
 #include <QTemporaryDir>
 #include <QtTest>
@@ -332,14 +333,14 @@ void TestManagedQuery::queriesOfOneConnectionLiveOnManyThreads()
     constexpr int kThreads = 4;
     constexpr int kRounds = 1000;
     const CrowdedConnection connection(m_database);
-    std::atomic<int> ready{0};
+    QSemaphore ready;
+    QSemaphore start;
     std::atomic<int> rows{0};
     std::vector<std::thread> threads;
     for (int thread = 0; thread < kThreads; ++thread) {
-        threads.emplace_back([this, &ready, &rows] {
-            for (++ready; ready < kThreads;) {
-                std::this_thread::yield();
-            }
+        threads.emplace_back([this, &ready, &start, &rows] {
+            ready.release();
+            start.acquire();
             for (int round = 0; round < kRounds; ++round) {
                 ManagedQuery query(m_database);
                 if (!query.exec(kThreeRows)) {
@@ -351,6 +352,8 @@ void TestManagedQuery::queriesOfOneConnectionLiveOnManyThreads()
             }
         });
     }
+    ready.acquire(kThreads);
+    start.release(kThreads);
     for (std::thread& thread : threads) {
         thread.join();
     }
