@@ -4,12 +4,16 @@
 #include <QPair>
 #include <QVector>
 
+#include <utility>
+
 namespace {
 
 using LogLine = QPair<QtMsgType, QString>;
 
 QMutex g_mutex;
 QVector<LogLine> g_lines;
+QString g_awaited;
+std::function<void()> g_action;
 
 /// What a log line tells beside its text; nothing for a line of the program's own.
 QString originOf(const QMessageLogContext& context)
@@ -26,8 +30,17 @@ QString originOf(const QMessageLogContext& context)
 
 void collect(QtMsgType level, const QMessageLogContext& context, const QString& text)
 {
-    const QMutexLocker locker(&g_mutex);
-    g_lines.append({level, originOf(context) + text});
+    std::function<void()> action;
+    {
+        const QMutexLocker locker(&g_mutex);
+        g_lines.append({level, originOf(context) + text});
+        if (text.contains(g_awaited)) {
+            action.swap(g_action);
+        }
+    }
+    if (action) {
+        action();
+    }
 }
 
 QString levelName(QtMsgType level)
@@ -59,6 +72,7 @@ LogCapture::LogCapture()
 LogCapture::~LogCapture()
 {
     qInstallMessageHandler(m_previous);
+    whenLogged({}, {});
 }
 
 QStringList LogCapture::lines() const
@@ -78,6 +92,13 @@ QStringList LogCapture::warnings(const QStringList& texts)
         lines.append(levelName(QtWarningMsg) + text);
     }
     return lines;
+}
+
+void LogCapture::whenLogged(const QString& text, std::function<void()> action)
+{
+    const QMutexLocker locker(&g_mutex);
+    g_awaited = text;
+    g_action = std::move(action);
 }
 
 QStringList LogCapture::lines(QtMsgType level) const

@@ -2,6 +2,8 @@
 
 #include <QStringList>
 
+#include <functional>
+
 /// Collects the log lines of the program, with their level, while it lives, and keeps them off the
 /// terminal. One at a time.
 class LogCapture
@@ -21,6 +23,10 @@ public:
 
     /// The lines of warnings of the program with these texts.
     static QStringList warnings(const QStringList& texts);
+
+    /// Calls `action`, once, on the logging thread, with the first line from now on that contains
+    /// `text`: the line is not over before it returns.
+    void whenLogged(const QString& text, std::function<void()> action);
 
 private:
     QtMessageHandler m_previous;

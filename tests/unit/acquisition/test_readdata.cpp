@@ -181,50 +181,37 @@ private:
     }
 };
 
-/// While it exists, writing a log line blocks until released, and can be interrupted there.
-class SlowLog
+/// A place where a thread waits until it may go on, and can be terminated meanwhile.
+class Gate
 {
 public:
-    SlowLog()
-        : m_previous(qInstallMessageHandler(&SlowLog::handle))
+    void pass()
     {
-        s_isBegun = false;
-        s_mayEnd = false;
-        s_isWritten = false;
+        QMutexLocker lock(&m_mutex);
+        m_isReached = true;
+        while (!m_isOpen) {
+            m_changed.wait(&m_mutex);
+        }
     }
 
-    ~SlowLog() { qInstallMessageHandler(m_previous); }
-
-    SlowLog(const SlowLog&) = delete;
-    SlowLog& operator=(const SlowLog&) = delete;
-
-    static bool isLineBegun() { return s_isBegun; }
-    static void endLine()
+    bool isReached()
     {
-        const QMutexLocker lock(&s_mutex);
-        s_mayEnd = true;
-        s_changed.wakeAll();
+        const QMutexLocker lock(&m_mutex);
+        return m_isReached;
     }
-    static bool isLineWritten() { return s_isWritten; }
+
+    void open()
+    {
+        const QMutexLocker lock(&m_mutex);
+        m_isOpen = true;
+        m_changed.wakeAll();
+    }
 
 private:
-    static void handle(QtMsgType, const QMessageLogContext&, const QString&)
-    {
-        QMutexLocker lock(&s_mutex);
-        s_isBegun = true;
-        while (!s_mayEnd) {
-            s_changed.wait(&s_mutex);
-        }
-        s_isWritten = true;
-    }
-
-    inline static QMutex s_mutex;
-    inline static QWaitCondition s_changed;
-    inline static std::atomic<bool> s_isBegun{false};
-    inline static bool s_mayEnd = false;
-    inline static std::atomic<bool> s_isWritten{false};
-
-    QtMessageHandler m_previous;
+    QMutex m_mutex;
+    QWaitCondition m_changed;
+    bool m_isReached = false;
+    bool m_isOpen = false;
 };
 
 /// Delivers what the thread queued before it ended.
@@ -724,15 +711,19 @@ void TestReadData::terminationWaitsForALogLine()
     g_scanRunning = true;
     m_instrument->setReplies(kPoints, {QStringLiteral("+2")});
     m_instrument->setReplies(kFetchTwo, {QStringLiteral("#13+1 ")});
-    {
-        const SlowLog log;
-        m_thread->start();
-        QTRY_VERIFY_WITH_TIMEOUT(SlowLog::isLineBegun(), kPatienceMs);
-        m_thread->terminate();
-        SlowLog::endLine();
-        QVERIFY(m_thread->wait(kPatienceMs));
-        QVERIFY(SlowLog::isLineWritten());
-    }
+    LogCapture log;
+    Gate gate;
+    bool isWritten = false;
+    log.whenLogged(QString(), [&gate, &isWritten] {
+        gate.pass();
+        isWritten = true;
+    });
+    m_thread->start();
+    QTRY_VERIFY_WITH_TIMEOUT(gate.isReached(), kPatienceMs);
+    m_thread->terminate();
+    gate.open();
+    QVERIFY(m_thread->wait(kPatienceMs));
+    QVERIFY(isWritten);
     QCOMPARE(m_instrument->queries(), (QStringList{kPoints, kFetchTwo}));
 }
 

@@ -10,6 +10,7 @@
 #include "state/globals.h"
 #include "storage/curvedatadb.h"
 #include "storage/storewaits.h"
+#include "support/logcapture.h"
 #include "support/testprogram.h"
 #include "userhand.h"
 #include "widgets/customcombobox.h"
@@ -38,11 +39,8 @@ using namespace std::chrono_literals;
 
 namespace {
 
-/// Enough rows for an export that outlasts the test's look at it.
-constexpr int kLongScan = 50000;
-/// Enough rows for an export that is still running when its store is removed, even on a busy
-/// machine.
-constexpr int kVeryLongScan = 250000;
+/// Rows of a curve of which much is left when the shorter one has been read.
+constexpr int kLongScan = 3000;
 
 QByteArray contentOf(const QString& path)
 {
@@ -56,6 +54,42 @@ QString base(const QString& name)
     QString text = name;
     return text.remove(QRegularExpression(QStringLiteral("_1_\\d{14}\\.csv$")));
 }
+
+/// Holds an export in the midst of its read while it lives: where the second curve is read to its
+/// end, and the first is not. The scan's first curve becomes longer for it.
+class HeldExport
+{
+public:
+    explicit HeldExport(const ExportBench& bench)
+    {
+        CurveDataDB* const store = CurveDataDB::instance(QString());
+        const QList<int> ids = store->curveNames().keys();
+        QVector<QPointF> points;
+        for (int row = kLongScan / 2; row < kLongScan; ++row) {
+            points.append({double(bench.timeOf(row).toMSecsSinceEpoch()), double(row)});
+        }
+        store->appendPoints(ids.constFirst(), points);
+        store->flushPending();
+        g_scanEndText = bench.timeOf(kLongScan).toString(QStringLiteral("yyyy MM dd hh mm ss"));
+        const QString end = QStringLiteral("曲线 %1 所有分片表已处理完毕").arg(ids.constLast());
+        m_log.whenLogged(end, [this] {
+            m_reached.release();
+            m_open.acquire();
+        });
+    }
+    ~HeldExport() { goOn(); }
+    HeldExport(const HeldExport&) = delete;
+    HeldExport& operator=(const HeldExport&) = delete;
+
+    bool isReached() const { return m_reached.available() > 0; }
+
+    void goOn() { m_open.release(); }
+
+private:
+    LogCapture m_log;
+    QSemaphore m_reached;
+    QSemaphore m_open;
+};
 
 /// Locks a file of the store against all other readers.
 class LockedDayFile
@@ -387,16 +421,16 @@ void TestExportRun::storeThatGoesMeanwhileIsAnError()
 {
     QFETCH(QString, cause);
     ExportBench bench;
-    bench.scan(kVeryLongScan);
+    bench.scan();
     CurveDataDB* const store = CurveDataDB::instance(QString());
     // The window would begin a new scan after a clear.
     disconnect(store, nullptr, &bench.window(), nullptr);
     const QSignalSpy cleared(store, &CurveDataDB::sigClearFinished);
     const QTemporaryDir directory;
+    HeldExport held(bench);
     bench.startExport(directory.path());
-    // Checked more often than the usual wait does.
-    QVERIFY(QTest::qWaitFor([&] { return csvFiles(directory.path()).size() == 1; },
-                            ExportBench::kEndWaitMs));
+    QTRY_VERIFY_WITH_TIMEOUT(held.isReached(), ExportBench::kEndWaitMs);
+    QCOMPARE(csvFiles(directory.path()).size(), 1);
     if (cause == QLatin1String("clear")) {
         store->clearAll();
     } else {
@@ -408,6 +442,7 @@ void TestExportRun::storeThatGoesMeanwhileIsAnError()
             QVERIFY(QFile::remove(data.filePath(name)));
         }
     }
+    held.goOn();
     bench.waitForEnd();
     QCOMPARE(bench.outcome(), QStringLiteral("数据库读取失败，请检查数据文件"));
     QVERIFY(bench.isInformation());
@@ -440,9 +475,11 @@ void TestExportRun::outcomeFitsTheScreen()
 void TestExportRun::secondExportCannotBeStartedByKeys()
 {
     ExportBench bench;
-    bench.scan(kLongScan);
+    bench.scan();
     const QTemporaryDir directory;
+    HeldExport held(bench);
     bench.startExport(directory.path());
+    QTRY_VERIFY_WITH_TIMEOUT(held.isReached(), ExportBench::kEndWaitMs);
     QVERIFY(bench.exportView()->isVisible());
     auto* dialog = bench.window().findChild<CustomDialog*>();
     // An open dialog would keep the test in its loop.
@@ -451,9 +488,9 @@ void TestExportRun::secondExportCannotBeStartedByKeys()
         hasOpened = dialog->isVisible();
         dialog->close();
     });
-    // Sent to the buttons only: the export's end is not processed before them.
     QTest::keyClick(bench.exportButton(), Qt::Key_Space);
     QTest::mouseClick(ExportDialogHand(dialog).toFile(), Qt::LeftButton);
+    held.goOn();
     bench.waitForEnd();
     QVERIFY(!hasOpened);
     QCOMPARE(csvFiles(directory.path()).size(), 1);
@@ -474,12 +511,18 @@ void TestExportRun::exportsFollowOneAnother()
 void TestExportRun::endOfTheWindowEndsAnExport()
 {
     ExportBench bench;
-    // Long enough for the export to end meanwhile.
-    bench.scan(kLongScan);
+    bench.scan();
     const QTemporaryDir directory;
+    HeldExport held(bench);
     bench.startExport(directory.path());
+    QTRY_VERIFY_WITH_TIMEOUT(held.isReached(), ExportBench::kEndWaitMs);
     QVERIFY(bench.exportView()->isVisible());
     WindowBench::endAcquisition();
+    // The export is asked to stop before the reader of the launcher's lines ends.
+    connect(
+        bench.window().findChild<InputReaderThread*>(), &QThread::finished,
+        bench.window().findChild<InputReaderThread*>(), [&held] { held.goOn(); },
+        Qt::DirectConnection);
     bench.close();
     QCOMPARE(csvFiles(directory.path()), QStringList());
     QCoreApplication::processEvents();
