@@ -11,8 +11,7 @@
 class LockingProcess
 {
 public:
-    /// Prevents others from writing, and from reading if the file has no WAL. Returns once the lock
-    /// is held; it is released after this many milliseconds.
+    /// Prevents others from writing, and with Everything from reading if the file has no WAL.
     enum Kind { Writing, Everything };
 
     /// Returns when the lock is held.
