@@ -7,12 +7,6 @@
 
 namespace scn {
 
-namespace {
-
-constexpr std::chrono::seconds kLongestSilence{60};
-
-} // namespace
-
 LinkWatch::LinkWatch(std::shared_ptr<GuiGate> gate)
     : m_gate(std::move(gate))
 {

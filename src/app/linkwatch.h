@@ -18,6 +18,9 @@ enum class ExchangeResult;
 class LinkWatch
 {
 public:
+    /// Replies may be missing for this long.
+    static constexpr std::chrono::seconds kLongestSilence{60};
+
     explicit LinkWatch(std::shared_ptr<GuiGate> gate);
 
     /// Makes one exchange. Returns an empty reply on failure and after the end.

@@ -3,6 +3,7 @@
 #include "app/mainwidget.h"
 #include "app/standardstreams.h"
 #include "app/startup.h"
+#include "app/windowtiming.h"
 #include "common/helperthreads.h"
 #include "resources/resources.h"
 #include "state/globals.h"
@@ -12,15 +13,11 @@
 #include <QFile>
 #include <QLibraryInfo>
 
-#include <chrono>
 #include <cstdlib>
 
 namespace {
 
-/// How long running helpers may delay the exit.
-constexpr std::chrono::milliseconds kHelperWait{500};
-
-/// True if a helper still runs after that time: static objects must then not be destroyed.
+/// True if a helper runs on regardless: static objects must then not be destroyed.
 bool runWindow(int& status)
 {
     const QStringList arguments = QCoreApplication::arguments();
@@ -37,7 +34,7 @@ bool runWindow(int& status)
         scn::startup::presentWindow(window);
         status = QApplication::exec();
     }
-    const bool helpersEnded = scn::helperthreads::waitForAll(kHelperWait);
+    const bool helpersEnded = scn::helperthreads::waitForAll(scn::kHelperWait);
     CurveDataDB::shutdown();
     return !helpersEnded;
 }

@@ -32,6 +32,9 @@ struct ThreadEndTiming
     std::chrono::milliseconds termination{1000}; ///< To end after terminate().
 };
 
+/// How long running helpers may delay the end of the process.
+constexpr std::chrono::milliseconds kHelperWait{500};
+
 /// How long the window waits. The defaults are the program's own; a test may shorten them.
 struct WindowTiming
 {

@@ -18,7 +18,6 @@ namespace {
 
 constexpr int kMaxConnections = 30;
 constexpr qint64 kIdleLimitMs = std::chrono::milliseconds(storewaits::kIdleLimit).count();
-constexpr int kLastEventsMs = 100;
 
 std::atomic<bool> g_poolExists{false};
 
@@ -161,7 +160,8 @@ void ConnectionPool::closeConnection(const QString& path, bool alreadyLocked)
         const QString name = info.name();
         info.drainAndClose();
         if (QSqlDatabase::contains(name)) {
-            QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents, kLastEventsMs);
+            QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents,
+                                            static_cast<int>(storewaits::kLastEvents.count()));
             forgetName(name, info.holders);
         } else {
             qDebug() << "连接名已不存在:" << name;

@@ -29,6 +29,9 @@ constexpr milliseconds kClosePass{50};
 constexpr int kDrainPasses = 10;
 constexpr int kSettlePasses = 5;
 
+/// A name that is still in use then has this long to handle events.
+constexpr milliseconds kLastEvents{100};
+
 /// Pause after each connection when all are closed.
 constexpr milliseconds kCloseGap{50};
 

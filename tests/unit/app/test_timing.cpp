@@ -1,4 +1,5 @@
 #include "acquisition/readdatatiming.h"
+#include "app/linkwatch.h"
 #include "app/windowtiming.h"
 #include "overlay/locktiming.h"
 #include "plot/graphicsettingwidget.h"
@@ -48,6 +49,8 @@ void TestTiming::waitLasts_data()
     addRow("window: end by force", window.threadEnd.termination, 1000);
     addRow("window: hold of the lock", window.lock.hold, 1000);
     addRow("window: fade of the lock", window.lock.fade, 500);
+    addRow("window: without replies", scn::LinkWatch::kLongestSilence, 60000);
+    addRow("end of the process: helpers", scn::kHelperWait, 500);
     addRow("launcher: look for the end of the input", window.launcher.inputPoll, 100);
     addRow("launcher: look for the end of the output", window.launcher.outputPoll, 100);
     addRow("launcher: last lines", window.launcher.farewell, 500);

@@ -40,6 +40,7 @@ void TestStoreWaits::lengths_data()
     row("pass of a clear", storewaits::kClearPass, 100);
     row("until a file is tried again", storewaits::kDeleteRetry, 500);
     row("pass of a closing", storewaits::kClosePass, 50);
+    row("last events of a connection", storewaits::kLastEvents, 100);
     row("between two closings", storewaits::kCloseGap, 50);
     row("for a lock", storewaits::kLockPatience, 5000);
     row("until an idle connection is closed", storewaits::kIdleLimit, 12 * kHourMs);
