@@ -3,6 +3,23 @@
 # Most tests wait for something most of the time, so that many of them share a core.
 jobs=$((4 * $(nproc)))
 
+# show_run PRESET [ctest option...]
+# Runs ctest, and puts the lines of skipped tests, which tell what was not tested and why, ahead of its
+# summary.
+show_run() (
+    set -o pipefail
+    ctest --preset "$@" | awk -v log_file="build/$1/Testing/Temporary/LastTest.log" '
+        / tests passed, / { in_summary = 1 }
+        in_summary { summary = summary $0 "\n"; next }
+        { print; fflush() }
+        END {
+            while ((getline line < log_file) > 0)
+                if (line ~ /^SKIPPED: /)
+                    print line
+            printf "%s", summary
+        }'
+)
+
 # run_tests PRESET SKIPPED-LABELS [ctest option...]
 # System tests meet real windows and processes on a busy machine: those that fail are named and get a
 # second try. All others must pass at the first one, and so must those that draw their cases at
@@ -12,7 +29,7 @@ run_tests() {
     shift 2
     results="build/$preset/Testing/Temporary/LastTestsFailed.log"
     rm -f "$results"
-    if ctest --preset "$preset" -j "$jobs" -LE "$skipped" "$@"; then
+    if show_run "$preset" -j "$jobs" -LE "$skipped" "$@"; then
         return
     fi
     failed=$(sed 's/^[0-9]*://' "$results")
@@ -26,5 +43,5 @@ run_tests() {
         return 1
     fi
     printf 'Second try for:\n%s\n' "$retried"
-    ctest --preset "$preset" --rerun-failed
+    show_run "$preset" --rerun-failed
 }
