@@ -1,5 +1,7 @@
 #include "rawstore.h"
 
+#include "support/daytables.h"
+
 #include <QDateTime>
 
 #include <cstdio>
@@ -52,15 +54,9 @@ sqlite3_stmt* RawStore::prepare(const std::string& sql)
 
 void RawStore::createDay(int curves)
 {
-    execute("CREATE TABLE IF NOT EXISTS curve_info ("
-            "curve_id INTEGER PRIMARY KEY AUTOINCREMENT, name TEXT NOT NULL UNIQUE)");
-    execute("CREATE TABLE IF NOT EXISTS batch_metadata ("
-            "id INTEGER PRIMARY KEY AUTOINCREMENT, curve_id INTEGER NOT NULL, "
-            "batch_start INTEGER NOT NULL, batch_end INTEGER NOT NULL, table_name TEXT NOT NULL, "
-            "FOREIGN KEY(curve_id) REFERENCES curve_info(curve_id), UNIQUE(curve_id, table_name))");
-    execute("CREATE TABLE IF NOT EXISTS curve_metadata ("
-            "curve_id INTEGER PRIMARY KEY, min_time INTEGER, max_time INTEGER, min_value REAL, "
-            "max_value REAL, FOREIGN KEY(curve_id) REFERENCES curve_info(curve_id))");
+    for (const QString& statement : daytables::baseStatements()) {
+        execute(statement.toStdString());
+    }
     execute("BEGIN");
     for (int curveId = 1; curveId <= curves; ++curveId) {
         execute("INSERT INTO curve_info (curve_id, name) VALUES (" + std::to_string(curveId) +
@@ -73,10 +69,7 @@ void RawStore::createBatchTable(int curveId, qint64 batchStart, const QString& t
 {
     const std::string table = tableName.toStdString();
     const std::string id = std::to_string(curveId);
-    execute("CREATE TABLE IF NOT EXISTS \"" + table +
-            "\" (id INTEGER PRIMARY KEY AUTOINCREMENT, curve_id INTEGER NOT NULL, "
-            "timestamp INTEGER NOT NULL, value REAL NOT NULL, UNIQUE(curve_id, timestamp), "
-            "FOREIGN KEY(curve_id) REFERENCES curve_info(curve_id))");
+    execute(daytables::batchStatement(tableName).toStdString());
     execute("CREATE INDEX IF NOT EXISTS idx_" + table + "_curve_time ON \"" + table +
             "\" (curve_id, timestamp)");
     execute("INSERT OR IGNORE INTO batch_metadata (curve_id, batch_start, batch_end, table_name) "

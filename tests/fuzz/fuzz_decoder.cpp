@@ -1,8 +1,8 @@
 #include "acquisition/recorddecoder.h"
 #include "check.h"
 #include "plaindecoder.h"
+#include "support/logcapture.h"
 #include "timezones.h"
-#include "warninglog.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -16,9 +16,10 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     chooseZone(data[0]);
     const QString reply =
         QString::fromUtf8(reinterpret_cast<const char*>(data + 1), static_cast<int>(size - 1));
-    beginWarningLog();
+    const LogCapture log;
     const QList<MeasurementData> batch = decodeResponse(reply);
-    const QStringList warnings = warningLog();
+    const QStringList warnings = log.lines(QtWarningMsg);
+    FUZZ_CHECK(warnings.size() == log.lines().size());
 
     QStringList plainWarnings;
     const QList<MeasurementData> plain = plainBatch(reply, plainWarnings);
@@ -29,6 +30,6 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         checkSameRecord(batch[i], plain[i]);
     }
     FUZZ_CHECK(warnings == plainWarnings);
-    FUZZ_CHECK(warningLog() == warnings);
+    FUZZ_CHECK(log.lines(QtWarningMsg) == warnings);
     return 0;
 }

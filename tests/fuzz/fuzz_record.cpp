@@ -1,8 +1,8 @@
 #include "acquisition/recorddecoder.h"
 #include "check.h"
 #include "plaindecoder.h"
+#include "support/logcapture.h"
 #include "timezones.h"
-#include "warninglog.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -18,9 +18,10 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const QStringList fields =
         QString::fromUtf8(reinterpret_cast<const char*>(data + 1), static_cast<int>(size - 1))
             .split(QLatin1Char('\n'));
-    beginWarningLog();
+    const LogCapture log;
     const MeasurementData record = decodeRecord(fields);
-    const QStringList warnings = warningLog();
+    const QStringList warnings = log.lines(QtWarningMsg);
+    FUZZ_CHECK(warnings.size() == log.lines().size());
 
     QStringList plainWarnings;
     checkSameRecord(record, plainRecord(fields, plainWarnings));

@@ -10,6 +10,7 @@
 #include "state/globals.h"
 #include "storage/curvedatadb.h"
 #include "storage/storewaits.h"
+#include "support/daytables.h"
 #include "support/logcapture.h"
 #include "support/testprogram.h"
 #include "userhand.h"
@@ -102,8 +103,9 @@ public:
         database.setDatabaseName(path);
         QVERIFY(database.open());
         QSqlQuery query(database);
-        QVERIFY(query.exec(QStringLiteral("CREATE TABLE curve_info (curve_id INTEGER PRIMARY KEY, "
-                                          "name TEXT)")));
+        for (const QString& statement : daytables::baseStatements()) {
+            QVERIFY(query.exec(statement));
+        }
         QVERIFY(query.exec(QStringLiteral("BEGIN EXCLUSIVE")));
     }
     ~LockedDayFile() { QSqlDatabase::removeDatabase(QStringLiteral("locked")); }

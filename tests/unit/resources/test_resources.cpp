@@ -1,4 +1,5 @@
 #include "resources/resources.h"
+#include "support/logcapture.h"
 #include "support/testprogram.h"
 
 #include <QFile>
@@ -32,16 +33,6 @@ QString textOf(const QString& name)
     QFile file(name);
     return file.open(QIODevice::ReadOnly | QIODevice::Text) ? QString::fromUtf8(file.readAll())
                                                             : QString();
-}
-
-QStringList g_warnings;
-
-void keepWarning(QtMsgType type, const QMessageLogContext& context, const QString& message)
-{
-    Q_UNUSED(context)
-    if (type != QtDebugMsg && type != QtInfoMsg) {
-        g_warnings << message;
-    }
 }
 
 } // namespace
@@ -140,13 +131,11 @@ void TestResources::styleSheetsAreUnderstood()
     QFETCH(QString, name);
     const QString sheet = textOf(name);
     QVERIFY(!sheet.isEmpty());
-    g_warnings.clear();
-    const QtMessageHandler before = qInstallMessageHandler(keepWarning);
+    const LogCapture log;
     QPushButton button;
     button.setStyleSheet(sheet);
     button.ensurePolished();
-    qInstallMessageHandler(before);
-    QCOMPARE(g_warnings, QStringList());
+    QCOMPARE(log.lines(), QStringList());
 }
 
 void TestResources::darkStyleSheetColoursAButton()
