@@ -9,8 +9,12 @@
 
 #include <QDir>
 #include <QFile>
+#include <QFileInfo>
+#include <QMap>
 #include <QTemporaryDir>
 #include <QtTest>
+
+#include <functional>
 
 // Files with unexpected contents, and files that are removed or replaced while the store has them
 // open.
@@ -80,6 +84,61 @@ void makeDayFile(const QString& path)
     for (int curve = 1; curve <= 3; ++curve) {
         writer.addCurve(curve, nameOf(curve));
     }
+}
+
+/// Puts a file in the place of another.
+void replace(const QString& path, const QString& by)
+{
+    QVERIFY(QFile::remove(path));
+    QVERIFY(QFile::rename(by, path));
+}
+
+/// Ways in which today's file goes, by the name of the test's row. `elsewhere` is the place for a
+/// directory that is moved away.
+using Loss = std::function<void(const QString& path, const QString& elsewhere)>;
+
+const QMap<QString, Loss>& losses()
+{
+    static const auto directoryOf = [](const QString& path) { return QFileInfo(path).path(); };
+    static const QMap<QString, Loss> all{
+        {one("deleted"),
+         [](const QString& path, const QString&) {
+             for (const char* suffix : {"", "-wal", "-shm"}) {
+                 QVERIFY(QFile::remove(path + one(suffix)));
+             }
+         }},
+        {one("deleted without its log"),
+         [](const QString& path, const QString&) { QVERIFY(QFile::remove(path)); }},
+        {one("moved away"),
+         [](const QString& path, const QString&) {
+             QVERIFY(QFile::rename(path, path + one(".old")));
+         }},
+        {one("replaced"),
+         [](const QString& path, const QString&) {
+             makeDayFile(path + one(".new"));
+             replace(path, path + one(".new"));
+         }},
+        {one("replaced by a copy of itself"),
+         [](const QString& path, const QString&) {
+             QCOMPARE(dayfile::rows(path, one("PRAGMA wal_checkpoint(TRUNCATE)")),
+                      QStringList{one("0|0|0")});
+             QVERIFY(QFile::copy(path, path + one(".new")));
+             replace(path, path + one(".new"));
+         }},
+        {one("directory deleted"),
+         [](const QString& path, const QString&) {
+             QVERIFY(QDir(directoryOf(path)).removeRecursively());
+         }},
+        {one("directory moved away"),
+         [](const QString& path, const QString& elsewhere) {
+             QVERIFY(QDir().rename(directoryOf(path), elsewhere));
+         }},
+        {one("directory replaced"), [](const QString& path, const QString& elsewhere) {
+             QVERIFY(QDir().rename(directoryOf(path), elsewhere));
+             QVERIFY(QDir().mkdir(directoryOf(path)));
+             makeDayFile(path);
+         }}};
+    return all;
 }
 
 } // namespace
@@ -250,10 +309,8 @@ void TestStoreDamage::junkAtTheEndOfTheLog()
 void TestStoreDamage::fileThatGoesIsMadeAgain_data()
 {
     QTest::addColumn<QString>("how");
-    for (const char* how : {"deleted", "deleted without its log", "moved away", "replaced",
-                            "replaced by a copy of itself", "directory deleted",
-                            "directory moved away", "directory replaced"}) {
-        QTest::newRow(how) << one(how);
+    for (const QString& how : losses().keys()) {
+        QTest::newRow(qPrintable(how)) << how;
     }
 }
 
@@ -268,39 +325,10 @@ void TestStoreDamage::fileThatGoesIsMadeAgain()
         store->appendPoint(curve, at("09:00:00"), 1.0);
     }
     const QString path = store.path("20260112");
-    const QString directory = store.directory();
     const QTemporaryDir elsewhere;
     QDir().rmdir(elsewhere.path());
     const LogCapture log;
-    bool replacedByCopy = false;
-    if (how == one("deleted")) {
-        for (const char* suffix : {"", "-wal", "-shm"}) {
-            QVERIFY(QFile::remove(path + one(suffix)));
-        }
-    } else if (how == one("deleted without its log")) {
-        QVERIFY(QFile::remove(path));
-    } else if (how == one("moved away")) {
-        QVERIFY(QFile::rename(path, path + one(".old")));
-    } else if (how == one("replaced")) {
-        makeDayFile(path + one(".new"));
-        QVERIFY(QFile::remove(path));
-        QVERIFY(QFile::rename(path + one(".new"), path));
-    } else if (how == one("replaced by a copy of itself")) {
-        replacedByCopy = true;
-        QCOMPARE(dayfile::rows(path, one("PRAGMA wal_checkpoint(TRUNCATE)")),
-                 QStringList{one("0|0|0")});
-        QVERIFY(QFile::copy(path, path + one(".new")));
-        QVERIFY(QFile::remove(path));
-        QVERIFY(QFile::rename(path + one(".new"), path));
-    } else if (how == one("directory deleted")) {
-        QVERIFY(QDir(directory).removeRecursively());
-    } else {
-        QVERIFY(QDir().rename(directory, elsewhere.path()));
-        if (how == one("directory replaced")) {
-            QVERIFY(QDir().mkdir(directory));
-            makeDayFile(path);
-        }
-    }
+    losses().value(how)(path, elsewhere.path());
     for (int curve = 1; curve <= 3; ++curve) {
         store->appendPoint(curve, at("09:00:01"), 2.0);
     }
@@ -309,7 +337,7 @@ void TestStoreDamage::fileThatGoesIsMadeAgain()
     store->appendPoint(1, at("09:00:02"), 3.0);
     QCOMPARE(log.lines(QtWarningMsg) + log.lines(QtCriticalMsg), QStringList());
     QStringList expected{point(at("09:00:01"), "2.0"), point(at("09:00:02"), "3.0")};
-    if (replacedByCopy) {
+    if (how == one("replaced by a copy of itself")) {
         expected.prepend(point(at("09:00:00"), "1.0"));
     }
     QCOMPARE(points(path), expected);

@@ -122,6 +122,20 @@ QSet<QString> storedReadings(const QString& path)
     return readings;
 }
 
+/// What the reader prints: of each curve the number of readings.
+QString countsOf(const QSet<QString>& stored)
+{
+    QString counts;
+    for (int curve = 1; curve <= kCurves; ++curve) {
+        const QString prefix = QString::number(curve) + QLatin1Char(' ');
+        const auto count =
+            std::count_if(stored.cbegin(), stored.cend(),
+                          [&prefix](const QString& reading) { return reading.startsWith(prefix); });
+        counts += QStringLiteral("%1 %2\n").arg(curve).arg(count);
+    }
+    return counts;
+}
+
 } // namespace
 
 class TestStoreKills : public QObject
@@ -253,15 +267,7 @@ void TestStoreKills::killedWriterLosesNothingItReported()
              qPrintable(QStringList(missing.begin(), missing.end()).join(QLatin1Char(','))));
 
     QCOMPARE(QString::fromUtf8(reader.readAllStandardError()), expectedWarnings);
-    QString expected;
-    for (int curve = 1; curve <= kCurves; ++curve) {
-        const QString prefix = QString::number(curve) + QLatin1Char(' ');
-        const auto count =
-            std::count_if(stored.cbegin(), stored.cend(),
-                          [&prefix](const QString& reading) { return reading.startsWith(prefix); });
-        expected += QStringLiteral("%1 %2\n").arg(curve).arg(count);
-    }
-    QCOMPARE(QString::fromLatin1(reader.readAllStandardOutput()), expected);
+    QCOMPARE(QString::fromLatin1(reader.readAllStandardOutput()), countsOf(stored));
 }
 
 namespace {

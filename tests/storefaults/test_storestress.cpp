@@ -187,6 +187,14 @@ private slots:
     void anythingAtAnyTime();
 
 private:
+    struct Done
+    {
+        std::atomic<int> operations{0};
+        int clears = 0;
+    };
+
+    static void stress(TestStore& store, int threads, quint32 seed, Done& done);
+
     const SkippedWaits m_waits;
 };
 
@@ -211,10 +219,50 @@ void TestStoreStress::anythingAtAnyTime_data()
     }
 }
 
+/// The crowd at work, while the store is cleared, its files age and past ones come back.
+void TestStoreStress::stress(TestStore& store, int threads, quint32 seed, Done& done)
+{
+    const int runMs = qEnvironmentVariableIntValue("SCN_STRESS_MS");
+    StandstillWatchdog watchdog(kStandstillMs);
+    std::atomic<bool> stop{false};
+    std::vector<std::thread> crowd;
+    for (int thread = 0; thread < threads; ++thread) {
+        crowd.emplace_back([&, work = Worker(*store.get(), seed + quint32(thread))]() mutable {
+            while (!stop) {
+                work();
+                ++done.operations;
+                watchdog.progress();
+            }
+        });
+    }
+    QRandomGenerator random(seed);
+    QSignalSpy cleared(store.get(), &CurveDataDB::sigClearFinished);
+    QElapsedTimer timer;
+    timer.start();
+    while (timer.elapsed() < runMs || done.operations < kOperations || done.clears < kClears) {
+        QTest::qWait(random.bounded(1, 20));
+        const int kind = random.bounded(100);
+        if (kind < 10) {
+            advancePresent(kExpiryMs); // whatever nobody holds looks old for a moment
+            QMetaObject::invokeMethod(&ConnectionPool::instance(), "cleanExpiredConnections");
+            setPresent(localTime(kNoon));
+        } else if (kind < 15 && cleared.count() == done.clears) {
+            store->clearAll();
+            ++done.clears;
+        } else if (kind < 16) {
+            makePastFiles(*store.get());
+        }
+    }
+    stop = true;
+    for (std::thread& thread : crowd) {
+        thread.join();
+    }
+    QTRY_COMPARE_WITH_TIMEOUT(cleared.count(), done.clears, kStandstillMs);
+}
+
 void TestStoreStress::anythingAtAnyTime()
 {
     QFETCH(int, threads);
-    const int runMs = qEnvironmentVariableIntValue("SCN_STRESS_MS");
     const quint32 seed = qEnvironmentVariableIsSet("SCN_SEED")
                              ? qgetenv("SCN_SEED").toUInt()
                              : QRandomGenerator::global()->generate();
@@ -228,48 +276,11 @@ void TestStoreStress::anythingAtAnyTime()
     for (int name = 0; name < kNames; ++name) {
         store->registerCurve(QStringLiteral("curve %1").arg(name));
     }
-    int clears = 0;
-    std::atomic<int> operations{0};
-    {
-        StandstillWatchdog watchdog(kStandstillMs);
-        std::atomic<bool> stop{false};
-        std::vector<std::thread> crowd;
-        for (int thread = 0; thread < threads; ++thread) {
-            crowd.emplace_back([&, work = Worker(*store.get(), seed + quint32(thread))]() mutable {
-                while (!stop) {
-                    work();
-                    ++operations;
-                    watchdog.progress();
-                }
-            });
-        }
-        QRandomGenerator random(seed);
-        QSignalSpy cleared(store.get(), &CurveDataDB::sigClearFinished);
-        QElapsedTimer timer;
-        timer.start();
-        while (timer.elapsed() < runMs || operations < kOperations || clears < kClears) {
-            QTest::qWait(random.bounded(1, 20));
-            const int kind = random.bounded(100);
-            if (kind < 10) {
-                advancePresent(kExpiryMs); // whatever nobody holds looks old for a moment
-                QMetaObject::invokeMethod(&ConnectionPool::instance(), "cleanExpiredConnections");
-                setPresent(localTime(kNoon));
-            } else if (kind < 15 && cleared.count() == clears) {
-                store->clearAll();
-                ++clears;
-            } else if (kind < 16) {
-                makePastFiles(*store.get());
-            }
-        }
-        stop = true;
-        for (std::thread& thread : crowd) {
-            thread.join();
-        }
-        QTRY_COMPARE_WITH_TIMEOUT(cleared.count(), clears, kStandstillMs);
-    }
+    Done done;
+    stress(store, threads, seed, done);
     const QStringList logged = log->lines();
     log.reset();
-    qInfo("%d operations, %d clears", operations.load(), clears);
+    qInfo("%d operations, %d clears", done.operations.load(), done.clears);
     for (const char* slip : {"QSql", "still in use", "duplicate connection", "QMutex", "QObject"}) {
         const QStringList lines = logged.filter(one(slip));
         QVERIFY2(lines.isEmpty(), qPrintable(lines.join(QLatin1Char('\n'))));

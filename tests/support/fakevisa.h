@@ -67,7 +67,8 @@ public:
     /// Text that viStatusDesc returns for a status, as bytes; by default "status 0x...".
     void setStatusText(scn::visa::ViStatus status, const QByteArray& bytes);
 
-    /// Duration of each read, in milliseconds.
+    /// Duration of each read, in milliseconds: for a slow instrument, and for what other threads do
+    /// during an exchange without a trace that a test could wait for.
     void setReadDuration(int ms);
 
     // --- what happened --------------------------------------------------------------------------

@@ -5,6 +5,7 @@
 
 namespace {
 
+/// What is waited for happens in another process, which does not tell.
 constexpr int kLookEveryMs = 100;
 constexpr int kEndWaitMs = 20000;
 /// Enough to drain a minute and a half of readings at full speed.

@@ -11,6 +11,7 @@
 #include "widgets/sidebar.h"
 
 #include <QComboBox>
+#include <QPropertyAnimation>
 #include <QPushButton>
 #include <QTabWidget>
 #include <QTableWidget>
@@ -18,12 +19,21 @@
 #include <QTreeWidget>
 #include <qwt_plot_curve.h>
 
+#include <algorithm>
+
 namespace {
 
 constexpr int kChannelColumn = 2;
 constexpr int kWorkspaceTab = 1;
-/// The side bar takes 300 ms to slide open.
-constexpr int kSlideMs = 400;
+constexpr int kPatienceMs = 10000;
+
+bool slides(const SideBar* bar)
+{
+    const auto animations = bar->findChildren<QPropertyAnimation*>();
+    return std::any_of(animations.cbegin(), animations.cend(), [](const QPropertyAnimation* slide) {
+        return slide->state() == QAbstractAnimation::Running;
+    });
+}
 
 } // namespace
 
@@ -57,7 +67,9 @@ BarChartWidget* WindowSession::openChart()
                 QTest::mouseClick(strip, Qt::LeftButton);
             }
         }
-        QTest::qWait(kSlideMs);
+        if (!QTest::qWaitFor([bar] { return !slides(bar); }, kPatienceMs)) {
+            return nullptr;
+        }
     }
     QTest::mouseClick(bar->content()->findChildren<QPushButton*>().constFirst(), Qt::LeftButton);
     const auto charts = workspace->findChildren<BarChartWidget*>();

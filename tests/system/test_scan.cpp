@@ -38,6 +38,21 @@ constexpr double kMostBusy = 0.9;
 constexpr double kMostBusy = 0.5;
 #endif
 
+/// Charts and day file hold what the instrument sent.
+void checkAgreement(const Readings& sent, const Readings& inCharts)
+{
+    QCOMPARE(inCharts.keys(), sent.keys());
+    const QString directory =
+        QDir(QCoreApplication::applicationDirPath()).filePath(dataDirectoryName(g_instrumentId));
+    const Readings stored = readingsInStore(directory);
+    for (auto channel = sent.cbegin(); channel != sent.cend(); ++channel) {
+        QCOMPARE(stored.value(channel.key()).size(), channel->size());
+        QCOMPARE(inCharts.value(channel.key()).size(), channel->size());
+        QCOMPARE(stored.value(channel.key()), channel.value());
+        QCOMPARE(inCharts.value(channel.key()), channel.value());
+    }
+}
+
 } // namespace
 
 /// Sixty channels from the click to the day file and the charts. One row per process, since a
@@ -134,17 +149,7 @@ void TestScan::transcriptDayFileAndChartsAgree()
     for (const auto& channel : sent) {
         QVERIFY2(channel.size() >= expected, qPrintable(QString::number(channel.size())));
     }
-    const Readings inCharts = WindowSession::readingsBehind(charts);
-    QCOMPARE(inCharts.keys(), sent.keys());
-    const QString directory =
-        QDir(QCoreApplication::applicationDirPath()).filePath(dataDirectoryName(g_instrumentId));
-    const Readings stored = readingsInStore(directory);
-    for (auto channel = sent.cbegin(); channel != sent.cend(); ++channel) {
-        QCOMPARE(stored.value(channel.key()).size(), channel->size());
-        QCOMPARE(inCharts.value(channel.key()).size(), channel->size());
-        QCOMPARE(stored.value(channel.key()), channel.value());
-        QCOMPARE(inCharts.value(channel.key()), channel.value());
-    }
+    checkAgreement(sent, WindowSession::readingsBehind(charts));
 }
 
 SCN_TEST(TestScan, MeteredApplication)

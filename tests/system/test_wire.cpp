@@ -392,6 +392,53 @@ QStringList withoutPolls(QStringList lines)
     return lines;
 }
 
+/// The lines of the start-up, and polls after them.
+void checkStartUp(const SimulatedInstrument& instrument)
+{
+    // The acquisition thread starts polling in its second second.
+    const QStringList startUp = listOf(kStartUp);
+    const QStringList seen = instrument.received();
+    QCOMPARE(withoutTimes(seen).mid(0, startUp.size()), startUp);
+    const QString date = seen.at(startUp.indexOf(QStringLiteral("SYST:DATE")));
+    QVERIFY2(QRegExp(QStringLiteral("SYST:DATE \\d{4},\\d\\d,\\d\\d")).exactMatch(date),
+             qPrintable(date));
+    const QString time = seen.at(startUp.indexOf(QStringLiteral("SYST:TIME")));
+    QVERIFY2(QRegExp(QStringLiteral("SYST:TIME \\d\\d,\\d\\d,\\d\\d\\.\\d{3}")).exactMatch(time),
+             qPrintable(time));
+    QTRY_VERIFY_WITH_TIMEOUT(instrument.received().size() >= startUp.size() + 2, 10000);
+    QCOMPARE(instrument.received().mid(startUp.size(), 2), (QStringList{kPoll, kPoll}));
+}
+
+/// A pass with readings, among the lines from `mark` on.
+void checkPass(const SimulatedInstrument& instrument, int mark)
+{
+    QTRY_VERIFY_WITH_TIMEOUT(
+        !instrument.received().mid(mark).filter(QStringLiteral("R? ")).isEmpty(), 10000);
+    QTRY_VERIFY_WITH_TIMEOUT(instrument.received().constLast() == kPoll, 5000);
+    const QStringList seen = instrument.received().mid(mark);
+    const int fetch = seen.indexOf(QRegExp(QStringLiteral("R\\? \\d+")));
+    QStringList pass = seen.mid(fetch - 1, 4);
+    pass[1] = QStringLiteral("R? ");
+    QCOMPARE(pass, listOf(kPass));
+}
+
+/// The stop, and the drain after it.
+void checkStop(const SimulatedInstrument& instrument, QWidget* startButton)
+{
+    const int mark = instrument.received().size();
+    QTest::mouseClick(startButton, Qt::LeftButton);
+    QTRY_VERIFY_WITH_TIMEOUT(!g_scanRunning, 10000);
+    QStringList seen = instrument.received().mid(mark);
+    QCOMPARE(seen.count(QStringLiteral("ABOR")), 1);
+    QCOMPARE(seen.mid(0, 1), listOf(kStop));
+    QTRY_VERIFY_WITH_TIMEOUT(instrument.received().constLast() == kPoll, 5000);
+    seen = instrument.received().mid(mark);
+    const int last = seen.lastIndexOf(QStringLiteral("DATA:POIN?"));
+    QCOMPARE(seen.mid(last, 3), listOf(kLastPass));
+    QTest::qWait(1500);
+    QVERIFY(!instrument.received().mid(mark + last + 1).contains(QStringLiteral("DATA:POIN?")));
+}
+
 } // namespace
 
 /// The wire as literal lists. The window runs in this process and the simulator in its own, so that
@@ -467,18 +514,7 @@ void TestWire::lines()
     window.show();
     QVERIFY(QTest::qWaitForWindowExposed(&window));
 
-    // The acquisition thread starts polling in its second second.
-    const QStringList startUp = listOf(kStartUp);
-    QStringList seen = instrument.received();
-    QCOMPARE(withoutTimes(seen).mid(0, startUp.size()), startUp);
-    const QString date = seen.at(startUp.indexOf(QStringLiteral("SYST:DATE")));
-    QVERIFY2(QRegExp(QStringLiteral("SYST:DATE \\d{4},\\d\\d,\\d\\d")).exactMatch(date),
-             qPrintable(date));
-    const QString time = seen.at(startUp.indexOf(QStringLiteral("SYST:TIME")));
-    QVERIFY2(QRegExp(QStringLiteral("SYST:TIME \\d\\d,\\d\\d,\\d\\d\\.\\d{3}")).exactMatch(time),
-             qPrintable(time));
-    QTRY_VERIFY_WITH_TIMEOUT(instrument.received().size() >= startUp.size() + 2, 10000);
-    QCOMPARE(instrument.received().mid(startUp.size(), 2), (QStringList{kPoll, kPoll}));
+    checkStartUp(instrument);
 
     // One tick, and another. A poll may fall between any two lines.
     int mark = instrument.received().size();
@@ -496,29 +532,8 @@ void TestWire::lines()
     QCOMPARE(withoutPolls(instrument.received().mid(mark)).mid(0, listOf(kStart).size()),
              listOf(kStart));
 
-    // A pass with readings.
-    QTRY_VERIFY_WITH_TIMEOUT(
-        !instrument.received().mid(mark).filter(QStringLiteral("R? ")).isEmpty(), 10000);
-    QTRY_VERIFY_WITH_TIMEOUT(instrument.received().constLast() == kPoll, 5000);
-    seen = instrument.received().mid(mark);
-    const int fetch = seen.indexOf(QRegExp(QStringLiteral("R\\? \\d+")));
-    QStringList pass = seen.mid(fetch - 1, 4);
-    pass[1] = QStringLiteral("R? ");
-    QCOMPARE(pass, listOf(kPass));
-
-    // The stop, and the drain after it.
-    mark = instrument.received().size();
-    QTest::mouseClick(startButton, Qt::LeftButton);
-    QTRY_VERIFY_WITH_TIMEOUT(!g_scanRunning, 10000);
-    seen = instrument.received().mid(mark);
-    QCOMPARE(seen.count(QStringLiteral("ABOR")), 1);
-    QCOMPARE(seen.mid(0, 1), listOf(kStop));
-    QTRY_VERIFY_WITH_TIMEOUT(instrument.received().constLast() == kPoll, 5000);
-    seen = instrument.received().mid(mark);
-    const int last = seen.lastIndexOf(QStringLiteral("DATA:POIN?"));
-    QCOMPARE(seen.mid(last, 3), listOf(kLastPass));
-    QTest::qWait(1500);
-    QVERIFY(!instrument.received().mid(mark + last + 1).contains(QStringLiteral("DATA:POIN?")));
+    checkPass(instrument, mark);
+    checkStop(instrument, startButton);
 }
 
 SCN_TEST(TestWire, QApplication)

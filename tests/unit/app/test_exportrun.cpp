@@ -92,6 +92,30 @@ private:
     QSemaphore m_open;
 };
 
+/// Whether the overlay was still there when the message came.
+class MessageWatch : public QObject
+{
+public:
+    explicit MessageWatch(ExportBench& bench)
+        : m_bench(bench)
+    {
+        bench.messageDialog()->installEventFilter(this);
+    }
+    bool eventFilter(QObject*, QEvent* event) override
+    {
+        if (event->type() == QEvent::Show) {
+            ++shows;
+            wasCovered = m_bench.exportView()->isVisible();
+        }
+        return false;
+    }
+    int shows = 0;
+    bool wasCovered = true;
+
+private:
+    ExportBench& m_bench;
+};
+
 /// Locks a file of the store against all other readers.
 class LockedDayFile
 {
@@ -342,30 +366,6 @@ void TestExportRun::outcomeIsToldAfterTheOverlay_data()
 
 void TestExportRun::outcomeIsToldAfterTheOverlay()
 {
-    /// Whether the overlay was still there when the message came.
-    class Watch : public QObject
-    {
-    public:
-        explicit Watch(ExportBench& bench)
-            : m_bench(bench)
-        {
-            bench.messageDialog()->installEventFilter(this);
-        }
-        bool eventFilter(QObject*, QEvent* event) override
-        {
-            if (event->type() == QEvent::Show) {
-                ++shows;
-                wasCovered = m_bench.exportView()->isVisible();
-            }
-            return false;
-        }
-        int shows = 0;
-        bool wasCovered = true;
-
-    private:
-        ExportBench& m_bench;
-    };
-
     QFETCH(QString, cause);
     QFETCH(QString, text);
     ExportBench bench;
@@ -377,7 +377,7 @@ void TestExportRun::outcomeIsToldAfterTheOverlay()
         g_scanStartText.clear();
         g_scanEndText.clear();
     }
-    Watch watch(bench);
+    MessageWatch watch(bench);
     bench.inDialog([&](const ExportDialogHand& dialog) {
         dialog.chooseDirectory(path);
         if (cause == QLatin1String("name")) {

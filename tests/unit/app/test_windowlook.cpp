@@ -38,6 +38,22 @@ QImage asOnADisplay(QWidget& popup)
     return image;
 }
 
+/// Light text on a dark ground.
+void checkLightOnDark(const QImage& image)
+{
+    int lightest = 0;
+    int dark = 0;
+    for (int y = 0; y < image.height(); ++y) {
+        for (int x = 0; x < image.width(); ++x) {
+            const int lightness = image.pixelColor(x, y).lightness();
+            lightest = std::max(lightest, lightness);
+            dark += lightness < 100 ? 1 : 0;
+        }
+    }
+    QVERIFY2(dark > image.width() * image.height() / 2, "the ground is not dark");
+    QVERIFY2(lightest > 180, "the text is not light");
+}
+
 } // namespace
 
 /// The window with the program's fonts and style sheet, at its initial size.
@@ -146,17 +162,7 @@ void TestWindowLook::popupsOfTheWorkspaceAreLegible()
         QCoreApplication::sendEvent(spinBox, &event);
     }
     QTRY_VERIFY(!image.isNull());
-    int lightest = 0;
-    int dark = 0;
-    for (int y = 0; y < image.height(); ++y) {
-        for (int x = 0; x < image.width(); ++x) {
-            const int lightness = image.pixelColor(x, y).lightness();
-            lightest = std::max(lightest, lightness);
-            dark += lightness < 100 ? 1 : 0;
-        }
-    }
-    QVERIFY2(dark > image.width() * image.height() / 2, "the ground is not dark");
-    QVERIFY2(lightest > 180, "the text is not light");
+    checkLightOnDark(image);
 }
 
 void TestWindowLook::panelsStayOnTheScreen()

@@ -41,6 +41,27 @@ inline QString nameOf(const QGroupBox* group)
     return check ? group->title() + QStringLiteral("/") + check->text() : group->title();
 }
 
+inline QGroupBox* groupIn(const QWidget& panel, const QString& name)
+{
+    for (QGroupBox* box : panel.findChildren<QGroupBox*>()) {
+        if (nameOf(box) == name) {
+            return box;
+        }
+    }
+    qFatal("no group %s", qPrintable(name));
+}
+
+/// The text of the radio button of a group that is pressed.
+inline QString checkedIn(const QGroupBox& group)
+{
+    for (const QRadioButton* button : group.findChildren<QRadioButton*>()) {
+        if (button->isChecked()) {
+            return button->text();
+        }
+    }
+    return QString();
+}
+
 inline QStringList sorted(QStringList names)
 {
     names.sort();
@@ -78,15 +99,7 @@ public:
 
     AdvancedSetting& panel() { return m_panel; }
 
-    QGroupBox* group(const QString& name) const
-    {
-        for (QGroupBox* box : m_panel.findChildren<QGroupBox*>()) {
-            if (nameOf(box) == name) {
-                return box;
-            }
-        }
-        qFatal("no group %s", qPrintable(name));
-    }
+    QGroupBox* group(const QString& name) const { return groupIn(m_panel, name); }
 
     QComboBox* list(const QString& name) const { return group(name)->findChild<QComboBox*>(); }
     QDoubleSpinBox* spin(const QString& name) const

@@ -6,6 +6,31 @@
 
 #include <optional>
 
+namespace {
+
+/// A value for each option, none of them its default.
+void giveValues(AdvancedSetting& panel)
+{
+    panel.setNplc(100.0);
+    panel.setLowFrequency(20.0);
+    panel.setOffsetCompensation(true);
+    panel.setDelayMode(1);
+    panel.setDelayValue(1.5);
+    panel.setInputImpedanceAuto(true);
+    panel.setRefJunctionFixed(true);
+    panel.setFixedJunctionTemp(25.5);
+    panel.setRtdR0(500.0);
+    panel.setGaugeFactor(3.0);
+    panel.setStrainResistance(350.0);
+    panel.setPoissonRatio(0.25);
+    panel.setDriveVoltage(10.0);
+    panel.setDbmReferenceResistance(50.0);
+    panel.setDbReference(-10.0);
+    panel.setPercentReference(42.0);
+}
+
+} // namespace
+
 class TestAdvancedSettingValues : public QObject
 {
     Q_OBJECT
@@ -34,42 +59,15 @@ void TestAdvancedSettingValues::settersSendNothing()
     OpenPanel open(0);
     AdvancedSetting later;
     AdvancedSetting& panel = isShownFirst ? open.panel() : later;
-    panel.setNplc(100.0);
-    panel.setLowFrequency(20.0);
-    panel.setOffsetCompensation(true);
-    panel.setDelayMode(1);
-    panel.setDelayValue(1.5);
-    panel.setInputImpedanceAuto(true);
-    panel.setRefJunctionFixed(true);
-    panel.setFixedJunctionTemp(25.5);
-    panel.setRtdR0(500.0);
-    panel.setGaugeFactor(3.0);
-    panel.setStrainResistance(350.0);
-    panel.setPoissonRatio(0.25);
-    panel.setDriveVoltage(10.0);
-    panel.setDbmReferenceResistance(50.0);
-    panel.setDbReference(-10.0);
-    panel.setPercentReference(42.0);
+    giveValues(panel);
     panel.show();
 
-    const auto groupOf = [&panel](const QString& name) -> QGroupBox* {
-        for (QGroupBox* box : panel.findChildren<QGroupBox*>()) {
-            if (nameOf(box) == name) {
-                return box;
-            }
-        }
-        return nullptr;
+    const auto groupOf = [&panel](const QString& name) { return groupIn(panel, name); };
+    const auto spinOf = [&panel](const QString& name) {
+        return groupIn(panel, name)->findChild<QDoubleSpinBox*>();
     };
-    const auto spinOf = [&groupOf](const QString& name) {
-        return groupOf(name)->findChild<QDoubleSpinBox*>();
-    };
-    const auto checkedOf = [&groupOf](const QString& name) {
-        for (const QRadioButton* button : groupOf(name)->findChildren<QRadioButton*>()) {
-            if (button->isChecked()) {
-                return button->text();
-            }
-        }
-        return QString();
+    const auto checkedOf = [&panel](const QString& name) {
+        return checkedIn(*groupIn(panel, name));
     };
     QCOMPARE(groupOf(kNplc)->findChild<QComboBox*>()->currentText(), QStringLiteral("100"));
     QCOMPARE(checkedOf(kLowFrequency), QStringLiteral("20Hz(中速)"));

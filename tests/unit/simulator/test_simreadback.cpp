@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <functional>
 
 using namespace scnsim;
 
@@ -90,6 +91,20 @@ SimBench::Slots allModules()
     }
     modules[18] = 21;
     return modules;
+}
+
+/// What an option with a number as its value refuses; `errorOf` sets a value and gives the error.
+void checkNumbersRefused(const OptionInfo& info,
+                         const std::function<QString(const QString& value)>& errorOf)
+{
+    const QString wrong = info.kind == OptionKind::Listed
+                              ? QStringLiteral("-224,\"Illegal parameter value\"")
+                              : QStringLiteral("-222,\"Data out of range\"");
+    const double step = std::max(std::fabs(info.minimum), std::fabs(info.maximum)) * 1e-6;
+    QCOMPARE(errorOf(QString::number(info.minimum - step, 'g', 15)), wrong);
+    QCOMPARE(errorOf(QString::number(info.maximum + step, 'g', 15)), wrong);
+    QCOMPARE(errorOf(QStringLiteral("1 V")), QStringLiteral("-138,\"Suffix not allowed\""));
+    QCOMPARE(errorOf(QStringLiteral("1E999")), QStringLiteral("-123,\"Exponent too large\""));
 }
 
 } // namespace
@@ -416,18 +431,9 @@ void TestSimReadBack::everyOptionRefusesWhatItCannotTake()
     const bool isWord = info.kind == OptionKind::Switch || info.kind == OptionKind::Choice;
 
     if (!isWord) {
-        const QString wrong = info.kind == OptionKind::Listed
-                                  ? QStringLiteral("-224,\"Illegal parameter value\"")
-                                  : QStringLiteral("-222,\"Data out of range\"");
-        const double step = std::max(std::fabs(info.minimum), std::fabs(info.maximum)) * 1e-6;
-        QCOMPARE(errorOf(set(QStringLiteral("%1,(@101)").arg(info.minimum - step, 0, 'g', 15))),
-                 wrong);
-        QCOMPARE(errorOf(set(QStringLiteral("%1,(@101)").arg(info.maximum + step, 0, 'g', 15))),
-                 wrong);
-        QCOMPARE(errorOf(set(QStringLiteral("1 V,(@101)"))),
-                 QStringLiteral("-138,\"Suffix not allowed\""));
-        QCOMPARE(errorOf(set(QStringLiteral("1E999,(@101)"))),
-                 QStringLiteral("-123,\"Exponent too large\""));
+        checkNumbersRefused(info, [&](const QString& value) {
+            return errorOf(set(value + QStringLiteral(",(@101)")));
+        });
     }
     QCOMPARE(errorOf(set(QStringLiteral("NOWORD,(@101)"))),
              QStringLiteral("-224,\"Illegal parameter value\""));

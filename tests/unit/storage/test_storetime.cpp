@@ -18,6 +18,7 @@ private slots:
 
     void sixHourEdges();
     void midnight();
+    void midnightWithALateReading();
     void midnightWithTheInstrumentAhead();
     void endOfAMonth();
     void endOfAYear();
@@ -87,7 +88,7 @@ void TestStoreTime::midnight()
     enlist(store, "102(Ohm)");
     play(store, {{"2026-01-12T23:59:59.998+01:00", "2026-01-12T23:59:59.998+01:00", 1, 1.5},
                  {"2026-01-12T23:59:59.999+01:00", "2026-01-12T23:59:59.999+01:00", 1, 2.5}});
-    QCOMPARE(allRows(store.directory()), lines(R"(
+    const QStringList evening = lines(R"(
         20260112.db
           batch_metadata
             1|1|1768237200000|1768258799999|curve_1_batch_20260112_180000_20260112_235959
@@ -99,22 +100,12 @@ void TestStoreTime::midnight()
             2|102(Ohm)
           curve_metadata
             1|1768258799998|1768258799999|1.5|2.5
-        )"));
+        )");
+    QCOMPARE(allRows(store.directory()), evening);
 
     // The first reading of the day finds all curves registered in the day's own file.
     play(store, {{"2026-01-13T00:00:00.000+01:00", "2026-01-13T00:00:00.000+01:00", 1, -3.5}});
-    QCOMPARE(allRows(store.directory()), lines(R"(
-        20260112.db
-          batch_metadata
-            1|1|1768237200000|1768258799999|curve_1_batch_20260112_180000_20260112_235959
-          curve_1_batch_20260112_180000_20260112_235959
-            1|1|1768258799998|1.5
-            2|1|1768258799999|2.5
-          curve_info
-            1|101(V)
-            2|102(Ohm)
-          curve_metadata
-            1|1768258799998|1768258799999|1.5|2.5
+    QCOMPARE(allRows(store.directory()), evening + lines(R"(
         20260113.db
           batch_metadata
             1|1|1768258800000|1768280399999|curve_1_batch_20260113_000000_20260113_055959
@@ -126,10 +117,19 @@ void TestStoreTime::midnight()
           curve_metadata
             1|1768258800000|1768258800000|-3.5|-3.5
         )"));
+}
 
-    // A late one of the evening goes back to its file; that file's extremes continue in the new
-    // day's.
-    play(store, {{"2026-01-13T00:00:00.300+01:00", "2026-01-12T23:59:59.990+01:00", 2, 4.5},
+/// It goes back to its file; that file's extremes continue in the new day's.
+void TestStoreTime::midnightWithALateReading()
+{
+    setPresent(instant("2026-01-12T23:59:58.000+01:00"));
+    TestStore store;
+    enlist(store, "101(V)");
+    enlist(store, "102(Ohm)");
+    play(store, {{"2026-01-12T23:59:59.998+01:00", "2026-01-12T23:59:59.998+01:00", 1, 1.5},
+                 {"2026-01-12T23:59:59.999+01:00", "2026-01-12T23:59:59.999+01:00", 1, 2.5},
+                 {"2026-01-13T00:00:00.000+01:00", "2026-01-13T00:00:00.000+01:00", 1, -3.5},
+                 {"2026-01-13T00:00:00.300+01:00", "2026-01-12T23:59:59.990+01:00", 2, 4.5},
                  {"2026-01-13T00:00:00.300+01:00", "2026-01-13T00:00:00.200+01:00", 2, 5.5}});
     QCOMPARE(allRows(store.directory()), lines(R"(
         20260112.db

@@ -21,6 +21,7 @@ private slots:
 
     void computerSetBackByAnHour();
     void computerSetBackOverMidnight();
+    void midnightComesASecondTime();
     void computerSetForward();
     void instrumentSetBack();
     void instrumentSetForward();
@@ -75,6 +76,17 @@ void TestStoreTimeClocks::computerSetBackOverMidnight()
     enlist(store, "101(V)");
     play(store, {{"2026-01-12T23:30:00.000+01:00", "2026-01-12T23:30:00.000+01:00", 1, 1.5},
                  {"2026-01-13T00:10:00.000+01:00", "2026-01-13T00:10:00.000+01:00", 1, 2.5}});
+    const QStringList morning = lines(R"(
+        20260113.db
+          batch_metadata
+            1|1|1768258800000|1768280399999|curve_1_batch_20260113_000000_20260113_055959
+          curve_1_batch_20260113_000000_20260113_055959
+            1|1|1768259400000|2.5
+          curve_info
+            1|101(V)
+          curve_metadata
+            1|1768259400000|1768259400000|2.5|2.5
+        )");
     QCOMPARE(allRows(store.directory()), lines(R"(
         20260112.db
           batch_metadata
@@ -85,16 +97,7 @@ void TestStoreTimeClocks::computerSetBackOverMidnight()
             1|101(V)
           curve_metadata
             1|1768257000000|1768257000000|1.5|1.5
-        20260113.db
-          batch_metadata
-            1|1|1768258800000|1768280399999|curve_1_batch_20260113_000000_20260113_055959
-          curve_1_batch_20260113_000000_20260113_055959
-            1|1|1768259400000|2.5
-          curve_info
-            1|101(V)
-          curve_metadata
-            1|1768259400000|1768259400000|2.5|2.5
-        )"));
+        )") + morning);
 
     // Back to yesterday, whose file is today's again and takes what is now the future.
     play(store, {{"2026-01-12T23:40:00.000+01:00", "2026-01-13T00:10:01.000+01:00", 1, 3.5},
@@ -113,19 +116,19 @@ void TestStoreTimeClocks::computerSetBackOverMidnight()
             1|101(V)
           curve_metadata
             1|1768257000000|1768259401000|1.5|4.5
-        20260113.db
-          batch_metadata
-            1|1|1768258800000|1768280399999|curve_1_batch_20260113_000000_20260113_055959
-          curve_1_batch_20260113_000000_20260113_055959
-            1|1|1768259400000|2.5
-          curve_info
-            1|101(V)
-          curve_metadata
-            1|1768259400000|1768259400000|2.5|2.5
-        )"));
+        )") + morning);
+}
 
-    // Midnight comes a second time.
-    play(store, {{"2026-01-13T00:00:00.000+01:00", "2026-01-13T00:00:00.000+01:00", 1, 5.5}});
+void TestStoreTimeClocks::midnightComesASecondTime()
+{
+    setPresent(instant("2026-01-12T23:30:00.000+01:00"));
+    TestStore store;
+    enlist(store, "101(V)");
+    play(store, {{"2026-01-12T23:30:00.000+01:00", "2026-01-12T23:30:00.000+01:00", 1, 1.5},
+                 {"2026-01-13T00:10:00.000+01:00", "2026-01-13T00:10:00.000+01:00", 1, 2.5},
+                 {"2026-01-12T23:40:00.000+01:00", "2026-01-13T00:10:01.000+01:00", 1, 3.5},
+                 {"2026-01-12T23:40:01.000+01:00", "2026-01-12T23:40:01.000+01:00", 1, 4.5},
+                 {"2026-01-13T00:00:00.000+01:00", "2026-01-13T00:00:00.000+01:00", 1, 5.5}});
     QCOMPARE(allRows(store.directory()), lines(R"(
         20260112.db
           batch_metadata
@@ -175,7 +178,7 @@ void TestStoreTimeClocks::computerSetForward()
 
     play(store, {{"2026-01-19T09:00:01.000+01:00", "2026-01-12T09:00:01.000+01:00", 1, 2.5},
                  {"2026-01-19T09:00:02.000+01:00", "2026-01-12T09:00:02.000+01:00", 1, 3.5}});
-    QCOMPARE(allRows(store.directory()), lines(R"(
+    const QStringList lateFile = lines(R"(
         20260112.db
           batch_metadata
             1|1|1768194000000|1768215599999|curve_1_batch_20260112_060000_20260112_115959
@@ -187,6 +190,8 @@ void TestStoreTimeClocks::computerSetForward()
             1|101(V)
           curve_metadata
             1|1768204800000|1768204800000|1.5|1.5
+        )");
+    QCOMPARE(allRows(store.directory()), lateFile + lines(R"(
         20260119.db
           batch_metadata
           curve_info
@@ -197,18 +202,7 @@ void TestStoreTimeClocks::computerSetForward()
 
     // The instrument's clock is corrected.
     play(store, {{"2026-01-19T09:01:00.000+01:00", "2026-01-19T09:00:59.000+01:00", 1, 4.5}});
-    QCOMPARE(allRows(store.directory()), lines(R"(
-        20260112.db
-          batch_metadata
-            1|1|1768194000000|1768215599999|curve_1_batch_20260112_060000_20260112_115959
-          curve_1_batch_20260112_060000_20260112_115959
-            1|1|1768204800000|1.5
-            2|1|1768204801000|2.5
-            3|1|1768204802000|3.5
-          curve_info
-            1|101(V)
-          curve_metadata
-            1|1768204800000|1768204800000|1.5|1.5
+    QCOMPARE(allRows(store.directory()), lateFile + lines(R"(
         20260119.db
           batch_metadata
             1|1|1768798800000|1768820399999|curve_1_batch_20260119_060000_20260119_115959
@@ -363,7 +357,7 @@ void TestStoreTimeClocks::readingFromLongAgo()
     const LogCapture log;
     play(store, {{"2026-01-12T09:00:01.000+01:00", "2001-01-01T00:00:00.000+01:00", 1, 0.5}});
     QCOMPARE(log.lines(QtWarningMsg), QStringList());
-    QCOMPARE(allRows(store.directory()), lines(R"(
+    const QStringList oldFile = lines(R"(
         20010101.db
           batch_metadata
             1|1|978303600000|978325199999|curve_1_batch_20010101_000000_20010101_055959
@@ -373,6 +367,8 @@ void TestStoreTimeClocks::readingFromLongAgo()
             1|101(V)
             2|102(Ohm)
           curve_metadata
+        )");
+    QCOMPARE(allRows(store.directory()), oldFile + lines(R"(
         20260112.db
           batch_metadata
             1|1|1768194000000|1768215599999|curve_1_batch_20260112_060000_20260112_115959
@@ -391,16 +387,7 @@ void TestStoreTimeClocks::readingFromLongAgo()
 
     play(store, {{"2026-01-12T09:00:02.000+01:00", "2026-01-12T09:00:02.000+01:00", 1, 3.5},
                  {"2026-01-12T09:00:02.000+01:00", "2026-01-12T09:00:02.000+01:00", 2, 4.5}});
-    QCOMPARE(allRows(store.directory()), lines(R"(
-        20010101.db
-          batch_metadata
-            1|1|978303600000|978325199999|curve_1_batch_20010101_000000_20010101_055959
-          curve_1_batch_20010101_000000_20010101_055959
-            1|1|978303600000|0.5
-          curve_info
-            1|101(V)
-            2|102(Ohm)
-          curve_metadata
+    QCOMPARE(allRows(store.directory()), oldFile + lines(R"(
         20260112.db
           batch_metadata
             1|1|1768194000000|1768215599999|curve_1_batch_20260112_060000_20260112_115959
