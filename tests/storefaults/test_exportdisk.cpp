@@ -14,48 +14,37 @@
 // Exports to a disk that fills up, at any position in the file, and to a read-only directory, by
 // private mounts.
 
+using privatemounts::Mount;
+
 namespace {
 
 constexpr qint64 kDiskBytes = 1024 * 1024;
 constexpr int kPageBytes = 4096;
 
-/// Mounts an in-memory file system on a directory.
-class SmallDisk
+/// A small disk on a directory made for it.
+Mount smallDisk(const QString& directory)
 {
-public:
-    explicit SmallDisk(const QString& directory)
-        : m_directory(directory)
-        , m_mounted(QDir().mkpath(directory) && privatemounts::mountMemory(directory, kDiskBytes))
-    {
+    QDir().mkpath(directory);
+    return Mount::disk(directory, kDiskBytes);
+}
+
+int freePages(const QString& directory)
+{
+    struct statvfs status = {};
+    statvfs(QFile::encodeName(directory).constData(), &status);
+    return static_cast<int>(status.f_bfree);
+}
+
+/// Leaves room for this many pages.
+void fillUpTo(const QString& directory, int pages)
+{
+    QFile filler(directory + QStringLiteral("/filler"));
+    QVERIFY(filler.open(QIODevice::WriteOnly | QIODevice::Unbuffered));
+    while (freePages(directory) > pages) {
+        QCOMPARE(filler.write(QByteArray(kPageBytes, 'x')), qint64(kPageBytes));
     }
-    ~SmallDisk() { privatemounts::unmount(m_directory); }
-    SmallDisk(const SmallDisk&) = delete;
-    SmallDisk& operator=(const SmallDisk&) = delete;
-
-    bool isMounted() const { return m_mounted; }
-
-    int freePages() const
-    {
-        struct statvfs status = {};
-        statvfs(QFile::encodeName(m_directory).constData(), &status);
-        return static_cast<int>(status.f_bfree);
-    }
-
-    /// Leaves room for this many pages.
-    void fillUpTo(int pages) const
-    {
-        QFile filler(m_directory + QStringLiteral("/filler"));
-        QVERIFY(filler.open(QIODevice::WriteOnly | QIODevice::Unbuffered));
-        while (freePages() > pages) {
-            QCOMPARE(filler.write(QByteArray(kPageBytes, 'x')), qint64(kPageBytes));
-        }
-        QCOMPARE(freePages(), pages);
-    }
-
-private:
-    QString m_directory;
-    bool m_mounted;
-};
+    QCOMPARE(freePages(directory), pages);
+}
 
 ExportOrder oneCurve(ExportScene& scene, int rows)
 {
@@ -112,9 +101,9 @@ void TestExportDisk::diskFullAtEachPage()
     }
     for (int pages = 0; pages <= needed + 1; ++pages) {
         const QString directory = QFileInfo(order.path).path();
-        const SmallDisk disk(directory);
+        const Mount disk = smallDisk(directory);
         QVERIFY(disk.isMounted());
-        disk.fillUpTo(pages);
+        fillUpTo(directory, pages);
         const auto outcome = runExport(order);
         QDir(directory).remove(text("filler"));
         if (pages < needed) {
@@ -145,12 +134,12 @@ void TestExportDisk::diskFullAtTheEdgeOfAPart()
     order.path =
         directory + QLatin1Char('/') + QString(kStemBytes, QLatin1Char('x')) + text(".csv");
     order.rowsPerPart = kRowsPerPart;
-    const SmallDisk disk(directory);
+    const Mount disk = smallDisk(directory);
     QVERIFY(disk.isMounted());
     const auto runWith = [&](bool full) {
         return runExport(order, [&](CsvExportFromDBThread&) {
             if (full && QDir(directory).entryList(QDir::Files).size() == 9) {
-                disk.fillUpTo(0);
+                fillUpTo(directory, 0);
             }
         });
     };

@@ -13,6 +13,8 @@
 
 // A full disk and a read-only directory, by private mounts.
 
+using privatemounts::Mount;
+
 namespace {
 
 constexpr int kCloseMs = 5000;
@@ -36,36 +38,12 @@ QStringList values(const QString& path, const char* table = kMorning)
     return dayfile::rows(path, QStringLiteral("SELECT value FROM %1 ORDER BY id").arg(one(table)));
 }
 
-/// A mount on a store's directory while it lives.
-class Mount
-{
-public:
-    enum Kind { SmallDisk, ReadOnly };
-
-    Mount(const QString& directory, Kind kind)
-        : m_directory(directory)
-        , m_mounted(kind == SmallDisk ? privatemounts::mountMemory(directory, kDiskBytes)
-                                      : privatemounts::makeReadOnly(directory))
-    {
-    }
-    ~Mount() { privatemounts::unmount(m_directory); }
-    Mount(const Mount&) = delete;
-    Mount& operator=(const Mount&) = delete;
-
-    bool isMounted() const { return m_mounted; }
-
-private:
-    QString m_directory;
-    bool m_mounted;
-};
-
-/// Fills up a directory's disk.
-void fill(const QString& path)
+/// Leaves less room on a disk.
+void writeFiller(const QString& path, int bytes)
 {
     QFile file(path);
-    QVERIFY(file.open(QIODevice::WriteOnly | QIODevice::Unbuffered));
-    while (file.write(QByteArray(4096, 'x')) > 0) {
-    }
+    QVERIFY(file.open(QIODevice::WriteOnly));
+    QCOMPARE(file.write(QByteArray(bytes, 'x')), qint64(bytes));
 }
 
 } // namespace
@@ -93,17 +71,13 @@ void TestStoreDisk::fullDiskInTheMidstOfARun()
     constexpr int kReadings = 4000;
     TestStore store;
     store->closeForExit(QDeadlineTimer(kCloseMs));
-    const Mount disk(store.directory(), Mount::SmallDisk);
+    const Mount disk = Mount::disk(store.directory(), kDiskBytes);
     QVERIFY(disk.isMounted());
     store.restart();
     store->registerCurve(one("101(V)"));
     const QString path = store.path("20260112");
     const QString filler = store.directory() + one("/filler");
-    {
-        QFile file(filler);
-        QVERIFY(file.open(QIODevice::WriteOnly));
-        QVERIFY(file.write(QByteArray(kDiskBytes - kRoomBytes, 'x')) == kDiskBytes - kRoomBytes);
-    }
+    writeFiller(filler, kDiskBytes - kRoomBytes);
     QStringList expected;
     StoreObserver observer(store.directory());
     const auto append = [&](int number) {
@@ -154,10 +128,10 @@ void TestStoreDisk::fullDiskAtTheStart()
 {
     TestStore store;
     store->closeForExit(QDeadlineTimer(kCloseMs));
-    const Mount disk(store.directory(), Mount::SmallDisk);
+    const Mount disk = Mount::disk(store.directory(), kDiskBytes);
     QVERIFY(disk.isMounted());
     const QString filler = store.directory() + one("/filler");
-    fill(filler);
+    privatemounts::fillDisk(filler);
     {
         const LogCapture log;
         store.restart();
@@ -179,13 +153,13 @@ void TestStoreDisk::fullDiskAtMidnight()
     setPresent(at("23:59:59"));
     TestStore store;
     store->closeForExit(QDeadlineTimer(kCloseMs));
-    const Mount disk(store.directory(), Mount::SmallDisk);
+    const Mount disk = Mount::disk(store.directory(), kDiskBytes);
     QVERIFY(disk.isMounted());
     store.restart();
     QCOMPARE(store->registerCurve(one("101(V)")), 1);
     QCOMPARE(store->registerCurve(one("102(V)")), 2);
     const QString filler = store.directory() + one("/filler");
-    fill(filler);
+    privatemounts::fillDisk(filler);
     const qint64 midnight = at("23:59:59") + 1000;
     setPresent(midnight + 10);
     {
@@ -218,7 +192,7 @@ void TestStoreDisk::readOnlyDirectoryAtTheStart()
     store->closeForExit(QDeadlineTimer(kCloseMs));
     const QString path = store.path("20260112");
     {
-        const Mount readOnly(store.directory(), Mount::ReadOnly);
+        const Mount readOnly = Mount::readOnly(store.directory());
         QVERIFY(readOnly.isMounted());
         const LogCapture log;
         store.restart();
@@ -256,7 +230,7 @@ void TestStoreDisk::readOnlyDirectoryAtMidnight()
     const qint64 midnight = at("23:59:59") + 1000;
     const QString path = store.path("20260113");
     {
-        const Mount readOnly(store.directory(), Mount::ReadOnly);
+        const Mount readOnly = Mount::readOnly(store.directory());
         QVERIFY(readOnly.isMounted());
         // The open file can still be written.
         store->appendPoint(1, midnight - 500, 1.0);
@@ -290,7 +264,7 @@ void TestStoreDisk::readOnlyDirectoryWhenAFileIsOpenedAgain()
         QVERIFY(QFile::remove(path + one(suffix)));
     }
     {
-        const Mount readOnly(store.directory(), Mount::ReadOnly);
+        const Mount readOnly = Mount::readOnly(store.directory());
         QVERIFY(readOnly.isMounted());
         const LogCapture log;
         store->appendPoint(1, at("09:00:01"), 2.0);

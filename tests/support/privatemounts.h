@@ -20,6 +20,39 @@ bool makeReadOnly(const QString& directory);
 /// Undoes the last of these two.
 bool unmount(const QString& directory);
 
+/// Such a mount while it lives.
+class Mount
+{
+public:
+    static Mount disk(const QString& directory, qint64 bytes)
+    {
+        return Mount(directory, mountMemory(directory, bytes));
+    }
+    static Mount readOnly(const QString& directory)
+    {
+        return Mount(directory, makeReadOnly(directory));
+    }
+
+    ~Mount() { unmount(m_directory); }
+    Mount(const Mount&) = delete;
+    Mount& operator=(const Mount&) = delete;
+
+    bool isMounted() const { return m_mounted; }
+
+private:
+    Mount(const QString& directory, bool mounted)
+        : m_directory(directory)
+        , m_mounted(mounted)
+    {
+    }
+
+    const QString m_directory;
+    const bool m_mounted;
+};
+
+/// Writes a file until its disk is full.
+void fillDisk(const QString& path);
+
 /// Runs a test class in such mounts; where there are none to be had, it is skipped.
 template <class Test, class Application>
 int run(int argc, char** argv)

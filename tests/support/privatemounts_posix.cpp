@@ -66,6 +66,14 @@ bool privatemounts::makeReadOnly(const QString& directory)
                0;
 }
 
+void privatemounts::fillDisk(const QString& path)
+{
+    QFile file(path);
+    QVERIFY(file.open(QIODevice::WriteOnly | QIODevice::Unbuffered));
+    while (file.write(QByteArray(4096, 'x')) > 0) {
+    }
+}
+
 bool privatemounts::unmount(const QString& directory)
 {
     return umount2(QFile::encodeName(directory).constData(), MNT_DETACH) == 0;

@@ -15,15 +15,6 @@ constexpr qint64 kDiskBytes = 131072;
 /// More rows than the disk has room for.
 constexpr int kRows = 10000;
 
-/// Fills up a directory's disk.
-void fill(const QString& path)
-{
-    QFile file(path);
-    QVERIFY(file.open(QIODevice::WriteOnly | QIODevice::Unbuffered));
-    while (file.write(QByteArray(4096, 'x')) > 0) {
-    }
-}
-
 } // namespace
 
 /// How the window handles an export that its disk refuses. Each test runs in a process of its own,
@@ -94,7 +85,7 @@ void TestExportDialogDisk::diskIsFullFromTheStart()
     const QTemporaryDir directory;
     QVERIFY(privatemounts::mountMemory(directory.path(), kDiskBytes));
     const QString filler = directory.filePath(QStringLiteral("filler"));
-    fill(filler);
+    privatemounts::fillDisk(filler);
     exportFails(bench, directory.path(), QStringLiteral("导出失败"));
     QVERIFY(QFile::remove(filler));
     exportSucceeds(bench, directory.path());
