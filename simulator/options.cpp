@@ -1,5 +1,7 @@
 #include "options.h"
 
+#include "model/channelnumber.h"
+
 #include <CLI/CLI.hpp>
 
 #include <algorithm>
@@ -11,7 +13,6 @@ namespace scnsim {
 namespace {
 
 constexpr std::uint16_t kUsualPort = 5025;
-constexpr int kLastSlot = 99;
 constexpr int kLastModuleType = 999;
 constexpr double kHighestRate = 100000;
 constexpr int kLowestBaud = 300;
@@ -111,7 +112,7 @@ bool parseOpenChannels(const std::string& text, SimulatorOptions& options)
 {
     for (const std::string& piece : split(text, ',')) {
         int channel = 0;
-        if (!parseNumber(piece, 101, kLastSlot * 100 + 99, channel)) {
+        if (!parseNumber(piece, channelAt(1, 1), kLastChannel, channel)) {
             return false;
         }
         options.openChannels.insert(channel);

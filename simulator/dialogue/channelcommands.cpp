@@ -44,21 +44,20 @@ std::string shortName(const std::string& spelling)
     return name;
 }
 
-std::optional<Function> functionNamed(const std::string& name)
+const FunctionInfo* functionNamed(const std::string& name)
 {
-    for (int f = 0; f < static_cast<int>(Function::None); ++f) {
-        const auto function = static_cast<Function>(f);
-        if (HeaderPattern(functionInfo(function).spelling).matches(headerNodes(name))) {
-            return function;
+    for (const FunctionInfo& function : functions()) {
+        if (HeaderPattern(function.spelling).matches(headerNodes(name))) {
+            return &function;
         }
     }
-    return std::nullopt;
+    return nullptr;
 }
 
 CommandResult setFunction(CommandContext& s, Arguments& a)
 {
     // No function name exceeds the longest text the instrument takes.
-    const std::optional<Function> function = functionNamed(a.text(kLongestLabel));
+    const FunctionInfo* const function = functionNamed(a.text(kLongestLabel));
     const std::vector<int> channels = a.channels(s.instrument);
     if (!a.ok()) {
         return refuse(a.error());
@@ -69,26 +68,15 @@ CommandResult setFunction(CommandContext& s, Arguments& a)
 
 CommandResult function(CommandContext& s, Arguments& a)
 {
-    return forEachChannel(s, a, [](const ChannelSettings& c) {
-        return quoted(shortName(functionInfo(c.function).spelling));
-    });
+    return forEachChannel(
+        s, a, [](const ChannelSettings& c) { return quoted(shortName(c.function->spelling)); });
 }
 
-/// The kind of sensor a temperature function uses, the same for two and four wires; a channel that
-/// measures no temperature answers as for a thermocouple.
+/// A channel that measures no temperature answers as for a thermocouple.
 CommandResult transducerType(CommandContext& s, Arguments& a)
 {
-    return forEachChannel(s, a, [](const ChannelSettings& c) -> std::string {
-        switch (c.function) {
-        case Function::Rtd:
-        case Function::Rtd4W:
-            return "RTD";
-        case Function::Thermistor:
-        case Function::Thermistor4W:
-            return "THER";
-        default:
-            return "TC";
-        }
+    return forEachChannel(s, a, [](const ChannelSettings& c) {
+        return c.function->transducer ? c.function->transducer : "TC";
     });
 }
 

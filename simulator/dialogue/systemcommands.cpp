@@ -1,4 +1,5 @@
 #include "dialogue/commands.h"
+#include "model/channelnumber.h"
 #include "model/module.h"
 #include "scpi/response.h"
 

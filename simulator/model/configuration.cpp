@@ -2,10 +2,10 @@
 
 namespace scnsim {
 
-ChannelSettings::ChannelSettings(Function initialFunction)
-    : function(initialFunction)
+ChannelSettings::ChannelSettings(const FunctionInfo& initial)
+    : function(&initial)
     , options(initialOptions())
-    , scaledUnit(functionInfo(initialFunction).scaledUnit)
+    , scaledUnit(initial.scaledUnit)
 {
 }
 

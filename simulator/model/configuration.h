@@ -15,13 +15,13 @@ namespace scnsim {
 struct ChannelSettings
 {
     /// Factory settings of a channel whose default function this is.
-    explicit ChannelSettings(Function initialFunction);
+    explicit ChannelSettings(const FunctionInfo& initial);
 
     double value(Option option) const { return options[static_cast<std::size_t>(option)]; }
     bool isOn(Option option) const { return value(option) != 0; }
     void set(Option option, double value) { options[static_cast<std::size_t>(option)] = value; }
 
-    Function function;
+    const FunctionInfo* function;
     std::array<double, kOptionCount> options;
     std::string label;
     /// Unit of scaled readings.

@@ -1,5 +1,6 @@
 #include "model/instrument.h"
 
+#include "model/channelnumber.h"
 #include "model/module.h"
 
 #include <algorithm>
@@ -8,19 +9,8 @@ namespace scnsim {
 
 namespace {
 
-constexpr int kChannelsPerSlot = 100;
 /// A longer channel list is a mistake.
 constexpr std::size_t kLongestChannelList = 10000;
-
-Function firstOf(FunctionSet functions)
-{
-    for (int f = 0; f < kFunctionCount; ++f) {
-        if ((functions & functionBit(static_cast<Function>(f))) != 0) {
-            return static_cast<Function>(f);
-        }
-    }
-    return Function::None;
-}
 
 } // namespace
 
@@ -67,17 +57,17 @@ Refusal Instrument::expand(int first, int last, std::vector<int>& channels) cons
 
 std::optional<int> Instrument::partnerOf(int number) const
 {
-    const int bank = module::bankSize(m_slots.at(number / kChannelsPerSlot));
-    if (!functionInfo(channel(number).function).fourWire || number % kChannelsPerSlot > bank) {
+    const int bank = module::bankSize(m_slots.at(slotOf(number)));
+    if (channel(number).function->leads != Leads::Four || positionOf(number) > bank) {
         return std::nullopt;
     }
     return number + bank;
 }
 
-Refusal Instrument::setFunction(const std::vector<int>& channels, Function function)
+Refusal Instrument::setFunction(const std::vector<int>& channels, const FunctionInfo& function)
 {
     for (const int number : channels) {
-        if ((functionsOf(number) & functionBit(function)) == 0) {
+        if (!offers(kindOf(number), function)) {
             return Refusal::Conflict;
         }
         const bool ownerChangesToo =
@@ -102,8 +92,7 @@ Refusal Instrument::setOption(const std::vector<int>& channels, Option option, d
     }
     if (option == Option::ScaleFunction && value >= kScaleDbm) {
         for (const int number : channels) {
-            const Function function = channel(number).function;
-            if (function != Function::VoltageDc && function != Function::CurrentDc) {
+            if (channel(number).function->power == PowerFrom::Nothing) {
                 return Refusal::Conflict;
             }
         }
@@ -138,7 +127,7 @@ Refusal Instrument::setScanList(std::vector<int> channels)
     std::sort(channels.begin(), channels.end());
     channels.erase(std::unique(channels.begin(), channels.end()), channels.end());
     for (const int number : channels) {
-        if (channel(number).function == Function::None || isPartnerInUse(number)) {
+        if (channel(number).function == &noFunction() || isPartnerInUse(number)) {
             return Refusal::Conflict;
         }
     }
@@ -197,8 +186,8 @@ Configuration Instrument::factoryConfiguration() const
     for (const auto& [slot, type] : m_slots) {
         for (int position = 1; position <= module::channelCount(type); ++position) {
             configuration.channels.emplace(
-                slot * kChannelsPerSlot + position,
-                ChannelSettings(firstOf(module::functionsAt(type, position))));
+                channelAt(slot, position),
+                ChannelSettings(initialFunction(module::kindAt(type, position))));
         }
     }
     return configuration;
@@ -209,18 +198,18 @@ Refusal Instrument::checkChannel(int number) const
     if (m_configuration.channels.count(number) != 0) {
         return Refusal::None;
     }
-    return moduleType(number / kChannelsPerSlot) ? Refusal::OutOfRange : Refusal::NoModule;
+    return moduleType(slotOf(number)) ? Refusal::OutOfRange : Refusal::NoModule;
 }
 
-FunctionSet Instrument::functionsOf(int number) const
+ChannelKind Instrument::kindOf(int number) const
 {
-    return module::functionsAt(m_slots.at(number / kChannelsPerSlot), number % kChannelsPerSlot);
+    return module::kindAt(m_slots.at(slotOf(number)), positionOf(number));
 }
 
 std::optional<int> Instrument::ownerOf(int number) const
 {
-    const int bank = module::bankSize(m_slots.at(number / kChannelsPerSlot));
-    const int position = number % kChannelsPerSlot;
+    const int bank = module::bankSize(m_slots.at(slotOf(number)));
+    const int position = positionOf(number);
     return position > bank && position <= 2 * bank ? std::optional<int>(number - bank)
                                                    : std::nullopt;
 }
@@ -228,20 +217,20 @@ std::optional<int> Instrument::ownerOf(int number) const
 bool Instrument::isPartnerInUse(int number) const
 {
     const std::optional<int> owner = ownerOf(number);
-    return owner && functionInfo(channel(*owner).function).fourWire;
+    return owner && channel(*owner).function->leads == Leads::Four;
 }
 
-void Instrument::applyFunction(int number, Function function)
+void Instrument::applyFunction(int number, const FunctionInfo& function)
 {
     ChannelSettings& settings = m_configuration.channels.at(number);
-    if (settings.function != function) {
-        settings.function = function;
-        settings.scaledUnit = functionInfo(function).scaledUnit;
+    if (settings.function != &function) {
+        settings.function = &function;
+        settings.scaledUnit = function.scaledUnit;
         settings.set(Option::ScaleState, 0);
         settings.set(Option::ScaleFunction, kScaleLinear);
     }
     if (const std::optional<int> partner = partnerOf(number)) {
-        applyFunction(*partner, firstOf(functionsOf(*partner)));
+        applyFunction(*partner, initialFunction(kindOf(*partner)));
         std::vector<int>& list = m_configuration.scanList;
         list.erase(std::remove(list.begin(), list.end(), *partner), list.end());
     }

@@ -18,7 +18,6 @@
 
 namespace scnsim {
 
-constexpr int kLastSlot = 99;
 constexpr int kStoredStateCount = 5;
 constexpr std::size_t kReadingMemoryCapacity = 100000;
 
@@ -74,7 +73,7 @@ public:
     /// Selects a function. A change turns scaling off; a four-wire function takes its partner
     /// channel, which leaves the scan list.
     /// @return Conflict if a channel does not offer it or is itself a partner in use
-    Refusal setFunction(const std::vector<int>& channels, Function function);
+    Refusal setFunction(const std::vector<int>& channels, const FunctionInfo& function);
 
     Refusal setOption(const std::vector<int>& channels, Option option, double wanted);
     void setLabel(const std::vector<int>& channels, const std::string& label);
@@ -122,10 +121,10 @@ private:
     }
     Configuration factoryConfiguration() const;
     Refusal checkChannel(int number) const;
-    FunctionSet functionsOf(int number) const;
+    ChannelKind kindOf(int number) const;
     std::optional<int> ownerOf(int number) const;
     bool isPartnerInUse(int number) const;
-    void applyFunction(int number, Function function);
+    void applyFunction(int number, const FunctionInfo& function);
 
     std::map<int, int> m_slots;
     Configuration m_configuration;

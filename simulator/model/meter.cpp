@@ -19,14 +19,6 @@ constexpr double kCyclesOfLowestFrequency = 5;
 constexpr double kFixedApertureS = 0.1;
 constexpr double kMilliwatt = 1e-3;
 
-/// Functions whose range limits the measured quantity itself. For frequency, period and the bridges
-/// it limits the input voltage.
-constexpr FunctionSet kLimitedByRange =
-    functionBit(Function::VoltageDc) | functionBit(Function::VoltageAc) |
-    functionBit(Function::Resistance) | functionBit(Function::Resistance4W) |
-    functionBit(Function::Capacitance) | functionBit(Function::CurrentDc) |
-    functionBit(Function::CurrentAc);
-
 constexpr const char* kScaledUnits[] = {"", "PCT", "DBM", "DB"};
 constexpr const char* kTemperatureUnits[] = {"C", "F", "K"};
 
@@ -40,18 +32,18 @@ double inTemperatureUnit(double celsius, double unit)
 
 bool isBeyondRange(const ChannelSettings& settings, double value)
 {
-    const FunctionInfo& info = functionInfo(settings.function);
-    return (kLimitedByRange & functionBit(settings.function)) != 0 &&
-           !settings.isOn(info.rangeAuto) &&
-           std::fabs(value) > kOverRange * settings.value(info.range);
+    const RangeOptions& range = settings.function->range;
+    return range.of == RangeOf::Reading && !settings.isOn(range.automatic) &&
+           std::fabs(value) > kOverRange * settings.value(range.fixed);
 }
 
 /// Power in the reference resistance, in decibels above a milliwatt.
 double decibelMilliwatt(const ChannelSettings& settings, double value)
 {
     const double resistance = settings.value(Option::DbmReference);
-    const double power = settings.function == Function::CurrentDc ? value * value * resistance
-                                                                  : value * value / resistance;
+    const double power = settings.function->power == PowerFrom::Current
+                             ? value * value * resistance
+                             : value * value / resistance;
     return 10 * std::log10(power / kMilliwatt);
 }
 
@@ -74,28 +66,28 @@ std::string unitOf(const ChannelSettings& settings)
             return unit;
         }
     }
-    if (isTemperature(settings.function)) {
+    if (settings.function->transducer) {
         return kTemperatureUnits[static_cast<std::size_t>(settings.value(Option::TemperatureUnit))];
     }
-    return functionInfo(settings.function).unit;
+    return settings.function->unit;
 }
 
 double apertureS(const ChannelSettings& settings)
 {
-    const FunctionInfo& info = functionInfo(settings.function);
-    if (info.nplc != Option::Count) {
-        return settings.value(info.nplc) / kLineFrequencyHz;
+    const TimeOptions& time = settings.function->time;
+    if (time.nplc != Option::Count) {
+        return settings.value(time.nplc) / kLineFrequencyHz;
     }
-    if (info.lowFrequency != Option::Count) {
-        return kCyclesOfLowestFrequency / settings.value(info.lowFrequency);
+    if (time.lowFrequency != Option::Count) {
+        return kCyclesOfLowestFrequency / settings.value(time.lowFrequency);
     }
     return kFixedApertureS;
 }
 
 bool measuresTwice(const ChannelSettings& settings)
 {
-    const FunctionInfo& info = functionInfo(settings.function);
-    return info.offsetCompensation != Option::Count && settings.isOn(info.offsetCompensation);
+    const TimeOptions& time = settings.function->time;
+    return time.offsetCompensation != Option::Count && settings.isOn(time.offsetCompensation);
 }
 
 } // namespace
@@ -125,15 +117,15 @@ Instant Meter::measuringTime(const ChannelSettings& settings)
 
 double Meter::unscaled(int channel, const ChannelSettings& settings, Instant at)
 {
-    const double value =
-        m_source.value(channel, settings.function, at, apertureS(settings), m_ordinals[channel]++);
+    const double value = m_source.value(channel, settings.function->signal, at, apertureS(settings),
+                                        m_ordinals[channel]++);
     if (m_openChannels.count(channel) != 0) {
         return kOverload;
     }
     if (isBeyondRange(settings, value)) {
         return std::copysign(kOverload, value);
     }
-    return isTemperature(settings.function)
+    return settings.function->transducer
                ? inTemperatureUnit(value, settings.value(Option::TemperatureUnit))
                : value;
 }

@@ -6,36 +6,13 @@ namespace scnsim {
 
 namespace {
 
-constexpr FunctionSet functions(Function first, Function last)
-{
-    FunctionSet set = 0;
-    for (int f = static_cast<int>(first); f <= static_cast<int>(last); ++f) {
-        set |= functionBit(static_cast<Function>(f));
-    }
-    return set;
-}
+using K = ChannelKind;
 
-using F = Function;
-
-constexpr FunctionSet kBridges = functions(F::StrainQuarter, F::StrainFullBendingPoisson);
-constexpr FunctionSet kTwoWireBasics = functions(F::VoltageDc, F::Resistance);
-constexpr FunctionSet kTwoWireSensors = functionBit(F::Rtd) | functionBit(F::Thermistor) |
-                                        functionBit(F::Capacitance) | functionBit(F::Diode) |
-                                        functionBit(F::StrainDirect) | kBridges;
-
-constexpr FunctionSet kListB = kTwoWireBasics | functionBit(F::Thermocouple) | kBridges;
-constexpr FunctionSet kListA = kListB | functionBit(F::Resistance4W);
-constexpr FunctionSet kListC = functions(F::VoltageDc, F::StrainFullBendingPoisson);
-constexpr FunctionSet kListG = kTwoWireBasics | kTwoWireSensors;
-constexpr FunctionSet kListD = kListG | functionBit(F::Thermocouple);
-constexpr FunctionSet kListI = functionBit(F::CurrentDc) | functionBit(F::CurrentAc);
-constexpr FunctionSet kListV = functionBit(F::VoltageDc) | functionBit(F::VoltageAc);
-
-/// Channels up to a position share a set of functions; a module has up to three such groups.
+/// Channels up to a position are of one kind; a module has up to three such groups.
 struct ChannelGroup
 {
     int lastPosition;
-    FunctionSet functions;
+    ChannelKind kind;
 };
 
 struct ModuleType
@@ -46,26 +23,26 @@ struct ModuleType
 };
 
 constexpr ModuleType kModules[] = {
-    {0, 20, {{10, kListA}, {20, kListB}, {20, 0}}},
-    {1, 22, {{10, kListC}, {20, kListD}, {22, kListI}}},
-    {2, 16, {{8, kListC}, {16, kListD}, {16, 0}}},
-    {3, 20, {{20, 0}, {20, 0}, {20, 0}}},
-    {4, 32, {{32, 0}, {32, 0}, {32, 0}}},
-    {5, 2, {{2, 0}, {2, 0}, {2, 0}}},
-    {6, 4, {{4, 0}, {4, 0}, {4, 0}}},
-    {7, 4, {{4, 0}, {4, 0}, {4, 0}}},
-    {8, 40, {{40, kListG}, {40, 0}, {40, 0}}},
-    {9, 4, {{4, 0}, {4, 0}, {4, 0}}},
-    {10, 12, {{12, 0}, {12, 0}, {12, 0}}},
-    {11, 24, {{24, 0}, {24, 0}, {24, 0}}},
-    {12, 24, {{24, 0}, {24, 0}, {24, 0}}},
-    {13, 1, {{1, 0}, {1, 0}, {1, 0}}},
-    {14, 8, {{8, kListI}, {8, 0}, {8, 0}}},
-    {15, 8, {{8, kListV}, {8, 0}, {8, 0}}},
-    {16, 8, {{8, kListV}, {8, 0}, {8, 0}}},
+    {0, 20, {{10, K::A}, {20, K::B}, {20, K::Switch}}},
+    {1, 22, {{10, K::C}, {20, K::D}, {22, K::I}}},
+    {2, 16, {{8, K::C}, {16, K::D}, {16, K::Switch}}},
+    {3, 20, {{20, K::Switch}, {20, K::Switch}, {20, K::Switch}}},
+    {4, 32, {{32, K::Switch}, {32, K::Switch}, {32, K::Switch}}},
+    {5, 2, {{2, K::Switch}, {2, K::Switch}, {2, K::Switch}}},
+    {6, 4, {{4, K::Switch}, {4, K::Switch}, {4, K::Switch}}},
+    {7, 4, {{4, K::Switch}, {4, K::Switch}, {4, K::Switch}}},
+    {8, 40, {{40, K::G}, {40, K::Switch}, {40, K::Switch}}},
+    {9, 4, {{4, K::Switch}, {4, K::Switch}, {4, K::Switch}}},
+    {10, 12, {{12, K::Switch}, {12, K::Switch}, {12, K::Switch}}},
+    {11, 24, {{24, K::Switch}, {24, K::Switch}, {24, K::Switch}}},
+    {12, 24, {{24, K::Switch}, {24, K::Switch}, {24, K::Switch}}},
+    {13, 1, {{1, K::Switch}, {1, K::Switch}, {1, K::Switch}}},
+    {14, 8, {{8, K::I}, {8, K::Switch}, {8, K::Switch}}},
+    {15, 8, {{8, K::V}, {8, K::Switch}, {8, K::Switch}}},
+    {16, 8, {{8, K::V}, {8, K::Switch}, {8, K::Switch}}},
 };
 
-constexpr ModuleType kUnknownModule = {-1, 1, {{1, 0}, {1, 0}, {1, 0}}};
+constexpr ModuleType kUnknownModule = {-1, 1, {{1, K::Switch}, {1, K::Switch}, {1, K::Switch}}};
 
 /// The module whose last two channels measure current and are never paired.
 constexpr int kTypeWithCurrentChannels = 1;
@@ -87,14 +64,14 @@ int module::channelCount(int type)
     return rowOf(type).channels;
 }
 
-FunctionSet module::functionsAt(int type, int position)
+ChannelKind module::kindAt(int type, int position)
 {
     for (const ChannelGroup& group : rowOf(type).groups) {
         if (position <= group.lastPosition) {
-            return group.functions;
+            return group.kind;
         }
     }
-    return 0;
+    return K::Switch;
 }
 
 int module::bankSize(int type)

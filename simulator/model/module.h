@@ -13,8 +13,8 @@ namespace module {
 /// Number of channels.
 int channelCount(int type);
 
-/// What the channel at a position, counted from 1, can measure; empty for a switch.
-FunctionSet functionsAt(int type, int position);
+/// What the channel at a position, counted from 1, can measure.
+ChannelKind kindAt(int type, int position);
 
 /// Distance between the two channels of a four-wire measurement; the function belongs to positions
 /// 1 to this number.

@@ -11,7 +11,7 @@ namespace scnsim {
 /// sit on a heater that warms for ten minutes and cools for ten; every fourth position has a
 /// capacitor on direct voltage that discharges and is recharged every four minutes. Added to this
 /// are noise, which falls with the square root of the aperture, and mains hum, which whole power
-/// line cycles cancel. The same seed, channel, function, time, aperture and reading number give the
+/// line cycles cancel. The same seed, channel, signal, time, aperture and reading number give the
 /// same value on every machine.
 class SignalSource
 {
@@ -25,7 +25,7 @@ public:
     /// @param apertureS how long it takes, above 0
     /// @param ordinal the number of the reading on this channel, for the noise
     /// @return the value in base units; temperatures in degrees Celsius
-    double value(int channel, Function function, Instant at, double apertureS,
+    double value(int channel, const Signal& signal, Instant at, double apertureS,
                  std::uint64_t ordinal) const;
 
 private:

@@ -1,5 +1,7 @@
 #include "service/controlservice.h"
 
+#include "model/channelnumber.h"
+
 #include <charconv>
 #include <cmath>
 #include <optional>
@@ -131,7 +133,7 @@ std::string ControlService::trigger(const std::string& source)
 std::string ControlService::setAlarm(const std::string& channelAndNumber)
 {
     const auto [channelText, numberText] = splitWord(channelAndNumber);
-    const std::optional<int> channel = numberFrom(channelText, 1, kLastSlot * 100 + 99);
+    const std::optional<int> channel = numberFrom(channelText, 1, kLastChannel);
     const std::optional<int> number = numberFrom(numberText, 0, kHighestAlarmField);
     if (!channel || !number) {
         return error("alarm wants a channel and a number from 0 to 9");

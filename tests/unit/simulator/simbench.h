@@ -2,6 +2,7 @@
 
 #include "dialogue/dialogue.h"
 
+#include <QRegularExpression>
 #include <QString>
 
 #include <chrono>
@@ -12,6 +13,24 @@
 inline QString shown(const std::string& text)
 {
     return QString::fromStdString(text);
+}
+
+/// The name by which a query answers a function.
+inline QString shortNameOf(const scnsim::FunctionInfo& function)
+{
+    return QString::fromLatin1(function.spelling)
+        .remove(QRegularExpression(QStringLiteral("\\[.*\\]|[a-z]")));
+}
+
+/// The function of a short name.
+inline const scnsim::FunctionInfo& functionCalled(const QString& shortName)
+{
+    for (const scnsim::FunctionInfo& function : scnsim::functions()) {
+        if (shortNameOf(function) == shortName) {
+            return function;
+        }
+    }
+    qFatal("There is no function %s", qPrintable(shortName));
 }
 
 /// An instrument with its command language, on a clock that only the test moves. Power-on is at

@@ -655,28 +655,32 @@ void TestSimEngine::temperatureUnitIsApplied()
 void TestSimEngine::everyFunctionHasASignal()
 {
     const SignalSource source(1);
-    for (int f = 0; f < static_cast<int>(Function::None); ++f) {
-        const auto function = static_cast<Function>(f);
-        QVERIFY(source.value(101, function, 1s, 0.02, 1) > 0);
-        QVERIFY(source.value(101, function, 1s, 0.02, 1) !=
-                source.value(101, function, 1s, 0.02, 2));
-        QVERIFY(source.value(101, function, 1s, 0.02, 1) !=
-                source.value(102, function, 1s, 0.02, 1));
+    for (const FunctionInfo& function : functions()) {
+        const Signal& signal = function.signal;
+        QVERIFY(source.value(101, signal, 1s, 0.02, 1) > 0);
+        QVERIFY(source.value(101, signal, 1s, 0.02, 1) != source.value(101, signal, 1s, 0.02, 2));
+        QVERIFY(source.value(101, signal, 1s, 0.02, 1) != source.value(102, signal, 1s, 0.02, 1));
     }
-    QCOMPARE(source.value(101, Function::None, 1s, 0.02, 1), 0.0);
+    QCOMPARE(source.value(101, noFunction().signal, 1s, 0.02, 1), 0.0);
 }
 
 namespace {
 
+const Signal& signalOf(const char* function)
+{
+    return functionCalled(QString::fromLatin1(function)).signal;
+}
+
 /// Standard deviation of a thousand readings of one channel.
-double spread(Function function, double apertureS, Instant step)
+double spread(const char* function, double apertureS, Instant step)
 {
     const SignalSource source(1);
+    const Signal& signal = signalOf(function);
     constexpr int kReadings = 1000;
     double sum = 0;
     double squares = 0;
     for (int i = 0; i < kReadings; ++i) {
-        const double value = source.value(101, function, i * step, apertureS, std::uint64_t(i));
+        const double value = source.value(101, signal, i * step, apertureS, std::uint64_t(i));
         sum += value;
         squares += value * value;
     }
@@ -700,15 +704,15 @@ void TestSimEngine::wholeLineCyclesCancelTheHum()
 {
     QFETCH(double, cycles);
     // The hum at 1 V is 20 mV high, the noise of one cycle 0.1 mV.
-    QTEST(spread(Function::VoltageDc, cycles / 50, 1ms) > 5e-3, "hums");
-    QVERIFY(spread(Function::VoltageDc, cycles / 50, 1ms) > 1e-6);
+    QTEST(spread("VOLT", cycles / 50, 1ms) > 5e-3, "hums");
+    QVERIFY(spread("VOLT", cycles / 50, 1ms) > 1e-6);
 }
 
 void TestSimEngine::noiseFallsWithTheAperture()
 {
     // All at the same moment, so that they differ only by noise.
-    const double atOneCycle = spread(Function::VoltageAc, 0.02, 0ms);
-    const double atHundred = spread(Function::VoltageAc, 2, 0ms);
+    const double atOneCycle = spread("VOLT:AC", 0.02, 0ms);
+    const double atHundred = spread("VOLT:AC", 2, 0ms);
     QVERIFY(atOneCycle > 3e-4 && atOneCycle < 1e-3);
     QVERIFY(std::fabs(atOneCycle / atHundred - 10) < 0.01);
 }
@@ -717,7 +721,7 @@ void TestSimEngine::thermocoupleWarmsUpAndCoolsDown()
 {
     const SignalSource source(1);
     const auto celsius = [&source](std::chrono::seconds at) {
-        return source.value(101, Function::Thermocouple, at, 0.02, 1);
+        return source.value(101, signalOf("TEMP:TC"), at, 0.02, 1);
     };
     QVERIFY(std::fabs(celsius(0s) - 21) < 0.1);
     for (int s = 0; s < 100; s += 10) {
@@ -725,7 +729,7 @@ void TestSimEngine::thermocoupleWarmsUpAndCoolsDown()
     }
     // It ends 30 degrees higher, and each position 5 degrees above the one before.
     QVERIFY(std::fabs(celsius(599s) - 51) < 0.1);
-    QVERIFY(std::fabs(source.value(103, Function::Thermocouple, 599s, 0.02, 1) - 61) < 0.1);
+    QVERIFY(std::fabs(source.value(103, signalOf("TEMP:TC"), 599s, 0.02, 1) - 61) < 0.1);
     QVERIFY(celsius(650s) < 45);
     QVERIFY(std::fabs(celsius(1199s) - 21) < 0.1);
     QVERIFY(std::fabs(celsius(1260s) - celsius(60s)) < 0.1);
@@ -735,7 +739,7 @@ void TestSimEngine::capacitorDischargesAndIsChargedAnew()
 {
     const SignalSource source(1);
     const auto volts = [&source](std::chrono::seconds at) {
-        return source.value(104, Function::VoltageDc, at, 0.02, 1);
+        return source.value(104, signalOf("VOLT"), at, 0.02, 1);
     };
     QVERIFY(std::fabs(volts(0s) - 10) < 0.01);
     // Equal times remove equal fractions.
@@ -746,7 +750,7 @@ void TestSimEngine::capacitorDischargesAndIsChargedAnew()
     QVERIFY(volts(239s) < 0.2);
     QVERIFY(std::fabs(volts(240s) - 10) < 0.01);
     // Its neighbours have none.
-    QVERIFY(source.value(103, Function::VoltageDc, 239s, 0.02, 1) > 1.4);
+    QVERIFY(source.value(103, signalOf("VOLT"), 239s, 0.02, 1) > 1.4);
 }
 
 void TestSimEngine::levelsDriftSlowly()
@@ -754,10 +758,9 @@ void TestSimEngine::levelsDriftSlowly()
     const SignalSource source(1);
     double lowest = 2;
     double highest = 0;
-    double before = source.value(101, Function::VoltageDc, 0s, 0.02, 1);
+    double before = source.value(101, signalOf("VOLT"), 0s, 0.02, 1);
     for (int s = 1; s <= 200; ++s) {
-        const double volts =
-            source.value(101, Function::VoltageDc, std::chrono::seconds(s), 0.02, 1);
+        const double volts = source.value(101, signalOf("VOLT"), std::chrono::seconds(s), 0.02, 1);
         QVERIFY(std::fabs(volts - before) < 2.2e-3);
         before = volts;
         lowest = std::min(lowest, volts);

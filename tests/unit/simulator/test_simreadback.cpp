@@ -1,3 +1,4 @@
+#include "model/channelnumber.h"
 #include "model/module.h"
 #include "simbench.h"
 #include "support/testprogram.h"
@@ -139,7 +140,7 @@ void TestSimReadBack::everyQueryIsAnsweredOnEveryChannel()
         for (int position = 1; position <= module::channelCount(type); ++position) {
             ++channels;
             for (const char* query : kChannelQueries) {
-                const QString line = QString::fromLatin1(query).arg(slot * 100 + position);
+                const QString line = QString::fromLatin1(query).arg(channelAt(slot, position));
                 QVERIFY2(!bench.ask(line).isEmpty(), qPrintable(line));
             }
         }
@@ -209,10 +210,8 @@ void TestSimReadBack::modulesOfferTheirFunctions()
     SimBench bench(SimBench::Slots{{1, type}});
     const QString channel = QString::number(100 + position);
     QStringList offered;
-    for (int f = 0; f < static_cast<int>(Function::None); ++f) {
-        const char* const spelling = functionInfo(static_cast<Function>(f)).spelling;
-        QString name = QString::fromLatin1(spelling);
-        name.remove(QRegularExpression(QStringLiteral("\\[.*\\]|[a-z]")));
+    for (const FunctionInfo& function : scnsim::functions()) {
+        const QString name = shortNameOf(function);
         bench.ask(QStringLiteral("FUNC \"%1\",(@%2)").arg(name, channel));
         if (bench.ask("SYST:ERR?") == QLatin1String(kNoError)) {
             QCOMPARE(bench.ask(QStringLiteral("FUNC? (@%1)").arg(channel)),
