@@ -121,7 +121,7 @@ ChannelOptionsReadBack::ChannelOptionsReadBack(LinkWatch& link, InstrumentDispla
     , m_function(function)
     , m_channel(channel)
     , m_header(m_catalogue.scpiHeader(function))
-    , m_kind(static_cast<PanelKind>(m_catalogue.optionPanelKind(function)))
+    , m_kind(panelOf(function))
 {
 }
 

@@ -117,8 +117,7 @@ QString CommFunc::baseUnit(int functionIndex) const
 
 uchar CommFunc::optionPanelKind(int functionIndex) const
 {
-    const MeasurementFunction* function = scn::functionAt(functionIndex);
-    return function ? static_cast<uchar>(function->panel) : uchar{0};
+    return static_cast<uchar>(scn::panelOf(functionIndex));
 }
 
 bool CommFunc::isFourWire(int functionIndex) const

@@ -116,6 +116,12 @@ const MeasurementFunction* functionAt(int index)
     return isKnown ? &kFunctions[index] : nullptr;
 }
 
+PanelKind panelOf(int index)
+{
+    const MeasurementFunction* function = functionAt(index);
+    return function ? function->panel : PanelKind::DcVoltage;
+}
+
 bool isTemperature(const MeasurementFunction& function)
 {
     switch (function.panel) {

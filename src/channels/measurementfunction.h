@@ -125,6 +125,9 @@ FunctionTable measurementFunctions();
 /// The function of an index; null for one that is not in the table.
 const MeasurementFunction* functionAt(int index);
 
+/// The options of a function; those of direct voltage for an index that is not in the table.
+PanelKind panelOf(int index);
+
 /// True for functions of temperature sensors, whose transducer is queried.
 bool isTemperature(const MeasurementFunction& function);
 

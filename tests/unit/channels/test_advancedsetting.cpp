@@ -1,4 +1,5 @@
 // What the panel shows, and what it sends to the instrument.
+#include "channels/measurementfunction.h"
 #include "openpanel.h"
 #include "starred.h"
 #include "support/testprogram.h"
@@ -124,7 +125,7 @@ void TestAdvancedSetting::functionHasItsGroups_data()
     add({26, 27, 29}, {kNplc, kDelay, kGaugeFactor, kDriveVoltage});
     add({28, 30, 31}, {kNplc, kDelay, kGaugeFactor, kPoisson, kDriveVoltage});
     add({32}, {kNplc, kDelay});
-    add({-1, 34, 1000}, {});
+    add({-1, scn::measurementFunctions().size(), 1000}, {});
 }
 
 void TestAdvancedSetting::functionHasItsGroups()

@@ -6,6 +6,7 @@
 #include <QtTest>
 
 #include <cmath>
+#include <iterator>
 #include <limits>
 
 namespace {
@@ -64,6 +65,8 @@ constexpr ExpectedFunction kExpected[] = {
     {"直流电流", "CURR", "CURR:DC", "Adc", 7, 12, 'i', "", ""},
     {"交流电流", "CURR:AC", "CURR:AC", "Aac", 8, 1, 'i', "", ""},
 };
+
+constexpr int kFunctionCount = std::size(kExpected);
 
 const QStringList kListA{QStringLiteral("直流电压"),       QStringLiteral("交流电压"),
                          QStringLiteral("周期"),           QStringLiteral("频率"),
@@ -168,7 +171,7 @@ private slots:
 
     void catalogueRow_data();
     void catalogueRow();
-    void thirtyFourFunctionCommands();
+    void everyFunctionHasACommand();
     void unknownIndexGivesTheDefaults_data();
     void unknownIndexGivesTheDefaults();
     void reportedNameStandsForOneFunction_data();
@@ -201,10 +204,9 @@ private slots:
 void TestCommFunc::catalogueRow_data()
 {
     QTest::addColumn<int>("index");
-    for (int index = 0; index < 34; ++index) {
+    for (int index = 0; index < kFunctionCount; ++index) {
         QTest::addRow("function %d", index) << index;
     }
-    QCOMPARE(static_cast<int>(std::size(kExpected)), 34);
 }
 
 void TestCommFunc::catalogueRow()
@@ -224,18 +226,18 @@ void TestCommFunc::catalogueRow()
     QCOMPARE(command.typeArgument, QString::fromUtf8(expected.typeArgument));
 }
 
-void TestCommFunc::thirtyFourFunctionCommands()
+void TestCommFunc::everyFunctionHasACommand()
 {
-    QCOMPARE(funcCommands.size(), 34);
+    QCOMPARE(funcCommands.size(), kFunctionCount);
     QCOMPARE(funcCommands.firstKey(), 0);
-    QCOMPARE(funcCommands.lastKey(), 33);
+    QCOMPARE(funcCommands.lastKey(), kFunctionCount - 1);
 }
 
 void TestCommFunc::unknownIndexGivesTheDefaults_data()
 {
     QTest::addColumn<int>("index");
     QTest::newRow("below") << -1;
-    QTest::newRow("above") << 34;
+    QTest::newRow("above") << kFunctionCount;
     QTest::newRow("far below") << std::numeric_limits<int>::min();
     QTest::newRow("far above") << std::numeric_limits<int>::max();
 }
@@ -394,7 +396,7 @@ void TestCommFunc::fourWireFunctionsAreSix()
 {
     const CommFunc catalogue;
     QList<int> fourWire;
-    for (int index = -1; index <= 34; ++index) {
+    for (int index = -1; index <= kFunctionCount; ++index) {
         if (catalogue.isFourWire(index)) {
             fourWire << index;
         }
@@ -420,7 +422,7 @@ void TestCommFunc::temperatureUnitsOnlyForTemperatures()
 {
     const CommFunc catalogue;
     const QStringList units{QStringLiteral("C"), QStringLiteral("F"), QStringLiteral("K")};
-    for (int index = 0; index < 34; ++index) {
+    for (int index = 0; index < kFunctionCount; ++index) {
         const bool temperature = index >= 6 && index <= 21;
         QCOMPARE(catalogue.temperatureUnitList(index), temperature ? units : QStringList());
     }
@@ -432,7 +434,7 @@ void TestCommFunc::decibelsOnlyForDirectVoltageAndCurrent()
     const QStringList plain{QStringLiteral("SCAL"), QStringLiteral("PCT")};
     const QStringList all{QStringLiteral("SCAL"), QStringLiteral("PCT"), QStringLiteral("DBM"),
                           QStringLiteral("DB")};
-    for (int index = 0; index < 34; ++index) {
+    for (int index = 0; index < kFunctionCount; ++index) {
         QCOMPARE(catalogue.scaleFunctionList(index), index == 0 || index == 32 ? all : plain);
     }
 }

@@ -199,7 +199,7 @@ void TestMeasurementFunction::familyHoldsItsFacts()
 void TestMeasurementFunction::indexOutsideTheTableHasNoFunction()
 {
     QVERIFY(!scn::functionAt(-1));
-    QVERIFY(!scn::functionAt(34));
+    QVERIFY(!scn::functionAt(static_cast<int>(std::size(kExpected))));
     QVERIFY(!scn::functionAt(std::numeric_limits<int>::min()));
     QVERIFY(!scn::functionAt(std::numeric_limits<int>::max()));
 }
