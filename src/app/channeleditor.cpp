@@ -183,8 +183,9 @@ void ChannelEditor::changeScaling(int channel, bool on)
 /// The unit of the row one bank further, for any function; null if there is no such row.
 QString ChannelEditor::scaledUnit(int channel) const
 {
-    const int slot = ChannelNumber::fromLabel(channel).slot();
-    const ChannelRow other = m_table.row(channel + m_catalogue.bankSize(static_cast<uchar>(slot)));
+    const ChannelNumber number = ChannelNumber::fromLabel(channel);
+    const int bank = m_catalogue.bankSize(static_cast<uchar>(number.slot()));
+    const ChannelRow other = m_table.row(number.shifted(bank).label());
     return other.unit ? other.unit->currentText() : QString();
 }
 

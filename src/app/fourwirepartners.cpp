@@ -18,7 +18,7 @@ int FourWirePartners::candidateOf(int channel) const
 {
     const ChannelNumber number = ChannelNumber::fromLabel(channel);
     const int bank = m_catalogue.bankSize(static_cast<uchar>(number.slot()));
-    return bank != 0 && number.position() <= bank ? channel + bank : 0;
+    return bank != 0 && number.position() <= bank ? number.shifted(bank).label() : 0;
 }
 
 int FourWirePartners::partnerOf(int channel, int function) const

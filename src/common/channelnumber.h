@@ -23,6 +23,12 @@ public:
     /// The channel in a row of its module, which counts from 0.
     static constexpr ChannelNumber fromRow(int slot, int row) { return {slot, row + 1}; }
 
+    /// The channel this many positions further in the same module.
+    constexpr ChannelNumber shifted(int positions) const
+    {
+        return {m_slot, m_position + positions};
+    }
+
     constexpr int slot() const { return m_slot; }
     constexpr int position() const { return m_position; }
     constexpr int row() const { return m_position - 1; }

@@ -4,6 +4,7 @@
 #include "app/instrumentpagebuilder.h"
 #include "app/loggingpagebuilder.h"
 #include "channels/advancedsetting.h"
+#include "common/channelnumber.h"
 #include "state/globals.h"
 #include "support/fakeinstrument.h"
 #include "support/testprogram.h"
@@ -167,7 +168,7 @@ void TestPageBuilders::tableHasARowForEachChannel()
     for (const int slot : {1, 4}) {
         QCOMPARE(form.slotItems.value(slot)->childCount(), 20);
         for (int position = 1; position <= 20; ++position) {
-            const int channel = slot * 100 + position;
+            const int channel = scn::ChannelNumber(slot, position).label();
             QCOMPARE(table.channelOf(table.item(channel)), channel);
             QCOMPARE(table.item(channel)->checkState(ScanColumn), Qt::Unchecked);
         }

@@ -3,6 +3,7 @@
 #include "acquisition/readdata.h"
 #include "app/mainwidget.h"
 #include "channels/advancedsetting.h"
+#include "common/channelnumber.h"
 #include "common/helperthreads.h"
 #include "overlay/loadingview.h"
 #include "state/globals.h"
@@ -156,7 +157,8 @@ QTreeWidgetItem* WindowBench::module(int slot) const
 
 QTreeWidgetItem* WindowBench::item(int channel) const
 {
-    return module(channel / 100)->child(channel % 100 - 1);
+    const auto number = scn::ChannelNumber::fromLabel(channel);
+    return module(number.slot())->child(number.row());
 }
 
 void WindowBench::tick(int channel, bool on) const
@@ -170,7 +172,7 @@ QList<int> WindowBench::tickedChannels() const
     for (int slot = 1; slot <= kSlotCount; ++slot) {
         for (int row = 0; slotPresent[slot] && row < module(slot)->childCount(); ++row) {
             if (module(slot)->child(row)->checkState(ScanColumn) == Qt::Checked) {
-                channels.append(slot * 100 + row + 1);
+                channels.append(scn::ChannelNumber::fromRow(slot, row).label());
             }
         }
     }

@@ -1,4 +1,5 @@
 #include "channels/commfunc.h"
+#include "common/channelnumber.h"
 #include "starred.h"
 #include "state/globals.h"
 #include "support/testprogram.h"
@@ -537,7 +538,7 @@ void TestCommFunc::channelOffersTheListOfItsPosition()
     slotModuleType[kSlot] = type;
     slotPresent[kSlot] = true;
     const CommFunc catalogue;
-    QCOMPARE(catalogue.functionList(kSlot * 100 + position), functions);
+    QCOMPARE(catalogue.functionList(scn::ChannelNumber(kSlot, position).label()), functions);
 }
 
 void TestCommFunc::channelOutsideTheMainframeOffersNothing()
