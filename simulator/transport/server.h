@@ -6,6 +6,7 @@
 #include "transport/tcplistener.h"
 #include "transport/transcript.h"
 
+#include <chrono>
 #include <cstdint>
 #include <memory>
 #include <string>
@@ -42,7 +43,7 @@ private:
     };
 
     bool pollOnce(int stopDescriptor);
-    int pollTimeoutMs() const;
+    std::chrono::milliseconds pollTimeout() const;
     void acceptClient(TcpListener& listener, LineService& service);
     bool serveClient(Client& client, short events);
     bool answerLines(Client& client);

@@ -11,9 +11,9 @@ namespace scnsim {
 namespace {
 
 /// The loop wakes up at least this often.
-constexpr int kTickMs = 50;
+constexpr std::chrono::milliseconds kTick{50};
 /// The interval while a paced line has output or a reply is held back.
-constexpr int kPacedTickMs = 1;
+constexpr std::chrono::milliseconds kPacedTick{1};
 /// How long to refuse clients after one could not be accepted.
 constexpr std::chrono::milliseconds kAcceptPause(50);
 
@@ -90,7 +90,7 @@ bool Server::pollOnce(int stopDescriptor)
     for (const Client& client : m_clients) {
         polled.push_back({client.link->descriptor(), wantedEvents(*client.link), 0});
     }
-    if (poll(polled.data(), polled.size(), pollTimeoutMs()) < 0) {
+    if (poll(polled.data(), polled.size(), static_cast<int>(pollTimeout().count())) < 0) {
         return errno == EINTR;
     }
     if (polled[kStop].revents != 0) {
@@ -118,13 +118,13 @@ bool Server::pollOnce(int stopDescriptor)
     return true;
 }
 
-int Server::pollTimeoutMs() const
+std::chrono::milliseconds Server::pollTimeout() const
 {
     const bool waiting = std::any_of(m_clients.begin(), m_clients.end(), [](const Client& client) {
         return client.link->hasLateReplies() ||
                (client.link->isPaced() && client.link->hasPendingOutput());
     });
-    return waiting ? kPacedTickMs : kTickMs;
+    return waiting ? kPacedTick : kTick;
 }
 
 void Server::acceptClient(TcpListener& listener, LineService& service)

@@ -101,11 +101,17 @@ void WindowDisplay::showTriggerSource(TriggerChoice source)
 void WindowDisplay::showInterval(std::chrono::seconds interval)
 {
     assertGuiThread();
-    const auto seconds = static_cast<int>(interval.count());
+    using Days =
+        std::chrono::duration<int, std::ratio_multiply<std::ratio<24>, std::chrono::hours::period>>;
+    const auto days = std::chrono::duration_cast<Days>(interval);
+    const auto hours = std::chrono::duration_cast<std::chrono::hours>(interval - days);
+    const auto minutes = std::chrono::duration_cast<std::chrono::minutes>(interval - days - hours);
+    const std::chrono::seconds seconds = interval - days - hours - minutes;
     const QSignalBlocker blocker(m_form.m_intervalPicker);
     m_form.m_intervalPicker->setEnabled(true);
-    m_form.m_intervalPicker->setTime(seconds / 86400, seconds % 86400 / 3600, seconds % 3600 / 60,
-                                     seconds % 60, 0);
+    m_form.m_intervalPicker->setTime(days.count(), static_cast<int>(hours.count()),
+                                     static_cast<int>(minutes.count()),
+                                     static_cast<int>(seconds.count()), 0);
 }
 
 void WindowDisplay::showSweepCount(std::optional<int> count)

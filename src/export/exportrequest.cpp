@@ -5,9 +5,12 @@
 #include <QDateTime>
 #include <QDir>
 
+#include <chrono>
+
 namespace {
 
-constexpr qint64 kHourMs = 3600 * 1000;
+/// How far the clocks are turned back.
+constexpr std::chrono::hours kTurnBack{1};
 const QString kRunTimeFormat = QStringLiteral("yyyy MM dd hh mm ss");
 
 QString identityField(const QString& identity, int field)
@@ -21,10 +24,10 @@ QDateTime runTime(const QString& text)
 }
 
 /// The moment a text names: the one this far away if it has the same text.
-qint64 momentOf(const QString& text, qint64 offsetMs)
+qint64 momentOf(const QString& text, std::chrono::milliseconds offset)
 {
     const qint64 moment = runTime(text).toMSecsSinceEpoch();
-    const qint64 other = moment + offsetMs;
+    const qint64 other = moment + offset.count();
     const bool isAmbiguous = QDateTime::fromMSecsSinceEpoch(other).toString(kRunTimeFormat) == text;
     return isAmbiguous ? other : moment;
 }
@@ -72,5 +75,5 @@ scn::ExportRange exportRange(const QString& startText, const QString& endText)
     if (!runTime(startText).isValid() || !runTime(endText).isValid()) {
         return {};
     }
-    return {momentOf(startText, -kHourMs), momentOf(endText, kHourMs)};
+    return {momentOf(startText, -kTurnBack), momentOf(endText, kTurnBack)};
 }

@@ -120,7 +120,7 @@ void CCurvePlot::clearCurves()
     m_autoScaleY = true;
 
     const qint64 now = QDateTime::currentMSecsSinceEpoch();
-    setTimeAxis({now - scn::TimeWindow::kSpanMs, now});
+    setTimeAxis({now - scn::TimeWindow::kSpan.count(), now});
     setBounds(QwtPlot::yLeft, kClearedLowerY, kClearedUpperY);
     resetTimeWindow();
     noteTimeAxis();

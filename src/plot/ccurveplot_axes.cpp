@@ -178,7 +178,7 @@ void CCurvePlot::stretchTimeWindow()
     if (referenceWidth <= 0) {
         return;
     }
-    setTimeAxis(m_window.stretch(width() * scn::TimeWindow::kSpanMs / referenceWidth));
+    setTimeAxis(m_window.stretch(scn::TimeWindow::kSpan * width() / referenceWidth));
     updateVisibleData();
 }
 

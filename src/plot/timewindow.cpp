@@ -7,19 +7,19 @@ TimeSpan TimeWindow::follow(qint64 timeMs)
     if (!m_isOpen) {
         m_isOpen = true;
         m_start = timeMs;
-    } else if (timeMs >= m_start + m_span) {
+    } else if (timeMs >= m_start + m_span.count()) {
         m_scrolls = true;
     }
     if (m_scrolls) {
-        return {timeMs - m_span, timeMs};
+        return {timeMs - m_span.count(), timeMs};
     }
-    return {m_start, m_start + m_span};
+    return {m_start, m_start + m_span.count()};
 }
 
-TimeSpan TimeWindow::stretch(qint64 spanMs)
+TimeSpan TimeWindow::stretch(std::chrono::milliseconds span)
 {
-    m_span = spanMs;
-    return {m_start, m_start + m_span};
+    m_span = span;
+    return {m_start, m_start + m_span.count()};
 }
 
 } // namespace scn

@@ -2,6 +2,8 @@
 
 #include <QtGlobal>
 
+#include <chrono>
+
 namespace scn {
 
 /// Bounds of a time axis, in ms since the epoch.
@@ -17,7 +19,7 @@ class TimeWindow
 {
 public:
     /// Initial width.
-    static constexpr qint64 kSpanMs = 60000;
+    static constexpr std::chrono::milliseconds kSpan{60000};
 
     /// The span to show when the newest reading is from `timeMs`.
     TimeSpan follow(qint64 timeMs);
@@ -26,13 +28,13 @@ public:
     bool isFilling() const { return m_isOpen && !m_scrolls; }
 
     /// Changes the width; the start stays.
-    TimeSpan stretch(qint64 spanMs);
+    TimeSpan stretch(std::chrono::milliseconds span);
 
 private:
     bool m_isOpen = false;
     bool m_scrolls = false;
     qint64 m_start = 0;
-    qint64 m_span = kSpanMs;
+    std::chrono::milliseconds m_span = kSpan;
 };
 
 } // namespace scn

@@ -62,7 +62,7 @@ void TestTimeWindow::stretchedWindowKeepsItsStart()
 {
     TimeWindow window;
     window.follow(kFirst);
-    compare(window.stretch(90000), kFirst, kFirst + 90000);
+    compare(window.stretch(std::chrono::milliseconds(90000)), kFirst, kFirst + 90000);
     compare(window.follow(kFirst + 89999), kFirst, kFirst + 90000);
     compare(window.follow(kFirst + 90001), kFirst + 1, kFirst + 90001);
 }
