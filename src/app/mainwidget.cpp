@@ -177,6 +177,12 @@ void MainWidget::listenToLauncher()
     m_inputReader->start();
 }
 
+/// `kind` is one of CustomMessageDialog::Kind.
+void MainWidget::showMessage(const QString& text, int kind)
+{
+    m_messageDialog->showMessage(text, kind, static_cast<int>(m_timing.message.count()));
+}
+
 void MainWidget::buildInterface()
 {
     m_startupView = new LoadingView(0, this);

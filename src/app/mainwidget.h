@@ -131,6 +131,7 @@ private:
     void buildSettingsPages();
     void makeConnections();
     void silenceControls();
+    void showMessage(const QString& text, int kind);
     void listenToLauncher();
 
     // Channel table

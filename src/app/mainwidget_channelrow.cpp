@@ -9,13 +9,6 @@
 #include <QDebug>
 #include <QPushButton>
 
-namespace {
-
-constexpr int kMessageMs = 3000;
-constexpr int kErrorMessage = 1;
-
-} // namespace
-
 int MainWidget::senderChannel() const
 {
     return rowWidgetChannels.value(qobject_cast<QWidget*>(sender()));
@@ -70,7 +63,7 @@ void MainWidget::onLowerEdited(const QString& text)
 void MainWidget::refuseUnless(bool isNumber)
 {
     if (!isNumber) {
-        m_messageDialog->showMessage(tr("非法字符请重新输入"), kErrorMessage, kMessageMs);
+        showMessage(tr("非法字符请重新输入"), CustomMessageDialog::Error);
     }
 }
 

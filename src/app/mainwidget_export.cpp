@@ -19,8 +19,6 @@
 
 namespace {
 
-constexpr int kMessageMs = 3000;
-constexpr int kInformationMessage = 2;
 constexpr int kBusyForm = 0;
 constexpr QSize kDialogSize(480, 330);
 
@@ -83,7 +81,7 @@ void MainWidget::recvExportFileButtonSlot()
     }
     const QList<int> curveIds = m_curveStore ? m_curveStore->curveNames().keys() : QList<int>();
     if (curveIds.isEmpty()) {
-        m_messageDialog->showMessage(tr("没有相关轨迹数据"), kInformationMessage, kMessageMs);
+        showMessage(tr("没有相关轨迹数据"), CustomMessageDialog::Information);
         return;
     }
     if (!m_exportView) {
@@ -109,7 +107,7 @@ void MainWidget::showExportOutcome(ExportResult result, const QStringList& files
 {
     assertGuiThread();
     m_exportView->stopLoading();
-    m_messageDialog->showMessage(exportOutcomeText(result, files), kInformationMessage, kMessageMs);
+    showMessage(exportOutcomeText(result, files), CustomMessageDialog::Information);
     if (m_exportThread->isExporting()) {
         m_exportThread->requestStop();
     }

@@ -28,9 +28,6 @@ using namespace scn;
 
 namespace {
 
-constexpr int kMessageMs = 3000;
-constexpr int kWarningMessage = 0;
-constexpr int kErrorMessage = 1;
 constexpr int kRecoveryForm = 1;
 
 /// The local time in the format of g_scanStartText and g_scanEndText.
@@ -72,7 +69,7 @@ void MainWidget::recvStartButtonSlot()
         return;
     }
     if (g_scanChannels.isEmpty()) {
-        m_messageDialog->showMessage(tr("未选择扫描通道"), kWarningMessage, kMessageMs);
+        showMessage(tr("未选择扫描通道"), CustomMessageDialog::Warning);
         return;
     }
     m_runState->take(RunEvent::StartRequested);
@@ -120,7 +117,7 @@ void MainWidget::scanFunc()
     }
     if (exchange(QStringLiteral("*IDN?")).isEmpty()) {
         m_runState->take(RunEvent::StartDropped);
-        m_messageDialog->showMessage(tr("机器已断开"), kErrorMessage, kMessageMs);
+        showMessage(tr("机器已断开"), CustomMessageDialog::Error);
         // The acquisition thread may not notice, so the loss is reported here.
         m_link->giveUp();
         return;

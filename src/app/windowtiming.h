@@ -47,6 +47,9 @@ struct WindowTiming
     /// Longer than the pause of the acquisition thread between two passes.
     std::chrono::milliseconds lastPass{2000};
 
+    /// A message stays this long.
+    std::chrono::milliseconds message{3000};
+
     ThreadEndTiming threadEnd;
     LauncherTiming launcher;
     LockTiming lock;

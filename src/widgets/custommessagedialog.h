@@ -14,12 +14,14 @@ class CustomMessageDialog : public QDialog
     Q_DISABLE_COPY_MOVE(CustomMessageDialog)
 
 public:
+    enum Kind { Warning, Error, Information };
+
     /// The only box of the process, created on the first call as a child of `parent`. If the parent has
     /// been deleted, and the box with it, the next call creates another one.
     static CustomMessageDialog* instance(QWidget* parent);
 
     /// Shows a message.
-    /// @param kind 0 warning, 1 error, 2 information; anything else counts as a warning.
+    /// @param kind one of Kind; anything else counts as a warning.
     /// @param msec how long it stays, in ms; with 0 or less it stays until the user closes it.
     void showMessage(const QString& text, int kind, int msec);
 

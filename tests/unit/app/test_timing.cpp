@@ -44,6 +44,7 @@ void TestTiming::waitLasts_data()
     addRow("window: overlay of the start-up", window.startupView, 2000);
     addRow("window: look at the store", window.storeWatch, 500);
     addRow("window: last pass", window.lastPass, 2000);
+    addRow("window: message", window.message, 3000);
     addRow("window: end of a thread", window.threadEnd.stop, 5000);
     addRow("window: leaving an exchange", window.threadEnd.interrupt, 1000);
     addRow("window: end by force", window.threadEnd.termination, 1000);
