@@ -185,7 +185,7 @@ void MainWidget::showMessage(const QString& text, int kind)
 
 void MainWidget::buildInterface()
 {
-    m_startupView = new LoadingView(0, this);
+    m_startupView = new LoadingView(LoadingView::Busy, this);
     m_startupView->showLoading();
 
     m_mainLayout = new QVBoxLayout(this);

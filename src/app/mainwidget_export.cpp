@@ -19,7 +19,6 @@
 
 namespace {
 
-constexpr int kBusyForm = 0;
 constexpr QSize kDialogSize(480, 330);
 
 } // namespace
@@ -85,7 +84,7 @@ void MainWidget::recvExportFileButtonSlot()
         return;
     }
     if (!m_exportView) {
-        m_exportView = new LoadingView(kBusyForm, this);
+        m_exportView = new LoadingView(LoadingView::Busy, this);
     }
     m_exportDialog->close();
     m_exportView->showLoading();

@@ -28,8 +28,6 @@ using namespace scn;
 
 namespace {
 
-constexpr int kRecoveryForm = 1;
-
 /// The local time in the format of g_scanStartText and g_scanEndText.
 QString runTimeText()
 {
@@ -222,7 +220,7 @@ void MainWidget::showReconnectView()
 {
     assertGuiThread();
     if (!m_reconnectView) {
-        m_reconnectView = new LoadingView(kRecoveryForm, this);
+        m_reconnectView = new LoadingView(LoadingView::Recovery, this);
         connect(m_reconnectView, &LoadingView::confirmRequested, this,
                 &MainWidget::recvLoadBtnSlot);
     }

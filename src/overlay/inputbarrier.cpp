@@ -69,6 +69,14 @@ bool InputBarrier::isWithin(const QWidget& widget, const QWidget* area)
     return false;
 }
 
+void InputBarrier::closePopups()
+{
+    QWidget* popup = QApplication::activePopupWidget();
+    while (popup && m_covers(*popup) && popup->close()) {
+        popup = QApplication::activePopupWidget();
+    }
+}
+
 bool InputBarrier::eventFilter(QObject* watched, QEvent* event)
 {
     if (!isInput(event->type()) || !watched->isWidgetType()) {

@@ -23,6 +23,9 @@ public:
     void raise();
     void lower();
 
+    /// An open list or panel of a covered widget would be on top of its cover.
+    void closePopups();
+
     bool eventFilter(QObject* watched, QEvent* event) override;
 
     /// True for the area, its contents, and their popups.

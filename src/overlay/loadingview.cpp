@@ -1,7 +1,10 @@
 #include "overlay/loadingview.h"
 
 #include "common/threadassert.h"
+#include "overlay/busyring.h"
 #include "overlay/inputbarrier.h"
+#include "overlay/overlayplace.h"
+#include "overlay/recoveryform.h"
 #include "overlay/viewportcover.h"
 
 #include <QApplication>
@@ -13,61 +16,24 @@
 #include <QTimer>
 
 #include <algorithm>
-#include <array>
 
 using namespace scn;
 
 namespace {
 
-constexpr int kBusyMode = 0;
-constexpr int kRecoveryMode = 1;
-
-/// The ring turns in 30 steps of 80 ms: 150 degrees a second.
-constexpr int kStepMs = 80;
-constexpr int kStepDegrees = 12;
-constexpr int kFullTurn = 360;
-
 const QColor kCoverColour(40, 40, 40, 220);
-const QColor kRingColour(153, 153, 153);
-constexpr qreal kRingPenWidth = 4.0;
-constexpr qreal kInnerRadius = 0.7; ///< Of the outer radius.
-constexpr qreal kRingRise = 20;     ///< Of the ring's centre over the middle, in pixels.
-
-/// Dashes of the two rings: start and length in sixteenths of a degree.
-constexpr int kDashLength = 720;
-constexpr std::array<int, 3> kOuterDashes = {0, 1920, 3840};
-constexpr std::array<int, 3> kInnerDashes = {960, 2880, 4800};
-
-constexpr double kRecoveryWidth = 0.6; ///< Largest width of the recovery text, of the view's.
-constexpr double kRecoveryTop = 0.3;   ///< Top of the recovery text, of the view's height.
-constexpr double kRecoveryButtonTop = 0.5;
-
-/// Left edge that centres a width in the view's.
-int centredLeft(int viewWidth, int width)
-{
-    return (viewWidth - width) / 2;
-}
-
-void drawRing(QPainter& painter, int radius, const std::array<int, 3>& dashes)
-{
-    const QRect circle(-radius, -radius, 2 * radius, 2 * radius);
-    for (const int start : dashes) {
-        painter.drawArc(circle, start, kDashLength);
-    }
-}
 
 } // namespace
 
 struct LoadingView::State
 {
-    int angle = 0;
+    scn::BusyRing ring;
     QTimer timer;
     QString message; ///< Not read: the labels have the texts.
-    int mode = kBusyMode;
+    int mode = Busy;
     bool spinning = false;
     QLabel* loadingLabel = nullptr;
-    QLabel* recoveryLabel = nullptr;
-    QPushButton* recoveryButton = nullptr;
+    std::unique_ptr<scn::RecoveryForm> recovery; ///< Null unless the mode is Recovery.
     std::unique_ptr<InputBarrier> barrier;
     bool holdsFocus = false;     ///< From coming up until the focus has been given back.
     QPointer<QWidget> lastFocus; ///< Had the focus when the first of the views came up.
@@ -93,11 +59,11 @@ LoadingView::LoadingView(int mode, QWidget* parent)
         std::make_unique<InputBarrier>([this](const QWidget& widget) { return covers(widget); });
 
     m_state->timer.setParent(this); // found among the children
-    m_state->timer.setInterval(kStepMs);
+    m_state->timer.setInterval(scn::BusyRing::kStep);
     connect(
         &m_state->timer, &QTimer::timeout, this,
         [this] {
-            m_state->angle = (m_state->angle + kStepDegrees) % kFullTurn;
+            m_state->ring.turn();
             viewport()->update();
         },
         Qt::DirectConnection);
@@ -108,77 +74,40 @@ LoadingView::~LoadingView() = default;
 
 void LoadingView::buildControls()
 {
-    if (m_state->mode == kRecoveryMode) {
-        buildRecoveryControls();
+    if (m_state->mode == Recovery) {
+        m_state->recovery = std::make_unique<scn::RecoveryForm>(this);
+        connect(m_state->recovery->button(), &QPushButton::clicked, this,
+                &LoadingView::onRecoveryClicked);
     }
     m_state->loadingLabel = new QLabel(tr("正在加载，请稍等..."), this);
     m_state->loadingLabel->setStyleSheet(
         QStringLiteral("QLabel{ color: white; font: 14px '微软雅黑'; background:transparent; }"));
     m_state->loadingLabel->setAlignment(Qt::AlignCenter);
     m_state->loadingLabel->adjustSize();
-    m_state->loadingLabel->setVisible(m_state->mode != kRecoveryMode);
-}
-
-void LoadingView::buildRecoveryControls()
-{
-    m_state->recoveryLabel = new QLabel(tr("应用程序将在恢复通信时与仪器同步。"), this);
-    m_state->recoveryLabel->setStyleSheet(
-        QStringLiteral("QLabel{ color: white; font: 14px '微软雅黑'; background:transparent; "
-                       "text-align: center; }"));
-    m_state->recoveryLabel->setAlignment(Qt::AlignCenter);
-    m_state->recoveryLabel->setWordWrap(true);
-
-    m_state->recoveryButton = new QPushButton(tr("恢复"), this);
-    m_state->recoveryButton->setStyleSheet(QStringLiteral(
-        "QPushButton{ color: white; background-color: #333333; border: 1px solid #666666; "
-        "font: 14px '微软雅黑'; padding: 6px 12px; border-radius: 4px; } "
-        "QPushButton:hover{ background-color: #444444; }"
-        "QPushButton:pressed{ background-color: #555555; }"));
-    connect(m_state->recoveryButton, &QPushButton::clicked, this, &LoadingView::onRecoveryClicked);
+    m_state->loadingLabel->setVisible(!m_state->recovery);
 }
 
 void LoadingView::placeControls()
 {
-    if (m_state->mode == kRecoveryMode) {
-        // isHidden(), not isVisible(): the layout counts before the view itself is on show.
-        if (!m_state->recoveryLabel->isHidden()) {
-            placeRecoveryLabel();
-        }
-        if (!m_state->recoveryButton->isHidden()) {
-            m_state->recoveryButton->adjustSize();
-            m_state->recoveryButton->move(centredLeft(width(), m_state->recoveryButton->width()),
-                                          static_cast<int>(height() * kRecoveryButtonTop));
-        }
+    if (m_state->recovery) {
+        m_state->recovery->place();
     }
     if (!m_state->loadingLabel->isHidden()) {
         placeLoadingLabel();
     }
 }
 
-void LoadingView::placeRecoveryLabel()
-{
-    QLabel* label = m_state->recoveryLabel;
-    // An earlier, smaller width would limit the size hint.
-    label->setMinimumWidth(0);
-    label->setMaximumWidth(QWIDGETSIZE_MAX);
-    label->ensurePolished();
-    const int widest = static_cast<int>(width() * kRecoveryWidth);
-    label->setFixedWidth(std::min(widest, label->sizeHint().width()));
-    label->resize(label->width(), label->heightForWidth(label->width()));
-    label->move(centredLeft(width(), label->width()), static_cast<int>(height() * kRecoveryTop));
-}
-
 void LoadingView::placeLoadingLabel()
 {
     m_state->loadingLabel->adjustSize();
-    m_state->loadingLabel->move(centredLeft(width(), m_state->loadingLabel->width()),
+    m_state->loadingLabel->move(scn::centredLeft(width(), m_state->loadingLabel->width()),
                                 height() / 2 + std::min(width(), height()) / 8);
 }
 
 void LoadingView::showLoading()
 {
     assertGuiThread();
-    if (m_state->mode == kRecoveryMode) {
+    if (m_state->recovery) {
         // Also after a failed recovery: without its button the user could not try again.
         showRecoveryForm();
     }
@@ -190,7 +119,7 @@ void LoadingView::showLoading()
         }
         show();
     }
-    if (m_state->mode == kBusyMode) {
+    if (m_state->mode == Busy) {
         startSpinning();
     }
 }
@@ -199,8 +128,7 @@ void LoadingView::showRecoveryForm()
 {
     m_state->spinning = false;
     m_state->timer.stop();
-    m_state->recoveryLabel->show();
-    m_state->recoveryButton->show();
+    m_state->recovery->show();
     m_state->loadingLabel->hide();
     placeControls();
     viewport()->update();
@@ -210,9 +138,6 @@ void LoadingView::showRecoveryForm()
 void LoadingView::setLoadingText(const QString& text)
 {
     assertGuiThread();
-    if (!m_state->loadingLabel) {
-        return;
-    }
     m_state->loadingLabel->setText(text);
     m_state->loadingLabel->adjustSize();
     placeControls();
@@ -232,7 +157,7 @@ void LoadingView::stopLoading()
     m_state->timer.stop();
     m_state->spinning = false;
     hide();
-    if (m_state->mode == kRecoveryMode) {
+    if (m_state->recovery) {
         showRecoveryForm();
     }
 }
@@ -240,8 +165,7 @@ void LoadingView::stopLoading()
 void LoadingView::onRecoveryClicked()
 {
     assertGuiThread();
-    m_state->recoveryLabel->hide();
-    m_state->recoveryButton->hide();
+    m_state->recovery->hide();
     m_state->loadingLabel->show();
     placeControls();
     startSpinning();
@@ -278,7 +202,7 @@ void LoadingView::showEvent(QShowEvent* event)
     m_state->lastFocus = focusBelow();
     m_state->barrier->raise();
     qApp->installEventFilter(this);
-    closePopups();
+    m_state->barrier->closePopups();
     takeFocus();
 }
 
@@ -299,21 +223,12 @@ bool LoadingView::covers(const QWidget& widget) const
            InputBarrier::isWithin(widget, parentWidget());
 }
 
-/// An open list or panel of a covered widget would be on top of the view.
-void LoadingView::closePopups()
-{
-    QWidget* popup = QApplication::activePopupWidget();
-    while (popup && covers(*popup) && popup->close()) {
-        popup = QApplication::activePopupWidget();
-    }
-}
-
 void LoadingView::takeFocus()
 {
     if (!isVisible() || !parentWidget()) {
         return;
     }
-    QPushButton* button = m_state->recoveryButton;
+    QPushButton* button = m_state->recovery ? m_state->recovery->button() : nullptr;
     QWidget* target = button && !button->isHidden() ? static_cast<QWidget*>(button) : this;
     target->setFocus(Qt::OtherFocusReason);
 }
@@ -382,10 +297,5 @@ void LoadingView::paintEvent(QPaintEvent* event)
     if (!m_state->spinning) {
         return;
     }
-    const int radius = std::min(whole.width(), whole.height()) / 8;
-    painter.setPen(QPen(kRingColour, kRingPenWidth, Qt::SolidLine, Qt::RoundCap, Qt::BevelJoin));
-    painter.translate(whole.width() * 0.5, whole.height() * 0.5 - kRingRise);
-    painter.rotate(m_state->angle);
-    drawRing(painter, radius, kOuterDashes);
-    drawRing(painter, static_cast<int>(radius * kInnerRadius), kInnerDashes);
+    m_state->ring.paint(painter, whole);
 }

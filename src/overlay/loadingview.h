@@ -14,7 +14,9 @@ class LoadingView : public QGraphicsView
     Q_DISABLE_COPY_MOVE(LoadingView)
 
 public:
-    /// @param mode 0 for the plain busy form, 1 for the recovery form
+    enum Mode { Busy, Recovery };
+
+    /// @param mode one of Mode
     explicit LoadingView(int mode, QWidget* parent = nullptr);
     ~LoadingView() override;
 
@@ -45,14 +47,11 @@ private:
     struct State;
 
     void buildControls();
-    void buildRecoveryControls();
     void placeControls();
     void placeLoadingLabel();
-    void placeRecoveryLabel();
     void showRecoveryForm();
     void onRecoveryClicked();
     bool covers(const QWidget& widget) const;
-    void closePopups();
     void takeFocus();
     QWidget* focusBelow() const;
     LoadingView* nextHolder() const;

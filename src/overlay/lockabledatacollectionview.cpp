@@ -1,11 +1,10 @@
 #include "overlay/lockabledatacollectionview.h"
 
 #include "common/threadassert.h"
+#include "overlay/lockbar.h"
 #include "overlay/viewportcover.h"
 
-#include <QFontMetrics>
 #include <QGraphicsOpacityEffect>
-#include <QGraphicsProxyWidget>
 #include <QGraphicsRectItem>
 #include <QGraphicsScene>
 #include <QPointer>
@@ -13,16 +12,7 @@
 #include <QPushButton>
 #include <QTimer>
 
-#include <algorithm>
-
 namespace {
-
-constexpr int kBarHeight = 50;
-
-constexpr int kBarTextSize = 16;
-constexpr int kSmallBarTextSize = 11; ///< Below this size, widen the bar instead.
-constexpr int kLeastBarTextSize = 9;  ///< Still readable.
-constexpr int kBarTextMargin = 12;    ///< Left and right of the text together.
 
 const QColor kVeilColour(50, 50, 50, 180);
 const QRectF kFirstVeilRect(0, 0, 400, 200);
@@ -30,75 +20,16 @@ const QRectF kFirstVeilRect(0, 0, 400, 200);
 /// The veil is below the bar, also when recreated.
 constexpr qreal kVeilZ = -1;
 
-QString holdToUnlockText()
-{
-    return LockableDataCollectionView::tr("点击并按住解锁,并清除数据");
-}
-
-QString barStyle(int textSize)
-{
-    return QStringLiteral("color:#13C4FF;font-weight:bold;font-size:%1px;").arg(textSize);
-}
-
-/// Bar width that shows its longer text completely.
-int barWidthFor(QFont font, int textSize)
-{
-    font.setBold(true);
-    font.setPixelSize(textSize);
-    return QFontMetrics(font).horizontalAdvance(holdToUnlockText()) + kBarTextMargin;
-}
-
-struct BarFit
-{
-    qreal width;
-    int textSize;
-};
-
-/// The bar is half as wide as the veil; if its text would be too small there, it gets the width the
-/// text needs. `room` is the visible part of the veil's width.
-BarFit fitBar(const QFont& font, qreal veilWidth, qreal room)
-{
-    const auto largestText = [&font](qreal width, int from, int to) {
-        int size = from;
-        while (size >= to && barWidthFor(font, size) > width) {
-            --size;
-        }
-        return size;
-    };
-    const qreal half = veilWidth / 2;
-    const qreal width = std::min(half, room);
-    const int size = largestText(width, kBarTextSize, kSmallBarTextSize);
-    if (size >= kSmallBarTextSize) {
-        return {width, size};
-    }
-    const int wideSize = largestText(room, kBarTextSize, kLeastBarTextSize);
-    if (wideSize >= kLeastBarTextSize) {
-        return {static_cast<qreal>(barWidthFor(font, wideSize)), wideSize};
-    }
-    return {half, kBarTextSize};
-}
-
-/// The start of a length nearest to `wanted` within a room; centred if it does not fit.
-qreal placeWithin(qreal wanted, qreal length, qreal roomStart, qreal roomLength)
-{
-    if (length > roomLength) {
-        return roomStart + (roomLength - length) / 2;
-    }
-    return std::clamp(wanted, roomStart, roomStart + roomLength - length);
-}
-
 } // namespace
 
 struct LockableDataCollectionView::State
 {
     QGraphicsScene* scene = nullptr;
     QGraphicsRectItem* veil = nullptr;
-    QPushButton* unlockButton = nullptr;
-    QGraphicsProxyWidget* unlockButtonProxy = nullptr;
+    std::unique_ptr<scn::LockBar> bar;
     QTimer unlockTimer;
     bool isLocked = true;
-    int holdMs = 0;
-    int fadeMs = 0;
+    scn::LockTiming timing;
     QPointer<QPropertyAnimation> fade; ///< Null unless the veil is fading.
     QList<QPointer<QWidget>> holders;  ///< The page and what it lies in, while the view is on show.
 };
@@ -117,17 +48,17 @@ LockableDataCollectionView::LockableDataCollectionView(QWidget* parent)
     setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
 
-    setTiming(scn::LockTiming());
     m_state->unlockTimer.setParent(this); // found among the children
     m_state->scene = new QGraphicsScene(this);
     setScene(m_state->scene);
     setRenderHint(QPainter::Antialiasing);
     makeVeil();
-    makeBar();
+    m_state->bar = std::make_unique<scn::LockBar>(m_state->scene);
+    layOutBar();
 
-    connect(m_state->unlockButton, &QPushButton::pressed, this,
+    connect(m_state->bar->button(), &QPushButton::pressed, this,
             &LockableDataCollectionView::onUnlockButtonPressed);
-    connect(m_state->unlockButton, &QPushButton::released, this,
+    connect(m_state->bar->button(), &QPushButton::released, this,
             &LockableDataCollectionView::onUnlockButtonReleased);
     connect(&m_state->unlockTimer, &QTimer::timeout, this,
             &LockableDataCollectionView::handleUnlockTimerTimeout);
@@ -165,31 +96,9 @@ void LockableDataCollectionView::removeVeil()
     }
 }
 
-void LockableDataCollectionView::makeBar()
-{
-    m_state->unlockButton = new QPushButton(holdToUnlockText());
-    m_state->unlockButton->setStyleSheet(barStyle(kBarTextSize));
-    m_state->unlockButtonProxy = m_state->scene->addWidget(m_state->unlockButton);
-    m_state->unlockButtonProxy->setPos(0, 0);
-    // The bar keeps half of the width on a narrow page too, even if its text needs more.
-    m_state->unlockButtonProxy->setMinimumSize(0, 0);
-    layOutBar();
-}
-
 void LockableDataCollectionView::layOutBar()
 {
-    const QRectF whole = m_state->scene->sceneRect();
-    const QRectF room = visiblePart();
-    const BarFit fit = fitBar(m_state->unlockButton->font(), whole.width(), room.width());
-    const QString style = barStyle(fit.textSize);
-    if (m_state->unlockButton->styleSheet() != style) {
-        m_state->unlockButton->setStyleSheet(style);
-    }
-    const qreal left =
-        placeWithin((whole.width() - fit.width) / 2, fit.width, room.left(), room.width());
-    const qreal top =
-        placeWithin((whole.height() - kBarHeight) / 2, kBarHeight, room.top(), room.height());
-    m_state->unlockButtonProxy->setGeometry(QRectF(left, top, fit.width, kBarHeight));
+    m_state->bar->layOut(m_state->scene->sceneRect(), visiblePart());
 }
 
 /// The visible part of the view: its page may be in a scroll area. All of it while hidden.
@@ -263,7 +172,7 @@ void LockableDataCollectionView::lock()
     removeVeil();
     makeVeil();
     m_state->isLocked = true;
-    m_state->unlockButton->setText(holdToUnlockText());
+    m_state->bar->askForHold();
     emit locked();
     hide();
 }
@@ -275,13 +184,12 @@ bool LockableDataCollectionView::isLocked() const
 
 void LockableDataCollectionView::setUnlockHoldTime(int ms)
 {
-    m_state->holdMs = ms;
+    m_state->timing.hold = std::chrono::milliseconds(ms);
 }
 
 void LockableDataCollectionView::setTiming(const scn::LockTiming& timing)
 {
-    m_state->holdMs = static_cast<int>(timing.hold.count());
-    m_state->fadeMs = static_cast<int>(timing.fade.count());
+    m_state->timing = timing;
 }
 
 void LockableDataCollectionView::ensureVeil()
@@ -315,8 +223,8 @@ void LockableDataCollectionView::onUnlockButtonPressed()
         return;
     }
     m_state->unlockTimer.setTimerType(Qt::PreciseTimer);
-    m_state->unlockTimer.start(m_state->holdMs);
-    m_state->unlockButton->setText(tr("正在解锁..."));
+    m_state->unlockTimer.start(m_state->timing.hold);
+    m_state->bar->tellOfUnlocking();
 }
 
 void LockableDataCollectionView::onUnlockButtonReleased()
@@ -324,7 +232,7 @@ void LockableDataCollectionView::onUnlockButtonReleased()
     assertGuiThread();
     if (m_state->unlockTimer.isActive()) {
         m_state->unlockTimer.stop();
-        m_state->unlockButton->setText(holdToUnlockText());
+        m_state->bar->askForHold();
     }
 }
 
@@ -344,7 +252,7 @@ void LockableDataCollectionView::fadeOut()
     auto* effect = new QGraphicsOpacityEffect;
     m_state->veil->setGraphicsEffect(effect);
     m_state->fade = new QPropertyAnimation(effect, QByteArrayLiteral("opacity"), this);
-    m_state->fade->setDuration(m_state->fadeMs);
+    m_state->fade->setDuration(static_cast<int>(m_state->timing.fade.count()));
     m_state->fade->setStartValue(1.0);
     m_state->fade->setEndValue(0.0);
     connect(m_state->fade, &QPropertyAnimation::finished, this,

@@ -61,7 +61,6 @@ private:
 
     void makeVeil();
     void removeVeil();
-    void makeBar();
     void layOutBar();
     QRectF visiblePart() const;
     void fadeOut();
