@@ -155,9 +155,9 @@ void TestWindowDisplay::triggerSourceIsShownQuietly_data()
 {
     QTest::addColumn<int>("source");
     QTest::addColumn<QString>("text");
-    QTest::newRow("immediate") << int(TriggerSource::Immediate) << QStringLiteral("start now");
-    QTest::newRow("alarm") << int(TriggerSource::Alarm) << QStringLiteral("start on alarm");
-    QTest::newRow("timer") << int(TriggerSource::Timer) << QStringLiteral("interval");
+    QTest::newRow("immediate") << int(TriggerChoice::Immediate) << QStringLiteral("start now");
+    QTest::newRow("alarm") << int(TriggerChoice::Alarm) << QStringLiteral("start on alarm");
+    QTest::newRow("timer") << int(TriggerChoice::Timer) << QStringLiteral("interval");
 }
 
 void TestWindowDisplay::triggerSourceIsShownQuietly()
@@ -173,7 +173,7 @@ void TestWindowDisplay::triggerSourceIsShownQuietly()
     bench.page.m_startAtTimeRadio->setChecked(true);
     bench.page.m_intervalManualRadio->setChecked(true);
     const QSignalSpy toggles(radio, &QRadioButton::toggled);
-    bench.display.showTriggerSource(TriggerSource(source));
+    bench.display.showTriggerSource(TriggerChoice(source));
     QVERIFY(radio->isChecked());
     QCOMPARE(toggles.size(), 0);
 }
