@@ -1,6 +1,7 @@
 #include "options.h"
 
 #include "model/channelnumber.h"
+#include "scpi/pieces.h"
 
 #include <CLI/CLI.hpp>
 
@@ -27,27 +28,19 @@ bool parseNumber(const std::string& text, Number minimum, Number maximum, Number
     return result.ec == std::errc() && result.ptr == end && number >= minimum && number <= maximum;
 }
 
-std::vector<std::string> split(const std::string& text, char separator)
+bool parsePort(const std::string& text, std::optional<std::uint16_t>& port)
 {
-    std::vector<std::string> pieces(1);
-    for (const char c : text) {
-        if (c == separator) {
-            pieces.emplace_back();
-        } else {
-            pieces.back() += c;
-        }
+    std::uint16_t number = 0;
+    if (!parseNumber<std::uint16_t>(text, 0, 65535, number)) {
+        return false;
     }
-    return pieces;
+    port = number;
+    return true;
 }
 
 bool parseTcp(const std::string& text, SimulatorOptions& options)
 {
-    std::uint16_t port = 0;
-    if (!parseNumber<std::uint16_t>(text, 0, 65535, port)) {
-        return false;
-    }
-    options.tcpPort = port;
-    return true;
+    return parsePort(text, options.tcpPort);
 }
 
 bool parseTerminal(const std::string& text, SimulatorOptions& options)
@@ -128,12 +121,7 @@ bool parseTranscript(const std::string& text, SimulatorOptions& options)
 
 bool parseControl(const std::string& text, SimulatorOptions& options)
 {
-    std::uint16_t port = 0;
-    if (!parseNumber<std::uint16_t>(text, 0, 65535, port)) {
-        return false;
-    }
-    options.controlPort = port;
-    return true;
+    return parsePort(text, options.controlPort);
 }
 
 bool parseFaultOption(const std::string& text, SimulatorOptions& options)

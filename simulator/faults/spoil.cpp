@@ -1,5 +1,6 @@
 #include "faults/spoil.h"
 
+#include "scpi/pieces.h"
 #include "scpi/response.h"
 
 #include <algorithm>
@@ -31,28 +32,6 @@ std::optional<std::string_view> blockContent(std::string_view text)
     std::from_chars(text.data(), text.data() + digits, length);
     text.remove_prefix(digits);
     return text.size() == length ? std::optional<std::string_view>(text) : std::nullopt;
-}
-
-std::vector<std::string> fieldsOf(std::string_view content)
-{
-    std::vector<std::string> fields(1);
-    for (const char c : content) {
-        if (c == ',') {
-            fields.emplace_back();
-        } else {
-            fields.back() += c;
-        }
-    }
-    return fields;
-}
-
-std::string joined(const std::vector<std::string>& fields)
-{
-    std::string text;
-    for (const std::string& field : fields) {
-        text += (text.empty() ? "" : ",") + field;
-    }
-    return text;
 }
 
 } // namespace
@@ -90,7 +69,7 @@ std::optional<std::string> withBadRecord(const std::string& reply, BadRecordForm
     if (!content) {
         return std::nullopt;
     }
-    std::vector<std::string> fields = fieldsOf(*content);
+    std::vector<std::string> fields = split(*content, ',');
     // A scan list also comes in a block, but does not start with a sign.
     const bool isBatch = !fields[0].empty() && fields.size() % kFields == 0 &&
                          (fields[0].front() == '+' || fields[0].front() == '-');
@@ -109,7 +88,7 @@ std::optional<std::string> withBadRecord(const std::string& reply, BadRecordForm
         fields.pop_back();
         break;
     }
-    return definiteBlock(joined(fields));
+    return definiteBlock(joined(fields, ','));
 }
 
 } // namespace scnsim

@@ -1,5 +1,6 @@
 #include "model/meter.h"
 
+#include "model/mains.h"
 #include "model/readingmemory.h"
 
 #include <cmath>
@@ -9,7 +10,6 @@ namespace scnsim {
 
 namespace {
 
-constexpr double kLineFrequencyHz = 50;
 constexpr double kSwitchingS = 0.003;
 /// A fixed range overloads a fifth beyond its nominal end.
 constexpr double kOverRange = 1.2;

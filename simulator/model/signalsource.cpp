@@ -1,6 +1,7 @@
 #include "model/signalsource.h"
 
 #include "model/channelnumber.h"
+#include "model/mains.h"
 
 #include <cmath>
 
@@ -9,7 +10,6 @@ namespace scnsim {
 namespace {
 
 constexpr double kTwoPi = 6.283185307179586;
-constexpr double kLineFrequencyHz = 50;
 /// The noise figures are for this aperture.
 constexpr double kUsualApertureS = 0.02;
 

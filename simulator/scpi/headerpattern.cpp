@@ -1,5 +1,7 @@
 #include "scpi/headerpattern.h"
 
+#include "scpi/pieces.h"
+
 #include <utility>
 
 namespace scnsim {
@@ -24,24 +26,12 @@ std::string upperCase(std::string_view text)
 
 std::vector<std::string> headerNodes(std::string_view text)
 {
-    std::vector<std::string> nodes(1);
-    for (const char c : text) {
-        if (c == ':') {
-            nodes.emplace_back();
-        } else {
-            nodes.back() += upper(c);
-        }
-    }
-    return nodes;
+    return split(upperCase(text), ':');
 }
 
 std::string joinedHeader(const std::vector<std::string>& nodes)
 {
-    std::string header;
-    for (const std::string& node : nodes) {
-        header += (header.empty() ? "" : ":") + node;
-    }
-    return header;
+    return joined(nodes, ':');
 }
 
 Mnemonic::Mnemonic(std::string_view spelling)
