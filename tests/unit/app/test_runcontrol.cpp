@@ -1,27 +1,17 @@
 #include "acquisition/readdata.h"
-#include "app/mainwidget.h"
-#include "common/helperthreads.h"
 #include "overlay/loadingview.h"
 #include "overlay/lockabledatacollectionview.h"
 #include "overlay/windowlockmanager.h"
 #include "resources/resources.h"
+#include "scanbench.h"
 #include "state/globals.h"
 #include "support/testprogram.h"
 #include "support/texts.h"
 #include "widgets/custommessagedialog.h"
-#include "widgets/imagebutton.h"
-#include "widgets/timepicker.h"
-#include "windowbench.h"
 
 #include <QApplication>
 #include <QDateTime>
-#include <QElapsedTimer>
-#include <QGroupBox>
-#include <QIcon>
-#include <QLabel>
 #include <QPointer>
-#include <QPushButton>
-#include <QSemaphore>
 #include <QTimer>
 #include <QtTest>
 
@@ -39,70 +29,6 @@ QStringList scanLines()
                   "FORM:READ:TIME ON", "FORM:READ:TIME:TYPE ABS", "FORM:READ:UNIT ON", "SYST:ERR?",
                   "ROUT:SCAN?", "SYST:TIME:SCAN?", "SYST:TIME:SCAN?"});
 }
-
-/// A window with two channels whose scans start directly, without a store.
-struct Scan : WindowBench
-{
-    Scan()
-    {
-        instrument().putModule(2, QStringLiteral("SCN4005A"));
-        instrument().setReply(QStringLiteral("ROUT:SCAN?"), QStringLiteral("#16(@201)"));
-    }
-    ~Scan() { g_scanRunning = false; }
-    Scan(const Scan&) = delete;
-    Scan& operator=(const Scan&) = delete;
-
-    /// The window with a scan under way.
-    MainWidget& run(Acquisition acquisition = AcquisitionEnded)
-    {
-        MainWidget& opened = open(acquisition);
-        begin();
-        return opened;
-    }
-    void begin() const
-    {
-        window().show();
-        window().scanFunc();
-    }
-
-    /// The same with the acquisition, whose polls of an instrument that scans find nothing.
-    void runWithoutReadings()
-    {
-        open(AcquisitionRuns);
-        instrument().setReply(QStringLiteral("DATA:POIN?"), QStringLiteral("+0"));
-        instrument().setReply(QStringLiteral("STAT:OPER:COND?"), QStringLiteral("+16"));
-        begin();
-    }
-
-    /// Stops after this time instead of by hand.
-    void stopAfter(int hours, int seconds, int milliseconds = 0)
-    {
-        button(QStringLiteral("已用时间之后:"))->setChecked(true);
-        picker()->setMillisecondsVisible(true);
-        picker()->setTime(0, hours, 0, seconds, milliseconds);
-    }
-    TimePicker* picker() const
-    {
-        for (TimePicker* candidate : window().findChildren<TimePicker*>()) {
-            const auto* group = qobject_cast<QGroupBox*>(candidate->parentWidget());
-            if (group && group->title() == QStringLiteral("停止数据记录")) {
-                return candidate;
-            }
-        }
-        return nullptr;
-    }
-    QStringList takeLines() { return instrument().takeLines(); }
-
-    /// The window is idle and has recorded the end of the run.
-    bool isIdle() const
-    {
-        const QSize size(32, 32);
-        return startButton()->text() == QStringLiteral("开始") &&
-               startButton()->leftIcon().pixmap(size).toImage() ==
-                   QIcon(QStringLiteral(":/image/start.png")).pixmap(size).toImage() &&
-               exportButton()->isEnabled() && runningLabel()->isHidden();
-    }
-};
 
 /// True for a start or end text of a run no older than five seconds.
 bool isRecentRunTime(const QString& text)
@@ -138,7 +64,7 @@ private:
 };
 
 /// The stop-after timer behind a first run that it has ended: one and the same serves all runs.
-QPointer<QTimer> stopTimerOf(Scan& bench)
+QPointer<QTimer> stopTimerOf(ScanBench& bench)
 {
     const StopTimerFinder finder;
     bench.stopAfter(0, 0, kSoonMs);
@@ -149,7 +75,7 @@ QPointer<QTimer> stopTimerOf(Scan& bench)
 
 } // namespace
 
-/// The actual start of a scan, its four ends, and the loss and recovery of the instrument.
+/// The actual start of a scan, and its four ends.
 class TestRunControl : public QObject
 {
     Q_OBJECT
@@ -182,22 +108,12 @@ private slots:
     void heldBarEndsTheScan();
     void heldBarAfterTheScanChangesNothing();
 
-    void lostInstrumentShowsTheRecovery();
-    void recoveryEndsTheScanTheUsualWay();
-    void recoveryRestartsTheAcquisition();
-    void recoveryDoesNotWaitForAnAcquisitionThatGoesOn();
-    void lossReportedDuringARecoveryIsLeftToIt();
-    void recoveryThatFailsCanBeTriedAgain();
-    void secondClickOnTheRecoveryIsIgnored();
-    void keyboardStartsNothingUnderTheRecovery();
-    void startWithoutTheLinkIsRefused();
-    void recoveryWorksByKeyboard();
     void keysChangeNoTriggerSettingWhileLocked();
 };
 
 void TestRunControl::scanStartSendsTheseLines()
 {
-    Scan bench;
+    ScanBench bench;
     bench.run();
     QCOMPARE(bench.takeLines(), scanLines());
     QVERIFY(g_scanRunning);
@@ -205,7 +121,7 @@ void TestRunControl::scanStartSendsTheseLines()
 
 void TestRunControl::scanRunsOnlyWhenAllIsSent()
 {
-    Scan bench;
+    ScanBench bench;
     std::atomic<bool> ranEarly{false};
     MainWidget& window = bench.open();
     bench.instrument().whenAsked(QStringLiteral("SYST:TIME:SCAN?"),
@@ -220,7 +136,7 @@ void TestRunControl::scanRunsOnlyWhenAllIsSent()
 
 void TestRunControl::scanStartNotesTheComputersTime()
 {
-    Scan bench;
+    ScanBench bench;
     bench.run();
     // The instrument's own scan time is of 2024.
     QVERIFY2(isRecentRunTime(g_scanStartText), qPrintable(g_scanStartText));
@@ -228,7 +144,7 @@ void TestRunControl::scanStartNotesTheComputersTime()
 
 void TestRunControl::scanStartEngagesTheLock()
 {
-    Scan bench;
+    ScanBench bench;
     MainWidget& window = bench.open();
     QWidget* table = bench.tree();
     QEvent enter(QEvent::Enter);
@@ -243,7 +159,7 @@ void TestRunControl::scanStartEngagesTheLock()
 
 void TestRunControl::lostIdentityEndsTheStart()
 {
-    Scan bench;
+    ScanBench bench;
     MainWidget& window = bench.open();
     window.show();
     bench.instrument().setSilent(true);
@@ -273,7 +189,7 @@ void TestRunControl::namelessChannelsAreDroppedWhenCountsDiffer()
 {
     QFETCH(QString, reply);
     QFETCH(QList<int>, kept);
-    Scan bench;
+    ScanBench bench;
     MainWidget& window = bench.open();
     g_scanChannels = {{201, QStringLiteral("Vdc")}, {202, QString()}};
     bench.instrument().setReply(QStringLiteral("ROUT:SCAN?"), reply);
@@ -283,7 +199,7 @@ void TestRunControl::namelessChannelsAreDroppedWhenCountsDiffer()
 
 void TestRunControl::stopButtonLeavesTheFlagToTheAcquisition()
 {
-    Scan bench;
+    ScanBench bench;
     bench.runWithoutReadings();
     bench.takeLines();
     bench.startButton()->click();
@@ -313,7 +229,7 @@ void TestRunControl::endOfAStoppedRunIsThatOfTheClick()
 {
     QFETCH(QString, meanwhile);
     QFETCH(QStringList, lines);
-    Scan bench;
+    ScanBench bench;
     bench.runWithoutReadings();
     QEvent enter(QEvent::Enter);
     QCoreApplication::sendEvent(bench.tree(), &enter);
@@ -349,7 +265,7 @@ void TestRunControl::endOfAStoppedRunIsThatOfTheClick()
 
 void TestRunControl::countReachedEndsWithoutAbort()
 {
-    Scan bench;
+    ScanBench bench;
     bench.run(WindowBench::AcquisitionRuns);
     g_scanEndText.clear();
     bench.takeLines();
@@ -363,7 +279,7 @@ void TestRunControl::countReachedEndsWithoutAbort()
 
 void TestRunControl::stopReportOfARunningScanIsIgnored()
 {
-    Scan bench;
+    ScanBench bench;
     bench.run();
     g_scanEndText.clear();
     bench.exportButton()->setEnabled(false);
@@ -379,7 +295,7 @@ void TestRunControl::stopReportOfARunningScanIsIgnored()
 
 void TestRunControl::elapsedTimeEndsTheScan()
 {
-    Scan bench;
+    ScanBench bench;
     bench.open();
     const StopTimerFinder finder;
     bench.stopAfter(0, 0, kSoonMs);
@@ -401,7 +317,7 @@ void TestRunControl::elapsedTimeEndsTheScan()
 
 void TestRunControl::elapsedTimeOfALostRunLeavesItToTheRecovery()
 {
-    Scan bench;
+    ScanBench bench;
     bench.open().show();
     ReadData::instance()->setTiming(bench.acquisitionTiming);
     bench.stopAfter(0, 0, kSoonMs);
@@ -430,7 +346,7 @@ void TestRunControl::elapsedTimeOfALostRunLeavesItToTheRecovery()
 
 void TestRunControl::elapsedTimeIsInMilliseconds()
 {
-    Scan bench;
+    ScanBench bench;
     bench.open();
     const QPointer<QTimer> timer = stopTimerOf(bench);
     QVERIFY(timer);
@@ -465,7 +381,7 @@ void TestRunControl::elapsedTimeIsInMilliseconds()
 
 void TestRunControl::manualStopStartsNoTimer()
 {
-    Scan bench;
+    ScanBench bench;
     bench.open();
     const QPointer<QTimer> timer = stopTimerOf(bench);
     QVERIFY(timer);
@@ -490,7 +406,7 @@ void TestRunControl::everyEndStopsTheTimer()
 {
     QFETCH(QString, end);
     QFETCH(QStringList, lines);
-    Scan bench;
+    ScanBench bench;
     bench.open();
     const QPointer<QTimer> timer = stopTimerOf(bench);
     QVERIFY(timer);
@@ -512,7 +428,7 @@ void TestRunControl::everyEndStopsTheTimer()
 
 void TestRunControl::unlockingEndsTheScan()
 {
-    Scan bench;
+    ScanBench bench;
     bench.runWithoutReadings();
     std::atomic<bool> drained{false};
     bench.takeLines();
@@ -538,7 +454,7 @@ void TestRunControl::unlockingEndsTheScan()
 
 void TestRunControl::unlockingBehindAStopLeavesTheDrainAlone()
 {
-    Scan bench;
+    ScanBench bench;
     bench.open(WindowBench::AcquisitionRuns);
     const QString fetch = QStringLiteral("R? 1");
     bench.instrument().setReply(QStringLiteral("DATA:POIN?"), QStringLiteral("+1"));
@@ -562,7 +478,7 @@ void TestRunControl::unlockingBehindAStopLeavesTheDrainAlone()
 
 void TestRunControl::unlockingEndsTheRunBehindAStoppedOne()
 {
-    Scan bench;
+    ScanBench bench;
     bench.run();
     QTest::mouseClick(bench.startButton(), Qt::LeftButton);
     g_scanRunning = false; // the acquisition thread has drained the instrument
@@ -574,7 +490,7 @@ void TestRunControl::unlockingEndsTheRunBehindAStoppedOne()
 
 void TestRunControl::heldBarEndsTheScan()
 {
-    Scan bench;
+    ScanBench bench;
     bench.run();
     QEvent enter(QEvent::Enter);
     QCoreApplication::sendEvent(bench.tree(), &enter);
@@ -589,7 +505,7 @@ void TestRunControl::heldBarEndsTheScan()
 
 void TestRunControl::heldBarAfterTheScanChangesNothing()
 {
-    Scan bench;
+    ScanBench bench;
     bench.run();
     QEvent enter(QEvent::Enter);
     QCoreApplication::sendEvent(bench.tree(), &enter);
@@ -609,204 +525,9 @@ void TestRunControl::heldBarAfterTheScanChangesNothing()
     QVERIFY(bench.isIdle());
 }
 
-void TestRunControl::lostInstrumentShowsTheRecovery()
-{
-    Scan bench;
-    bench.runWithoutReadings();
-    bench.startupView()->showLoading();
-    bench.takeLines();
-    bench.instrument().setReply(QStringLiteral("STAT:OPER:EVEN?"), QStringLiteral("+2048"));
-    QTRY_VERIFY_WITH_TIMEOUT(bench.reconnectView() && bench.reconnectView()->isVisible(), 10000);
-    QVERIFY(!bench.startupView()->isVisible());
-    QVERIFY(!g_instrumentConnected);
-    QVERIFY(g_scanRunning);
-    QTRY_VERIFY(!ReadData::instance()->isRunning());
-    QCOMPARE(bench.takeLines(), QStringList());
-    // A second report shows the same overlay again.
-    const LoadingView* overlay = bench.reconnectView();
-    bench.call("recvUseInstSlot");
-    QCOMPARE(bench.reconnectView(), overlay);
-    QVERIFY(overlay->isVisible());
-}
-
-void TestRunControl::recoveryEndsTheScanTheUsualWay()
-{
-    Scan bench;
-    bench.runWithoutReadings();
-    bench.exportButton()->setEnabled(false);
-    bench.instrument().setReply(QStringLiteral("STAT:OPER:EVEN?"), QStringLiteral("+2048"));
-    QTRY_VERIFY_WITH_TIMEOUT(bench.reconnectView() && bench.reconnectView()->isVisible(), 10000);
-    bench.instrument().setReply(QStringLiteral("STAT:OPER:EVEN?"), QStringLiteral("+0"));
-    // The read-back stops the instrument that still runs.
-    bench.instrument().whenAsked(QStringLiteral("ABOR"), [&bench] {
-        bench.instrument().setReply(QStringLiteral("STAT:OPER:COND?"), QStringLiteral("+256"));
-    });
-    bench.takeLines();
-    g_scanEndText.clear();
-    bench.clickRecovery();
-    QTRY_VERIFY_WITH_TIMEOUT(!bench.reconnectView()->isVisible(), 10000);
-    QVERIFY(g_instrumentConnected);
-    QCOMPARE(bench.takeLines().filter(QStringLiteral("ABOR")), texts({"ABOR"}));
-    QTRY_VERIFY_WITH_TIMEOUT(!g_scanEndText.isEmpty(), 10000);
-    QVERIFY(!g_scanRunning);
-    QVERIFY(bench.isIdle());
-}
-
-void TestRunControl::recoveryRestartsTheAcquisition()
-{
-    Scan bench;
-    bench.open(WindowBench::AcquisitionRuns);
-    bench.instrument().setReply(QStringLiteral("STAT:OPER:EVEN?"), QStringLiteral("+2048"));
-    QTRY_VERIFY_WITH_TIMEOUT(bench.reconnectView(), 10000);
-    bench.instrument().setReply(QStringLiteral("STAT:OPER:EVEN?"), QStringLiteral("+0"));
-    bench.clickRecovery();
-    QTRY_VERIFY_WITH_TIMEOUT(bench.reconnectView()->isHidden(), 10000);
-    QVERIFY(ReadData::instance()->isRunning());
-    std::atomic<int> polls{0};
-    bench.instrument().whenAsked(QStringLiteral("STAT:OPER:EVEN?"), [&polls] { ++polls; });
-    QTRY_VERIFY_WITH_TIMEOUT(polls >= 2, 10000);
-    WindowBench::endAcquisition();
-}
-
-/// A loss met by the start of a scan, which the acquisition thread has not noticed.
-void TestRunControl::recoveryDoesNotWaitForAnAcquisitionThatGoesOn()
-{
-    Scan bench;
-    bench.windowTiming.lastPass = 20s;
-    MainWidget& window = bench.open(WindowBench::AcquisitionRuns);
-    std::atomic<int> polls{0};
-    bench.instrument().whenAsked(QStringLiteral("STAT:OPER:EVEN?"), [&polls] { ++polls; });
-    QTRY_VERIFY_WITH_TIMEOUT(polls >= 1, 10000);
-    bench.call("recvUseInstSlot");
-    QElapsedTimer clock;
-    clock.start();
-    window.stopLoadingView();
-    // Less than the wait for a thread that ends.
-    QVERIFY2(clock.elapsed() < 10000, qPrintable(QString::number(clock.elapsed())));
-    const int before = polls;
-    QTRY_VERIFY_WITH_TIMEOUT(polls >= before + 2, 10000);
-    WindowBench::endAcquisition();
-}
-
-void TestRunControl::lossReportedDuringARecoveryIsLeftToIt()
-{
-    Scan bench;
-    bench.open().show();
-    bench.call("recvUseInstSlot");
-    QSemaphore asked;
-    QSemaphore answered;
-    bench.instrument().whenAsked(QStringLiteral("STAT:OPER:COND?"), [&asked, &answered] {
-        asked.release();
-        answered.acquire();
-    });
-    bench.clickRecovery();
-    QTRY_COMPARE(asked.available(), 1);
-    emit ReadData::instance()->sigUseInst();
-    QCoreApplication::processEvents();
-    // A click on the button would be lost now, so it stays hidden.
-    QVERIFY(!bench.reconnectView()->findChild<QPushButton*>()->isVisible());
-    answered.release();
-    QTRY_VERIFY_WITH_TIMEOUT(!bench.reconnectView()->isVisible(), 10000);
-    QVERIFY(g_instrumentConnected);
-    WindowBench::endAcquisition();
-}
-
-void TestRunControl::recoveryThatFailsCanBeTriedAgain()
-{
-    Scan bench;
-    bench.open().show();
-    bench.call("recvUseInstSlot");
-    const auto* recovery = bench.reconnectView()->findChild<QPushButton*>();
-    bench.instrument().visa().fail(FakeVisa::Operation::Open, scn::visa::VI_ERROR_RSRC_NFOUND, 0,
-                                   2);
-    for (int round = 0; round < 2; ++round) {
-        bench.clickRecovery();
-        QVERIFY(!recovery->isVisible());
-        QTRY_VERIFY(recovery->isVisible());
-        QVERIFY(!g_instrumentConnected);
-    }
-    bench.clickRecovery();
-    QTRY_VERIFY_WITH_TIMEOUT(!bench.reconnectView()->isVisible(), 10000);
-    QVERIFY(g_instrumentConnected);
-    WindowBench::endAcquisition();
-}
-
-void TestRunControl::secondClickOnTheRecoveryIsIgnored()
-{
-    Scan bench;
-    bench.open().show();
-    bench.call("recvUseInstSlot");
-    bench.instrument().visa().clearCalls();
-    bench.clickRecovery();
-    bench.call("recvLoadBtnSlot");
-    QTRY_VERIFY_WITH_TIMEOUT(!bench.reconnectView()->isVisible(), 10000);
-    QVERIFY(scn::helperthreads::waitForAll(std::chrono::seconds(10)));
-    QCOMPARE(bench.instrument().visa().calls().filter(QStringLiteral("viOpen(")).size(), 1);
-    WindowBench::endAcquisition();
-}
-
-void TestRunControl::keyboardStartsNothingUnderTheRecovery()
-{
-    Scan bench;
-    MainWidget& window = bench.open();
-    window.show();
-    QVERIFY(QTest::qWaitForWindowActive(&window));
-    bench.startupView()->stopLoading();
-    bench.startButton()->setFocus();
-    bench.call("recvUseInstSlot");
-    bench.takeLines();
-    for (const Qt::Key key : {Qt::Key_Tab, Qt::Key_Backtab, Qt::Key_Return}) {
-        QTest::keyClick(window.windowHandle(), key);
-    }
-    bench.startButton()->setFocus();
-    QTest::keyClick(window.windowHandle(), Qt::Key_Space);
-    QVERIFY(scn::helperthreads::waitForAll(10s));
-    QCoreApplication::processEvents();
-    QVERIFY(bench.startButton()->text() == QStringLiteral("开始"));
-    QCOMPARE(bench.takeLines(), QStringList());
-}
-
-void TestRunControl::startWithoutTheLinkIsRefused()
-{
-    Scan bench;
-    bench.open().show();
-    bench.call("recvUseInstSlot");
-    bench.takeLines();
-    bench.call("recvStartButtonSlot");
-    QCOMPARE(bench.startButton()->text(), QStringLiteral("开始"));
-    QVERIFY(bench.startupView()->isHidden());
-
-    // The instrument is found, and is still being read back.
-    bool refused = false;
-    bench.instrument().whenAsked(QStringLiteral("TRIG:COUN?"), [&] {
-        QMetaObject::invokeMethod(
-            &bench.window(),
-            [&] {
-                bench.call("recvStartButtonSlot");
-                refused = bench.startButton()->text() == QStringLiteral("开始");
-            },
-            Qt::BlockingQueuedConnection);
-    });
-    bench.loseAndRecover();
-    QVERIFY(refused);
-}
-
-void TestRunControl::recoveryWorksByKeyboard()
-{
-    Scan bench;
-    MainWidget& window = bench.open();
-    window.show();
-    QVERIFY(QTest::qWaitForWindowActive(&window));
-    bench.call("recvUseInstSlot");
-    QTest::keyClick(window.windowHandle(), Qt::Key_Space);
-    QTRY_VERIFY_WITH_TIMEOUT(bench.reconnectView()->isHidden(), 10000);
-    QVERIFY(g_instrumentConnected);
-    bench.endAcquisition();
-}
-
 void TestRunControl::keysChangeNoTriggerSettingWhileLocked()
 {
-    Scan bench;
+    ScanBench bench;
     MainWidget& window = bench.run();
     QVERIFY(QTest::qWaitForWindowActive(&window));
     QAbstractButton* radio = bench.button(QStringLiteral("N次扫描后:"));
