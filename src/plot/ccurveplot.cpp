@@ -145,7 +145,7 @@ void CCurvePlot::resumeLive()
     m_autoScaleY = true;
     onNewSample(QDateTime::currentMSecsSinceEpoch());
     autoScaleY();
-    redraw();
+    showCurrentView();
 }
 
 void CCurvePlot::setFollowTime(bool on)

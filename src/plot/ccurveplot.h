@@ -57,6 +57,10 @@ public:
     /// of it. Does nothing while the user holds the view.
     void autoScaleY();
 
+    /// Loads what the visible curves show now, scales to it and draws once, for changes that no reading
+    /// brings about: a finished run has no next one.
+    void showCurrentView();
+
     /// Resumes following the readings after a zoom or a pan.
     void resumeLive();
 

@@ -86,12 +86,22 @@ void CCurvePlot::reloadVisibleData()
     }
 }
 
-/// Has the series of each visible curve load the visible window; false if there is no such curve.
+void CCurvePlot::showCurrentView()
+{
+    assertGuiThread();
+    if (isVisible()) {
+        loadVisibleCurves();
+    }
+    redraw();
+}
+
+/// Loads the visible window of each visible curve and sets an automatic y axis for what is shown from
+/// now on; false if there is no such curve.
 bool CCurvePlot::loadVisibleCurves()
 {
     QList<QwtPlotCurve*> shown;
     for (QwtPlotCurve* curve : qAsConst(m_curves)) {
-        if (curve->isVisible() && scn::seriesOf(curve)) {
+        if (curve->isVisible() && scn::loadedData(curve)) {
             shown.append(curve);
         }
     }
@@ -107,8 +117,9 @@ bool CCurvePlot::loadVisibleCurves()
     const qint64 start = static_cast<qint64>(time.minValue()) - kLoadMarginMs;
     const qint64 end = static_cast<qint64>(time.maxValue()) + kLoadMarginMs;
     for (QwtPlotCurve* curve : qAsConst(shown)) {
-        scn::seriesOf(curve)->loadWindow(start, end, kMaxPointsPerCurve, m_curveOffsets[curve]);
+        scn::loadedData(curve)->load(start, end, kMaxPointsPerCurve, m_curveOffsets[curve]);
     }
+    autoScaleY();
     return true;
 }
 
@@ -189,11 +200,7 @@ void CCurvePlot::showEvent(QShowEvent* event)
     if (m_updatingAxes) {
         return;
     }
-    const bool loaded = loadVisibleCurves();
-    if (loaded) {
-        autoScaleY();
-    }
-    if (loaded || m_redrawWhenShown) {
+    if (loadVisibleCurves() || m_redrawWhenShown) {
         redraw();
     }
 }

@@ -1,21 +1,21 @@
 #pragma once
 
+#include "plot/loadedcurvedata.h"
 #include "storage/curveseriesdata.h"
-#include "storage/nonowningcurvedata.h"
 
 #include <qwt_plot_curve.h>
 
 namespace scn {
 
-/// The shared series that a curve shows; null if it has none.
-inline CurveSeriesData* seriesOf(const QwtPlotCurve* curve)
+/// The part of a curve that loads from a shared series; null if the curve has no series.
+inline LoadedCurveData* loadedData(QwtPlotCurve* curve)
 {
-    const auto* shared = dynamic_cast<const NonOwningCurveData*>(curve->data());
-    return shared ? shared->series() : nullptr;
+    auto* loaded = dynamic_cast<LoadedCurveData*>(curve->data());
+    return loaded && loaded->series() ? loaded : nullptr;
 }
 
-/// Fast access to all samples of a curve, straight from its series if it has one. Valid until the
-/// series is reloaded. GUI thread.
+/// Fast access to all samples of a curve, straight from its points. Valid until the curve loads again.
+/// GUI thread.
 class CurveSamples
 {
 public:
@@ -24,11 +24,12 @@ public:
         : m_data(curve->data())
         , m_count(static_cast<int>(curve->dataSize()))
     {
-        const auto* shared = dynamic_cast<const NonOwningCurveData*>(m_data);
-        m_series = shared ? shared->series() : dynamic_cast<const CurveSeriesData*>(m_data);
-        if (m_series) {
-            m_points = m_series->visiblePoints().constData();
-            m_pointCount = m_series->visiblePoints().size();
+        if (const auto* loaded = dynamic_cast<const LoadedCurveData*>(m_data)) {
+            take(loaded->points(), loaded->offset());
+        } else if (const auto* shared = dynamic_cast<const NonOwningCurveData*>(m_data)) {
+            take(shared->series());
+        } else {
+            take(dynamic_cast<const CurveSeriesData*>(m_data));
         }
     }
 
@@ -43,18 +44,30 @@ public:
     /// The same, with the reading itself as y.
     QPointF raw(int index) const
     {
-        if (index < m_pointCount) {
-            return {m_points[index].x(), m_series->rawValue(index)};
-        }
-        return m_data->sample(static_cast<size_t>(index));
+        const QPointF shown = display(index);
+        return {shown.x(), shown.y() - m_offset};
     }
 
 private:
+    void take(const CurveSeriesData* series)
+    {
+        if (series) {
+            take(series->visiblePoints(), series->yOffset());
+        }
+    }
+
+    void take(const QVector<QPointF>& points, double offset)
+    {
+        m_points = points.constData();
+        m_pointCount = points.size();
+        m_offset = offset;
+    }
+
     const QwtSeriesData<QPointF>* m_data;
-    const CurveSeriesData* m_series = nullptr;
     const QPointF* m_points = nullptr;
     int m_pointCount = 0;
     int m_count;
+    double m_offset = 0.0;
 };
 
 } // namespace scn

@@ -1,9 +1,8 @@
 #include "plot/plotsetup.h"
 
 #include "plot/curvetracker.h"
+#include "plot/loadedcurvedata.h"
 #include "plot/seriescurve.h"
-#include "storage/curveseriesdata.h"
-#include "storage/nonowningcurvedata.h"
 
 #include <qwt_date_scale_draw.h>
 #include <qwt_painter.h>
@@ -96,7 +95,7 @@ QwtPlotCurve* makeCurve(CurveSeriesData* series, const QColor& color, const QStr
 {
     auto* curve = new SeriesCurve(title);
     curve->setPen(color, 1.0, Qt::SolidLine);
-    curve->setSamples(new NonOwningCurveData(series));
+    curve->setSamples(new LoadedCurveData(series));
     curve->setPaintAttribute(QwtPlotCurve::ClipPolygons, true);
     curve->setPaintAttribute(QwtPlotCurve::FilterPoints, true);
     curve->setRenderHint(QwtPlotItem::RenderAntialiased, false);

@@ -26,12 +26,12 @@ QwtInterval valueBounds(const QList<QwtPlotCurve*>& curves)
     double min = std::numeric_limits<double>::max();
     double max = std::numeric_limits<double>::lowest();
     for (const QwtPlotCurve* curve : curves) {
-        const CurveSeriesData* series = seriesOf(curve);
-        if (!series) {
+        if (!curve->data()) {
             continue;
         }
-        for (const QPointF& point : series->visiblePoints()) {
-            const double y = point.y();
+        const CurveSamples samples(curve);
+        for (int index = 0; index < samples.count(); ++index) {
+            const double y = samples.display(index).y();
             if (y == kOverload || !std::isfinite(y)) {
                 continue;
             }

@@ -142,6 +142,9 @@ bool CurveSeriesData::isInMemory(qint64 start) const
 void CurveSeriesData::showPoints(const QPointF* points, int count, int maxPoints)
 {
     const bool thin = maxPoints > 0 && count > maxPoints;
+    if (!m_visiblePoints.isDetached()) {
+        m_visiblePoints = {}; // a chart keeps the former points: nothing of them is copied
+    }
     m_visiblePoints.resize(thin ? maxPoints : count);
     QPointF* const shown = m_visiblePoints.data();
     if (thin) {

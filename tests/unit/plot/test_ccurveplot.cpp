@@ -504,7 +504,8 @@ void TestCCurvePlot::valuesAtTheEndsOfTheNumberRangeKeepAnAxis()
     QCOMPARE(log.lines(), QStringList());
 
     // The next values are shown as usual.
-    m_pool->loaded(0, pointsOf({1.0, 5.0}));
+    plot.clearCurves();
+    plot.addCurve(m_pool->loaded(0, pointsOf({1.0, 5.0})), Qt::red, QStringLiteral("101"));
     plot.autoScaleY();
     QCOMPARE(valueBounds(plot).minValue(), 0.5);
     QCOMPARE(valueBounds(plot).maxValue(), 5.5);

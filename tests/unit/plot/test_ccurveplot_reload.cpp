@@ -60,6 +60,7 @@ private slots:
     void cleanup();
 
     void batchesMoveTheAxesAndOneReloadDrawsOnce();
+    void newestReadingIsOnTheAxisWithItsOwnReload();
     void batchSetsTheBoundsAtOnceAndShowsThemWithTheReload();
     void rangeCheckDoesNotPutOffTheReloadOfABatch();
     void reloadDuringAnUpdateIsIgnored();
@@ -151,6 +152,35 @@ void TestCCurvePlotReload::batchesMoveTheAxesAndOneReloadDrawsOnce()
     passReloads(*m_plot);
     QCOMPARE(m_plot->replots, 2);
     QCOMPARE(upperMs(*m_plot), kStart + 90000);
+}
+
+void TestCCurvePlotReload::newestReadingIsOnTheAxisWithItsOwnReload()
+{
+    CurveSeriesData* series = m_pool->loaded(0, ramp(5));
+    m_plot->addCurve(series, Qt::red, QStringLiteral("101"));
+    m_plot->onNewSample(kStart + 4000);
+    passReloads(*m_plot);
+    m_plot->replots = 0;
+
+    // The axis is set for the batch before its readings are loaded.
+    series->addPoint(static_cast<double>(kStart + 5000), 40.0);
+    m_plot->onNewSample(kStart + 5000);
+    QCOMPARE(valueBounds(*m_plot).maxValue(), 4.5);
+    QCOMPARE(m_plot->replots, 0);
+    reloadNow(*m_plot);
+    QCOMPARE(m_plot->replots, 1);
+    QCOMPARE(valueBounds(*m_plot).maxValue(), 45.0);
+    QCOMPARE(m_plot->axisScaleDraw(QwtPlot::yLeft)->scaleDiv().upperBound(), 45.0);
+    passReloads(*m_plot);
+    QCOMPARE(m_plot->replots, 1);
+
+    // A held axis stays.
+    turnWheel(*m_plot, 1);
+    const QwtInterval held = valueBounds(*m_plot);
+    series->addPoint(static_cast<double>(kStart + 6000), 400.0);
+    m_plot->onNewSample(kStart + 6000);
+    passReloads(*m_plot);
+    QCOMPARE(valueBounds(*m_plot).maxValue(), held.maxValue());
 }
 
 void TestCCurvePlotReload::batchSetsTheBoundsAtOnceAndShowsThemWithTheReload()
@@ -675,8 +705,12 @@ void TestCCurvePlotReload::zoomTellsItsFactor()
 
 void TestCCurvePlotReload::resumeLiveGivesTheViewBack()
 {
-    m_plot->addCurve(m_pool->loaded(0, ramp(9)), Qt::red, QStringLiteral("101"));
     const qint64 now = QDateTime::currentMSecsSinceEpoch();
+    QVector<QPointF> points = ramp(9);
+    for (QPointF& point : points) {
+        point.rx() += static_cast<double>(now - kStart);
+    }
+    m_plot->addCurve(m_pool->loaded(0, points), Qt::red, QStringLiteral("101"));
     m_plot->onNewSample(now);
     turnWheel(*m_plot, 5);
     m_plot->setAxisScale(QwtPlot::yLeft, 20.0, 30.0);
