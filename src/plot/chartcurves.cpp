@@ -48,7 +48,7 @@ void ChartCurves::showSelected(const CurveTable& table, int row)
     }
     hideOthers(channels);
     assignOffsetBoxes(table);
-    m_plot->replot();
+    m_plot->showCurrentView();
 }
 
 void ChartCurves::setColor(int channel, const QColor& color)
@@ -57,7 +57,7 @@ void ChartCurves::setColor(int channel, const QColor& color)
     if (curve) {
         curve->setPen(curvePen(color));
     }
-    m_plot->replot();
+    m_plot->showCurrentView();
     m_tags->setLabelColor(curve, color);
 }
 

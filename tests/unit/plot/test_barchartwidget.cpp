@@ -11,13 +11,20 @@
 #include <QtTest>
 
 namespace {
+/// Adds a line across ten seconds from now to `series`, upwards from `lowest`.
+void addLine(CurveSeriesData& series, double lowest)
+{
+    const qint64 now = QDateTime::currentMSecsSinceEpoch();
+    for (int i = 0; i < 10; ++i) {
+        series.addPoint(static_cast<double>(now + i * 1000), lowest + i);
+    }
+}
+
 /// Loads a line across the minute from now for `series`.
 void loadLine(CurveSeriesData& series)
 {
     const qint64 now = QDateTime::currentMSecsSinceEpoch();
-    for (int i = 0; i < 10; ++i) {
-        series.addPoint(static_cast<double>(now + i * 1000), i);
-    }
+    addLine(series, 0.0);
     series.loadWindow(now, now + 60000, 0, 0.0);
 }
 } // namespace
@@ -50,6 +57,8 @@ private slots:
     void changingTheChannelHidesTheOldOne();
     void boxWithoutAnItemChangesNothing();
     void pictureFollowsTheTable();
+    void finishedRunIsDrawnAtTheFirstChoice();
+    void finishedRunComesBackAtTheFirstClick();
 
     void colorOfASelectedRowChangesItsCurve();
     void colorOfAnUnusedRowChangesNoCurve();
@@ -330,6 +339,49 @@ void TestBarChartWidget::pictureFollowsTheTable()
     QVERIFY(!f.paints(color));
     f.chooseNone(0);
     QVERIFY(!f.paints(other));
+}
+
+void TestBarChartWidget::finishedRunIsDrawnAtTheFirstChoice()
+{
+    ChartFixture f;
+    QVERIFY(QTest::qWaitForWindowExposed(&f.chart));
+    addLine(*m_store->add(101), 100.0);
+    const auto shows = [&f](int row, double lowest) {
+        const QwtInterval values = f.plot()->axisInterval(QwtPlot::yLeft);
+        return f.paints(f.button(row)->color()) && values.contains(lowest + 9.0) &&
+               values.minValue() > lowest - 2.0;
+    };
+    QVERIFY(!g_scanRunning);
+    goDown(f, 0, 1);
+    QVERIFY(shows(0, 100.0));
+
+    // A channel that comes back shows what was stored while it was hidden.
+    f.combo(0)->setFocus();
+    QTest::keyClick(f.combo(0), Qt::Key_Home);
+    QVERIFY(!f.curve(101)->isVisible());
+    addLine(*m_store->add(101), 500.0);
+    goDown(f, 0, 1);
+    QVERIFY(shows(0, 500.0));
+}
+
+void TestBarChartWidget::finishedRunComesBackAtTheFirstClick()
+{
+    ChartFixture f;
+    QVERIFY(QTest::qWaitForWindowExposed(&f.chart));
+    const std::shared_ptr<CurveSeriesData> series = m_store->add(101);
+    goDown(f, 0, 1);
+    // Nothing tells the chart of these readings.
+    addLine(*series, 100.0);
+    f.plot()->setAxisScale(QwtPlot::xBottom, 1.6e12, 1.6e12 + 60000.0);
+    f.plot()->replot();
+    QTest::mouseClick(f.buttonWithText(QStringLiteral("实时显示")), Qt::LeftButton);
+    QVERIFY(f.paints(f.button(0)->color()));
+    QVERIFY(f.plot()->axisInterval(QwtPlot::yLeft).contains(109.0));
+
+    addLine(*series, 500.0);
+    emit f.button(0)->colorChanged(Qt::green);
+    QVERIFY(f.paints(Qt::green));
+    QVERIFY(f.plot()->axisInterval(QwtPlot::yLeft).contains(509.0));
 }
 
 void TestBarChartWidget::colorOfASelectedRowChangesItsCurve()
