@@ -68,7 +68,7 @@ void ConnectionInfo::closeAtOnce()
         // Closing leaves the WAL of a file that is not in its place, and it would be replayed into
         // the file that replaced it. Checkpointed, it is empty, and a moved file has everything.
         setBusyTimeout(*connection, std::chrono::milliseconds::zero());
-        truncateLog(*connection);
+        truncateWal(*connection);
         connection->close();
     }
     connection.reset();
@@ -81,13 +81,13 @@ void ConnectionInfo::closeUnheld()
     connection.reset();
 }
 
-/// Neither checkpoints nor removes the connection's name.
+/// Leaves the checkpoint to SQLite's close, and the connection's name in place.
 void ConnectionInfo::closeExpired(const QString& path)
 {
     const QString closedName = name();
     qDebug() << "准备移除超时连接：" << path << "连接名：" << closedName;
     QueryManager::instance().finishQueries(closedName);
-    bool logInUse = false;
+    bool walInUse = false;
     {
         const ConnectionLocker locker(mutex);
         if (connection->isOpen()) {
@@ -96,10 +96,10 @@ void ConnectionInfo::closeExpired(const QString& path)
             // The last connection checkpoints the WAL and removes it. One that is still there
             // belongs to another process or could not be checkpointed: its readings are not ours to
             // delete.
-            logInUse = wal && QFile::exists(path + kWalSuffix);
+            walInUse = wal && QFile::exists(path + kWalSuffix);
         }
     }
-    if (!logInUse && file == fileIdentity(path)) {
+    if (!walInUse && file == fileIdentity(path)) {
         QFile::remove(path + kWalSuffix);
         QFile::remove(path + kShmSuffix);
     }

@@ -139,7 +139,7 @@ bool usesWal(const QSqlDatabase& database)
            query.value(0).toString() == QLatin1String("wal");
 }
 
-void truncateLog(const QSqlDatabase& database)
+void truncateWal(const QSqlDatabase& database)
 {
     ManagedQuery(database).exec(QStringLiteral("PRAGMA wal_checkpoint(TRUNCATE)"));
 }
@@ -152,7 +152,7 @@ void foldAndClose(QSqlDatabase& database)
     }
     // A query started during the wait would block the switch of the journal.
     QueryManager::instance().finishQueries(database.connectionName());
-    truncateLog(database);
+    truncateWal(database);
     ManagedQuery(database).exec(kJournalDelete);
     database.close();
 }

@@ -28,7 +28,7 @@ void setBusyTimeout(const QSqlDatabase& database, std::chrono::milliseconds pati
 bool usesWal(const QSqlDatabase& database);
 
 /// Checkpoints the WAL.
-void truncateLog(const QSqlDatabase& database);
+void truncateWal(const QSqlDatabase& database);
 
 /// Checkpoints the WAL, removes the side files and closes.
 void foldAndClose(QSqlDatabase& database);

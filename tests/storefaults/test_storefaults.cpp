@@ -30,7 +30,7 @@ namespace {
 
 constexpr int kCurves = 3;
 constexpr int kSpanMs = 20000;
-constexpr int kReadings = 200; // enough for a checkpoint of the log
+constexpr int kReadings = 200; // enough for a checkpoint
 constexpr int kFewReadings = 80;
 constexpr int kReadingsAfter = 2 * kCurves;
 constexpr qint64 kRepairMs = 5000;
