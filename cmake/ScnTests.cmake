@@ -86,7 +86,7 @@ function(_scn_set_test_properties entry)
     if("serial" IN_LIST labels)
         set_tests_properties(${entry} PROPERTIES RUN_SERIAL TRUE)
     elseif("system" IN_LIST labels)
-        # They take longest: ctest begins with the dearest.
+        # They take longest, and ctest starts the longest first.
         set_tests_properties(${entry} PROPERTIES COST 30)
     endif()
 endfunction()

@@ -12,7 +12,7 @@ export CCACHE_BASEDIR="$PWD" CCACHE_NOHASHDIR=1
 cmake --preset dev
 cmake --build --preset dev --target scn_pictures
 
-# Where the program lies is to be read on the pictures.
+# The pictures show the path of the program.
 place=/tmp/SCN4070A
 mkdir -m 700 "$place"
 trap 'rm -rf "$place"' EXIT
@@ -23,7 +23,7 @@ export XDG_RUNTIME_DIR="$place/runtime" LC_ALL=C.UTF-8 QT_QPA_PLATFORM=xcb SCN_P
 if [ $# -eq 0 ]; then
     set -- $("$place/scn_pictures" -platform offscreen -functions | tr -d '()')
 fi
-# A process and a place for each: it has one store in its life.
+# A process and a place for each, since a process makes one store only.
 for picture in "$@"; do
     echo "$picture"
     rm -rf "$place"/*_Data "$place/export"

@@ -1,6 +1,6 @@
 # The function that runs the tests of a build. Sourced by test and .ci/run.
 
-# Most tests wait for something most of the time, so that many of them share a core.
+# The system tests wait for processes and windows most of the time, so many of them share a core.
 jobs=$((4 * $(nproc)))
 
 # show_run PRESET [ctest option...]

@@ -47,12 +47,6 @@ bool isValidDate(int year, int month, int day)
     return fields.tm_mon == month - 1;
 }
 
-bool isValidTime(int hour, int minute, int second, int millisecond)
-{
-    return hour >= 0 && hour < 24 && minute >= 0 && minute < 60 && second >= 0 && second < 60 &&
-           millisecond >= 0 && millisecond < 1000;
-}
-
 std::int64_t toMilliseconds(const DateTime& time)
 {
     std::tm fields = brokenDown(time);

@@ -21,10 +21,8 @@ struct DateTime
 /// Converts the C library's broken-down time.
 DateTime dateTime(const std::tm& fields, int millisecond);
 
-/// Whether the date exists, and whether the time lies within a day. The clock shows the years 2000
-/// to 2099.
+/// Whether the date exists. The clock shows the years 2000 to 2099.
 bool isValidDate(int year, int month, int day);
-bool isValidTime(int hour, int minute, int second, int millisecond);
 
 /// Milliseconds since the start of 2000, in the Gregorian calendar.
 std::int64_t toMilliseconds(const DateTime& time);

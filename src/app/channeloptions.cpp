@@ -164,7 +164,8 @@ void enableScaleControls(const ChannelRow& row)
     if (!row.function->isEnabledTo(row.function->parentWidget())) {
         return;
     }
-    const bool isLinear = row.scaleFunction->currentIndex() == 0;
+    const bool isLinear =
+        row.scaleFunction->currentIndex() == static_cast<int>(scn::ScaleFunction::Linear);
     for (CustomLineEdit* edit : {row.gain, row.offset}) {
         if (edit) {
             edit->setEnabled(isLinear);

@@ -63,9 +63,8 @@ void AdvancedSetting::showFunctionOptions(const QString& name, int functionIndex
 void AdvancedSetting::showScaleOptions(const QString& scaleFunction, int channel)
 {
     assertGuiThread();
-    m_scaleFunction = scaleFunction;
     m_channel = channel;
-    m_scaleGroups = scn::groupsOfScaleFunction(m_scaleFunction);
+    m_scaleGroups = scn::groupsOfScaleFunction(scaleFunction);
     setTitle(QStringLiteral("%1-%2").arg(scaleFunction, QString::number(channel)));
     showOfferedGroups();
 }

@@ -116,7 +116,6 @@ private:
 
     CommFunc* m_commFunc = nullptr;
     int m_functionIndex = 0;
-    QString m_scaleFunction = nameOf(scn::ScaleFunction::Linear);
     int m_channel = 101;
     QString m_title;
     scn::OptionGroups m_functionGroups;

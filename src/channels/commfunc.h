@@ -19,12 +19,12 @@ struct FuncCommand
     QString typeArgument;
 };
 
-/// The commands of each function index, 34 entries.
+/// The commands of each function index.
 extern const QMap<int, FuncCommand> funcCommands;
 
 /// The measurement catalogue: functions with their names on the wire and on screen, ranges, units and
 /// option panels; modules; and the style sheets of the dark theme. The facts themselves are in
-/// scn::MeasurementFunction and scn::ModuleRow. Functions are identified by their index, 0 to 33; other
+/// scn::MeasurementFunction and scn::ModuleRow. Functions are identified by their index; other
 /// indices give the defaults stated.
 ///
 /// Everything but functionIndex() depends on its arguments and on the slot registers alone. GUI thread,

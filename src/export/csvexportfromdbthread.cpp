@@ -71,7 +71,7 @@ void CsvExportFromDBThread::startExport()
         m_running = true;
         m_stopRequested = false;
     }
-    wait(); // a thread that has told its end may not have ended, and would not start
+    wait(); // a thread that has reported its end may still run, and would not start again
     start();
 }
 

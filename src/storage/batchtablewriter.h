@@ -15,7 +15,7 @@ class BatchTableWriter
 {
 public:
     /// Adds to the batches of the loaded file and to the tables seen. A failure in today's file is
-    /// told to its attachment.
+    /// noted in its attachment.
     BatchTableWriter(QVector<DBBatchInfo>& list, QMap<QString, bool>& known, AttachmentState& today)
         : m_list(list)
         , m_known(known)

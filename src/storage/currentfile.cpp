@@ -63,7 +63,7 @@ void CurrentFile::open()
     const bool unfit = m_attachment.isUnfit();
     const FileIdentity found = fileIdentity(path);
     if (unfit || found != m_identity) {
-        forget(); // the statements are those of a connection that has had its day
+        forget(); // the statements belong to the former connection
     }
     if (unfit) { // what kept it from being set up may have gone
         ConnectionPool::instance().discardConnection(path);

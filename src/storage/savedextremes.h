@@ -18,7 +18,7 @@ namespace scn {
 class SavedExtremes
 {
 public:
-    /// A failure to save is told to the state of the attachment.
+    /// A failure to save is noted in the attachment.
     explicit SavedExtremes(AttachmentState& attachment)
         : m_attachment(attachment)
     {
@@ -30,10 +30,10 @@ public:
     /// Drops all that is known, and the statement.
     void forget();
 
-    /// The rows of the file are about to be told.
+    /// addRow() will follow for each row of the file.
     void forgetRows();
 
-    /// Tells a curve of the file; the extremes of others have no row.
+    /// Enters a curve of the file; the extremes of others have no row.
     void addCurve(int curveId) { m_ids.insert(curveId); }
 
     void addRow(int curveId, const DBCurveMetadata& extremes) { m_saved.insert(curveId, extremes); }

@@ -76,7 +76,7 @@ void TestNames::initTestCase()
             }
         }
     }
-    // What reads nothing finds no breach.
+    // A check that read no files would pass.
     QVERIFY(m_files.size() >= 200);
     QVERIFY(m_files.contains(QStringLiteral("ChannelNumber")));
     QVERIFY(m_files.contains(QStringLiteral("ScaleMoreColumn")));

@@ -123,12 +123,6 @@ QStringList FakeVisa::writtenLines() const
     return m_writtenLines;
 }
 
-void FakeVisa::clearWrittenLines()
-{
-    const QMutexLocker locker(&m_mutex);
-    m_writtenLines.clear();
-}
-
 QByteArray FakeVisa::pendingOutput() const
 {
     const QMutexLocker locker(&m_mutex);

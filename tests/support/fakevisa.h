@@ -81,7 +81,6 @@ public:
 
     /// All lines written so far, in order, without line feeds.
     QStringList writtenLines() const;
-    void clearWrittenLines();
 
     /// Bytes not yet read.
     QByteArray pendingOutput() const;

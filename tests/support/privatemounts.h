@@ -53,7 +53,7 @@ private:
 /// Writes a file until its disk is full.
 void fillDisk(const QString& path);
 
-/// Runs a test class in such mounts; where there are none to be had, it is skipped.
+/// Runs a test class in such mounts, or skips it where the system grants none.
 template <class Test, class Application>
 int run(int argc, char** argv)
 {

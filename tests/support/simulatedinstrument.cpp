@@ -60,12 +60,6 @@ SimulatedInstrument::~SimulatedInstrument()
     m_process.waitForFinished();
 }
 
-void SimulatedInstrument::switchOff()
-{
-    m_process.kill();
-    m_process.waitForFinished();
-}
-
 void SimulatedInstrument::freeze()
 {
     ::kill(static_cast<pid_t>(m_process.processId()), SIGSTOP);

@@ -37,8 +37,6 @@ public:
     /// The faults that have taken effect, in order.
     QStringList faults() const { return lines(QStringLiteral(" ! ")); }
 
-    /// Stops serving at once, as if switched off.
-    void switchOff();
     /// Stops answering but keeps running, as if hung.
     void freeze();
     void thaw();

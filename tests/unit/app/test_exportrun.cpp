@@ -56,7 +56,7 @@ QString base(const QString& name)
     return text.remove(QRegularExpression(QStringLiteral("_1_\\d{14}\\.csv$")));
 }
 
-/// Holds an export in the midst of its read while it lives: where the second curve is read to its
+/// Holds an export in the middle of its read while it lives: where the second curve is read to its
 /// end, and the first is not. The scan's first curve becomes longer for it.
 class HeldExport
 {
