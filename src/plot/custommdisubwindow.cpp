@@ -2,24 +2,18 @@
 
 #include "common/threadassert.h"
 #include "plot/customtitlebar.h"
+#include "plot/windowborder.h"
 #include "plot/windowplace.h"
 
 #include <QApplication>
 #include <QMdiArea>
 #include <QMouseEvent>
-#include <QPainter>
 #include <QScreen>
 #include <QVBoxLayout>
 
 namespace {
 constexpr int kTitleBarHeight = 35;
 constexpr int kContentMargin = 5;
-
-constexpr int kBorderWidth = 2;
-constexpr qreal kBorderRadius = 4.0;
-const QLatin1String kActiveBorderColor("#2BA1D5");
-const QLatin1String kBorderColor("#FFFFFF");
-const QLatin1String kBackgroundColor("black"); // as the workspace behind the windows
 } // namespace
 
 CustomMdiSubWindow::CustomMdiSubWindow(const QString& iconPath, QWidget* parent)
@@ -31,6 +25,7 @@ CustomMdiSubWindow::CustomMdiSubWindow(const QString& iconPath, QWidget* parent)
     setStyleSheet(QStringLiteral("background: transparent;"));
     buildShell(iconPath);
     connectTitleBar();
+    connect(this, &QMdiSubWindow::windowStateChanged, this, &CustomMdiSubWindow::onStateChanged);
     watch(m_holder);
 }
 
@@ -42,7 +37,6 @@ CustomMdiSubWindow::~CustomMdiSubWindow()
         widget->removeEventFilter(this);
     }
     m_holder->removeEventFilter(this);
-
     m_titleBar->disconnect(this);
     // Only `destroyed` stays connected: the workspace uses it to forget the window.
     disconnect(this, &QMdiSubWindow::windowStateChanged, nullptr, nullptr);
@@ -82,12 +76,10 @@ void CustomMdiSubWindow::activate()
 bool CustomMdiSubWindow::eventFilter(QObject* watched, QEvent* event)
 {
     assertGuiThread();
-    if (event->type() == QEvent::MouseButtonPress) {
-        const auto* widget = qobject_cast<QWidget*>(watched);
-        if (widget && isAncestorOf(widget)) {
-            takeFocusFromPress();
-            return false;
-        }
+    const auto* widget = qobject_cast<QWidget*>(watched);
+    if (event->type() == QEvent::MouseButtonPress && widget && isAncestorOf(widget)) {
+        takeFocusFromPress();
+        return false;
     }
     return QMdiSubWindow::eventFilter(watched, event);
 }
@@ -151,21 +143,14 @@ void CustomMdiSubWindow::paintEvent(QPaintEvent* event)
     assertGuiThread();
     QMdiSubWindow::paintEvent(event);
     const QMdiArea* area = mdiArea();
-    const bool active = area && area->activeSubWindow() == this;
-    QPainter painter(this);
-    painter.setRenderHint(QPainter::Antialiasing);
-    painter.setPen(QPen(QColor(active ? kActiveBorderColor : kBorderColor), kBorderWidth,
-                        Qt::SolidLine, Qt::SquareCap, Qt::BevelJoin));
-    // The style gives the window no background, so windows below would show through the content.
-    painter.setBrush(QColor(kBackgroundColor));
-    painter.drawRoundedRect(QRect(1, 1, width() - 2, height() - 2), kBorderRadius, kBorderRadius);
+    scn::drawWindowBorder(this, area && area->activeSubWindow() == this);
 }
 
 void CustomMdiSubWindow::showEvent(QShowEvent* event)
 {
     assertGuiThread();
     QMdiSubWindow::showEvent(event);
-    if (!m_collapsed) {
+    if (!m_collapsed && !isMaximized()) {
         m_normalGeometry = frameGeometry();
     }
 }
@@ -173,8 +158,13 @@ void CustomMdiSubWindow::showEvent(QShowEvent* event)
 void CustomMdiSubWindow::changeEvent(QEvent* event)
 {
     assertGuiThread();
+    const bool stateChanged = event->type() == QEvent::WindowStateChange;
+    if (stateChanged && !m_collapsed && !m_isMaximized && isMaximized()) {
+        // The base class is about to enlarge the window.
+        m_normalGeometry = frameGeometry();
+    }
     QMdiSubWindow::changeEvent(event);
-    if (event->type() == QEvent::WindowStateChange) {
+    if (stateChanged) {
         m_isMaximized = isMaximized();
         update();
     }
@@ -187,7 +177,7 @@ void CustomMdiSubWindow::onMaximizeClicked()
         return;
     }
     if (isMaximized()) {
-        showNormal();
+        takeBack();
     }
     m_normalGeometry = frameGeometry();
     setGeometry(scn::tileAt(scn::heldToPositive(m_normalGeometry.topLeft())));
@@ -203,10 +193,8 @@ void CustomMdiSubWindow::onMinimizeToTitleBar()
     if (m_collapsed) {
         openTile();
     } else if (isMaximized()) {
-        showNormal();
-        setGeometry(m_normalGeometry);
+        takeBack();
     } else {
-        m_normalGeometry = frameGeometry();
         showMaximized();
     }
 }
@@ -232,11 +220,9 @@ void CustomMdiSubWindow::buildShell(const QString& iconPath)
     m_holderLayout->addWidget(m_contentArea);
 
     setWidget(m_holder);
-    setTitle(QString());
 }
 
-/// The names are crossed on purpose: the first button collapses; the second one and a double click on
-/// the bar maximise.
+/// The names are crossed on purpose: the first button collapses, the second and a double click maximise.
 void CustomMdiSubWindow::connectTitleBar()
 {
     connect(m_titleBar, &CustomTitleBar::minimizeClicked, this,
@@ -244,6 +230,16 @@ void CustomMdiSubWindow::connectTitleBar()
     connect(m_titleBar, &CustomTitleBar::maximizeClicked, this,
             &CustomMdiSubWindow::onMinimizeToTitleBar);
     connect(m_titleBar, &CustomTitleBar::closeClicked, this, &CustomMdiSubWindow::close);
+}
+
+/// When a window becomes active, the base class gives the focus to one of its controls. Those of a tile
+/// are hidden, and without the focus in any window Ctrl+Tab goes no further.
+void CustomMdiSubWindow::onStateChanged(Qt::WindowStates before, Qt::WindowStates now)
+{
+    assertGuiThread();
+    if (m_collapsed && (now & ~before & Qt::WindowActive)) {
+        setFocus();
+    }
 }
 
 /// Makes this window see mouse presses on `root` and on all of its current children.
@@ -254,6 +250,15 @@ void CustomMdiSubWindow::watch(QWidget* root)
     for (QWidget* widget : widgets) {
         widget->installEventFilter(this);
     }
+}
+
+/// Makes a maximised window normal. The base class would make it as high as its content asks for, and a
+/// chart asks for more than a new window has.
+void CustomMdiSubWindow::takeBack()
+{
+    const QRect place = m_normalGeometry; // being shown again overwrites it
+    showNormal();
+    setGeometry(place);
 }
 
 void CustomMdiSubWindow::openTile()

@@ -52,7 +52,9 @@ private slots:
 private:
     void buildShell(const QString& iconPath);
     void connectTitleBar();
+    void onStateChanged(Qt::WindowStates before, Qt::WindowStates now);
     void watch(QWidget* root);
+    void takeBack();
     void openTile();
     void takeFocusFromPress();
     bool isOnTitleBar(const QPoint& globalPos) const;

@@ -170,6 +170,8 @@ void GraphicSettingWidget::buildArea()
     m_mdiArea->setBackground(Qt::NoBrush);
     m_mdiArea->setViewMode(QMdiArea::SubWindowView);
     m_mdiArea->setActivationOrder(QMdiArea::ActivationHistoryOrder);
+    // Each window keeps its own state: a new one its size, a tile its picture.
+    m_mdiArea->setOption(QMdiArea::DontMaximizeSubWindowOnActivation);
     connect(m_mdiArea, &QMdiArea::subWindowActivated, this,
             &GraphicSettingWidget::onSubWindowActivated);
 }
