@@ -1,10 +1,13 @@
 #pragma once
 
 #include "storage/nonowningcurvedata.h"
+#include "storage/storedchanges.h"
 
 #include <QPointF>
 #include <QRectF>
 #include <QVector>
+
+#include <optional>
 
 namespace scn {
 
@@ -19,7 +22,8 @@ public:
     using NonOwningCurveData::NonOwningCurveData;
 
     /// Has the series load its points from `start` to `end` (ms since the epoch), at most `maxPoints`,
-    /// and keeps them; see CurveSeriesData::loadWindow(). There must be a series.
+    /// and keeps them; see CurveSeriesData::loadWindow(). Nothing is loaded if that would give the points
+    /// kept already. There must be a series.
     void load(qint64 start, qint64 end, int maxPoints, double offset);
 
     /// The points on display, oldest first: x in ms, y with the offset.
@@ -33,9 +37,22 @@ public:
     QRectF boundingRect() const override;
 
 private:
+    /// A load from the store, and the state of what was stored then.
+    struct StoredLoad
+    {
+        qint64 start;
+        qint64 end;
+        int maxPoints;
+        double offset;
+        StoredState state;
+    };
+
+    bool wouldRepeat(const StoredLoad& load) const;
+
     bool m_loaded = false;
     QVector<QPointF> m_points;
     double m_offset = 0.0;
+    std::optional<StoredLoad> m_storedLoad; ///< Where the points come from, if not from memory.
 };
 
 } // namespace scn

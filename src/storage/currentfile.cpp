@@ -64,6 +64,7 @@ void CurrentFile::open()
     const FileIdentity found = fileIdentity(path);
     if (unfit || found != m_identity) {
         forget(); // the statements belong to the former connection
+        m_memory.changes.noteDoubt();
     }
     if (unfit) { // what kept it from being set up may have gone
         ConnectionPool::instance().discardConnection(path);

@@ -6,6 +6,7 @@
 #include "storage/dayfiles.h"
 #include "storage/latefile.h"
 #include "storage/managedquery.h"
+#include "storage/storedchanges.h"
 #include "storage/storememory.h"
 #include "storage/timeslice.h"
 
@@ -111,6 +112,9 @@ public:
     /// Points of a curve from start to end, both included, in order of time; x the time, y the
     /// stored value. More than maxPoints are thinned; 0 or less: no limit.
     QVector<QPointF> readCurveData(int curveId, qint64 start, qint64 end, int maxPoints);
+
+    /// Tells, when compared with a later one, whether readCurveData() would give the same points.
+    scn::StoredState storedState(int curveId);
 
     /// The batches of a curve in one file that overlap the range. `failed` is set if the file's
     /// batch catalogue could not be read to its end.

@@ -84,6 +84,7 @@ void CurveDataDB::insertPoints(const QSqlDatabase& db, int curveId, const QVecto
             ids.append(curveId);
             times.append(timeOf(point));
             values.append(point.y());
+            m_memory.changes.noteReading(curveId, timeOf(point));
         }
         if (!query.prepare(insertPointSql(it.key())) || !query.execColumns({ids, times, values})) {
             qWarning() << "批量插入失败:" << query.errorText();

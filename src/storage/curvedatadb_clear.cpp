@@ -45,6 +45,7 @@ void CurveDataDB::closeAllForClear()
     m_today.forget();
     m_late.forget();
     m_memory.loadedPath.clear();
+    m_memory.changes.noteDoubt();
     if (m_currentDb) {
         m_currentDb.reset();
         ConnectionPool::instance().removeConnection(m_currentDbPath);
@@ -87,6 +88,7 @@ void CurveDataDB::onClearFinished()
         m_metadataMap.clear();
         m_batchList.clear();
         m_today.forget();
+        m_memory.changes.noteDoubt();
         ensureCurrentDb();
     }
     emit sigClearFinished();
@@ -116,6 +118,7 @@ bool CurveDataDB::deleteCurveData(int curveId)
         return false;
     }
     m_today.forgetCurve(curveId);
+    m_memory.changes.noteDoubt();
     ManagedQuery(*m_currentDb).exec(kBegin);
     if (!dropCurve(curveId)) {
         ManagedQuery(*m_currentDb).exec(kRollback);

@@ -116,8 +116,8 @@ void warnOfUnreadableTable(const QSqlDatabase& database, const QString& table,
     }
 }
 
-/// Appends the points of one batch table to `points`.
-void readBatch(const QSqlDatabase& database, const QString& table, const ReadRange& range,
+/// Appends the points of one batch table to `points`. False if that did not come to its end.
+bool readBatch(const QSqlDatabase& database, const QString& table, const ReadRange& range,
                QVector<QPointF>& points)
 {
     ManagedQuery query(database);
@@ -128,11 +128,11 @@ void readBatch(const QSqlDatabase& database, const QString& table, const ReadRan
             .arg(quotedTable(table));
     if (!query.prepare(sql)) {
         warnOfUnreadableTable(database, table, query.errorText());
-        return;
+        return false;
     }
     if (!query.execWith({range.curveId, range.start, range.end})) {
         qWarning() << "读取分片" << table << "失败:" << query.errorText();
-        return;
+        return false;
     }
     const auto takeRow = [&points](const QSqlQuery& row) {
         points.append(
@@ -143,29 +143,33 @@ void readBatch(const QSqlDatabase& database, const QString& table, const ReadRan
     // A table that cannot be read to its end returns what was read.
     if (!query.isUsable() || !query.errorText().isEmpty()) {
         qWarning() << "读取分片" << table << "失败:" << query.errorText();
+        return false;
     }
+    return true;
 }
 
-/// Appends the points of one day file to `points`, thinning on the way.
-void readFile(CurveDataDB& store, const QString& path, const ReadRange& range,
+/// Appends the points of one day file to `points`, thinning on the way. False if not everything in
+/// the file could be read.
+bool readFile(CurveDataDB& store, const QString& path, const ReadRange& range,
               QVector<QPointF>& points)
 {
     if (!QFileInfo::exists(path)) {
         qDebug() << "数据库文件不存在:" << path;
-        return;
+        return true;
     }
     QSharedPointer<QSqlDatabase> db = store.openDb(path);
     if (!db || !db->isOpen()) {
         qWarning() << "无法打开数据库:" << path;
-        return;
+        return false;
     }
+    bool failed = false;
     const QVector<DBBatchInfo> batches =
-        store.queryBatches(range.curveId, range.start, range.end, db);
+        store.queryBatches(range.curveId, range.start, range.end, db, &failed);
     if (batches.isEmpty()) {
         qDebug() << "在数据库" << path << "中未找到匹配的分片";
     }
     for (const DBBatchInfo& batch : batches) {
-        readBatch(*db, batch.tableName, range, points);
+        failed = !readBatch(*db, batch.tableName, range, points) || failed;
         // Bounds the memory of a long read. Early points are thinned repeatedly.
         if (range.maxPoints > 0 && points.size() > 2 * static_cast<qint64>(range.maxPoints)) {
             thinPoints(points, range.maxPoints);
@@ -173,6 +177,7 @@ void readFile(CurveDataDB& store, const QString& path, const ReadRange& range,
     }
     db.reset();
     ConnectionPool::instance().releaseConnection(path);
+    return !failed;
 }
 
 } // namespace
@@ -188,7 +193,9 @@ QVector<QPointF> CurveDataDB::readCurveData(int curveId, qint64 start, qint64 en
     QVector<QPointF> points;
     const QStringList keys = dateKeysOfRange(start, end, m_dataDir);
     for (const QString& key : keys) {
-        readFile(*this, dbPathForDate(key), {curveId, start, end, maxPoints}, points);
+        if (!readFile(*this, dbPathForDate(key), {curveId, start, end, maxPoints}, points)) {
+            m_memory.changes.noteDoubt();
+        }
     }
     const auto byTime = [](const QPointF& a, const QPointF& b) { return a.x() < b.x(); };
     if (!std::is_sorted(points.cbegin(), points.cend(), byTime)) {
@@ -196,6 +203,12 @@ QVector<QPointF> CurveDataDB::readCurveData(int curveId, qint64 start, qint64 en
     }
     thinPoints(points, maxPoints);
     return points;
+}
+
+StoredState CurveDataDB::storedState(int curveId)
+{
+    const QMutexLocker locker(&m_mutex);
+    return m_memory.changes.stateOf(curveId, m_today.todayKey());
 }
 
 QVector<DBBatchInfo> CurveDataDB::queryBatches(int curveId, qint64 start, qint64 end,

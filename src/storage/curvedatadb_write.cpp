@@ -42,6 +42,7 @@ void CurveDataDB::appendPoint(int curveId, qint64 timestamp, double value)
         ensureCurrentDb();
     }
     const Reading reading{curveId, timestamp, value};
+    m_memory.changes.noteReading(curveId, timestamp);
     const bool isStored =
         targetsCurrentFile(timestamp) ? appendToCurrentFile(reading) : appendToOtherFile(reading);
     m_refusing = !isStored && !m_clearing;

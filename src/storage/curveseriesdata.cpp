@@ -158,6 +158,11 @@ void CurveSeriesData::showPoints(const QPointF* points, int count, int maxPoints
     m_boundsStale = true;
 }
 
+scn::StoredState CurveSeriesData::storedState() const
+{
+    return m_store->storedState(m_curveId);
+}
+
 QVector<QPointF> CurveSeriesData::allData() const
 {
     if (!isUsable()) {

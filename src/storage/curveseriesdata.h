@@ -1,5 +1,7 @@
 #pragma once
 
+#include "storage/storedchanges.h"
+
 #include <QPointF>
 #include <QRectF>
 #include <QString>
@@ -44,6 +46,15 @@ public:
     /// thinned to `maxPoints` (0 or less: no limit), with `offset` added to each y. First writes
     /// out and detaches the store.
     void loadWindow(qint64 start, qint64 end, int maxPoints, double offset);
+
+    /// Whether loadWindow() takes a window with this start from the points in memory.
+    bool isInMemory(qint64 start) const;
+
+    /// The state of the stored points; see CurveDataDB::storedState(). The series is registered.
+    scn::StoredState storedState() const;
+
+    /// Whether the curve is registered with a store, so that it can load.
+    bool isUsable() const { return m_curveId != -1 && m_store; }
 
     /// Everything the store has of this curve, without the offset; empty if there is nothing or the
     /// curve is not registered.
@@ -110,10 +121,8 @@ private:
         double sum = 0.0;
     };
 
-    bool isUsable() const { return m_curveId != -1 && m_store; }
     void trimWindow();
     void pointsAdded();
-    bool isInMemory(qint64 start) const;
     void showPoints(const QPointF* points, int count, int maxPoints);
     void updateStatistics();
     const Statistics& statistics() const;

@@ -2,6 +2,7 @@
 
 #include "storage/curverecords.h"
 #include "storage/filecatalogue.h"
+#include "storage/storedchanges.h"
 
 #include <QMap>
 #include <QSharedPointer>
@@ -21,7 +22,8 @@ struct StoreMemory
     QMap<int, QString>& curveNameMap;
     QMap<int, DBCurveMetadata>& metadataMap;
     QVector<DBBatchInfo>& batchList;
-    QString loadedPath = {}; ///< The file loaded last, if that came to its end.
+    QString loadedPath = {};    ///< The file loaded last, if that came to its end.
+    StoredChanges changes = {}; ///< What was written since the store was opened.
 
     bool isCurrentOpen() const { return currentDb && currentDb->isOpen(); }
 
