@@ -6,9 +6,11 @@
 #include "storage/dayfiles.h"
 #include "storage/latefile.h"
 #include "storage/managedquery.h"
+#include "storage/roworder.h"
 #include "storage/storedchanges.h"
 #include "storage/storememory.h"
 #include "storage/timeslice.h"
+#include "storage/windowread.h"
 
 #include <QDeadlineTimer>
 #include <QList>
@@ -25,6 +27,7 @@
 
 #include <atomic>
 #include <chrono>
+#include <optional>
 
 class QFile;
 class QTextStream;
@@ -162,6 +165,8 @@ private:
     void ensureCurrentDb();
     int enlistCurve(const QString& name, scn::CurrentFile::NewCurve newCurve);
 
+    std::optional<QVector<QPointF>> readWindow(scn::WindowRead read);
+
     // Readings one by one: curvedatadb_write.cpp
     const QString& dateKeyFor(qint64 timestamp);
     bool targetsCurrentFile(qint64 timestamp);
@@ -206,4 +211,5 @@ private:
     scn::LateFile m_late{m_memory, m_files, m_today};
     scn::BatchTableWriter m_tables{m_batchList, m_knownTables, m_today.attachment()};
     scn::TimeSliceCache m_readingSlice;
+    scn::RowOrders m_rowOrders;
 };

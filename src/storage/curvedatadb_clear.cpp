@@ -46,6 +46,7 @@ void CurveDataDB::closeAllForClear()
     m_late.forget();
     m_memory.loadedPath.clear();
     m_memory.changes.noteDoubt();
+    m_rowOrders.clear();
     if (m_currentDb) {
         m_currentDb.reset();
         ConnectionPool::instance().removeConnection(m_currentDbPath);
@@ -118,6 +119,7 @@ bool CurveDataDB::deleteCurveData(int curveId)
         return false;
     }
     m_today.forgetCurve(curveId);
+    m_rowOrders.clear();
     m_memory.changes.noteDoubt();
     ManagedQuery(*m_currentDb).exec(kBegin);
     if (!dropCurve(curveId)) {

@@ -2,9 +2,9 @@
 
 #include "storage/connectionpool.h"
 #include "storage/lockpatience.h"
-#include "storage/pointthinning.h"
 #include "storage/shardnaming.h"
 #include "storage/storeclock.h"
+#include "storage/windowread.h"
 
 #include <QDate>
 #include <QDateTime>
@@ -19,21 +19,8 @@ using namespace scn;
 
 namespace {
 
-/// Rows fetched per hold of the connection's lock: enough to make the lock cheap, few enough to let
-/// others in.
-constexpr int kRowsPerBlock = 4096;
-
 /// Ten years: within such a range every day is looked up, and a missing file gets its log line.
 constexpr quint64 kLongestCountMs = Q_UINT64_C(315576000000);
-
-/// The parameters of a read.
-struct ReadRange
-{
-    int curveId;
-    qint64 start;
-    qint64 end;
-    int maxPoints;
-};
 
 /// First moment of the oldest day with a file; now if there is none.
 qint64 startOfOldestDay(const QString& directory)
@@ -90,68 +77,8 @@ QStringList dateKeysOfRange(qint64 start, qint64 end, const QString& directory)
     return keys;
 }
 
-/// The name in double quotes, as SQL requires for a table.
-QString quotedTable(const QString& table)
-{
-    QString name = table;
-    return QLatin1Char('"') + name.replace(QLatin1Char('"'), QLatin1String("\"\"")) +
-           QLatin1Char('"');
-}
-
-/// Reports why the query of a batch could not be prepared. Only then is the catalogue of tables
-/// searched: it has no index, and a file of many curves has thousands of entries.
-void warnOfUnreadableTable(const QSqlDatabase& database, const QString& table,
-                           const QString& prepareError)
-{
-    ManagedQuery query(database);
-    const QString sql =
-        QStringLiteral("SELECT name FROM sqlite_master WHERE type='table' AND name=") +
-        sqlLiteral(table);
-    if (!query.exec(sql)) {
-        qWarning() << "检查表存在性失败:" << table << "错误:" << query.errorText();
-    } else if (!query.next()) {
-        qWarning() << "分片表不存在:" << table;
-    } else {
-        qWarning() << "SQL准备失败:" << prepareError;
-    }
-}
-
-/// Appends the points of one batch table to `points`. False if that did not come to its end.
-bool readBatch(const QSqlDatabase& database, const QString& table, const ReadRange& range,
-               QVector<QPointF>& points)
-{
-    ManagedQuery query(database);
-    query.setForwardOnly(true);
-    const QString sql =
-        QStringLiteral("SELECT timestamp, value FROM %1 WHERE curve_id = ? AND timestamp "
-                       "BETWEEN ? AND ? ORDER BY timestamp ASC")
-            .arg(quotedTable(table));
-    if (!query.prepare(sql)) {
-        warnOfUnreadableTable(database, table, query.errorText());
-        return false;
-    }
-    if (!query.execWith({range.curveId, range.start, range.end})) {
-        qWarning() << "读取分片" << table << "失败:" << query.errorText();
-        return false;
-    }
-    const auto takeRow = [&points](const QSqlQuery& row) {
-        points.append(
-            QPointF(static_cast<double>(row.value(0).toLongLong()), row.value(1).toDouble()));
-    };
-    while (query.fetchRows(kRowsPerBlock, takeRow) == kRowsPerBlock) {
-    }
-    // A table that cannot be read to its end returns what was read.
-    if (!query.isUsable() || !query.errorText().isEmpty()) {
-        qWarning() << "读取分片" << table << "失败:" << query.errorText();
-        return false;
-    }
-    return true;
-}
-
-/// Appends the points of one day file to `points`, thinning on the way. False if not everything in
-/// the file could be read.
-bool readFile(CurveDataDB& store, const QString& path, const ReadRange& range,
-              QVector<QPointF>& points)
+/// Adds the points of one day file. False if not everything in the file could be read.
+bool readFile(CurveDataDB& store, const QString& path, WindowRead& read)
 {
     if (!QFileInfo::exists(path)) {
         qDebug() << "数据库文件不存在:" << path;
@@ -163,17 +90,14 @@ bool readFile(CurveDataDB& store, const QString& path, const ReadRange& range,
         return false;
     }
     bool failed = false;
+    const ReadRange& range = read.range();
     const QVector<DBBatchInfo> batches =
         store.queryBatches(range.curveId, range.start, range.end, db, &failed);
     if (batches.isEmpty()) {
         qDebug() << "在数据库" << path << "中未找到匹配的分片";
     }
     for (const DBBatchInfo& batch : batches) {
-        failed = !readBatch(*db, batch.tableName, range, points) || failed;
-        // Bounds the memory of a long read. Early points are thinned repeatedly.
-        if (range.maxPoints > 0 && points.size() > 2 * static_cast<qint64>(range.maxPoints)) {
-            thinPoints(points, range.maxPoints);
-        }
+        failed = !read.addTable(path, db, batch.tableName) || failed;
     }
     db.reset();
     ConnectionPool::instance().releaseConnection(path);
@@ -190,19 +114,21 @@ QVector<QPointF> CurveDataDB::readCurveData(int curveId, qint64 start, qint64 en
         qWarning() << "曲线ID" << curveId << "不存在";
         return {};
     }
-    QVector<QPointF> points;
-    const QStringList keys = dateKeysOfRange(start, end, m_dataDir);
+    const ReadRange range{curveId, start, end, maxPoints};
+    const auto points = readWindow(WindowRead(range, &m_rowOrders));
+    return points ? *points : readWindow(WindowRead(range, nullptr)).value_or(QVector<QPointF>());
+}
+
+/// The points of a read that has just begun; nothing if it has to be done row by row.
+std::optional<QVector<QPointF>> CurveDataDB::readWindow(WindowRead read)
+{
+    const QStringList keys = dateKeysOfRange(read.range().start, read.range().end, m_dataDir);
     for (const QString& key : keys) {
-        if (!readFile(*this, dbPathForDate(key), {curveId, start, end, maxPoints}, points)) {
+        if (!readFile(*this, dbPathForDate(key), read)) {
             m_memory.changes.noteDoubt();
         }
     }
-    const auto byTime = [](const QPointF& a, const QPointF& b) { return a.x() < b.x(); };
-    if (!std::is_sorted(points.cbegin(), points.cend(), byTime)) {
-        std::sort(points.begin(), points.end(), byTime);
-    }
-    thinPoints(points, maxPoints);
-    return points;
+    return read.points();
 }
 
 StoredState CurveDataDB::storedState(int curveId)

@@ -1,6 +1,7 @@
 #include "storage/lockedquery.h"
 
 #include "storage/lockpatience.h"
+#include "storage/sqlitestatement.h"
 
 #include <QSqlDatabase>
 #include <QSqlDriver>
@@ -13,14 +14,6 @@
 namespace scn {
 
 namespace {
-
-/// SQLite's own statement behind an executed query; null once its connection was closed.
-sqlite3_stmt* statementOf(const QSqlQuery& query)
-{
-    const QVariant handle = query.result() ? query.result()->handle() : QVariant();
-    const bool known = qstrcmp(handle.typeName(), "sqlite3_stmt*") == 0;
-    return known ? *static_cast<sqlite3_stmt* const*>(handle.constData()) : nullptr;
-}
 
 QSqlQuery makeQuery(const QSqlDatabase& database, const std::shared_ptr<ConnectionMutex>& mutex)
 {

@@ -101,6 +101,13 @@ QString tablePrefix(int curveId)
     return QStringLiteral("curve_%1_").arg(curveId);
 }
 
+QString quotedName(const QString& table)
+{
+    QString name = table;
+    return QLatin1Char('"') + name.replace(QLatin1Char('"'), QLatin1String("\"\"")) +
+           QLatin1Char('"');
+}
+
 QString sqlLiteral(const QString& text)
 {
     QString doubled = text;

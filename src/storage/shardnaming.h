@@ -45,5 +45,8 @@ QString makeTableName(int curveId, const QString& batchName);
 /// "curve_<id>_": the common prefix of a curve's table names.
 QString tablePrefix(int curveId);
 
+/// The name of a table as SQL has it: in double quotes, each inside doubled.
+QString quotedName(const QString& table);
+
 /// The text as an SQL string literal: in single quotes, each quote inside doubled.
 QString sqlLiteral(const QString& text);

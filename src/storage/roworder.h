@@ -1,0 +1,84 @@
+#pragma once
+
+#include <QHash>
+#include <QString>
+#include <QVector>
+#include <QtGlobal>
+
+#include <vector>
+
+class QSqlDatabase;
+
+namespace scn {
+
+/// Rows of a batch table whose numbers and times rise together, without a gap in the numbers.
+struct RowRun
+{
+    qint64 firstRow;
+    qint64 lastRow;
+    qint64 lastTime;
+    qint64 before; ///< Readings in the runs before this one.
+
+    qint64 count() const { return lastRow - firstRow + 1; }
+};
+
+/// Which row of a batch table has the reading at a place in the order of time: known while rows were
+/// added in that order, whatever gaps their numbers have.
+class RowOrder
+{
+public:
+    /// False once rows were found that are not in order.
+    bool isKnown() const { return m_isKnown; }
+
+    /// Number of readings.
+    qint64 count() const
+    {
+        return m_runs.empty() ? 0 : m_runs.back().before + m_runs.back().count();
+    }
+
+    /// The newest reading; there must be one.
+    qint64 lastRow() const { return m_runs.back().lastRow; }
+    qint64 lastTime() const { return m_runs.back().lastTime; }
+
+    /// Row of a reading, 0 to count() - 1.
+    qint64 rowAt(qint64 place) const;
+
+    /// A further reading, whose row number is higher.
+    void add(qint64 row, qint64 time);
+
+    /// The table is not what this can describe.
+    void giveUp();
+
+private:
+    bool m_isKnown = true;
+    std::vector<RowRun> m_runs;
+};
+
+/// What is known of the tables in the day files. Each table is looked through once, and after that only
+/// for rows added since. Guarded by the store's mutex.
+class RowOrders
+{
+public:
+    /// The order of a curve's readings in a table, up to date. The reference is valid until the next
+    /// call.
+    const RowOrder& update(const QString& path, const QSqlDatabase& database, const QString& table,
+                           int curveId);
+
+    /// Forgets everything: tables are about to be dropped.
+    void clear() { m_files.clear(); }
+
+private:
+    /// The tables of a file as one connection knows them.
+    struct File
+    {
+        QString connection;
+        qint64 version = -1; ///< Changes when others write to the file.
+        QHash<QString, RowOrder> tables;
+    };
+
+    File& fileFor(const QString& path, const QSqlDatabase& database);
+
+    QHash<QString, File> m_files;
+};
+
+} // namespace scn
