@@ -13,6 +13,12 @@ class TestCustomComboBox : public QObject
 
 private slots:
     void startsWithASpacedUniformListAndItsOwnDelegate();
+    void popupIsCreatedByItsFirstUse_data();
+    void popupIsCreatedByItsFirstUse();
+    void lettersSelectInABoxThatWasNeverOpened();
+    void popupTakesTheFontAndStyleOfTheBox();
+    void isAsLargeAsAPlainBox_data();
+    void isAsLargeAsAPlainBox();
     void functionItemsGoBehindTheLastRow();
     void presentSpacingEmitsNothing();
     void newSpacingReachesDelegateAndRows();
@@ -83,6 +89,105 @@ void TestCustomComboBox::startsWithASpacedUniformListAndItsOwnDelegate()
     QVERIFY(delegateOf(box));
     QCOMPARE(delegateOf(box)->spacing(), 4);
     QCOMPARE(delegateOf(box)->parent(), &box);
+}
+
+void TestCustomComboBox::popupIsCreatedByItsFirstUse_data()
+{
+    QTest::addColumn<bool>("byMouse");
+    QTest::newRow("mouse") << true;
+    QTest::newRow("key") << false;
+}
+
+void TestCustomComboBox::popupIsCreatedByItsFirstUse()
+{
+    QFETCH(bool, byMouse);
+    CustomComboBox box;
+    box.addFunctionItems({QStringLiteral("a"), QStringLiteral("b"), QStringLiteral("c")});
+    box.setItemSpacing(15);
+    box.setCurrentIndex(1);
+    box.resize(120, 24);
+    box.show();
+    QVERIFY(QTest::qWaitForWindowActive(&box));
+    box.setStyleSheet(QStringLiteral("font-size: 15px;"));
+    box.resize(130, 24);
+    box.setCurrentIndex(2);
+    QVERIFY(box.findChildren<QWidget*>().isEmpty());
+
+    if (byMouse) {
+        QTest::mouseClick(&box, Qt::LeftButton);
+    } else {
+        QTest::keyClick(&box, Qt::Key_F4);
+    }
+    QCOMPARE(box.findChildren<QListView*>().count(), 1);
+    QTRY_VERIFY(listOf(box)->isVisible());
+    QCOMPARE(delegateOf(box)->spacing(), 15);
+    QCOMPARE(box.view()->width(), 130);
+    QCOMPARE(box.view()->currentIndex().row(), 2);
+    QTest::keyClick(box.view(), Qt::Key_Up);
+    QTest::keyClick(box.view(), Qt::Key_Return);
+    QCOMPARE(box.currentIndex(), 1);
+}
+
+void TestCustomComboBox::lettersSelectInABoxThatWasNeverOpened()
+{
+    CustomComboBox box;
+    box.addFunctionItems({QStringLiteral("SCAL"), QStringLiteral("PCT"), QStringLiteral("DBM")});
+    box.show();
+    QVERIFY(QTest::qWaitForWindowActive(&box));
+    QTest::keyClick(&box, Qt::Key_D);
+    QCOMPARE(box.currentText(), QStringLiteral("DBM"));
+    QVERIFY(delegateOf(box));
+}
+
+void TestCustomComboBox::popupTakesTheFontAndStyleOfTheBox()
+{
+    CustomComboBox box;
+    box.addItem(QStringLiteral("a"));
+    box.show();
+    QFont font = box.font();
+    font.setPixelSize(31);
+    box.setFont(font);
+    QCOMPARE(box.view()->font().pixelSize(), 31);
+    font.setPixelSize(17);
+    box.setFont(font);
+    QCOMPARE(box.view()->font().pixelSize(), 17);
+}
+
+void TestCustomComboBox::isAsLargeAsAPlainBox_data()
+{
+    QTest::addColumn<QStringList>("items");
+    QTest::addColumn<QString>("styleSheet");
+    const QStringList texts{QStringLiteral("直流电压"), QStringLiteral("the longest of all"),
+                            QStringLiteral("K")};
+    for (const char* sheet : {"", "font-size: 31px;", "height: 40px; border: 3px solid red;"}) {
+        QTest::addRow("texts \"%s\"", sheet) << texts << QString::fromLatin1(sheet);
+        QTest::addRow("empty \"%s\"", sheet) << QStringList() << QString::fromLatin1(sheet);
+    }
+}
+
+void TestCustomComboBox::isAsLargeAsAPlainBox()
+{
+    QFETCH(QStringList, items);
+    QFETCH(QString, styleSheet);
+    CustomComboBox box;
+    QComboBox plain;
+    const auto checkSame = [&] {
+        QCOMPARE(box.sizeHint(), plain.sizeHint());
+        QCOMPARE(box.minimumSizeHint(), plain.minimumSizeHint());
+    };
+    checkSame();
+    for (QComboBox* each : {static_cast<QComboBox*>(&box), &plain}) {
+        each->addItems(items);
+        each->setStyleSheet(styleSheet);
+    }
+    checkSame();
+    for (QComboBox* each : {static_cast<QComboBox*>(&box), &plain}) {
+        each->show();
+        each->addItem(QStringLiteral("added once it was measured, and longer than the rest"));
+    }
+    checkSame();
+    box.view();
+    checkSame();
 }
 
 void TestCustomComboBox::functionItemsGoBehindTheLastRow()
