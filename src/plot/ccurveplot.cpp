@@ -6,6 +6,7 @@
 #include "plot/custompanner.h"
 #include "plot/plotsetup.h"
 #include "plot/valuescale.h"
+#include "plot/viewload.h"
 #include "state/globals.h"
 
 #include <QCoreApplication>
@@ -77,6 +78,7 @@ void CCurvePlot::initTimers()
 CCurvePlot::~CCurvePlot()
 {
     assertGuiThread();
+    giveUpLoad();
     delete m_tracker;
     delete m_magnifier;
     delete m_reloadTimer;
@@ -106,6 +108,7 @@ void CCurvePlot::clearCurves()
 {
     assertGuiThread();
     m_reloadTimer->stop();
+    giveUpLoad();
     m_curveOffsets.clear();
     for (QwtPlotCurve* curve : qAsConst(m_curves)) {
         curve->hide();
@@ -139,6 +142,7 @@ void CCurvePlot::onNewSample(qint64 timeMs)
 void CCurvePlot::resumeLive()
 {
     assertGuiThread();
+    giveUpLoad();
     m_userMovedX = false;
     m_userMovedY = false;
     m_followTime = true;

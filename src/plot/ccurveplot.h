@@ -5,8 +5,12 @@
 #include <QColor>
 #include <QList>
 #include <QMap>
+#include <QPair>
 #include <QString>
 #include <qwt_plot.h>
+
+#include <chrono>
+#include <memory>
 
 class CurveSeriesData;
 class CurveTracker;
@@ -16,6 +20,10 @@ class QwtDateScaleDraw;
 class QwtPlotCurve;
 class QwtPlotGrid;
 
+namespace scn {
+class ViewLoad;
+}
+
 /// The strip chart of a chart window: one curve per channel over local time.
 ///
 /// The x axis (QwtPlot::xBottom) carries milliseconds since the epoch, the y axis (QwtPlot::yLeft)
@@ -24,7 +32,9 @@ class QwtPlotGrid;
 /// pan freezes the view until resumeLive() or clearCurves().
 ///
 /// The plot holds no samples. A batch of readings only sets the axes and arms a 100 ms timer. When it
-/// expires, the series of the visible curves load the visible window and the plot is drawn once. A plot
+/// expires, the series of the visible curves load the visible window and the plot is drawn once. What
+/// takes long to fetch from the store goes on in the next turns of the event loop, with the former
+/// points on display until all curves have theirs, and is given up when the user moves the view. A plot
 /// that is not visible loads and draws nothing, and catches up when it is shown.
 ///
 /// GUI thread. Nothing here reports a failure: a curve without a series is skipped.
@@ -120,6 +130,10 @@ private:
     void stretchTimeWindow();
     void reloadVisibleData();
     bool loadVisibleCurves();
+    bool proceedWithLoad(std::chrono::milliseconds budget);
+    void takeTurn();
+    void giveUpLoad();
+    QPair<qint64, qint64> windowToLoad() const;
     void redraw();
 
     QwtPlotGrid* m_grid = nullptr;
@@ -138,6 +152,10 @@ private:
     double m_lastLowerX = 0.0;
     double m_lastUpperX = 0.0;
     QMap<QwtPlotCurve*, double> m_curveOffsets;
+
+    std::unique_ptr<scn::ViewLoad> m_load; ///< Under way, in slices.
+    bool m_loadAgain = false;              ///< A reload was due while one was under way.
+    quint64 m_shownAs = 0;                 ///< Counts the shows of all plots.
 
     /// A replot was skipped while the plot was invisible: the canvas holds an old picture.
     bool m_redrawWhenShown = false;

@@ -3,8 +3,11 @@
 
 #include "common/threadassert.h"
 #include "plot/curvesamples.h"
+#include "plot/loadturns.h"
 #include "plot/valuescale.h"
+#include "plot/viewload.h"
 
+#include <QDeadlineTimer>
 #include <QScopedValueRollback>
 #include <QTimer>
 #include <qwt_interval.h>
@@ -12,6 +15,7 @@
 #include <qwt_scale_engine.h>
 
 #include <cmath>
+#include <utility>
 
 namespace {
 
@@ -20,6 +24,10 @@ constexpr double kRangeThresholdY = 1e-6;
 constexpr qint64 kLoadMarginMs = 5000;
 constexpr int kMaxPointsPerCurve = 10000;
 constexpr int kPixelsPerMajorTick = 90;
+
+/// What a reload may take of the turn that it begins in, and of each one after.
+constexpr std::chrono::milliseconds kFirstSlice{15};
+constexpr std::chrono::milliseconds kSlice{10};
 
 } // namespace
 
@@ -96,16 +104,18 @@ void CCurvePlot::showCurrentView()
 }
 
 /// Loads the visible window of each visible curve and sets an automatic y axis for what is shown from
-/// now on; false if there is no such curve.
+/// now on. False if there is no such curve, and if the load takes longer than this turn.
 bool CCurvePlot::loadVisibleCurves()
 {
-    QList<QwtPlotCurve*> shown;
+    QVector<scn::ViewLoad::Part> shown;
     for (QwtPlotCurve* curve : qAsConst(m_curves)) {
-        if (curve->isVisible() && scn::loadedData(curve)) {
-            shown.append(curve);
+        scn::LoadedCurveData* const loaded = scn::loadedData(curve);
+        if (curve->isVisible() && loaded) {
+            shown.append({loaded, m_curveOffsets[curve]});
         }
     }
     if (shown.isEmpty()) {
+        giveUpLoad();
         return false;
     }
 
@@ -113,14 +123,57 @@ bool CCurvePlot::loadVisibleCurves()
     QwtPlot::updateAxes();
     // The range check need not reload what is loaded now.
     noteTimeAxis();
-    const QwtInterval time = axisInterval(QwtPlot::xBottom);
-    const qint64 start = static_cast<qint64>(time.minValue()) - kLoadMarginMs;
-    const qint64 end = static_cast<qint64>(time.maxValue()) + kLoadMarginMs;
-    for (QwtPlotCurve* curve : qAsConst(shown)) {
-        scn::loadedData(curve)->load(start, end, kMaxPointsPerCurve, m_curveOffsets[curve]);
+    const auto [start, end] = windowToLoad();
+    // A view that moves with the readings would never be through with a load given up for each move.
+    if (m_load && (m_load->isFor(start, end) || !m_userMovedX)) {
+        m_loadAgain = true;
+        return false;
     }
+    m_load = std::make_unique<scn::ViewLoad>(shown, start, end, kMaxPointsPerCurve);
+    return proceedWithLoad(kFirstSlice);
+}
+
+/// Bounds of what a reload takes, in ms since the epoch.
+QPair<qint64, qint64> CCurvePlot::windowToLoad() const
+{
+    const QwtInterval time = axisInterval(QwtPlot::xBottom);
+    return {static_cast<qint64>(time.minValue()) - kLoadMarginMs,
+            static_cast<qint64>(time.maxValue()) + kLoadMarginMs};
+}
+
+/// Goes on with the load. True once the curves show what it loaded.
+bool CCurvePlot::proceedWithLoad(std::chrono::milliseconds budget)
+{
+    if (!m_load->proceed(QDeadlineTimer(budget))) {
+        scn::LoadTurns::ask(this, m_shownAs, [this] { takeTurn(); });
+        return false;
+    }
+    m_load->show();
+    m_load.reset();
     autoScaleY();
+    if (std::exchange(m_loadAgain, false)) {
+        m_reloadTimer->start();
+    }
     return true;
+}
+
+/// A further slice of the load under way. A hidden plot loads when it is shown; where the user has moved
+/// the view on, the reload for that is armed.
+void CCurvePlot::takeTurn()
+{
+    const auto [start, end] = windowToLoad();
+    if (!isVisible() || (m_userMovedX && !m_load->isFor(start, end))) {
+        giveUpLoad();
+    } else if (proceedWithLoad(kSlice)) {
+        redraw();
+    }
+}
+
+void CCurvePlot::giveUpLoad()
+{
+    scn::LoadTurns::withdraw(this);
+    m_load.reset();
+    m_loadAgain = false;
 }
 
 /// Draws the plot. If it is not visible, only the scales are updated, and it is drawn when it is
@@ -197,6 +250,8 @@ void CCurvePlot::showEvent(QShowEvent* event)
 {
     assertGuiThread();
     QwtPlot::showEvent(event);
+    static quint64 shows = 0;
+    m_shownAs = ++shows;
     if (m_updatingAxes) {
         return;
     }

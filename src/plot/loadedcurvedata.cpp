@@ -4,44 +4,67 @@
 #include "storage/curveseriesdata.h"
 
 #include <algorithm>
-#include <utility>
 
 namespace scn {
 
-void LoadedCurveData::load(qint64 start, qint64 end, int maxPoints, double offset)
+void LoadedCurveData::load(const CurveView& view)
 {
     assertGuiThread();
-    std::optional<StoredLoad> load;
-    if (series()->isUsable() && !series()->isInMemory(start)) {
-        load = StoredLoad{start, end, maxPoints, offset, series()->storedState()};
-        if (wouldRepeat(*load)) {
-            return;
-        }
+    const std::optional<StoredState> state = storedFor(view);
+    if (state && wouldRepeat(view, *state)) {
+        return;
     }
-    // Lets the series reuse the memory unless another chart shows the same points.
-    m_points = {};
-    series()->loadWindow(start, end, maxPoints, offset);
-    m_points = series()->visiblePoints();
-    m_offset = series()->yOffset();
-    m_loaded = true;
-    m_storedLoad = std::move(load);
+    if (m_shown) { // lets the series reuse the memory unless another chart shows the same points
+        m_shown->points = {};
+    }
+    m_shown = fetch(view);
 }
 
-bool LoadedCurveData::wouldRepeat(const StoredLoad& load) const
+bool LoadedCurveData::needsStore(const CurveView& view) const
 {
-    return m_storedLoad && m_storedLoad->start == load.start && m_storedLoad->end == load.end &&
-           m_storedLoad->maxPoints == load.maxPoints && m_storedLoad->offset == load.offset &&
-           m_storedLoad->state.holdsUpTo(load.end, load.state);
+    const std::optional<StoredState> state = storedFor(view);
+    return state && !wouldRepeat(view, *state);
+}
+
+CurveLoad LoadedCurveData::fetch(const CurveView& view) const
+{
+    assertGuiThread();
+    const std::optional<StoredState> state = storedFor(view);
+    series()->loadWindow(view.start, view.end, view.maxPoints, view.offset);
+    return {view, state, series()->visiblePoints(), series()->yOffset()};
+}
+
+/// What is stored, if a view is loaded from there.
+std::optional<StoredState> LoadedCurveData::storedFor(const CurveView& view) const
+{
+    if (!series()->isUsable() || series()->isInMemory(view.start)) {
+        return std::nullopt;
+    }
+    return series()->storedState();
+}
+
+bool LoadedCurveData::wouldRepeat(const CurveView& view, const StoredState& state) const
+{
+    return m_shown && m_shown->state && m_shown->view.start == view.start &&
+           m_shown->view.end == view.end && m_shown->view.maxPoints == view.maxPoints &&
+           m_shown->view.offset == view.offset && m_shown->state->holdsUpTo(view.end, state);
 }
 
 const QVector<QPointF>& LoadedCurveData::points() const
 {
-    return m_loaded || !series() ? m_points : series()->visiblePoints();
+    static const QVector<QPointF> none;
+    if (m_shown) {
+        return m_shown->points;
+    }
+    return series() ? series()->visiblePoints() : none;
 }
 
 double LoadedCurveData::offset() const
 {
-    return m_loaded || !series() ? m_offset : series()->yOffset();
+    if (m_shown) {
+        return m_shown->offset;
+    }
+    return series() ? series()->yOffset() : 0.0;
 }
 
 size_t LoadedCurveData::size() const

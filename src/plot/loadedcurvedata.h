@@ -11,6 +11,24 @@
 
 namespace scn {
 
+/// What a curve asks its series for.
+struct CurveView
+{
+    qint64 start; ///< Milliseconds since the epoch.
+    qint64 end;
+    int maxPoints; ///< 0 or less: no limit.
+    double offset; ///< Added to each y.
+};
+
+/// What was loaded, and from what.
+struct CurveLoad
+{
+    CurveView view;
+    std::optional<StoredState> state; ///< What was stored then, if the points are from the store.
+    QVector<QPointF> points;
+    double offset;
+};
+
 /// What one curve of one chart shows of a series that other charts may show too. A series has a single
 /// set of points on display, that of the last to load it; the curve keeps the points and the offset of
 /// its own load. Until its first load it shows what the series has on display.
@@ -21,10 +39,18 @@ class LoadedCurveData : public NonOwningCurveData
 public:
     using NonOwningCurveData::NonOwningCurveData;
 
-    /// Has the series load its points from `start` to `end` (ms since the epoch), at most `maxPoints`,
-    /// and keeps them; see CurveSeriesData::loadWindow(). Nothing is loaded if that would give the points
-    /// kept already. There must be a series.
-    void load(qint64 start, qint64 end, int maxPoints, double offset);
+    /// Has the series load the view and keeps its points; see CurveSeriesData::loadWindow(). Nothing is
+    /// loaded if that would give the points kept already. There must be a series.
+    void load(const CurveView& view);
+
+    /// Whether load() would read from the store.
+    bool needsStore(const CurveView& view) const;
+
+    /// Loads as load() does, but leaves on display what is there.
+    CurveLoad fetch(const CurveView& view) const;
+
+    /// Puts what was fetched on display.
+    void show(const CurveLoad& load) { m_shown = load; }
 
     /// The points on display, oldest first: x in ms, y with the offset.
     const QVector<QPointF>& points() const;
@@ -37,22 +63,10 @@ public:
     QRectF boundingRect() const override;
 
 private:
-    /// A load from the store, and the state of what was stored then.
-    struct StoredLoad
-    {
-        qint64 start;
-        qint64 end;
-        int maxPoints;
-        double offset;
-        StoredState state;
-    };
+    std::optional<StoredState> storedFor(const CurveView& view) const;
+    bool wouldRepeat(const CurveView& view, const StoredState& state) const;
 
-    bool wouldRepeat(const StoredLoad& load) const;
-
-    bool m_loaded = false;
-    QVector<QPointF> m_points;
-    double m_offset = 0.0;
-    std::optional<StoredLoad> m_storedLoad; ///< Where the points come from, if not from memory.
+    std::optional<CurveLoad> m_shown;
 };
 
 } // namespace scn

@@ -4,6 +4,7 @@
 #include "storage/currentfile.h"
 #include "storage/curverecords.h"
 #include "storage/dayfiles.h"
+#include "storage/heldfiles.h"
 #include "storage/latefile.h"
 #include "storage/managedquery.h"
 #include "storage/roworder.h"
@@ -115,6 +116,12 @@ public:
     /// Points of a curve from start to end, both included, in order of time; x the time, y the
     /// stored value. More than maxPoints are thinned; 0 or less: no limit.
     QVector<QPointF> readCurveData(int curveId, qint64 start, qint64 end, int maxPoints);
+
+    /// Does in advance what takes readCurveData() long: opens the day files and looks through tables for
+    /// the first time. Puts the files' connections into `files`. Stops after a large table past the
+    /// deadline: false, and `from`, at first the start of the range, is where to go on.
+    bool lookThrough(int curveId, qint64 start, qint64 end, qint64& from, QDeadlineTimer deadline,
+                     scn::HeldFiles& files);
 
     /// Tells, when compared with a later one, whether readCurveData() would give the same points.
     scn::StoredState storedState(int curveId);

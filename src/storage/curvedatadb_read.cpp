@@ -19,6 +19,12 @@ using namespace scn;
 
 namespace {
 
+/// Looking through fewer rows takes no time to speak of.
+constexpr qint64 kManyRows = 5000;
+
+/// Files that one load of a chart keeps open: a process has a thousand or so.
+constexpr int kMostHeldFiles = 400;
+
 /// Ten years: within such a range every day is looked up, and a missing file gets its log line.
 constexpr quint64 kLongestCountMs = Q_UINT64_C(315576000000);
 
@@ -129,6 +135,35 @@ std::optional<QVector<QPointF>> CurveDataDB::readWindow(WindowRead read)
         }
     }
     return read.points();
+}
+
+bool CurveDataDB::lookThrough(int curveId, qint64 start, qint64 end, qint64& from,
+                              QDeadlineTimer deadline, HeldFiles& files)
+{
+    const QMutexLocker locker(&m_mutex);
+    const LockPatience patience;
+    const QStringList keys = dateKeysOfRange(from, end, m_dataDir);
+    for (const QString& key : keys) {
+        const QString path = dbPathForDate(key);
+        // What cannot be opened is left to the read, which reports it.
+        const bool isThere = QFileInfo(path).isFile();
+        const QSharedPointer<QSqlDatabase> db = isThere ? openDb(path) : nullptr;
+        if (db && files.size() < kMostHeldFiles) {
+            files.insert(path, db);
+        }
+        const QVector<DBBatchInfo> batches =
+            db ? queryBatches(curveId, start, end, db) : QVector<DBBatchInfo>();
+        for (const DBBatchInfo& batch : batches) {
+            const qint64 before = m_rowOrders.rowsLookedAt();
+            m_rowOrders.update(path, *db, batch.tableName, curveId);
+            if (m_rowOrders.rowsLookedAt() - before > kManyRows && deadline.hasExpired()) {
+                return false;
+            }
+        }
+        const quint64 left = static_cast<quint64>(end) - static_cast<quint64>(from);
+        from = left < static_cast<quint64>(kDayLengthMs) ? end : from + kDayLengthMs;
+    }
+    return true;
 }
 
 StoredState CurveDataDB::storedState(int curveId)

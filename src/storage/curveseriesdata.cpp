@@ -163,6 +163,12 @@ scn::StoredState CurveSeriesData::storedState() const
     return m_store->storedState(m_curveId);
 }
 
+bool CurveSeriesData::lookThrough(qint64 start, qint64 end, qint64& from, QDeadlineTimer deadline,
+                                  scn::HeldFiles& files)
+{
+    return m_store->lookThrough(m_curveId, start, end, from, deadline, files);
+}
+
 QVector<QPointF> CurveSeriesData::allData() const
 {
     if (!isUsable()) {

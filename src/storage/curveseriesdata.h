@@ -1,7 +1,9 @@
 #pragma once
 
+#include "storage/heldfiles.h"
 #include "storage/storedchanges.h"
 
+#include <QDeadlineTimer>
 #include <QPointF>
 #include <QRectF>
 #include <QString>
@@ -52,6 +54,10 @@ public:
 
     /// The state of the stored points; see CurveDataDB::storedState(). The series is registered.
     scn::StoredState storedState() const;
+
+    /// CurveDataDB::lookThrough() for this curve. The series is registered.
+    bool lookThrough(qint64 start, qint64 end, qint64& from, QDeadlineTimer deadline,
+                     scn::HeldFiles& files);
 
     /// Whether the curve is registered with a store, so that it can load.
     bool isUsable() const { return m_curveId != -1 && m_store; }

@@ -55,10 +55,12 @@ const RowOrder& RowOrders::update(const QString& path, const QSqlDatabase& datab
 {
     RowOrder& order = fileFor(path, database).tables[table];
     if (order.isKnown()) {
+        const qint64 before = order.count();
         RowCursor rows(database, table);
         if (!rows.extend(order, curveId)) {
             order.giveUp();
         }
+        m_rowsLookedAt += std::max<qint64>(order.count() - before, 0);
     }
     return order;
 }

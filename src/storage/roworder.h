@@ -64,6 +64,9 @@ public:
     const RowOrder& update(const QString& path, const QSqlDatabase& database, const QString& table,
                            int curveId);
 
+    /// Number of rows that were looked at so far.
+    qint64 rowsLookedAt() const { return m_rowsLookedAt; }
+
     /// Forgets everything: tables are about to be dropped.
     void clear() { m_files.clear(); }
 
@@ -79,6 +82,7 @@ private:
     File& fileFor(const QString& path, const QSqlDatabase& database);
 
     QHash<QString, File> m_files;
+    qint64 m_rowsLookedAt = 0;
 };
 
 } // namespace scn

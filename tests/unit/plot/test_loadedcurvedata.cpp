@@ -15,14 +15,11 @@ constexpr qint64 kDayMs = 86400000;
 
 const qint64 kStart = noonToday() - 3 * kDayMs;
 
-/// What a curve asks its series for.
-struct Window
+/// A view of the past.
+scn::CurveView someView()
 {
-    qint64 start = kStart + 1000;
-    qint64 end = kStart + 50000;
-    int maxPoints = 20;
-    double offset = 0.5;
-};
+    return {kStart + 1000, kStart + 50000, 20, 0.5};
+}
 
 QVector<QPointF> ramp(qint64 start, int count)
 {
@@ -59,7 +56,7 @@ private slots:
 
 private:
     /// Whether the series was asked to load its window again.
-    bool loads(const Window& window);
+    bool loads(const scn::CurveView& view);
 
     const SkippedWaits m_waits;
     std::unique_ptr<QTemporaryDir> m_directory;
@@ -78,7 +75,7 @@ void TestLoadedCurveData::init()
     m_series->addPoints(ramp(kStart, 120));
     m_series->clear();
     m_curve = std::make_unique<scn::LoadedCurveData>(m_series.get());
-    QVERIFY(loads(Window()));
+    QVERIFY(loads(someView()));
 }
 
 void TestLoadedCurveData::cleanup()
@@ -89,11 +86,11 @@ void TestLoadedCurveData::cleanup()
     m_directory.reset();
 }
 
-bool TestLoadedCurveData::loads(const Window& window)
+bool TestLoadedCurveData::loads(const scn::CurveView& view)
 {
     constexpr double kNoOffset = -1.0;
     m_series->loadWindow(0, 0, 1, kNoOffset);
-    m_curve->load(window.start, window.end, window.maxPoints, window.offset);
+    m_curve->load(view);
     return m_series->yOffset() != kNoOffset;
 }
 
@@ -103,7 +100,7 @@ void TestLoadedCurveData::sameViewIsReadOnce()
     QCOMPARE(shown.size(), 20);
     QCOMPARE(shown.first(), QPointF(double(kStart + 1000), 1.5));
     QCOMPARE(shown.last(), QPointF(double(kStart + 50000), 50.5));
-    QVERIFY(!loads(Window()));
+    QVERIFY(!loads(someView()));
     QCOMPARE(m_curve->points(), shown);
     QCOMPARE(m_curve->offset(), 0.5);
 }
@@ -114,7 +111,7 @@ void TestLoadedCurveData::anotherViewIsRead_data()
     QTest::addColumn<qint64>("end");
     QTest::addColumn<int>("maxPoints");
     QTest::addColumn<double>("offset");
-    const Window window;
+    const scn::CurveView window = someView();
     QTest::newRow("start") << window.start + 1 << window.end << window.maxPoints << window.offset;
     QTest::newRow("end") << window.start << window.end + 1 << window.maxPoints << window.offset;
     QTest::newRow("limit") << window.start << window.end << 21 << window.offset;
@@ -129,14 +126,14 @@ void TestLoadedCurveData::anotherViewIsRead()
     QFETCH(const double, offset);
     QVERIFY(loads({start, end, maxPoints, offset}));
     QVERIFY(!loads({start, end, maxPoints, offset}));
-    QVERIFY(loads(Window()));
+    QVERIFY(loads(someView()));
 }
 
 void TestLoadedCurveData::readingAfterTheEndChangesNothing()
 {
     for (int second = 200; second < 210; ++second) {
         m_series->addPoint(double(kStart + second * 1000), 7.0);
-        QVERIFY(!loads(Window()));
+        QVERIFY(!loads(someView()));
     }
 }
 
@@ -151,7 +148,7 @@ void TestLoadedCurveData::readingUpToTheEndIsShown_data()
 void TestLoadedCurveData::readingUpToTheEndIsShown()
 {
     QFETCH(const qint64, time);
-    const Window all{kStart + 1000, kStart + 50000, 0, 0.0};
+    const scn::CurveView all{kStart + 1000, kStart + 50000, 0, 0.0};
     QVERIFY(loads(all));
     QVERIFY(!loads(all));
     m_store->appendPoint(m_series->curveId(), time, 99.0);
@@ -163,13 +160,13 @@ void TestLoadedCurveData::readingUpToTheEndIsShown()
 void TestLoadedCurveData::bulkUpToTheEndIsShown()
 {
     m_store->appendPoints(m_series->curveId(), ramp(kStart + 500, 20));
-    QVERIFY(loads(Window()));
+    QVERIFY(loads(someView()));
 }
 
 void TestLoadedCurveData::memoryIsAlwaysLoaded()
 {
     m_series->addPoints(ramp(kStart + 200000, 10));
-    const Window live{kStart + 200000, kStart + 205000, 0, 0.5};
+    const scn::CurveView live{kStart + 200000, kStart + 205000, 0, 0.5};
     QVERIFY(loads(live));
     QVERIFY(loads(live));
     // All of memory is shown, beyond the end too.
@@ -181,10 +178,10 @@ void TestLoadedCurveData::memoryIsAlwaysLoaded()
 void TestLoadedCurveData::viewThatMemoryNowServesIsLoaded()
 {
     m_series->addPoint(double(kStart + 9000), 7.0);
-    QVERIFY(loads(Window()));
+    QVERIFY(loads(someView()));
     QCOMPARE(m_curve->points(), QVector<QPointF>{QPointF(double(kStart + 9000), 7.5)});
     m_series->clear();
-    QVERIFY(loads(Window()));
+    QVERIFY(loads(someView()));
     QCOMPARE(m_curve->points().size(), 20);
 }
 
@@ -192,7 +189,7 @@ void TestLoadedCurveData::deletedReadingsGo()
 {
     const qint64 now = QDateTime::currentMSecsSinceEpoch();
     m_store->appendPoint(m_series->curveId(), now, 3.0);
-    const Window today{now - 1000, now, 0, 0.0};
+    const scn::CurveView today{now - 1000, now, 0, 0.0};
     QVERIFY(loads(today));
     QCOMPARE(m_curve->points().size(), 1);
     m_store->registerCurveAtOnce(QStringLiteral("101(V)"));
@@ -206,7 +203,7 @@ void TestLoadedCurveData::fileThatCouldNotBeReadIsReadAgain()
     const qint64 start = localTime("2026-01-17 00:00:00.000");
     const QString path = m_store->dbPathForDate(QStringLiteral("20260117"));
     QVERIFY(QDir().mkdir(path));
-    const Window window{start, start + 10000, 0, 0.0};
+    const scn::CurveView window{start, start + 10000, 0, 0.0};
     QVERIFY(loads(window));
     QVERIFY(loads(window));
     QVERIFY(m_curve->points().isEmpty());
@@ -226,7 +223,7 @@ void TestLoadedCurveData::loadsEqualTheSeries()
     const quint32 seed = randomSeed();
     QRandomGenerator random(seed);
     const auto someTime = [&random] { return kStart + random.bounded(40) * qint64(10000); };
-    Window window;
+    scn::CurveView window = someView();
     int repeats = 0;
     for (int round = 0; round < randomCaseCount(); ++round) {
         switch (random.bounded(8)) {

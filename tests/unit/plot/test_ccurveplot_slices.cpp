@@ -1,0 +1,255 @@
+#include "plot/curvesamples.h"
+#include "plotsupport.h"
+#include "skippedwaits.h"
+#include "support/testprogram.h"
+
+#include <QTemporaryDir>
+#include <qwt_plot_curve.h>
+
+#include <algorithm>
+
+using namespace plotsupport;
+
+namespace {
+
+constexpr qint64 kDayMs = 86400000;
+constexpr int kCurves = 12;
+constexpr int kPoints = 40000;
+constexpr qint64 kStepMs = 500;
+
+const qint64 kStart = noonToday() - 3 * kDayMs;
+
+/// Five and a half hours, too far back for memory.
+QVector<QPointF> past()
+{
+    QVector<QPointF> points;
+    points.reserve(kPoints);
+    for (int i = 0; i < kPoints; ++i) {
+        points.append(QPointF(static_cast<double>(kStart + kStepMs * i), i % 100));
+    }
+    return points;
+}
+
+/// Points on display of all curves, one number if they agree, and -1 if not.
+int pointsShown(const CCurvePlot& plot)
+{
+    QVector<int> counts;
+    for (QwtPlotItem* item : plot.itemList(QwtPlotItem::Rtti_PlotCurve)) {
+        counts.append(static_cast<int>(static_cast<QwtPlotCurve*>(item)->dataSize()));
+    }
+    const bool agree = std::all_of(counts.cbegin(), counts.cend(),
+                                   [&counts](int count) { return count == counts.first(); });
+    return agree ? counts.first() : -1;
+}
+
+/// First time on display of the last curve.
+qint64 firstShown(const CCurvePlot& plot)
+{
+    const QwtPlotItemList curves = plot.itemList(QwtPlotItem::Rtti_PlotCurve);
+    return static_cast<qint64>(static_cast<QwtPlotCurve*>(curves.constLast())->sample(0).x());
+}
+
+} // namespace
+
+/// Loads that take longer than a turn of the event loop.
+class TestCCurvePlotSlices : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void initTestCase();
+    void cleanupTestCase();
+
+    void longLoadIsShownAtOnceWhenThrough();
+    void formerPointsStayUntilThen();
+    void userWhoMovesOnEndsIt();
+    void viewThatFollowsIsNotPutOffForever();
+    void chartShownLastGoesFirst();
+    void hiddenChartStartsAgainWhenShown();
+    void clearedOrDeletedChartForgetsIt();
+
+private:
+    std::unique_ptr<CountingPlot> plotOfAll();
+    void look(CCurvePlot& plot, qint64 from, qint64 to);
+
+    const SkippedWaits m_waits;
+    QTemporaryDir m_directory;
+    std::unique_ptr<CurveDataDB> m_store;
+    std::vector<std::unique_ptr<CurveSeriesData>> m_series;
+};
+
+void TestCCurvePlotSlices::initTestCase()
+{
+    m_store = std::make_unique<CurveDataDB>(m_directory.path());
+    for (int i = 0; i < kCurves; ++i) {
+        const QString name = QStringLiteral("%1(V)").arg(101 + i);
+        m_store->registerCurveAtOnce(name);
+        m_series.push_back(std::make_unique<CurveSeriesData>(name, m_store.get()));
+        m_series.back()->addPoints(past());
+        m_series.back()->clear();
+    }
+}
+
+void TestCCurvePlotSlices::cleanupTestCase()
+{
+    m_series.clear();
+    m_store.reset();
+}
+
+std::unique_ptr<CountingPlot> TestCCurvePlotSlices::plotOfAll()
+{
+    auto plot = std::make_unique<CountingPlot>();
+    plot->resize(450, 300);
+    plot->clearCurves();
+    for (const auto& series : m_series) {
+        series->clear();
+        plot->addCurve(series.get(), Qt::red, QStringLiteral("101"));
+    }
+    plot->onMagnifierZoomed(1.0);
+    return showSettled(*plot) ? std::move(plot) : nullptr;
+}
+
+/// Sets the time axis and begins the reload.
+void TestCCurvePlotSlices::look(CCurvePlot& plot, qint64 from, qint64 to)
+{
+    plot.setAxisScale(QwtPlot::xBottom, static_cast<double>(from), static_cast<double>(to));
+    plot.updateVisibleData();
+}
+
+void TestCCurvePlotSlices::longLoadIsShownAtOnceWhenThrough()
+{
+    const auto plot = plotOfAll();
+    QVERIFY(plot);
+    passReloads(*plot);
+    plot->replots = 0;
+    look(*plot, kStart, kStart + kPoints * kStepMs);
+    QCOMPARE(plot->replots, 0);
+    int turns = 0;
+    while (plot->replots == 0 && turns < 1000) {
+        QCOMPARE(pointsShown(*plot), 0);
+        QCoreApplication::processEvents();
+        ++turns;
+    }
+    QCOMPARE(plot->replots, 1);
+    QVERIFY2(turns > 1, qPrintable(QString::number(turns)));
+    QCOMPARE(pointsShown(*plot), 10000);
+    for (size_t i = 0; i < m_series.size(); ++i) {
+        auto* curve = static_cast<QwtPlotCurve*>(
+            plot->itemList(QwtPlotItem::Rtti_PlotCurve).at(static_cast<int>(i)));
+        const QVector<QPointF> shown = scn::loadedData(curve)->points();
+        m_series[i]->loadWindow(kStart - 5000, kStart + kPoints * kStepMs + 5000, 10000, 0.0);
+        QVERIFY(shown == m_series[i]->visiblePoints());
+    }
+    passReloads(*plot);
+    QCOMPARE(plot->replots, 1);
+}
+
+void TestCCurvePlotSlices::formerPointsStayUntilThen()
+{
+    const auto plot = plotOfAll();
+    QVERIFY(plot);
+    look(*plot, kStart + 20000, kStart + 25000);
+    QCOMPARE(pointsShown(*plot), 31);
+    plot->replots = 0;
+    look(*plot, kStart, kStart + kPoints * kStepMs);
+    while (plot->replots == 0) {
+        QCOMPARE(pointsShown(*plot), 31);
+        QCoreApplication::processEvents();
+    }
+    QCOMPARE(pointsShown(*plot), 10000);
+}
+
+void TestCCurvePlotSlices::userWhoMovesOnEndsIt()
+{
+    const auto plot = plotOfAll();
+    QVERIFY(plot);
+    passReloads(*plot);
+    look(*plot, kStart, kStart + kPoints * kStepMs);
+    QCOMPARE(pointsShown(*plot), 0);
+    turnWheel(*plot, -1);
+    // The slices end with the next turn; the new view waits for its reload.
+    timerOf(*plot, true)->stop();
+    plot->replots = 0;
+    for (int turn = 0; turn < 200; ++turn) {
+        QCoreApplication::sendPostedEvents();
+        QCoreApplication::processEvents();
+        timerOf(*plot, true)->stop();
+    }
+    QCOMPARE(plot->replots, 0);
+    QCOMPARE(pointsShown(*plot), 0);
+    plot->updateVisibleData();
+    QTRY_COMPARE(pointsShown(*plot), 10000);
+    QVERIFY(firstShown(*plot) > kStart);
+}
+
+void TestCCurvePlotSlices::viewThatFollowsIsNotPutOffForever()
+{
+    const auto plot = plotOfAll();
+    QVERIFY(plot);
+    passReloads(*plot);
+    plot->setFollowTime(true);
+    plot->replots = 0;
+    qint64 time = kStart + kPoints * kStepMs;
+    for (int turn = 0; turn < 500 && plot->replots == 0; ++turn) {
+        look(*plot, kStart, time += 1000);
+        QCoreApplication::processEvents();
+    }
+    QCOMPARE(plot->replots, 1);
+    QCOMPARE(pointsShown(*plot), 10000);
+    // What was due meanwhile follows.
+    QVERIFY(timerOf(*plot, true)->isActive());
+}
+
+void TestCCurvePlotSlices::chartShownLastGoesFirst()
+{
+    const auto first = plotOfAll();
+    const auto second = plotOfAll();
+    QVERIFY(first && second);
+    passReloads(*first);
+    passReloads(*second);
+    first->replots = 0;
+    second->replots = 0;
+    look(*first, kStart, kStart + kPoints * kStepMs);
+    look(*second, kStart, kStart + kPoints * kStepMs);
+    QTRY_COMPARE(second->replots, 1);
+    QCOMPARE(first->replots, 0);
+    QTRY_COMPARE(first->replots, 1);
+    QCOMPARE(pointsShown(*first), 10000);
+}
+
+void TestCCurvePlotSlices::hiddenChartStartsAgainWhenShown()
+{
+    const auto plot = plotOfAll();
+    QVERIFY(plot);
+    passReloads(*plot);
+    look(*plot, kStart, kStart + kPoints * kStepMs);
+    plot->hide();
+    plot->replots = 0;
+    for (int turn = 0; turn < 200; ++turn) {
+        QCoreApplication::processEvents();
+    }
+    QCOMPARE(plot->replots, 0);
+    QCOMPARE(pointsShown(*plot), 0);
+    plot->show();
+    QTRY_COMPARE(pointsShown(*plot), 10000);
+}
+
+void TestCCurvePlotSlices::clearedOrDeletedChartForgetsIt()
+{
+    auto plot = plotOfAll();
+    QVERIFY(plot);
+    passReloads(*plot);
+    look(*plot, kStart, kStart + kPoints * kStepMs);
+    plot->clearCurves();
+    plot->replots = 0;
+    QCoreApplication::processEvents();
+    QCOMPARE(plot->replots, 0);
+    plot = plotOfAll();
+    QVERIFY(plot);
+    look(*plot, kStart, kStart + kPoints * kStepMs);
+    plot.reset();
+    QCoreApplication::processEvents();
+}
+
+SCN_TEST(TestCCurvePlotSlices, QApplication)
+#include "test_ccurveplot_slices.moc"
