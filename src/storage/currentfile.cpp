@@ -184,6 +184,7 @@ void CurrentFile::forget()
 {
     m_attachment.forget();
     m_inserts.clear();
+    m_transaction.clear();
     m_extremes.forget();
 }
 
@@ -266,8 +267,19 @@ int CurrentFile::insertCurve(const QString& name)
 bool CurrentFile::store(const Reading& reading, const TimeSlice& slice,
                         const KeptInserts::OpenTable& openTable)
 {
-    const KeptInserts::Outcome outcome =
-        m_inserts.store(*m_memory.currentDb, reading, slice, openTable);
+    return noteOutcome(m_inserts.store(*m_memory.currentDb, reading, slice, openTable));
+}
+
+bool CurrentFile::storeWithExtremes(const Reading& reading, const TimeSlice& slice,
+                                    const KeptInserts::OpenTable& openTable,
+                                    const ReadingTransaction::WidenExtremes& widen)
+{
+    return noteOutcome(m_transaction.store(*m_memory.currentDb, reading, slice, openTable,
+                                           m_memory.metadataMap, widen));
+}
+
+bool CurrentFile::noteOutcome(const KeptInserts::Outcome& outcome)
+{
     if (outcome.metReadOnly) {
         m_attachment.noteReadOnly();
     }

@@ -4,6 +4,7 @@
 #include "storage/dayfiles.h"
 #include "storage/fileidentity.h"
 #include "storage/keptinserts.h"
+#include "storage/readingtransaction.h"
 #include "storage/savedextremes.h"
 #include "storage/storememory.h"
 #include "storage/timeslice.h"
@@ -44,9 +45,14 @@ public:
     /// The id of a curve, registered if it is new here; -1 on failure.
     int registerCurve(const QString& name, NewCurve newCurve);
 
-    /// Stores a reading; false if that failed. The file is open.
+    /// Stores a reading in the file, which is open; false if that failed.
     bool store(const Reading& reading, const TimeSlice& slice,
                const KeptInserts::OpenTable& openTable);
+
+    /// The same together with the extremes, which `widen` widens by the reading.
+    bool storeWithExtremes(const Reading& reading, const TimeSlice& slice,
+                           const KeptInserts::OpenTable& openTable,
+                           const ReadingTransaction::WidenExtremes& widen);
 
     /// Saves the extremes in memory.
     bool saveExtremes();
@@ -67,6 +73,7 @@ private:
     bool registerKnownCurves();
     void load();
     bool isGone() const;
+    bool noteOutcome(const KeptInserts::Outcome& outcome);
 
     int registerCurveInFile(const QString& name, NewCurve newCurve);
     int findCurve(const QString& name);
@@ -77,6 +84,7 @@ private:
     AttachmentState m_attachment;
     SavedExtremes m_extremes{m_attachment};
     KeptInserts m_inserts;
+    ReadingTransaction m_transaction{m_inserts, m_extremes};
     FileIdentity m_identity; ///< What the connection was opened on.
     TimeSliceCache m_nowSlice;
     qint64 m_lastUseNoted = 0;

@@ -85,8 +85,8 @@ public:
     /// The same without the 200 ms, for a store that has been in use.
     int registerCurveAtOnce(const QString& name);
 
-    /// Stores one reading in a commit of its own, and the curve's extremes in another. Anything
-    /// more than 270,000 years from the epoch is not a time and is not stored.
+    /// Stores one reading in a commit of its own, together with the curve's extremes. Anything more
+    /// than 270,000 years from the epoch is not a time and is not stored.
     void appendPoint(int curveId, qint64 timestamp, double value);
 
     /// Stores many readings of one curve, one transaction per file; x is the time.

@@ -66,10 +66,17 @@ bool CurveDataDB::appendToCurrentFile(const Reading& reading)
         return false;
     }
     m_today.noteUse();
-    const bool isStored = m_today.store(reading, m_readingSlice.at(reading.time), [this, &reading] {
-        return openForWrite(reading.curveId, reading.time);
-    });
-    updateMetadataCache(reading.curveId, reading.time, reading.value);
+    const TimeSlice& slice = m_readingSlice.at(reading.time);
+    const auto openTable = [this, &reading] { return openForWrite(reading.curveId, reading.time); };
+    const auto widen = [this, &reading] {
+        updateMetadataCache(reading.curveId, reading.time, reading.value);
+    };
+    if (m_today.isAttachedToday()) {
+        return m_today.storeWithExtremes(reading, slice, openTable, widen);
+    }
+    // The last readings before midnight arrive after it: their extremes go to the new day's file.
+    const bool isStored = m_today.store(reading, slice, openTable);
+    widen();
     saveMetadata();
     return isStored;
 }

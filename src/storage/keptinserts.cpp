@@ -32,25 +32,24 @@ bool isTableGone(const ManagedQuery& insert)
 KeptInserts::Outcome KeptInserts::store(const QSqlDatabase& db, const Reading& reading,
                                         const TimeSlice& slice, const OpenTable& openTable)
 {
-    ManagedQuery* insert = obtain(db, reading.curveId, slice, openTable);
-    const auto isStored = [&insert, &reading] {
-        return insert && insert->execWith({reading.curveId, reading.time, reading.value});
-    };
-    if (isStored()) {
-        return {true, false};
-    }
-    if (!insert) {
-        return {false, false};
-    }
-    const bool tableGone = isTableGone(*insert);
-    const bool metReadOnly = insert->metReadOnly();
-    drop(reading.curveId);
-    insert = tableGone ? obtain(db, reading.curveId, slice, openTable) : nullptr;
-    return {isStored(), metReadOnly};
+    const Outcome outcome = insert(obtain(db, reading.curveId, slice, openTable), reading);
+    return outcome.lacksTable ? insert(obtain(db, reading.curveId, slice, openTable), reading)
+                              : outcome;
 }
 
-/// The insert for the table of a batch, opened if not known to exist; null if it cannot be
-/// prepared.
+KeptInserts::Outcome KeptInserts::insert(ManagedQuery* query, const Reading& reading)
+{
+    if (!query) {
+        return {false, false, false};
+    }
+    if (query->execWith({reading.curveId, reading.time, reading.value})) {
+        return {true, false, false};
+    }
+    const Outcome outcome{false, query->metReadOnly(), isTableGone(*query)};
+    drop(reading.curveId);
+    return outcome;
+}
+
 ManagedQuery* KeptInserts::obtain(const QSqlDatabase& db, int curveId, const TimeSlice& slice,
                                   const OpenTable& openTable)
 {

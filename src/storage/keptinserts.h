@@ -29,12 +29,21 @@ public:
     {
         bool isStored;
         bool metReadOnly; ///< The connection cannot write.
+        bool lacksTable;  ///< It may succeed with an insert obtained again.
     };
 
     /// Inserts a reading of a slice, with the kept insert if there is one. One whose table is gone
     /// is prepared again, once.
     Outcome store(const QSqlDatabase& db, const Reading& reading, const TimeSlice& slice,
                   const OpenTable& openTable);
+
+    /// The insert for the table of a slice's batch, kept or prepared; the table is opened if not
+    /// known to exist. Null if it cannot be prepared.
+    ManagedQuery* obtain(const QSqlDatabase& db, int curveId, const TimeSlice& slice,
+                         const OpenTable& openTable);
+
+    /// Inserts a reading with what was obtained for it. An insert that fails is dropped.
+    Outcome insert(ManagedQuery* query, const Reading& reading);
 
     /// Drops a curve's insert.
     void drop(int curveId) { m_inserts.erase(curveId); }
@@ -50,8 +59,6 @@ private:
     };
 
     ManagedQuery* find(int curveId, const TimeSlice& slice) const;
-    ManagedQuery* obtain(const QSqlDatabase& db, int curveId, const TimeSlice& slice,
-                         const OpenTable& openTable);
     ManagedQuery* prepare(const QSqlDatabase& db, int curveId, const TimeSlice& slice,
                           bool tableExists);
     void growCache(const QSqlDatabase& db);

@@ -15,6 +15,14 @@ namespace scn {
 
 namespace {
 
+/// SQLite's own connection behind an open driver; null if it is another library's.
+sqlite3* connectionOf(const QSqlDriver& driver)
+{
+    const QVariant handle = driver.handle();
+    const bool known = qstrcmp(handle.typeName(), "sqlite3*") == 0;
+    return known ? *static_cast<sqlite3* const*>(handle.constData()) : nullptr;
+}
+
 QSqlQuery makeQuery(const QSqlDatabase& database, const std::shared_ptr<ConnectionMutex>& mutex)
 {
     const ConnectionLocker locker(mutex);
@@ -147,6 +155,13 @@ bool LockedQuery::isUsable() const
 {
     const ConnectionLocker locker(m_mutex);
     return preparedUnlocked();
+}
+
+bool LockedQuery::isInTransaction() const
+{
+    const ConnectionLocker locker(m_mutex);
+    sqlite3* const connection = driverOpen() ? connectionOf(*m_query.driver()) : nullptr;
+    return connection && sqlite3_get_autocommit(connection) == 0;
 }
 
 QString LockedQuery::errorText() const

@@ -66,6 +66,12 @@ public:
     /// Whether the last failure came from a read-only connection.
     bool metReadOnly() const { return m_errorCode == kReadOnlyCode; }
 
+    /// Whether a transaction is open on the connection, whoever began it.
+    bool isInTransaction() const;
+
+    /// Keeps other threads off the connection while what is returned exists.
+    ConnectionLocker holdConnection() const { return ConnectionLocker(m_mutex); }
+
     const QString& connectionName() const { return m_connectionName; }
 
     /// Steps through up to `limit` rows under one hold of the connection's lock, calling `row` with

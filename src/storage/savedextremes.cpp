@@ -45,8 +45,7 @@ void SavedExtremes::noteForeign()
     m_attachment.doubt();
 }
 
-/// Ids, ascending, whose extremes differ from the file's. Ids unknown to the file have no row:
-/// readings of a series that outlived a clear carry them.
+/// Ids unknown to the file have no row: readings of a series that outlived a clear carry them.
 QVector<int> SavedExtremes::unsavedCurves(const QMap<int, DBCurveMetadata>& extremes) const
 {
     const QList<int> candidates = m_compareAll ? extremes.keys() : m_changed.values();
@@ -68,13 +67,56 @@ QVector<int> SavedExtremes::unsavedCurves(const QMap<int, DBCurveMetadata>& extr
 bool SavedExtremes::save(const QSqlDatabase& db, const QMap<int, DBCurveMetadata>& extremes)
 {
     const QVector<int> ids = unsavedCurves(extremes);
-    if (!ids.isEmpty() && !writeRows(db, ids, extremes)) {
-        m_writer.reset();
-        if (ids.size() > 1) {
-            ManagedQuery(db).exec(kRollback);
-        }
-        return false;
+    const bool several = ids.size() > 1;
+    if (several) {
+        ManagedQuery(db).exec(kBegin);
     }
+    bool isSaved = writeRows(db, ids, extremes);
+    if (several && isSaved) {
+        ManagedQuery commit(db);
+        isSaved = commit.exec(kCommit);
+        if (!isSaved) {
+            reportFailure(commit);
+        }
+    }
+    if (isSaved) {
+        noteSaved(ids, extremes);
+    } else if (several) {
+        ManagedQuery(db).exec(kRollback);
+    }
+    return isSaved;
+}
+
+bool SavedExtremes::writeRows(const QSqlDatabase& db, const QVector<int>& ids,
+                              const QMap<int, DBCurveMetadata>& extremes)
+{
+    for (const int id : ids) {
+        const DBCurveMetadata row = extremes.value(id);
+        if (!prepareWriter(db) ||
+            !m_writer->execWith({id, row.minTime, row.maxTime, row.minValue, row.maxValue})) {
+            reportFailure(*m_writer);
+            m_writer.reset();
+            return false;
+        }
+    }
+    return true;
+}
+
+/// Prepares the statement unless it is kept. False on failure, which it then has.
+bool SavedExtremes::prepareWriter(const QSqlDatabase& db)
+{
+    if (m_writer && m_writer->isUsable()) {
+        return true;
+    }
+    m_writer = std::make_unique<ManagedQuery>(db);
+    m_writer->setForwardOnly(true);
+    return m_writer->prepare(QStringLiteral(
+        "INSERT OR REPLACE INTO curve_metadata "
+        "(curve_id, min_time, max_time, min_value, max_value) VALUES (?, ?, ?, ?, ?)"));
+}
+
+void SavedExtremes::noteSaved(const QVector<int>& ids, const QMap<int, DBCurveMetadata>& extremes)
+{
     for (const int id : ids) {
         const DBCurveMetadata saved = extremes.value(id);
         m_saved.insert(id, saved);
@@ -84,43 +126,12 @@ bool SavedExtremes::save(const QSqlDatabase& db, const QMap<int, DBCurveMetadata
         }
     }
     m_compareAll = false;
-    return true;
 }
 
-bool SavedExtremes::writeRows(const QSqlDatabase& db, const QVector<int>& ids,
-                              const QMap<int, DBCurveMetadata>& extremes)
-{
-    if (!m_writer || !m_writer->isUsable()) {
-        m_writer = std::make_unique<ManagedQuery>(db);
-        m_writer->setForwardOnly(true);
-        if (!m_writer->prepare(QStringLiteral(
-                "INSERT OR REPLACE INTO curve_metadata "
-                "(curve_id, min_time, max_time, min_value, max_value) VALUES (?, ?, ?, ?, ?)"))) {
-            return failedToSave(*m_writer);
-        }
-    }
-    const bool several = ids.size() > 1;
-    if (several) {
-        ManagedQuery(db).exec(kBegin);
-    }
-    for (const int id : ids) {
-        const DBCurveMetadata row = extremes.value(id);
-        if (!m_writer->execWith({id, row.minTime, row.maxTime, row.minValue, row.maxValue})) {
-            return failedToSave(*m_writer);
-        }
-    }
-    if (!several) {
-        return true;
-    }
-    ManagedQuery commit(db);
-    return commit.exec(kCommit) || failedToSave(commit);
-}
-
-bool SavedExtremes::failedToSave(const ManagedQuery& query)
+void SavedExtremes::reportFailure(const ManagedQuery& query)
 {
     m_attachment.noteFailure(query);
     qWarning() << "保存曲线元数据失败:" << query.errorText();
-    return false;
 }
 
 } // namespace scn

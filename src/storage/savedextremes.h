@@ -50,11 +50,22 @@ public:
     /// transaction.
     bool save(const QSqlDatabase& db, const QMap<int, DBCurveMetadata>& extremes);
 
-private:
+    /// The curves, ascending, whose extremes differ from the file's.
     QVector<int> unsavedCurves(const QMap<int, DBCurveMetadata>& extremes) const;
+
+    /// Writes the rows of these curves without a transaction of its own. Whoever commits them
+    /// calls noteSaved().
     bool writeRows(const QSqlDatabase& db, const QVector<int>& ids,
                    const QMap<int, DBCurveMetadata>& extremes);
-    bool failedToSave(const ManagedQuery& query);
+
+    /// The rows of these curves have been committed.
+    void noteSaved(const QVector<int>& ids, const QMap<int, DBCurveMetadata>& extremes);
+
+    /// Logs that the extremes could not be saved, and why.
+    void reportFailure(const ManagedQuery& query);
+
+private:
+    bool prepareWriter(const QSqlDatabase& db);
 
     AttachmentState& m_attachment;
     std::unique_ptr<ManagedQuery> m_writer;

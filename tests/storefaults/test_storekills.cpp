@@ -13,6 +13,7 @@
 #include <QTemporaryDir>
 #include <QtTest>
 
+#include <algorithm>
 #include <cstdio>
 
 // A program killed while it stores: this one starts itself as a child that appends at full rate and
@@ -122,6 +123,26 @@ QSet<QString> storedReadings(const QString& path)
     return readings;
 }
 
+/// A curve whose last reading and whose extremes are not of the same commit; empty if there is none.
+QString readingApartFromItsExtremes(const QString& path)
+{
+    QMap<QString, QString> lastTimes;
+    for (const QString& reading : storedReadings(path)) {
+        QString& last = lastTimes[reading.section(QLatin1Char(' '), 0, 0)];
+        last = std::max(last, reading.section(QLatin1Char(' '), 1));
+    }
+    for (auto it = lastTimes.cbegin(); it != lastTimes.cend(); ++it) {
+        const QStringList saved = dayfile::rows(
+            path, QStringLiteral("SELECT max_time FROM curve_metadata WHERE curve_id = %1")
+                      .arg(it.key()));
+        if (saved != QStringList{it.value()}) {
+            return QStringLiteral("curve %1 ends at %2, its extremes at %3")
+                .arg(it.key(), it.value(), saved.join(QLatin1Char(' ')));
+        }
+    }
+    return {};
+}
+
 /// What the reader prints: of each curve the number of readings.
 QString countsOf(const QSet<QString>& stored)
 {
@@ -206,6 +227,10 @@ QString TestStoreKills::checkCopy(const QString& directory, const QStringList& k
         const QStringList check = dayfile::rows(copy.filePath(name), one("PRAGMA integrity_check"));
         if (check != QStringList{one("ok")}) {
             return key + one(": ") + check.join(QLatin1Char(' '));
+        }
+        const QString apart = readingApartFromItsExtremes(copy.filePath(name));
+        if (!apart.isEmpty()) {
+            return key + one(": ") + apart;
         }
     }
     return {};

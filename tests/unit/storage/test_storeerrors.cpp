@@ -55,6 +55,9 @@ private slots:
     void registrationThatIsRefusedSaysNothing();
     void transactionThatCannotBegin();
     void transactionThatCannotBeCommitted();
+    void extremesThatCannotBeSavedLeaveTheReading_data();
+    void extremesThatCannotBeSavedLeaveTheReading();
+    void readingThatEndsItsTransactionLeavesTheExtremes();
     void noTransactionIsLeftOpen_data();
     void noTransactionIsLeftOpen();
     void fileWithoutItsListOfBatches();
@@ -224,6 +227,71 @@ void TestStoreErrors::transactionThatCannotBeCommitted()
     store->appendPoint(1, at(1), 2.0);
     QCOMPARE(log.lines(QtWarningMsg).size(), 3);
     QCOMPARE(pointsOf(store, kMorning), QStringList{text("2.0")});
+}
+
+void TestStoreErrors::extremesThatCannotBeSavedLeaveTheReading_data()
+{
+    QTest::addColumn<QString>("refusal");
+    QTest::newRow("statement fails") << text("ABORT");
+    QTest::newRow("transaction ends") << text("ROLLBACK");
+}
+
+/// The extremes of several curves are saved all or none; the reading stays in either case.
+void TestStoreErrors::extremesThatCannotBeSavedLeaveTheReading()
+{
+    QFETCH(const QString, refusal);
+    TestStore store;
+    const QString path = store.path("20260112");
+    enlist(store, "101(V)");
+    enlist(store, "102(V)");
+    store->appendPoint(1, at(0), 1.0);
+    store->appendPoint(2, at(0), 1.0);
+    QCOMPARE(dayfile::execute(path, text("CREATE TRIGGER refuse BEFORE INSERT ON curve_metadata "
+                                         "WHEN NEW.curve_id = 2 "
+                                         "BEGIN SELECT RAISE(%1, 'refused'); END")
+                                        .arg(refusal)),
+             QString());
+    const QString maxima = text("SELECT max_value FROM curve_metadata ORDER BY curve_id");
+    {
+        const LogCapture log;
+        store->appendPoint(2, at(1), 2.0);
+        store->appendPoint(1, at(1), 2.0);
+        QVERIFY(!store->refusesReadings());
+        const QStringList warnings = log.lines(QtWarningMsg);
+        QCOMPARE(warnings.size(), 2);
+        for (const QString& warning : warnings) {
+            QVERIFY2(warning.startsWith(text("保存曲线元数据失败: \"refused")),
+                     qPrintable(warning));
+        }
+    }
+    const QStringList twoReadings{text("1.0"), text("2.0")};
+    QCOMPARE(pointsOf(store, kMorning), twoReadings);
+    QCOMPARE(pointsOf(store, "curve_2_batch_20260112_060000_20260112_115959"), twoReadings);
+    QCOMPARE(dayfile::rows(path, maxima), (QStringList{text("1.0"), text("1.0")}));
+    QCOMPARE(dayfile::execute(path, text("DROP TRIGGER refuse")), QString());
+    const LogCapture log;
+    store->appendPoint(1, at(2), 3.0);
+    QCOMPARE(log.lines(), QStringList());
+    QCOMPARE(dayfile::rows(path, maxima), (QStringList{text("3.0"), text("2.0")}));
+}
+
+void TestStoreErrors::readingThatEndsItsTransactionLeavesTheExtremes()
+{
+    TestStore store;
+    enlist(store, "101(V)");
+    store->appendPoint(1, at(0), 1.0);
+    QCOMPARE(dayfile::execute(store.path("20260112"),
+                              text("CREATE TRIGGER refuse BEFORE INSERT ON %1 "
+                                   "BEGIN SELECT RAISE(ROLLBACK, 'refused'); END")
+                                  .arg(text(kMorning))),
+             QString());
+    const LogCapture log;
+    store->appendPoint(1, at(1), 2.0);
+    QVERIFY(store->refusesReadings());
+    QCOMPARE(log.lines(), QStringList());
+    QCOMPARE(pointsOf(store, kMorning), QStringList{text("1.0")});
+    QCOMPARE(dayfile::rows(store.path("20260112"), text("SELECT max_value FROM curve_metadata")),
+             QStringList{text("2.0")});
 }
 
 void TestStoreErrors::noTransactionIsLeftOpen_data()

@@ -49,6 +49,7 @@ private slots:
     void closingFoldsTheLogIn();
     void expiryFoldsNothingIn();
     void readLooksForItsBatchesThenReadsThem();
+    void readingAndItsExtremesAreOneTransaction();
     void deletionIsOneTransaction();
     void lateReadingKeepsWhatWasLoaded();
     void pastDayIsSetUpInOneTransaction();
@@ -186,6 +187,31 @@ void TestStoreStatements::readLooksForItsBatchesThenReadsThem()
                           "?) )"),
                      text(select).arg(text("curve_1_batch_20260111_060000_20260111_115959")),
                      text(select).arg(text("curve_1_batch_20260111_120000_20260111_175959"))}));
+}
+
+/// Nothing else is asked once the batch has its table.
+void TestStoreStatements::readingAndItsExtremesAreOneTransaction()
+{
+    StatementTrace trace;
+    TestStore store;
+    enlist(store, "101(V)");
+    enlist(store, "102(V)");
+    const qint64 morning = localTime("2026-01-12 09:00:00.000");
+    store->appendPoint(1, morning, 1.0);
+    store->appendPoint(2, morning, 1.0);
+    trace.take();
+    for (int i = 1; i <= 4; ++i) {
+        store->appendPoint(1 + i % 2, morning + i, 2.0);
+        QCOMPARE(trace.take(),
+                 (QStringList{
+                     text("BEGIN"),
+                     text("INSERT OR IGNORE INTO curve_%1_batch_20260112_060000_20260112_115959 "
+                          "(curve_id, timestamp, value) VALUES (?, ?, ?)")
+                         .arg(1 + i % 2),
+                     text("INSERT OR REPLACE INTO curve_metadata (curve_id, min_time, max_time, "
+                          "min_value, max_value) VALUES (?, ?, ?, ?, ?)"),
+                     text("COMMIT")}));
+    }
 }
 
 void TestStoreStatements::deletionIsOneTransaction()
