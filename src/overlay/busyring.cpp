@@ -3,7 +3,8 @@
 #include <QColor>
 #include <QPainter>
 #include <QPen>
-#include <QRect>
+#include <QPointF>
+#include <QRectF>
 
 #include <algorithm>
 #include <array>
@@ -17,6 +18,7 @@ constexpr int kFullTurn = 360;
 
 const QColor kColour(153, 153, 153);
 constexpr qreal kPenWidth = 4.0;
+constexpr qreal kSmoothing = 1.0;   ///< Pixels beyond the pen that its smooth edge may touch.
 constexpr qreal kInnerRadius = 0.7; ///< Of the outer radius.
 constexpr qreal kRise = 20;         ///< Of the centre over the middle of the area, in pixels.
 
@@ -24,6 +26,16 @@ constexpr qreal kRise = 20;         ///< Of the centre over the middle of the ar
 constexpr int kDashLength = 720;
 constexpr std::array<int, 3> kOuterDashes = {0, 1920, 3840};
 constexpr std::array<int, 3> kInnerDashes = {960, 2880, 4800};
+
+int radiusIn(const QRect& area)
+{
+    return std::min(area.width(), area.height()) / 8;
+}
+
+QPointF centreOf(const QRect& area)
+{
+    return {area.width() * 0.5, area.height() * 0.5 - kRise};
+}
 
 void drawCircle(QPainter& painter, int radius, const std::array<int, 3>& dashes)
 {
@@ -40,11 +52,18 @@ void BusyRing::turn()
     m_degrees = (m_degrees + kStepDegrees) % kFullTurn;
 }
 
+QRect BusyRing::bounds(const QRect& area)
+{
+    const qreal reach = radiusIn(area) + kPenWidth / 2 + kSmoothing;
+    const QPointF away(reach, reach);
+    return QRectF(centreOf(area) - away, centreOf(area) + away).toAlignedRect();
+}
+
 void BusyRing::paint(QPainter& painter, const QRect& area) const
 {
-    const int radius = std::min(area.width(), area.height()) / 8;
+    const int radius = radiusIn(area);
     painter.setPen(QPen(kColour, kPenWidth, Qt::SolidLine, Qt::RoundCap, Qt::BevelJoin));
-    painter.translate(area.width() * 0.5, area.height() * 0.5 - kRise);
+    painter.translate(centreOf(area));
     painter.rotate(m_degrees);
     drawCircle(painter, radius, kOuterDashes);
     drawCircle(painter, static_cast<int>(radius * kInnerRadius), kInnerDashes);

@@ -1,9 +1,10 @@
 #pragma once
 
+#include <QRect>
+
 #include <chrono>
 
 class QPainter;
-class QRect;
 
 namespace scn {
 
@@ -16,6 +17,9 @@ public:
 
     /// Turns by one step.
     void turn();
+
+    /// The part of `area` that the ring is drawn on, however it is turned.
+    static QRect bounds(const QRect& area);
 
     /// Draws the ring a little over the middle of `area`. Moves the painter's origin.
     void paint(QPainter& painter, const QRect& area) const;

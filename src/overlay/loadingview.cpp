@@ -64,7 +64,8 @@ LoadingView::LoadingView(int mode, QWidget* parent)
         &m_state->timer, &QTimer::timeout, this,
         [this] {
             m_state->ring.turn();
-            viewport()->update();
+            // Whatever lies below is painted again too, and charts are expensive.
+            viewport()->update(scn::BusyRing::bounds(viewport()->rect()));
         },
         Qt::DirectConnection);
     placeControls();
@@ -286,16 +287,14 @@ bool LoadingView::focusNextPrevChild(bool next)
     return true;
 }
 
-void LoadingView::paintEvent(QPaintEvent* event)
+void LoadingView::paintEvent(QPaintEvent*)
 {
     assertGuiThread();
-    Q_UNUSED(event)
     QPainter painter(viewport());
     painter.setRenderHints(QPainter::Antialiasing | QPainter::SmoothPixmapTransform);
     const QRect whole = viewport()->rect();
     painter.fillRect(whole, kCoverColour);
-    if (!m_state->spinning) {
-        return;
+    if (m_state->spinning) {
+        m_state->ring.paint(painter, whole);
     }
-    m_state->ring.paint(painter, whole);
 }
