@@ -14,7 +14,7 @@ namespace {
 
 constexpr int kRounds = 31;
 constexpr int kPositionsPerRound = 40;
-constexpr double kLimit = 3.0;
+constexpr double kLimit = 1.3;
 
 /// A linear scale as two numbers.
 struct Scale

@@ -35,6 +35,10 @@ public:
 
     int count() const { return m_count; }
 
+    /// The samples, as drawn, that lie in memory: the first `pointCount()` of all.
+    const QPointF* points() const { return m_points; }
+    int pointCount() const { return m_pointCount; }
+
     /// Sample `index`, 0 to count() - 1, as drawn: x in ms, y with the display offset.
     QPointF display(int index) const
     {

@@ -11,6 +11,7 @@
 #include <qwt_text.h>
 
 #include <cmath>
+#include <limits>
 
 namespace {
 
@@ -49,6 +50,7 @@ public:
     PixelSearch(const QwtScaleMap& xMap, const QwtScaleMap& yMap, const QPointF& pos)
         : m_xMap(xMap)
         , m_yMap(yMap)
+        , m_pos(pos)
         , m_x(toPixel(xMap, pos.x()))
         , m_y(toPixel(yMap, pos.y()))
     {
@@ -60,14 +62,27 @@ public:
     bool offer(const scn::CurveSamples& samples)
     {
         qint64 best = m_best;
-        for (int index = 0; index < samples.count(); ++index) {
-            const QPointF sample = samples.display(index);
-            const qint64 dx = toPixel(m_xMap, sample.x()) - qint64(m_x);
-            if (dx * dx >= best) {
-                continue;
+        double reach = reachOf(best);
+        const double time = m_pos.x();
+        const auto consider = [&](const QPointF& sample) {
+            if (!(std::abs(sample.x() - time) <= reach)) {
+                return;
             }
+            const qint64 dx = toPixel(m_xMap, sample.x()) - qint64(m_x);
             const qint64 dy = toPixel(m_yMap, sample.y()) - qint64(m_y);
-            best = qMin(best, dx * dx + dy * dy);
+            const qint64 square = dx * dx + dy * dy;
+            if (square < best) {
+                best = square;
+                reach = reachOf(best);
+            }
+        };
+        const QPointF* const points = samples.points();
+        const int pointCount = qMin(samples.pointCount(), samples.count());
+        for (int index = 0; index < pointCount; ++index) {
+            consider(points[index]);
+        }
+        for (int index = pointCount; index < samples.count(); ++index) {
+            consider(samples.display(index));
         }
         const bool nearer = best < m_best;
         m_best = best;
@@ -77,8 +92,20 @@ public:
     double distance() const { return std::sqrt(static_cast<double>(m_best)); }
 
 private:
+    /// How far in time a sample may be and still be nearer than `square`; no such limit on a scale that
+    /// is not linear. Each of the two pixels is up to one off.
+    double reachOf(qint64 square) const
+    {
+        const double pixels = std::abs(m_xMap.pDist());
+        if (m_xMap.transformation() || !(pixels > 0.0)) {
+            return std::numeric_limits<double>::infinity();
+        }
+        return (std::sqrt(static_cast<double>(square)) + 2.0) * std::abs(m_xMap.sDist()) / pixels;
+    }
+
     const QwtScaleMap m_xMap;
     const QwtScaleMap m_yMap;
+    const QPointF m_pos;
     const int m_x;
     const int m_y;
     qint64 m_best = qint64(kNoDistance) * qint64(kNoDistance);
