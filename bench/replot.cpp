@@ -14,7 +14,8 @@ namespace {
 
 constexpr int kRounds = 21;
 constexpr int kReplotsPerRound = 2;
-constexpr double kLimit = 1.5;
+constexpr double kQuietLimit = 1.25;
+constexpr double kNoisyLimit = 1.0;
 
 /// The polylines that the plot shows, in pixels, and their pens.
 class Baseline
@@ -76,7 +77,7 @@ void reloadAndReplot(benchmark::State& state, PlotBench::Signal signal)
                     baseline.draw();
                 }
             });
-        reportRatio(state, result, kLimit);
+        reportRatio(state, result, signal == PlotBench::Signal::Quiet ? kQuietLimit : kNoisyLimit);
     }
 }
 

@@ -1,5 +1,6 @@
 #include "plot/seriescurve.h"
 #include "support/testprogram.h"
+#include "unit/storage/randomcases.h"
 
 #include <QImage>
 #include <QPainter>
@@ -76,6 +77,27 @@ QVector<QPointF> randomSamples(QRandomGenerator& random)
     return samples;
 }
 
+/// Many samples in each column, a few pixels apart: the lines that are drawn as spans.
+QVector<QPointF> denseSamples(QRandomGenerator& random)
+{
+    constexpr double kPixel = 100.0 / (kHeight - 1);
+    QVector<QPointF> samples;
+    const int count = 200 + random.bounded(4000);
+    const int reach = 1 + random.bounded(kHeight / 2);
+    const int still = random.bounded(4);
+    int level = random.bounded(kHeight);
+    for (int i = 0; i < count; ++i) {
+        if (random.bounded(4) >= still) {
+            level += random.bounded(3) == 0 ? random.bounded(3) - 1
+                                            : random.bounded(2 * reach + 1) - reach;
+        }
+        // Some lie outside.
+        level = qBound(-5, level, kHeight + 5);
+        samples.append(QPointF(1000.0 * i / count, level * kPixel));
+    }
+    return samples;
+}
+
 } // namespace
 
 /// The curve against the library's, pixel by pixel.
@@ -88,6 +110,7 @@ private slots:
 
     void paintsTheSamePixels_data();
     void paintsTheSamePixels();
+    void paintsTheSamePixelsOfRandomCurves_data();
     void paintsTheSamePixelsOfRandomCurves();
     void leavesOtherLinesToTheLibrary_data();
     void leavesOtherLinesToTheLibrary();
@@ -130,14 +153,21 @@ void TestSeriesCurve::paintsTheSamePixels()
     QCOMPARE(painted(quick, View()), painted(library, View()));
 }
 
+void TestSeriesCurve::paintsTheSamePixelsOfRandomCurves_data()
+{
+    QTest::addColumn<bool>("dense");
+    QTest::newRow("sparse") << false;
+    QTest::newRow("dense") << true;
+}
+
 void TestSeriesCurve::paintsTheSamePixelsOfRandomCurves()
 {
-    const quint32 seed = QRandomGenerator::global()->generate();
-    qInfo() << "seed" << seed;
-    QRandomGenerator random(seed);
+    QFETCH(bool, dense);
+    QRandomGenerator random(randomSeed());
+    const int cases = randomCaseCount();
     qint64 drawn = 0;
-    for (int i = 0; i < 500; ++i) {
-        const QVector<QPointF> samples = randomSamples(random);
+    for (int i = 0; i < cases; ++i) {
+        const QVector<QPointF> samples = dense ? denseSamples(random) : randomSamples(random);
         QwtPlotCurve library;
         scn::SeriesCurve quick;
         for (QwtPlotCurve* curve : {&library, static_cast<QwtPlotCurve*>(&quick)}) {
@@ -155,7 +185,7 @@ void TestSeriesCurve::paintsTheSamePixelsOfRandomCurves()
         drawn += drawnPixels(expected);
         QVERIFY2(painted(quick, view) == expected, qPrintable(QStringLiteral("curve %1").arg(i)));
     }
-    QVERIFY(drawn > 10000);
+    QVERIFY(drawn > 20 * cases);
 }
 
 void TestSeriesCurve::leavesOtherLinesToTheLibrary_data()
