@@ -153,7 +153,7 @@ private:
     double m_lastUpperX = 0.0;
     QMap<QwtPlotCurve*, double> m_curveOffsets;
 
-    std::unique_ptr<scn::ViewLoad> m_load; ///< Under way, in slices.
+    std::shared_ptr<scn::ViewLoad> m_load; ///< Under way, in slices.
     bool m_loadAgain = false;              ///< A reload was due while one was under way.
     quint64 m_shownAs = 0;                 ///< Counts the shows of all plots.
 

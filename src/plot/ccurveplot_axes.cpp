@@ -129,7 +129,8 @@ bool CCurvePlot::loadVisibleCurves()
         m_loadAgain = true;
         return false;
     }
-    m_load = std::make_unique<scn::ViewLoad>(shown, start, end, kMaxPointsPerCurve);
+    giveUpLoad();
+    m_load = std::make_shared<scn::ViewLoad>(shown, start, end, kMaxPointsPerCurve);
     return proceedWithLoad(kFirstSlice);
 }
 
@@ -144,7 +145,12 @@ QPair<qint64, qint64> CCurvePlot::windowToLoad() const
 /// Goes on with the load. True once the curves show what it loaded.
 bool CCurvePlot::proceedWithLoad(std::chrono::milliseconds budget)
 {
-    if (!m_load->proceed(QDeadlineTimer(budget))) {
+    const std::shared_ptr<scn::ViewLoad> load = m_load;
+    const bool isThrough = load->proceed(QDeadlineTimer(budget));
+    if (load != m_load) {
+        return false;
+    }
+    if (!isThrough) {
         scn::LoadTurns::ask(this, m_shownAs, [this] { takeTurn(); });
         return false;
     }
@@ -172,6 +178,9 @@ void CCurvePlot::takeTurn()
 void CCurvePlot::giveUpLoad()
 {
     scn::LoadTurns::withdraw(this);
+    if (m_load) {
+        m_load->cancel();
+    }
     m_load.reset();
     m_loadAgain = false;
 }

@@ -42,11 +42,15 @@ bool ViewLoad::proceed(QDeadlineTimer deadline)
         if (points > kFewPoints && deadline.hasExpired()) {
             return false;
         }
-        if (!part.curve->series()->lookThrough(m_start, m_end, m_lookFrom, deadline, m_files)) {
+        CurveSeriesData* const series = part.curve->series();
+        if (!series->lookThrough(m_start, m_end, m_lookFrom, deadline, m_files) || m_cancelled) {
             return false;
         }
         m_fetched[m_next] = part.curve->fetch(viewOf(part));
         points += m_fetched[m_next]->points.size();
+        if (m_cancelled) {
+            return false;
+        }
     }
     return true;
 }

@@ -28,8 +28,12 @@ public:
 
     bool isFor(qint64 start, qint64 end) const { return m_start == start && m_end == end; }
 
-    /// Goes on until the deadline, and through anything small in any case. True once all is fetched.
+    /// Goes on until the deadline, and through anything small in any case. True once all is fetched;
+    /// false after a cancellation.
     bool proceed(QDeadlineTimer deadline);
+
+    /// Ends it for good, even from within proceed(): reopening a file handles events.
+    void cancel() { m_cancelled = true; }
 
     /// Puts everything on display.
     void show();
@@ -41,6 +45,7 @@ private:
     qint64 m_start;
     qint64 m_end;
     int m_maxPoints;
+    bool m_cancelled = false;
     int m_next = 0;                              ///< The part to go on with.
     qint64 m_lookFrom;                           ///< How far its day files were looked through.
     QVector<std::optional<CurveLoad>> m_fetched; ///< By part.

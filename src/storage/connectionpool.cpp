@@ -92,8 +92,8 @@ QSharedPointer<QSqlDatabase> ConnectionPool::acquireConnection(const QString& pa
             return connection;
         }
     }
-    if (m_connections.size() >= kMaxConnections) {
-        evictOldestLocked();
+    // More than one if a load of a chart had held more than the limit.
+    while (m_connections.size() >= kMaxConnections && evictOldestLocked()) {
     }
 
     const QSqlDatabase created = createConnection(path);
@@ -210,9 +210,9 @@ void ConnectionPool::evictOldestConnection()
     evictOldestLocked();
 }
 
-/// Does not wait: no thread holds the connection, and a process that locks the file leaves its WAL
+/// False if all are held. Does not wait: no thread holds the connection, and a process that locks the file leaves its WAL
 /// to the next opening. Handling events here would nest a chart's reloads.
-void ConnectionPool::evictOldestLocked()
+bool ConnectionPool::evictOldestLocked()
 {
     auto oldest = m_connections.constEnd();
     for (auto it = m_connections.constBegin(); it != m_connections.constEnd(); ++it) {
@@ -223,9 +223,11 @@ void ConnectionPool::evictOldestLocked()
             oldest = it;
         }
     }
-    if (oldest != m_connections.constEnd()) {
-        retire(QString(oldest.key()), &ConnectionInfo::closeUnheld);
+    if (oldest == m_connections.constEnd()) {
+        return false;
     }
+    retire(QString(oldest.key()), &ConnectionInfo::closeUnheld);
+    return true;
 }
 
 void ConnectionPool::cleanExpiredConnections()

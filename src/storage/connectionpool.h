@@ -87,7 +87,7 @@ private:
 
     bool takeEntry(const QString& path, scn::ConnectionInfo* info);
     void retire(const QString& path, void (scn::ConnectionInfo::*close)());
-    void evictOldestLocked();
+    bool evictOldestLocked();
     void forgetName(const QString& name, const scn::HolderCount& holders);
 
     QMap<QString, scn::ConnectionInfo> m_connections;

@@ -50,6 +50,7 @@ private slots:
     void expiryFoldsNothingIn();
     void readLooksForItsBatchesThenReadsThem();
     void readingAndItsExtremesAreOneTransaction();
+    void heldFilesAreOpenedOnceForAllCurves();
     void deletionIsOneTransaction();
     void lateReadingKeepsWhatWasLoaded();
     void pastDayIsSetUpInOneTransaction();
@@ -212,6 +213,44 @@ void TestStoreStatements::readingAndItsExtremesAreOneTransaction()
                           "min_value, max_value) VALUES (?, ?, ?, ?, ?)"),
                      text("COMMIT")}));
     }
+}
+
+void TestStoreStatements::heldFilesAreOpenedOnceForAllCurves()
+{
+    constexpr int kDays = 40; // more than the pool keeps
+    constexpr int kCurves = 3;
+    constexpr qint64 kDayMs = 86400000;
+    const qint64 first = localTime("2025-11-01 00:00:00.000");
+    CurveDataDB store(m_directory->path());
+    for (int curveId = 1; curveId <= kCurves; ++curveId) {
+        store.registerCurveAtOnce(QString::number(curveId));
+    }
+    for (int day = 0; day < kDays; ++day) {
+        const qint64 start = first + day * kDayMs;
+        const QString key = QDateTime::fromMSecsSinceEpoch(start).toString(text("yyyyMMdd"));
+        DayFileWriter file(path(qPrintable(key)));
+        for (int curveId = 1; curveId <= kCurves; ++curveId) {
+            file.addCurve(curveId, QString::number(curveId));
+            file.addBatch(curveId, start, DayFileWriter::tableName(curveId, start),
+                          {QPointF(double(start), curveId)});
+        }
+    }
+    const qint64 end = first + kDays * kDayMs - 1;
+    StatementTrace trace;
+    {
+        scn::HeldFiles files;
+        for (int curveId = 1; curveId <= kCurves; ++curveId) {
+            qint64 from = first;
+            QVERIFY(store.lookThrough(curveId, first, end, from, QDeadlineTimer(0), files));
+            QCOMPARE(store.readCurveData(curveId, first, end, 100).size(), kDays);
+        }
+        QCOMPARE(files.size(), kDays);
+    }
+    QCOMPARE(trace.take().count(text("PRAGMA journal_mode = DELETE")), kDays);
+    // The next file opened brings the pool back to what it keeps.
+    QVERIFY(ConnectionPool::instance().connectionCount() > kDays);
+    store.openDb(path("20200101"));
+    QCOMPARE(ConnectionPool::instance().connectionCount(), 30);
 }
 
 void TestStoreStatements::deletionIsOneTransaction()
