@@ -47,6 +47,13 @@ void requireRows(const QString& path, int curves, qint64 batchStart, int expecte
     std::exit(1);
 }
 
+void registerCurves(CurveDataDB& store, int curves)
+{
+    for (int curveId = 1; curveId <= curves; ++curveId) {
+        store.registerCurveAtOnce(rawCurveName(curveId));
+    }
+}
+
 void setZone(bool set)
 {
     if (set) {
@@ -67,11 +74,8 @@ void appendPoint(benchmark::State& state, int curves, bool zoneSet, int pointsPe
     const qint64 batchStart = alignToBatchStart(QDateTime::currentMSecsSinceEpoch());
     const QString dayFile = directory.filePath(todayKey() + QStringLiteral(".db"));
     const QString baselineFile = directory.filePath(QStringLiteral("baseline.sqlite"));
-    RawStore(dayFile).createDay(curves); // so that the store does not pause for each
     CurveDataDB store(directory.path());
-    for (int curveId = 1; curveId <= curves; ++curveId) {
-        store.registerCurve(rawCurveName(curveId));
-    }
+    registerCurves(store, curves);
     RawAppender baseline(baselineFile, curves, batchStart);
     Readings readings(curves, batchStart);
     int untilRefresh = pointsPerRefresh;
@@ -104,8 +108,8 @@ public:
         : m_directory(QCoreApplication::applicationDirPath() +
                       QStringLiteral("/appendpoint-XXXXXX"))
     {
-        RawStore(path(todayKey())).createDay(curves); // so that the store does not pause for each
         m_store = std::make_unique<CurveDataDB>(m_directory.path());
+        registerCurves(*m_store, curves);
     }
 
     QString path(const QString& dateKey) const

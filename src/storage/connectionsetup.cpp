@@ -33,6 +33,15 @@ QString newConnectionName(const QString& path)
            QLatin1Char('_') + unique.left(kUuidLength);
 }
 
+/// Sets the page size of a file that is still empty, which must come before the journal mode.
+void choosePages(const QSqlDatabase& database, const QString& path)
+{
+    if (QFileInfo(path).size() == 0) {
+        execPragmaChecked(database, QStringLiteral("PRAGMA page_size = %1").arg(kDayFilePageBytes),
+                          {});
+    }
+}
+
 void setUpWriter(const QSqlDatabase& database)
 {
     if (execPragmaChecked(database, QStringLiteral("PRAGMA journal_mode = WAL"),
@@ -82,6 +91,7 @@ QSqlDatabase createConnection(const QString& path)
         database.setConnectOptions(
             QStringLiteral("QSQLITE_BUSY_TIMEOUT=%1").arg(storewaits::kLockPatience.count()));
         if (database.open()) {
+            choosePages(database, path);
             if (digitsOfBaseName(path, kDateKeyLength) == todayKey()) {
                 setUpWriter(database);
             } else {

@@ -20,7 +20,7 @@ namespace {
 constexpr int kCloseMs = 5000;
 constexpr qint64 kRepairMs = 5000;
 constexpr qint64 kDiskBytes = 8 * 1024 * 1024;
-constexpr qint64 kRoomBytes = 2 * 1024 * 1024;
+constexpr qint64 kRoomBytes = 512 * 1024;
 constexpr const char* kMorning = "curve_1_batch_20260112_060000_20260112_115959";
 
 QString one(const char* text)

@@ -5,6 +5,7 @@
 #include "storage/connectionpool.h"
 #include "storage/managedquery.h"
 #include "storage/querymanager.h"
+#include "storage/shardnaming.h"
 #include "support/logcapture.h"
 #include "support/testprogram.h"
 #include "teststore.h"
@@ -65,6 +66,8 @@ private slots:
     void todaysFileIsOpenedForWriting();
     void anyOtherFileIsOpenedForReading_data();
     void anyOtherFileIsOpenedForReading();
+    void newFilesHaveSmallPages_data();
+    void newFilesHaveSmallPages();
     void roleOutlivesMidnight();
     void leftoverLogIsFoldedIn();
     void refusedWalFallsBackToFullSynchronisation();
@@ -182,6 +185,39 @@ void TestConnectionPool::anyOtherFileIsOpenedForReading()
     QCOMPARE(pragma(*db, "journal_mode"), QStringLiteral("delete"));
     QCOMPARE(pragma(*db, "synchronous"), QStringLiteral("0"));
     QCOMPARE(pragma(*db, "foreign_keys"), QStringLiteral("1"));
+}
+
+void TestConnectionPool::newFilesHaveSmallPages_data()
+{
+    QTest::addColumn<QString>("key");
+    QTest::addColumn<int>("existing"); // page size of the file that is there; 0: none
+    QTest::addColumn<QString>("expected");
+    QTest::newRow("today's") << todayKey() << 0 << "1024";
+    QTest::newRow("another day's") << "20250101" << 0 << "1024";
+    QTest::newRow("today's, there already") << todayKey() << 4096 << "4096";
+    QTest::newRow("another day's, there already") << "20250101" << 4096 << "4096";
+}
+
+/// A file keeps the page size that it was created with.
+void TestConnectionPool::newFilesHaveSmallPages()
+{
+    QFETCH(const QString, key);
+    QFETCH(const int, existing);
+    const QString path = m_directory->filePath(key + QStringLiteral(".db"));
+    if (existing > 0) {
+        QVERIFY(writeText(path, {}));
+        QCOMPARE(dayfile::execute(path, QStringLiteral("PRAGMA page_size = %1; "
+                                                       "CREATE TABLE t (v INTEGER)")
+                                            .arg(existing)),
+                 QString());
+    }
+    {
+        const auto db = ConnectionPool::instance().acquireConnection(path);
+        QVERIFY(db && db->isOpen());
+        QVERIFY(ManagedQuery(*db).exec(QStringLiteral("CREATE TABLE u (v INTEGER)")));
+    }
+    ConnectionPool::instance().removeConnection(path);
+    QTEST(dayfile::rows(path, QStringLiteral("PRAGMA page_size")).value(0), "expected");
 }
 
 void TestConnectionPool::roleOutlivesMidnight()

@@ -30,6 +30,8 @@ const QStringList kReaderSetUp = lines(R"(
     PRAGMA foreign_keys = ON
 )");
 
+const QString kPageSize = text("PRAGMA page_size = 1024");
+
 } // namespace
 
 class TestStoreStatements : public QObject
@@ -78,7 +80,7 @@ void TestStoreStatements::writerIsSetUp()
 {
     StatementTrace trace;
     QVERIFY(ConnectionPool::instance().acquireConnection(path("20260112")));
-    QCOMPARE(trace.take(), lines(R"(
+    QCOMPARE(trace.take(), QStringList{kPageSize} + lines(R"(
         PRAGMA journal_mode = WAL
         PRAGMA synchronous = NORMAL
         PRAGMA foreign_keys = ON
@@ -104,7 +106,7 @@ void TestStoreStatements::readerIsSetUp()
 {
     StatementTrace trace;
     QVERIFY(ConnectionPool::instance().acquireConnection(path("20260111")));
-    QCOMPARE(trace.take(), kReaderSetUp);
+    QCOMPARE(trace.take(), QStringList{kPageSize} + kReaderSetUp);
 }
 
 /// Its journal cannot be switched, so its WAL is not checkpointed.
