@@ -34,7 +34,7 @@ constexpr int kFunctionItemSpacing = 15;
 
 } // namespace
 
-ChannelForm ChannelTableBuilder::build(QWidget* parent)
+ChannelForm ChannelTableBuilder::build(QWidget* parent, const Place& place)
 {
     assertGuiThread();
     m_form = {};
@@ -47,10 +47,17 @@ ChannelForm ChannelTableBuilder::build(QWidget* parent)
     m_form.m_channelTree->setRootIsDecorated(true);
     m_form.m_channelTree->setStyleSheet(m_catalogue.treeStyle());
     buildHeader();
+    if (place) {
+        place(m_form.m_channelTree);
+    }
     for (int slot = 1; slot <= kSlotCount; ++slot) {
         if (slotPresent[slot]) {
             addModuleRow(slot);
         }
+    }
+    // A module's row makes the table lay out all channels that it has so far, so these come after.
+    for (auto module = m_form.slotItems.cbegin(); module != m_form.slotItems.cend(); ++module) {
+        addChannelRows(module.key(), module.value());
     }
     return m_form;
 }
@@ -88,6 +95,10 @@ void ChannelTableBuilder::addModuleRow(int slot)
     module->setCheckState(ScanColumn, Qt::Unchecked);
     m_form.moduleItems.insert(module, true);
     m_form.slotItems.insert(slot, module);
+}
+
+void ChannelTableBuilder::addChannelRows(int slot, QTreeWidgetItem* module)
+{
     for (int row = 0; row <= slotLastChannel[slot]; ++row) {
         addChannelRow(module, ChannelNumber::fromRow(slot, row).label());
     }

@@ -6,6 +6,8 @@
 #include <QCoreApplication>
 #include <QStringList>
 
+#include <functional>
+
 class CustomComboBox;
 class CustomLineEdit;
 
@@ -18,12 +20,16 @@ class ChannelTableBuilder
     Q_DECLARE_TR_FUNCTIONS(MainWidget)
 
 public:
-    /// Returns a new table, a child of `parent`.
-    ChannelForm build(QWidget* parent);
+    using Place = std::function<void(QTreeWidget*)>;
+
+    /// Returns a new table, a child of `parent`. `place` gets it while it is empty: to move a table full of
+    /// controls costs as much as to build it.
+    ChannelForm build(QWidget* parent, const Place& place = {});
 
 private:
     void buildHeader();
     void addModuleRow(int slot);
+    void addChannelRows(int slot, QTreeWidgetItem* module);
     void addChannelRow(QTreeWidgetItem* module, int channel);
     void place(QTreeWidgetItem* item, int column, int channel, QWidget* control);
     CustomLineEdit* makeEdit(const QString& text) const;

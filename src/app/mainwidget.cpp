@@ -207,18 +207,22 @@ void MainWidget::buildInterface()
     m_workTabs = new QTabWidget(m_contentWidget);
     m_workTabs->setObjectName(QStringLiteral("myTabWidget1"));
     m_workTabs->setStyleSheet(m_commFunc->workspaceTabStyle());
-    static_cast<ChannelForm&>(*this) = ChannelTableBuilder().build(m_workTabs);
-    m_graphicSetting = new GraphicSettingWidget(m_workTabs);
-    m_workTabs->addTab(m_channelTree, QIcon(QStringLiteral(":/image/confChannel.png")),
-                       tr("配置通道"));
-    m_workTabs->addTab(m_graphicSetting, QIcon(QStringLiteral(":/image/graphicsetting.png")),
-                       tr("图形设置"));
+    static_cast<ChannelForm&>(*this) = ChannelTableBuilder().build(
+        m_workTabs, [this](QTreeWidget* tree) { placeWorkPages(tree); });
 
     m_contentLayout->addWidget(m_settingsTabs);
     m_contentLayout->addWidget(m_workTabs);
     static_cast<ButtonBarForm&>(*this) = ButtonBarBuilder().build(this);
     m_mainLayout->addWidget(m_contentWidget);
     m_mainLayout->addWidget(m_buttonBar);
+}
+
+void MainWidget::placeWorkPages(QTreeWidget* tree)
+{
+    m_graphicSetting = new GraphicSettingWidget(m_workTabs);
+    m_workTabs->addTab(tree, QIcon(QStringLiteral(":/image/confChannel.png")), tr("配置通道"));
+    m_workTabs->addTab(m_graphicSetting, QIcon(QStringLiteral(":/image/graphicsetting.png")),
+                       tr("图形设置"));
 }
 
 void MainWidget::buildSettingsPages()

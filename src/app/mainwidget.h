@@ -129,6 +129,7 @@ private:
     void bringUp();
     void buildInterface();
     void buildSettingsPages();
+    void placeWorkPages(QTreeWidget* tree);
     void makeConnections();
     void silenceControls();
     void showMessage(const QString& text, int kind);
