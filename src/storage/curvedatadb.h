@@ -7,7 +7,7 @@
 #include "storage/heldfiles.h"
 #include "storage/latefile.h"
 #include "storage/managedquery.h"
-#include "storage/roworder.h"
+#include "storage/roworders.h"
 #include "storage/storedchanges.h"
 #include "storage/storememory.h"
 #include "storage/timeslice.h"

@@ -1,10 +1,5 @@
 #include "storage/roworder.h"
 
-#include "storage/managedquery.h"
-#include "storage/rowcursor.h"
-
-#include <QSqlDatabase>
-
 #include <algorithm>
 
 namespace scn {
@@ -48,34 +43,6 @@ void RowOrder::giveUp()
 {
     m_isKnown = false;
     m_runs.clear();
-}
-
-const RowOrder& RowOrders::update(const QString& path, const QSqlDatabase& database,
-                                  const QString& table, int curveId)
-{
-    RowOrder& order = fileFor(path, database).tables[table];
-    if (order.isKnown()) {
-        const qint64 before = order.count();
-        RowCursor rows(database, table);
-        if (!rows.extend(order, curveId)) {
-            order.giveUp();
-        }
-        m_rowsLookedAt += std::max<qint64>(order.count() - before, 0);
-    }
-    return order;
-}
-
-RowOrders::File& RowOrders::fileFor(const QString& path, const QSqlDatabase& database)
-{
-    ManagedQuery query(database);
-    const bool hasVersion = query.exec(QStringLiteral("PRAGMA data_version")) && query.next();
-    const qint64 version = hasVersion ? query.value(0).toLongLong() : -1;
-    File& file = m_files[path];
-    const QString connection = database.connectionName();
-    if (file.connection != connection || file.version != version || version < 0) {
-        file = {connection, version, {}};
-    }
-    return file;
 }
 
 } // namespace scn

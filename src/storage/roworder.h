@@ -1,13 +1,8 @@
 #pragma once
 
-#include <QHash>
-#include <QString>
-#include <QVector>
 #include <QtGlobal>
 
 #include <vector>
-
-class QSqlDatabase;
 
 namespace scn {
 
@@ -52,37 +47,6 @@ public:
 private:
     bool m_isKnown = true;
     std::vector<RowRun> m_runs;
-};
-
-/// What is known of the tables in the day files. Each table is looked through once, and after that only
-/// for rows added since. Guarded by the store's mutex.
-class RowOrders
-{
-public:
-    /// The order of a curve's readings in a table, up to date. The reference is valid until the next
-    /// call.
-    const RowOrder& update(const QString& path, const QSqlDatabase& database, const QString& table,
-                           int curveId);
-
-    /// Number of rows that were looked at so far.
-    qint64 rowsLookedAt() const { return m_rowsLookedAt; }
-
-    /// Forgets everything: tables are about to be dropped.
-    void clear() { m_files.clear(); }
-
-private:
-    /// The tables of a file as one connection knows them.
-    struct File
-    {
-        QString connection;
-        qint64 version = -1; ///< Changes when others write to the file.
-        QHash<QString, RowOrder> tables;
-    };
-
-    File& fileFor(const QString& path, const QSqlDatabase& database);
-
-    QHash<QString, File> m_files;
-    qint64 m_rowsLookedAt = 0;
 };
 
 } // namespace scn

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "storage/roworder.h"
+#include "storage/roworders.h"
 
 #include <QPointF>
 #include <QSharedPointer>
