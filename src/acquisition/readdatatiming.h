@@ -18,7 +18,7 @@ struct ReadDataTiming
 
     /// How often a sleep checks the running flag. Slices need no lock, so a thread terminated in
     /// one leaves nothing locked.
-    std::chrono::milliseconds sleepSlice{100};
+    std::chrono::milliseconds sleepSlice{20};
 
     WaitClock clock;
 };
