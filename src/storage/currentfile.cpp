@@ -28,8 +28,7 @@ bool CurrentFile::isAttachedToday()
     return m_memory.isCurrentOpen() && m_memory.currentDate == todayKey();
 }
 
-/// Whether the file was deleted, moved or replaced since it was opened, so that further writes
-/// would be lost.
+/// Whether the file was deleted, moved or replaced since: further writes would be lost.
 bool CurrentFile::isGone() const
 {
     const FileIdentity found = fileIdentity(m_memory.currentDbPath);

@@ -98,10 +98,7 @@ void CurveSeriesData::pointsAdded()
 /// Keeps exactly the newest kMaxRecentPoints in the window.
 void CurveSeriesData::trimWindow()
 {
-    if (recentCount() <= kMaxRecentPoints) {
-        return;
-    }
-    m_recentOffset = m_recentPoints.size() - kMaxRecentPoints;
+    m_recentOffset = std::max(m_recentOffset, m_recentPoints.size() - kMaxRecentPoints);
     if (m_recentOffset < kTrimBlock) {
         return;
     }
