@@ -122,7 +122,8 @@ void CustomComboBox::changeEvent(QEvent* event)
         m_minimumSizeHint = QSize();
     }
     if (isForPopup && !m_hasPopup) {
-        QWidget::changeEvent(event);
+        // Not the base class's, on purpose: it would create the popup.
+        QWidget::changeEvent(event); // NOLINT(bugprone-parent-virtual-call)
     } else {
         QComboBox::changeEvent(event);
     }
