@@ -210,8 +210,8 @@ void ConnectionPool::evictOldestConnection()
     evictOldestLocked();
 }
 
-/// False if all are held. Does not wait: no thread holds the connection, and a process that locks the file leaves its WAL
-/// to the next opening. Handling events here would nest a chart's reloads.
+/// False if all are held. Does not wait: no thread holds the connection, and a process that locks the
+/// file leaves its WAL to the next opening. Handling events here would nest a chart's reloads.
 bool ConnectionPool::evictOldestLocked()
 {
     auto oldest = m_connections.constEnd();
