@@ -11,8 +11,8 @@ namespace scn {
 
 namespace {
 
-/// A reading goes to the ends of three trees, its table and two indexes, each up to three pages of
-/// 4 KiB deep. If the ends of all curves do not fit in the page cache, each reading drops what the
+/// A reading goes to the ends of three trees, its table and two indexes, each up to five pages of
+/// 1 KiB deep, or three of 4 KiB in a file with such pages. If the ends of all curves do not fit in the page cache, each reading drops what the
 /// next one needs, and a run gets slower with every level that its trees grow by.
 constexpr int kCacheKibPerCurve = 40;
 constexpr int kCacheKibForTheRest = 1600;
@@ -42,7 +42,7 @@ KeptInserts::Outcome KeptInserts::insert(ManagedQuery* query, const Reading& rea
     if (!query) {
         return {false, false, false};
     }
-    if (query->execWith({reading.curveId, reading.time, reading.value})) {
+    if (query->runKept({reading.curveId, reading.time, reading.value})) {
         return {true, false, false};
     }
     const Outcome outcome{false, query->metReadOnly(), isTableGone(*query)};

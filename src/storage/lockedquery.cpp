@@ -15,12 +15,20 @@ namespace scn {
 
 namespace {
 
-/// SQLite's own connection behind an open driver; null if it is another library's.
-sqlite3* connectionOf(const QSqlDriver& driver)
+/// The text of a failure as Qt's driver gives it.
+QString messageOf(sqlite3_stmt* statement)
 {
-    const QVariant handle = driver.handle();
-    const bool known = qstrcmp(handle.typeName(), "sqlite3*") == 0;
-    return known ? *static_cast<sqlite3* const*>(handle.constData()) : nullptr;
+    return QString::fromUtf8(sqlite3_errmsg(sqlite3_db_handle(statement))) +
+           QStringLiteral(" Unable to fetch row");
+}
+
+void bindNumber(sqlite3_stmt* statement, int position, const QVariant& value)
+{
+    if (value.type() == QVariant::Double) {
+        sqlite3_bind_double(statement, position, value.toDouble());
+    } else {
+        sqlite3_bind_int64(statement, position, value.toLongLong());
+    }
 }
 
 QSqlQuery makeQuery(const QSqlDatabase& database, const std::shared_ptr<ConnectionMutex>& mutex)
@@ -94,6 +102,27 @@ bool LockedQuery::execWith(std::initializer_list<QVariant> values)
     return exec();
 }
 
+bool LockedQuery::runKept(std::initializer_list<QVariant> numbers)
+{
+    const ConnectionLocker locker(m_mutex);
+    sqlite3_stmt* const statement = preparedUnlocked() ? statementOf(m_query) : nullptr;
+    if (!statement) {
+        return execWith(numbers);
+    }
+    int position = 0;
+    for (const QVariant& number : numbers) {
+        bindNumber(statement, ++position, number);
+    }
+    const int result = sqlite3_step(statement);
+    if (result == SQLITE_DONE) {
+        sqlite3_reset(statement);
+        return true;
+    }
+    const QString text = messageOf(statement);
+    sqlite3_reset(statement);
+    return failWithCode(result, text);
+}
+
 bool LockedQuery::run(const QString& sql, std::initializer_list<QVariant> values)
 {
     const ConnectionLocker locker(m_mutex);
@@ -118,7 +147,7 @@ bool LockedQuery::execColumns(const QVector<QVariantList>& columns)
 bool LockedQuery::next()
 {
     const ConnectionLocker locker(m_mutex);
-    return stepUnlocked();
+    return driverOpen() && nextRow();
 }
 
 QVariant LockedQuery::value(int column) const
@@ -181,11 +210,6 @@ bool LockedQuery::preparedUnlocked() const
     return m_prepared && driverOpen() && !m_query.lastQuery().isEmpty();
 }
 
-bool LockedQuery::stepUnlocked()
-{
-    return driverOpen() && nextRow();
-}
-
 bool LockedQuery::nextRow()
 {
     if (m_query.next()) {
@@ -200,6 +224,16 @@ bool LockedQuery::nextRow()
 int LockedQuery::fetchSamples(int limit, SampleColumn& samples)
 {
     m_mutex->letOthersIn();
+    return stepSamples(limit, samples, FailureText::Result);
+}
+
+int LockedQuery::fetchSamplesAtOnce(int limit, SampleColumn& samples)
+{
+    return stepSamples(limit, samples, FailureText::Message);
+}
+
+int LockedQuery::stepSamples(int limit, SampleColumn& samples, FailureText text)
+{
     const ConnectionLocker locker(m_mutex);
     if (!driverOpen()) {
         return 0;
@@ -228,8 +262,9 @@ int LockedQuery::fetchSamples(int limit, SampleColumn& samples)
         }
         m_samplesEnded = true;
         if (result != SQLITE_DONE) {
-            fail(QString::fromUtf8(sqlite3_errstr(result)));
-            m_errorCode = result & kPrimaryCodeMask;
+            failWithCode(result, statement && text == FailureText::Message
+                                     ? messageOf(statement)
+                                     : QString::fromUtf8(sqlite3_errstr(result)));
         }
     }
     return count;
@@ -245,8 +280,13 @@ bool LockedQuery::fail(const QString& text)
 bool LockedQuery::failWithQueryError()
 {
     const QSqlError error = m_query.lastError();
-    m_errorText = error.text();
-    m_errorCode = error.nativeErrorCode().toInt() & kPrimaryCodeMask;
+    return failWithCode(error.nativeErrorCode().toInt(), error.text());
+}
+
+bool LockedQuery::failWithCode(int code, const QString& text)
+{
+    m_errorText = text;
+    m_errorCode = code & kPrimaryCodeMask;
     if (m_errorCode == kBusyCode) {
         LockPatience::waitedInVain(m_mutex, m_query.driver());
     }

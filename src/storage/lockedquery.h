@@ -38,6 +38,10 @@ public:
     /// Binds the values to the placeholders in order, then executes what was prepared.
     bool execWith(std::initializer_list<QVariant> values);
 
+    /// The same for a statement that takes numbers, gives no rows and is run for every reading: it
+    /// runs SQLite's own statement, without Qt's part of the cost.
+    bool runKept(std::initializer_list<QVariant> numbers);
+
     /// Prepares, binds and executes; a failure of either step is the result.
     bool run(const QString& sql, std::initializer_list<QVariant> values);
 
@@ -98,6 +102,9 @@ public:
     /// statement, in half the time of next(): Qt copies each row twice.
     int fetchSamples(int limit, SampleColumn& samples);
 
+    /// The same, but nobody goes first.
+    int fetchSamplesAtOnce(int limit, SampleColumn& samples);
+
 protected:
     const std::shared_ptr<ConnectionMutex>& mutex() const { return m_mutex; }
 
@@ -105,12 +112,16 @@ protected:
     QSqlQuery& query() { return m_query; }
 
 private:
+    /// Whether a failure is told by its result code's name or in full, as by Qt.
+    enum class FailureText { Result, Message };
+
     bool driverOpen() const;
     bool preparedUnlocked() const;
-    bool stepUnlocked();
     bool nextRow();
     bool fail(const QString& text);
     bool failWithQueryError();
+    bool failWithCode(int code, const QString& text);
+    int stepSamples(int limit, SampleColumn& samples, FailureText text);
 
     // Result codes of SQLite.
     static constexpr int kBusyCode = 5;

@@ -14,7 +14,7 @@ KeptInserts::Outcome ReadingTransaction::store(const QSqlDatabase& db, const Rea
         // Opening a table is a transaction of its own and may call the pool.
         ManagedQuery* const insert = m_inserts.obtain(db, reading.curveId, slice, openTable);
         const ConnectionLocker locker = m_begin->holdConnection();
-        bool inTransaction = m_begin->exec();
+        bool inTransaction = m_begin->runKept({});
         KeptInserts::Outcome outcome = m_inserts.insert(insert, reading);
         if (outcome.lacksTable && mayRetry) {
             if (inTransaction) {
@@ -38,7 +38,7 @@ bool ReadingTransaction::saveExtremes(const QSqlDatabase& db, const Extremes& ex
 {
     const QVector<int> ids = m_saved.unsavedCurves(extremes);
     bool isSaved = m_saved.writeRows(db, ids, extremes);
-    if (isSaved && inTransaction && !m_commit->exec()) {
+    if (isSaved && inTransaction && !m_commit->runKept({})) {
         m_saved.reportFailure(*m_commit);
         isSaved = false;
     }

@@ -93,7 +93,7 @@ bool SavedExtremes::writeRows(const QSqlDatabase& db, const QVector<int>& ids,
     for (const int id : ids) {
         const DBCurveMetadata row = extremes.value(id);
         if (!prepareWriter(db) ||
-            !m_writer->execWith({id, row.minTime, row.maxTime, row.minValue, row.maxValue})) {
+            !m_writer->runKept({id, row.minTime, row.maxTime, row.minValue, row.maxValue})) {
             reportFailure(*m_writer);
             m_writer.reset();
             return false;

@@ -56,11 +56,14 @@ bool readBatch(const QSqlDatabase& database, const QString& table, const ReadRan
         qWarning() << "读取分片" << table << "失败:" << query.errorText();
         return false;
     }
-    const auto takeRow = [&points](const QSqlQuery& row) {
-        points.append(
-            QPointF(static_cast<double>(row.value(0).toLongLong()), row.value(1).toDouble()));
-    };
-    while (query.fetchRows(kRowsPerBlock, takeRow) == kRowsPerBlock) {
+    SampleColumn block;
+    bool atEnd = false;
+    while (!atEnd) {
+        block.clear();
+        atEnd = query.fetchSamplesAtOnce(kRowsPerBlock, block) < kRowsPerBlock;
+        for (const Sample& sample : block) {
+            points.append(QPointF(static_cast<double>(sample.timestamp), sample.value));
+        }
     }
     // A table that cannot be read to its end returns what was read.
     if (!query.isUsable() || !query.errorText().isEmpty()) {

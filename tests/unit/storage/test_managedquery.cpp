@@ -45,6 +45,7 @@ private slots:
     void clearedByTheManagerIsNotASuccess();
     void closedConnectionIsNotTheEndOfTheRows();
     void outlivesItsConnection();
+    void keptStatementDoesWhatAnyDoes();
     void columnsAreInsertedAsRows();
     void fetchesInBlocks();
     void samplesComeInBlocks();
@@ -189,6 +190,35 @@ void TestManagedQuery::outlivesItsConnection()
     QueryManager::instance().finishQueries(kConnection);
     query.reset();
     QCOMPARE(QueryManager::instance().queryCount(kConnection), 0);
+}
+
+/// The same rows of the same types, the same failures, and it can be run again after each.
+void TestManagedQuery::keptStatementDoesWhatAnyDoes()
+{
+    const QString insert = QStringLiteral("INSERT INTO t (id, v) VALUES (?, ?)");
+    ManagedQuery kept(m_database);
+    ManagedQuery plain(m_database);
+    QVERIFY(!kept.runKept({1, 1.0}));
+    QVERIFY(!kept.errorText().isEmpty());
+    QVERIFY(kept.prepare(insert));
+    QVERIFY(plain.prepare(insert));
+    QVERIFY(kept.runKept({1, 0.5}));
+    QVERIFY(!kept.runKept({1, 0.5}));
+    QVERIFY(!plain.execWith({1, 0.5}));
+    QCOMPARE(kept.errorText(), plain.errorText());
+    QVERIFY(!kept.runKept({2, qQNaN()}));
+    QVERIFY(kept.runKept({Q_INT64_C(1768000000001), 3}));
+    ManagedQuery rows(m_database);
+    QVERIFY(rows.exec(QStringLiteral(
+        "SELECT group_concat(id || typeof(id) || v || typeof(v)) FROM t ORDER BY id")));
+    QVERIFY(rows.next());
+    QCOMPARE(rows.value(0).toString(),
+             QStringLiteral("1integer0.5real,1768000000001integer3.0real"));
+    rows.clear();
+    m_database.close();
+    QVERIFY(!kept.runKept({4, 1.0}));
+    QVERIFY(m_database.open());
+    QVERIFY(!kept.runKept({4, 1.0}));
 }
 
 void TestManagedQuery::columnsAreInsertedAsRows()
