@@ -45,6 +45,9 @@ public:
     /// Inserts a reading with what was obtained for it. An insert that fails is dropped.
     Outcome insert(ManagedQuery* query, const Reading& reading);
 
+    /// The number of curves being written.
+    int count() const { return static_cast<int>(m_inserts.size()); }
+
     /// Drops a curve's insert.
     void drop(int curveId) { m_inserts.erase(curveId); }
 

@@ -42,12 +42,15 @@ public:
 
 private:
     void prepare(const QSqlDatabase& db);
+    void spaceCheckpoints(const QSqlDatabase& db);
     bool saveExtremes(const QSqlDatabase& db, const Extremes& extremes, bool inTransaction);
 
     KeptInserts& m_inserts;
     SavedExtremes& m_saved;
     std::unique_ptr<ManagedQuery> m_begin;
     std::unique_ptr<ManagedQuery> m_commit;
+    int m_pageBytes = 0;
+    int m_checkpointPages = 0; ///< Pages between checkpoints set on the connection.
 };
 
 } // namespace scn

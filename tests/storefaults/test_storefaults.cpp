@@ -30,7 +30,8 @@ namespace {
 
 constexpr int kCurves = 3;
 constexpr int kSpanMs = 20000;
-constexpr int kReadings = 200; // enough for a checkpoint
+constexpr int kReadings = 200;
+constexpr int kReadingsToACheckpoint = 420;
 constexpr int kFewReadings = 80;
 constexpr int kReadingsAfter = 2 * kCurves;
 constexpr qint64 kRepairMs = 5000;
@@ -379,10 +380,13 @@ void TestStoreFaults::everyFaultIsSurvived()
     QFETCH(int, stride);
     QFETCH(int, mostLost);
     // An open that fails has nothing to do with a checkpoint, and late readings open files often.
-    int readings = fault.operation == Operation::Open ? kFewReadings : kReadings;
-    if (qEnvironmentVariableIsSet("SCN_EVERY_FAULT")) {
+    const bool everyFault = qEnvironmentVariableIsSet("SCN_EVERY_FAULT");
+    int readings = fault.operation == Operation::Open && !everyFault ? kFewReadings : kReadings;
+    if (fault.operation == Operation::Sync || scene == Scene::Running) {
+        readings = kReadingsToACheckpoint;
+    }
+    if (everyFault) {
         stride = 1;
-        readings = kReadings;
     }
     int runs = 0;
     int worst = 0;

@@ -12,6 +12,7 @@
 #include "writtenrows.h"
 
 #include <QDir>
+#include <QFile>
 #include <QRandomGenerator>
 #include <QtTest>
 
@@ -48,6 +49,8 @@ private slots:
     void closedConnectionIsReopened();
     void sixHundredCurves();
     void pageCacheGrowsWithTheCurvesWritten();
+    void checkpointsAreSpacedByTheCurvesWritten_data();
+    void checkpointsAreSpacedByTheCurvesWritten();
     void dayOf25Hours();
     void hourThatComesTwiceCollides();
     void filesAreThoseOfThePlainStore_data();
@@ -428,6 +431,45 @@ void TestCurveDataDBWrite::pageCacheGrowsWithTheCurvesWritten()
     ConnectionPool::instance().discardConnection(store.path("20260112"));
     store->appendPoint(1, at("09:00:02"), 1.0);
     QCOMPARE(cacheSize(), -2000);
+}
+
+void TestCurveDataDBWrite::checkpointsAreSpacedByTheCurvesWritten_data()
+{
+    QTest::addColumn<bool>("isOld"); // with pages of 4096 bytes
+    QTest::addColumn<QVector<int>>("expected");
+    QTest::newRow("new file") << false << QVector<int>{2045, 2450, 2495, 2540};
+    QTest::newRow("old file") << true << QVector<int>{1000, 1000, 1000, 1000};
+}
+
+void TestCurveDataDBWrite::checkpointsAreSpacedByTheCurvesWritten()
+{
+    QFETCH(const bool, isOld);
+    TestStore store;
+    if (isOld) {
+        store->closeForExit(QDeadlineTimer(1000));
+        QVERIFY(QFile::remove(store.path("20260112")));
+        DayFileWriter(store.path("20260112")).addCurve(1, one("101(V)"));
+        store.restart();
+    }
+    const auto pages = [&store] {
+        ManagedQuery query(*store->openDb(store.path("20260112")));
+        return query.exec(one("PRAGMA wal_autocheckpoint")) && query.next() ? query.value(0).toInt()
+                                                                            : 0;
+    };
+    QVector<int> found;
+    for (int curveId = 1; curveId <= 12; ++curveId) {
+        store->registerCurve(QStringLiteral("%1(V)").arg(100 + curveId));
+        store->appendPoint(curveId, at("09:00:00"), 1.0);
+        if (curveId == 1 || curveId >= 10) {
+            found.append(pages());
+        }
+    }
+    QFETCH(const QVector<int>, expected);
+    QCOMPARE(found, expected);
+    store->flushAndDetach();
+    ConnectionPool::instance().discardConnection(store.path("20260112"));
+    store->appendPoint(1, at("09:00:01"), 1.0);
+    QCOMPARE(pages(), expected.constFirst());
 }
 
 void TestCurveDataDBWrite::dayOf25Hours()
