@@ -7,11 +7,12 @@
 #include <cstdio>
 #include <cstdlib>
 
-RawStore::RawStore(const QString& path)
+RawStore::RawStore(const QString& path, int pageBytes)
 {
     if (sqlite3_open(path.toUtf8().constData(), &m_db) != SQLITE_OK) {
         fail("open");
     }
+    execute("PRAGMA page_size = " + std::to_string(pageBytes));
 }
 
 RawStore::~RawStore()

@@ -11,7 +11,8 @@
 class RawStore
 {
 public:
-    explicit RawStore(const QString& path);
+    /// Opens a file; a new one has pages of SQLite's own size, 4096 bytes, or of the size given.
+    explicit RawStore(const QString& path, int pageBytes = 4096);
     ~RawStore();
     RawStore(const RawStore&) = delete;
     RawStore& operator=(const RawStore&) = delete;

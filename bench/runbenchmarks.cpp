@@ -35,12 +35,19 @@ private:
     {
         benchmark::BenchmarkName name = run.run_name;
         name.iterations.clear();
+        const double limit = counter(run, "limit");
+        const double kilobytes = counter(run, "kilobytes");
+        if (kilobytes > 0.0 && !run.error_occurred) {
+            const bool isWithin = kilobytes <= limit;
+            std::printf("%-44s %.2f KB, limit %.1f: %s\n", name.str().c_str(), kilobytes, limit,
+                        isWithin ? "kept" : "ABOVE");
+            return isWithin;
+        }
         const double ratio = counter(run, "ratio");
         if (run.error_occurred || !(ratio > 0.0)) {
             std::printf("%-44s not measured. %s\n", name.str().c_str(), run.error_message.c_str());
             return false;
         }
-        const double limit = counter(run, "limit");
         const bool kept = ratio <= limit;
         std::printf("%-44s ratio %.3f, limit %.1f: %s (processor %.3f; %.0f ns against %.0f ns)\n",
                     name.str().c_str(), ratio, limit, kept ? "kept" : "ABOVE",
@@ -53,6 +60,12 @@ private:
 };
 
 } // namespace
+
+void reportKilobytes(benchmark::State& state, double kilobytes, double limit)
+{
+    state.counters["kilobytes"] = kilobytes;
+    state.counters["limit"] = limit;
+}
 
 int runBenchmarks(int argc, char** argv)
 {
