@@ -12,8 +12,9 @@ namespace scn {
 namespace {
 
 /// A reading goes to the ends of three trees, its table and two indexes, each up to five pages of
-/// 1 KiB deep, or three of 4 KiB in a file with such pages. If the ends of all curves do not fit in the page cache, each reading drops what the
-/// next one needs, and a run gets slower with every level that its trees grow by.
+/// 1 KiB deep, or three of 4 KiB in a file with such pages. If the ends of all curves do not fit in
+/// the page cache, each reading drops what the next one needs, and a run gets slower with every
+/// level that its trees grow by.
 constexpr int kCacheKibPerCurve = 40;
 constexpr int kCacheKibForTheRest = 1600;
 constexpr int kOwnCacheKib = 2000; // what SQLite takes unasked
