@@ -69,6 +69,7 @@ void ReadData::setTiming(const scn::ReadDataTiming& timing)
 void ReadData::stop()
 {
     m_running.store(false, std::memory_order_relaxed);
+    m_sleeper.wake();
 }
 
 QList<MeasurementData> ReadData::parseResponse(const QString& reply) const
@@ -84,7 +85,9 @@ MeasurementData ReadData::parseRecord(const QStringList& fields) const
 void ReadData::run()
 {
     // The flag is set after the first sleep, so a stop during it has no effect.
-    m_timing.clock.sleep(m_timing.startDelay);
+    const auto start = m_timing.clock.now() + m_timing.startDelay;
+    while (sleepTowards(start)) {
+    }
     // The thread can be terminated only in its waits: unwinding out of a log line would end the
     // process, and out of a signal it could leave the GUI thread's event loop locked.
     setTerminationEnabled(false);
@@ -179,19 +182,25 @@ QString ReadData::ask(const QString& query)
     return reply;
 }
 
-/// Sleeps until the time is over or the running flag is cleared. The thread may be terminated here,
-/// so callers hold nothing that would have to be released.
-void ReadData::pause(std::chrono::milliseconds time) const
+/// Sleeps until the time is over or the running flag is cleared.
+void ReadData::pause(std::chrono::milliseconds time)
+{
+    const auto end = m_timing.clock.now() + time;
+    while (m_running.load(std::memory_order_relaxed) && sleepTowards(end)) {
+    }
+}
+
+/// One sleep until this moment; stop() cuts it short. False if there is nothing left to sleep. The
+/// thread may be terminated here, so callers hold nothing that would have to be released.
+bool ReadData::sleepTowards(std::chrono::steady_clock::time_point end)
 {
     using std::chrono::milliseconds;
-    const auto end = m_timing.clock.now() + time;
-    while (m_running.load(std::memory_order_relaxed)) {
-        const auto left = std::chrono::ceil<milliseconds>(end - m_timing.clock.now());
-        if (left <= milliseconds::zero()) {
-            break;
-        }
-        setTerminationEnabled(true);
-        m_timing.clock.sleep(std::min(left, m_timing.sleepSlice));
-        setTerminationEnabled(false);
+    const auto left = std::chrono::ceil<milliseconds>(end - m_timing.clock.now());
+    if (left <= milliseconds::zero()) {
+        return false;
     }
+    setTerminationEnabled(true);
+    m_timing.clock.sleep(m_sleeper, left);
+    setTerminationEnabled(false);
+    return true;
 }

@@ -2,6 +2,7 @@
 
 #include "acquisition/measurementdata.h"
 #include "acquisition/readdatatiming.h"
+#include "common/sleeper.h"
 
 #include <QList>
 #include <QString>
@@ -65,8 +66,10 @@ private:
     bool fetchBatch(int count);
     bool instrumentLost();
     static QString ask(const QString& query);
-    void pause(std::chrono::milliseconds time) const;
+    void pause(std::chrono::milliseconds time);
+    bool sleepTowards(std::chrono::steady_clock::time_point end);
 
     scn::ReadDataTiming m_timing;
+    scn::Sleeper m_sleeper;
     std::atomic<bool> m_running{false};
 };

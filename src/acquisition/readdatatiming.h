@@ -16,10 +16,6 @@ struct ReadDataTiming
     std::chrono::milliseconds fetchRetryDelay{100}; ///< Before a fetch is repeated.
     std::chrono::milliseconds silenceDelay{3000};   ///< Before a silent instrument is asked again.
 
-    /// How often a sleep checks the running flag. Slices need no lock, so a thread terminated in
-    /// one leaves nothing locked.
-    std::chrono::milliseconds sleepSlice{20};
-
     WaitClock clock;
 };
 

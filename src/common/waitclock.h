@@ -1,6 +1,6 @@
 #pragma once
 
-#include <QThread>
+#include "common/sleeper.h"
 
 #include <chrono>
 #include <functional>
@@ -13,10 +13,8 @@ struct WaitClock
 {
     std::function<std::chrono::steady_clock::time_point()> now = &std::chrono::steady_clock::now;
 
-    /// Blocks the calling thread for at least this long.
-    std::function<void(std::chrono::milliseconds)> sleep = [](std::chrono::milliseconds time) {
-        QThread::msleep(static_cast<unsigned long>(time.count()));
-    };
+    /// Blocks the calling thread for at least this long, or until its sleeper is woken.
+    std::function<void(Sleeper&, std::chrono::milliseconds)> sleep = &Sleeper::sleep;
 };
 
 } // namespace scn

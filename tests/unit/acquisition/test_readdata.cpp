@@ -39,7 +39,7 @@ public:
     {
         const auto shared = m_shared;
         return {[shared] { return std::chrono::steady_clock::time_point(shared->elapsed.load()); },
-                [shared](milliseconds time) {
+                [shared](scn::Sleeper&, milliseconds time) {
                     shared->elapsed = shared->elapsed.load() + time;
                     if (shared->atSleep) {
                         shared->atSleep();
@@ -255,7 +255,8 @@ private slots:
     void terminationInASleepLeavesNothingBehind();
     void terminationWaitsForALogLine();
     void sleepsAreAsLongAsTold();
-    void sleepsLookAtTheFlagFiftyTimesASecond();
+    void sleepIsOneWait();
+    void stopEndsARealSleep();
     void threadBeginsAfterASecond();
     void sleepsTakeRealTime();
 
@@ -674,7 +675,7 @@ void TestReadData::stopEndsASleepEarly()
     });
     m_thread->start();
     QVERIFY(m_thread->wait(kPatienceMs));
-    QCOMPARE(stopped, 1020);
+    QCOMPARE(stopped, 4000);
     QCOMPARE(m_clock.elapsed(), stopped);
     QCOMPARE(m_instrument->queries().size(), 7);
 }
@@ -756,16 +757,30 @@ void TestReadData::sleepsAreAsLongAsTold()
                      QStringLiteral("0: STAT:OPER:COND?"), QStringLiteral("50: STAT:OPER:EVEN?")}));
 }
 
-void TestReadData::sleepsLookAtTheFlagFiftyTimesASecond()
+void TestReadData::sleepIsOneWait()
 {
     m_instrument->setReplies(kEvent, {QStringLiteral("+0"), QStringLiteral("+2048")});
     int sleeps = 0;
     m_clock.atSleep([&sleeps] { ++sleeps; });
     m_thread->start();
     QVERIFY(m_thread->wait(kPatienceMs));
-    // One before the first pass, and a second of slices.
-    QCOMPARE(sleeps, 1 + 50);
+    // One before the first pass and one between the two.
+    QCOMPARE(sleeps, 2);
     QCOMPARE(m_clock.elapsed(), 2000);
+}
+
+void TestReadData::stopEndsARealSleep()
+{
+    scn::ReadDataTiming timing;
+    timing.startDelay = 1ms;
+    timing.passDelay = 1h;
+    sleepForReal(timing);
+    m_instrument->setReplies(kEvent, {QStringLiteral("+0")});
+    m_thread->start();
+    QTRY_VERIFY_WITH_TIMEOUT(m_instrument->queries().size() == 1, kPatienceMs);
+    m_thread->stop();
+    QVERIFY(m_thread->wait(kPatienceMs));
+    QCOMPARE(m_instrument->queries().size(), 1);
 }
 
 void TestReadData::threadBeginsAfterASecond()

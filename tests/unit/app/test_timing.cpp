@@ -34,7 +34,6 @@ void TestTiming::waitLasts_data()
     addRow("acquisition: settling", acquisition.settleDelay, 50);
     addRow("acquisition: before a fetch again", acquisition.fetchRetryDelay, 100);
     addRow("acquisition: in a silence", acquisition.silenceDelay, 3000);
-    addRow("acquisition: slice of a sleep", acquisition.sleepSlice, 20);
     addRow("workspace: offering a refused series", GraphicSettingWidget::kRegistrationInterval,
            5000);
     const scn::LockTiming lock;

@@ -62,7 +62,6 @@ WindowBench::WindowBench()
     acquisitionTiming.settleDelay = 1ms;
     acquisitionTiming.fetchRetryDelay = 2ms;
     acquisitionTiming.silenceDelay = 20ms;
-    acquisitionTiming.sleepSlice = 2ms;
 
     g_resourceName = QStringLiteral("TCPIP0::127.0.0.1::5025::SOCKET");
     g_instrumentId.clear();
