@@ -45,6 +45,7 @@ int main(int argc, char* argv[])
 {
     scn::openMissingStreams();
     scn::startup::ignoreBrokenPipes();
+    scn::startup::keepTimeZone();
     QCoreApplication::setAttribute(Qt::AA_DisableHighDpiScaling, true);
     const QApplication application(argc, argv);
     scn::startup::substituteFonts();

@@ -48,6 +48,14 @@ void ignoreBrokenPipes()
 #endif
 }
 
+void keepTimeZone()
+{
+    const QByteArray file = QByteArrayLiteral("/etc/localtime");
+    if (!qEnvironmentVariableIsSet("TZ") && QFile::exists(QFile::decodeName(file))) {
+        qputenv("TZ", ':' + file);
+    }
+}
+
 void registerMetaTypes()
 {
     qRegisterMetaType<QList<QwtLegendData>>("QList<QwtLegendData>");

@@ -10,6 +10,10 @@ namespace scn::startup {
 /// Makes a write to a launcher that is gone fail instead of killing the program.
 void ignoreBrokenPipes();
 
+/// Gives the C library the system's time zone for good, unless `TZ` names one. Otherwise it looks at the
+/// zone's file again at each local time: a tenth of the work of a run.
+void keepTimeZone();
+
 /// Registers the types used in queued connections and in calls by name.
 void registerMetaTypes();
 

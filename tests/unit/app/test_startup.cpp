@@ -7,6 +7,7 @@
 #include "support/testprogram.h"
 
 #include <QApplication>
+#include <QDateTime>
 #include <QFile>
 #include <QFontDatabase>
 #include <QFontInfo>
@@ -28,6 +29,7 @@
 
 #include <cerrno>
 #include <csignal>
+#include <ctime>
 #include <memory>
 
 using namespace scn;
@@ -42,6 +44,29 @@ public:
 
 protected:
     void showEvent(QShowEvent*) override { ++shows; }
+};
+
+/// Sets the time zone variable, or unsets it if the zone is empty, until the end of the scope.
+class TimeZoneVariable
+{
+public:
+    explicit TimeZoneVariable(const QByteArray& zone) { set(zone); }
+    ~TimeZoneVariable() { set(m_before); }
+    TimeZoneVariable(const TimeZoneVariable&) = delete;
+    TimeZoneVariable& operator=(const TimeZoneVariable&) = delete;
+
+private:
+    static void set(const QByteArray& zone)
+    {
+        if (zone.isEmpty()) {
+            qunsetenv("TZ");
+        } else {
+            qputenv("TZ", zone);
+        }
+        ::tzset();
+    }
+
+    QByteArray m_before = qgetenv("TZ");
 };
 
 } // namespace
@@ -64,6 +89,8 @@ private slots:
     void windowThatHasGoneIsNotShown();
     void closeInsideTheEventLoopDeletesNothing();
     void writeToABrokenPipeFailsWithoutASignal();
+    void systemTimeZoneIsKept();
+    void givenTimeZoneStays();
     void missingFontsAreDrawnInTheChineseOne();
     void menusOfTheLibraryAreChinese();
     void missingTranslationIsOneLogLine();
@@ -201,6 +228,25 @@ void TestStartup::writeToABrokenPipeFailsWithoutASignal()
     QCOMPARE(static_cast<int>(::write(ends[1], "x", 1)), -1);
     QCOMPARE(errno, EPIPE);
     ::close(ends[1]);
+}
+
+void TestStartup::systemTimeZoneIsKept()
+{
+    if (!QFile::exists(QStringLiteral("/etc/localtime"))) {
+        QSKIP("this system has no /etc/localtime");
+    }
+    const TimeZoneVariable variable({});
+    const QDateTime local = QDateTime::fromSecsSinceEpoch(1784000000);
+    startup::keepTimeZone();
+    QCOMPARE(qgetenv("TZ"), QByteArrayLiteral(":/etc/localtime"));
+    QCOMPARE(QDateTime(local.date(), local.time()).toSecsSinceEpoch(), 1784000000);
+}
+
+void TestStartup::givenTimeZoneStays()
+{
+    const TimeZoneVariable variable("Asia/Shanghai");
+    startup::keepTimeZone();
+    QCOMPARE(qgetenv("TZ"), QByteArrayLiteral("Asia/Shanghai"));
 }
 
 void TestStartup::missingFontsAreDrawnInTheChineseOne()
