@@ -12,6 +12,7 @@ void LoadedCurveData::load(const CurveView& view)
     assertGuiThread();
     const std::optional<StoredState> state = storedFor(view);
     if (state && wouldRepeat(view, *state)) {
+        shift(view.offset);
         return;
     }
     if (m_shown) { // lets the series reuse the memory unless another chart shows the same points
@@ -30,8 +31,9 @@ CurveLoad LoadedCurveData::fetch(const CurveView& view) const
 {
     assertGuiThread();
     const std::optional<StoredState> state = storedFor(view);
-    series()->loadWindow(view.start, view.end, view.maxPoints, view.offset);
-    return {view, state, series()->visiblePoints(), series()->yOffset()};
+    const QVector<QPointF> stored =
+        series()->loadWindow(view.start, view.end, view.maxPoints, view.offset);
+    return {view, state, stored, series()->visiblePoints(), series()->yOffset()};
 }
 
 /// What is stored, if a view is loaded from there.
@@ -43,11 +45,26 @@ std::optional<StoredState> LoadedCurveData::storedFor(const CurveView& view) con
     return series()->storedState();
 }
 
+/// Whether a load would read the points that are kept. Their offset may differ.
 bool LoadedCurveData::wouldRepeat(const CurveView& view, const StoredState& state) const
 {
     return m_shown && m_shown->state && m_shown->view.start == view.start &&
            m_shown->view.end == view.end && m_shown->view.maxPoints == view.maxPoints &&
-           m_shown->view.offset == view.offset && m_shown->state->holdsUpTo(view.end, state);
+           m_shown->state->holdsUpTo(view.end, state);
+}
+
+/// Puts another offset on what was read. Taken from the measured values: the sums are those of a load.
+void LoadedCurveData::shift(double offset)
+{
+    if (m_shown->offset == offset) {
+        return;
+    }
+    m_shown->view.offset = offset;
+    m_shown->offset = offset;
+    m_shown->points = m_shown->measured;
+    for (QPointF& point : m_shown->points) {
+        point.ry() += offset;
+    }
 }
 
 const QVector<QPointF>& LoadedCurveData::points() const

@@ -25,6 +25,7 @@ struct CurveLoad
 {
     CurveView view;
     std::optional<StoredState> state; ///< What was stored then, if the points are from the store.
+    QVector<QPointF> measured;        ///< In that case, the points without the offset.
     QVector<QPointF> points;
     double offset;
 };
@@ -40,7 +41,7 @@ public:
     using NonOwningCurveData::NonOwningCurveData;
 
     /// Has the series load the view and keeps its points; see CurveSeriesData::loadWindow(). Nothing is
-    /// loaded if that would give the points kept already. There must be a series.
+    /// loaded if that would give the points kept already, but for the offset. There must be a series.
     void load(const CurveView& view);
 
     /// Whether load() would read from the store.
@@ -65,6 +66,7 @@ public:
 private:
     std::optional<StoredState> storedFor(const CurveView& view) const;
     bool wouldRepeat(const CurveView& view, const StoredState& state) const;
+    void shift(double offset);
 
     std::optional<CurveLoad> m_shown;
 };

@@ -106,24 +106,26 @@ void CurveSeriesData::trimWindow()
     m_recentOffset = 0;
 }
 
-void CurveSeriesData::loadWindow(qint64 start, qint64 end, int maxPoints, double offset)
+QVector<QPointF> CurveSeriesData::loadWindow(qint64 start, qint64 end, int maxPoints, double offset)
 {
     assertGuiThread();
     if (!isUsable()) {
-        return;
+        return {};
     }
     m_store->flushAndDetach();
     m_yOffset = offset;
+    QVector<QPointF> stored;
     if (isInMemory(start)) {
         showPoints(recentData(), recentCount(), maxPoints);
     } else {
-        const QVector<QPointF> stored = m_store->readCurveData(m_curveId, start, end, maxPoints);
+        stored = m_store->readCurveData(m_curveId, start, end, maxPoints);
         showPoints(stored.constData(), stored.size(), maxPoints);
     }
     const bool empty = m_visiblePoints.isEmpty();
     m_visibleStart = empty ? start : toTime(m_visiblePoints.constFirst().x());
     m_visibleEnd = empty ? end : toTime(m_visiblePoints.constLast().x());
     updateStatistics();
+    return stored;
 }
 
 /// Only the start of the view counts: memory serves it even if it ends beyond its points.

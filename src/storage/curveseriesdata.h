@@ -46,8 +46,8 @@ public:
     /// Loads the points for a plot from `start` to `end`: all points in memory, if `start` is
     /// within their span extended by 10 s on either side, else what the store has for that range;
     /// thinned to `maxPoints` (0 or less: no limit), with `offset` added to each y. First writes
-    /// out and detaches the store.
-    void loadWindow(qint64 start, qint64 end, int maxPoints, double offset);
+    /// out and detaches the store. Returns what it read from the store, without the offset.
+    QVector<QPointF> loadWindow(qint64 start, qint64 end, int maxPoints, double offset);
 
     /// Whether loadWindow() takes a window with this start from the points in memory.
     bool isInMemory(qint64 start) const;

@@ -44,6 +44,8 @@ private slots:
     void sameViewIsReadOnce();
     void anotherViewIsRead_data();
     void anotherViewIsRead();
+    void anotherOffsetIsNotRead();
+    void offsetAddsToWhatWasMeasured();
     void readingAfterTheEndChangesNothing();
     void readingUpToTheEndIsShown_data();
     void readingUpToTheEndIsShown();
@@ -110,12 +112,10 @@ void TestLoadedCurveData::anotherViewIsRead_data()
     QTest::addColumn<qint64>("start");
     QTest::addColumn<qint64>("end");
     QTest::addColumn<int>("maxPoints");
-    QTest::addColumn<double>("offset");
     const scn::CurveView window = someView();
-    QTest::newRow("start") << window.start + 1 << window.end << window.maxPoints << window.offset;
-    QTest::newRow("end") << window.start << window.end + 1 << window.maxPoints << window.offset;
-    QTest::newRow("limit") << window.start << window.end << 21 << window.offset;
-    QTest::newRow("offset") << window.start << window.end << window.maxPoints << 0.75;
+    QTest::newRow("start") << window.start + 1 << window.end << window.maxPoints;
+    QTest::newRow("end") << window.start << window.end + 1 << window.maxPoints;
+    QTest::newRow("limit") << window.start << window.end << 21;
 }
 
 void TestLoadedCurveData::anotherViewIsRead()
@@ -123,10 +123,45 @@ void TestLoadedCurveData::anotherViewIsRead()
     QFETCH(const qint64, start);
     QFETCH(const qint64, end);
     QFETCH(const int, maxPoints);
-    QFETCH(const double, offset);
-    QVERIFY(loads({start, end, maxPoints, offset}));
-    QVERIFY(!loads({start, end, maxPoints, offset}));
+    const scn::CurveView view{start, end, maxPoints, someView().offset};
+    QVERIFY(loads(view));
+    QVERIFY(!loads(view));
     QVERIFY(loads(someView()));
+}
+
+void TestLoadedCurveData::anotherOffsetIsNotRead()
+{
+    scn::CurveView view = someView();
+    for (const double offset : {0.75, -3.0, 0.0, 0.5}) {
+        view.offset = offset;
+        QVERIFY(!m_curve->needsStore(view));
+        QVERIFY(!loads(view));
+        QCOMPARE(m_curve->offset(), offset);
+        QCOMPARE(m_curve->points().size(), 20);
+        QVERIFY(m_curve->points().first().y() == 1.0 + offset);
+        QVERIFY(m_curve->points().last().y() == 50.0 + offset);
+    }
+    // Nor does a reading after the end count, but one before it does.
+    m_series->addPoint(double(kStart + 200000), 7.0);
+    view.offset = 8.0;
+    QVERIFY(!loads(view));
+    m_store->appendPoint(m_series->curveId(), kStart + 20500, 99.0);
+    view.offset = 9.0;
+    QVERIFY(loads(view));
+}
+
+/// Each sum is rounded once. A sum of sums would keep the rounding of every offset on the way.
+void TestLoadedCurveData::offsetAddsToWhatWasMeasured()
+{
+    constexpr double kMeasured = 0.1;
+    const qint64 time = kStart + 600000;
+    m_store->appendPoint(m_series->curveId(), time, kMeasured);
+    for (const double offset : {0.0, 1e17, 0.3, -1e9, 0.0}) {
+        m_curve->load({time, time, 0, offset});
+        QCOMPARE(m_curve->points().size(), 1);
+        QVERIFY(m_curve->points().first().y() == kMeasured + offset);
+        QVERIFY(m_curve->points().first().x() == double(time));
+    }
 }
 
 void TestLoadedCurveData::readingAfterTheEndChangesNothing()
