@@ -1,5 +1,6 @@
 #include "plot/curvetracker.h"
 #include "plotsupport.h"
+#include "support/exactpoints.h"
 #include "support/testprogram.h"
 
 #include <QImage>
@@ -193,7 +194,7 @@ void TestCCurvePlotApart::lookingBackLeavesTheLiveChartAlone()
     QCOMPARE(picture(*live), before);
     QVERIFY(curveOf(*live)->sample(0).x() > double(kStart + 60000));
     // The series itself has what was loaded last.
-    QCOMPARE(m_series->visiblePoints().constFirst(), curveOf(*past)->sample(0));
+    COMPARE_EXACTLY(m_series->visiblePoints().constFirst(), curveOf(*past)->sample(0));
     QCOMPARE(m_series->yOffset(), kViews[1].offset);
 }
 
@@ -204,9 +205,10 @@ void TestCCurvePlotApart::curveShowsTheSeriesUntilItsFirstLoad()
     CCurvePlot plot;
     const QwtPlotCurve* curve = plot.addCurve(series, Qt::red, QStringLiteral("102"));
     QCOMPARE(curve->dataSize(), size_t(2));
-    QCOMPARE(curve->sample(1), QPointF(start + 1.0, 2.5));
-    QCOMPARE(curve->data()->boundingRect(), QRectF(start, 1.5, 1.0, 1.0));
-    QCOMPARE(plot.findChild<CurveTracker*>()->rawSample(curve, 1), QPointF(start + 1.0, 2.0));
+    COMPARE_EXACTLY(curve->sample(1), QPointF(start + 1.0, 2.5));
+    COMPARE_EXACTLY(curve->data()->boundingRect(), QRectF(start, 1.5, 1.0, 1.0));
+    COMPARE_EXACTLY(plot.findChild<CurveTracker*>()->rawSample(curve, 1),
+                    QPointF(start + 1.0, 2.0));
     plot.autoScaleY();
     QCOMPARE(valueBounds(plot).minValue(), 1.375);
     QCOMPARE(valueBounds(plot).maxValue(), 2.625);

@@ -1,6 +1,7 @@
 #include "plot/curvesamples.h"
 #include "plotsupport.h"
 #include "skippedwaits.h"
+#include "support/exactpoints.h"
 #include "support/testprogram.h"
 
 #include <QTemporaryDir>
@@ -138,7 +139,7 @@ void TestCCurvePlotSlices::longLoadIsShownAtOnceWhenThrough()
             plot->itemList(QwtPlotItem::Rtti_PlotCurve).at(static_cast<int>(i)));
         const QVector<QPointF> shown = scn::loadedData(curve)->points();
         m_series[i]->loadWindow(kStart - 5000, kStart + kPoints * kStepMs + 5000, 10000, 0.0);
-        QVERIFY(shown == m_series[i]->visiblePoints());
+        COMPARE_EXACTLY(shown, m_series[i]->visiblePoints());
     }
     passReloads(*plot);
     QCOMPARE(plot->replots, 1);

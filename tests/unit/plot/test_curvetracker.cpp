@@ -2,6 +2,7 @@
 #include "plotsupport.h"
 #include "state/globals.h"
 #include "storage/nonowningcurvedata.h"
+#include "support/exactpoints.h"
 #include "support/settle.h"
 #include "support/testprogram.h"
 
@@ -428,8 +429,8 @@ void TestCurveTracker::samplesOfAnyOtherSeriesAreReadAsTheyAre()
     curve.setSamples(QVector<QPointF>{QPointF(0.0, 0.0), sample});
     curve.attach(&tracked.plot);
     tracked.tracker->setCurves({&curve});
-    QCOMPARE(tracked.tracker->displaySample(&curve, 1), sample);
-    QCOMPARE(tracked.tracker->rawSample(&curve, 1), sample);
+    COMPARE_EXACTLY(tracked.tracker->displaySample(&curve, 1), sample);
+    COMPARE_EXACTLY(tracked.tracker->rawSample(&curve, 1), sample);
     QCOMPARE(tracked.tracker->trackerTextF(sample).text(),
              readout(QStringLiteral("101"), kStart + 30000, QStringLiteral("5.00000"),
                      QStringLiteral("VDC")));
@@ -449,8 +450,8 @@ void TestCurveTracker::curveThatOwnsItsSeriesIsReadWithoutTheOffset()
     curve.setSamples(series.release());
     curve.attach(&tracked.plot);
     tracked.tracker->setCurves({&curve});
-    QCOMPARE(tracked.tracker->displaySample(&curve, 0), reading + QPointF(0.0, 5.0));
-    QCOMPARE(tracked.tracker->rawSample(&curve, 0), reading);
+    COMPARE_EXACTLY(tracked.tracker->displaySample(&curve, 0), reading + QPointF(0.0, 5.0));
+    COMPARE_EXACTLY(tracked.tracker->rawSample(&curve, 0), reading);
     QCOMPARE(tracked.tracker->trackerTextF(reading + QPointF(0.0, 5.0)).text(),
              readout(QStringLiteral("101"), kStart + 30000, QStringLiteral("2.00000"),
                      QStringLiteral("VDC")));
@@ -464,14 +465,14 @@ void TestCurveTracker::samplesOutOfRangeAreZero()
     const QPointF reading(double(kStart + 30000), 2.0);
     QwtPlotCurve* curve =
         tracked.plot.addCurve(m_pool->loaded(0, {reading}, 5.0), Qt::red, QStringLiteral("101"));
-    QCOMPARE(tracked.tracker->displaySample(curve, 0), reading + QPointF(0.0, 5.0));
-    QCOMPARE(tracked.tracker->rawSample(curve, 0), reading);
+    COMPARE_EXACTLY(tracked.tracker->displaySample(curve, 0), reading + QPointF(0.0, 5.0));
+    COMPARE_EXACTLY(tracked.tracker->rawSample(curve, 0), reading);
     for (int index : {-1, 1}) {
-        QCOMPARE(tracked.tracker->displaySample(curve, index), QPointF());
-        QCOMPARE(tracked.tracker->rawSample(curve, index), QPointF());
+        COMPARE_EXACTLY(tracked.tracker->displaySample(curve, index), QPointF());
+        COMPARE_EXACTLY(tracked.tracker->rawSample(curve, index), QPointF());
     }
-    QCOMPARE(tracked.tracker->displaySample(nullptr, 0), QPointF());
-    QCOMPARE(tracked.tracker->rawSample(nullptr, 0), QPointF());
+    COMPARE_EXACTLY(tracked.tracker->displaySample(nullptr, 0), QPointF());
+    COMPARE_EXACTLY(tracked.tracker->rawSample(nullptr, 0), QPointF());
 }
 
 void TestCurveTracker::picksWhatBruteForcePicks()

@@ -10,6 +10,7 @@
 #include "seriesstore.h"
 #include "storage/storeclock.h"
 #include "support/eventcounter.h"
+#include "support/exactpoints.h"
 #include "support/settle.h"
 #include "support/testprogram.h"
 #include "widgets/customsidebutton.h"
@@ -396,8 +397,8 @@ void TestGraphicSettingWidget::batchFeedsTheSeries()
     const auto second = m_store->add(102);
     Fixture::send({reading(101, 1.0), reading(102, -2.0), reading(101, 3.0, kTime.addSecs(1))});
     const auto ms = static_cast<double>(kTime.toMSecsSinceEpoch());
-    QCOMPARE(first->recentPoints(), (QVector<QPointF>{{ms, 1.0}, {ms + 1000.0, 3.0}}));
-    QCOMPARE(second->recentPoints(), (QVector<QPointF>{{ms, -2.0}}));
+    COMPARE_EXACTLY(first->recentPoints(), (QVector<QPointF>{{ms, 1.0}, {ms + 1000.0, 3.0}}));
+    COMPARE_EXACTLY(second->recentPoints(), (QVector<QPointF>{{ms, -2.0}}));
 }
 
 void TestGraphicSettingWidget::batchIsFedWithoutAnyWindow()
@@ -408,7 +409,7 @@ void TestGraphicSettingWidget::batchIsFedWithoutAnyWindow()
     Fixture::send({reading(107, 1.0)});
     QCOMPARE(series->count(), 1);
     const QPointF point(static_cast<double>(kTime.toMSecsSinceEpoch()), 1.0);
-    QCOMPARE(series->allData(), QVector<QPointF>{point});
+    COMPARE_EXACTLY(series->allData(), QVector<QPointF>{point});
 }
 
 void TestGraphicSettingWidget::readingWithoutASeriesIsDropped()
@@ -472,8 +473,8 @@ void TestGraphicSettingWidget::seriesThatWereRefusedAreRegisteredWhenTheStoreIsB
     Fixture::send({reading(101, 3.0, kTime.addSecs(1))});
     QVERIFY(!store.refusesReadings());
     const auto ms = static_cast<double>(kTime.toMSecsSinceEpoch());
-    QCOMPARE(series[101]->allData(), (QVector<QPointF>{{ms + 1000.0, 3.0}}));
-    QCOMPARE(series[102]->allData(), (QVector<QPointF>{{ms, 2.0}}));
+    COMPARE_EXACTLY(series[101]->allData(), (QVector<QPointF>{{ms + 1000.0, 3.0}}));
+    COMPARE_EXACTLY(series[102]->allData(), (QVector<QPointF>{{ms, 2.0}}));
     SeriesStore::reset();
     store.closeForExit(QDeadlineTimer(2000));
 }

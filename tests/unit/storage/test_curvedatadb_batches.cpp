@@ -1,6 +1,7 @@
 #include "dayfilewriter.h"
 #include "readscene.h"
 #include "storage/curvedatadb.h"
+#include "support/exactpoints.h"
 #include "support/logcapture.h"
 #include "support/testprogram.h"
 
@@ -199,11 +200,11 @@ void TestCurveDataDBBatches::loadingBatchesHoldsPointsBack()
 
     store.appendPoints(1, ramp(start + 10000, 5, 1000));
     store.flushPending();
-    QCOMPARE(store.readCurveData(1, start, start + kHourMs, 0), ramp(start, 5, 1000));
+    COMPARE_EXACTLY(store.readCurveData(1, start, start + kHourMs, 0), ramp(start, 5, 1000));
     // Single points are still written.
     store.appendPoint(1, start + 20000, 8.0);
-    QCOMPARE(store.readCurveData(1, start, start + kHourMs, 0),
-             ramp(start, 5, 1000) << QPointF(double(start + 20000), 8.0));
+    COMPARE_EXACTLY(store.readCurveData(1, start, start + kHourMs, 0),
+                    ramp(start, 5, 1000) << QPointF(double(start + 20000), 8.0));
 }
 
 SCN_TEST(TestCurveDataDBBatches, QCoreApplication)

@@ -4,6 +4,7 @@
 #include "readmodel.h"
 #include "readscene.h"
 #include "storage/curvedatadb.h"
+#include "support/exactpoints.h"
 #include "support/logcapture.h"
 #include "support/testprogram.h"
 
@@ -95,9 +96,9 @@ void TestCurveDataDBRead::boundsOfTheRangeAreIncluded()
     DayFileWriter file(pathOf(QStringLiteral("20260101")));
     file.addCurve(1, curveName(1));
     file.addBatch(1, start, DayFileWriter::tableName(1, start), points);
-    QCOMPARE(read(1, start + 200, start + 500), points.mid(2, 4));
-    QCOMPARE(read(1, start + 201, start + 499), points.mid(3, 2));
-    QCOMPARE(read(1, start + 900, start + 900), points.mid(9, 1));
+    COMPARE_EXACTLY(read(1, start + 200, start + 500), points.mid(2, 4));
+    COMPARE_EXACTLY(read(1, start + 201, start + 499), points.mid(3, 2));
+    COMPARE_EXACTLY(read(1, start + 900, start + 900), points.mid(9, 1));
     QVERIFY(read(1, start + 901, start + 1000).isEmpty());
 }
 
@@ -133,7 +134,7 @@ void TestCurveDataDBRead::pointsOfOtherCurvesAreLeftOut()
     file.execute(QStringLiteral("INSERT INTO %1 (curve_id, timestamp, value) VALUES (2, %2, 5.5)")
                      .arg(DayFileWriter::tableName(1, start))
                      .arg(start + 60));
-    QCOMPARE(read(1, start, start + 1000), points);
+    COMPARE_EXACTLY(read(1, start, start + 1000), points);
     QCOMPARE(read(2, start, start + 1000), ramp(start + 50, 7, 100));
 }
 
@@ -144,7 +145,7 @@ void TestCurveDataDBRead::batchThatEnclosesTheRangeIsRead()
     DayFileWriter file(pathOf(QStringLiteral("20260104")));
     file.addCurve(1, curveName(1));
     file.addBatch(1, start, DayFileWriter::tableName(1, start), points);
-    QCOMPARE(read(1, start + kHourMs + 10000, start + kHourMs + 20000), points.mid(10, 11));
+    COMPARE_EXACTLY(read(1, start + kHourMs + 10000, start + kHourMs + 20000), points.mid(10, 11));
 }
 
 void TestCurveDataDBRead::daysAreJoinedInOrderOfTime()
@@ -164,7 +165,7 @@ void TestCurveDataDBRead::daysAreJoinedInOrderOfTime()
         }
     }
     const qint64 start = localTime("2026-01-06 00:00:00.000");
-    QCOMPARE(read(1, start, start + 4 * kDayMs - 1), points);
+    COMPARE_EXACTLY(read(1, start, start + 4 * kDayMs - 1), points);
 }
 
 void TestCurveDataDBRead::from23To01ReadsTheFirstFileOnly()
@@ -182,8 +183,8 @@ void TestCurveDataDBRead::from23To01ReadsTheFirstFileOnly()
         next.addBatch(1, night, DayFileWriter::tableName(1, night), after);
     }
     const LogCapture log;
-    QCOMPARE(read(1, night - kHourMs, night + kHourMs), before);
-    QCOMPARE(read(1, night, night + kHourMs), after);
+    COMPARE_EXACTLY(read(1, night - kHourMs, night + kHourMs), before);
+    COMPARE_EXACTLY(read(1, night, night + kHourMs), after);
     QCOMPARE(log.lines(), QStringList());
 }
 
@@ -201,8 +202,8 @@ void TestCurveDataDBRead::from23To01A24HoursLaterReadsBoth()
     next.addBatch(1, night, DayFileWriter::tableName(1, night), second);
     // The step of a day counts from the start: one millisecond less is too short.
     const qint64 start = evening + 5 * kHourMs;
-    QCOMPARE(read(1, start, start + kDayMs - 1), first);
-    QCOMPARE(read(1, start, start + kDayMs), first + second);
+    COMPARE_EXACTLY(read(1, start, start + kDayMs - 1), first);
+    COMPARE_EXACTLY(read(1, start, start + kDayMs), first + second);
 }
 
 void TestCurveDataDBRead::dayOf25HoursTakesTwoSteps()
@@ -239,7 +240,7 @@ void TestCurveDataDBRead::eachMissingFileHasItsLine()
         }
     }
     const LogCapture log;
-    QCOMPARE(read(1, first, first + 30 * kDayMs - 1), points);
+    COMPARE_EXACTLY(read(1, first, first + 30 * kDayMs - 1), points);
     QCOMPARE(expected.size(), 20);
     QCOMPARE(log.lines(), expected);
 }
@@ -296,7 +297,7 @@ void TestCurveDataDBRead::fileThatCannotBeOpenedIsPassedOver()
                       ramp(start + kDayMs, 5, 1000));
     }
     const LogCapture log;
-    QCOMPARE(read(1, start, start + 2 * kDayMs - 1), ramp(start + kDayMs, 5, 1000));
+    COMPARE_EXACTLY(read(1, start, start + 2 * kDayMs - 1), ramp(start + kDayMs, 5, 1000));
     QCOMPARE(log.lines(QtWarningMsg),
              QStringList{
                  QStringLiteral("无法打开数据库: \"%1\"").arg(pathOf(QStringLiteral("20260117")))});
@@ -314,7 +315,7 @@ void TestCurveDataDBRead::goneTableIsPassedOver()
         file.addBatch(1, next, DayFileWriter::tableName(1, next), ramp(next, 5, 1000));
     }
     const LogCapture log;
-    QCOMPARE(read(1, start, start + kDayMs - 1), ramp(next, 5, 1000));
+    COMPARE_EXACTLY(read(1, start, start + kDayMs - 1), ramp(next, 5, 1000));
     QCOMPARE(log.lines(), QStringList{QStringLiteral("warning: 分片表不存在: \"%1\"").arg(gone)});
 }
 
@@ -332,7 +333,7 @@ void TestCurveDataDBRead::tableThatCannotBePreparedIsPassedOver()
         file.addBatch(1, next, DayFileWriter::tableName(1, next), ramp(next, 5, 1000));
     }
     const LogCapture log;
-    QCOMPARE(read(1, start, start + kDayMs - 1), ramp(next, 5, 1000));
+    COMPARE_EXACTLY(read(1, start, start + kDayMs - 1), ramp(next, 5, 1000));
     QCOMPARE(log.lines().size(), 1);
     QVERIFY2(log.lines().at(0).startsWith(
                  QStringLiteral("warning: SQL准备失败: \"no such column: value")),
@@ -360,7 +361,7 @@ void TestCurveDataDBRead::tableThatFailsAtOnceIsPassedOver()
         file.addBatch(1, next, DayFileWriter::tableName(1, next), ramp(next, 5, 1000));
     }
     const LogCapture log;
-    QCOMPARE(read(1, start, start + kDayMs - 1), ramp(next, 5, 1000));
+    COMPARE_EXACTLY(read(1, start, start + kDayMs - 1), ramp(next, 5, 1000));
     QCOMPARE(log.lines().size(), 1);
     QVERIFY2(log.lines().at(0).startsWith(
                  QStringLiteral("warning: 读取分片 \"%1\" 失败: \"integer overflow").arg(broken)),
@@ -391,7 +392,7 @@ void TestCurveDataDBRead::tableThatFailsMidwayGivesWhatWasRead()
     }
     const LogCapture log;
     const QVector<QPointF> readable{{double(start), 7.0}, {double(start + 1), 8.0}};
-    QCOMPARE(read(1, start, start + kDayMs - 1), readable + ramp(next, 5, 1000));
+    COMPARE_EXACTLY(read(1, start, start + kDayMs - 1), readable + ramp(next, 5, 1000));
     QCOMPARE(log.lines().size(), 1);
     QVERIFY2(log.lines().at(0).startsWith(
                  QStringLiteral("warning: 读取分片 \"%1\" 失败: \"integer overflow").arg(broken)),
@@ -410,9 +411,9 @@ void TestCurveDataDBRead::tableNamesAreData()
         file.addBatchRow(1, start, gone);
     }
     const LogCapture log;
-    QCOMPARE(read(1, start, start + kHourMs), ramp(start, 5, 1000));
+    COMPARE_EXACTLY(read(1, start, start + kHourMs), ramp(start, 5, 1000));
     QCOMPARE(log.lines(), QStringList{QStringLiteral("warning: 分片表不存在: \"%1\"").arg(gone)});
-    QCOMPARE(read(1, start, start + kHourMs), ramp(start, 5, 1000));
+    COMPARE_EXACTLY(read(1, start, start + kHourMs), ramp(start, 5, 1000));
 }
 
 void TestCurveDataDBRead::tableOfAnotherCurveUnderAReusedIdIsLeftOut()
@@ -429,7 +430,7 @@ void TestCurveDataDBRead::tableOfAnotherCurveUnderAReusedIdIsLeftOut()
         1, start, start + kHourMs, m_scene.store().openDb(pathOf(QStringLiteral("20260124"))));
     QCOMPARE(batches.size(), 1);
     QCOMPARE(batches.at(0).tableName, DayFileWriter::tableName(1, start));
-    QCOMPARE(read(1, start, start + kHourMs), ramp(start, 3, 1000));
+    COMPARE_EXACTLY(read(1, start, start + kHourMs), ramp(start, 3, 1000));
 }
 
 void TestCurveDataDBRead::limitOf10000LeavesOneOf10001Out()
@@ -441,19 +442,19 @@ void TestCurveDataDBRead::limitOf10000LeavesOneOf10001Out()
     file.addBatch(1, start, DayFileWriter::tableName(1, start), points);
     const QVector<QPointF> found = read(1, start, start + kBatchMs, 10000);
     QCOMPARE(found.size(), 10000);
-    QCOMPARE(found.constFirst(), points.constFirst());
-    QCOMPARE(found.constLast(), points.constLast());
-    QCOMPARE(found, thinned(points, 10000));
-    QCOMPARE(read(1, start, start + kBatchMs, 1), points.mid(10000));
-    QCOMPARE(read(1, start, start + kBatchMs, 0), points);
-    QCOMPARE(read(1, start, start + kBatchMs, -3), points);
+    COMPARE_EXACTLY(found.constFirst(), points.constFirst());
+    COMPARE_EXACTLY(found.constLast(), points.constLast());
+    COMPARE_EXACTLY(found, thinned(points, 10000));
+    COMPARE_EXACTLY(read(1, start, start + kBatchMs, 1), points.mid(10000));
+    COMPARE_EXACTLY(read(1, start, start + kBatchMs, 0), points);
+    COMPARE_EXACTLY(read(1, start, start + kBatchMs, -3), points);
 }
 
 void TestCurveDataDBRead::limitIsReachedWithoutThinning()
 {
     const qint64 start = localTime("2026-01-25 00:00:00.000");
-    QCOMPARE(read(1, start, start + 999900, 10000), ramp(start, 10000, 100));
-    QCOMPARE(read(1, start, start + kBatchMs, 10001), ramp(start, 10001, 100));
+    COMPARE_EXACTLY(read(1, start, start + 999900, 10000), ramp(start, 10000, 100));
+    COMPARE_EXACTLY(read(1, start, start + kBatchMs, 10001), ramp(start, 10001, 100));
 }
 
 void TestCurveDataDBRead::thinningCompoundsAcrossBatches()
@@ -474,19 +475,19 @@ void TestCurveDataDBRead::thinningCompoundsAcrossBatches()
     QVector<QPointF> expected = thinned(batches.at(0), 10);
     expected = thinned(expected + batches.at(1), 10);
     expected = thinned(expected + batches.at(2), 10);
-    QCOMPARE(read(1, midnight, midnight + kDayMs - 1, 10), expected);
+    COMPARE_EXACTLY(read(1, midnight, midnight + kDayMs - 1, 10), expected);
     QCOMPARE(expected.last(), batches.at(2).last());
     QVERIFY(expected != thinned(batches.at(0) + batches.at(1) + batches.at(2), 10));
     // Twice the limit exactly is not thinned on the way: 20 points of the second batch, then 19.
-    QCOMPARE(read(1, midnight + kBatchMs, midnight + kDayMs - 1, 10),
-             thinned(batches.at(1) + batches.at(2), 10));
+    COMPARE_EXACTLY(read(1, midnight + kBatchMs, midnight + kDayMs - 1, 10),
+                    thinned(batches.at(1) + batches.at(2), 10));
 }
 
 void TestCurveDataDBRead::hugeLimitIsNoLimit()
 {
     const qint64 start = localTime("2026-01-26 00:00:00.000");
-    QCOMPARE(read(1, start, start + kBatchMs - 1, std::numeric_limits<int>::max()),
-             ramp(start, 21, 1000));
+    COMPARE_EXACTLY(read(1, start, start + kBatchMs - 1, std::numeric_limits<int>::max()),
+                    ramp(start, 21, 1000));
 }
 
 void TestCurveDataDBRead::pointsAreSortedAcrossTables()
@@ -503,7 +504,7 @@ void TestCurveDataDBRead::pointsAreSortedAcrossTables()
     const QVector<QPointF> found = read(1, start, start + kDayMs - 1);
     QCOMPARE(found.size(), 100);
     for (int i = 0; i < found.size(); ++i) {
-        QCOMPARE(found.at(i), QPointF(double(start + 10 * i), i / 2 * 0.5 - 3.0));
+        COMPARE_EXACTLY(found.at(i), QPointF(double(start + 10 * i), i / 2 * 0.5 - 3.0));
     }
 }
 
@@ -549,7 +550,7 @@ void TestCurveDataDBRead::readsEqualTheModel()
             modelRead(days, visitedDays(start, end), start, end, maxPoints);
         const QString about = QStringLiteral("seed %1, read %2: %3 to %4, at most %5 points");
         QVERIFY2(
-            read(1, start, end, maxPoints) == expected,
+            samePoints(read(1, start, end, maxPoints), expected),
             qPrintable(
                 about.arg(seed).arg(round).arg(start - first).arg(end - first).arg(maxPoints)));
     }

@@ -3,6 +3,7 @@
 #include "storage/curvedatadb.h"
 #include "storage/curveseriesbuilder.h"
 #include "storage/curveseriesdata.h"
+#include "support/exactpoints.h"
 #include "support/logcapture.h"
 #include "support/testprogram.h"
 
@@ -89,7 +90,7 @@ void TestCurveSeriesBuilder::buildsOnAnotherThread()
     QCOMPARE(series.size(), 1);
     const qint64 now = QDateTime::currentMSecsSinceEpoch();
     series.value(103)->addPoint(double(now), 1.5);
-    QCOMPARE(series.value(103)->allData(), QVector<QPointF>{QPointF(double(now), 1.5)});
+    COMPARE_EXACTLY(series.value(103)->allData(), QVector<QPointF>{QPointF(double(now), 1.5)});
     QCOMPARE(log.lines(QtWarningMsg), QStringList());
 }
 

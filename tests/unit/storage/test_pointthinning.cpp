@@ -1,4 +1,5 @@
 #include "storage/pointthinning.h"
+#include "support/exactpoints.h"
 #include "support/testprogram.h"
 
 #include <QtTest>
@@ -54,7 +55,7 @@ void TestPointThinning::noLimitKeepsAll()
     QFETCH(int, maxPoints);
     QVector<QPointF> points = ramp(100);
     thinPoints(points, maxPoints);
-    QCOMPARE(points, ramp(100));
+    COMPARE_EXACTLY(points, ramp(100));
     QVector<QPointF> none;
     thinPoints(none, maxPoints);
     QVERIFY(none.isEmpty());
@@ -64,7 +65,7 @@ void TestPointThinning::asManyAsTheLimitStay()
 {
     QVector<QPointF> points = ramp(100);
     thinPoints(points, 100);
-    QCOMPARE(points, ramp(100));
+    COMPARE_EXACTLY(points, ramp(100));
 }
 
 void TestPointThinning::oneTooManyDropsOne()
@@ -72,8 +73,8 @@ void TestPointThinning::oneTooManyDropsOne()
     QVector<QPointF> points = ramp(10001);
     thinPoints(points, 10000);
     QCOMPARE(points.size(), 10000);
-    QCOMPARE(points.constFirst(), ramp(10001).constFirst());
-    QCOMPARE(points.constLast(), ramp(10001).constLast());
+    COMPARE_EXACTLY(points.constFirst(), ramp(10001).constFirst());
+    COMPARE_EXACTLY(points.constLast(), ramp(10001).constLast());
     // Index 9999 * 1.0001 truncates to 9999, which the last point, 10000, then replaces.
     QCOMPARE(points.at(9998).x(), 1000.0 + 9998);
 }
@@ -99,7 +100,7 @@ void TestPointThinning::lastPointOfEqualXDoesNotReplace()
     QVector<QPointF> points{{1.0, 10.0}, {2.0, 20.0}, {3.0, 30.0}, {3.0, 40.0}};
     thinPoints(points, 2);
     // Step 2: indices 0 and 2; the source's last point has the x of the one taken.
-    QCOMPARE(points, (QVector<QPointF>{{1.0, 10.0}, {3.0, 30.0}}));
+    COMPARE_EXACTLY(points, (QVector<QPointF>{{1.0, 10.0}, {3.0, 30.0}}));
 }
 
 void TestPointThinning::limitOfOneIsTheLastPoint()

@@ -6,6 +6,7 @@
 #include "storage/connectionpool.h"
 #include "storage/curvedatadb.h"
 #include "storage/storeclock.h"
+#include "support/exactpoints.h"
 #include "support/logcapture.h"
 #include "support/testprogram.h"
 #include "teststore.h"
@@ -436,8 +437,8 @@ void TestStoreErrors::tableThatCannotBeLookedFor()
     {
         const auto db = store->openDb(store.path("20260112"));
         const DeniedTables denied(*db, {text(kNight), text("sqlite_master")});
-        QCOMPARE(store->readCurveData(1, night, at(0), 0),
-                 QVector<QPointF>{QPointF(static_cast<double>(at(0)), 2.0)});
+        COMPARE_EXACTLY(store->readCurveData(1, night, at(0), 0),
+                        QVector<QPointF>{QPointF(static_cast<double>(at(0)), 2.0)});
     }
     QCOMPARE(log.lines().size(), 1);
     QVERIFY2(log.lines().constFirst().startsWith(

@@ -2,6 +2,7 @@
 #include "skippedwaits.h"
 #include "storage/curveseriesdata.h"
 #include "storage/storeclock.h"
+#include "support/exactpoints.h"
 #include "support/logcapture.h"
 #include "support/testprogram.h"
 #include "teststore.h"
@@ -80,9 +81,9 @@ void TestStoreTimeFlow::skippedHourIsDropped()
                       "+5.50000000E+00 V,2026,03,29,03,00,00.000,101,0"));
     QCOMPARE(log.lines(),
              (QStringList{kBadTime, kSkipped, kBadTime, kSkipped, kBadTime, kSkipped}));
-    QCOMPARE(series.recentPoints(),
-             (QVector<QPointF>{point("2026-03-29T01:59:59.999+01:00", 1.5),
-                               point("2026-03-29T03:00:00.000+02:00", 5.5)}));
+    COMPARE_EXACTLY(series.recentPoints(),
+                    (QVector<QPointF>{point("2026-03-29T01:59:59.999+01:00", 1.5),
+                                      point("2026-03-29T03:00:00.000+02:00", 5.5)}));
     QCOMPARE(allRows(store.directory()), lines(R"(
         20260329.db
           batch_metadata
@@ -148,18 +149,18 @@ void TestStoreTimeFlow::memoryShowsBothHoursTheStoreTheFirst()
     const qint64 start = instant("2026-10-25T02:10:00.000+02:00");
     const qint64 end = instant("2026-10-25T03:00:00.000+01:00");
     series.loadWindow(start, end, 0, 0.0);
-    QCOMPARE(shown(series), (QVector<QPointF>{point("2026-10-25T02:10:00.000+02:00", 1.5),
-                                              point("2026-10-25T02:50:00.000+02:00", 2.5),
-                                              point("2026-10-25T02:10:00.000+02:00", 3.5),
-                                              point("2026-10-25T02:20:00.000+02:00", 4.5),
-                                              point("2026-10-25T03:00:00.000+01:00", 5.5)}));
+    COMPARE_EXACTLY(shown(series), (QVector<QPointF>{point("2026-10-25T02:10:00.000+02:00", 1.5),
+                                                     point("2026-10-25T02:50:00.000+02:00", 2.5),
+                                                     point("2026-10-25T02:10:00.000+02:00", 3.5),
+                                                     point("2026-10-25T02:20:00.000+02:00", 4.5),
+                                                     point("2026-10-25T03:00:00.000+01:00", 5.5)}));
     QCOMPARE(series.count(), 5);
     series.clear();
     series.loadWindow(start, end, 0, 0.0);
-    QCOMPARE(shown(series), (QVector<QPointF>{point("2026-10-25T02:10:00.000+02:00", 1.5),
-                                              point("2026-10-25T02:20:00.000+02:00", 4.5),
-                                              point("2026-10-25T02:50:00.000+02:00", 2.5),
-                                              point("2026-10-25T03:00:00.000+01:00", 5.5)}));
+    COMPARE_EXACTLY(shown(series), (QVector<QPointF>{point("2026-10-25T02:10:00.000+02:00", 1.5),
+                                                     point("2026-10-25T02:20:00.000+02:00", 4.5),
+                                                     point("2026-10-25T02:50:00.000+02:00", 2.5),
+                                                     point("2026-10-25T03:00:00.000+01:00", 5.5)}));
 }
 
 /// 25 readings an hour apart, stamped as a wall clock shows them: 24 rows.
