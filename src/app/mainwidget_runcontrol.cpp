@@ -278,6 +278,10 @@ void MainWidget::stopLoadingView()
     if (m_runState->run() == RunState::Idle) {
         m_indicator->showIdle();
     }
+    // The loss took the overlay of a start away whose series are still being made.
+    if (m_runState->state() == RunState::Starting) {
+        m_startupView->showLoading();
+    }
     if (m_readData->isPolling()) {
         return;
     }

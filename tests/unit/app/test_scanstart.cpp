@@ -90,6 +90,7 @@ private slots:
     void startWithoutAnIdentityLeadsToTheRecovery();
     void lossWhileStartingEndsTheStart();
     void recoveryWhileStartingEndsTheStart();
+    void startGoesOnUnderItsOverlayAfterARecovery();
     void windowsEndWhileStartingSendsNothing();
     void labelSaysWhenNothingCanBeStored();
 };
@@ -330,6 +331,42 @@ void TestScanStart::recoveryWhileStartingEndsTheStart()
     QVERIFY(!bench.takeLines().contains(QStringLiteral("INIT")));
     QVERIFY(!g_scanRunning);
     QCOMPARE(bench.startButton()->text(), QStringLiteral("开始"));
+}
+
+/// The link is lost and found again while the series are still being made.
+void TestScanStart::startGoesOnUnderItsOverlayAfterARecovery()
+{
+    QSemaphore asked;
+    QSemaphore answered;
+    Start bench;
+    bench.storeWaits().setRule([&asked, &answered](std::chrono::milliseconds) {
+        asked.release();
+        answered.tryAcquire(1, 20000);
+        return std::chrono::milliseconds(0);
+    });
+    QTest::mouseClick(bench.startButton(), Qt::LeftButton);
+    QTRY_VERIFY_WITH_TIMEOUT(asked.available() > 0, 10000);
+    emit ReadData::instance()->sigUseInst();
+    QVERIFY(!bench.startupView()->isVisible());
+    bench.clickRecovery();
+    QTRY_VERIFY_WITH_TIMEOUT(!bench.reconnectView()->isVisible(), 10000);
+    WindowBench::endAcquisition();
+
+    QCOMPARE(bench.startButton()->text(), QStringLiteral("停止"));
+    QVERIFY(bench.startupView()->isVisible());
+    QVERIFY(bench.startupView()->findChild<QTimer*>()->isActive());
+    // A tick would change the list of the scan that is about to start.
+    const QRect place = bench.tree()->visualItemRect(bench.item(202));
+    const QPoint centre =
+        bench.tree()->viewport()->mapTo(&bench.window(), QPoint(10, place.center().y()));
+    QVERIFY(bench.startupView()->isAncestorOf(bench.window().childAt(centre)));
+
+    bench.takeLines();
+    answered.release(100);
+    QTRY_VERIFY_WITH_TIMEOUT(g_scanRunning, 10000);
+    QCOMPARE(bench.takeLines(), scanLines());
+    QVERIFY(g_curveSeries.value(201));
+    QVERIFY(!bench.startupView()->isVisible());
 }
 
 void TestScanStart::windowsEndWhileStartingSendsNothing()

@@ -37,6 +37,9 @@ public:
 
     FakeInstrument& instrument() { return m_instrument; }
 
+    /// The waits of the store, such as that of each new curve.
+    SkippedWaits& storeWaits() { return m_storeWaits; }
+
     /// How long the window and the acquisition that runs wait: mostly less than in the program. For
     /// the next window.
     scn::WindowTiming windowTiming;
