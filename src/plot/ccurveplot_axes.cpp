@@ -111,6 +111,7 @@ bool CCurvePlot::loadVisibleCurves()
     for (QwtPlotCurve* curve : qAsConst(m_curves)) {
         scn::LoadedCurveData* const loaded = scn::loadedData(curve);
         if (curve->isVisible() && loaded) {
+            loaded->expectLoad();
             shown.append({loaded, m_curveOffsets[curve]});
         }
     }

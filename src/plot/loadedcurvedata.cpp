@@ -73,7 +73,7 @@ const QVector<QPointF>& LoadedCurveData::points() const
     if (m_shown) {
         return m_shown->points;
     }
-    return series() ? series()->visiblePoints() : none;
+    return borrowed() ? borrowed()->visiblePoints() : none;
 }
 
 double LoadedCurveData::offset() const
@@ -81,7 +81,7 @@ double LoadedCurveData::offset() const
     if (m_shown) {
         return m_shown->offset;
     }
-    return series() ? series()->yOffset() : 0.0;
+    return borrowed() ? borrowed()->yOffset() : 0.0;
 }
 
 size_t LoadedCurveData::size() const

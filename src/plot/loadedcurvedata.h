@@ -32,13 +32,16 @@ struct CurveLoad
 
 /// What one curve of one chart shows of a series that other charts may show too. A series has a single
 /// set of points on display, that of the last to load it; the curve keeps the points and the offset of
-/// its own load. Until its first load it shows what the series has on display.
+/// its own load. Before its chart begins to load it, it shows what the series has on display.
 ///
 /// The points are shared with the series, not copied. GUI thread.
 class LoadedCurveData : public NonOwningCurveData
 {
 public:
     using NonOwningCurveData::NonOwningCurveData;
+
+    /// Its chart begins to load it: until that load is shown there is nothing on display.
+    void expectLoad() { m_expectsLoad = true; }
 
     /// Has the series load the view and keeps its points; see CurveSeriesData::loadWindow(). Nothing is
     /// loaded if that would give the points kept already, but for the offset. There must be a series.
@@ -68,7 +71,11 @@ private:
     bool wouldRepeat(const CurveView& view, const StoredState& state) const;
     void shift(double offset);
 
+    /// The display of the series, or none if that may be another chart's.
+    const CurveSeriesData* borrowed() const { return m_expectsLoad ? nullptr : series(); }
+
     std::optional<CurveLoad> m_shown;
+    bool m_expectsLoad = false;
 };
 
 } // namespace scn

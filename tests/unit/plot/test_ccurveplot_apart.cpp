@@ -125,7 +125,7 @@ private slots:
     void chartsOfOneChannelKeepTheirViews_data();
     void chartsOfOneChannelKeepTheirViews();
     void lookingBackLeavesTheLiveChartAlone();
-    void curveShowsTheSeriesUntilItsFirstLoad();
+    void curveShowsTheSeriesUntilItsPlotLoads();
 
 private:
     std::unique_ptr<SeriesPool> m_pool;
@@ -198,7 +198,7 @@ void TestCCurvePlotApart::lookingBackLeavesTheLiveChartAlone()
     QCOMPARE(m_series->yOffset(), kViews[1].offset);
 }
 
-void TestCCurvePlotApart::curveShowsTheSeriesUntilItsFirstLoad()
+void TestCCurvePlotApart::curveShowsTheSeriesUntilItsPlotLoads()
 {
     const auto start = static_cast<double>(kStart);
     CurveSeriesData* series = m_pool->loaded(1, {{start, 1.0}, {start + 1.0, 2.0}}, 0.5);

@@ -63,6 +63,7 @@ private slots:
 
     void longLoadIsShownAtOnceWhenThrough();
     void formerPointsStayUntilThen();
+    void newCurveShowsNothingUntilThen();
     void userWhoMovesOnEndsIt();
     void viewThatFollowsIsNotPutOffForever();
     void chartShownLastGoesFirst();
@@ -158,6 +159,39 @@ void TestCCurvePlotSlices::formerPointsStayUntilThen()
         QCoreApplication::processEvents();
     }
     QCOMPARE(pointsShown(*plot), 10000);
+}
+
+void TestCCurvePlotSlices::newCurveShowsNothingUntilThen()
+{
+    const auto plot = plotOfAll();
+    const auto other = plotOfAll();
+    QVERIFY(plot && other);
+    plot->clearCurves();
+    plot->onMagnifierZoomed(1.0);
+    plot->setAxisScale(QwtPlot::xBottom, double(kStart), double(kStart + kPoints * kStepMs));
+    plot->replot();
+    const QImage empty = plot->canvas()->grab().toImage();
+    for (QwtPlotItem* item : other->itemList(QwtPlotItem::Rtti_PlotCurve)) {
+        other->setCurveOffset(static_cast<QwtPlotCurve*>(item), 5.0);
+    }
+    look(*other, kStart + 20000, kStart + 25000);
+    QCOMPARE(pointsShown(*other), 31);
+
+    for (const auto& series : m_series) {
+        plot->addCurve(series.get(), Qt::red, QStringLiteral("101"));
+    }
+    plot->replots = 0;
+    plot->showCurrentView();
+    QCOMPARE(plot->replots, 1);
+    while (plot->replots == 1) {
+        QCOMPARE(pointsShown(*plot), 0);
+        QCOMPARE(plot->canvas()->grab().toImage(), empty);
+        plot->autoScaleY();
+        QCOMPARE(valueBounds(*plot).maxValue(), 10.0);
+        QCoreApplication::processEvents();
+    }
+    QCOMPARE(pointsShown(*plot), 10000);
+    QCOMPARE(firstShown(*plot), kStart);
 }
 
 void TestCCurvePlotSlices::userWhoMovesOnEndsIt()
