@@ -121,6 +121,7 @@ void CCurvePlot::clearCurves()
     m_userMovedY = false;
     m_followTime = true;
     m_autoScaleY = true;
+    m_hasShownValues = false;
 
     const qint64 now = QDateTime::currentMSecsSinceEpoch();
     setTimeAxis({now - scn::TimeWindow::kSpan.count(), now});

@@ -29,7 +29,8 @@ class ViewLoad;
 /// The x axis (QwtPlot::xBottom) carries milliseconds since the epoch, the y axis (QwtPlot::yLeft)
 /// values in the channel's unit. After a clear the first reading opens a window that fills from the
 /// left; once a reading reaches its right edge, the window scrolls with the newest time. A zoom or a
-/// pan freezes the view until resumeLive() or clearCurves().
+/// pan freezes the view until resumeLive() or clearCurves(); the first samples that the plot shows set
+/// the y axis even then.
 ///
 /// The plot holds no samples. A batch of readings only sets the axes and arms a 100 ms timer. When it
 /// expires, the series of the visible curves load the visible window and the plot is drawn once. What
@@ -130,6 +131,8 @@ private:
     void stretchTimeWindow();
     void reloadVisibleData();
     bool loadVisibleCurves();
+    void scaleToValues();
+    void scaleToLoad();
     bool proceedWithLoad(std::chrono::milliseconds budget);
     void takeTurn();
     void giveUpLoad();
@@ -147,6 +150,7 @@ private:
     bool m_followTime = true;
     bool m_autoScaleY = true;
     bool m_updatingAxes = false;
+    bool m_hasShownValues = false; ///< Since the last clear.
     QTimer* m_reloadTimer = nullptr;
     QTimer* m_rangeCheckTimer = nullptr;
     double m_lastLowerX = 0.0;

@@ -73,6 +73,11 @@ void CCurvePlot::autoScaleY()
     if (m_userMovedY || !m_autoScaleY || m_curves.isEmpty()) {
         return;
     }
+    scaleToValues();
+}
+
+void CCurvePlot::scaleToValues()
+{
     const auto scale = scn::scaleForValues(m_curves);
     if (scale) {
         setBounds(QwtPlot::yLeft, scale->minValue(), scale->maxValue());
@@ -157,11 +162,25 @@ bool CCurvePlot::proceedWithLoad(std::chrono::milliseconds budget)
     }
     m_load->show();
     m_load.reset();
-    autoScaleY();
+    scaleToLoad();
     if (std::exchange(m_loadAgain, false)) {
         m_reloadTimer->start();
     }
     return true;
+}
+
+/// Scales the y axis to what was just loaded. A user who holds an empty view has not chosen its y axis: the
+/// first values come with theirs, or he would have to search for them.
+void CCurvePlot::scaleToLoad()
+{
+    const bool isFirst =
+        !m_hasShownValues && scn::showsValues(m_curves, axisInterval(QwtPlot::xBottom));
+    if (isFirst && m_userMovedY) {
+        scaleToValues();
+    } else {
+        autoScaleY();
+    }
+    m_hasShownValues = m_hasShownValues || isFirst;
 }
 
 /// A further slice of the load under way. A hidden plot loads when it is shown; where the user has moved

@@ -20,6 +20,12 @@ constexpr double kEmptyUpperY = 1.0;
 /// Margin of a flat curve as a share of its value, for when rounding swallows kFlatMargin.
 constexpr double kFlatShare = 1e-6;
 
+/// Whether a value takes part in the scale.
+bool counts(double y)
+{
+    return y != kOverload && std::isfinite(y);
+}
+
 /// Range of y over the loaded samples of `curves`; invalid if no sample counts.
 QwtInterval valueBounds(const QList<QwtPlotCurve*>& curves)
 {
@@ -32,7 +38,7 @@ QwtInterval valueBounds(const QList<QwtPlotCurve*>& curves)
         const CurveSamples samples(curve);
         for (int index = 0; index < samples.count(); ++index) {
             const double y = samples.display(index).y();
-            if (y == kOverload || !std::isfinite(y)) {
+            if (!counts(y)) {
                 continue;
             }
             min = qMin(min, y);
@@ -70,6 +76,23 @@ std::optional<QwtInterval> scaleForValues(const QList<QwtPlotCurve*>& curves)
         return std::nullopt;
     }
     return QwtInterval(lower, upper);
+}
+
+bool showsValues(const QList<QwtPlotCurve*>& curves, const QwtInterval& time)
+{
+    for (const QwtPlotCurve* curve : curves) {
+        if (!curve->isVisible() || !curve->data()) {
+            continue;
+        }
+        const CurveSamples samples(curve);
+        for (int index = 0; index < samples.count(); ++index) {
+            const QPointF shown = samples.display(index);
+            if (counts(shown.y()) && time.contains(shown.x())) {
+                return true;
+            }
+        }
+    }
+    return false;
 }
 
 void ValueScaleEngine::autoScale(int maxSteps, double& lower, double& upper, double& stepSize) const

@@ -14,6 +14,9 @@ namespace scn {
 /// the values span more than an axis can.
 std::optional<QwtInterval> scaleForValues(const QList<QwtPlotCurve*>& curves);
 
+/// Whether a visible curve shows a value within `time` that counts for the scale.
+bool showsValues(const QList<QwtPlotCurve*>& curves, const QwtInterval& time);
+
 /// Divides the value axis. Until a reading sets the axis the base class scales it by the curves' bounds,
 /// which may be infinite or too far apart.
 class ValueScaleEngine : public QwtLinearScaleEngine

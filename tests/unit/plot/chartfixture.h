@@ -13,6 +13,7 @@
 #include <QImage>
 #include <QPushButton>
 #include <QTableWidget>
+#include <QtTest>
 #include <qwt_plot_curve.h>
 
 inline const QStringList kChannels{QStringLiteral("无"), QStringLiteral("101(V)"),
@@ -56,6 +57,14 @@ struct ChartFixture
         return table()->cellWidget(row, 5)->findChild<QDoubleSpinBox*>();
     }
     void choose(int row, int channel) { combo(row)->setCurrentIndex(itemOf(channel)); }
+    /// Moves down a row's list one channel at a time, as with the arrow keys.
+    void goDown(int row, int steps) const
+    {
+        combo(row)->setFocus();
+        for (int step = 0; step < steps; ++step) {
+            QTest::keyClick(combo(row), Qt::Key_Down);
+        }
+    }
     void chooseNone(int row) { combo(row)->setCurrentIndex(0); }
 
     QList<QwtPlotCurve*> curves() const

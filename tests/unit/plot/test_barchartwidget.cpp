@@ -11,20 +11,13 @@
 #include <QtTest>
 
 namespace {
-/// Adds a line across ten seconds from now to `series`, upwards from `lowest`.
-void addLine(CurveSeriesData& series, double lowest)
-{
-    const qint64 now = QDateTime::currentMSecsSinceEpoch();
-    for (int i = 0; i < 10; ++i) {
-        series.addPoint(static_cast<double>(now + i * 1000), lowest + i);
-    }
-}
-
 /// Loads a line across the minute from now for `series`.
 void loadLine(CurveSeriesData& series)
 {
     const qint64 now = QDateTime::currentMSecsSinceEpoch();
-    addLine(series, 0.0);
+    for (int i = 0; i < 10; ++i) {
+        series.addPoint(static_cast<double>(now + i * 1000), i);
+    }
     series.loadWindow(now, now + 60000, 0, 0.0);
 }
 } // namespace
@@ -57,8 +50,6 @@ private slots:
     void changingTheChannelHidesTheOldOne();
     void boxWithoutAnItemChangesNothing();
     void pictureFollowsTheTable();
-    void finishedRunIsDrawnAtTheFirstChoice();
-    void finishedRunComesBackAtTheFirstClick();
 
     void colorOfASelectedRowChangesItsCurve();
     void colorOfAnUnusedRowChangesNoCurve();
@@ -88,7 +79,6 @@ private slots:
     void slotsWithoutASenderDoNothing();
 
 private:
-    static void goDown(const ChartFixture& f, int row, int steps);
     static double dragTag(const ChartFixture& f, int channel);
 
     std::unique_ptr<SeriesStore> m_store;
@@ -341,49 +331,6 @@ void TestBarChartWidget::pictureFollowsTheTable()
     QVERIFY(!f.paints(other));
 }
 
-void TestBarChartWidget::finishedRunIsDrawnAtTheFirstChoice()
-{
-    ChartFixture f;
-    QVERIFY(QTest::qWaitForWindowExposed(&f.chart));
-    addLine(*m_store->add(101), 100.0);
-    const auto shows = [&f](int row, double lowest) {
-        const QwtInterval values = f.plot()->axisInterval(QwtPlot::yLeft);
-        return f.paints(f.button(row)->color()) && values.contains(lowest + 9.0) &&
-               values.minValue() > lowest - 2.0;
-    };
-    QVERIFY(!g_scanRunning);
-    goDown(f, 0, 1);
-    QVERIFY(shows(0, 100.0));
-
-    // A channel that comes back shows what was stored while it was hidden.
-    f.combo(0)->setFocus();
-    QTest::keyClick(f.combo(0), Qt::Key_Home);
-    QVERIFY(!f.curve(101)->isVisible());
-    addLine(*m_store->add(101), 500.0);
-    goDown(f, 0, 1);
-    QVERIFY(shows(0, 500.0));
-}
-
-void TestBarChartWidget::finishedRunComesBackAtTheFirstClick()
-{
-    ChartFixture f;
-    QVERIFY(QTest::qWaitForWindowExposed(&f.chart));
-    const std::shared_ptr<CurveSeriesData> series = m_store->add(101);
-    goDown(f, 0, 1);
-    // Nothing tells the chart of these readings.
-    addLine(*series, 100.0);
-    f.plot()->setAxisScale(QwtPlot::xBottom, 1.6e12, 1.6e12 + 60000.0);
-    f.plot()->replot();
-    QTest::mouseClick(f.buttonWithText(QStringLiteral("实时显示")), Qt::LeftButton);
-    QVERIFY(f.paints(f.button(0)->color()));
-    QVERIFY(f.plot()->axisInterval(QwtPlot::yLeft).contains(109.0));
-
-    addLine(*series, 500.0);
-    emit f.button(0)->colorChanged(Qt::green);
-    QVERIFY(f.paints(Qt::green));
-    QVERIFY(f.plot()->axisInterval(QwtPlot::yLeft).contains(509.0));
-}
-
 void TestBarChartWidget::colorOfASelectedRowChangesItsCurve()
 {
     ChartFixture f;
@@ -488,15 +435,6 @@ void TestBarChartWidget::offsetOfANullCurveIsIgnored()
     QCOMPARE(f.spinBox(0)->value(), 0.0);
 }
 
-/// Moves down a row's list one channel at a time, as with the arrow keys.
-void TestBarChartWidget::goDown(const ChartFixture& f, int row, int steps)
-{
-    f.combo(row)->setFocus();
-    for (int step = 0; step < steps; ++step) {
-        QTest::keyClick(f.combo(row), Qt::Key_Down);
-    }
-}
-
 /// Drags a channel's tag up; returns its new offset.
 double TestBarChartWidget::dragTag(const ChartFixture& f, int channel)
 {
@@ -514,8 +452,8 @@ void TestBarChartWidget::channelThatMovedToAnotherRowTakesItsSpinBox()
     ChartFixture f;
     m_store->add(101);
     m_store->add(102);
-    goDown(f, 0, 2);
-    goDown(f, 1, 1);
+    f.goDown(0, 2);
+    f.goDown(1, 1);
     QCOMPARE(f.combo(0)->currentText(), QStringLiteral("102(mA)"));
     QCOMPARE(f.combo(1)->currentText(), QStringLiteral("101(V)"));
     const double offset = dragTag(f, 101);
@@ -531,10 +469,10 @@ void TestBarChartWidget::channelThatMovedToAnotherRowTakesItsSpinBox()
 void TestBarChartWidget::lateSeriesIsShiftedByItsOwnRow()
 {
     ChartFixture f;
-    goDown(f, 0, 1);
+    f.goDown(0, 1);
     m_store->add(101);
     m_store->add(102);
-    goDown(f, 1, 2);
+    f.goDown(1, 2);
     const double offset = dragTag(f, 101);
     QVERIFY(offset > 0.0);
     QVERIFY(qAbs(f.spinBox(0)->value() - offset) < 1e-5);
@@ -545,7 +483,7 @@ void TestBarChartWidget::rowsOfANewListHaveNoOffset()
 {
     ChartFixture f;
     m_store->add(101);
-    goDown(f, 0, 1);
+    f.goDown(0, 1);
     f.spinBox(0)->setFocus();
     f.spinBox(0)->selectAll();
     QTest::keyClicks(f.spinBox(0), QStringLiteral("2.5"));

@@ -420,15 +420,16 @@ void TestCCurvePlotReload::shownPlotLoadsAndScalesToWhatItLoaded()
 
 void TestCCurvePlotReload::shownPlotKeepsAnAxisThatTheUserHolds()
 {
-    CurveSeriesData* series = m_pool->loaded(0, {});
+    CurveSeriesData* series = m_pool->loaded(0, ramp(1));
     m_plot->addCurve(series, Qt::red, QStringLiteral("101"));
     m_plot->setAxisScale(QwtPlot::xBottom, double(kStart), double(kStart + 60000));
+    m_plot->updateVisibleData();
     m_plot->setAxisScale(QwtPlot::yLeft, 20.0, 30.0);
     m_plot->onMagnifierZoomed(0.9);
     m_plot->hide();
     series->addPoints(ramp(9));
     m_plot->show();
-    QCOMPARE(series->size(), size_t(9));
+    QCOMPARE(series->size(), size_t(10));
     QCOMPARE(valueBounds(*m_plot).minValue(), 20.0);
     QCOMPARE(valueBounds(*m_plot).maxValue(), 30.0);
 }
