@@ -2,6 +2,7 @@
 
 #include "common/channelnumber.h"
 #include "plot/colorselectbutton.h"
+#include "widgets/lazycombobox.h"
 #include "widgets/wheelguard.h"
 
 #include <QComboBox>
@@ -158,7 +159,7 @@ void CurveTable::buildRow(int row)
 
     m_table->setCellWidget(row, CurveColorColumn, buildColorCell(row));
 
-    auto* channelBox = new QComboBox(m_table->viewport());
+    auto* channelBox = new LazyComboBox(m_table->viewport());
     channelBox->addItem(tr("无"));
     WheelGuard::install(channelBox);
     m_controlRows[channelBox] = row;
@@ -187,7 +188,7 @@ QWidget* CurveTable::buildColorCell(int row)
 
 QWidget* CurveTable::buildUnitsPerDivCell()
 {
-    auto* box = new QComboBox(m_table->viewport());
+    auto* box = new LazyComboBox(m_table->viewport());
     box->addItems(
         {QStringLiteral("1/"), QStringLiteral("2/"), QStringLiteral("5/"), QStringLiteral("10/")});
     box->setEnabled(false);

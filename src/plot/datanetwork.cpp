@@ -4,6 +4,7 @@
 #include "common/threadassert.h"
 #include "state/globals.h"
 #include "storage/curveseriesdata.h"
+#include "widgets/lazycombobox.h"
 #include "widgets/wheelguard.h"
 
 #include <QComboBox>
@@ -126,7 +127,7 @@ void DataNetwork::buildRow(int row)
     number->setFlags(number->flags() & ~Qt::ItemIsEditable);
     m_table->setItem(row, GridNumberColumn, number);
 
-    auto* combo = new QComboBox(m_table->viewport());
+    auto* combo = new scn::LazyComboBox(m_table->viewport());
     combo->addItem(noChannel());
     scn::WheelGuard::install(combo);
     connect(combo, qOverload<int>(&QComboBox::currentIndexChanged), this,
