@@ -8,6 +8,8 @@
 #include "instrument/exchange.h"
 #include "state/globals.h"
 
+#include <QDebug>
+
 #include <utility>
 
 namespace scn {
@@ -95,6 +97,7 @@ void InstrumentLink::readBack(const std::function<void(InstrumentReadBack&)>& qu
 void InstrumentLink::giveUp()
 {
     assertGuiThread();
+    qWarning() << "仪器连接已丢失";
     g_instrumentConnected = false;
     m_watch.reset();
     m_onLost();

@@ -11,6 +11,7 @@
 #include "state/globals.h"
 
 #include <QDateTime>
+#include <QDebug>
 
 #include <algorithm>
 #include <cmath>
@@ -73,6 +74,7 @@ InstrumentReadBack::InstrumentReadBack(LinkWatch& link, InstrumentDisplay& displ
 bool InstrumentReadBack::discover()
 {
     if (!g_visa->connectDevice(g_resourceName)) {
+        qWarning().noquote() << "仪器未打开:" << g_visa->lastError();
         return false;
     }
     m_link.ask(QStringLiteral("*CLS"));
@@ -80,8 +82,10 @@ bool InstrumentReadBack::discover()
     identity.replace(QLatin1Char(','), QLatin1Char(' '));
     m_link.show([&identity] { g_instrumentId = identity; });
     if (identity.isEmpty()) {
+        qWarning() << "仪器无应答";
         return false;
     }
+    qInfo().noquote() << "仪器已连接:" << identity;
     g_instrumentConnected = true;
     // First of all: the search and the read-back may take long.
     m_link.show([this] { m_display.instrumentFound(); });

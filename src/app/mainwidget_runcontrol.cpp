@@ -20,6 +20,7 @@
 
 #include <QDateTime>
 #include <QDeadlineTimer>
+#include <QDebug>
 #include <QFileInfo>
 #include <QRadioButton>
 #include <QTimer>
@@ -142,6 +143,7 @@ void MainWidget::scanFunc()
     g_scanStartText = runTimeText();
 
     m_runState->take(RunEvent::ScanStarted);
+    qInfo() << "扫描开始";
     m_lockManager->setLockEnabled(true);
     m_lockManager->lockView();
     m_startupView->stopLoading();
@@ -168,6 +170,7 @@ void MainWidget::stopElapsedTimer()
 /// with the drain.
 void MainWidget::endScan()
 {
+    qInfo() << "扫描结束";
     if (!m_runState->isStoppedByButton()) {
         g_scanEndText = runTimeText();
     }
