@@ -104,6 +104,7 @@ MainWidget::~MainWidget()
         // The instrument has forgotten the readings of a queued batch: store them now.
         if (m_graphicSetting) {
             QCoreApplication::sendPostedEvents(m_graphicSetting, QEvent::MetaCall);
+            m_graphicSetting->storeReadings();
         }
     }
     if (m_inputReader) {

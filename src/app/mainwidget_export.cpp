@@ -6,6 +6,7 @@
 #include "export/exportoutcome.h"
 #include "export/exportrequest.h"
 #include "overlay/loadingview.h"
+#include "plot/graphicsettingwidget.h"
 #include "state/globals.h"
 #include "storage/curvedatadb.h"
 #include "widgets/customcombobox.h"
@@ -78,6 +79,7 @@ void MainWidget::recvExportFileButtonSlot()
     if (m_exportThread) {
         return;
     }
+    m_graphicSetting->storeReadings();
     const QList<int> curveIds = m_curveStore ? m_curveStore->curveNames().keys() : QList<int>();
     if (curveIds.isEmpty()) {
         showMessage(tr("没有相关轨迹数据"), CustomMessageDialog::Information);

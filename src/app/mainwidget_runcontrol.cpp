@@ -52,6 +52,7 @@ void dropUnnamedScanChannels()
 void MainWidget::recvStartButtonSlot()
 {
     assertGuiThread();
+    m_graphicSetting->storeReadings();
     const bool isFirstStop = !m_runState->isStoppedByButton();
     if (m_runState->take(RunEvent::StopRequested)) {
         // The acquisition thread clears the flag after the drain.
@@ -180,6 +181,7 @@ void MainWidget::endScan()
 void MainWidget::recvStopScan()
 {
     assertGuiThread();
+    m_graphicSetting->storeReadings();
     if (!m_runState->take(scn::RunEvent::ScanEnded)) {
         return;
     }
@@ -190,6 +192,7 @@ void MainWidget::recvStopScan()
 void MainWidget::recvElapsedTimeSlot()
 {
     assertGuiThread();
+    m_graphicSetting->storeReadings();
     stopElapsedTimer();
     if (!m_runState->allows(RunEvent::TimeElapsed)) {
         return;
@@ -202,6 +205,7 @@ void MainWidget::recvElapsedTimeSlot()
 void MainWidget::recvLockScreenSlot()
 {
     assertGuiThread();
+    m_graphicSetting->storeReadings();
     // Refused after the scan has ended by itself and during a drain: the recorded end stays.
     if (!m_runState->take(RunEvent::Unlocked)) {
         return;

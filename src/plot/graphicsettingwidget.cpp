@@ -4,10 +4,10 @@
 #include "common/channelnumber.h"
 #include "common/threadassert.h"
 #include "plot/barchartwidget.h"
+#include "plot/batchintake.h"
 #include "plot/custommdisubwindow.h"
 #include "plot/datanetwork.h"
 #include "state/globals.h"
-#include "storage/curveseriesdata.h"
 #include "widgets/flatbuttonstyle.h"
 #include "widgets/sidebar.h"
 
@@ -37,7 +37,8 @@ QString gridIcon()
 GraphicSettingWidget::GraphicSettingWidget(QWidget* parent,
                                            std::chrono::milliseconds registrationInterval)
     : QWidget(parent)
-    , m_registrationInterval(registrationInterval)
+    , m_intake(std::make_unique<scn::BatchIntake>(
+          registrationInterval, [this](const MeasurementData& last) { showBatch(last); }))
 {
     assertGuiThread();
     setStyleSheet(QStringLiteral("background-color:black;"));
@@ -103,40 +104,22 @@ void GraphicSettingWidget::onSubWindowActivated(QMdiSubWindow* subWindow)
 void GraphicSettingWidget::refreshCurveSeriesDataSlot(QList<MeasurementData> dataList)
 {
     assertGuiThread();
-    if (!dataList.isEmpty()) {
-        registerSeriesAgain();
-    }
-    for (const MeasurementData& reading : qAsConst(dataList)) {
-        if (const auto series = g_curveSeries.value(reading.channel)) {
-            series->addPoint(static_cast<double>(reading.time.toMSecsSinceEpoch()), reading.value);
-        }
-    }
-    const QList<scn::WorkspaceView*> open = views();
-    if (dataList.isEmpty() || open.isEmpty()) {
-        return;
-    }
-    const qint64 lastTime = dataList.constLast().time.toMSecsSinceEpoch();
-    for (scn::WorkspaceView* view : open) {
-        view->onNewSample(lastTime);
-    }
+    m_intake->take(dataList);
 }
 
-/// Registers the series that the store could not take when the run began. After a refusal the others
-/// are not tried: each attempt might wait for the store.
-void GraphicSettingWidget::registerSeriesAgain()
+void GraphicSettingWidget::storeReadings()
 {
-    if (m_sinceRegistration.isValid() &&
-        !m_sinceRegistration.hasExpired(m_registrationInterval.count())) {
-        return;
-    }
-    for (const auto& series : qAsConst(g_curveSeries)) {
-        if (!series || series->curveId() != -1) {
-            continue;
-        }
-        m_sinceRegistration.start();
-        if (!series->registerAgain()) {
-            return;
-        }
+    assertGuiThread();
+    m_intake->finish();
+}
+
+/// Tells every window of a batch that has been stored.
+void GraphicSettingWidget::showBatch(const MeasurementData& last)
+{
+    const qint64 lastTime = last.time.toMSecsSinceEpoch();
+    const QList<scn::WorkspaceView*> open = views();
+    for (scn::WorkspaceView* view : open) {
+        view->onNewSample(lastTime);
     }
 }
 

@@ -2,13 +2,13 @@
 
 #include "acquisition/measurementdata.h"
 
-#include <QElapsedTimer>
 #include <QList>
 #include <QMap>
 #include <QStringList>
 #include <QWidget>
 
 #include <chrono>
+#include <memory>
 
 class QMdiArea;
 class QMdiSubWindow;
@@ -16,8 +16,9 @@ class QPushButton;
 class SideBar;
 
 namespace scn {
+class BatchIntake;
 class WorkspaceView;
-}
+} // namespace scn
 
 /// The page of live views: a side bar whose two buttons open charts and data grids in an MDI area. It
 /// receives every batch of readings, feeds the shared series and notifies each open window. GUI thread;
@@ -35,6 +36,10 @@ public:
         QWidget* parent = nullptr,
         std::chrono::milliseconds registrationInterval = kRegistrationInterval);
     ~GraphicSettingWidget() override;
+
+    /// Stores at once what is left of the last batch. Whatever ends a run, clears the store or reads it as a
+    /// whole calls this first: batches are stored in slices.
+    void storeReadings();
 
     /// Offers the current scan list's channels in every window and empties every chart. Must run before
     /// g_curveSeries is rebuilt.
@@ -55,12 +60,11 @@ private:
     void forgetWindowWhenDestroyed(QMdiSubWindow* window);
     QList<scn::WorkspaceView*> views() const;
     QStringList channelList() const;
-    void registerSeriesAgain();
+    void showBatch(const MeasurementData& last);
 
-    const std::chrono::milliseconds m_registrationInterval;
     SideBar* m_sideBar = nullptr;
     QMdiArea* m_mdiArea = nullptr;
     QMap<QMdiSubWindow*, scn::WorkspaceView*> m_subWindows;
     int m_windowCounter = 0;
-    QElapsedTimer m_sinceRegistration; ///< since the last attempt; invalid before the first
+    const std::unique_ptr<scn::BatchIntake> m_intake;
 };
