@@ -534,8 +534,11 @@ void TestMainWidget::startupViewGoesAWhileAfterASlowReadBack()
     // The last question of the read-back.
     QElapsedTimer clock;
     bench.instrument().whenAsked(QStringLiteral("MEM:STAT:VAL? 5"), [&clock] { clock.start(); });
-    bench.open().show();
+    const MainWidget& window = bench.open();
+    bench.window().show();
     QVERIFY(bench.startupView()->isVisible());
+    // The pages were made after it.
+    QVERIFY(bench.startupView()->isAncestorOf(window.childAt(window.rect().center())));
     QTRY_VERIFY_WITH_TIMEOUT(!bench.startupView()->isVisible(), 10000);
     QVERIFY2(clock.elapsed() >= 60, qPrintable(QString::number(clock.elapsed())));
 }
