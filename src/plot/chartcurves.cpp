@@ -49,6 +49,7 @@ void ChartCurves::showSelected(const CurveTable& table, int row)
     hideOthers(channels);
     assignOffsetBoxes(table);
     m_plot->showCurrentView();
+    addTags(channels);
 }
 
 void ChartCurves::setColor(int channel, const QColor& color)
@@ -85,14 +86,12 @@ void ChartCurves::createCurve(int channel, const CurveTable& table, int row)
     if (!series) {
         return;
     }
-    const QString title = QString::number(channel);
-    QwtPlotCurve* curve = m_plot->addCurve(series.get(), QColor(kNewCurveColor), title);
+    QwtPlotCurve* curve =
+        m_plot->addCurve(series.get(), QColor(kNewCurveColor), QString::number(channel));
     m_series[channel] = series;
     m_curves[channel] = curve;
-    m_tags->addCurveLabel(title, curve, QColor(kNewCurveColor), series->average());
     if (const ColorSelectButton* button = table.colorButton(row)) {
         curve->setPen(curvePen(button->color()));
-        m_tags->setLabelColor(curve, button->color());
     }
     curve->show();
 }
@@ -103,6 +102,17 @@ void ChartCurves::hideOthers(const QList<int>& channels)
         if (!channels.contains(it.key())) {
             it.value()->hide();
             m_tags->hideCurveLabel(it.value());
+        }
+    }
+}
+
+/// Adds the tags of new curves; the y axis on which they stand is that of the first load.
+void ChartCurves::addTags(const QList<int>& channels)
+{
+    for (const int channel : channels) {
+        if (QwtPlotCurve* curve = curveOf(channel)) {
+            m_tags->addCurveLabel(QString::number(channel), curve, curve->pen().color(),
+                                  m_series.value(channel)->average());
         }
     }
 }

@@ -47,6 +47,7 @@ private:
     void showChannel(int channel, const CurveTable& table, int row);
     void createCurve(int channel, const CurveTable& table, int row);
     void hideOthers(const QList<int>& channels);
+    void addTags(const QList<int>& channels);
     void assignOffsetBoxes(const CurveTable& table);
 
     CCurvePlot* m_plot;

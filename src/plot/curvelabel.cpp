@@ -79,9 +79,24 @@ void CurveLabel::mouseMoveEvent(QMouseEvent* event)
 void CurveLabel::mouseReleaseEvent(QMouseEvent* event)
 {
     assertGuiThread();
-    if (event->button() == Qt::LeftButton && m_dragging) {
+    if (event->button() == Qt::LeftButton) {
+        endDrag();
+    }
+    QWidget::mouseReleaseEvent(event);
+}
+
+/// A hidden tag gets no release.
+void CurveLabel::hideEvent(QHideEvent* event)
+{
+    assertGuiThread();
+    endDrag();
+    QWidget::hideEvent(event);
+}
+
+void CurveLabel::endDrag()
+{
+    if (m_dragging) {
         m_dragging = false;
         emit dragEnded();
     }
-    QWidget::mouseReleaseEvent(event);
 }

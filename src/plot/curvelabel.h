@@ -39,8 +39,11 @@ protected:
     void mousePressEvent(QMouseEvent* event) override;
     void mouseMoveEvent(QMouseEvent* event) override;
     void mouseReleaseEvent(QMouseEvent* event) override;
+    void hideEvent(QHideEvent* event) override;
 
 private:
+    void endDrag();
+
     QString m_text;
     QwtPlotCurve* m_curve;
     double m_value = 0.0;

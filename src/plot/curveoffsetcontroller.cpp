@@ -37,6 +37,7 @@ void CurveOffsetController::addCurveLabel(const QString& text, QwtPlotCurve* cur
         return;
     }
     m_baseValues[curve] = baseValue;
+    readRange();
 
     auto* label = new CurveLabel(text, curve, m_labelLayer);
     label->setColor(color);
@@ -137,6 +138,7 @@ void CurveOffsetController::onLabelPressed(CurveLabel* label)
 {
     assertGuiThread();
     m_activeLabel = label;
+    readRange();
 }
 
 void CurveOffsetController::onDragStarted()
@@ -173,17 +175,32 @@ void CurveOffsetController::onDragEnded()
 
 void CurveOffsetController::connectPlot()
 {
-    const QwtScaleDiv scale = m_plot->axisScaleDiv(QwtPlot::yLeft);
-    m_yMin = scale.lowerBound();
-    m_yMax = scale.upperBound();
+    m_hasReportedRange = false;
+    readRange();
     placeLabels();
     connect(m_plot, &CCurvePlot::yAxisRangeChanged, this,
             &CurveOffsetController::onYAxisRangeChanged, Qt::UniqueConnection);
 }
 
+/// Takes the bounds from a plot that has not reported any.
+void CurveOffsetController::readRange()
+{
+    if (!m_plot || m_hasReportedRange) {
+        return;
+    }
+    const QwtScaleDiv scale = m_plot->axisScaleDiv(QwtPlot::yLeft);
+    if (scale.lowerBound() == m_yMin && scale.upperBound() == m_yMax) {
+        return;
+    }
+    m_yMin = scale.lowerBound();
+    m_yMax = scale.upperBound();
+    placeLabels();
+}
+
 void CurveOffsetController::onYAxisRangeChanged(double yMin, double yMax)
 {
     assertGuiThread();
+    m_hasReportedRange = true;
     m_yMin = yMin;
     m_yMax = yMax;
     placeLabels();

@@ -61,6 +61,7 @@ private slots:
     void moveWithoutADragIsSwallowed();
     void releaseEndsTheDragOnce();
     void rightReleaseKeepsTheDrag();
+    void hidingEndsTheDrag();
     void pressAndReleaseGoOnToTheParent();
     void paintsItsTextWithAnArrow();
     void newValueOrColorIsPainted();
@@ -107,6 +108,7 @@ void TestCurveLabel::otherButtonsStartNothing()
     pressAt(&f.label, QPoint(100, 100), Qt::RightButton);
     dragTo(&f.label, QPoint(100, 120), Qt::RightButton);
     releaseAt(&f.label, QPoint(100, 120), Qt::RightButton);
+    QCOMPARE(f.parent.moves, 0);
     QCOMPARE(f.pressed.size() + f.started.size() + f.dragged.size() + f.ended.size(), 0);
 }
 
@@ -140,6 +142,8 @@ void TestCurveLabel::positionsAreRounded()
 void TestCurveLabel::moveWithoutADragIsSwallowed()
 {
     Fixture f;
+    // Without this Qt keeps such moves from the parent.
+    f.parent.setMouseTracking(true);
     dragTo(&f.label, QPoint(100, 120), Qt::NoButton);
     QCOMPARE(f.dragged.size(), 0);
     QCOMPARE(f.parent.moves, 0);
@@ -164,6 +168,20 @@ void TestCurveLabel::rightReleaseKeepsTheDrag()
     QCOMPARE(f.ended.size(), 0);
     dragTo(&f.label, QPoint(100, 101));
     QCOMPARE(f.dragged.size(), 1);
+}
+
+void TestCurveLabel::hidingEndsTheDrag()
+{
+    Fixture f;
+    f.parent.show();
+    pressAt(&f.label, QPoint(100, 100));
+    f.label.hide();
+    QCOMPARE(f.ended.size(), 1);
+    f.label.show();
+    dragTo(&f.label, QPoint(100, 120), Qt::NoButton);
+    QCOMPARE(f.dragged.size(), 0);
+    f.label.hide();
+    QCOMPARE(f.ended.size(), 1);
 }
 
 void TestCurveLabel::pressAndReleaseGoOnToTheParent()

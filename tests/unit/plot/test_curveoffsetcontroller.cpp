@@ -100,6 +100,8 @@ private slots:
     void nullPlotLeavesTheRange();
     void newPlotReplacesTheOld();
     void boundsThatAnotherChartReportedLastAreMissed();
+    void stripReadsTheBoundsUntilTheFirstReport();
+    void stripWithoutAPlotStandsForTheUnitRange();
 };
 
 void TestCurveOffsetController::stripIsFortyFiveWide()
@@ -429,6 +431,37 @@ void TestCurveOffsetController::boundsThatAnotherChartReportedLastAreMissed()
     QCOMPARE(firstLabel->y(), 140);
     // The second plot has the same bounds, but all plots compare with what any of them reported last.
     QCOMPARE(secondLabel->y(), 90);
+}
+
+void TestCurveOffsetController::stripReadsTheBoundsUntilTheFirstReport()
+{
+    const auto setBounds = [](CCurvePlot& plot, double lower, double upper) {
+        plot.setAxisScale(QwtPlot::yLeft, lower, upper);
+        plot.QwtPlot::updateAxes();
+    };
+    Fixture f;
+    setBounds(f.plot, 0.0, 20.0);
+    CurveLabel* label = f.addLabel(&f.curve, 5.0);
+    QCOMPARE(label->y(), 140);
+    setBounds(f.plot, 0.0, 10.0);
+    f.drag(label, -20);
+    QCOMPARE(label->y(), 70);
+    QCOMPARE(label->value(), 1.0);
+    // From the first report on the plot is believed to report them all.
+    emit f.plot.yAxisRangeChanged(0.0, 10.0);
+    setBounds(f.plot, 0.0, 20.0);
+    f.drag(label, 20);
+    QCOMPARE(label->value(), 0.0);
+    QCOMPARE(f.addLabel(&f.other, 5.0)->y(), 90);
+}
+
+void TestCurveOffsetController::stripWithoutAPlotStandsForTheUnitRange()
+{
+    CurveOffsetController strip(nullptr, nullptr);
+    strip.resize(45, kHeight);
+    QwtPlotCurve curve;
+    strip.addCurveLabel(QStringLiteral("101"), &curve, Qt::red, 0.75);
+    QCOMPARE(strip.findChild<CurveLabel*>()->y(), 40);
 }
 
 SCN_TEST(TestCurveOffsetController, QApplication)
