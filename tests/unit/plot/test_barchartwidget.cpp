@@ -7,7 +7,10 @@
 #include "support/testprogram.h"
 
 #include <QDateTime>
+#include <QLabel>
+#include <QLineEdit>
 #include <QScrollBar>
+#include <QTimer>
 #include <QtTest>
 
 namespace {
@@ -38,6 +41,8 @@ private slots:
     void newCurveTakesTheColorOfItsRow();
     void newCurveLooksAtTheSharedSeries();
     void choosingAChannelEnablesItsRow();
+    void lastRowWorksLikeTheFirst();
+    void unitsPerDivAndAxisTextStandAlone();
     void wheelNeedsTheFocus();
     void missingUnitIsEnteredAsEmpty();
     void channelWithoutSeriesKeepsTheSelection();
@@ -126,6 +131,66 @@ void TestBarChartWidget::choosingAChannelEnablesItsRow()
     QCOMPARE(f.spinBox(5)->value(), 0.0);
     QVERIFY(!f.spinBox(4)->isEnabled());
     QVERIFY(!f.unitsPerDiv(6)->isEnabled());
+}
+
+void TestBarChartWidget::lastRowWorksLikeTheFirst()
+{
+    constexpr int kLastRow = 39;
+    ChartFixture f;
+    QVERIFY(QTest::qWaitForWindowActive(&f.chart));
+    m_store->add(101);
+    f.table()->scrollToBottom();
+    f.goDown(kLastRow, 1);
+    QVERIFY(f.curve(101));
+
+    const QColor before = f.button(kLastRow)->color();
+    QTimer::singleShot(0, &f.chart, [&before] {
+        // The menu is open; a swatch has its colour in its style.
+        const QWidget* const menu = QApplication::activePopupWidget();
+        for (const QPushButton* swatch : menu->findChildren<QPushButton*>()) {
+            if (!swatch->styleSheet().contains(before.name())) {
+                hand::click(swatch);
+                return;
+            }
+        }
+    });
+    hand::click(f.button(kLastRow));
+    QVERIFY(f.button(kLastRow)->color() != before);
+    QCOMPARE(f.curve(101)->pen().color(), f.button(kLastRow)->color());
+
+    f.chart.activateWindow();
+    QVERIFY(QTest::qWaitForWindowActive(&f.chart));
+    hand::click(f.spinBox(kLastRow)->findChild<QLineEdit*>());
+    hand::press(Qt::Key_A, Qt::ControlModifier);
+    hand::type(QStringLiteral("2.5"));
+    hand::press(Qt::Key_Return);
+    QCOMPARE(f.plot()->curveOffset(f.curve(101)), 2.5);
+}
+
+void TestBarChartWidget::unitsPerDivAndAxisTextStandAlone()
+{
+    ChartFixture f;
+    QVERIFY(QTest::qWaitForWindowActive(&f.chart));
+    loadLine(*m_store->add(101));
+    m_store->add(102);
+    f.goDown(0, 1);
+    f.spinBox(0)->setFocus();
+    f.spinBox(0)->selectAll();
+    hand::type(QStringLiteral("2.5"));
+    hand::press(Qt::Key_Return);
+    f.plot()->updateVisibleData();
+    const QImage before = f.plot()->grab().toImage();
+    f.unitsPerDiv(0)->setFocus();
+    hand::press(Qt::Key_End);
+    QCOMPARE(f.unitsPerDiv(0)->currentText(), QStringLiteral("10/"));
+    f.plot()->updateVisibleData();
+    QCOMPARE(f.plot()->grab().toImage(), before);
+    QCOMPARE(f.plot()->curveOffset(f.curve(101)), 2.5);
+
+    f.goDown(0, 1);
+    f.chooseNone(0);
+    QCOMPARE(f.unitsPerDiv(0)->currentText(), QStringLiteral("10/"));
+    QCOMPARE(qobject_cast<QLabel*>(f.table()->cellWidget(0, 3))->text(), QStringLiteral("---"));
 }
 
 void TestBarChartWidget::wheelNeedsTheFocus()
@@ -258,6 +323,7 @@ void TestBarChartWidget::noneHidesTheCurveAndKeepsItsOffset()
     QVERIFY(!f.label(101)->isVisible());
     QVERIFY(!f.spinBox(0)->isEnabled());
     QCOMPARE(f.spinBox(0)->value(), 0.0);
+    QCOMPARE(f.spinBox(0)->suffix(), QStringLiteral(" V"));
     QVERIFY(f.unitsPerDiv(0)->isEnabled());
     QCOMPARE(f.plot()->curveOffset(curve), 2.5);
     // The spin box no longer belongs to the curve.
@@ -273,6 +339,8 @@ void TestBarChartWidget::hiddenChannelComesBackWithItsOffset()
     f.spinBox(0)->setValue(2.5);
     QwtPlotCurve* curve = f.curve(101);
     const CurveLabel* label = f.label(101);
+    const QColor color = f.button(0)->color();
+    QVERIFY(f.button(3)->color() != color);
     f.chooseNone(0);
     const QSignalSpy valueChanged(f.spinBox(3), qOverload<double>(&QDoubleSpinBox::valueChanged));
     f.choose(3, 101);
@@ -281,6 +349,9 @@ void TestBarChartWidget::hiddenChannelComesBackWithItsOffset()
     QVERIFY(curve->isVisible());
     QVERIFY(label->isVisible());
     QCOMPARE(label->value(), 2.5);
+    // Nor does it take the colour of its new row.
+    QCOMPARE(curve->pen().color(), color);
+    QCOMPARE(label->color(), color);
     QVERIFY(f.spinBox(3)->isEnabled());
     QCOMPARE(f.spinBox(3)->value(), 2.5);
     // The row that shows the curve follows its tag, not the row that created it.

@@ -125,6 +125,9 @@ void TestBarChartWidgetLayout::partsStandAsLaidOut()
     QCOMPARE(live->styleSheet(), QStringLiteral("background:#171717;"));
     QVERIFY(inChart(live).top() > inChart(f.plot()).bottom());
     QVERIFY(inChart(live).right() < inChart(f.zoomBox()).left());
+    QCOMPARE(inChart(f.zoomBox()).right(), inChart(f.plot()).right());
+    QVERIFY(inChart(live).left() - inChart(f.strip()).left() > live->width());
+    QCOMPARE(splitter->widget(0)->layout()->contentsMargins(), QMargins());
     QCOMPARE(f.zoomBox()->count(), 3);
     QCOMPARE(f.zoomBox()->itemText(0), QStringLiteral("水平"));
     QCOMPARE(f.zoomBox()->itemText(1), QStringLiteral("垂直"));
@@ -145,6 +148,7 @@ void TestBarChartWidgetLayout::partsStandAsLaidOut()
     QVERIFY(inChart(toggle).bottom() < inChart(f.table()).top());
     const QWidget* grip = f.chart.findChild<QSizeGrip*>();
     QVERIFY(inChart(grip).top() > inChart(container).bottom());
+    QCOMPARE(inChart(grip).right(), inChart(container).right());
 }
 
 void TestBarChartWidgetLayout::toggleHidesAndShowsTheTable()
