@@ -46,6 +46,7 @@ int main(int argc, char* argv[])
     scn::openMissingStreams();
     scn::startup::ignoreBrokenPipes();
     scn::startup::keepTimeZone();
+    scn::startup::keepFreedMemory();
     QCoreApplication::setAttribute(Qt::AA_DisableHighDpiScaling, true);
     const QApplication application(argc, argv);
     scn::startup::substituteFonts();

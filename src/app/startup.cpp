@@ -21,10 +21,19 @@
 #include <csignal>
 #include <memory>
 
+#ifdef __GLIBC__
+#include <malloc.h>
+#endif
+
 namespace scn::startup {
 namespace {
 
 constexpr QPoint kWindowPosition(200, 200);
+
+#ifdef __GLIBC__
+constexpr int kLargestKeptBlock = 32 << 20; // the most that the C library allows
+constexpr int kMostKeptBytes = 64 << 20;
+#endif
 
 /// An installed font for Chinese text; empty if there is none.
 QString chineseFont()
@@ -54,6 +63,14 @@ void keepTimeZone()
     if (!qEnvironmentVariableIsSet("TZ") && QFile::exists(QFile::decodeName(file))) {
         qputenv("TZ", ':' + file);
     }
+}
+
+void keepFreedMemory()
+{
+#ifdef __GLIBC__
+    mallopt(M_MMAP_THRESHOLD, kLargestKeptBlock);
+    mallopt(M_TRIM_THRESHOLD, kMostKeptBytes);
+#endif
 }
 
 void registerMetaTypes()

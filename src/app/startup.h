@@ -14,6 +14,10 @@ void ignoreBrokenPipes();
 /// zone's file again at each local time: a tenth of the work of a run.
 void keepTimeZone();
 
+/// Keeps the memory of large images for the next ones: each replot of a chart needs several. Returned to the
+/// system and taken anew, every page of it costs a fault.
+void keepFreedMemory();
+
 /// Registers the types used in queued connections and in calls by name.
 void registerMetaTypes();
 
