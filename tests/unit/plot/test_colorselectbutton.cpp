@@ -55,6 +55,7 @@ private slots:
     void showsItsColor();
     void menuOpensJustBelow();
     void menuShowsThePaletteInTwoRows();
+    void menuIsBlackAllAround();
     void swatchSetsTheColorAndClosesTheMenu();
     void presentColorIsReportedToo();
     void buttonMayGoWhileItsMenuIsOpen();
@@ -109,6 +110,23 @@ void TestColorSelectButton::menuShowsThePaletteInTwoRows()
             QCOMPARE(swatch->size(), QSize(20, 20));
             QCOMPARE(swatch->styleSheet(),
                      QStringLiteral("background-color: %1; border: none;").arg(kPalette.at(i)));
+        }
+    });
+}
+
+/// Whatever the button's colour.
+void TestColorSelectButton::menuIsBlackAllAround()
+{
+    QWidget window;
+    // As the application's style sheet does.
+    window.setStyleSheet(QStringLiteral("QMenu { border-radius: 4px; }"));
+    ColorSelectButton button(&window);
+    window.show();
+    clickAndInspect(&button, [](QMenu* menu) {
+        const QImage picture = menu->grab().toImage();
+        for (int x = 0; x < picture.width(); ++x) {
+            QCOMPARE(picture.pixelColor(x, 0), QColor(Qt::black));
+            QCOMPARE(picture.pixelColor(x, picture.height() - 1), QColor(Qt::black));
         }
     });
 }
