@@ -38,7 +38,7 @@ void LauncherWindow::embed(qulonglong handle, const QColor& color)
 void LauncherWindow::closeEvent(QCloseEvent* event)
 {
     emit closing();
-    event->accept();
+    event->ignore();
 }
 
 } // namespace scnlauncher

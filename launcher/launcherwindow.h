@@ -19,7 +19,7 @@ public:
     void embed(qulonglong handle, const QColor& color);
 
 signals:
-    /// The user is closing the window; the handler must end the child before it returns.
+    /// The user wants to close the window, which stays until the child has ended.
     void closing();
 
 protected:

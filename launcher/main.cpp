@@ -1,4 +1,4 @@
-#include "launcher/childprogram.h"
+#include "launcher/instrumentchild.h"
 #include "launcher/launcherwindow.h"
 #include "launcher/quitsignals.h"
 #include "launcher/simulatorprocess.h"
@@ -75,8 +75,8 @@ LauncherOptions parseOptions(const QApplication& application)
 int main(int argc, char* argv[])
 {
     QApplication application(argc, argv);
+    qRegisterMetaType<ChildEnd>();
     LauncherOptions options = parseOptions(application);
-    quitOnSignals();
 
     SimulatorProcess simulator;
     if (options.resource.isEmpty()) {
@@ -89,17 +89,23 @@ int main(int argc, char* argv[])
 
     LauncherWindow window;
     window.resize(kWidth, kHeight);
-    ChildProgram child(&application);
-    QObject::connect(&child, &ChildProgram::windowShown, &window, &LauncherWindow::embed);
+    InstrumentChild child(&application, [](qulonglong, qint64) { return QString(); });
+    QObject::connect(&child, &InstrumentChild::windowShown, &window, &LauncherWindow::embed);
     // Queued: a child that fails to start has ended before the event loop runs.
     QObject::connect(
-        &child, &ChildProgram::ended, &application,
-        [](int exitCode) { QCoreApplication::exit(exitCode < 0 ? 1 : exitCode); },
+        &child, &InstrumentChild::ended, &application,
+        [&child](const ChildEnd& end) {
+            if (!end.hasStarted) {
+                std::fprintf(stderr, "the program did not start: %s\n",
+                             qUtf8Printable(child.lastWords().join(QLatin1Char(' '))));
+            }
+            QCoreApplication::exit(end.isWanted ? 0 : end.exitCode != 0 ? 1 : 0);
+        },
         Qt::QueuedConnection);
-    QObject::connect(&window, &LauncherWindow::closing, &child, &ChildProgram::end);
-    child.start(options.program, options.resource);
+    QObject::connect(&window, &LauncherWindow::closing, &child, &InstrumentChild::end);
+    onQuitSignal([&child] { child.end(); });
+    child.start({options.program, options.resource, QProcessEnvironment::systemEnvironment(),
+                 logPathFor(options.resource)});
     window.show();
-    const int status = QApplication::exec();
-    child.end();
-    return status;
+    return QApplication::exec();
 }

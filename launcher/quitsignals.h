@@ -1,9 +1,11 @@
 #pragma once
 
+#include <functional>
+
 namespace scnlauncher {
 
-/// Makes SIGINT and SIGTERM end the event loop, so that the child is ended properly. Call once,
+/// Calls `action` from the event loop at SIGINT and SIGTERM, so that the children are ended properly. Once,
 /// after the application object exists.
-void quitOnSignals();
+void onQuitSignal(const std::function<void()>& action);
 
 } // namespace scnlauncher

@@ -3,6 +3,7 @@
 #include <QCoreApplication>
 #include <QSocketNotifier>
 
+#include <fcntl.h>
 #include <unistd.h>
 
 #include <csignal>
@@ -24,15 +25,18 @@ void onSignal(int)
 
 } // namespace
 
-void quitOnSignals()
+void onQuitSignal(const std::function<void()>& action)
 {
-    if (::pipe(g_pipe) != 0) {
+    if (::pipe2(g_pipe, O_CLOEXEC) != 0) {
         return;
     }
     auto* notifier =
         new QSocketNotifier(g_pipe[0], QSocketNotifier::Read, QCoreApplication::instance());
-    QObject::connect(notifier, &QSocketNotifier::activated, QCoreApplication::instance(),
-                     &QCoreApplication::quit);
+    QObject::connect(notifier, &QSocketNotifier::activated, QCoreApplication::instance(), [action] {
+        char byte = 0;
+        [[maybe_unused]] const ssize_t got = ::read(g_pipe[0], &byte, 1);
+        action();
+    });
     std::signal(SIGINT, onSignal);
     std::signal(SIGTERM, onSignal);
 }

@@ -2,6 +2,8 @@
 #include "support/testprogram.h"
 #include "support/virtualdisplay.h"
 
+#include <QDir>
+#include <QDirIterator>
 #include <QFile>
 #include <QProcess>
 #include <QTemporaryDir>
@@ -49,6 +51,7 @@ public:
         QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
         environment.insert(QStringLiteral("DISPLAY"), display);
         environment.insert(QStringLiteral("QT_QPA_PLATFORM"), QStringLiteral("xcb"));
+        environment.insert(QStringLiteral("XDG_STATE_HOME"), m_home.path());
         m_process.setProcessEnvironment(environment);
     }
     ~Launcher()
@@ -73,7 +76,21 @@ public:
     bool waitForEnd() { return m_process.waitForFinished(kEndWaitMs); }
     bool crashed() const { return m_process.exitStatus() == QProcess::CrashExit; }
     int exitCode() const { return m_process.exitCode(); }
-    QString log() { return QString::fromUtf8(m_process.readAllStandardError()); }
+    QString errors() { return QString::fromUtf8(m_process.readAllStandardError()); }
+    /// The log files of its children.
+    QString log() const
+    {
+        QString text;
+        QDirIterator files(m_home.path(), {QStringLiteral("*.log")}, QDir::Files,
+                           QDirIterator::Subdirectories);
+        while (files.hasNext()) {
+            QFile file(files.next());
+            if (file.open(QIODevice::ReadOnly)) {
+                text += QString::fromUtf8(file.readAll());
+            }
+        }
+        return text;
+    }
 
     /// Its child process of that name; 0 if there is none.
     qint64 child(const QString& name) const
@@ -93,6 +110,7 @@ public:
     }
 
 private:
+    const QTemporaryDir m_home;
     QProcess m_process;
 };
 
@@ -254,8 +272,8 @@ void TestLauncher::whatCannotStartIsToldAndEndsIt()
     QVERIFY(launcher.waitForEnd());
     QVERIFY(!launcher.crashed());
     QCOMPARE(launcher.exitCode(), 1);
-    const QString log = launcher.log();
-    QVERIFY2(log.contains(text), qPrintable(log));
+    const QString errors = launcher.errors();
+    QVERIFY2(errors.contains(text), qPrintable(errors));
 }
 
 SCN_TEST(TestLauncher, QCoreApplication)
