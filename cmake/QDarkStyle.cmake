@@ -97,13 +97,16 @@ function(scn_write_if_changed file text)
     file(WRITE "${file}" "${text}")
 endfunction()
 
-# scn_dark_style_sheet(FOLDER OUTPUT)
-# Writes the folder's style sheet with the icons' paths of our resource bundle.
-function(scn_dark_style_sheet folder output)
+# scn_dark_style_sheet(FOLDER ADDITIONS OUTPUT)
+# Writes the folder's style sheet with the icons' paths of our resource bundle, and the file ADDITIONS after
+# it.
+function(scn_dark_style_sheet folder additions output)
     file(READ "${folder}/darkstyle.qss" sheet)
     string(REPLACE ":/qss_icons/dark/rc/" ":/dark/" sheet "${sheet}")
     if(sheet MATCHES "qss_icons")
         message(FATAL_ERROR "${folder}/darkstyle.qss names icons in a place that is not known.")
     endif()
-    scn_write_if_changed("${output}" "${sheet}")
+    file(READ "${additions}" rules)
+    set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS "${additions}")
+    scn_write_if_changed("${output}" "${sheet}${rules}")
 endfunction()

@@ -1,6 +1,7 @@
 #include "app/instrumentpagebuilder.h"
 
 #include "common/threadassert.h"
+#include "widgets/flatbuttonstyle.h"
 #include "widgets/wheelguard.h"
 
 #include <QComboBox>
@@ -33,6 +34,8 @@ InstrumentPage InstrumentPageBuilder::build(QWidget* parent)
     }
     auto* setupButton = new QPushButton(tr("更多设置..."), page.content);
     setupButton->setObjectName(QStringLiteral("setupButton"));
+    // On the page's ground a button without a face would look like a label.
+    setupButton->setStyleSheet(flatButtonStyle());
     layout->addWidget(setupButton);
     layout->addStretch();
     page.page->setWidget(page.content);

@@ -18,6 +18,13 @@ using scn::OptionChoice;
 using scn::OptionList;
 using scn::OptionSpin;
 
+namespace {
+
+constexpr int kOutline = 1;
+constexpr int kBodyMargin = 6;
+
+} // namespace
+
 void AdvancedSetting::setTitle(const QString& title)
 {
     m_title = title;
@@ -47,18 +54,25 @@ void AdvancedSetting::setVisible(bool visible)
 
 void AdvancedSetting::buildPanel()
 {
+    // An outline, since it opens over a table of its own colour. The table's boxes around check marks would
+    // look like edits here.
+    setAttribute(Qt::WA_StyledBackground);
+    setStyleSheet(QStringLiteral(
+        "AdvancedSetting { background: #171717; border: 1px solid #455364; border-radius: 0; }"
+        "AdvancedSetting QCheckBox { border: none; }"));
     auto* layout = new QVBoxLayout(this);
-    layout->setContentsMargins(0, 0, 0, 0);
+    layout->setContentsMargins(kOutline, kOutline, kOutline, kOutline);
     buildTitleBar(layout);
 
     auto* body = new QVBoxLayout;
+    body->setContentsMargins(kBodyMargin, 0, kBodyMargin, kBodyMargin);
     layout->addLayout(body);
     m_controls.build(this, body);
     connectControls();
 
     auto* restore = new QPushButton(tr("恢复默认值"), this);
     connect(restore, &QPushButton::clicked, this, &AdvancedSetting::onReDefSetBtnClicked);
-    layout->addWidget(restore);
+    body->addWidget(restore);
     showOfferedGroups();
 }
 

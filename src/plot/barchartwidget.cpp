@@ -31,6 +31,9 @@ constexpr int kTableStretch = 2;
 constexpr int kPlotStretchAlone = 9;
 constexpr int kTableStretchHidden = 1;
 constexpr int kContainerMaximumHeight = 2000;
+constexpr int kControlHeight = 20;  ///< below the plot
+constexpr int kTableHeight = 96;    ///< the header and two rows
+constexpr int kHeightForBoth = 284; ///< of the chart, for the table below a plot of 100 pixels
 } // namespace
 
 BarChartWidget::BarChartWidget(QWidget* parent)
@@ -175,10 +178,27 @@ void BarChartWidget::setOffset(QwtPlotCurve* curve, double offset)
     }
 }
 
+void BarChartWidget::resizeEvent(QResizeEvent* event)
+{
+    assertGuiThread();
+    QWidget::resizeEvent(event);
+    giveTableItsRoom();
+}
+
+/// In a window as low as it opens there is no room for plot and table, so the table gives way: nothing may
+/// cover the plot. In a higher one at least two rows stay visible.
+void BarChartWidget::giveTableItsRoom()
+{
+    const bool hasRoom = height() >= kHeightForBoth;
+    m_table->widget()->setMinimumHeight(hasRoom ? kTableHeight : 1);
+}
+
 void BarChartWidget::buildLayout()
 {
     auto* layout = new QVBoxLayout(this);
     layout->setContentsMargins(kOuterMargins);
+    // In a window as low as it opens, every pixel is the plot's.
+    layout->setSpacing(0);
     m_splitter = new QSplitter(Qt::Vertical, this);
     m_splitter->setOpaqueResize(true);
     m_splitter->setChildrenCollapsible(false);
@@ -197,6 +217,7 @@ void BarChartWidget::buildPlotArea()
     auto* area = new QWidget(m_splitter);
     auto* layout = new QVBoxLayout(area);
     layout->setContentsMargins(0, 0, 0, 0);
+    layout->setSpacing(0);
 
     m_plot = new CCurvePlot(area);
     m_offsetController = new CurveOffsetController(m_plot, area);
@@ -216,6 +237,10 @@ void BarChartWidget::buildPlotArea()
     WheelGuard::install(zoomBox);
     connect(zoomBox, qOverload<int>(&QComboBox::currentIndexChanged), this,
             &BarChartWidget::onPlotZoomTypeChanged);
+    liveButton->setFixedHeight(kControlHeight);
+    // The application's style sheet gives boxes a least height, which only a style sheet can lower.
+    zoomBox->setStyleSheet(QStringLiteral("QComboBox { min-height: 0; }"));
+    zoomBox->setFixedHeight(kControlHeight);
     auto* controlRow = new QHBoxLayout;
     controlRow->addStretch();
     controlRow->addWidget(liveButton);

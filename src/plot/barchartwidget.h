@@ -56,7 +56,11 @@ public slots:
     /// Applies the offset of a dragged tag, in y units.
     void setOffset(QwtPlotCurve* curve, double offset);
 
+protected:
+    void resizeEvent(QResizeEvent* event) override;
+
 private:
+    void giveTableItsRoom();
     void buildLayout();
     void buildPlotArea();
     void buildTableArea();

@@ -2,6 +2,7 @@
 
 #include "common/channelnumber.h"
 #include "plot/colorselectbutton.h"
+#include "plot/viewheader.h"
 #include "widgets/lazycombobox.h"
 #include "widgets/wheelguard.h"
 
@@ -140,9 +141,7 @@ void CurveTable::resetOffset(int row)
 void CurveTable::styleHeader()
 {
     QHeaderView* header = m_table->horizontalHeader();
-    header->setStyleSheet(QStringLiteral("QHeaderView::section {    background-color: #5D5D5D;"
-                                         "    border: 0px solid #ddd;    padding: 4px;"
-                                         "    font-weight: bold;}"));
+    dressHeader(header);
     m_table->setColumnWidth(CurveNumberColumn, kNumberColumnWidth);
     m_table->setColumnWidth(CurveColorColumn, kColorColumnWidth);
     m_table->setColumnWidth(CurveAxisColumn, kAxisColumnWidth);

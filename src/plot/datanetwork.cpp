@@ -2,6 +2,7 @@
 
 #include "common/channelnumber.h"
 #include "common/threadassert.h"
+#include "plot/viewheader.h"
 #include "state/globals.h"
 #include "storage/curveseriesdata.h"
 #include "widgets/lazycombobox.h"
@@ -18,6 +19,7 @@ namespace {
 constexpr int kRowCount = 20;
 constexpr int kValueDecimals = 5;
 constexpr int kRowPadding = 6;
+constexpr int kTextPixels = 11; ///< a date and a channel then fit the columns of a new window
 
 enum GridColumn {
     GridNumberColumn,
@@ -48,6 +50,8 @@ DataNetwork::DataNetwork(QWidget* parent)
     assertGuiThread();
     buildTable();
     auto* layout = new QVBoxLayout(this);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->setSpacing(0);
     layout->addWidget(m_table);
     layout->addWidget(new QSizeGrip(this), 0, Qt::AlignBottom | Qt::AlignRight);
 }
@@ -106,11 +110,16 @@ void DataNetwork::onChannelChanged(int index)
 
 void DataNetwork::buildTable()
 {
+    QFont font = m_table->font();
+    font.setPixelSize(kTextPixels);
+    m_table->setFont(font);
     m_table->setRowCount(kRowCount);
     m_table->setColumnCount(GridColumnCount);
     m_table->setHorizontalHeaderLabels(
         {QString(), tr("通道"), tr("读数"), tr("时间"), tr("最小值"), tr("最大值"), tr("平均值")});
-    m_table->horizontalHeader()->setSectionResizeMode(QHeaderView::Stretch);
+    QHeaderView* const header = m_table->horizontalHeader();
+    scn::dressHeader(header);
+    header->setSectionResizeMode(QHeaderView::Stretch);
     m_table->verticalHeader()->setVisible(false);
     // A narrow column wraps the time. Self-sizing rows would be measured for every batch, which takes
     // longer than writing them.

@@ -5,16 +5,20 @@
 #include "plot/custommdisubwindow.h"
 #include "plot/graphicsettingwidget.h"
 #include "resources/resources.h"
+#include "support/looks.h"
 #include "support/testprogram.h"
 #include "widgets/customcombobox.h"
 #include "windowbench.h"
 
 #include <QApplication>
+#include <QCheckBox>
 #include <QComboBox>
 #include <QContextMenuEvent>
 #include <QDoubleSpinBox>
 #include <QFile>
 #include <QFont>
+#include <QGroupBox>
+#include <QHeaderView>
 #include <QImage>
 #include <QPushButton>
 #include <QScreen>
@@ -64,9 +68,16 @@ class TestWindowLook : public QObject
 private slots:
     void initTestCase();
     void formsFitWithoutScrollingSideways();
+    void partsNeitherOverlapNorAreClipped_data();
+    void partsNeitherOverlapNorAreClipped();
+    void viewsOfAnySizeAreWhole();
+    void listsOpenBesideTheirBoxes();
     void popupsOfTheWorkspaceAreLegible_data();
     void popupsOfTheWorkspaceAreLegible();
     void panelsStayOnTheScreen();
+    void panelsStandOutFromTheTable();
+    void setupButtonHasAFace();
+    void headersOfTheViewsLookAlike();
 };
 
 void TestWindowLook::initTestCase()
@@ -98,6 +109,89 @@ void TestWindowLook::formsFitWithoutScrollingSideways()
                                 .arg(QString::number(area->widget()->width()),
                                      QString::number(area->viewport()->width()))));
     }
+}
+
+void TestWindowLook::partsNeitherOverlapNorAreClipped_data()
+{
+    QTest::addColumn<int>("form");
+    QTest::addColumn<int>("page");
+    QTest::addColumn<QSize>("size");
+    for (const QSize& size : {QSize(1280, 720), QSize(1920, 1080)}) {
+        for (int form = 0; form < 2; ++form) {
+            for (int page = 0; page < 2; ++page) {
+                QTest::addRow("%d wide, form %d, page %d", size.width(), form, page)
+                    << form << page << size;
+            }
+        }
+    }
+}
+
+void TestWindowLook::partsNeitherOverlapNorAreClipped()
+{
+    QFETCH(int, form);
+    QFETCH(int, page);
+    QFETCH(QSize, size);
+    WindowBench bench;
+    bench.instrument().putModule(1, QStringLiteral("SCN4005A"));
+    MainWidget& window = bench.open();
+    window.resize(size);
+    window.show();
+    QVERIFY(QTest::qWaitForWindowExposed(&window));
+    bench.startupView()->stopLoading();
+    window.findChild<QTabWidget*>(QStringLiteral("myTabWidget"))->setCurrentIndex(form);
+    window.findChild<QTabWidget*>(QStringLiteral("myTabWidget1"))->setCurrentIndex(page);
+    QCoreApplication::processEvents();
+    QCOMPARE(looks::layoutProblems(), QStringList());
+}
+
+/// A chart and a grid as they open, maximised, and with every height between.
+void TestWindowLook::viewsOfAnySizeAreWhole()
+{
+    WindowBench bench;
+    MainWidget& window = bench.open();
+    window.resize(1280, 720);
+    window.show();
+    QVERIFY(QTest::qWaitForWindowExposed(&window));
+    bench.startupView()->stopLoading();
+    window.findChild<QTabWidget*>(QStringLiteral("myTabWidget1"))->setCurrentIndex(1);
+    auto* workspace = window.findChild<GraphicSettingWidget*>();
+    for (const char* opener : {"recvGraphicBtnSlots", "recvDataNetworkBtnSlots"}) {
+        QVERIFY(QMetaObject::invokeMethod(workspace, opener));
+        auto* view = workspace->findChild<CustomMdiSubWindow*>();
+        QCOMPARE(view->size(), QSize(480, 220));
+        QTRY_COMPARE(looks::layoutProblems(), QStringList());
+        for (int height = 220; height < 640; height += 7) {
+            view->resize(700, height);
+            // A changed least size reaches the layouts one after the other.
+            QTRY_COMPARE(looks::layoutProblems(), QStringList());
+        }
+        view->showMaximized();
+        QTRY_COMPARE(looks::layoutProblems(), QStringList());
+        delete view;
+    }
+}
+
+void TestWindowLook::listsOpenBesideTheirBoxes()
+{
+    WindowBench bench;
+    MainWidget& window = bench.open();
+    window.resize(1280, 720);
+    window.show();
+    QVERIFY(QTest::qWaitForWindowActive(&window));
+    bench.startupView()->stopLoading();
+    window.findChild<QTabWidget*>(QStringLiteral("myTabWidget"))->setCurrentIndex(1);
+    QTest::mouseClick(bench.button(QStringLiteral("警报时:")), Qt::LeftButton);
+    auto* alarm = window.findChild<QTabWidget*>(QStringLiteral("myTabWidget"))
+                      ->currentWidget()
+                      ->findChild<QComboBox*>();
+    QTRY_VERIFY(alarm->isEnabled());
+    QTest::mouseClick(alarm, Qt::LeftButton);
+    const QWidget* list = QApplication::activePopupWidget();
+    QVERIFY(list);
+    const QRect box(alarm->mapToGlobal(QPoint()), alarm->size());
+    constexpr int kFrame = 2; // may lie on the box's
+    QVERIFY(!list->geometry().intersects(box.adjusted(kFrame, kFrame, -kFrame, -kFrame)));
+    QCOMPARE(looks::layoutProblems(), QStringList());
 }
 
 void TestWindowLook::popupsOfTheWorkspaceAreLegible_data()
@@ -189,6 +283,77 @@ void TestWindowLook::panelsStayOnTheScreen()
         QTest::mouseClick(button, Qt::LeftButton);
         QCOMPARE(panel->pos(), button->mapToGlobal(QPoint(button->width(), 0)));
         panel->close();
+    }
+}
+
+/// An outline all around, no box around a check mark's text, and nothing at the edge.
+void TestWindowLook::panelsStandOutFromTheTable()
+{
+    WindowBench bench;
+    bench.instrument().putModule(1, QStringLiteral("SCN4005A"));
+    MainWidget& window = bench.open();
+    window.resize(780, 580);
+    window.show();
+    QVERIFY(QTest::qWaitForWindowActive(&window));
+    bench.startupView()->stopLoading();
+    AdvancedSetting* panel = bench.openPanel(101, scn::MoreColumn);
+    QVERIFY(panel);
+    panel->showFunctionOptions(QStringLiteral("K"), 9, 101); // a thermocouple
+    QCoreApplication::processEvents();
+    const QImage picture = panel->grab().toImage();
+    const QColor outline(0x45, 0x53, 0x64);
+    for (int y = picture.height() / 3; y < picture.height(); ++y) {
+        QCOMPARE(picture.pixelColor(0, y), outline);
+        QCOMPARE(picture.pixelColor(picture.width() - 1, y), outline);
+    }
+    for (const QWidget* part : panel->findChildren<QGroupBox*>()) {
+        QVERIFY(part->isHidden() || part->x() >= 4);
+    }
+    for (auto* check : panel->findChildren<QCheckBox*>()) {
+        if (check->isVisible()) {
+            const QPoint corner = check->mapTo(panel, QPoint(check->width() / 2, 0));
+            for (int y = 0; y < 4; ++y) {
+                QCOMPARE(picture.pixelColor(corner + QPoint(0, y)), QColor(0x17, 0x17, 0x17));
+            }
+        }
+    }
+    QCOMPARE(looks::layoutProblems(), QStringList());
+    panel->close();
+}
+
+void TestWindowLook::setupButtonHasAFace()
+{
+    WindowBench bench;
+    MainWidget& window = bench.open();
+    window.show();
+    QVERIFY(QTest::qWaitForWindowExposed(&window));
+    bench.startupView()->stopLoading();
+    auto* button = window.findChild<QPushButton*>(QStringLiteral("setupButton"));
+    QVERIFY(button);
+    const QImage picture = button->grab().toImage();
+    // The page is rgb(63, 63, 63).
+    QCOMPARE(picture.pixelColor(picture.width() / 2, 2), QColor(0x23, 0x23, 0x23));
+}
+
+void TestWindowLook::headersOfTheViewsLookAlike()
+{
+    WindowBench bench;
+    MainWidget& window = bench.open();
+    window.resize(1280, 720);
+    window.show();
+    QVERIFY(QTest::qWaitForWindowExposed(&window));
+    bench.startupView()->stopLoading();
+    window.findChild<QTabWidget*>(QStringLiteral("myTabWidget1"))->setCurrentIndex(1);
+    auto* workspace = window.findChild<GraphicSettingWidget*>();
+    for (const char* opener : {"recvGraphicBtnSlots", "recvDataNetworkBtnSlots"}) {
+        QVERIFY(QMetaObject::invokeMethod(workspace, opener));
+        auto* view = workspace->findChild<CustomMdiSubWindow*>();
+        view->showMaximized();
+        QCoreApplication::processEvents();
+        auto* header = view->findChild<QTableWidget*>()->horizontalHeader();
+        QCOMPARE(header->grab().toImage().pixelColor(3, 3), QColor(0x5D, 0x5D, 0x5D));
+        QVERIFY(!header->highlightSections());
+        delete view;
     }
 }
 
