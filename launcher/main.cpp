@@ -1,5 +1,6 @@
 #include "launcher/instrumentchild.h"
 #include "launcher/launcherwindow.h"
+#include "launcher/programplace.h"
 #include "launcher/quitsignals.h"
 #include "launcher/simulatorprocess.h"
 
@@ -23,11 +24,6 @@ struct LauncherOptions
     QString resource;
 };
 
-QString besideLauncher(const QString& name)
-{
-    return QCoreApplication::applicationDirPath() + QLatin1Char('/') + name;
-}
-
 LauncherOptions parseOptions(const QApplication& application)
 {
     QCommandLineParser parser;
@@ -37,10 +33,10 @@ LauncherOptions parseOptions(const QApplication& application)
     parser.addHelpOption();
     const QCommandLineOption program(
         QStringLiteral("program"), QStringLiteral("Control program to start."),
-        QStringLiteral("path"), besideLauncher(QStringLiteral("scn4070a")));
+        QStringLiteral("path"), companionProgram(QStringLiteral("scn4070a")));
     const QCommandLineOption simulator(
         QStringLiteral("simulator"), QStringLiteral("Simulator to start without a RESOURCE."),
-        QStringLiteral("path"), besideLauncher(QStringLiteral("scn4070a-sim")));
+        QStringLiteral("path"), companionProgram(QStringLiteral("scn4070a-sim")));
     const QCommandLineOption transcript(QStringLiteral("transcript"),
                                         QStringLiteral("File for the simulator's transcript."),
                                         QStringLiteral("path"));
