@@ -59,6 +59,10 @@ void CCurvePlot::initInteraction()
 
     m_magnifier = new CustomMagnifier(canvas());
     m_magnifier->setAxisEnabled(QwtPlot::yLeft, false);
+    // Nothing shows these and nothing resets them: zoomed along, they would become too narrow one day
+    // and end all zooming.
+    m_magnifier->setAxisEnabled(QwtPlot::xTop, false);
+    m_magnifier->setAxisEnabled(QwtPlot::yRight, false);
     connect(m_magnifier, &CustomMagnifier::zoomed, this, &CCurvePlot::onMagnifierZoomed);
 }
 
