@@ -39,6 +39,22 @@ QVector<QPointF> pointsOf(const QVector<double>& values)
     return points;
 }
 
+/// Data of a curve that tell when they go.
+class FarewellData : public QwtPointSeriesData
+{
+public:
+    explicit FarewellData(std::function<void()> farewell)
+        : m_farewell(std::move(farewell))
+    {
+    }
+    ~FarewellData() override { m_farewell(); }
+
+private:
+    Q_DISABLE_COPY_MOVE(FarewellData)
+
+    std::function<void()> m_farewell;
+};
+
 } // namespace
 
 /// The plot's setup, its time window and its y scale. Bounds set by the plot apply at once; those
@@ -55,7 +71,7 @@ private slots:
     void cleanupTestCase() { m_pool.reset(); }
 
     void newPlotShowsTheMinuteFromNow();
-    void newPlotFillsItsLayoutAndDrawsOnlyWhenTold();
+    void newPlotFillsItsLayout();
     void canvasKeepsItsPictureAndPaintsLater();
     void onlyTheTimeAxisShowsAScale();
     void timeAxisIsLabelledWithLocalDateAndTime();
@@ -90,7 +106,7 @@ private slots:
     void offsetOfACurveIsKept();
     void offsetOfAForeignCurveChangesNothing();
     void askingForAnOffsetMakesACurveKnown();
-    void destructionTakesCurvesGridAndTimersAlong();
+    void destructionTakesTrackerCurvesAndTimersAlong();
 
 private:
     std::unique_ptr<SeriesPool> m_pool;
@@ -111,17 +127,17 @@ void TestCCurvePlot::newPlotShowsTheMinuteFromNow()
     QVERIFY(timeBounds(plot).minValue() == time.minValue());
 }
 
-void TestCCurvePlot::newPlotFillsItsLayoutAndDrawsOnlyWhenTold()
+void TestCCurvePlot::newPlotFillsItsLayout()
 {
     CCurvePlot plot;
     QCOMPARE(plot.sizePolicy().horizontalPolicy(), QSizePolicy::Expanding);
     QCOMPARE(plot.sizePolicy().verticalPolicy(), QSizePolicy::Expanding);
     QCOMPARE(plot.minimumSize(), QSize(100, 100));
-    QVERIFY(!plot.autoReplot());
 }
 
 void TestCCurvePlot::canvasKeepsItsPictureAndPaintsLater()
 {
+    QwtPainter::setPolylineSplitting(false);
     CCurvePlot plot;
     auto* canvas = qobject_cast<QwtPlotCanvas*>(plot.canvas());
     QVERIFY(canvas);
@@ -384,6 +400,11 @@ void TestCCurvePlot::valueAxisFitsTheSamples_data()
                                << 5.0 + kFlatMargin;
     QTest::newRow("flat to 1e-12")
         << Values{0.0, 5e-13} << Values{} << -kFlatMargin << 5e-13 + kFlatMargin;
+    const auto margin = [](double range) { return (range / 0.8 - range) * 0.5; };
+    QTest::newRow("just not flat")
+        << Values{0.0, 2e-12} << Values{} << -margin(2e-12) << 2e-12 + margin(2e-12);
+    QTest::newRow("noise on a level") << Values{5.0, 5.001} << Values{} << 5.0 - margin(5.001 - 5.0)
+                                      << 5.001 + margin(5.001 - 5.0);
     QTest::newRow("all overload") << Values{kOverload, kOverload} << Values{kOverload} << 0.0
                                   << 1.0;
     QTest::newRow("overload among readings")
@@ -610,7 +631,9 @@ void TestCCurvePlot::offsetOfAForeignCurveChangesNothing()
     CCurvePlot plot;
     CCurvePlot other;
     QwtPlotCurve* foreign = other.addCurve(m_pool->empty(0), Qt::red, QStringLiteral("101"));
+    timerOf(plot, true)->stop();
     plot.setCurveOffset(foreign, 2.5);
+    QVERIFY(!timerOf(plot, true)->isActive());
     QCOMPARE(plot.curveOffset(foreign), 0.0);
     QCOMPARE(other.curveOffset(foreign), 0.0);
     plot.setCurveOffset(nullptr, 1.0);
@@ -625,10 +648,11 @@ void TestCCurvePlot::askingForAnOffsetMakesACurveKnown()
     QCOMPARE(plot.curveOffset(nullptr), 1.5);
 }
 
-void TestCCurvePlot::destructionTakesCurvesGridAndTimersAlong()
+void TestCCurvePlot::destructionTakesTrackerCurvesAndTimersAlong()
 {
     auto plot = std::make_unique<CCurvePlot>();
     plot->addCurve(m_pool->loaded(0, pointsOf({0.0, 8.0})), Qt::red, QStringLiteral("101"));
+    QwtPlotCurve* curve = plot->addCurve(nullptr, Qt::red, QStringLiteral("102"));
     plot->onNewSample(1700000000000);
     const QPointer<CurveTracker> tracker = plot->canvas()->findChild<CurveTracker*>();
     const QPointer<CustomMagnifier> magnifier = plot->canvas()->findChild<CustomMagnifier*>();
@@ -637,7 +661,10 @@ void TestCCurvePlot::destructionTakesCurvesGridAndTimersAlong()
     const QPointer<QTimer> rangeCheck = timerOf(*plot, false);
     QVERIFY(showSettled(*plot));
     QVERIFY(tracker && magnifier && panner && reload && rangeCheck);
+    bool curveWentAfterTheTracker = false;
+    curve->setSamples(new FarewellData([&] { curveWentAfterTheTracker = !tracker; }));
     plot.reset();
+    QVERIFY(curveWentAfterTheTracker);
     QVERIFY(!tracker);
     QVERIFY(!magnifier);
     QVERIFY(!panner);

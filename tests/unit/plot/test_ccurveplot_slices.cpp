@@ -69,6 +69,7 @@ private slots:
     void chartShownLastGoesFirst();
     void hiddenChartStartsAgainWhenShown();
     void clearedOrDeletedChartForgetsIt();
+    void liveViewEndsIt();
 
 private:
     std::unique_ptr<CountingPlot> plotOfAll();
@@ -232,7 +233,7 @@ void TestCCurvePlotSlices::viewThatFollowsIsNotPutOffForever()
     QCOMPARE(plot->replots, 1);
     QCOMPARE(pointsShown(*plot), 10000);
     // What was due meanwhile follows.
-    QVERIFY(timerOf(*plot, true)->isActive());
+    QTRY_COMPARE_WITH_TIMEOUT(plot->replots, 2, 30000);
 }
 
 void TestCCurvePlotSlices::chartShownLastGoesFirst()
@@ -284,6 +285,25 @@ void TestCCurvePlotSlices::clearedOrDeletedChartForgetsIt()
     look(*plot, kStart, kStart + kPoints * kStepMs);
     plot.reset();
     QCoreApplication::processEvents();
+}
+
+// Runs last: it stores readings of now.
+void TestCCurvePlotSlices::liveViewEndsIt()
+{
+    const auto plot = plotOfAll();
+    QVERIFY(plot);
+    passReloads(*plot);
+    for (const auto& series : m_series) {
+        series->addPoint(static_cast<double>(QDateTime::currentMSecsSinceEpoch()), 1.0);
+    }
+    look(*plot, kStart, kStart + kPoints * kStepMs);
+    QCOMPARE(pointsShown(*plot), 0);
+    plot->resumeLive();
+    for (int turn = 0; turn < 200; ++turn) {
+        QVERIFY(pointsShown(*plot) < 10000);
+        QCoreApplication::processEvents();
+    }
+    QTRY_COMPARE(pointsShown(*plot), 1);
 }
 
 SCN_TEST(TestCCurvePlotSlices, QApplication)
