@@ -160,7 +160,10 @@ bool CCurvePlot::proceedWithLoad(std::chrono::milliseconds budget)
         scn::LoadTurns::ask(this, m_shownAs, [this] { takeTurn(); });
         return false;
     }
-    m_load->show();
+    load->show();
+    if (load != m_load) {
+        return false;
+    }
     m_load.reset();
     scaleToLoad();
     if (std::exchange(m_loadAgain, false)) {

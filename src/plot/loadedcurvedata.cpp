@@ -9,16 +9,23 @@ namespace scn {
 
 void LoadedCurveData::load(const CurveView& view)
 {
+    if (const std::optional<CurveLoad> anew = fetchAnew(view)) {
+        show(*anew);
+    }
+}
+
+std::optional<CurveLoad> LoadedCurveData::fetchAnew(const CurveView& view)
+{
     assertGuiThread();
     const std::optional<StoredState> state = storedFor(view);
     if (state && wouldRepeat(view, *state)) {
         shift(view.offset);
-        return;
+        return std::nullopt;
     }
     if (m_shown) { // lets the series reuse the memory unless another chart shows the same points
         m_shown->points = {};
     }
-    m_shown = fetch(view);
+    return fetch(view);
 }
 
 bool LoadedCurveData::needsStore(const CurveView& view) const
@@ -31,9 +38,11 @@ CurveLoad LoadedCurveData::fetch(const CurveView& view) const
 {
     assertGuiThread();
     const std::optional<StoredState> state = storedFor(view);
+    // The curve may go while the series loads.
+    CurveSeriesData* const source = series();
     const QVector<QPointF> stored =
-        series()->loadWindow(view.start, view.end, view.maxPoints, view.offset);
-    return {view, state, stored, series()->visiblePoints(), series()->yOffset()};
+        source->loadWindow(view.start, view.end, view.maxPoints, view.offset);
+    return {view, state, stored, source->visiblePoints(), source->yOffset()};
 }
 
 /// What is stored, if a view is loaded from there.

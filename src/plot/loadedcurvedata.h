@@ -47,6 +47,10 @@ public:
     /// loaded if that would give the points kept already, but for the offset. There must be a series.
     void load(const CurveView& view);
 
+    /// The first half of load(): what is to be shown then, if anything. Opening a file handles events, so the
+    /// curve may be gone afterwards.
+    std::optional<CurveLoad> fetchAnew(const CurveView& view);
+
     /// Whether load() would read from the store.
     bool needsStore(const CurveView& view) const;
 

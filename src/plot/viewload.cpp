@@ -59,10 +59,13 @@ void ViewLoad::show()
 {
     for (int i = 0; i < m_parts.size(); ++i) {
         const Part& part = m_parts.at(i);
-        if (m_fetched.at(i)) {
-            part.curve->show(*m_fetched.at(i));
-        } else {
-            part.curve->load(viewOf(part));
+        const std::optional<CurveLoad> load =
+            m_fetched.at(i) ? m_fetched.at(i) : part.curve->fetchAnew(viewOf(part));
+        if (m_cancelled) {
+            return;
+        }
+        if (load) {
+            part.curve->show(*load);
         }
     }
 }

@@ -32,10 +32,10 @@ public:
     /// false after a cancellation.
     bool proceed(QDeadlineTimer deadline);
 
-    /// Ends it for good, even from within proceed(): reopening a file handles events.
+    /// Ends it for good, even from within the others: reopening a file handles events.
     void cancel() { m_cancelled = true; }
 
-    /// Puts everything on display.
+    /// Puts everything on display, but nothing after a cancellation.
     void show();
 
 private:

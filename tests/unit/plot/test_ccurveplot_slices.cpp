@@ -4,6 +4,7 @@
 #include "support/exactpoints.h"
 #include "support/testprogram.h"
 
+#include <QSqlDatabase>
 #include <QTemporaryDir>
 #include <qwt_plot_curve.h>
 
@@ -70,6 +71,7 @@ private slots:
     void hiddenChartStartsAgainWhenShown();
     void clearedOrDeletedChartForgetsIt();
     void liveViewEndsIt();
+    void chartClearedWhileItLoadsStaysEmpty();
 
 private:
     std::unique_ptr<CountingPlot> plotOfAll();
@@ -287,7 +289,7 @@ void TestCCurvePlotSlices::clearedOrDeletedChartForgetsIt()
     QCoreApplication::processEvents();
 }
 
-// Runs last: it stores readings of now.
+// The last two store readings of now.
 void TestCCurvePlotSlices::liveViewEndsIt()
 {
     const auto plot = plotOfAll();
@@ -304,6 +306,40 @@ void TestCCurvePlotSlices::liveViewEndsIt()
         QCoreApplication::processEvents();
     }
     QTRY_COMPARE(pointsShown(*plot), 1);
+}
+
+void TestCCurvePlotSlices::chartClearedWhileItLoadsStaysEmpty()
+{
+    const auto plot = plotOfAll();
+    QVERIFY(plot);
+    const qint64 now = QDateTime::currentMSecsSinceEpoch();
+    const auto addReading = [&](qint64 time) {
+        for (const auto& series : m_series) {
+            series->addPoint(static_cast<double>(time), 1.0);
+        }
+    };
+    addReading(now);
+    plot->resumeLive();
+    passReloads(*plot);
+    QTRY_COMPARE(pointsShown(*plot), 1);
+    addReading(now + 1);
+    // Reopening the file handles events, and a clear is among them.
+    for (const QString& name : QSqlDatabase::connectionNames()) {
+        QSqlDatabase::database(name, false).close();
+    }
+    bool cleared = false;
+    QTimer::singleShot(0, plot.get(), [&] {
+        plot->clearCurves();
+        cleared = true;
+    });
+    plot->replots = 0;
+    plot->updateVisibleData();
+    QVERIFY(cleared);
+    QCOMPARE(plot->replots, 1);
+    for (int turn = 0; turn < 20; ++turn) {
+        QCoreApplication::processEvents();
+    }
+    QVERIFY(plot->itemList(QwtPlotItem::Rtti_PlotCurve).isEmpty());
 }
 
 SCN_TEST(TestCCurvePlotSlices, QApplication)
