@@ -62,9 +62,10 @@ GraphicSettingWidget::GraphicSettingWidget(QWidget* parent,
 GraphicSettingWidget::~GraphicSettingWidget()
 {
     assertGuiThread();
-    // The windows report their destruction to this object, so they must go while it is intact.
+    // The windows report their destruction to this object, so they must go while it is intact: also those
+    // that are closed, which the area has no longer in its list, but not yet deleted.
     disconnect(m_mdiArea, nullptr, this, nullptr);
-    qDeleteAll(m_mdiArea->subWindowList());
+    qDeleteAll(m_mdiArea->findChildren<QMdiSubWindow*>());
 }
 
 void GraphicSettingWidget::rebuildChannelLists()

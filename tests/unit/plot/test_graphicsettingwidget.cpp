@@ -11,6 +11,7 @@
 #include "storage/storeclock.h"
 #include "support/eventcounter.h"
 #include "support/exactpoints.h"
+#include "support/logcapture.h"
 #include "support/settle.h"
 #include "support/testprogram.h"
 #include "widgets/customsidebutton.h"
@@ -165,9 +166,11 @@ private slots:
     void everyChartGetsTheLastTime();
     void gridsShowTheBatchAtOnce();
     void batchOfAnotherThreadIsQueued();
-    void closedWindowIsSkippedAndForgotten();
+    void closedWindowIsSkipped();
+    void destroyedWindowIsForgotten();
     void windowOpenedLaterShowsTheSeries();
     void pageMayEndWithOpenWindows();
+    void pageMayEndBeforeAClosedWindow();
     void foreignWindowIsPassedOverByABatch();
     void activationRepaintsAllBorders();
     void onlyAnActivationRepaints();
@@ -420,9 +423,11 @@ void TestGraphicSettingWidget::readingWithoutASeriesIsDropped()
 {
     const Fixture f;
     const auto series = m_store->add(101);
+    const LogCapture log;
     Fixture::send({reading(999, 1.0), reading(101, 2.0)});
     QCOMPARE(series->count(), 1);
     QVERIFY(!g_curveSeries.contains(999));
+    QCOMPARE(log.lines(), QStringList());
 }
 
 void TestGraphicSettingWidget::nullSeriesDropsItsReadings()
@@ -430,8 +435,10 @@ void TestGraphicSettingWidget::nullSeriesDropsItsReadings()
     const Fixture f;
     const auto series = m_store->add(101);
     g_curveSeries[102] = nullptr;
+    const LogCapture log;
     Fixture::send({reading(102, 1.0), reading(101, 2.0)});
     QCOMPARE(series->count(), 1);
+    QCOMPARE(log.lines(), QStringList());
 }
 
 void TestGraphicSettingWidget::seriesThatWereRefusedAreRegisteredWhenTheStoreIsBack()
@@ -536,7 +543,7 @@ void TestGraphicSettingWidget::batchOfAnotherThreadIsQueued()
     QCOMPARE(series->lastValue(), 2.0);
 }
 
-void TestGraphicSettingWidget::closedWindowIsSkippedAndForgotten()
+void TestGraphicSettingWidget::closedWindowIsSkipped()
 {
     Fixture f;
     CustomMdiSubWindow* chart = f.openChart();
@@ -550,6 +557,21 @@ void TestGraphicSettingWidget::closedWindowIsSkippedAndForgotten()
     f.page.rebuildChannelLists();
     QCOMPARE(series->count(), 1);
     QCOMPARE(cell(grid, 0, 2), QStringLiteral("4.00000"));
+}
+
+/// A later window may get the address of an earlier one.
+void TestGraphicSettingWidget::destroyedWindowIsForgotten()
+{
+    Fixture f;
+    CustomMdiSubWindow* grid = f.openGrid();
+    m_store->add(101);
+    combo(grid, 0)->setCurrentIndex(1);
+    const LogCapture log;
+    QVERIFY(QMetaObject::invokeMethod(grid, "destroyed", Q_ARG(QObject*, grid)));
+    Fixture::send({reading(101, 4.0)});
+    QCOMPARE(cell(grid, 0, 2), QStringLiteral("0.00000"));
+    Fixture::close(grid);
+    QCOMPARE(log.lines(QtDebugMsg), QStringList{QStringLiteral("子窗口已销毁，已从map中移除")});
 }
 
 void TestGraphicSettingWidget::windowOpenedLaterShowsTheSeries()
@@ -583,6 +605,24 @@ void TestGraphicSettingWidget::pageMayEndWithOpenWindows()
     // Batches from a thread that is still running are dropped.
     Fixture::send({reading(101, 1.0)});
     QCOMPARE(series->count(), 0);
+}
+
+/// A closed window is deleted by the event loop, which may come too late.
+void TestGraphicSettingWidget::pageMayEndBeforeAClosedWindow()
+{
+    auto f = std::make_unique<Fixture>();
+    const QPointer<CustomMdiSubWindow> chart = f->openChart();
+    const QPointer<CustomMdiSubWindow> grid = f->openGrid();
+    const auto series = m_store->add(101);
+    combo(grid, 0)->setCurrentIndex(1);
+    QVERIFY(grid->close());
+    Fixture::send({reading(101, 1.0)});
+    QCOMPARE(series->count(), 1);
+    QVERIFY(grid);
+    QCOMPARE(cell(grid, 0, 2), QStringLiteral("0.00000"));
+    f.reset();
+    QVERIFY(!grid);
+    QVERIFY(!chart);
 }
 
 void TestGraphicSettingWidget::foreignWindowIsPassedOverByABatch()
