@@ -95,7 +95,7 @@ public:
     double minimum() const;
     double maximum() const;
     double sum() const;
-    /// The mean.
+    /// The mean; that of the finite values if the sum is not finite.
     double average() const;
 
     /// Number of the curve in the store's current file; -1 if it could not be registered.
