@@ -5,6 +5,7 @@
 #include "storage/curvedatadb.h"
 #include "storage/managedquery.h"
 #include "support/daytables.h"
+#include "support/exactpoints.h"
 #include "support/logcapture.h"
 #include "support/standstillwatchdog.h"
 #include "support/testprogram.h"
@@ -290,8 +291,8 @@ void TestStoreStress::anythingAtAnyTime()
     const int id = store->registerCurve(one("last"));
     QVERIFY(id > 0);
     store->appendPoint(id, localTime(kNoon), 7.0);
-    QCOMPARE(store->readCurveData(id, localTime(kNoon), localTime(kNoon), 0),
-             QVector<QPointF>{QPointF(static_cast<double>(localTime(kNoon)), 7.0)});
+    COMPARE_EXACTLY(store->readCurveData(id, localTime(kNoon), localTime(kNoon), 0),
+                    QVector<QPointF>{QPointF(static_cast<double>(localTime(kNoon)), 7.0)});
     store->closeForExit(QDeadlineTimer(kStandstillMs));
     const QStringList files = QDir(store.directory()).entryList({one("*.db")}, QDir::Files);
     for (const QString& file : files) {

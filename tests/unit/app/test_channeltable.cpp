@@ -73,6 +73,7 @@ class TestChannelTable : public QObject
 
 private slots:
     void tableHasTheseColumns();
+    void headerHasTheseGroups();
     void moduleRowSpansTheTable();
     void channelRowStartsWithTheseControls();
     void boxesOfferWhatThePositionCan();
@@ -119,6 +120,32 @@ void TestChannelTable::tableHasTheseColumns()
                              "增益(M)", "偏移(B)", "单位", "更多", " "}));
     QCOMPARE(widths, (QList<int>{60, 130, 110, 160, 110, 90, 60, 60, 90, 90, 90, 90, 60, 0}));
     QCOMPARE(tree->header()->sectionResizeMode(13), QHeaderView::Stretch);
+}
+
+void TestChannelTable::headerHasTheseGroups()
+{
+    TwoModules bench;
+    bench.window().resize(2200, 700);
+    bench.window().show();
+    const QHeaderView* header = bench.tree()->header();
+    QTRY_VERIFY(header->length() >= 1250); // all columns are in view
+    const QVector<HeaderGroup> groups = {{QStringLiteral("通道"), 0, 3},
+                                         {QStringLiteral("测量"), 3, 5},
+                                         {QStringLiteral("定标(Mx+B)"), 8, 6}};
+    QTreeWidget plain(bench.tree()->parentWidget());
+    plain.setStyleSheet(bench.tree()->styleSheet());
+    plain.setHeaderItem(new QTreeWidgetItem(*bench.tree()->headerItem()));
+    auto* expected = new GroupedHeaderView(groups, &plain);
+    plain.setHeader(expected);
+    expected->setDefaultAlignment(Qt::AlignCenter);
+    expected->setStretchLastSection(false);
+    for (int column = 0; column < 14; ++column) {
+        expected->resizeSection(column, header->sectionSize(column));
+    }
+    plain.resize(bench.tree()->size());
+    plain.show();
+    QCOMPARE(expected->length(), header->length());
+    QCOMPARE(header->viewport()->grab().toImage(), expected->viewport()->grab().toImage());
 }
 
 void TestChannelTable::moduleRowSpansTheTable()

@@ -1,5 +1,6 @@
 #include "overlay/loadingview.h"
 #include "support/eventcounter.h"
+#include "support/picturedifference.h"
 #include "support/testprogram.h"
 #include "support/timerhand.h"
 
@@ -13,7 +14,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cstdlib>
 #include <memory>
 
 namespace {
@@ -71,22 +71,6 @@ QImage pictureOf(const QSize& size, const QPointF& centre, int outer, int inner)
         painter.drawArc(QRectF(centre - inward, centre + inward), 16 * (start + 60), 16 * 45);
     }
     return image;
-}
-
-/// The largest difference of a colour of any pixel.
-int difference(const QImage& a, const QImage& b)
-{
-    int most = 0;
-    for (int y = 0; y < a.height(); ++y) {
-        for (int x = 0; x < a.width(); ++x) {
-            const QRgb one = a.pixel(x, y);
-            const QRgb other = b.pixel(x, y);
-            most = std::max(
-                {most, std::abs(qRed(one) - qRed(other)), std::abs(qGreen(one) - qGreen(other)),
-                 std::abs(qBlue(one) - qBlue(other)), std::abs(qAlpha(one) - qAlpha(other))});
-        }
-    }
-    return most;
 }
 
 } // namespace
@@ -325,7 +309,7 @@ void TestLoadingView::pictureHasTheseMeasures()
     // Without the label, which is no child of the viewport.
     const QImage image = view.viewport()->grab().toImage();
     QCOMPARE(image.size(), size);
-    const int most = difference(image, pictureOf(size, centre, outer, inner));
+    const int most = largestDifference(image, pictureOf(size, centre, outer, inner));
     QVERIFY2(most <= 3, qPrintable(QString::number(most)));
 }
 

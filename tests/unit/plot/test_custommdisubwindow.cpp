@@ -2,12 +2,14 @@
 #include "plot/custommdisubwindow.h"
 #include "plot/customtitlebar.h"
 #include "support/eventcounter.h"
+#include "support/picturedifference.h"
 #include "support/testprogram.h"
 
 #include <QDoubleSpinBox>
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QMdiArea>
+#include <QPainter>
 #include <QPushButton>
 #include <QScreen>
 #include <QVBoxLayout>
@@ -38,6 +40,26 @@ protected:
         ++presses;
         event->accept();
     }
+};
+
+/// Notes whose presses pass its filter.
+class FilterProbe : public CustomMdiSubWindow
+{
+public:
+    FilterProbe()
+        : CustomMdiSubWindow(QString(), nullptr)
+    {
+    }
+
+    bool eventFilter(QObject* watched, QEvent* event) override
+    {
+        if (event->type() == QEvent::MouseButtonPress) {
+            seen.append(watched);
+        }
+        return CustomMdiSubWindow::eventFilter(watched, event);
+    }
+
+    QVector<QObject*> seen;
 };
 
 struct Fixture
@@ -98,6 +120,19 @@ QColor borderColor(CustomMdiSubWindow* window)
 {
     return window->grab().toImage().pixelColor(window->width() / 2, 0);
 }
+
+/// A window's frame as it is to look.
+QImage framePicture(const QSize& size, const QColor& color)
+{
+    QImage image(size, QImage::Format_ARGB32_Premultiplied);
+    image.fill(Qt::transparent);
+    QPainter painter(&image);
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setPen(QPen(color, 2, Qt::SolidLine, Qt::SquareCap, Qt::BevelJoin));
+    painter.setBrush(Qt::black);
+    painter.drawRoundedRect(QRectF(1, 1, size.width() - 2, size.height() - 2), 4, 4);
+    return image;
+}
 } // namespace
 
 class TestCustomMdiSubWindow : public QObject
@@ -133,6 +168,7 @@ private slots:
     void thirtyFivePixelsStayInViewAtTheLeft();
     void dragWithoutAnAreaIsHeldOnTheScreen();
     void dragEndsWithTheRelease();
+    void rightReleaseLeavesTheDrag();
     void pressOnTheBarTakesTheFocus();
     void pressBelowTheBarStartsNoDrag();
     void rightPressOnTheBarStartsNoDrag();
@@ -141,8 +177,11 @@ private slots:
     void pressInsideActivatesAndGoesOn();
     void pressOnTheBarActivates();
     void pressInLaterContentActivates();
+    void pressesInsideAreSeen();
+    void seenPressTakesTheFocusAndActivates();
     void clickedSpinBoxOfAnInactiveWindowTakesKeys();
     void borderTellsTheActiveWindow();
+    void borderHasTheseMeasures();
     void windowCoversThoseBelow();
     void shellLetsItsWidgetsGoAtItsEnd();
     void endIsStillReported();
@@ -440,6 +479,21 @@ void TestCustomMdiSubWindow::dragEndsWithTheRelease()
     QCOMPARE(f.window->pos(), kPlace.topLeft() + QPoint(25, 0));
 }
 
+void TestCustomMdiSubWindow::rightReleaseLeavesTheDrag()
+{
+    const Fixture f;
+    const QPoint start = f.bar()->mapToGlobal(QPoint(10, 10));
+    pressAt(f.bar(), start);
+    dragTo(f.bar(), start + QPoint(10, 0));
+    const QPoint on = start + QPoint(10, 0);
+    sendMouseAt(f.bar(), QEvent::MouseButtonPress, on, Qt::RightButton,
+                Qt::LeftButton | Qt::RightButton);
+    sendMouseAt(f.bar(), QEvent::MouseButtonRelease, on, Qt::RightButton, Qt::LeftButton);
+    dragTo(f.bar(), start + QPoint(30, 20));
+    releaseAt(f.bar(), start + QPoint(30, 20));
+    QCOMPARE(f.window->pos(), kPlace.topLeft() + QPoint(30, 20));
+}
+
 void TestCustomMdiSubWindow::pressOnTheBarTakesTheFocus()
 {
     Fixture f;
@@ -479,6 +533,7 @@ void TestCustomMdiSubWindow::rightPressGoesNoFurther()
     QCOMPARE(behind.count(), 0);
 }
 
+/// Here and in the next two, the area would also activate the window by itself.
 void TestCustomMdiSubWindow::pressInsideActivatesAndGoesOn()
 {
     Fixture f;
@@ -520,6 +575,47 @@ void TestCustomMdiSubWindow::pressInLaterContentActivates()
     QCOMPARE(f.area.activeSubWindow(), first);
 }
 
+void TestCustomMdiSubWindow::pressesInsideAreSeen()
+{
+    QMdiArea area;
+    area.resize(1000, 700);
+    auto* window = new FilterProbe;
+    area.addSubWindow(window);
+    auto* content = new Content;
+    window->setContentWidget(content);
+    auto* later = new Content;
+    window->setContentWidget(later);
+    area.show();
+    QVERIFY(QTest::qWaitForWindowActive(&area));
+    auto* bar = window->findChild<CustomTitleBar*>();
+    QWidget* const contentArea = content->parentWidget();
+    const QVector<QWidget*> all{bar, contentArea, content, content->spinBox, later, later->spinBox};
+    for (QWidget* widget : all) {
+        window->seen.clear();
+        pressAt(widget, widget->mapToGlobal(QPoint(1, 1)));
+        releaseAt(widget, widget->mapToGlobal(QPoint(1, 1)));
+        QVERIFY(window->seen.contains(widget));
+    }
+}
+
+void TestCustomMdiSubWindow::seenPressTakesTheFocusAndActivates()
+{
+    Fixture f;
+    auto* probe = new FilterProbe;
+    f.area.addSubWindow(probe);
+    auto* content = new Content;
+    probe->setContentWidget(content);
+    probe->show();
+    f.window->activate();
+    QCOMPARE(f.area.activeSubWindow(), f.window);
+    QVERIFY(f.hasFocusInside());
+    QMouseEvent press(QEvent::MouseButtonPress, QPointF(1, 1), Qt::LeftButton, Qt::LeftButton,
+                      Qt::NoModifier);
+    QVERIFY(!probe->eventFilter(content, &press));
+    QCOMPARE(f.area.activeSubWindow(), probe);
+    QVERIFY(probe->hasFocus() || probe->isAncestorOf(QApplication::focusWidget()));
+}
+
 void TestCustomMdiSubWindow::clickedSpinBoxOfAnInactiveWindowTakesKeys()
 {
     Fixture f;
@@ -546,6 +642,20 @@ void TestCustomMdiSubWindow::borderTellsTheActiveWindow()
     QCOMPARE(borderColor(second), QColor(Qt::white));
 }
 
+void TestCustomMdiSubWindow::borderHasTheseMeasures()
+{
+    Fixture f;
+    CustomMdiSubWindow* first = f.window;
+    CustomMdiSubWindow* second = f.open();
+    second->activate();
+    for (CustomMdiSubWindow* window : {first, second}) {
+        window->widget()->hide(); // only the frame is left
+        const QColor color = window == second ? QColor(0x2B, 0xA1, 0xD5) : QColor(Qt::white);
+        QVERIFY(largestDifference(window->grab().toImage(), framePicture(kPlace.size(), color)) <=
+                3);
+    }
+}
+
 void TestCustomMdiSubWindow::windowCoversThoseBelow()
 {
     Fixture f;
@@ -554,6 +664,11 @@ void TestCustomMdiSubWindow::windowCoversThoseBelow()
     const QPoint point(kPlace.center().x(), kPlace.bottom() - 10);
     QCOMPARE(f.area.grab().toImage().pixelColor(point), QColor(Qt::red));
     f.open()->activate();
+    QCOMPARE(f.area.grab().toImage().pixelColor(point), QColor(Qt::black));
+    // Also when it is not the active one.
+    CustomMdiSubWindow* other = f.open();
+    other->move(kPlace.bottomRight());
+    other->activate();
     QCOMPARE(f.area.grab().toImage().pixelColor(point), QColor(Qt::black));
 }
 

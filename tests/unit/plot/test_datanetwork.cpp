@@ -1,6 +1,7 @@
 #include "plot/datanetwork.h"
 #include "seriesstore.h"
 #include "support/hand.h"
+#include "support/settle.h"
 #include "support/testprogram.h"
 
 #include <QAbstractItemView>
@@ -89,6 +90,7 @@ private slots:
     void refreshRewritesRowsWithAChannel();
     void newChannelListKeepsOldValuesUntilANewChoice();
     void noneChosenByHandEmptiesTheRow();
+    void typedTextStaysUntilTheNextBatch();
     void wheelNeedsTheFocus();
     void slotWithoutASenderDoesNothing();
 
@@ -315,6 +317,32 @@ void TestDataNetwork::noneChosenByHandEmptiesTheRow()
     QTest::keyClick(f.combo(0)->view(), Qt::Key_Return);
     QCOMPARE(f.combo(0)->currentIndex(), 0);
     QCOMPARE(f.cells(0), kEmptyRow);
+}
+
+void TestDataNetwork::typedTextStaysUntilTheNextBatch()
+{
+    Fixture f;
+    f.grid.resize(900, 400);
+    f.grid.show();
+    QVERIFY(QTest::qWaitForWindowActive(&f.grid));
+    addTwoReadings(*m_store->add(101));
+    f.combo(0)->setCurrentIndex(1);
+    const auto type = [&f](int row, int column) {
+        const QPoint place = f.table()->visualItemRect(f.table()->item(row, column)).center();
+        QTest::mouseClick(f.table()->viewport(), Qt::LeftButton, Qt::NoModifier, place);
+        QTest::mouseDClick(f.table()->viewport(), Qt::LeftButton, Qt::NoModifier, place);
+        QTest::keyClicks(QApplication::focusWidget(), QStringLiteral("note"));
+        QTest::keyClick(QApplication::focusWidget(), Qt::Key_Return);
+        settle(); // the table takes the text over afterwards
+        return f.table()->item(row, column)->text();
+    };
+    for (int column = 2; column <= 6; ++column) {
+        QCOMPARE(type(0, column), QStringLiteral("note"));
+        QCOMPARE(type(1, column), QStringLiteral("note"));
+    }
+    f.grid.refreshRows();
+    QCOMPARE(f.cells(0), kTwoReadings);
+    QCOMPARE(f.cells(1), QStringList(QVector<QString>(5, QStringLiteral("note")).toList()));
 }
 
 void TestDataNetwork::wheelNeedsTheFocus()

@@ -72,6 +72,7 @@ private slots:
     void columnInNoGroupKeepsThePlainFill();
     void lineRunsAcrossAllSections();
     void sectionTextStandsBelowTheGap();
+    void sectionsFillTheLowerThird();
     void groupsMoveWithTheScrolledSections();
 };
 
@@ -188,6 +189,22 @@ void TestGroupedHeaderView::sectionTextStandsBelowTheGap()
         // In the middle of the lower third of the 56 pixels beside the gap.
         const QRect text = textBounds(image, QRect(left, kLineY + kGap, kSectionWidth, 18));
         QVERIFY(qAbs(text.center().y() - (kLineY + kGap + 9)) <= 2);
+    }
+}
+
+void TestGroupedHeaderView::sectionsFillTheLowerThird()
+{
+    Table table;
+    table.resize(900, 200);
+    table.show();
+    QVERIFY(QTest::qWaitForWindowExposed(&table));
+    table.header->setStyleSheet(
+        QStringLiteral("QHeaderView::section { background:#0000FF; color:white; border:none; }"));
+    const QImage image = table.headerImage();
+    const int first = kLineY + kGap;
+    const int end = first + 18; // a third of the 56 pixels beside the gap
+    for (int y = kLineY + 1; y < image.height(); ++y) {
+        QCOMPARE(image.pixelColor(5, y), y >= first && y < end ? QColor(Qt::blue) : kFill);
     }
 }
 
