@@ -117,8 +117,8 @@ void TestPointThinning::copyLeavesTheSourceAlone()
     QVector<QPointF> copied(300);
     thinPoints(source.constData(), source.size(), 300, copied.data());
     thinPoints(inPlace, 300);
-    QCOMPARE(copied, inPlace);
-    QCOMPARE(source, ramp(1000));
+    COMPARE_EXACTLY(copied, inPlace);
+    COMPARE_EXACTLY(source, ramp(1000));
 }
 
 SCN_TEST(TestPointThinning, QCoreApplication)

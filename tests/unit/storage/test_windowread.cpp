@@ -94,9 +94,9 @@ void TestWindowRead::picksOnlyWhatIsShown()
     file.addBatch(1, midnight(), table, ramp(midnight(), 5000, 100));
     const ReadRange range{1, midnight() + 150, midnight() + 400000, 50};
     const Compared before = compare(range, pathOf(kDay), {table});
-    QCOMPARE(before.picked, before.plain);
+    COMPARE_EXACTLY(before.picked, before.plain);
     QCOMPARE(before.picked.size(), 50);
-    QCOMPARE(before.picked, thinned(ramp(midnight(), 5000, 100).mid(2, 3999), 50));
+    COMPARE_EXACTLY(before.picked, thinned(ramp(midnight(), 5000, 100).mid(2, 3999), 50));
 }
 
 void TestWindowRead::gapsInTheNumbersAreKnown()
@@ -109,7 +109,7 @@ void TestWindowRead::gapsInTheNumbersAreKnown()
     const Compared both =
         compare({1, midnight(), midnight() + kBatchMs, 40}, pathOf(kDay), {table});
     QVERIFY(both.isFound);
-    QCOMPARE(both.picked, both.plain);
+    COMPARE_EXACTLY(both.picked, both.plain);
     const QSharedPointer<QSqlDatabase> db = m_scene.store().openDb(pathOf(kDay));
     const RowOrder& order = m_orders.update(pathOf(kDay), *db, table, 1);
     QVERIFY(order.isKnown());
@@ -131,7 +131,7 @@ void TestWindowRead::latePointIsInItsPlace()
     const Compared both =
         compare({1, midnight(), midnight() + kBatchMs, 40}, pathOf(kDay), {table});
     QVERIFY(both.isFound);
-    QCOMPARE(both.picked, both.plain);
+    COMPARE_EXACTLY(both.picked, both.plain);
     const QSharedPointer<QSqlDatabase> db = m_scene.store().openDb(pathOf(kDay));
     QVERIFY(!m_orders.update(pathOf(kDay), *db, table, 1).isKnown());
 }
@@ -149,13 +149,13 @@ void TestWindowRead::rowsAddedLaterAreFound()
             written.append(QPointF(double(time), i));
         }
         if (i % 50 == 0) {
-            QCOMPARE(store.readCurveData(1, start, presentTime(), 20), thinned(written, 20));
+            COMPARE_EXACTLY(store.readCurveData(1, start, presentTime(), 20), thinned(written, 20));
         }
     }
-    QCOMPARE(store.readCurveData(1, start, presentTime(), 20), thinned(written, 20));
+    COMPARE_EXACTLY(store.readCurveData(1, start, presentTime(), 20), thinned(written, 20));
     store.appendPoint(1, start + 500, -1.0);
     written.insert(1, QPointF(double(start + 500), -1.0));
-    QCOMPARE(store.readCurveData(1, start, presentTime(), 20), thinned(written, 20));
+    COMPARE_EXACTLY(store.readCurveData(1, start, presentTime(), 20), thinned(written, 20));
     QVERIFY(store.deleteCurveData(1));
     QVERIFY(store.readCurveData(1, start, presentTime(), 20).isEmpty());
 }
@@ -173,7 +173,7 @@ void TestWindowRead::rowsOfOthersChangeTheOrder()
     file.execute(QStringLiteral("UPDATE %1 SET value = value + 1 WHERE id < 50").arg(table));
     const Compared both = compare(range, pathOf(kDay), {table});
     QVERIFY(both.isFound);
-    QCOMPARE(both.picked, both.plain);
+    COMPARE_EXACTLY(both.picked, both.plain);
 }
 
 void TestWindowRead::tableDroppedAndMadeAgain()
@@ -181,11 +181,12 @@ void TestWindowRead::tableDroppedAndMadeAgain()
     CurveDataDB& store = m_scene.store();
     const qint64 start = presentTime() - kHourMs;
     store.appendPoints(2, ramp(start, 100, 1000));
-    QCOMPARE(store.readCurveData(2, start, presentTime(), 10), thinned(ramp(start, 100, 1000), 10));
+    COMPARE_EXACTLY(store.readCurveData(2, start, presentTime(), 10),
+                    thinned(ramp(start, 100, 1000), 10));
     QVERIFY(store.deleteCurveData(2));
     store.appendPoints(2, ramp(start + 7, 100, 1000));
-    QCOMPARE(store.readCurveData(2, start, presentTime(), 10),
-             thinned(ramp(start + 7, 100, 1000), 10));
+    COMPARE_EXACTLY(store.readCurveData(2, start, presentTime(), 10),
+                    thinned(ramp(start + 7, 100, 1000), 10));
 }
 
 void TestWindowRead::textForAValueIsReadRowByRow()
@@ -219,8 +220,8 @@ void TestWindowRead::manyFilesAreNotHeld()
             }
         }
     }
-    QCOMPARE(m_scene.store().readCurveData(1, first, first + 20 * kDayMs - 1, 90),
-             thinned(expected, 90));
+    COMPARE_EXACTLY(m_scene.store().readCurveData(1, first, first + 20 * kDayMs - 1, 90),
+                    thinned(expected, 90));
 }
 
 /// A table with gaps, disorder, rows of others or nothing, as the dice fall. Returns its name.
