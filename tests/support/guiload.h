@@ -5,6 +5,8 @@
 #include <QString>
 #include <QTimer>
 
+#include <chrono>
+
 /// An application that measures how long its event loop waits for events.
 class MeteredApplication : public QApplication
 {
@@ -39,6 +41,12 @@ public:
 
     /// Share of time so far, 0 to 1.
     double busyShare() const;
+
+    /// The largest gap so far.
+    std::chrono::milliseconds largestGap() const
+    {
+        return std::chrono::milliseconds(m_largestGapMs);
+    }
 
     /// Both figures in one line.
     QString report() const;

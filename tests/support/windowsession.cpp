@@ -55,12 +55,10 @@ ImageButton* WindowSession::startButton() const
     return m_window.findChildren<ImageButton*>().constFirst();
 }
 
-BarChartWidget* WindowSession::openChart()
+QPushButton* WindowSession::chartButton() const
 {
     m_window.findChild<QTabWidget*>(QStringLiteral("myTabWidget1"))->setCurrentIndex(kWorkspaceTab);
-    auto* workspace = m_window.findChild<GraphicSettingWidget*>();
-    auto* bar = workspace->findChild<SideBar*>();
-    const int before = workspace->findChildren<BarChartWidget*>().size();
+    auto* bar = m_window.findChild<GraphicSettingWidget*>()->findChild<SideBar*>();
     if (!bar->content()->isVisible()) {
         for (auto* strip : bar->findChildren<CustomSideButton*>()) {
             if (strip->isVisible()) {
@@ -71,7 +69,18 @@ BarChartWidget* WindowSession::openChart()
             return nullptr;
         }
     }
-    QTest::mouseClick(bar->content()->findChildren<QPushButton*>().constFirst(), Qt::LeftButton);
+    return bar->content()->findChildren<QPushButton*>().constFirst();
+}
+
+BarChartWidget* WindowSession::openChart() const
+{
+    QPushButton* const button = chartButton();
+    if (!button) {
+        return nullptr;
+    }
+    const auto* workspace = m_window.findChild<GraphicSettingWidget*>();
+    const int before = workspace->findChildren<BarChartWidget*>().size();
+    QTest::mouseClick(button, Qt::LeftButton);
     const auto charts = workspace->findChildren<BarChartWidget*>();
     return charts.size() == before + 1 ? charts.constLast() : nullptr;
 }

@@ -7,6 +7,7 @@
 class BarChartWidget;
 class ImageButton;
 class MainWidget;
+class QPushButton;
 
 /// The main window in this process, operated through its widgets.
 class WindowSession
@@ -20,8 +21,12 @@ public:
     /// The start/stop button.
     ImageButton* startButton() const;
 
-    /// Opens a chart with the side bar's button; null if none appeared. Switches to the workspace.
-    BarChartWidget* openChart();
+    /// The side bar's button for charts, within reach: switches to the workspace and opens the bar. Null if
+    /// it does not open.
+    QPushButton* chartButton() const;
+
+    /// Opens a chart with that button; null if none appeared.
+    BarChartWidget* openChart() const;
 
     /// Assigns channels of the scan list, from number `first` on, to the chart's first `count`
     /// rows.
