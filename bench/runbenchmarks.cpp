@@ -49,7 +49,7 @@ private:
             return false;
         }
         const bool kept = ratio <= limit;
-        std::printf("%-44s ratio %.3f, limit %.1f: %s (processor %.3f; %.0f ns against %.0f ns)\n",
+        std::printf("%-44s ratio %.3f, limit %.2f: %s (processor %.3f; %.0f ns against %.0f ns)\n",
                     name.str().c_str(), ratio, limit, kept ? "kept" : "ABOVE",
                     counter(run, "cpu_ratio"), counter(run, "program_ns"),
                     counter(run, "baseline_ns"));
