@@ -1,8 +1,8 @@
 #pragma once
 
 #include "posix/filedescriptor.h"
+#include "posix/wakepipe.h"
 #include "visa/transport.h"
-#include "visa/wakepipe_posix.h"
 
 namespace scn::visa {
 

@@ -1,7 +1,7 @@
 #include "visa/hostlookup_posix.h"
 
+#include "posix/wakepipe.h"
 #include "visa/descriptortransport_posix.h"
-#include "visa/wakepipe_posix.h"
 
 #include <netdb.h>
 

@@ -1,10 +1,10 @@
-#include "visa/wakepipe_posix.h"
+#include "posix/wakepipe.h"
 
 #include <unistd.h>
 
 #include <utility>
 
-namespace scn::visa {
+namespace scn {
 
 WakePipe::WakePipe()
 {
@@ -29,4 +29,4 @@ void WakePipe::wake()
     static_cast<void>(written);
 }
 
-} // namespace scn::visa
+} // namespace scn

@@ -2,7 +2,7 @@
 
 #include "posix/filedescriptor.h"
 
-namespace scn::visa {
+namespace scn {
 
 /// A pipe that wakes waiting threads: its reading end becomes readable with the first wake() and
 /// stays so.
@@ -21,4 +21,4 @@ private:
     FileDescriptor m_writeEnd;
 };
 
-} // namespace scn::visa
+} // namespace scn
