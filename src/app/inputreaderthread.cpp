@@ -1,7 +1,6 @@
 #include "app/inputreaderthread.h"
 
 #include "app/linesplitter.h"
-#include "app/standardinput.h"
 
 InputReaderThread::InputReaderThread(QObject* parent, std::chrono::milliseconds poll)
     : QThread(parent)
@@ -13,6 +12,7 @@ void InputReaderThread::stop()
 {
     const QMutexLocker locker(&m_mutex);
     m_stop = true;
+    m_input.interrupt();
 }
 
 bool InputReaderThread::stopRequested()
@@ -32,7 +32,6 @@ void InputReaderThread::deliver(const QStringList& lines)
 
 void InputReaderThread::run()
 {
-    scn::StandardInput input;
     scn::LineSplitter splitter;
     bool atEnd = false;
     while (!stopRequested()) {
@@ -42,7 +41,7 @@ void InputReaderThread::run()
             continue;
         }
         QByteArray bytes;
-        switch (input.read(bytes, m_poll)) {
+        switch (m_input.read(bytes, m_poll)) {
         case scn::StandardInput::Status::Data:
             deliver(splitter.feed(bytes));
             break;

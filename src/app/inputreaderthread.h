@@ -1,5 +1,6 @@
 #pragma once
 
+#include "app/standardinput.h"
 #include "app/windowtiming.h"
 
 #include <QMutex>
@@ -15,11 +16,11 @@ class InputReaderThread : public QThread
     Q_DISABLE_COPY_MOVE(InputReaderThread)
 
 public:
-    /// The thread checks every `poll` whether it is to end.
+    /// After the end of the input the thread checks every `poll` whether it is to end.
     explicit InputReaderThread(QObject* parent,
                                std::chrono::milliseconds poll = scn::LauncherTiming().inputPoll);
 
-    /// Asks the thread to end, which it does within its polling interval. Any thread.
+    /// Asks the thread to end: at once, or within its polling interval after the end of the input. Any thread.
     void stop();
 
 signals:
@@ -34,6 +35,7 @@ private:
     void deliver(const QStringList& lines);
 
     const std::chrono::milliseconds m_poll;
+    scn::StandardInput m_input;
     QMutex m_mutex; ///< guards only the flag
     bool m_stop = false;
 };

@@ -4,14 +4,16 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <iterator>
 
 namespace scn {
 
 StandardInput::Status StandardInput::read(QByteArray& bytes, std::chrono::milliseconds patience)
 {
-    pollfd descriptor{STDIN_FILENO, POLLIN, 0};
-    const int ready = ::poll(&descriptor, 1, static_cast<int>(patience.count()));
-    if (ready == 0 || (ready < 0 && errno == EINTR)) {
+    pollfd descriptors[] = {{STDIN_FILENO, POLLIN, 0}, {m_interruption.readEnd(), POLLIN, 0}};
+    const int limit = m_interruption.isOpen() ? -1 : static_cast<int>(patience.count());
+    const int ready = ::poll(descriptors, std::size(descriptors), limit);
+    if (ready == 0 || (ready > 0 && descriptors[1].revents != 0) || (ready < 0 && errno == EINTR)) {
         return Status::Quiet;
     }
     if (ready < 0) {

@@ -10,7 +10,7 @@ namespace scn {
 /// test may shorten them.
 struct LauncherTiming
 {
-    /// The reader checks this often whether it is to end.
+    /// After the end of the input the reader checks this often whether it is to end.
     std::chrono::milliseconds inputPoll{100};
 
     /// The writer checks this often while the launcher reads nothing.

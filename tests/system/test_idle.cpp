@@ -14,9 +14,8 @@ namespace {
 
 constexpr int kWatchMs = 10000;
 
-/// Ten looks at the standard input, and one poll of the instrument: a sleep, an exchange and the
-/// locks between. A thread that slept 20 ms at a time would double this.
-constexpr double kMostWakesPerSecond = 30;
+/// Two are the poll of the instrument: a sleep and an exchange.
+constexpr double kMostWakesPerSecond = 8;
 
 /// The share of a core.
 constexpr double kMostBusy = 0.005;
