@@ -1,4 +1,4 @@
-# Where `cmake --install` puts what is built, below any prefix.
+# Where `cmake --install` puts the programs, below any prefix.
 include(GNUInstallDirs)
 
 # The program keeps its data beside itself, and only the launcher starts it: it is in no folder of

@@ -1,8 +1,10 @@
+#include "common/version.h"
 #include "launcher/instrumentchild.h"
 #include "launcher/launcherwindow.h"
 #include "launcher/programplace.h"
 #include "launcher/quitsignals.h"
 #include "launcher/simulatorprocess.h"
+#include "resources/windowicon.h"
 
 #include <QApplication>
 #include <QCommandLineParser>
@@ -31,6 +33,7 @@ LauncherOptions parseOptions(const QApplication& application)
         "Starts the SCN4070A control program as an embedded child, on the instrument at RESOURCE "
         "or, without one, on a simulated instrument."));
     parser.addHelpOption();
+    parser.addVersionOption();
     const QCommandLineOption program(
         QStringLiteral("program"), QStringLiteral("Control program to start."),
         QStringLiteral("path"), companionProgram(QStringLiteral("scn4070a")));
@@ -71,6 +74,9 @@ LauncherOptions parseOptions(const QApplication& application)
 int main(int argc, char* argv[])
 {
     QApplication application(argc, argv);
+    QApplication::setWindowIcon(windowIcon());
+    QGuiApplication::setDesktopFileName(QStringLiteral("scn4070a"));
+    QCoreApplication::setApplicationVersion(scn::versionText());
     qRegisterMetaType<ChildEnd>();
     LauncherOptions options = parseOptions(application);
 

@@ -5,11 +5,14 @@
 #include "app/startup.h"
 #include "app/windowtiming.h"
 #include "common/helperthreads.h"
+#include "common/version.h"
 #include "resources/resources.h"
+#include "resources/windowicon.h"
 #include "state/globals.h"
 #include "storage/curvedatadb.h"
 
 #include <QApplication>
+#include <QDebug>
 #include <QFile>
 #include <QLibraryInfo>
 
@@ -29,6 +32,7 @@ bool runWindow(int& status)
         window.installEventFilter(&deletionFilter);
         scn::startup::registerMetaTypes();
         initResources();
+        QApplication::setWindowIcon(windowIcon());
         QFile styleFile(QStringLiteral(":/qss/styles.qss"));
         scn::startup::applyStyleSheet(styleFile);
         scn::startup::presentWindow(window);
@@ -45,6 +49,7 @@ int main(int argc, char* argv[])
 {
     scn::openMissingStreams();
     scn::startup::ignoreBrokenPipes();
+    qInfo().noquote() << "SCN4070A 控制软件" << scn::versionText();
     scn::startup::keepTimeZone();
     scn::startup::keepFreedMemory();
     QCoreApplication::setAttribute(Qt::AA_DisableHighDpiScaling, true);

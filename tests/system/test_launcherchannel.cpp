@@ -86,7 +86,7 @@ private slots:
     void withoutInstrumentTheWindowHoldsTheOverlayAlone();
     void withoutArgumentThereIsNoInstrument();
     void closingTheWindowEndsTheProgram();
-    void logLinesCarryNoFileAndNoCategory();
+    void logHasTheVersionAndNoFileAndNoCategory();
 
 private:
     VirtualDisplay m_display;
@@ -400,7 +400,7 @@ void TestLauncherChannel::closingTheWindowEndsTheProgram()
     QVERIFY2(!program.crashed(), qPrintable(program.log()));
 }
 
-void TestLauncherChannel::logLinesCarryNoFileAndNoCategory()
+void TestLauncherChannel::logHasTheVersionAndNoFileAndNoCategory()
 {
     const SimulatedInstrument instrument(SimulatedInstrument::Transport::Tcp, kSmallest);
     ProgramProcess program(m_display.name());
@@ -411,6 +411,8 @@ void TestLauncherChannel::logLinesCarryNoFileAndNoCategory()
     QVERIFY(program.waitForEnd(kEndWaitMs));
     const QStringList log = program.log().split(QLatin1Char('\n'));
     QVERIFY2(log.contains(QStringLiteral("child app received exit cmd!")),
+             qPrintable(program.log()));
+    QVERIFY2(log.constFirst().startsWith(QStringLiteral("SCN4070A 控制软件 " SCN_VERSION)),
              qPrintable(program.log()));
 }
 

@@ -1,4 +1,5 @@
 #include "resources/resources.h"
+#include "resources/windowicon.h"
 #include "support/logcapture.h"
 #include "support/testprogram.h"
 
@@ -16,6 +17,8 @@ private slots:
     void bundleIsKnownAfterItsInitialisation();
     void picturesAreThere_data();
     void picturesAreThere();
+    void windowIconHasItsSizes_data();
+    void windowIconHasItsSizes();
     void titleBarIconsAreThere_data();
     void titleBarIconsAreThere();
     void everyUrlOfTheStyleSheetResolves();
@@ -75,6 +78,25 @@ void TestResources::picturesAreThere()
     QVERIFY2(bright > 300, "too dark for a dark ground");
     const QImage fine(folder + name + QStringLiteral("@2x.png"));
     QCOMPARE(fine.size(), QSize(120, 120));
+}
+
+void TestResources::windowIconHasItsSizes_data()
+{
+    QTest::addColumn<int>("size");
+    for (const int size : {16, 24, 32, 48, 64, 128, 256}) {
+        QTest::addRow("%d", size) << size;
+    }
+}
+
+void TestResources::windowIconHasItsSizes()
+{
+    QFETCH(int, size);
+    QVERIFY(windowIcon().availableSizes().contains(QSize(size, size)));
+    const QImage picture = windowIcon().pixmap(size).toImage();
+    QCOMPARE(picture.size(), QSize(size, size));
+    // Round corners on a dark ground.
+    QVERIFY(picture.pixelColor(0, 0).alpha() < 64);
+    QCOMPARE(picture.pixelColor(size / 2, size * 7 / 8).name(), QStringLiteral("#2b2b2b"));
 }
 
 void TestResources::titleBarIconsAreThere_data()
