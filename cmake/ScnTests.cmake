@@ -82,7 +82,7 @@ function(_scn_set_test_properties entry)
         TIMEOUT ${ARG_TIMEOUT}
         LABELS "${labels}"
         SKIP_RETURN_CODE 77
-        ENVIRONMENT "QT_QPA_PLATFORM=offscreen;XDG_RUNTIME_DIR=${CMAKE_BINARY_DIR}/runtime;LC_ALL=C.UTF-8;ASAN_OPTIONS=detect_leaks=0:verify_asan_link_order=0;UBSAN_OPTIONS=print_stacktrace=1;${ARG_ENVIRONMENT}")
+        ENVIRONMENT "QT_QPA_PLATFORM=offscreen;XDG_RUNTIME_DIR=${CMAKE_BINARY_DIR}/runtime;XDG_DATA_HOME=${CMAKE_BINARY_DIR}/data;LC_ALL=C.UTF-8;ASAN_OPTIONS=detect_leaks=0:verify_asan_link_order=0;UBSAN_OPTIONS=print_stacktrace=1;${ARG_ENVIRONMENT}")
     if("serial" IN_LIST labels)
         set_tests_properties(${entry} PROPERTIES RUN_SERIAL TRUE)
     elseif("system" IN_LIST labels)

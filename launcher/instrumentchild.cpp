@@ -59,7 +59,11 @@ void InstrumentChild::start(const Call& call)
             .arg(QDateTime::currentDateTime().toString(Qt::ISODate), call.program, call.resource)
             .toUtf8());
     m_process.setProcessEnvironment(environment);
+    m_process.setClaim(call.claim);
     m_process.start(call.program, {call.resource});
+    if (call.claim) {
+        call.claim->noteChild(m_process.processId());
+    }
 }
 
 void InstrumentChild::end()
@@ -102,6 +106,7 @@ void InstrumentChild::finish(const ChildEnd& end)
             takeErrors(rest);
         }
     }
+    m_process.setClaim(nullptr);
     emit ended(end);
 }
 

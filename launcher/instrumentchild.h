@@ -2,6 +2,7 @@
 
 #include "launcher/childlog.h"
 #include "launcher/childstatus.h"
+#include "launcher/claimedprocess.h"
 #include "launcher/linecutter.h"
 
 #include <QColor>
@@ -52,6 +53,8 @@ public:
         QString resource;
         QProcessEnvironment environment;
         QString logPath;
+        /// Kept until the child has ended; may be null.
+        std::shared_ptr<ChildClaim> claim = {};
     };
     /// Says why a window must not be embedded; empty if it may. Arguments: its handle, the child's process.
     using WindowCheck = std::function<QString(qulonglong, qint64)>;
@@ -95,7 +98,7 @@ private:
 
     const WindowCheck m_check;
     const EndTiming m_timing;
-    QProcess m_process;
+    ClaimedProcess m_process;
     LineCutter m_output;
     LineCutter m_errors;
     std::unique_ptr<ChildLog> m_log;

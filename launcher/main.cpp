@@ -1,4 +1,5 @@
 #include "common/version.h"
+#include "launcher/childclaim.h"
 #include "launcher/instrumentchild.h"
 #include "launcher/launcherwindow.h"
 #include "launcher/programplace.h"
@@ -10,6 +11,7 @@
 #include <QCommandLineParser>
 
 #include <cstdio>
+#include <memory>
 
 using namespace scnlauncher;
 
@@ -81,12 +83,21 @@ int main(int argc, char* argv[])
     LauncherOptions options = parseOptions(application);
 
     SimulatorProcess simulator;
+    // Each simulated instrument has a port of its own; their data shares a place.
+    QString place = options.resource;
     if (options.resource.isEmpty()) {
+        place = QStringLiteral("simulator");
         options.resource = simulator.start(options.simulator, options.simulatorArguments);
         if (options.resource.isEmpty()) {
             std::fprintf(stderr, "%s\n", qUtf8Printable(simulator.errorText()));
             return 1;
         }
+    }
+
+    const auto claim = std::make_shared<ChildClaim>();
+    if (!claim->take(options.program, options.resource, place)) {
+        std::fprintf(stderr, "%s\n", qUtf8Printable(claim->errorText()));
+        return 1;
     }
 
     LauncherWindow window;
@@ -106,8 +117,8 @@ int main(int argc, char* argv[])
         Qt::QueuedConnection);
     QObject::connect(&window, &LauncherWindow::closing, &child, &InstrumentChild::end);
     onQuitSignal([&child] { child.end(); });
-    child.start({options.program, options.resource, QProcessEnvironment::systemEnvironment(),
-                 logPathFor(options.resource)});
+    child.start({claim->program(), options.resource, QProcessEnvironment::systemEnvironment(),
+                 logPathFor(options.resource), claim});
     window.show();
     return QApplication::exec();
 }

@@ -1,3 +1,4 @@
+#include "support/privatemounts.h"
 #include "support/testprogram.h"
 #include "support/virtualdisplay.h"
 
@@ -55,8 +56,10 @@ private slots:
     void manualPagesAreThere_data();
     void manualPagesAreThere();
     void launcherStartsTheInstalledPrograms();
+    void readOnlyProgramRunsFromAFolderOfTheUser();
 
 private:
+    void expectToRun(const QStringList& programs);
     QString path(const char* name) const { return m_prefix.filePath(QString::fromUtf8(name)); }
 
     QTemporaryDir m_prefix;
@@ -146,7 +149,8 @@ void TestInstall::manualPagesAreThere()
     QVERIFY(page.contains(".SH NAME\n" + name.toUtf8().replace("-", "\\-") + " \\- "));
 }
 
-void TestInstall::launcherStartsTheInstalledPrograms()
+/// Starts the installed launcher on a simulated instrument; its children are to be these programs.
+void TestInstall::expectToRun(const QStringList& programs)
 {
     const VirtualDisplay display;
     QVERIFY2(!display.name().isEmpty(), "Xvfb did not start");
@@ -159,7 +163,6 @@ void TestInstall::launcherStartsTheInstalledPrograms()
     launcher.start(path("bin/scn4070a-launcher"),
                    {QStringLiteral("--slots"), QStringLiteral("1:13")});
     QVERIFY(launcher.waitForStarted());
-    const QStringList programs{path("bin/scn4070a-sim"), path("lib/scn4070a/scn4070a")};
     QTRY_COMPARE_WITH_TIMEOUT(childPrograms(launcher.processId()), programs, kWaitMs);
     const auto windowIsThere = [&display] {
         return !display
@@ -172,5 +175,17 @@ void TestInstall::launcherStartsTheInstalledPrograms()
     QVERIFY(launcher.waitForFinished(kWaitMs));
 }
 
-SCN_TEST(TestInstall, QGuiApplication)
+void TestInstall::launcherStartsTheInstalledPrograms()
+{
+    expectToRun({path("bin/scn4070a-sim"), path("lib/scn4070a/scn4070a")});
+}
+
+void TestInstall::readOnlyProgramRunsFromAFolderOfTheUser()
+{
+    const auto mount = privatemounts::Mount::readOnly(path("lib"));
+    QVERIFY(mount.isMounted());
+    expectToRun({path("bin/scn4070a-sim"), path("data/scn4070a/simulator/scn4070a")});
+}
+
+SCN_TEST_RUN(&privatemounts::run<TestInstall, QGuiApplication>)
 #include "test_install.moc"

@@ -76,6 +76,7 @@ public:
     bool waitForEnd() { return m_process.waitForFinished(kEndWaitMs); }
     bool crashed() const { return m_process.exitStatus() == QProcess::CrashExit; }
     int exitCode() const { return m_process.exitCode(); }
+    qint64 processId() const { return m_process.processId(); }
     QString errors() { return QString::fromUtf8(m_process.readAllStandardError()); }
     /// The log files of its children.
     QString log() const
@@ -128,6 +129,8 @@ private slots:
     void closingItsWindowEndsTheProgram();
     void programThatDiesEndsIt();
     void programOutlivesALauncherThatDies();
+    void secondOnAnInstrumentIsRefused();
+    void instrumentOfALeftProgramIsRefused();
     void whatCannotStartIsToldAndEndsIt_data();
     void whatCannotStartIsToldAndEndsIt();
 
@@ -247,6 +250,51 @@ void TestLauncher::programOutlivesALauncherThatDies()
     QVERIFY(polled);
 }
 
+void TestLauncher::secondOnAnInstrumentIsRefused()
+{
+    const SimulatedInstrument instrument(SimulatedInstrument::Transport::Tcp, kSmallest);
+    Launcher first(m_display.name());
+    first.start({instrument.resource()});
+    QVERIFY(waitForEmbedding());
+    const QStringList before = instrument.received().filter(QStringLiteral("*IDN?"));
+
+    Launcher second(m_display.name());
+    second.start({instrument.resource().toLower()});
+    QVERIFY(second.waitForEnd());
+    QCOMPARE(second.exitCode(), 1);
+    const QString errors = second.errors();
+    const QString owner =
+        QStringLiteral("正被 scn4070a-launcher（进程 %1，").arg(first.processId());
+    QVERIFY2(errors.contains(owner), qPrintable(errors));
+    QCOMPARE(instrument.received().filter(QStringLiteral("*IDN?")), before);
+    QVERIFY(first.child(QStringLiteral("scn4070a")) != 0);
+}
+
+void TestLauncher::instrumentOfALeftProgramIsRefused()
+{
+    const SimulatedInstrument instrument(SimulatedInstrument::Transport::Tcp, kSmallest);
+    Launcher first(m_display.name());
+    first.start({instrument.resource()});
+    QVERIFY(waitForEmbedding());
+    const qint64 program = first.child(QStringLiteral("scn4070a"));
+    first.kill();
+    QVERIFY(isThere(program));
+
+    Launcher second(m_display.name());
+    second.start({instrument.resource()});
+    QVERIFY(second.waitForEnd());
+    QCOMPARE(second.exitCode(), 1);
+    const QString errors = second.errors();
+    QVERIFY2(errors.contains(QStringLiteral("正被 scn4070a（进程 %1，").arg(program)),
+             qPrintable(errors));
+
+    ::kill(static_cast<pid_t>(program), SIGKILL);
+    QVERIFY(QTest::qWaitFor([program] { return !isThere(program); }, kEndWaitMs));
+    Launcher third(m_display.name());
+    third.start({instrument.resource()});
+    QVERIFY(waitForEmbedding());
+}
+
 void TestLauncher::whatCannotStartIsToldAndEndsIt_data()
 {
     QTest::addColumn<QStringList>("arguments");
@@ -254,7 +302,7 @@ void TestLauncher::whatCannotStartIsToldAndEndsIt_data()
     QTest::newRow("program") << QStringList{QStringLiteral("--program"),
                                             QStringLiteral("/no/such/program"),
                                             QStringLiteral("ASRL1::INSTR")}
-                             << QStringLiteral("the program did not start:");
+                             << QStringLiteral("找不到程序 /no/such/program。");
     QTest::newRow("simulator") << QStringList{QStringLiteral("--simulator"),
                                               QStringLiteral("/no/such/simulator")}
                                << QStringLiteral("the simulator did not start:");
