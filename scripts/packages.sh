@@ -1,4 +1,5 @@
-# Debian packages, by what needs them, and the function that installs those that are missing.
+# Debian packages, by what needs them, the function that installs those that are missing, and the one
+# that builds the programs.
 # Sourced by run, test, .ci/run and the scripts beside it.
 
 build_packages="g++ cmake ninja-build ccache qtbase5-dev libqwt-qt5-dev libqt5sql5-sqlite libsqlite3-dev libcli11-dev dpkg-dev fonts-wqy-microhei qttranslations5-l10n"
@@ -11,9 +12,10 @@ fuzz_packages="clang libclang-rt-14-dev"
 
 # install_packages PACKAGE... : installs what is not there yet, as root or through sudo.
 install_packages() {
+    installed=$(dpkg-query -W -f='${Status} ${Package}\n' "$@" 2>/dev/null | sed -n 's/.* ok installed //p')
     missing=""
     for package in "$@"; do
-        dpkg-query -W -f='${Status}' "$package" 2>/dev/null | grep -q 'ok installed' || missing="$missing $package"
+        grep -qFx "$package" <<<"$installed" || missing="$missing $package"
     done
     # The style sheet's package is fetched at configure time, so the lists must be there too.
     if [ -z "$missing" ] && { [ -e build/qdarkstyle/complete ] || apt-cache show python3-qdarkstyle >/dev/null 2>&1; }; then
@@ -23,10 +25,22 @@ install_packages() {
     if [ "$(id -u)" -ne 0 ]; then
         as_root="sudo"
     fi
+    [ -z "$missing" ] || echo "installing Debian packages:$missing"
     $as_root env DEBIAN_FRONTEND=noninteractive apt-get update -q
     if [ -n "$missing" ]; then
-        echo "installing:$missing"
         $as_root env DEBIAN_FRONTEND=noninteractive \
             apt-get install -q -y --no-install-recommends $missing
     fi
+}
+
+# build_programs PRESET: builds the three programs, and nothing else. CMake is asked to configure only
+# where it has not, or its presets are newer; the build itself sees to all other changes.
+build_programs() {
+    folder="build/$1"
+    if [ ! -e "$folder/build.ninja" ] || [ CMakePresets.json -nt "$folder/build.ninja" ]; then
+        echo "configuring $folder"
+        cmake --preset "$1" -DSCN_BUILD_BENCHMARKS=OFF
+    fi
+    echo "building the launcher, the program and the simulator into $folder/bin"
+    cmake --build "$folder" --target scn4070a_launcher scn4070a scn_sim
 }
