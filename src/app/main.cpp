@@ -53,6 +53,7 @@ int main(int argc, char* argv[])
     scn::startup::keepTimeZone();
     scn::startup::keepFreedMemory();
     QCoreApplication::setAttribute(Qt::AA_DisableHighDpiScaling, true);
+    scn::startup::assumeResolution();
     const QApplication application(argc, argv);
     scn::startup::substituteFonts();
     scn::startup::loadTranslations(QLibraryInfo::location(QLibraryInfo::TranslationsPath));

@@ -23,15 +23,18 @@ xcb_atom_t atom(xcb_connection_t* connection, const QByteArray& name)
 
 } // namespace
 
-VirtualDisplay::VirtualDisplay()
+VirtualDisplay::VirtualDisplay(int resolution)
 {
     // The server picks a free number and prints it. Without -noreset it would restart whenever its
     // last client leaves, and refuse clients meanwhile.
-    m_server.start(QStringLiteral("Xvfb"),
-                   {QStringLiteral("-displayfd"), QStringLiteral("1"), QStringLiteral("-screen"),
-                    QStringLiteral("0"), QStringLiteral("1600x1000x24"),
-                    QStringLiteral("-nolisten"), QStringLiteral("tcp"),
-                    QStringLiteral("-noreset")});
+    QStringList arguments{QStringLiteral("-displayfd"),   QStringLiteral("1"),
+                          QStringLiteral("-screen"),      QStringLiteral("0"),
+                          QStringLiteral("1600x1000x24"), QStringLiteral("-nolisten"),
+                          QStringLiteral("tcp"),          QStringLiteral("-noreset")};
+    if (resolution > 0) {
+        arguments << QStringLiteral("-dpi") << QString::number(resolution);
+    }
+    m_server.start(QStringLiteral("Xvfb"), arguments);
     while (!m_server.canReadLine()) {
         if (!m_server.waitForReadyRead(kStartWaitMs)) {
             return;

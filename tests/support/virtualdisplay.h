@@ -8,7 +8,8 @@
 class VirtualDisplay
 {
 public:
-    VirtualDisplay();
+    /// With the server's own resolution, or with one in dots per inch.
+    explicit VirtualDisplay(int resolution = 0);
     ~VirtualDisplay();
 
     /// Its name, e.g. ":7"; empty if it did not start.

@@ -16,6 +16,12 @@ constexpr int kEndWaitMs = 20000;
 /// One module with one channel, so that the window appears quickly.
 const QStringList kSmallest = {QStringLiteral("--slots"), QStringLiteral("1:13")};
 
+/// Points of the handles of the scroll bars beside and below the recording page; the program's window is at
+/// (200, 200).
+const QPoint kUprightHandle(506, 290);
+const QPoint kLevelHandle(330, 546);
+const QColor kHandleColour(0x60, 0x79, 0x8B);
+
 const QString kWid = QStringLiteral("WID:");
 const QString kReply = QStringLiteral("receive msg: ");
 
@@ -71,6 +77,7 @@ private slots:
     void handleIsThatOfARealWindow();
     void windowIsNotScaled();
     void windowWearsTheDarkStyleSheet();
+    void formsFitAtAnyResolution();
     void linesAreEchoed_data();
     void linesAreEchoed();
     void emptyLineGetsNoReply();
@@ -199,9 +206,23 @@ void TestLauncherChannel::windowWearsTheDarkStyleSheet()
     ProgramProcess program(m_display.name());
     program.start({instrument.resource()});
     QCOMPARE(program.waitForLines(kWid, 1).size(), 1);
-    // Only the style sheet colours the scroll bar handle below the recording page. The busy overlay
+    // Only the style sheet colours the scroll bar handle beside the recording page. The busy overlay
     // covers it for two seconds.
-    QTRY_COMPARE_WITH_TIMEOUT(m_display.colorAt(330, 546), QColor(0x60, 0x79, 0x8B), 20000);
+    QTRY_COMPARE_WITH_TIMEOUT(m_display.colorAt(kUprightHandle.x(), kUprightHandle.y()),
+                              kHandleColour, 20000);
+}
+
+void TestLauncherChannel::formsFitAtAnyResolution()
+{
+    const VirtualDisplay fine(120);
+    const SimulatedInstrument instrument(SimulatedInstrument::Transport::Tcp, kSmallest);
+    ProgramProcess program(fine.name());
+    program.start({instrument.resource()});
+    QCOMPARE(program.waitForLines(kWid, 1).size(), 1);
+    QTRY_COMPARE_WITH_TIMEOUT(fine.colorAt(kUprightHandle.x(), kUprightHandle.y()), kHandleColour,
+                              20000);
+    // A page too wide for its pane would have a scroll bar below it.
+    QVERIFY(fine.colorAt(kLevelHandle.x(), kLevelHandle.y()) != kHandleColour);
 }
 
 void TestLauncherChannel::linesAreEchoed_data()
