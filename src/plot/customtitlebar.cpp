@@ -20,9 +20,7 @@ constexpr QMargins kMargins(8, 2, 8, 0);
 QPixmap titleIcon(const QString& iconPath)
 {
     const QPixmap pixmap(iconPath);
-    return pixmap.isNull()
-               ? pixmap
-               : pixmap.scaled(kIconSide, kIconSide, Qt::KeepAspectRatio, Qt::SmoothTransformation);
+    return pixmap.isNull() ? pixmap : pixmap.scaled(kIconSide, kIconSide, Qt::KeepAspectRatio);
 }
 } // namespace
 
