@@ -75,7 +75,8 @@ QMenu* ColorSelectButton::buildMenu()
 {
     auto* menu = new QMenu(this);
     // Or the corners would wear the button's colour.
-    menu->setStyleSheet(QStringLiteral("background: black; border: none; border-radius: 0;"));
+    menu->setStyleSheet(
+        QStringLiteral("QMenu { background: black; border: none; border-radius: 0; }"));
     auto* swatches = new QWidget(menu);
     swatches->setStyleSheet(QStringLiteral("background:black;"));
     auto* grid = new QGridLayout(swatches);
