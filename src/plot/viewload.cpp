@@ -7,20 +7,11 @@
 
 namespace scn {
 
-namespace {
-
-/// Points that are fetched in one turn whatever the time: a busy machine must not put off what takes
-/// next to no time.
-constexpr int kFewPoints = 2000;
-
-} // namespace
-
 ViewLoad::ViewLoad(QVector<Part> parts, qint64 start, qint64 end, int maxPoints)
     : m_parts(std::move(parts))
     , m_start(start)
     , m_end(end)
     , m_maxPoints(maxPoints)
-    , m_lookFrom(start)
     , m_fetched(m_parts.size())
 {
 }
@@ -33,24 +24,24 @@ CurveView ViewLoad::viewOf(const Part& part) const
 bool ViewLoad::proceed(QDeadlineTimer deadline)
 {
     assertGuiThread();
-    int points = 0;
-    for (; m_next < m_parts.size(); ++m_next, m_lookFrom = m_start) {
+    ReadSlice slice(deadline);
+    for (; m_next < m_parts.size(); ++m_next) {
         const Part& part = m_parts.at(m_next);
-        if (!part.curve->needsStore(viewOf(part))) {
-            continue;
+        if (!m_fetch) {
+            if (!part.curve->needsStore(viewOf(part))) {
+                continue;
+            }
+            if (slice.isOver()) {
+                return false;
+            }
+            m_fetch.emplace(*part.curve, viewOf(part), m_files);
         }
-        if (points > kFewPoints && deadline.hasExpired()) {
+        // Reopening a file may have ended it, in the first line or in the second.
+        if (m_cancelled || !m_fetch->proceed(slice) || m_cancelled) {
             return false;
         }
-        CurveSeriesData* const series = part.curve->series();
-        if (!series->lookThrough(m_start, m_end, m_lookFrom, deadline, m_files) || m_cancelled) {
-            return false;
-        }
-        m_fetched[m_next] = part.curve->fetch(viewOf(part));
-        points += m_fetched[m_next]->points.size();
-        if (m_cancelled) {
-            return false;
-        }
+        m_fetched[m_next] = m_fetch->result();
+        m_fetch.reset();
     }
     return true;
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "plot/curvefetch.h"
 #include "plot/loadedcurvedata.h"
 #include "storage/heldfiles.h"
 
@@ -46,10 +47,10 @@ private:
     qint64 m_end;
     int m_maxPoints;
     bool m_cancelled = false;
-    int m_next = 0;                              ///< The part to go on with.
-    qint64 m_lookFrom;                           ///< How far its day files were looked through.
-    QVector<std::optional<CurveLoad>> m_fetched; ///< By part.
     HeldFiles m_files;                           ///< Kept open for the next curves.
+    int m_next = 0;                              ///< The part to go on with.
+    std::optional<CurveFetch> m_fetch;           ///< Of that part, under way.
+    QVector<std::optional<CurveLoad>> m_fetched; ///< By part.
 };
 
 } // namespace scn

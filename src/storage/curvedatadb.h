@@ -2,6 +2,7 @@
 
 #include "storage/batchtablewriter.h"
 #include "storage/currentfile.h"
+#include "storage/curveread.h"
 #include "storage/curverecords.h"
 #include "storage/dayfiles.h"
 #include "storage/heldfiles.h"
@@ -11,7 +12,6 @@
 #include "storage/storedchanges.h"
 #include "storage/storememory.h"
 #include "storage/timeslice.h"
-#include "storage/windowread.h"
 
 #include <QDeadlineTimer>
 #include <QList>
@@ -28,7 +28,6 @@
 
 #include <atomic>
 #include <chrono>
-#include <optional>
 
 class QFile;
 class QTextStream;
@@ -117,11 +116,14 @@ public:
     /// stored value. More than maxPoints are thinned; 0 or less: no limit.
     QVector<QPointF> readCurveData(int curveId, qint64 start, qint64 end, int maxPoints);
 
-    /// Does in advance what takes readCurveData() long: opens the day files and looks through tables for
-    /// the first time. Puts the files' connections into `files`. Stops after a large table past the
-    /// deadline: false, and `from`, at first the start of the range, is where to go on.
-    bool lookThrough(int curveId, qint64 start, qint64 end, qint64& from, QDeadlineTimer deadline,
-                     scn::HeldFiles& files);
+    /// Goes on with a read, which then has the points of readCurveData(). True once it has them all;
+    /// false if that takes another slice.
+    bool proceed(scn::CurveRead& read, scn::ReadSlice& slice);
+
+    /// Looks through the tables of a curve in some files, which a read does first. False if that takes
+    /// another slice.
+    bool lookThrough(int curveId, qint64 start, qint64 end, const scn::HeldFiles& files,
+                     scn::ReadSlice& slice);
 
     /// Tells, when compared with a later one, whether readCurveData() would give the same points.
     scn::StoredState storedState(int curveId);
@@ -171,8 +173,6 @@ private slots:
 private:
     void ensureCurrentDb();
     int enlistCurve(const QString& name, scn::CurrentFile::NewCurve newCurve);
-
-    std::optional<QVector<QPointF>> readWindow(scn::WindowRead read);
 
     // Readings one by one: curvedatadb_write.cpp
     const QString& dateKeyFor(qint64 timestamp);

@@ -3,165 +3,47 @@
 #include "storage/connectionpool.h"
 #include "storage/lockpatience.h"
 #include "storage/shardnaming.h"
-#include "storage/storeclock.h"
-#include "storage/windowread.h"
 
-#include <QDate>
-#include <QDateTime>
 #include <QDebug>
-#include <QDir>
 #include <QFileInfo>
 #include <QMutexLocker>
 
-#include <algorithm>
-
 using namespace scn;
-
-namespace {
-
-/// Looking through fewer rows takes no time to speak of.
-constexpr qint64 kManyRows = 5000;
-
-/// Files that one load of a chart keeps open: a process has a thousand or so.
-constexpr int kMostHeldFiles = 400;
-
-/// Ten years: within such a range every day is looked up, and a missing file gets its log line.
-constexpr quint64 kLongestCountMs = Q_UINT64_C(315576000000);
-
-/// First moment of the oldest day with a file; now if there is none.
-qint64 startOfOldestDay(const QString& directory)
-{
-    const QStringList files =
-        QDir(directory).entryList({QStringLiteral("????????.db")}, QDir::Files, QDir::Name);
-    for (const QString& file : files) {
-        const QDate day = QDate::fromString(file.left(8), QStringLiteral("yyyyMMdd"));
-        if (day.isValid()) {
-            return day.startOfDay().toMSecsSinceEpoch();
-        }
-    }
-    return storeNow();
-}
-
-/// Where counting days starts: at the start of the range or, for more than ten years, as many whole
-/// days later as have no file. Otherwise a chart zoomed out further and further would block
-/// everyone who needs the store.
-qint64 firstTimeToLookAt(qint64 start, qint64 end, const QString& directory)
-{
-    const auto distance = [](qint64 from, qint64 to) {
-        return static_cast<quint64>(to) - static_cast<quint64>(from);
-    };
-    const qint64 last = std::min(end, storeNow());
-    if (start > last || distance(start, last) <= kLongestCountMs) {
-        return start;
-    }
-    const qint64 first = std::min(last, startOfOldestDay(directory));
-    if (first <= start) {
-        return start;
-    }
-    return first - static_cast<qint64>(distance(start, first) % static_cast<quint64>(kDayLengthMs));
-}
-
-/// Keys of the days whose files a read opens, oldest first. Days are counted from the start of the
-/// range, so a range shorter than a day that crosses midnight has only the first day. All future
-/// times have today's key, so the count ends with the first of them.
-QStringList dateKeysOfRange(qint64 start, qint64 end, const QString& directory)
-{
-    const qint64 now = storeNow();
-    QStringList keys;
-    qint64 time = firstTimeToLookAt(start, end, directory);
-    while (time <= end) {
-        const QString key = dateKeyForTime(time);
-        if (keys.isEmpty() || keys.constLast() != key) {
-            keys.append(key);
-        }
-        const quint64 left = static_cast<quint64>(end) - static_cast<quint64>(time);
-        if (time > now || left < static_cast<quint64>(kDayLengthMs)) {
-            break;
-        }
-        time += kDayLengthMs;
-    }
-    return keys;
-}
-
-/// Adds the points of one day file. False if not everything in the file could be read.
-bool readFile(CurveDataDB& store, const QString& path, WindowRead& read)
-{
-    if (!QFileInfo::exists(path)) {
-        qDebug() << "数据库文件不存在:" << path;
-        return true;
-    }
-    QSharedPointer<QSqlDatabase> db = store.openDb(path);
-    if (!db || !db->isOpen()) {
-        qWarning() << "无法打开数据库:" << path;
-        return false;
-    }
-    bool failed = false;
-    const ReadRange& range = read.range();
-    const QVector<DBBatchInfo> batches =
-        store.queryBatches(range.curveId, range.start, range.end, db, &failed);
-    if (batches.isEmpty()) {
-        qDebug() << "在数据库" << path << "中未找到匹配的分片";
-    }
-    for (const DBBatchInfo& batch : batches) {
-        failed = !read.addTable(path, db, batch.tableName) || failed;
-    }
-    db.reset();
-    ConnectionPool::instance().releaseConnection(path);
-    return !failed;
-}
-
-} // namespace
 
 QVector<QPointF> CurveDataDB::readCurveData(int curveId, qint64 start, qint64 end, int maxPoints)
 {
-    const QMutexLocker locker(&m_mutex);
-    const LockPatience patience;
-    if (!m_curveNameMap.contains(curveId)) {
-        qWarning() << "曲线ID" << curveId << "不存在";
-        return {};
-    }
-    const ReadRange range{curveId, start, end, maxPoints};
-    const auto points = readWindow(WindowRead(range, &m_rowOrders));
-    return points ? *points : readWindow(WindowRead(range, nullptr)).value_or(QVector<QPointF>());
-}
-
-/// The points of a read that has just begun; nothing if it has to be done row by row.
-std::optional<QVector<QPointF>> CurveDataDB::readWindow(WindowRead read)
-{
-    const QStringList keys = dateKeysOfRange(read.range().start, read.range().end, m_dataDir);
-    for (const QString& key : keys) {
-        if (!readFile(*this, dbPathForDate(key), read)) {
-            m_memory.changes.noteDoubt();
-        }
-    }
+    CurveRead read({curveId, start, end, maxPoints});
+    ReadSlice wholly;
+    proceed(read, wholly);
     return read.points();
 }
 
-bool CurveDataDB::lookThrough(int curveId, qint64 start, qint64 end, qint64& from,
-                              QDeadlineTimer deadline, HeldFiles& files)
+bool CurveDataDB::proceed(CurveRead& read, ReadSlice& slice)
 {
     const QMutexLocker locker(&m_mutex);
     const LockPatience patience;
-    const QStringList keys = dateKeysOfRange(from, end, m_dataDir);
-    for (const QString& key : keys) {
-        const QString path = dbPathForDate(key);
-        // What cannot be opened is left to the read, which reports it.
-        const bool isThere = QFileInfo(path).isFile();
-        const QSharedPointer<QSqlDatabase> db = isThere ? openDb(path) : nullptr;
-        if (db && files.size() < kMostHeldFiles) {
-            files.insert(path, db);
+    if (!m_curveNameMap.contains(read.range().curveId)) {
+        qWarning() << "曲线ID" << read.range().curveId << "不存在";
+        return true;
+    }
+    return read.proceed(*this, m_rowOrders, m_memory.changes, slice);
+}
+
+bool CurveDataDB::lookThrough(int curveId, qint64 start, qint64 end, const HeldFiles& files,
+                              ReadSlice& slice)
+{
+    const QMutexLocker locker(&m_mutex);
+    const LockPatience patience;
+    for (auto file = files.cbegin(); file != files.cend(); ++file) {
+        if (!(*file)->isOpen()) {
+            continue;
         }
-        const QVector<DBBatchInfo> batches =
-            db ? queryBatches(curveId, start, end, db) : QVector<DBBatchInfo>();
+        const QVector<DBBatchInfo> batches = queryBatches(curveId, start, end, *file);
         for (const DBBatchInfo& batch : batches) {
-            const qint64 before = m_rowOrders.rowsLookedAt();
-            m_rowOrders.update(path, *db, batch.tableName, curveId);
-            if (m_rowOrders.rowsLookedAt() - before > kManyRows && deadline.hasExpired()) {
+            if (!m_rowOrders.update(file.key(), **file, batch.tableName, curveId, slice)) {
                 return false;
             }
         }
-        const quint64 left = static_cast<quint64>(end) - static_cast<quint64>(from);
-        from = left < static_cast<quint64>(kDayLengthMs) ? end : from + kDayLengthMs;
     }
     return true;
 }

@@ -4,12 +4,9 @@
 #include "storage/curvedatadb.h"
 #include "storage/pointthinning.h"
 
-#include <QDateTime>
 #include <QDebug>
 
 #include <algorithm>
-#include <cmath>
-#include <limits>
 
 namespace {
 
@@ -23,20 +20,6 @@ constexpr double kMemoryMarginMs = 10000.0;
 qint64 toTime(double x)
 {
     return static_cast<qint64>(x);
-}
-
-/// Mean of the finite values among the points, even if their sum overflows; NaN if there are none.
-double finiteMean(const QPointF* points, int count)
-{
-    double mean = 0.0;
-    int finite = 0;
-    for (const QPointF* point = points; point != points + count; ++point) {
-        if (std::isfinite(point->y())) {
-            ++finite;
-            mean += point->y() / finite - mean / finite;
-        }
-    }
-    return finite > 0 ? mean : std::numeric_limits<double>::quiet_NaN();
 }
 
 } // namespace
@@ -116,16 +99,44 @@ QVector<QPointF> CurveSeriesData::loadWindow(qint64 start, qint64 end, int maxPo
     m_yOffset = offset;
     QVector<QPointF> stored;
     if (isInMemory(start)) {
-        showPoints(recentData(), recentCount(), maxPoints);
+        showWindow(start, end, recentData(), recentCount(), maxPoints);
     } else {
         stored = m_store->readCurveData(m_curveId, start, end, maxPoints);
-        showPoints(stored.constData(), stored.size(), maxPoints);
+        showWindow(start, end, stored.constData(), stored.size(), maxPoints);
     }
+    return stored;
+}
+
+scn::CurveRead CurveSeriesData::beginLoad(qint64 start, qint64 end, int maxPoints,
+                                          scn::HeldFiles& files)
+{
+    assertGuiThread();
+    m_store->flushAndDetach();
+    return scn::CurveRead({m_curveId, start, end, maxPoints}, &files);
+}
+
+bool CurveSeriesData::proceedWithLoad(scn::CurveRead& read, scn::ReadSlice& slice)
+{
+    return m_store->proceed(read, slice);
+}
+
+void CurveSeriesData::finishLoad(const scn::CurveRead& read, double offset)
+{
+    assertGuiThread();
+    m_yOffset = offset;
+    const QVector<QPointF>& points = read.points();
+    showWindow(read.range().start, read.range().end, points.constData(), points.size(),
+               read.range().maxPoints);
+}
+
+void CurveSeriesData::showWindow(qint64 start, qint64 end, const QPointF* points, int count,
+                                 int maxPoints)
+{
+    showPoints(points, count, maxPoints);
     const bool empty = m_visiblePoints.isEmpty();
     m_visibleStart = empty ? start : toTime(m_visiblePoints.constFirst().x());
     m_visibleEnd = empty ? end : toTime(m_visiblePoints.constLast().x());
     updateStatistics();
-    return stored;
 }
 
 /// Only the start of the view counts: memory serves it even if it ends beyond its points.
@@ -162,10 +173,10 @@ scn::StoredState CurveSeriesData::storedState() const
     return m_store->storedState(m_curveId);
 }
 
-bool CurveSeriesData::lookThrough(qint64 start, qint64 end, qint64& from, QDeadlineTimer deadline,
-                                  scn::HeldFiles& files)
+bool CurveSeriesData::lookThrough(qint64 start, qint64 end, const scn::HeldFiles& files,
+                                  scn::ReadSlice& slice)
 {
-    return m_store->lookThrough(m_curveId, start, end, from, deadline, files);
+    return m_store->lookThrough(m_curveId, start, end, files, slice);
 }
 
 QVector<QPointF> CurveSeriesData::allData() const
@@ -235,28 +246,12 @@ void CurveSeriesData::updateStatistics()
     m_statisticsStale = true;
 }
 
-const CurveSeriesData::Statistics& CurveSeriesData::statistics() const
+const scn::CurveStatistics& CurveSeriesData::statistics() const
 {
-    if (!m_statisticsStale) {
-        return m_statistics;
+    if (m_statisticsStale) {
+        m_statistics = scn::statisticsOf(recentData(), recentCount());
+        m_statisticsStale = false;
     }
-    m_statistics = Statistics();
-    m_statisticsStale = false;
-    if (recentCount() == 0) {
-        return m_statistics;
-    }
-    const QPointF& last = m_recentPoints.constLast();
-    m_statistics.count = recentCount();
-    m_statistics.lastValue = last.y();
-    m_statistics.lastTimeText = QDateTime::fromMSecsSinceEpoch(toTime(last.x()))
-                                    .toString(QStringLiteral("yyyy-MM-dd hh:mm:ss"));
-    std::for_each(recentData(), recentData() + recentCount(), [this](const QPointF& point) {
-        m_statistics.sum += point.y();
-        m_statistics.maximum = std::max(m_statistics.maximum, point.y());
-        m_statistics.minimum = std::min(m_statistics.minimum, point.y());
-    });
-    m_statistics.mean = std::isfinite(m_statistics.sum) ? m_statistics.sum / m_statistics.count
-                                                        : finiteMean(recentData(), recentCount());
     return m_statistics;
 }
 

@@ -1,18 +1,21 @@
 #pragma once
 
+#include "storage/curvestatistics.h"
 #include "storage/heldfiles.h"
 #include "storage/storedchanges.h"
 
-#include <QDeadlineTimer>
 #include <QPointF>
 #include <QRectF>
 #include <QString>
 #include <QVector>
 #include <qwt_series_data.h>
 
-#include <limits>
-
 class CurveDataDB;
+
+namespace scn {
+class CurveRead;
+class ReadSlice;
+} // namespace scn
 
 /// One channel's curve as charts and grids see it. It passes each reading to the store, keeps the
 /// newest in memory for the statistics, and holds the points a plot is showing.
@@ -55,9 +58,14 @@ public:
     /// The state of the stored points; see CurveDataDB::storedState(). The series is registered.
     scn::StoredState storedState() const;
 
+    /// loadWindow() in slices, for a window that is not in memory: begins a read, goes on with it until
+    /// that returns true, and shows what it has. The series is registered.
+    scn::CurveRead beginLoad(qint64 start, qint64 end, int maxPoints, scn::HeldFiles& files);
+    bool proceedWithLoad(scn::CurveRead& read, scn::ReadSlice& slice);
+    void finishLoad(const scn::CurveRead& read, double offset);
+
     /// CurveDataDB::lookThrough() for this curve. The series is registered.
-    bool lookThrough(qint64 start, qint64 end, qint64& from, QDeadlineTimer deadline,
-                     scn::HeldFiles& files);
+    bool lookThrough(qint64 start, qint64 end, const scn::HeldFiles& files, scn::ReadSlice& slice);
 
     /// Whether the curve is registered with a store, so that it can load.
     bool isUsable() const { return m_curveId != -1 && m_store; }
@@ -114,24 +122,12 @@ public:
     qint64 visibleEnd() const { return m_visibleEnd; }
 
 private:
-    struct Statistics
-    {
-        int count = 0;
-        double lastValue = 0.0;
-        QString lastTimeText;
-        // The smallest positive normal number, not the lowest one: a curve of only negative values
-        // has this as its maximum.
-        double maximum = std::numeric_limits<double>::min();
-        double minimum = std::numeric_limits<double>::max();
-        double mean = 0.0;
-        double sum = 0.0;
-    };
-
     void trimWindow();
     void pointsAdded();
+    void showWindow(qint64 start, qint64 end, const QPointF* points, int count, int maxPoints);
     void showPoints(const QPointF* points, int count, int maxPoints);
     void updateStatistics();
-    const Statistics& statistics() const;
+    const scn::CurveStatistics& statistics() const;
     const QPointF* recentData() const { return m_recentPoints.constData() + m_recentOffset; }
     int recentCount() const { return m_recentPoints.size() - m_recentOffset; }
 
@@ -148,7 +144,7 @@ private:
     qint64 m_visibleEnd = 0;
     double m_yOffset = 0.0;
     // Computed on request, since most readings arrive with nobody looking.
-    mutable Statistics m_statistics;
+    mutable scn::CurveStatistics m_statistics;
     mutable bool m_statisticsStale = false;
     mutable bool m_boundsStale = true;
 };

@@ -15,7 +15,6 @@ namespace {
 
 /// Rows per hold of the connection's lock: few enough to let others in.
 constexpr int kRowsPerBlock = 4096;
-constexpr int kPicksPerBlock = 512;
 
 /// Up to this many rows ahead, stepping is cheaper than another search.
 constexpr qint64 kRowsWorthASearch = 8;
@@ -33,6 +32,7 @@ bool isNumber(sqlite3_stmt* statement, int column)
 
 RowCursor::RowCursor(const QSqlDatabase& database, const QString& table)
     : ManagedQuery(database)
+    , m_hold(database)
 {
     setForwardOnly(true);
     m_prepared = prepare(QStringLiteral("SELECT rowid, curve_id, timestamp, value FROM %1 WHERE "
@@ -44,6 +44,15 @@ RowCursor::RowCursor(const QSqlDatabase& database, const QString& table)
 sqlite3_stmt* RowCursor::statement()
 {
     return m_prepared && isUsable() ? statementOf(query()) : nullptr;
+}
+
+/// Without this each search would lock the file and look for a journal left behind, which takes five times
+/// as long as the search.
+void RowCursor::holdFile()
+{
+    if (!m_isHeld) {
+        m_isHeld = m_hold.exec(QStringLiteral("SELECT 1 FROM sqlite_master"));
+    }
 }
 
 /// Goes to the first row with this number or a higher one.
@@ -75,13 +84,13 @@ bool RowCursor::moveTo(sqlite3_stmt* rows, qint64 row)
     return m_onRow && ahead == 0;
 }
 
-bool RowCursor::extend(RowOrder& order, int curveId)
+ReadStep RowCursor::extend(RowOrder& order, int curveId, ReadSlice& slice)
 {
     {
         const ConnectionLocker locker(mutex());
         sqlite3_stmt* const rows = statement();
         if (!rows) {
-            return false;
+            return ReadStep::Failed;
         }
         if (order.count() == 0) {
             seek(rows, std::numeric_limits<qint64>::min());
@@ -89,23 +98,27 @@ bool RowCursor::extend(RowOrder& order, int curveId)
                    sqlite3_column_int64(rows, Time) == order.lastTime()) {
             step(rows);
         } else {
-            return false;
+            return ReadStep::Failed;
         }
     }
     bool atEnd = false;
     while (!atEnd) {
-        if (!extendBlock(order, curveId, atEnd)) {
-            return false;
+        if (slice.isOver()) {
+            return ReadStep::Unfinished;
+        }
+        if (!extendBlock(order, curveId, slice, atEnd)) {
+            return ReadStep::Failed;
         }
     }
-    return true;
+    return ReadStep::Done;
 }
 
-bool RowCursor::extendBlock(RowOrder& order, int curveId, bool& atEnd)
+bool RowCursor::extendBlock(RowOrder& order, int curveId, ReadSlice& slice, bool& atEnd)
 {
     const ConnectionLocker locker(mutex());
     sqlite3_stmt* const rows = statement();
-    for (int i = 0; rows && m_onRow && i < kRowsPerBlock; ++i) {
+    int looked = 0;
+    for (; rows && m_onRow && looked < kRowsPerBlock; ++looked) {
         if (sqlite3_column_type(rows, Time) != SQLITE_INTEGER) {
             return false;
         }
@@ -114,12 +127,14 @@ bool RowCursor::extendBlock(RowOrder& order, int curveId, bool& atEnd)
         }
         step(rows);
     }
+    slice.noteRows(looked);
     atEnd = !m_onRow || !order.isKnown();
     return rows && !m_failed;
 }
 
 std::optional<qint64> RowCursor::timeOf(qint64 row)
 {
+    holdFile();
     const ConnectionLocker locker(mutex());
     sqlite3_stmt* const rows = statement();
     if (!rows || !moveTo(rows, row)) {
@@ -131,17 +146,15 @@ std::optional<qint64> RowCursor::timeOf(qint64 row)
 bool RowCursor::take(const RowOrder& order, const qint64* places, int count,
                      QVector<QPointF>& points)
 {
-    for (int first = 0; first < count; first += kPicksPerBlock) {
-        const ConnectionLocker locker(mutex());
-        sqlite3_stmt* const rows = statement();
-        const int last = std::min(first + kPicksPerBlock, count);
-        for (int i = first; i < last; ++i) {
-            if (!rows || !moveTo(rows, order.rowAt(places[i])) || !isNumber(rows, Value)) {
-                return false;
-            }
-            points.append(QPointF(static_cast<double>(sqlite3_column_int64(rows, Time)),
-                                  sqlite3_column_double(rows, Value)));
+    holdFile();
+    const ConnectionLocker locker(mutex());
+    sqlite3_stmt* const rows = statement();
+    for (int i = 0; i < count; ++i) {
+        if (!rows || !moveTo(rows, order.rowAt(places[i])) || !isNumber(rows, Value)) {
+            return false;
         }
+        points.append(QPointF(static_cast<double>(sqlite3_column_int64(rows, Time)),
+                              sqlite3_column_double(rows, Value)));
     }
     return true;
 }

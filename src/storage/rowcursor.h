@@ -1,6 +1,7 @@
 #pragma once
 
 #include "storage/managedquery.h"
+#include "storage/readslice.h"
 
 #include <QPointF>
 #include <QString>
@@ -21,24 +22,28 @@ class RowCursor : public ManagedQuery
 public:
     RowCursor(const QSqlDatabase& database, const QString& table);
 
-    /// Adds the curve's rows that `order` does not have yet. False if that failed, or if the rows it
-    /// has are not there any more.
-    bool extend(RowOrder& order, int curveId);
+    /// Adds the curve's rows that `order` does not have yet. It fails if the rows that it has are not
+    /// there any more.
+    ReadStep extend(RowOrder& order, int curveId, ReadSlice& slice);
 
     /// Time of a row.
     std::optional<qint64> timeOf(qint64 row);
 
-    /// Appends the points at some places of `order`, in rising order: x the time, y the value.
+    /// Appends the points at some places of `order`, in rising order: x the time, y the value. Others
+    /// wait for the connection meanwhile.
     bool take(const RowOrder& order, const qint64* places, int count, QVector<QPointF>& points);
 
 private:
     sqlite3_stmt* statement();
+    void holdFile();
     bool seek(sqlite3_stmt* rows, qint64 row);
     bool step(sqlite3_stmt* rows);
     bool moveTo(sqlite3_stmt* rows, qint64 row);
-    bool extendBlock(RowOrder& order, int curveId, bool& atEnd);
+    bool extendBlock(RowOrder& order, int curveId, ReadSlice& slice, bool& atEnd);
 
+    ManagedQuery m_hold; ///< Keeps the file locked for reading from one search to the next.
     bool m_prepared = false;
+    bool m_isHeld = false;
     bool m_onRow = false; ///< The statement is at a row.
     bool m_failed = false;
 };

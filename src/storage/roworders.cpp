@@ -5,23 +5,22 @@
 
 #include <QSqlDatabase>
 
-#include <algorithm>
-
 namespace scn {
 
-const RowOrder& RowOrders::update(const QString& path, const QSqlDatabase& database,
-                                  const QString& table, int curveId)
+const RowOrder* RowOrders::update(const QString& path, const QSqlDatabase& database,
+                                  const QString& table, int curveId, ReadSlice& slice)
 {
     RowOrder& order = fileFor(path, database).tables[table];
     if (order.isKnown()) {
-        const qint64 before = order.count();
-        RowCursor rows(database, table);
-        if (!rows.extend(order, curveId)) {
+        const ReadStep step = RowCursor(database, table).extend(order, curveId, slice);
+        if (step == ReadStep::Unfinished) {
+            return nullptr;
+        }
+        if (step == ReadStep::Failed) {
             order.giveUp();
         }
-        m_rowsLookedAt += std::max<qint64>(order.count() - before, 0);
     }
-    return order;
+    return &order;
 }
 
 RowOrders::File& RowOrders::fileFor(const QString& path, const QSqlDatabase& database)

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "storage/readslice.h"
 #include "storage/roworder.h"
 
 #include <QHash>
@@ -14,13 +15,10 @@ namespace scn {
 class RowOrders
 {
 public:
-    /// The order of a curve's readings in a table, up to date. The reference is valid until the next
-    /// call.
-    const RowOrder& update(const QString& path, const QSqlDatabase& database, const QString& table,
-                           int curveId);
-
-    /// Number of rows that were looked at so far.
-    qint64 rowsLookedAt() const { return m_rowsLookedAt; }
+    /// The order of a curve's readings in a table, up to date; null if that takes another slice. Valid
+    /// until the next call.
+    const RowOrder* update(const QString& path, const QSqlDatabase& database, const QString& table,
+                           int curveId, ReadSlice& slice);
 
     /// Forgets everything: tables are about to be dropped.
     void clear() { m_files.clear(); }
@@ -37,7 +35,6 @@ private:
     File& fileFor(const QString& path, const QSqlDatabase& database);
 
     QHash<QString, File> m_files;
-    qint64 m_rowsLookedAt = 0;
 };
 
 } // namespace scn

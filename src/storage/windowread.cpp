@@ -1,77 +1,21 @@
 #include "storage/windowread.h"
 
-#include "storage/managedquery.h"
+#include "storage/batchrows.h"
 #include "storage/pointthinning.h"
 #include "storage/rowcursor.h"
-#include "storage/shardnaming.h"
-
-#include <QDebug>
 
 #include <algorithm>
+#include <array>
 
 namespace scn {
 
 namespace {
 
-/// Rows fetched per hold of the connection's lock: enough to make the lock cheap, few enough to let
-/// others in.
-constexpr int kRowsPerBlock = 4096;
+/// Picks fetched per hold of the connection's lock: few enough to let others in.
+constexpr int kPicksPerBlock = 512;
 
 /// Tables that may wait to be fetched from. They keep their files open.
 constexpr int kMostSources = 64;
-
-/// Reports why the query of a batch could not be prepared. Only then is the catalogue of tables
-/// searched: it has no index, and a file of many curves has thousands of entries.
-void warnOfUnreadableTable(const QSqlDatabase& database, const QString& table,
-                           const QString& prepareError)
-{
-    ManagedQuery query(database);
-    const QString sql =
-        QStringLiteral("SELECT name FROM sqlite_master WHERE type='table' AND name=") +
-        sqlLiteral(table);
-    if (!query.exec(sql)) {
-        qWarning() << "检查表存在性失败:" << table << "错误:" << query.errorText();
-    } else if (!query.next()) {
-        qWarning() << "分片表不存在:" << table;
-    } else {
-        qWarning() << "SQL准备失败:" << prepareError;
-    }
-}
-
-/// Appends the points of one batch table to `points`. False if that did not come to its end.
-bool readBatch(const QSqlDatabase& database, const QString& table, const ReadRange& range,
-               QVector<QPointF>& points)
-{
-    ManagedQuery query(database);
-    query.setForwardOnly(true);
-    const QString sql =
-        QStringLiteral("SELECT timestamp, value FROM %1 WHERE curve_id = ? AND timestamp "
-                       "BETWEEN ? AND ? ORDER BY timestamp ASC")
-            .arg(quotedName(table));
-    if (!query.prepare(sql)) {
-        warnOfUnreadableTable(database, table, query.errorText());
-        return false;
-    }
-    if (!query.execWith({range.curveId, range.start, range.end})) {
-        qWarning() << "读取分片" << table << "失败:" << query.errorText();
-        return false;
-    }
-    SampleColumn block;
-    bool atEnd = false;
-    while (!atEnd) {
-        block.clear();
-        atEnd = query.fetchSamplesAtOnce(kRowsPerBlock, block) < kRowsPerBlock;
-        for (const Sample& sample : block) {
-            points.append(QPointF(static_cast<double>(sample.timestamp), sample.value));
-        }
-    }
-    // A table that cannot be read to its end returns what was read.
-    if (!query.isUsable() || !query.errorText().isEmpty()) {
-        qWarning() << "读取分片" << table << "失败:" << query.errorText();
-        return false;
-    }
-    return true;
-}
 
 /// Place of the first reading at or after a time; the number of readings if there is none.
 std::optional<qint64> placeOf(RowCursor& rows, const RowOrder& order, qint64 time)
@@ -102,64 +46,71 @@ WindowRead::WindowRead(const ReadRange& range, RowOrders* orders)
 {
 }
 
-bool WindowRead::addTable(const QString& path, const QSharedPointer<QSqlDatabase>& db,
-                          const QString& table)
+ReadStep WindowRead::addTable(const QString& path, const QSharedPointer<QSqlDatabase>& db,
+                              const QString& table, ReadSlice& slice)
 {
-    if (m_orders && addOrderedRows(path, db, table)) {
-        return true;
+    if (m_orders && !m_isLeaving) {
+        const ReadStep step = addOrderedRows(path, db, table, slice);
+        if (step != ReadStep::Failed) {
+            return step;
+        }
     }
-    if (m_orders && !leaveOrder()) {
-        m_lostRows = true;
-    }
-    return addEveryRow(*db, table);
+    return leaveOrder(slice) ? addEveryRow(*db, table, slice) : ReadStep::Unfinished;
 }
 
-/// Collects the places of a table's readings in the range. False if its order is not known or does
+/// Collects the places of a table's readings in the range. It fails if their order is not known or does
 /// not continue that of the tables before.
-bool WindowRead::addOrderedRows(const QString& path, const QSharedPointer<QSqlDatabase>& db,
-                                const QString& table)
+ReadStep WindowRead::addOrderedRows(const QString& path, const QSharedPointer<QSqlDatabase>& db,
+                                    const QString& table, ReadSlice& slice)
 {
-    const RowOrder& order = m_orders->update(path, *db, table, m_range.curveId);
-    if (!order.isKnown()) {
-        return false;
+    const RowOrder* const order = m_orders->update(path, *db, table, m_range.curveId, slice);
+    if (!order) {
+        return ReadStep::Unfinished;
     }
-    if (order.count() == 0 || order.lastTime() < m_range.start) {
-        return true;
+    if (!order->isKnown()) {
+        return ReadStep::Failed;
+    }
+    if (order->count() == 0 || order->lastTime() < m_range.start) {
+        return ReadStep::Done;
     }
     RowCursor rows(*db, table);
-    const std::optional<qint64> first = placeOf(rows, order, m_range.start);
-    std::optional<qint64> end = order.count();
-    if (m_range.end < order.lastTime()) {
-        end = placeOf(rows, order, m_range.end + 1);
+    const std::optional<qint64> first = placeOf(rows, *order, m_range.start);
+    std::optional<qint64> end = order->count();
+    if (m_range.end < order->lastTime()) {
+        end = placeOf(rows, *order, m_range.end + 1);
     }
     if (!first || !end) {
-        return false;
+        return ReadStep::Failed;
     }
     if (*first >= *end) {
-        return true;
+        return ReadStep::Done;
     }
-    const std::optional<qint64> firstTime = rows.timeOf(order.rowAt(*first));
-    const std::optional<qint64> lastTime = rows.timeOf(order.rowAt(*end - 1));
+    const std::optional<qint64> firstTime = rows.timeOf(order->rowAt(*first));
+    const std::optional<qint64> lastTime = rows.timeOf(order->rowAt(*end - 1));
     if (!firstTime || !lastTime || (m_hasTime && *firstTime <= m_lastTime)) {
-        return false;
+        return ReadStep::Failed;
     }
     m_hasTime = true;
     m_lastTime = *lastTime;
-    m_sources.append({db, table, order, {}});
+    m_sources.append({db, table, *order, {}});
     collect(*first, *end - *first);
     if (m_sources.size() >= kMostSources && !collapse()) {
         m_lostRows = true;
     }
-    return true;
+    return ReadStep::Done;
 }
 
-bool WindowRead::addEveryRow(const QSqlDatabase& database, const QString& table)
+ReadStep WindowRead::addEveryRow(const QSqlDatabase& database, const QString& table,
+                                 ReadSlice& slice)
 {
-    const bool isWhole = readBatch(database, table, m_range, m_points);
+    const ReadStep step = readBatchRows(database, table, m_range, m_rowsFrom, m_points, slice);
+    if (step == ReadStep::Unfinished) {
+        return step;
+    }
     if (m_range.maxPoints > 0 && m_points.size() > 2 * static_cast<qint64>(m_range.maxPoints)) {
         thinPoints(m_points, m_range.maxPoints);
     }
-    return isWhole;
+    return step;
 }
 
 /// Collects readings of the last source, thinned if they become too many.
@@ -193,34 +144,60 @@ void WindowRead::thinPicks(int source, qint64 firstPlace, qint64 count)
     m_picks.last() = at(size - 1);
 }
 
-/// Appends the points of the picks. False if rows were not where they should be.
-bool WindowRead::fetch(QVector<QPointF>& points) const
+/// Appends the points of the picks. It fails if rows were not where they should be.
+ReadStep WindowRead::fetch(QVector<QPointF>& points, ReadSlice& slice)
 {
-    QVector<qint64> places;
-    for (int first = 0; first < m_picks.size(); first += places.size()) {
-        const int sourceIndex = m_picks.at(first).source;
-        const Source& source = m_sources.at(sourceIndex);
-        places.clear();
-        for (int i = first; i < m_picks.size() && m_picks.at(i).source == sourceIndex; ++i) {
-            places.append(m_picks.at(i).place);
-        }
+    while (m_fetched < m_picks.size()) {
+        const Source& source = m_sources.at(m_picks.at(m_fetched).source);
         if (!source.db) {
-            for (const qint64 place : qAsConst(places)) {
-                points.append(source.points.at(static_cast<int>(place)));
-            }
-        } else if (!RowCursor(*source.db, source.table)
-                        .take(source.order, places.constData(), places.size(), points)) {
-            return false;
+            points.append(source.points.at(static_cast<int>(m_picks.at(m_fetched).place)));
+            ++m_fetched;
+            continue;
+        }
+        const ReadStep step = fetchFromTable(source, points, slice);
+        if (step != ReadStep::Done) {
+            return step;
         }
     }
-    return true;
+    return ReadStep::Done;
+}
+
+/// Appends the points of the next picks, which are from one table.
+ReadStep WindowRead::fetchFromTable(const Source& source, QVector<QPointF>& points,
+                                    ReadSlice& slice)
+{
+    const int sourceIndex = m_picks.at(m_fetched).source;
+    RowCursor rows(*source.db, source.table);
+    std::array<qint64, kPicksPerBlock> places;
+    while (true) {
+        int count = 0;
+        while (count < kPicksPerBlock && m_fetched + count < m_picks.size() &&
+               m_picks.at(m_fetched + count).source == sourceIndex) {
+            places[static_cast<size_t>(count)] = m_picks.at(m_fetched + count).place;
+            ++count;
+        }
+        if (count == 0) {
+            return ReadStep::Done;
+        }
+        if (slice.isOver()) {
+            return ReadStep::Unfinished;
+        }
+        if (!rows.take(source.order, places.data(), count, points)) {
+            return ReadStep::Failed;
+        }
+        m_fetched += count;
+        slice.noteRows(count);
+    }
 }
 
 /// Fetches the picks and keeps their points as one source, which lets go of the files.
 bool WindowRead::collapse()
 {
     Source source;
-    if (!fetch(source.points)) {
+    ReadSlice wholly;
+    const bool isFound = fetch(source.points, wholly) == ReadStep::Done;
+    m_fetched = 0;
+    if (!isFound) {
         return false;
     }
     for (int i = 0; i < m_picks.size(); ++i) {
@@ -230,33 +207,41 @@ bool WindowRead::collapse()
     return true;
 }
 
-/// From here on every row is read.
-bool WindowRead::leaveOrder()
+/// Turns the picks into points; from then on every row is read. False if that takes another slice.
+bool WindowRead::leaveOrder(ReadSlice& slice)
 {
+    if (!m_orders) {
+        return true;
+    }
+    m_isLeaving = true;
+    const ReadStep step = fetch(m_points, slice);
+    if (step == ReadStep::Unfinished) {
+        return false;
+    }
+    m_lostRows = m_lostRows || step == ReadStep::Failed;
     m_orders = nullptr;
-    const bool found = fetch(m_points);
     m_picks.clear();
     m_sources.clear();
-    return found;
+    return true;
 }
 
-std::optional<QVector<QPointF>> WindowRead::points()
+ReadStep WindowRead::finish(ReadSlice& slice)
 {
-    if (m_orders) {
-        if (m_picks.size() > m_range.maxPoints) {
-            thinPicks(0, 0, 0);
-        }
-        m_lostRows = !leaveOrder() || m_lostRows;
+    if (m_orders && !m_isLeaving && m_picks.size() > m_range.maxPoints) {
+        thinPicks(0, 0, 0);
+    }
+    if (!leaveOrder(slice)) {
+        return ReadStep::Unfinished;
     }
     if (m_lostRows) {
-        return std::nullopt;
+        return ReadStep::Failed;
     }
     const auto byTime = [](const QPointF& a, const QPointF& b) { return a.x() < b.x(); };
     if (!std::is_sorted(m_points.cbegin(), m_points.cend(), byTime)) {
         std::sort(m_points.begin(), m_points.end(), byTime);
     }
     thinPoints(m_points, m_range.maxPoints);
-    return m_points;
+    return ReadStep::Done;
 }
 
 } // namespace scn

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "storage/readrange.h"
 #include "storage/roworders.h"
 
 #include <QPointF>
@@ -11,15 +12,6 @@
 #include <optional>
 
 namespace scn {
-
-/// The parameters of a read.
-struct ReadRange
-{
-    int curveId;
-    qint64 start;
-    qint64 end;
-    int maxPoints; ///< 0 or less: no limit.
-};
 
 /// Collects the points of a read, table by table, and thins them on the way, which bounds its memory:
 /// whenever there are more than twice the limit. Early points are thinned repeatedly.
@@ -35,13 +27,15 @@ public:
 
     const ReadRange& range() const { return m_range; }
 
-    /// Adds a batch table of an open file. False if it could not be read to its end.
-    bool addTable(const QString& path, const QSharedPointer<QSqlDatabase>& db,
-                  const QString& table);
+    /// Adds a batch table of an open file. It fails if the table could not be read to its end.
+    ReadStep addTable(const QString& path, const QSharedPointer<QSqlDatabase>& db,
+                      const QString& table, ReadSlice& slice);
 
-    /// The points in order of time, at most the limit; nothing if rows could not be found where they
-    /// were.
-    std::optional<QVector<QPointF>> points();
+    /// Fetches what addTable() only collected. It fails if rows could not be found where they were.
+    ReadStep finish(ReadSlice& slice);
+
+    /// The points in order of time, at most the limit, after finish().
+    const QVector<QPointF>& points() const { return m_points; }
 
 private:
     /// Readings that were added together: rows of a table or, without a connection, points.
@@ -60,19 +54,23 @@ private:
         qint64 place;
     };
 
-    bool addOrderedRows(const QString& path, const QSharedPointer<QSqlDatabase>& db,
-                        const QString& table);
-    bool addEveryRow(const QSqlDatabase& database, const QString& table);
+    ReadStep addOrderedRows(const QString& path, const QSharedPointer<QSqlDatabase>& db,
+                            const QString& table, ReadSlice& slice);
+    ReadStep addEveryRow(const QSqlDatabase& database, const QString& table, ReadSlice& slice);
     void collect(qint64 firstPlace, qint64 count);
     void thinPicks(int source, qint64 firstPlace, qint64 count);
-    bool fetch(QVector<QPointF>& points) const;
+    ReadStep fetch(QVector<QPointF>& points, ReadSlice& slice);
+    ReadStep fetchFromTable(const Source& source, QVector<QPointF>& points, ReadSlice& slice);
     bool collapse();
-    bool leaveOrder();
+    bool leaveOrder(ReadSlice& slice);
 
     ReadRange m_range;
     RowOrders* m_orders; ///< Null once every row is read.
     QVector<Source> m_sources;
     QVector<Pick> m_picks;
+    int m_fetched = 0;        ///< Picks whose points were fetched.
+    bool m_isLeaving = false; ///< The picks are being fetched, after which every row is read.
+    std::optional<qint64> m_rowsFrom; ///< Where to go on with a table half read.
     bool m_hasTime = false;
     qint64 m_lastTime = 0;     ///< Time of the last reading collected.
     QVector<QPointF> m_points; ///< What was collected, once every row is read.

@@ -242,9 +242,10 @@ void TestStoreStatements::heldFilesAreOpenedOnceForAllCurves()
     {
         scn::HeldFiles files;
         for (int curveId = 1; curveId <= kCurves; ++curveId) {
-            qint64 from = first;
-            QVERIFY(store.lookThrough(curveId, first, end, from, QDeadlineTimer(0), files));
-            QCOMPARE(store.readCurveData(curveId, first, end, 100).size(), kDays);
+            scn::CurveRead read({curveId, first, end, 100}, &files);
+            scn::ReadSlice wholly;
+            QVERIFY(store.proceed(read, wholly));
+            QCOMPARE(read.points().size(), kDays);
         }
         QCOMPARE(files.size(), kDays);
     }

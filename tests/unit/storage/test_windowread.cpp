@@ -33,6 +33,18 @@ struct Compared
     bool isFound = false;
 };
 
+/// Goes through a step of a read in slices as short as there are.
+template <typename Step>
+ReadStep inShortSlices(Step&& step)
+{
+    ReadStep result = ReadStep::Unfinished;
+    while (result == ReadStep::Unfinished) {
+        ReadSlice slice(QDeadlineTimer(0), 0);
+        result = step(slice);
+    }
+    return result;
+}
+
 } // namespace
 
 /// Reads that pick rows by their numbers, against reads of every row.
@@ -75,14 +87,16 @@ Compared TestWindowRead::compare(const ReadRange& range, const QString& path,
     WindowRead picking(range, &m_orders);
     WindowRead plain(range, nullptr);
     for (const QString& table : tables) {
-        picking.addTable(path, db, table);
-        plain.addTable(path, db, table);
+        inShortSlices([&](ReadSlice& slice) { return picking.addTable(path, db, table, slice); });
+        inShortSlices([&](ReadSlice& slice) { return plain.addTable(path, db, table, slice); });
     }
     Compared result;
-    const auto picked = picking.points();
-    result.isFound = picked.has_value();
-    result.picked = picked.value_or(QVector<QPointF>());
-    result.plain = plain.points().value_or(QVector<QPointF>());
+    const auto finish = [](WindowRead& read) {
+        return inShortSlices([&read](ReadSlice& slice) { return read.finish(slice); });
+    };
+    result.isFound = finish(picking) == ReadStep::Done;
+    result.picked = result.isFound ? picking.points() : QVector<QPointF>();
+    result.plain = finish(plain) == ReadStep::Done ? plain.points() : QVector<QPointF>();
     return result;
 }
 
@@ -111,7 +125,8 @@ void TestWindowRead::gapsInTheNumbersAreKnown()
     QVERIFY(both.isFound);
     COMPARE_EXACTLY(both.picked, both.plain);
     const QSharedPointer<QSqlDatabase> db = m_scene.store().openDb(pathOf(kDay));
-    const RowOrder& order = m_orders.update(pathOf(kDay), *db, table, 1);
+    ReadSlice wholly;
+    const RowOrder& order = *m_orders.update(pathOf(kDay), *db, table, 1, wholly);
     QVERIFY(order.isKnown());
     QCOMPARE(order.count(), qint64(2571));
     QCOMPARE(order.rowAt(0), qint64(1));
@@ -133,7 +148,8 @@ void TestWindowRead::latePointIsInItsPlace()
     QVERIFY(both.isFound);
     COMPARE_EXACTLY(both.picked, both.plain);
     const QSharedPointer<QSqlDatabase> db = m_scene.store().openDb(pathOf(kDay));
-    QVERIFY(!m_orders.update(pathOf(kDay), *db, table, 1).isKnown());
+    ReadSlice wholly;
+    QVERIFY(!m_orders.update(pathOf(kDay), *db, table, 1, wholly)->isKnown());
 }
 
 void TestWindowRead::rowsAddedLaterAreFound()
