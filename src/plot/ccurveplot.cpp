@@ -7,6 +7,7 @@
 #include "plot/plotsetup.h"
 #include "plot/valuescale.h"
 #include "plot/viewload.h"
+#include "plot/viewsurroundings.h"
 #include "state/globals.h"
 
 #include <QCoreApplication>
@@ -113,6 +114,7 @@ void CCurvePlot::clearCurves()
     assertGuiThread();
     m_reloadTimer->stop();
     giveUpLoad();
+    m_surroundings.reset();
     m_curveOffsets.clear();
     for (QwtPlotCurve* curve : qAsConst(m_curves)) {
         curve->hide();
@@ -236,14 +238,24 @@ void CCurvePlot::onMagnifierZoomed(double)
         // The zoom has just requested a repaint, which must find the scale already limited.
         QwtPlot::updateAxes();
     }
-    m_reloadTimer->start();
+    armReloadOfMove();
 }
 
 void CCurvePlot::onPanned()
 {
     assertGuiThread();
     holdView();
+    armReloadOfMove();
+}
+
+/// The user has moved the view. Nothing needs to be fetched any more when the reload is due.
+void CCurvePlot::armReloadOfMove()
+{
+    noteTimeAxis();
     m_reloadTimer->start();
+    if (isVisible()) {
+        loadAhead();
+    }
 }
 
 /// The user has zoomed or panned: the axes stop following the readings.

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "plot/timewindow.h"
+#include "plot/viewload.h"
 
 #include <QColor>
 #include <QList>
@@ -21,7 +22,7 @@ class QwtPlotCurve;
 class QwtPlotGrid;
 
 namespace scn {
-class ViewLoad;
+class ViewSurroundings;
 }
 
 /// The strip chart of a chart window: one curve per channel over local time.
@@ -35,8 +36,9 @@ class ViewLoad;
 /// The plot holds no samples. A batch of readings only sets the axes and arms a 100 ms timer. When it
 /// expires, the series of the visible curves load the visible window and the plot is drawn once. What
 /// takes long to fetch from the store goes on in the next turns of the event loop, with the former
-/// points on display until all curves have theirs, and is given up when the user moves the view. A plot
-/// that is not visible loads and draws nothing, and catches up when it is shown.
+/// points on display until all curves have theirs, and is given up when the user moves the view. What a
+/// zoom or a pan needs is fetched while the timer runs. A plot that is not visible loads and draws
+/// nothing, and catches up when it is shown.
 ///
 /// GUI thread. Nothing here reports a failure: a curve without a series is skipped.
 class CCurvePlot : public QwtPlot
@@ -130,11 +132,14 @@ private:
     void setBounds(int axis, double lower, double upper);
     void stretchTimeWindow();
     void reloadVisibleData();
+    void armReloadOfMove();
+    QVector<scn::ViewLoad::Part> partsToLoad();
     bool loadVisibleCurves();
     void scaleToValues();
     void scaleToLoad();
     bool proceedWithLoad(std::chrono::milliseconds budget);
     void takeTurn();
+    void loadAhead();
     void giveUpLoad();
     QPair<qint64, qint64> windowToLoad() const;
     void redraw();
@@ -159,7 +164,8 @@ private:
 
     std::shared_ptr<scn::ViewLoad> m_load; ///< Under way, in slices.
     bool m_loadAgain = false;              ///< A reload was due while one was under way.
-    quint64 m_shownAs = 0;                 ///< Counts the shows of all plots.
+    std::unique_ptr<scn::ViewSurroundings> m_surroundings; ///< Of the view that the user holds.
+    quint64 m_shownAs = 0;                                 ///< Counts the shows of all plots.
 
     /// A replot was skipped while the plot was invisible: the canvas holds an old picture.
     bool m_redrawWhenShown = false;

@@ -5,7 +5,7 @@
 #include "plot/curvesamples.h"
 #include "plot/loadturns.h"
 #include "plot/valuescale.h"
-#include "plot/viewload.h"
+#include "plot/viewsurroundings.h"
 
 #include <QDeadlineTimer>
 #include <QScopedValueRollback>
@@ -28,6 +28,7 @@ constexpr int kPixelsPerMajorTick = 90;
 /// What a reload may take of the turn that it begins in, and of each one after.
 constexpr std::chrono::milliseconds kFirstSlice{15};
 constexpr std::chrono::milliseconds kSlice{10};
+constexpr std::chrono::milliseconds kSliceAhead{4}; // the user may still be moving the view
 
 } // namespace
 
@@ -108,9 +109,7 @@ void CCurvePlot::showCurrentView()
     redraw();
 }
 
-/// Loads the visible window of each visible curve and sets an automatic y axis for what is shown from
-/// now on. False if there is no such curve, and if the load takes longer than this turn.
-bool CCurvePlot::loadVisibleCurves()
+QVector<scn::ViewLoad::Part> CCurvePlot::partsToLoad()
 {
     QVector<scn::ViewLoad::Part> shown;
     for (QwtPlotCurve* curve : qAsConst(m_curves)) {
@@ -120,6 +119,14 @@ bool CCurvePlot::loadVisibleCurves()
             shown.append({loaded, m_curveOffsets[curve]});
         }
     }
+    return shown;
+}
+
+/// Loads the visible window of each visible curve and sets an automatic y axis for what is shown from
+/// now on. False if there is no such curve, and if the load takes longer than this turn.
+bool CCurvePlot::loadVisibleCurves()
+{
+    const QVector<scn::ViewLoad::Part> shown = partsToLoad();
     if (shown.isEmpty()) {
         giveUpLoad();
         return false;
@@ -130,13 +137,17 @@ bool CCurvePlot::loadVisibleCurves()
     // The range check need not reload what is loaded now.
     noteTimeAxis();
     const auto [start, end] = windowToLoad();
+    if (m_load && m_load->isFor(start, end) && m_load->fallDue(shown)) {
+        return proceedWithLoad(kFirstSlice);
+    }
     // A view that moves with the readings would never be through with a load given up for each move.
-    if (m_load && (m_load->isFor(start, end) || !m_userMovedX)) {
+    if (m_load && !m_load->isAhead() && (m_load->isFor(start, end) || !m_userMovedX)) {
         m_loadAgain = true;
         return false;
     }
     giveUpLoad();
-    m_load = std::make_shared<scn::ViewLoad>(shown, start, end, kMaxPointsPerCurve);
+    m_load = std::make_shared<scn::ViewLoad>(shown, start, end, kMaxPointsPerCurve,
+                                             scn::ViewLoad::Begin::Due);
     return proceedWithLoad(kFirstSlice);
 }
 
@@ -148,7 +159,7 @@ QPair<qint64, qint64> CCurvePlot::windowToLoad() const
             static_cast<qint64>(time.maxValue()) + kLoadMarginMs};
 }
 
-/// Goes on with the load. True once the curves show what it loaded.
+/// Goes on with the load. True once the curves show what it loaded; one that is ahead is not shown.
 bool CCurvePlot::proceedWithLoad(std::chrono::milliseconds budget)
 {
     const std::shared_ptr<scn::ViewLoad> load = m_load;
@@ -160,9 +171,16 @@ bool CCurvePlot::proceedWithLoad(std::chrono::milliseconds budget)
         scn::LoadTurns::ask(this, m_shownAs, [this] { takeTurn(); });
         return false;
     }
+    if (load->isAhead()) {
+        return false;
+    }
+    scn::LoadTurns::withdraw(this);
     load->show();
     if (load != m_load) {
         return false;
+    }
+    if (m_userMovedX && load->hasFetched()) {
+        m_surroundings = load->surroundings();
     }
     m_load.reset();
     scaleToLoad();
@@ -186,16 +204,28 @@ void CCurvePlot::scaleToLoad()
     m_hasShownValues = m_hasShownValues || isFirst;
 }
 
-/// A further slice of the load under way. A hidden plot loads when it is shown; where the user has moved
-/// the view on, the reload for that is armed.
+/// A further slice of the load under way. A hidden plot loads when it is shown.
 void CCurvePlot::takeTurn()
 {
     const auto [start, end] = windowToLoad();
     if (!isVisible() || (m_userMovedX && !m_load->isFor(start, end))) {
         giveUpLoad();
-    } else if (proceedWithLoad(kSlice)) {
+    } else if (proceedWithLoad(m_load->isAhead() ? kSliceAhead : kSlice)) {
         redraw();
     }
+}
+
+/// Begins to fetch what the reload armed will show.
+void CCurvePlot::loadAhead()
+{
+    const auto [start, end] = windowToLoad();
+    if (m_load && m_load->isFor(start, end)) {
+        return;
+    }
+    giveUpLoad();
+    m_load = std::make_shared<scn::ViewLoad>(partsToLoad(), start, end, kMaxPointsPerCurve,
+                                             scn::ViewLoad::Begin::Ahead);
+    scn::LoadTurns::ask(this, m_shownAs, [this] { takeTurn(); });
 }
 
 void CCurvePlot::giveUpLoad()

@@ -1,19 +1,46 @@
 #include "plot/viewload.h"
 
 #include "common/threadassert.h"
+#include "plot/viewsurroundings.h"
 #include "storage/curveseriesdata.h"
 
+#include <QScopedValueRollback>
+
+#include <algorithm>
 #include <utility>
 
 namespace scn {
 
-ViewLoad::ViewLoad(QVector<Part> parts, qint64 start, qint64 end, int maxPoints)
+ViewLoad::ViewLoad(QVector<Part> parts, qint64 start, qint64 end, int maxPoints, Begin begin)
     : m_parts(std::move(parts))
     , m_start(start)
     , m_end(end)
     , m_maxPoints(maxPoints)
+    , m_isAhead(begin == Begin::Ahead)
     , m_fetched(m_parts.size())
 {
+}
+
+bool ViewLoad::fallDue(const QVector<Part>& parts)
+{
+    const auto isSame = [](const Part& one, const Part& other) {
+        return one.curve == other.curve && one.offset == other.offset;
+    };
+    if (!m_isAhead || m_isInSlice ||
+        !std::equal(m_parts.cbegin(), m_parts.cend(), parts.cbegin(), parts.cend(), isSame)) {
+        return false;
+    }
+    m_isAhead = false;
+    m_next = 0;
+    m_fetch.reset();
+    for (int i = 0; i < m_parts.size(); ++i) {
+        std::optional<CurveLoad>& fetched = m_fetched[i];
+        const CurveSeriesData* const series = m_parts.at(i).curve->series();
+        if (fetched && !fetched->state->holdsUpTo(m_end, series->storedState())) {
+            fetched.reset();
+        }
+    }
+    return true;
 }
 
 CurveView ViewLoad::viewOf(const Part& part) const
@@ -24,11 +51,12 @@ CurveView ViewLoad::viewOf(const Part& part) const
 bool ViewLoad::proceed(QDeadlineTimer deadline)
 {
     assertGuiThread();
+    const QScopedValueRollback<bool> inSlice(m_isInSlice, true);
     ReadSlice slice(deadline);
     for (; m_next < m_parts.size(); ++m_next) {
         const Part& part = m_parts.at(m_next);
         if (!m_fetch) {
-            if (!part.curve->needsStore(viewOf(part))) {
+            if (m_fetched.at(m_next) || !part.curve->needsStore(viewOf(part))) {
                 continue;
             }
             if (slice.isOver()) {
@@ -59,6 +87,23 @@ void ViewLoad::show()
             part.curve->show(*load);
         }
     }
+}
+
+bool ViewLoad::hasFetched() const
+{
+    return std::any_of(m_fetched.cbegin(), m_fetched.cend(),
+                       [](const std::optional<CurveLoad>& load) { return load.has_value(); });
+}
+
+std::unique_ptr<ViewSurroundings> ViewLoad::surroundings() const
+{
+    QVector<CurveSeriesData*> series;
+    for (int i = 0; i < m_parts.size(); ++i) {
+        if (m_fetched.at(i)) {
+            series.append(m_parts.at(i).curve->series());
+        }
+    }
+    return std::make_unique<ViewSurroundings>(series, m_files, m_start, m_end);
 }
 
 } // namespace scn

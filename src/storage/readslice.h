@@ -28,7 +28,7 @@ public:
     bool isOver() const { return m_rows > m_fewRows && m_deadline.hasExpired(); }
 
 private:
-    static constexpr qint64 kRowsForAFile = 500; ///< That take about as long.
+    static constexpr qint64 kRowsForAFile = 100;
 
     QDeadlineTimer m_deadline;
     qint64 m_fewRows;

@@ -68,13 +68,17 @@ private slots:
     void userWhoMovesOnEndsIt();
     void viewThatFollowsIsNotPutOffForever();
     void chartShownLastGoesFirst();
+    void moveIsFetchedBeforeItsReload();
+    void readingStoredMeanwhileIsShown();
     void hiddenChartStartsAgainWhenShown();
     void clearedOrDeletedChartForgetsIt();
     void liveViewEndsIt();
     void chartClearedWhileItLoadsStaysEmpty();
+    void reopeningAFileMayEndIt();
 
 private:
     std::unique_ptr<CountingPlot> plotOfAll();
+    bool showPast(CountingPlot& plot);
     void look(CCurvePlot& plot, qint64 from, qint64 to);
 
     const SkippedWaits m_waits;
@@ -119,6 +123,17 @@ void TestCCurvePlotSlices::look(CCurvePlot& plot, qint64 from, qint64 to)
 {
     plot.setAxisScale(QwtPlot::xBottom, static_cast<double>(from), static_cast<double>(to));
     plot.updateVisibleData();
+}
+
+/// Shows what is stored, and nothing is due after that. False if that takes too long.
+bool TestCCurvePlotSlices::showPast(CountingPlot& plot)
+{
+    passReloads(plot);
+    look(plot, kStart, kStart + kPoints * kStepMs);
+    const bool isShown = QTest::qWaitFor([&plot] { return pointsShown(plot) == 10000; }, 30000);
+    passReloads(plot);
+    plot.replots = 0;
+    return isShown;
 }
 
 void TestCCurvePlotSlices::longLoadIsShownAtOnceWhenThrough()
@@ -255,6 +270,39 @@ void TestCCurvePlotSlices::chartShownLastGoesFirst()
     QCOMPARE(pointsShown(*first), 10000);
 }
 
+void TestCCurvePlotSlices::moveIsFetchedBeforeItsReload()
+{
+    const auto plot = plotOfAll();
+    QVERIFY(plot && showPast(*plot));
+    const qint64 former = firstShown(*plot);
+    turnWheel(*plot, -1);
+    timerOf(*plot, true)->stop();
+    plot->replots = 0;
+    QTRY_VERIFY(m_series.back()->visibleStart() > former);
+    QCOMPARE(firstShown(*plot), former);
+    QCOMPARE(plot->replots, 0);
+    plot->updateVisibleData();
+    QCOMPARE(plot->replots, 1);
+    QCOMPARE(firstShown(*plot), m_series.back()->visibleStart());
+}
+
+void TestCCurvePlotSlices::readingStoredMeanwhileIsShown()
+{
+    const auto plot = plotOfAll();
+    QVERIFY(plot && showPast(*plot));
+    const qint64 former = firstShown(*plot);
+    turnWheel(*plot, -1);
+    timerOf(*plot, true)->stop();
+    QTRY_VERIFY(m_series.back()->visibleStart() > former);
+    m_series.back()->addPoint(static_cast<double>(m_series.back()->visibleEnd() - 1), 1.0);
+    m_series.back()->clear();
+    plot->updateVisibleData();
+    QTRY_VERIFY(firstShown(*plot) > former);
+    const QVector<QPointF> shown = m_series.back()->visiblePoints();
+    m_series.back()->loadWindow(lowerMs(*plot) - 5000, upperMs(*plot) + 5000, 10000, 0.0);
+    QVERIFY(shown == m_series.back()->visiblePoints());
+}
+
 void TestCCurvePlotSlices::hiddenChartStartsAgainWhenShown()
 {
     const auto plot = plotOfAll();
@@ -340,6 +388,34 @@ void TestCCurvePlotSlices::chartClearedWhileItLoadsStaysEmpty()
         QCoreApplication::processEvents();
     }
     QVERIFY(plot->itemList(QwtPlotItem::Rtti_PlotCurve).isEmpty());
+}
+
+/// The file's connection was closed by others: opening it again handles events, one of which takes the
+/// curves out of the chart. Nothing is fetched for them any more.
+void TestCCurvePlotSlices::reopeningAFileMayEndIt()
+{
+    CountingPlot plot;
+    plot.resize(450, 300);
+    plot.clearCurves();
+    // So few that they are fetched in one turn.
+    const qint64 start = kStart - kDayMs;
+    CurveSeriesData& series = *m_series.front();
+    series.addPoints({QPointF(static_cast<double>(start), 1.0)});
+    series.clear();
+    plot.addCurve(&series, Qt::red, QStringLiteral("101"));
+    plot.onMagnifierZoomed(1.0);
+    QVERIFY(showSettled(plot));
+    passReloads(plot);
+    QCOMPARE(series.size(), size_t(0));
+    m_store->openDb(m_store->dbPathForTime(start))->close();
+    bool isCleared = false;
+    QTimer::singleShot(0, &plot, [&] {
+        plot.clearCurves();
+        isCleared = true;
+    });
+    look(plot, start, start + 1000);
+    QVERIFY(isCleared);
+    QCOMPARE(series.size(), size_t(0));
 }
 
 SCN_TEST(TestCCurvePlotSlices, QApplication)
