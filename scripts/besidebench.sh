@@ -1,8 +1,8 @@
 #!/usr/bin/env bash
 # Builds the program and compares what a reading costs it with what it costs a short script that polls,
-# stores and draws the same. Prints the ratio of processor time, with its limit. Fails if it is above.
+# stores and draws the same. Prints the ratios of processor time, with their limit. Fails if one is above.
 #
-#     scripts/besidebench.sh     a quarter of an hour
+#     scripts/besidebench.sh     half an hour
 set -eu
 cd "$(dirname "$0")/.."
 . scripts/packages.sh
