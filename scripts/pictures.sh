@@ -1,33 +1,25 @@
 #!/usr/bin/env bash
-# Installs what is missing, builds, and takes the pictures of docs/pictures anew: all of them, or those
-# of the functions in tests/pictures/pictures.cpp that are named.
+# Installs what is missing, builds, and takes the pictures of docs/pictures anew, in both sizes: all of them,
+# or those of the functions in tests/pictures that are named.
 #
 #     scripts/pictures.sh [function...]
 set -eu
 cd "$(dirname "$0")/.."
 . scripts/packages.sh
 
-install_packages $build_packages $display_packages
+install_packages $build_packages $display_packages pngquant
 export CCACHE_BASEDIR="$PWD" CCACHE_NOHASHDIR=1
 cmake --preset dev
 cmake --build --preset dev --target scn_pictures
 
-# The pictures show the path of the program.
-place=/tmp/SCN4070A
-mkdir -m 700 "$place"
-trap 'rm -rf "$place"' EXIT
-mkdir -m 700 "$place/runtime"
-cp build/dev/tests/scn_pictures "$place"
-
-export XDG_RUNTIME_DIR="$place/runtime" LC_ALL=C.UTF-8 QT_QPA_PLATFORM=xcb SCN_PICTURES="$PWD/docs/pictures"
-if [ $# -eq 0 ]; then
-    set -- $("$place/scn_pictures" -platform offscreen -functions | tr -d '()')
-fi
-# A process and a place for each, since a process makes one store only.
-for picture in "$@"; do
-    echo "$picture"
-    rm -rf "$place"/*_Data "$place/export"
-    xvfb-run -a -s "-screen 0 1280x720x24 -dpi 96 -nolisten tcp -noreset" \
-        "$place/scn_pictures" "$picture" >"$place/log" 2>&1 || { cat "$place/log" >&2; exit 1; }
+raw=$(mktemp -d)
+trap 'rm -rf "$raw"' EXIT
+for size in 1280x720 1920x1080; do
+    mkdir "$raw/$size"
+    tests/pictures/take.sh build/dev/tests/scn_pictures "$raw/$size" "$size" "$@"
+    # A palette makes them less than half as large.
+    (cd "$raw/$size" && pngquant --nofs --speed 1 --strip --force --ext .png 64 *.png)
+    mkdir -p "docs/pictures/$size"
+    cp "$raw/$size"/*.png "docs/pictures/$size"
 done
-ls -l docs/pictures/*.png
+du -sh docs/pictures
