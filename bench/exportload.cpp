@@ -5,6 +5,7 @@
 
 #include "export/csvexportfromdbthread.h"
 #include "plot/ccurveplot.h"
+#include "rawday.h"
 #include "rawstore.h"
 #include "storage/connectionpool.h"
 #include "storage/curvedatadb.h"
@@ -56,16 +57,8 @@ void fillBatch(RawStore& file, int curve, qint64 start, int rows, qint64 stepMs)
     const qint64 batch = alignToBatchStart(start);
     const QString table = rawTableName(curve, batch);
     file.createBatchTable(curve, batch, table);
-    sqlite3_stmt* const insert =
-        file.prepare("INSERT INTO " + table.toStdString() +
-                     " (curve_id, timestamp, value) WITH RECURSIVE counter(i) AS (SELECT 0 UNION "
-                     "ALL SELECT i + 1 FROM counter WHERE i < ?2 - 1) "
-                     "SELECT ?1, ?3 + i * ?4, i * 0.01 FROM counter");
-    sqlite3_bind_int(insert, 1, curve);
-    sqlite3_bind_int(insert, 2, rows);
-    sqlite3_bind_int64(insert, 3, start);
-    sqlite3_bind_int64(insert, 4, stepMs);
-    stepDone(insert);
+    sqlite3_stmt* const insert = prepareRawInsert(file, table);
+    insertRawPoints(insert, curve, rows, start, stepMs);
     sqlite3_finalize(insert);
 }
 

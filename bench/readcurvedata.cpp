@@ -1,6 +1,7 @@
 // The cost of reading stored points back, and of handing points in memory to a chart.
 
 #include "alternatingrounds.h"
+#include "rawday.h"
 #include "rawstore.h"
 #include "runbenchmarks.h"
 #include "storage/connectionpool.h"
@@ -67,25 +68,6 @@ private:
     QTemporaryDir m_directory;
 };
 
-/// Inserts the requested number of points in one statement: each AUTOINCREMENT number costs a
-/// search of a table that has a row for every table in the file.
-sqlite3_stmt* prepareInsert(RawStore& file, const QString& table)
-{
-    return file.prepare("INSERT INTO " + table.toStdString() +
-                        " (curve_id, timestamp, value) WITH RECURSIVE counter(i) AS (SELECT 0 "
-                        "UNION ALL SELECT i + 1 FROM counter WHERE i < ?2 - 1) "
-                        "SELECT ?1, ?3 + i * ?4, i * 0.01 FROM counter");
-}
-
-void insertPoints(sqlite3_stmt* insert, int curveId, int points, qint64 start, qint64 stepMs)
-{
-    sqlite3_bind_int(insert, 1, curveId);
-    sqlite3_bind_int(insert, 2, points);
-    sqlite3_bind_int64(insert, 3, start);
-    sqlite3_bind_int64(insert, 4, stepMs);
-    stepDone(insert);
-}
-
 /// One batch of one curve with `points` points, `stepMs` apart.
 void fillBatch(const QString& path, qint64 batchStart, int points, qint64 stepMs,
                int pageBytes = scn::kDayFilePageBytes)
@@ -94,42 +76,9 @@ void fillBatch(const QString& path, qint64 batchStart, int points, qint64 stepMs
     file.createDay(1);
     const QString table = rawTableName(1, batchStart);
     file.createBatchTable(1, batchStart, table);
-    sqlite3_stmt* const insert = prepareInsert(file, table);
-    insertPoints(insert, 1, points, batchStart, stepMs);
+    sqlite3_stmt* const insert = prepareRawInsert(file, table);
+    insertRawPoints(insert, 1, points, batchStart, stepMs);
     sqlite3_finalize(insert);
-}
-
-/// A full day of `curves` curves, ten minutes of one curve after ten minutes of another, so that a
-/// table's pages are scattered over the file as a run leaves them.
-void fillDay(const QString& path, qint64 midnight, int curves, qint64 stepMs)
-{
-    constexpr qint64 kStretchMs = 600000;
-    RawStore file(path, scn::kDayFilePageBytes);
-    file.execute("PRAGMA synchronous = OFF");
-    file.execute("PRAGMA journal_mode = OFF");
-    file.execute("PRAGMA cache_size = -400000"); // caches the pages that grow together
-    file.createDay(curves);
-    for (int batch = 0; batch < 4; ++batch) {
-        const qint64 start = midnight + batch * kRawBatchLengthMs;
-        file.execute("BEGIN");
-        std::vector<sqlite3_stmt*> inserts;
-        for (int curveId = 1; curveId <= curves; ++curveId) {
-            const QString table = rawTableName(curveId, start);
-            file.createBatchTable(curveId, start, table);
-            inserts.push_back(prepareInsert(file, table));
-        }
-        for (qint64 time = start; time < start + kRawBatchLengthMs; time += kStretchMs) {
-            int curveId = 0;
-            for (sqlite3_stmt* insert : inserts) {
-                insertPoints(insert, ++curveId, static_cast<int>(kStretchMs / stepMs), time,
-                             stepMs);
-            }
-        }
-        for (sqlite3_stmt* insert : inserts) {
-            sqlite3_finalize(insert);
-        }
-        file.execute("COMMIT");
-    }
 }
 
 void readMillionPoints(benchmark::State& state)
@@ -178,8 +127,8 @@ void readHourOfManyCurves(benchmark::State& state)
     constexpr int kHourPoints = 360;
     constexpr int kReads = 50;
     const Store files;
-    fillDay(files.pathOf(1), midnightOf(1), 600, kStepMs);
-    fillDay(files.pathOf(2), midnightOf(2), 1, kStepMs);
+    fillRawDay(files.pathOf(1), midnightOf(1), 600, kStepMs);
+    fillRawDay(files.pathOf(2), midnightOf(2), 1, kStepMs);
     CurveDataDB store(files.path());
     const auto readDay = [&](int day) {
         // A different hour each time, in the fourth batch as well as the first.
