@@ -14,10 +14,8 @@ void LoadTurns::ask(QObject* chart, quint64 shown, std::function<void()> slice)
 {
     assertGuiThread();
     withdraw(chart);
-    if (requests().isEmpty()) {
-        arm();
-    }
     requests().append({chart, shown, std::move(slice)});
+    arm();
 }
 
 void LoadTurns::withdraw(QObject* chart)
@@ -35,13 +33,26 @@ QVector<LoadTurns::Request>& LoadTurns::requests()
     return waiting;
 }
 
+bool& LoadTurns::isArmed()
+{
+    static bool armed = false;
+    return armed;
+}
+
+/// A withdrawn request leaves its turn armed: the next one must not add another, or two slices would follow
+/// each other without an event in between.
 void LoadTurns::arm()
 {
+    if (isArmed()) {
+        return;
+    }
+    isArmed() = true;
     QTimer::singleShot(0, QCoreApplication::instance(), &LoadTurns::serveOne);
 }
 
 void LoadTurns::serveOne()
 {
+    isArmed() = false;
     QVector<Request>& waiting = requests();
     const auto newest = std::max_element(
         waiting.begin(), waiting.end(),

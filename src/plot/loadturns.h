@@ -28,6 +28,7 @@ private:
     };
 
     static QVector<Request>& requests();
+    static bool& isArmed();
     static void arm();
     static void serveOne();
 };

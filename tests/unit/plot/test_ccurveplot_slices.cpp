@@ -1,4 +1,5 @@
 #include "plot/curvesamples.h"
+#include "plot/loadturns.h"
 #include "plotsupport.h"
 #include "skippedwaits.h"
 #include "support/exactpoints.h"
@@ -9,6 +10,7 @@
 #include <qwt_plot_curve.h>
 
 #include <algorithm>
+#include <functional>
 
 using namespace plotsupport;
 
@@ -69,6 +71,7 @@ private slots:
     void viewThatFollowsIsNotPutOffForever();
     void chartShownLastGoesFirst();
     void moveIsFetchedBeforeItsReload();
+    void movesDoNotAddTurns();
     void readingStoredMeanwhileIsShown();
     void hiddenChartStartsAgainWhenShown();
     void clearedOrDeletedChartForgetsIt();
@@ -284,6 +287,26 @@ void TestCCurvePlotSlices::moveIsFetchedBeforeItsReload()
     plot->updateVisibleData();
     QCOMPARE(plot->replots, 1);
     QCOMPARE(firstShown(*plot), m_series.back()->visibleStart());
+}
+
+void TestCCurvePlotSlices::movesDoNotAddTurns()
+{
+    QObject chart;
+    int turns = 0;
+    std::function<void()> again = [&] {
+        ++turns;
+        scn::LoadTurns::ask(&chart, 1, again);
+    };
+    for (int move = 0; move < 10; ++move) {
+        scn::LoadTurns::withdraw(&chart);
+        scn::LoadTurns::ask(&chart, 1, again);
+    }
+    constexpr int kRounds = 5;
+    for (int round = 0; round < kRounds; ++round) {
+        QCoreApplication::processEvents();
+    }
+    scn::LoadTurns::withdraw(&chart);
+    QVERIFY2(turns > 0 && turns <= kRounds, qPrintable(QString::number(turns)));
 }
 
 void TestCCurvePlotSlices::readingStoredMeanwhileIsShown()
