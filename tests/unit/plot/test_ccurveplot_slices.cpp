@@ -75,9 +75,10 @@ private slots:
     void readingStoredMeanwhileIsShown();
     void hiddenChartStartsAgainWhenShown();
     void clearedOrDeletedChartForgetsIt();
+    void reopeningAFileMayEndIt();
+    // These store readings of now, which the others would find.
     void liveViewEndsIt();
     void chartClearedWhileItLoadsStaysEmpty();
-    void reopeningAFileMayEndIt();
 
 private:
     std::unique_ptr<CountingPlot> plotOfAll();
@@ -360,7 +361,6 @@ void TestCCurvePlotSlices::clearedOrDeletedChartForgetsIt()
     QCoreApplication::processEvents();
 }
 
-// The last two store readings of now.
 void TestCCurvePlotSlices::liveViewEndsIt()
 {
     const auto plot = plotOfAll();
