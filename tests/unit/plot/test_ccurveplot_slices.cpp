@@ -65,6 +65,7 @@ private slots:
     void cleanupTestCase();
 
     void longLoadIsShownAtOnceWhenThrough();
+    void anotherOffsetIsShownAtOnce();
     void formerPointsStayUntilThen();
     void newCurveShowsNothingUntilThen();
     void userWhoMovesOnEndsIt();
@@ -166,6 +167,26 @@ void TestCCurvePlotSlices::longLoadIsShownAtOnceWhenThrough()
     }
     passReloads(*plot);
     QCOMPARE(plot->replots, 1);
+}
+
+void TestCCurvePlotSlices::anotherOffsetIsShownAtOnce()
+{
+    constexpr double kOffset = 0.3;
+    constexpr double kNotLoaded = -1.0;
+    const auto plot = plotOfAll();
+    QVERIFY(plot);
+    QVERIFY(showPast(*plot));
+    auto* curve =
+        static_cast<QwtPlotCurve*>(plot->itemList(QwtPlotItem::Rtti_PlotCurve).constFirst());
+    CurveSeriesData& series = *m_series.front();
+    series.loadWindow(0, 0, 1, kNotLoaded);
+    plot->setCurveOffset(curve, kOffset);
+    plot->updateVisibleData();
+    QCOMPARE(plot->replots, 1);
+    QCOMPARE(series.yOffset(), kNotLoaded); // nothing was read
+    const QVector<QPointF> shown = scn::loadedData(curve)->points();
+    series.loadWindow(kStart - 5000, kStart + kPoints * kStepMs + 5000, 10000, kOffset);
+    COMPARE_EXACTLY(shown, series.visiblePoints());
 }
 
 void TestCCurvePlotSlices::formerPointsStayUntilThen()
