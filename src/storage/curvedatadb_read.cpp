@@ -26,7 +26,11 @@ bool CurveDataDB::proceed(CurveRead& read, ReadSlice& slice)
         qWarning() << "曲线ID" << read.range().curveId << "不存在";
         return true;
     }
-    return read.proceed(*this, m_rowOrders, m_memory.changes, slice);
+    const CurveRead::BatchesOf batchesOf =
+        [this](const ReadRange& range, const QSharedPointer<QSqlDatabase>& db, bool* failed) {
+            return queryBatches(range.curveId, range.start, range.end, db, failed);
+        };
+    return read.proceed({m_files, m_rowOrders, m_memory.changes, batchesOf}, slice);
 }
 
 bool CurveDataDB::lookThrough(int curveId, qint64 start, qint64 end, const HeldFiles& files,

@@ -1,9 +1,10 @@
 #include "storage/curveread.h"
 
 #include "storage/connectionpool.h"
-#include "storage/curvedatadb.h"
+#include "storage/dayfiles.h"
 #include "storage/shardnaming.h"
 #include "storage/storeclock.h"
+#include "storage/storedchanges.h"
 
 #include <QDate>
 #include <QDateTime>
@@ -86,20 +87,19 @@ CurveRead::CurveRead(const ReadRange& range, HeldFiles* files)
 {
 }
 
-bool CurveRead::proceed(CurveDataDB& store, RowOrders& orders, StoredChanges& changes,
-                        ReadSlice& slice)
+bool CurveRead::proceed(const Store& store, ReadSlice& slice)
 {
     if (!m_hasBegun) {
         m_hasBegun = true;
-        m_window = WindowRead(range(), &orders);
-        m_keys = dateKeysOfRange(range().start, range().end, store.dataDirectory());
+        m_window = WindowRead(range(), &store.orders);
+        m_keys = dateKeysOfRange(range().start, range().end, store.files.directory());
     }
     for (; m_nextKey < m_keys.size(); ++m_nextKey) {
-        if (slice.isOver() || !readFile(store, store.dbPathForDate(m_keys.at(m_nextKey)), slice)) {
+        if (slice.isOver() || !readFile(store, store.files.path(m_keys.at(m_nextKey)), slice)) {
             return false;
         }
         if (m_hasFailed) {
-            changes.noteDoubt();
+            store.changes.noteDoubt();
         }
     }
     const ReadStep step = m_window.finish(slice);
@@ -109,11 +109,11 @@ bool CurveRead::proceed(CurveDataDB& store, RowOrders& orders, StoredChanges& ch
     // Rows are not where they were: read them one by one.
     m_window = WindowRead(range(), nullptr);
     m_nextKey = 0;
-    return proceed(store, orders, changes, slice);
+    return proceed(store, slice);
 }
 
 /// Adds the points of one day file. False if that takes another slice.
-bool CurveRead::readFile(CurveDataDB& store, const QString& path, ReadSlice& slice)
+bool CurveRead::readFile(const Store& store, const QString& path, ReadSlice& slice)
 {
     if (!m_db && !openFile(store, path)) {
         return true;
@@ -136,7 +136,7 @@ bool CurveRead::readFile(CurveDataDB& store, const QString& path, ReadSlice& sli
 }
 
 /// Opens a day file and asks it for the batches. False if it cannot be opened.
-bool CurveRead::openFile(CurveDataDB& store, const QString& path)
+bool CurveRead::openFile(const Store& store, const QString& path)
 {
     m_hasFailed = false;
     m_nextBatch = 0;
@@ -144,7 +144,7 @@ bool CurveRead::openFile(CurveDataDB& store, const QString& path)
         qDebug() << "数据库文件不存在:" << path;
         return false;
     }
-    m_db = store.openDb(path);
+    m_db = store.files.open(path);
     if (!m_db || !m_db->isOpen()) {
         qWarning() << "无法打开数据库:" << path;
         m_hasFailed = true;
@@ -154,7 +154,7 @@ bool CurveRead::openFile(CurveDataDB& store, const QString& path)
     if (m_heldFiles && m_heldFiles->size() < kMostHeldFiles) {
         m_heldFiles->insert(path, m_db);
     }
-    m_batches = store.queryBatches(range().curveId, range().start, range().end, m_db, &m_hasFailed);
+    m_batches = store.batchesOf(range(), m_db, &m_hasFailed);
     if (m_batches.isEmpty()) {
         qDebug() << "在数据库" << path << "中未找到匹配的分片";
     }

@@ -11,10 +11,11 @@
 #include <QStringList>
 #include <QVector>
 
-class CurveDataDB;
+#include <functional>
 
 namespace scn {
 
+class DayFiles;
 class StoredChanges;
 
 /// A read of one curve over the day files, which can go on in slices: see CurveDataDB::proceed(). What is
@@ -27,15 +28,28 @@ public:
 
     const ReadRange& range() const { return m_window.range(); }
 
-    /// Goes on. True once all is there. Under the store's mutex, with the store's own parts.
-    bool proceed(CurveDataDB& store, RowOrders& orders, StoredChanges& changes, ReadSlice& slice);
+    /// The tables of a file that hold readings of the range. Sets the flag if not all could be asked for.
+    using BatchesOf = std::function<QVector<DBBatchInfo>(
+        const ReadRange& range, const QSharedPointer<QSqlDatabase>& db, bool* failed)>;
+
+    /// The parts of the store that a read uses.
+    struct Store
+    {
+        const DayFiles& files;
+        RowOrders& orders;
+        StoredChanges& changes;
+        BatchesOf batchesOf;
+    };
+
+    /// Goes on. True once all is there. Under the store's mutex.
+    bool proceed(const Store& store, ReadSlice& slice);
 
     /// The points in order of time, at most the limit, once all is there.
     const QVector<QPointF>& points() const { return m_window.points(); }
 
 private:
-    bool readFile(CurveDataDB& store, const QString& path, ReadSlice& slice);
-    bool openFile(CurveDataDB& store, const QString& path);
+    bool readFile(const Store& store, const QString& path, ReadSlice& slice);
+    bool openFile(const Store& store, const QString& path);
 
     WindowRead m_window;
     HeldFiles* m_heldFiles;

@@ -19,6 +19,7 @@ public:
     virtual ~DayFiles();
     Q_DISABLE_COPY_MOVE(DayFiles)
 
+    const QString& directory() const { return m_directory; }
     QString path(const QString& dateKey) const;
 
     bool isClearing() const { return m_clearing; }
