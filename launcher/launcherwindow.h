@@ -1,34 +1,47 @@
 #pragma once
 
+#include "launcher/instrumenttab.h"
+
+#include <QList>
 #include <QWidget>
 
-class QVBoxLayout;
+class QTabWidget;
 
 namespace scnlauncher {
 
-/// The launcher's window. It embeds the child's frameless window by its native handle.
+/// The launcher's window: a tab for each instrument.
 class LauncherWindow : public QWidget
 {
     Q_OBJECT
     Q_DISABLE_COPY_MOVE(LauncherWindow)
 
 public:
-    LauncherWindow();
+    explicit LauncherWindow(const Workshop& workshop);
 
-    /// Embeds the child's window, releasing an earlier one.
-    void embed(qulonglong handle, const QColor& color);
+    /// Opens an instrument in the current tab.
+    void open(const InstrumentChoice& choice);
 
-signals:
-    /// The user wants to close the window, which stays until the child has ended.
-    void closing();
+    /// Ends all children without a question, and closes.
+    void endAll();
 
 protected:
     void closeEvent(QCloseEvent* event) override;
 
 private:
-    QVBoxLayout* m_layout;
-    QWidget* m_content;
-    qulonglong m_handle = 0;
+    InstrumentTab* tabAt(int index) const;
+    QList<InstrumentTab*> tabs() const;
+    InstrumentTab* addTab();
+    void closeTab(int index);
+    void removeTab(InstrumentTab* tab);
+    void updateTitles();
+    void restorePlace();
+    bool isBusy() const;
+    void onIdle(InstrumentTab* tab);
+
+    const Workshop& m_workshop;
+    QTabWidget* m_tabs;
+    QList<InstrumentTab*> m_leaving; ///< to be removed when their children have ended
+    bool m_isClosing = false;
 };
 
 } // namespace scnlauncher

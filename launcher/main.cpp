@@ -1,124 +1,96 @@
 #include "common/version.h"
-#include "launcher/childclaim.h"
-#include "launcher/instrumentchild.h"
+#include "launcher/launcheroptions.h"
 #include "launcher/launcherwindow.h"
-#include "launcher/programplace.h"
+#include "launcher/look.h"
+#include "launcher/nativewindows.h"
 #include "launcher/quitsignals.h"
-#include "launcher/simulatorprocess.h"
 #include "resources/windowicon.h"
 
 #include <QApplication>
-#include <QCommandLineParser>
 
 #include <cstdio>
-#include <memory>
 
 using namespace scnlauncher;
 
 namespace {
 
-constexpr int kWidth = 1500;
-constexpr int kHeight = 900;
+constexpr int kFailure = 1;
 
-struct LauncherOptions
+void say(std::FILE* stream, const QString& line)
 {
-    QString program;
-    QString simulator;
-    QStringList simulatorArguments;
-    QString resource;
-};
+    std::fprintf(stream, "%s\n", qUtf8Printable(line));
+}
 
-LauncherOptions parseOptions(const QApplication& application)
+/// Reads the command line without a display. Returns false if the program ends here, with `status`.
+bool readOptions(int argc, char* argv[], LauncherOptions& options, int& status)
 {
-    QCommandLineParser parser;
-    parser.setApplicationDescription(QStringLiteral(
-        "Starts the SCN4070A control program as an embedded child, on the instrument at RESOURCE "
-        "or, without one, on a simulated instrument."));
-    parser.addHelpOption();
-    parser.addVersionOption();
-    const QCommandLineOption program(
-        QStringLiteral("program"), QStringLiteral("Control program to start."),
-        QStringLiteral("path"), companionProgram(QStringLiteral("scn4070a")));
-    const QCommandLineOption simulator(
-        QStringLiteral("simulator"), QStringLiteral("Simulator to start without a RESOURCE."),
-        QStringLiteral("path"), companionProgram(QStringLiteral("scn4070a-sim")));
-    const QCommandLineOption transcript(QStringLiteral("transcript"),
-                                        QStringLiteral("File for the simulator's transcript."),
-                                        QStringLiteral("path"));
-    const QCommandLineOption slotModules(QStringLiteral("slots"),
-                                         QStringLiteral("Modules of the simulator, slot:type,..."),
-                                         QStringLiteral("list"));
-    const QCommandLineOption rate(QStringLiteral("rate"),
-                                  QStringLiteral("Readings per second of the simulator."),
-                                  QStringLiteral("number"));
-    parser.addOptions({program, simulator, transcript, slotModules, rate});
-    parser.addPositionalArgument(QStringLiteral("RESOURCE"),
-                                 QStringLiteral("VISA resource of the instrument."),
-                                 QStringLiteral("[RESOURCE]"));
-    parser.process(application);
-
-    LauncherOptions options;
-    options.program = parser.value(program);
-    options.simulator = parser.value(simulator);
-    options.resource = parser.positionalArguments().value(0);
-    options.simulatorArguments << QStringLiteral("--tcp") << QStringLiteral("0");
-    for (const QCommandLineOption& passedOn : {transcript, slotModules, rate}) {
-        if (parser.isSet(passedOn)) {
-            options.simulatorArguments << QStringLiteral("--") + passedOn.names().constFirst()
-                                       << parser.value(passedOn);
-        }
+    const QCoreApplication application(argc, argv);
+    options = LauncherOptions::parse(QCoreApplication::arguments());
+    status = 0;
+    if (!options.errorText.isEmpty()) {
+        say(stderr, QStringLiteral("scn4070a-launcher: ") + options.errorText);
+        status = kFailure;
+    } else if (options.asksForHelp) {
+        std::fputs(qUtf8Printable(options.helpText), stdout);
+    } else if (options.asksForVersion) {
+        say(stdout, QStringLiteral("scn4070a-launcher ") + scn::versionText());
+    } else {
+        return true;
     }
-    return options;
+    return false;
+}
+
+/// Embedding works on X11 only; a Wayland session serves it beside its own.
+bool chooseDisplay(const NativeWindows& windows)
+{
+    if (!qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM") &&
+        qgetenv("QT_QPA_PLATFORM") != QByteArrayLiteral("xcb")) {
+        return true;
+    }
+    if (windows.isConnected()) {
+        qputenv("QT_QPA_PLATFORM", "xcb");
+        return true;
+    }
+    const QString display = qEnvironmentVariable("DISPLAY");
+    say(stderr,
+        QStringLiteral("scn4070a-launcher: there is no display: ") +
+            (display.isEmpty()
+                 ? QStringLiteral("DISPLAY is not set. Start it in a graphical session.")
+                 : QStringLiteral("DISPLAY is \"%1\", which does not answer.").arg(display)));
+    return false;
 }
 
 } // namespace
 
 int main(int argc, char* argv[])
 {
-    QApplication application(argc, argv);
+    LauncherOptions options;
+    int status = 0;
+    if (!readOptions(argc, argv, options, status)) {
+        return status;
+    }
+    const NativeWindows windows;
+    if (!chooseDisplay(windows)) {
+        return kFailure;
+    }
+    // As the program does: the two look like one.
+    QCoreApplication::setAttribute(Qt::AA_DisableHighDpiScaling, true);
+    const QApplication application(argc, argv);
     QApplication::setWindowIcon(windowIcon());
     QGuiApplication::setDesktopFileName(QStringLiteral("scn4070a"));
-    QCoreApplication::setApplicationVersion(scn::versionText());
-    qRegisterMetaType<ChildEnd>();
-    LauncherOptions options = parseOptions(application);
-
-    SimulatorProcess simulator;
-    // Each simulated instrument has a port of its own; their data shares a place.
-    QString place = options.resource;
-    if (options.resource.isEmpty()) {
-        place = QStringLiteral("simulator");
-        options.resource = simulator.start(options.simulator, options.simulatorArguments);
-        if (options.resource.isEmpty()) {
-            std::fprintf(stderr, "%s\n", qUtf8Printable(simulator.errorText()));
-            return 1;
-        }
-    }
-
-    const auto claim = std::make_shared<ChildClaim>();
-    if (!claim->take(options.program, options.resource, place)) {
-        std::fprintf(stderr, "%s\n", qUtf8Printable(claim->errorText()));
-        return 1;
-    }
-
-    LauncherWindow window;
-    window.resize(kWidth, kHeight);
-    InstrumentChild child(&application, [](qulonglong, qint64) { return QString(); });
-    QObject::connect(&child, &InstrumentChild::windowShown, &window, &LauncherWindow::embed);
-    // Queued: a child that fails to start has ended before the event loop runs.
-    QObject::connect(
-        &child, &InstrumentChild::ended, &application,
-        [&child](const ChildEnd& end) {
-            if (!end.hasStarted) {
-                std::fprintf(stderr, "the program did not start: %s\n",
-                             qUtf8Printable(child.lastWords().join(QLatin1Char(' '))));
-            }
-            QCoreApplication::exit(end.isWanted ? 0 : end.exitCode != 0 ? 1 : 0);
-        },
-        Qt::QueuedConnection);
-    QObject::connect(&window, &LauncherWindow::closing, &child, &InstrumentChild::end);
-    onQuitSignal([&child] { child.end(); });
-    child.start({claim->program(), options.resource, QProcessEnvironment::systemEnvironment(),
-                 logPathFor(options.resource), claim});
+    applyLook();
+    const LauncherSettings settings;
+    const Workshop workshop{options.program,
+                            options.simulator,
+                            options.simulatorArguments,
+                            InstrumentSources::ofThisMachine(),
+                            settings,
+                            windows};
+    LauncherWindow window(workshop);
+    onQuitSignal([&window] { window.endAll(); });
     window.show();
+    if (options.isSimulated || !options.resource.isEmpty()) {
+        window.open({options.resource, options.isSimulated, 0});
+    }
     return QApplication::exec();
 }

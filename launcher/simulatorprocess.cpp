@@ -3,13 +3,33 @@
 namespace scnlauncher {
 namespace {
 
-constexpr int kReadyWaitMs = 10000;
-constexpr int kEndWaitMs = 2000;
+const QString kReady = QStringLiteral("READY ");
+/// It ends at SIGTERM at once, unless it is stopped.
+constexpr int kEndWaitMs = 500;
 
 } // namespace
 
+SimulatorProcess::SimulatorProcess(QObject* parent)
+    : QObject(parent)
+{
+    m_process.setProcessChannelMode(QProcess::ForwardedErrorChannel);
+    connect(&m_process, &QProcess::readyReadStandardOutput, this, &SimulatorProcess::readLine);
+    connect(&m_process, &QProcess::errorOccurred, this, [this](QProcess::ProcessError error) {
+        if (error == QProcess::FailedToStart) {
+            emit failed(tr("模拟仪器没有启动：%1").arg(m_process.errorString()));
+        }
+    });
+    connect(&m_process, qOverload<int, QProcess::ExitStatus>(&QProcess::finished), this, [this] {
+        if (!m_isAnnounced) {
+            m_isAnnounced = true;
+            emit failed(tr("模拟仪器启动后即退出。"));
+        }
+    });
+}
+
 SimulatorProcess::~SimulatorProcess()
 {
+    m_process.disconnect(this);
     if (m_process.state() == QProcess::NotRunning) {
         return;
     }
@@ -20,22 +40,23 @@ SimulatorProcess::~SimulatorProcess()
     }
 }
 
-QString SimulatorProcess::start(const QString& path, const QStringList& arguments)
+void SimulatorProcess::start(const QString& path, const QStringList& arguments)
 {
-    m_process.setProcessChannelMode(QProcess::ForwardedErrorChannel);
     m_process.start(path, arguments);
-    while (!m_process.canReadLine()) {
-        if (!m_process.waitForReadyRead(kReadyWaitMs)) {
-            m_errorText = QStringLiteral("the simulator did not start: ") + m_process.errorString();
-            return {};
-        }
+}
+
+void SimulatorProcess::readLine()
+{
+    if (m_isAnnounced || !m_process.canReadLine()) {
+        return;
     }
+    m_isAnnounced = true;
     const QString line = QString::fromUtf8(m_process.readLine()).trimmed();
-    if (!line.startsWith(QLatin1String("READY "))) {
-        m_errorText = QStringLiteral("unexpected line from the simulator: ") + line;
-        return {};
+    if (line.startsWith(kReady)) {
+        emit ready(line.mid(kReady.size()));
+    } else {
+        emit failed(tr("模拟仪器的输出无法识别：%1").arg(line));
     }
-    return line.mid(6);
 }
 
 } // namespace scnlauncher

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QObject>
 #include <QProcess>
 #include <QString>
 #include <QStringList>
@@ -7,20 +8,29 @@
 namespace scnlauncher {
 
 /// A simulated instrument that runs for the lifetime of this object.
-class SimulatorProcess
+class SimulatorProcess : public QObject
 {
+    Q_OBJECT
+    Q_DISABLE_COPY_MOVE(SimulatorProcess)
+
 public:
-    ~SimulatorProcess();
+    explicit SimulatorProcess(QObject* parent);
+    ~SimulatorProcess() override;
 
-    /// Starts the simulator at `path` and waits until it serves. Returns the VISA resource of its
-    /// first transport, or empty on failure (see errorText()).
-    QString start(const QString& path, const QStringList& arguments);
+    /// Starts the simulator at `path`; one of the signals follows.
+    void start(const QString& path, const QStringList& arguments);
 
-    QString errorText() const { return m_errorText; }
+signals:
+    /// It serves; `resource` is that of its first transport.
+    void ready(const QString& resource);
+    /// It did not start, in words.
+    void failed(const QString& reason);
 
 private:
+    void readLine();
+
     QProcess m_process;
-    QString m_errorText;
+    bool m_isAnnounced = false;
 };
 
 } // namespace scnlauncher

@@ -10,11 +10,13 @@ rm -rf "$out"/*
 
 XDG_RUNTIME_DIR="$out/runtime"
 mkdir -m 700 "$XDG_RUNTIME_DIR"
-export XDG_RUNTIME_DIR LC_ALL=C.UTF-8
+# The launcher opens at its usual place, and leaves nothing in the user's folders.
+XDG_CONFIG_HOME="$XDG_RUNTIME_DIR/config" XDG_STATE_HOME="$XDG_RUNTIME_DIR/state"
+export XDG_RUNTIME_DIR XDG_CONFIG_HOME XDG_STATE_HOME LC_ALL=C.UTF-8
 
 # The server picks a free display and tells its number.
 exec 3<> "$out/display"
-Xvfb -displayfd 3 -screen 0 1500x900x24 -nolisten tcp -noreset >"$out/display.log" 2>&1 &
+Xvfb -displayfd 3 -screen 0 1520x1000x24 -nolisten tcp -noreset >"$out/display.log" 2>&1 &
 server=$!
 launcher=""
 finish() {
@@ -37,7 +39,9 @@ wait_for 20 "the virtual display" test -s "$out/display"
 DISPLAY=":$(head -n 1 "$out/display")"
 export DISPLAY
 
-click() { xdotool mousemove "$1" "$2" sleep 0.1 click 1; sleep 0.5; }
+# Points of the program's window, which lies in the launcher's at left, top.
+point() { xdotool mousemove $((left + $1)) $((top + $2)); }
+click() { point "$1" "$2"; xdotool sleep 0.1 click 1; sleep 0.5; }
 received() { grep -q -e " > $1" "$out/transcript.txt"; }
 
 echo "starting the simulated instrument and the program"
@@ -46,6 +50,10 @@ launcher=$!
 wait_for 60 "the program's read-back" received 'MEM:STAT:VAL? 5'
 # The busy overlay covers the window for two seconds more.
 wait_for 20 "the first polls" sh -c "[ \$(grep -c ' > STAT:OPER:EVEN?' '$out/transcript.txt') -ge 5 ]"
+
+window=$(xdotool search --onlyvisible --name 'SCN4070A 控制软件' | tail -n 1)
+left=$(xwininfo -id "$window" | awk '/Absolute upper-left X/ { print $NF }')
+top=$(xwininfo -id "$window" | awk '/Absolute upper-left Y/ { print $NF }')
 
 echo "ticking four channels and pressing start"
 for row in 0 1 2 3; do
@@ -60,10 +68,17 @@ echo "opening a chart with three of the channels"
 click 471 14   # the workspace
 click 330 300  # its side bar
 click 350 90   # a new chart
-xdotool mousemove 600 52 click --repeat 2 --delay 60 1  # as large as the workspace
+point 600 52
+xdotool click --repeat 2 --delay 60 1  # as large as the workspace
 sleep 1
 # The splitter goes up, so that three rows of the chart's table show.
-xdotool mousemove 950 747 mousedown 1 sleep 0.2 mousemove 950 650 sleep 0.2 mousemove 950 560 sleep 0.2 mouseup 1
+point 950 747
+xdotool mousedown 1
+for y in 650 560; do
+    sleep 0.2
+    point 950 "$y"
+done
+xdotool sleep 0.2 mouseup 1
 sleep 0.5
 for row in 1 2 3; do
     click 690 $((633 + 31 * (row - 1)))

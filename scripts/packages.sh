@@ -2,10 +2,10 @@
 # that builds the programs.
 # Sourced by run, test, .ci/run and the scripts beside it.
 
-build_packages="g++ cmake ninja-build ccache qtbase5-dev libqwt-qt5-dev libqt5sql5-sqlite libsqlite3-dev libcli11-dev dpkg-dev fonts-wqy-microhei qttranslations5-l10n"
+build_packages="g++ cmake ninja-build ccache qtbase5-dev libqwt-qt5-dev libqt5sql5-sqlite libsqlite3-dev libxcb1-dev libcli11-dev dpkg-dev fonts-wqy-microhei qttranslations5-l10n"
 package_packages="file"
 display_packages="xvfb xauth xdotool x11-utils imagemagick"
-test_packages="$display_packages sqlite3 libxcb1-dev faketime procps python3-pyvisa-py python3-serial"
+test_packages="$display_packages sqlite3 faketime procps python3-pyvisa-py python3-serial"
 bench_packages="libbenchmark-dev sqlite3 python3-pyqtgraph"
 check_packages="clang-format-16 clang-tidy $bench_packages"
 fuzz_packages="clang libclang-rt-14-dev"

@@ -21,6 +21,7 @@ QStringList broughtAlong(const QString& library)
 {
     static const QMap<QString, QStringList> brought{
         {QStringLiteral("Qt5::Gui"), {QStringLiteral("Qt5::Core")}},
+        {QStringLiteral("Qt5::Network"), {QStringLiteral("Qt5::Core")}},
         {QStringLiteral("Qt5::Sql"), {QStringLiteral("Qt5::Core")}},
         {QStringLiteral("Qt5::Widgets"), {QStringLiteral("Qt5::Core"), QStringLiteral("Qt5::Gui")}},
         {QStringLiteral("Qwt::Qwt"),
@@ -36,14 +37,16 @@ QString outsideLibrary(const QString& header)
         {QStringLiteral("CLI/CLI.hpp"), QStringLiteral("CLI11::CLI11")},
         {QStringLiteral("sqlite3.h"), QStringLiteral("SQLite::SQLite3")},
         {QStringLiteral("thread"), QStringLiteral("Threads::Threads")},
+        {QStringLiteral("xcb/xcb.h"), QStringLiteral("xcb")},
     };
     if (header.startsWith(QLatin1String("qwt"))) {
         return QStringLiteral("Qwt::Qwt");
     }
     if (header.startsWith(QLatin1Char('Q'))) {
         static const QString qtHeaders = QLibraryInfo::location(QLibraryInfo::HeadersPath);
-        for (const QString& module : {QStringLiteral("Core"), QStringLiteral("Gui"),
-                                      QStringLiteral("Widgets"), QStringLiteral("Sql")}) {
+        for (const QString& module :
+             {QStringLiteral("Core"), QStringLiteral("Gui"), QStringLiteral("Widgets"),
+              QStringLiteral("Sql"), QStringLiteral("Network")}) {
             if (QFileInfo::exists(qtHeaders + QStringLiteral("/Qt%1/%2").arg(module, header))) {
                 return QStringLiteral("Qt5::") + module;
             }

@@ -23,14 +23,18 @@ xcb_atom_t atom(xcb_connection_t* connection, const QByteArray& name)
 
 } // namespace
 
-VirtualDisplay::VirtualDisplay(int resolution)
+VirtualDisplay::VirtualDisplay(int resolution, const QSize& size)
 {
     // The server picks a free number and prints it. Without -noreset it would restart whenever its
     // last client leaves, and refuse clients meanwhile.
-    QStringList arguments{QStringLiteral("-displayfd"),   QStringLiteral("1"),
-                          QStringLiteral("-screen"),      QStringLiteral("0"),
-                          QStringLiteral("1600x1000x24"), QStringLiteral("-nolisten"),
-                          QStringLiteral("tcp"),          QStringLiteral("-noreset")};
+    QStringList arguments{QStringLiteral("-displayfd"),
+                          QStringLiteral("1"),
+                          QStringLiteral("-screen"),
+                          QStringLiteral("0"),
+                          QStringLiteral("%1x%2x24").arg(size.width()).arg(size.height()),
+                          QStringLiteral("-nolisten"),
+                          QStringLiteral("tcp"),
+                          QStringLiteral("-noreset")};
     if (resolution > 0) {
         arguments << QStringLiteral("-dpi") << QString::number(resolution);
     }
@@ -118,6 +122,29 @@ qulonglong VirtualDisplay::parentOf(qulonglong window) const
     const std::unique_ptr<xcb_query_tree_reply_t, decltype(&std::free)> reply(
         xcb_query_tree_reply(connection.get(), cookie, nullptr), &std::free);
     return reply && reply->parent != reply->root ? reply->parent : 0;
+}
+
+QRect VirtualDisplay::placeOf(qulonglong window) const
+{
+    const std::unique_ptr<xcb_connection_t, decltype(&xcb_disconnect)> connection(
+        xcb_connect(m_name.toLatin1().constData(), nullptr), &xcb_disconnect);
+    if (xcb_connection_has_error(connection.get())) {
+        return {};
+    }
+    const auto handle = static_cast<xcb_window_t>(window);
+    const std::unique_ptr<xcb_get_geometry_reply_t, decltype(&std::free)> size(
+        xcb_get_geometry_reply(connection.get(), xcb_get_geometry(connection.get(), handle),
+                               nullptr),
+        &std::free);
+    if (!size) {
+        return {};
+    }
+    const std::unique_ptr<xcb_translate_coordinates_reply_t, decltype(&std::free)> place(
+        xcb_translate_coordinates_reply(
+            connection.get(), xcb_translate_coordinates(connection.get(), handle, size->root, 0, 0),
+            nullptr),
+        &std::free);
+    return place ? QRect(place->dst_x, place->dst_y, size->width, size->height) : QRect();
 }
 
 QColor VirtualDisplay::colorAt(int x, int y) const

@@ -2,6 +2,8 @@
 
 #include <QColor>
 #include <QProcess>
+#include <QRect>
+#include <QSize>
 #include <QString>
 
 /// A virtual X display.
@@ -9,7 +11,7 @@ class VirtualDisplay
 {
 public:
     /// With the server's own resolution, or with one in dots per inch.
-    explicit VirtualDisplay(int resolution = 0);
+    explicit VirtualDisplay(int resolution = 0, const QSize& size = QSize(1600, 1000));
     ~VirtualDisplay();
 
     /// Its name, e.g. ":7"; empty if it did not start.
@@ -28,6 +30,9 @@ public:
 
     /// The parent of a window: 0 for the screen itself and for a window that does not exist.
     qulonglong parentOf(qulonglong window) const;
+
+    /// Where a window is on the screen; invalid if it does not exist.
+    QRect placeOf(qulonglong window) const;
 
     /// The colour of a point of the screen; invalid if it could not be read.
     QColor colorAt(int x, int y) const;

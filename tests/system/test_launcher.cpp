@@ -21,7 +21,7 @@ constexpr int kEndWaitMs = 30000;
 const QStringList kSmallest = {QStringLiteral("--slots"), QStringLiteral("1:13")};
 
 const QString kProgramTitle = QStringLiteral("SCN4070A 控制软件");
-const QString kLauncherTitle = QStringLiteral("SCN4070A");
+const QString kLauncherTitle = QStringLiteral("SCN4070A( - .*)?");
 
 QString commandOf(qint64 process)
 {
@@ -42,6 +42,15 @@ bool isThere(qint64 process)
     return QFile::exists(QStringLiteral("/proc/%1").arg(process));
 }
 
+QString textOf(const QRect& place)
+{
+    return QStringLiteral("%1 x %2 at %3, %4")
+        .arg(place.width())
+        .arg(place.height())
+        .arg(place.x())
+        .arg(place.y());
+}
+
 /// The launcher as a process on a display.
 class Launcher
 {
@@ -50,8 +59,9 @@ public:
     {
         QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
         environment.insert(QStringLiteral("DISPLAY"), display);
-        environment.insert(QStringLiteral("QT_QPA_PLATFORM"), QStringLiteral("xcb"));
+        environment.remove(QStringLiteral("QT_QPA_PLATFORM"));
         environment.insert(QStringLiteral("XDG_STATE_HOME"), m_home.path());
+        environment.insert(QStringLiteral("XDG_CONFIG_HOME"), m_home.path());
         m_process.setProcessEnvironment(environment);
     }
     ~Launcher()
@@ -77,7 +87,14 @@ public:
     bool crashed() const { return m_process.exitStatus() == QProcess::CrashExit; }
     int exitCode() const { return m_process.exitCode(); }
     qint64 processId() const { return m_process.processId(); }
+    QString output() { return QString::fromUtf8(m_process.readAllStandardOutput()); }
     QString errors() { return QString::fromUtf8(m_process.readAllStandardError()); }
+    /// Waits until its standard error holds this.
+    bool waitForError(const QString& text)
+    {
+        QString all;
+        return QTest::qWaitFor([&] { return (all += errors()).contains(text); }, kStartWaitMs);
+    }
     /// The log files of its children.
     QString log() const
     {
@@ -117,7 +134,7 @@ private:
 
 } // namespace
 
-/// The reference launcher with the real program.
+/// The launcher with the real program.
 class TestLauncher : public QObject
 {
     Q_OBJECT
@@ -127,7 +144,13 @@ private slots:
     void simulatorAndProgramComeAndGoWithIt();
     void resourceIsHandedOn();
     void closingItsWindowEndsTheProgram();
-    void programThatDiesEndsIt();
+    void programThatDiesLeavesItAlive();
+    void itOpensInsideASmallScreen();
+    void itRemembersItsPlace();
+    void helpAndVersionNeedNoDisplay_data();
+    void helpAndVersionNeedNoDisplay();
+    void missingDisplayIsTold_data();
+    void missingDisplayIsTold();
     void programOutlivesALauncherThatDies();
     void secondOnAnInstrumentIsRefused();
     void instrumentOfALeftProgramIsRefused();
@@ -136,7 +159,8 @@ private slots:
 
 private:
     bool waitForEmbedding() const;
-    qulonglong windowOf(const QString& title) const;
+    qulonglong windowOf(const QString& title) const { return windowOf(title, m_display); }
+    static qulonglong windowOf(const QString& title, const VirtualDisplay& display);
 
     VirtualDisplay m_display;
 };
@@ -146,11 +170,11 @@ void TestLauncher::initTestCase()
     QVERIFY2(!m_display.name().isEmpty(), "Xvfb did not start");
 }
 
-qulonglong TestLauncher::windowOf(const QString& title) const
+qulonglong TestLauncher::windowOf(const QString& title, const VirtualDisplay& display)
 {
     const QString found =
-        m_display.xdotool({QStringLiteral("search"), QStringLiteral("--onlyvisible"),
-                           QStringLiteral("--name"), QLatin1Char('^') + title + QLatin1Char('$')});
+        display.xdotool({QStringLiteral("search"), QStringLiteral("--onlyvisible"),
+                         QStringLiteral("--name"), QLatin1Char('^') + title + QLatin1Char('$')});
     return found.section(QLatin1Char('\n'), 0, 0).toULongLong();
 }
 
@@ -218,7 +242,7 @@ void TestLauncher::closingItsWindowEndsTheProgram()
     QVERIFY(!isThere(program));
 }
 
-void TestLauncher::programThatDiesEndsIt()
+void TestLauncher::programThatDiesLeavesItAlive()
 {
     Launcher launcher(m_display.name());
     launcher.start(kSmallest);
@@ -227,10 +251,86 @@ void TestLauncher::programThatDiesEndsIt()
     const qint64 simulator = launcher.child(QStringLiteral("scn4070a-sim"));
     QVERIFY(program > 0);
     ::kill(static_cast<pid_t>(program), SIGKILL);
+    // Its simulated instrument goes with it.
+    QTRY_VERIFY_WITH_TIMEOUT(!isThere(simulator), kEndWaitMs);
+    QVERIFY(windowOf(kLauncherTitle) != 0);
+    launcher.terminate();
     QVERIFY(launcher.waitForEnd());
     QVERIFY(!launcher.crashed());
-    QVERIFY(launcher.exitCode() != 0);
-    QVERIFY(!isThere(simulator));
+    QCOMPARE(launcher.exitCode(), 0);
+}
+
+void TestLauncher::itOpensInsideASmallScreen()
+{
+    const VirtualDisplay small(0, QSize(1280, 720));
+    Launcher launcher(small.name());
+    launcher.start({});
+    QRect place;
+    QTRY_VERIFY_WITH_TIMEOUT((place = small.placeOf(windowOf(kLauncherTitle, small))).isValid(),
+                             kStartWaitMs);
+    QVERIFY2(QRect(0, 0, 1280, 720).contains(place), qPrintable(textOf(place)));
+    QVERIFY2(place.width() > 1200 && place.height() > 600, qPrintable(textOf(place)));
+}
+
+void TestLauncher::itRemembersItsPlace()
+{
+    Launcher launcher(m_display.name());
+    launcher.start({});
+    QTRY_VERIFY_WITH_TIMEOUT(windowOf(kLauncherTitle) != 0, kStartWaitMs);
+    const QString window = QString::number(windowOf(kLauncherTitle));
+    m_display.xdotool({QStringLiteral("windowmove"), QStringLiteral("--sync"), window,
+                       QStringLiteral("30"), QStringLiteral("40")});
+    m_display.xdotool({QStringLiteral("windowsize"), QStringLiteral("--sync"), window,
+                       QStringLiteral("900"), QStringLiteral("600")});
+    QVERIFY(m_display.closeWindow(window.toULongLong()));
+    QVERIFY(launcher.waitForEnd());
+    launcher.start({});
+    QTRY_VERIFY_WITH_TIMEOUT(windowOf(kLauncherTitle) != 0, kStartWaitMs);
+    QTRY_COMPARE(m_display.placeOf(windowOf(kLauncherTitle)), QRect(30, 40, 900, 600));
+}
+
+void TestLauncher::helpAndVersionNeedNoDisplay_data()
+{
+    QTest::addColumn<QString>("option");
+    QTest::addColumn<QString>("text");
+    QTest::newRow("help") << QStringLiteral("--help") << QStringLiteral("--simulated");
+    QTest::newRow("version") << QStringLiteral("--version") << QStringLiteral("scn4070a-launcher ");
+}
+
+void TestLauncher::helpAndVersionNeedNoDisplay()
+{
+    QFETCH(QString, option);
+    QFETCH(QString, text);
+    Launcher launcher{QString()};
+    launcher.start({option});
+    QVERIFY(launcher.waitForEnd());
+    QVERIFY(!launcher.crashed());
+    QCOMPARE(launcher.exitCode(), 0);
+    const QString output = launcher.output();
+    QVERIFY2(output.contains(text), qPrintable(output));
+    QCOMPARE(launcher.errors(), QString());
+}
+
+void TestLauncher::missingDisplayIsTold_data()
+{
+    QTest::addColumn<QString>("display");
+    QTest::addColumn<QString>("text");
+    QTest::newRow("not set") << QString() << QStringLiteral("DISPLAY is not set");
+    QTest::newRow("does not answer") << QStringLiteral(":4070") << QStringLiteral("\":4070\"");
+}
+
+void TestLauncher::missingDisplayIsTold()
+{
+    QFETCH(QString, display);
+    QFETCH(QString, text);
+    Launcher launcher(display);
+    launcher.start(kSmallest);
+    QVERIFY(launcher.waitForEnd());
+    QVERIFY(!launcher.crashed());
+    QCOMPARE(launcher.exitCode(), 1);
+    const QString errors = launcher.errors();
+    QVERIFY2(errors.contains(QLatin1String("there is no display")), qPrintable(errors));
+    QVERIFY2(errors.contains(text), qPrintable(errors));
 }
 
 void TestLauncher::programOutlivesALauncherThatDies()
@@ -260,12 +360,10 @@ void TestLauncher::secondOnAnInstrumentIsRefused()
 
     Launcher second(m_display.name());
     second.start({instrument.resource().toLower()});
-    QVERIFY(second.waitForEnd());
-    QCOMPARE(second.exitCode(), 1);
-    const QString errors = second.errors();
     const QString owner =
         QStringLiteral("正被 scn4070a-launcher（进程 %1，").arg(first.processId());
-    QVERIFY2(errors.contains(owner), qPrintable(errors));
+    QVERIFY(second.waitForError(owner));
+    QCOMPARE(second.child(QStringLiteral("scn4070a")), qint64(0));
     QCOMPARE(instrument.received().filter(QStringLiteral("*IDN?")), before);
     QVERIFY(first.child(QStringLiteral("scn4070a")) != 0);
 }
@@ -282,11 +380,9 @@ void TestLauncher::instrumentOfALeftProgramIsRefused()
 
     Launcher second(m_display.name());
     second.start({instrument.resource()});
+    QVERIFY(second.waitForError(QStringLiteral("正被 scn4070a（进程 %1，").arg(program)));
+    second.terminate();
     QVERIFY(second.waitForEnd());
-    QCOMPARE(second.exitCode(), 1);
-    const QString errors = second.errors();
-    QVERIFY2(errors.contains(QStringLiteral("正被 scn4070a（进程 %1，").arg(program)),
-             qPrintable(errors));
 
     ::kill(static_cast<pid_t>(program), SIGKILL);
     QVERIFY(QTest::qWaitFor([program] { return !isThere(program); }, kEndWaitMs));
@@ -302,13 +398,12 @@ void TestLauncher::whatCannotStartIsToldAndEndsIt_data()
     QTest::newRow("program") << QStringList{QStringLiteral("--program"),
                                             QStringLiteral("/no/such/program"),
                                             QStringLiteral("ASRL1::INSTR")}
-                             << QStringLiteral("找不到程序 /no/such/program。");
+                             << QStringLiteral("the program did not start:");
     QTest::newRow("simulator") << QStringList{QStringLiteral("--simulator"),
                                               QStringLiteral("/no/such/simulator")}
                                << QStringLiteral("the simulator did not start:");
-    QTest::newRow("simulator that says something else")
-        << QStringList{QStringLiteral("--simulator"), QStringLiteral("/bin/echo")}
-        << QStringLiteral("unexpected line from the simulator: --tcp 0");
+    QTest::newRow("option") << QStringList{QStringLiteral("--nonsense")}
+                            << QStringLiteral("Unknown option 'nonsense'");
 }
 
 void TestLauncher::whatCannotStartIsToldAndEndsIt()

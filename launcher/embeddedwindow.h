@@ -1,0 +1,36 @@
+#pragma once
+
+#include <QPointer>
+#include <QWidget>
+
+namespace scnlauncher {
+
+class NativeWindows;
+
+/// Shows the child's frameless window in the launcher's.
+class EmbeddedWindow : public QWidget
+{
+    Q_OBJECT
+    Q_DISABLE_COPY_MOVE(EmbeddedWindow)
+
+public:
+    EmbeddedWindow(const NativeWindows& windows, qulonglong handle, const QColor& color,
+                   QWidget* parent);
+
+    qulonglong handle() const { return m_handle; }
+
+    bool eventFilter(QObject* watched, QEvent* event) override;
+
+protected:
+    void showEvent(QShowEvent* event) override;
+
+private:
+    void tellPlace();
+
+    const NativeWindows& m_windows;
+    const qulonglong m_handle;
+    QWidget* m_container = nullptr;
+    QPointer<QWidget> m_watched; ///< the window that this one is in
+};
+
+} // namespace scnlauncher

@@ -1,0 +1,93 @@
+#include "launcher/launcheroptions.h"
+
+#include "launcher/programplace.h"
+
+#include <QCommandLineParser>
+#include <QFileInfo>
+
+namespace scnlauncher {
+namespace {
+
+QCommandLineOption valued(const char* name, const char* description, const char* value)
+{
+    return QCommandLineOption(QString::fromLatin1(name), QString::fromLatin1(description),
+                              QString::fromLatin1(value));
+}
+
+/// What keeps a program from being started; empty if nothing does.
+QString obstacle(const QString& program)
+{
+    const QFileInfo file(program);
+    if (!file.exists()) {
+        return program + QStringLiteral(" does not exist");
+    }
+    return file.isFile() && file.isExecutable() ? QString()
+                                                : program + QStringLiteral(" cannot be run");
+}
+
+void checkPrograms(LauncherOptions& options)
+{
+    const QString program = obstacle(options.program);
+    const QString simulator = options.isSimulated ? obstacle(options.simulator) : QString();
+    if (!program.isEmpty()) {
+        options.errorText = QStringLiteral("the program did not start: ") + program;
+    } else if (!simulator.isEmpty()) {
+        options.errorText = QStringLiteral("the simulator did not start: ") + simulator;
+    }
+}
+
+} // namespace
+
+LauncherOptions LauncherOptions::parse(const QStringList& arguments)
+{
+    QCommandLineParser parser;
+    parser.setApplicationDescription(
+        QStringLiteral("Opens instruments, each with the SCN4070A control program in a tab. Starts "
+                       "with a page that "
+                       "lists what can be opened; with a RESOURCE or an option of the simulator, "
+                       "opens that at once."));
+    const QCommandLineOption help = parser.addHelpOption();
+    const QCommandLineOption version = parser.addVersionOption();
+    const QCommandLineOption simulated(QStringLiteral("simulated"),
+                                       QStringLiteral("Opens a simulated instrument."));
+    QCommandLineOption program = valued("program", "Control program to start.", "path");
+    program.setDefaultValue(companionProgram(QStringLiteral("scn4070a")));
+    QCommandLineOption simulator = valued("simulator", "Simulator to start.", "path");
+    simulator.setDefaultValue(companionProgram(QStringLiteral("scn4070a-sim")));
+    const QList<QCommandLineOption> passedOn = {
+        valued("transcript", "File for the simulator's transcript.", "path"),
+        valued("slots", "Modules of the simulator, slot:type,...", "list"),
+        valued("rate", "Readings per second of the simulator.", "number")};
+    parser.addOptions({simulated, program, simulator});
+    parser.addOptions(passedOn);
+    parser.addPositionalArgument(QStringLiteral("RESOURCE"),
+                                 QStringLiteral("VISA resource of the instrument."),
+                                 QStringLiteral("[RESOURCE]"));
+    LauncherOptions options;
+    if (!parser.parse(arguments)) {
+        options.errorText = parser.errorText();
+        return options;
+    }
+    options.asksForHelp = parser.isSet(help);
+    options.asksForVersion = parser.isSet(version);
+    options.helpText = parser.helpText();
+    options.program = parser.value(program);
+    options.simulator = parser.value(simulator);
+    options.resource = parser.positionalArguments().value(0);
+    options.simulatorArguments << QStringLiteral("--tcp") << QStringLiteral("0");
+    options.isSimulated =
+        options.resource.isEmpty() && (parser.isSet(simulated) || parser.isSet(simulator));
+    for (const QCommandLineOption& option : passedOn) {
+        if (parser.isSet(option)) {
+            options.isSimulated = options.resource.isEmpty();
+            options.simulatorArguments << QStringLiteral("--") + option.names().constFirst()
+                                       << parser.value(option);
+        }
+    }
+    if (!options.asksForHelp && !options.asksForVersion) {
+        checkPrograms(options);
+    }
+    return options;
+}
+
+} // namespace scnlauncher

@@ -1,0 +1,41 @@
+#include "launcher/look.h"
+
+#include "resources/resources.h"
+
+#include <QApplication>
+#include <QFile>
+#include <QPalette>
+
+namespace scnlauncher {
+namespace {
+
+/// The program's background, and what the launcher adds to the program's style sheet.
+constexpr QColor kBackground(43, 43, 43);
+const QString kOwnStyle = QStringLiteral(R"(
+QWidget { background-color: #2b2b2b; font-family: 'Microsoft YaHei', Arial; }
+QTabWidget, QStackedWidget { border: 0; padding: 0; }
+QTabWidget::pane { border: 0; }
+QPushButton { background-color: #455364; border-radius: 4px; padding: 3px 14px; }
+QPushButton:hover { background-color: #54687a; }
+QPushButton:disabled { background-color: #363b41; color: #788490; }
+#pageTitle { font-size: 20px; padding: 12px; }
+#problem, #state { color: #e0a030; }
+)");
+
+} // namespace
+
+void applyLook()
+{
+    // The first frame is drawn before a style sheet has its say.
+    QPalette palette = QApplication::palette();
+    palette.setColor(QPalette::Window, kBackground);
+    palette.setColor(QPalette::Base, kBackground);
+    QApplication::setPalette(palette);
+    initResources();
+    QFile styles(QStringLiteral(":/qss/styles.qss"));
+    if (styles.open(QIODevice::ReadOnly | QIODevice::Text)) {
+        qApp->setStyleSheet(QString::fromUtf8(styles.readAll()) + kOwnStyle);
+    }
+}
+
+} // namespace scnlauncher

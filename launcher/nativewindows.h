@@ -1,0 +1,35 @@
+#pragma once
+
+#include <QRect>
+#include <QString>
+
+#include <memory>
+
+struct xcb_connection_t;
+
+namespace scnlauncher {
+
+/// The windows of other processes on the display, by their handles, on a connection of its own.
+class NativeWindows
+{
+public:
+    NativeWindows();
+    ~NativeWindows();
+    NativeWindows(const NativeWindows&) = delete;
+    NativeWindows& operator=(const NativeWindows&) = delete;
+
+    /// False if there is no display.
+    bool isConnected() const;
+
+    /// Why a window must not be embedded as that of this process; empty if it may.
+    QString objection(qulonglong handle, qint64 processId) const;
+
+    /// Tells an embedded window where it is on the screen: it hears nothing when only its parent moves, and its
+    /// popups would open at the old place.
+    void tellPlace(qulonglong handle, const QRect& place) const;
+
+private:
+    std::unique_ptr<xcb_connection_t, void (*)(xcb_connection_t*)> m_connection;
+};
+
+} // namespace scnlauncher

@@ -1,0 +1,98 @@
+#include "launcher/nativewindows.h"
+
+#include <QCoreApplication>
+
+#include <xcb/xcb.h>
+
+#include <cstdlib>
+#include <cstring>
+
+namespace scnlauncher {
+namespace {
+
+/// What a request of the display returns, freed at its end.
+template <class Reply>
+using ReplyPointer = std::unique_ptr<Reply, decltype(&std::free)>;
+
+template <class Reply>
+ReplyPointer<Reply> owned(Reply* reply)
+{
+    return ReplyPointer<Reply>(reply, &std::free);
+}
+
+bool exists(xcb_connection_t* connection, xcb_window_t window)
+{
+    return owned(xcb_get_geometry_reply(connection, xcb_get_geometry(connection, window),
+                                        nullptr)) != nullptr;
+}
+
+/// The process that a window names; 0 if it names none.
+qint64 processOf(xcb_connection_t* connection, xcb_window_t window)
+{
+    constexpr char kProperty[] = "_NET_WM_PID";
+    const auto atom = owned(xcb_intern_atom_reply(
+        connection, xcb_intern_atom(connection, 0, std::strlen(kProperty), kProperty), nullptr));
+    if (!atom) {
+        return 0;
+    }
+    const auto property = owned(xcb_get_property_reply(
+        connection, xcb_get_property(connection, 0, window, atom->atom, XCB_ATOM_CARDINAL, 0, 1),
+        nullptr));
+    if (!property || property->format != 32 || xcb_get_property_value_length(property.get()) < 4) {
+        return 0;
+    }
+    return *static_cast<const uint32_t*>(xcb_get_property_value(property.get()));
+}
+
+QString text(const char* source)
+{
+    return QCoreApplication::translate("NativeWindows", source);
+}
+
+} // namespace
+
+NativeWindows::NativeWindows()
+    : m_connection(xcb_connect(nullptr, nullptr), &xcb_disconnect)
+{
+}
+
+NativeWindows::~NativeWindows() = default;
+
+bool NativeWindows::isConnected() const
+{
+    return xcb_connection_has_error(m_connection.get()) == 0;
+}
+
+QString NativeWindows::objection(qulonglong handle, qint64 processId) const
+{
+    const auto window = static_cast<xcb_window_t>(handle);
+    if (!isConnected() || window != handle || !exists(m_connection.get(), window)) {
+        return text("程序报告的窗口 %1 不存在。").arg(handle);
+    }
+    const qint64 owner = processOf(m_connection.get(), window);
+    if (owner != processId) {
+        return text("程序报告的窗口 %1 属于进程 %2，而不是所启动的程序（进程 %3）。")
+            .arg(QString::number(handle), QString::number(owner), QString::number(processId));
+    }
+    return {};
+}
+
+void NativeWindows::tellPlace(qulonglong handle, const QRect& place) const
+{
+    if (!isConnected()) {
+        return;
+    }
+    xcb_configure_notify_event_t event{};
+    event.response_type = XCB_CONFIGURE_NOTIFY;
+    event.event = static_cast<xcb_window_t>(handle);
+    event.window = event.event;
+    event.x = static_cast<int16_t>(place.x());
+    event.y = static_cast<int16_t>(place.y());
+    event.width = static_cast<uint16_t>(place.width());
+    event.height = static_cast<uint16_t>(place.height());
+    xcb_send_event(m_connection.get(), 0, event.window, XCB_EVENT_MASK_STRUCTURE_NOTIFY,
+                   reinterpret_cast<const char*>(&event));
+    xcb_flush(m_connection.get());
+}
+
+} // namespace scnlauncher

@@ -1,0 +1,81 @@
+#include "launcher/startingpage.h"
+
+#include <QLabel>
+#include <QProgressBar>
+#include <QPushButton>
+#include <QVBoxLayout>
+
+namespace scnlauncher {
+namespace {
+
+constexpr int kTickMs = 1000;
+constexpr int kBarWidth = 360;
+/// A read-back over a slow serial line takes longer, but by now a user wonders.
+constexpr qint64 kLongStartMs = 20000;
+
+} // namespace
+
+StartingPage::StartingPage(QWidget* parent)
+    : QWidget(parent)
+    , m_title(new QLabel(this))
+    , m_time(new QLabel(this))
+    , m_note(new QLabel(this))
+    , m_cancel(new QPushButton(tr("取消"), this))
+{
+    m_title->setObjectName(QStringLiteral("pageTitle"));
+    m_note->setObjectName(QStringLiteral("problem"));
+    m_note->setWordWrap(true);
+    m_note->setAlignment(Qt::AlignCenter);
+    m_cancel->setObjectName(QStringLiteral("cancel"));
+    auto* bar = new QProgressBar(this);
+    bar->setRange(0, 0);
+    bar->setTextVisible(false);
+    bar->setFixedWidth(kBarWidth);
+    auto* layout = new QVBoxLayout(this);
+    layout->addStretch();
+    for (QWidget* part : {static_cast<QWidget*>(m_title), static_cast<QWidget*>(bar),
+                          static_cast<QWidget*>(m_time)}) {
+        layout->addWidget(part, 0, Qt::AlignHCenter);
+    }
+    layout->addWidget(m_note);
+    layout->addWidget(m_cancel, 0, Qt::AlignHCenter);
+    layout->addStretch();
+    connect(m_cancel, &QPushButton::clicked, this, &StartingPage::cancelled);
+    connect(&m_ticks, &QTimer::timeout, this, &StartingPage::updateTime);
+}
+
+void StartingPage::showStarting(const QString& resource)
+{
+    m_title->setText(tr("正在打开 %1").arg(resource));
+    m_note->clear();
+    m_cancel->show();
+    m_since.start();
+    m_ticks.start(kTickMs);
+    updateTime();
+}
+
+void StartingPage::showEnding()
+{
+    m_title->setText(tr("正在结束..."));
+    m_note->clear();
+    m_cancel->hide();
+    m_since.start();
+    m_ticks.start(kTickMs);
+    updateTime();
+}
+
+void StartingPage::setNote(const QString& note)
+{
+    m_note->setText(note);
+}
+
+void StartingPage::updateTime()
+{
+    const qint64 elapsed = m_since.elapsed();
+    const QString time = tr("已用 %1 秒").arg(elapsed / 1000);
+    m_time->setText(elapsed < kLongStartMs || m_cancel->isHidden()
+                        ? time
+                        : time + tr("。程序还没有显示窗口：仪器应答慢时请继续等待，否则请取消"));
+}
+
+} // namespace scnlauncher

@@ -1,0 +1,40 @@
+#pragma once
+
+#include <QElapsedTimer>
+#include <QTimer>
+#include <QWidget>
+
+class QLabel;
+class QPushButton;
+
+namespace scnlauncher {
+
+/// What is shown until the child's window is there, and while it ends.
+class StartingPage : public QWidget
+{
+    Q_OBJECT
+    Q_DISABLE_COPY_MOVE(StartingPage)
+
+public:
+    explicit StartingPage(QWidget* parent);
+
+    void showStarting(const QString& resource);
+    void showEnding();
+    /// A further line, such as what has gone wrong; it stays until the next start.
+    void setNote(const QString& note);
+
+signals:
+    void cancelled();
+
+private:
+    void updateTime();
+
+    QLabel* m_title;
+    QLabel* m_time;
+    QLabel* m_note;
+    QPushButton* m_cancel;
+    QElapsedTimer m_since;
+    QTimer m_ticks;
+};
+
+} // namespace scnlauncher

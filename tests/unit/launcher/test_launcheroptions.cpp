@@ -1,0 +1,103 @@
+#include "launcher/launcheroptions.h"
+#include "support/testprogram.h"
+#include "support/texts.h"
+
+#include <QtTest>
+
+#include <initializer_list>
+
+using namespace scnlauncher;
+
+namespace {
+
+/// The options behind programs that are there.
+LauncherOptions parsed(const QStringList& more)
+{
+    return LauncherOptions::parse(
+        texts({"launcher", "--program", "/bin/true", "--simulator", "/bin/true"}) + more);
+}
+
+LauncherOptions parsedAlone(const QStringList& more)
+{
+    return LauncherOptions::parse(texts({"launcher", "--program", "/bin/true"}) + more);
+}
+
+} // namespace
+
+/// The launcher's command line.
+class TestLauncherOptions : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void nothingOpensTheStartPage();
+    void simulatorsOptionsOpenIt_data();
+    void simulatorsOptionsOpenIt();
+    void resourceIsOpened();
+    void wrongOptionIsTold();
+    void missingProgramIsTold();
+    void helpAndVersionNeedNoProgram();
+};
+
+void TestLauncherOptions::nothingOpensTheStartPage()
+{
+    const LauncherOptions options = parsedAlone({});
+    QCOMPARE(options.errorText, QString());
+    QVERIFY(!options.isSimulated);
+    QVERIFY(options.resource.isEmpty());
+}
+
+void TestLauncherOptions::simulatorsOptionsOpenIt_data()
+{
+    QTest::addColumn<QStringList>("arguments");
+    QTest::addColumn<QStringList>("passedOn");
+    QTest::newRow("plain") << texts({"--simulated"}) << texts({"--tcp", "0"});
+    QTest::newRow("modules") << texts({"--slots", "1:13"})
+                             << texts({"--tcp", "0", "--slots", "1:13"});
+    QTest::newRow("all") << texts({"--rate", "40", "--transcript", "t", "--slots", "1:13"})
+                         << texts({"--tcp", "0", "--transcript", "t", "--slots", "1:13", "--rate",
+                                   "40"});
+}
+
+void TestLauncherOptions::simulatorsOptionsOpenIt()
+{
+    QFETCH(QStringList, arguments);
+    QFETCH(QStringList, passedOn);
+    const LauncherOptions options = parsed(arguments);
+    QVERIFY(options.isSimulated);
+    QCOMPARE(options.simulatorArguments, passedOn);
+}
+
+void TestLauncherOptions::resourceIsOpened()
+{
+    const LauncherOptions options = parsed(texts({"ASRL/dev/ttyS0::INSTR", "--rate", "40"}));
+    QVERIFY(!options.isSimulated);
+    QCOMPARE(options.resource, QStringLiteral("ASRL/dev/ttyS0::INSTR"));
+}
+
+void TestLauncherOptions::wrongOptionIsTold()
+{
+    const QString text = parsed(texts({"--nonsense"})).errorText;
+    QVERIFY2(text.contains(QLatin1String("nonsense")), qPrintable(text));
+}
+
+void TestLauncherOptions::missingProgramIsTold()
+{
+    QCOMPARE(LauncherOptions::parse(texts({"launcher", "--program", "/no/such"})).errorText,
+             QStringLiteral("the program did not start: /no/such does not exist"));
+    QCOMPARE(parsedAlone(texts({"--simulator", "/etc/passwd"})).errorText,
+             QStringLiteral("the simulator did not start: /etc/passwd cannot be run"));
+}
+
+void TestLauncherOptions::helpAndVersionNeedNoProgram()
+{
+    const LauncherOptions help =
+        LauncherOptions::parse(texts({"launcher", "--program", "/no/such", "--help"}));
+    QCOMPARE(help.errorText, QString());
+    QVERIFY(help.asksForHelp);
+    QVERIFY(help.helpText.contains(QLatin1String("--simulated")));
+    QVERIFY(LauncherOptions::parse(texts({"launcher", "--version"})).asksForVersion);
+}
+
+SCN_TEST(TestLauncherOptions, QCoreApplication)
+#include "test_launcheroptions.moc"
