@@ -2,11 +2,17 @@
 
 #include "launcher/nativewindows.h"
 
+#include <QApplication>
 #include <QEvent>
 #include <QVBoxLayout>
 #include <QWindow>
 
 namespace scnlauncher {
+namespace {
+
+constexpr int kRetryMs = 50;
+
+} // namespace
 
 EmbeddedWindow::EmbeddedWindow(const NativeWindows& windows, qulonglong handle, const QColor& color,
                                QWidget* parent)
@@ -18,10 +24,11 @@ EmbeddedWindow::EmbeddedWindow(const NativeWindows& windows, qulonglong handle, 
     background.setColor(QPalette::Window, color);
     setPalette(background);
     setAutoFillBackground(true);
-    QWindow* child = QWindow::fromWinId(static_cast<WId>(handle));
-    m_container = QWidget::createWindowContainer(child, this);
-    m_container->setFocusPolicy(Qt::StrongFocus);
-    setFocusProxy(m_container);
+    m_container =
+        QWidget::createWindowContainer(QWindow::fromWinId(static_cast<WId>(handle)), this);
+    m_retry.setSingleShot(true);
+    m_retry.setInterval(kRetryMs);
+    connect(&m_retry, &QTimer::timeout, this, &EmbeddedWindow::giveKeyboard);
     auto* layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
     layout->addWidget(m_container);
@@ -31,6 +38,8 @@ bool EmbeddedWindow::eventFilter(QObject* watched, QEvent* event)
 {
     if (watched == m_watched && event->type() == QEvent::Move) {
         tellPlace();
+    } else if (watched == m_watched && event->type() == QEvent::WindowActivate) {
+        giveKeyboard();
     }
     return QWidget::eventFilter(watched, event);
 }
@@ -44,7 +53,17 @@ void EmbeddedWindow::showEvent(QShowEvent* event)
     }
     // While its tab was hidden the window may have moved.
     tellPlace();
-    setFocus();
+    giveKeyboard();
+}
+
+/// Window managers know the launcher's window only, and give it the keyboard.
+void EmbeddedWindow::giveKeyboard()
+{
+    const bool isDue =
+        isVisible() && window()->isActiveWindow() && !QApplication::activeModalWidget();
+    if (isDue && !m_windows.giveKeyboard(m_handle)) {
+        m_retry.start();
+    }
 }
 
 void EmbeddedWindow::tellPlace()

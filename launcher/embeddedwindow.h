@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QPointer>
+#include <QTimer>
 #include <QWidget>
 
 namespace scnlauncher {
@@ -26,11 +27,13 @@ protected:
 
 private:
     void tellPlace();
+    void giveKeyboard();
 
     const NativeWindows& m_windows;
     const qulonglong m_handle;
     QWidget* m_container = nullptr;
     QPointer<QWidget> m_watched; ///< the window that this one is in
+    QTimer m_retry;
 };
 
 } // namespace scnlauncher

@@ -28,6 +28,9 @@ public:
     /// popups would open at the old place.
     void tellPlace(qulonglong handle, const QRect& place) const;
 
+    /// Gives a window the keyboard; false if it cannot have it yet, because it does not show.
+    bool giveKeyboard(qulonglong handle) const;
+
 private:
     std::unique_ptr<xcb_connection_t, void (*)(xcb_connection_t*)> m_connection;
 };

@@ -95,4 +95,16 @@ void NativeWindows::tellPlace(qulonglong handle, const QRect& place) const
     xcb_flush(m_connection.get());
 }
 
+bool NativeWindows::giveKeyboard(qulonglong handle) const
+{
+    if (!isConnected()) {
+        return false;
+    }
+    // When the window goes, its parent gets the keyboard back.
+    const auto request =
+        xcb_set_input_focus_checked(m_connection.get(), XCB_INPUT_FOCUS_PARENT,
+                                    static_cast<xcb_window_t>(handle), XCB_CURRENT_TIME);
+    return owned(xcb_request_check(m_connection.get(), request)) == nullptr;
+}
+
 } // namespace scnlauncher

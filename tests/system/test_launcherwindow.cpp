@@ -1,0 +1,441 @@
+#include "support/launcherscene.h"
+#include "support/simulatedinstrument.h"
+#include "support/testprogram.h"
+
+#include <QAbstractButton>
+#include <QDir>
+#include <QElapsedTimer>
+#include <QMessageBox>
+#include <QPlainTextEdit>
+#include <QTabBar>
+#include <QTabWidget>
+#include <QTest>
+#include <QTreeWidget>
+
+#include <algorithm>
+#include <csignal>
+
+using namespace scnlauncher;
+
+namespace {
+
+constexpr int kWaitMs = 60000;
+const QString kFakeChild = QStringLiteral(SCN_FAKE_CHILD);
+const QString kProgram = QStringLiteral(SCN_BIN_DIR "/scn4070a");
+const QString kChildTitle = QStringLiteral("^SCN4070A 控制软件$");
+/// One module with one channel, so that the window appears quickly.
+const QStringList kSmallest = {QStringLiteral("--slots"), QStringLiteral("1:13")};
+
+QString xdotool(const QStringList& arguments)
+{
+    return DisplayApplication::display().xdotool(arguments);
+}
+
+qulonglong childWindow()
+{
+    return xdotool({QStringLiteral("search"), QStringLiteral("--onlyvisible"),
+                    QStringLiteral("--name"), kChildTitle})
+        .section(QLatin1Char('\n'), 0, 0)
+        .toULongLong();
+}
+
+QRect childPlace()
+{
+    return DisplayApplication::display().placeOf(childWindow());
+}
+
+/// Where the widget is on the screen.
+QRect placeOf(const QWidget* widget)
+{
+    return {widget->mapToGlobal(QPoint(0, 0)), widget->size()};
+}
+
+/// The place of a list that the program has opened, from the corner of its window. The only visible
+/// window of its process besides the main one.
+QPoint openedList(qint64 process)
+{
+    const QStringList windows = xdotool({QStringLiteral("search"), QStringLiteral("--onlyvisible"),
+                                         QStringLiteral("--pid"), QString::number(process)})
+                                    .split(QLatin1Char('\n'), Qt::SkipEmptyParts);
+    for (const QString& window : windows) {
+        if (window.toULongLong() != childWindow()) {
+            return DisplayApplication::display().placeOf(window.toULongLong()).topLeft() -
+                   childPlace().topLeft();
+        }
+    }
+    return {};
+}
+
+int openDescriptors()
+{
+    return QDir(QStringLiteral("/proc/self/fd"))
+        .entryList(QDir::NoDotAndDotDot | QDir::AllEntries | QDir::System)
+        .size();
+}
+
+} // namespace
+
+/// The launcher's window with real children, real clicks and a real screen.
+class TestLauncherWindow : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void initTestCase();
+    void startPageListsWhatCanBeOpened();
+    void simulatedInstrumentIsAClickAway();
+    void resourceTypedIsOpenedAndRemembered();
+    void childFollowsMovesAndSizes();
+    void childSurvivesMinimising();
+    void keysReachTheChild();
+    void startStaysDark();
+    void twoChildrenAreIndependent();
+    void childWithoutInstrumentSaysWhy_data();
+    void childWithoutInstrumentSaysWhy();
+    void otherInstrumentIsNamed();
+    void cancellingAStartEndsIt();
+    void crashShowsTheLastWordsAndStartsAgain();
+    void windowOfAnotherProcessIsRefused();
+    void endlessLineLeavesTheLauncherUsable();
+    void closingWhileItScansAsksFirst();
+    void endNeverFreezesTheWindow();
+    void startsAndEndsLeaveNothingBehind();
+};
+
+void TestLauncherWindow::initTestCase()
+{
+    QVERIFY2(!DisplayApplication::display().name().isEmpty(), "Xvfb did not start");
+}
+
+void TestLauncherWindow::startPageListsWhatCanBeOpened()
+{
+    LauncherScene scene(kFakeChild);
+    const auto* list = scene.window().findChild<QTreeWidget*>();
+    QVERIFY(list->isVisible());
+    QStringList names;
+    for (int section = 0; section < list->topLevelItemCount(); ++section) {
+        names.append(list->topLevelItem(section)->text(0));
+    }
+    QCOMPARE(names, (QStringList{QStringLiteral("模拟仪器"), QStringLiteral("串口"),
+                                 QStringLiteral("USB"), QStringLiteral("网络")}));
+    // A port without rights says so; without service discovery the page says that.
+    QCOMPARE(list->topLevelItem(1)->child(0)->text(1), QStringLiteral("a group is missing"));
+    QTRY_VERIFY(
+        list->topLevelItem(3)->child(0)->text(0).contains(QStringLiteral("服务发现没有运行")));
+}
+
+void TestLauncherWindow::simulatedInstrumentIsAClickAway()
+{
+    LauncherScene scene(kProgram);
+    scene.clickButton("open");
+    QVERIFY(scene.waitForEmbedding());
+    QTRY_COMPARE_WITH_TIMEOUT(childPlace(), placeOf(scene.embedded()), kWaitMs);
+    QTRY_VERIFY(scene.label("identity").contains(QLatin1String("SCN4070A")));
+    QCOMPARE(scene.label("state"), QStringLiteral("空闲"));
+    QVERIFY(scene.window().windowTitle().contains(scene.label("identity")));
+    QTRY_VERIFY(scene.label("silence").contains(QStringLiteral("秒前")));
+    scene.clickButton("chooseOther");
+    QTRY_VERIFY_WITH_TIMEOUT(!scene.currentTab()->isBusy(), kWaitMs);
+    QVERIFY(scene.window().findChild<QTreeWidget*>()->isVisible());
+    QCOMPARE(LauncherScene::children(QStringLiteral("scn4070a-sim")).size(), 0);
+}
+
+void TestLauncherWindow::resourceTypedIsOpenedAndRemembered()
+{
+    LauncherScene scene(kFakeChild);
+    scene.openByHand(QStringLiteral("good"));
+    QTRY_COMPARE_WITH_TIMEOUT(scene.label("resourceLabel"), QStringLiteral("good"), kWaitMs);
+    QTRY_VERIFY(!scene.label("identity").isEmpty());
+    scene.clickButton("cancel");
+    QTRY_VERIFY_WITH_TIMEOUT(!scene.currentTab()->isBusy(), kWaitMs);
+    const auto* list = scene.currentTab()->findChild<QTreeWidget*>();
+    QCOMPARE(list->topLevelItem(1)->text(0), QStringLiteral("最近使用"));
+    QCOMPARE(list->topLevelItem(1)->child(0)->text(0), QStringLiteral("good"));
+}
+
+void TestLauncherWindow::childFollowsMovesAndSizes()
+{
+    const SimulatedInstrument instrument(SimulatedInstrument::Transport::Tcp, kSmallest);
+    LauncherScene scene(kProgram);
+    scene.window().open({instrument.resource(), false, 0});
+    QVERIFY(scene.waitForEmbedding());
+    QTRY_COMPARE_WITH_TIMEOUT(childPlace(), placeOf(scene.embedded()), kWaitMs);
+    const qint64 program = LauncherScene::children(QStringLiteral("scn4070a")).value(0);
+    // The busy overlay covers it for two seconds. Then the list of the channel's functions opens.
+    constexpr QPoint kFunction(701, 126);
+    const auto openList = [&] {
+        const QPoint point = childPlace().topLeft() + kFunction;
+        DisplayApplication::display().click(point.x(), point.y());
+        QTest::qWait(200);
+        return openedList(program);
+    };
+    QPoint before;
+    QTRY_VERIFY_WITH_TIMEOUT(!(before = openList()).isNull(), kWaitMs);
+    xdotool({QStringLiteral("key"), QStringLiteral("Escape")});
+    const QString window = QString::number(scene.window().winId());
+    for (const QPoint& place : {QPoint(80, 5), QPoint(0, 0)}) {
+        xdotool({QStringLiteral("windowmove"), QStringLiteral("--sync"), window,
+                 QString::number(place.x()), QString::number(place.y())});
+        QTRY_COMPARE(scene.window().pos(), place);
+        QTRY_COMPARE(childPlace(), placeOf(scene.embedded()));
+        QPoint after;
+        QTRY_VERIFY_WITH_TIMEOUT(!(after = openList()).isNull(), kWaitMs);
+        QCOMPARE(after, before);
+        xdotool({QStringLiteral("key"), QStringLiteral("Escape")});
+    }
+    xdotool({QStringLiteral("windowsize"), QStringLiteral("--sync"), window, QStringLiteral("1200"),
+             QStringLiteral("700")});
+    QTRY_COMPARE(scene.window().size(), QSize(1200, 700));
+    QTRY_COMPARE(childPlace(), placeOf(scene.embedded()));
+}
+
+void TestLauncherWindow::childSurvivesMinimising()
+{
+    const SimulatedInstrument instrument(SimulatedInstrument::Transport::Tcp, kSmallest);
+    LauncherScene scene(kProgram);
+    scene.window().open({instrument.resource(), false, 0});
+    QVERIFY(scene.waitForEmbedding());
+    const QString window = QString::number(scene.window().winId());
+    // What a window manager does.
+    xdotool({QStringLiteral("windowunmap"), QStringLiteral("--sync"), window});
+    QTRY_COMPARE(childWindow(), 0ULL);
+    const int polls = instrument.received().size();
+    QTRY_VERIFY_WITH_TIMEOUT(instrument.received().size() > polls + 3, kWaitMs);
+    xdotool({QStringLiteral("windowmap"), QStringLiteral("--sync"), window});
+    QTRY_COMPARE_WITH_TIMEOUT(childPlace(), placeOf(scene.embedded()), kWaitMs);
+}
+
+void TestLauncherWindow::keysReachTheChild()
+{
+    const SimulatedInstrument instrument(SimulatedInstrument::Transport::Tcp, kSmallest);
+    LauncherScene scene(kProgram);
+    scene.window().open({instrument.resource(), false, 0});
+    QVERIFY(scene.waitForEmbedding());
+    // The focus goes with the window: the child's, without a click into it.
+    QTRY_COMPARE_WITH_TIMEOUT(
+        xdotool({QStringLiteral("getwindowfocus"), QStringLiteral("-f")}).toULongLong(),
+        childWindow(), kWaitMs);
+    // The launcher's own buttons leave it there.
+    scene.click(scene.window().findChild<QTabBar*>());
+    QTRY_COMPARE(xdotool({QStringLiteral("getwindowfocus"), QStringLiteral("-f")}).toULongLong(),
+                 childWindow());
+}
+
+void TestLauncherWindow::startStaysDark()
+{
+    const SimulatedInstrument instrument(SimulatedInstrument::Transport::Tcp, kSmallest);
+    LauncherScene scene(kProgram);
+    const QPoint middle = scene.window().mapToGlobal(scene.window().rect().center());
+    scene.window().open({instrument.resource(), false, 0});
+    int brightest = 0;
+    const auto isEmbedded = [&] {
+        // Two points of a page without text or controls.
+        for (const QPoint& point : {middle + QPoint(-500, 100), middle + QPoint(500, 100)}) {
+            const QColor color = DisplayApplication::display().colorAt(point.x(), point.y());
+            brightest = std::max(brightest, color.lightness());
+        }
+        return scene.embedded() && !childPlace().isNull();
+    };
+    QTRY_VERIFY_WITH_TIMEOUT(isEmbedded(), kWaitMs);
+    for (int look = 0; look < 100; ++look) {
+        QTest::qWait(10);
+        QVERIFY(isEmbedded());
+    }
+    QVERIFY2(brightest < 128, qPrintable(QString::number(brightest)));
+}
+
+void TestLauncherWindow::twoChildrenAreIndependent()
+{
+    const SimulatedInstrument first(SimulatedInstrument::Transport::Tcp, kSmallest);
+    const SimulatedInstrument second(SimulatedInstrument::Transport::Tcp, kSmallest);
+    LauncherScene scene(kProgram);
+    scene.window().open({first.resource(), false, 0});
+    QVERIFY(scene.waitForEmbedding());
+    InstrumentTab* const firstTab = scene.currentTab();
+    const qint64 firstProgram = LauncherScene::children(QStringLiteral("scn4070a")).value(0);
+    scene.clickButton("newTab");
+    QTRY_VERIFY(scene.currentTab() != firstTab);
+    scene.window().open({second.resource(), false, 0});
+    QVERIFY(scene.waitForEmbedding());
+    ::kill(static_cast<pid_t>(firstProgram), SIGKILL);
+    QTRY_VERIFY_WITH_TIMEOUT(!firstTab->isBusy(), kWaitMs);
+    QVERIFY(scene.embedded());
+    const int polls = second.received().size();
+    QTRY_VERIFY_WITH_TIMEOUT(second.received().size() > polls + 3, kWaitMs);
+    // The dead one has left word, and comes back.
+    auto* const tabs = scene.window().findChild<QTabWidget*>();
+    const QPoint tab = tabs->tabBar()->mapToGlobal(tabs->tabBar()->tabRect(0).center());
+    DisplayApplication::display().click(tab.x(), tab.y());
+    QTRY_COMPARE(scene.currentTab(), firstTab);
+    QVERIFY(scene.label("pageTitle").contains(QStringLiteral("意外终止")));
+    scene.clickButton("startAgain");
+    QVERIFY(scene.waitForEmbedding());
+    QCOMPARE(LauncherScene::children(QStringLiteral("scn4070a")).size(), 2);
+}
+
+void TestLauncherWindow::childWithoutInstrumentSaysWhy_data()
+{
+    QTest::addColumn<QString>("resource");
+    QTest::addColumn<QString>("text");
+    QTest::newRow("no such device")
+        << QStringLiteral("ASRL/dev/no-such-port::INSTR") << QStringLiteral("没有这个仪器");
+    // The loopback's discard port: nobody listens.
+    QTest::newRow("refused") << QStringLiteral("TCPIP0::127.0.0.1::9::SOCKET")
+                             << QStringLiteral("连接被拒绝");
+    QTest::newRow("malformed") << QStringLiteral("TCPIP0::::SOCKET")
+                               << QStringLiteral("资源名的写法不正确");
+}
+
+void TestLauncherWindow::childWithoutInstrumentSaysWhy()
+{
+    QFETCH(QString, resource);
+    QFETCH(QString, text);
+    LauncherScene scene(kProgram);
+    scene.openByHand(resource);
+    QVERIFY(scene.waitForEmbedding());
+    QTRY_VERIFY2(scene.label("state").contains(text), qPrintable(scene.label("state")));
+    scene.clickButton("chooseOther");
+    QTRY_VERIFY_WITH_TIMEOUT(!scene.currentTab()->isBusy(), kWaitMs);
+    QVERIFY(scene.window().findChild<QTreeWidget*>()->isVisible());
+    QCOMPARE(LauncherScene::children(QStringLiteral("scn4070a")).size(), 0);
+}
+
+void TestLauncherWindow::otherInstrumentIsNamed()
+{
+    const SimulatedInstrument instrument(
+        SimulatedInstrument::Transport::Tcp,
+        kSmallest + QStringList{QStringLiteral("--idn"), QStringLiteral("MAKER,METER,1,2")});
+    LauncherScene scene(kProgram);
+    scene.window().open({instrument.resource(), false, 0});
+    QTRY_COMPARE_WITH_TIMEOUT(scene.label("state"), QStringLiteral("这不是 SCN4070A"), kWaitMs);
+    QCOMPARE(scene.label("identity"), QStringLiteral("MAKER METER 1 2"));
+}
+
+void TestLauncherWindow::cancellingAStartEndsIt()
+{
+    LauncherScene scene(kFakeChild);
+    scene.openByHand(QStringLiteral("deaf"));
+    QTRY_VERIFY_WITH_TIMEOUT(scene.label("pageTitle").contains(QLatin1String("deaf")), kWaitMs);
+    scene.clickButton("cancel");
+    QTRY_VERIFY_WITH_TIMEOUT(!scene.currentTab()->isBusy(), kWaitMs);
+    QVERIFY(scene.window().findChild<QTreeWidget*>()->isVisible());
+    QCOMPARE(LauncherScene::children(QStringLiteral("scn_fake_child")).size(), 0);
+}
+
+void TestLauncherWindow::crashShowsTheLastWordsAndStartsAgain()
+{
+    LauncherScene scene(kFakeChild);
+    scene.openByHand(QStringLiteral("crash"));
+    const auto* words = scene.currentTab()->findChild<QPlainTextEdit*>();
+    for (int start = 0; start < 2; ++start) {
+        QTRY_VERIFY_WITH_TIMEOUT(words->isVisible(), kWaitMs);
+        QCOMPARE(words->toPlainText(), QStringLiteral("the last words\nwithout an end"));
+        scene.clickButton("startAgain");
+    }
+    QTRY_VERIFY_WITH_TIMEOUT(words->isVisible(), kWaitMs);
+    scene.clickButton("chooseOther");
+    QTRY_VERIFY(scene.window().findChild<QTreeWidget*>()->isVisible());
+}
+
+void TestLauncherWindow::windowOfAnotherProcessIsRefused()
+{
+    LauncherScene scene(kFakeChild);
+    scene.openByHand(QStringLiteral("window=%1").arg(scene.window().winId()));
+    QTRY_VERIFY_WITH_TIMEOUT(scene.label("problem").contains(QStringLiteral("而不是所启动的程序")),
+                             kWaitMs);
+    QVERIFY(!scene.embedded());
+    scene.clickButton("cancel");
+    QTRY_VERIFY_WITH_TIMEOUT(!scene.currentTab()->isBusy(), kWaitMs);
+    scene.openByHand(QStringLiteral("window=1"));
+    QTRY_VERIFY_WITH_TIMEOUT(scene.label("problem").contains(QStringLiteral("不存在")), kWaitMs);
+}
+
+void TestLauncherWindow::endlessLineLeavesTheLauncherUsable()
+{
+    LauncherScene scene(kFakeChild);
+    // 1 GB on each stream.
+    scene.openByHand(QStringLiteral("flood=1024"));
+    QTRY_VERIFY_WITH_TIMEOUT(!LauncherScene::children(QStringLiteral("scn_fake_child")).isEmpty(),
+                             kWaitMs);
+    scene.clickButton("newTab");
+    auto* const tabs = scene.window().findChild<QTabWidget*>();
+    QTRY_COMPARE(tabs->count(), 2);
+    scene.openByHand(QStringLiteral("good"));
+    QTRY_VERIFY_WITH_TIMEOUT(!scene.label("identity").isEmpty(), kWaitMs);
+}
+
+void TestLauncherWindow::closingWhileItScansAsksFirst()
+{
+    LauncherScene scene(kFakeChild);
+    scene.openByHand(QStringLiteral("scanning"));
+    QTRY_COMPARE_WITH_TIMEOUT(scene.label("state"), QStringLiteral("正在扫描"), kWaitMs);
+    const auto question = [&scene] {
+        return scene.window().findChild<QMessageBox*>(QStringLiteral("scanQuestion"));
+    };
+    QVERIFY(DisplayApplication::display().closeWindow(scene.window().winId()));
+    QTRY_VERIFY(question() && question()->isVisible());
+    QVERIFY(question()->text().contains(QStringLiteral("仪器会继续扫描")));
+    scene.click(question()->buttons().at(1));
+    QTRY_VERIFY(!question());
+    QVERIFY(scene.window().isVisible());
+    QVERIFY(scene.currentTab()->isScanning());
+    QVERIFY(DisplayApplication::display().closeWindow(scene.window().winId()));
+    QTRY_VERIFY(question() && question()->isVisible());
+    scene.click(question()->buttons().at(0));
+    QTRY_VERIFY_WITH_TIMEOUT(!scene.window().isVisible(), kWaitMs);
+    QCOMPARE(LauncherScene::children(QStringLiteral("scn_fake_child")).size(), 0);
+}
+
+void TestLauncherWindow::endNeverFreezesTheWindow()
+{
+    LauncherScene scene(kFakeChild);
+    scene.openByHand(QStringLiteral("stubborn"));
+    QTRY_VERIFY_WITH_TIMEOUT(scene.label("silence").contains(QStringLiteral("秒前")), kWaitMs);
+    QVERIFY(DisplayApplication::display().closeWindow(scene.window().winId()));
+    // It ignores what ends others, and takes three seconds. The event loop goes round meanwhile.
+    QTRY_COMPARE(scene.label("pageTitle"), QStringLiteral("正在结束..."));
+    QElapsedTimer round;
+    qint64 longest = 0;
+    while (scene.window().isVisible()) {
+        round.start();
+        QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents | QEventLoop::AllEvents, 100);
+        QTest::qWait(1);
+        longest = std::max(longest, round.elapsed());
+    }
+    QVERIFY2(longest < 1000, qPrintable(QString::number(longest)));
+    QCOMPARE(LauncherScene::children(QStringLiteral("scn_fake_child")).size(), 0);
+}
+
+void TestLauncherWindow::startsAndEndsLeaveNothingBehind()
+{
+    bool isSet = false;
+    const int wanted = qEnvironmentVariableIntValue("SCN_STARTS", &isSet);
+    const SimulatedInstrument instrument(SimulatedInstrument::Transport::Tcp, kSmallest);
+    LauncherScene scene(kProgram);
+    const auto startAndEnd = [&scene, &instrument] {
+        const int polls = instrument.received().count(QStringLiteral("STAT:OPER:EVEN?"));
+        scene.openByHand(instrument.resource());
+        QVERIFY(scene.waitForEmbedding());
+        // The read-back asks once. An end before the acquisition has begun takes five seconds more.
+        QTRY_VERIFY_WITH_TIMEOUT(
+            instrument.received().count(QStringLiteral("STAT:OPER:EVEN?")) >= polls + 2, kWaitMs);
+        scene.clickButton("chooseOther");
+        QTRY_VERIFY_WITH_TIMEOUT(!scene.currentTab()->isBusy(), kWaitMs);
+    };
+    // The first start opens what stays open.
+    startAndEnd();
+    const int descriptors = openDescriptors();
+    const QStringList files = QDir(scene.home()).entryList(QDir::NoDotAndDotDot | QDir::AllEntries);
+    for (int start = 1; start < (isSet ? wanted : 20); ++start) {
+        startAndEnd();
+        if (QTest::currentTestFailed()) {
+            return;
+        }
+    }
+    QTRY_COMPARE(openDescriptors(), descriptors);
+    QCOMPARE(LauncherScene::children(QStringLiteral("scn4070a")).size(), 0);
+    QCOMPARE(QDir(scene.home()).entryList(QDir::NoDotAndDotDot | QDir::AllEntries), files);
+}
+
+SCN_TEST(TestLauncherWindow, DisplayApplication)
+#include "test_launcherwindow.moc"
