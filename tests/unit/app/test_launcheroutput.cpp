@@ -3,6 +3,7 @@
 #include "app/startup.h"
 #include "state/globals.h"
 #include "support/fakevisa.h"
+#include "support/logcapture.h"
 #include "support/standardstreams_posix.h"
 #include "support/testprogram.h"
 
@@ -13,6 +14,7 @@
 #include <QTimer>
 
 #include <atomic>
+#include <memory>
 #include <thread>
 
 using namespace std::chrono_literals;
@@ -52,6 +54,7 @@ class TestLauncherOutput : public QObject
 
 private slots:
     void init();
+    void cleanup() { m_log.reset(); }
 
     void eachShowWritesItsLineOnce();
     void withoutInstrumentTheLineComesWithTheEventLoop();
@@ -66,10 +69,13 @@ private slots:
 
 private:
     FakeVisa m_visa;
+    /// Qt Test would write the log to the stream that is tested.
+    std::unique_ptr<LogCapture> m_log;
 };
 
 void TestLauncherOutput::init()
 {
+    m_log = std::make_unique<LogCapture>();
     g_resourceName = QStringLiteral("TCPIP0::127.0.0.1::5025::SOCKET");
     m_visa.fail(FakeVisa::Operation::Open, scn::visa::VI_ERROR_RSRC_NFOUND);
     g_instrumentConnected = false;
@@ -144,7 +150,6 @@ void TestLauncherOutput::exitIsEchoedAndQuits()
 {
     MainWidget window(nullptr);
     CapturedOutput output;
-    QTest::ignoreMessage(QtDebugMsg, "child app received exit cmd!");
     QTimer::singleShot(0, &window, [&window] {
         QMetaObject::invokeMethod(&window, "handleInput", Q_ARG(QString, QStringLiteral("exit")));
         QTimer::singleShot(0, &window, [] { QCoreApplication::exit(kImpatience); });
@@ -152,6 +157,7 @@ void TestLauncherOutput::exitIsEchoedAndQuits()
     QCOMPARE(QApplication::exec(), 0);
     const QByteArray echo = "receive msg: exit\n";
     QCOMPARE(output.flushed(echo), echo);
+    QVERIFY(m_log->lines().contains(QStringLiteral("debug: child app received exit cmd!")));
 }
 
 void TestLauncherOutput::inputOfTheProcessReachesTheWindow()
@@ -160,7 +166,6 @@ void TestLauncherOutput::inputOfTheProcessReachesTheWindow()
     m_visa.setReply("*IDN?", "maker,SCN4070A,serial,1.0");
     FedInput input;
     CapturedOutput output;
-    QTest::ignoreMessage(QtDebugMsg, "child app received exit cmd!");
     // The acquisition can be told to stop as soon as it asks for something.
     std::atomic<bool> mayEnd{false};
     m_visa.setResponder([&input, &mayEnd](const QByteArray& line) {
@@ -182,6 +187,7 @@ void TestLauncherOutput::inputOfTheProcessReachesTheWindow()
         QCOMPARE(QApplication::exec(), 0);
     }
     QCOMPARE(output.flushed(), QByteArray("receive msg: hello\nreceive msg: exit\n"));
+    QVERIFY(m_log->lines().contains(QStringLiteral("debug: child app received exit cmd!")));
 }
 
 void TestLauncherOutput::launcherThatDoesNotReadHoldsNothingUp()
@@ -207,7 +213,6 @@ void TestLauncherOutput::launcherThatReadsLateGetsAllThatIsKept()
 {
     constexpr int kLines = 6000;
     PipedOutput output;
-    QTest::ignoreMessage(QtWarningMsg, "启动器未读取标准输出，最早的回复被丢弃");
     MainWidget window(nullptr);
     giveLines(window, 0, 1000);
     QTRY_VERIFY_WITH_TIMEOUT(output.isFull(), kPatienceMs);
@@ -232,6 +237,8 @@ void TestLauncherOutput::launcherThatReadsLateGetsAllThatIsKept()
         newest += echoOf(number);
     }
     QCOMPARE(behind, newest);
+    QVERIFY(
+        m_log->lines().contains(QStringLiteral("warning: 启动器未读取标准输出，最早的回复被丢弃")));
 }
 
 void TestLauncherOutput::lastLinesAreGivenTheirTime()
