@@ -241,7 +241,8 @@ void TestLauncherWindow::startStaysDark()
         QTest::qWait(10);
         QVERIFY(isEmbedded());
     }
-    QVERIFY2(brightest < 128, qPrintable(QString::number(brightest)));
+    // Light grey lines and pictures; a light page has 230 and more.
+    QVERIFY2(brightest < 200, qPrintable(QString::number(brightest)));
 }
 
 void TestLauncherWindow::twoChildrenAreIndependent()
