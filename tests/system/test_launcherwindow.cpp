@@ -3,14 +3,17 @@
 #include "support/testprogram.h"
 
 #include <QAbstractButton>
+#include <QDesktopServices>
 #include <QDir>
 #include <QElapsedTimer>
+#include <QFile>
 #include <QMessageBox>
 #include <QPlainTextEdit>
 #include <QTabBar>
 #include <QTabWidget>
 #include <QTest>
 #include <QTreeWidget>
+#include <QUrl>
 
 #include <algorithm>
 #include <csignal>
@@ -66,6 +69,26 @@ QPoint openedList(qint64 process)
     return {};
 }
 
+/// Takes the files that would be opened on the desktop.
+class UrlTaker : public QObject
+{
+    Q_OBJECT
+
+public:
+    UrlTaker() { QDesktopServices::setUrlHandler(QStringLiteral("file"), this, "take"); }
+    ~UrlTaker() override { QDesktopServices::unsetUrlHandler(QStringLiteral("file")); }
+
+    QList<QUrl> urls() const { return m_urls; }
+
+public slots:
+    void take(const QUrl& url) { m_urls.append(url); }
+
+private:
+    Q_DISABLE_COPY_MOVE(UrlTaker)
+
+    QList<QUrl> m_urls;
+};
+
 int openDescriptors()
 {
     return QDir(QStringLiteral("/proc/self/fd"))
@@ -93,6 +116,8 @@ private slots:
     void childWithoutInstrumentSaysWhy_data();
     void childWithoutInstrumentSaysWhy();
     void otherInstrumentIsNamed();
+    void logIsAClickAway();
+    void serialRateReachesTheChild();
     void cancellingAStartEndsIt();
     void crashShowsTheLastWordsAndStartsAgain();
     void windowOfAnotherProcessIsRefused();
@@ -310,6 +335,28 @@ void TestLauncherWindow::otherInstrumentIsNamed()
     scene.window().open({instrument.resource(), false, 0});
     QTRY_COMPARE_WITH_TIMEOUT(scene.label("state"), QStringLiteral("这不是 SCN4070A"), kWaitMs);
     QCOMPARE(scene.label("identity"), QStringLiteral("MAKER METER 1 2"));
+}
+
+void TestLauncherWindow::logIsAClickAway()
+{
+    LauncherScene scene(kFakeChild);
+    UrlTaker taker;
+    scene.openByHand(QStringLiteral("good"));
+    QTRY_VERIFY_WITH_TIMEOUT(!scene.label("identity").isEmpty(), kWaitMs);
+    scene.clickButton("log");
+    QTRY_COMPARE(taker.urls().size(), 1);
+    QFile log(taker.urls().at(0).toLocalFile());
+    QVERIFY(log.open(QIODevice::ReadOnly));
+    QVERIFY(log.readAll().contains("仪器已连接"));
+}
+
+void TestLauncherWindow::serialRateReachesTheChild()
+{
+    LauncherScene scene(kFakeChild);
+    scene.window().open({QStringLiteral("environment=SCN4070A_SERIAL_RATE"), false, 9600});
+    const auto* words = scene.currentTab()->findChild<QPlainTextEdit*>();
+    QTRY_VERIFY_WITH_TIMEOUT(words->isVisible(), kWaitMs);
+    QCOMPARE(words->toPlainText(), QStringLiteral("SCN4070A_SERIAL_RATE is 9600"));
 }
 
 void TestLauncherWindow::cancellingAStartEndsIt()
