@@ -52,11 +52,13 @@ bool chooseDisplay(const NativeWindows& windows)
         return true;
     }
     const QString display = qEnvironmentVariable("DISPLAY");
-    say(stderr,
-        QStringLiteral("scn4070a-launcher: there is no display: ") +
-            (display.isEmpty()
-                 ? QStringLiteral("DISPLAY is not set. Start it in a graphical session.")
-                 : QStringLiteral("DISPLAY is \"%1\", which does not answer.").arg(display)));
+    QString reason = QStringLiteral("DISPLAY is \"%1\", which does not answer.").arg(display);
+    if (display.isEmpty() && !qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY")) {
+        reason = QStringLiteral("DISPLAY is not set. This Wayland session needs Xwayland.");
+    } else if (display.isEmpty()) {
+        reason = QStringLiteral("DISPLAY is not set. Start it in a graphical session.");
+    }
+    say(stderr, QStringLiteral("scn4070a-launcher: there is no display: ") + reason);
     return false;
 }
 
