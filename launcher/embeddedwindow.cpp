@@ -32,6 +32,20 @@ EmbeddedWindow::EmbeddedWindow(const NativeWindows& windows, qulonglong handle, 
     auto* layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
     layout->addWidget(m_container);
+    qApp->installNativeEventFilter(this);
+}
+
+EmbeddedWindow::~EmbeddedWindow()
+{
+    qApp->removeNativeEventFilter(this);
+}
+
+bool EmbeddedWindow::nativeEventFilter(const QByteArray& eventType, void* message, long*)
+{
+    if (m_watched && NativeWindows::isFocusIn(eventType, message, m_watched->winId())) {
+        m_retry.start();
+    }
+    return false;
 }
 
 bool EmbeddedWindow::eventFilter(QObject* watched, QEvent* event)

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QAbstractNativeEventFilter>
 #include <QPointer>
 #include <QTimer>
 #include <QWidget>
@@ -9,7 +10,7 @@ namespace scnlauncher {
 class NativeWindows;
 
 /// Shows the child's frameless window in the launcher's.
-class EmbeddedWindow : public QWidget
+class EmbeddedWindow : public QWidget, private QAbstractNativeEventFilter
 {
     Q_OBJECT
     Q_DISABLE_COPY_MOVE(EmbeddedWindow)
@@ -17,6 +18,7 @@ class EmbeddedWindow : public QWidget
 public:
     EmbeddedWindow(const NativeWindows& windows, qulonglong handle, const QColor& color,
                    QWidget* parent);
+    ~EmbeddedWindow() override;
 
     qulonglong handle() const { return m_handle; }
 
@@ -26,6 +28,8 @@ protected:
     void showEvent(QShowEvent* event) override;
 
 private:
+    bool nativeEventFilter(const QByteArray& eventType, void* message, long* result) override;
+
     void tellPlace();
     void giveKeyboard();
 

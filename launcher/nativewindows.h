@@ -31,6 +31,10 @@ public:
     /// Gives a window the keyboard; false if it cannot have it yet, because it does not show.
     bool giveKeyboard(qulonglong handle) const;
 
+    /// Whether a native event gives a window of this process the keyboard. Qt does not tell when it comes back
+    /// from a window inside.
+    static bool isFocusIn(const QByteArray& eventType, const void* message, qulonglong handle);
+
 private:
     std::unique_ptr<xcb_connection_t, void (*)(xcb_connection_t*)> m_connection;
 };

@@ -95,6 +95,17 @@ void NativeWindows::tellPlace(qulonglong handle, const QRect& place) const
     xcb_flush(m_connection.get());
 }
 
+bool NativeWindows::isFocusIn(const QByteArray& eventType, const void* message, qulonglong handle)
+{
+    if (eventType != "xcb_generic_event_t") {
+        return false;
+    }
+    const auto* event = static_cast<const xcb_focus_in_event_t*>(message);
+    constexpr int kSentByClient = 0x80;
+    return (event->response_type & ~kSentByClient) == XCB_FOCUS_IN && event->event == handle &&
+           event->detail != XCB_NOTIFY_DETAIL_POINTER;
+}
+
 bool NativeWindows::giveKeyboard(qulonglong handle) const
 {
     if (!isConnected()) {
