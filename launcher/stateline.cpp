@@ -4,6 +4,7 @@
 #include <QLabel>
 #include <QPushButton>
 #include <QStyle>
+#include <QVariant>
 
 namespace scnlauncher {
 namespace {
@@ -89,6 +90,12 @@ void StateLine::showStatus(const QString& resource, const ChildStatus& status, O
         row.label->setToolTip(row.text);
         row.label->setVisible(!row.text.isEmpty());
     }
+    const bool isWell = status.link() == ChildStatus::Link::Connecting ||
+                        (status.link() == ChildStatus::Link::Connected && !status.isOtherKind());
+    m_state->setProperty("trouble", !isWell);
+    // A style sheet looks at a property only when told to.
+    m_state->style()->unpolish(m_state);
+    m_state->style()->polish(m_state);
     m_state->setToolTip(
         status.failureText().isEmpty() ? state : state + QLatin1Char('\n') + status.failureText());
 }

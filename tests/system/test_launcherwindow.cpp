@@ -7,6 +7,7 @@
 #include <QDir>
 #include <QElapsedTimer>
 #include <QFile>
+#include <QLabel>
 #include <QMessageBox>
 #include <QPlainTextEdit>
 #include <QTabBar>
@@ -324,6 +325,8 @@ void TestLauncherWindow::childWithoutInstrumentSaysWhy()
     scene.openByHand(resource);
     QVERIFY(scene.waitForEmbedding());
     QTRY_VERIFY2(scene.label("state").contains(text), qPrintable(scene.label("state")));
+    const auto* state = scene.currentTab()->findChild<QLabel*>(QStringLiteral("state"));
+    QCOMPARE(state->palette().color(QPalette::WindowText), QColor(0xE0, 0xA0, 0x30));
     scene.clickButton("chooseOther");
     QTRY_VERIFY_WITH_TIMEOUT(!scene.currentTab()->isBusy(), kWaitMs);
     QVERIFY(scene.window().findChild<QTreeWidget*>()->isVisible());
