@@ -6,6 +6,7 @@ build_packages="g++ cmake ninja-build ccache qtbase5-dev libqwt-qt5-dev libqt5sq
 package_packages="file"
 display_packages="xvfb xauth xdotool x11-utils imagemagick"
 test_packages="$display_packages sqlite3 faketime procps python3-pyvisa-py python3-serial"
+long_packages="mmdebstrap $package_packages"
 bench_packages="libbenchmark-dev sqlite3 python3-pyqtgraph"
 check_packages="clang-format-16 clang-tidy $bench_packages"
 fuzz_packages="clang libclang-rt-14-dev"
