@@ -29,10 +29,12 @@ ButtonBarForm ButtonBarBuilder::build(QWidget* parent)
 
     m_form.m_startButton = addButton(QIcon(QStringLiteral(":/image/start.png")), tr("开始"),
                                      QSize(60, 40), QSize(100, 40));
+    m_form.m_startButton->setToolTip(tr("开始或停止扫描；开始时删除本仪器上次扫描的数据"));
     m_form.m_buttonBarLayout->addItem(
         new QSpacerItem(0, 0, QSizePolicy::Expanding, QSizePolicy::Minimum));
     m_form.m_exportButton = addButton(QIcon(QStringLiteral(":/image/derive.png")), tr("导出"),
                                       QSize(50, 40), QSize(90, 40));
+    m_form.m_exportButton->setToolTip(tr("将扫描数据导出为 CSV 文件"));
 
     m_form.m_runningLabel = new QLabel(tr("数据记录正在运行.."), m_form.m_buttonBar);
     m_form.m_runningLabel->setMinimumHeight(kBarHeight);

@@ -31,9 +31,9 @@ CustomTitleBar::CustomTitleBar(const QString& iconPath, QWidget* parent)
     , m_titleLabel(new QLabel(this))
     , m_spacer(
           new QSpacerItem(kSpacerSide, kSpacerSide, QSizePolicy::Expanding, QSizePolicy::Minimum))
-    , m_minimizeButton(makeButton(QStringLiteral(":/dark/window_minimize.png")))
-    , m_maximizeButton(makeButton(QStringLiteral(":/dark/window_undock.png")))
-    , m_closeButton(makeButton(QStringLiteral(":/dark/window_close.png")))
+    , m_minimizeButton(makeButton(QStringLiteral(":/dark/window_minimize.png"), tr("收起为图标")))
+    , m_maximizeButton(makeButton(QStringLiteral(":/dark/window_undock.png"), tr("最大化或还原")))
+    , m_closeButton(makeButton(QStringLiteral(":/dark/window_close.png"), tr("关闭")))
 {
     assertGuiThread();
     setMinimumHeight(kMinimumHeight);
@@ -90,10 +90,11 @@ void CustomTitleBar::mouseDoubleClickEvent(QMouseEvent* event)
     QWidget::mouseDoubleClickEvent(event);
 }
 
-QPushButton* CustomTitleBar::makeButton(const QString& iconPath)
+QPushButton* CustomTitleBar::makeButton(const QString& iconPath, const QString& toolTip)
 {
     auto* button = new QPushButton(this);
     button->setIcon(QIcon(iconPath));
+    button->setToolTip(toolTip);
     button->setStyleSheet(scn::flatButtonStyle());
     return button;
 }

@@ -33,7 +33,7 @@ protected:
     void mouseDoubleClickEvent(QMouseEvent* event) override;
 
 private:
-    QPushButton* makeButton(const QString& iconPath);
+    QPushButton* makeButton(const QString& iconPath, const QString& toolTip);
 
     QHBoxLayout* m_layout;
     QLabel* m_iconLabel;

@@ -7,13 +7,13 @@
 #include "plot/batchintake.h"
 #include "plot/custommdisubwindow.h"
 #include "plot/datanetwork.h"
+#include "plot/workspacearea.h"
 #include "state/globals.h"
 #include "widgets/flatbuttonstyle.h"
 #include "widgets/sidebar.h"
 
 #include <QDebug>
 #include <QHBoxLayout>
-#include <QMdiArea>
 #include <QPushButton>
 #include <QVBoxLayout>
 
@@ -46,8 +46,8 @@ GraphicSettingWidget::GraphicSettingWidget(QWidget* parent,
     layout->setContentsMargins(0, 0, 0, 0);
     layout->setSpacing(kPageSpacing);
     buildSideBar();
-    QPushButton* chartButton = addToolButton(chartIcon());
-    QPushButton* gridButton = addToolButton(gridIcon());
+    QPushButton* chartButton = addToolButton(chartIcon(), tr("新建图形窗口"));
+    QPushButton* gridButton = addToolButton(gridIcon(), tr("新建数据网格"));
     static_cast<QVBoxLayout*>(m_sideBar->content()->layout())->addStretch();
     layout->addWidget(m_sideBar);
     buildArea();
@@ -137,10 +137,11 @@ void GraphicSettingWidget::buildSideBar()
     layout->setContentsMargins(kSideBarMargin, kSideBarMargin, kSideBarMargin, kSideBarMargin);
 }
 
-QPushButton* GraphicSettingWidget::addToolButton(const QString& iconPath)
+QPushButton* GraphicSettingWidget::addToolButton(const QString& iconPath, const QString& toolTip)
 {
     auto* button = new QPushButton(m_sideBar->content());
     button->setIcon(QIcon(iconPath));
+    button->setToolTip(toolTip);
     button->setIconSize(QSize(kToolButtonSide, kToolButtonSide));
     button->setFixedSize(kToolButtonSide, kToolButtonSide);
     button->setStyleSheet(scn::flatButtonStyle());
@@ -150,7 +151,7 @@ QPushButton* GraphicSettingWidget::addToolButton(const QString& iconPath)
 
 void GraphicSettingWidget::buildArea()
 {
-    m_mdiArea = new QMdiArea(this);
+    m_mdiArea = new scn::WorkspaceArea(this);
     m_mdiArea->setBackground(Qt::NoBrush);
     m_mdiArea->setViewMode(QMdiArea::SubWindowView);
     m_mdiArea->setActivationOrder(QMdiArea::ActivationHistoryOrder);

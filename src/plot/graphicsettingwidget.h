@@ -53,7 +53,7 @@ private slots:
 
 private:
     void buildSideBar();
-    QPushButton* addToolButton(const QString& iconPath);
+    QPushButton* addToolButton(const QString& iconPath, const QString& toolTip);
     void buildArea();
     template <typename Content>
     void openWindow(const QString& iconPath, const QString& titleText);

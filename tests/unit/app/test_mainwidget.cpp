@@ -300,6 +300,8 @@ void TestMainWidget::buttonBarHoldsStartAndExport()
     const auto picture = [&size](const char* path) {
         return QIcon(QString::fromLatin1(path)).pixmap(size).toImage();
     };
+    QCOMPARE(start->toolTip(), QStringLiteral("开始或停止扫描；开始时删除本仪器上次扫描的数据"));
+    QCOMPARE(exporting->toolTip(), QStringLiteral("将扫描数据导出为 CSV 文件"));
     QCOMPARE(start->text(), QStringLiteral("开始"));
     QCOMPARE(start->objectName(), QStringLiteral("imageButton"));
     QCOMPARE(start->leftIcon().pixmap(size).toImage(), picture(":/image/start.png"));
