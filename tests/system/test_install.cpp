@@ -161,7 +161,8 @@ void TestInstall::expectToRun(const QStringList& programs)
     QProcess launcher;
     launcher.setProcessEnvironment(environment);
     launcher.start(path("bin/scn4070a-launcher"),
-                   {QStringLiteral("--slots"), QStringLiteral("1:13")});
+                   {QStringLiteral("--simulator"), path("bin/scn4070a-sim"),
+                    QStringLiteral("--slots"), QStringLiteral("1:13")});
     QVERIFY(launcher.waitForStarted());
     QTRY_COMPARE_WITH_TIMEOUT(childPrograms(launcher.processId()), programs, kWaitMs);
     const auto windowIsThere = [&display] {
