@@ -42,8 +42,8 @@ public:
     /// due already, not a load of these parts, or in the midst of a slice.
     bool fallDue(const QVector<Part>& parts);
 
-    /// Goes on until the deadline, and through anything small in any case. True once all is fetched;
-    /// false after a cancellation.
+    /// Goes on until the deadline, and through anything small in any case. True once all is fetched, or in
+    /// the turn after that if this one has read much; false after a cancellation.
     bool proceed(QDeadlineTimer deadline);
 
     /// Ends it for good, even from within the others: reopening a file handles events.

@@ -25,7 +25,10 @@ public:
     /// A day file was asked what it has.
     void noteFile() { m_rows += kRowsForAFile; }
 
-    bool isOver() const { return m_rows > m_fewRows && m_deadline.hasExpired(); }
+    /// Whether it has read more than takes next to no time.
+    bool hasReadMuch() const { return m_rows > m_fewRows; }
+
+    bool isOver() const { return hasReadMuch() && m_deadline.hasExpired(); }
 
 private:
     static constexpr qint64 kRowsForAFile = 100;
