@@ -5,6 +5,9 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <charconv>
+#include <cstdlib>
+#include <cstring>
 #include <optional>
 #include <utility>
 
@@ -62,6 +65,20 @@ std::optional<speed_t> speedOf(ViAttrState baud)
         }
     }
     return std::nullopt;
+}
+
+/// The rate that the user chose for the line, which the resource's name has no room for.
+std::optional<ViAttrState> chosenRate()
+{
+    const char* const text = std::getenv("SCN4070A_SERIAL_RATE");
+    if (!text) {
+        return std::nullopt;
+    }
+    const char* const end = text + std::strlen(text);
+    ViAttrState rate = 0;
+    const auto [rest, error] = std::from_chars(text, end, rate);
+    const bool isRate = error == std::errc() && rest == end && speedOf(rate);
+    return isRate ? std::optional(rate) : std::nullopt;
 }
 
 std::optional<tcflag_t> flagsOf(ViAttr attribute, ViAttrState value)
@@ -179,7 +196,7 @@ ViStatus SerialTransport::setSerialAttribute(ViAttr attribute, ViAttrState value
     if (::tcgetattr(descriptor(), &settings) != 0) {
         return VI_ERROR_IO;
     }
-    return isBaud ? setSpeed(descriptor(), settings, value)
+    return isBaud ? setSpeed(descriptor(), settings, chosenRate().value_or(value))
                   : setFlags(descriptor(), settings, attribute, value);
 }
 

@@ -14,7 +14,8 @@ public:
     Result readSome(char* buffer, std::size_t size) override;
     Result writeSome(const char* bytes, std::size_t size) override;
 
-    /// VI_ERROR_NSUP_ATTR_STATE for a value that the port does not support.
+    /// VI_ERROR_NSUP_ATTR_STATE for a value that the port does not support. A rate in the environment variable
+    /// SCN4070A_SERIAL_RATE takes the place of the one that is set; what is not a rate there counts for nothing.
     ViStatus setSerialAttribute(ViAttr attribute, ViAttrState value) override;
 };
 

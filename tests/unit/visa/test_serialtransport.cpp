@@ -42,6 +42,8 @@ private slots:
     void lineIsRawFromTheStart();
     void everyByteValueGoesThrough();
     void standardSettingsOfANewSession();
+    void chosenRateTakesThePlaceOfAnother_data();
+    void chosenRateTakesThePlaceOfAnother();
     void baudRateIsSet_data();
     void baudRateIsSet();
     void stopBitsAreSet();
@@ -148,6 +150,35 @@ void TestSerialTransport::baudRateIsSet()
     PtyPeer peer;
     ProviderSession session(peer.resource());
     QCOMPARE(session.set(VI_ATTR_ASRL_BAUD, static_cast<ViAttrState>(baud)), VI_SUCCESS);
+    const termios settings = settingsOf(peer);
+    QCOMPARE(::cfgetospeed(&settings), static_cast<speed_t>(speed));
+    QCOMPARE(::cfgetispeed(&settings), static_cast<speed_t>(speed));
+}
+
+void TestSerialTransport::chosenRateTakesThePlaceOfAnother_data()
+{
+    QTest::addColumn<QByteArray>("chosen");
+    QTest::addColumn<uint>("speed");
+    QTest::newRow("a rate") << QByteArrayLiteral("9600") << uint(B9600);
+    QTest::newRow("a high rate") << QByteArrayLiteral("115200") << uint(B115200);
+    QTest::newRow("no port has it") << QByteArrayLiteral("57601") << uint(B57600);
+    QTest::newRow("zero") << QByteArrayLiteral("0") << uint(B57600);
+    QTest::newRow("negative") << QByteArrayLiteral("-9600") << uint(B57600);
+    QTest::newRow("a word behind it") << QByteArrayLiteral("9600 baud") << uint(B57600);
+    QTest::newRow("too large") << QByteArrayLiteral("99999999999999999999999") << uint(B57600);
+    QTest::newRow("empty") << QByteArrayLiteral("") << uint(B57600);
+}
+
+void TestSerialTransport::chosenRateTakesThePlaceOfAnother()
+{
+    QFETCH(QByteArray, chosen);
+    QFETCH(uint, speed);
+    qputenv("SCN4070A_SERIAL_RATE", chosen);
+    PtyPeer peer;
+    ProviderSession session(peer.resource());
+    const ViStatus status = session.set(VI_ATTR_ASRL_BAUD, 57600);
+    qunsetenv("SCN4070A_SERIAL_RATE");
+    QCOMPARE(status, VI_SUCCESS);
     const termios settings = settingsOf(peer);
     QCOMPARE(::cfgetospeed(&settings), static_cast<speed_t>(speed));
     QCOMPARE(::cfgetispeed(&settings), static_cast<speed_t>(speed));
