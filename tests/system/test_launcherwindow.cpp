@@ -10,6 +10,7 @@
 #include <QLabel>
 #include <QMessageBox>
 #include <QPlainTextEdit>
+#include <QSignalSpy>
 #include <QTabBar>
 #include <QTabWidget>
 #include <QTest>
@@ -380,13 +381,17 @@ void TestLauncherWindow::cancellingAStartEndsIt()
 void TestLauncherWindow::crashShowsTheLastWordsAndStartsAgain()
 {
     LauncherScene scene(kFakeChild);
+    // The page of an end may be seen while the next start has yet to leave it.
+    const QSignalSpy ends(scene.currentTab(), &InstrumentTab::idle);
     scene.openByHand(QStringLiteral("crash"));
     const auto* words = scene.currentTab()->findChild<QPlainTextEdit*>();
     for (int start = 0; start < 2; ++start) {
+        QTRY_COMPARE_WITH_TIMEOUT(ends.size(), start + 1, kWaitMs);
         QTRY_VERIFY_WITH_TIMEOUT(words->isVisible(), kWaitMs);
         QCOMPARE(words->toPlainText(), QStringLiteral("the last words\nwithout an end"));
         scene.clickButton("startAgain");
     }
+    QTRY_COMPARE_WITH_TIMEOUT(ends.size(), 3, kWaitMs);
     QTRY_VERIFY_WITH_TIMEOUT(words->isVisible(), kWaitMs);
     scene.clickButton("chooseOther");
     QTRY_VERIFY(scene.window().findChild<QTreeWidget*>()->isVisible());
@@ -487,7 +492,8 @@ void TestLauncherWindow::startsAndEndsLeaveNothingBehind()
             return;
         }
     }
-    QTRY_COMPARE(openDescriptors(), descriptors);
+    // Of the first start some may have been closed only after they were counted.
+    QTRY_VERIFY2(openDescriptors() <= descriptors, qPrintable(QString::number(openDescriptors())));
     QCOMPARE(LauncherScene::children(QStringLiteral("scn4070a")).size(), 0);
     QCOMPARE(QDir(scene.home()).entryList(QDir::NoDotAndDotDot | QDir::AllEntries), files);
 }
