@@ -243,13 +243,11 @@ void TestStartup::writeToABrokenPipeFailsWithoutASignal()
 
 void TestStartup::systemTimeZoneIsKept()
 {
-    if (!QFile::exists(QStringLiteral("/etc/localtime"))) {
-        QSKIP("this system has no /etc/localtime");
-    }
+    const bool hasZone = QFile::exists(QStringLiteral("/etc/localtime"));
     const TimeZoneVariable variable({});
     const QDateTime local = QDateTime::fromSecsSinceEpoch(1784000000);
     startup::keepTimeZone();
-    QCOMPARE(qgetenv("TZ"), QByteArrayLiteral(":/etc/localtime"));
+    QCOMPARE(qgetenv("TZ"), hasZone ? QByteArrayLiteral(":/etc/localtime") : QByteArray());
     QCOMPARE(QDateTime(local.date(), local.time()).toSecsSinceEpoch(), 1784000000);
 }
 
@@ -263,7 +261,7 @@ void TestStartup::givenTimeZoneStays()
 void TestStartup::memoryOfImagesServesTheNext()
 {
 #if !defined(__GLIBC__) || defined(__SANITIZE_ADDRESS__)
-    QSKIP("another allocator");
+    SCN_SKIP(QStringLiteral("the memory is not the C library's own"));
 #endif
     constexpr int kRounds = 20;
     startup::keepFreedMemory();
