@@ -58,6 +58,20 @@ void checkLightOnDark(const QImage& image)
     QVERIFY2(lightest > 180, "the text is not light");
 }
 
+/// Shows the window with the workspace in front; null if it does not appear.
+GraphicSettingWidget* showWorkspace(WindowBench& bench)
+{
+    MainWidget& window = bench.open();
+    window.resize(1280, 720);
+    window.show();
+    if (!QTest::qWaitForWindowExposed(&window)) {
+        return nullptr;
+    }
+    bench.startupView()->stopLoading();
+    window.findChild<QTabWidget*>(QStringLiteral("myTabWidget1"))->setCurrentIndex(1);
+    return window.findChild<GraphicSettingWidget*>();
+}
+
 } // namespace
 
 /// The window with the program's fonts and style sheet, at its initial size.
@@ -148,13 +162,8 @@ void TestWindowLook::partsNeitherOverlapNorAreClipped()
 void TestWindowLook::viewsOfAnySizeAreWhole()
 {
     WindowBench bench;
-    MainWidget& window = bench.open();
-    window.resize(1280, 720);
-    window.show();
-    QVERIFY(QTest::qWaitForWindowExposed(&window));
-    bench.startupView()->stopLoading();
-    window.findChild<QTabWidget*>(QStringLiteral("myTabWidget1"))->setCurrentIndex(1);
-    auto* workspace = window.findChild<GraphicSettingWidget*>();
+    auto* workspace = showWorkspace(bench);
+    QVERIFY(workspace);
     for (const char* opener : {"recvGraphicBtnSlots", "recvDataNetworkBtnSlots"}) {
         QVERIFY(QMetaObject::invokeMethod(workspace, opener));
         auto* view = workspace->findChild<CustomMdiSubWindow*>();
@@ -338,13 +347,8 @@ void TestWindowLook::setupButtonHasAFace()
 void TestWindowLook::headersOfTheViewsLookAlike()
 {
     WindowBench bench;
-    MainWidget& window = bench.open();
-    window.resize(1280, 720);
-    window.show();
-    QVERIFY(QTest::qWaitForWindowExposed(&window));
-    bench.startupView()->stopLoading();
-    window.findChild<QTabWidget*>(QStringLiteral("myTabWidget1"))->setCurrentIndex(1);
-    auto* workspace = window.findChild<GraphicSettingWidget*>();
+    auto* workspace = showWorkspace(bench);
+    QVERIFY(workspace);
     for (const char* opener : {"recvGraphicBtnSlots", "recvDataNetworkBtnSlots"}) {
         QVERIFY(QMetaObject::invokeMethod(workspace, opener));
         auto* view = workspace->findChild<CustomMdiSubWindow*>();
