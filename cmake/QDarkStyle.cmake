@@ -106,6 +106,16 @@ function(scn_dark_style_sheet folder additions output)
     if(sheet MATCHES "qss_icons")
         message(FATAL_ERROR "${folder}/darkstyle.qss names icons in a place that is not known.")
     endif()
+    # A rule for whatever is inside some kind of widget is tried on every widget of the program, up its whole
+    # line of parents. These are for kinds that have nothing inside them here, or that the program does not have.
+    foreach(selector IN ITEMS "QToolBar \\*" "QCheckBox QWidget:disabled" "QRadioButton QWidget"
+                              "QToolBox QScrollArea QWidget QWidget")
+        string(REGEX REPLACE "\n${selector} {[^}]*}\n" "\n" shorter "${sheet}")
+        if(shorter STREQUAL sheet)
+            message(FATAL_ERROR "${folder}/darkstyle.qss has no rule for ${selector}.")
+        endif()
+        set(sheet "${shorter}")
+    endforeach()
     file(READ "${additions}" rules)
     set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS "${additions}")
     scn_write_if_changed("${output}" "${sheet}${rules}")

@@ -19,7 +19,9 @@
 #include <QSizeGrip>
 #include <QSplitter>
 #include <QTableWidget>
+#include <QTimer>
 #include <QVBoxLayout>
+#include <QWindow>
 #include <qwt_plot_curve.h>
 
 using namespace scn;
@@ -132,6 +134,7 @@ void BarChartWidget::hideTableWidget()
     if (!m_table) {
         return;
     }
+    m_table->appear();
     if (m_table->widget()->isVisible()) {
         m_table->widget()->hide();
         m_toggleButton->setText(tr("▲选择通道"));
@@ -176,6 +179,20 @@ void BarChartWidget::setOffset(QwtPlotCurve* curve, double offset)
         const QSignalBlocker blocker(spinBox);
         spinBox->setValue(offset);
     }
+}
+
+/// In a window that is on the screen, the first turn of the event loop draws the chart and the second its table.
+void BarChartWidget::showEvent(QShowEvent* event)
+{
+    assertGuiThread();
+    QWidget::showEvent(event);
+    const QWindow* onScreen = window()->windowHandle();
+    if (!onScreen || !onScreen->isExposed()) {
+        m_table->appear();
+        return;
+    }
+    QTimer::singleShot(0, this,
+                       [this] { QTimer::singleShot(0, this, [this] { m_table->appear(); }); });
 }
 
 void BarChartWidget::resizeEvent(QResizeEvent* event)
@@ -260,6 +277,8 @@ void BarChartWidget::buildTableArea()
     m_toggleButton->setStyleSheet(QStringLiteral("text-align: left; padding-left: 8px;"));
     connect(m_toggleButton, &QPushButton::clicked, this, &BarChartWidget::hideTableWidget);
     layout->addWidget(m_toggleButton);
+    // Or the first of its parents that is shown would style the table's widgets with itself.
+    ensurePolished();
     m_table = std::make_unique<CurveTable>(m_tableContainer);
     for (int row = 0; row < m_table->rowCount(); ++row) {
         connectRow(row);

@@ -57,6 +57,7 @@ public slots:
     void setOffset(QwtPlotCurve* curve, double offset);
 
 protected:
+    void showEvent(QShowEvent* event) override;
     void resizeEvent(QResizeEvent* event) override;
 
 private:

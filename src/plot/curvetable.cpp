@@ -43,6 +43,11 @@ constexpr int kOffsetDecimals = 5;
 CurveTable::CurveTable(QWidget* parent)
     : m_table(new QTableWidget(kRowCount, CurveColumnCount, parent))
 {
+    QSizePolicy policy = m_table->sizePolicy();
+    policy.setRetainSizeWhenHidden(true);
+    m_table->setSizePolicy(policy);
+    m_table->hide();
+    m_table->ensurePolished();
     m_table->setHorizontalHeaderLabels(
         {QString(), tr("颜色"), tr("通道"), tr("图表 Y轴"), tr("单位/Div"), tr("偏移量")});
     m_table->verticalHeader()->setVisible(false);
@@ -52,6 +57,23 @@ CurveTable::CurveTable(QWidget* parent)
     for (int row = 0; row < kRowCount; ++row) {
         buildRow(row);
     }
+    // They have asked to be styled in the next turn of the event loop, before anything is drawn.
+    const QList<QWidget*> widgets = m_table->viewport()->findChildren<QWidget*>();
+    for (QWidget* widget : widgets) {
+        QCoreApplication::removePostedEvents(widget, QEvent::PolishRequest);
+    }
+}
+
+void CurveTable::appear()
+{
+    if (m_hasAppeared) {
+        return;
+    }
+    m_hasAppeared = true;
+    QSizePolicy policy = m_table->sizePolicy();
+    policy.setRetainSizeWhenHidden(false);
+    m_table->setSizePolicy(policy);
+    m_table->show();
 }
 
 int CurveTable::rowCount() const
@@ -156,20 +178,29 @@ void CurveTable::buildRow(int row)
     number->setTextAlignment(Qt::AlignCenter);
     m_table->setItem(row, CurveNumberColumn, number);
 
-    m_table->setCellWidget(row, CurveColorColumn, buildColorCell(row));
+    putIntoCell(row, CurveColorColumn, buildColorCell(row));
 
     auto* channelBox = new LazyComboBox(m_table->viewport());
     channelBox->addItem(tr("无"));
     WheelGuard::install(channelBox);
     m_controlRows[channelBox] = row;
-    m_table->setCellWidget(row, CurveChannelColumn, channelBox);
+    putIntoCell(row, CurveChannelColumn, channelBox);
 
     auto* axisLabel = new QLabel(QStringLiteral("---"), m_table->viewport());
     axisLabel->setAlignment(Qt::AlignCenter);
-    m_table->setCellWidget(row, CurveAxisColumn, axisLabel);
+    putIntoCell(row, CurveAxisColumn, axisLabel);
 
-    m_table->setCellWidget(row, CurveUnitsPerDivColumn, buildUnitsPerDivCell());
-    m_table->setCellWidget(row, CurveOffsetColumn, buildOffsetCell(row));
+    putIntoCell(row, CurveUnitsPerDivColumn, buildUnitsPerDivCell());
+    putIntoCell(row, CurveOffsetColumn, buildOffsetCell(row));
+}
+
+/// The table shows what it is given, and a widget that is shown is styled at once. One that counts as shown is
+/// left alone, and is styled when the table appears.
+void CurveTable::putIntoCell(int row, int column, QWidget* widget)
+{
+    widget->setAttribute(Qt::WA_WState_ExplicitShowHide);
+    widget->setAttribute(Qt::WA_WState_Hidden, false);
+    m_table->setCellWidget(row, column, widget);
 }
 
 QWidget* CurveTable::buildColorCell(int row)

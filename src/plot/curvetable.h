@@ -25,6 +25,11 @@ public:
     explicit CurveTable(QWidget* parent);
 
     QTableWidget* widget() const { return m_table; }
+
+    /// Shows the table. It takes its room from the start, but its 320 widgets are styled here, which takes longer
+    /// than to draw the chart above it.
+    void appear();
+
     int rowCount() const;
 
     /// Row of a control; -1 for any other object.
@@ -53,12 +58,14 @@ public:
 private:
     void styleHeader();
     void buildRow(int row);
+    void putIntoCell(int row, int column, QWidget* widget);
     QWidget* buildColorCell(int row);
     QWidget* buildUnitsPerDivCell();
     QWidget* buildOffsetCell(int row);
 
     QTableWidget* m_table;
     QMap<QObject*, int> m_controlRows;
+    bool m_hasAppeared = false;
 };
 
 } // namespace scn

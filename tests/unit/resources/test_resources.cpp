@@ -22,6 +22,7 @@ private slots:
     void titleBarIconsAreThere_data();
     void titleBarIconsAreThere();
     void everyUrlOfTheStyleSheetResolves();
+    void rulesThatNoWidgetNeedsAreLeftOut();
     void styleSheetIsPlainText();
     void styleSheetsAreUnderstood_data();
     void styleSheetsAreUnderstood();
@@ -128,6 +129,21 @@ void TestResources::everyUrlOfTheStyleSheetResolves()
         ++count;
     }
     QVERIFY2(count > 50, qPrintable(QString::number(count)));
+}
+
+/// They would be tried on every widget there is.
+void TestResources::rulesThatNoWidgetNeedsAreLeftOut()
+{
+    const QString sheet = textOf(QStringLiteral(":/qss/styles.qss"));
+    for (const char* selector :
+         {"QToolBar * {", "QCheckBox QWidget", "QRadioButton QWidget", "QToolBox QScrollArea"}) {
+        QVERIFY2(!sheet.contains(QLatin1String(selector)), selector);
+    }
+    for (const char* selector :
+         {"QToolBar {", "QCheckBox {", "QRadioButton {", "QTabWidget QWidget {",
+          "QScrollArea QWidget QWidget:disabled {"}) {
+        QVERIFY2(sheet.contains(QLatin1String(selector)), selector);
+    }
 }
 
 void TestResources::styleSheetIsPlainText()
