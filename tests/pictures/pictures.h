@@ -10,6 +10,10 @@ class Pictures : public QObject
     Q_OBJECT
 
 private slots:
+    void launcher();
+    void launcherWithoutInstrument();
+    void liveRun();
+
     void start();
     void startWithoutInstrument();
     void buttonBar();
