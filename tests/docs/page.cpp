@@ -46,6 +46,12 @@ QString anchorOf(const QString& title)
 
 } // namespace
 
+QString textOf(const QString& path)
+{
+    QFile file(QStringLiteral(SCN_SOURCE_DIR "/") + path);
+    return file.open(QIODevice::ReadOnly) ? QString::fromUtf8(file.readAll()) : QString();
+}
+
 QStringList codeSpansIn(const QString& line)
 {
     return capturesIn(codeForm(), line);
@@ -62,12 +68,6 @@ Page::Page(const QString& text)
     for (const QString& line : text.split(QLatin1Char('\n'))) {
         takeLine(line);
     }
-}
-
-Page Page::inFile(const QString& path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? Page(QString::fromUtf8(file.readAll())) : Page();
 }
 
 void Page::takeLine(const QString& line)

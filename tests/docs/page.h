@@ -25,17 +25,12 @@ class Page
 public:
     explicit Page(const QString& text);
 
-    /// The page in that file; without any section if it cannot be read.
-    static Page inFile(const QString& path);
-
     const QVector<PageSection>& sections() const { return m_sections; }
 
     /// What a link says behind "#" to lead to each heading.
     QStringList anchors() const;
 
 private:
-    Page() = default;
-
     void takeLine(const QString& line);
     void takeText(const QString& line);
 
@@ -43,6 +38,9 @@ private:
     bool m_isFenced = false;
     bool m_mayIndent = true; ///< an indented line is code: the line before was blank or code
 };
+
+/// The text of a file, by its path from the top folder; empty if it cannot be read.
+QString textOf(const QString& path);
 
 /// The code and the links in a line.
 QStringList codeSpansIn(const QString& line);

@@ -1,17 +1,11 @@
+#include "page.h"
 #include "support/testprogram.h"
 
 #include <QDir>
-#include <QFile>
 #include <QRegularExpression>
 #include <QTest>
 
 namespace {
-
-QString textOf(const QString& path)
-{
-    QFile file(QStringLiteral(SCN_SOURCE_DIR "/") + path);
-    return file.open(QIODevice::ReadOnly) ? QString::fromUtf8(file.readAll()) : QString();
-}
 
 /// The texts in a source that end as a sentence does, with "…" for what is filled in.
 QStringList sentencesIn(const QString& source)

@@ -11,11 +11,6 @@ namespace {
 const QString kEnglish = QStringLiteral("README.md");
 const QString kChinese = QStringLiteral("README.zh-CN.md");
 
-Page pageIn(const QString& name)
-{
-    return Page::inFile(QStringLiteral(SCN_SOURCE_DIR "/") + name);
-}
-
 /// The command of a line of code, ahead of the words that explain it.
 QString commandIn(const QString& line)
 {
@@ -69,8 +64,8 @@ private slots:
 
 void TestReadme::languagesSayTheSame()
 {
-    const QStringList english = skeletonOf(pageIn(kEnglish));
-    const QStringList chinese = skeletonOf(pageIn(kChinese));
+    const QStringList english = skeletonOf(Page(textOf(kEnglish)));
+    const QStringList chinese = skeletonOf(Page(textOf(kChinese)));
     QVERIFY(english.size() > 1);
     for (int at = 0; at < std::max(english.size(), chinese.size()); ++at) {
         QCOMPARE(chinese.value(at), english.value(at));

@@ -4,7 +4,6 @@
 #include "support/testprogram.h"
 #include "teststore.h"
 
-#include <QFile>
 #include <QProcess>
 #include <QTest>
 
@@ -17,7 +16,7 @@ constexpr int kWaitMs = 60000;
 
 QStringList sqliteLines()
 {
-    const Page page = Page::inFile(QStringLiteral(SCN_SOURCE_DIR "/docs/store.md"));
+    const Page page(textOf(QStringLiteral("docs/store.md")));
     const auto section = std::find_if(page.sections().cbegin(), page.sections().cend(),
                                       [](const PageSection& one) { return one.title == kTitle; });
     return section == page.sections().cend() ? QStringList() : section->codeLines;
