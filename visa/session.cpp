@@ -201,6 +201,10 @@ std::optional<ViStatus> Session::takeMessage(char* buffer, std::size_t size, std
             return VI_SUCCESS_TERM_CHAR;
         }
     }
+    if (m_endsMessage && available == m_input.size()) {
+        take(buffer, available, received);
+        return VI_SUCCESS;
+    }
     if (available < size) {
         return std::nullopt;
     }
@@ -212,6 +216,7 @@ void Session::take(char* buffer, std::size_t size, std::size_t& received)
 {
     std::copy_n(m_input.data(), size, buffer);
     m_input.erase(0, size);
+    m_endsMessage = m_endsMessage && !m_input.empty();
     received = size;
 }
 
@@ -230,6 +235,7 @@ Transport::State Session::fetchInput()
     const Transport::Result result = m_transport->readSome(chunk, sizeof chunk);
     if (result.state == Transport::State::Moved) {
         m_input.append(chunk, result.count);
+        m_endsMessage = result.endsMessage;
     }
     return result.state;
 }
@@ -239,7 +245,7 @@ ViStatus Session::discardInput()
 {
     const std::lock_guard<std::mutex> lock(m_mutex);
     for (std::size_t discarded = 0; discarded < kMostDiscardedBytes;) {
-        m_input.clear();
+        forgetInput();
         const Transport::State state = fetchInput();
         if (state == Transport::State::Nothing) {
             return VI_SUCCESS;
@@ -249,8 +255,14 @@ ViStatus Session::discardInput()
         }
         discarded += m_input.size();
     }
-    m_input.clear();
+    forgetInput();
     return VI_SUCCESS;
+}
+
+void Session::forgetInput()
+{
+    m_input.clear();
+    m_endsMessage = false;
 }
 
 /// Writes until everything has gone out. Empty if the connection accepts no more for now.

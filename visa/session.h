@@ -22,8 +22,8 @@ public:
 
     ViStatus setAttribute(ViAttr attribute, ViAttrState value);
 
-    /// Reads one message: up to and including the termination character if that is enabled,
-    /// otherwise until the buffer is full. Further input stays for the next read. A failed read
+    /// Reads one message: up to and including the termination character if that is enabled, up to the end
+    /// that the transport tells, or until the buffer is full. Further input stays for the next read. A failed read
     /// still hands over the bytes that have arrived.
     ViStatus read(char* buffer, std::size_t size, std::size_t& received);
 
@@ -45,6 +45,7 @@ private:
     void takeRest(char* buffer, std::size_t size, std::size_t& received);
     Transport::State fetchInput();
     ViStatus discardInput();
+    void forgetInput();
     std::optional<ViStatus> tryWrite(const char* bytes, std::size_t size, std::size_t& sent,
                                      bool hungUp);
     ViStatus failure(Transport::State state);
@@ -58,6 +59,8 @@ private:
     bool m_writing = false;
     bool m_lost = false;
     std::string m_input;
+    /// The input ends with the end of a message.
+    bool m_endsMessage = false;
 };
 
 } // namespace scn::visa

@@ -9,8 +9,7 @@
 
 namespace scn::visa {
 
-/// The byte streams of one connection, without any notion of a message. Reading and writing never
-/// block; only wait() does. Any thread may call any operation, but two threads must not read, or
+/// The byte streams of one connection. Reading and writing never block; only wait() does. Any thread may call any operation, but two threads must not read, or
 /// write, at the same time.
 class Transport
 {
@@ -26,6 +25,8 @@ public:
     {
         State state = State::Nothing;
         std::size_t count = 0;
+        /// The bytes read are the last of a message; a plain stream of bytes never tells.
+        bool endsMessage = false;
     };
 
     enum class Direction { Input, Output, Neither };

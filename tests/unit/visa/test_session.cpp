@@ -20,6 +20,7 @@ public:
     {
         State state;
         QByteArray bytes;
+        bool endsMessage = false;
     };
 
     QList<Input> inputs;
@@ -39,7 +40,7 @@ public:
         }
         const Input input = inputs.takeFirst();
         std::copy(input.bytes.begin(), input.bytes.end(), buffer);
-        return {input.state, static_cast<std::size_t>(input.bytes.size())};
+        return {input.state, static_cast<std::size_t>(input.bytes.size()), input.endsMessage};
     }
 
     Result writeSome(const char* bytes, std::size_t size) override
@@ -81,6 +82,11 @@ private slots:
     void readReportsHowTheWaitEnded();
     void writeReportsHowTheWaitEnded_data();
     void writeReportsHowTheWaitEnded();
+    void endOfAMessageEndsTheRead();
+    void endOfAMessageBehindALineIsKept();
+    void messageThatJustFitsIsWhole();
+    void messageOfNothingIsRead();
+    void endOfADiscardedMessageIsForgotten();
     void hangUpWithoutInputIsALoss();
     void hangUpWithAMessageBehindItIsReadFirst();
     void hangUpInAWriteThatMovesNothingIsALoss();
@@ -153,6 +159,58 @@ void TestSession::writeReportsHowTheWaitEnded()
     m_transport->waits = {static_cast<Wait>(wait)};
     QCOMPARE(write("abcdef"), status);
     QCOMPARE(m_sent, std::size_t(3));
+}
+
+void TestSession::endOfAMessageEndsTheRead()
+{
+    m_transport->inputs = {{State::Moved, "no li"}, {State::Moved, "ne feed", true}};
+    const Outcome outcome = read();
+    QCOMPARE(outcome.status, VI_SUCCESS);
+    QCOMPARE(outcome.bytes, QByteArray("no line feed"));
+    QCOMPARE(read().status, VI_ERROR_TMO);
+}
+
+void TestSession::endOfAMessageBehindALineIsKept()
+{
+    m_transport->inputs = {{State::Moved, "line\nrest", true}, {State::Moved, "line\n", true}};
+    QCOMPARE(read().status, VI_SUCCESS_TERM_CHAR);
+    const Outcome rest = read();
+    QCOMPARE(rest.status, VI_SUCCESS);
+    QCOMPARE(rest.bytes, QByteArray("rest"));
+    QCOMPARE(read().bytes, QByteArray("line\n"));
+    // The line feed was the end: nothing is left of that message.
+    QCOMPARE(read().status, VI_ERROR_TMO);
+}
+
+void TestSession::messageThatJustFitsIsWhole()
+{
+    m_transport->inputs = {{State::Moved, QByteArray(64, 'x'), true}};
+    QCOMPARE(read().status, VI_SUCCESS);
+    m_transport->inputs = {{State::Moved, QByteArray(65, 'x'), true}};
+    QCOMPARE(read().status, VI_SUCCESS_MAX_CNT);
+    QCOMPARE(read().status, VI_SUCCESS);
+}
+
+void TestSession::messageOfNothingIsRead()
+{
+    m_transport->inputs = {{State::Moved, "", true}, {State::Moved, "next\n", true}};
+    const Outcome outcome = read();
+    QCOMPARE(outcome.status, VI_SUCCESS);
+    QCOMPARE(outcome.bytes, QByteArray());
+    QCOMPARE(read().bytes, QByteArray("next\n"));
+}
+
+void TestSession::endOfADiscardedMessageIsForgotten()
+{
+    m_transport->inputs = {{State::Moved, "a late reply", true}};
+    QCOMPARE(write("X?\n"), VI_SUCCESS);
+    m_transport->inputs = {{State::Moved, "rep"}, {State::Moved, "ly\n", true}};
+    QCOMPARE(read().bytes, QByteArray("reply\n"));
+    // One of which a part has been read, too.
+    m_transport->inputs = {{State::Moved, "line\nrest", true}};
+    QCOMPARE(read().bytes, QByteArray("line\n"));
+    QCOMPARE(write("X?\n"), VI_SUCCESS);
+    QCOMPARE(read().status, VI_ERROR_TMO);
 }
 
 void TestSession::hangUpWithoutInputIsALoss()
