@@ -65,6 +65,23 @@ Transport::Wait waitForDescriptor(int descriptor, short events, int wakeDescript
     }
 }
 
+ViStatus statusOfOpenError(int error)
+{
+    switch (error) {
+    case EACCES:
+    case EPERM:
+        return VI_ERROR_NPERMISSION;
+    case EBUSY:
+        return VI_ERROR_RSRC_BUSY;
+    case EMFILE:
+    case ENFILE:
+    case ENOMEM:
+        return VI_ERROR_ALLOC;
+    default:
+        return VI_ERROR_RSRC_NFOUND;
+    }
+}
+
 DescriptorTransport::DescriptorTransport(FileDescriptor descriptor, WakePipe wakePipe)
     : m_descriptor(std::move(descriptor))
     , m_wakePipe(std::move(wakePipe))

@@ -33,4 +33,7 @@ private:
 Transport::Wait waitForDescriptor(int descriptor, short events, int wakeDescriptor,
                                   const Deadline& deadline);
 
+/// The status of a device file that could not be opened, from errno.
+ViStatus statusOfOpenError(int error);
+
 } // namespace scn::visa

@@ -8,6 +8,8 @@ namespace {
 constexpr std::string_view kSeparator = "::";
 constexpr unsigned kHighestSerialPort = 9999;
 constexpr unsigned kHighestTcpPort = 65535;
+constexpr unsigned kHighestUsbId = 0xFFFF;
+constexpr unsigned kHighestUsbInterface = 0xFF;
 
 char lowered(char c)
 {
@@ -51,16 +53,30 @@ bool allDigits(std::string_view text)
     return text.find_first_not_of("0123456789") == std::string_view::npos;
 }
 
-/// A decimal number from 1 to `highest`, digits only; 0 for any other text.
+/// A number of digits only, up to `highest`; nothing for any other text.
+std::optional<unsigned> digitsUpTo(std::string_view text, int base, unsigned highest)
+{
+    constexpr std::string_view kDigits = "0123456789abcdefABCDEF";
+    const std::string_view allowed = base == 16 ? kDigits : kDigits.substr(0, 10);
+    unsigned number = 0;
+    if (text.empty() || text.find_first_not_of(allowed) != std::string_view::npos) {
+        return std::nullopt;
+    }
+    const auto result = std::from_chars(text.data(), text.data() + text.size(), number, base);
+    return result.ec == std::errc() && number <= highest ? std::optional(number) : std::nullopt;
+}
+
+/// A decimal number from 1 to `highest`; 0 for any other text.
 unsigned numberUpTo(std::string_view text, unsigned highest)
 {
-    unsigned number = 0;
-    const char* const end = text.data() + text.size();
-    if (text.empty() || !allDigits(text)) {
-        return 0;
-    }
-    const auto result = std::from_chars(text.data(), end, number);
-    return result.ec == std::errc() && result.ptr == end && number <= highest ? number : 0;
+    return digitsUpTo(text, 10, highest).value_or(0);
+}
+
+/// A decimal number or a hexadecimal one behind "0x", from 0 to `highest`.
+std::optional<unsigned> usbNumber(std::string_view text, unsigned highest)
+{
+    const int base = removePrefix(text, "0x") ? 16 : 10;
+    return digitsUpTo(text, base, highest);
 }
 
 bool hasControlCharacter(std::string_view text)
@@ -107,15 +123,23 @@ bool cleanHost(std::string_view& host)
     return !host.empty() && host.find_first_of("[]: ") == std::string_view::npos;
 }
 
+/// Cuts the text before the first separator off. Nothing if there is no separator.
+std::optional<std::string_view> takePart(std::string_view& rest)
+{
+    const std::size_t end = rest.find(kSeparator);
+    if (end == std::string_view::npos) {
+        return std::nullopt;
+    }
+    const std::string_view part = rest.substr(0, end);
+    rest.remove_prefix(end + kSeparator.size());
+    return part;
+}
+
 /// Parses what follows "TCPIP".
 std::optional<ResourceName> parseSocket(std::string_view rest)
 {
-    const std::size_t boardEnd = rest.find(kSeparator);
-    if (boardEnd == std::string_view::npos || !allDigits(rest.substr(0, boardEnd))) {
-        return std::nullopt;
-    }
-    rest.remove_prefix(boardEnd + kSeparator.size());
-    if (!removeSuffix(rest, "::SOCKET")) {
+    const auto board = takePart(rest);
+    if (!board || !allDigits(*board) || !removeSuffix(rest, "::SOCKET")) {
         return std::nullopt;
     }
     const std::size_t hostEnd = rest.rfind(kSeparator);
@@ -134,6 +158,31 @@ std::optional<ResourceName> parseSocket(std::string_view rest)
     return name;
 }
 
+/// Parses what follows "USB".
+std::optional<ResourceName> parseUsb(std::string_view rest)
+{
+    removeSuffix(rest, "::INSTR");
+    const auto board = takePart(rest);
+    const auto vendor = usbNumber(takePart(rest).value_or(""), kHighestUsbId);
+    const auto product = usbNumber(takePart(rest).value_or(""), kHighestUsbId);
+    std::optional<unsigned> usbInterface = 0;
+    if (const auto end = rest.rfind(kSeparator); end != std::string_view::npos) {
+        usbInterface = usbNumber(rest.substr(end + kSeparator.size()), kHighestUsbInterface);
+        rest = rest.substr(0, end);
+    }
+    if (!board || !allDigits(*board) || !vendor || !product || !usbInterface || rest.empty() ||
+        rest.find(kSeparator) != std::string_view::npos) {
+        return std::nullopt;
+    }
+    ResourceName name;
+    name.kind = ResourceName::Kind::Usb;
+    name.vendor = static_cast<std::uint16_t>(*vendor);
+    name.product = static_cast<std::uint16_t>(*product);
+    name.serialNumber = std::string(rest);
+    name.usbInterface = static_cast<std::uint8_t>(*usbInterface);
+    return name;
+}
+
 } // namespace
 
 std::optional<ResourceName> parseResourceName(std::string_view text)
@@ -146,6 +195,9 @@ std::optional<ResourceName> parseResourceName(std::string_view text)
     }
     if (removePrefix(text, "TCPIP")) {
         return parseSocket(text);
+    }
+    if (removePrefix(text, "USB")) {
+        return parseUsb(text);
     }
     return std::nullopt;
 }

@@ -157,23 +157,6 @@ bool setRawMode(int descriptor)
            ::tcsetattr(descriptor, TCSANOW, &settings) == 0;
 }
 
-ViStatus statusOfOpenError(int error)
-{
-    switch (error) {
-    case EACCES:
-    case EPERM:
-        return VI_ERROR_NPERMISSION;
-    case EBUSY:
-        return VI_ERROR_RSRC_BUSY;
-    case EMFILE:
-    case ENFILE:
-    case ENOMEM:
-        return VI_ERROR_ALLOC;
-    default:
-        return VI_ERROR_RSRC_NFOUND;
-    }
-}
-
 } // namespace
 
 Transport::Result SerialTransport::readSome(char* buffer, std::size_t size)

@@ -43,7 +43,9 @@ constexpr StatusRow kStatusRows[] = {
     {VI_ERROR_RSRC_BUSY, "VI_ERROR_RSRC_BUSY: the resource is in use"},
     {VI_ERROR_INV_PARAMETER, "VI_ERROR_INV_PARAMETER: a parameter is not valid"},
     {VI_ERROR_CONN_LOST, "VI_ERROR_CONN_LOST: the connection of this session is lost"},
-    {VI_ERROR_NPERMISSION, "VI_ERROR_NPERMISSION: no permission to use the resource"},
+    {VI_ERROR_NPERMISSION, "VI_ERROR_NPERMISSION: no permission to use the resource; a device file "
+                           "wants its group, dialout "
+                           "for serial ports, plugdev by our udev rule for USB instruments"},
 };
 
 const char* knownText(ViStatus status)

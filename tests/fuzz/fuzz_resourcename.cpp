@@ -9,6 +9,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <tuple>
 
 using namespace scn::visa;
 
@@ -33,6 +34,14 @@ int plainNumber(QString digits, int highest)
     return number <= highest ? number : 0;
 }
 
+ResourceName serialName(const std::string& device)
+{
+    ResourceName name;
+    name.kind = Kind::Serial;
+    name.device = device;
+    return name;
+}
+
 std::optional<ResourceName> plainSerialFile(const QString& text)
 {
     static const QRegularExpression form = wholeText("ASRL(/.+?)(?:::INSTR)?");
@@ -40,7 +49,7 @@ std::optional<ResourceName> plainSerialFile(const QString& text)
     if (path.isEmpty() || path.contains(QLatin1String("::"))) {
         return std::nullopt;
     }
-    return ResourceName{Kind::Serial, path.toLatin1().toStdString(), {}, 0};
+    return serialName(path.toLatin1().toStdString());
 }
 
 std::optional<ResourceName> plainSerialNumber(const QString& text)
@@ -50,7 +59,7 @@ std::optional<ResourceName> plainSerialNumber(const QString& text)
     if (port == 0) {
         return std::nullopt;
     }
-    return ResourceName{Kind::Serial, "/dev/ttyS" + std::to_string(port - 1), {}, 0};
+    return serialName("/dev/ttyS" + std::to_string(port - 1));
 }
 
 std::optional<ResourceName> plainSocket(const QString& text)
@@ -62,10 +71,45 @@ std::optional<ResourceName> plainSocket(const QString& text)
     if (port == 0) {
         return std::nullopt;
     }
-    return ResourceName{Kind::Socket,
-                        {},
-                        match.captured(1).toLatin1().toStdString(),
-                        static_cast<std::uint16_t>(port)};
+    ResourceName name;
+    name.kind = Kind::Socket;
+    name.host = match.captured(1).toLatin1().toStdString();
+    name.port = static_cast<std::uint16_t>(port);
+    return name;
+}
+
+/// A decimal number or a hexadecimal one behind "0x"; empty above the highest.
+std::optional<uint> plainUsbNumber(const QString& text, uint highest)
+{
+    const bool isHex = text.startsWith(QLatin1String("0x"), Qt::CaseInsensitive);
+    bool isNumber = false;
+    const uint number = text.mid(isHex ? 2 : 0).toUInt(&isNumber, isHex ? 16 : 10);
+    return isNumber && number <= highest ? std::optional(number) : std::nullopt;
+}
+
+std::optional<ResourceName> plainUsb(const QString& text)
+{
+    static const QRegularExpression form =
+        wholeText("USB[0-9]*::(0x[0-9a-f]+|[0-9]+)::(0x[0-9a-f]+|[0-9]+)::(.+?)"
+                  "(?:::(0x[0-9a-f]+|[0-9]+))?");
+    static const QRegularExpression ending(QStringLiteral("::INSTR\\z"),
+                                           QRegularExpression::CaseInsensitiveOption);
+    const QRegularExpressionMatch match = form.match(QString(text).remove(ending));
+    const auto vendor = plainUsbNumber(match.captured(1), 0xFFFF);
+    const auto product = plainUsbNumber(match.captured(2), 0xFFFF);
+    const QString usbInterface = match.captured(4);
+    const auto number =
+        plainUsbNumber(usbInterface.isEmpty() ? QStringLiteral("0") : usbInterface, 0xFF);
+    if (!vendor || !product || !number || match.captured(3).contains(QLatin1String("::"))) {
+        return std::nullopt;
+    }
+    ResourceName name;
+    name.kind = Kind::Usb;
+    name.vendor = static_cast<std::uint16_t>(*vendor);
+    name.product = static_cast<std::uint16_t>(*product);
+    name.serialNumber = match.captured(3).toLatin1().toStdString();
+    name.usbInterface = static_cast<std::uint8_t>(*number);
+    return name;
 }
 
 /// A plain version of the parser, with regular expressions over Latin-1.
@@ -76,7 +120,7 @@ std::optional<ResourceName> plainResourceName(std::string_view bytes)
     if (control.match(text).hasMatch()) {
         return std::nullopt;
     }
-    for (const auto parse : {plainSerialFile, plainSerialNumber, plainSocket}) {
+    for (const auto parse : {plainSerialFile, plainSerialNumber, plainSocket, plainUsb}) {
         if (const auto name = parse(text)) {
             return name;
         }
@@ -89,15 +133,24 @@ std::string formatted(const ResourceName& name)
     if (name.kind == Kind::Serial) {
         return "ASRL" + name.device + "::INSTR";
     }
+    if (name.kind == Kind::Usb) {
+        return "USB0::" + std::to_string(name.vendor) + "::" + std::to_string(name.product) +
+               "::" + name.serialNumber + "::" + std::to_string(name.usbInterface) + "::INSTR";
+    }
     const bool isNumeric = name.host.find(':') != std::string::npos;
     return "TCPIP0::" + (isNumeric ? '[' + name.host + ']' : name.host) +
            "::" + std::to_string(name.port) + "::SOCKET";
 }
 
+auto allOf(const ResourceName& name)
+{
+    return std::tie(name.kind, name.device, name.host, name.port, name.vendor, name.product,
+                    name.serialNumber, name.usbInterface);
+}
+
 bool same(const std::optional<ResourceName>& a, const std::optional<ResourceName>& b)
 {
-    return a.has_value() == b.has_value() && (!a || (a->kind == b->kind && a->device == b->device &&
-                                                     a->host == b->host && a->port == b->port));
+    return a.has_value() == b.has_value() && (!a || allOf(*a) == allOf(*b));
 }
 
 /// What callers that open the port or the connection rely on.
@@ -106,11 +159,14 @@ void checkUsable(const ResourceName& name)
     if (name.kind == Kind::Serial) {
         FUZZ_CHECK(name.device.size() > 1 && name.device.front() == '/');
         FUZZ_CHECK(name.host.empty() && name.port == 0);
+    } else if (name.kind == Kind::Usb) {
+        FUZZ_CHECK(name.device.empty() && name.host.empty() && !name.serialNumber.empty());
+        FUZZ_CHECK(name.serialNumber.find("::") == std::string::npos);
     } else {
         FUZZ_CHECK(name.device.empty() && !name.host.empty() && name.port > 0);
         FUZZ_CHECK(name.host.find_first_of("[] ") == std::string::npos);
     }
-    for (const char c : name.device + name.host) {
+    for (const char c : name.device + name.host + name.serialNumber) {
         FUZZ_CHECK(static_cast<unsigned char>(c) >= 0x20 && c != 0x7F);
     }
 }

@@ -14,6 +14,8 @@ private slots:
     void serialResourceNamesItsDevice();
     void socketResourceNamesHostAndPort_data();
     void socketResourceNamesHostAndPort();
+    void usbResourceNamesItsInstrument_data();
+    void usbResourceNamesItsInstrument();
     void anythingElseIsRefused_data();
     void anythingElseIsRefused();
 };
@@ -82,6 +84,44 @@ void TestResourceName::socketResourceNamesHostAndPort()
     QCOMPARE(static_cast<int>(name->port), port);
 }
 
+void TestResourceName::usbResourceNamesItsInstrument_data()
+{
+    QTest::addColumn<QByteArray>("text");
+    QTest::addColumn<int>("vendor");
+    QTest::addColumn<int>("product");
+    QTest::addColumn<QByteArray>("serial");
+    QTest::addColumn<int>("usbInterface");
+    const auto row = [](const char* name, const char* text, int vendor, int product,
+                        const char* serial, int usbInterface) {
+        QTest::newRow(name) << QByteArray(text) << vendor << product << QByteArray(serial)
+                            << usbInterface;
+    };
+    row("hexadecimal", "USB0::0x049F::0x606E::MY42::INSTR", 0x049F, 0x606E, "MY42", 0);
+    row("decimal", "USB0::1183::24686::MY42::INSTR", 0x049F, 0x606E, "MY42", 0);
+    row("interface", "USB0::0x049F::0x606E::MY42::2::INSTR", 0x049F, 0x606E, "MY42", 2);
+    row("hexadecimal interface", "USB::1::2::s::0x1f::INSTR", 1, 2, "s", 0x1F);
+    row("no board, no class, any case", "usb::0X49f::0X606e::My42", 0x049F, 0x606E, "My42", 0);
+    row("class left out behind an interface", "USB7::1::2::s::3", 1, 2, "s", 3);
+    row("serial number of digits", "USB0::1::2::3::INSTR", 1, 2, "3", 0);
+    row("highest numbers", "USB12::65535::0xFFFF::s::255::INSTR", 0xFFFF, 0xFFFF, "s", 255);
+    row("lowest numbers, many zeros", "USB0::0::0x0000000::s::00::INSTR", 0, 0, "s", 0);
+    row("blanks and colons in the serial number", "USB0::1::2::a b:c::INSTR", 1, 2, "a b:c", 0);
+    row("colon at its end", "USB0::1::2::a:::5::INSTR", 1, 2, "a:", 5);
+}
+
+void TestResourceName::usbResourceNamesItsInstrument()
+{
+    QFETCH(QByteArray, text);
+    QFETCH(QByteArray, serial);
+    const auto name = parseResourceName(text.constData());
+    QVERIFY(name);
+    QVERIFY(name->kind == ResourceName::Kind::Usb);
+    QTEST(static_cast<int>(name->vendor), "vendor");
+    QTEST(static_cast<int>(name->product), "product");
+    QCOMPARE(QByteArray::fromStdString(name->serialNumber), serial);
+    QTEST(static_cast<int>(name->usbInterface), "usbInterface");
+}
+
 void TestResourceName::anythingElseIsRefused_data()
 {
     QTest::addColumn<QByteArray>("text");
@@ -136,7 +176,30 @@ void TestResourceName::anythingElseIsRefused_data()
         "TCPIP0::h\x7F::80::SOCKET",
         "TCPIP0:h::80::SOCKET",
         "TCPIP0::h::80::SOCKET::",
-        "USB0::0x049F::0x606E::1::INSTR",
+        "USB",
+        "USB0",
+        "USB0::INSTR",
+        "USB0::1::2",
+        "USB0::1::2::INSTR",
+        "USB0::1::2::::INSTR",
+        "USB0::1::2::::0::INSTR",
+        "USB0::1::2::s::::INSTR",
+        "USB0::1::2::s::x::INSTR",
+        "USB0::1::2::s::256::INSTR",
+        "USB0::1::2::s::-1::INSTR",
+        "USB0::1::2::s::0::0::INSTR",
+        "USB0::1::2::s::INSTR::INSTR",
+        "USB0::1::2::s::0::RAW",
+        "USB0::65536::2::s::INSTR",
+        "USB0::1::0x10000::s::INSTR",
+        "USB0::1::4294967298::s::INSTR",
+        "USB0::0x::2::s::INSTR",
+        "USB0::0x-1::2::s::INSTR",
+        "USB0::0x0x1::2::s::INSTR",
+        "USB0::49F::2::s::INSTR",
+        "USB0:: 1::2::s::INSTR",
+        "USBx::1::2::s::INSTR",
+        "USB-1::1::2::s::INSTR",
         "GPIB0::9::INSTR",
         "VXI",
         "nonsense",

@@ -55,7 +55,9 @@ void TestVisaProvider::openRefusesWhatItCannotOpen_data()
     QTest::newRow("empty") << QByteArray() << VI_ERROR_INV_RSRC_NAME;
     QTest::newRow("not a resource") << QByteArray("hello") << VI_ERROR_INV_RSRC_NAME;
     QTest::newRow("kind that is not known")
-        << QByteArray("USB0::0x049F::0x606E::1::0::INSTR") << VI_ERROR_INV_RSRC_NAME;
+        << QByteArray("GPIB0::9::INSTR") << VI_ERROR_INV_RSRC_NAME;
+    QTest::newRow("USB instrument that is not plugged in")
+        << QByteArray("USB0::0::0::no such number::0::INSTR") << VI_ERROR_RSRC_NFOUND;
     QTest::newRow("missing device")
         << QByteArray("ASRL/dev/no-such-port::INSTR") << VI_ERROR_RSRC_NFOUND;
     QTest::newRow("device that is no terminal")
