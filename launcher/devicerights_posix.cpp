@@ -1,8 +1,10 @@
 #include "launcher/devicerights.h"
 
+#include "visa/resourcename.h"
+#include "visa/usbinstrument_posix.h"
+
 #include <QCoreApplication>
 #include <QFile>
-#include <QRegularExpression>
 
 #include <fcntl.h>
 #include <grp.h>
@@ -13,11 +15,17 @@
 
 namespace scnlauncher {
 
-QString deviceOf(const QString& resource)
+QString deviceOf(const QString& resource, const QString& root)
 {
-    static const QRegularExpression serial(QStringLiteral("^ASRL(/[^:]+)::INSTR$"),
-                                           QRegularExpression::CaseInsensitiveOption);
-    return serial.match(resource.trimmed()).captured(1);
+    const auto name = scn::visa::parseResourceName(resource.trimmed().toStdString());
+    if (!name) {
+        return {};
+    }
+    if (name->kind == scn::visa::ResourceName::Kind::Usb) {
+        const auto instrument = scn::visa::findUsbInstrument(*name, root.toStdString());
+        return instrument ? QString::fromStdString(instrument->deviceFile.string()) : QString();
+    }
+    return QString::fromStdString(name->device);
 }
 
 QString rightsProblem(const QString& device)

@@ -1,4 +1,6 @@
 #include "launcher/devicerights.h"
+#include "support/asnobody_posix.h"
+#include "support/machinetree.h"
 #include "support/testprogram.h"
 
 #include <QFile>
@@ -11,32 +13,6 @@
 
 using namespace scnlauncher;
 
-namespace {
-
-constexpr uid_t kNobody = 65534;
-
-/// Acts as a user without rights; only root can.
-class AsNobody
-{
-public:
-    AsNobody() { m_isNobody = ::setegid(kNobody) == 0 && ::seteuid(kNobody) == 0; }
-    ~AsNobody()
-    {
-        if (::seteuid(0) != 0 || ::setegid(0) != 0) {
-            qFatal("the test cannot become root again");
-        }
-    }
-    AsNobody(const AsNobody&) = delete;
-    AsNobody& operator=(const AsNobody&) = delete;
-
-    bool isNobody() const { return m_isNobody; }
-
-private:
-    bool m_isNobody = false;
-};
-
-} // namespace
-
 /// Whether a device file can be opened, and by whom if not.
 class TestDeviceRights : public QObject
 {
@@ -45,6 +21,7 @@ class TestDeviceRights : public QObject
 private slots:
     void serialResourceHasADevice_data();
     void serialResourceHasADevice();
+    void usbResourceHasADevice();
     void whatCanBeOpenedIsNoProblem();
     void missingGroupIsNamed_data();
     void missingGroupIsNamed();
@@ -58,6 +35,7 @@ void TestDeviceRights::serialResourceHasADevice_data()
                             << QStringLiteral("/dev/ttyUSB0");
     QTest::newRow("lower case") << QStringLiteral("asrl/dev/ttyS1::instr")
                                 << QStringLiteral("/dev/ttyS1");
+    QTest::newRow("by number") << QStringLiteral("ASRL3::INSTR") << QStringLiteral("/dev/ttyS2");
     QTest::newRow("network") << QStringLiteral("TCPIP0::host::1::SOCKET") << QString();
     QTest::newRow("empty") << QString() << QString();
 }
@@ -67,6 +45,15 @@ void TestDeviceRights::serialResourceHasADevice()
     QFETCH(QString, resource);
     QFETCH(QString, device);
     QCOMPARE(deviceOf(resource), device);
+}
+
+void TestDeviceRights::usbResourceHasADevice()
+{
+    const MachineTree machine;
+    machine.addUsbInstrument(QStringLiteral("usbtmc3"), {});
+    QCOMPARE(deviceOf(QStringLiteral("USB::1183::24686::my42::INSTR"), machine.root()),
+             machine.path(QStringLiteral("dev/usbtmc3")));
+    QCOMPARE(deviceOf(QStringLiteral("USB0::1183::24686::MY43::INSTR"), machine.root()), QString());
 }
 
 void TestDeviceRights::whatCanBeOpenedIsNoProblem()
