@@ -1,22 +1,19 @@
 #include "launcher/resourceidentity.h"
 
+#include "visa/hostlookup_posix.h"
 #include "visa/resourcename.h"
 
 #include <QCryptographicHash>
 #include <QFileInfo>
 #include <QRegularExpression>
 #include <QStringList>
+#include <QSysInfo>
 
 namespace scnlauncher {
 namespace {
 
 constexpr int kLongestName = 80;
 constexpr int kHashDigits = 8;
-/// Interface type and board, vendor, product, serial number, USB interface.
-constexpr int kUsbParts = 5;
-/// Interface type and board, host, LAN device.
-constexpr int kLanParts = 3;
-
 const QString kSeparator = QStringLiteral("::");
 
 QString serialIdentity(const QString& device)
@@ -25,44 +22,62 @@ QString serialIdentity(const QString& device)
     return QStringLiteral("ASRL%1::INSTR").arg(real.isEmpty() ? device : real);
 }
 
+/// Whether the host is this machine, as far as its spelling tells.
+bool isThisMachine(const QString& host)
+{
+    static const QStringList spellings = {
+        QStringLiteral("localhost"),     QStringLiteral("localhost.localdomain"),
+        QStringLiteral("ip6-localhost"), QStringLiteral("ip6-loopback"),
+        QStringLiteral("::1"),           QStringLiteral("::"),
+        QStringLiteral("0.0.0.0"),
+    };
+    const QString own = QSysInfo::machineHostName().toLower();
+    return spellings.contains(host) || host == own || host == own + QStringLiteral(".local");
+}
+
+/// `host` is without the brackets of an IPv6 address.
 QString hostIdentity(const QString& host)
 {
-    const QString lowered = host.toLower();
-    return lowered == QLatin1String("localhost") ? QStringLiteral("127.0.0.1") : lowered;
+    QString spelling =
+        QString::fromStdString(scn::visa::addressSpelling(host.toLower().toStdString()));
+    // The dot that ends a full name.
+    if (spelling.endsWith(QLatin1Char('.'))) {
+        spelling.chop(1);
+    }
+    if (isThisMachine(spelling)) {
+        return QStringLiteral("127.0.0.1");
+    }
+    return spelling.contains(QLatin1Char(':')) ? QStringLiteral("[%1]").arg(spelling) : spelling;
 }
 
-/// A number as the standard writes it, "0x049F"; any other text unchanged.
-QString usbNumber(const QString& text)
+QString usbIdentity(const scn::visa::ResourceName& name)
 {
-    bool isNumber = false;
-    const int base = text.startsWith(QLatin1String("0x"), Qt::CaseInsensitive) ? 16 : 10;
-    const uint number = text.toUInt(&isNumber, base);
-    return isNumber ? QStringLiteral("0x%1").arg(number, 4, 16, QLatin1Char('0')).toUpper() : text;
+    const auto hex = [](uint number) {
+        return QStringLiteral("%1").arg(number, 4, 16, QLatin1Char('0')).toUpper();
+    };
+    return QStringLiteral("USB0::0x%1::0x%2::%3::%4::INSTR")
+        .arg(hex(name.vendor), hex(name.product),
+             QString::fromStdString(name.serialNumber).toUpper(),
+             QString::number(name.usbInterface));
 }
 
-/// For the resources that only a platform's library opens, and for USB ones.
+/// For the resources that only a platform's library opens.
 QString standardIdentity(const QString& resource)
 {
+    // Host, and the device behind it.
+    static const QRegularExpression lan(QStringLiteral(
+        "^TCPIP[0-9]*::(?|\\[([^\\]]+)\\]|([^:\\[]+))(?:::(?!INSTR$)([^:]+))?(?:::INSTR)?$"));
     static const QRegularExpression kinds(QStringLiteral("^[A-Z]+$"));
+    const QRegularExpressionMatch match = lan.match(resource.toUpper());
+    if (match.hasMatch()) {
+        const QString device = match.captured(2);
+        return QStringLiteral("TCPIP0::%1::%2::INSTR")
+            .arg(hostIdentity(match.captured(1)),
+                 device.isEmpty() ? QStringLiteral("INST0") : device);
+    }
     QStringList parts = resource.toUpper().split(kSeparator);
     if (kinds.match(parts.constFirst()).hasMatch()) {
         parts.first() += QLatin1Char('0');
-    }
-    const QString kind = parts.constFirst();
-    if (kind.startsWith(QLatin1String("USB")) || kind.startsWith(QLatin1String("TCPIP"))) {
-        if (parts.constLast() != QLatin1String("INSTR")) {
-            parts.append(QStringLiteral("INSTR"));
-        }
-    }
-    if (kind.startsWith(QLatin1String("USB")) && parts.size() >= kUsbParts) {
-        parts[1] = usbNumber(parts.at(1));
-        parts[2] = usbNumber(parts.at(2));
-        if (parts.size() == kUsbParts) {
-            parts.insert(kUsbParts - 1, QStringLiteral("0"));
-        }
-    }
-    if (kind.startsWith(QLatin1String("TCPIP")) && parts.size() == kLanParts) {
-        parts.insert(kLanParts - 1, QStringLiteral("INST0"));
     }
     return parts.join(kSeparator);
 }
@@ -73,14 +88,19 @@ QString resourceIdentity(const QString& resource)
 {
     const QString text = resource.section(QLatin1Char(';'), 0, 0).trimmed();
     const auto name = scn::visa::parseResourceName(text.toStdString());
-    if (name && name->kind == scn::visa::ResourceName::Kind::Serial) {
+    if (!name) {
+        return standardIdentity(text);
+    }
+    switch (name->kind) {
+    case scn::visa::ResourceName::Kind::Serial:
         return serialIdentity(QString::fromStdString(name->device));
+    case scn::visa::ResourceName::Kind::Usb:
+        return usbIdentity(*name);
+    case scn::visa::ResourceName::Kind::Socket:
+        break;
     }
-    if (name && name->kind == scn::visa::ResourceName::Kind::Socket) {
-        return QStringLiteral("TCPIP0::%1::%2::SOCKET")
-            .arg(hostIdentity(QString::fromStdString(name->host)), QString::number(name->port));
-    }
-    return standardIdentity(text);
+    return QStringLiteral("TCPIP0::%1::%2::SOCKET")
+        .arg(hostIdentity(QString::fromStdString(name->host)), QString::number(name->port));
 }
 
 QString readableName(const QString& text)

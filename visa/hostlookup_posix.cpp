@@ -8,6 +8,7 @@
 #include <cstring>
 #include <memory>
 #include <mutex>
+#include <string_view>
 #include <system_error>
 #include <thread>
 #include <utility>
@@ -90,6 +91,25 @@ HostLookup lookUpHost(const std::string& host, std::uint16_t port, const Deadlin
         lookup.status = VI_ERROR_RSRC_NFOUND;
     }
     return lookup;
+}
+
+std::string addressSpelling(const std::string& host)
+{
+    const std::vector<SocketAddress> found = resolve(host, "0", AI_NUMERICHOST);
+    if (found.empty()) {
+        return host;
+    }
+    const auto* const address = reinterpret_cast<const sockaddr*>(&found.front().storage);
+    char text[NI_MAXHOST];
+    if (::getnameinfo(address, found.front().size, text, sizeof text, nullptr, 0, NI_NUMERICHOST) !=
+        0) {
+        return host;
+    }
+    constexpr std::string_view kMapped = "::ffff:";
+    const std::string_view spelling = text;
+    const bool isMapped = spelling.substr(0, kMapped.size()) == kMapped &&
+                          spelling.find('.') != std::string_view::npos;
+    return std::string(isMapped ? spelling.substr(kMapped.size()) : spelling);
 }
 
 } // namespace scn::visa

@@ -31,4 +31,8 @@ struct HostLookup
 /// in time nor interrupted.
 HostLookup lookUpHost(const std::string& host, std::uint16_t port, const Deadline& deadline);
 
+/// The one spelling of an address: decimal parts, hexadecimal groups without needless zeros, IPv4 in an
+/// IPv6 address as IPv4. A host name stays as it is; nothing is looked up.
+std::string addressSpelling(const std::string& host);
+
 } // namespace scn::visa
