@@ -32,6 +32,13 @@ bool hasPolled(const SimulatedInstrument& instrument)
     return instrument.received().count(QStringLiteral("STAT:OPER:EVEN?")) >= 2;
 }
 
+/// What the instrument heard before the first poll.
+QStringList untilPolled(const SimulatedInstrument& instrument)
+{
+    const QStringList lines = instrument.received();
+    return lines.mid(0, lines.indexOf(QStringLiteral("STAT:OPER:EVEN?")));
+}
+
 /// Changes an environment variable for the lifetime of the object.
 class Variable
 {
@@ -73,6 +80,7 @@ private slots:
     void resourceEndsAtTheFirstSemicolon();
     void platformLibraryIsAskedForTheFirstSection_data();
     void platformLibraryIsAskedForTheFirstSection();
+    void platformLibraryServesTheProgram();
     void showTellsHandleAndColor();
     void handleIsThatOfARealWindow();
     void windowIsNotScaled();
@@ -154,6 +162,33 @@ void TestLauncherChannel::platformLibraryIsAskedForTheFirstSection()
     // Every answer of this library is nonsense; the window appears all the same.
     QCOMPARE(program.waitForLines(kWid, 1).size(), 1);
     QVERIFY(program.isRunning());
+}
+
+void TestLauncherChannel::platformLibraryServesTheProgram()
+{
+    const SimulatedInstrument instrument(SimulatedInstrument::Transport::Tcp, kSmallest);
+    const QString resource = QStringLiteral("PLATFORM0::%1::INSTR").arg(instrument.port());
+    const QString connected = QStringLiteral("仪器已连接: SCN SCN4070A ");
+    {
+        const Variable path("LD_LIBRARY_PATH", SCN_WORKING_LIBRARY_DIR);
+        ProgramProcess program(m_display.name());
+        program.start({resource});
+        QCOMPARE(program.waitForLines(QStringLiteral("library: viOpen "), 1),
+                 QStringList{QStringLiteral("library: viOpen ") + resource});
+        QTRY_VERIFY_WITH_TIMEOUT(hasPolled(instrument), kEndWaitMs);
+        QVERIFY2(program.log().contains(connected), qPrintable(program.log()));
+    }
+    // The provider does not know such a resource.
+    ProgramProcess program(m_display.name());
+    program.start({resource});
+    QCOMPARE(program.waitForLines(kWid, 1).size(), 1);
+    QVERIFY2(!program.log().contains(connected), qPrintable(program.log()));
+    program.kill();
+    // Through it the program says the same on the wire.
+    const SimulatedInstrument other(SimulatedInstrument::Transport::Tcp, kSmallest);
+    program.start({other.resource()});
+    QTRY_VERIFY_WITH_TIMEOUT(hasPolled(other), kEndWaitMs);
+    QCOMPARE(untilPolled(instrument), untilPolled(other));
 }
 
 void TestLauncherChannel::showTellsHandleAndColor()
