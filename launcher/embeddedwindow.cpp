@@ -24,14 +24,14 @@ EmbeddedWindow::EmbeddedWindow(const NativeWindows& windows, qulonglong handle, 
     background.setColor(QPalette::Window, color);
     setPalette(background);
     setAutoFillBackground(true);
-    m_container =
+    auto* container =
         QWidget::createWindowContainer(QWindow::fromWinId(static_cast<WId>(handle)), this);
     m_retry.setSingleShot(true);
     m_retry.setInterval(kRetryMs);
     connect(&m_retry, &QTimer::timeout, this, &EmbeddedWindow::giveKeyboard);
     auto* layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
-    layout->addWidget(m_container);
+    layout->addWidget(container);
     qApp->installNativeEventFilter(this);
 }
 
@@ -83,8 +83,7 @@ void EmbeddedWindow::giveKeyboard()
 void EmbeddedWindow::tellPlace()
 {
     if (isVisible()) {
-        m_windows.tellPlace(m_handle,
-                            QRect(m_container->mapToGlobal(QPoint(0, 0)), m_container->size()));
+        m_windows.tellPlace(m_handle);
     }
 }
 

@@ -35,7 +35,6 @@ private:
 
     const NativeWindows& m_windows;
     const qulonglong m_handle;
-    QWidget* m_container = nullptr;
     QPointer<QWidget> m_watched; ///< the window that this one is in
     QTimer m_retry;
 };

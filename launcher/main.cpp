@@ -1,3 +1,4 @@
+#include "common/textresolution.h"
 #include "common/version.h"
 #include "launcher/launcheroptions.h"
 #include "launcher/launcherwindow.h"
@@ -77,6 +78,7 @@ int main(int argc, char* argv[])
     }
     // As the program does: the two look like one.
     QCoreApplication::setAttribute(Qt::AA_DisableHighDpiScaling, true);
+    scn::assumeResolution();
     const QApplication application(argc, argv);
     QApplication::setWindowIcon(windowIcon());
     QGuiApplication::setDesktopFileName(QStringLiteral("scn4070a"));

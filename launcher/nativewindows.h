@@ -1,6 +1,5 @@
 #pragma once
 
-#include <QRect>
 #include <QString>
 
 #include <memory>
@@ -25,8 +24,8 @@ public:
     QString objection(qulonglong handle, qint64 processId) const;
 
     /// Tells an embedded window where it is on the screen: it hears nothing when only its parent moves, and its
-    /// popups would open at the old place.
-    void tellPlace(qulonglong handle, const QRect& place) const;
+    /// popups would open at the old place. In pixels of the screen, which a scale factor makes others than Qt's.
+    void tellPlace(qulonglong handle) const;
 
     /// Gives a window the keyboard; false if it cannot have it yet, because it does not show.
     bool giveKeyboard(qulonglong handle) const;

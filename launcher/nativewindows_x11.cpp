@@ -77,19 +77,31 @@ QString NativeWindows::objection(qulonglong handle, qint64 processId) const
     return {};
 }
 
-void NativeWindows::tellPlace(qulonglong handle, const QRect& place) const
+void NativeWindows::tellPlace(qulonglong handle) const
 {
     if (!isConnected()) {
         return;
     }
+    const auto window = static_cast<xcb_window_t>(handle);
+    const auto size = owned(xcb_get_geometry_reply(
+        m_connection.get(), xcb_get_geometry(m_connection.get(), window), nullptr));
+    if (!size) {
+        return;
+    }
+    const auto place = owned(xcb_translate_coordinates_reply(
+        m_connection.get(), xcb_translate_coordinates(m_connection.get(), window, size->root, 0, 0),
+        nullptr));
+    if (!place) {
+        return;
+    }
     xcb_configure_notify_event_t event{};
     event.response_type = XCB_CONFIGURE_NOTIFY;
-    event.event = static_cast<xcb_window_t>(handle);
-    event.window = event.event;
-    event.x = static_cast<int16_t>(place.x());
-    event.y = static_cast<int16_t>(place.y());
-    event.width = static_cast<uint16_t>(place.width());
-    event.height = static_cast<uint16_t>(place.height());
+    event.event = window;
+    event.window = window;
+    event.x = place->dst_x;
+    event.y = place->dst_y;
+    event.width = size->width;
+    event.height = size->height;
     xcb_send_event(m_connection.get(), 0, event.window, XCB_EVENT_MASK_STRUCTURE_NOTIFY,
                    reinterpret_cast<const char*>(&event));
     xcb_flush(m_connection.get());

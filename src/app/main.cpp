@@ -5,6 +5,7 @@
 #include "app/startup.h"
 #include "app/windowtiming.h"
 #include "common/helperthreads.h"
+#include "common/textresolution.h"
 #include "common/version.h"
 #include "resources/resources.h"
 #include "resources/windowicon.h"
@@ -53,7 +54,7 @@ int main(int argc, char* argv[])
     scn::startup::keepTimeZone();
     scn::startup::keepFreedMemory();
     QCoreApplication::setAttribute(Qt::AA_DisableHighDpiScaling, true);
-    scn::startup::assumeResolution();
+    scn::assumeResolution();
     const QApplication application(argc, argv);
     scn::startup::substituteFonts();
     scn::startup::loadTranslations(QLibraryInfo::location(QLibraryInfo::TranslationsPath));

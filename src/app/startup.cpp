@@ -73,15 +73,6 @@ void keepFreedMemory()
 #endif
 }
 
-void assumeResolution()
-{
-    // The environment decides, where it says something.
-    constexpr char kVariable[] = "QT_FONT_DPI";
-    if (!qEnvironmentVariableIsSet(kVariable)) {
-        qputenv(kVariable, "96");
-    }
-}
-
 void registerMetaTypes()
 {
     qRegisterMetaType<QList<QwtLegendData>>("QList<QwtLegendData>");

@@ -18,10 +18,6 @@ void keepTimeZone();
 /// system and taken anew, every page of it costs a fault.
 void keepFreedMemory();
 
-/// Makes texts and their margins as large as on a screen of 96 dots per inch: the forms and the columns of
-/// the table have widths in pixels, and what is in them must fit. Before the application is created.
-void assumeResolution();
-
 /// Registers the types used in queued connections and in calls by name.
 void registerMetaTypes();
 

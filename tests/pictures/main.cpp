@@ -1,4 +1,5 @@
 #include "app/startup.h"
+#include "common/textresolution.h"
 #include "pictures.h"
 #include "resources/resources.h"
 
@@ -10,7 +11,7 @@
 int main(int argc, char* argv[])
 {
     QCoreApplication::setAttribute(Qt::AA_DisableHighDpiScaling, true);
-    scn::startup::assumeResolution();
+    scn::assumeResolution();
     const QApplication application(argc, argv);
     scn::startup::substituteFonts();
     scn::startup::loadTranslations(QLibraryInfo::location(QLibraryInfo::TranslationsPath));
