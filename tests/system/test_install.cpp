@@ -85,6 +85,7 @@ void TestInstall::everyFileIsInItsPlace()
     const QStringList wanted{
         QStringLiteral("bin/scn4070a-launcher"),
         QStringLiteral("bin/scn4070a-sim"),
+        QStringLiteral("bin/scn4070a-store"),
         QStringLiteral("lib/scn4070a/scn4070a"),
         QStringLiteral("lib/udev/rules.d/70-scn4070a.rules"),
         QStringLiteral("share/applications/scn4070a.desktop"),
@@ -101,6 +102,8 @@ void TestInstall::programsTellTheirVersionAndOptions()
              QByteArray("scn4070a-launcher " SCN_VERSION "\n"));
     QVERIFY(outputOf(launcher, {QStringLiteral("--help")}).contains("--simulator"));
     QVERIFY(outputOf(path("bin/scn4070a-sim"), {QStringLiteral("--help")}).contains("--pty"));
+    QCOMPARE(outputOf(path("bin/scn4070a-store"), {QStringLiteral("--version")}),
+             QByteArray("scn4070a-store " SCN_VERSION "\n"));
 }
 
 void TestInstall::menuEntryNamesWhatIsInstalled()
@@ -131,7 +134,7 @@ void TestInstall::iconsHaveTheirSizes()
 void TestInstall::manualPagesAreThere_data()
 {
     QTest::addColumn<QString>("name");
-    for (const char* name : {"scn4070a-launcher", "scn4070a", "scn4070a-sim"}) {
+    for (const char* name : {"scn4070a-launcher", "scn4070a", "scn4070a-sim", "scn4070a-store"}) {
         QTest::newRow(name) << QString::fromUtf8(name);
     }
 }
