@@ -12,6 +12,7 @@
 #include <QMutexLocker>
 
 #include <algorithm>
+#include <limits>
 
 using namespace scn;
 
@@ -73,6 +74,12 @@ void CsvExportFromDBThread::startExport()
     }
     wait(); // a thread that has reported its end may still run, and would not start again
     start();
+}
+
+void CsvExportFromDBThread::setDevice(QFileDevice* device)
+{
+    m_device = device;
+    m_rowsPerPart = std::numeric_limits<qint64>::max();
 }
 
 void CsvExportFromDBThread::requestStop()
@@ -160,14 +167,24 @@ QMap<int, QString> CsvExportFromDBThread::selectExistingCurves() const
 ExportResult CsvExportFromDBThread::writeFiles(Cursors& cursors, const QMap<int, QString>& curves,
                                                QStringList& files)
 {
+    if (m_device) {
+        CsvParts parts(*m_store, *m_device, m_separator, m_header, curves);
+        return writeParts(files, cursors, parts);
+    }
     CsvParts parts(*m_store, m_path, m_separator, m_header, curves);
+    return writeParts(files, cursors, parts);
+}
+
+ExportResult CsvExportFromDBThread::writeParts(QStringList& files, Cursors& cursors,
+                                               CsvParts& parts)
+{
     if (!parts.openNext()) {
         qCritical() << "[导出线程] 创建CSV文件失败：" << CurveDataDB::partFilePath(m_path, 1);
         return ExportFileError;
     }
     m_rowNumber = 1;
     m_rowsInPart = 0;
-    ExportResult result = writeParts(cursors, parts);
+    ExportResult result = writeRows(cursors, parts);
     parts.close();
     if (result == ExportSuccess && !parts.isWhole()) {
         result = failedToWrite();
@@ -180,7 +197,7 @@ ExportResult CsvExportFromDBThread::writeFiles(Cursors& cursors, const QMap<int,
 }
 
 /// Writes block after block until no cursor has a sample, while the next blocks are being read.
-ExportResult CsvExportFromDBThread::writeParts(Cursors& cursors, CsvParts& parts)
+ExportResult CsvExportFromDBThread::writeRows(Cursors& cursors, CsvParts& parts)
 {
     CsvRows rows(m_separator);
     BlockReader reader(cursors, static_cast<std::size_t>(m_rowsPerBlock), m_stopRequested);

@@ -15,6 +15,7 @@
 #include <vector>
 
 class CurveDataDB;
+class QFileDevice;
 
 namespace scn {
 class CsvParts;
@@ -59,6 +60,10 @@ public:
     /// Rows per part, at least one; 1,000,000 by default. Set before startExport().
     void setRowsPerPart(qint64 rows) { m_rowsPerPart = qMax<qint64>(rows, 1); }
 
+    /// Writes everything to an open device instead of parts. It outlives the export, stays open, and is
+    /// whole only if the export succeeds. Set before startExport().
+    void setDevice(QFileDevice* device);
+
     /// Rows read per hold of a connection's lock, at least one; it does not affect the output. Set
     /// before startExport().
     void setRowsPerBlock(int rows) { m_rowsPerBlock = qMax(rows, 1); }
@@ -80,7 +85,8 @@ private:
     QMap<int, QString> selectExistingCurves() const;
     bool makeCursors(const QMap<int, QString>& curves, Cursors& cursors) const;
     ExportResult writeFiles(Cursors& cursors, const QMap<int, QString>& curves, QStringList& files);
-    ExportResult writeParts(Cursors& cursors, scn::CsvParts& parts);
+    ExportResult writeParts(QStringList& files, Cursors& cursors, scn::CsvParts& parts);
+    ExportResult writeRows(Cursors& cursors, scn::CsvParts& parts);
     ExportResult writeBlock(const scn::SampleBlock& block, scn::CsvRows& rows,
                             scn::CsvParts& parts);
     ExportResult countRow(scn::CsvRows& rows, scn::CsvParts& parts);
@@ -99,6 +105,7 @@ private:
     std::atomic<bool> m_stopRequested{false};
     bool m_running = false;
 
+    QFileDevice* m_device = nullptr; ///< Null: parts.
     qint64 m_rowsPerPart;
     int m_rowsPerBlock;
     qint64 m_rowNumber = 1;  ///< Of the next row.

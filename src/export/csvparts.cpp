@@ -10,7 +10,18 @@ namespace scn {
 CsvParts::CsvParts(CurveDataDB& store, const QString& path, const QString& separator,
                    const QMap<QString, QString>& header, const QMap<int, QString>& curves)
     : m_store(store)
+    , m_device(&m_file)
     , m_path(path)
+    , m_separator(separator)
+    , m_header(header)
+    , m_curves(curves)
+{
+}
+
+CsvParts::CsvParts(CurveDataDB& store, QFileDevice& device, const QString& separator,
+                   const QMap<QString, QString>& header, const QMap<int, QString>& curves)
+    : m_store(store)
+    , m_device(&device)
     , m_separator(separator)
     , m_header(header)
     , m_curves(curves)
@@ -29,6 +40,11 @@ bool CsvParts::openNext()
 {
     close();
     ++m_index;
+    if (m_device != &m_file) {
+        CurveDataDB::writeCsvHead(m_separator, m_header, m_curves, *m_device, m_stream);
+        noteError();
+        return true;
+    }
     const bool created =
         m_store.openCsvPart(m_path, m_index, m_separator, m_header, m_curves, m_file, m_stream);
     if (!created) {
@@ -42,20 +58,24 @@ bool CsvParts::openNext()
 
 void CsvParts::write(const QByteArray& text)
 {
-    if (m_file.write(text) != text.size()) {
+    if (m_device->write(text) != text.size()) {
         m_whole = false;
     }
 }
 
 void CsvParts::flush()
 {
-    if (!m_file.flush()) {
+    if (!m_device->flush()) {
         m_whole = false;
     }
 }
 
 void CsvParts::close()
 {
+    if (m_device != &m_file) {
+        flush();
+        return;
+    }
     if (!m_file.isOpen()) {
         return;
     }
@@ -65,7 +85,7 @@ void CsvParts::close()
 
 void CsvParts::noteError()
 {
-    if (m_file.error() != QFileDevice::NoError) {
+    if (m_device->error() != QFileDevice::NoError) {
         m_whole = false;
     }
 }

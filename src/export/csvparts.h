@@ -11,13 +11,17 @@ class QByteArray;
 
 namespace scn {
 
-/// The files of one CSV export, written one after another. Unless keep() is called, the destructor
-/// removes them. One thread at a time.
+/// The files of one CSV export, written one after another, or one open device that is given to it.
+/// Unless keep() is called, the destructor removes the files. One thread at a time.
 class CsvParts
 {
 public:
     /// @param curves names by id: the titles of every part
     CsvParts(CurveDataDB& store, const QString& path, const QString& separator,
+             const QMap<QString, QString>& header, const QMap<int, QString>& curves);
+
+    /// One part, on a device that stays open and whose fate is its owner's.
+    CsvParts(CurveDataDB& store, QFileDevice& device, const QString& separator,
              const QMap<QString, QString>& header, const QMap<int, QString>& curves);
     ~CsvParts();
     Q_DISABLE_COPY_MOVE(CsvParts)
@@ -45,6 +49,7 @@ private:
     void removeFiles();
 
     CurveDataDB& m_store;
+    QFileDevice* m_device; ///< The open part: our file, or what was given.
     QString m_path;
     QString m_separator;
     QMap<QString, QString> m_header;

@@ -39,7 +39,8 @@ CurveCursor::CurveCursor(CurveDataDB& store, int curveId, QVector<BatchTable> ta
     , m_tables(std::move(tables))
     , m_start(start)
     , m_end(end)
-    , m_columns(columns)
+    , m_columns(store.isReadOnly() ? TimesAndValues : columns)
+    , m_rests(store.isReadOnly())
 {
     if (m_tables.isEmpty()) {
         qWarning() << "[Cursor初始化] 曲线" << m_curveId << "未获取到任何分片表";
@@ -70,10 +71,15 @@ void CurveCursor::readTable(SampleColumn& column, std::size_t limit)
         m_valid = failToRead(QStringLiteral("the file has gone or was replaced"));
         return;
     }
+    if (m_isResting && !resume()) {
+        m_valid = false;
+        return;
+    }
     const auto wanted = static_cast<int>(limit - column.size()) + 1;
     if (m_query->fetchSamples(wanted, column) == wanted) {
         m_current = column.back();
         column.pop_back();
+        rest();
     } else if (!m_query->isUsable() || !m_query->errorText().isEmpty()) {
         m_valid = failToRead(m_query->errorText());
     } else {
@@ -197,6 +203,7 @@ bool CurveCursor::takeFirstRow(const BatchTable& table)
     SampleColumn first;
     if (m_query->fetchSamples(1, first) == 1) {
         m_current = first.front();
+        rest();
         return true;
     }
     if (!m_query->isUsable() || !m_query->errorText().isEmpty()) {
@@ -204,6 +211,20 @@ bool CurveCursor::takeFirstRow(const BatchTable& table)
     }
     qWarning() << "[初始化查询] 分片表" << table.name << "无匹配数据（时间范围/曲线ID过滤后为空）";
     return false;
+}
+
+void CurveCursor::rest()
+{
+    if (m_rests) {
+        m_query->finish();
+        m_isResting = true;
+    }
+}
+
+bool CurveCursor::resume()
+{
+    m_isResting = false;
+    return m_query->execWith({m_current.timestamp + 1, m_end}) || failToRead(m_query->errorText());
 }
 
 bool CurveCursor::failToRead(const QString& cause)
@@ -223,6 +244,7 @@ bool CurveCursor::fail()
 void CurveCursor::release()
 {
     m_query.reset();
+    m_isResting = false;
     if (!m_connection) {
         return;
     }

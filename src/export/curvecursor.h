@@ -20,7 +20,9 @@ namespace scn {
 /// with one forward-only query at a time on the pooled connections.
 ///
 /// It holds a connection while it reads from its file, and the connection's lock for one block of
-/// rows at a time. Any thread, one at a time.
+/// rows at a time. On a store that only reads, whose files another process may write, its query rests
+/// between two blocks, so that SQLite's own lock is never held for longer. Any thread, one at a
+/// time.
 class CurveCursor
 {
 public:
@@ -53,6 +55,8 @@ private:
     bool isListedIn(const BatchTable& table);
     bool startQuery(const BatchTable& table);
     bool takeFirstRow(const BatchTable& table);
+    void rest();
+    bool resume();
     void readTable(SampleColumn& column, std::size_t limit);
     bool failToRead(const QString& cause);
     bool fail();
@@ -72,6 +76,8 @@ private:
     qint64 m_start;
     qint64 m_end;
     Columns m_columns;
+    bool m_rests;             ///< Between two blocks.
+    bool m_isResting = false; ///< The query goes on after the current sample.
 };
 
 } // namespace scn

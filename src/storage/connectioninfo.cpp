@@ -87,7 +87,7 @@ void ConnectionInfo::closeExpired(const QString& path)
     const QString closedName = name();
     qDebug() << "准备移除超时连接：" << path << "连接名：" << closedName;
     QueryManager::instance().finishQueries(closedName);
-    bool walInUse = false;
+    bool walInUse = isReadOnly(*connection);
     {
         const ConnectionLocker locker(mutex);
         if (connection->isOpen()) {
@@ -96,7 +96,7 @@ void ConnectionInfo::closeExpired(const QString& path)
             // The last connection checkpoints the WAL and removes it. One that is still there
             // belongs to another process or could not be checkpointed: its readings are not ours to
             // delete.
-            walInUse = wal && QFile::exists(path + kWalSuffix);
+            walInUse = walInUse || (wal && QFile::exists(path + kWalSuffix));
         }
     }
     if (!walInUse && file == fileIdentity(path)) {

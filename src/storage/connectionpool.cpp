@@ -63,7 +63,8 @@ QString ConnectionPool::hourKeyFromPath(const QString& path)
     return digitsOfBaseName(path, 10);
 }
 
-QSharedPointer<QSqlDatabase> ConnectionPool::acquireConnection(const QString& path)
+QSharedPointer<QSqlDatabase> ConnectionPool::acquireConnection(const QString& path,
+                                                               FileAccess access)
 {
     const QMutexLocker locker(&m_mutex);
     m_retired.purge();
@@ -96,7 +97,8 @@ QSharedPointer<QSqlDatabase> ConnectionPool::acquireConnection(const QString& pa
     while (m_connections.size() >= kMaxConnections && evictOldestLocked()) {
     }
 
-    const QSqlDatabase created = createConnection(path);
+    const QSqlDatabase created =
+        access == FileAccess::Read ? createReadOnlyConnection(path) : createConnection(path);
     if (!created.isOpen()) {
         return {};
     }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "storage/connectioninfo.h"
+#include "storage/fileaccess.h"
 #include "storage/retiredconnections.h"
 
 #include <QDeadlineTimer>
@@ -41,8 +42,9 @@ public:
     static QString hourKeyFromPath(const QString& path);
 
     /// The connection to a file, opened if necessary; null on failure. Hold the pointer while
-    /// working, drop it afterwards and call releaseConnection().
-    QSharedPointer<QSqlDatabase> acquireConnection(const QString& path);
+    /// working, drop it afterwards and call releaseConnection(). A process has one access to a path.
+    QSharedPointer<QSqlDatabase> acquireConnection(const QString& path,
+                                                   scn::FileAccess access = scn::FileAccess::Write);
 
     /// Records that the path was used now. Closes nothing.
     void releaseConnection(const QString& path);

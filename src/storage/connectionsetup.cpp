@@ -11,6 +11,7 @@
 #include <QDir>
 #include <QFileInfo>
 #include <QSqlError>
+#include <QUrl>
 #include <QUuid>
 
 namespace scn {
@@ -21,6 +22,7 @@ constexpr int kPathHashLength = 8;
 constexpr int kUuidLength = 16;
 constexpr int kDateKeyLength = 8;
 
+const QString kReadOnlyOption = QStringLiteral("QSQLITE_OPEN_READONLY");
 const QString kJournalDelete = QStringLiteral("PRAGMA journal_mode = DELETE");
 
 QString newConnectionName(const QString& path)
@@ -31,6 +33,28 @@ QString newConnectionName(const QString& path)
     unique.remove(QLatin1Char('-'));
     return kConnectionNamePrefix + QString::fromLatin1(hash.left(kPathHashLength)) +
            QLatin1Char('_') + unique.left(kUuidLength);
+}
+
+QString busyTimeoutOption()
+{
+    return QStringLiteral("QSQLITE_BUSY_TIMEOUT=%1").arg(storewaits::kLockPatience.count());
+}
+
+/// The file as SQLite's URI.
+QString readOnlyUri(const QString& path)
+{
+    const QFileInfo file(path);
+    const bool hasWal = QFileInfo(path + QStringLiteral("-wal")).size() > 0;
+    const bool isFixed = !hasWal && !QFileInfo(file.absolutePath()).isWritable();
+    return QStringLiteral("file:") +
+           QString::fromLatin1(QUrl::toPercentEncoding(file.absoluteFilePath(), "/")) +
+           (isFixed ? QStringLiteral("?immutable=1") : QStringLiteral("?mode=ro"));
+}
+
+/// Reports why a file could not be opened.
+void tellFailure(const QString& path, const QString& error)
+{
+    qCritical() << "打开数据库失败:" << path << "错误:" << error;
 }
 
 /// Sets the page size of a file that is still empty, which must come before the journal mode.
@@ -88,8 +112,7 @@ QSqlDatabase createConnection(const QString& path)
     {
         QSqlDatabase database = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), name);
         database.setDatabaseName(path);
-        database.setConnectOptions(
-            QStringLiteral("QSQLITE_BUSY_TIMEOUT=%1").arg(storewaits::kLockPatience.count()));
+        database.setConnectOptions(busyTimeoutOption());
         if (database.open()) {
             choosePages(database, path);
             if (digitsOfBaseName(path, kDateKeyLength) == todayKey()) {
@@ -101,9 +124,33 @@ QSqlDatabase createConnection(const QString& path)
         }
         error = database.lastError().text();
     }
-    qCritical() << "打开数据库失败:" << path << "错误:" << error;
+    tellFailure(path, error);
     QSqlDatabase::removeDatabase(name);
     return {};
+}
+
+QSqlDatabase createReadOnlyConnection(const QString& path)
+{
+    const QString name = newConnectionName(path);
+    QString error;
+    {
+        QSqlDatabase database = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), name);
+        database.setDatabaseName(readOnlyUri(path));
+        database.setConnectOptions(kReadOnlyOption + QStringLiteral(";QSQLITE_OPEN_URI;") +
+                                   busyTimeoutOption());
+        if (database.open()) {
+            return database;
+        }
+        error = database.lastError().text();
+    }
+    tellFailure(path, error);
+    QSqlDatabase::removeDatabase(name);
+    return {};
+}
+
+bool isReadOnly(const QSqlDatabase& database)
+{
+    return database.connectOptions().startsWith(kReadOnlyOption);
 }
 
 bool execPragmaChecked(const QSqlDatabase& database, const QString& sql, const QString& expected)
@@ -151,6 +198,9 @@ bool usesWal(const QSqlDatabase& database)
 
 void truncateWal(const QSqlDatabase& database)
 {
+    if (isReadOnly(database)) {
+        return;
+    }
     ManagedQuery(database).exec(QStringLiteral("PRAGMA wal_checkpoint(TRUNCATE)"));
 }
 
@@ -163,7 +213,9 @@ void foldAndClose(QSqlDatabase& database)
     // A query started during the wait would block the switch of the journal.
     QueryManager::instance().finishQueries(database.connectionName());
     truncateWal(database);
-    ManagedQuery(database).exec(kJournalDelete);
+    if (!isReadOnly(database)) {
+        ManagedQuery(database).exec(kJournalDelete);
+    }
     database.close();
 }
 

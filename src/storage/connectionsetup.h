@@ -19,6 +19,13 @@ inline constexpr int kDayFilePageBytes = 1024;
 /// invalid database on failure.
 QSqlDatabase createConnection(const QString& path);
 
+/// Opens a file to read it as it is, whoever writes it; invalid on failure. A file of a folder that
+/// cannot be written is read without locks, unless it has a WAL: SQLite could create no index of one.
+QSqlDatabase createReadOnlyConnection(const QString& path);
+
+/// Whether createReadOnlyConnection() opened it.
+bool isReadOnly(const QSqlDatabase& database);
+
 /// Whether a connection is open and answers.
 bool validateConnection(const QSqlDatabase& database);
 
@@ -31,10 +38,10 @@ void setBusyTimeout(const QSqlDatabase& database, std::chrono::milliseconds pati
 /// Whether the connection writes a WAL.
 bool usesWal(const QSqlDatabase& database);
 
-/// Checkpoints the WAL.
+/// Checkpoints the WAL, unless the connection only reads.
 void truncateWal(const QSqlDatabase& database);
 
-/// Checkpoints the WAL, removes the side files and closes.
+/// Checkpoints the WAL, removes the side files and closes. One that only reads is closed alone.
 void foldAndClose(QSqlDatabase& database);
 
 } // namespace scn

@@ -38,7 +38,7 @@ bool CurrentFile::isGone() const
 void CurrentFile::attach()
 {
     const LockPatience patience;
-    if (m_attachment.isAttaching() || m_files.isClosedForExit() ||
+    if (m_files.isReadOnly() || m_attachment.isAttaching() || m_files.isClosedForExit() ||
         (isAttachedToday() && !isGone())) {
         return;
     }

@@ -5,6 +5,7 @@
 #include "storage/curveread.h"
 #include "storage/curverecords.h"
 #include "storage/dayfiles.h"
+#include "storage/fileaccess.h"
 #include "storage/heldfiles.h"
 #include "storage/latefile.h"
 #include "storage/managedquery.h"
@@ -30,6 +31,7 @@
 #include <chrono>
 
 class QFile;
+class QIODevice;
 class QTextStream;
 class QThread;
 
@@ -56,14 +58,18 @@ public:
     /// if no store was opened.
     static void shutdown();
 
-    /// A store in a given directory, beside the program's own: for tests and benchmarks.
-    explicit CurveDataDB(const QString& dataDirectory, QObject* parent = nullptr);
+    /// A store in a given directory, beside the program's own. One that only reads knows the curves of
+    /// all day files there, by the ids of the newest file that has them, and stores nothing:
+    /// registerCurve() finds a curve, and what would write or delete fails.
+    explicit CurveDataDB(const QString& dataDirectory, QObject* parent = nullptr,
+                         scn::FileAccess access = scn::FileAccess::Write);
     ~CurveDataDB() override;
 
     /// What shutdown() does, for this store.
     void closeForExit(QDeadlineTimer deadline);
 
     QString dataDirectory() const { return m_dataDir; }
+    bool isReadOnly() const { return m_files.isReadOnly(); }
 
     /// Whether the last reading, or the last registration of a curve since, could not be stored.
     /// Never blocks.
@@ -156,6 +162,11 @@ public:
                      const QMap<QString, QString>& header, const QMap<int, QString>& curves,
                      QFile& file, QTextStream& stream);
 
+    /// Binds the stream to an open device and writes the header of a CSV export to it.
+    static void writeCsvHead(const QString& separator, const QMap<QString, QString>& header,
+                             const QMap<int, QString>& curves, QIODevice& device,
+                             QTextStream& stream);
+
     /// Starts clearing the store and returns; sigClearFinished() reports when it is ready again.
     /// GUI thread.
     void clearAll();
@@ -172,6 +183,7 @@ private slots:
 
 private:
     void ensureCurrentDb();
+    void readCatalogues();
     int enlistCurve(const QString& name, scn::CurrentFile::NewCurve newCurve);
 
     // Readings one by one: curvedatadb_write.cpp
@@ -193,6 +205,7 @@ private:
     bool dropCurve(int curveId);
 
     QString m_dataDir;
+    scn::FileAccess m_access;
     QString m_currentDbPath;
     QString m_currentDate; ///< "yyyyMMdd"
     QSharedPointer<QSqlDatabase> m_currentDb;
@@ -211,7 +224,7 @@ private:
     std::atomic<bool> m_closedForExit{false};
     std::atomic<bool> m_refusing{false};
 
-    scn::DayFiles m_files{m_dataDir, m_clearing, m_closedForExit};
+    scn::DayFiles m_files{m_dataDir, m_access, m_clearing, m_closedForExit};
     scn::StoreMemory m_memory{m_currentDbPath, m_currentDate, m_currentDb,
                               m_curveNameMap,  m_metadataMap, m_batchList};
     scn::CurrentFile m_today{m_memory, m_files};

@@ -14,7 +14,7 @@ void CurveDataDB::appendPoints(int curveId, const QVector<QPointF>& points)
 {
     const QMutexLocker locker(&m_mutex);
     const LockPatience patience;
-    if (!m_curveNameMap.contains(curveId) || points.isEmpty()) {
+    if (isReadOnly() || !m_curveNameMap.contains(curveId) || points.isEmpty()) {
         return;
     }
     if (m_batchLoadMode || m_clearing) {

@@ -18,7 +18,7 @@ void CurveDataDB::clearAll()
 {
     {
         const QMutexLocker locker(&m_mutex);
-        if (m_clearing || m_clearThread || m_closedForExit) {
+        if (isReadOnly() || m_clearing || m_clearThread || m_closedForExit) {
             return;
         }
         m_clearing = true;

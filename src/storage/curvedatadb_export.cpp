@@ -55,7 +55,15 @@ bool CurveDataDB::openCsvPart(const QString& path, int index, const QString& sep
         qWarning() << "无法创建CSV文件:" << name << file.errorString();
         return false;
     }
-    stream.setDevice(&file);
+    writeCsvHead(separator, header, curves, file, stream);
+    return true;
+}
+
+void CurveDataDB::writeCsvHead(const QString& separator, const QMap<QString, QString>& header,
+                               const QMap<int, QString>& curves, QIODevice& device,
+                               QTextStream& stream)
+{
+    stream.setDevice(&device);
     stream.setGenerateByteOrderMark(true);
     stream.setCodec("UTF-8");
 
@@ -69,5 +77,4 @@ bool CurveDataDB::openCsvPart(const QString& path, int index, const QString& sep
     }
     stream << '\n';
     stream.flush();
-    return true;
 }

@@ -46,13 +46,18 @@ void CurveDataDB::shutdown()
     }
 }
 
-CurveDataDB::CurveDataDB(const QString& dataDirectory, QObject* parent)
+CurveDataDB::CurveDataDB(const QString& dataDirectory, QObject* parent, FileAccess access)
     : QObject(parent)
     , m_dataDir(dataDirectory)
+    , m_access(access)
 {
     qRegisterMetaType<DBBatchInfo>("DBBatchInfo");
     qRegisterMetaType<DBCurveMetadata>("DBCurveMetadata");
     qRegisterMetaType<QSharedPointer<QSqlDatabase>>("QSharedPointer<QSqlDatabase>");
+    if (isReadOnly()) {
+        readCatalogues();
+        return;
+    }
     if (!isLinkedDirectory(m_dataDir) && !QDir().mkpath(m_dataDir)) {
         qCritical() << "创建数据目录失败:" << m_dataDir;
     }

@@ -1,6 +1,8 @@
 #include "storage/curvedatadb.h"
 
 #include "storage/connectionpool.h"
+#include "storage/datadirectory.h"
+#include "storage/filecatalogue.h"
 #include "storage/lockpatience.h"
 #include "storage/shardnaming.h"
 
@@ -126,6 +128,28 @@ QVector<DBBatchInfo> CurveDataDB::listBatchesInFile(int curveId, qint64 start, q
     db.reset();
     ConnectionPool::instance().releaseConnection(path);
     return batches;
+}
+
+/// The oldest file first: a newer one's ids and extremes prevail. A curve that a newer file lacks keeps
+/// its id if that is free.
+void CurveDataDB::readCatalogues()
+{
+    const QMutexLocker locker(&m_mutex);
+    const LockPatience patience;
+    for (const QString& path : dayFilesIn(m_dataDir)) {
+        const QSharedPointer<QSqlDatabase> db = openDb(path);
+        if (!db) {
+            continue;
+        }
+        const FileCatalogue catalogue = readCatalogue(*db, [&path](const ManagedQuery& query) {
+            qWarning() << "读取目录失败:" << path << query.errorText();
+        });
+        for (const QString& name : catalogue.names) {
+            m_curveNameMap.remove(m_curveNameMap.key(name, -1));
+        }
+        m_memory.take(path, catalogue);
+        ConnectionPool::instance().releaseConnection(path);
+    }
 }
 
 void CurveDataDB::loadBatchesForCurve(int curveId, qint64 start, qint64 end)

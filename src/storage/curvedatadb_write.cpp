@@ -23,6 +23,9 @@ int CurveDataDB::registerCurveAtOnce(const QString& name)
 int CurveDataDB::enlistCurve(const QString& name, CurrentFile::NewCurve newCurve)
 {
     const QMutexLocker locker(&m_mutex);
+    if (isReadOnly()) {
+        return m_curveNameMap.key(name, -1);
+    }
     const LockPatience patience;
     const int curveId = m_today.registerCurve(name, newCurve);
     m_refusing = m_refusing || curveId < 0;
@@ -33,7 +36,7 @@ void CurveDataDB::appendPoint(int curveId, qint64 timestamp, double value)
 {
     const QMutexLocker locker(&m_mutex);
     const LockPatience patience;
-    if (!isTime(timestamp)) {
+    if (!isTime(timestamp) || isReadOnly()) {
         return;
     }
     if (targetsCurrentFile(timestamp)) {

@@ -1,5 +1,7 @@
 #include "storage/datadirectory.h"
 
+#include "storage/shardnaming.h"
+
 #include <QCoreApplication>
 #include <QCryptographicHash>
 #include <QDir>
@@ -11,6 +13,7 @@ namespace {
 constexpr int kLongestNameBytes = 255;
 constexpr int kEndBytes = 5;
 constexpr int kHashDigits = 8;
+constexpr int kDateKeyLength = 8;
 
 /// The serial number, short enough to leave room for the suffix.
 QString fittingSerial(const QString& serial)
@@ -67,4 +70,17 @@ bool removeDataDirectory(const QString& directoryName)
         return false;
     }
     return QDir(info.absoluteFilePath()).removeRecursively();
+}
+
+QStringList dayFilesIn(const QString& directory)
+{
+    const QDir folder(directory);
+    QStringList paths;
+    for (const QString& name :
+         folder.entryList({QStringLiteral("????????.db")}, QDir::Files, QDir::Name)) {
+        if (!digitsOfBaseName(name, kDateKeyLength).isEmpty()) {
+            paths.append(folder.filePath(name));
+        }
+    }
+    return paths;
 }

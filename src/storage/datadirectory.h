@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QString>
+#include <QStringList>
 
 /// Name of the store's directory for an instrument: "<serial>_Data", where the serial number is the
 /// third word of the identity, words being separated by single blanks. Slashes of both kinds become
@@ -17,3 +18,6 @@ bool removeDataDirectory(const QString& directoryName);
 /// Whether a store directory, given by its path, is a link. Its target belongs to someone else: it
 /// is neither written nor deleted.
 bool isLinkedDirectory(const QString& path);
+
+/// Paths of the day files in a directory, oldest first.
+QStringList dayFilesIn(const QString& directory);

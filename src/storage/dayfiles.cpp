@@ -10,9 +10,10 @@
 
 namespace scn {
 
-DayFiles::DayFiles(QString directory, const std::atomic<bool>& clearing,
+DayFiles::DayFiles(QString directory, FileAccess access, const std::atomic<bool>& clearing,
                    const std::atomic<bool>& closedForExit)
     : m_directory(std::move(directory))
+    , m_access(access)
     , m_clearing(clearing)
     , m_closedForExit(closedForExit)
 {
@@ -38,7 +39,7 @@ QSharedPointer<QSqlDatabase> DayFiles::open(const QString& path) const
         qCritical() << "数据目录是链接，不予使用：" << m_directory;
         return {};
     }
-    return ConnectionPool::instance().acquireConnection(path);
+    return ConnectionPool::instance().acquireConnection(path, m_access);
 }
 
 } // namespace scn

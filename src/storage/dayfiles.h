@@ -1,5 +1,7 @@
 #pragma once
 
+#include "storage/fileaccess.h"
+
 #include <QSharedPointer>
 #include <QSqlDatabase>
 #include <QString>
@@ -14,12 +16,13 @@ class DayFiles
 public:
     /// The flags, which outlive this, say whether files may be opened: neither while the store is
     /// being cleared nor after it was closed for good.
-    DayFiles(QString directory, const std::atomic<bool>& clearing,
+    DayFiles(QString directory, FileAccess access, const std::atomic<bool>& clearing,
              const std::atomic<bool>& closedForExit);
     virtual ~DayFiles();
     Q_DISABLE_COPY_MOVE(DayFiles)
 
     const QString& directory() const { return m_directory; }
+    bool isReadOnly() const { return m_access == FileAccess::Read; }
     QString path(const QString& dateKey) const;
 
     bool isClearing() const { return m_clearing; }
@@ -30,6 +33,7 @@ public:
 
 private:
     QString m_directory;
+    FileAccess m_access;
     const std::atomic<bool>& m_clearing;
     const std::atomic<bool>& m_closedForExit;
 };

@@ -26,7 +26,7 @@ class OneConnection : public DayFiles
 {
 public:
     OneConnection(const QString& directory, const std::atomic<bool>& no)
-        : DayFiles(directory, no, no)
+        : DayFiles(directory, FileAccess::Write, no, no)
     {
     }
 
