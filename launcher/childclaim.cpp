@@ -1,6 +1,6 @@
 #include "launcher/childclaim.h"
 
-#include "launcher/resourceidentity.h"
+#include "launcher/place/resourceidentity.h"
 
 #include <QDir>
 #include <QFileInfo>

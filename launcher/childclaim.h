@@ -1,7 +1,7 @@
 #pragma once
 
 #include "launcher/ownership.h"
-#include "launcher/programplace.h"
+#include "launcher/place/programplace.h"
 
 #include <QString>
 

@@ -1,6 +1,6 @@
 #include "launcher/launcheroptions.h"
 
-#include "launcher/programplace.h"
+#include "launcher/place/programplace.h"
 
 #include <QCommandLineParser>
 #include <QFileInfo>

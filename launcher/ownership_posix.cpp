@@ -1,6 +1,6 @@
 #include "launcher/ownership.h"
 
-#include "launcher/resourceidentity.h"
+#include "launcher/place/resourceidentity.h"
 
 #include <QCoreApplication>
 #include <QCryptographicHash>

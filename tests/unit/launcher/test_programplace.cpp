@@ -1,4 +1,4 @@
-#include "launcher/programplace.h"
+#include "launcher/place/programplace.h"
 #include "support/privatemounts.h"
 #include "support/testprogram.h"
 

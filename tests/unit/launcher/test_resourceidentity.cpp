@@ -1,4 +1,4 @@
-#include "launcher/resourceidentity.h"
+#include "launcher/place/resourceidentity.h"
 #include "support/testprogram.h"
 
 #include <QFile>

@@ -1,6 +1,6 @@
-#include "launcher/programplace.h"
+#include "launcher/place/programplace.h"
 
-#include "launcher/resourceidentity.h"
+#include "launcher/place/resourceidentity.h"
 
 #include <QCoreApplication>
 #include <QDir>
@@ -107,7 +107,7 @@ bool takesData(const QString& folder)
     return file.open();
 }
 
-QString perUserFolder(const QString& name)
+QString perUserRoot()
 {
     QString data = qEnvironmentVariable("XDG_DATA_HOME");
     if (!QDir::isAbsolutePath(data)) {
@@ -117,7 +117,13 @@ QString perUserFolder(const QString& name)
         }
         data = home + QStringLiteral("/.local/share");
     }
-    return QDir::cleanPath(data + QStringLiteral("/scn4070a/") + readableName(name));
+    return QDir::cleanPath(data + QStringLiteral("/scn4070a"));
+}
+
+QString perUserFolder(const QString& name)
+{
+    const QString root = perUserRoot();
+    return root.isEmpty() ? root : root + QLatin1Char('/') + readableName(name);
 }
 
 ProgramPlace copiedProgram(const QString& program, const QString& folder)

@@ -1,4 +1,4 @@
-#include "launcher/resourceidentity.h"
+#include "launcher/place/resourceidentity.h"
 
 #include "visa/hostlookup_posix.h"
 #include "visa/resourcename.h"

@@ -22,6 +22,9 @@ QString companionProgram(const QString& name);
 /// anywhere, is none of the system's.
 bool takesData(const QString& folder);
 
+/// $XDG_DATA_HOME/scn4070a, with a folder for each name below; empty for a user without a home.
+QString perUserRoot();
+
 /// $XDG_DATA_HOME/scn4070a/<name>, readable; empty for a user without a home.
 QString perUserFolder(const QString& name);
 
