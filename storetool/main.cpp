@@ -1,5 +1,8 @@
 #include "common/version.h"
+#include "storetool/checkcommand.h"
 #include "storetool/console/console.h"
+#include "storetool/infocommand.h"
+#include "storetool/listcommand.h"
 
 #include <QCoreApplication>
 
@@ -22,6 +25,9 @@ int showHelp(const QStringList& arguments);
 int showVersion(const QStringList& arguments);
 
 constexpr Command kCommands[] = {
+    {"list", "Lists the runs on the disk.", runListCommand},
+    {"info", "Describes a run.", runInfoCommand},
+    {"check", "Checks a run, and says what is wrong with it.", runCheckCommand},
     {"--help", "Shows this help and ends.", showHelp},
     {"--version", "Shows the version and ends.", showVersion},
 };
@@ -67,6 +73,7 @@ int main(int argc, char* argv[])
     if (arguments.isEmpty()) {
         return fail(kFailed, QStringLiteral("no command is given. See 'scn4070a-store --help'."));
     }
+    silenceLog();
     const QString name = commandName(arguments);
     const auto* const command =
         std::find_if(std::begin(kCommands), std::end(kCommands), [&name](const Command& candidate) {

@@ -1,0 +1,194 @@
+#include "storetool/runs/filecheck.h"
+
+#include "storage/shardnaming.h"
+
+#include <QFile>
+#include <QFileInfo>
+
+#include <algorithm>
+#include <limits>
+
+namespace scnstore {
+namespace {
+
+/// The times that are read under one lock of the file.
+constexpr int kTimesPerRead = 20000;
+
+/// Where the header of a database says how it is read, and what it says for a WAL.
+constexpr int kReadVersionPlace = 19;
+constexpr char kWalVersion = 2;
+
+QString count(qint64 number, const QString& one)
+{
+    return QStringLiteral("%1 %2%3").arg(QString::number(number), one,
+                                         number == 1 ? QString() : QStringLiteral("s"));
+}
+
+} // namespace
+
+FileCheck::FileCheck(const QString& path, CheckedRun& result)
+    : m_path(path)
+    , m_file(path)
+    , m_result(result)
+{
+    const QString log = path + QStringLiteral("-wal");
+    m_checked.name = m_file.name();
+    m_checked.bytes = QFileInfo(path).size() + QFileInfo(log).size();
+}
+
+void FileCheck::run()
+{
+    RunFile::Catalogue catalogue;
+    if (!hasContent()) {
+        tellDamage(QStringLiteral("is empty"));
+    } else if (!m_file.readCatalogue(catalogue)) {
+        tellDamage(QStringLiteral("cannot be read: ") + m_file.failure());
+    } else {
+        checkLog();
+        checkStructure(QStringLiteral("sqlite_schema"));
+        for (const QString& table : qAsConst(catalogue.existing)) {
+            checkStructure(table);
+        }
+        compareCatalogue(catalogue);
+        for (const ListedTable& table : qAsConst(catalogue.tables)) {
+            checkTable(catalogue, table);
+        }
+    }
+    m_result.files.append(m_checked);
+}
+
+bool FileCheck::hasContent()
+{
+    return m_checked.bytes > 0;
+}
+
+/// A file that is closed properly says that it has no log.
+void FileCheck::checkLog()
+{
+    QFile file(m_path);
+    if (file.open(QIODevice::ReadOnly) && file.read(kReadVersionPlace + 1).endsWith(kWalVersion) &&
+        QFileInfo(m_path + QStringLiteral("-wal")).size() == 0) {
+        tellDamage(
+            QStringLiteral("was not closed, and its log %1-wal is missing or empty: the last "
+                           "readings may be lost")
+                .arg(m_checked.name));
+    }
+}
+
+void FileCheck::checkStructure(const QString& table)
+{
+    QStringList complaints;
+    const bool succeeded = m_file.query(
+        QStringLiteral("PRAGMA integrity_check(%1)").arg(sqlLiteral(table)), {},
+        [&complaints](const QSqlQuery& row) { complaints.append(row.value(0).toString()); });
+    if (!succeeded) {
+        tellDamage(QStringLiteral("table %1 cannot be checked: %2").arg(table, m_file.failure()));
+    } else if (complaints != QStringList{QStringLiteral("ok")}) {
+        tellDamage(
+            QStringLiteral("table %1 is damaged: %2").arg(table, complaints.value(0).simplified()));
+    }
+}
+
+void FileCheck::compareCatalogue(const RunFile::Catalogue& catalogue)
+{
+    QStringList listed;
+    for (const ListedTable& table : catalogue.tables) {
+        listed.append(table.name);
+        if (!catalogue.existing.contains(table.name)) {
+            tellDamage(QStringLiteral("table %1 is listed but not there").arg(table.name));
+        }
+        if (!catalogue.curves.contains(table.curveId)) {
+            tellDamage(QStringLiteral("table %1 is listed for curve %2, which has no name")
+                           .arg(table.name, QString::number(table.curveId)));
+        }
+    }
+    for (const QString& name : catalogue.existing) {
+        if (name.startsWith(QLatin1String("curve_")) && name.contains(QLatin1String("_batch_")) &&
+            !listed.contains(name)) {
+            tellDamage(
+                QStringLiteral("table %1 is there but not listed, so that no export finds it")
+                    .arg(name));
+        }
+    }
+}
+
+void FileCheck::checkTable(const RunFile::Catalogue& catalogue, const ListedTable& table)
+{
+    if (!catalogue.existing.contains(table.name)) {
+        return;
+    }
+    const QString curve = catalogue.curves.value(table.curveId);
+    CheckedTable checked{table.name, curve, 0, 0};
+    qint64 rows = 0;
+    qint64 own = 0;
+    const bool succeeded =
+        m_file.query(QStringLiteral("SELECT count(*), total(curve_id = ?) FROM %1 NOT INDEXED")
+                         .arg(quotedName(table.name)),
+                     {table.curveId},
+                     [&](const QSqlQuery& row) {
+                         rows = row.value(0).toLongLong();
+                         own = row.value(1).toLongLong();
+                     }) &&
+        readTimes(table, curve, checked);
+    m_checked.tables.append(checked);
+    if (!succeeded) {
+        tellDamage(QStringLiteral("table %1 cannot be read: %2").arg(table.name, m_file.failure()));
+        return;
+    }
+    if (rows > own) {
+        tellDamage(QStringLiteral("table %1 has %2 of another curve")
+                       .arg(table.name, count(rows - own, QStringLiteral("reading"))));
+    }
+    if (checked.doubles > 0) {
+        tellDamage(QStringLiteral("table %1 has %2 of the same millisecond as another")
+                       .arg(table.name, count(checked.doubles, QStringLiteral("reading"))));
+    }
+    if (checked.readings < own) {
+        tellDamage(QStringLiteral("table %1 has %2 that its index does not find")
+                       .arg(table.name, count(own - checked.readings, QStringLiteral("reading"))));
+    }
+}
+
+/// Reads the times by the table's index, as an export does.
+bool FileCheck::readTimes(const ListedTable& table, const QString& curve, CheckedTable& checked)
+{
+    const QString sql =
+        QStringLiteral("SELECT timestamp FROM %1 WHERE curve_id = ? AND timestamp > "
+                       "? ORDER BY timestamp LIMIT ?")
+            .arg(quotedName(table.name));
+    CheckedCurve& all = m_result.curves[curve];
+    qint64 before = -1;
+    qint64 last = std::numeric_limits<qint64>::min();
+    while (checked.readings > before) {
+        before = checked.readings;
+        const bool succeeded =
+            m_file.query(sql, {table.curveId, last, kTimesPerRead}, [&](const QSqlQuery& row) {
+                last = row.value(0).toLongLong();
+                takeTime(last, all, checked);
+            });
+        if (!succeeded) {
+            return false;
+        }
+    }
+    return true;
+}
+
+void FileCheck::takeTime(qint64 time, CheckedCurve& curve, CheckedTable& checked) const
+{
+    const bool isFirst = curve.readings == 0;
+    if (!isFirst && time == curve.lastTime) {
+        ++checked.doubles;
+    } else if (!isFirst && time > curve.lastTime) {
+        curve.intervals.add({curve.lastTime, time});
+    }
+    curve.lastTime = isFirst ? time : std::max(curve.lastTime, time);
+    ++curve.readings;
+    ++checked.readings;
+}
+
+void FileCheck::tellDamage(const QString& what)
+{
+    m_result.damage.append(m_checked.name + QLatin1Char(' ') + what);
+}
+
+} // namespace scnstore

@@ -1,0 +1,35 @@
+#pragma once
+
+#include "storetool/runs/checkedrun.h"
+#include "storetool/runs/runfile.h"
+
+#include <QString>
+
+namespace scnstore {
+
+/// The check of one day file.
+class FileCheck
+{
+public:
+    /// Adds what it finds to `result`, which outlives it.
+    FileCheck(const QString& path, CheckedRun& result);
+
+    void run();
+
+private:
+    bool hasContent();
+    void checkLog();
+    void checkStructure(const QString& table);
+    void compareCatalogue(const RunFile::Catalogue& catalogue);
+    void checkTable(const RunFile::Catalogue& catalogue, const ListedTable& table);
+    bool readTimes(const ListedTable& table, const QString& curve, CheckedTable& checked);
+    void takeTime(qint64 time, CheckedCurve& curve, CheckedTable& checked) const;
+    void tellDamage(const QString& what);
+
+    QString m_path;
+    RunFile m_file;
+    CheckedRun& m_result;
+    CheckedFile m_checked;
+};
+
+} // namespace scnstore

@@ -1,0 +1,35 @@
+#pragma once
+
+#include "storetool/runs/runaccess.h"
+#include "storetool/runs/storedrun.h"
+
+#include <QCommandLineParser>
+#include <QString>
+
+#include <memory>
+
+namespace scnstore {
+
+/// The run that a command works on, which may be opened. It lives longer than everything that has the
+/// run's files open.
+class OpenRun
+{
+public:
+    explicit OpenRun(const StoredRun& run);
+
+    const StoredRun& run() const { return m_run; }
+
+private:
+    StoredRun m_run;
+    SideFiles m_sideFiles;
+};
+
+/// Declares the argument RUN, to the parser and in its help.
+void addRunArgument(QCommandLineParser& parser);
+
+/// The run that the first positional argument names; null, after a sentence that begins with the
+/// command's name, if there is none or if it must not be opened. `status` is then the exit code.
+std::unique_ptr<OpenRun> openRun(const QString& command, const QCommandLineParser& parser,
+                                 int& status);
+
+} // namespace scnstore

@@ -1,0 +1,34 @@
+#pragma once
+
+#include "storetool/runs/storedrun.h"
+
+#include <QSet>
+#include <QString>
+
+#include <optional>
+
+namespace scnstore {
+
+/// Why the files of a run must not be opened, as a sentence; nothing if they may. SQLite must not meet
+/// one file under two names: it would miss the log that lies beside the other name, and the locks.
+/// Call it before any file of the run is open in this process.
+std::optional<QString> refusalOf(const StoredRun& run);
+
+/// Leaves a kept run as it was found: removes the side files that SQLite creates to read it. Lives
+/// longer than everything that has its files open.
+class SideFiles
+{
+public:
+    explicit SideFiles(const StoredRun& run);
+    ~SideFiles();
+    SideFiles(const SideFiles&) = delete;
+    SideFiles& operator=(const SideFiles&) = delete;
+
+private:
+    static QStringList in(const QString& directory);
+
+    StoredRun m_run;
+    QStringList m_found;
+};
+
+} // namespace scnstore

@@ -1,0 +1,112 @@
+#include "storetool/runs/runaccess.h"
+
+#include "posix/filedescriptor.h"
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <filesystem>
+#include <system_error>
+
+namespace scnstore {
+namespace {
+
+/// The bytes that SQLite locks to read a file, and to keep a WAL file open.
+constexpr off_t kSharedFirst = 0x40000002;
+constexpr off_t kSharedSize = 510;
+
+bool hasSecondName(const QString& path)
+{
+    std::error_code error;
+    const auto names =
+        std::filesystem::hard_link_count(QFile::encodeName(path).toStdString(), error);
+    return !error && names > 1;
+}
+
+/// Whether another process has it open, under whatever name.
+bool isOpenElsewhere(const QString& path)
+{
+    const scn::FileDescriptor file(
+        ::open(QFile::encodeName(path).constData(), O_RDONLY | O_CLOEXEC));
+    struct flock lock = {};
+    lock.l_type = F_WRLCK;
+    lock.l_whence = SEEK_SET;
+    lock.l_start = kSharedFirst;
+    lock.l_len = kSharedSize;
+    return file.isOpen() && ::fcntl(file.get(), F_GETLK, &lock) == 0 && lock.l_type != F_UNLCK;
+}
+
+/// SQLite reads a WAL by an index beside it, which it creates.
+bool lacksIndex(const QString& path)
+{
+    return QFileInfo(path + QStringLiteral("-wal")).size() > 0 &&
+           !QFile::exists(path + QStringLiteral("-shm")) &&
+           !QFileInfo(QFileInfo(path).path()).isWritable();
+}
+
+} // namespace
+
+std::optional<QString> refusalOf(const StoredRun& run)
+{
+    for (const QString& file : run.dayFiles()) {
+        if (lacksIndex(file)) {
+            return QStringLiteral(
+                       "%1 has a log that can be read only in a folder that can be written. "
+                       "Copy the run to one.")
+                .arg(file);
+        }
+        if (!run.isKept) {
+            continue;
+        }
+        if (hasSecondName(file) || hasSecondName(file + QStringLiteral("-wal"))) {
+            return QStringLiteral("%1 is not opened under its second name. Read the run in %2.")
+                .arg(file, run.source.isEmpty() ? QStringLiteral("the program's data directory")
+                                                : run.source);
+        }
+        if (isOpenElsewhere(file)) {
+            return QStringLiteral(
+                       "%1 is still open in a program that deleted it. Try again in a few "
+                       "seconds.")
+                .arg(file);
+        }
+    }
+    return std::nullopt;
+}
+
+SideFiles::SideFiles(const StoredRun& run)
+    : m_run(run)
+    , m_found(in(run.directory))
+{
+}
+
+SideFiles::~SideFiles()
+{
+    if (!m_run.isKept) {
+        return;
+    }
+    for (const QString& path : in(m_run.directory)) {
+        if (!m_found.contains(path)) {
+            QFile::remove(path);
+        }
+    }
+}
+
+/// Those that hold no readings: each index of a WAL, and empty ones.
+QStringList SideFiles::in(const QString& directory)
+{
+    const QDir folder(directory);
+    QStringList paths;
+    for (const QFileInfo& file : folder.entryInfoList(
+             {QStringLiteral("*.db-shm"), QStringLiteral("*.db-wal")}, QDir::Files)) {
+        if (file.size() == 0 || file.fileName().endsWith(QLatin1String("-shm"))) {
+            paths.append(file.absoluteFilePath());
+        }
+    }
+    return paths;
+}
+
+} // namespace scnstore

@@ -1,0 +1,16 @@
+#include "storetool/runs/runcheck.h"
+
+#include "storetool/runs/filecheck.h"
+
+namespace scnstore {
+
+CheckedRun checkRun(const StoredRun& run)
+{
+    CheckedRun result;
+    for (const QString& path : run.dayFiles()) {
+        FileCheck(path, result).run();
+    }
+    return result;
+}
+
+} // namespace scnstore

@@ -1,0 +1,214 @@
+#include "dayfilewriter.h"
+#include "runscene.h"
+#include "storerun.h"
+#include "support/testprogram.h"
+
+#include <QDir>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QTest>
+
+#include <functional>
+
+namespace {
+
+constexpr qint64 kPage = 4096;
+const QString kTable = QStringLiteral("curve_1_batch_20260112_060000_20260112_115959");
+
+/// A way to spoil the file of 2026-01-12.
+using Harm = std::function<void(const RunScene& scene)>;
+
+} // namespace
+
+Q_DECLARE_METATYPE(Harm)
+
+/// What check finds, and that it never crashes on what it reads.
+class TestStoreCheck : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void soundRunIsSound();
+    void gapsAreTold();
+    void damageIsASentence_data();
+    void damageIsASentence();
+    void everyPageMayBeDestroyed();
+    void everyLengthMayBeLeft();
+};
+
+void TestStoreCheck::soundRunIsSound()
+{
+    const RunScene scene;
+    scene.addDay("20260112");
+    const StoreRun text = runStore({QStringLiteral("check"), scene.dataDirectory()});
+    QCOMPARE(text.exitCode, 0);
+    QCOMPARE(text.errors, QByteArray());
+    QVERIFY(text.output.contains("20260112.db  101(Vdc)       360        0  " + kTable.toUtf8()));
+    QVERIFY(text.output.contains("101(Vdc)       480           60 s     0\n"));
+    QVERIFY(text.output.endsWith("The run is sound.\n"));
+
+    const StoreRun run =
+        runStore({QStringLiteral("check"), QStringLiteral("--json"), scene.dataDirectory()});
+    QCOMPARE(run.exitCode, 0);
+    const QJsonObject object = QJsonDocument::fromJson(run.output).object();
+    QCOMPARE(object.value(QLatin1String("damage")).toArray().size(), 0);
+    const QJsonArray tables = object.value(QLatin1String("files"))
+                                  .toArray()
+                                  .at(0)
+                                  .toObject()
+                                  .value(QLatin1String("tables"))
+                                  .toArray();
+    QCOMPARE(tables.size(), 4);
+    QCOMPARE(tables.at(0).toObject().value(QLatin1String("readings")).toInt(), 360);
+}
+
+/// Two gaps in one curve, one of them over the edge of a batch.
+void TestStoreCheck::gapsAreTold()
+{
+    const RunScene scene;
+    scene.addDay("20260112", 1000);
+    scene.change("20260112",
+                 QStringLiteral("DELETE FROM %1 WHERE id BETWEEN 3601 AND 3620").arg(kTable));
+    scene.change("20260112", QStringLiteral("DELETE FROM %1 WHERE id > 21300").arg(kTable));
+    // One of ten intervals is none.
+    scene.change("20260112",
+                 QStringLiteral("DELETE FROM %1 WHERE id BETWEEN 101 AND 109").arg(kTable));
+    const StoreRun run = runStore({QStringLiteral("check"), scene.dataDirectory()});
+    QCOMPARE(run.exitCode, 0);
+    QVERIFY(run.output.contains("101(Vdc)     28471            1 s     2\n"));
+    QVERIFY(run.output.contains("102(Vdc)     28800            1 s     0\n"));
+    QVERIFY(run.output.contains("101(Vdc): none for 301 s after 2026-01-12 11:54:59\n"
+                                "101(Vdc): none for 21 s after 2026-01-12 06:59:59\n"));
+    const StoreRun wide = runStore({QStringLiteral("check"), QStringLiteral("--gap"),
+                                    QStringLiteral("30"), scene.dataDirectory()});
+    QVERIFY(wide.output.contains("101(Vdc)     28471            1 s     1\n"));
+}
+
+void TestStoreCheck::damageIsASentence_data()
+{
+    QTest::addColumn<Harm>("harm");
+    QTest::addColumn<QByteArray>("sentence");
+
+    const auto row = [](const char* name, const char* sentence, const Harm& harm) {
+        QTest::newRow(name) << harm << QByteArray(sentence);
+    };
+    const auto sql = [](const QString& statement) {
+        return [statement](const RunScene& scene) { scene.change("20260112", statement); };
+    };
+    row("empty", "20260112.db is empty.",
+        [](const RunScene& scene) { spoil(scene.dayFile("20260112"), 0, {}); });
+    row("no database", "20260112.db cannot be read: file is not a database.",
+        [](const RunScene& scene) {
+            spoil(scene.dayFile("20260112"), 0, {});
+            spoil(scene.dayFile("20260112"), 0, "no database at all");
+        });
+    row("first page zeroed", "20260112.db cannot be read: file is not a database.",
+        [](const RunScene& scene) {
+            spoil(scene.dayFile("20260112"), 0, QByteArray(kPage, '\0'));
+        });
+    row("cut off", "20260112.db cannot be read: database disk image is malformed.",
+        [](const RunScene& scene) { spoil(scene.dayFile("20260112"), 5 * kPage, {}); });
+    row("table dropped",
+        "20260112.db table curve_1_batch_20260112_060000_20260112_115959 is listed but not there.",
+        sql(QStringLiteral("DROP TABLE ") + kTable));
+    row("table not listed",
+        "20260112.db table curve_1_batch_20260112_060000_20260112_115959 is there but not listed, "
+        "so "
+        "that no export finds it.",
+        sql(QStringLiteral("DELETE FROM batch_metadata WHERE table_name = '%1'").arg(kTable)));
+    row("base table dropped", "20260112.db cannot be read: no such table: batch_metadata.",
+        sql(QStringLiteral("DROP TABLE batch_metadata")));
+    row("curve without a name",
+        "20260112.db table curve_2_batch_20260112_060000_20260112_115959 is listed for curve 2, "
+        "which "
+        "has no name.",
+        sql(QStringLiteral("DELETE FROM curve_info WHERE curve_id = 2")));
+    row("foreign reading",
+        "20260112.db table curve_1_batch_20260112_060000_20260112_115959 has 1 reading of another "
+        "curve.",
+        sql(QStringLiteral("UPDATE %1 SET curve_id = 2 WHERE id = 5").arg(kTable)));
+    row("doubles",
+        "20260112.db table curve_1_batch_20260112_060000_20260112_115959 has 2 readings of the "
+        "same "
+        "millisecond as another.",
+        [](const RunScene& scene) {
+            // Without the rule that keeps them out.
+            scene.change("20260112",
+                         QStringLiteral("CREATE TABLE copy AS SELECT * FROM ") + kTable);
+            scene.change("20260112", QStringLiteral("DROP TABLE ") + kTable);
+            scene.change("20260112", QStringLiteral("ALTER TABLE copy RENAME TO ") + kTable);
+            scene.change(
+                "20260112",
+                QStringLiteral("INSERT INTO %1 SELECT * FROM %1 WHERE id < 3").arg(kTable));
+        });
+    row("lost log",
+        "20260112.db was not closed, and its log 20260112.db-wal is missing or empty: the last "
+        "readings may be lost.",
+        [](const RunScene& scene) { spoil(scene.dayFile("20260112"), 18, QByteArray(2, '\2')); });
+}
+
+void TestStoreCheck::damageIsASentence()
+{
+    QFETCH(Harm, harm);
+    QFETCH(QByteArray, sentence);
+
+    const RunScene scene;
+    scene.addDay("20260112");
+    scene.addDay("20260113");
+    harm(scene);
+    const StoreRun run = runStore({QStringLiteral("check"), scene.dataDirectory()});
+    QCOMPARE(run.exitCode, 2);
+    QVERIFY2(run.errors.contains("scn4070a-store: check: " + sentence + '\n'),
+             run.errors.constData());
+    // The other day is checked all the same.
+    QVERIFY(run.output.contains("20260113.db  101(Vdc)       360        0"));
+    QVERIFY(run.output.endsWith("The run is damaged.\n"));
+}
+
+void TestStoreCheck::everyPageMayBeDestroyed()
+{
+    const RunScene scene;
+    scene.addDay("20260112", 20000);
+    const QString path = scene.dayFile("20260112");
+    QFile file(path);
+    QVERIFY(file.open(QIODevice::ReadOnly));
+    const QByteArray whole = file.readAll();
+    file.close();
+    const int pages = static_cast<int>(whole.size() / kPage);
+    QVERIFY(pages > 15);
+    for (const char filler : {'\0', '\xff'}) {
+        for (int page = 0; page < pages; ++page) {
+            spoil(path, page * kPage, QByteArray(kPage, filler));
+            for (const char* command : {"check", "info"}) {
+                const StoreRun run =
+                    runStore({QString::fromLatin1(command), scene.dataDirectory()});
+                QVERIFY2(run.exitCode == 2 || (run.exitCode == 0 && command[0] == 'i'),
+                         qPrintable(QStringLiteral("%1, page %2: %3")
+                                        .arg(QString::fromLatin1(command), QString::number(page),
+                                             QString::number(run.exitCode))));
+                QVERIFY(run.exitCode == 0 || run.errors.startsWith("scn4070a-store: "));
+            }
+            spoil(path, page * kPage, whole.mid(static_cast<int>(page * kPage), kPage));
+        }
+    }
+    QCOMPARE(runStore({QStringLiteral("check"), scene.dataDirectory()}).exitCode, 0);
+}
+
+void TestStoreCheck::everyLengthMayBeLeft()
+{
+    const RunScene scene;
+    scene.addDay("20260112");
+    const QString path = scene.dayFile("20260112");
+    qint64 length = QFileInfo(path).size();
+    while (length > 0) {
+        length -= kPage / 2;
+        spoil(path, length, {});
+        const StoreRun run = runStore({QStringLiteral("check"), scene.dataDirectory()});
+        QVERIFY2(run.exitCode == 2, qPrintable(QString::number(length)));
+        QVERIFY(run.errors.startsWith("scn4070a-store: check: 20260112.db "));
+    }
+}
+
+SCN_TEST(TestStoreCheck, QCoreApplication)
+#include "test_storecheck.moc"
