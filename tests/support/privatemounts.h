@@ -17,7 +17,10 @@ bool mountMemory(const QString& directory, qint64 bytes);
 /// Makes a directory read-only for files opened from now on. Open files stay writable.
 bool makeReadOnly(const QString& directory);
 
-/// Undoes the last of these two.
+/// Shows a directory, with what is mounted in it, in the place of another.
+bool show(const QString& directory, const QString& place);
+
+/// Undoes the last of these.
 bool unmount(const QString& directory);
 
 /// Such a mount while it lives.

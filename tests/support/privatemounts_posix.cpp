@@ -66,6 +66,12 @@ bool privatemounts::makeReadOnly(const QString& directory)
                0;
 }
 
+bool privatemounts::show(const QString& directory, const QString& place)
+{
+    return mount(QFile::encodeName(directory).constData(), QFile::encodeName(place).constData(),
+                 nullptr, MS_BIND | MS_REC, nullptr) == 0;
+}
+
 void privatemounts::fillDisk(const QString& path)
 {
     QFile file(path);

@@ -48,6 +48,12 @@ quint16 SimulatedInstrument::port() const
     return m_resource.section(QStringLiteral("::"), 2, 2).toUShort();
 }
 
+QStringList SimulatedInstrument::receivedBefore(const QString& line) const
+{
+    const QStringList all = received();
+    return all.mid(0, all.indexOf(line));
+}
+
 QString SimulatedInstrument::order(const QString& line)
 {
     return QString::fromUtf8(m_control.ask(line.toUtf8()));

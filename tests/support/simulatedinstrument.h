@@ -30,6 +30,8 @@ public:
 
     /// All lines that the instrument has received, in order.
     QStringList received() const { return lines(QStringLiteral(" > ")); }
+    /// Those before the first such line; all without one.
+    QStringList receivedBefore(const QString& line) const;
     /// All lines that the instrument has sent, in order.
     QStringList sent() const { return lines(QStringLiteral(" < ")); }
     /// The lines it has sent since it last received a line.

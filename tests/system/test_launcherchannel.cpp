@@ -13,6 +13,8 @@ namespace {
 /// Long enough for a start under a sanitizer on a busy machine.
 constexpr int kEndWaitMs = 20000;
 
+const QString kPoll = QStringLiteral("STAT:OPER:EVEN?");
+
 /// One module with one channel, so that the window appears quickly.
 const QStringList kSmallest = {QStringLiteral("--slots"), QStringLiteral("1:13")};
 
@@ -29,14 +31,7 @@ const QString kReply = QStringLiteral("receive msg: ");
 /// question is asked once before, by the read-back.
 bool hasPolled(const SimulatedInstrument& instrument)
 {
-    return instrument.received().count(QStringLiteral("STAT:OPER:EVEN?")) >= 2;
-}
-
-/// What the instrument heard before the first poll.
-QStringList untilPolled(const SimulatedInstrument& instrument)
-{
-    const QStringList lines = instrument.received();
-    return lines.mid(0, lines.indexOf(QStringLiteral("STAT:OPER:EVEN?")));
+    return instrument.received().count(kPoll) >= 2;
 }
 
 /// Changes an environment variable for the lifetime of the object.
@@ -188,7 +183,7 @@ void TestLauncherChannel::platformLibraryServesTheProgram()
     const SimulatedInstrument other(SimulatedInstrument::Transport::Tcp, kSmallest);
     program.start({other.resource()});
     QTRY_VERIFY_WITH_TIMEOUT(hasPolled(other), kEndWaitMs);
-    QCOMPARE(untilPolled(instrument), untilPolled(other));
+    QCOMPARE(instrument.receivedBefore(kPoll), other.receivedBefore(kPoll));
 }
 
 void TestLauncherChannel::showTellsHandleAndColor()
