@@ -117,6 +117,8 @@ UsbTransport::Step UsbTransport::nextStep(Direction direction, const Deadline& d
 bool UsbTransport::claim(const UsbTransfer& transfer)
 {
     const std::lock_guard<std::mutex> lock(m_mutex);
+    // It also makes visible here what the transfer's thread has written.
+    collect();
     const UsbDevice::Outcome outcome = transfer.outcome();
     State& state = transfer.isReceiving() ? m_inputState : m_outputState;
     if (outcome == UsbDevice::Outcome::Failed) {
