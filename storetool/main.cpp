@@ -1,6 +1,7 @@
 #include "common/version.h"
 #include "storetool/checkcommand.h"
 #include "storetool/console/console.h"
+#include "storetool/exportcommand.h"
 #include "storetool/infocommand.h"
 #include "storetool/listcommand.h"
 
@@ -28,6 +29,7 @@ constexpr Command kCommands[] = {
     {"list", "Lists the runs on the disk.", runListCommand},
     {"info", "Describes a run.", runInfoCommand},
     {"check", "Checks a run, and says what is wrong with it.", runCheckCommand},
+    {"export", "Writes a run as text.", runExportCommand},
     {"--help", "Shows this help and ends.", showHelp},
     {"--version", "Shows the version and ends.", showVersion},
 };

@@ -9,6 +9,7 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
+#include <QProcess>
 #include <QTest>
 
 namespace {
@@ -71,6 +72,25 @@ QStringList expectedRows(const Readings& sent, qint64 start, qint64 end)
         rows.append(cells.join(QLatin1Char(',')));
     }
     return rows;
+}
+
+/// What scn4070a-store writes for the run in a program's folder, of which this is the program's own file.
+QByteArray exportedByTool(const QString& folder, const QStringList& lines)
+{
+    const auto field = [&lines](int line) { return lines.at(line).section(QLatin1Char(','), 1); };
+    QProcess tool;
+    tool.start(QStringLiteral(SCN_BIN_DIR "/scn4070a-store"),
+               {QStringLiteral("export"), QDir(folder).filePath(QStringLiteral("EXP_0001_Data")),
+                QStringLiteral("--address"), field(0), QStringLiteral("--serial"), field(2),
+                QStringLiteral("--from"), field(3), QStringLiteral("--to"), field(4)});
+    return tool.waitForFinished(kEndWaitMs) && tool.exitCode() == 0 ? tool.readAllStandardOutput()
+                                                                    : tool.readAllStandardError();
+}
+
+QByteArray bytesOf(const QString& path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
 }
 
 /// Multiplies each reading of the first channel in a directory's store into a thousand million, so
@@ -171,11 +191,14 @@ void TestExport::fileHoldsWhatTheInstrumentSent()
     }
     QCOMPARE(lines.at(5), titles.join(QLatin1Char(',')) + QLatin1Char(','));
     QCOMPARE(lines.mid(6), expected);
+    // While the program has the files open, and after it.
+    QCOMPARE(exportedByTool(program.directory(), lines), bytesOf(path));
 
     program.write("exit\n");
     QVERIFY(program.waitForEnd(kEndWaitMs));
     QVERIFY2(!program.crashed(), qPrintable(program.log()));
     QCOMPARE(linesOf(path), lines);
+    QCOMPARE(exportedByTool(program.directory(), lines), bytesOf(path));
 }
 
 void TestExport::exitWithTheDialogOpenLeavesNothing()

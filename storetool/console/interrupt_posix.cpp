@@ -1,0 +1,37 @@
+#include "storetool/console/interrupt.h"
+
+#include <signal.h>
+
+#include <atomic>
+#include <initializer_list>
+
+namespace scnstore {
+namespace {
+
+std::atomic<bool> g_isInterrupted{false};
+static_assert(std::atomic<bool>::is_always_lock_free, "a signal handler sets it");
+
+void noteInterrupt(int /*signal*/)
+{
+    g_isInterrupted = true;
+}
+
+} // namespace
+
+void catchInterrupts()
+{
+    struct sigaction action = {};
+    action.sa_handler = noteInterrupt;
+    // The second one meets the system's own way.
+    action.sa_flags = static_cast<int>(SA_RESETHAND) | SA_RESTART;
+    for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
+        ::sigaction(signal, &action, nullptr);
+    }
+}
+
+bool isInterrupted()
+{
+    return g_isInterrupted;
+}
+
+} // namespace scnstore

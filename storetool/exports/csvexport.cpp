@@ -1,0 +1,58 @@
+#include "storetool/exports/csvexport.h"
+
+#include "export/csvexportfromdbthread.h"
+#include "storetool/console/interrupt.h"
+#include "storetool/console/progressline.h"
+
+#include <QEventLoop>
+#include <QTimer>
+
+#include <chrono>
+
+namespace scnstore {
+namespace {
+
+constexpr std::chrono::milliseconds kInterruptCheck{50};
+
+ExportResult run(CsvExportFromDBThread& engine)
+{
+    ExportResult result = ExportCancelled;
+    ProgressLine progress(QStringLiteral("rows"));
+    QEventLoop loop;
+    QTimer check;
+    QObject::connect(&check, &QTimer::timeout, &loop, [&engine] {
+        if (isInterrupted()) {
+            engine.requestStop();
+        }
+    });
+    QObject::connect(&engine, &CsvExportFromDBThread::exportProgress, &loop,
+                     [&progress](qlonglong rows) { progress.show(rows); });
+    QObject::connect(&engine, &CsvExportFromDBThread::exportFinished, &loop,
+                     [&loop, &result](ExportResult outcome) {
+                         result = outcome;
+                         loop.quit();
+                     });
+    check.start(kInterruptCheck);
+    engine.startExport();
+    loop.exec();
+    return result;
+}
+
+} // namespace
+
+ExportResult exportToDevice(const ExportJob& job, QFileDevice& device)
+{
+    CsvExportFromDBThread engine(&job.store, job.curves, {}, job.separator, job.header,
+                                 job.times.start, job.times.end);
+    engine.setDevice(&device);
+    return run(engine);
+}
+
+ExportResult exportToParts(const ExportJob& job, const QString& path)
+{
+    CsvExportFromDBThread engine(&job.store, job.curves, path, job.separator, job.header,
+                                 job.times.start, job.times.end);
+    return run(engine);
+}
+
+} // namespace scnstore

@@ -1,0 +1,24 @@
+#pragma once
+
+#include "storetool/runs/storedrun.h"
+
+#include <QString>
+#include <QtGlobal>
+
+#include <optional>
+
+namespace scnstore {
+
+/// The times of the first and the last reading of a run, ms since the epoch.
+struct RunBounds
+{
+    qint64 first = 0;
+    qint64 last = -1; ///< Before the first if there are no readings.
+
+    bool hasReadings() const { return first <= last; }
+};
+
+/// The bounds, from the ends of each table. Nothing, and a sentence, if a file cannot be read.
+std::optional<RunBounds> boundsOf(const StoredRun& run, QString& sentence);
+
+} // namespace scnstore
