@@ -21,6 +21,7 @@ namespace {
 constexpr int kPathHashLength = 8;
 constexpr int kUuidLength = 16;
 constexpr int kDateKeyLength = 8;
+constexpr int kReadOnlyCacheKb = 512;
 
 const QString kReadOnlyOption = QStringLiteral("QSQLITE_OPEN_READONLY");
 const QString kJournalDelete = QStringLiteral("PRAGMA journal_mode = DELETE");
@@ -139,6 +140,9 @@ QSqlDatabase createReadOnlyConnection(const QString& path)
         database.setConnectOptions(kReadOnlyOption + QStringLiteral(";QSQLITE_OPEN_URI;") +
                                    busyTimeoutOption());
         if (database.open()) {
+            // Files are read through once, and an export leaves thirty of them open.
+            ManagedQuery(database).exec(
+                QStringLiteral("PRAGMA cache_size = -%1").arg(kReadOnlyCacheKb));
             return database;
         }
         error = database.lastError().text();

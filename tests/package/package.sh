@@ -71,6 +71,9 @@ text=$(as_user env QT_QPA_PLATFORM=offscreen scn4070a-launcher --version 2>/dev/
 [ "$text" = "scn4070a-launcher $version" ] || fail "the launcher says: $text"
 as_user env QT_QPA_PLATFORM=offscreen scn4070a-launcher --help 2>/dev/null | grep -q -e --simulator || fail "--help of the launcher"
 as_user scn4070a-sim --help | grep -q -e --pty || fail "--help of the simulator"
+text=$(as_user scn4070a-store --version)
+[ "$text" = "scn4070a-store $version" ] || fail "the command line for runs says: $text"
+as_user scn4070a-store list >/dev/null || fail "the list of runs"
 
 step "the window with the simulated instrument"
 cat >"$root/packages/session.sh" <<'SESSION'

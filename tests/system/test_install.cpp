@@ -89,6 +89,7 @@ void TestInstall::everyFileIsInItsPlace()
         QStringLiteral("lib/scn4070a/scn4070a"),
         QStringLiteral("lib/udev/rules.d/70-scn4070a.rules"),
         QStringLiteral("share/applications/scn4070a.desktop"),
+        QStringLiteral("share/bash-completion/completions/scn4070a-store"),
         QStringLiteral("share/doc/scn4070a/changelog.gz"),
         QStringLiteral("share/doc/scn4070a/copyright"),
     };

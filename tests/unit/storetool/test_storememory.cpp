@@ -1,0 +1,103 @@
+#include "dayfilewriter.h"
+#include "support/testprogram.h"
+
+#include <QDate>
+#include <QDateTime>
+#include <QElapsedTimer>
+#include <QProcess>
+#include <QTemporaryDir>
+#include <QTest>
+
+#include <cmath>
+#include <cstdio>
+
+namespace {
+
+constexpr int kDays = 30;
+constexpr int kCurves = 60;
+constexpr int kBatches = 4;
+
+/// Writes a month of readings, each curve every `stepMs` milliseconds.
+void writeMonth(const QString& directory, int stepMs)
+{
+    for (int day = 0; day < kDays; ++day) {
+        const QDate date = QDate(2026, 1, 12).addDays(day);
+        DayFileWriter file(directory + date.toString(QStringLiteral("/yyyyMMdd")) +
+                           QStringLiteral(".db"));
+        file.execute(QStringLiteral("PRAGMA synchronous = OFF"));
+        for (int curve = 1; curve <= kCurves; ++curve) {
+            file.addCurve(curve, QStringLiteral("%1(Vdc)").arg(100 * ((curve - 1) / 20 + 1) +
+                                                               (curve - 1) % 20 + 1));
+        }
+        for (int batch = 0; batch < kBatches; ++batch) {
+            const qint64 first = date.startOfDay().toMSecsSinceEpoch() + batch * kBatchMs;
+            QVector<QPointF> points;
+            for (qint64 time = first; time < first + kBatchMs; time += stepMs) {
+                points.append({static_cast<double>(time), std::sin(static_cast<double>(time))});
+            }
+            for (int curve = 1; curve <= kCurves; ++curve) {
+                file.addBatch(curve, first, DayFileWriter::tableName(curve, first), points);
+            }
+        }
+    }
+}
+
+/// The most memory that a call had at once, in MB; -1 if it failed. The system's `time` measures it.
+double peakOf(const QStringList& arguments)
+{
+    constexpr int kPatienceMs = 900000;
+    constexpr double kKilo = 1024.0;
+    QProcess process;
+    process.setStandardOutputFile(QProcess::nullDevice());
+    process.start(
+        QStringLiteral("/usr/bin/time"),
+        QStringList{QStringLiteral("-f"), QStringLiteral("%M"), QStringLiteral(SCN_STORE)} +
+            arguments);
+    if (!process.waitForFinished(kPatienceMs) || process.exitCode() != 0) {
+        return -1;
+    }
+    return process.readAllStandardError().trimmed().toDouble() / kKilo;
+}
+
+} // namespace
+
+/// What the commands need for a month of 60 curves does not depend on how many readings there are.
+class TestStoreMemory : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void memoryDoesNotGrowWithTheReadings();
+};
+
+void TestStoreMemory::memoryDoesNotGrowWithTheReadings()
+{
+    constexpr int kFewMs = 240000;
+    constexpr int kManyMs = 30000;
+    constexpr double kMoreMb = 10;
+    constexpr double kMostMb = 100;
+    const QTemporaryDir few;
+    const QTemporaryDir many;
+    writeMonth(few.path(), kFewMs);
+    writeMonth(many.path(), kManyMs);
+    const QVector<QStringList> calls{{QStringLiteral("list")},
+                                     {QStringLiteral("info")},
+                                     {QStringLiteral("check")},
+                                     {QStringLiteral("export")},
+                                     {QStringLiteral("export"), QStringLiteral("--long")}};
+    for (const QStringList& call : calls) {
+        QElapsedTimer timer;
+        const double ofFew = peakOf(call + QStringList{few.path()});
+        timer.start();
+        const double ofMany = peakOf(call + QStringList{many.path()});
+        std::printf("%-13s  648,000 readings: %5.1f MB  5,184,000 readings: %5.1f MB, %5.1f s\n",
+                    qPrintable(call.join(QLatin1Char(' '))), ofFew, ofMany,
+                    static_cast<double>(timer.elapsed()) / 1000);
+        QVERIFY(ofFew > 0 && ofMany > 0);
+        QVERIFY(ofMany <= ofFew + kMoreMb);
+        QVERIFY(ofMany <= kMostMb);
+    }
+}
+
+SCN_TEST(TestStoreMemory, QCoreApplication)
+#include "test_storememory.moc"
