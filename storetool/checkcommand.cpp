@@ -45,10 +45,14 @@ QString textOf(const CheckedRun& checked, int gapFactor)
                         .arg(curve.key(), seconds(gap.length()), timeText(timeOf(gap.from)));
         }
     }
+    QString notes;
+    for (const QString& note : checked.notes) {
+        notes += QStringLiteral("Note: %1.\n").arg(note);
+    }
     const QString verdict = checked.damage.isEmpty() ? QStringLiteral("The run is sound.\n")
                                                      : QStringLiteral("The run is damaged.\n");
     return tableText(tables, {2, 3}) + QLatin1Char('\n') + tableText(curves, {1, 2, 3}) +
-           QLatin1Char('\n') + gaps + verdict;
+           QLatin1Char('\n') + gaps + notes + verdict;
 }
 
 QJsonArray filesJson(const CheckedRun& checked)
@@ -124,6 +128,7 @@ int runCheckCommand(const QStringList& arguments)
             ? printJson({{QStringLiteral("run"), run->run().directory},
                          {QStringLiteral("files"), filesJson(checked)},
                          {QStringLiteral("curves"), curvesJson(checked, gapFactor)},
+                         {QStringLiteral("notes"), QJsonArray::fromStringList(checked.notes)},
                          {QStringLiteral("damage"), QJsonArray::fromStringList(checked.damage)}})
             : print(textOf(checked, gapFactor));
     for (const QString& damage : checked.damage) {

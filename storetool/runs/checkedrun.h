@@ -38,6 +38,7 @@ struct CheckedRun
     QVector<CheckedFile> files;
     QMap<QString, CheckedCurve> curves;
     QStringList damage; ///< Sentences.
+    QStringList notes;  ///< What may be damage and may be not, as sentences.
 };
 
 } // namespace scnstore

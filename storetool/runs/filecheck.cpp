@@ -28,6 +28,7 @@ QString count(qint64 number, const QString& one)
 
 FileCheck::FileCheck(const QString& path, CheckedRun& result)
     : m_path(path)
+    , m_hasLog(QFile::exists(path + QStringLiteral("-wal")))
     , m_file(path)
     , m_result(result)
 {
@@ -44,7 +45,7 @@ void FileCheck::run()
     } else if (!m_file.readCatalogue(catalogue)) {
         tellDamage(QStringLiteral("cannot be read: ") + m_file.failure());
     } else {
-        checkLog();
+        noteMissingLog();
         checkStructure(QStringLiteral("sqlite_schema"));
         for (const QString& table : qAsConst(catalogue.existing)) {
             checkStructure(table);
@@ -62,15 +63,16 @@ bool FileCheck::hasContent()
     return m_checked.bytes > 0;
 }
 
-/// A file that is closed properly says that it has no log.
-void FileCheck::checkLog()
+/// A log that was folded in is gone, and the file's header may still say that there is one.
+void FileCheck::noteMissingLog()
 {
     QFile file(m_path);
-    if (file.open(QIODevice::ReadOnly) && file.read(kReadVersionPlace + 1).endsWith(kWalVersion) &&
-        QFileInfo(m_path + QStringLiteral("-wal")).size() == 0) {
-        tellDamage(
-            QStringLiteral("was not closed, and its log %1-wal is missing or empty: the last "
-                           "readings may be lost")
+    if (!m_hasLog && file.open(QIODevice::ReadOnly) &&
+        file.read(kReadVersionPlace + 1).endsWith(kWalVersion)) {
+        m_result.notes.append(
+            QStringLiteral(
+                "%1 was used with a log, %1-wal, which is not there: it was folded in, or "
+                "the file was copied without it and lacks the last readings")
                 .arg(m_checked.name));
     }
 }

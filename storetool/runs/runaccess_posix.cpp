@@ -7,8 +7,10 @@
 #include <QFileInfo>
 
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
+#include <ctime>
 #include <filesystem>
 #include <system_error>
 
@@ -27,9 +29,18 @@ bool hasSecondName(const QString& path)
     return !error && names > 1;
 }
 
-/// Whether another process has it open, under whatever name.
-bool isOpenElsewhere(const QString& path)
+/// How long after its last change a file may still be written by the program that deleted it: one by one,
+/// it closes what it had open. Who reads for longer, changes nothing.
+constexpr std::time_t kClosingSeconds = 60;
+
+/// Whether another process has it open, under whatever name, and it was deleted or written just now.
+bool isBeingClosed(const QString& path)
 {
+    struct stat facts = {};
+    if (::stat(QFile::encodeName(path).constData(), &facts) != 0 ||
+        std::time(nullptr) - facts.st_ctime > kClosingSeconds) {
+        return false;
+    }
     const scn::FileDescriptor file(
         ::open(QFile::encodeName(path).constData(), O_RDONLY | O_CLOEXEC));
     struct flock lock = {};
@@ -67,10 +78,9 @@ std::optional<QString> refusalOf(const StoredRun& run)
                 .arg(file, run.source.isEmpty() ? QStringLiteral("the program's data directory")
                                                 : run.source);
         }
-        if (isOpenElsewhere(file)) {
-            return QStringLiteral(
-                       "%1 is still open in a program that deleted it. Try again in a few "
-                       "seconds.")
+        if (isBeingClosed(file)) {
+            return QStringLiteral("%1 is still open in a program that deleted it. Try again in a "
+                                  "minute.")
                 .arg(file);
         }
     }

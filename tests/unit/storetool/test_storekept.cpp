@@ -16,6 +16,16 @@ StoreRun check(const QString& run)
     return runStore({QStringLiteral("check"), run});
 }
 
+/// The same some minutes later.
+StoreRun checkLater(const QString& run)
+{
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.insert(QStringLiteral("LD_PRELOAD"), QStringLiteral(SCN_FAKETIME_LIBRARY));
+    environment.insert(QStringLiteral("FAKETIME"), QStringLiteral("+5m"));
+    environment.insert(QStringLiteral("NO_FAKE_STAT"), QStringLiteral("1"));
+    return runStore({QStringLiteral("check"), run}, environment);
+}
+
 } // namespace
 
 /// Runs that were kept by hard links: when they may be opened, and how they are left.
@@ -28,6 +38,7 @@ private slots:
     void deletedRunIsReadAndLeftAsItIs();
     void logOfAKilledProgramIsRead();
     void openFileOfAnotherProgramIsRefused();
+    void otherReadersAreNoObstacle();
 };
 
 void TestStoreKept::secondNameIsRefused()
@@ -115,9 +126,26 @@ void TestStoreKept::openFileOfAnotherProgramIsRefused()
     const StoreRun run = check(kept);
     QCOMPARE(run.exitCode, 2);
     QVERIFY2(
-        run.errors.endsWith("20260112.db is still open in a program that deleted it. Try again in "
-                            "a few seconds.\n"),
+        run.errors.endsWith(
+            "20260112.db is still open in a program that deleted it. Try again in a minute.\n"),
         run.errors.constData());
+}
+
+/// Who has the files open for minutes reads them.
+void TestStoreKept::otherReadersAreNoObstacle()
+{
+    if (qstrlen(SCN_FAKETIME_LIBRARY) == 0) {
+        SCN_SKIP(QStringLiteral("the package faketime is not installed"));
+    }
+    const RunScene scene;
+    scene.addDay("20260112");
+    scene.change("20260112", QStringLiteral("PRAGMA journal_mode = WAL"));
+    const QString kept = scene.keep();
+    scene.clear();
+    DayFileWriter reader(kept + QStringLiteral("/20260112.db"));
+    QCOMPARE(check(kept).exitCode, 2);
+    const StoreRun run = checkLater(kept);
+    QVERIFY2(run.exitCode == 0, run.errors.constData());
 }
 
 SCN_TEST(TestStoreKept, QCoreApplication)

@@ -1,0 +1,119 @@
+#include "dayfilewriter.h"
+#include "runscene.h"
+#include "storerun.h"
+#include "support/testprogram.h"
+
+#include <QDir>
+#include <QTest>
+
+namespace {
+
+const QString kTable = QStringLiteral("curve_1_batch_20260112_120000_20260112_175959");
+
+} // namespace
+
+/// A run that is being written meanwhile, by a writer that does not wait for anybody.
+class TestStoreLive : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void writerMeetsNoLock_data();
+    void writerMeetsNoLock();
+    void readingsInTheLogCount();
+    void runThatIsDeletedMeanwhileIsNoCrash();
+};
+
+void TestStoreLive::writerMeetsNoLock_data()
+{
+    QTest::addColumn<QStringList>("call");
+
+    const auto row = [](const QStringList& call) {
+        QTest::newRow(qPrintable(call.join(QLatin1Char(' ')))) << call;
+    };
+    row({QStringLiteral("list")});
+    row({QStringLiteral("info")});
+    row({QStringLiteral("check")});
+    row({QStringLiteral("export")});
+    row({QStringLiteral("export"), QStringLiteral("--long")});
+}
+
+void TestStoreLive::writerMeetsNoLock()
+{
+    QFETCH(QStringList, call);
+
+    constexpr int kRuns = 10;
+    const RunScene scene;
+    scene.addDay("20260112", 5000);
+    DayFileWriter writer(scene.dayFile("20260112"));
+    writer.execute(QStringLiteral("PRAGMA journal_mode = WAL"));
+    writer.execute(QStringLiteral("PRAGMA synchronous = OFF"));
+    writer.execute(QStringLiteral("PRAGMA busy_timeout = 0"));
+    writer.execute(QStringLiteral("PRAGMA wal_autocheckpoint = 20"));
+    const qint64 start = localTime("2026-01-12 15:00:00.000");
+    int written = 0;
+    for (int run = 0; run < kRuns; ++run) {
+        QProcess process;
+        process.setStandardOutputFile(QProcess::nullDevice());
+        process.start(QStringLiteral(SCN_STORE), call + QStringList{scene.dataDirectory()});
+        QVERIFY(process.waitForStarted());
+        const int before = written;
+        // A failure of any of these ends the test.
+        while (!process.waitForFinished(1)) {
+            writer.execute(
+                QStringLiteral("INSERT INTO %1 (curve_id, timestamp, value) VALUES (1, %2, "
+                               "1.5)")
+                    .arg(kTable, QString::number(start + written)));
+            ++written;
+        }
+        QVERIFY(written > before);
+        QVERIFY2(process.exitCode() == 0, process.readAllStandardError().constData());
+    }
+    // The writer closes its file as it always does.
+    writer.execute(QStringLiteral("PRAGMA journal_mode = DELETE"));
+    QCOMPARE(QDir(scene.dataDirectory()).entryList(QDir::Files),
+             QStringList{QStringLiteral("20260112.db")});
+    QVERIFY(runStore({QStringLiteral("check"), scene.dataDirectory()})
+                .output.endsWith("The run is sound.\n"));
+}
+
+void TestStoreLive::readingsInTheLogCount()
+{
+    const RunScene scene;
+    scene.addDay("20260112");
+    DayFileWriter writer(scene.dayFile("20260112"));
+    writer.execute(QStringLiteral("PRAGMA journal_mode = WAL"));
+    writer.execute(QStringLiteral("INSERT INTO %1 (curve_id, timestamp, value) VALUES (1, %2, 1.5)")
+                       .arg(kTable)
+                       .arg(localTime("2026-01-12 15:00:00.000")));
+    const StoreRun run = runStore({QStringLiteral("info"), scene.dataDirectory()});
+    QCOMPARE(run.exitCode, 0);
+    QVERIFY(run.output.contains("Readings    961\n"));
+    QVERIFY(runStore({QStringLiteral("export"), QStringLiteral("--long"), scene.dataDirectory()})
+                .output.contains(",101,1.5,Vdc\n"));
+}
+
+void TestStoreLive::runThatIsDeletedMeanwhileIsNoCrash()
+{
+    for (const char* command : {"list", "info", "check", "export"}) {
+        for (int delayMs = 0; delayMs < 40; delayMs += 4) {
+            const RunScene scene;
+            scene.addDay("20260112", 20000);
+            scene.addDay("20260113", 20000);
+            QProcess process;
+            process.setStandardOutputFile(QProcess::nullDevice());
+            process.start(QStringLiteral(SCN_STORE),
+                          {QString::fromLatin1(command), scene.dataDirectory()});
+            QVERIFY(process.waitForStarted());
+            process.waitForFinished(delayMs);
+            scene.clear();
+            QVERIFY(process.state() == QProcess::NotRunning || process.waitForFinished());
+            QCOMPARE(process.exitStatus(), QProcess::NormalExit);
+            QVERIFY(process.exitCode() == 0 ||
+                    process.readAllStandardError().startsWith("scn4070a-store: "));
+        }
+    }
+}
+
+SCN_TEST(TestStoreLive, QCoreApplication)
+#include "test_storelive.moc"
