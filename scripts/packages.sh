@@ -34,7 +34,7 @@ install_packages() {
     fi
 }
 
-# build_programs PRESET: builds the three programs, and nothing else. CMake is asked to configure only
+# build_programs PRESET: builds the programs, and nothing else. CMake is asked to configure only
 # where it has not, or its presets are newer; the build itself sees to all other changes.
 build_programs() {
     folder="build/$1"
@@ -42,6 +42,6 @@ build_programs() {
         echo "configuring $folder"
         cmake --preset "$1" -DSCN_BUILD_BENCHMARKS=OFF
     fi
-    echo "building the launcher, the program and the simulator into $folder/bin"
-    cmake --build "$folder" --target scn4070a_launcher scn4070a scn_sim
+    echo "building the launcher and the other programs into $folder/bin"
+    cmake --build "$folder" --target scn4070a_launcher scn4070a scn_sim scn_store
 }

@@ -20,11 +20,6 @@ QDateTime timeOf(const CurveSummary& curve, qint64 CurveSummary::*member)
     return curve.readings > 0 ? QDateTime::fromMSecsSinceEpoch(curve.*member) : QDateTime();
 }
 
-QDateTime endOf(const RunSummary& summary)
-{
-    return summary.readings > 0 ? QDateTime::fromMSecsSinceEpoch(summary.last) : QDateTime();
-}
-
 QString textOf(const StoredRun& run, const RunSummary& summary)
 {
     const auto line = [](const char* label, const QString& text) -> QString {
@@ -38,7 +33,7 @@ QString textOf(const StoredRun& run, const RunSummary& summary)
     if (run.isKept) {
         text += line("Kept from", run.source);
     }
-    text += line("Start", timeText(summary.startOf(run))) + line("End", timeText(endOf(summary))) +
+    text += line("Start", timeText(summary.startOf(run))) + line("End", timeText(summary.end())) +
             line("Readings", QString::number(summary.readings)) +
             line("Bytes", QString::number(summary.bytes));
     QVector<QStringList> files{{QStringLiteral("FILE"), QStringLiteral("BYTES")}};
@@ -85,7 +80,7 @@ QJsonObject jsonOf(const StoredRun& run, const RunSummary& summary)
             {QStringLiteral("kept"), run.isKept},
             {QStringLiteral("source"), run.source},
             {QStringLiteral("start"), timeJson(summary.startOf(run))},
-            {QStringLiteral("end"), timeJson(endOf(summary))},
+            {QStringLiteral("end"), timeJson(summary.end())},
             {QStringLiteral("readings"), summary.readings},
             {QStringLiteral("bytes"), summary.bytes},
             {QStringLiteral("files"), files},

@@ -21,11 +21,6 @@ struct ListedRun
     RunSummary summary;
 };
 
-QDateTime endOf(const RunSummary& summary)
-{
-    return summary.readings > 0 ? QDateTime::fromMSecsSinceEpoch(summary.last) : QDateTime();
-}
-
 ListedRun listedRun(const StoredRun& run)
 {
     ListedRun listed{run, refusalOf(run).value_or(QString()), {}};
@@ -45,7 +40,7 @@ QStringList rowOf(const ListedRun& listed)
     return {listed.run.serial,
             listed.run.instrument.isEmpty() ? unknown : listed.run.instrument,
             timeText(summary.startOf(listed.run)),
-            timeText(endOf(summary)),
+            timeText(summary.end()),
             number(summary.curves.size()),
             number(summary.readings),
             number(summary.bytes),
@@ -64,7 +59,7 @@ QJsonObject jsonOf(const ListedRun& listed)
         object.insert(QStringLiteral("refused"), listed.refusal);
         return object;
     }
-    object.insert(QStringLiteral("end"), timeJson(endOf(summary)));
+    object.insert(QStringLiteral("end"), timeJson(summary.end()));
     object.insert(QStringLiteral("curves"), summary.curves.size());
     object.insert(QStringLiteral("readings"), summary.readings);
     object.insert(QStringLiteral("bytes"), summary.bytes);

@@ -2,6 +2,7 @@
 
 #include "storage/connectionpool.h"
 #include "storage/curvedatadb.h"
+#include "storage/datadirectory.h"
 #include "storage/managedquery.h"
 #include "storage/shardnaming.h"
 
@@ -25,6 +26,9 @@ QDate localDate(qint64 timestamp)
 /// Day files that may contain part of a range, oldest first.
 QStringList filesOfRange(const CurveDataDB& store, const QList<int>& ids, qint64 start, qint64 end)
 {
+    if (store.isReadOnly()) {
+        return dayFilesBetween(store.dataDirectory(), start, end);
+    }
     QSet<QString> files;
     const QDate last = localDate(end);
     for (QDate date = localDate(start); date <= last; date = date.addDays(1)) {

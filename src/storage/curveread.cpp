@@ -1,6 +1,7 @@
 #include "storage/curveread.h"
 
 #include "storage/connectionpool.h"
+#include "storage/datadirectory.h"
 #include "storage/dayfiles.h"
 #include "storage/shardnaming.h"
 #include "storage/storeclock.h"
@@ -57,18 +58,23 @@ qint64 firstTimeToLookAt(qint64 start, qint64 end, const QString& directory)
     return first - static_cast<qint64>(distance(start, first) % static_cast<quint64>(kDayLengthMs));
 }
 
-/// Keys of the days whose files a read opens, oldest first. Days are counted from the start of the
+/// The files that a read opens, oldest first. Days are counted from the start of the
 /// range, so a range shorter than a day that crosses midnight has only the first day. All future
 /// times have today's key, so the count ends with the first of them.
-QStringList dateKeysOfRange(qint64 start, qint64 end, const QString& directory)
+QStringList filesOfRange(qint64 start, qint64 end, const DayFiles& files)
 {
+    if (files.isReadOnly()) {
+        return dayFilesBetween(files.directory(), start, end);
+    }
     const qint64 now = storeNow();
-    QStringList keys;
-    qint64 time = firstTimeToLookAt(start, end, directory);
+    QStringList paths;
+    QString lastKey;
+    qint64 time = firstTimeToLookAt(start, end, files.directory());
     while (time <= end) {
         const QString key = dateKeyForTime(time);
-        if (keys.isEmpty() || keys.constLast() != key) {
-            keys.append(key);
+        if (key != lastKey) {
+            paths.append(files.path(key));
+            lastKey = key;
         }
         const quint64 left = static_cast<quint64>(end) - static_cast<quint64>(time);
         if (time > now || left < static_cast<quint64>(kDayLengthMs)) {
@@ -76,7 +82,7 @@ QStringList dateKeysOfRange(qint64 start, qint64 end, const QString& directory)
         }
         time += kDayLengthMs;
     }
-    return keys;
+    return paths;
 }
 
 } // namespace
@@ -92,10 +98,10 @@ bool CurveRead::proceed(const Store& store, ReadSlice& slice)
     if (!m_hasBegun) {
         m_hasBegun = true;
         m_window = WindowRead(range(), &store.orders);
-        m_keys = dateKeysOfRange(range().start, range().end, store.files.directory());
+        m_paths = filesOfRange(range().start, range().end, store.files);
     }
-    for (; m_nextKey < m_keys.size(); ++m_nextKey) {
-        if (slice.isOver() || !readFile(store, store.files.path(m_keys.at(m_nextKey)), slice)) {
+    for (; m_nextPath < m_paths.size(); ++m_nextPath) {
+        if (slice.isOver() || !readFile(store, m_paths.at(m_nextPath), slice)) {
             return false;
         }
         if (m_hasFailed) {
@@ -108,7 +114,7 @@ bool CurveRead::proceed(const Store& store, ReadSlice& slice)
     }
     // Rows are not where they were: read them one by one.
     m_window = WindowRead(range(), nullptr);
-    m_nextKey = 0;
+    m_nextPath = 0;
     return proceed(store, slice);
 }
 

@@ -54,8 +54,8 @@ private:
     WindowRead m_window;
     HeldFiles* m_heldFiles;
     bool m_hasBegun = false;
-    QStringList m_keys; ///< Of the days, oldest first.
-    int m_nextKey = 0;
+    QStringList m_paths; ///< Of the days, oldest first.
+    int m_nextPath = 0;
     QSharedPointer<QSqlDatabase> m_db; ///< The day's file, while it is being read.
     QVector<DBBatchInfo> m_batches;
     int m_nextBatch = 0;

@@ -4,6 +4,7 @@
 
 #include <QCoreApplication>
 #include <QCryptographicHash>
+#include <QDateTime>
 #include <QDir>
 #include <QFileInfo>
 
@@ -14,6 +15,8 @@ constexpr int kLongestNameBytes = 255;
 constexpr int kEndBytes = 5;
 constexpr int kHashDigits = 8;
 constexpr int kDateKeyLength = 8;
+/// How far the dates of two zones are apart at most: their clocks differ by up to 26 hours.
+constexpr int kDaysBetweenZones = 2;
 
 /// The serial number, short enough to leave room for the suffix.
 QString fittingSerial(const QString& serial)
@@ -80,6 +83,24 @@ QStringList dayFilesIn(const QString& directory)
          folder.entryList({QStringLiteral("????????.db")}, QDir::Files, QDir::Name)) {
         if (!digitsOfBaseName(name, kDateKeyLength).isEmpty()) {
             paths.append(folder.filePath(name));
+        }
+    }
+    return paths;
+}
+
+QStringList dayFilesBetween(const QString& directory, qint64 start, qint64 end)
+{
+    const auto keyOf = [](qint64 time, int days) {
+        return QDateTime::fromMSecsSinceEpoch(time).addDays(days).toString(
+            QStringLiteral("yyyyMMdd"));
+    };
+    const QString first = keyOf(start, -kDaysBetweenZones);
+    const QString last = keyOf(end, kDaysBetweenZones);
+    QStringList paths;
+    for (const QString& path : dayFilesIn(directory)) {
+        const QString key = digitsOfBaseName(path, kDateKeyLength);
+        if (key >= first && key <= last) {
+            paths.append(path);
         }
     }
     return paths;

@@ -21,3 +21,7 @@ bool isLinkedDirectory(const QString& path);
 
 /// Paths of the day files in a directory, oldest first.
 QStringList dayFilesIn(const QString& directory);
+
+/// Those of them that may hold readings from start to end, ms since the epoch, whatever the time zone
+/// of who named them.
+QStringList dayFilesBetween(const QString& directory, qint64 start, qint64 end);

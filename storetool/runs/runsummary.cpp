@@ -73,6 +73,11 @@ QDateTime RunSummary::startOf(const StoredRun& run) const
     return run.start.isValid() || readings == 0 ? run.start : QDateTime::fromMSecsSinceEpoch(first);
 }
 
+QDateTime RunSummary::end() const
+{
+    return readings > 0 ? QDateTime::fromMSecsSinceEpoch(last) : QDateTime();
+}
+
 RunSummary summaryOf(const StoredRun& run, SummaryDetail detail)
 {
     RunSummary summary;

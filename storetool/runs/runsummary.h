@@ -37,6 +37,9 @@ struct RunSummary
 
     /// The run's start: that written down, else the first reading's.
     QDateTime startOf(const StoredRun& run) const;
+
+    /// The last reading's time; invalid without readings.
+    QDateTime end() const;
 };
 
 enum class SummaryDetail { Counts, Values };

@@ -69,6 +69,7 @@ private slots:
     void readsTheWalOfAKilledProgram();
     void idsAreThoseOfTheNewestFile();
     void seriesLoadsFromIt();
+    void filesOfAnotherZoneAreFound();
     void nothingIsWritten_data();
     void nothingIsWritten();
     void closedFilesGetNoSideFiles();
@@ -169,6 +170,25 @@ void TestReadOnlyStore::seriesLoadsFromIt()
                       10000, 0.0);
     QCOMPARE(static_cast<int>(series.size()), 1);
     QCOMPARE(series.sample(0).y(), 1.5);
+}
+
+/// Written where it is still the day before.
+void TestReadOnlyStore::filesOfAnotherZoneAreFound()
+{
+    const qint64 time = QDateTime(QDate(2026, 3, 9), QTime(3, 0), Qt::UTC).toMSecsSinceEpoch();
+    {
+        const ZoneGuard there("America/Lima");
+        DayFileWriter file(path("20260308"));
+        file.addCurve(1, kVoltage);
+        file.addBatch(1, time, DayFileWriter::tableName(1, time),
+                      {{static_cast<double>(time), 1.5}});
+    }
+    for (const char* zone : {"Asia/Tokyo", "UTC", "America/Lima", "Pacific/Honolulu"}) {
+        const ZoneGuard here(zone);
+        Reader store(m_directory->path());
+        const QVector<QPointF> points = store->readCurveData(1, time - kHourMs, time + kHourMs, 0);
+        QCOMPARE(points.size(), 1);
+    }
 }
 
 void TestReadOnlyStore::nothingIsWritten_data()

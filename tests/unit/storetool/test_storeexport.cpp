@@ -80,6 +80,7 @@ private slots:
     void headerTellsOfTheRun();
     void longRowsAreTheReadings();
     void longRowsKeepTheirZone();
+    void filesOfAnotherZoneAreFound();
     void partsAreTheProgramsFiles();
     void wrongCallIsASentence_data();
     void wrongCallIsASentence();
@@ -222,6 +223,20 @@ void TestStoreExport::longRowsKeepTheirZone()
                                     "2026-10-25T02:30:00.000+02:00,102,2,V\n"
                                     "2026-10-25T02:30:00.000+01:00,101,9.9e+37,\"\"\"Ohm\"\",2\"\n"
                                     "2026-10-25T02:30:00.000+01:00,102,3,V\n"));
+}
+
+/// A run is read where the file's date is another day's.
+void TestStoreExport::filesOfAnotherZoneAreFound()
+{
+    const RunScene scene;
+    scene.addDay("20260112", 60000, "09:00");
+    for (const char* zone : {"Asia/Tokyo", "Pacific/Honolulu", "Pacific/Kiritimati"}) {
+        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+        environment.insert(QStringLiteral("TZ"), QString::fromLatin1(zone));
+        const StoreRun run = runStore({kExport, scene.dataDirectory()}, environment);
+        QCOMPARE(run.exitCode, 0);
+        QCOMPARE(linesOf(run.output).size(), 6 + 180 + 1);
+    }
 }
 
 void TestStoreExport::partsAreTheProgramsFiles()
