@@ -2,12 +2,12 @@
 # that builds the programs.
 # Sourced by run, test, .ci/run and the scripts beside it.
 
-build_packages="g++ cmake ninja-build ccache qtbase5-dev libqwt-qt5-dev libqt5sql5-sqlite libsqlite3-dev libxcb1-dev libcli11-dev dpkg-dev fonts-wqy-microhei qttranslations5-l10n"
+build_packages="g++ cmake ninja-build ccache qtbase5-dev libqwt-qt5-dev libqt5sql5-sqlite libsqlite3-dev libpq-dev libxcb1-dev libcli11-dev dpkg-dev fonts-wqy-microhei qttranslations5-l10n"
 package_packages="file"
 display_packages="xvfb xauth xdotool x11-utils imagemagick"
-test_packages="$display_packages sqlite3 faketime procps python3-pyvisa-py python3-serial"
+test_packages="$display_packages sqlite3 faketime postgresql procps python3-pyvisa-py python3-serial"
 long_packages="mmdebstrap time $package_packages"
-bench_packages="libbenchmark-dev sqlite3 python3-pyqtgraph"
+bench_packages="libbenchmark-dev postgresql sqlite3 python3-pyqtgraph"
 check_packages="clang-format-16 clang-tidy $bench_packages"
 fuzz_packages="clang libclang-rt-14-dev"
 
@@ -29,9 +29,24 @@ install_packages() {
     [ -z "$missing" ] || echo "installing Debian packages:$missing"
     $as_root env DEBIAN_FRONTEND=noninteractive apt-get update -q
     if [ -n "$missing" ]; then
+        keep_from_clusters
         $as_root env DEBIAN_FRONTEND=noninteractive \
-            apt-get install -q -y --no-install-recommends $missing
+            apt-get install -q -y --no-install-recommends \
+            -o Dpkg::Options::=--force-confold $missing
     fi
+}
+
+# The tests start database servers of their own: installing the package is not to start another one.
+keep_from_clusters() {
+    settings="/etc/postgresql-common/createcluster.conf"
+    case "$missing " in
+    *" postgresql "*)
+        [ -e "$settings" ] || {
+            $as_root mkdir -p "${settings%/*}"
+            echo "create_main_cluster = false" | $as_root tee "$settings" >/dev/null
+        }
+        ;;
+    esac
 }
 
 # build_programs PRESET: builds the programs, and nothing else. CMake is asked to configure only

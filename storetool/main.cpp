@@ -2,6 +2,7 @@
 #include "storetool/checkcommand.h"
 #include "storetool/console/console.h"
 #include "storetool/exportcommand.h"
+#include "storetool/forwardcommand.h"
 #include "storetool/infocommand.h"
 #include "storetool/listcommand.h"
 
@@ -30,6 +31,7 @@ constexpr Command kCommands[] = {
     {"info", "Describes a run.", runInfoCommand},
     {"check", "Checks a run, and says what is wrong with it.", runCheckCommand},
     {"export", "Writes a run as text.", runExportCommand},
+    {"forward", "Copies readings into a database while they are taken.", runForwardCommand},
     {"--help", "Shows this help and ends.", showHelp},
     {"--version", "Shows the version and ends.", showVersion},
 };

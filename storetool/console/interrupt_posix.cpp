@@ -25,7 +25,11 @@ void catchInterrupts()
     // The second one meets the system's own way.
     action.sa_flags = static_cast<int>(SA_RESETHAND) | SA_RESTART;
     for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
-        ::sigaction(signal, &action, nullptr);
+        struct sigaction before = {};
+        ::sigaction(signal, nullptr, &before);
+        if (before.sa_handler != SIG_IGN) { // started with nohup, the program outlives its terminal
+            ::sigaction(signal, &action, nullptr);
+        }
     }
 }
 

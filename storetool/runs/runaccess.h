@@ -14,6 +14,13 @@ namespace scnstore {
 /// Call it before any file of the run is open in this process.
 std::optional<QString> refusalOf(const StoredRun& run);
 
+/// Whether another process has a day file open, under whatever name. Asking drops the locks that this process
+/// has on it, so it must not have the file open.
+bool isOpenElsewhere(const QString& path);
+
+/// Whether that is so and the file was deleted or written just now. The same holds for asking.
+bool isBeingClosed(const QString& path);
+
 /// Leaves a kept run as it was found: removes the side files that SQLite creates to read it. Lives
 /// longer than everything that has its files open.
 class SideFiles

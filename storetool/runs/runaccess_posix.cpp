@@ -33,14 +33,18 @@ bool hasSecondName(const QString& path)
 /// it closes what it had open. Who reads for longer, changes nothing.
 constexpr std::time_t kClosingSeconds = 60;
 
-/// Whether another process has it open, under whatever name, and it was deleted or written just now.
-bool isBeingClosed(const QString& path)
+/// SQLite reads a WAL by an index beside it, which it creates.
+bool lacksIndex(const QString& path)
 {
-    struct stat facts = {};
-    if (::stat(QFile::encodeName(path).constData(), &facts) != 0 ||
-        std::time(nullptr) - facts.st_ctime > kClosingSeconds) {
-        return false;
-    }
+    return QFileInfo(path + QStringLiteral("-wal")).size() > 0 &&
+           !QFile::exists(path + QStringLiteral("-shm")) &&
+           !QFileInfo(QFileInfo(path).path()).isWritable();
+}
+
+} // namespace
+
+bool isOpenElsewhere(const QString& path)
+{
     const scn::FileDescriptor file(
         ::open(QFile::encodeName(path).constData(), O_RDONLY | O_CLOEXEC));
     struct flock lock = {};
@@ -51,15 +55,12 @@ bool isBeingClosed(const QString& path)
     return file.isOpen() && ::fcntl(file.get(), F_GETLK, &lock) == 0 && lock.l_type != F_UNLCK;
 }
 
-/// SQLite reads a WAL by an index beside it, which it creates.
-bool lacksIndex(const QString& path)
+bool isBeingClosed(const QString& path)
 {
-    return QFileInfo(path + QStringLiteral("-wal")).size() > 0 &&
-           !QFile::exists(path + QStringLiteral("-shm")) &&
-           !QFileInfo(QFileInfo(path).path()).isWritable();
+    struct stat facts = {};
+    return ::stat(QFile::encodeName(path).constData(), &facts) == 0 &&
+           std::time(nullptr) - facts.st_ctime <= kClosingSeconds && isOpenElsewhere(path);
 }
-
-} // namespace
 
 std::optional<QString> refusalOf(const StoredRun& run)
 {

@@ -35,6 +35,7 @@ QString outsideLibrary(const QString& header)
 {
     static const QMap<QString, QString> others{
         {QStringLiteral("CLI/CLI.hpp"), QStringLiteral("CLI11::CLI11")},
+        {QStringLiteral("libpq-fe.h"), QStringLiteral("PostgreSQL::PostgreSQL")},
         {QStringLiteral("sqlite3.h"), QStringLiteral("SQLite::SQLite3")},
         {QStringLiteral("thread"), QStringLiteral("Threads::Threads")},
         {QStringLiteral("xcb/xcb.h"), QStringLiteral("xcb")},

@@ -1,0 +1,241 @@
+#include "storetool/forward/followedfiles.h"
+
+#include "storetool/forward/descriptorlimit.h"
+#include "storetool/runs/runaccess.h"
+#include "storetool/runs/runfinder.h"
+
+#include <QDateTime>
+#include <QFileInfo>
+
+#include <algorithm>
+
+namespace scnstore {
+
+namespace {
+
+using namespace std::chrono_literals;
+
+constexpr auto kSearchInterval = 1s;
+
+/// A file that got nothing for so long is closed; it is opened again when it changes.
+constexpr auto kQuiet = 10s;
+
+bool isQuiet(const FileSignature& signature)
+{
+    const qint64 age = QDateTime::currentMSecsSinceEpoch() - signature.lastChange();
+    return age < 0 || age > std::chrono::milliseconds(kQuiet).count();
+}
+
+} // namespace
+
+FollowedFiles::FollowedFiles(const QStringList& directories)
+    : m_directories(directories)
+    , m_mostOpen(mostOpenDatabases())
+{
+}
+
+void FollowedFiles::update()
+{
+    findRuns();
+    m_newest.clear();
+    m_unopened.clear();
+    m_refusals.clear();
+    for (const StoredRun& run : qAsConst(m_runs)) {
+        look(run);
+    }
+}
+
+void FollowedFiles::doubt()
+{
+    m_done.clear();
+    for (const auto& file : m_open) {
+        file->forgetPlaces();
+    }
+}
+
+void FollowedFiles::findRuns()
+{
+    const Clock::time_point now = Clock::now();
+    if (m_runsFoundAt == Clock::time_point() || now - m_runsFoundAt >= kSearchInterval) {
+        m_runs.clear();
+        for (const QString& directory : m_directories) {
+            m_runs += runsBelow(directory);
+        }
+        m_runsFoundAt = now;
+    }
+}
+
+void FollowedFiles::look(const StoredRun& run)
+{
+    const QStringList files = run.dayFiles();
+    if (files.isEmpty()) {
+        return;
+    }
+    if (!run.isKept) {
+        m_newest.insert(files.last());
+    }
+    // The newest is the one that can vanish next.
+    for (auto file = files.crbegin(); file != files.crend(); ++file) {
+        lookAt(*file, run);
+    }
+}
+
+void FollowedFiles::lookAt(const QString& path, const StoredRun& run)
+{
+    const FileSignature signature = fileSignature(path);
+    const auto done = m_done.constFind(path);
+    if (!signature.exists() || (done != m_done.constEnd() && *done == signature) ||
+        isOpen(signature)) {
+        return;
+    }
+    if (run.isKept && signature.links > 1) {
+        refuse(path, run);
+        return;
+    }
+    // A kept file that has lost its other name may still be open in the program that wrote it.
+    if (static_cast<int>(m_open.size()) >= m_mostOpen || (run.isKept && isBeingClosed(path))) {
+        m_unopened.insert(path);
+        return;
+    }
+    openFile(path, run, signature);
+}
+
+/// A file that is written to is opened under the name that its log goes by.
+void FollowedFiles::refuse(const QString& path, const StoredRun& run)
+{
+    const bool isFollowed =
+        std::any_of(m_runs.cbegin(), m_runs.cend(), [&run](const StoredRun& other) {
+            return !other.isKept && other.directory == run.source;
+        });
+    if (!isFollowed) {
+        m_refusals.append(QStringLiteral("%1 is not opened under its second name. Forward %2.")
+                              .arg(path, run.source.isEmpty()
+                                             ? QStringLiteral("the program's data directory")
+                                             : run.source));
+    }
+}
+
+bool FollowedFiles::isOpen(const FileSignature& signature) const
+{
+    return std::any_of(m_open.cbegin(), m_open.cend(), [&signature](const auto& file) {
+        return file->signature().isSameFile(signature);
+    });
+}
+
+void FollowedFiles::openFile(const QString& path, const StoredRun& run,
+                             const FileSignature& signature)
+{
+    // A log that is left has no writer either, if it is in a place where nobody can write.
+    const bool hasLog = signature.log.size > 0;
+    const bool isIdle = run.isKept || ((!hasLog || !QFileInfo(run.directory).isWritable()) &&
+                                       !isOpenElsewhere(path));
+    bool isDamaged = false;
+    auto connection = DayFileConnection::open(path, isIdle, &isDamaged);
+    if (connection) {
+        m_open.push_back(std::make_unique<FollowedFile>(path, run.serial.toUtf8(), signature,
+                                                        std::move(connection)));
+        m_damaged.remove(path);
+    } else if (isDamaged) {
+        noteDamage(path, signature);
+    } else {
+        m_unopened.insert(path);
+    }
+}
+
+void FollowedFiles::noteDamage(const QString& path, const FileSignature& signature)
+{
+    m_done.insert(path, signature);
+    if (!m_damaged.contains(path)) {
+        m_damaged.insert(path);
+        m_damageNews.append(path);
+    }
+}
+
+void FollowedFiles::setAside(const FollowedFile& file)
+{
+    noteDamage(file.path(), file.signature());
+    m_open.erase(std::find_if(m_open.begin(), m_open.end(),
+                              [&file](const auto& other) { return other.get() == &file; }));
+}
+
+QStringList FollowedFiles::takeDamageNews()
+{
+    return std::exchange(m_damageNews, {});
+}
+
+void FollowedFiles::closeFinished()
+{
+    const auto finished = std::stable_partition(
+        m_open.begin(), m_open.end(), [this](const auto& file) { return !mayClose(*file); });
+    for (auto file = finished; file != m_open.end(); ++file) {
+        if ((*file)->isComplete() && !(*file)->hasMoved()) {
+            m_done.insert((*file)->path(), (*file)->signature());
+        }
+        m_unusableOfClosed += (*file)->unusableReadings();
+    }
+    m_open.erase(finished, m_open.end());
+}
+
+bool FollowedFiles::mayClose(const FollowedFile& file) const
+{
+    if (!file.isComplete()) {
+        return file.isStale();
+    }
+    if (file.hasMoved()) {
+        return Clock::now() - file.lastNews() > kQuiet;
+    }
+    // Without locks an open file disturbs nobody. A log is left to the file that is being written.
+    const FileSignature& signature = file.signature();
+    const bool isInUse =
+        m_newest.contains(file.path()) && (file.isUnnoticed() || signature.log.size > 0);
+    return isQuiet(signature) && !isInUse;
+}
+
+bool FollowedFiles::isComplete() const
+{
+    return m_unopened.isEmpty() && std::all_of(m_open.cbegin(), m_open.cend(),
+                                               [](const auto& file) { return file->isComplete(); });
+}
+
+QStringList FollowedFiles::unread() const
+{
+    QStringList paths(m_unopened.cbegin(), m_unopened.cend());
+    for (const auto& file : m_open) {
+        if (!file->isComplete()) {
+            paths.append(file->path());
+        }
+    }
+    paths.sort();
+    return paths;
+}
+
+std::optional<FollowedFiles::Clock::time_point> FollowedFiles::waitingSince() const
+{
+    std::optional<Clock::time_point> since;
+    for (const auto& file : m_open) {
+        if (!file->isComplete() && (!since || file->completeAt() < *since)) {
+            since = file->completeAt();
+        }
+    }
+    return since;
+}
+
+int FollowedFiles::instruments() const
+{
+    QSet<QString> names;
+    for (const StoredRun& run : m_runs) {
+        names.insert(run.serial);
+    }
+    return names.size();
+}
+
+int FollowedFiles::unusableReadings() const
+{
+    int count = m_unusableOfClosed;
+    for (const auto& file : m_open) {
+        count += file->unusableReadings();
+    }
+    return count;
+}
+
+} // namespace scnstore

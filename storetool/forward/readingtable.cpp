@@ -1,0 +1,173 @@
+#include "storetool/forward/readingtable.h"
+
+#include <QDate>
+
+namespace scnstore {
+
+namespace {
+
+/// The value is part of the key: after the clock was set back, two readings can have the same time.
+const QByteArray kCreateReading =
+    QByteArrayLiteral("CREATE TABLE reading ("
+                      "instrument text COLLATE \"C\" NOT NULL, "
+                      "curve text COLLATE \"C\" NOT NULL, "
+                      "time timestamptz NOT NULL, "
+                      "value double precision NOT NULL, "
+                      "PRIMARY KEY (instrument, curve, time, value)) PARTITION BY RANGE (time)");
+
+const QByteArray kCreatePlace =
+    QByteArrayLiteral("CREATE TABLE reading_place ("
+                      "instrument text COLLATE \"C\" NOT NULL, "
+                      "source text COLLATE \"C\" NOT NULL, "
+                      "first_time bigint NOT NULL, "
+                      "last_id bigint NOT NULL, "
+                      "last_time bigint NOT NULL, "
+                      "last_value double precision NOT NULL, "
+                      "PRIMARY KEY (instrument, source, first_time)) WITH (fillfactor = 50)");
+
+/// The session's own tables, which what is new goes to first.
+const QByteArray kCreateIncoming =
+    QByteArrayLiteral("CREATE TEMPORARY TABLE incoming_reading ("
+                      "instrument text, curve text, time timestamptz, value double precision) "
+                      "ON COMMIT DELETE ROWS; "
+                      "CREATE TEMPORARY TABLE incoming_place ("
+                      "instrument text, source text, first_time bigint, last_id bigint, "
+                      "last_time bigint, last_value double precision) ON COMMIT DELETE ROWS");
+
+const QByteArray kMergeReadings = QByteArrayLiteral(
+    "INSERT INTO reading (instrument, curve, time, value) "
+    "SELECT instrument, curve, time, value FROM incoming_reading ON CONFLICT DO NOTHING");
+
+/// Files of one content can be in a batch together; the earlier place is the safe one.
+const QByteArray kMergePlaces = QByteArrayLiteral(
+    "INSERT INTO reading_place AS place "
+    "SELECT DISTINCT ON (instrument, source, first_time) * FROM incoming_place "
+    "ORDER BY instrument, source, first_time, last_id "
+    "ON CONFLICT (instrument, source, first_time) DO UPDATE SET last_id = excluded.last_id, "
+    "last_time = excluded.last_time, last_value = excluded.last_value");
+
+/// Two programs must not create the same thing at once. The number is this program's own.
+const QByteArray kLockSchema = QByteArrayLiteral("SELECT pg_advisory_xact_lock(4070)");
+
+/// What PostgreSQL says where the rows of a day have a place already: the partition is there, another one
+/// has its range, or a default partition has its rows.
+bool isCovered(const QByteArray& code)
+{
+    return code == "42809" || code == "42P17" || code == "23514";
+}
+
+/// Midnight, UTC, of a day counted from the epoch, and the name of its partition.
+struct Day
+{
+    explicit Day(qint64 number)
+    {
+        const QDate date = QDate(1970, 1, 1).addDays(number);
+        // The years before the first have no zero.
+        const bool isBefore = date.year() < 0;
+        const QByteArray year = QByteArray::number(qAbs(date.year())).rightJustified(4, '0');
+        const QByteArray month = QByteArray::number(date.month()).rightJustified(2, '0');
+        const QByteArray day = QByteArray::number(date.day()).rightJustified(2, '0');
+        name = "reading_" + year + month + day + (isBefore ? "_bc" : "");
+        midnight = year + '-' + month + '-' + day + " 00:00:00+00" + (isBefore ? " BC" : "");
+    }
+
+    QByteArray name;
+    QByteArray midnight;
+};
+
+quint64 bitsFrom(const QByteArray& hex)
+{
+    return hex.toULongLong(nullptr, 16);
+}
+
+} // namespace
+
+bool ReadingTable::prepare()
+{
+    m_days.clear();
+    // Only a missing table is created: the right to create is not needed where an administrator has done it.
+    const auto ensure = [this](const QByteArray& table, const QByteArray& create) {
+        return m_server.run("SELECT to_regclass('" + table + "') IS NOT NULL") &&
+               (m_server.rows().value(0).value(0) == "t" || m_server.run(create));
+    };
+    if (!m_server.run("BEGIN") || !m_server.run(kLockSchema) ||
+        !ensure("reading", kCreateReading) || !ensure("reading_place", kCreatePlace) ||
+        !m_server.run(kCreateIncoming) || !m_server.run("COMMIT") ||
+        !m_server.run("SELECT relkind FROM pg_class WHERE oid = 'reading'::regclass")) {
+        return false;
+    }
+    m_isPartitioned = m_server.rows().value(0).value(0) == "p";
+    return true;
+}
+
+bool ReadingTable::loadPlaces(const QByteArray& instrument, const QList<QByteArray>& tables,
+                              FollowedFile::KnownPlaces* places)
+{
+    const QByteArray names = '{' + tables.join(',') + '}';
+    if (!m_server.run("SELECT source, first_time, last_id, last_time, "
+                      "encode(float8send(last_value), 'hex') FROM reading_place "
+                      "WHERE instrument = $1 AND source = ANY ($2::text[])",
+                      {instrument, names})) {
+        return false;
+    }
+    for (const ServerConnection::Row& row : m_server.rows()) {
+        (*places)[row[0]].append(
+            {row[1].toLongLong(), row[2].toLongLong(), row[3].toLongLong(), bitsFrom(row[4])});
+    }
+    return true;
+}
+
+bool ReadingTable::store(const ReadingBatch& batch)
+{
+    for (const qint64 day : batch.days()) {
+        if (m_isPartitioned && !m_days.contains(day)) {
+            if (!ensurePartition(day)) {
+                return false;
+            }
+            m_days.insert(day);
+        }
+    }
+    return m_server.run("BEGIN") && merge(batch) && m_server.run("COMMIT");
+}
+
+bool ReadingTable::merge(const ReadingBatch& batch)
+{
+    m_newReadings = 0;
+    if (!m_server.copy("COPY incoming_reading FROM STDIN WITH (FORMAT binary)",
+                       batch.readingRows().whole()) ||
+        !m_server.copy("COPY incoming_place FROM STDIN WITH (FORMAT binary)",
+                       batch.placeRows().whole()) ||
+        !m_server.run(kMergeReadings)) {
+        return false;
+    }
+    m_newReadings = m_server.changedRows();
+    return m_server.run(kMergePlaces);
+}
+
+/// Made beside the table and then attached, which unlike a creation in place lets others go on reading.
+bool ReadingTable::ensurePartition(qint64 day)
+{
+    const Day first(day);
+    const Day next(day + 1);
+    if (!m_server.run("SELECT 1 FROM pg_inherits WHERE inhparent = 'reading'::regclass "
+                      "AND inhrelid = to_regclass('" +
+                      first.name + "')")) {
+        return false;
+    }
+    if (!m_server.rows().isEmpty()) {
+        return true;
+    }
+    if (!m_server.run("BEGIN") || !m_server.run(kLockSchema)) {
+        return false;
+    }
+    if (m_server.run("CREATE TABLE IF NOT EXISTS " + first.name +
+                     " (LIKE reading INCLUDING ALL)") &&
+        m_server.run("ALTER TABLE reading ATTACH PARTITION " + first.name + " FOR VALUES FROM ('" +
+                     first.midnight + "') TO ('" + next.midnight + "')")) {
+        return m_server.run("COMMIT");
+    }
+    const bool hasPlace = isCovered(m_server.errorCode());
+    return hasPlace && m_server.run("ROLLBACK");
+}
+
+} // namespace scnstore
