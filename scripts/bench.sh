@@ -8,7 +8,7 @@ set -eu
 cd "$(dirname "$0")/.."
 . scripts/packages.sh
 
-programs="decode appendpoint readcurvedata pastview export exportload liveload replot tracker"
+programs="decode appendpoint readcurvedata pastview export exportload forward fleet liveload replot tracker"
 case "${1:-}" in
 "") ;;
 long) programs="$programs longrun" ;;
