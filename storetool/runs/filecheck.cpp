@@ -28,13 +28,13 @@ QString count(qint64 number, const QString& one)
 
 FileCheck::FileCheck(const QString& path, CheckedRun& result)
     : m_path(path)
-    , m_hasLog(QFile::exists(path + QStringLiteral("-wal")))
+    , m_hasWal(QFile::exists(path + QStringLiteral("-wal")))
     , m_file(path)
     , m_result(result)
 {
-    const QString log = path + QStringLiteral("-wal");
+    const QString wal = path + QStringLiteral("-wal");
     m_checked.name = m_file.name();
-    m_checked.bytes = QFileInfo(path).size() + QFileInfo(log).size();
+    m_checked.bytes = QFileInfo(path).size() + QFileInfo(wal).size();
 }
 
 void FileCheck::run()
@@ -45,7 +45,7 @@ void FileCheck::run()
     } else if (!m_file.readCatalogue(catalogue)) {
         tellDamage(QStringLiteral("cannot be read: ") + m_file.failure());
     } else {
-        noteMissingLog();
+        noteMissingWal();
         checkStructure(QStringLiteral("sqlite_schema"));
         for (const QString& table : qAsConst(catalogue.existing)) {
             checkStructure(table);
@@ -63,15 +63,15 @@ bool FileCheck::hasContent()
     return m_checked.bytes > 0;
 }
 
-/// A log that was folded in is gone, and the file's header may still say that there is one.
-void FileCheck::noteMissingLog()
+/// A WAL that was checkpointed is gone, and the file's header may still say that there is one.
+void FileCheck::noteMissingWal()
 {
     QFile file(m_path);
-    if (!m_hasLog && file.open(QIODevice::ReadOnly) &&
+    if (!m_hasWal && file.open(QIODevice::ReadOnly) &&
         file.read(kReadVersionPlace + 1).endsWith(kWalVersion)) {
         m_result.notes.append(
             QStringLiteral(
-                "%1 was used with a log, %1-wal, which is not there: it was folded in, or "
+                "%1 was used with a WAL, %1-wal, which is not there: it was checkpointed, or "
                 "the file was copied without it and lacks the last readings")
                 .arg(m_checked.name));
     }

@@ -18,7 +18,7 @@ public:
 
 private:
     bool hasContent();
-    void noteMissingLog();
+    void noteMissingWal();
     void checkStructure(const QString& table);
     void compareCatalogue(const RunFile::Catalogue& catalogue);
     void checkTable(const RunFile::Catalogue& catalogue, const ListedTable& table);
@@ -27,7 +27,7 @@ private:
     void tellDamage(const QString& what);
 
     QString m_path;
-    bool m_hasLog; ///< Before the file is opened, which may create an empty one.
+    bool m_hasWal; ///< Before the file is opened, which may create an empty one.
     RunFile m_file;
     CheckedRun& m_result;
     CheckedFile m_checked;

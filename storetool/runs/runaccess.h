@@ -10,7 +10,7 @@
 namespace scnstore {
 
 /// Why the files of a run must not be opened, as a sentence; nothing if they may. SQLite must not meet
-/// one file under two names: it would miss the log that lies beside the other name, and the locks.
+/// one file under two names: it would miss the WAL that lies beside the other name, and the locks.
 /// Call it before any file of the run is open in this process.
 std::optional<QString> refusalOf(const StoredRun& run);
 

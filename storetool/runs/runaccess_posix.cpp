@@ -67,7 +67,7 @@ std::optional<QString> refusalOf(const StoredRun& run)
     for (const QString& file : run.dayFiles()) {
         if (lacksIndex(file)) {
             return QStringLiteral(
-                       "%1 has a log that can be read only in a folder that can be written. "
+                       "%1 has a WAL that can be read only in a folder that can be written. "
                        "Copy the run to one.")
                 .arg(file);
         }

@@ -21,7 +21,7 @@ struct CurveSummary
 struct FileSummary
 {
     QString name;
-    qint64 bytes = 0; ///< With its log, the "-wal".
+    qint64 bytes = 0; ///< With its WAL.
 };
 
 /// What a run holds.

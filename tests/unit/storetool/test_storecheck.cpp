@@ -31,7 +31,7 @@ class TestStoreCheck : public QObject
 private slots:
     void soundRunIsSound();
     void gapsAreTold();
-    void missingLogIsANote();
+    void missingWalIsANote();
     void damageIsASentence_data();
     void damageIsASentence();
     void everyPageMayBeDestroyed();
@@ -86,12 +86,12 @@ void TestStoreCheck::gapsAreTold()
     QVERIFY(wide.output.contains("101(Vdc)     28471            1 s     1\n"));
 }
 
-/// It may have been folded in: SQLite leaves the header as it is.
-void TestStoreCheck::missingLogIsANote()
+/// It may have been checkpointed: SQLite leaves the header as it is.
+void TestStoreCheck::missingWalIsANote()
 {
     const QByteArray note(
-        "Note: 20260112.db was used with a log, 20260112.db-wal, which is not there: it "
-        "was folded in, or the file was copied without it and lacks the last "
+        "Note: 20260112.db was used with a WAL, 20260112.db-wal, which is not there: it "
+        "was checkpointed, or the file was copied without it and lacks the last "
         "readings.\nThe run is sound.\n");
     const RunScene scene;
     scene.addDay("20260112");

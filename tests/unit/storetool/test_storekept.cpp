@@ -36,7 +36,7 @@ class TestStoreKept : public QObject
 private slots:
     void secondNameIsRefused();
     void deletedRunIsReadAndLeftAsItIs();
-    void logOfAKilledProgramIsRead();
+    void walOfAKilledProgramIsRead();
     void openFileOfAnotherProgramIsRefused();
     void otherReadersAreNoObstacle();
 };
@@ -85,24 +85,24 @@ void TestStoreKept::deletedRunIsReadAndLeftAsItIs()
                 .output.contains("Instrument  TCPIP0::h\n"));
 }
 
-void TestStoreKept::logOfAKilledProgramIsRead()
+void TestStoreKept::walOfAKilledProgramIsRead()
 {
     const RunScene scene;
     scene.addDay("20260112");
     const QString path = scene.dayFile("20260112");
     {
-        // The files as a kill leaves them: the log is not folded in.
+        // The files as a kill leaves them: the WAL is not checkpointed.
         DayFileWriter file(path);
         file.execute(QStringLiteral("PRAGMA journal_mode = WAL"));
         file.execute(QStringLiteral("INSERT INTO curve_1_batch_20260112_120000_20260112_175959 "
                                     "(curve_id, timestamp, value) VALUES (1, %1, 9)")
                          .arg(localTime("2026-01-12 15:00:00.000")));
         QVERIFY(QFile::copy(path, path + QStringLiteral(".copy")));
-        QVERIFY(QFile::copy(path + QStringLiteral("-wal"), path + QStringLiteral(".log")));
+        QVERIFY(QFile::copy(path + QStringLiteral("-wal"), path + QStringLiteral(".wal")));
     }
     QVERIFY(QFile::remove(path));
     QVERIFY(QFile::rename(path + QStringLiteral(".copy"), path));
-    QVERIFY(QFile::rename(path + QStringLiteral(".log"), path + QStringLiteral("-wal")));
+    QVERIFY(QFile::rename(path + QStringLiteral(".wal"), path + QStringLiteral("-wal")));
     const QString kept = scene.keep();
     scene.clear();
     const QStringList before = RunScene::listing(kept);
@@ -113,7 +113,7 @@ void TestStoreKept::logOfAKilledProgramIsRead()
     QCOMPARE(RunScene::listing(kept), before);
 }
 
-/// The program deletes a run with its files still open, and folds the logs in afterwards.
+/// The program deletes a run with its files still open, and checkpoints the WALs afterwards.
 void TestStoreKept::openFileOfAnotherProgramIsRefused()
 {
     const RunScene scene;

@@ -20,7 +20,7 @@ class TestStoreLive : public QObject
 private slots:
     void writerMeetsNoLock_data();
     void writerMeetsNoLock();
-    void readingsInTheLogCount();
+    void readingsInTheWalCount();
     void runThatIsDeletedMeanwhileIsNoCrash();
 };
 
@@ -77,7 +77,7 @@ void TestStoreLive::writerMeetsNoLock()
                 .output.endsWith("The run is sound.\n"));
 }
 
-void TestStoreLive::readingsInTheLogCount()
+void TestStoreLive::readingsInTheWalCount()
 {
     const RunScene scene;
     scene.addDay("20260112");
