@@ -34,7 +34,7 @@ constexpr int kCurves = 60;
 constexpr int kReadingsOfCurve = 10; // a second
 constexpr qint64 kSecondMs = 1000;
 constexpr int kPatienceMs = 120000;
-constexpr double kLagLimitS = 5.0;
+constexpr double kLagLimitS = 10.0;
 
 /// A day file that is being recorded.
 class SimulatedInstrument

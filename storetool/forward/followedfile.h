@@ -65,9 +65,7 @@ public:
     const QByteArray& instrument() const { return m_instrument; }
     const FileSignature& signature() const { return m_signature; }
     bool hasMoved() const { return m_connection->hasMoved(); }
-
-    /// Whether nobody has to wait for anything or finds files beside his own while this one is open.
-    bool isUnnoticed() const { return m_connection->mode() != DayFileConnection::Mode::Shared; }
+    DayFileConnection::Mode mode() const { return m_connection->mode(); }
 
     /// Whether the file must be opened anew: it is written to in a way that this connection cannot follow.
     bool isStale() const;

@@ -17,6 +17,9 @@ using namespace std::chrono_literals;
 
 constexpr auto kSearchInterval = 1s;
 
+/// What is not written to is read by and by: the catalogue of a file takes a megabyte.
+constexpr int kMostOldOpen = 16;
+
 /// A file that got nothing for so long is closed; it is opened again when it changes.
 constexpr auto kQuiet = 10s;
 
@@ -40,8 +43,20 @@ void FollowedFiles::update()
     m_newest.clear();
     m_unopened.clear();
     m_refusals.clear();
+    std::vector<QStringList> files;
     for (const StoredRun& run : qAsConst(m_runs)) {
-        look(run);
+        files.push_back(run.dayFiles());
+        if (!run.isKept && !files.back().isEmpty()) {
+            m_newest.insert(files.back().last());
+        }
+    }
+    auto ofRun = files.cbegin();
+    for (const StoredRun& run : qAsConst(m_runs)) {
+        // The newest is the one that can vanish next.
+        for (auto file = ofRun->crbegin(); file != ofRun->crend(); ++file) {
+            lookAt(*file, run);
+        }
+        ++ofRun;
     }
 }
 
@@ -62,21 +77,6 @@ void FollowedFiles::findRuns()
             m_runs += runsBelow(directory);
         }
         m_runsFoundAt = now;
-    }
-}
-
-void FollowedFiles::look(const StoredRun& run)
-{
-    const QStringList files = run.dayFiles();
-    if (files.isEmpty()) {
-        return;
-    }
-    if (!run.isKept) {
-        m_newest.insert(files.last());
-    }
-    // The newest is the one that can vanish next.
-    for (auto file = files.crbegin(); file != files.crend(); ++file) {
-        lookAt(*file, run);
     }
 }
 
@@ -113,6 +113,15 @@ void FollowedFiles::refuse(const QString& path, const StoredRun& run)
                                              ? QStringLiteral("the program's data directory")
                                              : run.source));
     }
+}
+
+bool FollowedFiles::hasRoomFor(const QString& path) const
+{
+    const auto old = std::count_if(m_open.cbegin(), m_open.cend(), [this](const auto& file) {
+        return !m_newest.contains(file->path());
+    });
+    return static_cast<int>(m_open.size()) < m_mostOpen &&
+           (m_newest.contains(path) || old < kMostOldOpen);
 }
 
 bool FollowedFiles::isOpen(const FileSignature& signature) const
@@ -184,11 +193,14 @@ bool FollowedFiles::mayClose(const FollowedFile& file) const
     if (file.hasMoved()) {
         return Clock::now() - file.lastNews() > kQuiet;
     }
-    // Without locks an open file disturbs nobody. A log is left to the file that is being written.
-    const FileSignature& signature = file.signature();
-    const bool isInUse =
-        m_newest.contains(file.path()) && (file.isUnnoticed() || signature.log.size > 0);
-    return isQuiet(signature) && !isInUse;
+    const bool isStill = file.mode() == DayFileConnection::Mode::Still;
+    if (m_newest.contains(file.path())) {
+        // An empty log is what a program leaves that ended while the file was open here.
+        const bool hasEnded =
+            file.mode() == DayFileConnection::Mode::Shared && file.signature().log.size == 0;
+        return hasEnded && isQuiet(file.signature());
+    }
+    return isStill || isQuiet(file.signature());
 }
 
 bool FollowedFiles::isComplete() const

@@ -60,10 +60,10 @@ public:
 
 private:
     void findRuns();
-    void look(const StoredRun& run);
     void lookAt(const QString& path, const StoredRun& run);
     void openFile(const QString& path, const StoredRun& run, const FileSignature& signature);
     void refuse(const QString& path, const StoredRun& run);
+    bool hasRoomFor(const QString& path) const;
     bool mayClose(const FollowedFile& file) const;
     bool isOpen(const FileSignature& signature) const;
     void noteDamage(const QString& path, const FileSignature& signature);
