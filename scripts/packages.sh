@@ -2,7 +2,7 @@
 # that builds the programs.
 # Sourced by run, test, .ci/run and the scripts beside it.
 
-build_packages="g++ cmake ninja-build ccache qtbase5-dev libqwt-qt5-dev libqt5sql5-sqlite libsqlite3-dev libpq-dev libxcb1-dev libcli11-dev dpkg-dev fonts-wqy-microhei qttranslations5-l10n"
+build_packages="g++ cmake ninja-build ccache qtbase5-dev libqt5svg5-dev libqwt-qt5-dev libqt5sql5-sqlite libsqlite3-dev libpq-dev libxcb1-dev libcli11-dev dpkg-dev fonts-wqy-microhei qttranslations5-l10n"
 package_packages="file"
 display_packages="xvfb xauth xdotool x11-utils imagemagick"
 test_packages="$display_packages sqlite3 faketime postgresql procps python3-pyvisa-py python3-serial"

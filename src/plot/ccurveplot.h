@@ -74,6 +74,9 @@ public:
     /// brings about: a finished run has no next one.
     void showCurrentView();
 
+    /// Whether what the view shows next is still being fetched.
+    bool isLoading() const { return m_load != nullptr; }
+
     /// Resumes following the readings after a zoom or a pan.
     void resumeLive();
 

@@ -4,6 +4,7 @@
 #include "plot/colorselectbutton.h"
 #include "plot/curveoffsetcontroller.h"
 #include "plot/curvetable.h"
+#include "plot/plotsetup.h"
 #include "state/globals.h"
 #include "storage/curveseriesdata.h"
 
@@ -15,13 +16,7 @@ namespace scn {
 
 namespace {
 
-constexpr double kCurvePenWidth = 0.0;
 constexpr QRgb kNewCurveColor = 0xffB793E6;
-
-QPen curvePen(const QColor& color)
-{
-    return {color, kCurvePenWidth, Qt::SolidLine};
-}
 
 } // namespace
 

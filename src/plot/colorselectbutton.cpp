@@ -8,6 +8,8 @@
 #include <QPointer>
 #include <QWidgetAction>
 
+#include <iterator>
+
 namespace {
 constexpr int kButtonSide = 20;
 constexpr int kSwatchesPerRow = 9;
@@ -30,10 +32,15 @@ ColorSelectButton::ColorSelectButton(QWidget* parent)
     for (const QRgb rgb : kPalette) {
         m_palette.append(QColor(rgb));
     }
-    m_color = m_palette.at(nextColorIndex);
+    m_color = paletteColor(nextColorIndex);
     nextColorIndex = (nextColorIndex + 1) % m_palette.size();
     showCurrentColor();
     connect(this, &QPushButton::clicked, this, &ColorSelectButton::showMenu);
+}
+
+QColor ColorSelectButton::paletteColor(int n)
+{
+    return QColor(kPalette[static_cast<size_t>(n) % std::size(kPalette)]);
 }
 
 void ColorSelectButton::showColorDialog()

@@ -16,6 +16,9 @@ class ColorSelectButton : public QPushButton
 public:
     explicit ColorSelectButton(QWidget* parent = nullptr);
 
+    /// Colour of the n-th button of a process, counted from 0.
+    static QColor paletteColor(int n);
+
     QColor color() const { return m_color; }
 
 signals:

@@ -18,8 +18,6 @@ namespace scn {
 
 namespace {
 
-constexpr int kRowCount = 40;
-
 enum CurveTableColumn {
     CurveNumberColumn,
     CurveColorColumn,

@@ -21,6 +21,8 @@ class CurveTable
     Q_DECLARE_TR_FUNCTIONS(BarChartWidget)
 
 public:
+    static constexpr int kRowCount = 40;
+
     /// `parent` owns the widgets.
     explicit CurveTable(QWidget* parent);
 

@@ -4,6 +4,7 @@
 #include "plot/loadedcurvedata.h"
 #include "plot/seriescurve.h"
 
+#include <QPen>
 #include <qwt_date_scale_draw.h>
 #include <qwt_painter.h>
 #include <qwt_picker_machine.h>
@@ -89,6 +90,11 @@ CurveTracker* makeTracker(QWidget* canvas)
     tracker->setTrackerPen(QPen(Qt::black));
     tracker->setTrackerMode(QwtPicker::AlwaysOn);
     return tracker;
+}
+
+QPen curvePen(const QColor& color)
+{
+    return {color, 0.0, Qt::SolidLine};
 }
 
 QwtPlotCurve* makeCurve(CurveSeriesData* series, const QColor& color, const QString& title)

@@ -3,6 +3,7 @@
 class CurveSeriesData;
 class CurveTracker;
 class QColor;
+class QPen;
 class QString;
 class QWidget;
 class QwtDateScaleDraw;
@@ -25,6 +26,9 @@ QwtPlotGrid* addGrid(QwtPlot* plot);
 QwtDateScaleDraw* addTimeScale(QwtPlot* plot);
 
 CurveTracker* makeTracker(QWidget* canvas);
+
+/// A thin line, however large the screen: how charts draw their curves.
+QPen curvePen(const QColor& color);
 
 /// A curve that shows what `series` has loaded, not yet attached.
 QwtPlotCurve* makeCurve(CurveSeriesData* series, const QColor& color, const QString& title);

@@ -47,7 +47,7 @@ QString outsideLibrary(const QString& header)
         static const QString qtHeaders = QLibraryInfo::location(QLibraryInfo::HeadersPath);
         for (const QString& module :
              {QStringLiteral("Core"), QStringLiteral("Gui"), QStringLiteral("Widgets"),
-              QStringLiteral("Sql"), QStringLiteral("Network")}) {
+              QStringLiteral("Sql"), QStringLiteral("Network"), QStringLiteral("Svg")}) {
             if (QFileInfo::exists(qtHeaders + QStringLiteral("/Qt%1/%2").arg(module, header))) {
                 return QStringLiteral("Qt5::") + module;
             }
