@@ -30,6 +30,14 @@ step "building the package"
 package=$(tail -n 1 "$work/build.log")
 version=$(dpkg-deb -f "$package" Version)
 
+step "installing into another folder, as the page on it says, after a build without all that it needs"
+rm -rf "$work/prefix"
+rm "$source/build/release/bin/scn4070a-store" "$source/build/release/packaging/scn4070a-store.1.gz"
+commands=$(sed -n '/^Without a package/,/^`/{s/^    //p}' "$source/docs/install.md" | sed "s#/opt/scn4070a#$work/prefix#")
+grep -q -F -e "--prefix $work/prefix" <<<"$commands" || fail "the page names no prefix"
+(cd "$source" && bash -e -c "$commands") >"$work/prefix.log" 2>&1 || { tail -3 "$work/prefix.log"; fail "those commands"; }
+[ "$("$work/prefix/bin/scn4070a-store" --version)" = "scn4070a-store $version" ] || fail "the installed command line for runs"
+
 # An older one: another launcher, and a file that the newer has no more.
 older="$work/older"
 rm -rf "$older"
@@ -65,6 +73,9 @@ inside apt-get install -q -y --no-install-recommends /packages/newer.deb >>"$wor
 [ "$(inside dpkg-query -W -f='${Version}' scn4070a)" = "$version" ] || fail "the newer version is not there"
 [ ! -e "$root/usr/lib/scn4070a/gone-since" ] || fail "a file of the older version is left"
 inside dpkg --verify scn4070a || fail "files differ from the package"
+
+step "fonts"
+find "$root/usr/share/fonts" '(' -name 'wqy-*' -o -name '*CJK*' ')' | grep -q . || fail "no font with Chinese"
 
 step "versions and options"
 text=$(as_user env QT_QPA_PLATFORM=offscreen scn4070a-launcher --version 2>/dev/null)
