@@ -25,6 +25,11 @@ install_packages() {
     as_root=""
     if [ "$(id -u)" -ne 0 ]; then
         as_root="sudo"
+        if ! command -v sudo >/dev/null; then
+            echo "You are not root, and sudo is not installed. As root, run this, then try again:" >&2
+            echo "    apt-get update${missing:+ && apt-get install --no-install-recommends$missing}" >&2
+            exit 1
+        fi
     fi
     [ -z "$missing" ] || echo "installing Debian packages:$missing"
     $as_root env DEBIAN_FRONTEND=noninteractive apt-get update -q
