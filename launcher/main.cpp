@@ -41,11 +41,18 @@ bool readOptions(int argc, char* argv[], LauncherOptions& options, int& status)
     return false;
 }
 
-/// Embedding works on X11 only; a Wayland session serves it beside its own.
+/// Platforms without a screen, which need no display.
+bool hasNoScreen(const QString& platform)
+{
+    const QString name = platform.section(QLatin1Char(':'), 0, 0);
+    return name == QLatin1String("offscreen") || name == QLatin1String("minimal");
+}
+
+/// Embedding works on X11 only; a Wayland session serves it beside its own. Desktops that set another
+/// platform for all programs are overruled, for the child too.
 bool chooseDisplay(const NativeWindows& windows)
 {
-    if (!qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM") &&
-        qgetenv("QT_QPA_PLATFORM") != QByteArrayLiteral("xcb")) {
+    if (hasNoScreen(qEnvironmentVariable("QT_QPA_PLATFORM"))) {
         return true;
     }
     if (windows.isConnected()) {

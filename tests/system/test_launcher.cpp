@@ -72,6 +72,13 @@ public:
     Launcher(const Launcher&) = delete;
     Launcher& operator=(const Launcher&) = delete;
 
+    /// Call it before the start.
+    void setEnvironment(const QString& variable, const QString& value)
+    {
+        QProcessEnvironment environment = m_process.processEnvironment();
+        environment.insert(variable, value);
+        m_process.setProcessEnvironment(environment);
+    }
     void start(const QStringList& arguments)
     {
         m_process.start(QStringLiteral(SCN_BIN_DIR "/scn4070a-launcher"), arguments);
@@ -151,6 +158,8 @@ private slots:
     void helpAndVersionNeedNoDisplay();
     void missingDisplayIsTold_data();
     void missingDisplayIsTold();
+    void platformOfTheDesktopIsOverruled_data();
+    void platformOfTheDesktopIsOverruled();
     void programOutlivesALauncherThatDies();
     void secondOnAnInstrumentIsRefused();
     void instrumentOfALeftProgramIsRefused();
@@ -314,16 +323,22 @@ void TestLauncher::helpAndVersionNeedNoDisplay()
 void TestLauncher::missingDisplayIsTold_data()
 {
     QTest::addColumn<QString>("display");
+    QTest::addColumn<QString>("platform");
     QTest::addColumn<QString>("text");
-    QTest::newRow("not set") << QString() << QStringLiteral("DISPLAY is not set");
-    QTest::newRow("does not answer") << QStringLiteral(":4070") << QStringLiteral("\":4070\"");
+    QTest::newRow("not set") << QString() << QString() << QStringLiteral("DISPLAY is not set");
+    QTest::newRow("does not answer")
+        << QStringLiteral(":4070") << QString() << QStringLiteral("\":4070\"");
+    QTest::newRow("Wayland wanted") << QString() << QStringLiteral("wayland")
+                                    << QStringLiteral("DISPLAY is not set");
 }
 
 void TestLauncher::missingDisplayIsTold()
 {
     QFETCH(QString, display);
+    QFETCH(QString, platform);
     QFETCH(QString, text);
     Launcher launcher(display);
+    launcher.setEnvironment(QStringLiteral("QT_QPA_PLATFORM"), platform);
     launcher.start(kSmallest);
     QVERIFY(launcher.waitForEnd());
     QVERIFY(!launcher.crashed());
@@ -331,6 +346,26 @@ void TestLauncher::missingDisplayIsTold()
     const QString errors = launcher.errors();
     QVERIFY2(errors.contains(QLatin1String("there is no display")), qPrintable(errors));
     QVERIFY2(errors.contains(text), qPrintable(errors));
+}
+
+void TestLauncher::platformOfTheDesktopIsOverruled_data()
+{
+    QTest::addColumn<QString>("platform");
+    QTest::newRow("Wayland") << QStringLiteral("wayland");
+    QTest::newRow("Wayland first") << QStringLiteral("wayland;xcb");
+    QTest::newRow("unknown") << QStringLiteral("nonsense");
+}
+
+void TestLauncher::platformOfTheDesktopIsOverruled()
+{
+    QFETCH(QString, platform);
+    Launcher launcher(m_display.name());
+    launcher.setEnvironment(QStringLiteral("QT_QPA_PLATFORM"), platform);
+    launcher.start(kSmallest);
+    QVERIFY2(waitForEmbedding(), qPrintable(launcher.errors()));
+    launcher.terminate();
+    QVERIFY(launcher.waitForEnd());
+    QCOMPARE(launcher.exitCode(), 0);
 }
 
 void TestLauncher::programOutlivesALauncherThatDies()
