@@ -1,19 +1,12 @@
 #include "storetool/runs/storedrun.h"
 
+#include "launcher/place/keptrun.h"
 #include "storage/datadirectory.h"
 
-#include <QDir>
 #include <QFile>
 #include <QFileInfo>
-#include <QJsonDocument>
-#include <QJsonObject>
 
 namespace scnstore {
-namespace {
-
-const QString kDataSuffix = QStringLiteral("_Data");
-
-} // namespace
 
 QStringList StoredRun::dayFiles() const
 {
@@ -24,21 +17,13 @@ StoredRun StoredRun::in(const QString& directory)
 {
     StoredRun run;
     run.directory = QFileInfo(directory).canonicalFilePath();
-    const QDir folder(run.directory);
-    run.serial = folder.dirName();
-    if (run.serial.endsWith(kDataSuffix)) {
-        run.serial.chop(kDataSuffix.size());
-    }
-    QFile facts(folder.filePath(QStringLiteral("run.json")));
-    run.isKept = facts.exists();
-    if (run.isKept && facts.open(QIODevice::ReadOnly)) {
-        const QJsonObject object = QJsonDocument::fromJson(facts.readAll()).object();
-        run.instrument = object.value(QLatin1String("instrument")).toString();
-        run.serial = object.value(QLatin1String("serial"))
-                         .toString(QFileInfo(run.directory).dir().dirName());
-        run.start = QDateTime::fromString(object.value(QLatin1String("start")).toString(),
-                                          Qt::ISODateWithMs);
-        run.source = object.value(QLatin1String("source")).toString();
+    run.serial = scnlauncher::serialOfDataDirectory(run.directory);
+    run.isKept = QFile::exists(scnlauncher::keptRunFacts(run.directory));
+    if (const auto kept = scnlauncher::KeptRun::in(run.directory)) {
+        run.instrument = kept->instrument;
+        run.serial = kept->serial;
+        run.start = kept->start;
+        run.source = kept->source;
     }
     return run;
 }

@@ -1,37 +1,24 @@
 #include "storetool/runs/runaccess.h"
 
-#include "posix/filedescriptor.h"
+#include "launcher/place/fileuse.h"
 
+#include <QDateTime>
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
 
-#include <fcntl.h>
-#include <sys/stat.h>
-#include <unistd.h>
-
-#include <ctime>
-#include <filesystem>
-#include <system_error>
-
 namespace scnstore {
 namespace {
 
-/// The bytes that SQLite locks to read a file, and to keep a WAL file open.
-constexpr off_t kSharedFirst = 0x40000002;
-constexpr off_t kSharedSize = 510;
-
 bool hasSecondName(const QString& path)
 {
-    std::error_code error;
-    const auto names =
-        std::filesystem::hard_link_count(QFile::encodeName(path).toStdString(), error);
-    return !error && names > 1;
+    const auto facts = scnlauncher::factsOf(path);
+    return facts && facts->names > 1;
 }
 
 /// How long after its last change a file may still be written by the program that deleted it: one by one,
 /// it closes what it had open. Who reads for longer, changes nothing.
-constexpr std::time_t kClosingSeconds = 60;
+constexpr qint64 kClosingSeconds = 60;
 
 /// SQLite reads a WAL by an index beside it, which it creates.
 bool lacksIndex(const QString& path)
@@ -45,21 +32,14 @@ bool lacksIndex(const QString& path)
 
 bool isOpenElsewhere(const QString& path)
 {
-    const scn::FileDescriptor file(
-        ::open(QFile::encodeName(path).constData(), O_RDONLY | O_CLOEXEC));
-    struct flock lock = {};
-    lock.l_type = F_WRLCK;
-    lock.l_whence = SEEK_SET;
-    lock.l_start = kSharedFirst;
-    lock.l_len = kSharedSize;
-    return file.isOpen() && ::fcntl(file.get(), F_GETLK, &lock) == 0 && lock.l_type != F_UNLCK;
+    return scnlauncher::isOpenElsewhere(path);
 }
 
 bool isBeingClosed(const QString& path)
 {
-    struct stat facts = {};
-    return ::stat(QFile::encodeName(path).constData(), &facts) == 0 &&
-           std::time(nullptr) - facts.st_ctime <= kClosingSeconds && isOpenElsewhere(path);
+    const auto facts = scnlauncher::factsOf(path);
+    return facts && facts->changed.secsTo(QDateTime::currentDateTime()) <= kClosingSeconds &&
+           isOpenElsewhere(path);
 }
 
 std::optional<QString> refusalOf(const StoredRun& run)
