@@ -1,0 +1,353 @@
+#include "launcher/place/fileuse.h"
+#include "launcher/runkeeper.h"
+#include "support/privatemounts.h"
+
+#include <QDir>
+#include <QFile>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QTemporaryDir>
+#include <QtTest>
+
+using namespace scnlauncher;
+using Writer = RunKeeper::Writer;
+
+namespace {
+
+constexpr std::chrono::milliseconds kAtOnce{0};
+const QDateTime kLongAgo(QDate(2020, 1, 1), QTime(0, 0));
+
+QByteArray contentOf(const QString& path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("(none)");
+}
+
+/// A folder with a program's data directory, and what a keeper makes of it.
+class Place
+{
+public:
+    explicit Place(const QString& dataDirectory = QStringLiteral("SN1_Data"))
+        : m_name(dataDirectory)
+        , m_root(QFileInfo(m_folder.path()).canonicalFilePath())
+    {
+    }
+
+    QString root() const { return m_root; }
+    QString data() const { return m_root + QLatin1Char('/') + m_name; }
+    QString runs() const { return m_root + QStringLiteral("/runs"); }
+
+    void write(const QString& name, const QByteArray& content) const
+    {
+        QDir().mkpath(data());
+        QFile file(data() + QLatin1Char('/') + name);
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        file.write(content);
+    }
+    bool remove(const QString& name) const
+    {
+        return QFile::remove(data() + QLatin1Char('/') + name);
+    }
+    void deleteRun() const { QVERIFY(QDir(data()).removeRecursively()); }
+
+    RunKeeper keeper(std::chrono::milliseconds vanishedFor = kAtOnce) const
+    {
+        return RunKeeper(m_root, QStringLiteral("TCPIP0::h::1::SOCKET"), kLongAgo, vanishedFor);
+    }
+
+    /// The kept runs, oldest first.
+    QStringList kept(const QString& serial = QStringLiteral("SN1")) const
+    {
+        const QDir folder(runs() + QLatin1Char('/') + serial);
+        QStringList paths;
+        for (const QString& name :
+             folder.entryList(QDir::Dirs | QDir::NoDotAndDotDot, QDir::Name)) {
+            paths.append(folder.filePath(name));
+        }
+        return paths;
+    }
+    static QStringList filesIn(const QString& folder)
+    {
+        return QDir(folder).entryList(QDir::Files | QDir::Hidden, QDir::Name);
+    }
+
+private:
+    const QTemporaryDir m_folder;
+    const QString m_name;
+    const QString m_root;
+};
+
+const QString kDay = QStringLiteral("20260112.db");
+const QString kNextDay = QStringLiteral("20260113.db");
+const QString kWal = QStringLiteral("20260112.db-wal");
+const QString kJournal = QStringLiteral("20260112.db-journal");
+const QString kFacts = QStringLiteral("run.json");
+
+} // namespace
+
+/// The second names that keep a run, on real files.
+class TestRunKeeper : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void runOutlivesItsDeletion();
+    void factsTellWhatItIs();
+    void runFromBeforeHasNoInstrument();
+    void nextDayJoinsTheRun();
+    void newRunGetsAFolderOfItsOwn();
+    void laterKeeperGoesOnWithTheRun();
+    void otherFileOfTheSameDayGoesElsewhere();
+    void walFollowsTheFile();
+    void walOfADeletionInProgressStays();
+    void journalIsKeptOnlyOfAnEndedProgram();
+    void onlyDayFilesAreKept();
+    void linkedDirectoryIsLeftAlone();
+    void serialIsNoPath();
+    void withoutLinksItSaysSo();
+    void fullDiskIsTriedAgain();
+};
+
+void TestRunKeeper::runOutlivesItsDeletion()
+{
+    const Place place;
+    place.write(kDay, "one");
+    RunKeeper keeper = place.keeper();
+    keeper.keep(Writer::Running);
+    QCOMPARE(place.kept().size(), 1);
+    const QString kept = place.kept().constFirst() + QLatin1Char('/') + kDay;
+    // No byte is copied: it is the same file.
+    QVERIFY(factsOf(kept)->isSameFile(*factsOf(place.data() + QLatin1Char('/') + kDay)));
+    place.write(kDay, "one, and more");
+    place.deleteRun();
+    keeper.keep(Writer::Running);
+    QCOMPARE(contentOf(kept), QByteArray("one, and more"));
+    QCOMPARE(factsOf(kept)->names, quint64(1));
+    QCOMPARE(keeper.problem(), QString());
+    QCOMPARE(Place::filesIn(place.root()), QStringList());
+}
+
+void TestRunKeeper::factsTellWhatItIs()
+{
+    const Place place;
+    place.write(kDay, "one");
+    const QDateTime before = QDateTime::currentDateTime();
+    place.keeper().keep(Writer::Running);
+    const QString folder = place.kept().constFirst();
+    QCOMPARE(Place::filesIn(folder), (QStringList{kDay, kFacts}));
+    const QJsonObject facts =
+        QJsonDocument::fromJson(contentOf(folder + QLatin1Char('/') + kFacts)).object();
+    QCOMPARE(facts.value(QLatin1String("instrument")).toString(),
+             QStringLiteral("TCPIP0::h::1::SOCKET"));
+    QCOMPARE(facts.value(QLatin1String("serial")).toString(), QStringLiteral("SN1"));
+    QCOMPARE(facts.value(QLatin1String("source")).toString(), place.data());
+    const QString start = facts.value(QLatin1String("start")).toString();
+    const QDateTime time = QDateTime::fromString(start, Qt::ISODate);
+    QVERIFY2(qAbs(time.secsTo(before)) < 60, qPrintable(start));
+    QCOMPARE(time.offsetFromUtc(), before.offsetFromUtc());
+    QVERIFY2(start.contains(QLatin1Char('+')) || start.endsWith(QLatin1Char('Z')) ||
+                 start.count(QLatin1Char('-')) == 3,
+             qPrintable(start));
+    QCOMPARE(QFileInfo(folder).fileName(),
+             time.toLocalTime().toString(QStringLiteral("yyyy-MM-dd_HH-mm-ss")));
+}
+
+void TestRunKeeper::runFromBeforeHasNoInstrument()
+{
+    const Place place;
+    place.write(kDay, "one");
+    RunKeeper(place.root(), QStringLiteral("ASRL1::INSTR"),
+              QDateTime::currentDateTime().addSecs(60))
+        .keep(Writer::Ended);
+    const auto run = KeptRun::in(place.kept().constFirst());
+    QVERIFY(run);
+    QCOMPARE(run->instrument, QString());
+}
+
+void TestRunKeeper::nextDayJoinsTheRun()
+{
+    const Place place;
+    place.write(kDay, "one");
+    RunKeeper keeper = place.keeper();
+    keeper.keep(Writer::Running);
+    place.write(kNextDay, "two");
+    keeper.keep(Writer::Running);
+    keeper.keep(Writer::Running);
+    QCOMPARE(place.kept().size(), 1);
+    QCOMPARE(Place::filesIn(place.kept().constFirst()), (QStringList{kDay, kNextDay, kFacts}));
+}
+
+void TestRunKeeper::newRunGetsAFolderOfItsOwn()
+{
+    const Place place;
+    RunKeeper keeper = place.keeper();
+    QStringList contents;
+    for (const char* content : {"first", "second", "third"}) {
+        place.write(kDay, content);
+        keeper.keep(Writer::Running);
+        place.deleteRun();
+    }
+    for (const QString& folder : place.kept()) {
+        contents.append(QString::fromLatin1(contentOf(folder + QLatin1Char('/') + kDay)));
+    }
+    contents.sort();
+    QCOMPARE(contents, (QStringList{QStringLiteral("first"), QStringLiteral("second"),
+                                    QStringLiteral("third")}));
+}
+
+void TestRunKeeper::laterKeeperGoesOnWithTheRun()
+{
+    const Place place;
+    place.write(kDay, "one");
+    place.keeper().keep(Writer::Running);
+    place.write(kNextDay, "two");
+    place.keeper().keep(Writer::Ended);
+    QCOMPARE(place.kept().size(), 1);
+    QCOMPARE(Place::filesIn(place.kept().constFirst()), (QStringList{kDay, kNextDay, kFacts}));
+}
+
+void TestRunKeeper::otherFileOfTheSameDayGoesElsewhere()
+{
+    const Place place;
+    place.write(kDay, "one");
+    place.write(kNextDay, "two");
+    RunKeeper keeper = place.keeper();
+    keeper.keep(Writer::Running);
+    QVERIFY(place.remove(kNextDay));
+    place.write(kNextDay, "another two");
+    keeper.keep(Writer::Running);
+    QCOMPARE(place.kept().size(), 2);
+    QCOMPARE(contentOf(place.kept().constFirst() + QLatin1Char('/') + kNextDay), QByteArray("two"));
+    QCOMPARE(Place::filesIn(place.kept().constLast()), (QStringList{kNextDay, kFacts}));
+    QCOMPARE(contentOf(place.kept().constLast() + QLatin1Char('/') + kNextDay),
+             QByteArray("another two"));
+}
+
+void TestRunKeeper::walFollowsTheFile()
+{
+    const Place place;
+    place.write(kDay, "one");
+    place.write(kWal, "log");
+    RunKeeper keeper = place.keeper();
+    keeper.keep(Writer::Running);
+    const QString folder = place.kept().constFirst();
+    const QString wal = folder + QLatin1Char('/') + kWal;
+    QCOMPARE(contentOf(wal), QByteArray("log"));
+    // Another log: the first has been folded in.
+    QVERIFY(place.remove(kWal));
+    place.write(kWal, "newer log");
+    keeper.keep(Writer::Running);
+    QCOMPARE(contentOf(wal), QByteArray("newer log"));
+    // None: the file is whole without.
+    QVERIFY(place.remove(kWal));
+    keeper.keep(Writer::Running);
+    QCOMPARE(Place::filesIn(folder), (QStringList{kDay, kFacts}));
+    QVERIFY(!KeptRun::in(folder)->files.contains(kWal));
+    // A deleted run's log stays with it.
+    place.write(kWal, "last log");
+    keeper.keep(Writer::Running);
+    place.deleteRun();
+    keeper.keep(Writer::Running);
+    QCOMPARE(contentOf(wal), QByteArray("last log"));
+}
+
+/// The files of a run are deleted one after the other.
+void TestRunKeeper::walOfADeletionInProgressStays()
+{
+    const Place place;
+    place.write(kDay, "one");
+    place.write(kWal, "log");
+    RunKeeper keeper = place.keeper(std::chrono::hours(1));
+    keeper.keep(Writer::Running);
+    QVERIFY(place.remove(kWal));
+    keeper.keep(Writer::Running);
+    place.deleteRun();
+    keeper.keep(Writer::Running);
+    QCOMPARE(Place::filesIn(place.kept().constFirst()), (QStringList{kDay, kWal, kFacts}));
+}
+
+void TestRunKeeper::journalIsKeptOnlyOfAnEndedProgram()
+{
+    const Place place;
+    place.write(kDay, "one");
+    place.write(kJournal, "undo");
+    RunKeeper keeper = place.keeper();
+    keeper.keep(Writer::Running);
+    const QString folder = place.kept().constFirst();
+    QCOMPARE(Place::filesIn(folder), (QStringList{kDay, kFacts}));
+    keeper.keep(Writer::Ended);
+    QCOMPARE(Place::filesIn(folder), (QStringList{kDay, kJournal, kFacts}));
+    QVERIFY(place.remove(kJournal));
+    keeper.keep(Writer::Running);
+    QCOMPARE(Place::filesIn(folder), (QStringList{kDay, kFacts}));
+}
+
+void TestRunKeeper::onlyDayFilesAreKept()
+{
+    const Place place;
+    place.write(QStringLiteral("notes.txt"), "mine");
+    place.write(QStringLiteral("20260112.db-shm"), "index");
+    place.write(QStringLiteral("copy of 20260112.db"), "copy");
+    QVERIFY(QFile::link(place.root(), place.data() + QStringLiteral("/20260114.db")));
+    place.keeper().keep(Writer::Ended);
+    QVERIFY(!QFileInfo::exists(place.runs()));
+}
+
+void TestRunKeeper::linkedDirectoryIsLeftAlone()
+{
+    const Place place;
+    const Place other;
+    other.write(kDay, "someone else's");
+    QVERIFY(QFile::link(other.data(), place.data()));
+    place.keeper().keep(Writer::Ended);
+    QVERIFY(!QFileInfo::exists(place.runs()));
+}
+
+void TestRunKeeper::serialIsNoPath()
+{
+    const Place place(QStringLiteral(".._Data"));
+    place.write(kDay, "one");
+    place.keeper().keep(Writer::Running);
+    QCOMPARE(QDir(place.root()).entryList(QDir::Dirs | QDir::NoDotAndDotDot | QDir::Hidden),
+             (QStringList{QStringLiteral(".._Data"), QStringLiteral("runs")}));
+    QCOMPARE(keptRunsIn(place.runs()).size(), 1);
+    QCOMPARE(keptRunsIn(place.runs()).constFirst().serial, QStringLiteral(".."));
+}
+
+void TestRunKeeper::withoutLinksItSaysSo()
+{
+    const Place place;
+    QVERIFY(QDir().mkpath(place.runs()));
+    // Another device.
+    const auto mount = privatemounts::Mount::disk(place.runs(), 1 << 20);
+    QVERIFY(mount.isMounted());
+    RunKeeper keeper = place.keeper();
+    const QString told = QStringLiteral("此处的文件系统没有硬链接，测量数据不会保留");
+    // Before there is a run.
+    QCOMPARE(keeper.problem(), told);
+    place.write(kDay, "one");
+    keeper.keep(Writer::Running);
+    QCOMPARE(keeper.problem(), told);
+    QCOMPARE(QDir(place.runs()).entryList(QDir::AllEntries | QDir::NoDotAndDotDot), QStringList());
+    QCOMPARE(Place::filesIn(place.data()), QStringList(kDay));
+}
+
+void TestRunKeeper::fullDiskIsTriedAgain()
+{
+    const Place place;
+    const auto mount = privatemounts::Mount::disk(place.root(), 1 << 20);
+    QVERIFY(mount.isMounted());
+    place.write(kDay, "one");
+    RunKeeper keeper = place.keeper();
+    privatemounts::fillDisk(place.root() + QStringLiteral("/filler"));
+    keeper.keep(Writer::Running);
+    QCOMPARE(keeper.problem(), QStringLiteral("无法写入 %1，测量数据没有保留").arg(place.runs()));
+    QVERIFY(keptRunsIn(place.runs()).isEmpty());
+    QVERIFY(QFile::remove(place.root() + QStringLiteral("/filler")));
+    keeper.keep(Writer::Running);
+    QCOMPARE(keeper.problem(), QString());
+    QCOMPARE(keptRunsIn(place.runs()).size(), 1);
+}
+
+SCN_TEST_RUN((&privatemounts::run<TestRunKeeper, QCoreApplication>))
+#include "test_runkeeper.moc"
