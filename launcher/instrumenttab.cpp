@@ -31,6 +31,7 @@ InstrumentTab::InstrumentTab(const Workshop& workshop, QWidget* parent)
     : QWidget(parent)
     , m_workshop(workshop)
     , m_probe(this)
+    , m_archive(workshop.settings, nullptr)
     , m_pages(new QStackedWidget(this))
     , m_startPage(new StartPage(workshop.sources, workshop.settings, this))
     , m_startingPage(new StartingPage(this))
@@ -58,6 +59,8 @@ InstrumentTab::InstrumentTab(const Workshop& workshop, QWidget* parent)
         m_failure = OpenFailure::Refused;
         showStatus();
     });
+    connect(&m_archive, &RunArchive::problemChanged, this,
+            [this] { m_stateLine->showKeepingProblem(m_archive.problem()); });
     connect(&m_ticks, &QTimer::timeout, this,
             [this] { m_stateLine->showSilence(m_child ? m_child->msSinceLastLine() : -1); });
 }
@@ -121,6 +124,7 @@ void InstrumentTab::startChild(const QString& resource)
         call.environment.insert(kSerialRateVariable, QString::number(m_choice.serialRate));
     }
     call.logPath = logPath();
+    m_archive.watch(claim->folder(), resource);
     m_child->start(call);
     m_ticks.start(kTickMs);
     m_stateLine->showSilence(-1);
@@ -217,6 +221,7 @@ void InstrumentTab::finish(const ChildEnd& end)
 {
     const QStringList lastWords = m_child->lastWords();
     m_child.release()->deleteLater();
+    m_archive.leave();
     delete m_embedded;
     m_ticks.stop();
     m_stateLine->hide();

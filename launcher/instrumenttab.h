@@ -3,6 +3,7 @@
 #include "launcher/instrumentchild.h"
 #include "launcher/instrumentchoice.h"
 #include "launcher/refusalprobe.h"
+#include "launcher/runarchive.h"
 #include "launcher/startpage.h"
 
 #include <QPointer>
@@ -80,6 +81,7 @@ private:
     std::unique_ptr<SimulatorProcess> m_simulator;
     std::unique_ptr<InstrumentChild> m_child;
     RefusalProbe m_probe;
+    RunArchive m_archive;
     OpenFailure m_failure = OpenFailure::None;
     bool m_returnsToChoice = false;
     QTimer m_ticks;

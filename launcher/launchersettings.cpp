@@ -9,6 +9,9 @@ namespace {
 const QString kGeometry = QStringLiteral("window/geometry");
 const QString kRecent = QStringLiteral("resources/recent");
 const QString kSerialRate = QStringLiteral("resources/serialRate");
+const QString kDays = QStringLiteral("runs/days");
+const QString kRuns = QStringLiteral("runs/count");
+const QString kMegabytes = QStringLiteral("runs/megabytes");
 
 } // namespace
 
@@ -58,6 +61,21 @@ int LauncherSettings::serialRate() const
 void LauncherSettings::setSerialRate(int rate) const
 {
     QSettings(m_file, QSettings::IniFormat).setValue(kSerialRate, rate);
+}
+
+RunLimits LauncherSettings::runLimits() const
+{
+    const QSettings settings(m_file, QSettings::IniFormat);
+    return {settings.value(kDays).toInt(), settings.value(kRuns).toInt(),
+            settings.value(kMegabytes).toInt()};
+}
+
+void LauncherSettings::setRunLimits(const RunLimits& limits) const
+{
+    QSettings settings(m_file, QSettings::IniFormat);
+    settings.setValue(kDays, limits.days);
+    settings.setValue(kRuns, limits.runs);
+    settings.setValue(kMegabytes, limits.megabytes);
 }
 
 } // namespace scnlauncher

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "launcher/runlimits.h"
+
 #include <QByteArray>
 #include <QString>
 #include <QStringList>
@@ -27,6 +29,10 @@ public:
     /// The rate last chosen for a serial line; 0 if none was.
     int serialRate() const;
     void setSerialRate(int rate) const;
+
+    /// How much is kept of deleted runs; without a limit until the user sets one.
+    RunLimits runLimits() const;
+    void setRunLimits(const RunLimits& limits) const;
 
 private:
     const QString m_file;

@@ -19,7 +19,7 @@ QPushButton { background-color: #455364; border-radius: 4px; padding: 3px 14px; 
 QPushButton:hover { background-color: #54687a; }
 QPushButton:disabled { background-color: #363b41; color: #788490; }
 #pageTitle { font-size: 20px; padding: 12px; }
-#problem, #state[trouble="true"], #critical { color: #e0a030; }
+#problem, #state[trouble="true"], #critical, #keeping { color: #e0a030; }
 )");
 
 } // namespace

@@ -1,6 +1,7 @@
 #include "launcher/startpage.h"
 
 #include "launcher/devicerights.h"
+#include "launcher/runlimitsdialog.h"
 #include "launcher/serialports.h"
 #include "launcher/usbinstruments.h"
 
@@ -85,6 +86,8 @@ QWidget* StartPage::buildForm()
     m_open->setObjectName(QStringLiteral("open"));
     auto* again = new QPushButton(tr("刷新"), form);
     again->setObjectName(QStringLiteral("refresh"));
+    auto* limits = new QPushButton(tr("已保留的数据..."), form);
+    limits->setObjectName(QStringLiteral("keptRuns"));
     m_problem = new QLabel(this);
     m_problem->setObjectName(QStringLiteral("problem"));
     m_problem->setWordWrap(true);
@@ -93,12 +96,18 @@ QWidget* StartPage::buildForm()
     row->addWidget(m_rate);
     row->addWidget(m_open);
     row->addWidget(again);
+    row->addWidget(limits);
     auto* layout = new QVBoxLayout(form);
     layout->setContentsMargins(0, 0, 0, 0);
     layout->addLayout(row);
     layout->addWidget(m_problem);
     connect(m_open, &QPushButton::clicked, this, &StartPage::openCurrent);
     connect(again, &QPushButton::clicked, this, &StartPage::refresh);
+    connect(limits, &QPushButton::clicked, this, [this] {
+        auto* dialog = new RunLimitsDialog(m_settings, this);
+        dialog->setAttribute(Qt::WA_DeleteOnClose);
+        dialog->open();
+    });
     connect(m_resource, &QLineEdit::returnPressed, this, &StartPage::openCurrent);
     connect(m_resource, &QLineEdit::textEdited, this, [this] {
         m_list->setCurrentItem(nullptr);

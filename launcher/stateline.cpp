@@ -38,6 +38,7 @@ StateLine::StateLine(QWidget* parent)
     , m_identity(new QLabel(this))
     , m_state(new QLabel(this))
     , m_critical(new QLabel(this))
+    , m_keeping(new QLabel(this))
     , m_silence(new QLabel(this))
     , m_other(new QPushButton(tr("选择其他仪器"), this))
 {
@@ -46,6 +47,8 @@ StateLine::StateLine(QWidget* parent)
     m_identity->setObjectName(QStringLiteral("identity"));
     m_state->setObjectName(QStringLiteral("state"));
     m_critical->setObjectName(QStringLiteral("critical"));
+    m_keeping->setObjectName(QStringLiteral("keeping"));
+    m_keeping->hide();
     m_silence->setObjectName(QStringLiteral("silence"));
     m_other->setObjectName(QStringLiteral("chooseOther"));
     auto* log = new QPushButton(tr("日志"), this);
@@ -57,11 +60,12 @@ StateLine::StateLine(QWidget* parent)
         layout->addWidget(label);
     }
     layout->addWidget(m_critical, 1);
+    layout->addWidget(m_keeping);
     layout->addWidget(m_silence);
     layout->addWidget(m_other);
     layout->addWidget(log);
     // A long line is cut, and never widens the window.
-    for (QLabel* label : {m_resource, m_identity, m_state, m_critical}) {
+    for (QLabel* label : {m_resource, m_identity, m_state, m_critical, m_keeping}) {
         label->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
         layout->setStretchFactor(label, 1);
         label->setTextFormat(Qt::PlainText);
@@ -98,6 +102,13 @@ void StateLine::showStatus(const QString& resource, const ChildStatus& status, O
     m_state->style()->polish(m_state);
     m_state->setToolTip(
         status.failureText().isEmpty() ? state : state + QLatin1Char('\n') + status.failureText());
+}
+
+void StateLine::showKeepingProblem(const QString& problem)
+{
+    m_keeping->setText(problem);
+    m_keeping->setToolTip(problem);
+    m_keeping->setVisible(!problem.isEmpty());
 }
 
 void StateLine::showSilence(qint64 ms)

@@ -24,6 +24,8 @@ public:
     void showStatus(const QString& resource, const ChildStatus& status, OpenFailure failure);
     /// How long ago the child's last line came; -1 if none has.
     void showSilence(qint64 ms);
+    /// Why runs are not kept; nothing is shown if they are.
+    void showKeepingProblem(const QString& problem);
 
 signals:
     void openLog();
@@ -34,6 +36,7 @@ private:
     QLabel* m_identity;
     QLabel* m_state;
     QLabel* m_critical;
+    QLabel* m_keeping;
     QLabel* m_silence;
     QPushButton* m_other;
 };

@@ -228,18 +228,19 @@ void TestRunKeeper::walFollowsTheFile()
     const Place place;
     place.write(kDay, "one");
     place.write(kWal, "log");
-    RunKeeper keeper = place.keeper();
-    keeper.keep(Writer::Running);
+    RunKeeper patient = place.keeper(std::chrono::hours(1));
+    patient.keep(Writer::Running);
     const QString folder = place.kept().constFirst();
     const QString wal = folder + QLatin1Char('/') + kWal;
     QCOMPARE(contentOf(wal), QByteArray("log"));
     // Another log: the first has been folded in.
     QVERIFY(place.remove(kWal));
     place.write(kWal, "newer log");
-    keeper.keep(Writer::Running);
+    patient.keep(Writer::Running);
     QCOMPARE(contentOf(wal), QByteArray("newer log"));
     // None: the file is whole without.
     QVERIFY(place.remove(kWal));
+    RunKeeper keeper = place.keeper();
     keeper.keep(Writer::Running);
     QCOMPARE(Place::filesIn(folder), (QStringList{kDay, kFacts}));
     QVERIFY(!KeptRun::in(folder)->files.contains(kWal));

@@ -193,6 +193,7 @@ void TestRunLimits::fileThatTookANameStays()
     QVERIFY(QFile::copy(kept.file(1), copy));
     QVERIFY(QFile::remove(kept.file(1)));
     QVERIFY(QFile::rename(copy, kept.file(1)));
+    setModified(kept.file(1), kNow.addDays(-9));
     kept.tidy({1, 0, 0});
     QVERIFY(QFile::exists(kept.file(1)));
 }
