@@ -1,46 +1,18 @@
 #pragma once
 
-#include <QColor>
+#include "support/xdisplay.h"
+
 #include <QProcess>
-#include <QRect>
 #include <QSize>
-#include <QString>
 
 /// A virtual X display.
-class VirtualDisplay
+class VirtualDisplay : public XDisplay
 {
 public:
     /// With the server's own resolution, or with one in dots per inch.
     explicit VirtualDisplay(int resolution = 0, const QSize& size = QSize(1600, 1000));
     ~VirtualDisplay();
 
-    /// Its name, e.g. ":7"; empty if it did not start.
-    QString name() const { return m_name; }
-
-    /// Moves the pointer to a point of the screen and clicks the left button.
-    void click(int x, int y) const;
-    /// Moves the pointer only.
-    void movePointer(int x, int y) const;
-    /// Presses or releases the left button at the pointer.
-    void press() const;
-    void release() const;
-
-    /// Asks a window to close, as a window manager does. False if the request could not be sent.
-    bool closeWindow(qulonglong window) const;
-
-    /// The parent of a window: 0 for the screen itself and for a window that does not exist.
-    qulonglong parentOf(qulonglong window) const;
-
-    /// Where a window is on the screen; invalid if it does not exist.
-    QRect placeOf(qulonglong window) const;
-
-    /// The colour of a point of the screen; invalid if it could not be read.
-    QColor colorAt(int x, int y) const;
-
-    /// Runs xdotool on this display and returns its output.
-    QString xdotool(const QStringList& arguments) const;
-
 private:
     QProcess m_server;
-    QString m_name;
 };

@@ -1,3 +1,4 @@
+#include "support/exportedfile.h"
 #include "support/programprocess.h"
 #include "support/programuser.h"
 #include "support/readings.h"
@@ -18,20 +19,6 @@ constexpr int kEndWaitMs = 20000;
 const QString kSerial = QStringLiteral("EXP/0001");
 const QString kExportName = QStringLiteral("EXP_0001_Trace_1_*.csv");
 
-/// The lines of a file that starts with a byte order mark; none without one.
-QStringList linesOf(const QString& path)
-{
-    QFile file(path);
-    if (!file.open(QIODevice::ReadOnly)) {
-        return {};
-    }
-    const QByteArray bytes = file.readAll();
-    if (!bytes.startsWith("\xEF\xBB\xBF") || !bytes.endsWith('\n')) {
-        return {};
-    }
-    return QString::fromUtf8(bytes.mid(3).chopped(1)).split(QLatin1Char('\n'));
-}
-
 /// The time after the comma of the header line with this label, in ms since the epoch.
 qint64 momentIn(const QString& line, const QString& label)
 {
@@ -41,37 +28,6 @@ qint64 momentIn(const QString& line, const QString& label)
     return QDateTime::fromString(line.section(QLatin1Char(','), 1),
                                  QStringLiteral("yyyy MM dd hh mm ss"))
         .toMSecsSinceEpoch();
-}
-
-/// The expected data lines for the readings between two times.
-QStringList expectedRows(const Readings& sent, qint64 start, qint64 end)
-{
-    QVector<QVector<QPair<qint64, double>>> columns;
-    int count = 0;
-    for (const auto& channel : sent) {
-        QVector<QPair<qint64, double>> column;
-        for (const auto& reading : channel) {
-            if (reading.first >= start && reading.first <= end) {
-                column.append(reading);
-            }
-        }
-        count = qMax(count, column.size());
-        columns.append(column);
-    }
-    QStringList rows;
-    for (int row = 0; row < count; ++row) {
-        QStringList cells{QString::number(row + 1), QString()};
-        if (row < columns.constFirst().size()) {
-            cells[1] = QDateTime::fromMSecsSinceEpoch(columns.constFirst().at(row).first)
-                           .toString(QStringLiteral("yyyy-MM-dd hh:mm:ss"));
-        }
-        for (const auto& column : columns) {
-            cells.append(row < column.size() ? QString::asprintf("%.15E", column.at(row).second)
-                                             : QString());
-        }
-        rows.append(cells.join(QLatin1Char(',')));
-    }
-    return rows;
 }
 
 /// What scn4070a-store writes for the run in a program's folder, of which this is the program's own file.
@@ -173,15 +129,15 @@ void TestExport::fileHoldsWhatTheInstrumentSent()
     // Complete: the last row is there and whole.
     const Readings sent = readingsInReplies(instrument.sent());
     QCOMPARE(sent.keys(), (QList<int>{101, 102, 103, 104}));
-    QTRY_VERIFY_WITH_TIMEOUT(linesOf(path).size() > 5, kEndWaitMs);
-    const qint64 start = momentIn(linesOf(path).at(3), QStringLiteral("开始时间"));
-    const qint64 end = momentIn(linesOf(path).at(4), QStringLiteral("结束时间"));
+    QTRY_VERIFY_WITH_TIMEOUT(exportedLines(path).size() > 5, kEndWaitMs);
+    const qint64 start = momentIn(exportedLines(path).at(3), QStringLiteral("开始时间"));
+    const qint64 end = momentIn(exportedLines(path).at(4), QStringLiteral("结束时间"));
     QVERIFY(start > 0 && end > start);
-    const QStringList expected = expectedRows(sent, start, end);
+    const QStringList expected = exportedRows(sent, start, end);
     QVERIFY(!expected.isEmpty());
-    QTRY_COMPARE_WITH_TIMEOUT(linesOf(path).size(), 6 + expected.size(), kEndWaitMs);
+    QTRY_COMPARE_WITH_TIMEOUT(exportedLines(path).size(), 6 + expected.size(), kEndWaitMs);
 
-    const QStringList lines = linesOf(path);
+    const QStringList lines = exportedLines(path);
     QCOMPARE(lines.at(0), QStringLiteral("地址,") + instrument.resource());
     QCOMPARE(lines.at(1), QStringLiteral("型号,SCN4070A"));
     QCOMPARE(lines.at(2), QStringLiteral("序列号：,") + kSerial);
@@ -197,7 +153,7 @@ void TestExport::fileHoldsWhatTheInstrumentSent()
     program.write("exit\n");
     QVERIFY(program.waitForEnd(kEndWaitMs));
     QVERIFY2(!program.crashed(), qPrintable(program.log()));
-    QCOMPARE(linesOf(path), lines);
+    QCOMPARE(exportedLines(path), lines);
     QCOMPARE(exportedByTool(program.directory(), lines), bytesOf(path));
 }
 

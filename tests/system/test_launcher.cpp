@@ -1,11 +1,9 @@
+#include "support/launcherprocess.h"
 #include "support/simulatedinstrument.h"
 #include "support/testprogram.h"
 #include "support/virtualdisplay.h"
 
-#include <QDir>
-#include <QDirIterator>
 #include <QFile>
-#include <QProcess>
 #include <QTemporaryDir>
 #include <QTest>
 
@@ -19,15 +17,6 @@ constexpr int kEndWaitMs = 30000;
 
 /// One module with one channel, so that the window appears quickly.
 const QStringList kSmallest = {QStringLiteral("--slots"), QStringLiteral("1:13")};
-
-const QString kProgramTitle = QStringLiteral("SCN4070A 控制软件");
-const QString kLauncherTitle = QStringLiteral("SCN4070A( - .*)?");
-
-QString commandOf(qint64 process)
-{
-    QFile file(QStringLiteral("/proc/%1/comm").arg(process));
-    return file.open(QIODevice::ReadOnly) ? QString::fromUtf8(file.readAll()).trimmed() : QString();
-}
 
 /// Whether the acquisition runs, by the simulator's transcript: it overwrites a stop until then, and an
 /// end takes five seconds more. The question is asked once before, by the read-back.
@@ -50,94 +39,6 @@ QString textOf(const QRect& place)
         .arg(place.x())
         .arg(place.y());
 }
-
-/// The launcher as a process on a display.
-class Launcher
-{
-public:
-    explicit Launcher(const QString& display)
-    {
-        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-        environment.insert(QStringLiteral("DISPLAY"), display);
-        environment.remove(QStringLiteral("QT_QPA_PLATFORM"));
-        environment.insert(QStringLiteral("XDG_STATE_HOME"), m_home.path());
-        environment.insert(QStringLiteral("XDG_CONFIG_HOME"), m_home.path());
-        m_process.setProcessEnvironment(environment);
-    }
-    ~Launcher()
-    {
-        m_process.terminate();
-        m_process.waitForFinished();
-    }
-    Launcher(const Launcher&) = delete;
-    Launcher& operator=(const Launcher&) = delete;
-
-    /// Call it before the start.
-    void setEnvironment(const QString& variable, const QString& value)
-    {
-        QProcessEnvironment environment = m_process.processEnvironment();
-        environment.insert(variable, value);
-        m_process.setProcessEnvironment(environment);
-    }
-    void start(const QStringList& arguments)
-    {
-        m_process.start(QStringLiteral(SCN_BIN_DIR "/scn4070a-launcher"), arguments);
-        m_process.waitForStarted();
-    }
-    void terminate() { m_process.terminate(); }
-    void kill()
-    {
-        m_process.kill();
-        m_process.waitForFinished();
-    }
-    bool waitForEnd() { return m_process.waitForFinished(kEndWaitMs); }
-    bool crashed() const { return m_process.exitStatus() == QProcess::CrashExit; }
-    int exitCode() const { return m_process.exitCode(); }
-    qint64 processId() const { return m_process.processId(); }
-    QString output() { return QString::fromUtf8(m_process.readAllStandardOutput()); }
-    QString errors() { return QString::fromUtf8(m_process.readAllStandardError()); }
-    /// Waits until its standard error holds this.
-    bool waitForError(const QString& text)
-    {
-        QString all;
-        return QTest::qWaitFor([&] { return (all += errors()).contains(text); }, kStartWaitMs);
-    }
-    /// The log files of its children.
-    QString log() const
-    {
-        QString text;
-        QDirIterator files(m_home.path(), {QStringLiteral("*.log")}, QDir::Files,
-                           QDirIterator::Subdirectories);
-        while (files.hasNext()) {
-            QFile file(files.next());
-            if (file.open(QIODevice::ReadOnly)) {
-                text += QString::fromUtf8(file.readAll());
-            }
-        }
-        return text;
-    }
-
-    /// Its child process of that name; 0 if there is none.
-    qint64 child(const QString& name) const
-    {
-        const qint64 own = m_process.processId();
-        QFile file(QStringLiteral("/proc/%1/task/%1/children").arg(own));
-        if (!file.open(QIODevice::ReadOnly)) {
-            return 0;
-        }
-        const QList<QByteArray> children = file.readAll().simplified().split(' ');
-        for (const QByteArray& each : children) {
-            if (commandOf(each.toLongLong()) == name) {
-                return each.toLongLong();
-            }
-        }
-        return 0;
-    }
-
-private:
-    const QTemporaryDir m_home;
-    QProcess m_process;
-};
 
 } // namespace
 
@@ -167,9 +68,8 @@ private slots:
     void whatCannotStartIsToldAndEndsIt();
 
 private:
-    bool waitForEmbedding() const;
-    qulonglong windowOf(const QString& title) const { return windowOf(title, m_display); }
-    static qulonglong windowOf(const QString& title, const VirtualDisplay& display);
+    bool waitForEmbedding() const { return LauncherProcess::waitForEmbeddingOn(m_display); }
+    qulonglong window() const { return LauncherProcess::windowOn(m_display); }
 
     VirtualDisplay m_display;
 };
@@ -179,32 +79,9 @@ void TestLauncher::initTestCase()
     QVERIFY2(!m_display.name().isEmpty(), "Xvfb did not start");
 }
 
-qulonglong TestLauncher::windowOf(const QString& title, const VirtualDisplay& display)
-{
-    const QString found =
-        display.xdotool({QStringLiteral("search"), QStringLiteral("--onlyvisible"),
-                         QStringLiteral("--name"), QLatin1Char('^') + title + QLatin1Char('$')});
-    return found.section(QLatin1Char('\n'), 0, 0).toULongLong();
-}
-
-/// Waits until the program's window is inside the launcher's.
-bool TestLauncher::waitForEmbedding() const
-{
-    return QTest::qWaitFor(
-        [this] {
-            const qulonglong launcher = windowOf(kLauncherTitle);
-            qulonglong window = windowOf(kProgramTitle);
-            while (window != 0 && window != launcher) {
-                window = m_display.parentOf(window);
-            }
-            return window != 0;
-        },
-        kStartWaitMs);
-}
-
 void TestLauncher::simulatorAndProgramComeAndGoWithIt()
 {
-    Launcher launcher(m_display.name());
+    LauncherProcess launcher(m_display.name());
     launcher.start(kSmallest);
     QVERIFY(waitForEmbedding());
     const qint64 program = launcher.child(QStringLiteral("scn4070a"));
@@ -224,7 +101,7 @@ void TestLauncher::simulatorAndProgramComeAndGoWithIt()
 void TestLauncher::resourceIsHandedOn()
 {
     const SimulatedInstrument instrument(SimulatedInstrument::Transport::Tcp, kSmallest);
-    Launcher launcher(m_display.name());
+    LauncherProcess launcher(m_display.name());
     launcher.start({instrument.resource()});
     QVERIFY(waitForEmbedding());
     QCOMPARE(launcher.child(QStringLiteral("scn4070a-sim")), qint64(0));
@@ -239,12 +116,12 @@ void TestLauncher::closingItsWindowEndsTheProgram()
 {
     const QTemporaryDir directory;
     const QString transcript = directory.filePath(QStringLiteral("transcript"));
-    Launcher launcher(m_display.name());
+    LauncherProcess launcher(m_display.name());
     launcher.start(kSmallest + QStringList{QStringLiteral("--transcript"), transcript});
     QVERIFY(waitForEmbedding());
     QVERIFY(QTest::qWaitFor([&transcript] { return hasPolled(transcript); }, kStartWaitMs));
     const qint64 program = launcher.child(QStringLiteral("scn4070a"));
-    QVERIFY(m_display.closeWindow(windowOf(kLauncherTitle)));
+    QVERIFY(m_display.closeWindow(window()));
     QVERIFY(launcher.waitForEnd());
     QVERIFY(!launcher.crashed());
     QCOMPARE(launcher.exitCode(), 0);
@@ -253,7 +130,7 @@ void TestLauncher::closingItsWindowEndsTheProgram()
 
 void TestLauncher::programThatDiesLeavesItAlive()
 {
-    Launcher launcher(m_display.name());
+    LauncherProcess launcher(m_display.name());
     launcher.start(kSmallest);
     QVERIFY(waitForEmbedding());
     const qint64 program = launcher.child(QStringLiteral("scn4070a"));
@@ -262,7 +139,7 @@ void TestLauncher::programThatDiesLeavesItAlive()
     ::kill(static_cast<pid_t>(program), SIGKILL);
     // Its simulated instrument goes with it.
     QTRY_VERIFY_WITH_TIMEOUT(!isThere(simulator), kEndWaitMs);
-    QVERIFY(windowOf(kLauncherTitle) != 0);
+    QVERIFY(window() != 0);
     launcher.terminate();
     QVERIFY(launcher.waitForEnd());
     QVERIFY(!launcher.crashed());
@@ -272,10 +149,10 @@ void TestLauncher::programThatDiesLeavesItAlive()
 void TestLauncher::itOpensInsideASmallScreen()
 {
     const VirtualDisplay small(0, QSize(1280, 720));
-    Launcher launcher(small.name());
+    LauncherProcess launcher(small.name());
     launcher.start({});
     QRect place;
-    QTRY_VERIFY_WITH_TIMEOUT((place = small.placeOf(windowOf(kLauncherTitle, small))).isValid(),
+    QTRY_VERIFY_WITH_TIMEOUT((place = small.placeOf(LauncherProcess::windowOn(small))).isValid(),
                              kStartWaitMs);
     QVERIFY2(QRect(0, 0, 1280, 720).contains(place), qPrintable(textOf(place)));
     QVERIFY2(place.width() > 1200 && place.height() > 600, qPrintable(textOf(place)));
@@ -283,19 +160,19 @@ void TestLauncher::itOpensInsideASmallScreen()
 
 void TestLauncher::itRemembersItsPlace()
 {
-    Launcher launcher(m_display.name());
+    LauncherProcess launcher(m_display.name());
     launcher.start({});
-    QTRY_VERIFY_WITH_TIMEOUT(windowOf(kLauncherTitle) != 0, kStartWaitMs);
-    const QString window = QString::number(windowOf(kLauncherTitle));
-    m_display.xdotool({QStringLiteral("windowmove"), QStringLiteral("--sync"), window,
+    QTRY_VERIFY_WITH_TIMEOUT(window() != 0, kStartWaitMs);
+    const QString handle = QString::number(window());
+    m_display.xdotool({QStringLiteral("windowmove"), QStringLiteral("--sync"), handle,
                        QStringLiteral("30"), QStringLiteral("40")});
-    m_display.xdotool({QStringLiteral("windowsize"), QStringLiteral("--sync"), window,
+    m_display.xdotool({QStringLiteral("windowsize"), QStringLiteral("--sync"), handle,
                        QStringLiteral("900"), QStringLiteral("600")});
-    QVERIFY(m_display.closeWindow(window.toULongLong()));
+    QVERIFY(m_display.closeWindow(handle.toULongLong()));
     QVERIFY(launcher.waitForEnd());
     launcher.start({});
-    QTRY_VERIFY_WITH_TIMEOUT(windowOf(kLauncherTitle) != 0, kStartWaitMs);
-    QTRY_COMPARE(m_display.placeOf(windowOf(kLauncherTitle)), QRect(30, 40, 900, 600));
+    QTRY_VERIFY_WITH_TIMEOUT(window() != 0, kStartWaitMs);
+    QTRY_COMPARE(m_display.placeOf(window()), QRect(30, 40, 900, 600));
 }
 
 void TestLauncher::helpAndVersionNeedNoDisplay_data()
@@ -310,7 +187,7 @@ void TestLauncher::helpAndVersionNeedNoDisplay()
 {
     QFETCH(QString, option);
     QFETCH(QString, text);
-    Launcher launcher{QString()};
+    LauncherProcess launcher{QString()};
     launcher.start({option});
     QVERIFY(launcher.waitForEnd());
     QVERIFY(!launcher.crashed());
@@ -328,8 +205,8 @@ void TestLauncher::missingDisplayIsTold_data()
     QTest::newRow("not set") << QString() << QString() << QStringLiteral("DISPLAY is not set");
     QTest::newRow("does not answer")
         << QStringLiteral(":4070") << QString() << QStringLiteral("\":4070\"");
-    QTest::newRow("Wayland wanted") << QString() << QStringLiteral("wayland")
-                                    << QStringLiteral("DISPLAY is not set");
+    QTest::newRow("Wayland wanted")
+        << QString() << QStringLiteral("wayland") << QStringLiteral("DISPLAY is not set");
 }
 
 void TestLauncher::missingDisplayIsTold()
@@ -337,8 +214,8 @@ void TestLauncher::missingDisplayIsTold()
     QFETCH(QString, display);
     QFETCH(QString, platform);
     QFETCH(QString, text);
-    Launcher launcher(display);
-    launcher.setEnvironment(QStringLiteral("QT_QPA_PLATFORM"), platform);
+    LauncherProcess launcher(display);
+    launcher.setVariable(QStringLiteral("QT_QPA_PLATFORM"), platform);
     launcher.start(kSmallest);
     QVERIFY(launcher.waitForEnd());
     QVERIFY(!launcher.crashed());
@@ -359,8 +236,8 @@ void TestLauncher::platformOfTheDesktopIsOverruled_data()
 void TestLauncher::platformOfTheDesktopIsOverruled()
 {
     QFETCH(QString, platform);
-    Launcher launcher(m_display.name());
-    launcher.setEnvironment(QStringLiteral("QT_QPA_PLATFORM"), platform);
+    LauncherProcess launcher(m_display.name());
+    launcher.setVariable(QStringLiteral("QT_QPA_PLATFORM"), platform);
     launcher.start(kSmallest);
     QVERIFY2(waitForEmbedding(), qPrintable(launcher.errors()));
     launcher.terminate();
@@ -371,7 +248,7 @@ void TestLauncher::platformOfTheDesktopIsOverruled()
 void TestLauncher::programOutlivesALauncherThatDies()
 {
     const SimulatedInstrument instrument(SimulatedInstrument::Transport::Tcp, kSmallest);
-    Launcher launcher(m_display.name());
+    LauncherProcess launcher(m_display.name());
     launcher.start({instrument.resource()});
     QVERIFY(waitForEmbedding());
     const qint64 program = launcher.child(QStringLiteral("scn4070a"));
@@ -388,12 +265,12 @@ void TestLauncher::programOutlivesALauncherThatDies()
 void TestLauncher::secondOnAnInstrumentIsRefused()
 {
     const SimulatedInstrument instrument(SimulatedInstrument::Transport::Tcp, kSmallest);
-    Launcher first(m_display.name());
+    LauncherProcess first(m_display.name());
     first.start({instrument.resource()});
     QVERIFY(waitForEmbedding());
     const QStringList before = instrument.received().filter(QStringLiteral("*IDN?"));
 
-    Launcher second(m_display.name());
+    LauncherProcess second(m_display.name());
     second.start({instrument.resource().toLower()});
     const QString owner =
         QStringLiteral("正被 scn4070a-launcher（进程 %1，").arg(first.processId());
@@ -406,14 +283,14 @@ void TestLauncher::secondOnAnInstrumentIsRefused()
 void TestLauncher::instrumentOfALeftProgramIsRefused()
 {
     const SimulatedInstrument instrument(SimulatedInstrument::Transport::Tcp, kSmallest);
-    Launcher first(m_display.name());
+    LauncherProcess first(m_display.name());
     first.start({instrument.resource()});
     QVERIFY(waitForEmbedding());
     const qint64 program = first.child(QStringLiteral("scn4070a"));
     first.kill();
     QVERIFY(isThere(program));
 
-    Launcher second(m_display.name());
+    LauncherProcess second(m_display.name());
     second.start({instrument.resource()});
     QVERIFY(second.waitForError(QStringLiteral("正被 scn4070a（进程 %1，").arg(program)));
     second.terminate();
@@ -421,7 +298,7 @@ void TestLauncher::instrumentOfALeftProgramIsRefused()
 
     ::kill(static_cast<pid_t>(program), SIGKILL);
     QVERIFY(QTest::qWaitFor([program] { return !isThere(program); }, kEndWaitMs));
-    Launcher third(m_display.name());
+    LauncherProcess third(m_display.name());
     third.start({instrument.resource()});
     QVERIFY(waitForEmbedding());
 }
@@ -445,7 +322,7 @@ void TestLauncher::whatCannotStartIsToldAndEndsIt()
 {
     QFETCH(QStringList, arguments);
     QFETCH(QString, text);
-    Launcher launcher(m_display.name());
+    LauncherProcess launcher(m_display.name());
     launcher.start(arguments);
     QVERIFY(launcher.waitForEnd());
     QVERIFY(!launcher.crashed());

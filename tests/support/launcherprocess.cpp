@@ -1,0 +1,131 @@
+#include "support/launcherprocess.h"
+
+#include <QDirIterator>
+#include <QFile>
+#include <QProcessEnvironment>
+#include <QtCore/qtestsupport_core.h>
+
+namespace {
+
+/// Long enough for a start, or an end, under a sanitizer on a busy machine.
+constexpr int kStartWaitMs = 60000;
+constexpr int kEndWaitMs = 30000;
+
+const QString kProgramTitle = QStringLiteral("SCN4070A 控制软件");
+const QString kLauncherTitle = QStringLiteral("SCN4070A( - .*)?");
+
+QString commandOf(qint64 process)
+{
+    QFile file(QStringLiteral("/proc/%1/comm").arg(process));
+    return file.open(QIODevice::ReadOnly) ? QString::fromUtf8(file.readAll()).trimmed() : QString();
+}
+
+qulonglong windowOf(const QString& title, const XDisplay& display)
+{
+    const QString found =
+        display.xdotool({QStringLiteral("search"), QStringLiteral("--onlyvisible"),
+                         QStringLiteral("--name"), QLatin1Char('^') + title + QLatin1Char('$')});
+    return found.section(QLatin1Char('\n'), 0, 0).toULongLong();
+}
+
+} // namespace
+
+LauncherProcess::LauncherProcess(const QString& display)
+{
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.insert(QStringLiteral("DISPLAY"), display);
+    environment.remove(QStringLiteral("QT_QPA_PLATFORM"));
+    environment.insert(QStringLiteral("XDG_STATE_HOME"), m_home.path());
+    environment.insert(QStringLiteral("XDG_CONFIG_HOME"), m_home.path());
+    m_process.setProcessEnvironment(environment);
+}
+
+LauncherProcess::~LauncherProcess()
+{
+    m_process.terminate();
+    m_process.waitForFinished();
+}
+
+void LauncherProcess::setVariable(const QString& name, const QString& value)
+{
+    QProcessEnvironment environment = m_process.processEnvironment();
+    environment.insert(name, value);
+    m_process.setProcessEnvironment(environment);
+}
+
+void LauncherProcess::start(const QStringList& arguments)
+{
+    m_process.start(QStringLiteral(SCN_BIN_DIR "/scn4070a-launcher"), arguments);
+    m_process.waitForStarted();
+}
+
+void LauncherProcess::kill()
+{
+    m_process.kill();
+    m_process.waitForFinished();
+}
+
+bool LauncherProcess::waitForEnd()
+{
+    return m_process.waitForFinished(kEndWaitMs);
+}
+
+bool LauncherProcess::waitForError(const QString& text)
+{
+    QString all;
+    return QTest::qWaitFor([&] { return (all += errors()).contains(text); }, kStartWaitMs);
+}
+
+QString LauncherProcess::log() const
+{
+    QString text;
+    QDirIterator files(m_home.path(), {QStringLiteral("*.log")}, QDir::Files,
+                       QDirIterator::Subdirectories);
+    while (files.hasNext()) {
+        QFile file(files.next());
+        if (file.open(QIODevice::ReadOnly)) {
+            text += QString::fromUtf8(file.readAll());
+        }
+    }
+    return text;
+}
+
+qint64 LauncherProcess::child(const QString& name) const
+{
+    const qint64 own = m_process.processId();
+    QFile file(QStringLiteral("/proc/%1/task/%1/children").arg(own));
+    if (!file.open(QIODevice::ReadOnly)) {
+        return 0;
+    }
+    const QList<QByteArray> children = file.readAll().simplified().split(' ');
+    for (const QByteArray& each : children) {
+        if (commandOf(each.toLongLong()) == name) {
+            return each.toLongLong();
+        }
+    }
+    return 0;
+}
+
+qulonglong LauncherProcess::windowOn(const XDisplay& display)
+{
+    return windowOf(kLauncherTitle, display);
+}
+
+qulonglong LauncherProcess::programWindowOn(const XDisplay& display)
+{
+    return windowOf(kProgramTitle, display);
+}
+
+bool LauncherProcess::waitForEmbeddingOn(const XDisplay& display)
+{
+    return QTest::qWaitFor(
+        [&display] {
+            const qulonglong launcher = windowOn(display);
+            qulonglong window = programWindowOn(display);
+            while (window != 0 && window != launcher) {
+                window = display.parentOf(window);
+            }
+            return window != 0;
+        },
+        kStartWaitMs);
+}
