@@ -1,11 +1,25 @@
 #include "launcher/simulatorprocess.h"
 
+#include <QFileInfo>
+
 namespace scnlauncher {
 namespace {
 
 const QString kReady = QStringLiteral("READY ");
 /// It ends at SIGTERM at once, unless it is stopped.
 constexpr int kEndWaitMs = 500;
+const QString kTranscriptOption = QStringLiteral("--transcript");
+
+/// The path with a number before its suffix; the first is the path itself.
+QString numbered(const QString& path, int number)
+{
+    if (number == 1) {
+        return path;
+    }
+    const QString suffix = QFileInfo(path).suffix();
+    const int end = suffix.isEmpty() ? path.size() : path.size() - suffix.size() - 1;
+    return QStringLiteral("%1-%2%3").arg(path.left(end), QString::number(number), path.mid(end));
+}
 
 } // namespace
 
@@ -42,7 +56,34 @@ SimulatorProcess::~SimulatorProcess()
 
 void SimulatorProcess::start(const QString& path, const QStringList& arguments)
 {
-    m_process.start(path, arguments);
+    QStringList own = arguments;
+    const int option = own.indexOf(kTranscriptOption);
+    if (option >= 0 && option + 1 < own.size() && !claimTranscript(own[option + 1])) {
+        m_isAnnounced = true;
+        emit failed(tr("模拟仪器没有启动：%1").arg(m_transcript.errorText()));
+        return;
+    }
+    m_process.start(path, own);
+}
+
+/// Each simulator overwrites its file at the start.
+bool SimulatorProcess::claimTranscript(QString& path)
+{
+    const QFileInfo file(path);
+    if (file.exists() && !file.isFile()) {
+        return true;
+    }
+    const QString folder = QFileInfo(file.absolutePath()).canonicalFilePath();
+    const QString real = folder + QLatin1Char('/') + file.fileName();
+    const Owner self = Owner::self(folder);
+    int number = 1;
+    Ownership::Result result;
+    while ((result = m_transcript.take(QStringLiteral("transcript ") + numbered(real, number),
+                                       self)) == Ownership::Result::HeldByOther) {
+        ++number;
+    }
+    path = numbered(path, number);
+    return result == Ownership::Result::Taken;
 }
 
 void SimulatorProcess::readLine()

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "launcher/ownership.h"
+
 #include <QObject>
 #include <QProcess>
 #include <QString>
@@ -17,7 +19,8 @@ public:
     explicit SimulatorProcess(QObject* parent);
     ~SimulatorProcess() override;
 
-    /// Starts the simulator at `path`; one of the signals follows.
+    /// Starts the simulator at `path`; one of the signals follows. A transcript that another launcher's
+    /// or tab's simulator writes gets a number: dialogue.txt, dialogue-2.txt and so on.
     void start(const QString& path, const QStringList& arguments);
 
 signals:
@@ -27,9 +30,11 @@ signals:
     void failed(const QString& reason);
 
 private:
+    bool claimTranscript(QString& path);
     void readLine();
 
     QProcess m_process;
+    Ownership m_transcript;
     bool m_isAnnounced = false;
 };
 

@@ -54,7 +54,7 @@ const VirtualDisplay& DisplayApplication::display()
     return *g_display;
 }
 
-LauncherScene::LauncherScene(const QString& program)
+LauncherScene::LauncherScene(const QString& program, const QStringList& simulatorOptions)
     : m_settings(m_home.filePath(QStringLiteral("launcher.ini")))
 {
     qputenv("XDG_STATE_HOME", m_home.path().toLocal8Bit());
@@ -64,14 +64,13 @@ LauncherScene::LauncherScene(const QString& program)
                                  QStringLiteral("a group is missing")}};
     };
     sources.networkTool = QStringLiteral("/no/such/tool");
+    const QStringList simulatorArguments =
+        QStringList{QStringLiteral("--tcp"), QStringLiteral("0"), QStringLiteral("--slots"),
+                    QStringLiteral("1:13")} +
+        simulatorOptions;
     m_workshop =
-        std::make_unique<Workshop>(Workshop{program,
-                                            QStringLiteral(SCN_BIN_DIR "/scn4070a-sim"),
-                                            {QStringLiteral("--tcp"), QStringLiteral("0"),
-                                             QStringLiteral("--slots"), QStringLiteral("1:13")},
-                                            sources,
-                                            m_settings,
-                                            m_windows});
+        std::make_unique<Workshop>(Workshop{program, QStringLiteral(SCN_BIN_DIR "/scn4070a-sim"),
+                                            simulatorArguments, sources, m_settings, m_windows});
     m_window = std::make_unique<LauncherWindow>(*m_workshop);
     m_window->show();
     const bool isExposed = QTest::qWaitForWindowExposed(m_window.get(), kStartWaitMs);

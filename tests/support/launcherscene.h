@@ -26,8 +26,8 @@ private:
 class LauncherScene
 {
 public:
-    /// The children are this program's.
-    explicit LauncherScene(const QString& program);
+    /// The children are this program's. The options are further ones of the simulator.
+    explicit LauncherScene(const QString& program, const QStringList& simulatorOptions = {});
     ~LauncherScene();
     LauncherScene(const LauncherScene&) = delete;
     LauncherScene& operator=(const LauncherScene&) = delete;

@@ -1,10 +1,13 @@
+#include "launcher/ownership.h"
 #include "support/launcherscene.h"
 #include "support/simulatedinstrument.h"
 #include "support/testprogram.h"
+#include "support/variable.h"
 
 #include <QAbstractButton>
 #include <QDesktopServices>
 #include <QDir>
+#include <QDirIterator>
 #include <QElapsedTimer>
 #include <QFile>
 #include <QLabel>
@@ -13,6 +16,7 @@
 #include <QSignalSpy>
 #include <QTabBar>
 #include <QTabWidget>
+#include <QTemporaryDir>
 #include <QTest>
 #include <QTreeWidget>
 #include <QUrl>
@@ -55,20 +59,47 @@ QRect placeOf(const QWidget* widget)
     return {widget->mapToGlobal(QPoint(0, 0)), widget->size()};
 }
 
-/// The place of a list that the program has opened, from the corner of its window. The only visible
-/// window of its process besides the main one.
+/// The place of a list that the program has opened, from the corner of its window.
 QPoint openedList(qint64 process)
 {
-    const QStringList windows = xdotool({QStringLiteral("search"), QStringLiteral("--onlyvisible"),
-                                         QStringLiteral("--pid"), QString::number(process)})
-                                    .split(QLatin1Char('\n'), Qt::SkipEmptyParts);
-    for (const QString& window : windows) {
-        if (window.toULongLong() != childWindow()) {
-            return DisplayApplication::display().placeOf(window.toULongLong()).topLeft() -
-                   childPlace().topLeft();
-        }
+    const XDisplay& display = DisplayApplication::display();
+    const qulonglong list = display.otherWindowOf(process, childWindow());
+    return list == 0 ? QPoint() : display.placeOf(list).topLeft() - childPlace().topLeft();
+}
+
+void clickInChild(const QPoint& point)
+{
+    const QPoint place = childPlace().topLeft() + point;
+    DisplayApplication::display().click(place.x(), place.y());
+    QTest::qWait(200);
+}
+
+QColor colorInChild(const QPoint& point)
+{
+    const QPoint place = childPlace().topLeft() + point;
+    return DisplayApplication::display().colorAt(place.x(), place.y());
+}
+
+/// Drags with the left button, in a few steps.
+void dragInChild(const QPoint& from, const QPoint& by)
+{
+    constexpr int kSteps = 5;
+    const XDisplay& display = DisplayApplication::display();
+    const QPoint start = childPlace().topLeft() + from;
+    display.movePointer(start.x(), start.y());
+    display.press();
+    for (int step = 1; step <= kSteps; ++step) {
+        const QPoint place = start + by * step / kSteps;
+        display.movePointer(place.x(), place.y());
     }
-    return {};
+    display.release();
+}
+
+void clickTab(LauncherScene& scene, int index)
+{
+    const auto* bar = scene.window().findChild<QTabWidget*>()->tabBar();
+    const QPoint tab = bar->mapToGlobal(bar->tabRect(index).center());
+    DisplayApplication::display().click(tab.x(), tab.y());
 }
 
 /// Takes the files that would be opened on the desktop.
@@ -91,6 +122,54 @@ private:
     QList<QUrl> m_urls;
 };
 
+/// Chooses the simulated instrument in the list, and opens it.
+void openSimulated(LauncherScene& scene)
+{
+    auto* list = scene.currentTab()->findChild<QTreeWidget*>();
+    const QRect row = list->visualItemRect(list->topLevelItem(0)->child(0));
+    const QPoint point = list->viewport()->mapToGlobal(row.center());
+    DisplayApplication::display().click(point.x(), point.y());
+    QTRY_VERIFY(list->topLevelItem(0)->child(0)->isSelected());
+    scene.clickButton("open");
+}
+
+/// How many processes this one has as children.
+int allChildren()
+{
+    QFile file(
+        QStringLiteral("/proc/self/task/%1/children").arg(QCoreApplication::applicationPid()));
+    return file.open(QIODevice::ReadOnly) ? file.readAll().simplified().split(' ').size() : -1;
+}
+
+/// The files and folders below a folder, by their paths.
+QStringList filesIn(const QString& folder)
+{
+    QStringList paths;
+    QDirIterator entries(folder, QDir::NoDotAndDotDot | QDir::AllEntries | QDir::Hidden,
+                         QDirIterator::Subdirectories);
+    while (entries.hasNext()) {
+        paths.append(entries.next());
+    }
+    paths.sort();
+    return paths;
+}
+
+/// The lock files that name this process as the owner.
+QStringList ownLocks()
+{
+    const QDir folder(Ownership::commonLockFolder());
+    const QByteArray owner =
+        "\"process\":" + QByteArray::number(QCoreApplication::applicationPid()) + ",";
+    QStringList own;
+    for (const QString& name : folder.entryList({QStringLiteral("scn4070a-*.lock")})) {
+        QFile file(folder.filePath(name));
+        if (file.open(QIODevice::ReadOnly) && file.readAll().contains(owner)) {
+            own.append(name);
+        }
+    }
+    return own;
+}
+
 int openDescriptors()
 {
     return QDir(QStringLiteral("/proc/self/fd"))
@@ -111,10 +190,13 @@ private slots:
     void simulatedInstrumentIsAClickAway();
     void resourceTypedIsOpenedAndRemembered();
     void childFollowsMovesAndSizes();
+    void innerWindowsAreDraggedAfterAMove();
     void childSurvivesMinimising();
     void keysReachTheChild();
     void startStaysDark();
     void twoChildrenAreIndependent();
+    void childrenEndAndStayWhileMinimised();
+    void eachSimulatorWritesItsOwnTranscript();
     void childWithoutInstrumentSaysWhy_data();
     void childWithoutInstrumentSaysWhy();
     void otherInstrumentIsNamed();
@@ -216,6 +298,49 @@ void TestLauncherWindow::childFollowsMovesAndSizes()
     QTRY_COMPARE(childPlace(), placeOf(scene.embedded()));
 }
 
+void TestLauncherWindow::innerWindowsAreDraggedAfterAMove()
+{
+    // In the program's window: its second page, the strip that opens the tools, a grid's button there,
+    // and points of the page, of the tools, and of the grid's title bar and header.
+    constexpr QPoint kPage(466, 14);
+    constexpr QPoint kStrip(332, 63);
+    constexpr QPoint kGridButton(363, 154);
+    constexpr QPoint kEmptyPage(900, 500);
+    constexpr QPoint kTools(398, 293);
+    constexpr QPoint kTitleBar(570, 51);
+    constexpr QPoint kHeader(545, 90);
+    const QColor black(Qt::black);
+    const SimulatedInstrument instrument(SimulatedInstrument::Transport::Tcp, kSmallest);
+    LauncherScene scene(kProgram);
+    const QString window = QString::number(scene.window().winId());
+    // Small enough to be moved far.
+    xdotool({QStringLiteral("windowsize"), QStringLiteral("--sync"), window, QStringLiteral("1000"),
+             QStringLiteral("700")});
+    xdotool({QStringLiteral("windowmove"), window, QStringLiteral("0"), QStringLiteral("0")});
+    QTRY_COMPARE(scene.window().geometry(), QRect(0, 0, 1000, 700));
+    scene.window().open({instrument.resource(), false, 0});
+    QVERIFY(scene.waitForEmbedding());
+    // The busy overlay covers it for two seconds.
+    QTRY_VERIFY_WITH_TIMEOUT((clickInChild(kPage), colorInChild(kEmptyPage) == black), kWaitMs);
+    clickInChild(kStrip);
+    // The tools slide in from the left.
+    QTRY_VERIFY(colorInChild(kTools) != black);
+    clickInChild(kGridButton);
+    QTRY_VERIFY(colorInChild(kHeader).lightness() > 60);
+    const QColor header = colorInChild(kHeader);
+
+    xdotool({QStringLiteral("windowmove"), QStringLiteral("--sync"), window, QStringLiteral("580"),
+             QStringLiteral("290")});
+    QTRY_COMPARE(scene.window().pos(), QPoint(580, 290));
+    QPoint grid;
+    for (const QPoint& by : {QPoint(80, 250), QPoint(-40, -100)}) {
+        dragInChild(kTitleBar + grid, by);
+        grid += by;
+        QTRY_COMPARE(colorInChild(kHeader + grid), header);
+        QTRY_COMPARE(colorInChild(kHeader), black);
+    }
+}
+
 void TestLauncherWindow::childSurvivesMinimising()
 {
     const SimulatedInstrument instrument(SimulatedInstrument::Transport::Tcp, kSmallest);
@@ -295,14 +420,88 @@ void TestLauncherWindow::twoChildrenAreIndependent()
     const int polls = second.received().size();
     QTRY_VERIFY_WITH_TIMEOUT(second.received().size() > polls + 3, kWaitMs);
     // The dead one has left word, and comes back.
-    auto* const tabs = scene.window().findChild<QTabWidget*>();
-    const QPoint tab = tabs->tabBar()->mapToGlobal(tabs->tabBar()->tabRect(0).center());
-    DisplayApplication::display().click(tab.x(), tab.y());
+    clickTab(scene, 0);
     QTRY_COMPARE(scene.currentTab(), firstTab);
     QVERIFY(scene.label("pageTitle").contains(QStringLiteral("意外终止")));
     scene.clickButton("startAgain");
     QVERIFY(scene.waitForEmbedding());
     QCOMPARE(LauncherScene::children(QStringLiteral("scn4070a")).size(), 2);
+}
+
+void TestLauncherWindow::childrenEndAndStayWhileMinimised()
+{
+    const SimulatedInstrument instrument(SimulatedInstrument::Transport::Tcp, kSmallest);
+    LauncherScene scene(kProgram);
+    scene.window().open({instrument.resource(), false, 0});
+    QVERIFY(scene.waitForEmbedding());
+    InstrumentTab* const firstTab = scene.currentTab();
+    const qint64 firstProgram = LauncherScene::children(QStringLiteral("scn4070a")).value(0);
+    scene.clickButton("newTab");
+    QTRY_VERIFY(scene.currentTab() != firstTab);
+    // Nobody listens at the loopback's discard port.
+    scene.openByHand(QStringLiteral("TCPIP0::127.0.0.1::9::SOCKET"));
+    QVERIFY(scene.waitForEmbedding());
+    const QList<qint64> programs = LauncherScene::children(QStringLiteral("scn4070a"));
+    QCOMPARE(programs.size(), 2);
+    const qint64 secondProgram = programs.at(0) == firstProgram ? programs.at(1) : programs.at(0);
+    // It has no title yet.
+    const XDisplay& display = DisplayApplication::display();
+    const auto secondPlace = [&display, secondProgram] {
+        const qulonglong shown = display.otherWindowOf(secondProgram, 0);
+        return shown == 0 ? QRect() : display.placeOf(shown);
+    };
+    QTRY_COMPARE_WITH_TIMEOUT(secondPlace(), placeOf(scene.embedded()), kWaitMs);
+
+    const QString window = QString::number(scene.window().winId());
+    xdotool({QStringLiteral("windowunmap"), QStringLiteral("--sync"), window});
+    QTRY_COMPARE(secondPlace(), QRect());
+    ::kill(static_cast<pid_t>(firstProgram), SIGKILL);
+    QTRY_VERIFY_WITH_TIMEOUT(!firstTab->isBusy(), kWaitMs);
+    xdotool({QStringLiteral("windowmap"), QStringLiteral("--sync"), window});
+    // The tab in front is the one without an instrument, still with its window.
+    QTRY_COMPARE_WITH_TIMEOUT(secondPlace(), placeOf(scene.embedded()), kWaitMs);
+    QVERIFY(scene.label("state").contains(QStringLiteral("连接被拒绝")));
+    clickTab(scene, 0);
+    QTRY_COMPARE(scene.currentTab(), firstTab);
+    QVERIFY(scene.label("pageTitle").contains(QStringLiteral("意外终止")));
+    scene.clickButton("startAgain");
+    QVERIFY(scene.waitForEmbedding());
+    QTRY_COMPARE_WITH_TIMEOUT(childPlace(), placeOf(scene.embedded()), kWaitMs);
+    QVERIFY(display.closeWindow(scene.window().winId()));
+    QTRY_VERIFY_WITH_TIMEOUT(!scene.window().isVisible(), kWaitMs);
+    QCOMPARE(LauncherScene::children(QStringLiteral("scn4070a")).size(), 0);
+}
+
+void TestLauncherWindow::eachSimulatorWritesItsOwnTranscript()
+{
+    const QTemporaryDir folder;
+    const auto dialogue = [&folder](const char* name) {
+        QFile file(folder.filePath(QLatin1String(name)));
+        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+    };
+    LauncherScene scene(kProgram, {QStringLiteral("--transcript"),
+                                   folder.filePath(QStringLiteral("dialogue.txt"))});
+    scene.clickButton("open");
+    QVERIFY(scene.waitForEmbedding());
+    QTRY_VERIFY_WITH_TIMEOUT(dialogue("dialogue.txt").contains("STAT:OPER:EVEN?"), kWaitMs);
+    InstrumentTab* const firstTab = scene.currentTab();
+    scene.clickButton("newTab");
+    QTRY_VERIFY(scene.currentTab() != firstTab);
+    scene.clickButton("open");
+    QVERIFY(scene.waitForEmbedding());
+    QTRY_VERIFY_WITH_TIMEOUT(dialogue("dialogue-2.txt").contains("STAT:OPER:EVEN?"), kWaitMs);
+    QCOMPARE(dialogue("dialogue.txt").count("*IDN?"), 1);
+    QCOMPARE(dialogue("dialogue-2.txt").count("*IDN?"), 1);
+    // A name that has become free is taken again.
+    clickTab(scene, 0);
+    QTRY_COMPARE(scene.currentTab(), firstTab);
+    scene.clickButton("chooseOther");
+    QTRY_VERIFY_WITH_TIMEOUT(!firstTab->isBusy(), kWaitMs);
+    QVERIFY(QFile::remove(folder.filePath(QStringLiteral("dialogue.txt"))));
+    scene.clickButton("open");
+    QVERIFY(scene.waitForEmbedding());
+    QTRY_COMPARE_WITH_TIMEOUT(dialogue("dialogue.txt").count("*IDN?"), 1, kWaitMs);
+    QVERIFY(!QFile::exists(folder.filePath(QStringLiteral("dialogue-3.txt"))));
 }
 
 void TestLauncherWindow::childWithoutInstrumentSaysWhy_data()
@@ -468,34 +667,52 @@ void TestLauncherWindow::endNeverFreezesTheWindow()
 
 void TestLauncherWindow::startsAndEndsLeaveNothingBehind()
 {
+    constexpr int kEverySimulated = 5;
     bool isSet = false;
     const int wanted = qEnvironmentVariableIntValue("SCN_STARTS", &isSet);
+    const QTemporaryDir data;
+    const Variable place("XDG_DATA_HOME", data.path().toLocal8Bit());
     const SimulatedInstrument instrument(SimulatedInstrument::Transport::Tcp, kSmallest);
     LauncherScene scene(kProgram);
-    const auto startAndEnd = [&scene, &instrument] {
+    const auto startAndEnd = [&scene, &instrument](bool isSimulated) {
         const int polls = instrument.received().count(QStringLiteral("STAT:OPER:EVEN?"));
-        scene.openByHand(instrument.resource());
-        QVERIFY(scene.waitForEmbedding());
-        // The read-back asks once. An end before the acquisition has begun takes five seconds more.
-        QTRY_VERIFY_WITH_TIMEOUT(
-            instrument.received().count(QStringLiteral("STAT:OPER:EVEN?")) >= polls + 2, kWaitMs);
+        if (isSimulated) {
+            openSimulated(scene);
+            QVERIFY(scene.waitForEmbedding());
+            QTRY_VERIFY_WITH_TIMEOUT(!scene.label("identity").isEmpty(), kWaitMs);
+        } else {
+            scene.openByHand(instrument.resource());
+            QVERIFY(scene.waitForEmbedding());
+            // The read-back asks once. An end before the acquisition has begun takes five seconds more.
+            QTRY_VERIFY_WITH_TIMEOUT(
+                instrument.received().count(QStringLiteral("STAT:OPER:EVEN?")) >= polls + 2,
+                kWaitMs);
+        }
         scene.clickButton("chooseOther");
         QTRY_VERIFY_WITH_TIMEOUT(!scene.currentTab()->isBusy(), kWaitMs);
     };
-    // The first start opens what stays open.
-    startAndEnd();
+    // The first starts open what stays open.
+    startAndEnd(true);
+    startAndEnd(false);
     const int descriptors = openDescriptors();
-    const QStringList files = QDir(scene.home()).entryList(QDir::NoDotAndDotDot | QDir::AllEntries);
-    for (int start = 1; start < (isSet ? wanted : 20); ++start) {
-        startAndEnd();
+    const QStringList files = filesIn(scene.home());
+    for (int start = 2; start < (isSet ? wanted : 20); ++start) {
+        startAndEnd(start % kEverySimulated == 0);
         if (QTest::currentTestFailed()) {
             return;
         }
     }
-    // Of the first start some may have been closed only after they were counted.
+    // Of the first starts some may have been closed only after they were counted.
     QTRY_VERIFY2(openDescriptors() <= descriptors, qPrintable(QString::number(openDescriptors())));
-    QCOMPARE(LauncherScene::children(QStringLiteral("scn4070a")).size(), 0);
-    QCOMPARE(QDir(scene.home()).entryList(QDir::NoDotAndDotDot | QDir::AllEntries), files);
+    // The display and the instrument.
+    QTRY_COMPARE(allChildren(), 2);
+    QCOMPARE(filesIn(scene.home()), files);
+    // The programs ran beside the launcher, or, where another test's does, in a folder for each resource.
+    const QStringList places = QDir(data.filePath(QStringLiteral("scn4070a")))
+                                   .entryList(QDir::NoDotAndDotDot | QDir::AllEntries);
+    QVERIFY2(places.size() <= 2, qPrintable(places.join(QLatin1Char(' '))));
+    QCOMPARE(ownLocks(), QStringList());
+    qInfo("%d descriptors, %d processes, %d files", openDescriptors(), allChildren(), files.size());
 }
 
 SCN_TEST(TestLauncherWindow, DisplayApplication)
