@@ -5,12 +5,14 @@
 #include <QApplication>
 #include <QEvent>
 #include <QVBoxLayout>
-#include <QWindow>
 
 namespace scnlauncher {
 namespace {
 
 constexpr int kRetryMs = 50;
+/// How long it is looked after that no window manager takes the window out, and how often.
+constexpr int kLookMs = 100;
+constexpr int kLooks = 50;
 
 } // namespace
 
@@ -19,16 +21,19 @@ EmbeddedWindow::EmbeddedWindow(const NativeWindows& windows, qulonglong handle, 
     : QWidget(parent)
     , m_windows(windows)
     , m_handle(handle)
+    , m_child(QWindow::fromWinId(static_cast<WId>(handle)))
+    , m_looksLeft(kLooks)
 {
     QPalette background = palette();
     background.setColor(QPalette::Window, color);
     setPalette(background);
     setAutoFillBackground(true);
-    auto* container =
-        QWidget::createWindowContainer(QWindow::fromWinId(static_cast<WId>(handle)), this);
+    auto* container = QWidget::createWindowContainer(m_child, this);
     m_retry.setSingleShot(true);
     m_retry.setInterval(kRetryMs);
     connect(&m_retry, &QTimer::timeout, this, &EmbeddedWindow::giveKeyboard);
+    connect(&m_looks, &QTimer::timeout, this, &EmbeddedWindow::keepInside);
+    m_looks.start(kLookMs);
     auto* layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
     layout->addWidget(container);
@@ -68,6 +73,23 @@ void EmbeddedWindow::showEvent(QShowEvent* event)
     // While its tab was hidden the window may have moved.
     tellPlace();
     giveKeyboard();
+}
+
+void EmbeddedWindow::keepInside()
+{
+    if (--m_looksLeft == 0) {
+        m_looks.stop();
+    }
+    if (!isVisible() || !m_child || !m_child->parent()) {
+        return;
+    }
+    const double scale = devicePixelRatioF();
+    const QRect place((QPointF(m_child->position()) * scale).toPoint(),
+                      (QSizeF(m_child->size()) * scale).toSize());
+    if (m_windows.putBack(m_handle, m_child->parent()->winId(), place)) {
+        tellPlace();
+        giveKeyboard();
+    }
 }
 
 /// Window managers know the launcher's window only, and give it the keyboard.

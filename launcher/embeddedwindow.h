@@ -4,6 +4,7 @@
 #include <QPointer>
 #include <QTimer>
 #include <QWidget>
+#include <QWindow>
 
 namespace scnlauncher {
 
@@ -30,13 +31,17 @@ protected:
 private:
     bool nativeEventFilter(const QByteArray& eventType, void* message, long* result) override;
 
+    void keepInside();
     void tellPlace();
     void giveKeyboard();
 
     const NativeWindows& m_windows;
     const qulonglong m_handle;
     QPointer<QWidget> m_watched; ///< the window that this one is in
+    QPointer<QWindow> m_child;
     QTimer m_retry;
+    QTimer m_looks;
+    int m_looksLeft;
 };
 
 } // namespace scnlauncher

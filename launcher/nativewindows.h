@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QRect>
 #include <QString>
 
 #include <memory>
@@ -26,6 +27,11 @@ public:
     /// Tells an embedded window where it is on the screen: it hears nothing when only its parent moves, and its
     /// popups would open at the old place. In pixels of the screen, which a scale factor makes others than Qt's.
     void tellPlace(qulonglong handle) const;
+
+    /// Puts an embedded window back to its place in its parent, in pixels of the screen, if it is elsewhere or
+    /// of another size. A window manager that had framed it may take it out after it was embedded: that of Weston
+    /// does. True if it was elsewhere.
+    bool putBack(qulonglong handle, qulonglong parent, const QRect& place) const;
 
     /// Gives a window the keyboard; false if it cannot have it yet, because it does not show.
     bool giveKeyboard(qulonglong handle) const;

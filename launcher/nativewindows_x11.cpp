@@ -4,6 +4,7 @@
 
 #include <xcb/xcb.h>
 
+#include <array>
 #include <cstdlib>
 #include <cstring>
 
@@ -42,6 +43,12 @@ qint64 processOf(xcb_connection_t* connection, xcb_window_t window)
         return 0;
     }
     return *static_cast<const uint32_t*>(xcb_get_property_value(property.get()));
+}
+
+/// A scale factor may round it up or down.
+bool isNear(const xcb_get_geometry_reply_t& window, const QSize& size)
+{
+    return qAbs(window.width - size.width()) <= 1 && qAbs(window.height - size.height()) <= 1;
 }
 
 QString text(const char* source)
@@ -105,6 +112,33 @@ void NativeWindows::tellPlace(qulonglong handle) const
     xcb_send_event(m_connection.get(), 0, event.window, XCB_EVENT_MASK_STRUCTURE_NOTIFY,
                    reinterpret_cast<const char*>(&event));
     xcb_flush(m_connection.get());
+}
+
+bool NativeWindows::putBack(qulonglong handle, qulonglong parent, const QRect& place) const
+{
+    if (!isConnected()) {
+        return false;
+    }
+    xcb_connection_t* const connection = m_connection.get();
+    const auto window = static_cast<xcb_window_t>(handle);
+    const auto tree =
+        owned(xcb_query_tree_reply(connection, xcb_query_tree(connection, window), nullptr));
+    const auto now =
+        owned(xcb_get_geometry_reply(connection, xcb_get_geometry(connection, window), nullptr));
+    if (!tree || !now || (tree->parent == parent && isNear(*now, place.size()))) {
+        return false;
+    }
+    if (tree->parent != parent) {
+        xcb_reparent_window(connection, window, static_cast<xcb_window_t>(parent),
+                            static_cast<int16_t>(place.x()), static_cast<int16_t>(place.y()));
+    }
+    const std::array<uint32_t, 2> size = {static_cast<uint32_t>(place.width()),
+                                          static_cast<uint32_t>(place.height())};
+    xcb_configure_window(connection, window, XCB_CONFIG_WINDOW_WIDTH | XCB_CONFIG_WINDOW_HEIGHT,
+                         size.data());
+    xcb_map_window(connection, window);
+    xcb_flush(connection);
+    return true;
 }
 
 bool NativeWindows::isFocusIn(const QByteArray& eventType, const void* message, qulonglong handle)
