@@ -56,6 +56,7 @@ int main(int argc, char* argv[])
     QCoreApplication::setAttribute(Qt::AA_DisableHighDpiScaling, true);
     scn::assumeResolution();
     const QApplication application(argc, argv);
+    scn::startup::keepDecimalPoint();
     scn::startup::substituteFonts();
     scn::startup::loadTranslations(QLibraryInfo::location(QLibraryInfo::TranslationsPath));
     int status = 0;

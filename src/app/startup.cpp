@@ -1,6 +1,7 @@
 #include "app/startup.h"
 
 #include "acquisition/measurementdata.h"
+#include "app/decimalkey.h"
 #include "common/threadassert.h"
 #include "export/exportresult.h"
 #include "state/globals.h"
@@ -11,6 +12,7 @@
 #include <QFont>
 #include <QFontDatabase>
 #include <QList>
+#include <QLocale>
 #include <QPoint>
 #include <QTimer>
 #include <QTranslator>
@@ -71,6 +73,15 @@ void keepFreedMemory()
     mallopt(M_MMAP_THRESHOLD, kLargestKeptBlock);
     mallopt(M_TRIM_THRESHOLD, kMostKeptBytes);
 #endif
+}
+
+void keepDecimalPoint()
+{
+    assertGuiThread();
+    if (QLocale().decimalPoint() != QLatin1Char('.')) {
+        QLocale::setDefault(QLocale(QLocale::Chinese, QLocale::China));
+        qApp->installEventFilter(new DecimalKey(qApp));
+    }
 }
 
 void registerMetaTypes()

@@ -18,6 +18,11 @@ void keepTimeZone();
 /// system and taken anew, every page of it costs a fault.
 void keepFreedMemory();
 
+/// Numbers are shown with a decimal point, also where the system's have a comma: a box of such a system takes
+/// the point of "0.25" for one between thousands and makes 25 of it. The comma key types the point there.
+/// Before any widget.
+void keepDecimalPoint();
+
 /// Registers the types used in queued connections and in calls by name.
 void registerMetaTypes();
 
