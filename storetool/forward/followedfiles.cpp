@@ -93,7 +93,7 @@ void FollowedFiles::lookAt(const QString& path, const StoredRun& run)
         return;
     }
     // A kept file that has lost its other name may still be open in the program that wrote it.
-    if (static_cast<int>(m_open.size()) >= m_mostOpen || (run.isKept && isBeingClosed(path))) {
+    if (!hasRoomFor(path) || (run.isKept && isBeingClosed(path))) {
         m_unopened.insert(path);
         return;
     }

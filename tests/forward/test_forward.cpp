@@ -7,12 +7,14 @@
 #include <QDateTime>
 #include <QDir>
 #include <QFile>
+#include <QFileInfo>
 #include <QRegularExpression>
 #include <QTemporaryDir>
 #include <QTest>
 
 #include <signal.h>
 
+#include <algorithm>
 #include <limits>
 #include <memory>
 
@@ -70,6 +72,7 @@ private slots:
     void newRunUnderTheSameNameIsFollowed();
     void outageOfTheServerLosesNothing();
     void restoredServerGetsWhatItLacks();
+    void daysThatAreOverAreReadByAndBy();
     void keptRunIsReadOnceItHasOneName();
     void logOfAKeptRunIsRead();
     void writerIsNeverKeptWaiting();
@@ -367,6 +370,40 @@ void TestForward::restoredServerGetsWhatItLacks()
     m_server->killSessions();
     day->execute(insertion(1, localTime("2026-01-12 07:00:00.000"), QStringLiteral("1")));
     expected = readingsets::inFile(path, QStringLiteral("MY1")) + over;
+    QVERIFY(isForwarded(expected));
+}
+
+void TestForward::daysThatAreOverAreReadByAndBy()
+{
+    constexpr int kDays = 40;
+    QStringList expected;
+    for (int day = 10; day < 10 + kDays; ++day) {
+        const QString path = file(QStringLiteral("MY1"), QStringLiteral("202601%1.db").arg(day));
+        DayFileWriter writer(path);
+        writer.addCurve(1, QStringLiteral("101(V)"));
+        writer.addBatch(1, localTime(kMorning), table(1), {{day * 1000.0, 1.0}});
+        QFile over(path);
+        QVERIFY(over.open(QIODevice::ReadWrite));
+        QVERIFY(over.setFileTime(QDateTime::currentDateTime().addSecs(-60),
+                                 QFileDevice::FileModificationTime));
+        expected += readingsets::inFile(path, QStringLiteral("MY1"));
+    }
+    expected.sort();
+    m_server->stop();
+    const FollowerProcess follower(
+        {m_directory->path(), QStringLiteral("--to"), m_server->address()});
+    const auto openFiles = [&follower] {
+        const QDir descriptors(QStringLiteral("/proc/%1/fd").arg(follower.processId()));
+        const QFileInfoList all = descriptors.entryInfoList(QDir::Files | QDir::System);
+        return std::count_if(all.cbegin(), all.cend(), [](const QFileInfo& one) {
+            return one.symLinkTarget().endsWith(QLatin1String(".db"));
+        });
+    };
+    // The day that may be written to, and sixteen others.
+    QTRY_COMPARE_WITH_TIMEOUT(static_cast<int>(openFiles()), 17, kPatienceMs);
+    QTest::qWait(1200);
+    QCOMPARE(static_cast<int>(openFiles()), 17);
+    QVERIFY(m_server->start());
     QVERIFY(isForwarded(expected));
 }
 
