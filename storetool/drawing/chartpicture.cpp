@@ -11,6 +11,7 @@
 #include "storage/curveseriesdata.h"
 #include "storage/curvestatistics.h"
 #include "storetool/drawing/picturelegend.h"
+#include "storetool/drawing/picturescale.h"
 
 #include <QCoreApplication>
 #include <QHBoxLayout>
@@ -57,6 +58,7 @@ ChartPicture::ChartPicture(CurveDataDB& store, const PictureContent& content, co
     auto* plotRow = new QHBoxLayout;
     plotRow->addWidget(m_tags);
     plotRow->addWidget(m_plot);
+    plotRow->addWidget(new PictureScale(*m_plot, this));
     layout->addLayout(plotRow, 1);
     layout->addWidget(
         new PictureLegend(legendOf(content.curves), size.width() - 2 * kMargin, this));

@@ -26,8 +26,8 @@ struct PictureContent
     qint64 end = 0;
 };
 
-/// A chart of a stored run as a picture: the plot with its tags, and a legend below instead of the table of
-/// channels. The store outlives it.
+/// A chart of a stored run as a picture: the plot with its tags, the values of its grid lines, and a legend
+/// below instead of the table of channels. The store outlives it.
 class ChartPicture : public QWidget
 {
     Q_OBJECT

@@ -37,6 +37,7 @@ void TestStoreLive::writerMeetsNoLock_data()
     row({QStringLiteral("check")});
     row({QStringLiteral("export")});
     row({QStringLiteral("export"), QStringLiteral("--long")});
+    row({QStringLiteral("plot"), QStringLiteral("-o"), QStringLiteral("run.svg")});
 }
 
 void TestStoreLive::writerMeetsNoLock()
@@ -56,6 +57,7 @@ void TestStoreLive::writerMeetsNoLock()
     for (int run = 0; run < kRuns; ++run) {
         QProcess process;
         process.setStandardOutputFile(QProcess::nullDevice());
+        process.setWorkingDirectory(scene.folder());
         process.start(QStringLiteral(SCN_STORE), call + QStringList{scene.dataDirectory()});
         QVERIFY(process.waitForStarted());
         do { // a failure of the statement ends the test
@@ -93,15 +95,17 @@ void TestStoreLive::readingsInTheWalCount()
 
 void TestStoreLive::runThatIsDeletedMeanwhileIsNoCrash()
 {
-    for (const char* command : {"list", "info", "check", "export"}) {
+    for (const char* command : {"list", "info", "check", "export", "plot -o run.svg"}) {
         for (int delayMs = 0; delayMs < 40; delayMs += 4) {
             const RunScene scene;
             scene.addDay("20260112", 20000);
             scene.addDay("20260113", 20000);
             QProcess process;
             process.setStandardOutputFile(QProcess::nullDevice());
+            process.setWorkingDirectory(scene.folder());
             process.start(QStringLiteral(SCN_STORE),
-                          {QString::fromLatin1(command), scene.dataDirectory()});
+                          QString::fromLatin1(command).split(QLatin1Char(' ')) +
+                              QStringList{scene.dataDirectory()});
             QVERIFY(process.waitForStarted());
             process.waitForFinished(delayMs);
             scene.clear();

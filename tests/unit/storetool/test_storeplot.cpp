@@ -56,6 +56,7 @@ struct Drawing
     QVector<QVector<QPointF>> curves; ///< Lines of more than two points, in pixels of the plot.
     QStringList colors;               ///< Of each of them.
     QStringList texts;
+    QVector<double> heights; ///< Where each of them stands, from above.
     int images = 0;
     bool isWellFormed = false;
 };
@@ -85,15 +86,24 @@ Drawing readSvg(const QString& path)
     }
     QXmlStreamReader reader(&file);
     QString color;
+    double shift = 0;
     while (!reader.atEnd()) {
         if (reader.readNext() != QXmlStreamReader::StartElement) {
             continue;
         }
         if (reader.name() == QLatin1String("g")) {
             color = reader.attributes().value(QLatin1String("stroke")).toString();
+            shift = reader.attributes()
+                        .value(QLatin1String("transform"))
+                        .toString()
+                        .section(QLatin1Char(','), 5, 5)
+                        .remove(QLatin1Char(')'))
+                        .toDouble();
         } else if (reader.name() == QLatin1String("image")) {
             ++drawing.images;
         } else if (reader.name() == QLatin1String("text")) {
+            drawing.heights.append(shift +
+                                   reader.attributes().value(QLatin1String("y")).toDouble());
             drawing.texts.append(reader.readElementText().trimmed());
         } else if (reader.name() == QLatin1String("polyline")) {
             const QVector<QPointF> points =
@@ -184,6 +194,7 @@ private slots:
     void pixelsAreThoseOfAChart();
     void tagsStandAtTheMeans();
     void linesHaveTheReadings();
+    void gridLinesHaveTheirValues();
     void longLinesAreThinnedAsInAChart();
     void pdfHasOnePage();
     void optionsChooseWhatIsDrawn();
@@ -296,6 +307,27 @@ void TestStorePlot::linesHaveTheReadings()
     }
     for (const char* text : {"101(Vdc)", "102(Vdc)", "101>", "102>", "2026/01/12"}) {
         QVERIFY2(drawing.texts.contains(QLatin1String(text)), text);
+    }
+}
+
+/// Each stands at its grid line: the readings go up from 1/3 by one.
+void TestStorePlot::gridLinesHaveTheirValues()
+{
+    const RunScene scene;
+    scene.addDay("20260112", 600000);
+    const QString file = scene.path(QStringLiteral("run.svg"));
+    QCOMPARE(runStore({kPlot, scene.dataDirectory(), kOutput, file}).exitCode, 0);
+    const Drawing drawing = readSvg(file);
+    QCOMPARE(drawing.curves.size(), 2);
+    const double bottom = drawing.curves.at(0).at(0).y();
+    const double top = drawing.curves.at(0).at(35).y();
+    for (const int value : {0, 10, 20, 30}) {
+        const int text = drawing.texts.indexOf(QString::number(value));
+        QVERIFY2(text >= 0, qPrintable(drawing.texts.join(QLatin1Char('|'))));
+        const double line = bottom + (value - 1.0 / 3) / 35 * (top - bottom);
+        // Letters stand on their baseline, some pixels below their middle. The canvas lies 10 pixels down.
+        QVERIFY2(qAbs(drawing.heights.at(text) - (line + 10)) < 8,
+                 qPrintable(QStringLiteral("%1 %2").arg(drawing.heights.at(text)).arg(line)));
     }
 }
 
