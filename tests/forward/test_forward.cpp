@@ -448,6 +448,7 @@ void TestForward::logOfAKeptRunIsRead()
     QVERIFY(kept.mkpath(QStringLiteral(".")));
     QFile note(kept.filePath(QStringLiteral("run.json")));
     QVERIFY(note.open(QIODevice::WriteOnly));
+    note.write("{\"serial\": \"MY1\"}");
     note.close();
     for (const char* suffix : {"", "-wal"}) {
         const QString name = QStringLiteral("20260112.db") + QString::fromLatin1(suffix);
