@@ -144,6 +144,12 @@ void verifyKept(const KeptRun& run, const Readings& readings)
     QVERIFY2(different.isEmpty(), qPrintable(different));
 }
 
+/// For the fake child: another test may have an instrument of the same name.
+QString goodInstrument()
+{
+    return QStringLiteral("good=%1").arg(QCoreApplication::applicationPid());
+}
+
 /// The visible dialog of the limits; null if there is none.
 QDialog* limitsDialog(const LauncherScene& scene)
 {
@@ -317,7 +323,7 @@ void TestKeptRuns::limitsTakeEffect()
     }
     LauncherScene scene(child);
     const auto kept = [&folder] { return keptRunsIn(keptRunsFolder(folder.path())); };
-    scene.openByHand(QStringLiteral("good"));
+    scene.openByHand(goodInstrument());
     QTRY_COMPARE_WITH_TIMEOUT(scene.label("state"), QStringLiteral("空闲"), kWaitMs);
     QCOMPARE(kept().size(), 3);
     // Also while the instrument is open.
@@ -340,7 +346,7 @@ void TestKeptRuns::missingLinksAreTold()
         QSKIP("There is one file system only.");
     }
     LauncherScene scene(child);
-    scene.openByHand(QStringLiteral("good"));
+    scene.openByHand(goodInstrument());
     QTRY_COMPARE_WITH_TIMEOUT(scene.label("keeping"),
                               QStringLiteral("此处的文件系统没有硬链接，测量数据不会保留"),
                               kWaitMs);
