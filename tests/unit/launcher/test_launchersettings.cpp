@@ -17,6 +17,7 @@ private slots:
     void newestResourceComesFirstAndOnce();
     void oldestResourceGoes();
     void geometryAndRateAreKept();
+    void runLimitsAreKept();
 };
 
 void TestLauncherSettings::fileIsInTheConfigurationFolder()
@@ -32,6 +33,7 @@ void TestLauncherSettings::nothingIsRememberedAtFirst()
     QCOMPARE(settings.recentResources(), QStringList());
     QCOMPARE(settings.geometry(), QByteArray());
     QCOMPARE(settings.serialRate(), 0);
+    QVERIFY(settings.runLimits().areOff());
 }
 
 void TestLauncherSettings::newestResourceComesFirstAndOnce()
@@ -65,6 +67,17 @@ void TestLauncherSettings::geometryAndRateAreKept()
     LauncherSettings(file).setSerialRate(9600);
     QCOMPARE(LauncherSettings(file).geometry(), QByteArray("place"));
     QCOMPARE(LauncherSettings(file).serialRate(), 9600);
+}
+
+void TestLauncherSettings::runLimitsAreKept()
+{
+    const QTemporaryDir directory;
+    const QString file = directory.filePath(QStringLiteral("a.ini"));
+    LauncherSettings(file).setRunLimits({1, 2, 3});
+    const RunLimits limits = LauncherSettings(file).runLimits();
+    QCOMPARE(limits.days, 1);
+    QCOMPARE(limits.runs, 2);
+    QCOMPARE(limits.megabytes, 3);
 }
 
 SCN_TEST(TestLauncherSettings, QCoreApplication)
