@@ -28,7 +28,7 @@ namespace {
 
 constexpr int kMargin = 10;
 
-/// A plot as wide as a time: the chart's first minute, where that is none.
+/// Width of a plot whose range is a single moment: that of a new chart.
 constexpr qint64 kLeastSpanMs = 60000;
 
 QVector<PictureLegend::Entry> legendOf(const QStringList& curves)
