@@ -34,7 +34,11 @@ bool ChildClaim::take(const QString& program, const QString& resource, const QSt
         return false;
     }
     m_self = Owner::self({});
-    if (takeResource(resource) && (takeBeside(program) || takePerUser(program, name))) {
+    if (!takeResource(resource)) {
+        return false;
+    }
+    m_isBesideProgram = takeBeside(program);
+    if (m_isBesideProgram || takePerUser(program, name)) {
         m_resource.sign(m_self);
         return true;
     }

@@ -26,6 +26,8 @@ public:
     /// The program to start, and its folder, where the data is.
     QString program() const { return m_place.program; }
     QString folder() const { return m_place.folder; }
+    /// False if the data does not go beside the program that take() was given.
+    bool isBesideProgram() const { return m_isBesideProgram; }
 
     QString errorText() const { return m_errorText; }
 
@@ -44,6 +46,7 @@ private:
     Ownership m_resource;
     Ownership m_folder;
     ProgramPlace m_place;
+    bool m_isBesideProgram = false;
     QString m_errorText;
 };
 

@@ -1,6 +1,7 @@
 #include "launcher/instrumenttab.h"
 
 #include "launcher/childclaim.h"
+#include "launcher/desktopfile.h"
 #include "launcher/embeddedwindow.h"
 #include "launcher/endedpage.h"
 #include "launcher/nativewindows.h"
@@ -10,9 +11,7 @@
 #include "launcher/stateline.h"
 
 #include <QDebug>
-#include <QDesktopServices>
 #include <QStackedWidget>
-#include <QUrl>
 #include <QVBoxLayout>
 
 namespace scnlauncher {
@@ -53,16 +52,18 @@ InstrumentTab::InstrumentTab(const Workshop& workshop, QWidget* parent)
     connect(m_endedPage, &EndedPage::startAgain, this, [this] { open(m_choice); });
     connect(m_endedPage, &EndedPage::chooseOther, this, &InstrumentTab::chooseOther);
     connect(m_stateLine, &StateLine::chooseOther, this, &InstrumentTab::chooseOther);
-    connect(m_stateLine, &StateLine::openLog, this,
-            [this] { QDesktopServices::openUrl(QUrl::fromLocalFile(logPath())); });
+    connect(m_stateLine, &StateLine::openLog, this, [this] { openOnDesktop(this, logPath()); });
+    connect(m_stateLine, &StateLine::openFolder, this, [this] { openOnDesktop(this, m_folder); });
     connect(&m_probe, &RefusalProbe::refused, this, [this] {
         m_failure = OpenFailure::Refused;
         showStatus();
     });
     connect(&m_archive, &RunArchive::problemChanged, this,
             [this] { m_stateLine->showKeepingProblem(m_archive.problem()); });
-    connect(&m_ticks, &QTimer::timeout, this,
-            [this] { m_stateLine->showSilence(m_child ? m_child->msSinceLastLine() : -1); });
+    connect(&m_ticks, &QTimer::timeout, this, [this] {
+        m_stateLine->showSilence(
+            std::chrono::milliseconds(m_child ? m_child->msSinceLastLine() : -1));
+    });
 }
 
 InstrumentTab::~InstrumentTab() = default;
@@ -103,6 +104,11 @@ void InstrumentTab::startChild(const QString& resource)
         report(claim->errorText(), {});
         return;
     }
+    m_folder = claim->folder();
+    if (!claim->isBesideProgram()) {
+        m_startingPage->setPlace(
+            tr("程序所在的目录不能存放数据，或正被使用。这台仪器的数据存放在 %1。").arg(m_folder));
+    }
     m_child =
         std::make_unique<InstrumentChild>(nullptr, [this](qulonglong handle, qint64 processId) {
             return m_workshop.windows.objection(handle, processId);
@@ -127,7 +133,8 @@ void InstrumentTab::startChild(const QString& resource)
     m_archive.watch(claim->folder(), resource);
     m_child->start(call);
     m_ticks.start(kTickMs);
-    m_stateLine->showSilence(-1);
+    m_stateLine->showSilence(std::chrono::milliseconds(-1));
+    m_stateLine->showFolder(m_folder);
     m_stateLine->show();
     showStatus();
 }

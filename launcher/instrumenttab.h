@@ -78,6 +78,7 @@ private:
     const Workshop& m_workshop;
     InstrumentChoice m_choice;
     QString m_resource;
+    QString m_folder; ///< where the data is
     std::unique_ptr<SimulatorProcess> m_simulator;
     std::unique_ptr<InstrumentChild> m_child;
     RefusalProbe m_probe;

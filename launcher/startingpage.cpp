@@ -1,5 +1,7 @@
 #include "launcher/startingpage.h"
 
+#include "widgets/pathlabel.h"
+
 #include <QLabel>
 #include <QProgressBar>
 #include <QPushButton>
@@ -10,6 +12,8 @@ namespace {
 
 constexpr int kTickMs = 1000;
 constexpr int kBarWidth = 360;
+constexpr int kPlaceLines = 3;
+constexpr int kPlaceWidth = 800;
 /// A read-back over a slow serial line takes longer, but by now a user wonders.
 constexpr qint64 kLongStartMs = 20000;
 
@@ -19,10 +23,12 @@ StartingPage::StartingPage(QWidget* parent)
     : QWidget(parent)
     , m_title(new QLabel(this))
     , m_time(new QLabel(this))
+    , m_place(new scn::PathLabel(kPlaceLines, kPlaceWidth, this))
     , m_note(new QLabel(this))
     , m_cancel(new QPushButton(tr("取消"), this))
 {
     m_title->setObjectName(QStringLiteral("pageTitle"));
+    m_place->setObjectName(QStringLiteral("place"));
     m_note->setObjectName(QStringLiteral("problem"));
     m_note->setWordWrap(true);
     m_note->setAlignment(Qt::AlignCenter);
@@ -37,6 +43,7 @@ StartingPage::StartingPage(QWidget* parent)
                           static_cast<QWidget*>(m_time)}) {
         layout->addWidget(part, 0, Qt::AlignHCenter);
     }
+    layout->addWidget(m_place, 0, Qt::AlignHCenter);
     layout->addWidget(m_note);
     layout->addWidget(m_cancel, 0, Qt::AlignHCenter);
     layout->addStretch();
@@ -47,6 +54,7 @@ StartingPage::StartingPage(QWidget* parent)
 void StartingPage::showStarting(const QString& resource)
 {
     m_title->setText(tr("正在打开 %1").arg(resource));
+    setPlace({});
     m_note->clear();
     m_cancel->show();
     m_since.start();
@@ -57,11 +65,18 @@ void StartingPage::showStarting(const QString& resource)
 void StartingPage::showEnding()
 {
     m_title->setText(tr("正在结束..."));
+    setPlace({});
     m_note->clear();
     m_cancel->hide();
     m_since.start();
     m_ticks.start(kTickMs);
     updateTime();
+}
+
+void StartingPage::setPlace(const QString& sentence)
+{
+    m_place->setText(sentence);
+    m_place->setVisible(!sentence.isEmpty());
 }
 
 void StartingPage::setNote(const QString& note)

@@ -7,6 +7,10 @@
 class QLabel;
 class QPushButton;
 
+namespace scn {
+class PathLabel;
+} // namespace scn
+
 namespace scnlauncher {
 
 /// What is shown until the child's window is there, and while it ends.
@@ -20,6 +24,8 @@ public:
 
     void showStarting(const QString& resource);
     void showEnding();
+    /// Where the data goes, if that is not where one would look for it.
+    void setPlace(const QString& sentence);
     /// A further line, such as what has gone wrong; it stays until the next start.
     void setNote(const QString& note);
 
@@ -31,6 +37,7 @@ private:
 
     QLabel* m_title;
     QLabel* m_time;
+    scn::PathLabel* m_place;
     QLabel* m_note;
     QPushButton* m_cancel;
     QElapsedTimer m_since;

@@ -1,16 +1,29 @@
 #include "launcher/stateline.h"
 
+#include "launcher/textrow.h"
+#include "widgets/pathlabel.h"
+
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QPushButton>
 #include <QStyle>
 #include <QVariant>
 
+#include <ratio>
+
 namespace scnlauncher {
 namespace {
 
 constexpr int kMargin = 6;
 constexpr int kSpacing = 16;
+
+/// Whose text is whole where not all of them are.
+enum Rank { StateRank, IdentityRank, CriticalRank, KeepingRank, ResourceRank, FolderRank };
+constexpr int kIdentityShare = 420;
+constexpr int kCriticalShare = 120;
+constexpr int kKeepingShare = 120;
+constexpr int kResourceShare = 100;
+constexpr int kFolderShare = 80;
 
 QString stateText(const QString& resource, const ChildStatus& status, OpenFailure failure)
 {
@@ -34,66 +47,46 @@ QString stateText(const QString& resource, const ChildStatus& status, OpenFailur
 
 StateLine::StateLine(QWidget* parent)
     : QWidget(parent)
-    , m_resource(new QLabel(this))
-    , m_identity(new QLabel(this))
-    , m_state(new QLabel(this))
-    , m_critical(new QLabel(this))
-    , m_keeping(new QLabel(this))
+    , m_texts(new TextRow(this))
+    , m_resource(m_texts->addText(QStringLiteral("resourceLabel"), ResourceRank, kResourceShare))
+    , m_identity(m_texts->addText(QStringLiteral("identity"), IdentityRank, kIdentityShare))
+    , m_state(m_texts->addText(QStringLiteral("state"), StateRank, QWIDGETSIZE_MAX))
+    , m_critical(m_texts->addText(QStringLiteral("critical"), CriticalRank, kCriticalShare))
+    , m_keeping(m_texts->addText(QStringLiteral("keeping"), KeepingRank, kKeepingShare))
+    , m_folder(m_texts->addText(QStringLiteral("folder"), FolderRank, kFolderShare))
     , m_silence(new QLabel(this))
-    , m_other(new QPushButton(tr("选择其他仪器"), this))
 {
     setFixedHeight(kHeight);
-    m_resource->setObjectName(QStringLiteral("resourceLabel"));
-    m_identity->setObjectName(QStringLiteral("identity"));
-    m_state->setObjectName(QStringLiteral("state"));
-    m_critical->setObjectName(QStringLiteral("critical"));
-    m_keeping->setObjectName(QStringLiteral("keeping"));
-    m_keeping->hide();
     m_silence->setObjectName(QStringLiteral("silence"));
-    m_other->setObjectName(QStringLiteral("chooseOther"));
-    auto* log = new QPushButton(tr("日志"), this);
-    log->setObjectName(QStringLiteral("log"));
     auto* layout = new QHBoxLayout(this);
     layout->setContentsMargins(kMargin, 0, kMargin, 0);
     layout->setSpacing(kSpacing);
-    for (QLabel* label : {m_resource, m_identity, m_state}) {
-        layout->addWidget(label);
-    }
-    layout->addWidget(m_critical, 1);
-    layout->addWidget(m_keeping);
+    layout->addWidget(m_texts, 1);
     layout->addWidget(m_silence);
-    layout->addWidget(m_other);
-    layout->addWidget(log);
-    // A long line is cut, and never widens the window.
-    for (QLabel* label : {m_resource, m_identity, m_state, m_critical, m_keeping}) {
-        label->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
-        layout->setStretchFactor(label, 1);
-        label->setTextFormat(Qt::PlainText);
-    }
+    connect(addButton(tr("选择其他仪器"), "chooseOther"), &QPushButton::clicked, this,
+            &StateLine::chooseOther);
+    m_openFolder = addButton(tr("数据"), "openFolder");
+    connect(m_openFolder, &QPushButton::clicked, this, &StateLine::openFolder);
+    connect(addButton(tr("日志"), "log"), &QPushButton::clicked, this, &StateLine::openLog);
+}
+
+QPushButton* StateLine::addButton(const QString& text, const char* name)
+{
+    auto* button = new QPushButton(text, this);
+    button->setObjectName(QLatin1String(name));
     // The keyboard stays with the embedded window.
-    for (QPushButton* button : {m_other, log}) {
-        button->setFocusPolicy(Qt::NoFocus);
-    }
-    connect(log, &QPushButton::clicked, this, &StateLine::openLog);
-    connect(m_other, &QPushButton::clicked, this, &StateLine::chooseOther);
+    button->setFocusPolicy(Qt::NoFocus);
+    layout()->addWidget(button);
+    return button;
 }
 
 void StateLine::showStatus(const QString& resource, const ChildStatus& status, OpenFailure failure)
 {
     const QString state = stateText(resource, status, failure);
-    const struct
-    {
-        QLabel* label;
-        QString text;
-    } rows[] = {{m_resource, resource},
-                {m_identity, status.identity()},
-                {m_state, state},
-                {m_critical, status.lastCritical()}};
-    for (const auto& row : rows) {
-        row.label->setText(row.text);
-        row.label->setToolTip(row.text);
-        row.label->setVisible(!row.text.isEmpty());
-    }
+    m_texts->setText(m_resource, resource);
+    m_texts->setText(m_identity, status.identity());
+    m_texts->setText(m_state, state);
+    m_texts->setText(m_critical, status.lastCritical());
     const bool isWell = status.link() == ChildStatus::Link::Connecting ||
                         (status.link() == ChildStatus::Link::Connected && !status.isOtherKind());
     m_state->setProperty("trouble", !isWell);
@@ -106,14 +99,31 @@ void StateLine::showStatus(const QString& resource, const ChildStatus& status, O
 
 void StateLine::showKeepingProblem(const QString& problem)
 {
-    m_keeping->setText(problem);
-    m_keeping->setToolTip(problem);
-    m_keeping->setVisible(!problem.isEmpty());
+    m_texts->setText(m_keeping, problem);
 }
 
-void StateLine::showSilence(qint64 ms)
+void StateLine::showFolder(const QString& folder)
 {
-    m_silence->setText(ms < 0 ? tr("尚无输出") : tr("上次输出 %1 秒前").arg(ms / 1000));
+    m_texts->setText(m_folder, tr("数据目录 %1").arg(folder));
+    m_openFolder->setToolTip(tr("打开数据目录 %1").arg(folder));
+}
+
+void StateLine::showSilence(std::chrono::milliseconds silence)
+{
+    if (silence.count() < 0) {
+        m_silence->setText(tr("尚无日志"));
+        return;
+    }
+    using Days = std::chrono::duration<qint64, std::ratio<86400>>;
+    const qint64 days = std::chrono::duration_cast<Days>(silence).count();
+    const qint64 hours = std::chrono::duration_cast<std::chrono::hours>(silence).count();
+    const qint64 minutes = std::chrono::duration_cast<std::chrono::minutes>(silence).count();
+    const qint64 seconds = std::chrono::duration_cast<std::chrono::seconds>(silence).count();
+    const QString ago = days > 0      ? tr("%1 天").arg(days)
+                        : hours > 0   ? tr("%1 小时").arg(hours)
+                        : minutes > 0 ? tr("%1 分钟").arg(minutes)
+                                      : tr("%1 秒").arg(seconds);
+    m_silence->setText(tr("上次日志 %1前").arg(ago));
 }
 
 } // namespace scnlauncher

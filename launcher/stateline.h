@@ -4,10 +4,18 @@
 
 #include <QWidget>
 
+#include <chrono>
+
 class QLabel;
 class QPushButton;
 
+namespace scn {
+class PathLabel;
+} // namespace scn
+
 namespace scnlauncher {
+
+class TextRow;
 
 /// One line that tells how things stand with a child.
 class StateLine : public QWidget
@@ -22,23 +30,30 @@ public:
 
     /// `failure` is what is known of a failed open, which may be more than the child's log says.
     void showStatus(const QString& resource, const ChildStatus& status, OpenFailure failure);
-    /// How long ago the child's last line came; -1 if none has.
-    void showSilence(qint64 ms);
+    /// Where the child's data is.
+    void showFolder(const QString& folder);
+    /// How long ago the child's last line came; -1 ms if none has.
+    void showSilence(std::chrono::milliseconds silence);
     /// Why runs are not kept; nothing is shown if they are.
     void showKeepingProblem(const QString& problem);
 
 signals:
     void openLog();
+    void openFolder();
     void chooseOther();
 
 private:
-    QLabel* m_resource;
-    QLabel* m_identity;
-    QLabel* m_state;
-    QLabel* m_critical;
-    QLabel* m_keeping;
+    QPushButton* addButton(const QString& text, const char* name);
+
+    TextRow* m_texts;
+    scn::PathLabel* m_resource;
+    scn::PathLabel* m_identity;
+    scn::PathLabel* m_state;
+    scn::PathLabel* m_critical;
+    scn::PathLabel* m_keeping;
+    scn::PathLabel* m_folder;
     QLabel* m_silence;
-    QPushButton* m_other;
+    QPushButton* m_openFolder;
 };
 
 } // namespace scnlauncher

@@ -19,10 +19,10 @@ set(CPACK_DEBIAN_PACKAGE_SECTION science)
 set(CPACK_DEBIAN_PACKAGE_PRIORITY optional)
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
 # What is loaded at run time shows in no program file: Qt's driver for SQLite, and a font with Chinese,
-# without which every text is a row of boxes. Qt's own texts in Chinese and the search for instruments
-# on the network can be done without.
+# without which every text is a row of boxes. Qt's own texts in Chinese, the desktop's program for a log
+# and the search for instruments on the network can be done without.
 set(CPACK_DEBIAN_PACKAGE_DEPENDS "libqt5sql5-sqlite, fonts-wqy-microhei | fonts-noto-cjk")
-set(CPACK_DEBIAN_PACKAGE_RECOMMENDS qttranslations5-l10n)
+set(CPACK_DEBIAN_PACKAGE_RECOMMENDS "qttranslations5-l10n, xdg-utils")
 set(CPACK_DEBIAN_PACKAGE_SUGGESTS "avahi-utils, sqlite3")
 set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
 set(CPACK_DEBIAN_PACKAGE_CONTROL_EXTRA

@@ -60,8 +60,9 @@ bool PathLabel::event(QEvent* event)
     assertGuiThread();
     if (event->type() == QEvent::ToolTip) {
         const auto* help = static_cast<QHelpEvent*>(event);
-        QToolTip::showText(help->globalPos(),
-                           QStringLiteral("<p>%1</p>").arg(text().toHtmlEscaped()), this);
+        QString tip = (toolTip().isEmpty() ? text() : toolTip()).toHtmlEscaped();
+        tip.replace(QLatin1Char('\n'), QLatin1String("<br>"));
+        QToolTip::showText(help->globalPos(), QStringLiteral("<p>%1</p>").arg(tip), this);
         return true;
     }
     return QLabel::event(event);

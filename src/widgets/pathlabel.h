@@ -5,7 +5,7 @@
 namespace scn {
 
 /// A label for plain texts of any length, paths above all. It wraps anywhere and elides in the middle
-/// what does not fit; text() and the tool tip keep the whole text.
+/// what does not fit; text() keeps the whole text, and the tool tip shows it if it is not set to another.
 class PathLabel : public QLabel
 {
     Q_OBJECT

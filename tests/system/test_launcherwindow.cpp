@@ -10,6 +10,7 @@
 #include <QDirIterator>
 #include <QElapsedTimer>
 #include <QFile>
+#include <QFileInfo>
 #include <QLabel>
 #include <QMessageBox>
 #include <QPlainTextEdit>
@@ -201,6 +202,8 @@ private slots:
     void childWithoutInstrumentSaysWhy();
     void otherInstrumentIsNamed();
     void logIsAClickAway();
+    void dataElsewhereIsNamed();
+    void withoutADesktopThePathIsTold();
     void serialRateReachesTheChild();
     void cancellingAStartEndsIt();
     void crashShowsTheLastWordsAndStartsAgain();
@@ -555,6 +558,65 @@ void TestLauncherWindow::logIsAClickAway()
     QFile log(taker.urls().at(0).toLocalFile());
     QVERIFY(log.open(QIODevice::ReadOnly));
     QVERIFY(log.readAll().contains("仪器已连接"));
+}
+
+void TestLauncherWindow::dataElsewhereIsNamed()
+{
+    LauncherScene scene(kFakeChild);
+    UrlTaker taker;
+    const QString beside = QFileInfo(kFakeChild).canonicalPath();
+    const auto* const tabs = scene.window().findChild<QTabWidget*>();
+    QList<qint64> before;
+    QStringList folders;
+    // Two, of which one at most runs where the program is.
+    for (const char* resource : {"good", "good=2"}) {
+        scene.openByHand(QLatin1String(resource));
+        QTRY_VERIFY_WITH_TIMEOUT(!scene.label("identity").isEmpty(), kWaitMs);
+        for (const qint64 child : LauncherScene::children(QStringLiteral("scn_fake_child"))) {
+            if (!before.contains(child)) {
+                before.append(child);
+                folders.append(
+                    QFileInfo(QFile::symLinkTarget(QStringLiteral("/proc/%1/exe").arg(child)))
+                        .path());
+            }
+        }
+        const QString folder = folders.last();
+        QVERIFY2(scene.label("folder").endsWith(folder), qPrintable(scene.label("folder")));
+        QCOMPARE(scene.label("place").isEmpty(), folder == beside);
+        QVERIFY(folder == beside || scene.label("place").contains(folder));
+        scene.clickButton("openFolder");
+        QTRY_VERIFY(!taker.urls().isEmpty() && taker.urls().last() == QUrl::fromLocalFile(folder));
+        scene.clickButton("newTab");
+        QTRY_COMPARE(tabs->count(), folders.size() + 1);
+    }
+    QCOMPARE(folders.size(), 2);
+    QVERIFY(folders.at(0) != folders.at(1));
+}
+
+void TestLauncherWindow::withoutADesktopThePathIsTold()
+{
+    LauncherScene scene(kFakeChild);
+    // Nobody takes files.
+    QObject nobody;
+    QDesktopServices::setUrlHandler(QStringLiteral("file"), &nobody, "no such slot");
+    scene.openByHand(QStringLiteral("good"));
+    QTRY_VERIFY_WITH_TIMEOUT(!scene.label("identity").isEmpty(), kWaitMs);
+    scene.clickButton("log");
+    const auto message = [&scene] {
+        return scene.window().findChild<QMessageBox*>(QStringLiteral("pathMessage"));
+    };
+    QTRY_VERIFY(message() && message()->isVisible());
+    QVERIFY2(message()->text().contains(scene.home() + QStringLiteral("/scn4070a/good.log")),
+             qPrintable(message()->text()));
+    QVERIFY(message()->text().contains(QStringLiteral("xdg-utils")));
+    scene.click(message()->buttons().at(0));
+    QTRY_VERIFY(!message());
+    // A log that could not be written is another matter.
+    QVERIFY(QDir(scene.home() + QStringLiteral("/scn4070a")).removeRecursively());
+    scene.clickButton("log");
+    QTRY_VERIFY(message() && message()->isVisible());
+    QVERIFY2(message()->text().contains(QStringLiteral("不存在")), qPrintable(message()->text()));
+    QDesktopServices::unsetUrlHandler(QStringLiteral("file"));
 }
 
 void TestLauncherWindow::serialRateReachesTheChild()

@@ -78,6 +78,7 @@ void TestChildClaim::firstChildRunsBesideTheProgram()
     QVERIFY2(claim.take(program(), kPort1, kPort1), qPrintable(claim.errorText()));
     QCOMPARE(claim.program(), program());
     QCOMPARE(claim.folder(), installed());
+    QVERIFY(claim.isBesideProgram());
     QVERIFY(!QDir(m_folder->filePath(QStringLiteral("share"))).exists());
 }
 
@@ -89,6 +90,7 @@ void TestChildClaim::secondChildRunsInAFolderOfTheUser()
     QVERIFY2(second.take(program(), kPort2, kPort2), qPrintable(second.errorText()));
     QCOMPARE(second.folder(), userFolder(QStringLiteral("TCPIP0-192.0.2.2-5025-SOCKET")));
     QCOMPARE(second.program(), second.folder() + QStringLiteral("/scn4070a"));
+    QVERIFY(!second.isBesideProgram());
     QVERIFY(QFileInfo(second.program()).isExecutable());
 }
 
