@@ -25,6 +25,19 @@ QString obstacle(const QString& program)
                                                 : program + QStringLiteral(" cannot be run");
 }
 
+/// Why resources and options of the simulator do not go together; empty if they do.
+QString contradiction(const QStringList& resources, const QStringList& ofTheSimulator)
+{
+    if (resources.size() > 1) {
+        return QStringLiteral("one resource at a time: ") + resources.join(QLatin1Char(' '));
+    }
+    if (!resources.isEmpty() && !ofTheSimulator.isEmpty()) {
+        return QStringLiteral("%1 is for a simulated instrument, without a resource")
+            .arg(ofTheSimulator.join(QStringLiteral(", ")));
+    }
+    return {};
+}
+
 void checkPrograms(LauncherOptions& options)
 {
     const QString program = obstacle(options.program);
@@ -46,7 +59,9 @@ LauncherOptions LauncherOptions::parse(const QStringList& arguments)
                        "with a page that "
                        "lists what can be opened; with a RESOURCE or an option of the simulator, "
                        "opens that at once."));
-    const QCommandLineOption help = parser.addHelpOption();
+    const QCommandLineOption help({QStringLiteral("h"), QStringLiteral("help")},
+                                  QStringLiteral("Displays help on commandline options."));
+    parser.addOption(help);
     const QCommandLineOption version = parser.addVersionOption();
     const QCommandLineOption simulated(QStringLiteral("simulated"),
                                        QStringLiteral("Opens a simulated instrument."));
@@ -75,16 +90,22 @@ LauncherOptions LauncherOptions::parse(const QStringList& arguments)
     options.simulator = parser.value(simulator);
     options.resource = parser.positionalArguments().value(0);
     options.simulatorArguments << QStringLiteral("--tcp") << QStringLiteral("0");
-    options.isSimulated =
-        options.resource.isEmpty() && (parser.isSet(simulated) || parser.isSet(simulator));
+    QStringList ofTheSimulator;
     for (const QCommandLineOption& option : passedOn) {
         if (parser.isSet(option)) {
-            options.isSimulated = options.resource.isEmpty();
-            options.simulatorArguments << QStringLiteral("--") + option.names().constFirst()
-                                       << parser.value(option);
+            ofTheSimulator << QStringLiteral("--") + option.names().constFirst();
+            options.simulatorArguments << ofTheSimulator.last() << parser.value(option);
         }
     }
-    if (!options.asksForHelp && !options.asksForVersion) {
+    if (parser.isSet(simulated)) {
+        ofTheSimulator << QStringLiteral("--simulated");
+    }
+    options.isSimulated =
+        !ofTheSimulator.isEmpty() || (parser.isSet(simulator) && options.resource.isEmpty());
+    options.errorText = contradiction(parser.positionalArguments(), ofTheSimulator);
+    if (options.asksForHelp || options.asksForVersion) {
+        options.errorText.clear();
+    } else if (options.errorText.isEmpty()) {
         checkPrograms(options);
     }
     return options;

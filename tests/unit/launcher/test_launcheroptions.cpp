@@ -35,6 +35,9 @@ private slots:
     void simulatorsOptionsOpenIt();
     void resourceIsOpened();
     void wrongOptionIsTold();
+    void contradictionIsTold_data();
+    void contradictionIsTold();
+    void helpHasNoOtherForm();
     void missingProgramIsTold();
     void helpAndVersionNeedNoProgram();
 };
@@ -70,7 +73,8 @@ void TestLauncherOptions::simulatorsOptionsOpenIt()
 
 void TestLauncherOptions::resourceIsOpened()
 {
-    const LauncherOptions options = parsed(texts({"ASRL/dev/ttyS0::INSTR", "--rate", "40"}));
+    const LauncherOptions options = parsed(texts({"ASRL/dev/ttyS0::INSTR"}));
+    QCOMPARE(options.errorText, QString());
     QVERIFY(!options.isSimulated);
     QCOMPARE(options.resource, QStringLiteral("ASRL/dev/ttyS0::INSTR"));
 }
@@ -79,6 +83,34 @@ void TestLauncherOptions::wrongOptionIsTold()
 {
     const QString text = parsed(texts({"--nonsense"})).errorText;
     QVERIFY2(text.contains(QLatin1String("nonsense")), qPrintable(text));
+}
+
+void TestLauncherOptions::contradictionIsTold_data()
+{
+    QTest::addColumn<QStringList>("arguments");
+    QTest::addColumn<QString>("named");
+    QTest::newRow("two resources") << texts({"A", "B"}) << QStringLiteral("A B");
+    QTest::newRow("simulated resource")
+        << texts({"--simulated", "A"}) << QStringLiteral("--simulated");
+    QTest::newRow("modules of a resource")
+        << texts({"A", "--slots", "1:13"}) << QStringLiteral("--slots");
+}
+
+void TestLauncherOptions::contradictionIsTold()
+{
+    QFETCH(QStringList, arguments);
+    QFETCH(QString, named);
+    const QString text = parsed(arguments).errorText;
+    QVERIFY2(text.contains(named), qPrintable(text));
+    // Who asks for help gets it.
+    QCOMPARE(parsed(arguments + texts({"--help"})).errorText, QString());
+}
+
+void TestLauncherOptions::helpHasNoOtherForm()
+{
+    QVERIFY(parsed(texts({"-h"})).asksForHelp);
+    const QString text = parsed(texts({"--help-all"})).errorText;
+    QVERIFY2(text.contains(QLatin1String("help-all")), qPrintable(text));
 }
 
 void TestLauncherOptions::missingProgramIsTold()
