@@ -2,6 +2,7 @@
 #include "support/testprogram.h"
 
 #include <QDir>
+#include <QDirIterator>
 #include <QRegularExpression>
 #include <QTest>
 
@@ -42,11 +43,14 @@ private slots:
 void TestConnectingPage::everySentenceIsExplained()
 {
     const QString page = textOf(QStringLiteral("docs/connecting.md"));
-    const QDir folder(QStringLiteral(SCN_SOURCE_DIR "/launcher"));
+    const QDir root(QStringLiteral(SCN_SOURCE_DIR));
+    QDirIterator sources(root.filePath(QStringLiteral("launcher")), {QStringLiteral("*.cpp")},
+                         QDir::Files, QDirIterator::Subdirectories);
     int count = 0;
     QStringList missing;
-    for (const QString& name : folder.entryList({QStringLiteral("*.cpp")}, QDir::Files)) {
-        for (const QString& sentence : sentencesIn(textOf(QStringLiteral("launcher/") + name))) {
+    while (sources.hasNext()) {
+        const QString name = root.relativeFilePath(sources.next());
+        for (const QString& sentence : sentencesIn(textOf(name))) {
             ++count;
             if (!page.contains(sentence)) {
                 missing.append(name + QStringLiteral(": ") + sentence);
