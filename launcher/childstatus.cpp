@@ -45,6 +45,19 @@ OpenFailure failureNamedIn(const QString& text)
     return OpenFailure::Other;
 }
 
+/// Whether the resource is one that VISA knows, but not each library: the status of an open is the same
+/// for it as for a wrong spelling.
+bool isOfAnotherKind(const QString& resource)
+{
+    static const QRegularExpression form(
+        QStringLiteral("^(GPIB\\d*::\\d+(::\\d+)?(::INSTR)?|GPIB\\d*::INTFC|"
+                       "TCPIP\\d*::(\\[[0-9a-f:.%]+\\]|[^:]+)(::[^:]+)?::INSTR|"
+                       "(GPIB-VXI|PXI|VXI)\\d*::.+::(INSTR|BACKPLANE|MEMACC)|"
+                       "USB\\d*::[^:]+::[^:]+::[^:]+(::\\d+)?(::(INSTR|RAW))?)$"),
+        QRegularExpression::CaseInsensitiveOption);
+    return form.match(resource.trimmed()).hasMatch();
+}
+
 QString text(const char* source)
 {
     return QCoreApplication::translate("ChildStatus", source);
@@ -64,6 +77,11 @@ bool ChildStatus::take(const QString& line)
         return true;
     }
     return takeLink(entry.text);
+}
+
+void ChildStatus::noteCutLine()
+{
+    m_lastCritical = text("程序的一行输出没有结尾，已截断");
 }
 
 bool ChildStatus::takeLink(const QString& text)
@@ -115,6 +133,9 @@ QString failureSentence(OpenFailure failure, const QString& resource)
     case OpenFailure::Busy:
         return text("仪器正被其他程序使用。请先关闭那个程序。");
     case OpenFailure::Malformed:
+        if (isOfAnotherKind(resource)) {
+            return text("所用的 VISA 库不能打开这种资源。请安装系统的 VISA 库。");
+        }
         return text("资源名的写法不正确，例如 ASRL/dev/ttyUSB0::INSTR 或 "
                     "TCPIP0::192.168.1.5::5025::SOCKET。");
     case OpenFailure::Other:

@@ -24,6 +24,8 @@ public:
 
     /// True if the line changed something.
     bool take(const QString& line);
+    /// A line was too long to be read; it counts as critical.
+    void noteCutLine();
 
     Link link() const { return m_link; }
     QString identity() const { return m_identity; }

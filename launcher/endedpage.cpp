@@ -10,34 +10,51 @@ namespace scnlauncher {
 
 EndedPage::EndedPage(QWidget* parent)
     : QWidget(parent)
+    , m_subject(new QLabel(this))
     , m_sentence(new QLabel(this))
+    , m_wordsTitle(new QLabel(tr("它最后的输出："), this))
     , m_lastWords(new QPlainTextEdit(this))
+    , m_again(new QPushButton(this))
+    , m_log(new QPushButton(tr("日志"), this))
 {
+    m_subject->setObjectName(QStringLiteral("subject"));
+    m_subject->setTextFormat(Qt::PlainText);
+    m_subject->setWordWrap(true);
     m_sentence->setObjectName(QStringLiteral("pageTitle"));
     m_sentence->setWordWrap(true);
     m_lastWords->setObjectName(QStringLiteral("lastWords"));
     m_lastWords->setReadOnly(true);
-    auto* again = new QPushButton(tr("重新启动"), this);
-    again->setObjectName(QStringLiteral("startAgain"));
+    m_again->setObjectName(QStringLiteral("startAgain"));
+    m_log->setObjectName(QStringLiteral("endedLog"));
     auto* other = new QPushButton(tr("选择其他仪器"), this);
     other->setObjectName(QStringLiteral("chooseOther"));
     auto* buttons = new QHBoxLayout;
     buttons->addStretch();
-    buttons->addWidget(again);
+    buttons->addWidget(m_log);
+    buttons->addWidget(m_again);
     buttons->addWidget(other);
     auto* layout = new QVBoxLayout(this);
+    layout->addWidget(m_subject);
     layout->addWidget(m_sentence);
-    layout->addWidget(new QLabel(tr("它最后的输出："), this));
-    layout->addWidget(m_lastWords);
+    layout->addWidget(m_wordsTitle);
+    layout->addWidget(m_lastWords, 1);
+    // Takes the room where there are no last words.
+    layout->addStretch();
     layout->addLayout(buttons);
-    connect(again, &QPushButton::clicked, this, &EndedPage::startAgain);
+    connect(m_again, &QPushButton::clicked, this, &EndedPage::startAgain);
+    connect(m_log, &QPushButton::clicked, this, &EndedPage::openLog);
     connect(other, &QPushButton::clicked, this, &EndedPage::chooseOther);
 }
 
-void EndedPage::showEnd(const QString& sentence, const QStringList& lastWords)
+void EndedPage::showEnd(const EndReport& report)
 {
-    m_sentence->setText(sentence);
-    m_lastWords->setPlainText(lastWords.join(QLatin1Char('\n')));
+    m_subject->setText(report.subject);
+    m_sentence->setText(report.sentence);
+    m_lastWords->setPlainText(report.lastWords.join(QLatin1Char('\n')));
+    m_lastWords->setVisible(!report.lastWords.isEmpty());
+    m_wordsTitle->setVisible(!report.lastWords.isEmpty());
+    m_again->setText(report.hasRun ? tr("重新启动") : tr("重试"));
+    m_log->setVisible(report.hasRun);
 }
 
 } // namespace scnlauncher

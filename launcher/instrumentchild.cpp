@@ -138,6 +138,7 @@ void InstrumentChild::takeOutput(const QByteArray& line)
     const QRegularExpressionMatch match = shown.match(text);
     if (!match.hasMatch()) {
         keep(text);
+        tellIfCut(line);
         return;
     }
     const qulonglong handle = match.captured(1).toULongLong();
@@ -158,6 +159,17 @@ void InstrumentChild::takeErrors(const QByteArray& line)
     keep(text);
     if (m_status.take(text)) {
         emit statusChanged();
+    }
+    tellIfCut(line);
+}
+
+/// A program of ours ends its lines: the user may have started another.
+void InstrumentChild::tellIfCut(const QByteArray& line)
+{
+    if (LineCutter::isCut(line)) {
+        m_status.noteCutLine();
+        emit statusChanged();
+        emit lineCut();
     }
 }
 

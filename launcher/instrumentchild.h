@@ -83,6 +83,8 @@ signals:
     /// The child has named a window that must not be embedded.
     void windowRefused(const QString& reason);
     void statusChanged();
+    /// A line was too long. The status says so too.
+    void lineCut();
     void ended(const scnlauncher::ChildEnd& end);
 
 private:
@@ -91,6 +93,7 @@ private:
     void takeOutput(const QByteArray& line);
     void takeErrors(const QByteArray& line);
     void keep(const QString& line);
+    void tellIfCut(const QByteArray& line);
     void escalate();
     void finish(const ChildEnd& end);
 

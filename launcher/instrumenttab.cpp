@@ -1,15 +1,18 @@
 #include "launcher/instrumenttab.h"
 
+#include "launcher/childcall.h"
 #include "launcher/childclaim.h"
 #include "launcher/desktopfile.h"
 #include "launcher/embeddedwindow.h"
 #include "launcher/endedpage.h"
+#include "launcher/endsentence.h"
 #include "launcher/nativewindows.h"
 #include "launcher/scanquestion.h"
 #include "launcher/simulatorprocess.h"
 #include "launcher/startingpage.h"
 #include "launcher/stateline.h"
 
+#include <QApplication>
 #include <QDebug>
 #include <QStackedWidget>
 #include <QVBoxLayout>
@@ -18,11 +21,6 @@ namespace scnlauncher {
 namespace {
 
 constexpr int kTickMs = 1000;
-/// Read by the program's VISA provider.
-const QString kSerialRateVariable = QStringLiteral("SCN4070A_SERIAL_RATE");
-
-/// Each simulated instrument has a port of its own; their data shares a place.
-const QString kSimulatedPlace = QStringLiteral("simulator");
 
 } // namespace
 
@@ -51,8 +49,11 @@ InstrumentTab::InstrumentTab(const Workshop& workshop, QWidget* parent)
     connect(m_startingPage, &StartingPage::cancelled, this, &InstrumentTab::chooseOther);
     connect(m_endedPage, &EndedPage::startAgain, this, [this] { open(m_choice); });
     connect(m_endedPage, &EndedPage::chooseOther, this, &InstrumentTab::chooseOther);
+    connect(m_endedPage, &EndedPage::openLog, this,
+            [this] { openOnDesktop(this, logPathOf(m_choice)); });
     connect(m_stateLine, &StateLine::chooseOther, this, &InstrumentTab::chooseOther);
-    connect(m_stateLine, &StateLine::openLog, this, [this] { openOnDesktop(this, logPath()); });
+    connect(m_stateLine, &StateLine::openLog, this,
+            [this] { openOnDesktop(this, logPathOf(m_choice)); });
     connect(m_stateLine, &StateLine::openFolder, this, [this] { openOnDesktop(this, m_folder); });
     connect(&m_probe, &RefusalProbe::refused, this, [this] {
         m_failure = OpenFailure::Refused;
@@ -71,10 +72,14 @@ InstrumentTab::~InstrumentTab() = default;
 void InstrumentTab::open(const InstrumentChoice& choice)
 {
     m_choice = choice;
+    m_title = choice.isSimulated ? tr("模拟仪器") : choice.resource;
     m_resource.clear();
     m_returnsToChoice = false;
-    m_startingPage->showStarting(choice.isSimulated ? tr("模拟仪器") : choice.resource);
+    m_hasRun = false;
+    m_seenCritical.clear();
+    m_startingPage->showStarting(m_title);
     m_pages->setCurrentWidget(m_startingPage);
+    tellNews();
     if (choice.isSimulated) {
         startSimulator();
     } else {
@@ -89,7 +94,10 @@ void InstrumentTab::startSimulator()
     // Queued, since it may come from the very start.
     connect(
         m_simulator.get(), &SimulatorProcess::failed, this,
-        [this](const QString& reason) { report(reason, {m_workshop.simulator}); },
+        [this](const QString& reason) {
+            report(
+                {subject(), reason, m_simulator ? m_simulator->lastWords() : QStringList(), false});
+        },
         Qt::QueuedConnection);
     m_simulator->start(m_workshop.simulator, m_workshop.simulatorArguments);
 }
@@ -99,9 +107,8 @@ void InstrumentTab::startChild(const QString& resource)
     m_resource = resource;
     m_failure = OpenFailure::None;
     const auto claim = std::make_shared<ChildClaim>();
-    if (!claim->take(m_workshop.program, resource,
-                     m_choice.isSimulated ? kSimulatedPlace : resource)) {
-        report(claim->errorText(), {});
+    if (!claim->take(m_workshop.program, resource, placeNameOf(m_choice))) {
+        report({subject(), claim->errorText(), {}, false});
         return;
     }
     m_folder = claim->folder();
@@ -117,32 +124,20 @@ void InstrumentTab::startChild(const QString& resource)
     connect(m_child.get(), &InstrumentChild::windowRefused, this, [this](const QString& reason) {
         m_startingPage->setNote(reason + tr("窗口未被嵌入；请取消，并检查所启动的程序。"));
     });
+    connect(m_child.get(), &InstrumentChild::lineCut, this, [this] {
+        m_startingPage->setNote(tr("程序的一行输出没有结尾，已截断。请取消，并检查所启动的程序。"));
+    });
     connect(m_child.get(), &InstrumentChild::statusChanged, this, &InstrumentTab::showStatus);
     // Queued, since a program that is not there ends at its start.
     connect(m_child.get(), &InstrumentChild::ended, this, &InstrumentTab::finish,
             Qt::QueuedConnection);
-    InstrumentChild::Call call;
-    call.program = claim->program();
-    call.claim = claim;
-    call.resource = resource;
-    call.environment = QProcessEnvironment::systemEnvironment();
-    if (m_choice.serialRate > 0) {
-        call.environment.insert(kSerialRateVariable, QString::number(m_choice.serialRate));
-    }
-    call.logPath = logPath();
     m_archive.watch(claim->folder(), resource);
-    m_child->start(call);
+    m_child->start(callFor(m_choice, resource, claim));
     m_ticks.start(kTickMs);
     m_stateLine->showSilence(std::chrono::milliseconds(-1));
     m_stateLine->showFolder(m_folder);
     m_stateLine->show();
     showStatus();
-}
-
-/// All simulated instruments share a log: their resources differ at each start.
-QString InstrumentTab::logPath() const
-{
-    return logPathFor(m_choice.isSimulated ? kSimulatedPlace : m_choice.resource);
 }
 
 void InstrumentTab::embed(qulonglong handle, const QColor& color)
@@ -167,12 +162,43 @@ QString InstrumentTab::identity() const
     return m_child ? m_child->status().identity() : QString();
 }
 
-QString InstrumentTab::title() const
+QString InstrumentTab::trouble() const
 {
-    if (!identity().isEmpty()) {
-        return identity();
+    if (m_pages->currentWidget() == m_endedPage) {
+        return m_hasRun ? tr("已终止") : tr("未打开");
     }
-    return m_choice.isSimulated && m_child ? tr("模拟仪器") : m_child ? m_resource : QString();
+    if (m_child && m_child->status().link() == ChildStatus::Link::Lost) {
+        return tr("连接已丢失");
+    }
+    return m_child && m_child->status().lastCritical() != m_seenCritical ? tr("严重错误")
+                                                                         : QString();
+}
+
+/// Tells the window, and one who looks at another.
+void InstrumentTab::tellNews()
+{
+    if (isVisible() && m_child) {
+        m_seenCritical = m_child->status().lastCritical();
+    }
+    const QString now = trouble();
+    if (!now.isEmpty() && now != m_toldTrouble) {
+        QApplication::alert(window());
+    }
+    m_toldTrouble = now;
+    emit titleChanged();
+}
+
+void InstrumentTab::showEvent(QShowEvent* event)
+{
+    QWidget::showEvent(event);
+    tellNews();
+}
+
+/// The resource, and the identity as far as it is known.
+QString InstrumentTab::subject() const
+{
+    const QString chosen = m_choice.isSimulated ? tr("模拟仪器") : m_choice.resource;
+    return m_title == chosen ? chosen : chosen + QStringLiteral(" - ") + m_title;
 }
 
 void InstrumentTab::showStatus()
@@ -190,7 +216,10 @@ void InstrumentTab::showStatus()
         }
     }
     m_stateLine->showStatus(m_resource, status, m_failure);
-    emit titleChanged();
+    if (!identity().isEmpty()) {
+        m_title = identity();
+    }
+    tellNews();
 }
 
 void InstrumentTab::end()
@@ -219,6 +248,7 @@ void InstrumentTab::leaveSimulator()
     dropSimulator();
     if (m_returnsToChoice) {
         m_returnsToChoice = false;
+        m_title.clear();
         m_startPage->refresh();
         m_pages->setCurrentWidget(m_startPage);
     }
@@ -234,36 +264,29 @@ void InstrumentTab::finish(const ChildEnd& end)
     m_stateLine->hide();
     leaveSimulator();
     if (!end.isWanted) {
-        report(endSentence(end), lastWords);
+        const AfterEnd afterEnd = m_choice.isSimulated ? AfterEnd::ScanEnds : AfterEnd::ScanGoesOn;
+        report(
+            {subject(), endSentence(end, m_workshop.program, afterEnd), lastWords, end.hasStarted});
     }
-    emit titleChanged();
+    tellNews();
     emit idle();
 }
 
-/// How a child ended that nobody asked to.
-QString InstrumentTab::endSentence(const ChildEnd& end) const
+void InstrumentTab::report(const EndReport& report)
 {
-    if (!end.hasStarted) {
-        return tr("程序没有启动：%1").arg(m_workshop.program);
-    }
-    if (end.hasCrashed) {
-        return tr("程序意外终止（信号 %1）。仪器如在扫描，会继续扫描。").arg(end.exitCode);
-    }
-    return tr("程序已退出（返回值 %1）。").arg(end.exitCode);
-}
-
-void InstrumentTab::report(const QString& sentence, const QStringList& lastWords)
-{
-    qWarning().noquote() << sentence;
+    qWarning().noquote() << report.sentence;
     dropSimulator();
-    m_endedPage->showEnd(sentence, lastWords);
+    m_hasRun = report.hasRun;
+    m_endedPage->showEnd(report);
     m_pages->setCurrentWidget(m_endedPage);
+    tellNews();
 }
 
 void InstrumentTab::chooseOther()
 {
     if (isScanning()) {
-        askToLeaveScan(this, [this] { leaveForChoice(); });
+        askToLeaveScan(this, m_choice.isSimulated ? AfterEnd::ScanEnds : AfterEnd::ScanGoesOn,
+                       [this] { leaveForChoice(); });
     } else {
         leaveForChoice();
     }

@@ -18,6 +18,7 @@ namespace scnlauncher {
 
 class EmbeddedWindow;
 class EndedPage;
+struct EndReport;
 class NativeWindows;
 class SimulatorProcess;
 class StartingPage;
@@ -51,32 +52,40 @@ public:
 
     bool isBusy() const { return m_child != nullptr; }
     bool isScanning() const;
-    /// What the tab is about: the identity, or the resource; empty on the start page.
-    QString title() const;
+    bool isSimulated() const { return m_choice.isSimulated; }
+    /// What the tab is about: the identity, or the resource, also after its end; empty on the start page.
+    QString title() const { return m_title; }
+    /// What a user who looks elsewhere should know, in a word; empty if all is well.
+    QString trouble() const;
     /// The instrument's identity; empty while there is none.
     QString identity() const;
 
 signals:
+    /// The title or the trouble.
     void titleChanged();
     /// The child has ended.
     void idle();
+
+protected:
+    void showEvent(QShowEvent* event) override;
 
 private:
     void startSimulator();
     void startChild(const QString& resource);
     void embed(qulonglong handle, const QColor& color);
     void showStatus();
-    QString logPath() const;
     void dropSimulator();
     void leaveSimulator();
     void finish(const ChildEnd& end);
-    QString endSentence(const ChildEnd& end) const;
+    QString subject() const;
+    void tellNews();
     void chooseOther();
     void leaveForChoice();
-    void report(const QString& sentence, const QStringList& lastWords);
+    void report(const EndReport& report);
 
     const Workshop& m_workshop;
     InstrumentChoice m_choice;
+    QString m_title;
     QString m_resource;
     QString m_folder; ///< where the data is
     std::unique_ptr<SimulatorProcess> m_simulator;
@@ -85,6 +94,9 @@ private:
     RunArchive m_archive;
     OpenFailure m_failure = OpenFailure::None;
     bool m_returnsToChoice = false;
+    bool m_hasRun = false;
+    QString m_seenCritical; ///< the last critical line that was in view
+    QString m_toldTrouble;
     QTimer m_ticks;
     QStackedWidget* m_pages;
     StartPage* m_startPage;

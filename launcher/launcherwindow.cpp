@@ -6,6 +6,7 @@
 
 #include <QCloseEvent>
 #include <QScreen>
+#include <QStyle>
 #include <QTabBar>
 #include <QTabWidget>
 #include <QToolButton>
@@ -31,6 +32,15 @@ QRect inside(const QRect& wanted, const QRect& screen)
     place.moveLeft(std::clamp(place.left(), screen.left(), screen.right() + 1 - place.width()));
     place.moveTop(std::clamp(place.top(), screen.top(), screen.bottom() + 1 - place.height()));
     return place;
+}
+
+/// What becomes of the scans that are on in these tabs.
+AfterEnd afterEndOf(const QList<InstrumentTab*>& tabs)
+{
+    const bool goesOn = std::any_of(tabs.cbegin(), tabs.cend(), [](const InstrumentTab* tab) {
+        return tab->isScanning() && !tab->isSimulated();
+    });
+    return goesOn ? AfterEnd::ScanGoesOn : AfterEnd::ScanEnds;
 }
 
 } // namespace
@@ -114,7 +124,7 @@ void LauncherWindow::closeTab(int index)
         }
     };
     if (tab->isScanning()) {
-        askToLeaveScan(tab, leave);
+        askToLeaveScan(tab, afterEndOf({tab}), leave);
     } else {
         leave();
     }
@@ -144,8 +154,13 @@ void LauncherWindow::updateTitles()
 {
     for (int index = 0; index < m_tabs->count(); ++index) {
         const QString title = tabAt(index)->title();
-        m_tabs->setTabText(index, title.isEmpty() ? tr("选择仪器") : title.left(kLongestTabTitle));
-        m_tabs->setTabToolTip(index, title);
+        const QString trouble = tabAt(index)->trouble();
+        const QString text = title.isEmpty() ? tr("选择仪器") : title.left(kLongestTabTitle);
+        m_tabs->setTabText(index, trouble.isEmpty() ? text : tr("%1：%2").arg(trouble, text));
+        m_tabs->setTabIcon(index, trouble.isEmpty()
+                                      ? QIcon()
+                                      : style()->standardIcon(QStyle::SP_MessageBoxWarning));
+        m_tabs->setTabToolTip(index, trouble.isEmpty() ? title : tr("%1：%2").arg(trouble, title));
     }
     const InstrumentTab* current = tabAt(m_tabs->currentIndex());
     const QString identity = current ? current->identity() : QString();
@@ -186,7 +201,7 @@ void LauncherWindow::closeEvent(QCloseEvent* event)
     const bool scans = std::any_of(all.cbegin(), all.cend(),
                                    [](const InstrumentTab* tab) { return tab->isScanning(); });
     if (scans) {
-        askToLeaveScan(this, [this] { endAll(); });
+        askToLeaveScan(this, afterEndOf(all), [this] { endAll(); });
     } else {
         endAll();
     }

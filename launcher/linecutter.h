@@ -14,6 +14,7 @@ public:
 
     /// What follows the kept beginning of a line that is too long.
     static QByteArray cutMark();
+    static bool isCut(const QByteArray& line) { return line.endsWith(cutMark()); }
 
     /// The lines that these bytes complete, without their ends.
     QList<QByteArray> take(const QByteArray& bytes);

@@ -1,6 +1,6 @@
 #include "launcher/refusalprobe.h"
 
-#include <QRegularExpression>
+#include "visa/resourcename.h"
 
 namespace scnlauncher {
 
@@ -18,12 +18,10 @@ RefusalProbe::RefusalProbe(QObject* parent)
 
 void RefusalProbe::start(const QString& resource)
 {
-    static const QRegularExpression form(QStringLiteral("^TCPIP\\d*::([^:]+)::(\\d+)::SOCKET$"),
-                                         QRegularExpression::CaseInsensitiveOption);
-    const QRegularExpressionMatch match = form.match(resource.trimmed());
-    if (match.hasMatch()) {
+    const auto name = scn::visa::parseResourceName(resource.trimmed().toStdString());
+    if (name && name->kind == scn::visa::ResourceName::Kind::Socket) {
         m_socket.abort();
-        m_socket.connectToHost(match.captured(1), match.captured(2).toUShort());
+        m_socket.connectToHost(QString::fromStdString(name->host), name->port);
     }
 }
 

@@ -2,12 +2,15 @@
 
 #include <QFileInfo>
 
+#include <cstdio>
+
 namespace scnlauncher {
 namespace {
 
 const QString kReady = QStringLiteral("READY ");
 /// It ends at SIGTERM at once, unless it is stopped.
 constexpr int kEndWaitMs = 500;
+constexpr int kLastWords = 12;
 const QString kTranscriptOption = QStringLiteral("--transcript");
 
 /// The path with a number before its suffix; the first is the path itself.
@@ -26,7 +29,7 @@ QString numbered(const QString& path, int number)
 SimulatorProcess::SimulatorProcess(QObject* parent)
     : QObject(parent)
 {
-    m_process.setProcessChannelMode(QProcess::ForwardedErrorChannel);
+    connect(&m_process, &QProcess::readyReadStandardError, this, &SimulatorProcess::readErrors);
     connect(&m_process, &QProcess::readyReadStandardOutput, this, &SimulatorProcess::readLine);
     connect(&m_process, &QProcess::errorOccurred, this, [this](QProcess::ProcessError error) {
         if (error == QProcess::FailedToStart) {
@@ -36,6 +39,8 @@ SimulatorProcess::SimulatorProcess(QObject* parent)
     connect(&m_process, qOverload<int, QProcess::ExitStatus>(&QProcess::finished), this, [this] {
         if (!m_isAnnounced) {
             m_isAnnounced = true;
+            readErrors();
+            keep(m_errors.takeRest());
             emit failed(tr("模拟仪器启动后即退出。"));
         }
     });
@@ -97,6 +102,27 @@ void SimulatorProcess::readLine()
         emit ready(line.mid(kReady.size()));
     } else {
         emit failed(tr("模拟仪器的输出无法识别：%1").arg(line));
+    }
+}
+
+/// For the user, and for whoever started the launcher.
+void SimulatorProcess::readErrors()
+{
+    const QList<QByteArray> lines = m_errors.take(m_process.readAllStandardError());
+    for (const QByteArray& line : lines) {
+        keep(line);
+    }
+}
+
+void SimulatorProcess::keep(const QByteArray& line)
+{
+    if (line.isEmpty()) {
+        return;
+    }
+    std::fprintf(stderr, "%s\n", line.constData());
+    m_lastWords.append(QString::fromUtf8(line));
+    while (m_lastWords.size() > kLastWords) {
+        m_lastWords.removeFirst();
     }
 }
 

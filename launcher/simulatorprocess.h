@@ -1,5 +1,6 @@
 #pragma once
 
+#include "launcher/linecutter.h"
 #include "launcher/ownership.h"
 
 #include <QObject>
@@ -23,6 +24,9 @@ public:
     /// or tab's simulator writes gets a number: dialogue.txt, dialogue-2.txt and so on.
     void start(const QString& path, const QStringList& arguments);
 
+    /// The last lines of its standard error, the newest last.
+    QStringList lastWords() const { return m_lastWords; }
+
 signals:
     /// It serves; `resource` is that of its first transport.
     void ready(const QString& resource);
@@ -32,9 +36,13 @@ signals:
 private:
     bool claimTranscript(QString& path);
     void readLine();
+    void readErrors();
+    void keep(const QByteArray& line);
 
     QProcess m_process;
     Ownership m_transcript;
+    LineCutter m_errors;
+    QStringList m_lastWords;
     bool m_isAnnounced = false;
 };
 

@@ -7,11 +7,13 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <fstream>
 #include <string>
 
 namespace {
 
 constexpr int kBlock = 1 << 20;
+constexpr useconds_t kPollMicroseconds = 10000;
 
 void say(std::FILE* stream, const std::string& line)
 {
@@ -35,6 +37,16 @@ void obey()
             return;
         }
     }
+}
+
+/// Waits for a file, and says the line that is in it.
+void sayContentOf(const std::string& path)
+{
+    std::string line;
+    while (!std::getline(std::ifstream(path), line)) {
+        ::usleep(kPollMicroseconds);
+    }
+    say(stderr, line);
 }
 
 [[noreturn]] void sleepForever()
@@ -71,6 +83,10 @@ int main(int argc, char* argv[])
     } else if (kind == "scanning") {
         say(stderr, logged("仪器已连接: SCN SCN4070A MY1 1.0"));
         say(stderr, logged("扫描开始"));
+        obey();
+    } else if (kind == "says") {
+        say(stderr, logged("仪器已连接: SCN SCN4070A MY1 1.0"));
+        sayContentOf(value);
         obey();
     } else if (kind == "window") {
         say(stderr, logged("仪器已连接: SCN SCN4070A MY1 1.0"));

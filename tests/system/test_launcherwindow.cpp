@@ -36,6 +36,12 @@ const QString kChildTitle = QStringLiteral("^SCN4070A 控制软件$");
 /// One module with one channel, so that the window appears quickly.
 const QStringList kSmallest = {QStringLiteral("--slots"), QStringLiteral("1:13")};
 
+/// A resource for the fake child that no other test holds at the same time.
+QString own(const char* kind)
+{
+    return QStringLiteral("%1=%2").arg(QLatin1String(kind)).arg(QCoreApplication::applicationPid());
+}
+
 QString xdotool(const QStringList& arguments)
 {
     return DisplayApplication::display().xdotool(arguments);
@@ -198,6 +204,10 @@ private slots:
     void twoChildrenAreIndependent();
     void childrenEndAndStayWhileMinimised();
     void eachSimulatorWritesItsOwnTranscript();
+    void deadChildInTheBackgroundIsMarked();
+    void wordOfAChildInTheBackgroundIsMarked_data();
+    void wordOfAChildInTheBackgroundIsMarked();
+    void simulatorThatFailsSaysWhy();
     void childWithoutInstrumentSaysWhy_data();
     void childWithoutInstrumentSaysWhy();
     void otherInstrumentIsNamed();
@@ -255,14 +265,14 @@ void TestLauncherWindow::simulatedInstrumentIsAClickAway()
 void TestLauncherWindow::resourceTypedIsOpenedAndRemembered()
 {
     LauncherScene scene(kFakeChild);
-    scene.openByHand(QStringLiteral("good"));
-    QTRY_COMPARE_WITH_TIMEOUT(scene.label("resourceLabel"), QStringLiteral("good"), kWaitMs);
+    scene.openByHand(own("good"));
+    QTRY_COMPARE_WITH_TIMEOUT(scene.label("resourceLabel"), own("good"), kWaitMs);
     QTRY_VERIFY(!scene.label("identity").isEmpty());
     scene.clickButton("cancel");
     QTRY_VERIFY_WITH_TIMEOUT(!scene.currentTab()->isBusy(), kWaitMs);
     const auto* list = scene.currentTab()->findChild<QTreeWidget*>();
     QCOMPARE(list->topLevelItem(1)->text(0), QStringLiteral("最近使用"));
-    QCOMPARE(list->topLevelItem(1)->child(0)->text(0), QStringLiteral("good"));
+    QCOMPARE(list->topLevelItem(1)->child(0)->text(0), own("good"));
 }
 
 void TestLauncherWindow::childFollowsMovesAndSizes()
@@ -507,6 +517,81 @@ void TestLauncherWindow::eachSimulatorWritesItsOwnTranscript()
     QVERIFY(!QFile::exists(folder.filePath(QStringLiteral("dialogue-3.txt"))));
 }
 
+void TestLauncherWindow::deadChildInTheBackgroundIsMarked()
+{
+    LauncherScene scene(kFakeChild);
+    UrlTaker taker;
+    scene.openByHand(own("good"));
+    QTRY_VERIFY_WITH_TIMEOUT(!scene.label("identity").isEmpty(), kWaitMs);
+    const QString identity = scene.label("identity");
+    scene.clickButton("newTab");
+    auto* const bar = scene.window().findChild<QTabBar*>();
+    QTRY_COMPARE(bar->count(), 2);
+    QCOMPARE(bar->tabText(0), identity);
+    ::kill(static_cast<pid_t>(LauncherScene::children(QStringLiteral("scn_fake_child")).value(0)),
+           SIGKILL);
+    QTRY_COMPARE_WITH_TIMEOUT(bar->tabText(0), QStringLiteral("已终止：") + identity, kWaitMs);
+    QVERIFY(!bar->tabIcon(0).isNull());
+    QVERIFY(bar->tabIcon(1).isNull());
+    clickTab(scene, 0);
+    QTRY_COMPARE(bar->currentIndex(), 0);
+    QCOMPARE(scene.label("subject"), own("good") + QStringLiteral(" - ") + identity);
+    // The log outlives the child.
+    scene.clickButton("endedLog");
+    QTRY_COMPARE(taker.urls().size(), 1);
+    // Nothing is left of the mark with another choice.
+    scene.clickButton("chooseOther");
+    QTRY_COMPARE(bar->tabText(0), QStringLiteral("选择仪器"));
+    QVERIFY(bar->tabIcon(0).isNull());
+}
+
+void TestLauncherWindow::wordOfAChildInTheBackgroundIsMarked_data()
+{
+    QTest::addColumn<QString>("line");
+    QTest::addColumn<QString>("mark");
+    QTest::addColumn<bool>("staysInView");
+    QTest::newRow("critical") << QStringLiteral("critical disk is full")
+                              << QStringLiteral("严重错误") << false;
+    QTest::newRow("lost") << QStringLiteral("warning 仪器连接已丢失")
+                          << QStringLiteral("连接已丢失") << true;
+}
+
+void TestLauncherWindow::wordOfAChildInTheBackgroundIsMarked()
+{
+    QFETCH(QString, line);
+    QFETCH(QString, mark);
+    QFETCH(bool, staysInView);
+    const QTemporaryDir folder;
+    const QString path = folder.filePath(QStringLiteral("line"));
+    LauncherScene scene(kFakeChild);
+    scene.openByHand(QStringLiteral("says=") + path);
+    QTRY_VERIFY_WITH_TIMEOUT(!scene.label("identity").isEmpty(), kWaitMs);
+    const QString identity = scene.label("identity");
+    scene.clickButton("newTab");
+    auto* const bar = scene.window().findChild<QTabBar*>();
+    QTRY_COMPARE(bar->count(), 2);
+    QFile file(path);
+    QVERIFY(file.open(QIODevice::WriteOnly));
+    file.write(QStringLiteral("2026-11-22 10:00:00.000 %1\n").arg(line).toUtf8());
+    file.close();
+    const QString marked = mark + QStringLiteral("：") + identity;
+    QTRY_COMPARE_WITH_TIMEOUT(bar->tabText(0), marked, kWaitMs);
+    clickTab(scene, 0);
+    QTRY_COMPARE(bar->currentIndex(), 0);
+    QTRY_COMPARE(bar->tabText(0), staysInView ? marked : identity);
+}
+
+void TestLauncherWindow::simulatorThatFailsSaysWhy()
+{
+    LauncherScene scene(kProgram, {QStringLiteral("--rate"), QStringLiteral("abc")});
+    scene.clickButton("open");
+    const auto* words = scene.currentTab()->findChild<QPlainTextEdit*>();
+    QTRY_VERIFY_WITH_TIMEOUT(words->isVisible(), kWaitMs);
+    QVERIFY2(words->toPlainText().contains(QLatin1String("--rate")),
+             qPrintable(words->toPlainText()));
+    QCOMPARE(scene.label("subject"), QStringLiteral("模拟仪器"));
+}
+
 void TestLauncherWindow::childWithoutInstrumentSaysWhy_data()
 {
     QTest::addColumn<QString>("resource");
@@ -516,6 +601,10 @@ void TestLauncherWindow::childWithoutInstrumentSaysWhy_data()
     // The loopback's discard port: nobody listens.
     QTest::newRow("refused") << QStringLiteral("TCPIP0::127.0.0.1::9::SOCKET")
                              << QStringLiteral("连接被拒绝");
+    QTest::newRow("refused by an IPv6 host")
+        << QStringLiteral("TCPIP0::[::1]::9::SOCKET") << QStringLiteral("连接被拒绝");
+    QTest::newRow("kind that the provider does not open")
+        << QStringLiteral("GPIB0::9::INSTR") << QStringLiteral("VISA 库不能打开");
     QTest::newRow("malformed") << QStringLiteral("TCPIP0::::SOCKET")
                                << QStringLiteral("资源名的写法不正确");
 }
@@ -551,7 +640,7 @@ void TestLauncherWindow::logIsAClickAway()
 {
     LauncherScene scene(kFakeChild);
     UrlTaker taker;
-    scene.openByHand(QStringLiteral("good"));
+    scene.openByHand(own("good"));
     QTRY_VERIFY_WITH_TIMEOUT(!scene.label("identity").isEmpty(), kWaitMs);
     scene.clickButton("log");
     QTRY_COMPARE(taker.urls().size(), 1);
@@ -569,8 +658,8 @@ void TestLauncherWindow::dataElsewhereIsNamed()
     QList<qint64> before;
     QStringList folders;
     // Two, of which one at most runs where the program is.
-    for (const char* resource : {"good", "good=2"}) {
-        scene.openByHand(QLatin1String(resource));
+    for (const char* resource : {"good", "good=second"}) {
+        scene.openByHand(own(resource));
         QTRY_VERIFY_WITH_TIMEOUT(!scene.label("identity").isEmpty(), kWaitMs);
         for (const qint64 child : LauncherScene::children(QStringLiteral("scn_fake_child"))) {
             if (!before.contains(child)) {
@@ -599,14 +688,14 @@ void TestLauncherWindow::withoutADesktopThePathIsTold()
     // Nobody takes files.
     QObject nobody;
     QDesktopServices::setUrlHandler(QStringLiteral("file"), &nobody, "no such slot");
-    scene.openByHand(QStringLiteral("good"));
+    scene.openByHand(own("good"));
     QTRY_VERIFY_WITH_TIMEOUT(!scene.label("identity").isEmpty(), kWaitMs);
     scene.clickButton("log");
     const auto message = [&scene] {
         return scene.window().findChild<QMessageBox*>(QStringLiteral("pathMessage"));
     };
     QTRY_VERIFY(message() && message()->isVisible());
-    QVERIFY2(message()->text().contains(scene.home() + QStringLiteral("/scn4070a/good.log")),
+    QVERIFY2(message()->text().contains(scene.home() + QStringLiteral("/scn4070a/good")),
              qPrintable(message()->text()));
     QVERIFY(message()->text().contains(QStringLiteral("xdg-utils")));
     scene.click(message()->buttons().at(0));
@@ -631,7 +720,7 @@ void TestLauncherWindow::serialRateReachesTheChild()
 void TestLauncherWindow::cancellingAStartEndsIt()
 {
     LauncherScene scene(kFakeChild);
-    scene.openByHand(QStringLiteral("deaf"));
+    scene.openByHand(own("deaf"));
     QTRY_VERIFY_WITH_TIMEOUT(scene.label("pageTitle").contains(QLatin1String("deaf")), kWaitMs);
     scene.clickButton("cancel");
     QTRY_VERIFY_WITH_TIMEOUT(!scene.currentTab()->isBusy(), kWaitMs);
@@ -644,7 +733,7 @@ void TestLauncherWindow::crashShowsTheLastWordsAndStartsAgain()
     LauncherScene scene(kFakeChild);
     // The page of an end may be seen while the next start has yet to leave it.
     const QSignalSpy ends(scene.currentTab(), &InstrumentTab::idle);
-    scene.openByHand(QStringLiteral("crash"));
+    scene.openByHand(own("crash"));
     const auto* words = scene.currentTab()->findChild<QPlainTextEdit*>();
     for (int start = 0; start < 2; ++start) {
         QTRY_COMPARE_WITH_TIMEOUT(ends.size(), start + 1, kWaitMs);
@@ -676,19 +765,19 @@ void TestLauncherWindow::endlessLineLeavesTheLauncherUsable()
     LauncherScene scene(kFakeChild);
     // 1 GB on each stream.
     scene.openByHand(QStringLiteral("flood=1024"));
-    QTRY_VERIFY_WITH_TIMEOUT(!LauncherScene::children(QStringLiteral("scn_fake_child")).isEmpty(),
-                             kWaitMs);
+    QTRY_VERIFY_WITH_TIMEOUT(scene.label("problem").contains(QStringLiteral("没有结尾")), kWaitMs);
+    QVERIFY(scene.label("critical").contains(QStringLiteral("没有结尾")));
     scene.clickButton("newTab");
     auto* const tabs = scene.window().findChild<QTabWidget*>();
     QTRY_COMPARE(tabs->count(), 2);
-    scene.openByHand(QStringLiteral("good"));
+    scene.openByHand(own("good"));
     QTRY_VERIFY_WITH_TIMEOUT(!scene.label("identity").isEmpty(), kWaitMs);
 }
 
 void TestLauncherWindow::closingWhileItScansAsksFirst()
 {
     LauncherScene scene(kFakeChild);
-    scene.openByHand(QStringLiteral("scanning"));
+    scene.openByHand(own("scanning"));
     QTRY_COMPARE_WITH_TIMEOUT(scene.label("state"), QStringLiteral("正在扫描"), kWaitMs);
     const auto question = [&scene] {
         return scene.window().findChild<QMessageBox*>(QStringLiteral("scanQuestion"));
@@ -710,7 +799,7 @@ void TestLauncherWindow::closingWhileItScansAsksFirst()
 void TestLauncherWindow::endNeverFreezesTheWindow()
 {
     LauncherScene scene(kFakeChild);
-    scene.openByHand(QStringLiteral("stubborn"));
+    scene.openByHand(own("stubborn"));
     QTRY_VERIFY_WITH_TIMEOUT(scene.label("silence").contains(QStringLiteral("秒前")), kWaitMs);
     QVERIFY(DisplayApplication::display().closeWindow(scene.window().winId()));
     // It ignores what ends others, and takes three seconds. The event loop goes round meanwhile.

@@ -1,0 +1,42 @@
+#include "launcher/childcall.h"
+
+#include "launcher/childclaim.h"
+#include "launcher/childlog.h"
+
+namespace scnlauncher {
+namespace {
+
+/// Read by the program's VISA provider.
+const QString kSerialRateVariable = QStringLiteral("SCN4070A_SERIAL_RATE");
+
+/// Simulated instruments share a name: each has a port of its own, another one at each start.
+const QString kSimulatedPlace = QStringLiteral("simulator");
+
+} // namespace
+
+QString placeNameOf(const InstrumentChoice& choice)
+{
+    return choice.isSimulated ? kSimulatedPlace : choice.resource;
+}
+
+QString logPathOf(const InstrumentChoice& choice)
+{
+    return logPathFor(placeNameOf(choice));
+}
+
+InstrumentChild::Call callFor(const InstrumentChoice& choice, const QString& resource,
+                              const std::shared_ptr<ChildClaim>& claim)
+{
+    InstrumentChild::Call call;
+    call.program = claim->program();
+    call.claim = claim;
+    call.resource = resource;
+    call.environment = QProcessEnvironment::systemEnvironment();
+    if (choice.serialRate > 0) {
+        call.environment.insert(kSerialRateVariable, QString::number(choice.serialRate));
+    }
+    call.logPath = logPathOf(choice);
+    return call;
+}
+
+} // namespace scnlauncher

@@ -1,0 +1,18 @@
+#pragma once
+
+#include "launcher/instrumentchild.h"
+#include "launcher/instrumentchoice.h"
+
+namespace scnlauncher {
+
+/// What the claim and the log of an instrument are named after.
+QString placeNameOf(const InstrumentChoice& choice);
+
+/// The log of the children of an instrument.
+QString logPathOf(const InstrumentChoice& choice);
+
+/// The child to start for an instrument; `resource` is that of a simulated one too.
+InstrumentChild::Call callFor(const InstrumentChoice& choice, const QString& resource,
+                              const std::shared_ptr<ChildClaim>& claim);
+
+} // namespace scnlauncher
