@@ -26,8 +26,9 @@ endfunction()
 # scn_test(NAME [TIMEOUT seconds] [LABELS label...] [ENVIRONMENT variable=value...]
 #          [ROWS function[:row]...])
 # The test in NAME.cpp and its ctest entry. It runs under the "offscreen" platform with a private
-# runtime directory; a label "long" keeps it out of the ordinary run, "random" allows a system
-# test no second try, "serial" gives it the machine, "contract" marks what code outside relies on.
+# runtime directory, and without a folder for data: a test whose programs keep any gives them one of
+# its own. A label "long" keeps it out of the ordinary run, "random" allows a system test no second
+# try, "serial" gives it the machine, "contract" marks what code outside relies on.
 # With ROWS there is an entry for each of them.
 function(scn_test name)
     cmake_parse_arguments(ARG "" "TIMEOUT" "LABELS;ENVIRONMENT;ROWS" ${ARGN})
@@ -82,7 +83,7 @@ function(_scn_set_test_properties entry)
         TIMEOUT ${ARG_TIMEOUT}
         LABELS "${labels}"
         SKIP_RETURN_CODE 77
-        ENVIRONMENT "QT_QPA_PLATFORM=offscreen;XDG_RUNTIME_DIR=${CMAKE_BINARY_DIR}/runtime;XDG_DATA_HOME=${CMAKE_BINARY_DIR}/data;LC_ALL=C.UTF-8;ASAN_OPTIONS=detect_leaks=0:verify_asan_link_order=0;UBSAN_OPTIONS=print_stacktrace=1;${ARG_ENVIRONMENT}")
+        ENVIRONMENT "QT_QPA_PLATFORM=offscreen;XDG_RUNTIME_DIR=${CMAKE_BINARY_DIR}/runtime;XDG_DATA_HOME=/dev/null;LC_ALL=C.UTF-8;ASAN_OPTIONS=detect_leaks=0:verify_asan_link_order=0;UBSAN_OPTIONS=print_stacktrace=1;${ARG_ENVIRONMENT}")
     if("serial" IN_LIST labels)
         set_tests_properties(${entry} PROPERTIES RUN_SERIAL TRUE)
     elseif("system" IN_LIST labels)

@@ -75,6 +75,7 @@ Widget* shown(const QWidget* window, const char* name)
 OpenLauncher::OpenLauncher()
     : m_settings(beside(QStringLiteral("launcher.ini")))
 {
+    qputenv("XDG_DATA_HOME", QFile::encodeName(beside(QStringLiteral("data"))));
     qputenv("XDG_STATE_HOME", QFile::encodeName(beside(QStringLiteral("state"))));
     applyLook();
     QFile::remove(beside(QStringLiteral("launcher.ini")));

@@ -35,8 +35,9 @@ LauncherProcess::LauncherProcess(const QString& display)
     QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
     environment.insert(QStringLiteral("DISPLAY"), display);
     environment.remove(QStringLiteral("QT_QPA_PLATFORM"));
-    environment.insert(QStringLiteral("XDG_STATE_HOME"), m_home.path());
-    environment.insert(QStringLiteral("XDG_CONFIG_HOME"), m_home.path());
+    for (const char* variable : {"XDG_CONFIG_HOME", "XDG_DATA_HOME", "XDG_STATE_HOME"}) {
+        environment.insert(QString::fromLatin1(variable), m_home.path());
+    }
     m_process.setProcessEnvironment(environment);
 }
 
@@ -44,6 +45,10 @@ LauncherProcess::~LauncherProcess()
 {
     m_process.terminate();
     m_process.waitForFinished();
+    // One that is killed cannot delete its own.
+    for (const QString& lock : locks()) {
+        QFile::remove(lock);
+    }
 }
 
 void LauncherProcess::setVariable(const QString& name, const QString& value)
@@ -57,6 +62,7 @@ void LauncherProcess::start(const QStringList& arguments)
 {
     m_process.start(QStringLiteral(SCN_BIN_DIR "/scn4070a-launcher"), arguments);
     m_process.waitForStarted();
+    m_started.append(m_process.processId());
 }
 
 void LauncherProcess::kill()
@@ -104,6 +110,31 @@ qint64 LauncherProcess::child(const QString& name) const
         }
     }
     return 0;
+}
+
+QStringList LauncherProcess::locks() const
+{
+    QStringList files;
+    for (const qint64 process : m_started) {
+        files += locksOf(process);
+    }
+    return files;
+}
+
+QStringList LauncherProcess::locksOf(qint64 process)
+{
+    const QByteArray signature = "\"process\":" + QByteArray::number(process) + ',';
+    QStringList files;
+    for (const char* folder : {"/run/lock", "/tmp"}) {
+        QDirIterator locks(QString::fromLatin1(folder), {QStringLiteral("scn4070a-*.lock")});
+        while (locks.hasNext()) {
+            QFile file(locks.next());
+            if (file.open(QIODevice::ReadOnly) && file.readAll().contains(signature)) {
+                files.append(file.fileName());
+            }
+        }
+    }
+    return files;
 }
 
 qulonglong LauncherProcess::windowOn(const XDisplay& display)

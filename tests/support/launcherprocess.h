@@ -2,12 +2,13 @@
 
 #include "support/xdisplay.h"
 
+#include <QList>
 #include <QProcess>
 #include <QString>
 #include <QStringList>
 #include <QTemporaryDir>
 
-/// The launcher as a process on a display, with settings and logs of its own.
+/// The launcher as a process on a display, with settings, data and logs of its own.
 class LauncherProcess
 {
 public:
@@ -37,6 +38,11 @@ public:
     /// Its child process of that name; 0 if there is none.
     qint64 child(const QString& name) const;
 
+    /// The lock files of all its starts that are there.
+    QStringList locks() const;
+    /// Those that the launcher with this process id has signed.
+    static QStringList locksOf(qint64 process);
+
     /// The visible window of a launcher on a display, and of a program; 0 if there is none.
     static qulonglong windowOn(const XDisplay& display);
     static qulonglong programWindowOn(const XDisplay& display);
@@ -46,4 +52,5 @@ public:
 private:
     const QTemporaryDir m_home;
     QProcess m_process;
+    QList<qint64> m_started;
 };

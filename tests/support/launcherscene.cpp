@@ -57,7 +57,9 @@ const VirtualDisplay& DisplayApplication::display()
 LauncherScene::LauncherScene(const QString& program, const QStringList& simulatorOptions)
     : m_settings(m_home.filePath(QStringLiteral("launcher.ini")))
 {
-    qputenv("XDG_STATE_HOME", m_home.path().toLocal8Bit());
+    for (const char* variable : {"XDG_DATA_HOME", "XDG_STATE_HOME"}) {
+        qputenv(variable, m_home.path().toLocal8Bit());
+    }
     InstrumentSources sources = InstrumentSources::ofThisMachine();
     sources.serialPorts = [] {
         return FoundInstruments{{QStringLiteral("port"), QStringLiteral("ASRL/dev/null::INSTR"),

@@ -94,6 +94,7 @@ void TestLauncher::simulatorAndProgramComeAndGoWithIt()
     QCOMPARE(launcher.exitCode(), 0);
     QVERIFY(!isThere(program));
     QVERIFY(!isThere(simulator));
+    QCOMPARE(launcher.locks(), QStringList());
     const QString log = launcher.log();
     QVERIFY2(log.contains(QLatin1String("child app received exit cmd!")), qPrintable(log));
 }

@@ -30,6 +30,8 @@ public:
         , m_shown(&m_child, &InstrumentChild::windowShown)
         , m_refused(&m_child, &InstrumentChild::windowRefused)
     {
+        // Where the child runs while another test has its folder.
+        qputenv("XDG_DATA_HOME", QFile::encodeName(m_directory.path()));
     }
 
     void start(const QString& kind, const QString& program = QStringLiteral(SCN_FAKE_CHILD))
