@@ -1,8 +1,9 @@
-#include "launcher/ownership.h"
+#include "posix/filedescriptor.h"
+#include "support/launcherprocess.h"
 #include "support/launcherscene.h"
+#include "support/ordinaryrights_posix.h"
 #include "support/simulatedinstrument.h"
 #include "support/testprogram.h"
-#include "support/variable.h"
 
 #include <QAbstractButton>
 #include <QDesktopServices>
@@ -21,6 +22,11 @@
 #include <QTest>
 #include <QTreeWidget>
 #include <QUrl>
+
+#include <fcntl.h>
+#include <grp.h>
+#include <sys/ioctl.h>
+#include <sys/stat.h>
 
 #include <algorithm>
 #include <csignal>
@@ -161,27 +167,22 @@ QStringList filesIn(const QString& folder)
     return paths;
 }
 
-/// The lock files that name this process as the owner.
-QStringList ownLocks()
-{
-    const QDir folder(Ownership::commonLockFolder());
-    const QByteArray owner =
-        "\"process\":" + QByteArray::number(QCoreApplication::applicationPid()) + ",";
-    QStringList own;
-    for (const QString& name : folder.entryList({QStringLiteral("scn4070a-*.lock")})) {
-        QFile file(folder.filePath(name));
-        if (file.open(QIODevice::ReadOnly) && file.readAll().contains(owner)) {
-            own.append(name);
-        }
-    }
-    return own;
-}
-
 int openDescriptors()
 {
     return QDir(QStringLiteral("/proc/self/fd"))
         .entryList(QDir::NoDotAndDotDot | QDir::AllEntries | QDir::System)
         .size();
+}
+
+/// Takes a device file from this user. True if a group may open it, which only root can arrange; else
+/// nobody may.
+bool giveToGroup(const QString& path, const char* name)
+{
+    const group* const owners = ::getgrnam(name);
+    constexpr uid_t kNobody = 65534;
+    const QByteArray file = QFile::encodeName(path);
+    const bool isGiven = owners && ::chown(file.constData(), kNobody, owners->gr_gid) == 0;
+    return ::chmod(file.constData(), isGiven ? S_IRGRP | S_IWGRP : 0) == 0 && isGiven;
 }
 
 } // namespace
@@ -210,6 +211,9 @@ private slots:
     void simulatorThatFailsSaysWhy();
     void childWithoutInstrumentSaysWhy_data();
     void childWithoutInstrumentSaysWhy();
+    void silentInstrumentIsTold();
+    void deviceWithoutRightsNamesItsGroup();
+    void busyPortIsTold();
     void otherInstrumentIsNamed();
     void logIsAClickAway();
     void dataElsewhereIsNamed();
@@ -625,6 +629,54 @@ void TestLauncherWindow::childWithoutInstrumentSaysWhy()
     QCOMPARE(LauncherScene::children(QStringLiteral("scn4070a")).size(), 0);
 }
 
+void TestLauncherWindow::silentInstrumentIsTold()
+{
+    SimulatedInstrument instrument(SimulatedInstrument::Transport::Tcp, kSmallest);
+    // The system takes the connection.
+    instrument.freeze();
+    LauncherScene scene(kProgram);
+    scene.openByHand(instrument.resource());
+    QTRY_VERIFY_WITH_TIMEOUT(scene.label("state").contains(QStringLiteral("仪器没有应答")),
+                             kWaitMs);
+    instrument.thaw();
+}
+
+void TestLauncherWindow::deviceWithoutRightsNamesItsGroup()
+{
+    const QString obstacle = keepOrdinaryRights();
+    if (!obstacle.isEmpty()) {
+        SCN_SKIP(QStringLiteral("root keeps all rights: ") + obstacle);
+    }
+    const QTemporaryDir devices;
+    const QString device = devices.filePath(QStringLiteral("ttyUSB7"));
+    QVERIFY(QFile(device).open(QIODevice::WriteOnly));
+    const QString way = giveToGroup(device, "dialout")
+                            ? QStringLiteral("：请加入用户组 dialout（sudo usermod -aG dialout")
+                            : QStringLiteral("，请询问系统管理员");
+    LauncherScene scene(kProgram);
+    scene.openByHand(QStringLiteral("ASRL%1::INSTR").arg(device));
+    const QString text = QStringLiteral("没有打开 %1 的权限%2").arg(device, way);
+    QTRY_VERIFY_WITH_TIMEOUT(scene.label("state").contains(text), kWaitMs);
+}
+
+void TestLauncherWindow::busyPortIsTold()
+{
+    const QString obstacle = keepOrdinaryRights();
+    if (!obstacle.isEmpty()) {
+        SCN_SKIP(QStringLiteral("root keeps all rights: ") + obstacle);
+    }
+    const SimulatedInstrument instrument(SimulatedInstrument::Transport::PseudoTerminal, kSmallest);
+    const QString port = instrument.resource().section(QStringLiteral("::"), 0, 0).mid(4);
+    const scn::FileDescriptor other(
+        ::open(QFile::encodeName(port).constData(), O_RDWR | O_NOCTTY | O_CLOEXEC));
+    QVERIFY(other.isOpen());
+    QCOMPARE(::ioctl(other.get(), TIOCEXCL), 0);
+    LauncherScene scene(kProgram);
+    scene.openByHand(instrument.resource());
+    QTRY_VERIFY_WITH_TIMEOUT(scene.label("state").contains(QStringLiteral("仪器正被其他程序使用")),
+                             kWaitMs);
+}
+
 void TestLauncherWindow::otherInstrumentIsNamed()
 {
     const SimulatedInstrument instrument(
@@ -821,10 +873,12 @@ void TestLauncherWindow::startsAndEndsLeaveNothingBehind()
     constexpr int kEverySimulated = 5;
     bool isSet = false;
     const int wanted = qEnvironmentVariableIntValue("SCN_STARTS", &isSet);
-    const QTemporaryDir data;
-    const Variable place("XDG_DATA_HOME", data.path().toLocal8Bit());
     const SimulatedInstrument instrument(SimulatedInstrument::Transport::Tcp, kSmallest);
-    LauncherScene scene(kProgram);
+    // A program of its own, so that its data is beside it: another test may run that of the build folder.
+    const QTemporaryDir bin;
+    const QString program = bin.filePath(QStringLiteral("scn4070a"));
+    QVERIFY(QFile::copy(kProgram, program));
+    LauncherScene scene(program);
     const auto startAndEnd = [&scene, &instrument](bool isSimulated) {
         const int polls = instrument.received().count(QStringLiteral("STAT:OPER:EVEN?"));
         if (isSimulated) {
@@ -846,7 +900,7 @@ void TestLauncherWindow::startsAndEndsLeaveNothingBehind()
     startAndEnd(true);
     startAndEnd(false);
     const int descriptors = openDescriptors();
-    const QStringList files = filesIn(scene.home());
+    const QStringList files = filesIn(scene.home()) + filesIn(bin.path());
     for (int start = 2; start < (isSet ? wanted : 20); ++start) {
         startAndEnd(start % kEverySimulated == 0);
         if (QTest::currentTestFailed()) {
@@ -857,12 +911,8 @@ void TestLauncherWindow::startsAndEndsLeaveNothingBehind()
     QTRY_VERIFY2(openDescriptors() <= descriptors, qPrintable(QString::number(openDescriptors())));
     // The display and the instrument.
     QTRY_COMPARE(allChildren(), 2);
-    QCOMPARE(filesIn(scene.home()), files);
-    // The programs ran beside the launcher, or, where another test's does, in a folder for each resource.
-    const QStringList places = QDir(data.filePath(QStringLiteral("scn4070a")))
-                                   .entryList(QDir::NoDotAndDotDot | QDir::AllEntries);
-    QVERIFY2(places.size() <= 2, qPrintable(places.join(QLatin1Char(' '))));
-    QCOMPARE(ownLocks(), QStringList());
+    QCOMPARE(filesIn(scene.home()) + filesIn(bin.path()), files);
+    QCOMPARE(LauncherProcess::locksOf(QCoreApplication::applicationPid()), QStringList());
     qInfo("%d descriptors, %d processes, %d files", openDescriptors(), allChildren(), files.size());
 }
 
