@@ -41,8 +41,7 @@ InstrumentTab::InstrumentTab(const Workshop& workshop, QWidget* parent)
     layout->addWidget(m_pages);
     layout->addWidget(m_stateLine);
     m_stateLine->hide();
-    for (QWidget* page : {static_cast<QWidget*>(m_startPage), static_cast<QWidget*>(m_startingPage),
-                          static_cast<QWidget*>(m_endedPage)}) {
+    for (QWidget* page : QWidgetList{m_startPage, m_startingPage, m_endedPage}) {
         m_pages->addWidget(page);
     }
     connect(m_startPage, &StartPage::chosen, this, &InstrumentTab::open);
@@ -62,8 +61,8 @@ InstrumentTab::InstrumentTab(const Workshop& workshop, QWidget* parent)
     connect(&m_archive, &RunArchive::problemChanged, this,
             [this] { m_stateLine->showKeepingProblem(m_archive.problem()); });
     connect(&m_ticks, &QTimer::timeout, this, [this] {
-        m_stateLine->showSilence(
-            std::chrono::milliseconds(m_child ? m_child->msSinceLastLine() : -1));
+        using std::chrono::milliseconds;
+        m_stateLine->showSilence(milliseconds(m_child ? m_child->msSinceLastLine() : -1));
     });
 }
 
@@ -75,7 +74,6 @@ void InstrumentTab::open(const InstrumentChoice& choice)
     m_title = choice.isSimulated ? tr("模拟仪器") : choice.resource;
     m_resource.clear();
     m_returnsToChoice = false;
-    m_hasRun = false;
     m_seenCritical.clear();
     m_startingPage->showStarting(m_title);
     m_pages->setCurrentWidget(m_startingPage);
@@ -233,7 +231,6 @@ void InstrumentTab::end()
     m_child->end();
 }
 
-/// Later, since it may be calling.
 void InstrumentTab::dropSimulator()
 {
     if (m_simulator) {
@@ -251,6 +248,7 @@ void InstrumentTab::leaveSimulator()
         m_title.clear();
         m_startPage->refresh();
         m_pages->setCurrentWidget(m_startPage);
+        tellNews();
     }
 }
 

@@ -6,6 +6,7 @@
 #include <QFile>
 #include <QLabel>
 #include <QLineEdit>
+#include <QTabBar>
 #include <QTabWidget>
 #include <QTest>
 
@@ -102,6 +103,18 @@ void LauncherScene::clickButton(const char* name) const
 {
     const QWidget* button = shown<QWidget>(currentTab(), name);
     click(button ? button : shown<QWidget>(m_window.get(), name));
+}
+
+void LauncherScene::clickTab(int index) const
+{
+    const auto* bar = m_window->findChild<QTabBar*>();
+    const QPoint point = bar->mapToGlobal(bar->tabRect(index).center());
+    DisplayApplication::display().click(point.x(), point.y());
+}
+
+QString LauncherScene::own(const char* kind)
+{
+    return QStringLiteral("%1=%2").arg(QLatin1String(kind)).arg(QCoreApplication::applicationPid());
 }
 
 QString LauncherScene::label(const char* name) const

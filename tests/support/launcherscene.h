@@ -40,6 +40,8 @@ public:
     void click(const QWidget* widget) const;
     /// Clicks the visible button of that name in the current tab, or in the whole window.
     void clickButton(const char* name) const;
+    /// Clicks a tab of the window.
+    void clickTab(int index) const;
     /// The visible label's text in the current tab; empty if there is none.
     QString label(const char* name) const;
     /// Types a resource on the start page and opens it.
@@ -48,6 +50,9 @@ public:
     QWidget* embedded() const;
     /// Waits until the current tab shows its child.
     bool waitForEmbedding() const;
+
+    /// A resource for the fake child that no other test holds at the same time.
+    static QString own(const char* kind);
 
     /// The processes of this test with that name, except those that have ended.
     static QList<qint64> children(const QString& name);

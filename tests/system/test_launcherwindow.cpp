@@ -6,7 +6,6 @@
 #include "support/testprogram.h"
 
 #include <QAbstractButton>
-#include <QDesktopServices>
 #include <QDir>
 #include <QDirIterator>
 #include <QElapsedTimer>
@@ -21,7 +20,6 @@
 #include <QTemporaryDir>
 #include <QTest>
 #include <QTreeWidget>
-#include <QUrl>
 
 #include <fcntl.h>
 #include <grp.h>
@@ -41,12 +39,6 @@ const QString kProgram = QStringLiteral(SCN_BIN_DIR "/scn4070a");
 const QString kChildTitle = QStringLiteral("^SCN4070A 控制软件$");
 /// One module with one channel, so that the window appears quickly.
 const QStringList kSmallest = {QStringLiteral("--slots"), QStringLiteral("1:13")};
-
-/// A resource for the fake child that no other test holds at the same time.
-QString own(const char* kind)
-{
-    return QStringLiteral("%1=%2").arg(QLatin1String(kind)).arg(QCoreApplication::applicationPid());
-}
 
 QString xdotool(const QStringList& arguments)
 {
@@ -107,34 +99,6 @@ void dragInChild(const QPoint& from, const QPoint& by)
     }
     display.release();
 }
-
-void clickTab(LauncherScene& scene, int index)
-{
-    const auto* bar = scene.window().findChild<QTabWidget*>()->tabBar();
-    const QPoint tab = bar->mapToGlobal(bar->tabRect(index).center());
-    DisplayApplication::display().click(tab.x(), tab.y());
-}
-
-/// Takes the files that would be opened on the desktop.
-class UrlTaker : public QObject
-{
-    Q_OBJECT
-
-public:
-    UrlTaker() { QDesktopServices::setUrlHandler(QStringLiteral("file"), this, "take"); }
-    ~UrlTaker() override { QDesktopServices::unsetUrlHandler(QStringLiteral("file")); }
-
-    QList<QUrl> urls() const { return m_urls; }
-
-public slots:
-    void take(const QUrl& url) { m_urls.append(url); }
-
-private:
-    Q_DISABLE_COPY_MOVE(UrlTaker)
-
-    QList<QUrl> m_urls;
-};
-
 /// Chooses the simulated instrument in the list, and opens it.
 void openSimulated(LauncherScene& scene)
 {
@@ -205,19 +169,12 @@ private slots:
     void twoChildrenAreIndependent();
     void childrenEndAndStayWhileMinimised();
     void eachSimulatorWritesItsOwnTranscript();
-    void deadChildInTheBackgroundIsMarked();
-    void wordOfAChildInTheBackgroundIsMarked_data();
-    void wordOfAChildInTheBackgroundIsMarked();
-    void simulatorThatFailsSaysWhy();
     void childWithoutInstrumentSaysWhy_data();
     void childWithoutInstrumentSaysWhy();
     void silentInstrumentIsTold();
     void deviceWithoutRightsNamesItsGroup();
     void busyPortIsTold();
     void otherInstrumentIsNamed();
-    void logIsAClickAway();
-    void dataElsewhereIsNamed();
-    void withoutADesktopThePathIsTold();
     void serialRateReachesTheChild();
     void cancellingAStartEndsIt();
     void crashShowsTheLastWordsAndStartsAgain();
@@ -269,14 +226,14 @@ void TestLauncherWindow::simulatedInstrumentIsAClickAway()
 void TestLauncherWindow::resourceTypedIsOpenedAndRemembered()
 {
     LauncherScene scene(kFakeChild);
-    scene.openByHand(own("good"));
-    QTRY_COMPARE_WITH_TIMEOUT(scene.label("resourceLabel"), own("good"), kWaitMs);
+    scene.openByHand(LauncherScene::own("good"));
+    QTRY_COMPARE_WITH_TIMEOUT(scene.label("resourceLabel"), LauncherScene::own("good"), kWaitMs);
     QTRY_VERIFY(!scene.label("identity").isEmpty());
     scene.clickButton("cancel");
     QTRY_VERIFY_WITH_TIMEOUT(!scene.currentTab()->isBusy(), kWaitMs);
     const auto* list = scene.currentTab()->findChild<QTreeWidget*>();
     QCOMPARE(list->topLevelItem(1)->text(0), QStringLiteral("最近使用"));
-    QCOMPARE(list->topLevelItem(1)->child(0)->text(0), own("good"));
+    QCOMPARE(list->topLevelItem(1)->child(0)->text(0), LauncherScene::own("good"));
 }
 
 void TestLauncherWindow::childFollowsMovesAndSizes()
@@ -437,7 +394,7 @@ void TestLauncherWindow::twoChildrenAreIndependent()
     const int polls = second.received().size();
     QTRY_VERIFY_WITH_TIMEOUT(second.received().size() > polls + 3, kWaitMs);
     // The dead one has left word, and comes back.
-    clickTab(scene, 0);
+    scene.clickTab(0);
     QTRY_COMPARE(scene.currentTab(), firstTab);
     QVERIFY(scene.label("pageTitle").contains(QStringLiteral("意外终止")));
     scene.clickButton("startAgain");
@@ -478,7 +435,7 @@ void TestLauncherWindow::childrenEndAndStayWhileMinimised()
     // The tab in front is the one without an instrument, still with its window.
     QTRY_COMPARE_WITH_TIMEOUT(secondPlace(), placeOf(scene.embedded()), kWaitMs);
     QVERIFY(scene.label("state").contains(QStringLiteral("连接被拒绝")));
-    clickTab(scene, 0);
+    scene.clickTab(0);
     QTRY_COMPARE(scene.currentTab(), firstTab);
     QVERIFY(scene.label("pageTitle").contains(QStringLiteral("意外终止")));
     scene.clickButton("startAgain");
@@ -510,7 +467,7 @@ void TestLauncherWindow::eachSimulatorWritesItsOwnTranscript()
     QCOMPARE(dialogue("dialogue.txt").count("*IDN?"), 1);
     QCOMPARE(dialogue("dialogue-2.txt").count("*IDN?"), 1);
     // A name that has become free is taken again.
-    clickTab(scene, 0);
+    scene.clickTab(0);
     QTRY_COMPARE(scene.currentTab(), firstTab);
     scene.clickButton("chooseOther");
     QTRY_VERIFY_WITH_TIMEOUT(!firstTab->isBusy(), kWaitMs);
@@ -519,81 +476,6 @@ void TestLauncherWindow::eachSimulatorWritesItsOwnTranscript()
     QVERIFY(scene.waitForEmbedding());
     QTRY_COMPARE_WITH_TIMEOUT(dialogue("dialogue.txt").count("*IDN?"), 1, kWaitMs);
     QVERIFY(!QFile::exists(folder.filePath(QStringLiteral("dialogue-3.txt"))));
-}
-
-void TestLauncherWindow::deadChildInTheBackgroundIsMarked()
-{
-    LauncherScene scene(kFakeChild);
-    UrlTaker taker;
-    scene.openByHand(own("good"));
-    QTRY_VERIFY_WITH_TIMEOUT(!scene.label("identity").isEmpty(), kWaitMs);
-    const QString identity = scene.label("identity");
-    scene.clickButton("newTab");
-    auto* const bar = scene.window().findChild<QTabBar*>();
-    QTRY_COMPARE(bar->count(), 2);
-    QCOMPARE(bar->tabText(0), identity);
-    ::kill(static_cast<pid_t>(LauncherScene::children(QStringLiteral("scn_fake_child")).value(0)),
-           SIGKILL);
-    QTRY_COMPARE_WITH_TIMEOUT(bar->tabText(0), QStringLiteral("已终止：") + identity, kWaitMs);
-    QVERIFY(!bar->tabIcon(0).isNull());
-    QVERIFY(bar->tabIcon(1).isNull());
-    clickTab(scene, 0);
-    QTRY_COMPARE(bar->currentIndex(), 0);
-    QCOMPARE(scene.label("subject"), own("good") + QStringLiteral(" - ") + identity);
-    // The log outlives the child.
-    scene.clickButton("endedLog");
-    QTRY_COMPARE(taker.urls().size(), 1);
-    // Nothing is left of the mark with another choice.
-    scene.clickButton("chooseOther");
-    QTRY_COMPARE(bar->tabText(0), QStringLiteral("选择仪器"));
-    QVERIFY(bar->tabIcon(0).isNull());
-}
-
-void TestLauncherWindow::wordOfAChildInTheBackgroundIsMarked_data()
-{
-    QTest::addColumn<QString>("line");
-    QTest::addColumn<QString>("mark");
-    QTest::addColumn<bool>("staysInView");
-    QTest::newRow("critical") << QStringLiteral("critical disk is full")
-                              << QStringLiteral("严重错误") << false;
-    QTest::newRow("lost") << QStringLiteral("warning 仪器连接已丢失")
-                          << QStringLiteral("连接已丢失") << true;
-}
-
-void TestLauncherWindow::wordOfAChildInTheBackgroundIsMarked()
-{
-    QFETCH(QString, line);
-    QFETCH(QString, mark);
-    QFETCH(bool, staysInView);
-    const QTemporaryDir folder;
-    const QString path = folder.filePath(QStringLiteral("line"));
-    LauncherScene scene(kFakeChild);
-    scene.openByHand(QStringLiteral("says=") + path);
-    QTRY_VERIFY_WITH_TIMEOUT(!scene.label("identity").isEmpty(), kWaitMs);
-    const QString identity = scene.label("identity");
-    scene.clickButton("newTab");
-    auto* const bar = scene.window().findChild<QTabBar*>();
-    QTRY_COMPARE(bar->count(), 2);
-    QFile file(path);
-    QVERIFY(file.open(QIODevice::WriteOnly));
-    file.write(QStringLiteral("2026-11-22 10:00:00.000 %1\n").arg(line).toUtf8());
-    file.close();
-    const QString marked = mark + QStringLiteral("：") + identity;
-    QTRY_COMPARE_WITH_TIMEOUT(bar->tabText(0), marked, kWaitMs);
-    clickTab(scene, 0);
-    QTRY_COMPARE(bar->currentIndex(), 0);
-    QTRY_COMPARE(bar->tabText(0), staysInView ? marked : identity);
-}
-
-void TestLauncherWindow::simulatorThatFailsSaysWhy()
-{
-    LauncherScene scene(kProgram, {QStringLiteral("--rate"), QStringLiteral("abc")});
-    scene.clickButton("open");
-    const auto* words = scene.currentTab()->findChild<QPlainTextEdit*>();
-    QTRY_VERIFY_WITH_TIMEOUT(words->isVisible(), kWaitMs);
-    QVERIFY2(words->toPlainText().contains(QLatin1String("--rate")),
-             qPrintable(words->toPlainText()));
-    QCOMPARE(scene.label("subject"), QStringLiteral("模拟仪器"));
 }
 
 void TestLauncherWindow::childWithoutInstrumentSaysWhy_data()
@@ -688,78 +570,6 @@ void TestLauncherWindow::otherInstrumentIsNamed()
     QCOMPARE(scene.label("identity"), QStringLiteral("MAKER METER 1 2"));
 }
 
-void TestLauncherWindow::logIsAClickAway()
-{
-    LauncherScene scene(kFakeChild);
-    UrlTaker taker;
-    scene.openByHand(own("good"));
-    QTRY_VERIFY_WITH_TIMEOUT(!scene.label("identity").isEmpty(), kWaitMs);
-    scene.clickButton("log");
-    QTRY_COMPARE(taker.urls().size(), 1);
-    QFile log(taker.urls().at(0).toLocalFile());
-    QVERIFY(log.open(QIODevice::ReadOnly));
-    QVERIFY(log.readAll().contains("仪器已连接"));
-}
-
-void TestLauncherWindow::dataElsewhereIsNamed()
-{
-    LauncherScene scene(kFakeChild);
-    UrlTaker taker;
-    const QString beside = QFileInfo(kFakeChild).canonicalPath();
-    const auto* const tabs = scene.window().findChild<QTabWidget*>();
-    QList<qint64> before;
-    QStringList folders;
-    // Two, of which one at most runs where the program is.
-    for (const char* resource : {"good", "good=second"}) {
-        scene.openByHand(own(resource));
-        QTRY_VERIFY_WITH_TIMEOUT(!scene.label("identity").isEmpty(), kWaitMs);
-        for (const qint64 child : LauncherScene::children(QStringLiteral("scn_fake_child"))) {
-            if (!before.contains(child)) {
-                before.append(child);
-                folders.append(
-                    QFileInfo(QFile::symLinkTarget(QStringLiteral("/proc/%1/exe").arg(child)))
-                        .path());
-            }
-        }
-        const QString folder = folders.last();
-        QVERIFY2(scene.label("folder").endsWith(folder), qPrintable(scene.label("folder")));
-        QCOMPARE(scene.label("place").isEmpty(), folder == beside);
-        QVERIFY(folder == beside || scene.label("place").contains(folder));
-        scene.clickButton("openFolder");
-        QTRY_VERIFY(!taker.urls().isEmpty() && taker.urls().last() == QUrl::fromLocalFile(folder));
-        scene.clickButton("newTab");
-        QTRY_COMPARE(tabs->count(), folders.size() + 1);
-    }
-    QCOMPARE(folders.size(), 2);
-    QVERIFY(folders.at(0) != folders.at(1));
-}
-
-void TestLauncherWindow::withoutADesktopThePathIsTold()
-{
-    LauncherScene scene(kFakeChild);
-    // Nobody takes files.
-    QObject nobody;
-    QDesktopServices::setUrlHandler(QStringLiteral("file"), &nobody, "no such slot");
-    scene.openByHand(own("good"));
-    QTRY_VERIFY_WITH_TIMEOUT(!scene.label("identity").isEmpty(), kWaitMs);
-    scene.clickButton("log");
-    const auto message = [&scene] {
-        return scene.window().findChild<QMessageBox*>(QStringLiteral("pathMessage"));
-    };
-    QTRY_VERIFY(message() && message()->isVisible());
-    QVERIFY2(message()->text().contains(scene.home() + QStringLiteral("/scn4070a/good")),
-             qPrintable(message()->text()));
-    QVERIFY(message()->text().contains(QStringLiteral("xdg-utils")));
-    scene.click(message()->buttons().at(0));
-    QTRY_VERIFY(!message());
-    // A log that could not be written is another matter.
-    QVERIFY(QDir(scene.home() + QStringLiteral("/scn4070a")).removeRecursively());
-    scene.clickButton("log");
-    QTRY_VERIFY(message() && message()->isVisible());
-    QVERIFY2(message()->text().contains(QStringLiteral("不存在")), qPrintable(message()->text()));
-    QDesktopServices::unsetUrlHandler(QStringLiteral("file"));
-}
-
 void TestLauncherWindow::serialRateReachesTheChild()
 {
     LauncherScene scene(kFakeChild);
@@ -772,7 +582,7 @@ void TestLauncherWindow::serialRateReachesTheChild()
 void TestLauncherWindow::cancellingAStartEndsIt()
 {
     LauncherScene scene(kFakeChild);
-    scene.openByHand(own("deaf"));
+    scene.openByHand(LauncherScene::own("deaf"));
     QTRY_VERIFY_WITH_TIMEOUT(scene.label("pageTitle").contains(QLatin1String("deaf")), kWaitMs);
     scene.clickButton("cancel");
     QTRY_VERIFY_WITH_TIMEOUT(!scene.currentTab()->isBusy(), kWaitMs);
@@ -785,7 +595,7 @@ void TestLauncherWindow::crashShowsTheLastWordsAndStartsAgain()
     LauncherScene scene(kFakeChild);
     // The page of an end may be seen while the next start has yet to leave it.
     const QSignalSpy ends(scene.currentTab(), &InstrumentTab::idle);
-    scene.openByHand(own("crash"));
+    scene.openByHand(LauncherScene::own("crash"));
     const auto* words = scene.currentTab()->findChild<QPlainTextEdit*>();
     for (int start = 0; start < 2; ++start) {
         QTRY_COMPARE_WITH_TIMEOUT(ends.size(), start + 1, kWaitMs);
@@ -822,14 +632,14 @@ void TestLauncherWindow::endlessLineLeavesTheLauncherUsable()
     scene.clickButton("newTab");
     auto* const tabs = scene.window().findChild<QTabWidget*>();
     QTRY_COMPARE(tabs->count(), 2);
-    scene.openByHand(own("good"));
+    scene.openByHand(LauncherScene::own("good"));
     QTRY_VERIFY_WITH_TIMEOUT(!scene.label("identity").isEmpty(), kWaitMs);
 }
 
 void TestLauncherWindow::closingWhileItScansAsksFirst()
 {
     LauncherScene scene(kFakeChild);
-    scene.openByHand(own("scanning"));
+    scene.openByHand(LauncherScene::own("scanning"));
     QTRY_COMPARE_WITH_TIMEOUT(scene.label("state"), QStringLiteral("正在扫描"), kWaitMs);
     const auto question = [&scene] {
         return scene.window().findChild<QMessageBox*>(QStringLiteral("scanQuestion"));
@@ -851,7 +661,7 @@ void TestLauncherWindow::closingWhileItScansAsksFirst()
 void TestLauncherWindow::endNeverFreezesTheWindow()
 {
     LauncherScene scene(kFakeChild);
-    scene.openByHand(own("stubborn"));
+    scene.openByHand(LauncherScene::own("stubborn"));
     QTRY_VERIFY_WITH_TIMEOUT(scene.label("silence").contains(QStringLiteral("秒前")), kWaitMs);
     QVERIFY(DisplayApplication::display().closeWindow(scene.window().winId()));
     // It ignores what ends others, and takes three seconds. The event loop goes round meanwhile.
