@@ -27,7 +27,7 @@ WaylandSession::WaylandSession()
                         QStringLiteral("--socket=") + kSocket,
                         QStringLiteral("--log=") + m_directory.filePath(QStringLiteral("log"))});
     const QRegularExpression listens(QStringLiteral("xserver listening on display (:\\d+)"));
-    QTest::qWaitFor(
+    [[maybe_unused]] const bool hasAnswered = QTest::qWaitFor(
         [&] {
             setName(listens.match(log()).captured(1));
             return !name().isEmpty() || m_compositor.state() == QProcess::NotRunning;
