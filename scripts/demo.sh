@@ -20,7 +20,11 @@ Xvfb -displayfd 3 -screen 0 1520x1000x24 -nolisten tcp -noreset >"$out/display.l
 server=$!
 launcher=""
 finish() {
-    [ -z "$launcher" ] || kill "$launcher" 2>/dev/null || true
+    if [ -n "$launcher" ]; then
+        kill "$launcher" 2>/dev/null || true
+        # It ends the simulator, and needs the display until then.
+        wait "$launcher" 2>/dev/null || true
+    fi
     kill "$server" 2>/dev/null || true
     rm -rf "$out/display" "$out/display.log" "$XDG_RUNTIME_DIR"
 }
