@@ -18,6 +18,8 @@ QTabWidget::pane { border: 0; }
 QPushButton { background-color: #455364; border-radius: 4px; padding: 3px 14px; }
 QPushButton:hover { background-color: #54687a; }
 QPushButton:disabled { background-color: #363b41; color: #788490; }
+#newTab { border: 0; border-radius: 0; padding: 0 10px; font-size: 20px; }
+#newTab:hover { background-color: #54687a; }
 #pageTitle { font-size: 20px; padding: 12px; }
 #problem, #state[trouble="true"], #critical, #keeping { color: #e0a030; }
 )");

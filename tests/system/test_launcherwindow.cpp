@@ -11,9 +11,11 @@
 #include <QElapsedTimer>
 #include <QFile>
 #include <QFileInfo>
+#include <QImage>
 #include <QLabel>
 #include <QMessageBox>
 #include <QPlainTextEdit>
+#include <QScreen>
 #include <QSignalSpy>
 #include <QTabBar>
 #include <QTabWidget>
@@ -159,6 +161,7 @@ class TestLauncherWindow : public QObject
 private slots:
     void initTestCase();
     void startPageListsWhatCanBeOpened();
+    void buttonForATabHasDarkCorners();
     void simulatedInstrumentIsAClickAway();
     void resourceTypedIsOpenedAndRemembered();
     void childFollowsMovesAndSizes();
@@ -205,6 +208,25 @@ void TestLauncherWindow::startPageListsWhatCanBeOpened()
     QCOMPARE(list->topLevelItem(1)->child(0)->text(1), QStringLiteral("a group is missing"));
     QTRY_VERIFY(
         list->topLevelItem(3)->child(0)->text(0).contains(QStringLiteral("服务发现没有运行")));
+}
+
+void TestLauncherWindow::buttonForATabHasDarkCorners()
+{
+    LauncherScene scene(kFakeChild);
+    const auto* button = scene.window().findChild<QWidget*>(QStringLiteral("newTab"));
+    const QRect place = placeOf(button);
+    const QImage picture = QApplication::primaryScreen()
+                               ->grabWindow(0, place.x(), place.y(), place.width(), place.height())
+                               .toImage();
+    constexpr int kCorner = 4;
+    for (int x = 0; x < kCorner; ++x) {
+        for (int y = 0; y < kCorner; ++y) {
+            for (const int column : {x, picture.width() - 1 - x}) {
+                const QColor color = picture.pixelColor(column, y);
+                QVERIFY2(color.lightness() < 100, qPrintable(color.name()));
+            }
+        }
+    }
 }
 
 void TestLauncherWindow::simulatedInstrumentIsAClickAway()
