@@ -149,7 +149,8 @@ void TestInstall::manualPagesAreThere()
                   m_prefix.filePath(QStringLiteral("share/man/man1/%1.1.gz").arg(name))});
     QVERIFY(page.contains("control " SCN_VERSION "\""));
     // Nothing is left that the build had to fill in.
-    QVERIFY(!page.contains("@"));
+    static const QRegularExpression unfilled(QStringLiteral("@\\w+@"));
+    QVERIFY(!QString::fromUtf8(page).contains(unfilled));
     QVERIFY(page.contains(".SH NAME\n" + name.toUtf8().replace("-", "\\-") + " \\- "));
 }
 
