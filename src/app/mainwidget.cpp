@@ -98,8 +98,8 @@ MainWidget::~MainWidget()
     silenceControls();
     m_gate->close();
     if (m_readData) {
-        m_readData->stop();
-        endThread(m_readData, m_timing.threadEnd);
+        endThread(
+            m_readData, [this] { m_readData->stop(); }, m_timing.threadEnd);
         m_readData = nullptr;
         // The instrument has forgotten the readings of a queued batch: store them now.
         if (m_graphicSetting) {
@@ -108,8 +108,8 @@ MainWidget::~MainWidget()
         }
     }
     if (m_inputReader) {
-        m_inputReader->stop();
-        endThread(m_inputReader, m_timing.threadEnd);
+        endThread(
+            m_inputReader, [this] { m_inputReader->stop(); }, m_timing.threadEnd);
         m_inputReader = nullptr;
     }
     if (m_exportThread) {

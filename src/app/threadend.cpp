@@ -27,10 +27,12 @@ void leaveBehind(QThread* thread)
 
 } // namespace
 
-void endThread(QThread* thread, const ThreadEndTiming& timing)
+void endThread(QThread* thread, const std::function<void()>& stop, const ThreadEndTiming& timing)
 {
     assertGuiThread();
+    stop();
     if (!endsWithin(thread, timing.stop)) {
+        stop();
         // On a helper: the library may block in this, too.
         helperthreads::start([] { g_visa->interrupt(); });
         if (!endsWithin(thread, timing.interrupt)) {

@@ -203,7 +203,7 @@ void TestInstrumentChild::floodOfALineIsCutAndTheChildGoesOn()
     // 1 GB on each stream.
     const QSignalSpy cut(&scene.child(), &InstrumentChild::lineCut);
     scene.start(QStringLiteral("flood=1024"));
-    QTRY_VERIFY_WITH_TIMEOUT(!scene.child().status().identity().isEmpty(), 2 * kWaitMs);
+    QTRY_VERIFY_WITH_TIMEOUT(!scene.child().status().identity().isEmpty(), 4 * kWaitMs);
     // One of each stream, and it shows.
     QCOMPARE(cut.size(), 2);
     QVERIFY(scene.child().status().lastCritical().contains(QStringLiteral("没有结尾")));
