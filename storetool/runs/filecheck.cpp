@@ -121,57 +121,63 @@ void FileCheck::checkTable(const RunFile::Catalogue& catalogue, const ListedTabl
     }
     const QString curve = catalogue.curves.value(table.curveId);
     CheckedTable checked{table.name, curve, 0, 0};
-    qint64 rows = 0;
-    qint64 own = 0;
-    const bool succeeded =
-        m_file.query(QStringLiteral("SELECT count(*), total(curve_id = ?) FROM %1 NOT INDEXED")
-                         .arg(quotedName(table.name)),
-                     {table.curveId},
-                     [&](const QSqlQuery& row) {
-                         rows = row.value(0).toLongLong();
-                         own = row.value(1).toLongLong();
-                     }) &&
-        readTimes(table, curve, checked);
+    RowCounts rows;
+    const bool succeeded = countRows(table, rows) && readTimes(table, curve, checked);
     m_checked.tables.append(checked);
     if (!succeeded) {
         tellDamage(QStringLiteral("table %1 cannot be read: %2").arg(table.name, m_file.failure()));
         return;
     }
-    if (rows > own) {
-        tellDamage(QStringLiteral("table %1 has %2 of another curve")
-                       .arg(table.name, count(rows - own, QStringLiteral("reading"))));
-    }
-    if (checked.doubles > 0) {
-        tellDamage(QStringLiteral("table %1 has %2 of the same millisecond as another")
-                       .arg(table.name, count(checked.doubles, QStringLiteral("reading"))));
-    }
-    if (checked.readings < own) {
-        tellDamage(QStringLiteral("table %1 has %2 that its index does not find")
-                       .arg(table.name, count(own - checked.readings, QStringLiteral("reading"))));
-    }
+    const auto tell = [this, &table](qint64 readings, const char* what) {
+        if (readings > 0) {
+            tellDamage(QStringLiteral("table %1 has %2 %3")
+                           .arg(table.name, count(readings, QStringLiteral("reading")),
+                                QString::fromLatin1(what)));
+        }
+    };
+    tell(rows.foreign, "of another curve");
+    tell(rows.senseless, "whose time or value is no number");
+    tell(checked.doubles, "of the same millisecond as another");
+    tell(rows.timed - checked.readings, "that its index does not find");
 }
 
-/// Reads the times by the table's index, as an export does.
+/// Counts without the index, which may be what is damaged. A file holds whatever type was written to it.
+bool FileCheck::countRows(const ListedTable& table, RowCounts& rows)
+{
+    const QString sql =
+        QStringLiteral("SELECT total(curve_id IS NOT ?), "
+                       "total(typeof(timestamp) <> 'integer' OR typeof(value) <> 'real'), "
+                       "total(curve_id IS ? AND typeof(timestamp) = 'integer') "
+                       "FROM %1 NOT INDEXED")
+            .arg(quotedName(table.name));
+    return m_file.query(sql, {table.curveId, table.curveId}, [&rows](const QSqlQuery& row) {
+        rows = {row.value(0).toLongLong(), row.value(1).toLongLong(), row.value(2).toLongLong()};
+    });
+}
+
+/// Reads the times by the table's index, as an export does. Each read begins after the latest time so far,
+/// so that it ends on an index in disorder, too.
 bool FileCheck::readTimes(const ListedTable& table, const QString& curve, CheckedTable& checked)
 {
     const QString sql =
         QStringLiteral("SELECT timestamp FROM %1 WHERE curve_id = ? AND timestamp > "
-                       "? ORDER BY timestamp LIMIT ?")
+                       "? AND typeof(timestamp) = 'integer' ORDER BY timestamp LIMIT ?")
             .arg(quotedName(table.name));
     CheckedCurve& all = m_result.curves[curve];
-    qint64 before = -1;
+    qint64 before = 0;
     qint64 last = std::numeric_limits<qint64>::min();
-    while (checked.readings > before) {
-        before = checked.readings;
+    do {
+        before = last;
         const bool succeeded =
-            m_file.query(sql, {table.curveId, last, kTimesPerRead}, [&](const QSqlQuery& row) {
-                last = row.value(0).toLongLong();
-                takeTime(last, all, checked);
+            m_file.query(sql, {table.curveId, before, kTimesPerRead}, [&](const QSqlQuery& row) {
+                const qint64 time = row.value(0).toLongLong();
+                last = std::max(last, time);
+                takeTime(time, all, checked);
             });
         if (!succeeded) {
             return false;
         }
-    }
+    } while (last > before);
     return true;
 }
 

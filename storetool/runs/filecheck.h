@@ -17,11 +17,20 @@ public:
     void run();
 
 private:
+    /// The rows of a table,
+    struct RowCounts
+    {
+        qint64 foreign = 0;   ///< those of another curve,
+        qint64 senseless = 0; ///< with a time or a value that is no number,
+        qint64 timed = 0;     ///< and those of the curve that have a time.
+    };
+
     bool hasContent();
     void noteMissingWal();
     void checkStructure(const QString& table);
     void compareCatalogue(const RunFile::Catalogue& catalogue);
     void checkTable(const RunFile::Catalogue& catalogue, const ListedTable& table);
+    bool countRows(const ListedTable& table, RowCounts& rows);
     bool readTimes(const ListedTable& table, const QString& curve, CheckedTable& checked);
     void takeTime(qint64 time, CheckedCurve& curve, CheckedTable& checked) const;
     void tellDamage(const QString& what);

@@ -162,6 +162,33 @@ void TestStoreCheck::damageIsASentence_data()
                 "20260112",
                 QStringLiteral("INSERT INTO %1 SELECT * FROM %1 WHERE id < 3").arg(kTable));
         });
+    row("time that is a text",
+        "20260112.db table curve_1_batch_20260112_060000_20260112_115959 has 1 reading whose time "
+        "or value is no number.",
+        sql(QStringLiteral("INSERT INTO %1 (curve_id, timestamp, value) VALUES (1, 'abc', 1)")
+                .arg(kTable)));
+    row("time that is a blob",
+        "20260112.db table curve_1_batch_20260112_060000_20260112_115959 has 1 reading whose time "
+        "or value is no number.",
+        sql(QStringLiteral("UPDATE %1 SET timestamp = x'00ff' WHERE id = 5").arg(kTable)));
+    row("value that is a text",
+        "20260112.db table curve_1_batch_20260112_060000_20260112_115959 has 2 readings whose time "
+        "or value is no number.",
+        sql(QStringLiteral("UPDATE %1 SET value = 'much' WHERE id IN (5, 9)").arg(kTable)));
+    row("time that is a blob in the index",
+        "20260112.db table curve_1_batch_20260112_060000_20260112_115959 has 1 reading that its "
+        "index does not find.",
+        [](const RunScene& scene) {
+            // The header of an entry: its own size and the types of curve, time and row. The time becomes
+            // a blob of as many bytes.
+            const QByteArray entry("\x04\x09\x05\x01");
+            constexpr char kBlob = '\x18';
+            QFile file(scene.dayFile("20260112"));
+            if (!file.open(QIODevice::ReadOnly)) {
+                qFatal("%s", qPrintable(file.errorString()));
+            }
+            spoil(file.fileName(), file.readAll().indexOf(entry) + 2, QByteArray(1, kBlob));
+        });
 }
 
 void TestStoreCheck::damageIsASentence()
