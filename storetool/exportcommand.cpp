@@ -7,6 +7,7 @@
 #include "storetool/exports/csvexport.h"
 #include "storetool/exports/longexport.h"
 #include "storetool/runs/openrun.h"
+#include "storetool/runs/runoutput.h"
 #include "storetool/runs/runstore.h"
 
 #include <QDir>
@@ -142,6 +143,9 @@ int ExportCall::run() const
     const auto open = openRun(QStringLiteral("export"), m_parser, status);
     if (!open) {
         return status;
+    }
+    if (const auto refusal = outputRefusalOf(open->run(), value(m_options.output))) {
+        return failExport(kFailed, *refusal);
     }
     QString sentence;
     const std::optional<RunBounds> bounds = boundsOf(open->run(), sentence);

@@ -7,6 +7,7 @@
 #include "storetool/drawing/drawingapplication.h"
 #include "storetool/drawing/picturefile.h"
 #include "storetool/runs/openrun.h"
+#include "storetool/runs/runoutput.h"
 #include "storetool/runs/runstore.h"
 #include "storetool/runs/runwatch.h"
 #include "storetool/runs/selection.h"
@@ -120,6 +121,9 @@ int PlotCall::openAndDraw() const
     const auto open = openRun(QStringLiteral("plot"), m_parser, status);
     if (!open) {
         return status;
+    }
+    if (const auto refusal = outputRefusalOf(open->run(), value(m_options.output))) {
+        return failPlot(kFailed, *refusal);
     }
     const RunWatch watch(open->run());
     QString sentence;

@@ -11,6 +11,7 @@
 #include <QTest>
 
 #include <csignal>
+#include <filesystem>
 
 namespace {
 
@@ -84,6 +85,8 @@ private slots:
     void partsAreTheProgramsFiles();
     void wrongCallIsASentence_data();
     void wrongCallIsASentence();
+    void fileOfARunIsNotWritten_data();
+    void fileOfARunIsNotWritten();
     void damagedRunLeavesNoFile();
     void interruptLeavesNoPart();
     void deletedRunLeavesNoPart();
@@ -307,6 +310,56 @@ void TestStoreExport::wrongCallIsASentence()
     QCOMPARE(run.exitCode, 1);
     QVERIFY2(run.errors.startsWith("scn4070a-store: export: " + sentence), run.errors.constData());
     QCOMPARE(run.errors.count('\n'), 1);
+}
+
+void TestStoreExport::fileOfARunIsNotWritten_data()
+{
+    QTest::addColumn<QString>("output");
+
+    const auto row = [](const char* name, const char* output) {
+        QTest::newRow(name) << QString::fromLatin1(output);
+    };
+    row("day file", "run/20260112.db");
+    row("log of a day file", "run/20260113.db-wal");
+    row("index of a log", "run/20260112.db-shm");
+    row("facts", "run/run.json");
+    row("file of another run", "SN2_Data/20260112.db");
+    row("hard link", "hardlink.csv");
+    row("symbolic link", "symlink.csv");
+    row("path around", "SN2_Data/../run/20260112.db");
+}
+
+/// What is written replaces what was there.
+void TestStoreExport::fileOfARunIsNotWritten()
+{
+    QFETCH(QString, output);
+
+    const RunScene scene;
+    scene.addDay("20260112");
+    const QString kept = scene.path(QStringLiteral("run"));
+    QVERIFY(QFile::rename(scene.keep(), kept));
+    scene.clear();
+    const QString dayFile = kept + QStringLiteral("/20260112.db");
+    QVERIFY(QFile::link(dayFile, scene.path(QStringLiteral("symlink.csv"))));
+    const QString other = scene.path(QStringLiteral("SN2_Data"));
+    const QString otherFile = other + QStringLiteral("/20260112.db");
+    QVERIFY(QDir().mkpath(other) && QFile::copy(dayFile, otherFile));
+    QString run = kept;
+    if (output == QLatin1String("hardlink.csv")) {
+        // A kept run with such a link is not opened, a data directory is.
+        std::filesystem::create_hard_link(otherFile.toStdString(),
+                                          scene.path(output).toStdString());
+        run = other;
+    }
+    const QStringList before = RunScene::listing(kept) + RunScene::listing(other);
+    const StoreRun call = runStore({kExport, run, QStringLiteral("-o"), scene.path(output)});
+    QCOMPARE(call.exitCode, 1);
+    QCOMPARE(call.errors, QStringLiteral("scn4070a-store: export: %1 is a file of a run and is not "
+                                         "written. Give another name.\n")
+                              .arg(scene.path(output))
+                              .toUtf8());
+    QCOMPARE(RunScene::listing(kept) + RunScene::listing(other), before);
+    QCOMPARE(runStore({QStringLiteral("check"), run}).exitCode, 0);
 }
 
 void TestStoreExport::damagedRunLeavesNoFile()

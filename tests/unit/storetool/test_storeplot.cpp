@@ -204,6 +204,7 @@ private slots:
     void lightPictureIsLight();
     void wrongCallIsASentence_data();
     void wrongCallIsASentence();
+    void fileOfARunIsNotDrawnOver();
     void damagedRunLeavesNoPicture_data();
     void damagedRunLeavesNoPicture();
     void deletedRunIsDrawnFromItsKeptFiles();
@@ -536,6 +537,20 @@ void TestStorePlot::wrongCallIsASentence()
     QVERIFY2(run.errors.startsWith("scn4070a-store: plot: " + sentence), run.errors.constData());
     QCOMPARE(run.errors.count('\n'), 1);
     QVERIFY(!QFile::exists(QStringLiteral("run.png")));
+}
+
+void TestStorePlot::fileOfARunIsNotDrawnOver()
+{
+    const RunScene scene;
+    scene.addDay("20260112");
+    const QString picture = scene.path(QStringLiteral("picture.png"));
+    QVERIFY(QFile::link(scene.dayFile("20260112"), picture));
+    const QStringList before = RunScene::listing(scene.dataDirectory());
+    const StoreRun run = runStore({kPlot, scene.dataDirectory(), kOutput, picture});
+    QCOMPARE(run.exitCode, 1);
+    QVERIFY2(run.errors.contains("picture.png is a file of a run and is not written."),
+             run.errors.constData());
+    QCOMPARE(RunScene::listing(scene.dataDirectory()), before);
 }
 
 void TestStorePlot::damagedRunLeavesNoPicture_data()
