@@ -1,6 +1,9 @@
 #include "storerun.h"
 #include "support/testprogram.h"
 
+#include <QProcess>
+#include <QRegularExpression>
+#include <QStandardPaths>
 #include <QTest>
 
 /// The command line without a command's own arguments.
@@ -11,6 +14,7 @@ class TestStoreCommands : public QObject
 private slots:
     void helpListsTheCommands_data();
     void helpListsTheCommands();
+    void manualHasTheCommands();
     void versionIsThatOfTheProject();
     void wrongCommandIsASentence_data();
     void wrongCommandIsASentence();
@@ -34,6 +38,29 @@ void TestStoreCommands::helpListsTheCommands()
     QVERIFY(run.output.startsWith("Usage: scn4070a-store COMMAND"));
     QVERIFY(run.output.contains("\n  --version"));
     QCOMPARE(run.errors, QByteArray());
+}
+
+/// Each begins a paragraph of its own.
+void TestStoreCommands::manualHasTheCommands()
+{
+    if (QStandardPaths::findExecutable(QStringLiteral("man")).isEmpty()) {
+        SCN_SKIP(QStringLiteral("the package man-db is not installed"));
+    }
+    QProcess man;
+    man.start(QStringLiteral("man"), {QStringLiteral("-l"), QStringLiteral(SCN_MANUAL)});
+    QVERIFY(man.waitForFinished());
+    const QString manual = QString::fromUtf8(man.readAllStandardOutput());
+    const QString help = QString::fromUtf8(runStore({QStringLiteral("--help")}).output);
+    const QRegularExpression listed(QStringLiteral("^  ([a-z]+) "),
+                                    QRegularExpression::MultilineOption);
+    int commands = 0;
+    for (auto each = listed.globalMatch(help); each.hasNext(); ++commands) {
+        const QString command = each.next().captured(1);
+        const QRegularExpression paragraph(
+            QStringLiteral("\n(COMMANDS)?\n       %1 ").arg(command));
+        QVERIFY2(manual.contains(paragraph), qPrintable(command));
+    }
+    QCOMPARE(commands, 6);
 }
 
 void TestStoreCommands::versionIsThatOfTheProject()
