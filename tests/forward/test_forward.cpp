@@ -63,6 +63,7 @@ private slots:
 
     void onceCopiesAllThereIs();
     void secondTimeAddsNothing();
+    void queriesOfThePageFindReadings();
     void finishedRunGetsNoFilesBesideIt();
     void strangeValuesArrive();
     void clockSetBackLosesNothing();
@@ -184,6 +185,29 @@ void TestForward::secondTimeAddsNothing()
     QCOMPARE(once(), 0);
     QVERIFY2(m_errors.contains(QStringLiteral(" 1 readings forwarded")), qPrintable(m_errors));
     QCOMPARE(readingsets::inDatabase(*m_server), readingsets::inFile(path, QStringLiteral("MY1")));
+}
+
+/// Those that docs/fleet.md begins with: the last hour of a curve, the last day by the minute.
+void TestForward::queriesOfThePageFindReadings()
+{
+    const QDateTime start = QDateTime::currentDateTime().addSecs(-600);
+    const qint64 batch = start.toMSecsSinceEpoch();
+    DayFileWriter day(file(QStringLiteral("SN00000042"),
+                           start.toString(QStringLiteral("yyyyMMdd")) + QStringLiteral(".db")));
+    day.addCurve(1, QStringLiteral("101(Vdc)"));
+    day.addBatch(1, batch, DayFileWriter::tableName(1, batch), points(10, 1, batch));
+    QCOMPARE(once(), 0);
+    QFile page(QStringLiteral(SCN_FLEET_PAGE));
+    QVERIFY(page.open(QIODevice::ReadOnly));
+    const QString text = QString::fromUtf8(page.readAll());
+    const QRegularExpression query(QStringLiteral("psql laboratory -c \"([^\"]*)\""));
+    int queries = 0;
+    for (auto each = query.globalMatch(text); each.hasNext(); ++queries) {
+        const QString sql = each.next().captured(1).simplified();
+        const QString found = m_server->psql(sql);
+        QVERIFY2(found.contains(QLatin1String("1.9")), qPrintable(sql + QLatin1Char('\n') + found));
+    }
+    QCOMPARE(queries, 2);
 }
 
 void TestForward::finishedRunGetsNoFilesBesideIt()
