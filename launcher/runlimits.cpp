@@ -83,6 +83,20 @@ QVector<LeftRun> leftRunsIn(const QString& runsFolder)
     return left;
 }
 
+/// Removes what SQLite leaves beside a day file if its reader is killed: no readings are in it.
+void removeReadersFiles(const KeptRun& run)
+{
+    for (const QString& name : run.files.keys()) {
+        if (name.endsWith(kDayFileEnding)) {
+            QFile::remove(run.path(name + QStringLiteral("-shm")));
+            const auto log = factsOf(run.path(name + kWal));
+            if (log && log->bytes == 0) {
+                QFile::remove(run.path(name + kWal));
+            }
+        }
+    }
+}
+
 void removeRun(const KeptRun& run)
 {
     bool isGone = true;
@@ -95,6 +109,7 @@ void removeRun(const KeptRun& run)
     if (!isGone) {
         return;
     }
+    removeReadersFiles(run);
     QFile::remove(keptRunFacts(run.folder));
     QDir().rmdir(run.folder);
     QDir().rmdir(QFileInfo(run.folder).path());

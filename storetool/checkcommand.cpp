@@ -1,6 +1,7 @@
 #include "storetool/checkcommand.h"
 
 #include "storetool/console/console.h"
+#include "storetool/console/interrupt.h"
 #include "storetool/runs/openrun.h"
 #include "storetool/runs/runcheck.h"
 
@@ -123,6 +124,9 @@ int runCheckCommand(const QStringList& arguments)
         return status;
     }
     const CheckedRun checked = checkRun(run->run());
+    if (isInterrupted()) {
+        return fail(kFailed, QStringLiteral("check: interrupted."));
+    }
     const bool isPrinted =
         parser.isSet(json)
             ? printJson({{QStringLiteral("run"), run->run().directory},

@@ -16,6 +16,7 @@
 namespace scnstore {
 namespace {
 
+const QString kInterrupted = QStringLiteral("interrupted; no file is left.");
 QCommandLineOption valued(const char* name, const char* description, const char* value,
                           const QString& defaultValue = {})
 {
@@ -99,7 +100,7 @@ int endOf(ExportResult result, const QString& place)
         return failExport(kFailed,
                           QStringLiteral("%1 cannot be written; is the disk full?").arg(place));
     case ExportCancelled:
-        return failExport(kFailed, QStringLiteral("interrupted; no file is left."));
+        return failExport(kFailed, kInterrupted);
     case ExportDbError:
         break;
     }
@@ -149,6 +150,9 @@ int ExportCall::run() const
     }
     QString sentence;
     const std::optional<RunBounds> bounds = boundsOf(open->run(), sentence);
+    if (isInterrupted()) {
+        return failExport(kFailed, kInterrupted);
+    }
     if (!bounds) {
         return failExport(kDamaged, sentence);
     }
@@ -171,7 +175,6 @@ int ExportCall::exportRun(const StoredRun& run, const RunBounds& bounds) const
         return failExport(kFailed, sentence);
     }
     const ExportJob job{store.store(), *curves, *times, separator(), header(run, *times)};
-    catchInterrupts();
     return m_parser.isSet(m_options.parts) ? writeParts(job, identity(run)) : writeOutput(job);
 }
 

@@ -1,6 +1,7 @@
 #include "storetool/infocommand.h"
 
 #include "storetool/console/console.h"
+#include "storetool/console/interrupt.h"
 #include "storetool/runs/openrun.h"
 #include "storetool/runs/runsummary.h"
 
@@ -105,6 +106,9 @@ int runInfoCommand(const QStringList& arguments)
         return status;
     }
     const RunSummary summary = summaryOf(run->run(), SummaryDetail::Values);
+    if (isInterrupted()) {
+        return fail(kFailed, QStringLiteral("info: interrupted."));
+    }
     if (!summary.damage.isEmpty()) {
         return fail(
             kDamaged,

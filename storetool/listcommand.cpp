@@ -1,6 +1,7 @@
 #include "storetool/listcommand.h"
 
 #include "storetool/console/console.h"
+#include "storetool/console/interrupt.h"
 #include "storetool/runs/runaccess.h"
 #include "storetool/runs/runfinder.h"
 #include "storetool/runs/runsummary.h"
@@ -108,6 +109,7 @@ int runListCommand(const QStringList& arguments)
         return fail(kFailed,
                     QStringLiteral("list: there is no folder %1.").arg(given.constFirst()));
     }
+    catchInterrupts();
     QVector<ListedRun> runs;
     QSet<QString> seen;
     bool isDamaged = false;
@@ -118,6 +120,9 @@ int runListCommand(const QStringList& arguments)
             }
             seen.insert(run.directory);
             runs.append(listedRun(run));
+            if (isInterrupted()) {
+                return fail(kFailed, QStringLiteral("list: interrupted."));
+            }
             if (!runs.constLast().summary.damage.isEmpty()) {
                 isDamaged = true;
                 fail(kDamaged, QStringLiteral("list: ") + runs.constLast().summary.damage);

@@ -1,6 +1,7 @@
 #include "common/version.h"
 #include "storetool/checkcommand.h"
 #include "storetool/console/console.h"
+#include "storetool/console/interrupt.h"
 #include "storetool/drawing/drawingapplication.h"
 #include "storetool/exportcommand.h"
 #include "storetool/forwardcommand.h"
@@ -94,6 +95,7 @@ int main(int argc, char* argv[])
     const QString name = argc > 1 ? QFile::decodeName(argv[1]) : QString();
     const Command* const command = commandOf(name);
     silenceLog();
+    outliveClosedPipes();
     const auto application = applicationFor(command, argc, argv);
     if (name.isEmpty()) {
         return fail(kFailed, QStringLiteral("no command is given. See 'scn4070a-store --help'."));

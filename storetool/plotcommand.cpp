@@ -17,6 +17,7 @@
 namespace scnstore {
 namespace {
 
+const QString kInterrupted = QStringLiteral("interrupted; no file is left.");
 constexpr int kMostPixels = 8192; // on each side
 const QString kUsualSize = QStringLiteral("1280x720");
 
@@ -128,6 +129,9 @@ int PlotCall::openAndDraw() const
     const RunWatch watch(open->run());
     QString sentence;
     const std::optional<RunBounds> bounds = boundsOf(open->run(), sentence);
+    if (isInterrupted()) {
+        return failPlot(kFailed, kInterrupted);
+    }
     if (!bounds) {
         return failPlot(kDamaged, sentence);
     }
@@ -180,7 +184,6 @@ int PlotCall::drawRun(const StoredRun& run, const RunBounds& bounds, const RunWa
     }
     content.start = times->start;
     content.end = times->end;
-    catchInterrupts();
     applyPictureStyle(m_parser.isSet(m_options.light) ? PictureStyle::Light : PictureStyle::Dark);
     ChartPicture picture(store.store(), content, m_size);
     return draw(picture, watch,
@@ -195,7 +198,7 @@ int PlotCall::draw(ChartPicture& picture, const RunWatch& watch, const QString& 
                                      .arg(value(m_options.size)));
     }
     if (!picture.load(isInterrupted)) {
-        return failPlot(kFailed, QStringLiteral("interrupted; no file is left."));
+        return failPlot(kFailed, kInterrupted);
     }
     if (!picture.isWhole() || !watch.isUnbroken()) {
         return failPlot(kDamaged,

@@ -9,4 +9,8 @@ void catchInterrupts();
 /// Whether one has come. Any thread.
 bool isInterrupted();
 
+/// From now on a write to a pipe that nobody reads fails; it does not end the program, which would leave
+/// files behind.
+void outliveClosedPipes();
+
 } // namespace scnstore

@@ -38,4 +38,11 @@ bool isInterrupted()
     return g_isInterrupted;
 }
 
+void outliveClosedPipes()
+{
+    struct sigaction action = {};
+    action.sa_handler = SIG_IGN;
+    ::sigaction(SIGPIPE, &action, nullptr);
+}
+
 } // namespace scnstore

@@ -1,6 +1,7 @@
 #include "storetool/runs/filecheck.h"
 
 #include "storage/shardnaming.h"
+#include "storetool/console/interrupt.h"
 
 #include <QFile>
 #include <QFileInfo>
@@ -48,7 +49,9 @@ void FileCheck::run()
         noteMissingWal();
         checkStructure(QStringLiteral("sqlite_schema"));
         for (const QString& table : qAsConst(catalogue.existing)) {
-            checkStructure(table);
+            if (!isInterrupted()) {
+                checkStructure(table);
+            }
         }
         compareCatalogue(catalogue);
         for (const ListedTable& table : qAsConst(catalogue.tables)) {
@@ -116,7 +119,7 @@ void FileCheck::compareCatalogue(const RunFile::Catalogue& catalogue)
 
 void FileCheck::checkTable(const RunFile::Catalogue& catalogue, const ListedTable& table)
 {
-    if (!catalogue.existing.contains(table.name)) {
+    if (!catalogue.existing.contains(table.name) || isInterrupted()) {
         return;
     }
     const QString curve = catalogue.curves.value(table.curveId);
@@ -177,7 +180,7 @@ bool FileCheck::readTimes(const ListedTable& table, const QString& curve, Checke
         if (!succeeded) {
             return false;
         }
-    } while (last > before);
+    } while (last > before && !isInterrupted());
     return true;
 }
 

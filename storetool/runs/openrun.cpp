@@ -1,6 +1,7 @@
 #include "storetool/runs/openrun.h"
 
 #include "storetool/console/console.h"
+#include "storetool/console/interrupt.h"
 #include "storetool/runs/runfinder.h"
 
 namespace scnstore {
@@ -31,6 +32,7 @@ std::unique_ptr<OpenRun> openRun(const QString& command, const QCommandLineParse
         status = fail(kDamaged, command + QStringLiteral(": ") + *refusal);
         return nullptr;
     }
+    catchInterrupts();
     return std::make_unique<OpenRun>(*run);
 }
 

@@ -29,6 +29,7 @@ void addRunArgument(QCommandLineParser& parser);
 
 /// The run that the first positional argument names; null, after a sentence that begins with the
 /// command's name, if there is none or if it must not be opened. `status` is then the exit code.
+/// Ctrl+C no longer ends the program from here on: see catchInterrupts().
 std::unique_ptr<OpenRun> openRun(const QString& command, const QCommandLineParser& parser,
                                  int& status);
 

@@ -10,6 +10,8 @@
 namespace scnstore {
 namespace {
 
+const QString kIndexEnding = QStringLiteral("-shm");
+
 bool hasSecondName(const QString& path)
 {
     const auto facts = scnlauncher::factsOf(path);
@@ -24,8 +26,7 @@ constexpr qint64 kClosingSeconds = 60;
 bool lacksIndex(const QString& path)
 {
     return QFileInfo(path + QStringLiteral("-wal")).size() > 0 &&
-           !QFile::exists(path + QStringLiteral("-shm")) &&
-           !QFileInfo(QFileInfo(path).path()).isWritable();
+           !QFile::exists(path + kIndexEnding) && !QFileInfo(QFileInfo(path).path()).isWritable();
 }
 
 } // namespace
@@ -80,7 +81,10 @@ SideFiles::~SideFiles()
         return;
     }
     for (const QString& path : in(m_run.directory)) {
-        if (!m_found.contains(path)) {
+        const QString dayFile = path.left(path.lastIndexOf(QLatin1Char('-')));
+        // An index that was there may be what an earlier reader had to leave to this one.
+        const bool isSpent = path.endsWith(kIndexEnding) || !m_found.contains(path);
+        if (isSpent && !isOpenElsewhere(dayFile)) {
             QFile::remove(path);
         }
     }
@@ -93,7 +97,7 @@ QStringList SideFiles::in(const QString& directory)
     QStringList paths;
     for (const QFileInfo& file : folder.entryInfoList(
              {QStringLiteral("*.db-shm"), QStringLiteral("*.db-wal")}, QDir::Files)) {
-        if (file.size() == 0 || file.fileName().endsWith(QLatin1String("-shm"))) {
+        if (file.size() == 0 || file.fileName().endsWith(kIndexEnding)) {
             paths.append(file.absoluteFilePath());
         }
     }

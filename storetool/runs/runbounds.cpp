@@ -1,6 +1,7 @@
 #include "storetool/runs/runbounds.h"
 
 #include "storage/shardnaming.h"
+#include "storetool/console/interrupt.h"
 #include "storetool/runs/runfile.h"
 
 #include <algorithm>
@@ -29,7 +30,7 @@ bool addFile(RunFile& file, RunBounds& bounds)
             bounds = {isFirst ? first : std::min(bounds.first, first),
                       isFirst ? last : std::max(bounds.last, last)};
         };
-        if (catalogue.existing.contains(table.name) &&
+        if (!isInterrupted() && catalogue.existing.contains(table.name) &&
             !file.query(sql, {table.curveId, table.curveId}, widen)) {
             return false;
         }

@@ -1,6 +1,7 @@
 #include "storetool/runs/runsummary.h"
 
 #include "storage/shardnaming.h"
+#include "storetool/console/interrupt.h"
 #include "storetool/runs/runfile.h"
 
 #include <QFileInfo>
@@ -48,7 +49,7 @@ void addFile(const QString& path, SummaryDetail detail, RunSummary& summary)
         summary.curves[curve];
     }
     for (const ListedTable& table : qAsConst(catalogue.tables)) {
-        if (!succeeded || !catalogue.existing.contains(table.name) ||
+        if (!succeeded || isInterrupted() || !catalogue.existing.contains(table.name) ||
             !catalogue.curves.contains(table.curveId)) {
             continue;
         }

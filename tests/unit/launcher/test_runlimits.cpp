@@ -91,6 +91,7 @@ private slots:
     void limitsRemoveTheOldest_data();
     void limitsRemoveTheOldest();
     void nothingIsLeftOfARemovedRun();
+    void readersFilesGoWithTheRun();
     void runWithAnotherNameStays();
     void openRunStays();
     void foreignFileStaysWithItsFolder();
@@ -136,6 +137,16 @@ void TestRunLimits::nothingIsLeftOfARemovedRun()
     kept.add(1);
     kept.tidy({1, 0, 0});
     QCOMPARE(QDir(kept.root()).entryList(QDir::AllEntries | QDir::NoDotAndDotDot), QStringList());
+}
+
+/// A reader that was killed leaves them.
+void TestRunLimits::readersFilesGoWithTheRun()
+{
+    const KeptRuns kept;
+    kept.add(1);
+    write(kept.file(1, QStringLiteral("20260601.db-shm")), QByteArray(100, 'x'));
+    kept.tidy({1, 0, 0});
+    QCOMPARE(kept.days(), QString());
 }
 
 void TestRunLimits::runWithAnotherNameStays()

@@ -7,6 +7,8 @@
 #include <QFile>
 #include <QTest>
 
+#include <csignal>
+
 namespace {
 
 const QByteArray kSound("The run is sound.\n");
@@ -26,6 +28,27 @@ StoreRun checkLater(const QString& run)
     return runStore({QStringLiteral("check"), run}, environment);
 }
 
+/// Keeps the run, and deletes it, as a kill leaves its files: a log that is not checkpointed has one reading.
+QString keepWithLog(const RunScene& scene)
+{
+    const QString path = scene.dayFile("20260112");
+    {
+        DayFileWriter file(path);
+        file.execute(QStringLiteral("PRAGMA journal_mode = WAL"));
+        file.execute(QStringLiteral("INSERT INTO curve_1_batch_20260112_120000_20260112_175959 "
+                                    "(curve_id, timestamp, value) VALUES (1, %1, 9)")
+                         .arg(localTime("2026-01-12 15:00:00.000")));
+        QFile::copy(path, path + QStringLiteral(".copy"));
+        QFile::copy(path + QStringLiteral("-wal"), path + QStringLiteral(".wal"));
+    }
+    QFile::remove(path);
+    QFile::rename(path + QStringLiteral(".copy"), path);
+    QFile::rename(path + QStringLiteral(".wal"), path + QStringLiteral("-wal"));
+    const QString kept = scene.keep();
+    scene.clear();
+    return kept;
+}
+
 } // namespace
 
 /// Runs that were kept by hard links: when they may be opened, and how they are left.
@@ -37,6 +60,9 @@ private slots:
     void secondNameIsRefused();
     void deletedRunIsReadAndLeftAsItIs();
     void walOfAKilledProgramIsRead();
+    void closedPipeLeavesNothing();
+    void interruptLeavesNothing_data();
+    void interruptLeavesNothing();
     void openFileOfAnotherProgramIsRefused();
     void otherReadersAreNoObstacle();
 };
@@ -89,27 +115,69 @@ void TestStoreKept::walOfAKilledProgramIsRead()
 {
     const RunScene scene;
     scene.addDay("20260112");
-    const QString path = scene.dayFile("20260112");
-    {
-        // The files as a kill leaves them: the WAL is not checkpointed.
-        DayFileWriter file(path);
-        file.execute(QStringLiteral("PRAGMA journal_mode = WAL"));
-        file.execute(QStringLiteral("INSERT INTO curve_1_batch_20260112_120000_20260112_175959 "
-                                    "(curve_id, timestamp, value) VALUES (1, %1, 9)")
-                         .arg(localTime("2026-01-12 15:00:00.000")));
-        QVERIFY(QFile::copy(path, path + QStringLiteral(".copy")));
-        QVERIFY(QFile::copy(path + QStringLiteral("-wal"), path + QStringLiteral(".wal")));
-    }
-    QVERIFY(QFile::remove(path));
-    QVERIFY(QFile::rename(path + QStringLiteral(".copy"), path));
-    QVERIFY(QFile::rename(path + QStringLiteral(".wal"), path + QStringLiteral("-wal")));
-    const QString kept = scene.keep();
-    scene.clear();
+    const QString kept = keepWithLog(scene);
     const QStringList before = RunScene::listing(kept);
     QCOMPARE(before.size(), 3);
     const StoreRun run = check(kept);
     QCOMPARE(run.exitCode, 0);
     QVERIFY(run.output.contains("101(Vdc)       481"));
+    QCOMPARE(RunScene::listing(kept), before);
+}
+
+void TestStoreKept::closedPipeLeavesNothing()
+{
+    const RunScene scene;
+    scene.addDay("20260112", 1000);
+    const QString kept = keepWithLog(scene);
+    const QStringList before = RunScene::listing(kept);
+    QProcess shell;
+    shell.start(
+        QStringLiteral("bash"),
+        {QStringLiteral("-c"), QStringLiteral("'%1' export '%2' | head -n 2; echo ${PIPESTATUS[0]}")
+                                   .arg(QStringLiteral(SCN_STORE), kept)});
+    QVERIFY(shell.waitForFinished());
+    const QList<QByteArray> lines = shell.readAllStandardOutput().split('\n');
+    QCOMPARE(lines.size(), 4);
+    QCOMPARE(lines.at(2), QByteArray("1"));
+    QVERIFY(shell.readAllStandardError().startsWith("scn4070a-store: export: "));
+    QCOMPARE(RunScene::listing(kept), before);
+}
+
+void TestStoreKept::interruptLeavesNothing_data()
+{
+    QTest::addColumn<QStringList>("command");
+    QTest::addColumn<QByteArray>("sentence");
+
+    QTest::newRow("check") << QStringList{QStringLiteral("check")}
+                           << QByteArray("check: interrupted.");
+    QTest::newRow("export") << QStringList{QStringLiteral("export"), QStringLiteral("-o"),
+                                           QStringLiteral("/dev/null")}
+                            << QByteArray("export: interrupted; no file is left.");
+}
+
+void TestStoreKept::interruptLeavesNothing()
+{
+    QFETCH(QStringList, command);
+    QFETCH(QByteArray, sentence);
+
+    const RunScene scene;
+    scene.addDay("20260112");
+    scene.change("20260112",
+                 QStringLiteral("INSERT OR IGNORE INTO "
+                                "curve_1_batch_20260112_060000_20260112_115959 (curve_id, "
+                                "timestamp, value) WITH RECURSIVE n(i) AS (SELECT 1 UNION ALL "
+                                "SELECT i + 1 FROM n LIMIT 2000000) SELECT 1, %1 + 7 * i, i FROM n")
+                     .arg(localTime("2026-01-12 06:00:00.000")));
+    const QString kept = keepWithLog(scene);
+    const QStringList before = RunScene::listing(kept);
+    QProcess process;
+    process.start(QStringLiteral(SCN_STORE), command + QStringList{kept});
+    QTRY_VERIFY(QFile::exists(kept + QStringLiteral("/20260112.db-shm")));
+    ::kill(static_cast<pid_t>(process.processId()), SIGINT);
+    QVERIFY(process.waitForFinished());
+    QCOMPARE(process.exitStatus(), QProcess::NormalExit);
+    QCOMPARE(process.exitCode(), 1);
+    QCOMPARE(process.readAllStandardError(), "scn4070a-store: " + sentence + '\n');
     QCOMPARE(RunScene::listing(kept), before);
 }
 
