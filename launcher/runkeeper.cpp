@@ -139,11 +139,7 @@ void RunKeeper::keepDirectory(const QString& directory, Writer writer)
 {
     const QStringList names = dayFileNames(directory);
     if (!m_runs.contains(directory)) {
-        QVector<KeptRun> runs = keptRunsIn(m_runsFolder);
-        runs.erase(std::remove_if(runs.begin(), runs.end(),
-                                  [&](const KeptRun& run) { return run.source != directory; }),
-                   runs.end());
-        m_runs.insert(directory, runs);
+        m_runs.insert(directory, keptRunsIn(m_runsFolder));
     }
     QVector<KeptRun>& runs = m_runs[directory];
     runs.erase(std::remove_if(
@@ -154,6 +150,13 @@ void RunKeeper::keepDirectory(const QString& directory, Writer writer)
                        });
                    }),
                runs.end());
+    for (KeptRun& run : runs) {
+        // The folder was moved with the runs in it.
+        if (run.source != directory) {
+            run.source = directory;
+            run.write();
+        }
+    }
     for (const QString& name : names) {
         KeptRun* run = runWith(runs, directory, name);
         if (!run) {

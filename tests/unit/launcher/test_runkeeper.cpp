@@ -1,4 +1,5 @@
 #include "launcher/place/fileuse.h"
+#include "launcher/place/keptrun.h"
 #include "launcher/runkeeper.h"
 #include "support/privatemounts.h"
 
@@ -97,6 +98,7 @@ private slots:
     void nextDayJoinsTheRun();
     void newRunGetsAFolderOfItsOwn();
     void laterKeeperGoesOnWithTheRun();
+    void movedFolderGoesOnWithTheRun();
     void otherFileOfTheSameDayGoesElsewhere();
     void walFollowsTheFile();
     void walOfADeletionInProgressStays();
@@ -204,6 +206,27 @@ void TestRunKeeper::laterKeeperGoesOnWithTheRun()
     place.keeper().keep(Writer::Ended);
     QCOMPARE(place.kept().size(), 1);
     QCOMPARE(Place::filesIn(place.kept().constFirst()), (QStringList{kDay, kNextDay, kFacts}));
+}
+
+void TestRunKeeper::movedFolderGoesOnWithTheRun()
+{
+    const QTemporaryDir place;
+    const QString before = place.filePath(QStringLiteral("before"));
+    const QString after = place.filePath(QStringLiteral("after"));
+    const auto keepIn = [](const QString& folder) {
+        RunKeeper(folder, QStringLiteral("TCPIP0::h::1::SOCKET"), kLongAgo).keep(Writer::Running);
+    };
+    QVERIFY(QDir().mkpath(before + QStringLiteral("/SN1_Data")));
+    QFile file(before + QStringLiteral("/SN1_Data/") + kDay);
+    QVERIFY(file.open(QIODevice::WriteOnly));
+    keepIn(before);
+    QVERIFY(QFile::rename(before, after));
+    keepIn(after);
+    const QVector<KeptRun> kept = keptRunsIn(keptRunsFolder(after));
+    QCOMPARE(kept.size(), 1);
+    QCOMPARE(kept.constFirst().source,
+             QFileInfo(after + QStringLiteral("/SN1_Data")).canonicalFilePath());
+    QCOMPARE(factsOf(kept.constFirst().path(kDay))->names, quint64(2));
 }
 
 void TestRunKeeper::otherFileOfTheSameDayGoesElsewhere()
