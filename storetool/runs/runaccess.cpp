@@ -12,10 +12,24 @@ namespace {
 
 const QString kIndexEnding = QStringLiteral("-shm");
 
-bool hasSecondName(const QString& path)
+/// Why a file of a kept run must not be opened while it has another name; nothing if it has none.
+std::optional<QString> secondNameOf(const StoredRun& run, const QString& path)
 {
     const auto facts = scnlauncher::factsOf(path);
-    return facts && facts->names > 1;
+    if (!facts || facts->names < 2) {
+        return std::nullopt;
+    }
+    const auto original =
+        scnlauncher::factsOf(run.source + QLatin1Char('/') + QFileInfo(path).fileName());
+    if (run.source.isEmpty() || (original && original->isSameFile(*facts))) {
+        return QStringLiteral("%1 is not opened under its second name. Read the run in %2.")
+            .arg(path, run.source.isEmpty() ? QStringLiteral("the program's data directory")
+                                            : run.source);
+    }
+    // A program could have it open there. The data directory may hold another run by now.
+    return QStringLiteral("%1 has another name, which is not in the run's data directory. Copy the "
+                          "run to read it.")
+        .arg(path);
 }
 
 /// How long after its last change a file may still be written by the program that deleted it: one by one,
@@ -55,10 +69,10 @@ std::optional<QString> refusalOf(const StoredRun& run)
         if (!run.isKept) {
             continue;
         }
-        if (hasSecondName(file) || hasSecondName(file + QStringLiteral("-wal"))) {
-            return QStringLiteral("%1 is not opened under its second name. Read the run in %2.")
-                .arg(file, run.source.isEmpty() ? QStringLiteral("the program's data directory")
-                                                : run.source);
+        for (const QString& name : QStringList{file, file + QStringLiteral("-wal")}) {
+            if (const std::optional<QString> refusal = secondNameOf(run, name)) {
+                return refusal;
+            }
         }
         if (isBeingClosed(file)) {
             return QStringLiteral("%1 is still open in a program that deleted it. Try again in a "

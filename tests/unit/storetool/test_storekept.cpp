@@ -8,6 +8,7 @@
 #include <QTest>
 
 #include <csignal>
+#include <filesystem>
 
 namespace {
 
@@ -58,6 +59,7 @@ class TestStoreKept : public QObject
 
 private slots:
     void secondNameIsRefused();
+    void linkOfABackupIsRefused();
     void deletedRunIsReadAndLeftAsItIs();
     void walOfAKilledProgramIsRead();
     void closedPipeLeavesNothing();
@@ -91,6 +93,31 @@ void TestStoreKept::secondNameIsRefused()
     QCOMPARE(list.output.count(" 960 "), 1);
     // The first name is read.
     QVERIFY(check(scene.dataDirectory()).output.endsWith(kSound));
+}
+
+/// The data directory has the next run, which must not be taken for this one.
+void TestStoreKept::linkOfABackupIsRefused()
+{
+    const RunScene scene;
+    scene.addDay("20260112");
+    const QString kept = scene.keep();
+    std::filesystem::create_hard_link(
+        QDir(kept).filePath(QStringLiteral("20260112.db")).toStdString(),
+        scene.path(QStringLiteral("backup.db")).toStdString());
+    scene.clear();
+    QVERIFY(QDir().mkpath(scene.dataDirectory()));
+    scene.addDay("20260112", 30000);
+    const StoreRun run = check(kept);
+    QCOMPARE(run.exitCode, 2);
+    QVERIFY2(run.errors.endsWith("20260112.db has another name, which is not in the run's data "
+                                 "directory. Copy the run to read it.\n"),
+             run.errors.constData());
+    const QString copy = scene.path(QStringLiteral("copy"));
+    QVERIFY(QDir().mkpath(copy));
+    for (const char* name : {"/20260112.db", "/run.json"}) {
+        QVERIFY(QFile::copy(kept + QString::fromLatin1(name), copy + QString::fromLatin1(name)));
+    }
+    QVERIFY(check(copy).output.contains("101(Vdc)       480 "));
 }
 
 void TestStoreKept::deletedRunIsReadAndLeftAsItIs()
