@@ -28,15 +28,51 @@ void collectRuns(const QString& folder, int foldersDown, QVector<StoredRun>& run
     }
 }
 
-/// The directories that the text may mean.
-QStringList candidates(const QString& text)
+/// Where a short name may lie.
+QStringList placesOf(const QString& name)
 {
-    QStringList paths{text};
+    QStringList paths;
     for (const QString& folder : defaultFolders()) {
-        paths.append(folder + QStringLiteral("/runs/") + text);
-        paths.append(folder + QLatin1Char('/') + text);
+        paths.append(folder + QStringLiteral("/runs/") + name);
+        paths.append(folder + QLatin1Char('/') + name);
     }
     return paths;
+}
+
+bool holdsRun(const QString& path)
+{
+    return QFileInfo(path).isDir() && !StoredRun::in(path).dayFiles().isEmpty();
+}
+
+/// The directories of the runs with that short name, each once.
+QStringList runsNamed(const QString& name)
+{
+    QStringList directories;
+    for (const QString& path : placesOf(name)) {
+        if (holdsRun(path)) {
+            directories.append(QFileInfo(path).canonicalFilePath());
+        }
+    }
+    directories.removeDuplicates();
+    return directories;
+}
+
+/// Why no run is found, as a sentence.
+QString reasonFor(const QString& text)
+{
+    for (const QString& path : QStringList{text} + placesOf(text)) {
+        const QFileInfo place(path);
+        if (!text.isEmpty() && place.exists()) {
+            return place.isDir()
+                       ? QStringLiteral("%1 holds no day files (yyyyMMdd.db). 'scn4070a-store "
+                                        "list' shows where runs are.")
+                             .arg(path)
+                       : QStringLiteral("%1 is no directory. Name the one that it lies in.")
+                             .arg(path);
+        }
+    }
+    return QStringLiteral("there is no run '%1'. 'scn4070a-store list' shows those there are.")
+        .arg(text);
 }
 
 } // namespace
@@ -65,27 +101,17 @@ QVector<StoredRun> runsBelow(const QString& folder)
 
 std::optional<StoredRun> findRun(const QString& text, QString& sentence)
 {
-    for (const QString& path : candidates(text)) {
-        const QFileInfo place(path);
-        if (text.isEmpty() || !place.exists()) {
-            continue;
-        }
-        if (!place.isDir()) {
-            sentence =
-                QStringLiteral("%1 is no directory. Name the one that it lies in.").arg(path);
-            return std::nullopt;
-        }
-        StoredRun run = StoredRun::in(path);
-        if (run.dayFiles().isEmpty()) {
-            sentence = QStringLiteral("%1 holds no day files (yyyyMMdd.db). 'scn4070a-store list' "
-                                      "shows where runs are.")
-                           .arg(path);
-            return std::nullopt;
-        }
-        return run;
+    if (!text.isEmpty() && holdsRun(text)) {
+        return StoredRun::in(text);
     }
-    sentence = QStringLiteral("there is no run '%1'. 'scn4070a-store list' shows those there are.")
-                   .arg(text);
+    const QStringList directories = text.isEmpty() ? QStringList() : runsNamed(text);
+    if (directories.size() == 1) {
+        return StoredRun::in(directories.constFirst());
+    }
+    sentence = directories.isEmpty()
+                   ? reasonFor(text)
+                   : QStringLiteral("there are several runs '%1'. Give the path of one: %2.")
+                         .arg(text, directories.join(QStringLiteral(", ")));
     return std::nullopt;
 }
 

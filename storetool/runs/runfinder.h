@@ -20,7 +20,7 @@ QVector<StoredRun> runsBelow(const QString& folder);
 
 /// The run that a text of the command line names: the path of a directory, or "<serial>/<start>" or
 /// the name of a data directory in one of the default folders. Nothing, and a sentence, if there is
-/// none.
+/// none, or more than one of that short name.
 std::optional<StoredRun> findRun(const QString& text, QString& sentence);
 
 } // namespace scnstore

@@ -57,6 +57,7 @@ private slots:
     void listTellsOfEveryRun();
     void listIsATable();
     void listLooksWhereProgramsKeepData();
+    void shortNameMeansOneRun();
     void listOfADamagedRunGoesOn();
     void infoAgreesWithSqlite();
     void infoIsATable();
@@ -129,6 +130,38 @@ void TestStoreList::listLooksWhereProgramsKeepData()
         runStore({QStringLiteral("info"), QStringLiteral("SN1/2026-01-12_06-00-00")}, environment);
     QCOMPARE(info.exitCode, 0);
     QVERIFY(info.output.contains("Serial      SN1\n"));
+}
+
+/// An instrument that was opened by two addresses has two folders.
+void TestStoreList::shortNameMeansOneRun()
+{
+    const RunScene scene;
+    scene.addDay("20260112");
+    const QString home = scene.path(QStringLiteral("home"));
+    const QString one = home + QStringLiteral("/scn4070a/lan/SN1_Data");
+    const QString other = home + QStringLiteral("/scn4070a/usb/SN1_Data");
+    for (const QString& path : {one, other}) {
+        QVERIFY(QDir().mkpath(path));
+        QVERIFY(QFile::copy(scene.dayFile("20260112"), path + QStringLiteral("/20260112.db")));
+    }
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.insert(QStringLiteral("XDG_DATA_HOME"), home);
+    const auto info = [&environment](const QString& run) {
+        return runStore({QStringLiteral("info"), run}, environment);
+    };
+    const StoreRun both = info(QStringLiteral("SN1_Data"));
+    QCOMPARE(both.exitCode, 1);
+    QCOMPARE(both.output, QByteArray());
+    QCOMPARE(QString::fromUtf8(both.errors),
+             QStringLiteral("scn4070a-store: info: there are several runs 'SN1_Data'. Give the "
+                            "path of one: %1, %2.\n")
+                 .arg(one, other));
+    QCOMPARE(info(other).exitCode, 0);
+    // The start of a scan clears the directory.
+    QVERIFY(QFile::remove(one + QStringLiteral("/20260112.db")));
+    const StoreRun left = info(QStringLiteral("SN1_Data"));
+    QCOMPARE(left.exitCode, 0);
+    QVERIFY2(left.output.contains(other.toUtf8()), left.output.constData());
 }
 
 void TestStoreList::listOfADamagedRunGoesOn()
