@@ -24,7 +24,8 @@ struct ListedRun
 
 ListedRun listedRun(const StoredRun& run)
 {
-    ListedRun listed{run, refusalOf(run).value_or(QString()), {}};
+    const std::optional<QString> missing = missingRightOf(run);
+    ListedRun listed{run, missing ? *missing : refusalOf(run).value_or(QString()), {}};
     if (listed.refusal.isEmpty()) {
         const SideFiles sideFiles(run);
         listed.summary = summaryOf(run, SummaryDetail::Counts);

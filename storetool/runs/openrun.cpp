@@ -28,6 +28,10 @@ std::unique_ptr<OpenRun> openRun(const QString& command, const QCommandLineParse
         status = fail(kFailed, command + QStringLiteral(": ") + sentence);
         return nullptr;
     }
+    if (const std::optional<QString> missing = missingRightOf(*run)) {
+        status = fail(kFailed, command + QStringLiteral(": ") + *missing);
+        return nullptr;
+    }
     if (const std::optional<QString> refusal = refusalOf(*run)) {
         status = fail(kDamaged, command + QStringLiteral(": ") + *refusal);
         return nullptr;

@@ -10,6 +10,7 @@
 namespace scnstore {
 namespace {
 
+const QString kLogEnding = QStringLiteral("-wal");
 const QString kIndexEnding = QStringLiteral("-shm");
 
 /// Why a file of a kept run must not be opened while it has another name; nothing if it has none.
@@ -39,8 +40,8 @@ constexpr qint64 kClosingSeconds = 60;
 /// SQLite reads a WAL by an index beside it, which it creates.
 bool lacksIndex(const QString& path)
 {
-    return QFileInfo(path + QStringLiteral("-wal")).size() > 0 &&
-           !QFile::exists(path + kIndexEnding) && !QFileInfo(QFileInfo(path).path()).isWritable();
+    return QFileInfo(path + kLogEnding).size() > 0 && !QFile::exists(path + kIndexEnding) &&
+           !QFileInfo(QFileInfo(path).path()).isWritable();
 }
 
 } // namespace
@@ -69,7 +70,7 @@ std::optional<QString> refusalOf(const StoredRun& run)
         if (!run.isKept) {
             continue;
         }
-        for (const QString& name : QStringList{file, file + QStringLiteral("-wal")}) {
+        for (const QString& name : QStringList{file, file + kLogEnding}) {
             if (const std::optional<QString> refusal = secondNameOf(run, name)) {
                 return refusal;
             }
@@ -78,6 +79,18 @@ std::optional<QString> refusalOf(const StoredRun& run)
             return QStringLiteral("%1 is still open in a program that deleted it. Try again in a "
                                   "minute.")
                 .arg(file);
+        }
+    }
+    return std::nullopt;
+}
+
+std::optional<QString> missingRightOf(const StoredRun& run)
+{
+    for (const QString& file : run.dayFiles()) {
+        for (const QFileInfo& place : {QFileInfo(file), QFileInfo(file + kLogEnding)}) {
+            if (place.exists() && !place.isReadable()) {
+                return QStringLiteral("there is no right to read %1.").arg(place.filePath());
+            }
         }
     }
     return std::nullopt;

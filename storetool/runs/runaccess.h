@@ -14,6 +14,10 @@ namespace scnstore {
 /// Call it before any file of the run is open in this process.
 std::optional<QString> refusalOf(const StoredRun& run);
 
+/// Which file of the run the user has no right to read, as a sentence; nothing if there is none. That is
+/// no damage.
+std::optional<QString> missingRightOf(const StoredRun& run);
+
 /// Whether another process has a day file open, under whatever name. Asking drops the locks that this process
 /// has on it, so it must not have the file open.
 bool isOpenElsewhere(const QString& path);

@@ -62,6 +62,9 @@ QString reasonFor(const QString& text)
 {
     for (const QString& path : QStringList{text} + placesOf(text)) {
         const QFileInfo place(path);
+        if (place.isDir() && !place.isReadable()) {
+            return QStringLiteral("there is no right to read %1.").arg(path);
+        }
         if (!text.isEmpty() && place.exists()) {
             return place.isDir()
                        ? QStringLiteral("%1 holds no day files (yyyyMMdd.db). 'scn4070a-store "

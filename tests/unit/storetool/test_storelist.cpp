@@ -10,11 +10,26 @@
 #include <QJsonObject>
 #include <QTest>
 
+#include <sys/stat.h>
+#include <unistd.h>
+
 namespace {
 
 QJsonObject json(const StoreRun& run)
 {
     return QJsonDocument::fromJson(run.output).object();
+}
+
+/// What a user without rights gets; only root can become one.
+StoreRun runAsNobody(const QStringList& arguments)
+{
+    QProcess process;
+    process.start(QStringLiteral("setpriv"),
+                  QStringList{QStringLiteral("--reuid=65534"), QStringLiteral("--regid=65534"),
+                              QStringLiteral("--clear-groups"), QStringLiteral(SCN_STORE)} +
+                      arguments);
+    process.waitForFinished();
+    return {process.exitCode(), process.readAllStandardOutput(), process.readAllStandardError()};
 }
 
 /// The sum of what sqlite3 counts in the tables of a file.
@@ -58,6 +73,7 @@ private slots:
     void listIsATable();
     void listLooksWhereProgramsKeepData();
     void shortNameMeansOneRun();
+    void missingRightIsNoDamage();
     void listOfADamagedRunGoesOn();
     void infoAgreesWithSqlite();
     void infoIsATable();
@@ -162,6 +178,32 @@ void TestStoreList::shortNameMeansOneRun()
     const StoreRun left = info(QStringLiteral("SN1_Data"));
     QCOMPARE(left.exitCode, 0);
     QVERIFY2(left.output.contains(other.toUtf8()), left.output.constData());
+}
+
+void TestStoreList::missingRightIsNoDamage()
+{
+    if (::geteuid() != 0) {
+        SCN_SKIP(QStringLiteral("only root can become somebody else"));
+    }
+    const RunScene scene;
+    scene.addDay("20260112");
+    const auto setMode = [](const QString& path, mode_t mode) {
+        return ::chmod(QFile::encodeName(path).constData(), mode) == 0;
+    };
+    QVERIFY(setMode(scene.folder(), 0755));
+    QVERIFY(setMode(scene.dayFile("20260112"), 0600));
+    for (const char* command : {"info", "check", "export"}) {
+        const StoreRun run = runAsNobody({QString::fromLatin1(command), scene.dataDirectory()});
+        QCOMPARE(run.exitCode, 1);
+        QCOMPARE(QString::fromUtf8(run.errors),
+                 QStringLiteral("scn4070a-store: %1: there is no right to read %2.\n")
+                     .arg(QString::fromLatin1(command), scene.dayFile("20260112")));
+    }
+    const StoreRun list =
+        runAsNobody({QStringLiteral("list"), QStringLiteral("--json"), scene.folder()});
+    QCOMPARE(list.exitCode, 0);
+    QVERIFY2(list.output.contains("\"refused\": \"there is no right to read "),
+             list.output.constData());
 }
 
 void TestStoreList::listOfADamagedRunGoesOn()
