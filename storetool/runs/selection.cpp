@@ -23,6 +23,15 @@ bool isNamed(const QString& curve, const QString& entry)
     return curve == entry || (channel > 0 && channel >= first && channel <= last);
 }
 
+/// Whether an entry was meant as a range of channels and is none.
+bool isBrokenRange(const QString& entry)
+{
+    static const QRegularExpression form(QStringLiteral("^(\\d+)\\s*:\\s*(\\d+)$"));
+    const QRegularExpressionMatch range = form.match(entry);
+    return entry.contains(QLatin1Char(':')) &&
+           (!range.hasMatch() || range.captured(1).toInt() > range.captured(2).toInt());
+}
+
 /// A time as it was typed.
 struct TypedTime
 {
@@ -62,6 +71,11 @@ std::optional<QList<int>> selectedCurves(const QMap<int, QString>& curves, const
     }
     QList<int> ids;
     for (const QString& entry : list.split(QLatin1Char(','))) {
+        if (isBrokenRange(entry.trimmed()) && !curves.values().contains(entry.trimmed())) {
+            sentence = QStringLiteral("'%1' is no range of channels. Write it as 101:110.")
+                           .arg(entry.trimmed());
+            return std::nullopt;
+        }
         const int before = ids.size();
         for (auto curve = curves.cbegin(); curve != curves.cend(); ++curve) {
             if (isNamed(*curve, entry.trimmed())) {

@@ -266,11 +266,16 @@ void TestStoreExport::wrongCallIsASentence_data()
     QTest::addColumn<QStringList>("arguments");
     QTest::addColumn<QByteArray>("sentence");
 
-    const auto row = [](const char* name, const QStringList& arguments, const char* sentence) {
-        QTest::newRow(name) << arguments << QByteArray(sentence);
+    const auto row = [](const char* name, const QStringList& arguments,
+                        const QByteArray& sentence) {
+        QTest::newRow(name) << arguments << sentence;
     };
     row("curve", {QStringLiteral("--curves"), QStringLiteral("101,105")},
         "the run has no curve '105'. It has 101(Vdc), 102(Vdc).");
+    for (const char* range : {":101", "102:", "110:101", "101:102:103", "a:b"}) {
+        row(range, {QStringLiteral("--curves"), QString::fromLatin1(range)},
+            "'" + QByteArray(range) + "' is no range of channels. Write it as 101:110.");
+    }
     row("time", {QStringLiteral("--from"), QStringLiteral("yesterday")},
         "'yesterday' is no time. Write it as 2026-01-12 07:30:00.");
     row("month", {QStringLiteral("--to"), QStringLiteral("2026-13-12 07:30:00")},
