@@ -435,7 +435,7 @@ void TestLauncherWindow::childrenEndAndStayWhileMinimised()
     scene.clickButton("newTab");
     QTRY_VERIFY(scene.currentTab() != firstTab);
     // Nobody listens at the loopback's discard port.
-    scene.openByHand(QStringLiteral("TCPIP0::127.0.0.1::9::SOCKET"));
+    scene.openByHand(QStringLiteral("TCPIP0::127.0.0.1::7::SOCKET"));
     QVERIFY(scene.waitForEmbedding());
     const QList<qint64> programs = LauncherScene::children(QStringLiteral("scn4070a"));
     QCOMPARE(programs.size(), 2);
@@ -506,11 +506,11 @@ void TestLauncherWindow::childWithoutInstrumentSaysWhy_data()
     QTest::addColumn<QString>("text");
     QTest::newRow("no such device")
         << QStringLiteral("ASRL/dev/no-such-port::INSTR") << QStringLiteral("没有这个仪器");
-    // The loopback's discard port: nobody listens.
+    // Ports of the loopback where nobody listens. No other test opens them: an instrument has one owner.
     QTest::newRow("refused") << QStringLiteral("TCPIP0::127.0.0.1::9::SOCKET")
                              << QStringLiteral("连接被拒绝");
     QTest::newRow("refused by an IPv6 host")
-        << QStringLiteral("TCPIP0::[::1]::9::SOCKET") << QStringLiteral("连接被拒绝");
+        << QStringLiteral("TCPIP0::[::1]::13::SOCKET") << QStringLiteral("连接被拒绝");
     QTest::newRow("kind that the provider does not open")
         << QStringLiteral("GPIB0::9::INSTR") << QStringLiteral("VISA 库不能打开");
     QTest::newRow("malformed") << QStringLiteral("TCPIP0::::SOCKET")
