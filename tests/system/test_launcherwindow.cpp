@@ -434,7 +434,7 @@ void TestLauncherWindow::childrenEndAndStayWhileMinimised()
     const qint64 firstProgram = LauncherScene::children(QStringLiteral("scn4070a")).value(0);
     scene.clickButton("newTab");
     QTRY_VERIFY(scene.currentTab() != firstTab);
-    // Nobody listens at the loopback's discard port.
+    // Nobody listens there.
     scene.openByHand(QStringLiteral("TCPIP0::127.0.0.1::7::SOCKET"));
     QVERIFY(scene.waitForEmbedding());
     const QList<qint64> programs = LauncherScene::children(QStringLiteral("scn4070a"));
