@@ -1,5 +1,7 @@
 #pragma once
 
+#include <QRect>
+#include <QString>
 #include <QStringList>
 
 #include <initializer_list>
@@ -12,4 +14,14 @@ inline QStringList texts(std::initializer_list<const char*> lines)
         list.append(QString::fromUtf8(line));
     }
     return list;
+}
+
+/// A size and a place, for messages.
+inline QString textOf(const QRect& place)
+{
+    return QStringLiteral("%1 x %2 at %3, %4")
+        .arg(place.width())
+        .arg(place.height())
+        .arg(place.x())
+        .arg(place.y());
 }

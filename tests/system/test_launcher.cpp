@@ -1,6 +1,7 @@
 #include "support/launcherprocess.h"
 #include "support/simulatedinstrument.h"
 #include "support/testprogram.h"
+#include "support/texts.h"
 #include "support/virtualdisplay.h"
 
 #include <QFile>
@@ -29,15 +30,6 @@ bool hasPolled(const QString& transcript)
 bool isThere(qint64 process)
 {
     return QFile::exists(QStringLiteral("/proc/%1").arg(process));
-}
-
-QString textOf(const QRect& place)
-{
-    return QStringLiteral("%1 x %2 at %3, %4")
-        .arg(place.width())
-        .arg(place.height())
-        .arg(place.x())
-        .arg(place.y());
 }
 
 } // namespace

@@ -1,6 +1,7 @@
 #include "support/launcherprocess.h"
 #include "support/simulatedinstrument.h"
 #include "support/testprogram.h"
+#include "support/texts.h"
 #include "support/virtualdisplay.h"
 
 #include <QProcess>
@@ -19,15 +20,6 @@ constexpr QPoint kFunction(701, 126);
 bool isNear(const QPoint& point, const QPointF& wanted)
 {
     return qAbs(point.x() - wanted.x()) <= 2 && qAbs(point.y() - wanted.y()) <= 2;
-}
-
-QString textOf(const QRect& place)
-{
-    return QStringLiteral("%1 x %2 at %3, %4")
-        .arg(place.width())
-        .arg(place.height())
-        .arg(place.x())
-        .arg(place.y());
 }
 
 } // namespace
