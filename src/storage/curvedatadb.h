@@ -231,5 +231,6 @@ private:
     scn::LateFile m_late{m_memory, m_files, m_today};
     scn::BatchTableWriter m_tables{m_batchList, m_knownTables, m_today.attachment()};
     scn::TimeSliceCache m_readingSlice;
-    scn::RowOrders m_rowOrders;
+    // Who only reads goes through the files once.
+    scn::RowOrders m_rowOrders{isReadOnly() ? 0 : scn::RowOrders::kMostKept};
 };

@@ -22,22 +22,34 @@ constexpr qint64 kRowsWorthASearch = 8;
 /// Columns of the statement.
 enum Column { Row, Curve, Time, Value };
 
-bool isNumber(sqlite3_stmt* statement, int column)
+/// Value of the row that a statement is at; empty if it is no number.
+std::optional<double> valueOf(sqlite3_stmt* rows)
 {
-    const int type = sqlite3_column_type(statement, column);
-    return type == SQLITE_FLOAT || type == SQLITE_INTEGER;
+    const int type = sqlite3_column_type(rows, Value);
+    if (type != SQLITE_FLOAT && type != SQLITE_INTEGER) {
+        return std::nullopt;
+    }
+    return sqlite3_column_double(rows, Value);
 }
 
 } // namespace
 
 RowCursor::RowCursor(const QSqlDatabase& database, const QString& table)
     : ManagedQuery(database)
+    , m_table(table)
     , m_hold(database)
 {
-    setForwardOnly(true);
-    m_prepared = prepare(QStringLiteral("SELECT rowid, curve_id, timestamp, value FROM %1 WHERE "
-                                        "rowid >= ? ORDER BY rowid")
-                             .arg(quotedName(table)));
+}
+
+/// Readings in memory need no statement.
+void RowCursor::prepareRows()
+{
+    if (!m_prepared) {
+        setForwardOnly(true);
+        m_prepared = prepare(QStringLiteral("SELECT rowid, curve_id, timestamp, value FROM %1 "
+                                            "WHERE rowid >= ? ORDER BY rowid")
+                                 .arg(quotedName(m_table)));
+    }
 }
 
 /// Null once the connection was closed. The connection's lock is held.
@@ -86,6 +98,7 @@ bool RowCursor::moveTo(sqlite3_stmt* rows, qint64 row)
 
 ReadStep RowCursor::extend(RowOrder& order, int curveId, ReadSlice& slice)
 {
+    prepareRows();
     {
         const ConnectionLocker locker(mutex());
         sqlite3_stmt* const rows = statement();
@@ -123,7 +136,8 @@ bool RowCursor::extendBlock(RowOrder& order, int curveId, ReadSlice& slice, bool
             return false;
         }
         if (sqlite3_column_int64(rows, Curve) == curveId) {
-            order.add(sqlite3_column_int64(rows, Row), sqlite3_column_int64(rows, Time));
+            order.add(sqlite3_column_int64(rows, Row), sqlite3_column_int64(rows, Time),
+                      valueOf(rows));
         }
         step(rows);
     }
@@ -132,12 +146,16 @@ bool RowCursor::extendBlock(RowOrder& order, int curveId, ReadSlice& slice, bool
     return rows && !m_failed;
 }
 
-std::optional<qint64> RowCursor::timeOf(qint64 row)
+std::optional<qint64> RowCursor::timeAt(const RowOrder& order, qint64 place)
 {
+    if (order.kept()) {
+        return order.kept()->timeAt(place);
+    }
+    prepareRows();
     holdFile();
     const ConnectionLocker locker(mutex());
     sqlite3_stmt* const rows = statement();
-    if (!rows || !moveTo(rows, row)) {
+    if (!rows || !moveTo(rows, order.rowAt(place))) {
         return std::nullopt;
     }
     return sqlite3_column_int64(rows, Time);
@@ -146,15 +164,31 @@ std::optional<qint64> RowCursor::timeOf(qint64 row)
 bool RowCursor::take(const RowOrder& order, const qint64* places, int count,
                      QVector<QPointF>& points)
 {
+    if (!order.kept()) {
+        return takeRows(order, places, count, points);
+    }
+    for (int i = 0; i < count; ++i) {
+        points.append(order.kept()->at(places[i]));
+    }
+    return true;
+}
+
+bool RowCursor::takeRows(const RowOrder& order, const qint64* places, int count,
+                         QVector<QPointF>& points)
+{
+    prepareRows();
     holdFile();
     const ConnectionLocker locker(mutex());
     sqlite3_stmt* const rows = statement();
     for (int i = 0; i < count; ++i) {
-        if (!rows || !moveTo(rows, order.rowAt(places[i])) || !isNumber(rows, Value)) {
+        if (!rows || !moveTo(rows, order.rowAt(places[i]))) {
             return false;
         }
-        points.append(QPointF(static_cast<double>(sqlite3_column_int64(rows, Time)),
-                              sqlite3_column_double(rows, Value)));
+        const std::optional<double> value = valueOf(rows);
+        if (!value) {
+            return false;
+        }
+        points.append(QPointF(static_cast<double>(sqlite3_column_int64(rows, Time)), *value));
     }
     return true;
 }

@@ -26,21 +26,24 @@ public:
     /// there any more.
     ReadStep extend(RowOrder& order, int curveId, ReadSlice& slice);
 
-    /// Time of a row.
-    std::optional<qint64> timeOf(qint64 row);
+    /// Time of the reading at a place of `order`.
+    std::optional<qint64> timeAt(const RowOrder& order, qint64 place);
 
     /// Appends the points at some places of `order`, in rising order: x the time, y the value. Others
-    /// wait for the connection meanwhile.
+    /// wait for the connection meanwhile, unless the readings are in memory.
     bool take(const RowOrder& order, const qint64* places, int count, QVector<QPointF>& points);
 
 private:
     sqlite3_stmt* statement();
+    void prepareRows();
     void holdFile();
     bool seek(sqlite3_stmt* rows, qint64 row);
     bool step(sqlite3_stmt* rows);
     bool moveTo(sqlite3_stmt* rows, qint64 row);
+    bool takeRows(const RowOrder& order, const qint64* places, int count, QVector<QPointF>& points);
     bool extendBlock(RowOrder& order, int curveId, ReadSlice& slice, bool& atEnd);
 
+    QString m_table;
     ManagedQuery m_hold; ///< Keeps the file locked for reading from one search to the next.
     bool m_prepared = false;
     bool m_isHeld = false;

@@ -20,7 +20,7 @@ qint64 RowOrder::rowAt(qint64 place) const
     return run.firstRow + (place - run.before);
 }
 
-void RowOrder::add(qint64 row, qint64 time)
+void RowOrder::add(qint64 row, qint64 time, std::optional<double> value)
 {
     if (!m_isKnown) {
         return;
@@ -28,6 +28,9 @@ void RowOrder::add(qint64 row, qint64 time)
     if (!m_runs.empty() && time <= lastTime()) {
         giveUp();
         return;
+    }
+    if (m_kept && (!value || !m_kept->append(time, *value))) {
+        dropKept();
     }
     if (!m_runs.empty() && row == lastRow() + 1) {
         m_runs.back().lastRow = row;
@@ -43,6 +46,7 @@ void RowOrder::giveUp()
 {
     m_isKnown = false;
     m_runs.clear();
+    dropKept();
 }
 
 } // namespace scn

@@ -1,7 +1,11 @@
 #pragma once
 
+#include "storage/keptreadings.h"
+
 #include <QtGlobal>
 
+#include <memory>
+#include <optional>
 #include <vector>
 
 namespace scn {
@@ -18,7 +22,8 @@ struct RowRun
 };
 
 /// Which row of a batch table has the reading at a place in the order of time: known while rows were
-/// added in that order, whatever gaps their numbers have.
+/// added in that order, whatever gaps their numbers have. Also the readings themselves, as long as they are
+/// kept in memory; copies share them.
 class RowOrder
 {
 public:
@@ -38,8 +43,14 @@ public:
     /// Row of a reading, 0 to count() - 1.
     qint64 rowAt(qint64 place) const;
 
-    /// A further reading, whose row number is higher.
-    void add(qint64 row, qint64 time);
+    /// The readings in memory, all of count(); null if they are not there.
+    const KeptReadings* kept() const { return m_kept.get(); }
+
+    /// A further reading, whose row number is higher. Without a value none are kept.
+    void add(qint64 row, qint64 time, std::optional<double> value);
+
+    /// Frees the memory of the readings for good.
+    void dropKept() { m_kept.reset(); }
 
     /// The table is not what this can describe.
     void giveUp();
@@ -47,6 +58,7 @@ public:
 private:
     bool m_isKnown = true;
     std::vector<RowRun> m_runs;
+    std::shared_ptr<KeptReadings> m_kept = std::make_shared<KeptReadings>();
 };
 
 } // namespace scn

@@ -11,30 +11,52 @@ class QSqlDatabase;
 namespace scn {
 
 /// What is known of the tables in the day files. Each table is looked through once, and after that only
-/// for rows added since. Guarded by the store's mutex.
+/// for rows added since. The readings found on the way stay in memory, up to a limit: beyond it those of
+/// the tables that were not asked for longest are dropped. Guarded by the store's mutex.
 class RowOrders
 {
 public:
+    /// Readings kept: 96 MB.
+    static constexpr qint64 kMostKept = 8000000;
+
+    explicit RowOrders(qint64 mostKept = kMostKept)
+        : m_mostKept(mostKept)
+    {
+    }
+
     /// The order of a curve's readings in a table, up to date; null if that takes another slice. Valid
     /// until the next call.
     const RowOrder* update(const QString& path, const QSqlDatabase& database, const QString& table,
                            int curveId, ReadSlice& slice);
 
     /// Forgets everything: tables are about to be dropped.
-    void clear() { m_files.clear(); }
+    void clear();
+
+    /// Readings kept of all tables.
+    qint64 kept() const { return m_kept; }
 
 private:
+    struct Table
+    {
+        RowOrder order;
+        quint64 asked = 0; ///< Rises with each call that is for this table.
+    };
+
     /// The tables of a file as one connection knows them.
     struct File
     {
         QString connection;
         qint64 version = -1; ///< Changes when others write to the file.
-        QHash<QString, RowOrder> tables;
+        QHash<QString, Table> tables;
     };
 
     File& fileFor(const QString& path, const QSqlDatabase& database);
+    void dropLongestNotAsked();
 
     QHash<QString, File> m_files;
+    qint64 m_mostKept;
+    qint64 m_kept = 0;
+    quint64 m_calls = 0;
 };
 
 } // namespace scn

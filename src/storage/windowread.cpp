@@ -24,7 +24,7 @@ std::optional<qint64> placeOf(RowCursor& rows, const RowOrder& order, qint64 tim
     qint64 count = order.count();
     while (count > 0) {
         const qint64 half = count / 2;
-        const std::optional<qint64> found = rows.timeOf(order.rowAt(first + half));
+        const std::optional<qint64> found = rows.timeAt(order, first + half);
         if (!found) {
             return std::nullopt;
         }
@@ -85,8 +85,8 @@ ReadStep WindowRead::addOrderedRows(const QString& path, const QSharedPointer<QS
     if (*first >= *end) {
         return ReadStep::Done;
     }
-    const std::optional<qint64> firstTime = rows.timeOf(order->rowAt(*first));
-    const std::optional<qint64> lastTime = rows.timeOf(order->rowAt(*end - 1));
+    const std::optional<qint64> firstTime = rows.timeAt(*order, *first);
+    const std::optional<qint64> lastTime = rows.timeAt(*order, *end - 1);
     if (!firstTime || !lastTime || (m_hasTime && *firstTime <= m_lastTime)) {
         return ReadStep::Failed;
     }

@@ -13,6 +13,8 @@
 #include <QtTest>
 
 #include <algorithm>
+#include <limits>
+#include <optional>
 
 using namespace scn;
 
@@ -25,10 +27,12 @@ qint64 midnight()
     return localTime("2026-01-19 00:00:00.000");
 }
 
-/// One read, with the order of the rows and without.
+/// One read, with the order of the rows and without. Readings are picked from memory and, where none are kept,
+/// from the file.
 struct Compared
 {
     QVector<QPointF> picked;
+    QVector<QPointF> pickedFromFile;
     QVector<QPointF> plain;
     bool isFound = false;
 };
@@ -62,6 +66,9 @@ private slots:
     void rowsOfOthersChangeTheOrder();
     void tableDroppedAndMadeAgain();
     void textForAValueIsReadRowByRow();
+    void readingsAreKept();
+    void readingsFarApartAreNotKept();
+    void readingsNotAskedForAreDropped();
     void manyFilesAreNotHeld();
     void picksEqualEveryRow();
 
@@ -72,6 +79,7 @@ private:
 
     ReadScene m_scene;
     RowOrders m_orders;
+    RowOrders m_ordersAlone{0}; ///< Keeps no readings.
 };
 
 void TestWindowRead::cleanup()
@@ -84,20 +92,20 @@ Compared TestWindowRead::compare(const ReadRange& range, const QString& path,
                                  const QStringList& tables)
 {
     const QSharedPointer<QSqlDatabase> db = m_scene.store().openDb(path);
-    WindowRead picking(range, &m_orders);
-    WindowRead plain(range, nullptr);
-    for (const QString& table : tables) {
-        inShortSlices([&](ReadSlice& slice) { return picking.addTable(path, db, table, slice); });
-        inShortSlices([&](ReadSlice& slice) { return plain.addTable(path, db, table, slice); });
-    }
-    Compared result;
-    const auto finish = [](WindowRead& read) {
-        return inShortSlices([&read](ReadSlice& slice) { return read.finish(slice); });
+    const auto pointsWith = [&](RowOrders* orders) -> std::optional<QVector<QPointF>> {
+        WindowRead read(range, orders);
+        for (const QString& table : tables) {
+            inShortSlices([&](ReadSlice& slice) { return read.addTable(path, db, table, slice); });
+        }
+        const bool isDone =
+            inShortSlices([&](ReadSlice& slice) { return read.finish(slice); }) == ReadStep::Done;
+        return isDone ? std::make_optional(read.points()) : std::nullopt;
     };
-    result.isFound = finish(picking) == ReadStep::Done;
-    result.picked = result.isFound ? picking.points() : QVector<QPointF>();
-    result.plain = finish(plain) == ReadStep::Done ? plain.points() : QVector<QPointF>();
-    return result;
+    const auto picked = pointsWith(&m_orders);
+    const auto pickedFromFile = pointsWith(&m_ordersAlone);
+    return {picked.value_or(QVector<QPointF>()), pickedFromFile.value_or(QVector<QPointF>()),
+            pointsWith(nullptr).value_or(QVector<QPointF>()),
+            picked.has_value() && pickedFromFile.has_value()};
 }
 
 void TestWindowRead::picksOnlyWhatIsShown()
@@ -109,6 +117,7 @@ void TestWindowRead::picksOnlyWhatIsShown()
     const ReadRange range{1, midnight() + 150, midnight() + 400000, 50};
     const Compared before = compare(range, pathOf(kDay), {table});
     COMPARE_EXACTLY(before.picked, before.plain);
+    COMPARE_EXACTLY(before.pickedFromFile, before.plain);
     QCOMPARE(before.picked.size(), 50);
     COMPARE_EXACTLY(before.picked, thinned(ramp(midnight(), 5000, 100).mid(2, 3999), 50));
 }
@@ -124,6 +133,7 @@ void TestWindowRead::gapsInTheNumbersAreKnown()
         compare({1, midnight(), midnight() + kBatchMs, 40}, pathOf(kDay), {table});
     QVERIFY(both.isFound);
     COMPARE_EXACTLY(both.picked, both.plain);
+    COMPARE_EXACTLY(both.pickedFromFile, both.plain);
     const QSharedPointer<QSqlDatabase> db = m_scene.store().openDb(pathOf(kDay));
     ReadSlice wholly;
     const RowOrder& order = *m_orders.update(pathOf(kDay), *db, table, 1, wholly);
@@ -147,6 +157,7 @@ void TestWindowRead::latePointIsInItsPlace()
         compare({1, midnight(), midnight() + kBatchMs, 40}, pathOf(kDay), {table});
     QVERIFY(both.isFound);
     COMPARE_EXACTLY(both.picked, both.plain);
+    COMPARE_EXACTLY(both.pickedFromFile, both.plain);
     const QSharedPointer<QSqlDatabase> db = m_scene.store().openDb(pathOf(kDay));
     ReadSlice wholly;
     QVERIFY(!m_orders.update(pathOf(kDay), *db, table, 1, wholly)->isKnown());
@@ -190,6 +201,7 @@ void TestWindowRead::rowsOfOthersChangeTheOrder()
     const Compared both = compare(range, pathOf(kDay), {table});
     QVERIFY(both.isFound);
     COMPARE_EXACTLY(both.picked, both.plain);
+    COMPARE_EXACTLY(both.pickedFromFile, both.plain);
 }
 
 void TestWindowRead::tableDroppedAndMadeAgain()
@@ -214,6 +226,84 @@ void TestWindowRead::textForAValueIsReadRowByRow()
     file.execute(QStringLiteral("UPDATE %1 SET value = 'twelve'").arg(table));
     QVERIFY(!compare({1, midnight(), midnight() + kBatchMs, 10}, pathOf(kDay), {table}).isFound);
     QCOMPARE(m_scene.store().readCurveData(1, midnight(), midnight() + kBatchMs, 10).size(), 10);
+}
+
+void TestWindowRead::readingsAreKept()
+{
+    const QString table = DayFileWriter::tableName(1, midnight());
+    DayFileWriter file(pathOf(kDay));
+    file.addCurve(1, curveName(1));
+    const QVector<QPointF> written = ramp(midnight(), 3000, 100);
+    file.addBatch(1, midnight(), table, written);
+    QVERIFY(compare({1, midnight(), midnight() + kBatchMs, 40}, pathOf(kDay), {table}).isFound);
+    QCOMPARE(m_orders.kept(), qint64(3000));
+    QCOMPARE(m_ordersAlone.kept(), qint64(0));
+    QSharedPointer<QSqlDatabase> db = m_scene.store().openDb(pathOf(kDay));
+    ReadSlice wholly;
+    const RowOrder& order = *m_orders.update(pathOf(kDay), *db, table, 1, wholly);
+    QVERIFY(order.kept());
+    QCOMPARE(order.kept()->count(), qint64(3000));
+    for (const int place : {0, 1, 1234, 2999}) {
+        QVERIFY(exactpoints::same(order.kept()->at(place), written.at(place)));
+    }
+    // What another connection writes makes it start again.
+    file.execute(QStringLiteral("DELETE FROM %1 WHERE id > 1000").arg(table));
+    m_orders.update(pathOf(kDay), *db, table, 1, wholly);
+    QCOMPARE(m_orders.kept(), qint64(1000));
+    m_orders.clear();
+    QCOMPARE(m_orders.kept(), qint64(0));
+}
+
+void TestWindowRead::readingsFarApartAreNotKept()
+{
+    constexpr qint64 kFarthestMs = std::numeric_limits<quint32>::max();
+    const QString table = DayFileWriter::tableName(1, midnight());
+    DayFileWriter file(pathOf(kDay));
+    file.addCurve(1, curveName(1));
+    QVector<QPointF> written = ramp(midnight(), 10, 100);
+    written.append(QPointF(double(midnight() + kFarthestMs), 1.0));
+    file.addBatch(1, midnight(), table, written);
+    const ReadRange range{1, midnight(), midnight() + 2 * kFarthestMs, 5};
+    const Compared near = compare(range, pathOf(kDay), {table});
+    COMPARE_EXACTLY(near.picked, near.plain);
+    QCOMPARE(m_orders.kept(), qint64(11));
+    file.execute(QStringLiteral("INSERT INTO %1 (curve_id, timestamp, value) VALUES (1, %2, 2.0)")
+                     .arg(table)
+                     .arg(midnight() + kFarthestMs + 1));
+    const Compared both = compare(range, pathOf(kDay), {table});
+    QVERIFY(both.isFound);
+    COMPARE_EXACTLY(both.picked, both.plain);
+    QCOMPARE(both.picked.last().x(), double(midnight() + kFarthestMs + 1));
+    QCOMPARE(m_orders.kept(), qint64(0));
+}
+
+void TestWindowRead::readingsNotAskedForAreDropped()
+{
+    DayFileWriter file(pathOf(kDay));
+    file.addCurve(1, curveName(1));
+    QStringList tables;
+    for (int batch = 0; batch < 3; ++batch) {
+        const qint64 start = midnight() + batch * kBatchMs;
+        tables.append(DayFileWriter::tableName(1, start));
+        file.addBatch(1, start, tables.last(), ramp(start, 100, 1000));
+    }
+    const QSharedPointer<QSqlDatabase> db = m_scene.store().openDb(pathOf(kDay));
+    RowOrders orders(250);
+    ReadSlice wholly;
+    const auto update = [&](int batch) {
+        return orders.update(pathOf(kDay), *db, tables.at(batch), 1, wholly);
+    };
+    update(0);
+    update(1);
+    update(0);
+    QCOMPARE(orders.kept(), qint64(200));
+    QVERIFY(update(2)->kept());
+    QCOMPARE(orders.kept(), qint64(200));
+    QVERIFY(update(0)->kept());
+    const RowOrder* const dropped = update(1);
+    QVERIFY(!dropped->kept());
+    QVERIFY(dropped->isKnown());
+    QCOMPARE(dropped->count(), qint64(100));
 }
 
 void TestWindowRead::manyFilesAreNotHeld()
@@ -296,7 +386,8 @@ void TestWindowRead::picksEqualEveryRow()
             const int limit = 1 + random.bounded(kLimits[random.bounded(5)]);
             const Compared both = compare({1, start, end, limit}, path, tables);
             lost += both.isFound ? 0 : 1;
-            QVERIFY2(samePoints(both.picked, both.plain),
+            QVERIFY2(samePoints(both.picked, both.plain) &&
+                         samePoints(both.pickedFromFile, both.plain),
                      qPrintable(QStringLiteral("seed %1, round %2, read %3: at most %4")
                                     .arg(seed)
                                     .arg(round)
