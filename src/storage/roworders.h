@@ -16,8 +16,8 @@ namespace scn {
 class RowOrders
 {
 public:
-    /// Readings kept: 96 MB.
-    static constexpr qint64 kMostKept = 8000000;
+    /// Readings kept: 144 MB.
+    static constexpr qint64 kMostKept = 12000000;
 
     explicit RowOrders(qint64 mostKept = kMostKept)
         : m_mostKept(mostKept)
