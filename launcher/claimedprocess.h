@@ -1,8 +1,7 @@
 #pragma once
 
 #include "launcher/childclaim.h"
-
-#include <QProcess>
+#include "launcher/sessionprocess.h"
 
 #include <memory>
 #include <utility>
@@ -10,7 +9,7 @@
 namespace scnlauncher {
 
 /// A process that keeps what was claimed for it, also when its launcher dies.
-class ClaimedProcess : public QProcess
+class ClaimedProcess : public SessionProcess
 {
 public:
     /// To be given before the start; null takes it away.
@@ -19,6 +18,7 @@ public:
 protected:
     void setupChildProcess() override
     {
+        SessionProcess::setupChildProcess();
         if (m_claim) {
             m_claim->passOn();
         }

@@ -82,7 +82,8 @@ void LauncherWindow::restorePlace()
     const QRect free = screen()->availableGeometry();
     if (!isRestored) {
         resize(kUsualSize.boundedTo(free.size() - kFrame));
-        move(free.center() - rect().center());
+        // The place is that of the frame.
+        move(free.center() - QRect(QPoint(), size() + kFrame).center());
     } else if (!isMaximized()) {
         setGeometry(inside(geometry(), free));
     }

@@ -46,9 +46,10 @@ qint64 processOf(xcb_connection_t* connection, xcb_window_t window)
 }
 
 /// A scale factor may round it up or down.
-bool isNear(const xcb_get_geometry_reply_t& window, const QSize& size)
+bool isNear(const xcb_get_geometry_reply_t& window, const QRect& place)
 {
-    return qAbs(window.width - size.width()) <= 1 && qAbs(window.height - size.height()) <= 1;
+    return qAbs(window.x - place.x()) <= 1 && qAbs(window.y - place.y()) <= 1 &&
+           qAbs(window.width - place.width()) <= 1 && qAbs(window.height - place.height()) <= 1;
 }
 
 QString text(const char* source)
@@ -125,17 +126,20 @@ bool NativeWindows::putBack(qulonglong handle, qulonglong parent, const QRect& p
         owned(xcb_query_tree_reply(connection, xcb_query_tree(connection, window), nullptr));
     const auto now =
         owned(xcb_get_geometry_reply(connection, xcb_get_geometry(connection, window), nullptr));
-    if (!tree || !now || (tree->parent == parent && isNear(*now, place.size()))) {
+    if (!tree || !now || (tree->parent == parent && isNear(*now, place))) {
         return false;
     }
     if (tree->parent != parent) {
         xcb_reparent_window(connection, window, static_cast<xcb_window_t>(parent),
                             static_cast<int16_t>(place.x()), static_cast<int16_t>(place.y()));
     }
-    const std::array<uint32_t, 2> size = {static_cast<uint32_t>(place.width()),
-                                          static_cast<uint32_t>(place.height())};
-    xcb_configure_window(connection, window, XCB_CONFIG_WINDOW_WIDTH | XCB_CONFIG_WINDOW_HEIGHT,
-                         size.data());
+    const std::array<uint32_t, 4> values = {
+        static_cast<uint32_t>(place.x()), static_cast<uint32_t>(place.y()),
+        static_cast<uint32_t>(place.width()), static_cast<uint32_t>(place.height())};
+    xcb_configure_window(connection, window,
+                         XCB_CONFIG_WINDOW_X | XCB_CONFIG_WINDOW_Y | XCB_CONFIG_WINDOW_WIDTH |
+                             XCB_CONFIG_WINDOW_HEIGHT,
+                         values.data());
     xcb_map_window(connection, window);
     xcb_flush(connection);
     return true;

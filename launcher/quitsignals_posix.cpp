@@ -39,6 +39,7 @@ void onQuitSignal(const std::function<void()>& action)
     });
     std::signal(SIGINT, onSignal);
     std::signal(SIGTERM, onSignal);
+    std::signal(SIGHUP, SIG_IGN);
 }
 
 } // namespace scnlauncher

@@ -2,9 +2,9 @@
 
 #include "launcher/linecutter.h"
 #include "launcher/ownership.h"
+#include "launcher/sessionprocess.h"
 
 #include <QObject>
-#include <QProcess>
 #include <QString>
 #include <QStringList>
 
@@ -39,7 +39,7 @@ private:
     void readErrors();
     void keep(const QByteArray& line);
 
-    QProcess m_process;
+    SessionProcess m_process;
     Ownership m_transcript;
     LineCutter m_errors;
     QStringList m_lastWords;

@@ -5,7 +5,7 @@
 build_packages="g++ cmake ninja-build ccache qtbase5-dev libqt5svg5-dev libqwt-qt5-dev libqt5sql5-sqlite libsqlite3-dev libpq-dev libxcb1-dev libcli11-dev dpkg-dev fonts-wqy-microhei qttranslations5-l10n"
 package_packages="file"
 display_packages="xvfb xauth xdotool x11-utils imagemagick"
-test_packages="$display_packages sqlite3 faketime locales postgresql procps python3-pyvisa-py python3-serial"
+test_packages="$display_packages openbox sqlite3 faketime locales postgresql procps python3-pyvisa-py python3-serial"
 long_packages="mmdebstrap time weston xwayland $package_packages"
 bench_packages="libbenchmark-dev postgresql sqlite3 python3-pyqtgraph"
 check_packages="clang-format-16 clang-tidy $bench_packages"

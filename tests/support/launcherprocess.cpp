@@ -20,6 +20,22 @@ QString commandOf(qint64 process)
     return file.open(QIODevice::ReadOnly) ? QString::fromUtf8(file.readAll()).trimmed() : QString();
 }
 
+/// Child process of that name; 0 if there is none.
+qint64 childOf(qint64 parent, const QString& name)
+{
+    QFile file(QStringLiteral("/proc/%1/task/%1/children").arg(parent));
+    if (!file.open(QIODevice::ReadOnly)) {
+        return 0;
+    }
+    const QList<QByteArray> children = file.readAll().simplified().split(' ');
+    for (const QByteArray& each : children) {
+        if (commandOf(each.toLongLong()) == name) {
+            return each.toLongLong();
+        }
+    }
+    return 0;
+}
+
 qulonglong windowOf(const QString& title, const XDisplay& display)
 {
     const QString found =
@@ -65,6 +81,27 @@ void LauncherProcess::start(const QStringList& arguments)
     m_started.append(m_process.processId());
 }
 
+void LauncherProcess::startInTerminal(const QStringList& arguments)
+{
+    m_isInTerminal = true;
+    const QString command = QStringLiteral("exec " SCN_BIN_DIR "/scn4070a-launcher '%1'")
+                                .arg(arguments.join(QStringLiteral("' '")));
+    m_process.start(QStringLiteral("script"),
+                    {QStringLiteral("--quiet"), QStringLiteral("--return"),
+                     QStringLiteral("--command"), command, QStringLiteral("/dev/null")});
+    const bool isRunning = QTest::qWaitFor([this] { return processId() != 0; }, kStartWaitMs);
+    Q_ASSERT(isRunning);
+    Q_UNUSED(isRunning)
+    m_started.append(processId());
+}
+
+qint64 LauncherProcess::processId() const
+{
+    // The system cuts names at 15 characters.
+    return m_isInTerminal ? childOf(m_process.processId(), QStringLiteral("scn4070a-launch"))
+                          : m_process.processId();
+}
+
 void LauncherProcess::kill()
 {
     m_process.kill();
@@ -98,18 +135,7 @@ QString LauncherProcess::log() const
 
 qint64 LauncherProcess::child(const QString& name) const
 {
-    const qint64 own = m_process.processId();
-    QFile file(QStringLiteral("/proc/%1/task/%1/children").arg(own));
-    if (!file.open(QIODevice::ReadOnly)) {
-        return 0;
-    }
-    const QList<QByteArray> children = file.readAll().simplified().split(' ');
-    for (const QByteArray& each : children) {
-        if (commandOf(each.toLongLong()) == name) {
-            return each.toLongLong();
-        }
-    }
-    return 0;
+    return childOf(processId(), name);
 }
 
 QStringList LauncherProcess::locks() const

@@ -2,6 +2,7 @@
 
 #include "support/xdisplay.h"
 
+#include <QByteArray>
 #include <QList>
 #include <QProcess>
 #include <QString>
@@ -22,12 +23,17 @@ public:
     void setVariable(const QString& name, const QString& value);
 
     void start(const QStringList& arguments);
+    /// The same from a terminal, where keys can be typed and which can be closed.
+    void startInTerminal(const QStringList& arguments);
+    void type(const QByteArray& keys) { m_process.write(keys); }
+    void closeTerminal() { kill(); }
     void terminate() { m_process.terminate(); }
     void kill();
     bool waitForEnd();
     bool crashed() const { return m_process.exitStatus() == QProcess::CrashExit; }
     int exitCode() const { return m_process.exitCode(); }
-    qint64 processId() const { return m_process.processId(); }
+    /// Of the launcher; 0 before it runs.
+    qint64 processId() const;
     QString output() { return QString::fromUtf8(m_process.readAllStandardOutput()); }
     QString errors() { return QString::fromUtf8(m_process.readAllStandardError()); }
     /// Waits until its standard error holds this.
@@ -53,4 +59,5 @@ private:
     const QTemporaryDir m_home;
     QProcess m_process;
     QList<qint64> m_started;
+    bool m_isInTerminal = false;
 };

@@ -54,6 +54,8 @@ private slots:
     void platformOfTheDesktopIsOverruled_data();
     void platformOfTheDesktopIsOverruled();
     void programOutlivesALauncherThatDies();
+    void keysOfTheTerminalEndItInOrder();
+    void closedTerminalLeavesItAlone();
     void secondOnAnInstrumentIsRefused();
     void instrumentOfALeftProgramIsRefused();
     void whatCannotStartIsToldAndEndsIt_data();
@@ -253,6 +255,46 @@ void TestLauncher::programOutlivesALauncherThatDies()
         QTest::qWaitFor([&] { return instrument.received().size() >= polls + 3; }, kStartWaitMs);
     ::kill(static_cast<pid_t>(program), SIGKILL);
     QVERIFY(polled);
+}
+
+void TestLauncher::keysOfTheTerminalEndItInOrder()
+{
+    LauncherProcess launcher(m_display.name());
+    launcher.startInTerminal(kSmallest);
+    QVERIFY2(waitForEmbedding(), qPrintable(launcher.output()));
+    const qint64 program = launcher.child(QStringLiteral("scn4070a"));
+    const qint64 simulator = launcher.child(QStringLiteral("scn4070a-sim"));
+    QVERIFY(program != 0);
+    QVERIFY(simulator != 0);
+    constexpr char kControlC[] = "\x03";
+    launcher.type(kControlC);
+    QVERIFY(launcher.waitForEnd());
+    QCOMPARE(launcher.exitCode(), 0);
+    QVERIFY(!isThere(program));
+    QVERIFY(!isThere(simulator));
+    QCOMPARE(launcher.locks(), QStringList());
+    const QString log = launcher.log();
+    QVERIFY2(log.contains(QLatin1String("child app received exit cmd!")), qPrintable(log));
+}
+
+void TestLauncher::closedTerminalLeavesItAlone()
+{
+    const SimulatedInstrument instrument(SimulatedInstrument::Transport::Tcp, kSmallest);
+    LauncherProcess launcher(m_display.name());
+    launcher.startInTerminal({instrument.resource()});
+    QVERIFY2(waitForEmbedding(), qPrintable(launcher.output()));
+    const qint64 process = launcher.processId();
+    const qint64 program = launcher.child(QStringLiteral("scn4070a"));
+    QVERIFY(program != 0);
+    launcher.closeTerminal();
+    const int polls = instrument.received().size();
+    QTRY_VERIFY_WITH_TIMEOUT(instrument.received().size() >= polls + 3, kStartWaitMs);
+    QVERIFY(isThere(process));
+    QVERIFY(waitForEmbedding());
+    // Its window asks as always.
+    QVERIFY(m_display.closeWindow(window()));
+    QTRY_VERIFY_WITH_TIMEOUT(!isThere(process), kEndWaitMs);
+    QVERIFY(!isThere(program));
 }
 
 void TestLauncher::secondOnAnInstrumentIsRefused()

@@ -1,0 +1,16 @@
+#pragma once
+
+#include <QProcess>
+
+namespace scnlauncher {
+
+/// A process in a session of its own: what a terminal does to the launcher, Ctrl+C or its closing, reaches
+/// the launcher alone, which then ends its processes in their order.
+class SessionProcess : public QProcess
+{
+protected:
+    /// Only async-signal-safe calls here: it runs between fork and exec.
+    void setupChildProcess() override;
+};
+
+} // namespace scnlauncher
