@@ -16,9 +16,9 @@ constexpr char kClearLine[] = "\r\x1b[K";
 
 } // namespace
 
-ProgressLine::ProgressLine(const QString& unit)
+ProgressLine::ProgressLine(const QString& unit, int target)
     : m_unit(unit)
-    , m_isTerminal(::isatty(STDERR_FILENO) == 1)
+    , m_isTerminal(::isatty(STDERR_FILENO) == 1 && ::isatty(target) == 0)
 {
     m_sinceShown.start();
 }

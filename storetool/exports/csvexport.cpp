@@ -5,6 +5,7 @@
 #include "storetool/console/progressline.h"
 
 #include <QEventLoop>
+#include <QFileDevice>
 #include <QTimer>
 
 #include <chrono>
@@ -14,10 +15,10 @@ namespace {
 
 constexpr std::chrono::milliseconds kInterruptCheck{50};
 
-ExportResult run(CsvExportFromDBThread& engine)
+ExportResult run(CsvExportFromDBThread& engine, int target = -1)
 {
     ExportResult result = ExportCancelled;
-    ProgressLine progress(QStringLiteral("rows"));
+    ProgressLine progress(QStringLiteral("rows"), target);
     QEventLoop loop;
     QTimer check;
     QObject::connect(&check, &QTimer::timeout, &loop, [&engine] {
@@ -45,7 +46,7 @@ ExportResult exportToDevice(const ExportJob& job, QFileDevice& device)
     CsvExportFromDBThread engine(&job.store, job.curves, {}, job.separator, job.header,
                                  job.times.start, job.times.end);
     engine.setDevice(&device);
-    return run(engine);
+    return run(engine, device.handle());
 }
 
 ExportResult exportToParts(const ExportJob& job, const QString& path)

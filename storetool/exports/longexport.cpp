@@ -5,7 +5,7 @@
 #include "storetool/console/interrupt.h"
 #include "storetool/console/progressline.h"
 
-#include <QIODevice>
+#include <QFileDevice>
 
 #include <algorithm>
 #include <atomic>
@@ -19,7 +19,7 @@ constexpr int kWriteBytes = 262144;
 
 } // namespace
 
-LongExport::LongExport(const ExportJob& job, QIODevice& device)
+LongExport::LongExport(const ExportJob& job, QFileDevice& device)
     : m_job(job)
     , m_device(device)
     , m_rows(job.separator)
@@ -83,7 +83,7 @@ ExportResult LongExport::writeRows()
         }
     }
     std::make_heap(heap.begin(), heap.end(), isLater);
-    ProgressLine progress(QStringLiteral("readings"));
+    ProgressLine progress(QStringLiteral("readings"), m_device.handle());
     qint64 readings = 0;
     m_rows.addTitles();
     while (!heap.empty() && !isInterrupted()) {

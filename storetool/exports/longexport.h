@@ -10,7 +10,7 @@
 #include <memory>
 #include <vector>
 
-class QIODevice;
+class QFileDevice;
 
 namespace scnstore {
 
@@ -20,7 +20,7 @@ class LongExport
 {
 public:
     /// The device is open.
-    LongExport(const ExportJob& job, QIODevice& device);
+    LongExport(const ExportJob& job, QFileDevice& device);
 
     ExportResult run();
 
@@ -44,7 +44,7 @@ private:
     bool flush();
 
     const ExportJob& m_job;
-    QIODevice& m_device;
+    QFileDevice& m_device;
     LongRows m_rows;
     std::vector<Source> m_sources;
 };

@@ -91,6 +91,7 @@ private slots:
     void interruptLeavesNoPart();
     void deletedRunLeavesNoPart();
     void progressIsForTerminals();
+    void rowsOnATerminalAreNotDisturbed();
 };
 
 void TestStoreExport::rowsAreTheReadings()
@@ -441,6 +442,25 @@ void TestStoreExport::progressIsForTerminals()
         runStore({kExport, run.scene().dataDirectory(), QStringLiteral("-o"), file});
     QCOMPARE(piped.exitCode, 0);
     QCOMPARE(piped.errors, QByteArray());
+}
+
+/// Both go to one terminal.
+void TestStoreExport::rowsOnATerminalAreNotDisturbed()
+{
+    const LongRun run;
+    for (const QString& form : {QString(), QStringLiteral(" --long")}) {
+        QProcess terminal;
+        terminal.start(QStringLiteral("script"),
+                       {QStringLiteral("-qec"),
+                        QStringLiteral("'%1' export '%2'%3")
+                            .arg(QStringLiteral(SCN_STORE), run.scene().dataDirectory(), form),
+                        QStringLiteral("/dev/null")});
+        QVERIFY(terminal.waitForFinished(kPatienceMs));
+        QCOMPARE(terminal.exitCode(), 0);
+        const QByteArray shown = terminal.readAll();
+        QVERIFY(shown.size() > 100000);
+        QCOMPARE(shown.indexOf('\x1b'), -1);
+    }
 }
 
 SCN_TEST(TestStoreExport, QCoreApplication)
