@@ -43,12 +43,12 @@ QString textOf(const CheckedRun& checked, int gapFactor)
                        QString::number(intervals.gaps(gapFactor))});
         for (const ReadingGap& gap : intervals.longestGaps(gapFactor)) {
             gaps += QStringLiteral("%1: none for %2 after %3\n")
-                        .arg(curve.key(), seconds(gap.length()), timeText(timeOf(gap.from)));
+                        .arg(shown(curve.key()), seconds(gap.length()), timeText(timeOf(gap.from)));
         }
     }
     QString notes;
     for (const QString& note : checked.notes) {
-        notes += QStringLiteral("Note: %1.\n").arg(note);
+        notes += QStringLiteral("Note: %1.\n").arg(shown(note));
     }
     const QString verdict = checked.damage.isEmpty() ? QStringLiteral("The run is sound.\n")
                                                      : QStringLiteral("The run is damaged.\n");

@@ -20,7 +20,7 @@ const QString kOnce = QStringLiteral("once");
 
 void say(const QString& line)
 {
-    std::fprintf(stderr, "%s\n", qUtf8Printable(line));
+    std::fprintf(stderr, "%s\n", qUtf8Printable(shown(line)));
 }
 
 /// The exit code if the command line is wrong.

@@ -25,7 +25,8 @@ QString textOf(const StoredRun& run, const RunSummary& summary)
 {
     const auto line = [](const char* label, const QString& text) -> QString {
         constexpr int kLabelWidth = 12;
-        return QString::fromLatin1(label).leftJustified(kLabelWidth) + text + QLatin1Char('\n');
+        return QString::fromLatin1(label).leftJustified(kLabelWidth) + shown(text) +
+               QLatin1Char('\n');
     };
     QString text = line("Run", run.directory) + line("Serial", run.serial);
     if (!run.instrument.isEmpty()) {
@@ -75,17 +76,21 @@ QJsonObject jsonOf(const StoredRun& run, const RunSummary& summary)
         }
         curves.append(object);
     }
-    return {{QStringLiteral("run"), run.directory},
-            {QStringLiteral("serial"), run.serial},
-            {QStringLiteral("instrument"), run.instrument},
-            {QStringLiteral("kept"), run.isKept},
-            {QStringLiteral("source"), run.source},
-            {QStringLiteral("start"), timeJson(summary.startOf(run))},
-            {QStringLiteral("end"), timeJson(summary.end())},
-            {QStringLiteral("readings"), summary.readings},
-            {QStringLiteral("bytes"), summary.bytes},
-            {QStringLiteral("files"), files},
-            {QStringLiteral("curves"), curves}};
+    QJsonObject object{{QStringLiteral("run"), run.directory},
+                       {QStringLiteral("serial"), run.serial},
+                       {QStringLiteral("instrument"), run.instrument},
+                       {QStringLiteral("kept"), run.isKept},
+                       {QStringLiteral("source"), run.source},
+                       {QStringLiteral("start"), timeJson(summary.startOf(run))},
+                       {QStringLiteral("end"), timeJson(summary.end())},
+                       {QStringLiteral("readings"), summary.readings},
+                       {QStringLiteral("bytes"), summary.bytes},
+                       {QStringLiteral("files"), files},
+                       {QStringLiteral("curves"), curves}};
+    if (!summary.damage.isEmpty()) {
+        object.insert(QStringLiteral("damage"), QJsonArray{summary.damage});
+    }
+    return object;
 }
 
 } // namespace
@@ -109,16 +114,17 @@ int runInfoCommand(const QStringList& arguments)
     if (isInterrupted()) {
         return fail(kFailed, QStringLiteral("info: interrupted."));
     }
-    if (!summary.damage.isEmpty()) {
-        return fail(
-            kDamaged,
-            QStringLiteral("info: %1. 'scn4070a-store check' tells more.").arg(summary.damage));
+    const bool isDamaged = !summary.damage.isEmpty();
+    if (isDamaged) {
+        fail(kDamaged,
+             QStringLiteral("info: %1. 'scn4070a-store check' tells more.").arg(summary.damage));
     }
     const bool isPrinted = parser.isSet(json) ? printJson(jsonOf(run->run(), summary))
-                                              : print(textOf(run->run(), summary));
-    return isPrinted
-               ? kFine
-               : fail(kFailed, QStringLiteral("info: the standard output cannot be written."));
+                                              : isDamaged || print(textOf(run->run(), summary));
+    if (!isPrinted) {
+        return fail(kFailed, QStringLiteral("info: the standard output cannot be written."));
+    }
+    return isDamaged ? kDamaged : kFine;
 }
 
 } // namespace scnstore

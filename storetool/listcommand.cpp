@@ -22,10 +22,18 @@ struct ListedRun
     RunSummary summary;
 };
 
+/// The runs in some folders, and the folders below them that there is no right to look into.
+struct RunList
+{
+    QVector<ListedRun> runs;
+    QStringList closed;
+};
+
 ListedRun listedRun(const StoredRun& run)
 {
     const std::optional<QString> missing = missingRightOf(run);
-    ListedRun listed{run, missing ? *missing : refusalOf(run).value_or(QString()), {}};
+    const std::optional<Refusal> refusal = missing ? std::nullopt : refusalOf(run);
+    ListedRun listed{run, missing ? *missing : refusal ? refusal->sentence : QString(), {}};
     if (listed.refusal.isEmpty()) {
         const SideFiles sideFiles(run);
         listed.summary = summaryOf(run, SummaryDetail::Counts);
@@ -66,28 +74,71 @@ QJsonObject jsonOf(const ListedRun& listed)
     object.insert(QStringLiteral("readings"), summary.readings);
     object.insert(QStringLiteral("bytes"), summary.bytes);
     if (!summary.damage.isEmpty()) {
-        object.insert(QStringLiteral("damage"), summary.damage);
+        object.insert(QStringLiteral("damage"), QJsonArray{summary.damage});
     }
     return object;
 }
 
-bool printList(const QVector<ListedRun>& runs, bool asJson)
+/// Ends early if it is interrupted.
+RunList listRuns(const QStringList& folders)
+{
+    RunList list;
+    QSet<QString> seen;
+    for (const QString& folder : folders) {
+        const FoundRuns found = runsBelow(folder);
+        list.closed += found.closed;
+        for (const StoredRun& run : found.runs) {
+            if (isInterrupted()) {
+                return list;
+            }
+            if (!seen.contains(run.directory)) {
+                seen.insert(run.directory);
+                list.runs.append(listedRun(run));
+            }
+        }
+    }
+    return list;
+}
+
+bool printList(const RunList& list, bool asJson)
 {
     if (asJson) {
         QJsonArray array;
-        for (const ListedRun& listed : runs) {
+        for (const ListedRun& listed : list.runs) {
             array.append(jsonOf(listed));
         }
-        return printJson({{QStringLiteral("runs"), array}});
+        return printJson({{QStringLiteral("runs"), array},
+                          {QStringLiteral("closed"), QJsonArray::fromStringList(list.closed)}});
     }
     QVector<QStringList> rows{{QStringLiteral("SERIAL"), QStringLiteral("INSTRUMENT"),
                                QStringLiteral("START"), QStringLiteral("END"),
                                QStringLiteral("CURVES"), QStringLiteral("READINGS"),
                                QStringLiteral("BYTES"), QStringLiteral("RUN")}};
-    for (const ListedRun& listed : runs) {
+    for (const ListedRun& listed : list.runs) {
         rows.append(rowOf(listed));
     }
     return print(tableText(rows, {4, 5, 6}));
+}
+
+/// Says what the list itself does not, and returns the exit code.
+ExitCode tellOf(const RunList& list, const QStringList& folders)
+{
+    ExitCode code = kFine;
+    if (list.runs.isEmpty()) {
+        fail(code, QStringLiteral("list: there is no run below %1.")
+                       .arg(folders.join(QStringLiteral(", "))));
+    }
+    for (const QString& folder : list.closed) {
+        code = kFailed;
+        fail(code, QStringLiteral("list: there is no right to look into %1.").arg(folder));
+    }
+    for (const ListedRun& listed : list.runs) {
+        if (!listed.summary.damage.isEmpty()) {
+            code = kDamaged;
+            fail(code, QStringLiteral("list: %1.").arg(listed.summary.damage));
+        }
+    }
+    return code;
 }
 
 } // namespace
@@ -111,29 +162,15 @@ int runListCommand(const QStringList& arguments)
                     QStringLiteral("list: there is no folder %1.").arg(given.constFirst()));
     }
     catchInterrupts();
-    QVector<ListedRun> runs;
-    QSet<QString> seen;
-    bool isDamaged = false;
-    for (const QString& folder : given.isEmpty() ? defaultFolders() : given) {
-        for (const StoredRun& run : runsBelow(folder)) {
-            if (seen.contains(run.directory)) {
-                continue;
-            }
-            seen.insert(run.directory);
-            runs.append(listedRun(run));
-            if (isInterrupted()) {
-                return fail(kFailed, QStringLiteral("list: interrupted."));
-            }
-            if (!runs.constLast().summary.damage.isEmpty()) {
-                isDamaged = true;
-                fail(kDamaged, QStringLiteral("list: ") + runs.constLast().summary.damage);
-            }
-        }
+    const QStringList folders = given.isEmpty() ? defaultFolders() : given;
+    const RunList list = listRuns(folders);
+    if (isInterrupted()) {
+        return fail(kFailed, QStringLiteral("list: interrupted."));
     }
-    if (!printList(runs, parser.isSet(json))) {
+    if (!printList(list, parser.isSet(json))) {
         return fail(kFailed, QStringLiteral("list: the standard output cannot be written."));
     }
-    return isDamaged ? kDamaged : kFine;
+    return tellOf(list, folders);
 }
 
 } // namespace scnstore

@@ -79,6 +79,11 @@ QString keptRunsFolder(const QString& folder)
     return folder + QStringLiteral("/runs");
 }
 
+bool isDataDirectory(const QString& directory)
+{
+    return directory.endsWith(kDataSuffix);
+}
+
 QString serialOfDataDirectory(const QString& directory)
 {
     QString serial = QFileInfo(directory).fileName();

@@ -37,6 +37,9 @@ QString keptRunFacts(const QString& folder);
 /// Where the runs of the data directories in a folder are kept.
 QString keptRunsFolder(const QString& folder);
 
+/// Whether a directory has the name of a data directory.
+bool isDataDirectory(const QString& directory);
+
 /// The serial number in the name of a data directory.
 QString serialOfDataDirectory(const QString& directory);
 

@@ -8,6 +8,16 @@
 
 namespace scnstore {
 
+QString shown(QString text)
+{
+    for (QChar& character : text) {
+        if (character.category() == QChar::Other_Control) {
+            character = QChar::ReplacementCharacter;
+        }
+    }
+    return text;
+}
+
 bool print(const QString& text)
 {
     const QByteArray bytes = text.toUtf8();
@@ -17,7 +27,7 @@ bool print(const QString& text)
 
 int fail(ExitCode code, const QString& sentence)
 {
-    std::fprintf(stderr, "scn4070a-store: %s\n", qUtf8Printable(sentence));
+    std::fprintf(stderr, "scn4070a-store: %s\n", qUtf8Printable(shown(sentence)));
     return code;
 }
 
@@ -38,7 +48,7 @@ QString tableText(const QVector<QStringList>& rows, const QSet<int>& numberColum
     for (const QStringList& row : rows) {
         QString line;
         for (int column = 0; column < widths.size(); ++column) {
-            const QString cell = row.value(column);
+            const QString cell = shown(row.value(column));
             line += numberColumns.contains(column) ? cell.rightJustified(widths.at(column))
                                                    : cell.leftJustified(widths.at(column));
             line += QStringLiteral("  ");

@@ -14,10 +14,14 @@
 
 namespace scnstore {
 
+/// A name or a path for a terminal: control characters, which it would obey, are replaced.
+QString shown(QString text);
+
 /// Writes a text to the standard output as it is. False if it could not be written.
 bool print(const QString& text);
 
-/// Writes "scn4070a-store: <sentence>" and a line feed to the standard error, and returns the code.
+/// Writes "scn4070a-store: <sentence>" and a line feed to the standard error, as shown() has it, and returns
+/// the code.
 int fail(ExitCode code, const QString& sentence);
 
 /// Prints a JSON object, one member a line.

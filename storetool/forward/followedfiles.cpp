@@ -74,7 +74,7 @@ void FollowedFiles::findRuns()
     if (m_runsFoundAt == Clock::time_point() || now - m_runsFoundAt >= kSearchInterval) {
         m_runs.clear();
         for (const QString& directory : m_directories) {
-            m_runs += runsBelow(directory);
+            m_runs += runsBelow(directory).runs;
         }
         m_runsFoundAt = now;
     }

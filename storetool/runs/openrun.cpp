@@ -28,13 +28,18 @@ std::unique_ptr<OpenRun> openRun(const QString& command, const QCommandLineParse
         status = fail(kFailed, command + QStringLiteral(": ") + sentence);
         return nullptr;
     }
+    const auto refuse = [&](ExitCode code, const QString& why) {
+        if (parser.optionNames().contains(QStringLiteral("json"))) {
+            printJson({{QStringLiteral("run"), run->directory}, {QStringLiteral("refused"), why}});
+        }
+        status = fail(code, command + QStringLiteral(": ") + why);
+        return nullptr;
+    };
     if (const std::optional<QString> missing = missingRightOf(*run)) {
-        status = fail(kFailed, command + QStringLiteral(": ") + *missing);
-        return nullptr;
+        return refuse(kFailed, *missing);
     }
-    if (const std::optional<QString> refusal = refusalOf(*run)) {
-        status = fail(kDamaged, command + QStringLiteral(": ") + *refusal);
-        return nullptr;
+    if (const std::optional<Refusal> refusal = refusalOf(*run)) {
+        return refuse(refusal->isForNow ? kInUse : kDamaged, refusal->sentence);
     }
     catchInterrupts();
     return std::make_unique<OpenRun>(*run);

@@ -28,7 +28,8 @@ private:
 void addRunArgument(QCommandLineParser& parser);
 
 /// The run that the first positional argument names; null, after a sentence that begins with the
-/// command's name, if there is none or if it must not be opened. `status` is then the exit code.
+/// command's name, if there is none or if it must not be opened. `status` is then the exit code. A
+/// refusal is also printed as JSON if the command was asked for that.
 /// Ctrl+C no longer ends the program from here on: see catchInterrupts().
 std::unique_ptr<OpenRun> openRun(const QString& command, const QCommandLineParser& parser,
                                  int& status);

@@ -13,8 +13,8 @@ namespace {
 const QString kLogEnding = QStringLiteral("-wal");
 const QString kIndexEnding = QStringLiteral("-shm");
 
-/// Why a file of a kept run must not be opened while it has another name; nothing if it has none.
-std::optional<QString> secondNameOf(const StoredRun& run, const QString& path)
+/// Why a file outside a data directory must not be opened while it has another name; nothing if it has none.
+std::optional<Refusal> secondNameOf(const StoredRun& run, const QString& path)
 {
     const auto facts = scnlauncher::factsOf(path);
     if (!facts || facts->names < 2) {
@@ -23,14 +23,17 @@ std::optional<QString> secondNameOf(const StoredRun& run, const QString& path)
     const auto original =
         scnlauncher::factsOf(run.source + QLatin1Char('/') + QFileInfo(path).fileName());
     if (run.source.isEmpty() || (original && original->isSameFile(*facts))) {
-        return QStringLiteral("%1 is not opened under its second name. Read the run in %2.")
-            .arg(path, run.source.isEmpty() ? QStringLiteral("the program's data directory")
-                                            : run.source);
+        const QString place =
+            run.source.isEmpty() ? QStringLiteral("the program's data directory") : run.source;
+        return Refusal{QStringLiteral("%1 is not opened under its second name. Read the run in %2.")
+                           .arg(path, place),
+                       true};
     }
     // A program could have it open there. The data directory may hold another run by now.
-    return QStringLiteral("%1 has another name, which is not in the run's data directory. Copy the "
-                          "run to read it.")
-        .arg(path);
+    return Refusal{QStringLiteral("%1 has another name, which is not in the run's data directory. "
+                                  "Copy the run to read it.")
+                       .arg(path),
+                   false};
 }
 
 /// How long after its last change a file may still be written by the program that deleted it: one by one,
@@ -58,27 +61,29 @@ bool isBeingClosed(const QString& path)
            isOpenElsewhere(path);
 }
 
-std::optional<QString> refusalOf(const StoredRun& run)
+std::optional<Refusal> refusalOf(const StoredRun& run)
 {
     for (const QString& file : run.dayFiles()) {
         if (lacksIndex(file)) {
-            return QStringLiteral(
-                       "%1 has a WAL that can be read only in a folder that can be written. "
-                       "Copy the run to one.")
-                .arg(file);
+            return Refusal{
+                QStringLiteral("%1 has a WAL that can be read only in a folder that can be "
+                               "written. Copy the run to one.")
+                    .arg(file),
+                false};
         }
-        if (!run.isKept) {
+        if (run.isDataDirectory()) {
             continue;
         }
         for (const QString& name : QStringList{file, file + kLogEnding}) {
-            if (const std::optional<QString> refusal = secondNameOf(run, name)) {
+            if (const std::optional<Refusal> refusal = secondNameOf(run, name)) {
                 return refusal;
             }
         }
         if (isBeingClosed(file)) {
-            return QStringLiteral("%1 is still open in a program that deleted it. Try again in a "
-                                  "minute.")
-                .arg(file);
+            return Refusal{QStringLiteral("%1 is still open in a program that deleted it. Try "
+                                          "again in a minute.")
+                               .arg(file),
+                           true};
         }
     }
     return std::nullopt;
@@ -104,7 +109,7 @@ SideFiles::SideFiles(const StoredRun& run)
 
 SideFiles::~SideFiles()
 {
-    if (!m_run.isKept) {
+    if (m_run.isDataDirectory()) {
         return;
     }
     for (const QString& path : in(m_run.directory)) {

@@ -9,10 +9,17 @@
 
 namespace scnstore {
 
-/// Why the files of a run must not be opened, as a sentence; nothing if they may. SQLite must not meet
-/// one file under two names: it would miss the WAL that lies beside the other name, and the locks.
+/// Why the files of a run must not be opened.
+struct Refusal
+{
+    QString sentence;
+    bool isForNow; ///< The run is not over, or its program still closes it.
+};
+
+/// Nothing if the files of a run may be opened. SQLite must not meet one file under two names: it would
+/// miss the WAL that lies beside the other name, and the locks.
 /// Call it before any file of the run is open in this process.
-std::optional<QString> refusalOf(const StoredRun& run);
+std::optional<Refusal> refusalOf(const StoredRun& run);
 
 /// Which file of the run the user has no right to read, as a sentence; nothing if there is none. That is
 /// no damage.

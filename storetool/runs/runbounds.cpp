@@ -31,7 +31,7 @@ bool addFile(RunFile& file, RunBounds& bounds)
                       isFirst ? last : std::max(bounds.last, last)};
         };
         if (!isInterrupted() && catalogue.existing.contains(table.name) &&
-            !file.query(sql, {table.curveId, table.curveId}, widen)) {
+            !file.queryNumbers(sql, {table.curveId, table.curveId}, widen)) {
             return false;
         }
     }

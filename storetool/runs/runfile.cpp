@@ -5,10 +5,28 @@
 #include "storage/statements.h"
 
 #include <QFileInfo>
+#include <QSqlRecord>
 
 #include <limits>
 
 namespace scnstore {
+namespace {
+
+/// A file keeps whatever type was written to it.
+bool holdsNumbers(const QSqlQuery& row)
+{
+    for (int column = 0; column < row.record().count(); ++column) {
+        const QVariant value = row.value(column);
+        const bool isNumber =
+            value.type() == QVariant::LongLong || value.type() == QVariant::Double;
+        if (!isNumber && !value.isNull()) {
+            return false;
+        }
+    }
+    return true;
+}
+
+} // namespace
 
 RunFile::RunFile(const QString& path)
     : m_path(path)
@@ -48,6 +66,22 @@ bool RunFile::query(const QString& sql, std::initializer_list<QVariant> values, 
     m_failure.remove(QStringLiteral(" Unable to execute statement"));
     m_failure.remove(QStringLiteral(" Unable to fetch row"));
     return succeeded && m_failure.isEmpty();
+}
+
+bool RunFile::queryNumbers(const QString& sql, std::initializer_list<QVariant> values,
+                           const Row& row)
+{
+    bool areNumbers = true;
+    const bool succeeded = query(sql, values, [&areNumbers, &row](const QSqlQuery& record) {
+        areNumbers = areNumbers && holdsNumbers(record);
+        if (areNumbers) {
+            row(record);
+        }
+    });
+    if (succeeded && !areNumbers) {
+        m_failure = QStringLiteral("the time or value of a reading is no number");
+    }
+    return succeeded && areNumbers;
 }
 
 bool RunFile::readCatalogue(Catalogue& catalogue)

@@ -45,6 +45,9 @@ public:
     /// Runs a statement and hands out its rows. False if it failed, on the way too.
     bool query(const QString& sql, std::initializer_list<QVariant> values, const Row& row);
 
+    /// The same for columns that hold numbers. It fails, too, where one holds something else.
+    bool queryNumbers(const QString& sql, std::initializer_list<QVariant> values, const Row& row);
+
     /// What the base tables say: the curves by id, the tables, and the names of all tables that exist,
     /// as of one moment.
     struct Catalogue

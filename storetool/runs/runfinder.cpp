@@ -10,11 +10,21 @@ namespace {
 
 constexpr int kFoldersDown = 4;
 
-void collectRuns(const QString& folder, int foldersDown, QVector<StoredRun>& runs)
+bool mayBeEntered(const QFileInfo& folder)
 {
+    return folder.isReadable() && folder.isExecutable();
+}
+
+void collectRuns(const QString& folder, int foldersDown, FoundRuns& found)
+{
+    const QFileInfo place(folder);
+    if (place.isDir() && !mayBeEntered(place)) {
+        found.closed.append(folder);
+        return;
+    }
     const StoredRun run = StoredRun::in(folder);
     if (!run.dayFiles().isEmpty()) {
-        runs.append(run);
+        found.runs.append(run);
         return;
     }
     if (foldersDown == 0) {
@@ -24,7 +34,7 @@ void collectRuns(const QString& folder, int foldersDown, QVector<StoredRun>& run
     const QStringList names =
         parent.entryList(QDir::Dirs | QDir::NoDotAndDotDot | QDir::NoSymLinks, QDir::Name);
     for (const QString& name : names) {
-        collectRuns(parent.filePath(name), foldersDown - 1, runs);
+        collectRuns(parent.filePath(name), foldersDown - 1, found);
     }
 }
 
@@ -62,7 +72,7 @@ QString reasonFor(const QString& text)
 {
     for (const QString& path : QStringList{text} + placesOf(text)) {
         const QFileInfo place(path);
-        if (place.isDir() && !place.isReadable()) {
+        if (place.isDir() && !mayBeEntered(place)) {
             return QStringLiteral("there is no right to read %1.").arg(path);
         }
         if (!text.isEmpty() && place.exists()) {
@@ -95,11 +105,11 @@ QStringList defaultFolders()
     return folders;
 }
 
-QVector<StoredRun> runsBelow(const QString& folder)
+FoundRuns runsBelow(const QString& folder)
 {
-    QVector<StoredRun> runs;
-    collectRuns(folder, kFoldersDown, runs);
-    return runs;
+    FoundRuns found;
+    collectRuns(folder, kFoldersDown, found);
+    return found;
 }
 
 std::optional<StoredRun> findRun(const QString& text, QString& sentence)

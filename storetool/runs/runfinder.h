@@ -14,9 +14,16 @@ namespace scnstore {
 /// or built program, and those of the user.
 QStringList defaultFolders();
 
+/// What lies below a folder.
+struct FoundRuns
+{
+    QVector<StoredRun> runs;
+    QStringList closed; ///< The folders that there is no right to look into.
+};
+
 /// The runs in a folder and up to four folders below it. A folder with day files is a run, whatever its
 /// name; links are not followed.
-QVector<StoredRun> runsBelow(const QString& folder);
+FoundRuns runsBelow(const QString& folder);
 
 /// The run that a text of the command line names: the path of a directory, or "<serial>/<start>" or
 /// the name of a data directory in one of the default folders. Nothing, and a sentence, if there is

@@ -54,12 +54,12 @@ void addFile(const QString& path, SummaryDetail detail, RunSummary& summary)
             continue;
         }
         CurveSummary part;
-        succeeded = file.query(selectFor(detail, table.name), {table.curveId},
-                               [&part](const QSqlQuery& row) {
-                                   part = {row.value(0).toLongLong(), row.value(1).toLongLong(),
-                                           row.value(2).toLongLong(), row.value(3).toDouble(),
-                                           row.value(4).toDouble()};
-                               });
+        succeeded = file.queryNumbers(
+            selectFor(detail, table.name), {table.curveId}, [&part](const QSqlQuery& row) {
+                part = {row.value(0).toLongLong(), row.value(1).toLongLong(),
+                        row.value(2).toLongLong(), row.value(3).toDouble(),
+                        row.value(4).toDouble()};
+            });
         widen(summary.curves[catalogue.curves.value(table.curveId)], part);
     }
     if (!succeeded && summary.damage.isEmpty()) {

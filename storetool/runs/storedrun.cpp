@@ -13,6 +13,11 @@ QStringList StoredRun::dayFiles() const
     return dayFilesIn(directory);
 }
 
+bool StoredRun::isDataDirectory() const
+{
+    return !isKept && scnlauncher::isDataDirectory(directory);
+}
+
 StoredRun StoredRun::in(const QString& directory)
 {
     StoredRun run;

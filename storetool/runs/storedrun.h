@@ -16,6 +16,10 @@ struct StoredRun
     QDateTime start; ///< Invalid unless it is written down: then it is that of the first reading.
     QString source;  ///< The data directory that a kept run is from.
 
+    /// Whether a program may write here. In any other place a file with several names is one of a run that
+    /// a program may still have open under another.
+    bool isDataDirectory() const;
+
     /// Paths of the day files, oldest first.
     QStringList dayFiles() const;
 

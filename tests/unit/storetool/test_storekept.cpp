@@ -5,6 +5,8 @@
 
 #include <QDir>
 #include <QFile>
+#include <QJsonDocument>
+#include <QJsonObject>
 #include <QTest>
 
 #include <csignal>
@@ -59,6 +61,7 @@ class TestStoreKept : public QObject
 
 private slots:
     void secondNameIsRefused();
+    void secondNameWithoutFactsIsRefused();
     void linkOfABackupIsRefused();
     void deletedRunIsReadAndLeftAsItIs();
     void walOfAKilledProgramIsRead();
@@ -76,7 +79,7 @@ void TestStoreKept::secondNameIsRefused()
     const QString kept = scene.keep();
     for (const char* command : {"info", "check"}) {
         const StoreRun run = runStore({QString::fromLatin1(command), kept});
-        QCOMPARE(run.exitCode, 2);
+        QCOMPARE(run.exitCode, 3);
         QCOMPARE(run.output, QByteArray());
         QVERIFY2(
             run.errors.endsWith(
@@ -85,6 +88,14 @@ void TestStoreKept::secondNameIsRefused()
                      .arg(scene.dataDirectory()))
                     .toUtf8()),
             run.errors.constData());
+        const StoreRun asJson =
+            runStore({QString::fromLatin1(command), QStringLiteral("--json"), kept});
+        QCOMPARE(asJson.exitCode, 3);
+        QCOMPARE(asJson.errors, run.errors);
+        const QJsonObject object = QJsonDocument::fromJson(asJson.output).object();
+        QCOMPARE(object.value(QLatin1String("run")).toString(), QDir(kept).canonicalPath());
+        QVERIFY(
+            run.errors.endsWith(object.value(QLatin1String("refused")).toString().toUtf8() + '\n'));
     }
     const StoreRun list = runStore({QStringLiteral("list"), scene.folder()});
     QCOMPARE(list.exitCode, 0);
@@ -93,6 +104,28 @@ void TestStoreKept::secondNameIsRefused()
     QCOMPARE(list.output.count(" 960 "), 1);
     // The first name is read.
     QVERIFY(check(scene.dataDirectory()).output.endsWith(kSound));
+}
+
+/// The files alone tell that they may be open in a program; reading them would leave others beside them.
+void TestStoreKept::secondNameWithoutFactsIsRefused()
+{
+    const RunScene scene;
+    scene.addDay("20260112");
+    DayFileWriter file(scene.dayFile("20260112"));
+    file.execute(QStringLiteral("PRAGMA journal_mode = WAL"));
+    file.execute(QStringLiteral("DELETE FROM batch_metadata"));
+    const QString kept = scene.keep();
+    QVERIFY(QFile::remove(kept + QStringLiteral("/run.json")));
+    QVERIFY(QFile::remove(kept + QStringLiteral("/20260112.db-wal")));
+    const StoreRun run = check(kept);
+    QCOMPARE(run.exitCode, 3);
+    QVERIFY2(run.errors.endsWith("20260112.db is not opened under its second name. Read the run "
+                                 "in the program's data directory.\n"),
+             run.errors.constData());
+    const StoreRun list =
+        runStore({QStringLiteral("list"), QStringLiteral("--json"), scene.folder()});
+    QCOMPARE(list.output.count("\"refused\""), 1);
+    QCOMPARE(QDir(kept).entryList(QDir::Files), QStringList{QStringLiteral("20260112.db")});
 }
 
 /// The data directory has the next run, which must not be taken for this one.
@@ -219,7 +252,7 @@ void TestStoreKept::openFileOfAnotherProgramIsRefused()
     const QString kept = scene.keep();
     scene.clear();
     const StoreRun run = check(kept);
-    QCOMPARE(run.exitCode, 2);
+    QCOMPARE(run.exitCode, 3);
     QVERIFY2(
         run.errors.endsWith(
             "20260112.db is still open in a program that deleted it. Try again in a minute.\n"),
@@ -238,7 +271,7 @@ void TestStoreKept::otherReadersAreNoObstacle()
     const QString kept = scene.keep();
     scene.clear();
     DayFileWriter reader(kept + QStringLiteral("/20260112.db"));
-    QCOMPARE(check(kept).exitCode, 2);
+    QCOMPARE(check(kept).exitCode, 3);
     const StoreRun run = checkLater(kept);
     QVERIFY2(run.exitCode == 0, run.errors.constData());
 }

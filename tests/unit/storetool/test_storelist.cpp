@@ -74,6 +74,11 @@ private slots:
     void listLooksWhereProgramsKeepData();
     void shortNameMeansOneRun();
     void missingRightIsNoDamage();
+    void closedFolderIsTold();
+    void emptyFolderIsTold();
+    void timeThatIsNoNumberIsDamage_data();
+    void timeThatIsNoNumberIsDamage();
+    void controlCharactersAreNotObeyed();
     void listOfADamagedRunGoesOn();
     void infoAgreesWithSqlite();
     void infoIsATable();
@@ -204,6 +209,88 @@ void TestStoreList::missingRightIsNoDamage()
     QCOMPARE(list.exitCode, 0);
     QVERIFY2(list.output.contains("\"refused\": \"there is no right to read "),
              list.output.constData());
+}
+
+void TestStoreList::closedFolderIsTold()
+{
+    if (::geteuid() != 0) {
+        SCN_SKIP(QStringLiteral("only root can become somebody else"));
+    }
+    const RunScene scene;
+    scene.addDay("20260112");
+    const QString closed = scene.path(QStringLiteral("closed"));
+    QVERIFY(QDir().mkpath(closed + QStringLiteral("/SN2_Data")));
+    QCOMPARE(::chmod(QFile::encodeName(closed).constData(), 0700), 0);
+    QCOMPARE(::chmod(QFile::encodeName(scene.folder()).constData(), 0755), 0);
+    const StoreRun table = runAsNobody({QStringLiteral("list"), scene.folder()});
+    QCOMPARE(table.exitCode, 1);
+    QVERIFY(table.output.contains("SN1 "));
+    QCOMPARE(
+        QString::fromUtf8(table.errors),
+        QStringLiteral("scn4070a-store: list: there is no right to look into %1.\n").arg(closed));
+    const StoreRun asJson =
+        runAsNobody({QStringLiteral("list"), QStringLiteral("--json"), scene.folder()});
+    QCOMPARE(json(asJson).value(QLatin1String("closed")).toArray(), QJsonArray{closed});
+}
+
+void TestStoreList::emptyFolderIsTold()
+{
+    const QTemporaryDir folder;
+    const StoreRun run = runStore({QStringLiteral("list"), folder.path()});
+    QCOMPARE(run.exitCode, 0);
+    QCOMPARE(
+        QString::fromUtf8(run.errors),
+        QStringLiteral("scn4070a-store: list: there is no run below %1.\n").arg(folder.path()));
+}
+
+void TestStoreList::timeThatIsNoNumberIsDamage_data()
+{
+    QTest::addColumn<QString>("values");
+
+    QTest::newRow("time") << QStringLiteral("'abc', 1");
+    QTest::newRow("value") << QStringLiteral("5, x'00'");
+}
+
+void TestStoreList::timeThatIsNoNumberIsDamage()
+{
+    QFETCH(QString, values);
+
+    const RunScene scene;
+    scene.addDay("20260112");
+    scene.change("20260112",
+                 QStringLiteral("INSERT INTO curve_1_batch_20260112_060000_20260112_115959 "
+                                "(curve_id, timestamp, value) VALUES (1, %1)")
+                     .arg(values));
+    const QByteArray sentence = "20260112.db cannot be read: the time or value of a reading is no "
+                                "number. 'scn4070a-store check' tells more.\n";
+    const StoreRun info = runStore({QStringLiteral("info"), scene.dataDirectory()});
+    QCOMPARE(info.exitCode, 2);
+    QCOMPARE(info.output, QByteArray());
+    QVERIFY2(info.errors.endsWith(sentence), info.errors.constData());
+    const StoreRun asJson =
+        runStore({QStringLiteral("info"), QStringLiteral("--json"), scene.dataDirectory()});
+    QCOMPARE(asJson.exitCode, 2);
+    QCOMPARE(asJson.errors, info.errors);
+    QCOMPARE(json(asJson).value(QLatin1String("damage")).toArray().size(), 1);
+    QCOMPARE(json(asJson).value(QLatin1String("serial")).toString(), QStringLiteral("SN1"));
+    QVERIFY(!asJson.output.contains("1970"));
+}
+
+void TestStoreList::controlCharactersAreNotObeyed()
+{
+    const RunScene scene;
+    scene.addDay("20260112");
+    scene.change("20260112",
+                 QStringLiteral("UPDATE curve_info SET name = 'a' || char(27) || '[31m' "
+                                "|| char(10) || 'b' WHERE curve_id = 1"));
+    for (const char* command : {"info", "check"}) {
+        const StoreRun run = runStore({QString::fromLatin1(command), scene.dataDirectory()});
+        QCOMPARE(run.exitCode, 0);
+        QCOMPARE(run.output.indexOf('\x1b'), -1);
+        QVERIFY2(run.output.contains("a\xef\xbf\xbd[31m\xef\xbf\xbd"
+                                     "b "),
+                 run.output.constData());
+    }
 }
 
 void TestStoreList::listOfADamagedRunGoesOn()

@@ -588,7 +588,7 @@ void TestStorePlot::deletedRunIsDrawnFromItsKeptFiles()
     const QString after = scene.path(QStringLiteral("after.png"));
     QCOMPARE(runStore({kPlot, scene.dataDirectory(), kOutput, before}).exitCode, 0);
     const QString kept = scene.keep();
-    QCOMPARE(runStore({kPlot, kept, kOutput, after}).exitCode, 2);
+    QCOMPARE(runStore({kPlot, kept, kOutput, after}).exitCode, 3);
     QVERIFY(!QFile::exists(after));
     scene.clear();
     const QStringList files = RunScene::listing(kept);
