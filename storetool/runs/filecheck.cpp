@@ -53,6 +53,7 @@ void FileCheck::run()
                 checkStructure(table);
             }
         }
+        checkNames();
         compareCatalogue(catalogue);
         for (const ListedTable& table : qAsConst(catalogue.tables)) {
             checkTable(catalogue, table);
@@ -92,6 +93,19 @@ void FileCheck::checkStructure(const QString& table)
         tellDamage(
             QStringLiteral("table %1 is damaged: %2").arg(table, complaints.value(0).simplified()));
     }
+}
+
+/// A name that is not UTF-8, or has zeros in it, reads differently from one program to the next.
+void FileCheck::checkNames()
+{
+    m_file.query(QStringLiteral("SELECT curve_id, CAST(name AS BLOB) FROM curve_info"), {},
+                 [this](const QSqlQuery& row) {
+                     const QByteArray name = row.value(1).toByteArray();
+                     if (name.contains('\0') || QString::fromUtf8(name).toUtf8() != name) {
+                         tellDamage(QStringLiteral("has a name for curve %1 that is no text")
+                                        .arg(row.value(0).toString()));
+                     }
+                 });
 }
 
 void FileCheck::compareCatalogue(const RunFile::Catalogue& catalogue)

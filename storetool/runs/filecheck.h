@@ -28,6 +28,7 @@ private:
     bool hasContent();
     void noteMissingWal();
     void checkStructure(const QString& table);
+    void checkNames();
     void compareCatalogue(const RunFile::Catalogue& catalogue);
     void checkTable(const RunFile::Catalogue& catalogue, const ListedTable& table);
     bool countRows(const ListedTable& table, RowCounts& rows);

@@ -23,11 +23,12 @@ void collectRuns(const QString& folder, int foldersDown, FoundRuns& found)
         return;
     }
     const StoredRun run = StoredRun::in(folder);
-    if (!run.dayFiles().isEmpty()) {
+    const bool isRun = !run.dayFiles().isEmpty();
+    if (isRun) {
         found.runs.append(run);
-        return;
     }
-    if (foldersDown == 0) {
+    // A copied day file may lie among the folders of runs.
+    if (foldersDown == 0 || (isRun && (run.isKept || run.isDataDirectory()))) {
         return;
     }
     const QDir parent(folder);

@@ -22,7 +22,7 @@ struct FoundRuns
 };
 
 /// The runs in a folder and up to four folders below it. A folder with day files is a run, whatever its
-/// name; links are not followed.
+/// name; there are no other runs in a data directory or a kept run. Links are not followed.
 FoundRuns runsBelow(const QString& folder);
 
 /// The run that a text of the command line names: the path of a directory, or "<serial>/<start>" or

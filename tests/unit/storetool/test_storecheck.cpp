@@ -144,6 +144,12 @@ void TestStoreCheck::damageIsASentence_data()
         "which "
         "has no name.",
         sql(QStringLiteral("DELETE FROM curve_info WHERE curve_id = 2")));
+    row("name that is no UTF-8", "20260112.db has a name for curve 1 that is no text.",
+        sql(QStringLiteral("UPDATE curve_info SET name = CAST(x'313031FF56' AS TEXT) WHERE "
+                           "curve_id = 1")));
+    row("name with a zero", "20260112.db has a name for curve 2 that is no text.",
+        sql(QStringLiteral("UPDATE curve_info SET name = 'a' || char(0) || 'b' WHERE "
+                           "curve_id = 2")));
     row("foreign reading",
         "20260112.db table curve_1_batch_20260112_060000_20260112_115959 has 1 reading of another "
         "curve.",

@@ -75,6 +75,7 @@ private slots:
     void shortNameMeansOneRun();
     void missingRightIsNoDamage();
     void closedFolderIsTold();
+    void strayFileHidesNoRun();
     void emptyFolderIsTold();
     void timeThatIsNoNumberIsDamage_data();
     void timeThatIsNoNumberIsDamage();
@@ -231,6 +232,23 @@ void TestStoreList::closedFolderIsTold()
     const StoreRun asJson =
         runAsNobody({QStringLiteral("list"), QStringLiteral("--json"), scene.folder()});
     QCOMPARE(json(asJson).value(QLatin1String("closed")).toArray(), QJsonArray{closed});
+}
+
+/// A copy of one file beside the data directories.
+void TestStoreList::strayFileHidesNoRun()
+{
+    const RunScene scene;
+    scene.addDay("20260112");
+    QVERIFY(QFile::copy(scene.dayFile("20260112"), scene.path(QStringLiteral("20260112.db"))));
+    const StoreRun run =
+        runStore({QStringLiteral("list"), QStringLiteral("--json"), scene.folder()});
+    QCOMPARE(run.exitCode, 0);
+    QStringList found;
+    for (const QJsonValue& each : json(run).value(QLatin1String("runs")).toArray()) {
+        found.append(each.toObject().value(QLatin1String("run")).toString());
+    }
+    QCOMPARE(found, (QStringList{QDir(scene.folder()).canonicalPath(),
+                                 QDir(scene.dataDirectory()).canonicalPath()}));
 }
 
 void TestStoreList::emptyFolderIsTold()
