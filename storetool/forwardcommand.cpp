@@ -79,6 +79,8 @@ int runForwardCommand(const QStringList& arguments)
         return kDamaged;
     case Forwarder::End::FilesRefused:
         return fail(kDamaged, QStringLiteral("forward: ") + forwarder.errorText());
+    case Forwarder::End::FilesInUse:
+        return fail(kInUse, QStringLiteral("forward: ") + forwarder.errorText());
     case Forwarder::End::FilesBusy:
     case Forwarder::End::ServerFailed:
         break;

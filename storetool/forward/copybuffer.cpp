@@ -16,6 +16,15 @@ constexpr int kTrailerBytes = 2;
 
 } // namespace
 
+QByteArray storableText(const QByteArray& text)
+{
+    constexpr int kMostCharacters = 200;
+    return QString::fromUtf8(text)
+        .left(kMostCharacters)
+        .replace(QChar::Null, QChar::ReplacementCharacter)
+        .toUtf8();
+}
+
 CopyBuffer::CopyBuffer()
     : m_bytes(kHeader, kHeaderBytes)
 {

@@ -5,6 +5,9 @@
 
 namespace scnstore {
 
+/// A text as the server takes it: UTF-8 without zeros, and short enough for an index. Any other is changed.
+QByteArray storableText(const QByteArray& text);
+
 /// Rows in the binary format of the server's COPY, which keeps every bit of a value.
 class CopyBuffer
 {

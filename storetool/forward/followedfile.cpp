@@ -1,5 +1,7 @@
 #include "storetool/forward/followedfile.h"
 
+#include "storetool/forward/copybuffer.h"
+
 #include <sqlite3.h>
 
 #include <algorithm>
@@ -166,7 +168,10 @@ bool FollowedFile::loadNames()
     }
     int code = SQLITE_DONE;
     while ((code = sqlite3_step(names.get())) == SQLITE_ROW) {
-        m_names.insert(sqlite3_column_int64(names.get(), 0), textOf(names.get(), 1));
+        const QByteArray stored = textOf(names.get(), 1);
+        const QByteArray name = storableText(stored);
+        m_hasSpoiltNames = m_hasSpoiltNames || name != stored;
+        m_names.insert(sqlite3_column_int64(names.get(), 0), name);
     }
     return code == SQLITE_DONE;
 }

@@ -70,6 +70,9 @@ public:
     /// Whether the file must be opened anew: it is written to in a way that this connection cannot follow.
     bool isStale() const;
 
+    /// Whether a curve has a name that the server does not take as it is.
+    bool hasSpoiltNames() const { return m_hasSpoiltNames; }
+
     /// Readings that cannot be forwarded, since their time is none.
     int unusableReadings() const;
 
@@ -97,6 +100,7 @@ private:
     bool m_isComplete = false;
     bool m_readAll = false;
     bool m_sawDamage = false;
+    bool m_hasSpoiltNames = false;
     Clock::time_point m_readAt;
     Clock::time_point m_completeAt = Clock::now();
     Clock::time_point m_lastNews = Clock::now();

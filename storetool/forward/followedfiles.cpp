@@ -1,7 +1,7 @@
 #include "storetool/forward/followedfiles.h"
 
+#include "storetool/forward/copybuffer.h"
 #include "storetool/forward/descriptorlimit.h"
-#include "storetool/runs/runaccess.h"
 #include "storetool/runs/runfinder.h"
 
 #include <QDateTime>
@@ -43,6 +43,10 @@ void FollowedFiles::update()
     m_newest.clear();
     m_unopened.clear();
     m_refusals.clear();
+    m_faults.beginLook();
+    for (const QString& folder : qAsConst(m_closed)) {
+        noteUnopened(folder);
+    }
     std::vector<QStringList> files;
     for (const StoredRun& run : qAsConst(m_runs)) {
         files.push_back(run.dayFiles());
@@ -58,6 +62,7 @@ void FollowedFiles::update()
         }
         ++ofRun;
     }
+    m_faults.endLook();
 }
 
 void FollowedFiles::doubt()
@@ -73,8 +78,15 @@ void FollowedFiles::findRuns()
     const Clock::time_point now = Clock::now();
     if (m_runsFoundAt == Clock::time_point() || now - m_runsFoundAt >= kSearchInterval) {
         m_runs.clear();
+        m_closed.clear();
+        m_empty.clear();
         for (const QString& directory : m_directories) {
-            m_runs += runsBelow(directory).runs;
+            const FoundRuns found = runsBelow(directory);
+            m_runs += found.runs;
+            m_closed += found.closed;
+            if (found.runs.isEmpty()) {
+                m_empty.append(directory);
+            }
         }
         m_runsFoundAt = now;
     }
@@ -88,8 +100,8 @@ void FollowedFiles::lookAt(const QString& path, const StoredRun& run)
         isOpen(signature)) {
         return;
     }
-    if (run.isKept && signature.links > 1) {
-        refuse(path, run);
+    if (!run.isDataDirectory() && signature.links > 1) {
+        refuse(path, run, signature);
         return;
     }
     // A kept file that has lost its other name may still be open in the program that wrote it.
@@ -101,18 +113,36 @@ void FollowedFiles::lookAt(const QString& path, const StoredRun& run)
 }
 
 /// A file that is written to is opened under the name that its log goes by.
-void FollowedFiles::refuse(const QString& path, const StoredRun& run)
+void FollowedFiles::refuse(const QString& path, const StoredRun& run,
+                           const FileSignature& signature)
 {
-    const bool isFollowed =
-        std::any_of(m_runs.cbegin(), m_runs.cend(), [&run](const StoredRun& other) {
-            return !other.isKept && other.directory == run.source;
-        });
-    if (!isFollowed) {
-        m_refusals.append(QStringLiteral("%1 is not opened under its second name. Forward %2.")
-                              .arg(path, run.source.isEmpty()
-                                             ? QStringLiteral("the program's data directory")
-                                             : run.source));
+    const QString name = QFileInfo(path).fileName();
+    if (isFollowedElsewhere(name, run, signature)) {
+        return;
     }
+    const QString place =
+        run.source.isEmpty() ? QStringLiteral("the program's data directory") : run.source;
+    const bool isThere = run.source.isEmpty() ||
+                         fileSignature(place + QLatin1Char('/') + name).isSameFile(signature);
+    const QString sentence =
+        isThere
+            ? QStringLiteral("%1 is not opened under its second name. Forward %2.").arg(path, place)
+            : QStringLiteral("%1 has another name, which is not in %2. Copy the run to "
+                             "forward it.")
+                  .arg(path, place);
+    m_refusals.append({sentence, isThere});
+    m_faults.note(path, sentence);
+}
+
+/// Whether the file is that of a data directory which is followed.
+bool FollowedFiles::isFollowedElsewhere(const QString& name, const StoredRun& run,
+                                        const FileSignature& signature) const
+{
+    return std::any_of(m_runs.cbegin(), m_runs.cend(), [&](const StoredRun& other) {
+        // A kept run without its facts may be any directory's.
+        return other.isDataDirectory() && (run.source.isEmpty() || run.source == other.directory) &&
+               fileSignature(other.directory + QLatin1Char('/') + name).isSameFile(signature);
+    });
 }
 
 bool FollowedFiles::hasRoomFor(const QString& path) const
@@ -141,19 +171,25 @@ void FollowedFiles::openFile(const QString& path, const StoredRun& run,
     bool isDamaged = false;
     auto connection = DayFileConnection::open(path, isIdle, &isDamaged);
     if (connection) {
-        m_open.push_back(std::make_unique<FollowedFile>(path, run.serial.toUtf8(), signature,
-                                                        std::move(connection)));
+        m_open.push_back(std::make_unique<FollowedFile>(path, storableText(run.serial.toUtf8()),
+                                                        signature, std::move(connection)));
         m_damaged.remove(path);
     } else if (isDamaged) {
-        noteDamage(path, signature);
+        m_done.insert(path, signature);
+        noteDamage(path);
     } else {
-        m_unopened.insert(path);
+        noteUnopened(path);
     }
 }
 
-void FollowedFiles::noteDamage(const QString& path, const FileSignature& signature)
+void FollowedFiles::noteUnopened(const QString& path)
 {
-    m_done.insert(path, signature);
+    m_unopened.insert(path);
+    m_faults.note(path, FileFaults::reasonFor(path));
+}
+
+void FollowedFiles::noteDamage(const QString& path)
+{
     if (!m_damaged.contains(path)) {
         m_damaged.insert(path);
         m_damageNews.append(path);
@@ -162,9 +198,15 @@ void FollowedFiles::noteDamage(const QString& path, const FileSignature& signatu
 
 void FollowedFiles::setAside(const FollowedFile& file)
 {
-    noteDamage(file.path(), file.signature());
+    m_done.insert(file.path(), file.signature());
+    noteDamage(file.path());
     m_open.erase(std::find_if(m_open.begin(), m_open.end(),
                               [&file](const auto& other) { return other.get() == &file; }));
+}
+
+void FollowedFiles::noteSpoilt(const FollowedFile& file)
+{
+    noteDamage(file.path());
 }
 
 QStringList FollowedFiles::takeDamageNews()

@@ -1,6 +1,8 @@
 #pragma once
 
+#include "storetool/forward/filefaults.h"
 #include "storetool/forward/followedfile.h"
+#include "storetool/runs/runaccess.h"
 #include "storetool/runs/storedrun.h"
 
 #include <QHash>
@@ -38,10 +40,19 @@ public:
 
     /// A file that cannot be read is not looked at again until it changes. Its first damage is told.
     void setAside(const FollowedFile& file);
+
+    /// A file that is read although some of it is damaged.
+    void noteSpoilt(const FollowedFile& file);
     bool sawDamage() const { return !m_damaged.isEmpty(); }
 
     /// Damaged files that nobody was told of yet.
     QStringList takeDamageNews();
+
+    /// What could not be read for a while and is not damaged, and what can be read again.
+    QStringList takeFaultNews() { return m_faults.takeNews(); }
+
+    /// Those of the directories below which no run was found.
+    const QStringList& emptyDirectories() const { return m_empty; }
 
     /// Whether everything in the files has been forwarded.
     bool isComplete() const;
@@ -55,31 +66,37 @@ public:
     int instruments() const;
     int unusableReadings() const;
 
-    /// Kept files that have a second name in a data directory which is not followed, each as a sentence.
-    const QStringList& refusals() const { return m_refusals; }
+    /// Of the files that have a second name where nobody follows it.
+    const QVector<Refusal>& refusals() const { return m_refusals; }
 
 private:
     void findRuns();
     void lookAt(const QString& path, const StoredRun& run);
     void openFile(const QString& path, const StoredRun& run, const FileSignature& signature);
-    void refuse(const QString& path, const StoredRun& run);
+    void refuse(const QString& path, const StoredRun& run, const FileSignature& signature);
+    bool isFollowedElsewhere(const QString& name, const StoredRun& run,
+                             const FileSignature& signature) const;
+    void noteUnopened(const QString& path);
     bool hasRoomFor(const QString& path) const;
     bool mayClose(const FollowedFile& file) const;
     bool isOpen(const FileSignature& signature) const;
-    void noteDamage(const QString& path, const FileSignature& signature);
+    void noteDamage(const QString& path);
 
     const QStringList m_directories;
     const int m_mostOpen;
     QVector<StoredRun> m_runs;
+    QStringList m_closed; ///< Folders that there is no right to look into.
+    QStringList m_empty;
     Clock::time_point m_runsFoundAt;
     std::vector<std::unique_ptr<FollowedFile>> m_open;
     /// The files that are forwarded to the end, or damaged, as they were then.
     QHash<QString, FileSignature> m_done;
     QSet<QString> m_newest;
     QSet<QString> m_unopened;
+    FileFaults m_faults;
     QSet<QString> m_damaged;
     QStringList m_damageNews;
-    QStringList m_refusals;
+    QVector<Refusal> m_refusals;
     int m_unusableOfClosed = 0;
 };
 

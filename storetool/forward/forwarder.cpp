@@ -56,6 +56,7 @@ Forwarder::End Forwarder::run()
         if (m_isHopeless) {
             return End::ServerFailed;
         }
+        m_report.noteStart(m_files.emptyDirectories());
         m_report.tellIfDue(m_files);
         if (m_setup.once && turn == Turn::Through) {
             if (m_files.isComplete()) {
@@ -76,8 +77,9 @@ Forwarder::End Forwarder::end()
     m_report.noteFiles(m_files);
     m_report.tellEnd();
     if (m_setup.once && !m_files.refusals().isEmpty()) {
-        m_errorText = m_files.refusals().constFirst();
-        return End::FilesRefused;
+        const Refusal& first = m_files.refusals().constFirst();
+        m_errorText = first.sentence;
+        return first.isForNow ? End::FilesInUse : End::FilesRefused;
     }
     return m_setup.once && m_files.sawDamage() ? End::FilesDamaged : End::Done;
 }
@@ -108,16 +110,17 @@ bool Forwarder::connect()
     if (Clock::now() < m_nextTry) {
         return false;
     }
-    if (!m_server.connect() || !m_table.prepare()) {
-        noteFailure();
+    if (!m_server.connect()) {
+        noteFailure(!m_wasReady && m_server.isRefusal());
+        return false;
+    }
+    if (!m_table.prepare()) {
+        noteFailure(!m_wasReady && m_server.isRejection());
         return false;
     }
     // What was sent last may have arrived or not, and the server may have been restored from a backup.
     m_files.doubt();
     m_files.update();
-    m_wasReady = true;
-    m_pause = {};
-    m_report.noteServer();
     return true;
 }
 
@@ -127,12 +130,15 @@ Forwarder::Turn Forwarder::forwardOnce()
     m_read.clear();
     m_damaged.clear();
     if (readFiles(batch) && (batch.isEmpty() || store(batch))) {
+        m_wasReady = true;
+        m_pause = {};
+        m_report.noteServer();
         return keepRead();
     }
     for (FollowedFile* file : m_read) {
         file->dropRead();
     }
-    noteFailure();
+    noteFailure(!m_wasReady && m_server.isRejection());
     return Turn::Failed;
 }
 
@@ -178,6 +184,8 @@ void Forwarder::readFile(FollowedFile& file, ReadingBatch& batch)
     }
     if (outcome == FollowedFile::Outcome::Damaged) {
         m_damaged.push_back(&file);
+    } else if (file.hasSpoiltNames()) {
+        m_files.noteSpoilt(file);
     }
 }
 
@@ -210,17 +218,16 @@ Forwarder::Turn Forwarder::keepRead()
     return isFull ? Turn::Full : Turn::Through;
 }
 
-/// Closes the session, since its state is unknown, and lets some time pass before the next one.
-void Forwarder::noteFailure()
+/// Closes the session, since its state is unknown, and lets some time pass before the next one. At the start
+/// a wrong name or a missing right is a slip; later, someone is at work on the server.
+void Forwarder::noteFailure(bool isSlip)
 {
     m_server.close();
     if (m_stoppedAt != Clock::time_point()) {
         return;
     }
-    m_errorText =
-        QStringLiteral("The server does not take readings: %1.").arg(m_server.errorText());
-    // At the start a wrong name or a missing right is a slip; later, someone is at work on the server.
-    m_isHopeless = m_setup.once || (!m_wasReady && m_server.isRefusal());
+    m_errorText = QStringLiteral("The server does not take readings: %1.").arg(m_table.errorText());
+    m_isHopeless = isSlip || (m_setup.once && !m_server.isConflict());
     if (!m_isHopeless) {
         m_pause = std::clamp<Clock::duration>(2 * m_pause, kFirstPause, kLongestPause);
         m_nextTry = Clock::now() + m_pause;

@@ -31,6 +31,7 @@ public:
         ServerFailed, ///< See errorText().
         FilesBusy,    ///< See errorText().
         FilesRefused, ///< See errorText().
+        FilesInUse,   ///< See errorText().
         FilesDamaged,
     };
 
@@ -59,7 +60,7 @@ private:
     void readFile(FollowedFile& file, ReadingBatch& batch);
     bool store(const ReadingBatch& batch);
     Turn keepRead();
-    void noteFailure();
+    void noteFailure(bool isSlip);
     bool isStuck();
     End end();
 

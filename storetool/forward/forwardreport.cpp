@@ -58,12 +58,26 @@ void ForwardReport::noteFiles(FollowedFiles& files)
     for (const QString& path : damaged) {
         say(QStringLiteral("%1 is damaged: what cannot be read in it is not forwarded.").arg(path));
     }
+    const QStringList faults = files.takeFaultNews();
+    for (const QString& sentence : faults) {
+        say(sentence);
+    }
     const int unusable = files.unusableReadings();
     if (unusable > m_unusable) {
         say(QStringLiteral("%1 readings have a time that the database does not know and are not "
                            "forwarded.")
                 .arg(unusable - m_unusable));
         m_unusable = unusable;
+    }
+}
+
+void ForwardReport::noteStart(const QStringList& emptyDirectories)
+{
+    if (std::exchange(m_hasStarted, true)) {
+        return;
+    }
+    for (const QString& directory : emptyDirectories) {
+        say(QStringLiteral("There is no run below %1.").arg(directory));
     }
 }
 

@@ -31,6 +31,9 @@ public:
 
     void noteFiles(FollowedFiles& files);
 
+    /// The first call tells which directories have no run: a mistyped one does not look like one without news.
+    void noteStart(const QStringList& emptyDirectories);
+
     /// The line of the interval, if it is over.
     void tellIfDue(const FollowedFiles& files);
 
@@ -49,6 +52,7 @@ private:
     qint64 m_readingsOfInterval = 0;
     qint64 m_newReadings = 0;
     int m_unusable = 0;
+    bool m_hasStarted = false;
     QString m_fault;
 };
 

@@ -2,6 +2,8 @@
 
 #include <QDate>
 
+#include <algorithm>
+
 namespace scnstore {
 
 namespace {
@@ -34,14 +36,20 @@ const QByteArray kCreateIncoming =
                       "instrument text, source text, first_time bigint, last_id bigint, "
                       "last_time bigint, last_value double precision) ON COMMIT DELETE ROWS");
 
-const QByteArray kMergeReadings = QByteArrayLiteral(
-    "INSERT INTO reading (instrument, curve, time, value) "
-    "SELECT instrument, curve, time, value FROM incoming_reading ON CONFLICT DO NOTHING");
+/// In one order, so that two programs with the same files do not wait for each other.
+/// In one order, so that two programs with the same files do not wait for each other.
+const QByteArray kMergeReadings =
+    QByteArrayLiteral("INSERT INTO reading (instrument, curve, time, value) "
+                      "SELECT instrument, curve, time, value FROM incoming_reading "
+                      "ORDER BY instrument, curve, time, value "
+                      "ON CONFLICT (instrument, curve, time, value) DO NOTHING");
 
 /// Files of one content can be in a batch together; the earlier place is the safe one.
 const QByteArray kMergePlaces = QByteArrayLiteral(
-    "INSERT INTO reading_place AS place "
-    "SELECT DISTINCT ON (instrument, source, first_time) * FROM incoming_place "
+    "INSERT INTO reading_place "
+    "(instrument, source, first_time, last_id, last_time, last_value) "
+    "SELECT DISTINCT ON (instrument, source, first_time) "
+    "instrument, source, first_time, last_id, last_time, last_value FROM incoming_place "
     "ORDER BY instrument, source, first_time, last_id "
     "ON CONFLICT (instrument, source, first_time) DO UPDATE SET last_id = excluded.last_id, "
     "last_time = excluded.last_time, last_value = excluded.last_value");
@@ -49,11 +57,16 @@ const QByteArray kMergePlaces = QByteArrayLiteral(
 /// Two programs must not create the same thing at once. The number is this program's own.
 const QByteArray kLockSchema = QByteArrayLiteral("SELECT pg_advisory_xact_lock(4070)");
 
-/// What PostgreSQL says where the rows of a day have a place already: the partition is there, another one
-/// has its range, or a default partition has its rows.
-bool isCovered(const QByteArray& code)
+/// What the server says of a row that no partition takes.
+const QByteArray kNoPartition = QByteArrayLiteral("23514");
+
+const QByteArray kMissingRight = QByteArrayLiteral("42501");
+
+/// What the server says where the rows of a day may have a place already: the partition is there, another one
+/// has its range, a default partition has its rows, or partitions are an administrator's to make.
+bool mayBeCovered(const QByteArray& code)
 {
-    return code == "42809" || code == "42P17" || code == "23514";
+    return code == "42809" || code == "42P17" || code == kNoPartition || code == kMissingRight;
 }
 
 /// Midnight, UTC, of a day counted from the epoch, and the name of its partition.
@@ -85,6 +98,7 @@ quint64 bitsFrom(const QByteArray& hex)
 bool ReadingTable::prepare()
 {
     m_days.clear();
+    m_uncreated.clear();
     // Only a missing table is created: the right to create is not needed where an administrator has done it.
     const auto ensure = [this](const QByteArray& table, const QByteArray& create) {
         return m_server.run("SELECT to_regclass('" + table + "') IS NOT NULL") &&
@@ -92,12 +106,19 @@ bool ReadingTable::prepare()
     };
     if (!m_server.run("BEGIN") || !m_server.run(kLockSchema) ||
         !ensure("reading", kCreateReading) || !ensure("reading_place", kCreatePlace) ||
-        !m_server.run(kCreateIncoming) || !m_server.run("COMMIT") ||
+        !m_server.run(kCreateIncoming) || !m_server.run("COMMIT") || !fits() ||
         !m_server.run("SELECT relkind FROM pg_class WHERE oid = 'reading'::regclass")) {
         return false;
     }
     m_isPartitioned = m_server.rows().value(0).value(0) == "p";
     return true;
+}
+
+/// Whether the tables, which someone else may have created, have the columns and the keys, and the role its
+/// rights. The server plans the statements and does not run them.
+bool ReadingTable::fits()
+{
+    return m_server.run("EXPLAIN " + kMergeReadings) && m_server.run("EXPLAIN " + kMergePlaces);
 }
 
 bool ReadingTable::loadPlaces(const QByteArray& instrument, const QList<QByteArray>& tables,
@@ -128,6 +149,17 @@ bool ReadingTable::store(const ReadingBatch& batch)
         }
     }
     return m_server.run("BEGIN") && merge(batch) && m_server.run("COMMIT");
+}
+
+QString ReadingTable::errorText() const
+{
+    if (m_server.errorCode() != kNoPartition || m_uncreated.isEmpty()) {
+        return m_server.errorText();
+    }
+    const qint64 day = *std::min_element(m_uncreated.cbegin(), m_uncreated.cend());
+    return QStringLiteral(
+               "no partition takes the readings of %1, and this role may not create one: %2")
+        .arg(QDate(1970, 1, 1).addDays(day).toString(Qt::ISODate), m_server.errorText());
 }
 
 bool ReadingTable::merge(const ReadingBatch& batch)
@@ -166,8 +198,11 @@ bool ReadingTable::ensurePartition(qint64 day)
                      first.midnight + "') TO ('" + next.midnight + "')")) {
         return m_server.run("COMMIT");
     }
-    const bool hasPlace = isCovered(m_server.errorCode());
-    return hasPlace && m_server.run("ROLLBACK");
+    if (m_server.errorCode() == kMissingRight) {
+        m_uncreated.insert(day);
+    }
+    const bool mayHavePlace = mayBeCovered(m_server.errorCode());
+    return mayHavePlace && m_server.run("ROLLBACK");
 }
 
 } // namespace scnstore

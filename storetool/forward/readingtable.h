@@ -7,6 +7,7 @@
 #include <QByteArray>
 #include <QList>
 #include <QSet>
+#include <QString>
 
 namespace scnstore {
 
@@ -30,17 +31,22 @@ public:
     /// Stores a batch in one transaction. What the table has already is left as it is.
     bool store(const ReadingBatch& batch);
 
+    /// Why the last call failed.
+    QString errorText() const;
+
     /// The readings of the last batch that were new to the table.
     qint64 newReadings() const { return m_newReadings; }
 
 private:
+    bool fits();
     bool ensurePartition(qint64 day);
     bool merge(const ReadingBatch& batch);
 
     ServerConnection& m_server;
     bool m_isPartitioned = false;
-    QSet<qint64> m_days; ///< Those that have a partition.
+    QSet<qint64> m_days; ///< Those that need no partition any more.
     qint64 m_newReadings = 0;
+    QSet<qint64> m_uncreated; ///< Those that this role made no partition for.
 };
 
 } // namespace scnstore

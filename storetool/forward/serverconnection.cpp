@@ -115,6 +115,13 @@ bool ServerConnection::isRefusal() const
     return PQpingParams(kKeywords, valuesWith(m_target).data(), 1) == PQPING_OK;
 }
 
+bool ServerConnection::isRejection() const
+{
+    // Wrong data, a broken rule, a missing right or name.
+    const QByteArray kind = m_errorCode.left(2);
+    return kind == "22" || kind == "23" || kind == "42";
+}
+
 /// Keeps what the library says, and the session unless it is gone.
 bool ServerConnection::failed()
 {

@@ -39,6 +39,12 @@ public:
     /// Whether the server answers although it takes no session of ours.
     bool isRefusal() const;
 
+    /// Whether it refused the last statement for what that says, or for want of a right.
+    bool isRejection() const;
+
+    /// Whether it refused the last statement because another session was in the way.
+    bool isConflict() const { return m_errorCode.startsWith("40"); }
+
     /// Runs one statement, or several without parameters. False on failure, after which the session may be
     /// gone.
     bool run(const QByteArray& sql, const QVector<QByteArray>& parameters = {});

@@ -8,10 +8,11 @@ constexpr int kPatienceMs = 60000;
 
 } // namespace
 
-FollowerProcess::FollowerProcess(const QStringList& arguments)
+FollowerProcess::FollowerProcess(const QStringList& arguments, const QStringList& launcher)
 {
-    m_process.start(QStringLiteral(SCN_STORE), QStringList{QStringLiteral("forward")} + arguments,
-                    QIODevice::ReadOnly);
+    const QStringList command =
+        launcher + QStringList{QStringLiteral(SCN_STORE), QStringLiteral("forward")} + arguments;
+    m_process.start(command.constFirst(), command.mid(1), QIODevice::ReadOnly);
     m_process.waitForStarted(kPatienceMs);
 }
 

@@ -8,7 +8,8 @@
 class FollowerProcess
 {
 public:
-    explicit FollowerProcess(const QStringList& arguments);
+    /// `launcher` is a command that runs the program, as another user, for instance.
+    explicit FollowerProcess(const QStringList& arguments, const QStringList& launcher = {});
 
     /// Kills it if it runs.
     ~FollowerProcess();

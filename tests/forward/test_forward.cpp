@@ -1,5 +1,6 @@
 #include "dayfilewriter.h"
 #include "followerprocess.h"
+#include "forwardtest.h"
 #include "readingsets.h"
 #include "support/postgresserver.h"
 #include "support/testprogram.h"
@@ -18,49 +19,12 @@
 #include <limits>
 #include <memory>
 
-namespace {
-
-constexpr int kPatienceMs = 60000;
-
-/// What lies in one table, a reading every 100 ms.
-QVector<QPointF> points(int count, double firstValue, qint64 start)
-{
-    QVector<QPointF> result;
-    for (int i = 0; i < count; ++i) {
-        result.append({static_cast<double>(start + i * 100), firstValue + i * 0.1});
-    }
-    return result;
-}
-
-const char kMorning[] = "2026-01-12 06:00:00.000";
-
-QString table(int curve)
-{
-    return DayFileWriter::tableName(curve, localTime(kMorning));
-}
-
-QString insertion(int curve, qint64 time, const QString& value)
-{
-    return QStringLiteral(
-               "INSERT OR IGNORE INTO %1 (curve_id, timestamp, value) VALUES (%2, %3, %4)")
-        .arg(table(curve))
-        .arg(curve)
-        .arg(time)
-        .arg(value);
-}
-
-} // namespace
-
 /// scn4070a-store forward beside files that are written by plain SQL.
-class TestForward : public QObject
+class TestForward : public ForwardTest
 {
     Q_OBJECT
 
 private slots:
-    void initTestCase();
-    void init();
-    void cleanupTestCase();
-
     void onceCopiesAllThereIs();
     void secondTimeAddsNothing();
     void queriesOfThePageFindReadings();
@@ -84,75 +48,7 @@ private slots:
     void refusalIsASentence();
     void silentServerDoesNotKeepTheProgram();
     void signalEndsIt();
-
-private:
-    QString file(const QString& instrument, const QString& name = QStringLiteral("20260112.db"));
-    std::unique_ptr<DayFileWriter> writer(const QString& path, int curves = 2);
-    int once(const QString& directory = {});
-    bool isForwarded(const QStringList& expected);
-
-    std::unique_ptr<PostgresServer> m_server;
-    std::unique_ptr<QTemporaryDir> m_directory;
-    QString m_errors;
 };
-
-void TestForward::initTestCase()
-{
-    if (PostgresServer::programDirectory().isEmpty()) {
-        SCN_SKIP(QStringLiteral("PostgreSQL's server is not installed"));
-    }
-    m_server = std::make_unique<PostgresServer>();
-    QCOMPARE(m_server->psql(QStringLiteral("SELECT 1")), QStringLiteral("1"));
-}
-
-void TestForward::init()
-{
-    m_directory = std::make_unique<QTemporaryDir>();
-    QCOMPARE(m_server->psql(QStringLiteral("DROP TABLE IF EXISTS reading, reading_place")),
-             QString());
-}
-
-void TestForward::cleanupTestCase()
-{
-    m_server.reset();
-}
-
-/// The path of a day file in the instrument's data directory, which is created.
-QString TestForward::file(const QString& instrument, const QString& name)
-{
-    const QDir directory(m_directory->filePath(instrument + QStringLiteral("_Data")));
-    directory.mkpath(QStringLiteral("."));
-    return directory.filePath(name);
-}
-
-/// A file as the program has it while it writes, with a table for each curve.
-std::unique_ptr<DayFileWriter> TestForward::writer(const QString& path, int curves)
-{
-    auto file = std::make_unique<DayFileWriter>(path);
-    file->execute(QStringLiteral("PRAGMA journal_mode = WAL"));
-    for (int curve = 1; curve <= curves; ++curve) {
-        file->addCurve(curve, QStringLiteral("10%1(Ω)").arg(curve));
-        file->addBatch(curve, localTime(kMorning), table(curve),
-                       points(10, curve, localTime(kMorning)));
-    }
-    return file;
-}
-
-int TestForward::once(const QString& directory)
-{
-    FollowerProcess follower({directory.isEmpty() ? m_directory->path() : directory,
-                              QStringLiteral("--to"), m_server->address(),
-                              QStringLiteral("--once")});
-    const int code = follower.exitCode();
-    m_errors = follower.errors();
-    return code;
-}
-
-bool TestForward::isForwarded(const QStringList& expected)
-{
-    return QTest::qWaitFor([&] { return readingsets::inDatabase(*m_server) == expected; },
-                           kPatienceMs);
-}
 
 void TestForward::onceCopiesAllThereIs()
 {
@@ -424,7 +320,7 @@ void TestForward::daysThatAreOverAreReadByAndBy()
         });
     };
     // The day that may be written to, and sixteen others.
-    QTRY_COMPARE_WITH_TIMEOUT(static_cast<int>(openFiles()), 17, kPatienceMs);
+    QTRY_COMPARE_WITH_TIMEOUT(static_cast<int>(openFiles()), 17, kForwardPatienceMs);
     QTest::qWait(1200);
     QCOMPARE(static_cast<int>(openFiles()), 17);
     QVERIFY(m_server->start());
@@ -447,7 +343,7 @@ void TestForward::keptRunIsReadOnceItHasOneName()
     const QString link = kept.filePath(QStringLiteral("20260112.db"));
     QCOMPARE(::link(qPrintable(path), qPrintable(link)), 0);
 
-    QCOMPARE(once(kept.path()), 2);
+    QCOMPARE(once(kept.path()), 3);
     QVERIFY2(m_errors.contains(
                  link + QStringLiteral(" is not opened under its second name. Forward ") + source),
              qPrintable(m_errors));
@@ -511,7 +407,7 @@ void TestForward::writerIsNeverKeptWaiting()
             return m_server->psql(QStringLiteral("SELECT count(*) FROM reading")).toInt() ==
                    200000 + count;
         },
-        kPatienceMs));
+        kForwardPatienceMs));
 }
 
 void TestForward::partitionsAreDaysOfUtc()
