@@ -252,6 +252,7 @@ void CCurvePlot::onPanned()
 void CCurvePlot::armReloadOfMove()
 {
     noteTimeAxis();
+    m_surroundings.reset();
     m_reloadTimer->start();
     if (isVisible()) {
         loadAhead();

@@ -126,6 +126,9 @@ QVector<scn::ViewLoad::Part> CCurvePlot::partsToLoad()
 /// now on. False if there is no such curve, and if the load takes longer than this turn.
 bool CCurvePlot::loadVisibleCurves()
 {
+    if (!m_userMovedX) {
+        m_surroundings.reset();
+    }
     const QVector<scn::ViewLoad::Part> shown = partsToLoad();
     if (shown.isEmpty()) {
         giveUpLoad();
@@ -181,6 +184,7 @@ bool CCurvePlot::proceedWithLoad(std::chrono::milliseconds budget)
     }
     if (m_userMovedX && load->hasFetched()) {
         m_surroundings = load->surroundings();
+        installEventFilter(m_surroundings.get());
     }
     m_load.reset();
     scaleToLoad();
