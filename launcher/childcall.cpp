@@ -2,12 +2,10 @@
 
 #include "launcher/childclaim.h"
 #include "launcher/childlog.h"
+#include "launcher/serialrate.h"
 
 namespace scnlauncher {
 namespace {
-
-/// Read by the program's VISA provider.
-const QString kSerialRateVariable = QStringLiteral("SCN4070A_SERIAL_RATE");
 
 /// Simulated instruments share a name: each has a port of its own, another one at each start.
 const QString kSimulatedPlace = QStringLiteral("simulator");
@@ -33,7 +31,8 @@ InstrumentChild::Call callFor(const InstrumentChoice& choice, const QString& res
     call.resource = resource;
     call.environment = QProcessEnvironment::systemEnvironment();
     if (choice.serialRate > 0) {
-        call.environment.insert(kSerialRateVariable, QString::number(choice.serialRate));
+        call.environment.insert(QLatin1String(kSerialRateVariable),
+                                QString::number(choice.serialRate));
     }
     call.logPath = logPathOf(choice);
     return call;

@@ -18,11 +18,6 @@
 #include <QVBoxLayout>
 
 namespace scnlauncher {
-namespace {
-
-constexpr int kTickMs = 1000;
-
-} // namespace
 
 InstrumentTab::InstrumentTab(const Workshop& workshop, QWidget* parent)
     : QWidget(parent)
@@ -48,11 +43,10 @@ InstrumentTab::InstrumentTab(const Workshop& workshop, QWidget* parent)
     connect(m_startingPage, &StartingPage::cancelled, this, &InstrumentTab::chooseOther);
     connect(m_endedPage, &EndedPage::startAgain, this, [this] { open(m_choice); });
     connect(m_endedPage, &EndedPage::chooseOther, this, &InstrumentTab::chooseOther);
-    connect(m_endedPage, &EndedPage::openLog, this,
-            [this] { openOnDesktop(this, logPathOf(m_choice)); });
+    const auto openLog = [this] { openOnDesktop(this, logPathOf(m_choice)); };
+    connect(m_endedPage, &EndedPage::openLog, this, openLog);
     connect(m_stateLine, &StateLine::chooseOther, this, &InstrumentTab::chooseOther);
-    connect(m_stateLine, &StateLine::openLog, this,
-            [this] { openOnDesktop(this, logPathOf(m_choice)); });
+    connect(m_stateLine, &StateLine::openLog, this, openLog);
     connect(m_stateLine, &StateLine::openFolder, this, [this] { openOnDesktop(this, m_folder); });
     connect(&m_probe, &RefusalProbe::refused, this, [this] {
         m_failure = OpenFailure::Refused;
@@ -81,6 +75,7 @@ void InstrumentTab::open(const InstrumentChoice& choice)
     if (choice.isSimulated) {
         startSimulator();
     } else {
+        m_workshop.settings.remember(choice);
         startChild(choice.resource);
     }
 }
@@ -134,6 +129,7 @@ void InstrumentTab::startChild(const QString& resource)
     m_ticks.start(kTickMs);
     m_stateLine->showSilence(std::chrono::milliseconds(-1));
     m_stateLine->showFolder(m_folder);
+    m_stateLine->showSerialRate(m_choice.serialRate);
     m_stateLine->show();
     showStatus();
 }

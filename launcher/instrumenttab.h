@@ -70,6 +70,8 @@ protected:
     void showEvent(QShowEvent* event) override;
 
 private:
+    static constexpr int kTickMs = 1000;
+
     void startSimulator();
     void startChild(const QString& resource);
     void embed(qulonglong handle, const QColor& color);

@@ -58,7 +58,9 @@ LauncherOptions LauncherOptions::parse(const QStringList& arguments)
         QStringLiteral("Opens instruments, each with the SCN4070A control program in a tab. Starts "
                        "with a page that "
                        "lists what can be opened; with a RESOURCE or an option of the simulator, "
-                       "opens that at once."));
+                       "opens that at once. A serial line opens at the rate in the environment "
+                       "variable SCN4070A_SERIAL_RATE, without it at its last rate, at first at "
+                       "57600 baud."));
     const QCommandLineOption help({QStringLiteral("h"), QStringLiteral("help")},
                                   QStringLiteral("Displays help on commandline options."));
     parser.addOption(help);

@@ -1,5 +1,7 @@
 #include "launcher/launchersettings.h"
 
+#include "launcher/place/resourceidentity.h"
+
 #include <QSettings>
 #include <QStandardPaths>
 
@@ -8,10 +10,15 @@ namespace {
 
 const QString kGeometry = QStringLiteral("window/geometry");
 const QString kRecent = QStringLiteral("resources/recent");
-const QString kSerialRate = QStringLiteral("resources/serialRate");
 const QString kDays = QStringLiteral("runs/days");
 const QString kRuns = QStringLiteral("runs/count");
 const QString kMegabytes = QStringLiteral("runs/megabytes");
+
+/// A resource may have characters that part groups.
+QString rateKeyOf(const QString& resource)
+{
+    return QStringLiteral("rates/") + readableName(resource);
+}
 
 } // namespace
 
@@ -44,23 +51,30 @@ QStringList LauncherSettings::recentResources() const
         .mid(0, kMostRecent);
 }
 
-void LauncherSettings::addRecentResource(const QString& resource) const
+void LauncherSettings::remember(const InstrumentChoice& choice) const
+{
+    QStringList recent = recentResources();
+    recent.removeAll(choice.resource);
+    recent.prepend(choice.resource);
+    QSettings settings(m_file, QSettings::IniFormat);
+    settings.setValue(kRecent, QStringList(recent.mid(0, kMostRecent)));
+    if (choice.serialRate > 0) {
+        settings.setValue(rateKeyOf(choice.resource), choice.serialRate);
+    }
+}
+
+void LauncherSettings::forget(const QString& resource) const
 {
     QStringList recent = recentResources();
     recent.removeAll(resource);
-    recent.prepend(resource);
-    QSettings(m_file, QSettings::IniFormat)
-        .setValue(kRecent, QStringList(recent.mid(0, kMostRecent)));
+    QSettings settings(m_file, QSettings::IniFormat);
+    settings.setValue(kRecent, recent);
+    settings.remove(rateKeyOf(resource));
 }
 
-int LauncherSettings::serialRate() const
+int LauncherSettings::serialRate(const QString& resource) const
 {
-    return QSettings(m_file, QSettings::IniFormat).value(kSerialRate).toInt();
-}
-
-void LauncherSettings::setSerialRate(int rate) const
-{
-    QSettings(m_file, QSettings::IniFormat).setValue(kSerialRate, rate);
+    return QSettings(m_file, QSettings::IniFormat).value(rateKeyOf(resource)).toInt();
 }
 
 RunLimits LauncherSettings::runLimits() const

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "launcher/instrumentchoice.h"
 #include "launcher/runlimits.h"
 
 #include <QByteArray>
@@ -24,11 +25,12 @@ public:
 
     /// The newest first.
     QStringList recentResources() const;
-    void addRecentResource(const QString& resource) const;
+    /// What is opened becomes the newest; its rate is kept too.
+    void remember(const InstrumentChoice& choice) const;
+    void forget(const QString& resource) const;
 
-    /// The rate last chosen for a serial line; 0 if none was.
-    int serialRate() const;
-    void setSerialRate(int rate) const;
+    /// The rate that a serial line had last; 0 if it was never open.
+    int serialRate(const QString& resource) const;
 
     /// How much is kept of deleted runs; without a limit until the user sets one.
     RunLimits runLimits() const;

@@ -5,6 +5,7 @@
 #include "launcher/look.h"
 #include "launcher/nativewindows.h"
 #include "launcher/quitsignals.h"
+#include "launcher/serialrate.h"
 #include "resources/windowicon.h"
 
 #include <QApplication>
@@ -101,7 +102,8 @@ int main(int argc, char* argv[])
     onQuitSignal([&window] { window.endAll(); });
     window.show();
     if (options.isSimulated || !options.resource.isEmpty()) {
-        window.open({options.resource, options.isSimulated, 0});
+        window.open(
+            {options.resource, options.isSimulated, unchosenRate(options.resource, settings)});
     }
     return QApplication::exec();
 }

@@ -3,13 +3,16 @@
 #include "launcher/devicerights.h"
 #include "launcher/runlimitsdialog.h"
 #include "launcher/serialports.h"
+#include "launcher/serialrate.h"
 #include "launcher/usbinstruments.h"
 
+#include <QAction>
 #include <QComboBox>
 #include <QHBoxLayout>
 #include <QHeaderView>
 #include <QLabel>
 #include <QLineEdit>
+#include <QMenu>
 #include <QPushButton>
 #include <QSignalBlocker>
 #include <QTreeWidget>
@@ -20,9 +23,9 @@ namespace {
 
 constexpr int kResourceRole = Qt::UserRole;
 constexpr int kProblemRole = Qt::UserRole + 1;
+constexpr int kRecentRole = Qt::UserRole + 2;
 constexpr int kNameWidth = 420;
-constexpr int kProgramsRate = 57600;
-constexpr int kRates[] = {9600, 19200, 38400, kProgramsRate, 115200};
+constexpr int kRates[] = {9600, 19200, 38400, kUsualSerialRate, 115200};
 
 bool isSimulated(const QTreeWidgetItem* item)
 {
@@ -57,6 +60,7 @@ StartPage::StartPage(const InstrumentSources& sources, const LauncherSettings& s
     layout->addWidget(title);
     layout->addWidget(m_list);
     layout->addWidget(buildForm());
+    addRemoval();
     connect(m_list, &QTreeWidget::currentItemChanged, this, [this] { showCurrent(); });
     connect(m_list, &QTreeWidget::itemActivated, this, [this] { openCurrent(); });
     connect(&m_network, &NetworkSearch::found, this, [this](const FoundInstruments& instruments) {
@@ -80,8 +84,7 @@ QWidget* StartPage::buildForm()
     for (const int rate : kRates) {
         m_rate->addItem(tr("%1 波特").arg(rate), rate);
     }
-    const int remembered = m_rate->findData(m_settings.serialRate());
-    m_rate->setCurrentIndex(remembered >= 0 ? remembered : m_rate->findData(kProgramsRate));
+    showRate(kUsualSerialRate);
     m_open = new QPushButton(tr("打开"), form);
     m_open->setObjectName(QStringLiteral("open"));
     auto* again = new QPushButton(tr("刷新"), form);
@@ -111,6 +114,10 @@ QWidget* StartPage::buildForm()
     connect(m_resource, &QLineEdit::returnPressed, this, &StartPage::openCurrent);
     connect(m_resource, &QLineEdit::textEdited, this, [this] {
         m_list->setCurrentItem(nullptr);
+        const int last = m_settings.serialRate(m_resource->text().trimmed());
+        if (last > 0) {
+            showRate(last);
+        }
         updateForm();
     });
     return form;
@@ -168,8 +175,43 @@ void StartPage::addRecent()
     for (const QString& resource : m_settings.recentResources()) {
         recent.append({resource, resource, rightsProblem(deviceOf(resource))});
     }
-    if (!recent.isEmpty()) {
-        addInstruments(addSection(tr("最近使用")), recent, {});
+    if (recent.isEmpty()) {
+        return;
+    }
+    QTreeWidgetItem* section = addSection(tr("最近使用"));
+    addInstruments(section, recent, {});
+    for (int row = 0; row < section->childCount(); ++row) {
+        section->child(row)->setData(0, kRecentRole, true);
+    }
+}
+
+/// A mistyped resource should not stay for ever.
+void StartPage::addRemoval()
+{
+    m_removal = new QAction(tr("从最近使用中移除"), m_list);
+    m_removal->setShortcut(Qt::Key_Delete);
+    m_removal->setShortcutContext(Qt::WidgetShortcut);
+    m_list->addAction(m_removal);
+    connect(m_removal, &QAction::triggered, this, &StartPage::removeCurrentRecent);
+    m_list->setContextMenuPolicy(Qt::CustomContextMenu);
+    connect(m_list, &QTreeWidget::customContextMenuRequested, this, [this](const QPoint& place) {
+        if (m_removal->isEnabled()) {
+            auto* menu = new QMenu(m_list);
+            menu->setAttribute(Qt::WA_DeleteOnClose);
+            menu->addAction(m_removal);
+            menu->popup(m_list->viewport()->mapToGlobal(place));
+        }
+    });
+}
+
+void StartPage::removeCurrentRecent()
+{
+    QTreeWidgetItem* item = m_list->currentItem();
+    QTreeWidgetItem* section = item->parent();
+    m_settings.forget(item->data(0, kResourceRole).toString());
+    delete item;
+    if (section->childCount() == 0) {
+        delete section;
     }
 }
 
@@ -177,17 +219,29 @@ void StartPage::showCurrent()
 {
     const QTreeWidgetItem* item = m_list->currentItem();
     if (item && item->data(0, kResourceRole).isValid()) {
-        m_resource->setText(item->data(0, kResourceRole).toString());
+        const QString resource = item->data(0, kResourceRole).toString();
+        const int last = m_settings.serialRate(resource);
+        m_resource->setText(resource);
+        showRate(last > 0 ? last : kUsualSerialRate);
     }
     updateForm();
 }
 
+void StartPage::showRate(int rate)
+{
+    if (m_rate->findData(rate) < 0) {
+        m_rate->addItem(tr("%1 波特").arg(rate), rate);
+    }
+    m_rate->setCurrentIndex(m_rate->findData(rate));
+}
+
 void StartPage::updateForm()
 {
+    const QTreeWidgetItem* item = m_list->currentItem();
     const QString resource = m_resource->text().trimmed();
-    const bool isSerial = resource.startsWith(QLatin1String("ASRL"), Qt::CaseInsensitive);
-    m_rate->setEnabled(isSerial);
-    m_open->setEnabled(!resource.isEmpty() || isSimulated(m_list->currentItem()));
+    m_rate->setEnabled(isSerial(resource));
+    m_removal->setEnabled(item && item->data(0, kRecentRole).toBool());
+    m_open->setEnabled(!resource.isEmpty() || isSimulated(item));
     m_problem->setText(rightsProblem(deviceOf(resource)));
 }
 
@@ -201,12 +255,7 @@ void StartPage::openCurrent()
     if (resource.isEmpty()) {
         return;
     }
-    const bool isSerial = m_rate->isEnabled();
-    if (isSerial) {
-        m_settings.setSerialRate(m_rate->currentData().toInt());
-    }
-    m_settings.addRecentResource(resource);
-    emit chosen({resource, false, isSerial ? m_rate->currentData().toInt() : 0});
+    emit chosen({resource, false, isSerial(resource) ? m_rate->currentData().toInt() : 0});
 }
 
 } // namespace scnlauncher

@@ -7,6 +7,7 @@
 
 #include <QWidget>
 
+class QAction;
 class QComboBox;
 class QLabel;
 class QLineEdit;
@@ -47,6 +48,9 @@ private:
     void addInstruments(QTreeWidgetItem* section, const FoundInstruments& instruments,
                         const QString& textIfNone);
     void addRecent();
+    void removeCurrentRecent();
+    void showRate(int rate);
+    void addRemoval();
     QWidget* buildForm();
     void showCurrent();
     void updateForm();
@@ -57,6 +61,7 @@ private:
     NetworkSearch m_network;
     QTreeWidget* m_list;
     QTreeWidgetItem* m_networkSection = nullptr;
+    QAction* m_removal = nullptr;
     QLineEdit* m_resource = nullptr;
     QComboBox* m_rate = nullptr;
     QLabel* m_problem = nullptr;

@@ -18,7 +18,15 @@ constexpr int kMargin = 6;
 constexpr int kSpacing = 16;
 
 /// Whose text is whole where not all of them are.
-enum Rank { StateRank, IdentityRank, CriticalRank, KeepingRank, ResourceRank, FolderRank };
+enum Rank {
+    StateRank,
+    IdentityRank,
+    CriticalRank,
+    KeepingRank,
+    ResourceRank,
+    RateRank,
+    FolderRank
+};
 constexpr int kIdentityShare = 420;
 constexpr int kCriticalShare = 120;
 constexpr int kKeepingShare = 120;
@@ -49,6 +57,7 @@ StateLine::StateLine(QWidget* parent)
     : QWidget(parent)
     , m_texts(new TextRow(this))
     , m_resource(m_texts->addText(QStringLiteral("resourceLabel"), ResourceRank, kResourceShare))
+    , m_serialRate(m_texts->addText(QStringLiteral("serialRate"), RateRank, QWIDGETSIZE_MAX))
     , m_identity(m_texts->addText(QStringLiteral("identity"), IdentityRank, kIdentityShare))
     , m_state(m_texts->addText(QStringLiteral("state"), StateRank, QWIDGETSIZE_MAX))
     , m_critical(m_texts->addText(QStringLiteral("critical"), CriticalRank, kCriticalShare))
@@ -106,6 +115,11 @@ void StateLine::showFolder(const QString& folder)
 {
     m_texts->setText(m_folder, tr("数据目录 %1").arg(folder));
     m_openFolder->setToolTip(tr("打开数据目录 %1").arg(folder));
+}
+
+void StateLine::showSerialRate(int rate)
+{
+    m_texts->setText(m_serialRate, rate > 0 ? tr("%1 波特").arg(rate) : QString());
 }
 
 void StateLine::showSilence(std::chrono::milliseconds silence)

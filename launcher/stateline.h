@@ -32,6 +32,8 @@ public:
     void showStatus(const QString& resource, const ChildStatus& status, OpenFailure failure);
     /// Where the child's data is.
     void showFolder(const QString& folder);
+    /// The rate of a serial line, in baud; nothing is shown for 0.
+    void showSerialRate(int rate);
     /// How long ago the child's last line came; -1 ms if none has.
     void showSilence(std::chrono::milliseconds silence);
     /// Why runs are not kept; nothing is shown if they are.
@@ -47,6 +49,7 @@ private:
 
     TextRow* m_texts;
     scn::PathLabel* m_resource;
+    scn::PathLabel* m_serialRate;
     scn::PathLabel* m_identity;
     scn::PathLabel* m_state;
     scn::PathLabel* m_critical;

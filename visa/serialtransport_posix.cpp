@@ -183,6 +183,11 @@ ViStatus SerialTransport::setSerialAttribute(ViAttr attribute, ViAttrState value
                   : setFlags(descriptor(), settings, attribute, value);
 }
 
+bool isSerialRate(int baud)
+{
+    return speedOf(static_cast<ViAttrState>(baud)).has_value();
+}
+
 OpenedTransport openSerialPort(const std::string& device)
 {
     WakePipe wakePipe;

@@ -19,6 +19,9 @@ public:
     ViStatus setSerialAttribute(ViAttr attribute, ViAttrState value) override;
 };
 
+/// Whether a port can be told this rate, in baud.
+bool isSerialRate(int baud);
+
 /// Opens a port with the settings that the standard gives a new session: 9600 baud, 8 data bits, no
 /// parity, one stop bit. VI_ERROR_RSRC_NFOUND if the file is missing or is not a terminal.
 OpenedTransport openSerialPort(const std::string& device);

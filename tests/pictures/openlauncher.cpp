@@ -79,7 +79,7 @@ OpenLauncher::OpenLauncher()
     qputenv("XDG_STATE_HOME", QFile::encodeName(beside(QStringLiteral("state"))));
     applyLook();
     QFile::remove(beside(QStringLiteral("launcher.ini")));
-    m_settings.addRecentResource(QStringLiteral("TCPIP0::192.168.1.5::5025::SOCKET"));
+    m_settings.remember({QStringLiteral("TCPIP0::192.168.1.5::5025::SOCKET"), false, 0});
     m_workshop = std::make_unique<Workshop>(Workshop{copiedBeside(QStringLiteral("scn4070a")),
                                                      QStringLiteral(SCN_BIN_DIR "/scn4070a-sim"),
                                                      {QStringLiteral("--tcp"), QStringLiteral("0")},

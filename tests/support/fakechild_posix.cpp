@@ -110,6 +110,10 @@ int main(int argc, char* argv[])
         say(stderr, "");
         say(stderr, logged("仪器已连接: SCN SCN4070A MY1 1.0"));
         obey();
+    } else if (kind.rfind("ASRL", 0) == 0) {
+        const char* const rate = std::getenv("SCN4070A_SERIAL_RATE");
+        say(stderr, logged("仪器已连接: SCN SCN4070A at ") + (rate ? rate : "no rate"));
+        obey();
     } else if (kind == "environment") {
         const char* const set = std::getenv(value.c_str());
         say(stderr, value + " is " + (set ? set : "not set"));

@@ -40,6 +40,7 @@ private slots:
     void helpHasNoOtherForm();
     void missingProgramIsTold();
     void helpAndVersionNeedNoProgram();
+    void helpNamesTheSerialRate();
 };
 
 void TestLauncherOptions::nothingOpensTheStartPage()
@@ -129,6 +130,12 @@ void TestLauncherOptions::helpAndVersionNeedNoProgram()
     QVERIFY(help.asksForHelp);
     QVERIFY(help.helpText.contains(QLatin1String("--simulated")));
     QVERIFY(LauncherOptions::parse(texts({"launcher", "--version"})).asksForVersion);
+}
+
+void TestLauncherOptions::helpNamesTheSerialRate()
+{
+    const QString help = parsed(texts({"--help"})).helpText;
+    QVERIFY2(help.contains(QLatin1String("SCN4070A_SERIAL_RATE")), qPrintable(help));
 }
 
 SCN_TEST(TestLauncherOptions, QCoreApplication)

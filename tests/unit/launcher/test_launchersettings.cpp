@@ -16,7 +16,9 @@ private slots:
     void nothingIsRememberedAtFirst();
     void newestResourceComesFirstAndOnce();
     void oldestResourceGoes();
-    void geometryAndRateAreKept();
+    void geometryIsKept();
+    void eachLineKeepsItsRate();
+    void forgottenResourceIsGone();
     void runLimitsAreKept();
 };
 
@@ -32,7 +34,7 @@ void TestLauncherSettings::nothingIsRememberedAtFirst()
     const LauncherSettings settings(directory.filePath(QStringLiteral("a.ini")));
     QCOMPARE(settings.recentResources(), QStringList());
     QCOMPARE(settings.geometry(), QByteArray());
-    QCOMPARE(settings.serialRate(), 0);
+    QCOMPARE(settings.serialRate(QStringLiteral("ASRL1::INSTR")), 0);
     QVERIFY(settings.runLimits().areOff());
 }
 
@@ -42,7 +44,7 @@ void TestLauncherSettings::newestResourceComesFirstAndOnce()
     const QString file = directory.filePath(QStringLiteral("a.ini"));
     const LauncherSettings settings(file);
     for (const char* resource : {"a", "b", "a"}) {
-        settings.addRecentResource(QString::fromLatin1(resource));
+        settings.remember({QString::fromLatin1(resource), false, 0});
     }
     QCOMPARE(LauncherSettings(file).recentResources(),
              (QStringList{QStringLiteral("a"), QStringLiteral("b")}));
@@ -53,20 +55,42 @@ void TestLauncherSettings::oldestResourceGoes()
     const QTemporaryDir directory;
     const LauncherSettings settings(directory.filePath(QStringLiteral("a.ini")));
     for (int resource = 0; resource < 10; ++resource) {
-        settings.addRecentResource(QString::number(resource));
+        settings.remember({QString::number(resource), false, 0});
     }
     QCOMPARE(settings.recentResources().size(), 8);
     QCOMPARE(settings.recentResources().constLast(), QStringLiteral("2"));
 }
 
-void TestLauncherSettings::geometryAndRateAreKept()
+void TestLauncherSettings::geometryIsKept()
 {
     const QTemporaryDir directory;
     const QString file = directory.filePath(QStringLiteral("a.ini"));
     LauncherSettings(file).setGeometry("place");
-    LauncherSettings(file).setSerialRate(9600);
     QCOMPARE(LauncherSettings(file).geometry(), QByteArray("place"));
-    QCOMPARE(LauncherSettings(file).serialRate(), 9600);
+}
+
+void TestLauncherSettings::eachLineKeepsItsRate()
+{
+    const QTemporaryDir directory;
+    const QString file = directory.filePath(QStringLiteral("a.ini"));
+    const QString first = QStringLiteral("ASRL/dev/ttyUSB0::INSTR");
+    const QString second = QStringLiteral("ASRL/dev/ttyUSB1::INSTR");
+    LauncherSettings(file).remember({first, false, 9600});
+    LauncherSettings(file).remember({second, false, 57600});
+    QCOMPARE(LauncherSettings(file).serialRate(first), 9600);
+    QCOMPARE(LauncherSettings(file).serialRate(second), 57600);
+}
+
+void TestLauncherSettings::forgottenResourceIsGone()
+{
+    const QTemporaryDir directory;
+    const QString file = directory.filePath(QStringLiteral("a.ini"));
+    const QString port = QStringLiteral("ASRL/dev/ttyUSB0::INSTR");
+    LauncherSettings(file).remember({port, false, 9600});
+    LauncherSettings(file).remember({QStringLiteral("other"), false, 0});
+    LauncherSettings(file).forget(port);
+    QCOMPARE(LauncherSettings(file).recentResources(), QStringList{QStringLiteral("other")});
+    QCOMPARE(LauncherSettings(file).serialRate(port), 0);
 }
 
 void TestLauncherSettings::runLimitsAreKept()
