@@ -17,9 +17,9 @@ QString placeNameOf(const InstrumentChoice& choice)
     return choice.isSimulated ? kSimulatedPlace : choice.resource;
 }
 
-QString logPathOf(const InstrumentChoice& choice)
+QString logPathOf(const InstrumentChoice& choice, const QString& folder)
 {
-    return logPathFor(placeNameOf(choice));
+    return logPathFor(choice.isSimulated ? kSimulatedPlace + folder : choice.resource);
 }
 
 InstrumentChild::Call callFor(const InstrumentChoice& choice, const QString& resource,
@@ -34,7 +34,7 @@ InstrumentChild::Call callFor(const InstrumentChoice& choice, const QString& res
         call.environment.insert(QLatin1String(kSerialRateVariable),
                                 QString::number(choice.serialRate));
     }
-    call.logPath = logPathOf(choice);
+    call.logPath = logPathOf(choice, claim->folder());
     return call;
 }
 

@@ -8,8 +8,8 @@ namespace scnlauncher {
 /// What the claim and the log of an instrument are named after.
 QString placeNameOf(const InstrumentChoice& choice);
 
-/// The log of the children of an instrument.
-QString logPathOf(const InstrumentChoice& choice);
+/// The log of the children of an instrument whose data is in `folder`: simulated ones share a name.
+QString logPathOf(const InstrumentChoice& choice, const QString& folder);
 
 /// The child to start for an instrument; `resource` is that of a simulated one too.
 InstrumentChild::Call callFor(const InstrumentChoice& choice, const QString& resource,

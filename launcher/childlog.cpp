@@ -1,13 +1,12 @@
 #include "launcher/childlog.h"
 
+#include "launcher/place/resourceidentity.h"
+
 #include <QDir>
 #include <QFileInfo>
-#include <QRegularExpression>
 
 namespace scnlauncher {
 namespace {
-
-constexpr int kLongestName = 60;
 
 QString rotatedName(const QString& path, int age)
 {
@@ -60,16 +59,14 @@ void ChildLog::rotate()
     }
 }
 
-QString logPathFor(const QString& resource)
+QString logPathFor(const QString& name)
 {
     // The folder for state that is not worth a backup; Qt has no name for it.
     QString state = qEnvironmentVariable("XDG_STATE_HOME");
     if (state.isEmpty()) {
         state = QDir::homePath() + QStringLiteral("/.local/state");
     }
-    static const QRegularExpression unsafe(QStringLiteral("[^A-Za-z0-9.-]+"));
-    const QString name = QString(resource).replace(unsafe, QStringLiteral("_")).left(kLongestName);
-    return state + QStringLiteral("/scn4070a/") + name + QStringLiteral(".log");
+    return state + QStringLiteral("/scn4070a/") + readableName(name) + QStringLiteral(".log");
 }
 
 } // namespace scnlauncher

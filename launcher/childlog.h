@@ -34,7 +34,7 @@ private:
     QFile m_file;
 };
 
-/// The log file of a resource in the user's state folder.
-QString logPathFor(const QString& resource);
+/// The log file in the user's state folder of what has that name: a resource, for instance.
+QString logPathFor(const QString& name);
 
 } // namespace scnlauncher

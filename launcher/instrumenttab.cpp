@@ -43,7 +43,7 @@ InstrumentTab::InstrumentTab(const Workshop& workshop, QWidget* parent)
     connect(m_startingPage, &StartingPage::cancelled, this, &InstrumentTab::chooseOther);
     connect(m_endedPage, &EndedPage::startAgain, this, [this] { open(m_choice); });
     connect(m_endedPage, &EndedPage::chooseOther, this, &InstrumentTab::chooseOther);
-    const auto openLog = [this] { openOnDesktop(this, logPathOf(m_choice)); };
+    const auto openLog = [this] { openOnDesktop(this, logPathOf(m_choice, m_folder)); };
     connect(m_endedPage, &EndedPage::openLog, this, openLog);
     connect(m_stateLine, &StateLine::chooseOther, this, &InstrumentTab::chooseOther);
     connect(m_stateLine, &StateLine::openLog, this, openLog);

@@ -58,6 +58,7 @@ private slots:
     void wordOfAChildInTheBackgroundIsMarked();
     void simulatorThatFailsSaysWhy();
     void logIsAClickAway();
+    void eachSimulatorHasItsOwnLog();
     void dataElsewhereIsNamed();
     void withoutADesktopThePathIsTold();
 };
@@ -155,6 +156,30 @@ void TestLauncherReports::logIsAClickAway()
     QVERIFY(log.readAll().contains("仪器已连接"));
 }
 
+void TestLauncherReports::eachSimulatorHasItsOwnLog()
+{
+    LauncherScene scene(kProgram);
+    UrlTaker taker;
+    const auto* const tabs = scene.window().findChild<QTabWidget*>();
+    QStringList logs;
+    for (int instrument = 0; instrument < 2; ++instrument) {
+        scene.clickButton("open");
+        QVERIFY(scene.waitForEmbedding());
+        scene.clickButton("log");
+        QTRY_COMPARE(taker.urls().size(), instrument + 1);
+        logs.append(taker.urls().last().toLocalFile());
+        scene.clickButton("newTab");
+        QTRY_COMPARE(tabs->count(), instrument + 2);
+    }
+    QVERIFY2(logs.at(0) != logs.at(1), qPrintable(logs.at(0)));
+    for (const QString& path : logs) {
+        QFile file(path);
+        QVERIFY2(file.open(QIODevice::ReadOnly), qPrintable(path));
+        // One start, by the first line of a log.
+        QCOMPARE(file.readAll().count("---- "), 1);
+    }
+}
+
 void TestLauncherReports::dataElsewhereIsNamed()
 {
     LauncherScene scene(kFakeChild);
@@ -201,7 +226,7 @@ void TestLauncherReports::withoutADesktopThePathIsTold()
         return scene.window().findChild<QMessageBox*>(QStringLiteral("pathMessage"));
     };
     QTRY_VERIFY(message() && message()->isVisible());
-    QVERIFY2(message()->text().contains(scene.home() + QStringLiteral("/scn4070a/good")),
+    QVERIFY2(message()->text().contains(scene.home() + QStringLiteral("/scn4070a/xgood")),
              qPrintable(message()->text()));
     QVERIFY(message()->text().contains(QStringLiteral("xdg-utils")));
     scene.click(message()->buttons().at(0));
