@@ -83,7 +83,7 @@ function(_scn_set_test_properties entry)
         TIMEOUT ${ARG_TIMEOUT}
         LABELS "${labels}"
         SKIP_RETURN_CODE 77
-        ENVIRONMENT "QT_QPA_PLATFORM=offscreen;XDG_RUNTIME_DIR=${CMAKE_BINARY_DIR}/runtime;XDG_DATA_HOME=/dev/null;LC_ALL=C.UTF-8;ASAN_OPTIONS=detect_leaks=0:verify_asan_link_order=0;UBSAN_OPTIONS=print_stacktrace=1;${ARG_ENVIRONMENT}")
+        ENVIRONMENT "QT_QPA_PLATFORM=offscreen;XDG_RUNTIME_DIR=${CMAKE_BINARY_DIR}/runtime;XDG_DATA_HOME=/dev/null;SCN4070A_LOCK_FOLDER=${CMAKE_BINARY_DIR}/locks;LC_ALL=C.UTF-8;ASAN_OPTIONS=detect_leaks=0:verify_asan_link_order=0;UBSAN_OPTIONS=print_stacktrace=1;${ARG_ENVIRONMENT}")
     if("serial" IN_LIST labels)
         set_tests_properties(${entry} PROPERTIES RUN_SERIAL TRUE)
     elseif("system" IN_LIST labels)
@@ -103,5 +103,6 @@ function(_scn_check_folder)
     endif()
 endfunction()
 
-file(MAKE_DIRECTORY "${CMAKE_BINARY_DIR}/runtime")
+# An instrument that a user of this machine has open is no concern of the tests, and theirs none of the user.
+file(MAKE_DIRECTORY "${CMAKE_BINARY_DIR}/locks" "${CMAKE_BINARY_DIR}/runtime")
 file(CHMOD "${CMAKE_BINARY_DIR}/runtime" DIRECTORY_PERMISSIONS OWNER_READ OWNER_WRITE OWNER_EXECUTE)

@@ -30,7 +30,7 @@ bool ChildClaim::take(const QString& program, const QString& resource, const QSt
     release();
     m_errorText.clear();
     if (!QFileInfo(program).isFile()) {
-        m_errorText = QStringLiteral("找不到程序 %1。").arg(program);
+        m_errorText = QStringLiteral("找不到程序 %1，请重新安装它。").arg(program);
         return false;
     }
     m_self = Owner::self({});
@@ -79,7 +79,8 @@ bool ChildClaim::takePerUser(const QString& program, const QString& name)
 {
     const QString first = perUserFolder(name);
     if (first.isEmpty()) {
-        m_errorText = QStringLiteral("程序目录不可写，而当前用户没有主目录，数据无处存放。");
+        m_errorText = QStringLiteral(
+            "程序目录不可写，而当前用户没有主目录，数据无处存放。请设置 HOME 或 XDG_DATA_HOME。");
         return false;
     }
     for (int number = 1; number <= kFoldersOfOneName; ++number) {
@@ -102,8 +103,8 @@ bool ChildClaim::takePerUser(const QString& program, const QString& name)
             return false;
         }
     }
-    m_errorText =
-        QStringLiteral("数据目录 %1 正被 %2 使用。").arg(first, m_folder.other().description());
+    m_errorText = QStringLiteral("数据目录 %1 正被 %2 使用。请先关闭它。")
+                      .arg(first, m_folder.other().description());
     return false;
 }
 

@@ -126,7 +126,7 @@ QString failureSentence(OpenFailure failure, const QString& resource)
         return text("连接被拒绝：主机可以到达，但该端口没有仪器监听。请检查端口号。");
     case OpenFailure::NoRights: {
         const QString problem = rightsProblem(deviceOf(resource));
-        return problem.isEmpty() ? text("没有打开该仪器的权限。") : problem;
+        return problem.isEmpty() ? text("没有打开该仪器的权限，请询问系统管理员。") : problem;
     }
     case OpenFailure::NoAnswer:
         return text("仪器没有应答。请检查仪器是否开机，串口波特率是否一致。");
@@ -136,10 +136,10 @@ QString failureSentence(OpenFailure failure, const QString& resource)
         if (isOfAnotherKind(resource)) {
             return text("所用的 VISA 库不能打开这种资源。请安装系统的 VISA 库。");
         }
-        return text("资源名的写法不正确，例如 ASRL/dev/ttyUSB0::INSTR 或 "
+        return text("资源名的写法不正确，请写成 ASRL/dev/ttyUSB0::INSTR 或 "
                     "TCPIP0::192.168.1.5::5025::SOCKET。");
     case OpenFailure::Other:
-        return text("仪器未能打开。");
+        return text("仪器未能打开，请查看日志中的原因。");
     }
     return {};
 }

@@ -58,7 +58,8 @@ public:
     /// For a forked process before it becomes the child: it keeps the lock. Allocates nothing.
     void passOn() const;
 
-    /// A folder that all users of the machine can write, and that is empty after a restart.
+    /// A folder that all users of the machine can write, and that is empty after a restart: that of the
+    /// environment variable SCN4070A_LOCK_FOLDER, else a usual one. Whoever has another sees no owner here.
     static QString commonLockFolder();
 
 private:

@@ -88,9 +88,14 @@ Ownership::~Ownership()
 
 QString Ownership::commonLockFolder()
 {
-    const QString folder = QStringLiteral("/run/lock");
-    const bool isUsable = ::access(qPrintable(folder), W_OK | X_OK) == 0;
-    return isUsable ? folder : QStringLiteral("/tmp");
+    const QString set = qEnvironmentVariable("SCN4070A_LOCK_FOLDER");
+    for (const QString& folder : {set, QStringLiteral("/run/lock")}) {
+        if (!folder.isEmpty() &&
+            ::access(QFile::encodeName(folder).constData(), W_OK | X_OK) == 0) {
+            return folder;
+        }
+    }
+    return QStringLiteral("/tmp");
 }
 
 Ownership::Result Ownership::take(const QString& thing, const Owner& self)
@@ -232,7 +237,7 @@ Owner Ownership::readOwner() const
 
 void Ownership::fail(int error)
 {
-    m_errorText = QStringLiteral("无法使用锁文件 %1：%2")
+    m_errorText = QStringLiteral("无法使用锁文件 %1：%2。请删除该文件，或询问系统管理员。")
                       .arg(m_path, QString::fromLocal8Bit(std::strerror(error)));
 }
 

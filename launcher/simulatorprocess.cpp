@@ -33,7 +33,8 @@ SimulatorProcess::SimulatorProcess(QObject* parent)
     connect(&m_process, &QProcess::readyReadStandardOutput, this, &SimulatorProcess::readLine);
     connect(&m_process, &QProcess::errorOccurred, this, [this](QProcess::ProcessError error) {
         if (error == QProcess::FailedToStart) {
-            emit failed(tr("模拟仪器没有启动：%1").arg(m_process.errorString()));
+            emit failed(tr("模拟仪器没有启动：%1。请重新安装它，或检查 --simulator。")
+                            .arg(m_process.errorString()));
         }
     });
     connect(&m_process, qOverload<int, QProcess::ExitStatus>(&QProcess::finished), this, [this] {
@@ -41,7 +42,7 @@ SimulatorProcess::SimulatorProcess(QObject* parent)
             m_isAnnounced = true;
             readErrors();
             keep(m_errors.takeRest());
-            emit failed(tr("模拟仪器启动后即退出。"));
+            emit failed(tr("模拟仪器启动后即退出，请检查它的选项。"));
         }
     });
 }
@@ -65,7 +66,7 @@ void SimulatorProcess::start(const QString& path, const QStringList& arguments)
     const int option = own.indexOf(kTranscriptOption);
     if (option >= 0 && option + 1 < own.size() && !claimTranscript(own[option + 1])) {
         m_isAnnounced = true;
-        emit failed(tr("模拟仪器没有启动：%1").arg(m_transcript.errorText()));
+        emit failed(tr("模拟仪器没有启动。%1").arg(m_transcript.errorText()));
         return;
     }
     m_process.start(path, own);
@@ -101,7 +102,7 @@ void SimulatorProcess::readLine()
     if (line.startsWith(kReady)) {
         emit ready(line.mid(kReady.size()));
     } else {
-        emit failed(tr("模拟仪器的输出无法识别：%1").arg(line));
+        emit failed(tr("模拟仪器的输出无法识别：%1。请检查 --simulator。").arg(line));
     }
 }
 

@@ -14,18 +14,17 @@ constexpr int kTickMs = 1000;
 constexpr int kBarWidth = 360;
 constexpr int kPlaceLines = 3;
 constexpr int kPlaceWidth = 800;
-/// A read-back over a slow serial line takes longer, but by now a user wonders.
-constexpr qint64 kLongStartMs = 20000;
 
 } // namespace
 
-StartingPage::StartingPage(QWidget* parent)
+StartingPage::StartingPage(QWidget* parent, std::chrono::milliseconds longStart)
     : QWidget(parent)
     , m_title(new QLabel(this))
     , m_time(new QLabel(this))
     , m_place(new scn::PathLabel(kPlaceLines, kPlaceWidth, this))
     , m_note(new QLabel(this))
     , m_cancel(new QPushButton(tr("取消"), this))
+    , m_longStart(longStart)
 {
     m_title->setObjectName(QStringLiteral("pageTitle"));
     m_place->setObjectName(QStringLiteral("place"));
@@ -88,7 +87,7 @@ void StartingPage::updateTime()
 {
     const qint64 elapsed = m_since.elapsed();
     const QString time = tr("已用 %1 秒").arg(elapsed / 1000);
-    m_time->setText(elapsed < kLongStartMs || m_cancel->isHidden()
+    m_time->setText(elapsed < m_longStart.count() || m_cancel->isHidden()
                         ? time
                         : time + tr("。程序还没有显示窗口：仪器应答慢时请继续等待，否则请取消"));
 }

@@ -4,6 +4,8 @@
 #include <QTimer>
 #include <QWidget>
 
+#include <chrono>
+
 class QLabel;
 class QPushButton;
 
@@ -20,7 +22,10 @@ class StartingPage : public QWidget
     Q_DISABLE_COPY_MOVE(StartingPage)
 
 public:
-    explicit StartingPage(QWidget* parent);
+    /// A read-back over a slow serial line takes longer, but by then a user wonders.
+    static constexpr std::chrono::seconds kLongStart{20};
+
+    explicit StartingPage(QWidget* parent, std::chrono::milliseconds longStart = kLongStart);
 
     void showStarting(const QString& resource);
     void showEnding();
@@ -40,6 +45,7 @@ private:
     scn::PathLabel* m_place;
     QLabel* m_note;
     QPushButton* m_cancel;
+    const std::chrono::milliseconds m_longStart;
     QElapsedTimer m_since;
     QTimer m_ticks;
 };

@@ -41,12 +41,12 @@ QString stateText(const QString& resource, const ChildStatus& status, OpenFailur
     case ChildStatus::Link::Failed:
         return failureSentence(failure, resource);
     case ChildStatus::Link::Lost:
-        return StateLine::tr("连接已丢失");
+        return StateLine::tr("连接已丢失，请检查电缆和电源");
     case ChildStatus::Link::Connected:
         break;
     }
     if (status.isOtherKind()) {
-        return StateLine::tr("这不是 SCN4070A");
+        return StateLine::tr("这不是 SCN4070A，请选择其他仪器");
     }
     return status.isScanning() ? StateLine::tr("正在扫描") : StateLine::tr("空闲");
 }

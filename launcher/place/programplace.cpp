@@ -85,6 +85,11 @@ ProgramPlace noPlace(const QString& why)
     return {{}, {}, why};
 }
 
+ProgramPlace noUsablePlace(const QString& why)
+{
+    return noPlace(why + QStringLiteral("请检查磁盘空间和权限，或用 XDG_DATA_HOME 指定其他位置。"));
+}
+
 } // namespace
 
 QString companionProgram(const QString& name)
@@ -129,27 +134,28 @@ QString perUserFolder(const QString& name)
 ProgramPlace copiedProgram(const QString& program, const QString& folder)
 {
     if (!QFileInfo(program).isFile()) {
-        return noPlace(QStringLiteral("找不到程序 %1。").arg(program));
+        return noPlace(QStringLiteral("找不到程序 %1，请重新安装它。").arg(program));
     }
     std::error_code error;
     std::filesystem::create_directories(pathOf(folder), error);
     if (error) {
-        return noPlace(QStringLiteral("无法创建数据目录 %1：%2。").arg(folder, reasonOf(error)));
+        return noUsablePlace(
+            QStringLiteral("无法创建数据目录 %1：%2。").arg(folder, reasonOf(error)));
     }
     const QString copy = folder + QLatin1Char('/') + QFileInfo(program).fileName();
     if (!isSameContent(program, copy)) {
         // A link is followed: it is the file that gets a second name.
         error = replaceCopy(QFileInfo(program).canonicalFilePath(), copy);
         if (error) {
-            return noPlace(
+            return noUsablePlace(
                 QStringLiteral("无法将程序复制到 %1：%2。").arg(folder, reasonOf(error)));
         }
     }
     if (!takesData(folder)) {
-        return noPlace(QStringLiteral("数据目录 %1 不可写。").arg(folder));
+        return noUsablePlace(QStringLiteral("数据目录 %1 不可写。").arg(folder));
     }
     if (!QFileInfo(copy).isExecutable()) {
-        return noPlace(QStringLiteral("目录 %1 不允许运行程序。").arg(folder));
+        return noUsablePlace(QStringLiteral("目录 %1 不允许运行程序。").arg(folder));
     }
     return {copy, folder, {}};
 }

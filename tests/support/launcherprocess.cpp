@@ -151,8 +151,9 @@ QStringList LauncherProcess::locksOf(qint64 process)
 {
     const QByteArray signature = "\"process\":" + QByteArray::number(process) + ',';
     QStringList files;
-    for (const char* folder : {"/run/lock", "/tmp"}) {
-        QDirIterator locks(QString::fromLatin1(folder), {QStringLiteral("scn4070a-*.lock")});
+    for (const QString& folder : {qEnvironmentVariable("SCN4070A_LOCK_FOLDER"),
+                                  QStringLiteral("/run/lock"), QStringLiteral("/tmp")}) {
+        QDirIterator locks(folder, {QStringLiteral("scn4070a-*.lock")});
         while (locks.hasNext()) {
             QFile file(locks.next());
             if (file.open(QIODevice::ReadOnly) && file.readAll().contains(signature)) {

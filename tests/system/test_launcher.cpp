@@ -53,6 +53,8 @@ private slots:
     void missingDisplayIsTold();
     void platformOfTheDesktopIsOverruled_data();
     void platformOfTheDesktopIsOverruled();
+    void signalEndsAScanWithoutAQuestion_data();
+    void signalEndsAScanWithoutAQuestion();
     void programOutlivesALauncherThatDies();
     void keysOfTheTerminalEndItInOrder();
     void closedTerminalLeavesItAlone();
@@ -238,6 +240,30 @@ void TestLauncher::platformOfTheDesktopIsOverruled()
     launcher.terminate();
     QVERIFY(launcher.waitForEnd());
     QCOMPARE(launcher.exitCode(), 0);
+}
+
+void TestLauncher::signalEndsAScanWithoutAQuestion_data()
+{
+    QTest::addColumn<int>("signal");
+    QTest::newRow("SIGTERM") << SIGTERM;
+    QTest::newRow("SIGINT") << SIGINT;
+}
+
+void TestLauncher::signalEndsAScanWithoutAQuestion()
+{
+    QFETCH(int, signal);
+    LauncherProcess launcher(m_display.name());
+    launcher.start({QStringLiteral("--program"), QStringLiteral(SCN_FAKE_CHILD),
+                    QStringLiteral("scanning=%1").arg(QCoreApplication::applicationPid())});
+    QTRY_VERIFY_WITH_TIMEOUT(launcher.log().contains(QStringLiteral("扫描开始")), kStartWaitMs);
+    const qint64 child = launcher.child(QStringLiteral("scn_fake_child"));
+    QVERIFY(child > 0);
+    ::kill(static_cast<pid_t>(launcher.processId()), signal);
+    QVERIFY(launcher.waitForEnd());
+    QVERIFY(!launcher.crashed());
+    QCOMPARE(launcher.exitCode(), 0);
+    QVERIFY(!isThere(child));
+    QCOMPARE(launcher.locks(), QStringList());
 }
 
 void TestLauncher::programOutlivesALauncherThatDies()

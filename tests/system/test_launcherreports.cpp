@@ -130,6 +130,7 @@ void TestLauncherReports::wordOfAChildInTheBackgroundIsMarked()
     scene.clickTab(0);
     QTRY_COMPARE(bar->currentIndex(), 0);
     QTRY_COMPARE(bar->tabText(0), staysInView ? marked : identity);
+    QCOMPARE(scene.label("critical"), staysInView ? QString() : QStringLiteral("disk is full"));
 }
 
 void TestLauncherReports::simulatorThatFailsSaysWhy()

@@ -588,7 +588,8 @@ void TestLauncherWindow::otherInstrumentIsNamed()
         kSmallest + QStringList{QStringLiteral("--idn"), QStringLiteral("MAKER,METER,1,2")});
     LauncherScene scene(kProgram);
     scene.window().open({instrument.resource(), false, 0});
-    QTRY_COMPARE_WITH_TIMEOUT(scene.label("state"), QStringLiteral("这不是 SCN4070A"), kWaitMs);
+    QTRY_COMPARE_WITH_TIMEOUT(scene.label("state"),
+                              QStringLiteral("这不是 SCN4070A，请选择其他仪器"), kWaitMs);
     QCOMPARE(scene.label("identity"), QStringLiteral("MAKER METER 1 2"));
 }
 

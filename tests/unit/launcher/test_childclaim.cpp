@@ -165,8 +165,10 @@ void TestChildClaim::withoutAHomeItSaysSo()
     const bool isTaken = claim.take(program(), kPort1, kPort1);
     qputenv("HOME", home);
     QVERIFY(!isTaken);
-    QCOMPARE(claim.errorText(),
-             QStringLiteral("程序目录不可写，而当前用户没有主目录，数据无处存放。"));
+    QCOMPARE(
+        claim.errorText(),
+        QStringLiteral(
+            "程序目录不可写，而当前用户没有主目录，数据无处存放。请设置 HOME 或 XDG_DATA_HOME。"));
     QCOMPARE(QDir(locks()).entryList(QDir::Files), QStringList());
 }
 
@@ -179,7 +181,8 @@ void TestChildClaim::failedCopyIsTold()
     ChildClaim claim(locks());
     QVERIFY(!claim.take(program(), kPort1, kPort1));
     QCOMPARE(claim.errorText(),
-             QStringLiteral("无法创建数据目录 %1：文件系统是只读的。")
+             QStringLiteral("无法创建数据目录 %1：文件系统是只读的。请检查磁盘空间和权限，或用 "
+                            "XDG_DATA_HOME 指定其他位置。")
                  .arg(userFolder(QStringLiteral("TCPIP0-192.0.2.1-5025-SOCKET"))));
 }
 
@@ -187,7 +190,8 @@ void TestChildClaim::missingProgramIsTold()
 {
     ChildClaim claim(locks());
     QVERIFY(!claim.take(installed() + QStringLiteral("/none"), kPort1, kPort1));
-    QCOMPARE(claim.errorText(), QStringLiteral("找不到程序 %1/none。").arg(installed()));
+    QCOMPARE(claim.errorText(),
+             QStringLiteral("找不到程序 %1/none，请重新安装它。").arg(installed()));
     QCOMPARE(QDir(locks()).entryList(QDir::Files), QStringList());
 }
 

@@ -34,7 +34,7 @@ void TestEndSentence::crashWarnsOfTheRestart()
         const QString text =
             endSentence({false, true, hasCrashed, 6}, kProgram, AfterEnd::ScanGoesOn);
         QVERIFY2(text.contains(kGoesOn) && text.contains(kStops), qPrintable(text));
-        QVERIFY2(text.contains(QStringLiteral(" 6）")), qPrintable(text));
+        QVERIFY2(text.contains(QStringLiteral(" 6），请查看日志")), qPrintable(text));
     }
 }
 

@@ -41,6 +41,7 @@ private slots:
     void missingProgramIsTold();
     void helpAndVersionNeedNoProgram();
     void helpNamesTheSerialRate();
+    void commandLineIsEnglish();
 };
 
 void TestLauncherOptions::nothingOpensTheStartPage()
@@ -130,6 +131,26 @@ void TestLauncherOptions::helpAndVersionNeedNoProgram()
     QVERIFY(help.asksForHelp);
     QVERIFY(help.helpText.contains(QLatin1String("--simulated")));
     QVERIFY(LauncherOptions::parse(texts({"launcher", "--version"})).asksForVersion);
+}
+
+void TestLauncherOptions::commandLineIsEnglish()
+{
+    QStringList lines{parsed(texts({"--help"})).helpText};
+    const QList<QStringList> wrong = {
+        texts({"launcher", "--nonsense"}),
+        texts({"launcher", "--rate"}),
+        texts({"launcher", "--program", "/no/such"}),
+        texts({"launcher", "--program", "/"}),
+        texts({"launcher", "--program", "/bin/true", "--simulator", "/no/such"}),
+        texts({"launcher", "--program", "/bin/true", "a", "b"}),
+        texts({"launcher", "--program", "/bin/true", "--simulated", "a"})};
+    for (const QStringList& arguments : wrong) {
+        lines.append(LauncherOptions::parse(arguments).errorText);
+        QVERIFY(!lines.last().isEmpty());
+    }
+    for (const QString& line : qAsConst(lines)) {
+        QCOMPARE(QString::fromLatin1(line.toLatin1()), line);
+    }
 }
 
 void TestLauncherOptions::helpNamesTheSerialRate()

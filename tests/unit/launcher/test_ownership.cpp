@@ -79,6 +79,7 @@ private slots:
     void linkInTheWayIsNotFollowed();
     void ownerThatSignedNothingIsUnknown();
     void missingFolderIsTold();
+    void folderOfTheEnvironmentIsTaken();
     void onlyOneOfManyHasIt();
 
 private:
@@ -287,7 +288,8 @@ void TestOwnership::missingFolderIsTold()
     Ownership ownership(folder() + QStringLiteral("/missing"));
     QCOMPARE(ownership.take(kThing, Owner::self(kPlace)), Result::Failed);
     QVERIFY(ownership.errorText().startsWith(QStringLiteral("无法使用锁文件 ")));
-    QVERIFY(ownership.errorText().endsWith(QStringLiteral("No such file or directory")));
+    QVERIFY(ownership.errorText().contains(QStringLiteral("请删除该文件")));
+    QVERIFY(ownership.errorText().contains(QStringLiteral("No such file or directory")));
 }
 
 void TestOwnership::onlyOneOfManyHasIt()
@@ -322,6 +324,20 @@ void TestOwnership::onlyOneOfManyHasIt()
     QCOMPARE(crowds.load(), 0);
     QCOMPARE(failures.load(), 0);
     QCOMPARE(files(), QStringList());
+}
+
+void TestOwnership::folderOfTheEnvironmentIsTaken()
+{
+    // That of the tests themselves.
+    const QByteArray ours = qgetenv("SCN4070A_LOCK_FOLDER");
+    QVERIFY(!ours.isEmpty());
+    QCOMPARE(Ownership::commonLockFolder(), QFile::decodeName(ours));
+    const QStringList usual{QStringLiteral("/run/lock"), QStringLiteral("/tmp")};
+    for (const QByteArray& unusable : {QByteArray(), QByteArray("/no/such/folder")}) {
+        qputenv("SCN4070A_LOCK_FOLDER", unusable);
+        QVERIFY(usual.contains(Ownership::commonLockFolder()));
+    }
+    qputenv("SCN4070A_LOCK_FOLDER", ours);
 }
 
 SCN_TEST(TestOwnership, QCoreApplication)

@@ -224,7 +224,10 @@ void TestProgramPlace::fullDiskIsTold()
     const QByteArray before = contentOf(copy());
     writeProgram(QByteArray("#!/bin/sh\n") + QByteArray(2 * kSmallDisk, '#'));
     const ProgramPlace place = copiedProgram(program(), home());
-    QCOMPARE(place.errorText, QStringLiteral("无法将程序复制到 %1：磁盘已满。").arg(home()));
+    QCOMPARE(place.errorText,
+             QStringLiteral("无法将程序复制到 %1：磁盘已满。请检查磁盘空间和权限，或用 "
+                            "XDG_DATA_HOME 指定其他位置。")
+                 .arg(home()));
     QCOMPARE(place.program, QString());
     // What was there is still whole.
     QCOMPARE(contentOf(copy()), before);
@@ -235,7 +238,7 @@ void TestProgramPlace::missingProgramIsTold()
 {
     QVERIFY(QFile::remove(program()));
     QCOMPARE(copiedProgram(program(), home()).errorText,
-             QStringLiteral("找不到程序 %1。").arg(program()));
+             QStringLiteral("找不到程序 %1，请重新安装它。").arg(program()));
     QVERIFY(!QDir(home()).exists());
 }
 
@@ -254,7 +257,9 @@ void TestProgramPlace::readOnlyHomeIsTold()
     const auto mount = privatemounts::Mount::readOnly(home());
     QVERIFY(mount.isMounted());
     QCOMPARE(copiedProgram(program(), home()).errorText,
-             QStringLiteral("无法将程序复制到 %1：文件系统是只读的。").arg(home()));
+             QStringLiteral("无法将程序复制到 %1：文件系统是只读的。请检查磁盘空间和权限，或用 "
+                            "XDG_DATA_HOME 指定其他位置。")
+                 .arg(home()));
 }
 
 SCN_TEST_RUN(&privatemounts::run<TestProgramPlace, QCoreApplication>)

@@ -66,6 +66,9 @@ private slots:
     void sentencesAreWholeOnASmallScreen();
     void everyTextShowsBesideACriticalLine();
     void narrowLineKeepsTheState();
+    void faultSaysWhatToDo_data();
+    void faultSaysWhatToDo();
+    void serialRateIsShown();
     void cutTextIsInTheToolTip();
     void timesHaveUnits_data();
     void timesHaveUnits();
@@ -157,6 +160,40 @@ void TestStateLine::narrowLineKeepsTheState()
     QVERIFY(!text(line, "folder")->isVisible());
     line.resize(1920, StateLine::kHeight);
     QTRY_VERIFY(text(line, "folder")->isVisible());
+}
+
+void TestStateLine::faultSaysWhatToDo_data()
+{
+    QTest::addColumn<QStringList>("log");
+    QTest::addColumn<QString>("text");
+    QTest::newRow("lost") << QStringList{QStringLiteral("info 仪器已连接: ") + kIdentity,
+                                         QStringLiteral("warning 仪器连接已丢失")}
+                          << QStringLiteral("请检查电缆和电源");
+    QTest::newRow("another kind") << QStringList{QStringLiteral("info 仪器已连接: M X 1 2")}
+                                  << QStringLiteral("请选择其他仪器");
+}
+
+void TestStateLine::faultSaysWhatToDo()
+{
+    QFETCH(QStringList, log);
+    QFETCH(QString, text);
+    StateLine line(nullptr);
+    line.showStatus(kUsb, statusAfter(log), OpenFailure::None);
+    QVERIFY2(this->text(line, "state")->text().contains(text),
+             qPrintable(this->text(line, "state")->text()));
+    QCOMPARE(this->text(line, "state")->property("trouble").toBool(), true);
+}
+
+void TestStateLine::serialRateIsShown()
+{
+    StateLine line(nullptr);
+    line.showStatus(QStringLiteral("ASRL1::INSTR"), ChildStatus(), OpenFailure::None);
+    line.showSerialRate(9600);
+    show(line, kSmallScreen);
+    QCOMPARE(text(line, "serialRate")->text(), QStringLiteral("9600 波特"));
+    QVERIFY(text(line, "serialRate")->isVisible());
+    line.showSerialRate(0);
+    QVERIFY(!text(line, "serialRate")->isVisible());
 }
 
 void TestStateLine::cutTextIsInTheToolTip()
