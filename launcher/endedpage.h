@@ -7,6 +7,10 @@ class QLabel;
 class QPlainTextEdit;
 class QPushButton;
 
+namespace scn {
+class PathLabel;
+} // namespace scn
+
 namespace scnlauncher {
 
 /// What is left of an instrument that is no longer open, or could not be opened.
@@ -16,8 +20,8 @@ struct EndReport
     QString subject;
     QString sentence;
     QStringList lastWords;
-    /// False if it never ran; then it has no log.
-    bool hasRun = false;
+    /// Where the data is; empty if it never ran: then it has no log either.
+    QString folder;
 };
 
 /// Tells how a child has ended by itself, or why there is none.
@@ -35,6 +39,7 @@ signals:
     void startAgain();
     void chooseOther();
     void openLog();
+    void openFolder();
 
 private:
     QLabel* m_subject;
@@ -42,7 +47,9 @@ private:
     QLabel* m_wordsTitle;
     QPlainTextEdit* m_lastWords;
     QPushButton* m_again;
+    scn::PathLabel* m_folder;
     QPushButton* m_log;
+    QPushButton* m_openFolder;
 };
 
 } // namespace scnlauncher

@@ -47,7 +47,9 @@ InstrumentTab::InstrumentTab(const Workshop& workshop, QWidget* parent)
     connect(m_endedPage, &EndedPage::openLog, this, openLog);
     connect(m_stateLine, &StateLine::chooseOther, this, &InstrumentTab::chooseOther);
     connect(m_stateLine, &StateLine::openLog, this, openLog);
-    connect(m_stateLine, &StateLine::openFolder, this, [this] { openOnDesktop(this, m_folder); });
+    const auto openFolder = [this] { openOnDesktop(this, m_folder); };
+    connect(m_endedPage, &EndedPage::openFolder, this, openFolder);
+    connect(m_stateLine, &StateLine::openFolder, this, openFolder);
     connect(&m_probe, &RefusalProbe::refused, this, [this] {
         m_failure = OpenFailure::Refused;
         showStatus();
@@ -88,8 +90,7 @@ void InstrumentTab::startSimulator()
     connect(
         m_simulator.get(), &SimulatorProcess::failed, this,
         [this](const QString& reason) {
-            report(
-                {subject(), reason, m_simulator ? m_simulator->lastWords() : QStringList(), false});
+            report({subject(), reason, m_simulator ? m_simulator->lastWords() : QStringList(), {}});
         },
         Qt::QueuedConnection);
     m_simulator->start(m_workshop.simulator, m_workshop.simulatorArguments);
@@ -101,7 +102,7 @@ void InstrumentTab::startChild(const QString& resource)
     m_failure = OpenFailure::None;
     const auto claim = std::make_shared<ChildClaim>();
     if (!claim->take(m_workshop.program, resource, placeNameOf(m_choice))) {
-        report({subject(), claim->errorText(), {}, false});
+        report({subject(), claim->errorText(), {}, {}});
         return;
     }
     m_folder = claim->folder();
@@ -259,8 +260,8 @@ void InstrumentTab::finish(const ChildEnd& end)
     leaveSimulator();
     if (!end.isWanted) {
         const AfterEnd afterEnd = m_choice.isSimulated ? AfterEnd::ScanEnds : AfterEnd::ScanGoesOn;
-        report(
-            {subject(), endSentence(end, m_workshop.program, afterEnd), lastWords, end.hasStarted});
+        report({subject(), endSentence(end, m_workshop.program, afterEnd), lastWords,
+                end.hasStarted ? m_folder : QString()});
     }
     tellNews();
     emit idle();
@@ -270,7 +271,7 @@ void InstrumentTab::report(const EndReport& report)
 {
     qWarning().noquote() << report.sentence;
     dropSimulator();
-    m_hasRun = report.hasRun;
+    m_hasRun = !report.folder.isEmpty();
     m_endedPage->showEnd(report);
     m_pages->setCurrentWidget(m_endedPage);
     tellNews();

@@ -25,6 +25,15 @@ constexpr QSize kFrame(16, 40);
 constexpr int kLongestTabTitle = 40;
 const QString kTitle = QStringLiteral("SCN4070A");
 
+/// A resource tells itself from others at its end too.
+QString shortened(const QString& title)
+{
+    constexpr int kHalf = kLongestTabTitle / 2;
+    return title.size() <= kLongestTabTitle
+               ? title
+               : title.left(kHalf - 1) + QStringLiteral("…") + title.right(kHalf);
+}
+
 /// The nearest place and size that lie on the screen.
 QRect inside(const QRect& wanted, const QRect& screen)
 {
@@ -156,7 +165,7 @@ void LauncherWindow::updateTitles()
     for (int index = 0; index < m_tabs->count(); ++index) {
         const QString title = tabAt(index)->title();
         const QString trouble = tabAt(index)->trouble();
-        const QString text = title.isEmpty() ? tr("选择仪器") : title.left(kLongestTabTitle);
+        const QString text = title.isEmpty() ? tr("选择仪器") : shortened(title);
         m_tabs->setTabText(index, trouble.isEmpty() ? text : tr("%1：%2").arg(trouble, text));
         m_tabs->setTabIcon(index, trouble.isEmpty()
                                       ? QIcon()

@@ -4,7 +4,11 @@
 
 #include <QApplication>
 #include <QFile>
+#include <QLibraryInfo>
 #include <QPalette>
+#include <QTranslator>
+
+#include <memory>
 
 namespace scnlauncher {
 namespace {
@@ -18,16 +22,29 @@ QTabWidget::pane { border: 0; }
 QPushButton { background-color: #455364; border-radius: 4px; padding: 3px 14px; }
 QPushButton:hover { background-color: #54687a; }
 QPushButton:disabled { background-color: #363b41; color: #788490; }
+QTreeView::item:selected:!active { background-color: #346792; }
 #newTab { border: 0; border-radius: 0; padding: 0 10px; font-size: 20px; }
 #newTab:hover { background-color: #54687a; }
 #pageTitle { font-size: 20px; padding: 12px; }
 #problem, #state[trouble="true"], #critical, #keeping { color: #e0a030; }
 )");
 
+/// Those of its menus and buttons; where they are not installed, they are English.
+void translateQtsOwnTexts()
+{
+    auto translator = std::make_unique<QTranslator>();
+    if (translator->load(QStringLiteral("qtbase_zh_CN"),
+                         QLibraryInfo::location(QLibraryInfo::TranslationsPath))) {
+        translator->setParent(qApp);
+        QCoreApplication::installTranslator(translator.release());
+    }
+}
+
 } // namespace
 
 void applyLook()
 {
+    translateQtsOwnTexts();
     // The first frame is drawn before a style sheet has its say.
     QPalette palette = QApplication::palette();
     palette.setColor(QPalette::Window, kBackground);

@@ -126,6 +126,8 @@ QWidget* StartPage::buildForm()
 void StartPage::refresh()
 {
     const QSignalBlocker blocker(m_list);
+    const QTreeWidgetItem* before = m_list->currentItem();
+    const QVariant chosen = before ? before->data(0, kResourceRole) : QVariant();
     m_list->clear();
     QTreeWidgetItem* simulated = addSection(tr("模拟仪器"));
     addInstruments(simulated, {{tr("模拟的 SCN4070A"), QStringLiteral(""), {}}}, {});
@@ -135,8 +137,24 @@ void StartPage::refresh()
     m_networkSection = addSection(tr("网络"));
     addInstruments(m_networkSection, {}, tr("正在查找..."));
     m_network.start();
-    m_list->setCurrentItem(simulated->child(0));
-    showCurrent();
+    // What was chosen or typed stays.
+    QTreeWidgetItem* same = m_resource->text().isEmpty() ? simulated->child(0) : itemOf(chosen);
+    m_list->setCurrentItem(same);
+    updateForm();
+}
+
+/// The line of a resource; null if there is none.
+QTreeWidgetItem* StartPage::itemOf(const QVariant& resource) const
+{
+    for (int section = 0; resource.isValid() && section < m_list->topLevelItemCount(); ++section) {
+        const QTreeWidgetItem* lines = m_list->topLevelItem(section);
+        for (int row = 0; row < lines->childCount(); ++row) {
+            if (lines->child(row)->data(0, kResourceRole) == resource) {
+                return lines->child(row);
+            }
+        }
+    }
+    return nullptr;
 }
 
 QTreeWidgetItem* StartPage::addSection(const QString& title)

@@ -37,7 +37,7 @@ class StartPage : public QWidget
 public:
     StartPage(const InstrumentSources& sources, const LauncherSettings& settings, QWidget* parent);
 
-    /// Looks again for everything.
+    /// Looks again for everything. What is chosen or typed stays.
     void refresh();
 
 signals:
@@ -47,6 +47,7 @@ private:
     QTreeWidgetItem* addSection(const QString& title);
     void addInstruments(QTreeWidgetItem* section, const FoundInstruments& instruments,
                         const QString& textIfNone);
+    QTreeWidgetItem* itemOf(const QVariant& resource) const;
     void addRecent();
     void removeCurrentRecent();
     void showRate(int rate);

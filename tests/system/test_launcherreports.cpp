@@ -79,8 +79,10 @@ void TestLauncherReports::deadChildInTheBackgroundIsMarked()
     auto* const bar = scene.window().findChild<QTabBar*>();
     QTRY_COMPARE(bar->count(), 2);
     QCOMPARE(bar->tabText(0), identity);
-    ::kill(static_cast<pid_t>(LauncherScene::children(QStringLiteral("scn_fake_child")).value(0)),
-           SIGKILL);
+    const qint64 child = LauncherScene::children(QStringLiteral("scn_fake_child")).value(0);
+    const QString folder =
+        QFileInfo(QFile::symLinkTarget(QStringLiteral("/proc/%1/exe").arg(child))).path();
+    ::kill(static_cast<pid_t>(child), SIGKILL);
     QTRY_COMPARE_WITH_TIMEOUT(bar->tabText(0), QStringLiteral("已终止：") + identity, kWaitMs);
     QVERIFY(!bar->tabIcon(0).isNull());
     QVERIFY(bar->tabIcon(1).isNull());
@@ -90,6 +92,11 @@ void TestLauncherReports::deadChildInTheBackgroundIsMarked()
     // The log outlives the child.
     scene.clickButton("endedLog");
     QTRY_COMPARE(taker.urls().size(), 1);
+    // So does its data.
+    QVERIFY2(scene.label("endedFolder").endsWith(folder), qPrintable(scene.label("endedFolder")));
+    scene.clickButton("openEndedFolder");
+    QTRY_COMPARE(taker.urls().size(), 2);
+    QCOMPARE(taker.urls().last(), QUrl::fromLocalFile(folder));
     // Nothing is left of the mark with another choice.
     scene.clickButton("chooseOther");
     QTRY_COMPARE(bar->tabText(0), QStringLiteral("选择仪器"));
@@ -230,6 +237,7 @@ void TestLauncherReports::withoutADesktopThePathIsTold()
     QVERIFY2(message()->text().contains(scene.home() + QStringLiteral("/scn4070a/xgood")),
              qPrintable(message()->text()));
     QVERIFY(message()->text().contains(QStringLiteral("xdg-utils")));
+    QCOMPARE(message()->buttons().at(0)->text(), QStringLiteral("确定"));
     scene.click(message()->buttons().at(0));
     QTRY_VERIFY(!message());
     // A log that could not be written is another matter.

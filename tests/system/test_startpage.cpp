@@ -4,6 +4,7 @@
 
 #include <QComboBox>
 #include <QLabel>
+#include <QLineEdit>
 #include <QMenu>
 #include <QTest>
 #include <QTreeWidget>
@@ -83,6 +84,9 @@ private slots:
     void initTestCase();
     void eachLineHasItsRate();
     void rateOfTheCommandLineIsKept();
+    void choiceOutlivesARefresh();
+    void failedResourceNeedsNoSecondTyping();
+    void fieldsMenuIsChinese();
     void recentEntryIsRemoved_data();
     void recentEntryIsRemoved();
 };
@@ -145,6 +149,63 @@ void TestStartPage::rateOfTheCommandLineIsKept()
     // No rate of a line: the last one is taken.
     launcher.setVariable(QStringLiteral("SCN4070A_SERIAL_RATE"), QStringLiteral("57601"));
     startAndEnd(QStringLiteral("230400"));
+}
+
+void TestStartPage::choiceOutlivesARefresh()
+{
+    LauncherScene scene(kFakeChild);
+    const auto* field = scene.currentTab()->findChild<QLineEdit*>(QStringLiteral("resource"));
+    const auto* list = listOf(scene);
+    // Chosen: the port that the scene lists.
+    const QRect row = list->visualItemRect(list->topLevelItem(1)->child(0));
+    const QPoint point = list->viewport()->mapToGlobal(row.center());
+    DisplayApplication::display().click(point.x(), point.y());
+    QTRY_COMPARE(field->text(), QStringLiteral("ASRL/dev/null::INSTR"));
+    scene.clickButton("refresh");
+    QTRY_VERIFY(list->currentItem() && list->currentItem() == list->topLevelItem(1)->child(0));
+    QCOMPARE(field->text(), QStringLiteral("ASRL/dev/null::INSTR"));
+    // Typed.
+    scene.click(field);
+    press(QStringLiteral("End"));
+    press(QStringLiteral("5"));
+    const QString typed = QStringLiteral("ASRL/dev/null::INSTR5");
+    QTRY_COMPARE(field->text(), typed);
+    const QTreeWidgetItem* const before = list->topLevelItem(0);
+    scene.clickButton("refresh");
+    QTRY_VERIFY(list->topLevelItem(0) != before);
+    QCOMPARE(field->text(), typed);
+    QVERIFY(!list->currentItem());
+}
+
+void TestStartPage::failedResourceNeedsNoSecondTyping()
+{
+    LauncherScene scene(kFakeChild);
+    const QString resource = LauncherScene::own("crash");
+    scene.openByHand(resource);
+    QTRY_VERIFY_WITH_TIMEOUT(scene.label("pageTitle").contains(QStringLiteral("意外终止")),
+                             kWaitMs);
+    leave(scene);
+    const auto* field = scene.currentTab()->findChild<QLineEdit*>(QStringLiteral("resource"));
+    QCOMPARE(field->text(), resource);
+    scene.clickButton("open");
+    QTRY_VERIFY_WITH_TIMEOUT(scene.label("pageTitle").contains(QStringLiteral("意外终止")),
+                             kWaitMs);
+}
+
+void TestStartPage::fieldsMenuIsChinese()
+{
+    LauncherScene scene(kFakeChild);
+    scene.click(scene.currentTab()->findChild<QLineEdit*>(QStringLiteral("resource")));
+    DisplayApplication::display().xdotool({QStringLiteral("click"), QStringLiteral("3")});
+    QTRY_VERIFY(QApplication::activePopupWidget());
+    QStringList texts;
+    for (const QAction* action : QApplication::activePopupWidget()->actions()) {
+        texts.append(action->text());
+    }
+    QVERIFY2(texts.join(QLatin1Char(' ')).contains(QStringLiteral("粘贴")),
+             qPrintable(texts.join(QLatin1Char(' '))));
+    press(QStringLiteral("Escape"));
+    QTRY_VERIFY(!QApplication::activePopupWidget());
 }
 
 void TestStartPage::recentEntryIsRemoved_data()
