@@ -1,18 +1,31 @@
 #!/usr/bin/env bash
 # demo.sh BIN_DIR OUTPUT_DIR: a short scan on the simulated instrument under a virtual display, with
 # real clicks, and its export. Leaves a picture of the window, the CSV file, the day file, and the
-# transcript of the wire.
+# transcript of the wire in OUTPUT_DIR, in place of those of the demonstration before. The folder may hold
+# nothing else.
 set -eu
-bin=$(cd "$1" && pwd)
+programs=$(cd "$1" && pwd)
 mkdir -p "$2"
 out=$(cd "$2" && pwd)
-rm -rf "$out"/*
+ours='screenshot\.png|transcript\.txt|program\.log|display|display\.log|runtime|before_export|[0-9]{8}\.db|.*_Trace_1_.*\.csv'
+if ls -A "$out" | grep -qvxE "$ours"; then
+    echo "$out holds something else than a demonstration's files. Name an empty folder." >&2
+    exit 1
+fi
+rm -rf "${out:?}"/*
 
 XDG_RUNTIME_DIR="$out/runtime"
 mkdir -m 700 "$XDG_RUNTIME_DIR"
 # The launcher opens at its usual place, and leaves nothing in the user's folders.
 XDG_CONFIG_HOME="$XDG_RUNTIME_DIR/config" XDG_STATE_HOME="$XDG_RUNTIME_DIR/state"
-export XDG_RUNTIME_DIR XDG_CONFIG_HOME XDG_STATE_HOME LC_ALL=C.UTF-8
+XDG_DATA_HOME="$XDG_RUNTIME_DIR/data"
+export XDG_RUNTIME_DIR XDG_CONFIG_HOME XDG_STATE_HOME XDG_DATA_HOME LC_ALL=C.UTF-8
+# The data goes beside the program: not among that of the user's instruments.
+bin="$XDG_RUNTIME_DIR/bin"
+mkdir "$bin"
+for program in scn4070a scn4070a-launcher scn4070a-sim; do
+    cp -l "$programs/$program" "$bin" 2>/dev/null || cp "$programs/$program" "$bin"
+done
 
 # The server picks a free display and tells its number.
 exec 3<> "$out/display"

@@ -68,6 +68,7 @@ private slots:
     void helpIsNoRefusal();
     void missingSudoIsTold();
     void demonstrationLeavesItsResults();
+    void demonstrationSparesOtherFolders();
     void secondStartIsQuick();
 };
 
@@ -157,6 +158,11 @@ void TestRun::demonstrationLeavesItsResults()
         const QString name = QString::fromLatin1(program);
         QVERIFY(QFile::copy(QStringLiteral(SCN_BIN_DIR "/") + name, bin.filePath(name)));
     }
+    // What another instrument has left there is no result.
+    QVERIFY(bin.mkdir(QStringLiteral("ZZ99_Data")));
+    QVERIFY(
+        QFile(bin.filePath(QStringLiteral("ZZ99_Data/20260101.db"))).open(QIODevice::WriteOnly));
+    const QStringList before = bin.entryList();
     const QString results = folder.filePath(QStringLiteral("results"));
     QProcess demo;
     demo.setProcessEnvironment(noDisplay());
@@ -177,9 +183,24 @@ void TestRun::demonstrationLeavesItsResults()
     QCOMPARE(answer(dayFile, QStringLiteral("SELECT count(*) FROM curve_info")),
              QStringLiteral("4"));
     QVERIFY(answer(dayFile, QStringLiteral("SELECT count(*) FROM batch_metadata")).toInt() >= 4);
-    // What it needs for itself has gone; of the programs' folder only the store stays.
+    // What it needs for itself has gone, and the programs' folder is as it was.
     QVERIFY(QDir(results).entryList(QDir::Dirs | QDir::NoDotAndDotDot).isEmpty());
-    QVERIFY(bin.entryList({QStringLiteral("*.csv")}).isEmpty());
+    QVERIFY(!QFile::exists(results + QStringLiteral("/20260101.db")));
+    QCOMPARE(bin.entryList(), before);
+}
+
+void TestRun::demonstrationSparesOtherFolders()
+{
+    const QTemporaryDir folder;
+    const QString file = folder.filePath(QStringLiteral("thesis.txt"));
+    QVERIFY(QFile(file).open(QIODevice::WriteOnly));
+    QProcess demo;
+    demo.setProcessEnvironment(noDisplay());
+    demo.start(source("scripts/demo.sh"), {QStringLiteral(SCN_BIN_DIR), folder.path()});
+    QVERIFY(demo.waitForFinished(kDemoWaitMs));
+    QCOMPARE(demo.exitCode(), 1);
+    QVERIFY(demo.readAllStandardError().contains("holds something else"));
+    QVERIFY(QFile::exists(file));
 }
 
 void TestRun::secondStartIsQuick()
