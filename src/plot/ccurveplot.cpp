@@ -124,7 +124,7 @@ void CCurvePlot::clearCurves()
     m_curves.clear();
 
     m_userMovedX = false;
-    m_userMovedY = false;
+    releaseValues();
     m_followTime = true;
     m_autoScaleY = true;
     m_hasShownValues = false;
@@ -151,7 +151,7 @@ void CCurvePlot::resumeLive()
     assertGuiThread();
     giveUpLoad();
     m_userMovedX = false;
-    m_userMovedY = false;
+    releaseValues();
     m_followTime = true;
     m_autoScaleY = true;
     onNewSample(QDateTime::currentMSecsSinceEpoch());
@@ -177,7 +177,7 @@ void CCurvePlot::setAutoScaleY(bool on)
     if (!on) {
         return;
     }
-    m_userMovedY = false;
+    releaseValues();
     autoScaleY();
     redraw();
 }
@@ -230,6 +230,7 @@ void CCurvePlot::onMagnifierZoomed(double)
 {
     assertGuiThread();
     holdView();
+    m_hasZoomedValues = m_hasZoomedValues || m_magnifier->isAxisEnabled(QwtPlot::yLeft);
     const QwtInterval time = axisInterval(QwtPlot::xBottom);
     if (time.width() > kWidestRangeMs) {
         const double centre = (time.maxValue() + time.minValue()) * 0.5;
@@ -268,4 +269,11 @@ void CCurvePlot::holdView()
         m_followTime = false;
         m_autoScaleY = false;
     }
+}
+
+/// The y axis is no longer the user's.
+void CCurvePlot::releaseValues()
+{
+    m_userMovedY = false;
+    m_hasZoomedValues = false;
 }

@@ -31,7 +31,7 @@ class ViewSurroundings;
 /// values in the channel's unit. After a clear the first reading opens a window that fills from the
 /// left; once a reading reaches its right edge, the window scrolls with the newest time. A zoom or a
 /// pan freezes the view until resumeLive() or clearCurves(); the first samples that the plot shows set
-/// the y axis even then.
+/// the y axis even then, unless the user has zoomed it.
 ///
 /// The plot holds no samples. A batch of readings only sets the axes and arms a 100 ms timer. When it
 /// expires, the series of the visible curves load the visible window and the plot is drawn once. What
@@ -130,6 +130,7 @@ private:
 
     void onPanned();
     void holdView();
+    void releaseValues();
     void setTimeAxis(const scn::TimeSpan& span);
     void noteTimeAxis();
     void setBounds(int axis, double lower, double upper);
@@ -158,7 +159,8 @@ private:
     bool m_followTime = true;
     bool m_autoScaleY = true;
     bool m_updatingAxes = false;
-    bool m_hasShownValues = false; ///< Since the last clear.
+    bool m_hasZoomedValues = false; ///< While the user holds the y axis.
+    bool m_hasShownValues = false;  ///< Since the last clear.
     QTimer* m_reloadTimer = nullptr;
     QTimer* m_rangeCheckTimer = nullptr;
     double m_lastLowerX = 0.0;

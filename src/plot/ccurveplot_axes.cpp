@@ -194,13 +194,13 @@ bool CCurvePlot::proceedWithLoad(std::chrono::milliseconds budget)
     return true;
 }
 
-/// Scales the y axis to what was just loaded. A user who holds an empty view has not chosen its y axis: the
-/// first values come with theirs, or he would have to search for them.
+/// Scales the y axis to what was just loaded. A user who holds an empty view without having zoomed its y
+/// axis has not chosen one: the first values come with theirs, or he would have to search for them.
 void CCurvePlot::scaleToLoad()
 {
     const bool isFirst =
         !m_hasShownValues && scn::showsValues(m_curves, axisInterval(QwtPlot::xBottom));
-    if (isFirst && m_userMovedY) {
+    if (isFirst && m_userMovedY && !m_hasZoomedValues) {
         scaleToValues();
     } else {
         autoScaleY();

@@ -1,6 +1,8 @@
 #include "plotsupport.h"
 #include "support/testprogram.h"
 
+#include <qwt_plot_curve.h>
+
 #include <cmath>
 
 using namespace plotsupport;
@@ -18,6 +20,13 @@ QVector<QPointF> ramp()
         points.append(QPointF(double(kStart + i * 1000), i));
     }
     return points;
+}
+
+/// Whether the y axis has these bounds, up to rounding.
+bool isScaledTo(const CCurvePlot& plot, double lower, double upper)
+{
+    const QwtInterval values = valueBounds(plot);
+    return qFuzzyCompare(values.minValue(), lower) && qFuzzyCompare(values.maxValue(), upper);
 }
 
 } // namespace
@@ -43,12 +52,17 @@ private slots:
     void scalingAgainLeavesTheHeldTime();
     void followingAgainLeavesTheHeldValues();
     void valuesBesideTheViewDoNotSetTheAxis();
+    void firstValuesLeaveAnAxisSetByHand_data();
+    void firstValuesLeaveAnAxisSetByHand();
+    void firstValuesSetTheAxisInEachRun();
+    void hiddenCurveDoesNotSetTheAxis();
 
 private:
     CurveSeriesData* showRamp();
     void drag(int pixels);
 
     std::unique_ptr<SeriesPool> m_pool;
+    size_t m_used = 0; ///< Empty series that have got readings; the first stays empty.
     std::unique_ptr<CCurvePlot> m_plot;
 };
 
@@ -188,6 +202,85 @@ void TestCCurvePlotHold::valuesBesideTheViewDoNotSetTheAxis()
     QCOMPARE(valueBounds(*m_plot).maxValue(), 10.0);
     look(kStart);
     QCOMPARE(valueBounds(*m_plot).maxValue(), 9.0);
+}
+
+void TestCCurvePlotHold::firstValuesLeaveAnAxisSetByHand_data()
+{
+    QTest::addColumn<short>("mode");
+    QTest::addColumn<bool>("byHand");
+    QTest::newRow("time") << short(1) << false;
+    QTest::newRow("values") << short(2) << true;
+    QTest::newRow("both") << short(3) << true;
+}
+
+void TestCCurvePlotHold::firstValuesLeaveAnAxisSetByHand()
+{
+    QFETCH(short, mode);
+    QFETCH(bool, byHand);
+    CurveSeriesData* series = m_pool->empty(++m_used);
+    m_plot->addCurve(series, Qt::red, QStringLiteral("101"));
+    const auto show = [&](int second) {
+        series->addPoint(double(kStart + second * 1000), 5.0);
+        m_plot->onNewSample(kStart + second * 1000);
+        m_plot->updateVisibleData();
+    };
+    m_plot->onNewSample(kStart);
+    m_plot->setZoomMode(mode);
+    turnWheel(*m_plot, 3);
+    const QwtInterval chosen = valueBounds(*m_plot);
+    // The wheel in time alone, or a pan, does not give the axis back.
+    m_plot->setZoomMode(1);
+    turnWheel(*m_plot, -1);
+    drag(5);
+    show(10);
+    QVERIFY(series->size() > 0);
+    if (byHand) {
+        QCOMPARE(valueBounds(*m_plot), chosen);
+    } else {
+        QVERIFY(isScaledTo(*m_plot, 4.0, 6.0));
+    }
+
+    m_plot->resumeLive();
+    show(11);
+    QVERIFY(isScaledTo(*m_plot, 4.0, 6.0));
+    m_plot->clearCurves();
+    series = m_pool->empty(++m_used);
+    m_plot->addCurve(series, Qt::red, QStringLiteral("101"));
+    m_plot->onNewSample(kStart);
+    turnWheel(*m_plot, -1);
+    show(12);
+    QVERIFY(isScaledTo(*m_plot, 4.0, 6.0));
+}
+
+void TestCCurvePlotHold::firstValuesSetTheAxisInEachRun()
+{
+    showRamp();
+    for (const double value : {50.0, -50.0}) {
+        m_plot->clearCurves();
+        CurveSeriesData* const series = m_pool->empty(++m_used);
+        m_plot->addCurve(series, Qt::red, QStringLiteral("101"));
+        m_plot->onNewSample(kStart);
+        turnWheel(*m_plot, 1);
+        series->addPoint(double(kStart + 20000), value);
+        m_plot->onNewSample(kStart + 20000);
+        m_plot->updateVisibleData();
+        QVERIFY(isScaledTo(*m_plot, value - 1.0, value + 1.0));
+    }
+}
+
+void TestCCurvePlotHold::hiddenCurveDoesNotSetTheAxis()
+{
+    QwtPlotCurve* const hidden =
+        m_plot->addCurve(m_pool->loaded(0, ramp()), Qt::red, QStringLiteral("101"));
+    CurveSeriesData* const series = m_pool->empty(++m_used);
+    m_plot->addCurve(series, Qt::green, QStringLiteral("102"));
+    m_plot->onNewSample(kStart);
+    hidden->setVisible(false);
+    turnWheel(*m_plot, 1);
+    m_plot->updateVisibleData();
+    series->addPoint(double(kStart + 20000), 16.0);
+    m_plot->updateVisibleData();
+    QVERIFY(isScaledTo(*m_plot, -2.0, 18.0));
 }
 
 SCN_TEST(TestCCurvePlotHold, QApplication)
