@@ -6,8 +6,10 @@
 
 #include <QApplication>
 #include <QLabel>
+#include <QPaintEvent>
 #include <QPainter>
 #include <QPushButton>
+#include <QRegion>
 #include <QSignalSpy>
 #include <QTest>
 #include <QTimer>
@@ -24,6 +26,27 @@ constexpr int kRecovery = 1;
 const QString kLoadingText = QStringLiteral("正在加载，请稍等...");
 const QString kRecoveryText = QStringLiteral("应用程序将在恢复通信时与仪器同步。");
 const QColor kRing(153, 153, 153);
+
+/// Notes where a widget is painted.
+class PaintedArea : public QObject
+{
+public:
+    explicit PaintedArea(QWidget* watched) { watched->installEventFilter(this); }
+
+    bool covers(const QRect& area) const { return QRegion(area).subtracted(m_area).isEmpty(); }
+    void forget() { m_area = {}; }
+
+    bool eventFilter(QObject* watched, QEvent* event) override
+    {
+        if (event->type() == QEvent::Paint) {
+            m_area += static_cast<QPaintEvent*>(event)->region();
+        }
+        return QObject::eventFilter(watched, event);
+    }
+
+private:
+    QRegion m_area;
+};
 
 QLabel* labelOf(const LoadingView& view, const QString& text)
 {
@@ -88,6 +111,9 @@ private slots:
     void worksWithoutAParent();
     void verySmallParentIsHarmless_data();
     void verySmallParentIsHarmless();
+    void ringVanishesInAVeryNarrowParent_data();
+    void ringVanishesInAVeryNarrowParent();
+    void ringComesAndGoesAtOnce();
     void showLoadingCoversAndTurns();
     void groundIsFilled();
     void ringsAreSixDashes();
@@ -200,7 +226,7 @@ void TestLoadingView::worksWithoutAParent()
 void TestLoadingView::verySmallParentIsHarmless_data()
 {
     QTest::addColumn<QSize>("size");
-    QTest::newRow("ring vanishes") << QSize(7, 7);
+    QTest::newRow("a few pixels") << QSize(7, 7);
     QTest::newRow("one pixel") << QSize(1, 1);
     QTest::newRow("a line") << QSize(300, 1);
 }
@@ -221,6 +247,56 @@ void TestLoadingView::verySmallParentIsHarmless()
         QCOMPARE(image.size(), size);
         view.stopLoading();
     }
+}
+
+void TestLoadingView::ringVanishesInAVeryNarrowParent_data()
+{
+    QTest::addColumn<int>("width");
+    QTest::addColumn<bool>("vanishes");
+    QTest::newRow("no radius") << 7 << true;
+    QTest::newRow("a radius of one pixel") << 8 << false;
+}
+
+void TestLoadingView::ringVanishesInAVeryNarrowParent()
+{
+    QFETCH(int, width);
+    QFETCH(bool, vanishes);
+    QWidget host;
+    host.resize(400, 400);
+    QWidget narrow(&host);
+    narrow.resize(width, 300);
+    host.show();
+    LoadingView view(kBusy, &narrow);
+    view.showLoading();
+    const QImage spinning = view.viewport()->grab().toImage();
+    view.stopLoading();
+    view.show();
+    QCOMPARE(spinning == view.viewport()->grab().toImage(), vanishes);
+}
+
+/// In a window that is not the active one: there no change of the focus paints the view.
+void TestLoadingView::ringComesAndGoesAtOnce()
+{
+    QWidget other;
+    other.show();
+    other.activateWindow();
+    QVERIFY(QTest::qWaitForWindowActive(&other));
+    LoadingView view(kRecovery, m_parent.get());
+    view.showLoading();
+    QCoreApplication::processEvents();
+    const QRect ring(onRing(view, 0, 0) - QPoint(50, 50), QSize(100, 100));
+    PaintedArea painted(view.viewport());
+    QTest::mouseClick(m_parent->windowHandle(), Qt::LeftButton, Qt::NoModifier,
+                      buttonOf(view)->mapTo(m_parent.get(), buttonOf(view)->rect().center()));
+    QVERIFY(!buttonOf(view)->isVisible());
+    QCoreApplication::processEvents();
+    QVERIFY(painted.covers(ring));
+    painted.forget();
+    view.findChild<QTimer*>()->blockSignals(true); // the turning of the ring paints it, too
+    view.showLoading();
+    QVERIFY(buttonOf(view)->isVisible());
+    QCoreApplication::processEvents();
+    QVERIFY(painted.covers(ring));
 }
 
 void TestLoadingView::showLoadingCoversAndTurns()
@@ -574,7 +650,12 @@ void TestLoadingView::startSpinningDrawsTheRing()
 {
     LoadingView view(kRecovery, m_parent.get());
     view.showLoading();
+    QCoreApplication::processEvents();
+    const PaintedArea painted(view.viewport());
     view.startSpinning();
+    view.findChild<QTimer*>()->blockSignals(true); // the turning of the ring paints it, too
+    QCoreApplication::processEvents();
+    QVERIFY(painted.covers(QRect(onRing(view, 0, 0) - QPoint(50, 50), QSize(100, 100))));
     QVERIFY(isRing(view.grab().toImage(), onRing(view, 50, 22)));
 }
 
