@@ -82,8 +82,6 @@ void CustomPanner::readTimeAxis()
 void CustomPanner::widgetMouseMoveEvent(QMouseEvent* event)
 {
     assertGuiThread();
-    // The release went elsewhere, to a dialog for instance.
-    m_dragging = m_dragging && event->buttons() != Qt::NoButton;
     if (!m_dragging) {
         QwtPlotPanner::widgetMouseMoveEvent(event);
         return;

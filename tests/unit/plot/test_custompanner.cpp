@@ -2,7 +2,6 @@
 #include "plotsupport.h"
 #include "support/testprogram.h"
 
-#include <QDialog>
 #include <QRegularExpression>
 #include <QScreen>
 #include <QSignalSpy>
@@ -86,7 +85,6 @@ private slots:
     void verticalDragChangesNothing();
     void moveWithoutPressChangesNothing();
     void moveAfterTheReleaseChangesNothing();
-    void lostReleaseEndsTheDrag();
     void dragOfNoTimeIsNotSignalled();
     void anyButtonDrags();
     void dragHoldsTheViewAndReloads();
@@ -380,31 +378,6 @@ void TestCustomPanner::moveAfterTheReleaseChangesNothing()
     mouse.move(QPoint(300, 100));
     QCOMPARE(lowerMs(*m_plot), kStart);
     QCOMPARE(m_plot->replots, 0);
-}
-
-/// A dialog that comes up within a drag gets the release.
-void TestCustomPanner::lostReleaseEndsTheDrag()
-{
-    Mouse mouse(*m_plot);
-    mouse.press(QPoint(200, 100));
-    mouse.move(QPoint(230, 100));
-    QDialog dialog;
-    dialog.setModal(true);
-    QVERIFY(showSettled(dialog));
-    mouse.release();
-    dialog.close();
-    settle();
-    const QwtInterval dragged = timeBounds(*m_plot);
-    m_plot->replots = 0;
-    mouse.move(QPoint(300, 100));
-    mouse.move(QPoint(340, 100));
-    QVERIFY(timeBounds(*m_plot) == dragged);
-    QCOMPARE(m_plot->replots, 0);
-
-    mouse.press(QPoint(200, 100));
-    mouse.move(QPoint(230, 100));
-    mouse.release();
-    QVERIFY(timeBounds(*m_plot).minValue() < dragged.minValue());
 }
 
 void TestCustomPanner::dragOfNoTimeIsNotSignalled()
