@@ -239,6 +239,7 @@ void CCurvePlot::onMagnifierZoomed(double)
         // The zoom has just requested a repaint, which must find the scale already limited.
         QwtPlot::updateAxes();
     }
+    emit valueAxisSet();
     armReloadOfMove();
 }
 

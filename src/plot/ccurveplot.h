@@ -117,6 +117,9 @@ signals:
     /// The y bounds differ from those that any plot of the process last reported.
     void yAxisRangeChanged(double minY, double maxY);
 
+    /// The plot or its user has set the y bounds. They may be as before. No other plot keeps this report back.
+    void valueAxisSet();
+
     /// Part of the interface; never emitted.
     void dataRangeChanged(qlonglong start, qlonglong end);
 

@@ -66,6 +66,9 @@ void CCurvePlot::setBounds(int axis, double lower, double upper)
     setAxisScale(axis, lower, upper, 0);
     setAxisScaleDiv(axis, axisScaleEngine(axis)->divideScale(lower, upper, axisMaxMajor(axis),
                                                              axisMaxMinor(axis)));
+    if (axis == QwtPlot::yLeft) {
+        emit valueAxisSet();
+    }
 }
 
 void CCurvePlot::autoScaleY()

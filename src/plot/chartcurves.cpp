@@ -101,7 +101,7 @@ void ChartCurves::hideOthers(const QList<int>& channels)
     }
 }
 
-/// Adds the tags of new curves; the y axis on which they stand is that of the first load.
+/// Adds the tags of new curves. They stand on the y axis of the first load, or move there when it is through.
 void ChartCurves::addTags(const QList<int>& channels)
 {
     for (const int channel : channels) {

@@ -11,6 +11,10 @@
 namespace {
 constexpr int kStripWidth = 45;
 constexpr QSize kMinimumSizeHint(40, 80);
+
+/// What rounding may take off a height in pixels. The offset of a dragged tag must give the height at which the
+/// tag was dropped, and not one pixel less.
+constexpr double kRoundingPixels = 1e-6;
 } // namespace
 
 CurveOffsetController::CurveOffsetController(CCurvePlot* plot, QWidget* parent)
@@ -37,7 +41,6 @@ void CurveOffsetController::addCurveLabel(const QString& text, QwtPlotCurve* cur
         return;
     }
     m_baseValues[curve] = baseValue;
-    readRange();
 
     auto* label = new CurveLabel(text, curve, m_labelLayer);
     label->setColor(color);
@@ -138,7 +141,6 @@ void CurveOffsetController::onLabelPressed(CurveLabel* label)
 {
     assertGuiThread();
     m_activeLabel = label;
-    readRange();
 }
 
 void CurveOffsetController::onDragStarted()
@@ -175,32 +177,22 @@ void CurveOffsetController::onDragEnded()
 
 void CurveOffsetController::connectPlot()
 {
-    m_hasReportedRange = false;
     readRange();
-    placeLabels();
     connect(m_plot, &CCurvePlot::yAxisRangeChanged, this,
             &CurveOffsetController::onYAxisRangeChanged, Qt::UniqueConnection);
+    connect(m_plot, &CCurvePlot::valueAxisSet, this, &CurveOffsetController::readRange,
+            Qt::UniqueConnection);
 }
 
-/// Takes the bounds from a plot that has not reported any.
 void CurveOffsetController::readRange()
 {
-    if (!m_plot || m_hasReportedRange) {
-        return;
-    }
-    const QwtScaleDiv scale = m_plot->axisScaleDiv(QwtPlot::yLeft);
-    if (scale.lowerBound() == m_yMin && scale.upperBound() == m_yMax) {
-        return;
-    }
-    m_yMin = scale.lowerBound();
-    m_yMax = scale.upperBound();
-    placeLabels();
+    const QwtScaleDiv& scale = m_plot->axisScaleDiv(QwtPlot::yLeft);
+    onYAxisRangeChanged(scale.lowerBound(), scale.upperBound());
 }
 
 void CurveOffsetController::onYAxisRangeChanged(double yMin, double yMax)
 {
     assertGuiThread();
-    m_hasReportedRange = true;
     m_yMin = yMin;
     m_yMax = yMax;
     placeLabels();
@@ -227,7 +219,7 @@ void CurveOffsetController::placeLabel(QwtPlotCurve* curve, CurveLabel* label)
 int CurveOffsetController::valueToPixel(double value, double base) const
 {
     const double share = (value + base - m_yMin) / (m_yMax - m_yMin);
-    const double pixel = height() - std::trunc(share * height());
+    const double pixel = height() - std::trunc(share * height() + kRoundingPixels);
     if (std::isnan(pixel)) {
         return 0;
     }

@@ -14,9 +14,8 @@ class QwtPlotCurve;
 /// the curve's average plus its display offset. Dragging a tag shifts the displayed curve, never the
 /// stored data. Heights follow the strip's own height, not the canvas'.
 ///
-/// The y bounds are those that the plot last reported. It misses some reports (see
-/// CCurvePlot::yAxisRangeChanged()), so until the first one the strip looks for itself whenever a tag is added
-/// or pressed.
+/// The strip misses reports that another plot has just made (see CCurvePlot::yAxisRangeChanged()), so it also
+/// reads the y bounds whenever its plot sets them.
 ///
 /// Curves are identified by address only, so a deleted one does no harm. GUI thread.
 class CurveOffsetController : public QWidget
@@ -79,6 +78,5 @@ private:
     double m_defaultBase = 0.0;
     double m_yMin = 0.0;
     double m_yMax = 1.0;
-    bool m_hasReportedRange = false; ///< The plot has reported its y bounds.
     QMap<QwtPlotCurve*, double> m_baseValues;
 };

@@ -1,10 +1,14 @@
 #include "chartfixture.h"
 #include "plotsupport.h"
 #include "seriesstore.h"
+#include "support/hand.h"
 #include "support/testprogram.h"
 
 #include <QDateTime>
 #include <QWindow>
+#include <qwt_interval.h>
+
+#include <cmath>
 
 namespace {
 
@@ -78,6 +82,19 @@ void passBatch(ChartFixture& f, qint64 time)
     f.plot()->checkAxisRangeChange();
 }
 
+/// How far the middle of a channel's tag is from where the y axis of its chart has `mean`, in pixels.
+double tagError(const ChartFixture& f, int channel, double mean)
+{
+    const QwtInterval values = plotsupport::valueBounds(*f.plot());
+    const double value = mean + f.plot()->curveOffset(f.curve(channel));
+    const double above = (values.maxValue() - value) / values.width() * f.strip()->height();
+    const QRect tag = f.label(channel)->geometry();
+    return std::abs(tag.y() + tag.height() / 2 - above);
+}
+
+constexpr int kLongerThanARangeCheckMs = 250;
+constexpr int kNotchesToAnHour = 17;
+
 } // namespace
 
 /// Tags and the y axis beside them, with charts that set their axes themselves.
@@ -96,6 +113,9 @@ private slots:
     void tagFollowsTheHand();
     void tagOfAReopenedChartFollowsTheHand();
     void tagOfASecondChartFollowsTheHand();
+    void tagsOfTwoLiveChartsStandAtTheirCurves();
+    void tagOfAHeldChartStandsAtItsCurve();
+    void tagStaysInTheHandBesideAnotherChart();
     void hiddenTagLetsGoOfTheHand();
 
 private:
@@ -162,6 +182,91 @@ void TestBarChartWidgetTags::tagOfASecondChartFollowsTheHand()
         QVERIFY(isInsideItsStrip(*f, 101));
         QVERIFY(qAbs(excessOfADrag(*f, 101, 30)) <= 1.0);
     }
+}
+
+void TestBarChartWidgetTags::tagsOfTwoLiveChartsStandAtTheirCurves()
+{
+    const auto series = m_store->add(101);
+    const auto other = m_store->add(102);
+    ChartFixture first;
+    ChartFixture second;
+    const auto takeReading = [&](double value) {
+        const qint64 time = QDateTime::currentMSecsSinceEpoch();
+        series->addPoint(static_cast<double>(time), value);
+        other->addPoint(static_cast<double>(time), value + 40.0);
+        first.chart.onNewSample(time);
+        second.chart.onNewSample(time);
+    };
+    takeReading(5.0);
+    for (ChartFixture* f : {&first, &second}) {
+        QVERIFY(QTest::qWaitForWindowExposed(&f->chart));
+        f->goDown(0, 1);
+        QTest::qWait(kLongerThanARangeCheckMs);
+        f->combo(1)->setFocus();
+        QTest::keyClick(f->combo(1), Qt::Key_End);
+        QTest::keyClick(f->combo(1), Qt::Key_Up);
+        QTest::qWait(kLongerThanARangeCheckMs);
+    }
+    for (int batch = 0; batch < 6; ++batch) {
+        takeReading(6.0 + 5.0 * batch);
+        QTest::qWait(kLongerThanARangeCheckMs);
+    }
+    for (ChartFixture* f : {&first, &second}) {
+        QVERIFY(valuePerPixel(*f) > 0.1);
+        QVERIFY(tagError(*f, 101, 5.0) <= 1.0);
+        QVERIFY(qAbs(excessOfADrag(*f, 101, 30)) <= 1.0);
+    }
+}
+
+void TestBarChartWidgetTags::tagOfAHeldChartStandsAtItsCurve()
+{
+    const qint64 now = QDateTime::currentMSecsSinceEpoch();
+    QVector<QPointF> ended;
+    for (int i = 0; i < 100; ++i) {
+        ended.append({static_cast<double>(now - 120000 + i * 100), i % 2 ? 106.0 : 100.0});
+    }
+    m_store->add(103)->addPoints(ended);
+    ChartFixture first;
+    ChartFixture second;
+    for (ChartFixture* f : {&first, &second}) {
+        QVERIFY(QTest::qWaitForWindowExposed(&f->chart));
+        f->goDown(0, 3);
+        QTest::qWait(kLongerThanARangeCheckMs);
+        hand::turnWheel(f->plot()->canvas(), kNotchesToAnHour);
+        QTRY_VERIFY(f->curve(103)->dataSize() == 100);
+        QTest::qWait(kLongerThanARangeCheckMs);
+        QVERIFY(tagError(*f, 103, 103.0) <= 1.0);
+        QVERIFY(qAbs(excessOfADrag(*f, 103, 30)) <= 1.0);
+    }
+}
+
+void TestBarChartWidgetTags::tagStaysInTheHandBesideAnotherChart()
+{
+    addReadings(*m_store->add(101));
+    addReadings(*m_store->add(102));
+    m_store->add(102)->addPoint(static_cast<double>(QDateTime::currentMSecsSinceEpoch()), 70.0);
+    ChartFixture held;
+    ChartFixture beside;
+    QVERIFY(QTest::qWaitForWindowExposed(&held.chart));
+    QVERIFY(QTest::qWaitForWindowExposed(&beside.chart));
+    held.goDown(0, 1);
+    beside.goDown(0, 2);
+    QTest::qWait(kLongerThanARangeCheckMs);
+    hand::turnWheel(held.plot()->canvas(), 1);
+    QTest::qWait(kLongerThanARangeCheckMs);
+    int reports = 0;
+    connect(held.plot(), &CCurvePlot::yAxisRangeChanged, this, [&reports] { ++reports; });
+
+    const int start = held.label(101)->y();
+    TagHand hand(held, 101);
+    hand.press();
+    for (int step = 1; step <= 30; ++step) {
+        hand.move(step <= 15 ? -1 : 1);
+        const int before = reports;
+        QTRY_VERIFY(reports > before);
+    }
+    QCOMPARE(held.label(101)->y(), start);
+    hand.release();
 }
 
 void TestBarChartWidgetTags::hiddenTagLetsGoOfTheHand()

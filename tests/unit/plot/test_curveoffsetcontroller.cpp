@@ -2,6 +2,7 @@
 #include "plot/ccurveplot.h"
 #include "plot/curvelabel.h"
 #include "plot/curveoffsetcontroller.h"
+#include "plotsupport.h"
 #include "support/testprogram.h"
 
 #include <QtTest>
@@ -100,7 +101,9 @@ private slots:
     void nullPlotLeavesTheRange();
     void newPlotReplacesTheOld();
     void boundsThatAnotherChartReportedLastAreMissed();
-    void stripReadsTheBoundsUntilTheFirstReport();
+    void boundsThatItsOwnPlotSetsAreNeverMissed();
+    void zoomMovesTheLabelAtOnce();
+    void reportsDoNotMoveATagOutOfTheHand();
     void stripWithoutAPlotStandsForTheUnitRange();
 };
 
@@ -433,26 +436,57 @@ void TestCurveOffsetController::boundsThatAnotherChartReportedLastAreMissed()
     QCOMPARE(secondLabel->y(), 90);
 }
 
-void TestCurveOffsetController::stripReadsTheBoundsUntilTheFirstReport()
+void TestCurveOffsetController::boundsThatItsOwnPlotSetsAreNeverMissed()
 {
-    const auto setBounds = [](CCurvePlot& plot, double lower, double upper) {
-        plot.setAxisScale(QwtPlot::yLeft, lower, upper);
-        plot.QwtPlot::updateAxes();
-    };
+    Fixture first;
+    Fixture second;
+    const CurveLabel* firstLabel = first.addLabel(&first.curve, 5.0);
+    const CurveLabel* secondLabel = second.addLabel(&second.curve, 5.0);
+    for (CCurvePlot* plot : {&first.plot, &second.plot}) {
+        plot->clearCurves();
+        plot->addCurve(nullptr, Qt::red, QStringLiteral("101"));
+        plot->checkAxisRangeChange();
+    }
+    // From -10 to 10, as the first plot has reported.
+    QCOMPARE(firstLabel->y(), 40);
+    QCOMPARE(secondLabel->y(), 40);
+    QCOMPARE(second.addLabel(&second.other, -5.0)->y(), 140);
+}
+
+void TestCurveOffsetController::zoomMovesTheLabelAtOnce()
+{
     Fixture f;
-    setBounds(f.plot, 0.0, 20.0);
+    const CurveLabel* label = f.addLabel(&f.curve, 8.0);
+    f.plot.setZoomMode(2);
+    f.plot.resize(400, 300);
+    QVERIFY(plotsupport::showSettled(f.plot));
+    plotsupport::timerOf(f.plot, false)->stop();
+    plotsupport::turnWheel(f.plot, 1);
+    const QwtInterval shown = plotsupport::valueBounds(f.plot);
+    QVERIFY(shown.width() > 10.5);
+    const double fromBottom = (8.0 - shown.minValue()) / shown.width() * kHeight;
+    QVERIFY(qAbs(label->y() + 10 - (kHeight - fromBottom)) <= 1.0);
+}
+
+void TestCurveOffsetController::reportsDoNotMoveATagOutOfTheHand()
+{
+    Fixture f;
+    emit f.plot.yAxisRangeChanged(4.4, 5.6);
     CurveLabel* label = f.addLabel(&f.curve, 5.0);
-    QCOMPARE(label->y(), 140);
-    setBounds(f.plot, 0.0, 10.0);
-    f.drag(label, -20);
-    QCOMPARE(label->y(), 70);
-    QCOMPARE(label->value(), 1.0);
-    // From the first report on the plot is believed to report them all.
-    emit f.plot.yAxisRangeChanged(0.0, 10.0);
-    setBounds(f.plot, 0.0, 20.0);
-    f.drag(label, 20);
-    QCOMPARE(label->value(), 0.0);
-    QCOMPARE(f.addLabel(&f.other, 5.0)->y(), 90);
+    const int start = label->y();
+    QPoint at = label->mapToGlobal(label->rect().center());
+    pressAt(label, at);
+    for (int step = 1; step <= 60; ++step) {
+        const int direction = step <= 30 ? -1 : 1;
+        at.ry() += direction;
+        dragTo(label, at);
+        const int top = label->y();
+        emit f.plot.yAxisRangeChanged(4.4, 5.6);
+        QCOMPARE(label->y(), top);
+    }
+    releaseAt(label, at);
+    QCOMPARE(label->y(), start);
+    QVERIFY(qAbs(label->value()) < 1e-9);
 }
 
 void TestCurveOffsetController::stripWithoutAPlotStandsForTheUnitRange()
