@@ -4,7 +4,6 @@
 #include "state/globals.h"
 #include "storage/curveseriesdata.h"
 
-#include <QDeadlineTimer>
 #include <QScopedValueRollback>
 
 #include <utility>
@@ -55,16 +54,18 @@ void BatchIntake::finish()
 /// Reopening a day file handles events in the middle of a reading: what arrives then has to wait its turn.
 void BatchIntake::proceed(milliseconds budget)
 {
+    const bool isWhole = budget < milliseconds::zero();
+    if (!m_isStoring || isWhole) {
+        m_sliceEnd = isWhole ? QDeadlineTimer(QDeadlineTimer::Forever) : QDeadlineTimer(budget);
+    }
     if (m_isStoring) {
         return;
     }
     m_turn.stop();
     const QScopedValueRollback<bool> storing(m_isStoring, true);
-    const auto deadline = budget < milliseconds::zero() ? QDeadlineTimer(QDeadlineTimer::Forever)
-                                                        : QDeadlineTimer(budget);
     while (!m_batches.isEmpty()) {
         storeNext();
-        if (deadline.hasExpired() && !m_batches.isEmpty()) {
+        if (m_sliceEnd.hasExpired() && !m_batches.isEmpty()) {
             m_turn.start();
             return;
         }

@@ -2,6 +2,7 @@
 
 #include "acquisition/measurementdata.h"
 
+#include <QDeadlineTimer>
 #include <QElapsedTimer>
 #include <QList>
 #include <QObject>
@@ -30,7 +31,7 @@ public:
     /// Stores what is left of the batch before, and begins with this one. An empty batch is ignored.
     void take(const QList<MeasurementData>& batch);
 
-    /// Stores at once what is left.
+    /// Stores at once what is left. While a reading is being stored, the rest follows it without a pause.
     void finish();
 
 private:
@@ -43,6 +44,7 @@ private:
     QList<QList<MeasurementData>> m_batches; ///< The first is being stored.
     int m_next = 0;                          ///< Index of its next reading.
     bool m_isStoring = false;
+    QDeadlineTimer m_sliceEnd;
     QTimer m_turn;
     QElapsedTimer m_sinceRegistration; ///< since the last attempt; invalid before the first
 };

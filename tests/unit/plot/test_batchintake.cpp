@@ -1,9 +1,12 @@
 #include "plot/batchintake.h"
 #include "seriesstore.h"
+#include "storage/storeclock.h"
 #include "support/testprogram.h"
 
 #include <QApplication>
 #include <QDateTime>
+#include <QFile>
+#include <QTemporaryDir>
 #include <QTimer>
 #include <QtTest>
 
@@ -38,6 +41,56 @@ QList<MeasurementData> batchFrom(int first, int count = kBatch)
     return batch;
 }
 
+/// A store that cannot make its directory, as a file is in the way.
+class BlockedStore
+{
+public:
+    BlockedStore()
+        : m_inTheWay(m_parent.filePath(QStringLiteral("SN_Data")))
+    {
+        if (!m_inTheWay.open(QIODevice::WriteOnly)) {
+            qFatal("no file can be made");
+        }
+        m_inTheWay.close();
+        m_store = std::make_unique<CurveDataDB>(m_inTheWay.fileName());
+    }
+    ~BlockedStore()
+    {
+        g_curveSeries.clear();
+        m_store->closeForExit(QDeadlineTimer(2000));
+    }
+    Q_DISABLE_COPY_MOVE(BlockedStore)
+
+    std::shared_ptr<CurveSeriesData> addSeries(int channel) const
+    {
+        const QString name = QStringLiteral("%1(V)").arg(channel);
+        return g_curveSeries[channel] = std::make_shared<CurveSeriesData>(name, m_store.get());
+    }
+
+    void unblock()
+    {
+        if (!m_inTheWay.remove()) {
+            qFatal("the file stays in the way");
+        }
+    }
+
+private:
+    QTemporaryDir m_parent;
+    QFile m_inTheWay;
+    std::unique_ptr<CurveDataDB> m_store;
+};
+
+/// Ten seconds pass for the stores, which look again after a while only.
+struct LaterStores
+{
+    LaterStores()
+    {
+        scn::setStoreClock([] { return QDateTime::currentMSecsSinceEpoch() + 10000; });
+    }
+    ~LaterStores() { scn::setStoreClock(nullptr); }
+    Q_DISABLE_COPY_MOVE(LaterStores)
+};
+
 } // namespace
 
 class TestBatchIntake : public QObject
@@ -61,6 +114,9 @@ private slots:
     void withoutARunABatchIsStoredWhole();
     void emptyBatchIsToldToNobody();
     void batchThatComesMeanwhileWaitsItsTurn();
+    void finishingMeanwhileLeavesNothingToATurn();
+    void seriesAfterARefusedOneAreNotTried();
+    void refusedSeriesAreTriedOnceABatch();
 
 private:
     int stored() const { return m_first->count() + m_second->count(); }
@@ -183,6 +239,48 @@ void TestBatchIntake::batchThatComesMeanwhileWaitsItsTurn()
     intake->take(batchFrom(0, 10));
     QTRY_COMPARE(told, (QVector<double>{9, 19}));
     QCOMPARE(stored(), 20);
+}
+
+void TestBatchIntake::finishingMeanwhileLeavesNothingToATurn()
+{
+    std::unique_ptr<scn::BatchIntake> intake;
+    bool isFirst = true;
+    intake = std::make_unique<scn::BatchIntake>(5s, [&](const MeasurementData&) {
+        if (isFirst) {
+            isFirst = false;
+            intake->take(batchFrom(10));
+            intake->finish();
+        }
+    });
+    intake->take(batchFrom(0, 10));
+    QCOMPARE(stored(), 10 + kBatch);
+}
+
+void TestBatchIntake::seriesAfterARefusedOneAreNotTried()
+{
+    const BlockedStore refusing;
+    BlockedStore willing;
+    const auto first = refusing.addSeries(99);
+    const auto second = willing.addSeries(100);
+    willing.unblock();
+    const LaterStores later;
+    m_intake->take({reading(101, 1.0)});
+    QCOMPARE(first->curveId(), -1);
+    QCOMPARE(second->curveId(), -1);
+}
+
+void TestBatchIntake::refusedSeriesAreTriedOnceABatch()
+{
+    BlockedStore blocked;
+    const auto series = blocked.addSeries(99);
+    scn::BatchIntake intake(0ms, [](const MeasurementData&) {});
+    intake.take(batchFrom(0));
+    blocked.unblock();
+    const LaterStores later;
+    QTRY_COMPARE_WITH_TIMEOUT(stored(), kBatch, 20000);
+    QCOMPARE(series->curveId(), -1);
+    intake.take(batchFrom(kBatch, 10));
+    QVERIFY(series->curveId() != -1);
 }
 
 SCN_TEST(TestBatchIntake, QApplication)
