@@ -96,5 +96,7 @@ QPushButton* CustomTitleBar::makeButton(const QString& iconPath, const QString& 
     button->setIcon(QIcon(iconPath));
     button->setToolTip(toolTip);
     button->setStyleSheet(scn::flatButtonStyle());
+    // A new window gives the focus to its first control, and Space would collapse it.
+    button->setFocusPolicy(Qt::NoFocus);
     return button;
 }

@@ -3,8 +3,10 @@
 #include "channels/advancedsetting.h"
 #include "overlay/loadingview.h"
 #include "plot/custommdisubwindow.h"
+#include "plot/customtitlebar.h"
 #include "plot/graphicsettingwidget.h"
 #include "resources/resources.h"
+#include "support/hand.h"
 #include "support/looks.h"
 #include "support/testprogram.h"
 #include "widgets/customcombobox.h"
@@ -24,9 +26,12 @@
 #include <QScreen>
 #include <QScrollArea>
 #include <QScrollBar>
+#include <QStyleOptionComboBox>
+#include <QStyleOptionViewItem>
 #include <QTabWidget>
 #include <QTableWidget>
 #include <QTimer>
+#include <QToolTip>
 #include <QtTest>
 
 #include <algorithm>
@@ -85,9 +90,12 @@ private slots:
     void partsNeitherOverlapNorAreClipped_data();
     void partsNeitherOverlapNorAreClipped();
     void viewsOfAnySizeAreWhole();
+    void controlsBelowAPlotAreLow();
+    void newGridHasRoomForItsTexts();
     void listsOpenBesideTheirBoxes();
     void popupsOfTheWorkspaceAreLegible_data();
     void popupsOfTheWorkspaceAreLegible();
+    void tipsOfTheWorkspaceAreLegible();
     void panelsStayOnTheScreen();
     void panelsStandOutFromTheTable();
     void setupButtonHasAFace();
@@ -180,6 +188,57 @@ void TestWindowLook::viewsOfAnySizeAreWhole()
     }
 }
 
+void TestWindowLook::controlsBelowAPlotAreLow()
+{
+    WindowBench bench;
+    auto* workspace = showWorkspace(bench);
+    QVERIFY(workspace);
+    QVERIFY(QMetaObject::invokeMethod(workspace, "recvGraphicBtnSlots"));
+    const auto* view = workspace->findChild<CustomMdiSubWindow*>();
+    QCoreApplication::processEvents();
+    QCOMPARE(view->findChild<CustomComboBox*>()->height(), 20);
+    for (const QPushButton* button : view->contentWidget()->findChildren<QPushButton*>()) {
+        if (button->text() == QStringLiteral("实时显示")) {
+            QCOMPARE(button->height(), 20);
+            return;
+        }
+    }
+    QFAIL("no button");
+}
+
+/// The date above the time, and a channel with its unit in its box, none of them cut.
+void TestWindowLook::newGridHasRoomForItsTexts()
+{
+    WindowBench bench;
+    auto* workspace = showWorkspace(bench);
+    QVERIFY(workspace);
+    QVERIFY(QMetaObject::invokeMethod(workspace, "recvDataNetworkBtnSlots"));
+    auto* view = workspace->findChild<CustomMdiSubWindow*>();
+    QCOMPARE(view->size(), QSize(480, 220));
+    QCoreApplication::processEvents();
+    auto* table = view->findChild<QTableWidget*>();
+
+    QStyleOptionViewItem option;
+    option.initFrom(table);
+    option.rect = table->visualItemRect(table->item(0, 3));
+    option.features = QStyleOptionViewItem::HasDisplay;
+    option.text = QStringLiteral("2026-12-28 20:08:58");
+    const QRect cell = table->style()->subElementRect(QStyle::SE_ItemViewItemText, &option, table);
+    const int margin = table->style()->pixelMetric(QStyle::PM_FocusFrameHMargin) + 1;
+    const QRect text = QFontMetrics(table->font())
+                           .boundingRect(QRect(0, 0, cell.width() - 2 * margin, 1000),
+                                         Qt::TextWordWrap, option.text);
+    QVERIFY(text.width() <= cell.width() - 2 * margin);
+    QVERIFY(text.height() <= option.rect.height());
+
+    auto* box = qobject_cast<QComboBox*>(table->cellWidget(0, 1));
+    QStyleOptionComboBox boxOption;
+    boxOption.initFrom(box);
+    const QRect field = box->style()->subControlRect(QStyle::CC_ComboBox, &boxOption,
+                                                     QStyle::SC_ComboBoxEditField, box);
+    QVERIFY(box->fontMetrics().horizontalAdvance(QStringLiteral("101(Vdc)")) <= field.width());
+}
+
 void TestWindowLook::listsOpenBesideTheirBoxes()
 {
     WindowBench bench;
@@ -266,6 +325,27 @@ void TestWindowLook::popupsOfTheWorkspaceAreLegible()
     }
     QTRY_VERIFY(!image.isNull());
     checkLightOnDark(image);
+}
+
+void TestWindowLook::tipsOfTheWorkspaceAreLegible()
+{
+    WindowBench bench;
+    auto* workspace = showWorkspace(bench);
+    QVERIFY(workspace);
+    workspace->window()->activateWindow();
+    QVERIFY(QTest::qWaitForWindowActive(workspace->window()));
+    QVERIFY(QMetaObject::invokeMethod(workspace, "recvGraphicBtnSlots"));
+    const auto* bar = workspace->findChild<CustomTitleBar*>();
+    hand::movePointer(bar, QPoint(5, 5));
+    hand::movePointer(bar->findChild<QPushButton*>(), QPoint(5, 5));
+    QTRY_VERIFY(QToolTip::isVisible());
+    const QWidgetList windows = QApplication::topLevelWidgets();
+    const auto tip = std::find_if(windows.cbegin(), windows.cend(), [](const QWidget* window) {
+        return window->inherits("QTipLabel") && window->isVisible();
+    });
+    QVERIFY(tip != windows.cend());
+    checkLightOnDark(asOnADisplay(**tip));
+    QToolTip::hideText();
 }
 
 void TestWindowLook::panelsStayOnTheScreen()

@@ -379,6 +379,8 @@ private slots:
     void cleanupTestCase() { delete ReadData::instance(); }
 
     void newWindowOpensInItsSizeBesideAMaximisedOne();
+    void spaceDoesNotCollapseANewWindow_data();
+    void spaceDoesNotCollapseANewWindow();
     void tileStaysATileWhenAMaximisedWindowCloses();
     void tileStaysATileWhenItFollowsAMaximisedWindow();
     void chartTakenBackHasItsOldSize();
@@ -395,6 +397,28 @@ void TestWorkspaceWindows::newWindowOpensInItsSizeBesideAMaximisedOne()
     QCOMPARE(workspace.difference(), QString());
     QCOMPARE(grid->size(), kOpeningSize);
     QCOMPARE(workspace.active(), grid);
+}
+
+void TestWorkspaceWindows::spaceDoesNotCollapseANewWindow_data()
+{
+    QTest::addColumn<int>("kind");
+    QTest::newRow("chart") << 0;
+    QTest::newRow("grid") << 1;
+}
+
+void TestWorkspaceWindows::spaceDoesNotCollapseANewWindow()
+{
+    QFETCH(int, kind);
+    Workspace workspace;
+    const QMdiSubWindow* window = workspace.open(kind);
+    const QWidget* focused = QApplication::focusWidget();
+    QVERIFY(window == focused || window->isAncestorOf(focused));
+    hand::press(Qt::Key_Space);
+    if (QWidget* list = QApplication::activePopupWidget()) {
+        list->close();
+    }
+    settle();
+    QCOMPARE(workspace.difference(), QString());
 }
 
 void TestWorkspaceWindows::tileStaysATileWhenAMaximisedWindowCloses()
