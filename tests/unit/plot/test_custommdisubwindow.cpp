@@ -152,6 +152,7 @@ private slots:
     void collapseOfAMaximisedWindowRemembersItsNormalPlace();
     void doubleClickOpensTheTileWhereItStands();
     void draggedTileOpensAtItsNewPlace();
+    void tileIsDraggedByItsLowerHalf();
     void tileShownAgainOpensInItsOldSize();
     void tileLeftOfTheAreaOpensInside();
     void openedTileTakesTheFocus();
@@ -304,6 +305,18 @@ void TestCustomMdiSubWindow::draggedTileOpensAtItsNewPlace()
     QCOMPARE(f.window->size(), QSize(kTileSide, kTileSide));
     f.doubleClickBar();
     QCOMPARE(f.window->geometry(), QRect(kPlace.topLeft() + QPoint(60, 200), kPlace.size()));
+}
+
+void TestCustomMdiSubWindow::tileIsDraggedByItsLowerHalf()
+{
+    const Fixture f;
+    f.clickCollapse();
+    QCoreApplication::processEvents();
+    const QPoint start = f.window->mapToGlobal(QPoint(35, 60));
+    pressAt(f.bar(), start);
+    dragTo(f.bar(), start + QPoint(60, 200));
+    releaseAt(f.bar(), start + QPoint(60, 200));
+    QCOMPARE(f.window->pos(), kPlace.topLeft() + QPoint(60, 200));
 }
 
 void TestCustomMdiSubWindow::tileShownAgainOpensInItsOldSize()

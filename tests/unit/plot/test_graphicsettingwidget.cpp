@@ -32,6 +32,7 @@
 #include <QVBoxLayout>
 #include <QtTest>
 #include <qwt_interval.h>
+#include <qwt_plot_curve.h>
 
 #include <thread>
 
@@ -165,6 +166,7 @@ private slots:
     void emptyBatchTouchesNothing();
     void everyChartGetsTheLastTime();
     void gridsShowTheBatchAtOnce();
+    void batchIsToldInTheOrderOfOpening();
     void batchOfAnotherThreadIsQueued();
     void closedWindowIsSkipped();
     void destroyedWindowIsForgotten();
@@ -532,6 +534,25 @@ void TestGraphicSettingWidget::gridsShowTheBatchAtOnce()
     QCOMPARE(cell(second, 5, 6), QStringLiteral("2.00000"));
 }
 
+void TestGraphicSettingWidget::batchIsToldInTheOrderOfOpening()
+{
+    Fixture f;
+    m_store->add(101);
+    QVector<int> told;
+    for (int number = 1; number <= 3; ++number) {
+        const CustomMdiSubWindow* grid = f.openGrid();
+        combo(grid, 0)->setCurrentIndex(1);
+        connect(grid->findChild<QTableWidget*>(), &QTableWidget::cellChanged, this,
+                [&told, number](int, int column) {
+                    if (column == 2) {
+                        told.append(number);
+                    }
+                });
+    }
+    Fixture::send({reading(101, 4.0)});
+    QCOMPARE(told, (QVector<int>{1, 2, 3}));
+}
+
 void TestGraphicSettingWidget::batchOfAnotherThreadIsQueued()
 {
     const Fixture f;
@@ -587,7 +608,10 @@ void TestGraphicSettingWidget::windowOpenedLaterShowsTheSeries()
     f.page.rebuildChannelLists();
     combo(chart, 0)->setCurrentIndex(1);
     Fixture::send({reading(101, 6.0, kTime.addSecs(2))});
-    QTRY_COMPARE(g_curveSeries.value(101)->visiblePoints().size(), 3);
+    const QwtPlotItemList curves =
+        chart->findChild<CCurvePlot*>()->itemList(QwtPlotItem::Rtti_PlotCurve);
+    QCOMPARE(curves.size(), 1);
+    QTRY_COMPARE(static_cast<QwtPlotCurve*>(curves.first())->dataSize(), size_t(3));
 }
 
 void TestGraphicSettingWidget::pageMayEndWithOpenWindows()
