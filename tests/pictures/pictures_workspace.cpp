@@ -18,6 +18,7 @@
 #include <QPushButton>
 #include <QSplitter>
 #include <QTableWidget>
+#include <QToolTip>
 #include <QtTest>
 #include <qwt_plot_canvas.h>
 #include <qwt_plot_curve.h>
@@ -98,6 +99,7 @@ void Pictures::workspace()
     scene.openWorkspace();
     screen::take(QStringLiteral("workspace-side-bar"));
     screen::movePointer(scene.sideBar()->content()->findChildren<QPushButton*>().at(1));
+    QTRY_VERIFY(QToolTip::isVisible());
     screen::take(QStringLiteral("workspace-tool-hover"));
 }
 
@@ -109,6 +111,7 @@ void Pictures::emptyViews()
     CustomMdiSubWindow* const chart = scene.openChart();
     screen::take(QStringLiteral("chart-as-opened"));
     screen::movePointer(titleButton(chart, kUndock));
+    QTRY_VERIFY(QToolTip::isVisible());
     screen::take(QStringLiteral("title-bar-hover"));
     CustomMdiSubWindow* const grid = scene.openGrid();
     drag(grid, QPoint(120, 240));
