@@ -111,8 +111,9 @@ scn::CurveRead CurveSeriesData::beginLoad(qint64 start, qint64 end, int maxPoint
                                           scn::HeldFiles& files)
 {
     assertGuiThread();
-    m_store->flushAndDetach();
-    return scn::CurveRead({m_curveId, start, end, maxPoints}, &files);
+    scn::CurveRead read({m_curveId, start, end, maxPoints}, &files);
+    m_store->flushAndDetach(); // reopening a file handles events, in which this series may go
+    return read;
 }
 
 bool CurveSeriesData::proceedWithLoad(scn::CurveRead& read, scn::ReadSlice& slice)
