@@ -4,6 +4,7 @@
 #include "plot/loadturns.h"
 #include "plotsupport.h"
 #include "skippedwaits.h"
+#include "storage/connectionpool.h"
 #include "support/exactpoints.h"
 #include "support/testprogram.h"
 
@@ -48,6 +49,23 @@ int pointsShown(const CCurvePlot& plot)
     return agree ? counts.first() : -1;
 }
 
+/// Points on display of a curve.
+QVector<QPointF> pointsOf(const CCurvePlot& plot, int curve)
+{
+    QwtPlotItem* const item = plot.itemList(QwtPlotItem::Rtti_PlotCurve).at(curve);
+    return scn::loadedData(static_cast<QwtPlotCurve*>(item))->points();
+}
+
+/// Whether a connection to a file is open.
+bool isOpen(const QString& path)
+{
+    const QStringList names = QSqlDatabase::connectionNames();
+    return std::any_of(names.cbegin(), names.cend(), [&path](const QString& name) {
+        const QSqlDatabase database = QSqlDatabase::database(name, false);
+        return database.databaseName() == path && database.isOpen();
+    });
+}
+
 /// First time on display of the last curve.
 qint64 firstShown(const CCurvePlot& plot)
 {
@@ -75,11 +93,17 @@ private slots:
     void viewThatFollowsIsNotPutOffForever();
     void chartShownLastGoesFirst();
     void moveIsFetchedBeforeItsReload();
+    void offsetSetBeforeTheReloadIsShown();
+    void otherCurvesChosenBeforeTheReloadAreShown();
     void movesDoNotAddTurns();
     void readingStoredMeanwhileIsShown();
+    void readingStoredWithinALoadIsShown();
+    void loadInSlicesDetachesTheStore();
     void hiddenChartStartsAgainWhenShown();
     void clearedOrDeletedChartForgetsIt();
+    void reopeningAFileMayEndIt_data();
     void reopeningAFileMayEndIt();
+    void reloadMayFallDueWithinASlice();
     // These store readings of now, which the others would find.
     void liveViewEndsIt();
     void chartClearedWhileItLoadsStaysEmpty();
@@ -88,6 +112,7 @@ private:
     std::unique_ptr<CountingPlot> plotOfAll();
     bool showPast(CountingPlot& plot);
     void look(CCurvePlot& plot, qint64 from, qint64 to);
+    void storeElsewhere();
 
     const SkippedWaits m_waits;
     QTemporaryDir m_directory;
@@ -131,6 +156,15 @@ void TestCCurvePlotSlices::look(CCurvePlot& plot, qint64 from, qint64 to)
 {
     plot.setAxisScale(QwtPlot::xBottom, static_cast<double>(from), static_cast<double>(to));
     plot.updateVisibleData();
+}
+
+/// Stores a reading of now, of a curve that no chart shows.
+void TestCCurvePlotSlices::storeElsewhere()
+{
+    const QString name = QStringLiteral("301(V)");
+    m_store->registerCurveAtOnce(name);
+    CurveSeriesData series(name, m_store.get());
+    series.addPoint(static_cast<double>(QDateTime::currentMSecsSinceEpoch()), 1.0);
 }
 
 /// Shows what is stored, and nothing is due after that. False if that takes too long.
@@ -336,6 +370,44 @@ void TestCCurvePlotSlices::moveIsFetchedBeforeItsReload()
     QCOMPARE(firstShown(*plot), m_series.back()->visibleStart());
 }
 
+void TestCCurvePlotSlices::offsetSetBeforeTheReloadIsShown()
+{
+    constexpr double kOffset = 0.3;
+    const auto plot = plotOfAll();
+    QVERIFY(plot && showPast(*plot));
+    const qint64 former = firstShown(*plot);
+    turnWheel(*plot, -1);
+    timerOf(*plot, true)->stop();
+    QTRY_VERIFY(m_series.back()->visibleStart() > former);
+    auto* curve =
+        static_cast<QwtPlotCurve*>(plot->itemList(QwtPlotItem::Rtti_PlotCurve).constLast());
+    plot->setCurveOffset(curve, kOffset);
+    plot->updateVisibleData();
+    QTRY_VERIFY(firstShown(*plot) > former);
+    const QVector<QPointF> shown = pointsOf(*plot, kCurves - 1);
+    m_series.back()->loadWindow(lowerMs(*plot) - 5000, upperMs(*plot) + 5000, 10000, kOffset);
+    COMPARE_EXACTLY(shown, m_series.back()->visiblePoints());
+}
+
+void TestCCurvePlotSlices::otherCurvesChosenBeforeTheReloadAreShown()
+{
+    const auto plot = plotOfAll();
+    QVERIFY(plot && showPast(*plot));
+    const qint64 former = firstShown(*plot);
+    const QwtPlotItemList curves = plot->itemList(QwtPlotItem::Rtti_PlotCurve);
+    auto* const hidden = static_cast<QwtPlotCurve*>(curves.at(0));
+    hidden->setVisible(false);
+    turnWheel(*plot, -1);
+    timerOf(*plot, true)->stop();
+    QTRY_VERIFY(m_series.back()->visibleStart() > former);
+    hidden->setVisible(true);
+    curves.at(1)->setVisible(false);
+    plot->updateVisibleData();
+    QTRY_VERIFY(!plot->isLoading());
+    QVERIFY(hidden->sample(0).x() > static_cast<double>(former));
+    QCOMPARE(firstShown(*plot), static_cast<qint64>(hidden->sample(0).x()));
+}
+
 void TestCCurvePlotSlices::movesDoNotAddTurns()
 {
     QObject chart;
@@ -368,9 +440,60 @@ void TestCCurvePlotSlices::readingStoredMeanwhileIsShown()
     m_series.back()->clear();
     plot->updateVisibleData();
     QTRY_VERIFY(firstShown(*plot) > former);
-    const QVector<QPointF> shown = m_series.back()->visiblePoints();
+    const QVector<QPointF> shown = pointsOf(*plot, kCurves - 1);
     m_series.back()->loadWindow(lowerMs(*plot) - 5000, upperMs(*plot) + 5000, 10000, 0.0);
-    QVERIFY(shown == m_series.back()->visiblePoints());
+    COMPARE_EXACTLY(shown, m_series.back()->visiblePoints());
+}
+
+/// Some of the readings are stored where the load has been already.
+void TestCCurvePlotSlices::readingStoredWithinALoadIsShown()
+{
+    constexpr int kMany = 300000; // several slices for this curve alone
+    constexpr qint64 kShortStepMs = 100;
+    const qint64 start = kStart - 20 * kDayMs;
+    const QString name = QStringLiteral("201(V)");
+    m_store->registerCurveAtOnce(name);
+    CurveSeriesData series(name, m_store.get());
+    QVector<QPointF> points;
+    points.reserve(kMany);
+    for (int i = 0; i < kMany; ++i) {
+        points.append(QPointF(static_cast<double>(start + kShortStepMs * i), i % 100));
+    }
+    series.addPoints(points);
+    series.clear();
+    CountingPlot plot;
+    plot.resize(450, 300);
+    plot.clearCurves();
+    plot.addCurve(&series, Qt::red, QStringLiteral("201"));
+    plot.onMagnifierZoomed(1.0);
+    QVERIFY(showSettled(plot));
+    passReloads(plot);
+    const qint64 end = start + kMany * kShortStepMs;
+    look(plot, start, end);
+    QVERIFY(plot.isLoading());
+    for (int turn = 1; series.size() == 0; ++turn) {
+        series.addPoint(static_cast<double>(start + kShortStepMs * turn + 1), 7.0);
+        series.clear();
+        QCoreApplication::processEvents();
+    }
+    QTRY_VERIFY_WITH_TIMEOUT(!plot.isLoading(), 30000);
+    plot.updateVisibleData();
+    QTRY_VERIFY_WITH_TIMEOUT(!plot.isLoading(), 30000);
+    const QVector<QPointF> shown = pointsOf(plot, 0);
+    series.loadWindow(start - 5000, end + 5000, 10000, 0.0);
+    COMPARE_EXACTLY(shown, series.visiblePoints());
+}
+
+void TestCCurvePlotSlices::loadInSlicesDetachesTheStore()
+{
+    const auto plot = plotOfAll();
+    QVERIFY(plot && showPast(*plot));
+    storeElsewhere();
+    const QString today = m_store->dbPathForTime(QDateTime::currentMSecsSinceEpoch());
+    QVERIFY(ConnectionPool::instance().isHeld(today));
+    look(*plot, kStart + kStepMs, kStart + kPoints * kStepMs);
+    QVERIFY(plot->isLoading());
+    QVERIFY(!ConnectionPool::instance().isHeld(today));
 }
 
 void TestCCurvePlotSlices::hiddenChartStartsAgainWhenShown()
@@ -459,10 +582,18 @@ void TestCCurvePlotSlices::chartClearedWhileItLoadsStaysEmpty()
     QVERIFY(plot->itemList(QwtPlotItem::Rtti_PlotCurve).isEmpty());
 }
 
+void TestCCurvePlotSlices::reopeningAFileMayEndIt_data()
+{
+    QTest::addColumn<bool>("isTodays");
+    QTest::newRow("where the readings are") << false;
+    QTest::newRow("where the store writes") << true;
+}
+
 /// The file's connection was closed by others: opening it again handles events, one of which takes the
 /// curves out of the chart. Nothing is fetched for them any more.
 void TestCCurvePlotSlices::reopeningAFileMayEndIt()
 {
+    QFETCH(bool, isTodays);
     CountingPlot plot;
     plot.resize(450, 300);
     plot.clearCurves();
@@ -476,7 +607,13 @@ void TestCCurvePlotSlices::reopeningAFileMayEndIt()
     QVERIFY(showSettled(plot));
     passReloads(plot);
     series.clear(); // it shows what other tests stored today
-    m_store->openDb(m_store->dbPathForTime(start))->close();
+    storeElsewhere();
+    const qint64 now = QDateTime::currentMSecsSinceEpoch();
+    const QString path = m_store->dbPathForTime(start);
+    m_store->openDb(path)->close();
+    if (isTodays) {
+        m_store->openDb(m_store->dbPathForTime(now))->close();
+    }
     bool isCleared = false;
     QTimer::singleShot(0, &plot, [&] {
         plot.clearCurves();
@@ -485,6 +622,36 @@ void TestCCurvePlotSlices::reopeningAFileMayEndIt()
     look(plot, start, start + 1000);
     QVERIFY(isCleared);
     QCOMPARE(series.size(), size_t(0));
+    QCOMPARE(isOpen(path), !isTodays);
+    for (int turn = 0; turn < 20; ++turn) {
+        QCoreApplication::processEvents();
+    }
+    QCOMPARE(series.size(), size_t(0));
+}
+
+/// Opening a file again handles events, and the reload of the view that is just fetched is among them.
+void TestCCurvePlotSlices::reloadMayFallDueWithinASlice()
+{
+    const auto plot = plotOfAll();
+    QVERIFY(plot && showPast(*plot));
+    turnWheel(*plot, -1);
+    timerOf(*plot, true)->stop();
+    QVERIFY(plot->isLoading());
+    for (const QString& name : QSqlDatabase::connectionNames()) {
+        QSqlDatabase::database(name, false).close();
+    }
+    plot->replots = 0;
+    bool isDue = false;
+    QTimer::singleShot(0, plot.get(), [&] {
+        plot->updateVisibleData();
+        isDue = true;
+    });
+    QTRY_VERIFY(isDue);
+    QTRY_VERIFY(!plot->isLoading());
+    QCOMPARE(pointsShown(*plot), 10000);
+    const QVector<QPointF> shown = pointsOf(*plot, 0);
+    m_series.front()->loadWindow(lowerMs(*plot) - 5000, upperMs(*plot) + 5000, 10000, 0.0);
+    COMPARE_EXACTLY(shown, m_series.front()->visiblePoints());
 }
 
 SCN_TEST(TestCCurvePlotSlices, QApplication)
