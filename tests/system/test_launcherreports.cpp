@@ -1,3 +1,4 @@
+#include "support/attentionlistener.h"
 #include "support/launcherscene.h"
 #include "support/testprogram.h"
 
@@ -6,6 +7,7 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
+#include <QGuiApplication>
 #include <QMessageBox>
 #include <QPlainTextEdit>
 #include <QTabBar>
@@ -54,6 +56,7 @@ class TestLauncherReports : public QObject
 private slots:
     void initTestCase();
     void deadChildInTheBackgroundIsMarked();
+    void windowManagerHearsOfADeath();
     void wordOfAChildInTheBackgroundIsMarked_data();
     void wordOfAChildInTheBackgroundIsMarked();
     void simulatorThatFailsSaysWhy();
@@ -101,6 +104,25 @@ void TestLauncherReports::deadChildInTheBackgroundIsMarked()
     scene.clickButton("chooseOther");
     QTRY_COMPARE(bar->tabText(0), QStringLiteral("选择仪器"));
     QVERIFY(bar->tabIcon(0).isNull());
+}
+
+void TestLauncherReports::windowManagerHearsOfADeath()
+{
+    LauncherScene scene(kFakeChild);
+    scene.openByHand(LauncherScene::own("good"));
+    QTRY_VERIFY_WITH_TIMEOUT(!scene.label("identity").isEmpty(), kWaitMs);
+    // The user works with another window.
+    QWidget other;
+    other.show();
+    QVERIFY(QTest::qWaitForWindowExposed(&other));
+    const XDisplay& display = DisplayApplication::display();
+    display.xdotool({QStringLiteral("windowfocus"), QString::number(other.winId())});
+    QTRY_COMPARE(QGuiApplication::focusWindow(), other.windowHandle());
+    AttentionListener listener(display.name());
+    QVERIFY(!listener.hasAsked(scene.window().winId()));
+    const qint64 child = LauncherScene::children(QStringLiteral("scn_fake_child")).value(0);
+    ::kill(static_cast<pid_t>(child), SIGKILL);
+    QTRY_VERIFY_WITH_TIMEOUT(listener.hasAsked(scene.window().winId()), kWaitMs);
 }
 
 void TestLauncherReports::wordOfAChildInTheBackgroundIsMarked_data()

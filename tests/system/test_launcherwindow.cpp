@@ -1,4 +1,5 @@
 #include "posix/filedescriptor.h"
+#include "support/embeddedchild.h"
 #include "support/launcherprocess.h"
 #include "support/launcherscene.h"
 #include "support/ordinaryrights_posix.h"
@@ -38,32 +39,12 @@ namespace {
 constexpr int kWaitMs = 60000;
 const QString kFakeChild = QStringLiteral(SCN_FAKE_CHILD);
 const QString kProgram = QStringLiteral(SCN_BIN_DIR "/scn4070a");
-const QString kChildTitle = QStringLiteral("^SCN4070A 控制软件$");
 /// One module with one channel, so that the window appears quickly.
 const QStringList kSmallest = {QStringLiteral("--slots"), QStringLiteral("1:13")};
 
 QString xdotool(const QStringList& arguments)
 {
     return DisplayApplication::display().xdotool(arguments);
-}
-
-qulonglong childWindow()
-{
-    return xdotool({QStringLiteral("search"), QStringLiteral("--onlyvisible"),
-                    QStringLiteral("--name"), kChildTitle})
-        .section(QLatin1Char('\n'), 0, 0)
-        .toULongLong();
-}
-
-QRect childPlace()
-{
-    return DisplayApplication::display().placeOf(childWindow());
-}
-
-/// Where the widget is on the screen.
-QRect placeOf(const QWidget* widget)
-{
-    return {widget->mapToGlobal(QPoint(0, 0)), widget->size()};
 }
 
 /// The place of a list that the program has opened, from the corner of its window.
@@ -74,33 +55,6 @@ QPoint openedList(qint64 process)
     return list == 0 ? QPoint() : display.placeOf(list).topLeft() - childPlace().topLeft();
 }
 
-void clickInChild(const QPoint& point)
-{
-    const QPoint place = childPlace().topLeft() + point;
-    DisplayApplication::display().click(place.x(), place.y());
-    QTest::qWait(200);
-}
-
-QColor colorInChild(const QPoint& point)
-{
-    const QPoint place = childPlace().topLeft() + point;
-    return DisplayApplication::display().colorAt(place.x(), place.y());
-}
-
-/// Drags with the left button, in a few steps.
-void dragInChild(const QPoint& from, const QPoint& by)
-{
-    constexpr int kSteps = 5;
-    const XDisplay& display = DisplayApplication::display();
-    const QPoint start = childPlace().topLeft() + from;
-    display.movePointer(start.x(), start.y());
-    display.press();
-    for (int step = 1; step <= kSteps; ++step) {
-        const QPoint place = start + by * step / kSteps;
-        display.movePointer(place.x(), place.y());
-    }
-    display.release();
-}
 /// Chooses the simulated instrument in the list, and opens it.
 void openSimulated(LauncherScene& scene)
 {
