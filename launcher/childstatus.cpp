@@ -136,7 +136,7 @@ QString failureSentence(OpenFailure failure, const QString& resource)
         if (isOfAnotherKind(resource)) {
             return text("所用的 VISA 库不能打开这种资源。请安装系统的 VISA 库。");
         }
-        return text("资源名的写法不正确，请写成 ASRL/dev/ttyUSB0::INSTR 或 "
+        return text("资源名写法不正确，请写成 ASRL/dev/ttyUSB0::INSTR 或 "
                     "TCPIP0::192.168.1.5::5025::SOCKET。");
     case OpenFailure::Other:
         return text("仪器未能打开，请查看日志中的原因。");

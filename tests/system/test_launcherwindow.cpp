@@ -468,7 +468,7 @@ void TestLauncherWindow::childWithoutInstrumentSaysWhy_data()
     QTest::newRow("kind that the provider does not open")
         << QStringLiteral("GPIB0::9::INSTR") << QStringLiteral("VISA 库不能打开");
     QTest::newRow("malformed") << QStringLiteral("TCPIP0::::SOCKET")
-                               << QStringLiteral("资源名的写法不正确");
+                               << QStringLiteral("资源名写法不正确");
 }
 
 void TestLauncherWindow::childWithoutInstrumentSaysWhy()
