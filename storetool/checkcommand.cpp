@@ -127,6 +127,10 @@ int runCheckCommand(const QStringList& arguments)
     if (isInterrupted()) {
         return fail(kFailed, QStringLiteral("check: interrupted."));
     }
+    const bool isLocked = checked.metLock && !checked.damage.isEmpty();
+    if (const std::optional<QString> excuse = run->watch().excuseFor(isLocked)) {
+        return refuseRun(QStringLiteral("check"), parser, run->run(), kFailed, *excuse);
+    }
     const bool isPrinted =
         parser.isSet(json)
             ? printJson({{QStringLiteral("run"), run->run().directory},

@@ -148,13 +148,14 @@ int ExportCall::run() const
     if (const auto refusal = outputRefusalOf(open->run(), value(m_options.output))) {
         return failExport(kFailed, *refusal);
     }
-    QString sentence;
-    const std::optional<RunBounds> bounds = boundsOf(open->run(), sentence);
+    BoundsFailure failure;
+    const std::optional<RunBounds> bounds = boundsOf(open->run(), failure);
     if (isInterrupted()) {
         return failExport(kFailed, kInterrupted);
     }
     if (!bounds) {
-        return failExport(kDamaged, sentence);
+        const std::optional<QString> excuse = open->watch().excuseFor(failure.metLock);
+        return excuse ? failExport(kFailed, *excuse) : failExport(kDamaged, failure.sentence);
     }
     if (!bounds->hasReadings()) {
         return failExport(kFailed, QStringLiteral("the run has no readings."));
@@ -197,6 +198,9 @@ int ExportCall::writeOutput(const ExportJob& job) const
     const ExportResult result = m_parser.isSet(m_options.isLong)
                                     ? LongExport(job, output.device()).run()
                                     : exportToDevice(job, output.device());
+    if (result == ExportWriteError && output.isStandardOutput() && isOutputUnwanted()) {
+        return kFailed;
+    }
     if (result != ExportSuccess || output.finish()) {
         return endOf(result, place);
     }

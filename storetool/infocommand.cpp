@@ -32,7 +32,7 @@ QString textOf(const StoredRun& run, const RunSummary& summary)
     if (!run.instrument.isEmpty()) {
         text += line("Instrument", run.instrument);
     }
-    if (run.isKept) {
+    if (!run.source.isEmpty()) {
         text += line("Kept from", run.source);
     }
     text += line("Start", timeText(summary.startOf(run))) + line("End", timeText(summary.end())) +
@@ -115,6 +115,10 @@ int runInfoCommand(const QStringList& arguments)
         return fail(kFailed, QStringLiteral("info: interrupted."));
     }
     const bool isDamaged = !summary.damage.isEmpty();
+    const std::optional<QString> excuse = run->watch().excuseFor(isDamaged && summary.metLock);
+    if (excuse) {
+        return refuseRun(QStringLiteral("info"), parser, run->run(), kFailed, *excuse);
+    }
     if (isDamaged) {
         fail(kDamaged,
              QStringLiteral("info: %1. 'scn4070a-store check' tells more.").arg(summary.damage));

@@ -5,6 +5,7 @@
 #include "storetool/runs/runaccess.h"
 #include "storetool/runs/runfinder.h"
 #include "storetool/runs/runsummary.h"
+#include "storetool/runs/runwatch.h"
 
 #include <QDir>
 #include <QFileInfo>
@@ -36,7 +37,13 @@ ListedRun listedRun(const StoredRun& run)
     ListedRun listed{run, missing ? *missing : refusal ? refusal->sentence : QString(), {}};
     if (listed.refusal.isEmpty()) {
         const SideFiles sideFiles(run);
+        const RunWatch watch(run);
         listed.summary = summaryOf(run, SummaryDetail::Counts);
+        const bool isLocked = listed.summary.metLock && !listed.summary.damage.isEmpty();
+        if (const std::optional<QString> excuse = watch.excuseFor(isLocked)) {
+            listed.refusal = *excuse;
+            listed.summary = {};
+        }
     }
     return listed;
 }

@@ -126,19 +126,19 @@ int PlotCall::openAndDraw() const
     if (const auto refusal = outputRefusalOf(open->run(), value(m_options.output))) {
         return failPlot(kFailed, *refusal);
     }
-    const RunWatch watch(open->run());
-    QString sentence;
-    const std::optional<RunBounds> bounds = boundsOf(open->run(), sentence);
+    BoundsFailure failure;
+    const std::optional<RunBounds> bounds = boundsOf(open->run(), failure);
     if (isInterrupted()) {
         return failPlot(kFailed, kInterrupted);
     }
     if (!bounds) {
-        return failPlot(kDamaged, sentence);
+        const std::optional<QString> excuse = open->watch().excuseFor(failure.metLock);
+        return excuse ? failPlot(kFailed, *excuse) : failPlot(kDamaged, failure.sentence);
     }
     if (!bounds->hasReadings()) {
         return failPlot(kFailed, QStringLiteral("the run has no readings."));
     }
-    return drawRun(open->run(), *bounds, watch);
+    return drawRun(open->run(), *bounds, open->watch());
 }
 
 /// The rows of a chart: each curve once, in the order of the list.

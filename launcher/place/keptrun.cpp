@@ -46,7 +46,7 @@ std::optional<KeptRun> KeptRun::in(const QString& folder)
     KeptRun run;
     run.folder = folder;
     run.instrument = object.value(kInstrument).toString();
-    run.serial = object.value(kSerial).toString(QFileInfo(QFileInfo(folder).path()).fileName());
+    run.serial = object.value(kSerial).toString(serialOfKeptRun(folder));
     run.start = QDateTime::fromString(object.value(kStart).toString(), Qt::ISODateWithMs);
     run.source = object.value(kSource).toString();
     const QJsonObject files = object.value(kFiles).toObject();
@@ -91,6 +91,11 @@ QString serialOfDataDirectory(const QString& directory)
         serial.chop(kDataSuffix.size());
     }
     return serial;
+}
+
+QString serialOfKeptRun(const QString& folder)
+{
+    return QFileInfo(QFileInfo(folder).path()).fileName();
 }
 
 QString newKeptRunFolder(const QString& runsFolder, const QString& serial, const QDateTime& start)

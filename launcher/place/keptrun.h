@@ -43,6 +43,9 @@ bool isDataDirectory(const QString& directory);
 /// The serial number in the name of a data directory.
 QString serialOfDataDirectory(const QString& directory);
 
+/// The serial number in the place of a kept run, as a folder's name.
+QString serialOfKeptRun(const QString& folder);
+
 /// A folder for a run that starts then, which does not exist yet.
 QString newKeptRunFolder(const QString& runsFolder, const QString& serial, const QDateTime& start);
 

@@ -70,6 +70,9 @@ public:
     /// Whether the last failure came from a read-only connection.
     bool metReadOnly() const { return m_errorCode == kReadOnlyCode; }
 
+    /// Whether the last failure came from another connection's lock.
+    bool metLock() const { return m_errorCode == kBusyCode; }
+
     /// Whether a transaction is open on the connection, whoever began it.
     bool isInTransaction() const;
 

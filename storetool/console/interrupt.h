@@ -13,4 +13,7 @@ bool isInterrupted();
 /// files behind.
 void outliveClosedPipes();
 
+/// Whether the standard output is a pipe that nobody reads any more, which is no fault.
+bool isOutputUnwanted();
+
 } // namespace scnstore

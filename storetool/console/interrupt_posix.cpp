@@ -1,6 +1,8 @@
 #include "storetool/console/interrupt.h"
 
+#include <poll.h>
 #include <signal.h>
+#include <unistd.h>
 
 #include <atomic>
 #include <initializer_list>
@@ -43,6 +45,12 @@ void outliveClosedPipes()
     struct sigaction action = {};
     action.sa_handler = SIG_IGN;
     ::sigaction(SIGPIPE, &action, nullptr);
+}
+
+bool isOutputUnwanted()
+{
+    pollfd output{STDOUT_FILENO, POLLOUT, 0};
+    return ::poll(&output, 1, 0) > 0 && (output.revents & POLLERR) != 0;
 }
 
 } // namespace scnstore

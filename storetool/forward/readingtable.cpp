@@ -8,6 +8,9 @@ namespace scnstore {
 
 namespace {
 
+/// A database that has no letters for the units of some curves would refuse them in the middle of a run.
+const QByteArray kTryEncoding = QByteArrayLiteral("SELECT 'Ω℃'");
+
 /// The value is part of the key: after the clock was set back, two readings can have the same time.
 const QByteArray kCreateReading =
     QByteArrayLiteral("CREATE TABLE reading ("
@@ -104,7 +107,7 @@ bool ReadingTable::prepare()
         return m_server.run("SELECT to_regclass('" + table + "') IS NOT NULL") &&
                (m_server.rows().value(0).value(0) == "t" || m_server.run(create));
     };
-    if (!m_server.run("BEGIN") || !m_server.run(kLockSchema) ||
+    if (!m_server.run(kTryEncoding) || !m_server.run("BEGIN") || !m_server.run(kLockSchema) ||
         !ensure("reading", kCreateReading) || !ensure("reading_place", kCreatePlace) ||
         !m_server.run(kCreateIncoming) || !m_server.run("COMMIT") || !fits() ||
         !m_server.run("SELECT relkind FROM pg_class WHERE oid = 'reading'::regclass")) {

@@ -1,5 +1,7 @@
 #include "storetool/forward/serverconnection.h"
 
+#include <QList>
+
 #include <libpq-fe.h>
 #include <poll.h>
 
@@ -43,6 +45,22 @@ QString firstLine(const char* text)
     return (line.endsWith(QLatin1Char('.')) ? line.chopped(1) : line).simplified();
 }
 
+/// The library reads the ports, one for each host, only when it connects.
+QString complaintAboutPort(const PQconninfoOption* options)
+{
+    for (const PQconninfoOption* option = options; option->keyword; ++option) {
+        if (qstrcmp(option->keyword, "port") != 0 || !option->val) {
+            continue;
+        }
+        for (const QByteArray& port : QByteArray(option->val).split(',')) {
+            if (!port.isEmpty() && port.toUShort() == 0) {
+                return QStringLiteral("'%1' is no port").arg(QString::fromUtf8(port));
+            }
+        }
+    }
+    return {};
+}
+
 void ignoreNotice(void*, const PGresult*) {}
 
 /// The keywords with the values, the address among them.
@@ -76,7 +94,8 @@ QString ServerConnection::complaintAbout(const QString& target)
     }
     char* error = nullptr;
     PQconninfoOption* const options = PQconninfoParse(target.toUtf8().constData(), &error);
-    const QString complaint = options ? QString() : firstLine(error ? error : "out of memory");
+    const QString complaint =
+        options ? complaintAboutPort(options) : firstLine(error ? error : "out of memory");
     PQconninfoFree(options);
     PQfreemem(error);
     return complaint;

@@ -37,8 +37,9 @@ struct CheckedRun
 {
     QVector<CheckedFile> files;
     QMap<QString, CheckedCurve> curves;
-    QStringList damage; ///< Sentences.
-    QStringList notes;  ///< What may be damage and may be not, as sentences.
+    QStringList damage;   ///< Sentences.
+    bool metLock = false; ///< Another program's lock may be what looks like damage.
+    QStringList notes;    ///< What may be damage and may be not, as sentences.
 };
 
 } // namespace scnstore

@@ -27,8 +27,9 @@ QString count(qint64 number, const QString& one)
 
 } // namespace
 
-FileCheck::FileCheck(const QString& path, CheckedRun& result)
+FileCheck::FileCheck(const QString& path, bool isKnownToBeWhole, CheckedRun& result)
     : m_path(path)
+    , m_isKnownToBeWhole(isKnownToBeWhole)
     , m_hasWal(QFile::exists(path + QStringLiteral("-wal")))
     , m_file(path)
     , m_result(result)
@@ -59,6 +60,7 @@ void FileCheck::run()
             checkTable(catalogue, table);
         }
     }
+    m_result.metLock = m_result.metLock || m_file.metLock();
     m_result.files.append(m_checked);
 }
 
@@ -71,7 +73,7 @@ bool FileCheck::hasContent()
 void FileCheck::noteMissingWal()
 {
     QFile file(m_path);
-    if (!m_hasWal && file.open(QIODevice::ReadOnly) &&
+    if (!m_hasWal && !m_isKnownToBeWhole && file.open(QIODevice::ReadOnly) &&
         file.read(kReadVersionPlace + 1).endsWith(kWalVersion)) {
         m_result.notes.append(
             QStringLiteral(

@@ -12,7 +12,7 @@ class FileCheck
 {
 public:
     /// Adds what it finds to `result`, which outlives it.
-    FileCheck(const QString& path, CheckedRun& result);
+    FileCheck(const QString& path, bool isKnownToBeWhole, CheckedRun& result);
 
     void run();
 
@@ -37,7 +37,8 @@ private:
     void tellDamage(const QString& what);
 
     QString m_path;
-    bool m_hasWal; ///< Before the file is opened, which may create an empty one.
+    const bool m_isKnownToBeWhole; ///< A missing WAL was checkpointed.
+    bool m_hasWal;                 ///< Before the file is opened, which may create an empty one.
     RunFile m_file;
     CheckedRun& m_result;
     CheckedFile m_checked;

@@ -8,6 +8,7 @@ namespace scnstore {
 
 OpenRun::OpenRun(const StoredRun& run)
     : m_run(run)
+    , m_watch(run)
     , m_sideFiles(run)
 {
 }
@@ -17,6 +18,15 @@ void addRunArgument(QCommandLineParser& parser)
     parser.addPositionalArgument(
         QStringLiteral("RUN"),
         QStringLiteral("Directory of the run, or <serial>/<start> of a kept one."));
+}
+
+int refuseRun(const QString& command, const QCommandLineParser& parser, const StoredRun& run,
+              ExitCode code, const QString& why)
+{
+    if (parser.optionNames().contains(QStringLiteral("json"))) {
+        printJson({{QStringLiteral("run"), run.directory}, {QStringLiteral("refused"), why}});
+    }
+    return fail(code, command + QStringLiteral(": ") + why);
 }
 
 std::unique_ptr<OpenRun> openRun(const QString& command, const QCommandLineParser& parser,
@@ -29,10 +39,7 @@ std::unique_ptr<OpenRun> openRun(const QString& command, const QCommandLineParse
         return nullptr;
     }
     const auto refuse = [&](ExitCode code, const QString& why) {
-        if (parser.optionNames().contains(QStringLiteral("json"))) {
-            printJson({{QStringLiteral("run"), run->directory}, {QStringLiteral("refused"), why}});
-        }
-        status = fail(code, command + QStringLiteral(": ") + why);
+        status = refuseRun(command, parser, *run, code, why);
         return nullptr;
     };
     if (const std::optional<QString> missing = missingRightOf(*run)) {

@@ -1,6 +1,8 @@
 #pragma once
 
+#include "storetool/console/exitcode.h"
 #include "storetool/runs/runaccess.h"
+#include "storetool/runs/runwatch.h"
 #include "storetool/runs/storedrun.h"
 
 #include <QCommandLineParser>
@@ -19,8 +21,11 @@ public:
 
     const StoredRun& run() const { return m_run; }
 
+    const RunWatch& watch() const { return m_watch; }
+
 private:
     StoredRun m_run;
+    RunWatch m_watch;
     SideFiles m_sideFiles;
 };
 
@@ -33,5 +38,9 @@ void addRunArgument(QCommandLineParser& parser);
 /// Ctrl+C no longer ends the program from here on: see catchInterrupts().
 std::unique_ptr<OpenRun> openRun(const QString& command, const QCommandLineParser& parser,
                                  int& status);
+
+/// Says why a run was not read, as JSON, too, if the command was asked for that. Returns the code.
+int refuseRun(const QString& command, const QCommandLineParser& parser, const StoredRun& run,
+              ExitCode code, const QString& why);
 
 } // namespace scnstore

@@ -40,14 +40,15 @@ bool addFile(RunFile& file, RunBounds& bounds)
 
 } // namespace
 
-std::optional<RunBounds> boundsOf(const StoredRun& run, QString& sentence)
+std::optional<RunBounds> boundsOf(const StoredRun& run, BoundsFailure& failure)
 {
     RunBounds bounds;
     for (const QString& path : run.dayFiles()) {
         RunFile file(path);
         if (!addFile(file, bounds)) {
-            sentence = QStringLiteral("%1 cannot be read: %2. 'scn4070a-store check' tells more.")
-                           .arg(path, file.failure());
+            failure = {QStringLiteral("%1 cannot be read: %2. 'scn4070a-store check' tells more.")
+                           .arg(path, file.failure()),
+                       file.metLock()};
             return std::nullopt;
         }
     }

@@ -18,7 +18,14 @@ struct RunBounds
     bool hasReadings() const { return first <= last; }
 };
 
-/// The bounds, from the ends of each table. Nothing, and a sentence, if a file cannot be read.
-std::optional<RunBounds> boundsOf(const StoredRun& run, QString& sentence);
+/// Why a file could not be read, as a sentence.
+struct BoundsFailure
+{
+    QString sentence;
+    bool metLock = false;
+};
+
+/// The bounds, from the ends of each table. Nothing if a file cannot be read.
+std::optional<RunBounds> boundsOf(const StoredRun& run, BoundsFailure& failure);
 
 } // namespace scnstore

@@ -8,7 +8,7 @@ CheckedRun checkRun(const StoredRun& run)
 {
     CheckedRun result;
     for (const QString& path : run.dayFiles()) {
-        FileCheck(path, result).run();
+        FileCheck(path, run.knowsFileToBeWhole(path), result).run();
     }
     return result;
 }

@@ -62,6 +62,7 @@ bool RunFile::query(const QString& sql, std::initializer_list<QVariant> values, 
         statement.fetchRows(std::numeric_limits<int>::max(), row);
     }
     m_failure = statement.errorText();
+    m_metLock = m_metLock || statement.metLock();
     // Qt adds words of its own.
     m_failure.remove(QStringLiteral(" Unable to execute statement"));
     m_failure.remove(QStringLiteral(" Unable to fetch row"));

@@ -40,6 +40,9 @@ public:
     /// What failed last; empty after a success.
     QString failure() const { return m_failure; }
 
+    /// Whether that was another program's lock, which says nothing of the file.
+    bool metLock() const { return m_metLock; }
+
     using Row = std::function<void(const QSqlQuery& row)>;
 
     /// Runs a statement and hands out its rows. False if it failed, on the way too.
@@ -64,6 +67,7 @@ private:
     QString m_path;
     QSqlDatabase m_database;
     QString m_failure;
+    bool m_metLock = false;
 };
 
 } // namespace scnstore

@@ -62,6 +62,7 @@ void addFile(const QString& path, SummaryDetail detail, RunSummary& summary)
             });
         widen(summary.curves[catalogue.curves.value(table.curveId)], part);
     }
+    summary.metLock = summary.metLock || file.metLock();
     if (!succeeded && summary.damage.isEmpty()) {
         summary.damage = QStringLiteral("%1 cannot be read: %2").arg(path, file.failure());
     }

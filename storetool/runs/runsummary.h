@@ -35,6 +35,8 @@ struct RunSummary
     qint64 bytes = 0;
     QString damage; ///< The first failure, as a sentence; what stands above is what could be read.
 
+    bool metLock = false; ///< The failure, if there is one, may be another program's lock.
+
     /// The run's start: that written down, else the first reading's.
     QDateTime startOf(const StoredRun& run) const;
 

@@ -11,6 +11,17 @@ RunWatch::RunWatch(const StoredRun& run)
     }
 }
 
+std::optional<QString> RunWatch::excuseFor(bool metLock) const
+{
+    if (!isUnbroken()) {
+        return QStringLiteral("the run was deleted meanwhile. 'scn4070a-store list' shows where "
+                              "it is kept.");
+    }
+    return metLock ? std::optional(
+                         QStringLiteral("another program has locked the run's files. Try again."))
+                   : std::nullopt;
+}
+
 bool RunWatch::isUnbroken() const
 {
     const QStringList paths = m_files.keys();

@@ -113,7 +113,9 @@ std::optional<TimeSelection> selectedTimes(const RunBounds& bounds, const QStrin
     selection.start = start.isExact ? selection.start : range.start;
     selection.end = end.isExact ? selection.end : range.end;
     if (selection.start > selection.end) {
-        sentence = QStringLiteral("the time range ends before it begins.");
+        sentence = from.isEmpty() || to.isEmpty()
+                       ? QStringLiteral("no reading lies in that time.")
+                       : QStringLiteral("the time range ends before it begins.");
         return std::nullopt;
     }
     return selection;

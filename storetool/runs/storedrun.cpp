@@ -1,5 +1,6 @@
 #include "storetool/runs/storedrun.h"
 
+#include "launcher/place/fileuse.h"
 #include "launcher/place/keptrun.h"
 #include "storage/datadirectory.h"
 
@@ -18,6 +19,15 @@ bool StoredRun::isDataDirectory() const
     return !isKept && scnlauncher::isDataDirectory(directory);
 }
 
+bool StoredRun::knowsFileToBeWhole(const QString& path) const
+{
+    const auto kept = scnlauncher::KeptRun::in(directory);
+    const auto facts = scnlauncher::factsOf(path);
+    const QString name = QFileInfo(path).fileName();
+    return kept && facts && kept->files.value(name) == QString::number(facts->number) &&
+           !kept->files.contains(name + QStringLiteral("-wal"));
+}
+
 StoredRun StoredRun::in(const QString& directory)
 {
     StoredRun run;
@@ -29,6 +39,8 @@ StoredRun StoredRun::in(const QString& directory)
         run.serial = kept->serial;
         run.start = kept->start;
         run.source = kept->source;
+    } else if (run.isKept) { // its facts cannot be read
+        run.serial = scnlauncher::serialOfKeptRun(run.directory);
     }
     return run;
 }

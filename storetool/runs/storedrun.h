@@ -20,6 +20,9 @@ struct StoredRun
     /// a program may still have open under another.
     bool isDataDirectory() const;
 
+    /// Whether a day file of a kept run is known to have had no WAL any more when it was left.
+    bool knowsFileToBeWhole(const QString& path) const;
+
     /// Paths of the day files, oldest first.
     QStringList dayFiles() const;
 

@@ -491,6 +491,9 @@ void TestForward::refusalIsASentence_data()
         << QStringList{here, to, QStringLiteral("postgresql://x/y?colour=red")}
         << QStringLiteral("forward: the address of the database is wrong: invalid URI query "
                           "parameter: \"colour\".");
+    QTest::newRow("wrong port")
+        << QStringList{here, to, QStringLiteral("postgresql://127.0.0.1/x?port=5999;")}
+        << QStringLiteral("forward: the address of the database is wrong: '5999;' is no port.");
     QTest::newRow("missing database")
         << QStringList{here, to, m_server->address(QStringLiteral("missing"))}
         << QStringLiteral("database \"missing\" does not exist.");

@@ -78,6 +78,7 @@ private slots:
     void partitionsOfAnAdministratorAreUsed();
     void missingPartitionIsNamed();
     void missingRightEndsItAtTheStart();
+    void otherEncodingIsRefusedAtTheStart();
     void faultOfTheServerIsToldOnce();
     void followersOfTheSameFilesDoNotMeet();
 
@@ -247,7 +248,8 @@ void TestForwardFaults::tableThatDoesNotFitIsRefused()
 /// The page's tables, with the page's rights for a role that owns nothing.
 void TestForwardFaults::letFollowerIn()
 {
-    const QString tables = statementsOfThePage("^    CREATE TABLE reading(_place)? \\([^;]*PRIMARY KEY[^;]*;");
+    const QString tables =
+        statementsOfThePage("^    CREATE TABLE reading(_place)? \\([^;]*PRIMARY KEY[^;]*;");
     const QString rights = statementsOfThePage("^    GRANT [^;]*;");
     QCOMPARE(tables.count(QLatin1String("CREATE TABLE")), 2);
     QCOMPARE(rights.count(QLatin1String("GRANT")), 3);
@@ -304,6 +306,16 @@ void TestForwardFaults::missingRightEndsItAtTheStart()
     FollowerProcess follower({m_directory->path(), kTo, ofFollower()});
     QCOMPARE(follower.exitCode(), 1);
     QVERIFY2(follower.errors().contains(QStringLiteral("permission denied for table reading")),
+             qPrintable(follower.errors()));
+}
+
+void TestForwardFaults::otherEncodingIsRefusedAtTheStart()
+{
+    m_server->psql(QStringLiteral("CREATE DATABASE latin ENCODING 'LATIN1' TEMPLATE template0"));
+    FollowerProcess follower(
+        {m_directory->path(), kTo, m_server->address(QStringLiteral("latin"))});
+    QCOMPARE(follower.exitCode(), 1);
+    QVERIFY2(follower.errors().contains(QStringLiteral("\"LATIN1\"")),
              qPrintable(follower.errors()));
 }
 

@@ -4,10 +4,13 @@
 #include "support/testprogram.h"
 
 #include <QDir>
+#include <QFile>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QTest>
+
+#include <sys/stat.h>
 
 #include <functional>
 
@@ -32,6 +35,8 @@ private slots:
     void soundRunIsSound();
     void gapsAreTold();
     void missingWalIsANote();
+    void missingWalOfAKeptRunIsNoted_data();
+    void missingWalOfAKeptRunIsNoted();
     void damageIsASentence_data();
     void damageIsASentence();
     void everyPageMayBeDestroyed();
@@ -103,6 +108,40 @@ void TestStoreCheck::missingWalIsANote()
     scene.change("20260112", QStringLiteral("PRAGMA journal_mode = DELETE"));
     run = runStore({QStringLiteral("check"), scene.dataDirectory()});
     QVERIFY(!run.output.contains("Note:"));
+}
+
+/// The launcher lists the files that it gave names to, and takes a WAL off the list once it is empty.
+void TestStoreCheck::missingWalOfAKeptRunIsNoted_data()
+{
+    QTest::addColumn<QString>("more");
+    QTest::addColumn<int>("notes");
+
+    QTest::newRow("folded in") << QString() << 0;
+    QTest::newRow("lost") << QStringLiteral(", \"20260112.db-wal\": \"1\"") << 1;
+}
+
+void TestStoreCheck::missingWalOfAKeptRunIsNoted()
+{
+    QFETCH(QString, more);
+    QFETCH(int, notes);
+
+    const RunScene scene;
+    scene.addDay("20260112");
+    scene.change("20260112", QStringLiteral("PRAGMA journal_mode = WAL"));
+    const QString kept = scene.keep();
+    scene.clear();
+    struct stat facts = {};
+    QCOMPARE(::stat(QFile::encodeName(kept + QStringLiteral("/20260112.db")).constData(), &facts),
+             0);
+    QFile file(kept + QStringLiteral("/run.json"));
+    QVERIFY(file.open(QIODevice::WriteOnly));
+    file.write(QStringLiteral("{\"serial\": \"SN1\", \"files\": {\"20260112.db\": \"%1\"%2}}")
+                   .arg(QString::number(facts.st_ino), more)
+                   .toUtf8());
+    file.close();
+    const StoreRun run = runStore({QStringLiteral("check"), kept});
+    QCOMPARE(run.exitCode, 0);
+    QCOMPARE(run.output.count("Note:"), notes);
 }
 
 void TestStoreCheck::damageIsASentence_data()

@@ -285,6 +285,8 @@ void TestStoreExport::wrongCallIsASentence_data()
         "'2026-01-12 25:30:00' is no time. Write it as 2026-01-12 07:30:00.");
     row("order", {QStringLiteral("--from=2026-01-13"), QStringLiteral("--to=2026-01-12")},
         "the time range ends before it begins.");
+    row("after the end", {QStringLiteral("--from=2027-01-01")}, "no reading lies in that time.");
+    row("before the start", {QStringLiteral("--to=2025-01-01")}, "no reading lies in that time.");
     row("no reading", {QStringLiteral("--from=2027-01-13"), QStringLiteral("--to=2027-01-14")},
         "no reading lies in that time.");
     row("no reading, long",

@@ -4,12 +4,23 @@
 #include "support/testprogram.h"
 
 #include <QDir>
+#include <QFileInfo>
 #include <QTest>
+
+#include <algorithm>
 
 namespace {
 
 const QString kTable = QStringLiteral("curve_1_batch_20260112_120000_20260112_175959");
 constexpr int kPatienceMs = 120000;
+
+bool holdsOpen(const QProcess& process, const QString& path)
+{
+    const QDir open(QStringLiteral("/proc/%1/fd").arg(process.processId()));
+    const QFileInfoList files = open.entryInfoList(QDir::AllEntries | QDir::System);
+    return std::any_of(files.cbegin(), files.cend(),
+                       [&path](const QFileInfo& file) { return file.symLinkTarget() == path; });
+}
 
 } // namespace
 
@@ -23,6 +34,8 @@ private slots:
     void writerMeetsNoLock();
     void readingsInTheWalCount();
     void runThatIsDeletedMeanwhileIsNoCrash();
+    void runThatIsDeletedMeanwhileIsNotDamaged();
+    void lockedRunIsNotDamaged();
 };
 
 void TestStoreLive::writerMeetsNoLock_data()
@@ -117,6 +130,54 @@ void TestStoreLive::runThatIsDeletedMeanwhileIsNoCrash()
                      errors.constData());
         }
     }
+}
+
+void TestStoreLive::runThatIsDeletedMeanwhileIsNotDamaged()
+{
+    for (const char* command : {"info", "check"}) {
+        const RunScene scene;
+        scene.addDay("20260112", 1000);
+        scene.addDay("20260113", 1000);
+        // The first file is read until the other is gone.
+        scene.change(
+            "20260112",
+            QStringLiteral("INSERT OR IGNORE INTO %1 (curve_id, timestamp, value) WITH RECURSIVE "
+                           "n(i) AS (SELECT 1 UNION ALL SELECT i + 1 FROM n LIMIT "
+                           "2000000) SELECT 1, %2 + i, i FROM n")
+                .arg(kTable)
+                .arg(localTime("2026-01-12 12:00:00.000")));
+        QProcess process;
+        process.start(QStringLiteral(SCN_STORE),
+                      {QString::fromLatin1(command), scene.dataDirectory()});
+        QTRY_VERIFY(holdsOpen(process, scene.dayFile("20260112")));
+        scene.clear();
+        QVERIFY(process.waitForFinished(kPatienceMs));
+        QCOMPARE(process.exitCode(), 1);
+        QCOMPARE(process.readAllStandardOutput(), QByteArray());
+        QCOMPARE(process.readAllStandardError(),
+                 QByteArray("scn4070a-store: ") + command +
+                     ": the run was deleted meanwhile. 'scn4070a-store list' shows where it is "
+                     "kept.\n");
+    }
+}
+
+void TestStoreLive::lockedRunIsNotDamaged()
+{
+    const RunScene scene;
+    scene.addDay("20260112");
+    DayFileWriter writer(scene.dayFile("20260112"));
+    writer.execute(QStringLiteral("BEGIN EXCLUSIVE"));
+    const QByteArray sentence = "another program has locked the run's files. Try again.\n";
+    for (const char* command : {"check", "export"}) {
+        const StoreRun run = runStore({QString::fromLatin1(command), scene.dataDirectory()});
+        QCOMPARE(run.exitCode, 1);
+        QCOMPARE(run.errors, "scn4070a-store: " + QByteArray(command) + ": " + sentence);
+    }
+    const StoreRun list =
+        runStore({QStringLiteral("list"), QStringLiteral("--json"), scene.folder()});
+    QCOMPARE(list.exitCode, 0);
+    QVERIFY2(list.output.contains("\"refused\": \"another program has locked"),
+             list.output.constData());
 }
 
 SCN_TEST(TestStoreLive, QCoreApplication)
