@@ -33,7 +33,7 @@ struct RunList
 ListedRun listedRun(const StoredRun& run)
 {
     const std::optional<QString> missing = missingRightOf(run);
-    const std::optional<Refusal> refusal = missing ? std::nullopt : refusalOf(run);
+    const std::optional<RunRefusal> refusal = missing ? std::nullopt : refusalOf(run);
     ListedRun listed{run, missing ? *missing : refusal ? refusal->sentence : QString(), {}};
     if (listed.refusal.isEmpty()) {
         const SideFiles sideFiles(run);

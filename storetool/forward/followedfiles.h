@@ -67,7 +67,7 @@ public:
     int unusableReadings() const;
 
     /// Of the files that have a second name where nobody follows it.
-    const QVector<Refusal>& refusals() const { return m_refusals; }
+    const QVector<RunRefusal>& refusals() const { return m_refusals; }
 
 private:
     void findRuns();
@@ -96,7 +96,7 @@ private:
     FileFaults m_faults;
     QSet<QString> m_damaged;
     QStringList m_damageNews;
-    QVector<Refusal> m_refusals;
+    QVector<RunRefusal> m_refusals;
     int m_unusableOfClosed = 0;
 };
 

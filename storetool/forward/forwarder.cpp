@@ -77,7 +77,7 @@ Forwarder::End Forwarder::end()
     m_report.noteFiles(m_files);
     m_report.tellEnd();
     if (m_setup.once && !m_files.refusals().isEmpty()) {
-        const Refusal& first = m_files.refusals().constFirst();
+        const RunRefusal& first = m_files.refusals().constFirst();
         m_errorText = first.sentence;
         return first.isForNow ? End::FilesInUse : End::FilesRefused;
     }
@@ -223,7 +223,7 @@ Forwarder::Turn Forwarder::keepRead()
 void Forwarder::noteFailure(bool isSlip)
 {
     m_server.close();
-    if (m_stoppedAt != Clock::time_point()) {
+    if (isInterrupted()) {
         return;
     }
     m_errorText = QStringLiteral("The server does not take readings: %1.").arg(m_table.errorText());

@@ -1,5 +1,7 @@
 #include "storetool/forward/readingtable.h"
 
+#include "storetool/console/interrupt.h"
+
 #include <QDate>
 
 #include <algorithm>
@@ -143,15 +145,26 @@ bool ReadingTable::loadPlaces(const QByteArray& instrument, const QList<QByteArr
 
 bool ReadingTable::store(const ReadingBatch& batch)
 {
-    for (const qint64 day : batch.days()) {
-        if (m_isPartitioned && !m_days.contains(day)) {
-            if (!ensurePartition(day)) {
-                return false;
-            }
-            m_days.insert(day);
-        }
+    return (!m_isPartitioned || ensurePartitions(batch.days())) && m_server.run("BEGIN") &&
+           merge(batch) && m_server.run("COMMIT");
+}
+
+/// Times that are garbage would make a partition each, until no query has room for their locks.
+bool ReadingTable::ensurePartitions(const QSet<qint64>& days)
+{
+    constexpr int kMostNewDays = 200;
+    const QSet<qint64> newDays = days - m_days;
+    if (newDays.size() > kMostNewDays) {
+        bool isRightMissing = false;
+        return createPartition("reading_rest", "DEFAULT", &isRightMissing);
     }
-    return m_server.run("BEGIN") && merge(batch) && m_server.run("COMMIT");
+    for (const qint64 day : newDays) {
+        if (isInterrupted() || !ensurePartition(day)) {
+            return false;
+        }
+        m_days.insert(day);
+    }
+    return true;
 }
 
 QString ReadingTable::errorText() const
@@ -179,14 +192,30 @@ bool ReadingTable::merge(const ReadingBatch& batch)
     return m_server.run(kMergePlaces);
 }
 
-/// Made beside the table and then attached, which unlike a creation in place lets others go on reading.
 bool ReadingTable::ensurePartition(qint64 day)
 {
     const Day first(day);
     const Day next(day + 1);
+    bool isRightMissing = false;
+    if (!createPartition(first.name,
+                         "FOR VALUES FROM ('" + first.midnight + "') TO ('" + next.midnight + "')",
+                         &isRightMissing)) {
+        return false;
+    }
+    if (isRightMissing) {
+        m_uncreated.insert(day);
+    }
+    return true;
+}
+
+/// Made beside the table and then attached, which unlike a creation in place lets others go on reading.
+/// True, too, if its rows may have a place elsewhere.
+bool ReadingTable::createPartition(const QByteArray& name, const QByteArray& bounds,
+                                   bool* isRightMissing)
+{
     if (!m_server.run("SELECT 1 FROM pg_inherits WHERE inhparent = 'reading'::regclass "
                       "AND inhrelid = to_regclass('" +
-                      first.name + "')")) {
+                      name + "')")) {
         return false;
     }
     if (!m_server.rows().isEmpty()) {
@@ -195,17 +224,12 @@ bool ReadingTable::ensurePartition(qint64 day)
     if (!m_server.run("BEGIN") || !m_server.run(kLockSchema)) {
         return false;
     }
-    if (m_server.run("CREATE TABLE IF NOT EXISTS " + first.name +
-                     " (LIKE reading INCLUDING ALL)") &&
-        m_server.run("ALTER TABLE reading ATTACH PARTITION " + first.name + " FOR VALUES FROM ('" +
-                     first.midnight + "') TO ('" + next.midnight + "')")) {
+    if (m_server.run("CREATE TABLE IF NOT EXISTS " + name + " (LIKE reading INCLUDING ALL)") &&
+        m_server.run("ALTER TABLE reading ATTACH PARTITION " + name + ' ' + bounds)) {
         return m_server.run("COMMIT");
     }
-    if (m_server.errorCode() == kMissingRight) {
-        m_uncreated.insert(day);
-    }
-    const bool mayHavePlace = mayBeCovered(m_server.errorCode());
-    return mayHavePlace && m_server.run("ROLLBACK");
+    *isRightMissing = m_server.errorCode() == kMissingRight;
+    return mayBeCovered(m_server.errorCode()) && m_server.run("ROLLBACK");
 }
 
 } // namespace scnstore

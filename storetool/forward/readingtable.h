@@ -39,7 +39,9 @@ public:
 
 private:
     bool fits();
+    bool ensurePartitions(const QSet<qint64>& days);
     bool ensurePartition(qint64 day);
+    bool createPartition(const QByteArray& name, const QByteArray& bounds, bool* isRightMissing);
     bool merge(const ReadingBatch& batch);
 
     ServerConnection& m_server;

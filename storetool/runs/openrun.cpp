@@ -45,7 +45,7 @@ std::unique_ptr<OpenRun> openRun(const QString& command, const QCommandLineParse
     if (const std::optional<QString> missing = missingRightOf(*run)) {
         return refuse(kFailed, *missing);
     }
-    if (const std::optional<Refusal> refusal = refusalOf(*run)) {
+    if (const std::optional<RunRefusal> refusal = refusalOf(*run)) {
         return refuse(refusal->isForNow ? kInUse : kDamaged, refusal->sentence);
     }
     catchInterrupts();

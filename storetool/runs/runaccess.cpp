@@ -14,7 +14,7 @@ const QString kLogEnding = QStringLiteral("-wal");
 const QString kIndexEnding = QStringLiteral("-shm");
 
 /// Why a file outside a data directory must not be opened while it has another name; nothing if it has none.
-std::optional<Refusal> secondNameOf(const StoredRun& run, const QString& path)
+std::optional<RunRefusal> secondNameOf(const StoredRun& run, const QString& path)
 {
     const auto facts = scnlauncher::factsOf(path);
     if (!facts || facts->names < 2) {
@@ -25,15 +25,17 @@ std::optional<Refusal> secondNameOf(const StoredRun& run, const QString& path)
     if (run.source.isEmpty() || (original && original->isSameFile(*facts))) {
         const QString place =
             run.source.isEmpty() ? QStringLiteral("the program's data directory") : run.source;
-        return Refusal{QStringLiteral("%1 is not opened under its second name. Read the run in %2.")
-                           .arg(path, place),
-                       true};
+        return RunRefusal{
+            QStringLiteral("%1 is not opened under its second name. Read the run in %2.")
+                .arg(path, place),
+            true};
     }
     // A program could have it open there. The data directory may hold another run by now.
-    return Refusal{QStringLiteral("%1 has another name, which is not in the run's data directory. "
-                                  "Copy the run to read it.")
-                       .arg(path),
-                   false};
+    return RunRefusal{
+        QStringLiteral("%1 has another name, which is not in the run's data directory. "
+                       "Copy the run to read it.")
+            .arg(path),
+        false};
 }
 
 /// How long after its last change a file may still be written by the program that deleted it: one by one,
@@ -61,11 +63,11 @@ bool isBeingClosed(const QString& path)
            isOpenElsewhere(path);
 }
 
-std::optional<Refusal> refusalOf(const StoredRun& run)
+std::optional<RunRefusal> refusalOf(const StoredRun& run)
 {
     for (const QString& file : run.dayFiles()) {
         if (lacksIndex(file)) {
-            return Refusal{
+            return RunRefusal{
                 QStringLiteral("%1 has a WAL that can be read only in a folder that can be "
                                "written. Copy the run to one.")
                     .arg(file),
@@ -75,15 +77,15 @@ std::optional<Refusal> refusalOf(const StoredRun& run)
             continue;
         }
         for (const QString& name : QStringList{file, file + kLogEnding}) {
-            if (const std::optional<Refusal> refusal = secondNameOf(run, name)) {
+            if (const std::optional<RunRefusal> refusal = secondNameOf(run, name)) {
                 return refusal;
             }
         }
         if (isBeingClosed(file)) {
-            return Refusal{QStringLiteral("%1 is still open in a program that deleted it. Try "
-                                          "again in a minute.")
-                               .arg(file),
-                           true};
+            return RunRefusal{QStringLiteral("%1 is still open in a program that deleted it. Try "
+                                             "again in a minute.")
+                                  .arg(file),
+                              true};
         }
     }
     return std::nullopt;

@@ -10,7 +10,7 @@
 namespace scnstore {
 
 /// Why the files of a run must not be opened.
-struct Refusal
+struct RunRefusal
 {
     QString sentence;
     bool isForNow; ///< The run is not over, or its program still closes it.
@@ -19,7 +19,7 @@ struct Refusal
 /// Nothing if the files of a run may be opened. SQLite must not meet one file under two names: it would
 /// miss the WAL that lies beside the other name, and the locks.
 /// Call it before any file of the run is open in this process.
-std::optional<Refusal> refusalOf(const StoredRun& run);
+std::optional<RunRefusal> refusalOf(const StoredRun& run);
 
 /// Which file of the run the user has no right to read, as a sentence; nothing if there is none. That is
 /// no damage.

@@ -78,6 +78,7 @@ private slots:
     void partitionsOfAnAdministratorAreUsed();
     void missingPartitionIsNamed();
     void missingRightEndsItAtTheStart();
+    void garbageTimesShareAPartition();
     void otherEncodingIsRefusedAtTheStart();
     void faultOfTheServerIsToldOnce();
     void followersOfTheSameFilesDoNotMeet();
@@ -307,6 +308,31 @@ void TestForwardFaults::missingRightEndsItAtTheStart()
     QCOMPARE(follower.exitCode(), 1);
     QVERIFY2(follower.errors().contains(QStringLiteral("permission denied for table reading")),
              qPrintable(follower.errors()));
+}
+
+/// Thousands of partitions would leave no query room for their locks.
+void TestForwardFaults::garbageTimesShareAPartition()
+{
+    constexpr qint64 kDayMs = 86400000;
+    const auto sound = writer(file(QStringLiteral("MY1")));
+    const QString path = file(QStringLiteral("MY2"));
+    const auto day = writer(path, 1);
+    QVector<QPointF> garbage;
+    for (int i = 0; i < 3000; ++i) {
+        garbage.append({static_cast<double>(i * kDayMs), 1.0});
+    }
+    day->addBatch(1, localTime(kMorning), table(7), garbage);
+    QStringList expected = readingsets::inFile(path, QStringLiteral("MY2")) +
+                           readingsets::inFile(file(QStringLiteral("MY1")), QStringLiteral("MY1"));
+    expected.sort();
+    QCOMPARE(once(), 0);
+    QCOMPARE(readingsets::difference(expected, readingsets::inDatabase(*m_server)), QString());
+    QVERIFY(m_server->psql(QStringLiteral("SELECT count(*) FROM pg_inherits")).toInt() < 300);
+    // A day of its own as before.
+    day->execute(insertion(1, localTime("2026-01-20 07:00:00.000"), QStringLiteral("1")));
+    QCOMPARE(once(), 0);
+    QCOMPARE(m_server->psql(QStringLiteral("SELECT count(*) FROM reading_20260120")),
+             QStringLiteral("1"));
 }
 
 void TestForwardFaults::otherEncodingIsRefusedAtTheStart()
