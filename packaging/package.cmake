@@ -8,7 +8,9 @@ set(CPACK_DEBIAN_PACKAGE_DESCRIPTION
 "Sets up, runs and records scans of an SCN4070A, a scanning data-acquisition
 mainframe, over serial port, network or USB. Readings are stored in SQLite
 files, shown live in charts and grids, and exported to CSV. The user interface
-is Chinese. A simulated instrument comes with it.")
+is Chinese. A simulated instrument comes with it. A command line lists, checks,
+exports and draws stored runs, and copies the readings of any number of
+instruments into a PostgreSQL database while they are taken.")
 set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
 set(CPACK_STRIP_FILES ON)
 set(CPACK_SET_DESTDIR OFF)
@@ -23,7 +25,7 @@ set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
 # and the search for instruments on the network can be done without.
 set(CPACK_DEBIAN_PACKAGE_DEPENDS "libqt5sql5-sqlite, fonts-wqy-microhei | fonts-noto-cjk")
 set(CPACK_DEBIAN_PACKAGE_RECOMMENDS "qttranslations5-l10n, xdg-utils")
-set(CPACK_DEBIAN_PACKAGE_SUGGESTS "avahi-utils, sqlite3")
+set(CPACK_DEBIAN_PACKAGE_SUGGESTS "avahi-utils, postgresql, sqlite3")
 set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
 set(CPACK_DEBIAN_PACKAGE_CONTROL_EXTRA
     "${CMAKE_CURRENT_SOURCE_DIR}/debian/postinst" "${CMAKE_CURRENT_SOURCE_DIR}/debian/postrm")

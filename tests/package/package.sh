@@ -86,6 +86,12 @@ text=$(as_user scn4070a-store --version)
 [ "$text" = "scn4070a-store $version" ] || fail "the command line for runs says: $text"
 as_user scn4070a-store list >/dev/null || fail "the list of runs"
 
+step "manual page, completion and pages of the command line for runs"
+for file in man/man1/scn4070a-store.1.gz bash-completion/completions/scn4070a-store \
+    doc/scn4070a/storetool.md doc/scn4070a/fleet.md doc/scn4070a/plot-example.png; do
+    dpkg-deb -c "$package" | grep -q "/usr/share/$file$" || fail "the package has no $file"
+done
+
 step "the window with the simulated instrument"
 cat >"$root/packages/session.sh" <<'SESSION'
 set -eu

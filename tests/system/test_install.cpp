@@ -92,6 +92,9 @@ void TestInstall::everyFileIsInItsPlace()
         QStringLiteral("share/bash-completion/completions/scn4070a-store"),
         QStringLiteral("share/doc/scn4070a/changelog.gz"),
         QStringLiteral("share/doc/scn4070a/copyright"),
+        QStringLiteral("share/doc/scn4070a/fleet.md"),
+        QStringLiteral("share/doc/scn4070a/plot-example.png"),
+        QStringLiteral("share/doc/scn4070a/storetool.md"),
     };
     QCOMPARE(files, wanted);
 }
