@@ -1,4 +1,5 @@
 #include "dayfilewriter.h"
+#include "support/postgresserver.h"
 #include "support/testprogram.h"
 
 #include <QDate>
@@ -62,6 +63,22 @@ double peakOf(const QStringList& arguments)
     return process.readAllStandardError().trimmed().split('\n').constLast().toDouble() / kKilo;
 }
 
+/// Prints what a command needs for few readings and for many, and compares it.
+void compare(const QStringList& call, const QString& few, const QString& many, double mostMb)
+{
+    constexpr double kMoreMb = 10;
+    QElapsedTimer timer;
+    const double ofFew = peakOf(call + QStringList{few});
+    timer.start();
+    const double ofMany = peakOf(call + QStringList{many});
+    const QString name = call.mid(0, 3).join(QLatin1Char(' '));
+    std::printf("%-20s  648,000 readings: %5.1f MB  5,184,000 readings: %5.1f MB, %5.1f s\n",
+                qPrintable(name), ofFew, ofMany, static_cast<double>(timer.elapsed()) / 1000);
+    QVERIFY(ofFew > 0 && ofMany > 0);
+    QVERIFY(ofMany <= ofFew + kMoreMb);
+    QVERIFY(ofMany <= mostMb);
+}
+
 } // namespace
 
 /// What the commands need for a month of 60 curves does not depend on how many readings there are.
@@ -70,18 +87,25 @@ class TestStoreMemory : public QObject
     Q_OBJECT
 
 private slots:
+    void initTestCase();
     void memoryDoesNotGrowWithTheReadings();
+    void followerDoesNotGrowWithTheReadings();
+
+private:
+    const QTemporaryDir m_few;
+    const QTemporaryDir m_many;
 };
 
-void TestStoreMemory::memoryDoesNotGrowWithTheReadings()
+void TestStoreMemory::initTestCase()
 {
     constexpr int kFewMs = 240000;
     constexpr int kManyMs = 30000;
-    constexpr double kMoreMb = 10;
-    const QTemporaryDir few;
-    const QTemporaryDir many;
-    writeMonth(few.path(), kFewMs);
-    writeMonth(many.path(), kManyMs);
+    writeMonth(m_few.path(), kFewMs);
+    writeMonth(m_many.path(), kManyMs);
+}
+
+void TestStoreMemory::memoryDoesNotGrowWithTheReadings()
+{
     struct Call
     {
         QStringList arguments;
@@ -93,20 +117,25 @@ void TestStoreMemory::memoryDoesNotGrowWithTheReadings()
         {{QStringLiteral("check")}, 100},
         {{QStringLiteral("export")}, 100},
         {{QStringLiteral("export"), QStringLiteral("--long")}, 100},
+        {{QStringLiteral("export"), QStringLiteral("--parts"), QStringLiteral(".")}, 100},
         {{QStringLiteral("plot"), QStringLiteral("-o"), QStringLiteral("run.png")}, 200},
-        {{QStringLiteral("plot"), QStringLiteral("-o"), QStringLiteral("run.svg")}, 200}};
+        {{QStringLiteral("plot"), QStringLiteral("-o"), QStringLiteral("run.svg")}, 200},
+        {{QStringLiteral("plot"), QStringLiteral("-o"), QStringLiteral("run.pdf")}, 200}};
     for (const auto& [call, mostMb] : calls) {
-        QElapsedTimer timer;
-        const double ofFew = peakOf(call + QStringList{few.path()});
-        timer.start();
-        const double ofMany = peakOf(call + QStringList{many.path()});
-        std::printf("%-15s  648,000 readings: %5.1f MB  5,184,000 readings: %5.1f MB, %5.1f s\n",
-                    qPrintable(call.join(QLatin1Char(' '))), ofFew, ofMany,
-                    static_cast<double>(timer.elapsed()) / 1000);
-        QVERIFY(ofFew > 0 && ofMany > 0);
-        QVERIFY(ofMany <= ofFew + kMoreMb);
-        QVERIFY(ofMany <= mostMb);
+        compare(call, m_few.path(), m_many.path(), mostMb);
     }
+}
+
+void TestStoreMemory::followerDoesNotGrowWithTheReadings()
+{
+    if (PostgresServer::programDirectory().isEmpty()) {
+        SCN_SKIP(QStringLiteral("PostgreSQL's server is not installed"));
+    }
+    constexpr double kMostMb = 100;
+    const PostgresServer server;
+    compare({QStringLiteral("forward"), QStringLiteral("--once"), QStringLiteral("--to"),
+             server.address()},
+            m_few.path(), m_many.path(), kMostMb);
 }
 
 SCN_TEST(TestStoreMemory, QCoreApplication)
