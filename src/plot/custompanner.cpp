@@ -2,6 +2,7 @@
 
 #include "common/threadassert.h"
 
+#include <QEvent>
 #include <QMouseEvent>
 #include <qwt_plot.h>
 #include <qwt_scale_div.h>
@@ -37,6 +38,14 @@ CustomPanner::CustomPanner(QWidget* canvas)
 void CustomPanner::setSnapToTicks(bool on)
 {
     m_snapToTicks = on;
+}
+
+bool CustomPanner::eventFilter(QObject* object, QEvent* event)
+{
+    if (object == parentWidget() && event->type() == QEvent::Hide) {
+        m_dragging = false;
+    }
+    return QwtPlotPanner::eventFilter(object, event);
 }
 
 void CustomPanner::widgetMousePressEvent(QMouseEvent* event)

@@ -15,6 +15,9 @@ public:
     /// Whether to pan in whole steps (the default) or freely, as the library does.
     void setSnapToTicks(bool on);
 
+    /// Hiding the canvas ends a drag: the release goes elsewhere.
+    bool eventFilter(QObject* object, QEvent* event) override;
+
 signals:
     /// The time axis has moved by a whole number of steps. Hides the base's panned(int, int): name either
     /// one with qOverload.

@@ -85,6 +85,7 @@ private slots:
     void verticalDragChangesNothing();
     void moveWithoutPressChangesNothing();
     void moveAfterTheReleaseChangesNothing();
+    void hidingTheChartEndsTheDrag();
     void dragOfNoTimeIsNotSignalled();
     void anyButtonDrags();
     void dragHoldsTheViewAndReloads();
@@ -378,6 +379,27 @@ void TestCustomPanner::moveAfterTheReleaseChangesNothing()
     mouse.move(QPoint(300, 100));
     QCOMPARE(lowerMs(*m_plot), kStart);
     QCOMPARE(m_plot->replots, 0);
+}
+
+void TestCustomPanner::hidingTheChartEndsTheDrag()
+{
+    Mouse mouse(*m_plot);
+    mouse.press(QPoint(200, 100));
+    mouse.move(QPoint(230, 100));
+    m_plot->hide();
+    mouse.release();
+    QVERIFY(showSettled(*m_plot));
+    const QwtInterval dragged = timeBounds(*m_plot);
+    m_plot->replots = 0;
+    mouse.move(QPoint(300, 100));
+    mouse.move(QPoint(340, 100));
+    QVERIFY(timeBounds(*m_plot) == dragged);
+    QCOMPARE(m_plot->replots, 0);
+
+    mouse.press(QPoint(200, 100));
+    mouse.move(QPoint(230, 100));
+    mouse.release();
+    QVERIFY(timeBounds(*m_plot).minValue() < dragged.minValue());
 }
 
 void TestCustomPanner::dragOfNoTimeIsNotSignalled()
