@@ -59,11 +59,9 @@ void ChartCurves::setColor(int channel, const QColor& color)
 
 void ChartCurves::setOffset(int channel, double offset)
 {
-    // The plot would keep the offset of no curve, and the next channel chosen would show it.
-    if (QwtPlotCurve* curve = curveOf(channel)) {
-        m_plot->setCurveOffset(curve, offset);
-        m_tags->setLabelValue(curve, offset);
-    }
+    QwtPlotCurve* curve = curveOf(channel);
+    m_plot->setCurveOffset(curve, offset);
+    m_tags->setLabelValue(curve, offset);
 }
 
 void ChartCurves::showChannel(int channel, const CurveTable& table, int row)

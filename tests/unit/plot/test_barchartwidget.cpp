@@ -65,7 +65,6 @@ private slots:
     void labelDragShowsInTheSpinBox();
     void labelDragBeyondTheSpinBoxIsHeldThere();
     void offsetOfANullCurveIsIgnored();
-    void offsetOfAChannelWithoutCurveIsNotTheNextOnes();
     void channelThatMovedToAnotherRowTakesItsSpinBox();
     void lateSeriesIsShiftedByItsOwnRow();
     void rowsOfANewListHaveNoOffset();
@@ -509,21 +508,6 @@ void TestBarChartWidget::offsetOfANullCurveIsIgnored()
     f.chart.setOffset(nullptr, 5.0);
     QCOMPARE(f.plot()->curveOffset(nullptr), 0.0);
     QCOMPARE(f.spinBox(0)->value(), 0.0);
-}
-
-void TestBarChartWidget::offsetOfAChannelWithoutCurveIsNotTheNextOnes()
-{
-    ChartFixture f;
-    QVERIFY(QTest::qWaitForWindowActive(&f.chart));
-    m_store->add(102);
-    f.goDown(0, 1);
-    f.spinBox(0)->setFocus();
-    f.spinBox(0)->selectAll();
-    hand::type(QStringLiteral("2"));
-    QCOMPARE(f.spinBox(0)->value(), 2.0);
-    f.goDown(1, 2);
-    QVERIFY(f.curve(102));
-    QCOMPARE(f.spinBox(1)->value(), 0.0);
 }
 
 /// Drags a channel's tag up; returns its new offset.
