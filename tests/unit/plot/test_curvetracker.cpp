@@ -62,6 +62,36 @@ int truncatedPixel(const QwtScaleMap& map, double value)
     return int(map.transform(value));
 }
 
+/// A curve and how far its nearest sample is, in pixels.
+struct Nearest
+{
+    const QwtPlotCurve* curve = nullptr;
+    double distance = 1000000.0;
+};
+
+/// The specified choice of the curve, without short cuts.
+Nearest nearestByBruteForce(const CCurvePlot& plot, const QList<QwtPlotCurve*>& curves,
+                            const QPointF& pos)
+{
+    const QwtScaleMap xMap = plot.canvasMap(QwtPlot::xBottom);
+    const QwtScaleMap yMap = plot.canvasMap(QwtPlot::yLeft);
+    const int x = truncatedPixel(xMap, pos.x());
+    const int y = truncatedPixel(yMap, pos.y());
+    Nearest nearest;
+    for (const QwtPlotCurve* curve : curves) {
+        for (size_t i = 0; curve->isVisible() && i < curve->dataSize(); ++i) {
+            const QPointF sample = curve->sample(int(i));
+            const double dx = truncatedPixel(xMap, sample.x()) - x;
+            const double dy = truncatedPixel(yMap, sample.y()) - y;
+            const double distance = std::sqrt(dx * dx + dy * dy);
+            if (distance < nearest.distance) {
+                nearest = {curve, distance};
+            }
+        }
+    }
+    return nearest;
+}
+
 /// The parts of the read-out.
 struct Pick
 {
@@ -74,29 +104,13 @@ struct Pick
 Pick pickByBruteForce(const CCurvePlot& plot, const QList<QwtPlotCurve*>& curves,
                       const QPointF& pos)
 {
-    const QwtScaleMap xMap = plot.canvasMap(QwtPlot::xBottom);
-    const QwtScaleMap yMap = plot.canvasMap(QwtPlot::yLeft);
-    const int x = truncatedPixel(xMap, pos.x());
-    const int y = truncatedPixel(yMap, pos.y());
+    const Nearest nearest = nearestByBruteForce(plot, curves, pos);
     Pick pick;
-    double best = 1000000.0;
-    for (const QwtPlotCurve* curve : curves) {
-        for (size_t i = 0; curve->isVisible() && i < curve->dataSize(); ++i) {
-            const QPointF sample = curve->sample(int(i));
-            const double dx = truncatedPixel(xMap, sample.x()) - x;
-            const double dy = truncatedPixel(yMap, sample.y()) - y;
-            const double distance = std::sqrt(dx * dx + dy * dy);
-            if (distance < best) {
-                best = distance;
-                pick.curve = curve;
-            }
-        }
-    }
-    if (best >= 10.0) {
-        pick.curve = nullptr;
+    if (nearest.distance >= 10.0) {
         return pick;
     }
-    best = 1000000.0;
+    pick.curve = nearest.curve;
+    double best = 1000000.0;
     const auto* series = static_cast<const NonOwningCurveData*>(pick.curve->data())->series();
     for (int i = 0; i < int(series->size()); ++i) {
         const double dx = series->sample(size_t(i)).x() - pos.x();
@@ -158,6 +172,7 @@ private slots:
     void curveThatOwnsItsSeriesIsReadWithoutTheOffset();
     void samplesOutOfRangeAreZero();
     void picksWhatBruteForcePicks();
+    void nearestOfFewSamplesIsThatOfBruteForce();
     void pointerOnTheCanvasShowsTheReadout();
 
 private:
@@ -513,6 +528,42 @@ void TestCurveTracker::picksWhatBruteForcePicks()
     }
     QVERIFY(readouts > 100);
     QVERIFY(readouts < 1000);
+}
+
+/// Where samples lie some pixels apart, and at the edge where pixels are cut off from both sides, the search
+/// must look a little further in time than the nearest sample so far.
+void TestCurveTracker::nearestOfFewSamplesIsThatOfBruteForce()
+{
+    constexpr double kReachPixels = 9.0;
+    const quint32 seed = QRandomGenerator::global()->generate();
+    qInfo() << "seed" << seed;
+    QRandomGenerator random(seed);
+    TrackedPlot tracked;
+    QList<QwtPlotCurve*> curves;
+    for (size_t c = 0; c < 2; ++c) {
+        curves.append(tracked.plot.addCurve(m_pool->loaded(c, {}), Qt::red, QStringLiteral("101")));
+    }
+    const auto somewhere = [&](double left) {
+        return tracked.at(
+            QPointF(left + random.bounded(kReachPixels) - 1.0, random.bounded(kReachPixels) - 1.0));
+    };
+    for (int i = 0; i < 5000; ++i) {
+        const double left = i % 2 == 0 ? 0.0 : 200.0;
+        for (QwtPlotCurve* curve : qAsConst(curves)) {
+            QVector<QPointF> points;
+            for (int k = 0; k < 4; ++k) {
+                points.append(somewhere(left));
+            }
+            curve->setSamples(points);
+        }
+        const QPointF pos = somewhere(left);
+        const Nearest expected = nearestByBruteForce(tracked.plot, curves, pos);
+        double distance = -1.0;
+        QVERIFY(tracked.tracker->nearestCurve(pos, &distance) == expected.curve);
+        QVERIFY2(
+            distance == expected.distance,
+            qPrintable(QStringLiteral("%1 in place of %2").arg(distance).arg(expected.distance)));
+    }
 }
 
 void TestCurveTracker::pointerOnTheCanvasShowsTheReadout()
