@@ -4,6 +4,7 @@
 
 #include <QImage>
 #include <QPainter>
+#include <QPicture>
 #include <QRandomGenerator>
 #include <QtTest>
 #include <qwt_painter.h>
@@ -11,6 +12,7 @@
 #include <qwt_scale_map.h>
 
 #include <cmath>
+#include <functional>
 
 namespace {
 
@@ -45,17 +47,76 @@ int drawnPixels(const QImage& image)
     return drawn;
 }
 
-QImage painted(const QwtPlotCurve& curve, const View& view, bool antialiased = false)
+void paint(QPainter& painter, const QwtPlotCurve& curve, const View& view)
 {
-    QImage image(kWidth, kHeight, QImage::Format_ARGB32_Premultiplied);
+    const QRect area(0, 0, kWidth, kHeight);
+    painter.setClipRect(area);
+    curve.drawSeries(&painter, scaleMap(view.left, view.right, 0.0, kWidth - 1.0),
+                     scaleMap(view.bottom, view.top, kHeight - 1.0, 0.0), QRectF(area), 0, -1);
+}
+
+/// Sets a painter up.
+using SetUp = std::function<void(QPainter&)>;
+
+/// The picture of a curve on a screen with `ratio` pixels for each.
+QImage painted(const QwtPlotCurve& curve, const View& view, const SetUp& setUp = {}, int ratio = 1)
+{
+    QImage image(kWidth * ratio, kHeight * ratio, QImage::Format_ARGB32_Premultiplied);
+    image.setDevicePixelRatio(ratio);
     image.fill(Qt::white);
     QPainter painter(&image);
-    painter.setClipRect(image.rect());
-    painter.setRenderHint(QPainter::Antialiasing, antialiased);
-    curve.drawSeries(&painter, scaleMap(view.left, view.right, 0.0, kWidth - 1.0),
-                     scaleMap(view.bottom, view.top, kHeight - 1.0, 0.0), QRectF(image.rect()), 0,
-                     -1);
+    if (setUp) {
+        setUp(painter);
+    }
+    paint(painter, curve, view);
     return image;
+}
+
+/// What is painted on something that is no raster of pixels.
+QByteArray recorded(const QwtPlotCurve& curve)
+{
+    QPicture picture;
+    QPainter painter(&picture);
+    paint(painter, curve, View());
+    painter.end();
+    return QByteArray(picture.data(), static_cast<int>(picture.size()));
+}
+
+/// The library's curve and ours with the same samples.
+struct TwoCurves
+{
+    TwoCurves(const QPen& pen, const QVector<QPointF>& samples)
+    {
+        for (QwtPlotCurve* curve : {&library, static_cast<QwtPlotCurve*>(&quick)}) {
+            curve->setPen(pen);
+            curve->setSamples(samples);
+        }
+    }
+
+    QwtPlotCurve library;
+    scn::SeriesCurve quick;
+};
+
+/// Up and down within each column.
+QVector<QPointF> oscillation()
+{
+    QVector<QPointF> samples;
+    for (int i = 0; i < 2000; ++i) {
+        samples.append(QPointF(0.5 * i, 50.0 + 40.0 * std::sin(0.7 * i)));
+    }
+    return samples;
+}
+
+QPen cosmeticPen(double width)
+{
+    QPen pen(Qt::red, width);
+    pen.setCosmetic(true);
+    return pen;
+}
+
+QPen flatPen(double width)
+{
+    return QPen(Qt::red, width, Qt::SolidLine, Qt::FlatCap);
 }
 
 QVector<QPointF> randomSamples(QRandomGenerator& random)
@@ -100,6 +161,8 @@ QVector<QPointF> denseSamples(QRandomGenerator& random)
 
 } // namespace
 
+Q_DECLARE_METATYPE(SetUp)
+
 /// The curve against the library's, pixel by pixel.
 class TestSeriesCurve : public QObject
 {
@@ -114,6 +177,10 @@ private slots:
     void paintsTheSamePixelsOfRandomCurves();
     void leavesOtherLinesToTheLibrary_data();
     void leavesOtherLinesToTheLibrary();
+    void paintsTheSamePixelsOnAFineScreen_data();
+    void paintsTheSamePixelsOnAFineScreen();
+    void paintsTheSamePixelsOfUnsplitLines();
+    void leavesWhatIsNoRasterToTheLibrary();
     void emptyCurvePaintsNothing();
 };
 
@@ -144,13 +211,8 @@ void TestSeriesCurve::paintsTheSamePixels_data()
 void TestSeriesCurve::paintsTheSamePixels()
 {
     QFETCH(QVector<QPointF>, samples);
-    QwtPlotCurve library;
-    scn::SeriesCurve quick;
-    for (QwtPlotCurve* curve : {&library, static_cast<QwtPlotCurve*>(&quick)}) {
-        curve->setPen(Qt::red, 0.0);
-        curve->setSamples(samples);
-    }
-    QCOMPARE(painted(quick, View()), painted(library, View()));
+    const TwoCurves curves(QPen(Qt::red, 0.0), samples);
+    QCOMPARE(painted(curves.quick, View()), painted(curves.library, View()));
 }
 
 void TestSeriesCurve::paintsTheSamePixelsOfRandomCurves_data()
@@ -168,12 +230,7 @@ void TestSeriesCurve::paintsTheSamePixelsOfRandomCurves()
     qint64 drawn = 0;
     for (int i = 0; i < cases; ++i) {
         const QVector<QPointF> samples = dense ? denseSamples(random) : randomSamples(random);
-        QwtPlotCurve library;
-        scn::SeriesCurve quick;
-        for (QwtPlotCurve* curve : {&library, static_cast<QwtPlotCurve*>(&quick)}) {
-            curve->setPen(Qt::red, i % 2 == 0 ? 0.0 : 1.0);
-            curve->setSamples(samples);
-        }
+        const TwoCurves curves(QPen(Qt::red, i % 2 == 0 ? 0.0 : 1.0), samples);
         View view;
         if (i % 3 != 0) {
             view.left = random.bounded(900.0);
@@ -181,9 +238,10 @@ void TestSeriesCurve::paintsTheSamePixelsOfRandomCurves()
             view.bottom = random.bounded(80.0);
             view.top = view.bottom + std::pow(10.0, random.bounded(5.0) - 3.0);
         }
-        const QImage expected = painted(library, view);
+        const QImage expected = painted(curves.library, view);
         drawn += drawnPixels(expected);
-        QVERIFY2(painted(quick, view) == expected, qPrintable(QStringLiteral("curve %1").arg(i)));
+        QVERIFY2(painted(curves.quick, view) == expected,
+                 qPrintable(QStringLiteral("curve %1").arg(i)));
     }
     QVERIFY(drawn > 20 * cases);
 }
@@ -192,32 +250,76 @@ void TestSeriesCurve::leavesOtherLinesToTheLibrary_data()
 {
     QTest::addColumn<QPen>("pen");
     QTest::addColumn<QBrush>("brush");
-    QTest::addColumn<bool>("antialiased");
+    QTest::addColumn<SetUp>("setUp");
     const QPen thin(Qt::red, 0.0);
-    QTest::newRow("thick") << QPen(Qt::red, 3.0) << QBrush() << false;
-    QTest::newRow("dashed") << QPen(Qt::red, 0.0, Qt::DashLine) << QBrush() << false;
-    QTest::newRow("translucent") << QPen(QColor(255, 0, 0, 90), 0.0) << QBrush() << false;
-    QTest::newRow("filled") << thin << QBrush(Qt::blue) << false;
-    QTest::newRow("antialiased") << thin << QBrush() << true;
+    const SetUp plain;
+    const SetUp antialiased = [](QPainter& painter) {
+        painter.setRenderHint(QPainter::Antialiasing);
+    };
+    const SetUp halfOpaque = [](QPainter& painter) { painter.setOpacity(0.5); };
+    const SetUp difference = [](QPainter& painter) {
+        painter.setCompositionMode(QPainter::CompositionMode_Difference);
+    };
+    QTest::newRow("thick") << QPen(Qt::red, 3.0) << QBrush() << plain;
+    QTest::newRow("thick whatever the scale") << cosmeticPen(3.0) << QBrush() << plain;
+    QTest::newRow("dashed") << QPen(Qt::red, 0.0, Qt::DashLine) << QBrush() << plain;
+    QTest::newRow("flat ends") << flatPen(1.0) << QBrush() << plain;
+    QTest::newRow("translucent") << QPen(QColor(255, 0, 0, 90), 0.0) << QBrush() << plain;
+    QTest::newRow("filled") << thin << QBrush(Qt::blue) << plain;
+    QTest::newRow("antialiased") << thin << QBrush() << antialiased;
+    QTest::newRow("translucent painter") << thin << QBrush() << halfOpaque;
+    QTest::newRow("composed") << thin << QBrush() << difference;
 }
 
 void TestSeriesCurve::leavesOtherLinesToTheLibrary()
 {
     QFETCH(QPen, pen);
     QFETCH(QBrush, brush);
-    QFETCH(bool, antialiased);
-    QVector<QPointF> samples;
-    for (int i = 0; i < 2000; ++i) {
-        samples.append(QPointF(0.5 * i, 50.0 + 40.0 * std::sin(0.7 * i)));
+    QFETCH(SetUp, setUp);
+    TwoCurves curves(pen, oscillation());
+    curves.library.setBrush(brush);
+    curves.quick.setBrush(brush);
+    QCOMPARE(painted(curves.quick, View(), setUp), painted(curves.library, View(), setUp));
+}
+
+/// On a fine screen a line of width 1 is more than a pixel wide, one of width 0 or a cosmetic one is not.
+void TestSeriesCurve::paintsTheSamePixelsOnAFineScreen_data()
+{
+    QTest::addColumn<QPen>("pen");
+    QTest::newRow("width 0") << QPen(Qt::red, 0.0);
+    QTest::newRow("width 1") << QPen(Qt::red, 1.0);
+    QTest::newRow("width 1 whatever the scale") << cosmeticPen(1.0);
+}
+
+void TestSeriesCurve::paintsTheSamePixelsOnAFineScreen()
+{
+    constexpr int kRatio = 2;
+    QFETCH(QPen, pen);
+    QRandomGenerator random(randomSeed());
+    for (int i = 0; i < 20; ++i) {
+        const TwoCurves curves(pen, denseSamples(random));
+        QCOMPARE(painted(curves.quick, View(), {}, kRatio),
+                 painted(curves.library, View(), {}, kRatio));
     }
-    QwtPlotCurve library;
-    scn::SeriesCurve quick;
-    for (QwtPlotCurve* curve : {&library, static_cast<QwtPlotCurve*>(&quick)}) {
-        curve->setPen(pen);
-        curve->setBrush(brush);
-        curve->setSamples(samples);
+}
+
+void TestSeriesCurve::paintsTheSamePixelsOfUnsplitLines()
+{
+    QwtPainter::setPolylineSplitting(false);
+    QRandomGenerator random(randomSeed());
+    bool isSame = true;
+    for (int i = 0; i < 20; ++i) {
+        const TwoCurves curves(QPen(Qt::red, 0.0), denseSamples(random));
+        isSame = isSame && painted(curves.quick, View()) == painted(curves.library, View());
     }
-    QCOMPARE(painted(quick, View(), antialiased), painted(library, View(), antialiased));
+    QwtPainter::setPolylineSplitting(true);
+    QVERIFY(isSame);
+}
+
+void TestSeriesCurve::leavesWhatIsNoRasterToTheLibrary()
+{
+    const TwoCurves curves(QPen(Qt::red, 0.0), oscillation());
+    QCOMPARE(recorded(curves.quick), recorded(curves.library));
 }
 
 void TestSeriesCurve::emptyCurvePaintsNothing()
