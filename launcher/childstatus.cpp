@@ -2,6 +2,7 @@
 
 #include "launcher/devicerights.h"
 #include "launcher/logline.h"
+#include "launcher/serialrate.h"
 
 #include <QCoreApplication>
 #include <QRegularExpression>
@@ -70,6 +71,7 @@ bool ChildStatus::take(const QString& line)
     const LogLine entry = LogLine::parse(line);
     if (entry.level == LogLine::Level::Critical || entry.level == LogLine::Level::Fatal) {
         m_lastCritical = entry.text;
+        m_lastCriticalTime = entry.time;
         return true;
     }
     if (entry.text == kScanBegins || entry.text == kScanEnds) {
@@ -82,6 +84,7 @@ bool ChildStatus::take(const QString& line)
 void ChildStatus::noteCutLine()
 {
     m_lastCritical = text("程序的一行输出没有结尾，已截断");
+    m_lastCriticalTime.clear();
 }
 
 bool ChildStatus::takeLink(const QString& text)
@@ -129,7 +132,8 @@ QString failureSentence(OpenFailure failure, const QString& resource)
         return problem.isEmpty() ? text("没有打开该仪器的权限，请询问系统管理员。") : problem;
     }
     case OpenFailure::NoAnswer:
-        return text("仪器没有应答。请检查仪器是否开机，串口波特率是否一致。");
+        return isSerial(resource) ? text("仪器没有应答。请检查仪器是否开机，串口波特率是否一致。")
+                                  : text("仪器没有应答。请检查仪器是否开机，地址是否正确。");
     case OpenFailure::Busy:
         return text("仪器正被其他程序使用。请先关闭那个程序。");
     case OpenFailure::Malformed:

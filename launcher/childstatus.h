@@ -35,6 +35,8 @@ public:
     QString failureText() const { return m_failureText; }
     /// The last critical line; empty if there was none.
     QString lastCritical() const { return m_lastCritical; }
+    /// When it was written, as the log says; empty if it does not.
+    QString lastCriticalTime() const { return m_lastCriticalTime; }
 
     /// Something answers, but it is no SCN4070A.
     bool isOtherKind() const;
@@ -49,6 +51,7 @@ private:
     QString m_identity;
     QString m_failureText;
     QString m_lastCritical;
+    QString m_lastCriticalTime;
 };
 
 /// A failure in the user's words, with what to do. The resource tells which device's rights are missing.

@@ -18,12 +18,12 @@ LogLine LogLine::parse(const QString& line)
         {QStringLiteral("fatal"), Level::Fatal},
     };
     static const QRegularExpression form(
-        QStringLiteral("^\\d{4}-\\d\\d-\\d\\d \\d\\d:\\d\\d:\\d\\d\\.\\d{3} (\\w+) (.*)$"));
+        QStringLiteral("^(\\d{4}-\\d\\d-\\d\\d \\d\\d:\\d\\d:\\d\\d)\\.\\d{3} (\\w+) (.*)$"));
     const QRegularExpressionMatch match = form.match(line);
-    if (!match.hasMatch() || !levels.contains(match.captured(1))) {
+    if (!match.hasMatch() || !levels.contains(match.captured(2))) {
         return {Level::Unknown, line};
     }
-    return {levels.value(match.captured(1)), match.captured(2)};
+    return {levels.value(match.captured(2)), match.captured(3), match.captured(1)};
 }
 
 } // namespace scnlauncher

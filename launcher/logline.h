@@ -11,6 +11,8 @@ struct LogLine
 
     Level level = Level::Unknown;
     QString text;
+    /// To the second, as it stands there.
+    QString time = {};
 
     /// A line of another form is all text.
     static LogLine parse(const QString& line);

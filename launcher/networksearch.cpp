@@ -35,12 +35,17 @@ QString plainName(const QByteArray& escaped)
 
 } // namespace
 
-NetworkSearch::NetworkSearch(QObject* parent, const QString& tool)
+NetworkSearch::NetworkSearch(QObject* parent, const QString& tool,
+                             std::chrono::milliseconds longest)
     : QObject(parent)
     , m_tool(tool)
 {
+    m_limit.setSingleShot(true);
+    m_limit.setInterval(longest);
+    connect(&m_limit, &QTimer::timeout, &m_process, &QProcess::kill);
     connect(&m_process, qOverload<int, QProcess::ExitStatus>(&QProcess::finished), this,
             [this](int exitCode, QProcess::ExitStatus status) {
+                m_limit.stop();
                 if (exitCode != 0 || status != QProcess::NormalExit) {
                     emit unavailable();
                     return;
@@ -80,6 +85,7 @@ void NetworkSearch::askForNextService()
     }
     // Resolved, until all that is known has been listed, in a form for programs.
     m_process.start(m_tool, {QStringLiteral("-rpt"), m_services.takeFirst()});
+    m_limit.start();
 }
 
 FoundInstruments NetworkSearch::instrumentsIn(const QByteArray& output)

@@ -5,6 +5,9 @@
 #include <QObject>
 #include <QProcess>
 #include <QStringList>
+#include <QTimer>
+
+#include <chrono>
 
 namespace scnlauncher {
 
@@ -15,8 +18,12 @@ class NetworkSearch : public QObject
     Q_DISABLE_COPY_MOVE(NetworkSearch)
 
 public:
-    /// `tool` lists services as avahi-browse does.
-    explicit NetworkSearch(QObject* parent, const QString& tool = QStringLiteral("avahi-browse"));
+    /// A discovery that works answers within seconds.
+    static constexpr std::chrono::seconds kLongest{15};
+
+    /// `tool` lists services as avahi-browse does; it gets `longest` for each of them.
+    explicit NetworkSearch(QObject* parent, const QString& tool = QStringLiteral("avahi-browse"),
+                           std::chrono::milliseconds longest = kLongest);
     ~NetworkSearch() override;
 
     /// Starts over; one of the signals follows.
@@ -35,6 +42,7 @@ private:
 
     const QString m_tool;
     QProcess m_process;
+    QTimer m_limit;
     QStringList m_services; ///< still to ask for
     QByteArray m_output;
 };

@@ -11,6 +11,7 @@ const QString kReady = QStringLiteral("READY ");
 /// It ends at SIGTERM at once, unless it is stopped.
 constexpr int kEndWaitMs = 500;
 constexpr int kLastWords = 12;
+constexpr int kShownOfALine = 100;
 const QString kTranscriptOption = QStringLiteral("--transcript");
 
 /// The path with a number before its suffix; the first is the path itself.
@@ -30,7 +31,7 @@ SimulatorProcess::SimulatorProcess(QObject* parent)
     : QObject(parent)
 {
     connect(&m_process, &QProcess::readyReadStandardError, this, &SimulatorProcess::readErrors);
-    connect(&m_process, &QProcess::readyReadStandardOutput, this, &SimulatorProcess::readLine);
+    connect(&m_process, &QProcess::readyReadStandardOutput, this, &SimulatorProcess::readOutput);
     connect(&m_process, &QProcess::errorOccurred, this, [this](QProcess::ProcessError error) {
         if (error == QProcess::FailedToStart) {
             emit failed(tr("模拟仪器没有启动：%1。请重新安装它，或检查 --simulator。")
@@ -92,17 +93,20 @@ bool SimulatorProcess::claimTranscript(QString& path)
     return result == Ownership::Result::Taken;
 }
 
-void SimulatorProcess::readLine()
+/// Its first line counts. What follows is read too: a full pipe would stop it.
+void SimulatorProcess::readOutput()
 {
-    if (m_isAnnounced || !m_process.canReadLine()) {
+    const QList<QByteArray> lines = m_output.take(m_process.readAllStandardOutput());
+    if (m_isAnnounced || lines.isEmpty()) {
         return;
     }
     m_isAnnounced = true;
-    const QString line = QString::fromUtf8(m_process.readLine()).trimmed();
+    const QString line = QString::fromUtf8(lines.constFirst()).trimmed();
     if (line.startsWith(kReady)) {
         emit ready(line.mid(kReady.size()));
     } else {
-        emit failed(tr("模拟仪器的输出无法识别：%1。请检查 --simulator。").arg(line));
+        emit failed(
+            tr("模拟仪器的输出无法识别：%1。请检查 --simulator。").arg(line.left(kShownOfALine)));
     }
 }
 

@@ -35,12 +35,13 @@ signals:
 
 private:
     bool claimTranscript(QString& path);
-    void readLine();
+    void readOutput();
     void readErrors();
     void keep(const QByteArray& line);
 
     SessionProcess m_process;
     Ownership m_transcript;
+    LineCutter m_output;
     LineCutter m_errors;
     QStringList m_lastWords;
     bool m_isAnnounced = false;

@@ -96,6 +96,9 @@ void StateLine::showStatus(const QString& resource, const ChildStatus& status, O
     m_texts->setText(m_identity, status.identity());
     m_texts->setText(m_state, state);
     m_texts->setText(m_critical, status.lastCritical());
+    // It stays, and may be old.
+    m_critical->setToolTip(
+        QStringLiteral("%1 %2").arg(status.lastCriticalTime(), status.lastCritical()).trimmed());
     const bool isWell = status.link() == ChildStatus::Link::Connecting ||
                         (status.link() == ChildStatus::Link::Connected && !status.isOtherKind());
     m_state->setProperty("trouble", !isWell);

@@ -105,6 +105,9 @@ void TestChildStatus::everyFailureHasItsSentence()
         QVERIFY2(sentence.contains(QStringLiteral("请")), qPrintable(sentence));
     }
     QCOMPARE(sentences.removeDuplicates(), 0);
+    const QString rate = QStringLiteral("波特率");
+    QVERIFY(failureSentence(OpenFailure::NoAnswer, QStringLiteral("ASRL1::INSTR")).contains(rate));
+    QVERIFY(!sentences.join(QString()).contains(rate));
 }
 
 void TestChildStatus::otherKindIsNoticed()

@@ -46,6 +46,7 @@ private slots:
     void bothServicesAreAskedFor();
     void missingDiscoveryIsReported_data();
     void missingDiscoveryIsReported();
+    void silentDiscoveryIsReported();
 };
 
 void TestNetworkSearch::linesGiveInstruments_data()
@@ -113,6 +114,19 @@ void TestNetworkSearch::missingDiscoveryIsReported()
     QSignalSpy unavailable(&search, &NetworkSearch::unavailable);
     search.start();
     QTRY_COMPARE_WITH_TIMEOUT(unavailable.count(), 1, kWaitMs);
+}
+
+void TestNetworkSearch::silentDiscoveryIsReported()
+{
+    const QTemporaryDir directory;
+    NetworkSearch search(nullptr, makeTool(directory, "exec sleep 1000\n"),
+                         std::chrono::milliseconds(200));
+    const QSignalSpy unavailable(&search, &NetworkSearch::unavailable);
+    search.start();
+    QTRY_COMPARE_WITH_TIMEOUT(unavailable.size(), 1, kWaitMs);
+    // It can be asked again.
+    search.start();
+    QTRY_COMPARE_WITH_TIMEOUT(unavailable.size(), 2, kWaitMs);
 }
 
 SCN_TEST(TestNetworkSearch, QCoreApplication)

@@ -129,6 +129,8 @@ void TestStateLine::everyTextShowsBesideACriticalLine()
     line.showFolder(kFolder);
     line.showSilence(9999s);
     show(line, kSmallScreen);
+    // When that was is a hover away.
+    QCOMPARE(text(line, "critical")->toolTip(), QStringLiteral("2026-11-22 10:00:00 ") + kCritical);
     // Who it is and how it is can be read to the end.
     for (const char* name : {"identity", "state"}) {
         const scn::PathLabel* label = text(line, name);
