@@ -10,6 +10,8 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
+#include <QTabBar>
+#include <QTreeWidget>
 #include <QtTest>
 
 using namespace scnlauncher;
@@ -108,6 +110,52 @@ void OpenLauncher::clickOpen() const
 {
     screen::click(shown<QPushButton>(m_window.get(), "open"));
     screen::movePointerAway();
+}
+
+void OpenLauncher::choose(const QString& resource) const
+{
+    const auto* list = shown<QTreeWidget>(m_window.get(), "instruments");
+    const QList<QTreeWidgetItem*> items =
+        list->findItems(resource, Qt::MatchExactly | Qt::MatchRecursive, 0);
+    QCOMPARE(items.size(), 1);
+    screen::click(list->viewport(), list->visualItemRect(items.at(0)).center());
+    screen::movePointerAway();
+}
+
+void OpenLauncher::clickButton(const char* name) const
+{
+    screen::click(shown<QWidget>(m_window.get(), name));
+    screen::movePointerAway();
+}
+
+void OpenLauncher::clickTab(int index) const
+{
+    const auto* bar = m_window->findChild<QTabBar*>();
+    screen::click(bar, bar->tabRect(index).center());
+    screen::movePointerAway();
+}
+
+void OpenLauncher::clickCloseOfTab(int index) const
+{
+    screen::click(m_window->findChild<QTabBar*>()->tabButton(index, QTabBar::RightSide));
+    screen::movePointerAway();
+}
+
+qint64 OpenLauncher::programProcess()
+{
+    QFile all(
+        QStringLiteral("/proc/self/task/%1/children").arg(QCoreApplication::applicationPid()));
+    if (!all.open(QIODevice::ReadOnly)) {
+        return 0;
+    }
+    const QList<QByteArray> children = all.readAll().simplified().split(' ');
+    for (const QByteArray& child : children) {
+        QFile name(QStringLiteral("/proc/%1/comm").arg(QString::fromLatin1(child)));
+        if (name.open(QIODevice::ReadOnly) && name.readAll().trimmed() == "scn4070a") {
+            return child.toLongLong();
+        }
+    }
+    return 0;
 }
 
 QString OpenLauncher::label(const char* name) const

@@ -22,6 +22,14 @@ public:
     void openByHand(const QString& resource) const;
     /// Opens what the start page has chosen, which is the simulated instrument at first.
     void clickOpen() const;
+    /// Clicks a resource in the list of the start page.
+    void choose(const QString& resource) const;
+    /// Clicks the visible button of that name.
+    void clickButton(const char* name) const;
+    void clickTab(int index) const;
+    void clickCloseOfTab(int index) const;
+    /// The process of the program; 0 if there is none.
+    static qint64 programProcess();
     /// The visible label of that name; empty if there is none.
     QString label(const char* name) const;
 

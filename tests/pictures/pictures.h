@@ -12,6 +12,9 @@ class Pictures : public QObject
 private slots:
     void launcher();
     void launcherWithoutInstrument();
+    void launcherRefusal();
+    void launcherTabs();
+    void launcherScanQuestion();
     void liveRun();
 
     void start();

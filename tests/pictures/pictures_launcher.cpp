@@ -1,5 +1,7 @@
 #include "pictures.h"
 
+#include "launcher/ownership.h"
+#include "launcher/place/resourceidentity.h"
 #include "openlauncher.h"
 #include "screen.h"
 #include "support/simulatedinstrument.h"
@@ -9,6 +11,8 @@
 #include <QImage>
 #include <QScreen>
 #include <QtTest>
+
+#include <csignal>
 
 namespace {
 
@@ -97,6 +101,9 @@ void Pictures::launcher()
     const OpenLauncher launcher;
     QTest::qWait(1000);
     screen::take(QStringLiteral("launcher-start-page"));
+    launcher.choose(QStringLiteral("/dev/ttyS0"));
+    screen::take(QStringLiteral("launcher-port-without-rights"));
+    launcher.choose(QStringLiteral("模拟的 SCN4070A"));
     launcher.clickOpen();
     QTRY_VERIFY(!launcher.label("resourceLabel").isEmpty());
     screen::takeAtOnce(QStringLiteral("launcher-opening"));
@@ -112,6 +119,55 @@ void Pictures::launcherWithoutInstrument()
     QTRY_VERIFY_WITH_TIMEOUT(launcher.program(), kWaitMs);
     QTest::qWait(1000);
     screen::take(QStringLiteral("launcher-without-instrument"));
+}
+
+void Pictures::launcherRefusal()
+{
+    const QString resource = QStringLiteral("TCPIP0::192.168.1.5::5025::SOCKET");
+    scnlauncher::Ownership held;
+    const QDateTime since(QDate(2026, 11, 20), QTime(9, 30));
+    QCOMPARE(held.take(scnlauncher::resourceIdentity(resource),
+                       {4711, 0, QStringLiteral("li"), QStringLiteral("scn4070a-launcher"),
+                        QStringLiteral("/home/li/scn4070a"), since}),
+             scnlauncher::Ownership::Result::Taken);
+    const OpenLauncher launcher;
+    launcher.choose(resource);
+    launcher.clickOpen();
+    QTRY_VERIFY(launcher.label("pageTitle").contains(QStringLiteral("正被")));
+    screen::take(QStringLiteral("launcher-refusal"));
+}
+
+void Pictures::launcherTabs()
+{
+    const OpenLauncher launcher;
+    launcher.clickOpen();
+    QTRY_COMPARE_WITH_TIMEOUT(launcher.label("state"), QStringLiteral("空闲"), kWaitMs);
+    QTRY_VERIFY_WITH_TIMEOUT(launcher.program(), kWaitMs);
+    launcher.clickButton("newTab");
+    QTRY_VERIFY(launcher.label("pageTitle").contains(QStringLiteral("选择")));
+    screen::take(QStringLiteral("launcher-two-tabs"));
+    ::kill(static_cast<pid_t>(OpenLauncher::programProcess()), SIGKILL);
+    QTRY_COMPARE_WITH_TIMEOUT(OpenLauncher::programProcess(), qint64(0), kWaitMs);
+    QTest::qWait(1000);
+    screen::take(QStringLiteral("launcher-dead-tab"));
+    launcher.clickTab(0);
+    QTRY_VERIFY(launcher.label("pageTitle").contains(QStringLiteral("意外终止")));
+    screen::take(QStringLiteral("launcher-ended"));
+}
+
+void Pictures::launcherScanQuestion()
+{
+    const SimulatedInstrument instrument(SimulatedInstrument::Transport::Tcp,
+                                         {QStringLiteral("--slots"), QStringLiteral("1:1")});
+    heatThermocouples(instrument);
+    const OpenLauncher launcher;
+    launcher.openByHand(instrument.resource());
+    waitFor(instrument, QStringLiteral("STAT:OPER:EVEN?"), kPollsUntilReady);
+    launcher.click(kStart);
+    QTRY_COMPARE_WITH_TIMEOUT(launcher.label("state"), QStringLiteral("正在扫描"), kWaitMs);
+    launcher.clickCloseOfTab(0);
+    QTest::qWait(1000);
+    screen::take(QStringLiteral("launcher-scan-question"));
 }
 
 void Pictures::liveRun()
