@@ -28,6 +28,7 @@ private slots:
     void onceCopiesAllThereIs();
     void secondTimeAddsNothing();
     void queriesOfThePageFindReadings();
+    void tablesOfSeveralNodesAreOne();
     void finishedRunGetsNoFilesBesideIt();
     void strangeValuesArrive();
     void clockSetBackLosesNothing();
@@ -104,6 +105,33 @@ void TestForward::queriesOfThePageFindReadings()
         QVERIFY2(found.contains(QLatin1String("1.9")), qPrintable(sql + QLatin1Char('\n') + found));
     }
     QCOMPARE(queries, 2);
+}
+
+/// The page's way to read the tables of several servers in one.
+void TestForward::tablesOfSeveralNodesAreOne()
+{
+    const QString path = file(QStringLiteral("SN00000042"));
+    const auto day = writer(path);
+    QCOMPARE(once(), 0);
+    QFile page(QStringLiteral(SCN_FLEET_PAGE));
+    QVERIFY(page.open(QIODevice::ReadOnly));
+    const QString text = QString::fromUtf8(page.readAll());
+    const int begin = text.indexOf(QStringLiteral("    CREATE EXTENSION postgres_fdw;"));
+    const int end = text.indexOf(QStringLiteral("\n\n"), begin);
+    QVERIFY(begin >= 0 && end > begin);
+    const QString host = m_server->address().section(QStringLiteral("host="), 1);
+    QString sql = text.mid(begin, end - begin);
+    sql.replace(QStringLiteral("hall1.example"), host)
+        .replace(QStringLiteral("'laboratory'"), QStringLiteral("'postgres'"))
+        .replace(QStringLiteral("'reader'"), QStringLiteral("'scn'"));
+    const QString all = QStringLiteral("nodes");
+    m_server->psql(QStringLiteral("CREATE DATABASE nodes"));
+    QCOMPARE(m_server->psql(sql, all), QString());
+    QCOMPARE(m_server->psql(QStringLiteral("SELECT count(*) FROM reading WHERE instrument = "
+                                           "'SN00000042'"),
+                            all),
+             QStringLiteral("20"));
+    m_server->psql(QStringLiteral("DROP DATABASE nodes"));
 }
 
 void TestForward::finishedRunGetsNoFilesBesideIt()
