@@ -111,8 +111,12 @@ void RunKeeper::probe()
     }
     const QString second = pathIn(QFileInfo::exists(m_runsFolder) ? m_runsFolder : m_folder,
                                   QFileInfo(file).fileName() + QStringLiteral("-link"));
-    if (const std::error_code error = addName(file.fileName(), second)) {
-        tellFailure(error);
+    const std::error_code error = addName(file.fileName(), second);
+    if (error == std::errc::operation_not_permitted) {
+        // A file of its own: the file system permits no links at all.
+        tellMissingLinks();
+    } else if (error) {
+        tellFailure(error, m_folder);
     } else {
         QFile::remove(second);
     }
@@ -195,10 +199,11 @@ bool RunKeeper::link(KeptRun& run, const QString& directory, const QString& name
     if (!error) {
         return true;
     }
-    tellFailure(error);
+    tellFailure(error, directory);
     if (run.files.isEmpty()) {
         QFile::remove(keptRunFacts(run.folder));
         QDir().rmdir(run.folder);
+        QDir().rmdir(QFileInfo(run.folder).path());
     }
     return false;
 }
@@ -236,14 +241,24 @@ bool RunKeeper::hasVanishedFor(const QString& path)
     return since.elapsed() >= m_vanishedFor.count();
 }
 
-void RunKeeper::tellFailure(const std::error_code& error)
+void RunKeeper::tellFailure(const std::error_code& error, const QString& directory)
 {
     if (error == std::errc::no_such_file_or_directory) {
         return; // deleted meanwhile
     }
-    m_isWithoutLinks = isWithoutLinks(error);
-    m_problem = m_isWithoutLinks ? text("此处的文件系统没有硬链接，测量数据不会保留")
-                                 : text("无法写入 %1，测量数据没有保留").arg(m_runsFolder);
+    if (isWithoutLinks(error)) {
+        tellMissingLinks();
+    } else if (error == std::errc::operation_not_permitted) {
+        m_problem = text("没有权限为 %1 中的文件建立硬链接，其测量数据没有保留").arg(directory);
+    } else {
+        m_problem = text("无法写入 %1，测量数据没有保留").arg(m_runsFolder);
+    }
+}
+
+void RunKeeper::tellMissingLinks()
+{
+    m_isWithoutLinks = true;
+    m_problem = text("此处的文件系统没有硬链接，测量数据不会保留");
 }
 
 } // namespace scnlauncher

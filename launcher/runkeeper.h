@@ -49,7 +49,8 @@ private:
     bool link(KeptRun& run, const QString& directory, const QString& name);
     void keepSideFile(KeptRun& run, const QString& directory, const QString& name, bool links);
     bool hasVanishedFor(const QString& path);
-    void tellFailure(const std::error_code& error);
+    void tellFailure(const std::error_code& error, const QString& directory);
+    void tellMissingLinks();
 
     const QString m_folder;
     const QString m_runsFolder;

@@ -30,7 +30,8 @@ std::optional<FileFacts> factsOf(const QString& path);
 /// Gives a file a second name.
 std::error_code addName(const QString& path, const QString& secondName);
 
-/// Whether the error means that a second name can never be given there.
+/// Whether the error means that a second name can never be given there. Missing permission is not among
+/// them: it may concern the file alone, one of another user for instance.
 bool isWithoutLinks(const std::error_code& error);
 
 /// Whether another process has a database open, under whatever name: SQLite's locks tell, which a

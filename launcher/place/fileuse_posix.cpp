@@ -51,9 +51,8 @@ std::error_code addName(const QString& path, const QString& secondName)
 
 bool isWithoutLinks(const std::error_code& error)
 {
-    return error == std::errc::operation_not_permitted || error == std::errc::cross_device_link ||
-           error == std::errc::operation_not_supported ||
-           error == std::errc::function_not_supported || error == std::errc::too_many_links;
+    return error == std::errc::cross_device_link || error == std::errc::operation_not_supported ||
+           error == std::errc::function_not_supported;
 }
 
 bool isOpenElsewhere(const QString& database)

@@ -1,7 +1,9 @@
 #include "launcher/place/fileuse.h"
 #include "launcher/place/keptrun.h"
 #include "launcher/runkeeper.h"
+#include "support/asnobody_posix.h"
 #include "support/privatemounts.h"
+#include "support/testprogram.h"
 
 #include <QDir>
 #include <QFile>
@@ -9,6 +11,8 @@
 #include <QJsonObject>
 #include <QTemporaryDir>
 #include <QtTest>
+
+#include <sys/stat.h>
 
 using namespace scnlauncher;
 using Writer = RunKeeper::Writer;
@@ -107,6 +111,8 @@ private slots:
     void linkedDirectoryIsLeftAlone();
     void serialIsNoPath();
     void withoutLinksItSaysSo();
+    void filesOfAnotherUserHoldNothingBack_data();
+    void filesOfAnotherUserHoldNothingBack();
     void fullDiskIsTriedAgain();
 };
 
@@ -354,6 +360,48 @@ void TestRunKeeper::withoutLinksItSaysSo()
     QCOMPARE(keeper.problem(), told);
     QCOMPARE(QDir(place.runs()).entryList(QDir::AllEntries | QDir::NoDotAndDotDot), QStringList());
     QCOMPARE(Place::filesIn(place.data()), QStringList(kDay));
+}
+
+void TestRunKeeper::filesOfAnotherUserHoldNothingBack_data()
+{
+    QTest::addColumn<QString>("foreign");
+    QTest::newRow("before its own") << QStringLiteral("SN0_Data");
+    QTest::newRow("after its own") << QStringLiteral("SN2_Data");
+}
+
+void TestRunKeeper::filesOfAnotherUserHoldNothingBack()
+{
+    QFETCH(QString, foreign);
+    if (::geteuid() != 0) {
+        SCN_SKIP(QStringLiteral("only root can give files to others"));
+    }
+    QFile protection(QStringLiteral("/proc/sys/fs/protected_hardlinks"));
+    if (!protection.open(QIODevice::ReadOnly) || protection.readAll().trimmed() != "1") {
+        SCN_SKIP(QStringLiteral("fs.protected_hardlinks is off: files of others can be linked"));
+    }
+    const Place place;
+    const QString directory = place.root() + QLatin1Char('/') + foreign;
+    QVERIFY(QDir().mkpath(directory));
+    QFile file(directory + QLatin1Char('/') + kDay);
+    QVERIFY(file.open(QIODevice::WriteOnly));
+    file.close();
+    QVERIFY(::chmod(place.root().toLocal8Bit().constData(), 0777) == 0);
+
+    const AsNobody nobody;
+    QVERIFY(nobody.isNobody());
+    place.write(kDay, "one");
+    RunKeeper keeper = place.keeper();
+    QCOMPARE(keeper.problem(), QString());
+    for (int look = 0; look < 2; ++look) {
+        keeper.keep(Writer::Running);
+        QCOMPARE(keptRunsIn(place.runs()).size(), 1);
+        QCOMPARE(place.kept().size(), 1);
+        QCOMPARE(
+            keeper.problem(),
+            QStringLiteral("没有权限为 %1 中的文件建立硬链接，其测量数据没有保留").arg(directory));
+        QCOMPARE(QDir(place.runs()).entryList(QDir::Dirs | QDir::NoDotAndDotDot),
+                 QStringList(QStringLiteral("SN1")));
+    }
 }
 
 void TestRunKeeper::fullDiskIsTriedAgain()
