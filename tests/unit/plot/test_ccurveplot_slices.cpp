@@ -325,6 +325,9 @@ void TestCCurvePlotSlices::viewThatFollowsIsNotPutOffForever()
     plot->setFollowTime(true);
     plot->replots = 0;
     qint64 time = kStart + kPoints * kStepMs;
+    look(*plot, kStart, time += 1000);
+    QVERIFY(plot->isLoading());
+    // At least one move comes within the load, even if that takes but one turn.
     for (int turn = 0; turn < 500 && plot->replots == 0; ++turn) {
         look(*plot, kStart, time += 1000);
         QCoreApplication::processEvents();
