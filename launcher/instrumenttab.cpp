@@ -4,7 +4,6 @@
 #include "launcher/childclaim.h"
 #include "launcher/desktopfile.h"
 #include "launcher/embeddedwindow.h"
-#include "launcher/endedpage.h"
 #include "launcher/endsentence.h"
 #include "launcher/nativewindows.h"
 #include "launcher/scanquestion.h"
@@ -70,6 +69,7 @@ void InstrumentTab::open(const InstrumentChoice& choice)
     m_title = choice.isSimulated ? tr("模拟仪器") : choice.resource;
     m_resource.clear();
     m_returnsToChoice = false;
+    m_simulatorEnd.reset();
     m_seenCritical.clear();
     m_startingPage->showStarting(m_title);
     m_pages->setCurrentWidget(m_startingPage);
@@ -93,6 +93,10 @@ void InstrumentTab::startSimulator()
             report({subject(), reason, m_simulator ? m_simulator->lastWords() : QStringList(), {}});
         },
         Qt::QueuedConnection);
+    connect(m_simulator.get(), &SimulatorProcess::ended, this, [this](const QString& reason) {
+        m_simulatorEnd = EndReport{subject(), reason, m_simulator->lastWords(), m_folder};
+        end();
+    });
     m_simulator->start(m_workshop.simulator, m_workshop.simulatorArguments);
 }
 
@@ -107,20 +111,16 @@ void InstrumentTab::startChild(const QString& resource)
     }
     m_folder = claim->folder();
     if (!claim->isBesideProgram()) {
-        m_startingPage->setPlace(
-            tr("程序所在的目录不能存放数据，或正被使用。这台仪器的数据存放在 %1。").arg(m_folder));
+        m_startingPage->notePlace(m_folder);
     }
     m_child =
         std::make_unique<InstrumentChild>(nullptr, [this](qulonglong handle, qint64 processId) {
             return m_workshop.windows.objection(handle, processId);
         });
     connect(m_child.get(), &InstrumentChild::windowShown, this, &InstrumentTab::embed);
-    connect(m_child.get(), &InstrumentChild::windowRefused, this, [this](const QString& reason) {
-        m_startingPage->setNote(reason + tr("窗口未被嵌入；请取消，并检查所启动的程序。"));
-    });
-    connect(m_child.get(), &InstrumentChild::lineCut, this, [this] {
-        m_startingPage->setNote(tr("程序的一行输出没有结尾，已截断。请取消，并检查所启动的程序。"));
-    });
+    connect(m_child.get(), &InstrumentChild::windowRefused, m_startingPage,
+            &StartingPage::noteRefusedWindow);
+    connect(m_child.get(), &InstrumentChild::lineCut, m_startingPage, &StartingPage::noteCutLine);
     connect(m_child.get(), &InstrumentChild::statusChanged, this, &InstrumentTab::showStatus);
     // Queued, since a program that is not there ends at its start.
     connect(m_child.get(), &InstrumentChild::ended, this, &InstrumentTab::finish,
@@ -262,6 +262,8 @@ void InstrumentTab::finish(const ChildEnd& end)
         const AfterEnd afterEnd = m_choice.isSimulated ? AfterEnd::ScanEnds : AfterEnd::ScanGoesOn;
         report({subject(), endSentence(end, m_workshop.program, afterEnd), lastWords,
                 end.hasStarted ? m_folder : QString()});
+    } else if (m_simulatorEnd) {
+        report(*m_simulatorEnd);
     }
     tellNews();
     emit idle();
@@ -291,6 +293,7 @@ void InstrumentTab::chooseOther()
 void InstrumentTab::leaveForChoice()
 {
     m_returnsToChoice = true;
+    m_simulatorEnd.reset();
     end();
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "launcher/endedpage.h"
 #include "launcher/instrumentchild.h"
 #include "launcher/instrumentchoice.h"
 #include "launcher/refusalprobe.h"
@@ -11,14 +12,13 @@
 #include <QWidget>
 
 #include <memory>
+#include <optional>
 
 class QStackedWidget;
 
 namespace scnlauncher {
 
 class EmbeddedWindow;
-class EndedPage;
-struct EndReport;
 class NativeWindows;
 class SimulatorProcess;
 class StartingPage;
@@ -97,7 +97,8 @@ private:
     OpenFailure m_failure = OpenFailure::None;
     bool m_returnsToChoice = false;
     bool m_hasRun = false;
-    QString m_seenCritical; ///< the last critical line that was in view
+    std::optional<EndReport> m_simulatorEnd; ///< to be told once its child has ended too
+    QString m_seenCritical;                  ///< the last critical line that was in view
     QString m_toldTrouble;
     QTimer m_ticks;
     QStackedWidget* m_pages;

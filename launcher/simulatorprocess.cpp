@@ -3,6 +3,7 @@
 #include <QFileInfo>
 
 #include <cstdio>
+#include <utility>
 
 namespace scnlauncher {
 namespace {
@@ -39,10 +40,11 @@ SimulatorProcess::SimulatorProcess(QObject* parent)
         }
     });
     connect(&m_process, qOverload<int, QProcess::ExitStatus>(&QProcess::finished), this, [this] {
-        if (!m_isAnnounced) {
-            m_isAnnounced = true;
-            readErrors();
-            keep(m_errors.takeRest());
+        readErrors();
+        keep(m_errors.takeRest());
+        if (m_serves) {
+            emit ended(tr("模拟仪器已退出，扫描随之结束。请重新启动它。"));
+        } else if (!std::exchange(m_isAnnounced, true)) {
             emit failed(tr("模拟仪器启动后即退出，请检查它的选项。"));
         }
     });
@@ -102,7 +104,8 @@ void SimulatorProcess::readOutput()
     }
     m_isAnnounced = true;
     const QString line = QString::fromUtf8(lines.constFirst()).trimmed();
-    if (line.startsWith(kReady)) {
+    m_serves = line.startsWith(kReady);
+    if (m_serves) {
         emit ready(line.mid(kReady.size()));
     } else {
         emit failed(

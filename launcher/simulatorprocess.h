@@ -32,6 +32,8 @@ signals:
     void ready(const QString& resource);
     /// It did not start, in words.
     void failed(const QString& reason);
+    /// It served, and has ended by itself.
+    void ended(const QString& reason);
 
 private:
     bool claimTranscript(QString& path);
@@ -44,7 +46,8 @@ private:
     LineCutter m_output;
     LineCutter m_errors;
     QStringList m_lastWords;
-    bool m_isAnnounced = false;
+    bool m_isAnnounced = false; ///< ready() or failed() is out
+    bool m_serves = false;
 };
 
 } // namespace scnlauncher

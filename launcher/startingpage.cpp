@@ -78,9 +78,19 @@ void StartingPage::setPlace(const QString& sentence)
     m_place->setVisible(!sentence.isEmpty());
 }
 
-void StartingPage::setNote(const QString& note)
+void StartingPage::notePlace(const QString& folder)
 {
-    m_note->setText(note);
+    setPlace(tr("程序所在的目录不能存放数据，或正被使用。这台仪器的数据存放在 %1。").arg(folder));
+}
+
+void StartingPage::noteRefusedWindow(const QString& reason)
+{
+    m_note->setText(reason + tr("窗口未被嵌入；请取消，并检查所启动的程序。"));
+}
+
+void StartingPage::noteCutLine()
+{
+    m_note->setText(tr("程序的一行输出没有结尾，已截断。请取消，并检查所启动的程序。"));
 }
 
 void StartingPage::updateTime()

@@ -29,16 +29,18 @@ public:
 
     void showStarting(const QString& resource);
     void showEnding();
-    /// Where the data goes, if that is not where one would look for it.
-    void setPlace(const QString& sentence);
-    /// A further line, such as what has gone wrong; it stays until the next start.
-    void setNote(const QString& note);
+    /// The data goes to that folder, which is not where one would look for it.
+    void notePlace(const QString& folder);
+    /// What has gone wrong stays until the next start.
+    void noteRefusedWindow(const QString& reason);
+    void noteCutLine();
 
 signals:
     void cancelled();
 
 private:
     void updateTime();
+    void setPlace(const QString& sentence);
 
     QLabel* m_title;
     QLabel* m_time;

@@ -60,6 +60,8 @@ private slots:
     void wordOfAChildInTheBackgroundIsMarked_data();
     void wordOfAChildInTheBackgroundIsMarked();
     void simulatorThatFailsSaysWhy();
+    void longTitleKeepsItsEnd();
+    void simulatorThatDiesIsTold();
     void logIsAClickAway();
     void eachSimulatorHasItsOwnLog();
     void dataElsewhereIsNamed();
@@ -171,6 +173,37 @@ void TestLauncherReports::simulatorThatFailsSaysWhy()
     QVERIFY2(words->toPlainText().contains(QLatin1String("--rate")),
              qPrintable(words->toPlainText()));
     QCOMPARE(scene.label("subject"), QStringLiteral("模拟仪器"));
+}
+
+void TestLauncherReports::longTitleKeepsItsEnd()
+{
+    LauncherScene scene(kFakeChild);
+    const QString resource =
+        LauncherScene::own("deaf=a-long-name-of-an-adapter-that-many-ports-have-in-common");
+    scene.openByHand(resource);
+    const auto* const bar = scene.window().findChild<QTabBar*>();
+    QTRY_VERIFY(bar->tabText(0).contains(QStringLiteral("…")));
+    QVERIFY(resource.endsWith(bar->tabText(0).section(QStringLiteral("…"), 1)));
+    QVERIFY(resource.startsWith(bar->tabText(0).section(QStringLiteral("…"), 0, 0)));
+    QVERIFY(bar->tabText(0).size() < resource.size());
+}
+
+void TestLauncherReports::simulatorThatDiesIsTold()
+{
+    LauncherScene scene(kProgram);
+    scene.clickButton("open");
+    QVERIFY(scene.waitForEmbedding());
+    const qint64 simulator = LauncherScene::children(QStringLiteral("scn4070a-sim")).value(0);
+    QVERIFY(simulator > 0);
+    ::kill(static_cast<pid_t>(simulator), SIGKILL);
+    QTRY_VERIFY_WITH_TIMEOUT(scene.label("pageTitle").contains(QStringLiteral("模拟仪器已退出")),
+                             kWaitMs);
+    QCOMPARE(LauncherScene::children(QStringLiteral("scn4070a")).size(), 0);
+    const auto* const bar = scene.window().findChild<QTabBar*>();
+    QVERIFY(bar->tabText(0).startsWith(QStringLiteral("已终止：")));
+    scene.clickButton("startAgain");
+    QVERIFY(scene.waitForEmbedding());
+    QTRY_COMPARE_WITH_TIMEOUT(scene.label("state"), QStringLiteral("空闲"), kWaitMs);
 }
 
 void TestLauncherReports::logIsAClickAway()
