@@ -41,6 +41,7 @@ class TestLauncher : public QObject
 
 private slots:
     void initTestCase();
+    void simulatorAndProgramComeAndGoWithIt_data();
     void simulatorAndProgramComeAndGoWithIt();
     void resourceIsHandedOn();
     void closingItsWindowEndsTheProgram();
@@ -56,7 +57,6 @@ private slots:
     void signalEndsAScanWithoutAQuestion_data();
     void signalEndsAScanWithoutAQuestion();
     void programOutlivesALauncherThatDies();
-    void keysOfTheTerminalEndItInOrder();
     void closedTerminalLeavesItAlone();
     void secondOnAnInstrumentIsRefused();
     void instrumentOfALeftProgramIsRefused();
@@ -75,16 +75,33 @@ void TestLauncher::initTestCase()
     QVERIFY2(!m_display.name().isEmpty(), "Xvfb did not start");
 }
 
+void TestLauncher::simulatorAndProgramComeAndGoWithIt_data()
+{
+    QTest::addColumn<bool>("isInTerminal");
+    QTest::newRow("SIGTERM") << false;
+    QTest::newRow("key in its terminal") << true;
+}
+
 void TestLauncher::simulatorAndProgramComeAndGoWithIt()
 {
+    QFETCH(bool, isInTerminal);
+    constexpr char kControlC[] = "\x03";
     LauncherProcess launcher(m_display.name());
-    launcher.start(kSmallest);
+    if (isInTerminal) {
+        launcher.startInTerminal(kSmallest);
+    } else {
+        launcher.start(kSmallest);
+    }
     QVERIFY(waitForEmbedding());
     const qint64 program = launcher.child(QStringLiteral("scn4070a"));
     const qint64 simulator = launcher.child(QStringLiteral("scn4070a-sim"));
     QVERIFY(program != 0);
     QVERIFY(simulator != 0);
-    launcher.terminate();
+    if (isInTerminal) {
+        launcher.type(kControlC);
+    } else {
+        launcher.terminate();
+    }
     QVERIFY(launcher.waitForEnd());
     QVERIFY(!launcher.crashed());
     QCOMPARE(launcher.exitCode(), 0);
@@ -281,26 +298,6 @@ void TestLauncher::programOutlivesALauncherThatDies()
         QTest::qWaitFor([&] { return instrument.received().size() >= polls + 3; }, kStartWaitMs);
     ::kill(static_cast<pid_t>(program), SIGKILL);
     QVERIFY(polled);
-}
-
-void TestLauncher::keysOfTheTerminalEndItInOrder()
-{
-    LauncherProcess launcher(m_display.name());
-    launcher.startInTerminal(kSmallest);
-    QVERIFY2(waitForEmbedding(), qPrintable(launcher.output()));
-    const qint64 program = launcher.child(QStringLiteral("scn4070a"));
-    const qint64 simulator = launcher.child(QStringLiteral("scn4070a-sim"));
-    QVERIFY(program != 0);
-    QVERIFY(simulator != 0);
-    constexpr char kControlC[] = "\x03";
-    launcher.type(kControlC);
-    QVERIFY(launcher.waitForEnd());
-    QCOMPARE(launcher.exitCode(), 0);
-    QVERIFY(!isThere(program));
-    QVERIFY(!isThere(simulator));
-    QCOMPARE(launcher.locks(), QStringList());
-    const QString log = launcher.log();
-    QVERIFY2(log.contains(QLatin1String("child app received exit cmd!")), qPrintable(log));
 }
 
 void TestLauncher::closedTerminalLeavesItAlone()
