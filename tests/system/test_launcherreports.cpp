@@ -183,8 +183,9 @@ void TestLauncherReports::longTitleKeepsItsEnd()
     scene.openByHand(resource);
     const auto* const bar = scene.window().findChild<QTabBar*>();
     QTRY_VERIFY(bar->tabText(0).contains(QStringLiteral("…")));
-    QVERIFY(resource.endsWith(bar->tabText(0).section(QStringLiteral("…"), 1)));
-    QVERIFY(resource.startsWith(bar->tabText(0).section(QStringLiteral("…"), 0, 0)));
+    constexpr int kTold = 10;
+    QVERIFY(bar->tabText(0).startsWith(resource.left(kTold)));
+    QVERIFY(bar->tabText(0).endsWith(resource.right(kTold)));
     QVERIFY(bar->tabText(0).size() < resource.size());
 }
 
