@@ -66,12 +66,17 @@ void record(KeptRun& run, const QString& name)
     }
 }
 
+/// Whether a name is one that the archive gave.
+bool isOwn(const KeptRun& run, const QString& name)
+{
+    const auto facts = factsOf(run.path(name));
+    return facts && run.files.value(name) == QString::number(facts->number);
+}
+
 /// Takes a name away that the archive gave.
 void unlink(KeptRun& run, const QString& name)
 {
-    const auto facts = factsOf(run.path(name));
-    if (facts && run.files.value(name) == QString::number(facts->number) &&
-        QFile::remove(run.path(name))) {
+    if (isOwn(run, name) && QFile::remove(run.path(name))) {
         run.files.remove(name);
         run.write();
     }
@@ -171,8 +176,8 @@ void RunKeeper::keepDirectory(const QString& directory, Writer writer)
             run = &runs.last();
         }
         record(*run, name);
-        keepSideFile(*run, directory, name + kWal, true);
-        keepSideFile(*run, directory, name + kJournal, writer == Writer::Ended);
+        keepSideFile(*run, directory, {name, kWal, true});
+        keepSideFile(*run, directory, {name, kJournal, writer == Writer::Ended});
     }
 }
 
@@ -209,26 +214,58 @@ bool RunKeeper::link(KeptRun& run, const QString& directory, const QString& name
 }
 
 /// Gives a log the second name that goes with its day file's, if it may, and takes that of another away.
-void RunKeeper::keepSideFile(KeptRun& run, const QString& directory, const QString& name,
-                             bool links)
+void RunKeeper::keepSideFile(KeptRun& run, const QString& directory, const SideFile& file)
 {
+    const QString name = file.dayFile + file.ending;
     const QString original = pathIn(directory, name);
     const QString second = run.path(name);
-    const bool isThere = QFileInfo::exists(original);
-    if (isThere) {
-        m_vanished.remove(second);
-    }
     if (isSameFile(original, second)) {
+        m_vanished.remove(second);
         record(run, name);
         return;
     }
-    if (factsOf(second) && (isThere || hasVanishedFor(second))) {
+    const bool isThere = QFileInfo::exists(original);
+    const bool hasSecond = factsOf(second).has_value();
+    if (isThere) {
+        m_vanished.remove(second);
+    }
+    if (isThere && file.links && (!hasSecond || isOwn(run, name))) {
+        linkSideFile(run, directory, file);
+    } else if (hasSecond && (isThere || isDoneWith(run, file) || hasVanishedFor(second)) &&
+               belongsTo(run, directory, file)) {
         unlink(run, name);
         m_vanished.remove(second);
     }
-    if (isThere && links && !QFileInfo::exists(second) && !addName(original, second)) {
+}
+
+/// The log of the next run may have come since the day file was looked at, and a program may have begun to
+/// write. SQLite would play either back into the kept file.
+void RunKeeper::linkSideFile(KeptRun& run, const QString& directory, const SideFile& file)
+{
+    const QString name = file.dayFile + file.ending;
+    const QString fresh = run.pathBefore(name);
+    QFile::remove(fresh);
+    if (addName(pathIn(directory, name), fresh)) {
+        return;
+    }
+    if (belongsTo(run, directory, file) && !isDoneWith(run, file) &&
+        isSameFile(pathIn(directory, name), fresh) && !moveName(fresh, run.path(name))) {
         record(run, name);
     }
+    QFile::remove(fresh);
+}
+
+/// Whether what is beside the day file of a directory is beside the same one as in the kept run.
+bool RunKeeper::belongsTo(const KeptRun& run, const QString& directory, const SideFile& file)
+{
+    return isSameFile(pathIn(directory, file.dayFile), run.path(file.dayFile));
+}
+
+/// Whether a rollback journal is not one that a killed program left: the others would undo what was
+/// committed.
+bool RunKeeper::isDoneWith(const KeptRun& run, const SideFile& file)
+{
+    return file.ending == kJournal && isOpenElsewhere(run.path(file.dayFile));
 }
 
 /// The deletion of a run may have got as far as its log: then the kept one is needed.

@@ -43,11 +43,22 @@ public:
     QStringList dataDirectories() const;
 
 private:
+    /// What SQLite has beside a day file.
+    struct SideFile
+    {
+        QString dayFile;
+        QString ending;
+        bool links; ///< It may have a second name now.
+    };
+
     void probe();
     void keepDirectory(const QString& directory, Writer writer);
     bool addRun(QVector<KeptRun>& runs, const QString& directory);
     bool link(KeptRun& run, const QString& directory, const QString& name);
-    void keepSideFile(KeptRun& run, const QString& directory, const QString& name, bool links);
+    void keepSideFile(KeptRun& run, const QString& directory, const SideFile& file);
+    static void linkSideFile(KeptRun& run, const QString& directory, const SideFile& file);
+    static bool belongsTo(const KeptRun& run, const QString& directory, const SideFile& file);
+    static bool isDoneWith(const KeptRun& run, const SideFile& file);
     bool hasVanishedFor(const QString& path);
     void tellFailure(const std::error_code& error, const QString& directory);
     void tellMissingLinks();

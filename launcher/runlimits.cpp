@@ -83,11 +83,12 @@ QVector<LeftRun> leftRunsIn(const QString& runsFolder)
     return left;
 }
 
-/// Removes what SQLite leaves beside a day file if its reader is killed: no readings are in it.
+/// Removes what is beside a day file if its reader or the archive is killed: no readings are in it.
 void removeReadersFiles(const KeptRun& run)
 {
     for (const QString& name : run.files.keys()) {
         if (name.endsWith(kDayFileEnding)) {
+            QFile::remove(run.pathBefore(name + kWal));
             QFile::remove(run.path(name + QStringLiteral("-shm")));
             const auto log = factsOf(run.path(name + kWal));
             if (log && log->bytes == 0) {

@@ -30,6 +30,9 @@ std::optional<FileFacts> factsOf(const QString& path);
 /// Gives a file a second name.
 std::error_code addName(const QString& path, const QString& secondName);
 
+/// Gives a file's name to another file of the same folder, in one step.
+std::error_code moveName(const QString& path, const QString& newName);
+
 /// Whether the error means that a second name can never be given there. Missing permission is not among
 /// them: it may concern the file alone, one of another user for instance.
 bool isWithoutLinks(const std::error_code& error);

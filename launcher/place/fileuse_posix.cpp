@@ -49,6 +49,13 @@ std::error_code addName(const QString& path, const QString& secondName)
     return error;
 }
 
+std::error_code moveName(const QString& path, const QString& newName)
+{
+    std::error_code error;
+    std::filesystem::rename(pathOf(path), pathOf(newName), error);
+    return error;
+}
+
 bool isWithoutLinks(const std::error_code& error)
 {
     return error == std::errc::cross_device_link || error == std::errc::operation_not_supported ||

@@ -29,6 +29,9 @@ struct KeptRun
     bool write() const;
 
     QString path(const QString& name) const { return folder + QLatin1Char('/') + name; }
+
+    /// Where a file stands until it is known to be this run's.
+    QString pathBefore(const QString& name) const { return path(name) + QStringLiteral("-new"); }
 };
 
 /// The file that tells a kept run.

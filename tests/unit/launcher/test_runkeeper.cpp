@@ -9,6 +9,7 @@
 #include <QFile>
 #include <QJsonDocument>
 #include <QJsonObject>
+#include <QProcess>
 #include <QTemporaryDir>
 #include <QtTest>
 
@@ -82,6 +83,39 @@ private:
     const QString m_root;
 };
 
+/// SQLite's own shell with a file open, in a process of its own, until it is killed.
+class Shell
+{
+public:
+    explicit Shell(const QString& file)
+    {
+        m_process.start(QStringLiteral("sqlite3"), {QStringLiteral("-bail"), file});
+    }
+    ~Shell() { kill(); }
+    Shell(const Shell&) = delete;
+    Shell& operator=(const Shell&) = delete;
+
+    /// Returns when the statements are through.
+    void run(const char* statements)
+    {
+        m_process.write(statements);
+        m_process.write("\nSELECT 'through';\n");
+        QByteArray output;
+        while (!output.contains("through")) {
+            QVERIFY(m_process.waitForReadyRead());
+            output += m_process.readAllStandardOutput();
+        }
+    }
+    void kill()
+    {
+        m_process.kill();
+        m_process.waitForFinished();
+    }
+
+private:
+    QProcess m_process;
+};
+
 const QString kDay = QStringLiteral("20260112.db");
 const QString kNextDay = QStringLiteral("20260113.db");
 const QString kWal = QStringLiteral("20260112.db-wal");
@@ -107,6 +141,8 @@ private slots:
     void walFollowsTheFile();
     void walOfADeletionInProgressStays();
     void journalIsKeptOnlyOfAnEndedProgram();
+    void journalOfAFileInUseIsNotKept();
+    void journalThatWasPlayedBackGoesAtOnce();
     void onlyDayFilesAreKept();
     void linkedDirectoryIsLeftAlone();
     void serialIsNoPath();
@@ -310,6 +346,41 @@ void TestRunKeeper::journalIsKeptOnlyOfAnEndedProgram()
     QVERIFY(place.remove(kJournal));
     keeper.keep(Writer::Running);
     QCOMPARE(Place::filesIn(folder), (QStringList{kDay, kFacts}));
+}
+
+/// The program may have been started since the one before ended.
+void TestRunKeeper::journalOfAFileInUseIsNotKept()
+{
+    const Place place;
+    QVERIFY(QDir().mkpath(place.data()));
+    Shell shell(place.data() + QLatin1Char('/') + kDay);
+    shell.run("CREATE TABLE t(v); BEGIN IMMEDIATE; INSERT INTO t VALUES(1);");
+    QVERIFY(QFileInfo::exists(place.data() + QLatin1Char('/') + kJournal));
+    RunKeeper keeper = place.keeper();
+    keeper.keep(Writer::Ended);
+    const QString folder = place.kept().constFirst();
+    QCOMPARE(Place::filesIn(folder), (QStringList{kDay, kFacts}));
+    // Killed, it leaves a journal that is needed.
+    shell.kill();
+    keeper.keep(Writer::Ended);
+    QCOMPARE(Place::filesIn(folder), (QStringList{kDay, kJournal, kFacts}));
+}
+
+void TestRunKeeper::journalThatWasPlayedBackGoesAtOnce()
+{
+    const Place place;
+    QVERIFY(QDir().mkpath(place.data()));
+    const QString path = place.data() + QLatin1Char('/') + kDay;
+    Shell(path).run("CREATE TABLE t(v); BEGIN IMMEDIATE; INSERT INTO t VALUES(1);");
+    RunKeeper keeper = place.keeper(std::chrono::hours(1));
+    keeper.keep(Writer::Ended);
+    const QString folder = place.kept().constFirst();
+    QCOMPARE(Place::filesIn(folder), (QStringList{kDay, kJournal, kFacts}));
+    Shell next(path);
+    next.run("PRAGMA journal_mode = WAL; INSERT INTO t VALUES(2);");
+    QVERIFY(!QFileInfo::exists(place.data() + QLatin1Char('/') + kJournal));
+    keeper.keep(Writer::Running);
+    QCOMPARE(Place::filesIn(folder), (QStringList{kDay, kWal, kFacts}));
 }
 
 void TestRunKeeper::onlyDayFilesAreKept()
