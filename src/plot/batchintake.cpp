@@ -21,6 +21,9 @@ constexpr milliseconds kPause{1};
 
 constexpr milliseconds kWhole{-1};
 
+/// The first readings of a batch, a sweep of most scans, are there at once, however long that takes.
+constexpr int kReadingsAtOnce = 60;
+
 } // namespace
 
 BatchIntake::BatchIntake(milliseconds registrationInterval, BatchStored batchStored)
@@ -65,7 +68,8 @@ void BatchIntake::proceed(milliseconds budget)
     const QScopedValueRollback<bool> storing(m_isStoring, true);
     while (!m_batches.isEmpty()) {
         storeNext();
-        if (m_sliceEnd.hasExpired() && !m_batches.isEmpty()) {
+        const bool mayPause = m_next == 0 || m_next >= kReadingsAtOnce;
+        if (mayPause && m_sliceEnd.hasExpired() && !m_batches.isEmpty()) {
             m_turn.start();
             return;
         }
@@ -97,7 +101,9 @@ void BatchIntake::registerSeriesAgain()
         !m_sinceRegistration.hasExpired(m_registrationInterval.count())) {
         return;
     }
-    for (const auto& series : qAsConst(g_curveSeries)) {
+    // A run that begins in the events of a registration empties the map.
+    const auto all = g_curveSeries;
+    for (const auto& series : all) {
         if (!series || series->curveId() != -1) {
             continue;
         }

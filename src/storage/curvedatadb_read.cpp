@@ -46,7 +46,7 @@ bool CurveDataDB::lookThrough(int curveId, qint64 start, qint64 end, const HeldF
         }
         const QVector<DBBatchInfo> batches = queryBatches(curveId, start, end, *file);
         for (const DBBatchInfo& batch : batches) {
-            if (!m_rowOrders.update(file.key(), **file, batch.tableName, curveId, slice)) {
+            if (!m_rowOrders.lookThrough(file.key(), **file, batch.tableName, curveId, slice)) {
                 return false;
             }
         }

@@ -5,9 +5,14 @@
 
 #include <QSqlDatabase>
 
+#include <algorithm>
+
 namespace scn {
 
 namespace {
+
+/// Calls of update() for what is shown: forty curves of ten tables.
+constexpr quint64 kCallsOfAView = 400;
 
 qint64 keptOf(const RowOrder& order)
 {
@@ -21,6 +26,21 @@ const RowOrder* RowOrders::update(const QString& path, const QSqlDatabase& datab
 {
     Table& entry = fileFor(path, database).tables[table];
     entry.asked = ++m_calls;
+    return extend(entry, database, table, curveId, slice);
+}
+
+bool RowOrders::lookThrough(const QString& path, const QSqlDatabase& database, const QString& table,
+                            int curveId, ReadSlice& slice)
+{
+    Table& entry = fileFor(path, database).tables[table];
+    entry.asked = std::max(entry.asked, m_calls - std::min(m_calls, kCallsOfAView));
+    return extend(entry, database, table, curveId, slice) != nullptr;
+}
+
+/// Null if that takes another slice.
+const RowOrder* RowOrders::extend(Table& entry, const QSqlDatabase& database, const QString& table,
+                                  int curveId, ReadSlice& slice)
+{
     RowOrder& order = entry.order;
     if (!order.isKnown()) {
         return &order;

@@ -29,6 +29,11 @@ public:
     const RowOrder* update(const QString& path, const QSqlDatabase& database, const QString& table,
                            int curveId, ReadSlice& slice);
 
+    /// The same for a table that may be asked for next: the readings of what is shown are not dropped for its own.
+    /// False if that takes another slice.
+    bool lookThrough(const QString& path, const QSqlDatabase& database, const QString& table,
+                     int curveId, ReadSlice& slice);
+
     /// Forgets everything: tables are about to be dropped.
     void clear();
 
@@ -39,7 +44,7 @@ private:
     struct Table
     {
         RowOrder order;
-        quint64 asked = 0; ///< Rises with each call that is for this table.
+        quint64 asked = 0; ///< Number of the last call that was for this table.
     };
 
     /// The tables of a file as one connection knows them.
@@ -50,6 +55,8 @@ private:
         QHash<QString, Table> tables;
     };
 
+    const RowOrder* extend(Table& entry, const QSqlDatabase& database, const QString& table,
+                           int curveId, ReadSlice& slice);
     File& fileFor(const QString& path, const QSqlDatabase& database);
     void dropLongestNotAsked();
 

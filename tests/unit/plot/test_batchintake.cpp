@@ -107,6 +107,7 @@ private slots:
     void cleanup();
 
     void eventLoopComesRoundWithinABatch();
+    void firstReadingsAreThereAtOnce();
     void slicesKeepTheOrder();
     void batchIsToldOfOnceAllOfItIsStored();
     void nextBatchFindsTheOneBeforeStored();
@@ -160,6 +161,22 @@ void TestBatchIntake::eventLoopComesRoundWithinABatch()
     QTRY_COMPARE_WITH_TIMEOUT(stored(), kBatch, 20000);
     QVERIFY(seen.size() >= 3);
     QVERIFY(std::is_sorted(seen.cbegin(), seen.cend()));
+}
+
+/// The first of a run make their tables on the way.
+void TestBatchIntake::firstReadingsAreThereAtOnce()
+{
+    constexpr int kSweep = 60;
+    QList<MeasurementData> batch;
+    for (int i = 0; i < kSweep; ++i) {
+        m_store->add(201 + i);
+        batch.append(reading(201 + i, i));
+    }
+    m_intake->take(batch);
+    QCOMPARE(m_told.size(), 1);
+    for (int i = 0; i < kSweep; ++i) {
+        QCOMPARE(g_curveSeries.value(201 + i)->count(), 1);
+    }
 }
 
 void TestBatchIntake::slicesKeepTheOrder()

@@ -69,12 +69,14 @@ private slots:
     void readingsAreKept();
     void readingsFarApartAreNotKept();
     void readingsNotAskedForAreDropped();
+    void lookAroundDropsNothingShown();
     void manyFilesAreNotHeld();
     void picksEqualEveryRow();
 
 private:
     QString pathOf(const QString& day) const { return m_scene.pathOf(day); }
     Compared compare(const ReadRange& range, const QString& path, const QStringList& tables);
+    QStringList fillThreeTables();
     QString fillRandomly(QRandomGenerator& random, DayFileWriter& file, int batch);
 
     ReadScene m_scene;
@@ -277,7 +279,8 @@ void TestWindowRead::readingsFarApartAreNotKept()
     QCOMPARE(m_orders.kept(), qint64(0));
 }
 
-void TestWindowRead::readingsNotAskedForAreDropped()
+/// Fills three tables with a hundred readings each. Returns their names.
+QStringList TestWindowRead::fillThreeTables()
 {
     DayFileWriter file(pathOf(kDay));
     file.addCurve(1, curveName(1));
@@ -287,6 +290,12 @@ void TestWindowRead::readingsNotAskedForAreDropped()
         tables.append(DayFileWriter::tableName(1, start));
         file.addBatch(1, start, tables.last(), ramp(start, 100, 1000));
     }
+    return tables;
+}
+
+void TestWindowRead::readingsNotAskedForAreDropped()
+{
+    const QStringList tables = fillThreeTables();
     const QSharedPointer<QSqlDatabase> db = m_scene.store().openDb(pathOf(kDay));
     RowOrders orders(250);
     ReadSlice wholly;
@@ -304,6 +313,38 @@ void TestWindowRead::readingsNotAskedForAreDropped()
     QVERIFY(!dropped->kept());
     QVERIFY(dropped->isKnown());
     QCOMPARE(dropped->count(), qint64(100));
+}
+
+void TestWindowRead::lookAroundDropsNothingShown()
+{
+    const QStringList tables = fillThreeTables();
+    const QSharedPointer<QSqlDatabase> db = m_scene.store().openDb(pathOf(kDay));
+    RowOrders orders(250);
+    ReadSlice wholly;
+    const auto update = [&](int batch) {
+        return orders.update(pathOf(kDay), *db, tables.at(batch), 1, wholly);
+    };
+    const auto lookThrough = [&](int batch) {
+        QVERIFY(orders.lookThrough(pathOf(kDay), *db, tables.at(batch), 1, wholly));
+    };
+    // Two tables are shown, and no other has room.
+    update(0);
+    update(1);
+    lookThrough(0);
+    lookThrough(2);
+    QCOMPARE(orders.kept(), qint64(200));
+    QVERIFY(update(0)->kept());
+    QVERIFY(update(1)->kept());
+    // What was shown long ago goes before what may be shown next.
+    orders.clear();
+    update(0);
+    for (int call = 0; call < 1000; ++call) {
+        update(1);
+    }
+    lookThrough(2);
+    QVERIFY(update(1)->kept());
+    QVERIFY(update(2)->kept());
+    QVERIFY(!update(0)->kept());
 }
 
 void TestWindowRead::manyFilesAreNotHeld()
