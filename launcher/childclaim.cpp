@@ -53,7 +53,10 @@ bool ChildClaim::takeResource(const QString& resource)
         return true;
     case Ownership::Result::HeldByOther:
         m_errorText =
-            QStringLiteral("仪器 %1 正被 %2 使用。请先关闭它，或选择其他仪器。")
+            (m_resource.other().isLeftOver()
+                 ? QStringLiteral("仪器 %1 正被 %2 使用。它没有窗口，仍在记录；请先复制数据，再用 "
+                                  "kill 命令结束该进程，或选择其他仪器。")
+                 : QStringLiteral("仪器 %1 正被 %2 使用。请先关闭它，或选择其他仪器。"))
                 .arg(resource.section(QLatin1Char(';'), 0, 0), m_resource.other().description());
         break;
     case Ownership::Result::Failed:

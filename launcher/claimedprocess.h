@@ -12,6 +12,11 @@ namespace scnlauncher {
 class ClaimedProcess : public SessionProcess
 {
 public:
+    ClaimedProcess()
+        : SessionProcess(Life::Own)
+    {
+    }
+
     /// To be given before the start; null takes it away.
     void setClaim(std::shared_ptr<ChildClaim> claim) { m_claim = std::move(claim); }
 

@@ -23,6 +23,9 @@ struct Owner
     /// This process and its user, from now on.
     static Owner self(const QString& place);
 
+    /// Whether its launcher has gone and the program is still there, without a window.
+    bool isLeftOver() const;
+
     /// "scn4070a-launcher（进程 12，用户 li，自 2026-11-22 10:00 起，目录 /home/li/data）"; of a launcher
     /// that has gone, the program that it left.
     QString description() const;

@@ -64,15 +64,19 @@ Owner Owner::self(const QString& place)
     return owner;
 }
 
+bool Owner::isLeftOver() const
+{
+    return processId != 0 && !isRunning(processId) && isRunning(childProcessId);
+}
+
 QString Owner::description() const
 {
     if (processId == 0) {
         return QStringLiteral("另一个程序");
     }
-    const bool isLeftOver = !isRunning(processId) && isRunning(childProcessId);
     return QStringLiteral("%1（进程 %2，用户 %3，自 %4 起，目录 %5）")
-        .arg(isLeftOver ? QStringLiteral("scn4070a") : program,
-             QString::number(isLeftOver ? childProcessId : processId), user,
+        .arg(isLeftOver() ? QStringLiteral("scn4070a") : program,
+             QString::number(isLeftOver() ? childProcessId : processId), user,
              since.toString(QStringLiteral("yyyy-MM-dd HH:mm")), place);
 }
 

@@ -41,7 +41,7 @@ private:
     void readErrors();
     void keep(const QByteArray& line);
 
-    SessionProcess m_process;
+    SessionProcess m_process{SessionProcess::Life::Launchers};
     Ownership m_transcript;
     LineCutter m_output;
     LineCutter m_errors;

@@ -29,7 +29,8 @@ done
 
 # The server picks a free display and tells its number.
 exec 3<> "$out/display"
-Xvfb -displayfd 3 -screen 0 1520x1000x24 -nolisten tcp -noreset >"$out/display.log" 2>&1 &
+# Ctrl+C is for the launcher, which needs the display until it has ended.
+setsid Xvfb -displayfd 3 -screen 0 1520x1000x24 -nolisten tcp -noreset >"$out/display.log" 2>&1 &
 server=$!
 launcher=""
 finish() {

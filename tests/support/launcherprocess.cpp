@@ -115,8 +115,8 @@ bool LauncherProcess::waitForEnd()
 
 bool LauncherProcess::waitForError(const QString& text)
 {
-    QString all;
-    return QTest::qWaitFor([&] { return (all += errors()).contains(text); }, kStartWaitMs);
+    return QTest::qWaitFor([&] { return (m_awaitedErrors += errors()).contains(text); },
+                           kStartWaitMs);
 }
 
 QString LauncherProcess::log() const

@@ -36,7 +36,7 @@ public:
     qint64 processId() const;
     QString output() { return QString::fromUtf8(m_process.readAllStandardOutput()); }
     QString errors() { return QString::fromUtf8(m_process.readAllStandardError()); }
-    /// Waits until its standard error holds this.
+    /// Waits until its standard error holds this, also what was waited for before.
     bool waitForError(const QString& text);
     /// The log files of its children.
     QString log() const;
@@ -59,5 +59,6 @@ private:
     const QTemporaryDir m_home;
     QProcess m_process;
     QList<qint64> m_started;
+    QString m_awaitedErrors;
     bool m_isInTerminal = false;
 };

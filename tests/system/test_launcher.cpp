@@ -9,6 +9,7 @@
 #include <QTest>
 
 #include <csignal>
+#include <memory>
 
 namespace {
 
@@ -58,6 +59,7 @@ private slots:
     void signalEndsAScanWithoutAQuestion();
     void programOutlivesALauncherThatDies();
     void closedTerminalLeavesItAlone();
+    void displayThatEndsTakesAllWithIt();
     void secondOnAnInstrumentIsRefused();
     void instrumentOfALeftProgramIsRefused();
     void whatCannotStartIsToldAndEndsIt_data();
@@ -320,6 +322,23 @@ void TestLauncher::closedTerminalLeavesItAlone()
     QVERIFY(!isThere(program));
 }
 
+void TestLauncher::displayThatEndsTakesAllWithIt()
+{
+    auto display = std::make_unique<VirtualDisplay>();
+    QVERIFY2(!display->name().isEmpty(), "Xvfb did not start");
+    LauncherProcess launcher(display->name());
+    launcher.start(kSmallest);
+    QVERIFY(LauncherProcess::waitForEmbeddingOn(*display));
+    const qint64 program = launcher.child(QStringLiteral("scn4070a"));
+    const qint64 simulator = launcher.child(QStringLiteral("scn4070a-sim"));
+    QVERIFY(program != 0);
+    QVERIFY(simulator != 0);
+    display.reset();
+    QVERIFY(launcher.waitForEnd());
+    QTRY_VERIFY_WITH_TIMEOUT(!isThere(program), kEndWaitMs);
+    QTRY_VERIFY_WITH_TIMEOUT(!isThere(simulator), kEndWaitMs);
+}
+
 void TestLauncher::secondOnAnInstrumentIsRefused()
 {
     const SimulatedInstrument instrument(SimulatedInstrument::Transport::Tcp, kSmallest);
@@ -351,6 +370,7 @@ void TestLauncher::instrumentOfALeftProgramIsRefused()
     LauncherProcess second(m_display.name());
     second.start({instrument.resource()});
     QVERIFY(second.waitForError(QStringLiteral("正被 scn4070a（进程 %1，").arg(program)));
+    QVERIFY(second.waitForError(QStringLiteral("使用。它没有窗口，仍在记录")));
     second.terminate();
     QVERIFY(second.waitForEnd());
 
