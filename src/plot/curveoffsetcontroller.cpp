@@ -7,14 +7,14 @@
 #include <qwt_scale_div.h>
 
 #include <cmath>
+#include <cstdlib>
 
 namespace {
 constexpr int kStripWidth = 45;
 constexpr QSize kMinimumSizeHint(40, 80);
 
-/// What rounding may take off a height in pixels. The offset of a dragged tag must give the height at which the
-/// tag was dropped, and not one pixel less.
-constexpr double kRoundingPixels = 1e-6;
+/// How far rounding may put a tag beside the place where a drag left it.
+constexpr int kRoundingPixels = 1;
 } // namespace
 
 CurveOffsetController::CurveOffsetController(CCurvePlot* plot, QWidget* parent)
@@ -210,8 +210,13 @@ void CurveOffsetController::placeLabels()
 void CurveOffsetController::placeLabel(QwtPlotCurve* curve, CurveLabel* label)
 {
     const double base = m_baseValues.value(curve, m_defaultBase);
-    const int top = valueToPixel(label->value(), base) - label->height() / 2;
-    label->move(0, qBound(0, top, height() - label->height()));
+    const int level = valueToPixel(label->value(), base) - label->height() / 2;
+    const int top = qBound(0, level, height() - label->height());
+    // The drag goes on from where the tag is: a pixel lost with each report would add up.
+    const bool isInPlace = label == m_activeLabel && std::abs(top - label->y()) <= kRoundingPixels;
+    if (!isInPlace) {
+        label->move(0, top);
+    }
 }
 
 /// Height of `value` above `base` in the strip, 0 at the top. Values outside the y range are clamped to
@@ -219,7 +224,7 @@ void CurveOffsetController::placeLabel(QwtPlotCurve* curve, CurveLabel* label)
 int CurveOffsetController::valueToPixel(double value, double base) const
 {
     const double share = (value + base - m_yMin) / (m_yMax - m_yMin);
-    const double pixel = height() - std::trunc(share * height() + kRoundingPixels);
+    const double pixel = height() - std::trunc(share * height());
     if (std::isnan(pixel)) {
         return 0;
     }

@@ -77,6 +77,8 @@ private slots:
     void labelLayerFillsTheStrip();
     void labelStartsAtTheCurvesAverage_data();
     void labelStartsAtTheCurvesAverage();
+    void heightIsCutToWholePixels_data();
+    void heightIsCutToWholePixels();
     void newRangeHoldsLabelsInsideTheStrip_data();
     void newRangeHoldsLabelsInsideTheStrip();
     void resizeHoldsLabelsInsideTheStrip();
@@ -153,6 +155,36 @@ void TestCurveOffsetController::labelStartsAtTheCurvesAverage()
     QCOMPARE(label->text(), QStringLiteral("101"));
     QCOMPARE(label->color(), QColor(Qt::red));
     QCOMPARE(label->value(), 0.0);
+}
+
+void TestCurveOffsetController::heightIsCutToWholePixels_data()
+{
+    QTest::addColumn<double>("yMin");
+    QTest::addColumn<double>("yMax");
+    QTest::addColumn<double>("base");
+    QTest::addColumn<int>("top");
+    QTest::newRow("exact") << 0.0 << 100.0 << 50.0 << 40;
+    QTest::newRow("29 of 100 is 28.999...96 pixels") << 0.0 << 100.0 << 29.0 << 62;
+    QTest::newRow("57 of 100 is 56.999...93 pixels") << 0.0 << 100.0 << 57.0 << 34;
+    QTest::newRow("0.7 of 10 is 6.999...99 pixels") << 0.0 << 10.0 << 0.7 << 84;
+    QTest::newRow("1.2 above -10 of 20 is 55.999...99 pixels") << -10.0 << 10.0 << 1.2 << 35;
+}
+
+void TestCurveOffsetController::heightIsCutToWholePixels()
+{
+    QFETCH(double, yMin);
+    QFETCH(double, yMax);
+    QFETCH(double, base);
+    QFETCH(int, top);
+    Fixture f;
+    f.strip->resize(45, 100);
+    emit f.plot.yAxisRangeChanged(yMin, yMax);
+    const CurveLabel* label = f.addLabel(&f.curve, base);
+    QCOMPARE(label->y(), top);
+    emit f.plot.yAxisRangeChanged(yMin - 10.0, yMax + 50.0);
+    QVERIFY(label->y() != top);
+    emit f.plot.yAxisRangeChanged(yMin, yMax);
+    QCOMPARE(label->y(), qMin(top, 80));
 }
 
 void TestCurveOffsetController::newRangeHoldsLabelsInsideTheStrip_data()
