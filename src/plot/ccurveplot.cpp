@@ -239,7 +239,9 @@ void CCurvePlot::onMagnifierZoomed(double)
         // The zoom has just requested a repaint, which must find the scale already limited.
         QwtPlot::updateAxes();
     }
-    emit valueAxisSet();
+    if (m_magnifier->isAxisEnabled(QwtPlot::yLeft)) {
+        emit valueAxisSet();
+    }
     armReloadOfMove();
 }
 

@@ -117,7 +117,7 @@ signals:
     /// The y bounds differ from those that any plot of the process last reported.
     void yAxisRangeChanged(double minY, double maxY);
 
-    /// The plot or its user has set the y bounds. They may be as before. No other plot keeps this report back.
+    /// The plot has set other y bounds, or its user has zoomed them. No other plot keeps this report back.
     void valueAxisSet();
 
     /// Part of the interface; never emitted.

@@ -48,12 +48,13 @@ void CCurvePlot::setTimeAxis(const scn::TimeSpan& span)
 /// screen follows with the next replot, together with the curves.
 void CCurvePlot::setBounds(int axis, double lower, double upper)
 {
+    const QwtInterval former = axisInterval(axis);
     // The base stores the bounds for the next change of the ticks, but divides the scale by them only on
     // a replot.
     setAxisScale(axis, lower, upper, 0);
     setAxisScaleDiv(axis, axisScaleEngine(axis)->divideScale(lower, upper, axisMaxMajor(axis),
                                                              axisMaxMinor(axis)));
-    if (axis == QwtPlot::yLeft) {
+    if (axis == QwtPlot::yLeft && axisInterval(axis) != former) {
         emit valueAxisSet();
     }
 }

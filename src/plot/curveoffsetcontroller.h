@@ -15,7 +15,7 @@ class QwtPlotCurve;
 /// stored data. Heights follow the strip's own height, not the canvas'.
 ///
 /// The strip misses reports that another plot has just made (see CCurvePlot::yAxisRangeChanged()), so it also
-/// reads the y bounds whenever its plot sets them.
+/// reads the y bounds whenever its plot sets others.
 ///
 /// Curves are identified by address only, so a deleted one does no harm. GUI thread.
 class CurveOffsetController : public QWidget

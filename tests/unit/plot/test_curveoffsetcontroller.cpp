@@ -104,6 +104,8 @@ private slots:
     void newPlotReplacesTheOld();
     void boundsThatAnotherChartReportedLastAreMissed();
     void boundsThatItsOwnPlotSetsAreNeverMissed();
+    void reportHoldsUntilTheBoundsChange();
+    void zoomInTimeLeavesTheReport();
     void zoomMovesTheLabelAtOnce();
     void reportsDoNotMoveATagOutOfTheHand();
     void stripWithoutAPlotStandsForTheUnitRange();
@@ -483,6 +485,36 @@ void TestCurveOffsetController::boundsThatItsOwnPlotSetsAreNeverMissed()
     QCOMPARE(firstLabel->y(), 40);
     QCOMPARE(secondLabel->y(), 40);
     QCOMPARE(second.addLabel(&second.other, -5.0)->y(), 140);
+}
+
+void TestCurveOffsetController::reportHoldsUntilTheBoundsChange()
+{
+    Fixture f;
+    CurveLabel* label = f.addLabel(&f.curve, 0.5);
+    f.plot.addCurve(nullptr, Qt::red, QStringLiteral("101"));
+    const qint64 now = QDateTime::currentMSecsSinceEpoch();
+    f.plot.onNewSample(now);
+    QCOMPARE(label->y(), 90); // 0 to 1, without a reading
+    emit f.plot.yAxisRangeChanged(0.0, 10.0);
+    QCOMPARE(label->y(), kHeight - 20);
+    f.plot.onNewSample(now + 50);
+    f.plot.autoScaleY();
+    QCOMPARE(label->y(), kHeight - 20);
+    f.plot.clearCurves();
+    QCOMPARE(label->y(), 85); // -10 to 10
+}
+
+void TestCurveOffsetController::zoomInTimeLeavesTheReport()
+{
+    Fixture f;
+    const CurveLabel* label = f.addLabel(&f.curve, 8.0);
+    f.plot.resize(400, 300);
+    QVERIFY(plotsupport::showSettled(f.plot));
+    plotsupport::timerOf(f.plot, false)->stop();
+    emit f.plot.yAxisRangeChanged(0.0, 20.0);
+    QCOMPARE(label->y(), 110);
+    plotsupport::turnWheel(f.plot, 1);
+    QCOMPARE(label->y(), 110);
 }
 
 void TestCurveOffsetController::zoomMovesTheLabelAtOnce()
