@@ -175,6 +175,7 @@ void CCurvePlot::setAutoScaleY(bool on)
     assertGuiThread();
     m_autoScaleY = on;
     if (!on) {
+        m_keepsValues = true;
         return;
     }
     releaseValues();
@@ -230,7 +231,6 @@ void CCurvePlot::onMagnifierZoomed(double)
 {
     assertGuiThread();
     holdView();
-    m_hasZoomedValues = m_hasZoomedValues || m_magnifier->isAxisEnabled(QwtPlot::yLeft);
     const QwtInterval time = axisInterval(QwtPlot::xBottom);
     if (time.width() > kWidestRangeMs) {
         const double centre = (time.maxValue() + time.minValue()) * 0.5;
@@ -240,6 +240,7 @@ void CCurvePlot::onMagnifierZoomed(double)
         QwtPlot::updateAxes();
     }
     if (m_magnifier->isAxisEnabled(QwtPlot::yLeft)) {
+        m_keepsValues = true;
         emit valueAxisSet();
     }
     armReloadOfMove();
@@ -274,9 +275,10 @@ void CCurvePlot::holdView()
     }
 }
 
-/// The y axis is no longer the user's.
+/// The y axis is the plot's own again, as it is.
 void CCurvePlot::releaseValues()
 {
     m_userMovedY = false;
-    m_hasZoomedValues = false;
+    m_keepsValues = false;
+    m_ownValues = axisInterval(QwtPlot::yLeft);
 }

@@ -8,6 +8,7 @@
 #include <QMap>
 #include <QPair>
 #include <QString>
+#include <qwt_interval.h>
 #include <qwt_plot.h>
 
 #include <chrono>
@@ -31,7 +32,7 @@ class ViewSurroundings;
 /// values in the channel's unit. After a clear the first reading opens a window that fills from the
 /// left; once a reading reaches its right edge, the window scrolls with the newest time. A zoom or a
 /// pan freezes the view until resumeLive() or clearCurves(); the first samples that the plot shows set
-/// the y axis even then, unless the user has zoomed it.
+/// the y axis even then, unless something other than the plot has set it.
 ///
 /// The plot holds no samples. A batch of readings only sets the axes and arms a 100 ms timer. When it
 /// expires, the series of the visible curves load the visible window and the plot is drawn once. What
@@ -162,8 +163,9 @@ private:
     bool m_followTime = true;
     bool m_autoScaleY = true;
     bool m_updatingAxes = false;
-    bool m_hasZoomedValues = false; ///< While the user holds the y axis.
-    bool m_hasShownValues = false;  ///< Since the last clear.
+    bool m_keepsValues = false;    ///< The y axis was zoomed, or its scaling was switched off.
+    QwtInterval m_ownValues;       ///< The y bounds as the plot left them.
+    bool m_hasShownValues = false; ///< Since the last clear.
     QTimer* m_reloadTimer = nullptr;
     QTimer* m_rangeCheckTimer = nullptr;
     double m_lastLowerX = 0.0;

@@ -54,7 +54,11 @@ void CCurvePlot::setBounds(int axis, double lower, double upper)
     setAxisScale(axis, lower, upper, 0);
     setAxisScaleDiv(axis, axisScaleEngine(axis)->divideScale(lower, upper, axisMaxMajor(axis),
                                                              axisMaxMinor(axis)));
-    if (axis == QwtPlot::yLeft && axisInterval(axis) != former) {
+    if (axis != QwtPlot::yLeft) {
+        return;
+    }
+    m_ownValues = axisInterval(axis);
+    if (m_ownValues != former) {
         emit valueAxisSet();
     }
 }

@@ -135,13 +135,16 @@ bool CCurvePlot::proceedWithLoad(std::chrono::milliseconds budget)
     return true;
 }
 
-/// Scales the y axis to what was just loaded. A user who holds an empty view without having zoomed its y
-/// axis has not chosen one: the first values come with theirs, or he would have to search for them.
+/// Scales the y axis to what was just loaded. A user who holds an empty view with the y bounds that the plot
+/// gave it has not chosen any: the first values come with theirs, or he would have to search for them.
 void CCurvePlot::scaleToLoad()
 {
     const bool isFirst =
         !m_hasShownValues && scn::showsValues(m_curves, axisInterval(QwtPlot::xBottom));
-    if (isFirst && m_userMovedY && !m_hasZoomedValues) {
+    // As long as nothing has set the axis, the base scales it.
+    const bool isUnset = axisAutoScale(QwtPlot::yLeft);
+    const bool isOwn = !m_keepsValues && (isUnset || axisInterval(QwtPlot::yLeft) == m_ownValues);
+    if (isFirst && m_userMovedY && isOwn) {
         scaleToValues();
     } else {
         autoScaleY();

@@ -4,6 +4,7 @@
 #include <qwt_plot_curve.h>
 
 #include <cmath>
+#include <functional>
 
 using namespace plotsupport;
 
@@ -29,7 +30,12 @@ bool isScaledTo(const CCurvePlot& plot, double lower, double upper)
     return qFuzzyCompare(values.minValue(), lower) && qFuzzyCompare(values.maxValue(), upper);
 }
 
+/// How a user or the program sets and holds the axes.
+using Hold = std::function<void(CCurvePlot&)>;
+
 } // namespace
+
+Q_DECLARE_METATYPE(Hold)
 
 /// What a zoom or a pan holds, and what gives it back.
 class TestCCurvePlotHold : public QObject
@@ -54,6 +60,9 @@ private slots:
     void valuesBesideTheViewDoNotSetTheAxis();
     void firstValuesLeaveAnAxisSetByHand_data();
     void firstValuesLeaveAnAxisSetByHand();
+    void firstValuesLeaveAnAxisSetByTheProgram_data();
+    void firstValuesLeaveAnAxisSetByTheProgram();
+    void firstValuesSetAnAxisGivenBack();
     void firstValuesSetTheAxisInEachRun();
     void hiddenCurveDoesNotSetTheAxis();
 
@@ -250,6 +259,65 @@ void TestCCurvePlotHold::firstValuesLeaveAnAxisSetByHand()
     turnWheel(*m_plot, -1);
     show(12);
     QVERIFY(isScaledTo(*m_plot, 4.0, 6.0));
+}
+
+void TestCCurvePlotHold::firstValuesLeaveAnAxisSetByTheProgram_data()
+{
+    QTest::addColumn<Hold>("hold");
+    QTest::addColumn<double>("lower");
+    QTest::addColumn<double>("upper");
+    QTest::newRow("set before the zoom") << Hold([](CCurvePlot& plot) {
+        plot.setAxisScale(QwtPlot::yLeft, -5.0, 5.0);
+        plot.replot();
+        turnWheel(plot, 1);
+    }) << -5.0 << 5.0;
+    QTest::newRow("set after the zoom") << Hold([](CCurvePlot& plot) {
+        turnWheel(plot, 1);
+        plot.setAxisScale(QwtPlot::yLeft, -5.0, 5.0);
+    }) << -5.0 << 5.0;
+    QTest::newRow("zoomed to where it was") << Hold([](CCurvePlot& plot) {
+        plot.setZoomMode(2);
+        plot.onMagnifierZoomed(1.0);
+    }) << 0.0 << 1.0;
+    QTest::newRow("left as it is") << Hold([](CCurvePlot& plot) {
+        plot.setAutoScaleY(false);
+        turnWheel(plot, 1);
+    }) << 0.0 << 1.0;
+}
+
+/// The first values leave an axis that the plot did not set.
+void TestCCurvePlotHold::firstValuesLeaveAnAxisSetByTheProgram()
+{
+    QFETCH(Hold, hold);
+    QFETCH(double, lower);
+    QFETCH(double, upper);
+    CurveSeriesData* const series = m_pool->empty(++m_used);
+    m_plot->addCurve(series, Qt::red, QStringLiteral("101"));
+    m_plot->onNewSample(kStart);
+    hold(*m_plot);
+    series->addPoint(double(kStart + 20000), 500.0);
+    m_plot->onNewSample(kStart + 20000);
+    m_plot->updateVisibleData();
+    QVERIFY(series->size() > 0);
+    const QwtInterval values = valueBounds(*m_plot);
+    QCOMPARE(values.minValue(), lower);
+    QCOMPARE(values.maxValue(), upper);
+}
+
+/// A wheel in the values, and then live again: the axis is no longer held.
+void TestCCurvePlotHold::firstValuesSetAnAxisGivenBack()
+{
+    m_plot->setZoomMode(3);
+    turnWheel(*m_plot, 3);
+    m_plot->resumeLive();
+    CurveSeriesData* const series = m_pool->empty(++m_used);
+    m_plot->addCurve(series, Qt::red, QStringLiteral("101"));
+    m_plot->setZoomMode(1);
+    turnWheel(*m_plot, 1);
+    const qint64 shown = (lowerMs(*m_plot) + upperMs(*m_plot)) / 2;
+    series->addPoint(double(shown), 500.0);
+    m_plot->updateVisibleData();
+    QVERIFY(isScaledTo(*m_plot, 499.0, 501.0));
 }
 
 void TestCCurvePlotHold::firstValuesSetTheAxisInEachRun()
