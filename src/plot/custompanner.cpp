@@ -44,6 +44,7 @@ bool CustomPanner::eventFilter(QObject* object, QEvent* event)
 {
     if (object == parentWidget() && event->type() == QEvent::Hide) {
         m_dragging = false;
+        m_accumX = 0;
     }
     return QwtPlotPanner::eventFilter(object, event);
 }

@@ -86,6 +86,7 @@ private slots:
     void moveWithoutPressChangesNothing();
     void moveAfterTheReleaseChangesNothing();
     void hidingTheChartEndsTheDrag();
+    void hidingTheChartForgetsTheRestOfTheDrag();
     void dragOfNoTimeIsNotSignalled();
     void anyButtonDrags();
     void dragHoldsTheViewAndReloads();
@@ -400,6 +401,17 @@ void TestCustomPanner::hidingTheChartEndsTheDrag()
     mouse.move(QPoint(230, 100));
     mouse.release();
     QVERIFY(timeBounds(*m_plot).minValue() < dragged.minValue());
+}
+
+void TestCustomPanner::hidingTheChartForgetsTheRestOfTheDrag()
+{
+    Mouse mouse(*m_plot);
+    mouse.press(QPoint(200, 100));
+    mouse.move(QPoint(202, 100)); // too little to pan before the release
+    m_plot->hide();
+    QVERIFY(showSettled(*m_plot));
+    mouse.release();
+    QCOMPARE(lowerMs(*m_plot), kStart);
 }
 
 void TestCustomPanner::dragOfNoTimeIsNotSignalled()
