@@ -123,7 +123,8 @@ bool CCurvePlot::proceedWithLoad(std::chrono::milliseconds budget)
     if (load != m_load) {
         return false;
     }
-    if (m_userMovedX && load->hasFetched()) {
+    // Reopening a file handles events, which may have hidden the plot.
+    if (m_userMovedX && isVisible() && load->hasFetched()) {
         m_surroundings = load->surroundings();
         installEventFilter(m_surroundings.get());
     }

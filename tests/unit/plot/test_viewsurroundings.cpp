@@ -46,6 +46,7 @@ private slots:
     void heldChartLooksAround();
     void chartThatMovesOnGivesUp_data();
     void chartThatMovesOnGivesUp();
+    void chartHiddenWithinItsLoadDoesNotLookAround();
     void clearedChartForgetsIts();
 
 private:
@@ -54,6 +55,8 @@ private:
     bool becomesKnown() const;
     scn::HeldFiles fileOf(qint64 start) const;
     void store(qint64 start);
+    bool holdEmpty(CCurvePlot& plot) const;
+    void look(CCurvePlot& plot) const;
     bool holdPast(CCurvePlot& plot) const;
 
     const SkippedWaits m_waits;
@@ -120,8 +123,8 @@ bool TestViewSurroundings::becomesKnown() const
     return false;
 }
 
-/// Has a shown plot hold a minute in the middle of the day.
-bool TestViewSurroundings::holdPast(CCurvePlot& plot) const
+/// Has a shown plot hold a view without readings.
+bool TestViewSurroundings::holdEmpty(CCurvePlot& plot) const
 {
     plot.resize(450, 300);
     plot.clearCurves();
@@ -131,8 +134,23 @@ bool TestViewSurroundings::holdPast(CCurvePlot& plot) const
     }
     turnWheel(plot, -1);
     passReloads(plot);
+    return true;
+}
+
+/// Loads a minute in the middle of the day.
+void TestViewSurroundings::look(CCurvePlot& plot) const
+{
     plot.setAxisScale(QwtPlot::xBottom, double(middle()), double(middle() + kViewMs));
     plot.updateVisibleData();
+}
+
+/// Has a shown plot hold a minute in the middle of the day.
+bool TestViewSurroundings::holdPast(CCurvePlot& plot) const
+{
+    if (!holdEmpty(plot)) {
+        return false;
+    }
+    look(plot);
     return !plot.isLoading() && m_series->size() > 0;
 }
 
@@ -219,6 +237,25 @@ void TestViewSurroundings::chartThatMovesOnGivesUp()
     // What a reload would load is not what is asked for here.
     timerOf(plot, true)->blockSignals(true);
     timerOf(plot, false)->stop();
+    QTest::qWait(500);
+    QVERIFY(!isKnown(m_start));
+}
+
+/// The file's connection was closed by others: opening it again handles events.
+void TestViewSurroundings::chartHiddenWithinItsLoadDoesNotLookAround()
+{
+    CCurvePlot plot;
+    QVERIFY(holdEmpty(plot));
+    m_store->openDb(m_store->dbPathForTime(m_start))->close();
+    bool isHiddenWithin = false;
+    QTimer::singleShot(0, &plot, [&] {
+        plot.hide();
+        isHiddenWithin = true;
+    });
+    look(plot);
+    QVERIFY(isHiddenWithin);
+    QVERIFY(!plot.isLoading());
+    QVERIFY(m_series->size() > 0);
     QTest::qWait(500);
     QVERIFY(!isKnown(m_start));
 }
