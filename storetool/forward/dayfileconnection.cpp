@@ -109,6 +109,11 @@ bool DayFileConnection::sawDamage() const
     return code == SQLITE_CORRUPT || code == SQLITE_NOTADB;
 }
 
+bool DayFileConnection::sawMisfit() const
+{
+    return sqlite3_extended_errcode(m_database) == SQLITE_ERROR;
+}
+
 bool DayFileConnection::sawLog() const
 {
     return m_mode == Mode::Unlocked &&

@@ -58,6 +58,9 @@ public:
     /// Whether the last failure means that the file is damaged, not that it is being written.
     bool sawDamage() const;
 
+    /// Whether the last failure means that the file lacks a table, or a column of one.
+    bool sawMisfit() const;
+
     /// Whether the last failure means that the file got a log meanwhile, which this mode cannot read.
     bool sawLog() const;
 

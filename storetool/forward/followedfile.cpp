@@ -14,9 +14,19 @@ namespace {
 constexpr int kFewestReadings = 200;
 constexpr int kMostHalvings = 8;
 
-const QByteArray kLastNumbers = QByteArrayLiteral(
-    "SELECT name, seq FROM sqlite_sequence WHERE name GLOB 'curve_[0-9]*_batch_[0-9]*' "
-    "AND name NOT GLOB '*[^a-z0-9_]*' ORDER BY name");
+const QByteArray kIsBatchTable =
+    QByteArrayLiteral("name GLOB 'curve_[0-9]*_batch_[0-9]*' AND name NOT GLOB '*[^a-z0-9_]*' ");
+
+const QByteArray kHasNumbers =
+    QByteArrayLiteral("SELECT 1 FROM sqlite_master WHERE name = 'sqlite_sequence'");
+
+const QByteArray kLastNumbers =
+    "SELECT name, seq FROM sqlite_sequence WHERE " + kIsBatchTable + "ORDER BY name";
+
+/// A table that never had a row has no last number.
+const QByteArray kUnnumbered = "SELECT name FROM sqlite_master WHERE type = 'table' AND " +
+                               kIsBatchTable +
+                               "AND name NOT IN (SELECT name FROM sqlite_sequence) ORDER BY name";
 
 QByteArray textOf(sqlite3_stmt* row, int column)
 {
@@ -95,64 +105,94 @@ FollowedFile::Outcome FollowedFile::readTables(ReadingBatch& batch, int limit)
     }
     m_sawDamage = false;
     const bool isRead = lookThrough(batch, limit);
-    const bool isDamaged = m_sawDamage || (!isRead && m_connection->sawDamage());
+    const bool isDamaged = isRead ? m_sawDamage && m_readAll : m_connection->sawDamage();
     m_connection->end();
     if (isDamaged) {
-        return Outcome::Damaged;
+        return Outcome::Damaged; // the rest of the file has been read
     }
     return isRead ? Outcome::Read : Outcome::Busy;
 }
 
 bool FollowedFile::lookThrough(ReadingBatch& batch, int limit)
 {
-    const qint64 schema = m_connection->number("PRAGMA schema_version");
-    if (schema < 0) {
-        return false;
-    }
-    if (schema != m_schemaVersion) {
-        for (auto& [name, table] : m_tables) {
-            table.doubt();
-        }
-    }
     m_readAll = true;
-    if (m_connection->number("SELECT 1 FROM sqlite_master WHERE name = 'sqlite_sequence'") != 1) {
+    if (m_connection->number(kHasNumbers) != 1) {
         return !m_connection->sawDamage(); // no table with readings yet
     }
-    if (schema != m_schemaVersion && !loadNames()) {
-        return false;
-    }
-    const Statement numbers = m_connection->prepare(kLastNumbers);
+    const Statement numbers = learnTables() ? m_connection->prepare(kLastNumbers) : nullptr;
     if (!numbers) {
         return false;
     }
-    const int first = batch.readings();
+    const int end = batch.readings() + limit;
     int code = SQLITE_DONE;
-    while ((code = sqlite3_step(numbers.get())) == SQLITE_ROW) {
+    while (m_readAll && (code = sqlite3_step(numbers.get())) == SQLITE_ROW) {
         const QByteArray name = textOf(numbers.get(), 0);
-        const qint64 lastNumber = sqlite3_column_int64(numbers.get(), 1);
-        BatchTableReader& table = reader(name);
-        if (!table.hasNews(lastNumber)) {
-            continue;
+        m_unnumbered.removeOne(name);
+        if (!readTable(name, sqlite3_column_int64(numbers.get(), 1), end, batch)) {
+            return false;
         }
-        const int left = limit - (batch.readings() - first);
-        if (left <= 0) {
-            m_readAll = false;
-            break;
-        }
-        BatchTableReader::Outcome outcome = BatchTableReader::Outcome::Failed;
-        if (table.isVerified() || table.verify(*m_connection, m_places.value(name))) {
-            outcome = table.read(*m_connection, m_instrument, m_names, lastNumber, left, batch);
-        }
-        if (outcome == BatchTableReader::Outcome::Failed) {
-            if (!m_connection->sawDamage()) {
-                return false;
-            }
-            m_sawDamage = true; // the other tables may be whole
-        }
-        m_readAll = m_readAll && outcome != BatchTableReader::Outcome::More;
+    }
+    return (code == SQLITE_DONE || code == SQLITE_ROW) && readUnnumbered(end, batch);
+}
+
+/// Learns the names again if tables were created or dropped.
+bool FollowedFile::learnTables()
+{
+    const qint64 schema = m_connection->number("PRAGMA schema_version");
+    if (schema < 0 || schema == m_schemaVersion) {
+        return schema >= 0;
+    }
+    for (auto& [name, table] : m_tables) {
+        table.doubt();
+    }
+    if (!loadNames() || !loadUnnumbered()) {
+        return false;
     }
     m_schemaVersion = schema;
-    return code == SQLITE_DONE || code == SQLITE_ROW;
+    return true;
+}
+
+/// Adds what is new in a table, up to the batch's `end`. False if the file cannot be read now.
+bool FollowedFile::readTable(const QByteArray& name, qint64 lastNumber, int end,
+                             ReadingBatch& batch)
+{
+    BatchTableReader& table = reader(name);
+    if (!table.hasNews(lastNumber)) {
+        return true;
+    }
+    const int left = end - batch.readings();
+    if (left <= 0) {
+        m_readAll = false;
+        return true;
+    }
+    BatchTableReader::Outcome outcome = BatchTableReader::Outcome::Failed;
+    if (table.isVerified() || table.verify(*m_connection, m_places.value(name))) {
+        outcome = table.read(*m_connection, m_instrument, m_names, lastNumber, left, batch);
+    }
+    if (outcome == BatchTableReader::Outcome::Failed) {
+        if (!m_connection->sawDamage() && !m_connection->sawMisfit()) {
+            return false;
+        }
+        m_sawDamage = true; // the other tables may be whole
+    }
+    m_readAll = m_readAll && outcome != BatchTableReader::Outcome::More;
+    return true;
+}
+
+/// Rows without a last number have lost it.
+bool FollowedFile::readUnnumbered(int end, ReadingBatch& batch)
+{
+    for (const QByteArray& name : qAsConst(m_unnumbered)) {
+        const qint64 lastNumber = m_connection->number("SELECT max(id) FROM \"" + name + '"');
+        if (lastNumber == 0) {
+            continue;
+        }
+        m_sawDamage = true;
+        if (!readTable(name, lastNumber, end, batch)) {
+            return false;
+        }
+    }
+    return true;
 }
 
 BatchTableReader& FollowedFile::reader(const QByteArray& table)
@@ -172,6 +212,17 @@ bool FollowedFile::loadNames()
         const QByteArray name = storableText(stored);
         m_hasSpoiltNames = m_hasSpoiltNames || name != stored;
         m_names.insert(sqlite3_column_int64(names.get(), 0), name);
+    }
+    return code == SQLITE_DONE;
+}
+
+bool FollowedFile::loadUnnumbered()
+{
+    m_unnumbered.clear();
+    const Statement names = m_connection->prepare(kUnnumbered);
+    int code = SQLITE_ERROR;
+    while (names && (code = sqlite3_step(names.get())) == SQLITE_ROW) {
+        m_unnumbered.append(textOf(names.get(), 0));
     }
     return code == SQLITE_DONE;
 }
@@ -201,9 +252,11 @@ void FollowedFile::dropRead()
 QList<QByteArray> FollowedFile::tables() const
 {
     QList<QByteArray> names;
-    const Statement numbers = m_connection->prepare(kLastNumbers);
-    while (numbers && sqlite3_step(numbers.get()) == SQLITE_ROW) {
-        names.append(textOf(numbers.get(), 0));
+    for (const QByteArray& sql : {kLastNumbers, kUnnumbered}) {
+        const Statement tables = m_connection->prepare(sql);
+        while (tables && sqlite3_step(tables.get()) == SQLITE_ROW) {
+            names.append(textOf(tables.get(), 0));
+        }
     }
     return names;
 }

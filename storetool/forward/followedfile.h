@@ -6,6 +6,7 @@
 
 #include <QByteArray>
 #include <QHash>
+#include <QList>
 #include <QString>
 
 #include <chrono>
@@ -79,8 +80,12 @@ public:
 private:
     Outcome readTables(ReadingBatch& batch, int limit);
     bool lookThrough(ReadingBatch& batch, int limit);
+    bool learnTables();
+    bool readTable(const QByteArray& name, qint64 lastNumber, int end, ReadingBatch& batch);
+    bool readUnnumbered(int end, ReadingBatch& batch);
     BatchTableReader& reader(const QByteArray& table);
     bool loadNames();
+    bool loadUnnumbered();
     bool isSpoilt() const;
 
     const QString m_path;
@@ -89,6 +94,7 @@ private:
     /// Ends before the connection, with the statements.
     std::map<QByteArray, BatchTableReader> m_tables;
     BatchTableReader::CurveNames m_names;
+    QList<QByteArray> m_unnumbered; ///< Tables that SQLite keeps no last number for.
     KnownPlaces m_places;
     FileSignature m_signature;
     qint64 m_dataVersion = -1;

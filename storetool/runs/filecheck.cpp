@@ -56,6 +56,7 @@ void FileCheck::run()
         }
         checkNames();
         compareCatalogue(catalogue);
+        checkNumbers(catalogue);
         for (const ListedTable& table : qAsConst(catalogue.tables)) {
             checkTable(catalogue, table);
         }
@@ -129,6 +130,33 @@ void FileCheck::compareCatalogue(const RunFile::Catalogue& catalogue)
             tellDamage(
                 QStringLiteral("table %1 is there but not listed, so that no export finds it")
                     .arg(name));
+        }
+    }
+}
+
+/// SQLite keeps the last number of each table that ever had a row. Whoever follows the file relies on it.
+void FileCheck::checkNumbers(const RunFile::Catalogue& catalogue)
+{
+    const QString numbers = QStringLiteral("sqlite_sequence");
+    QStringList numbered;
+    if (!catalogue.existing.contains(numbers)) {
+        return; // no table had a row
+    }
+    m_file.query(QStringLiteral("SELECT name FROM sqlite_sequence"), {},
+                 [&numbered](const QSqlQuery& row) { numbered.append(row.value(0).toString()); });
+    for (const QString& name : qAsConst(numbered)) {
+        if (!catalogue.existing.contains(name)) {
+            tellDamage(QStringLiteral("has a last number for table %1, which is not there")
+                           .arg(name.simplified()));
+        }
+    }
+    for (const ListedTable& table : catalogue.tables) {
+        if (catalogue.existing.contains(table.name) && !numbered.contains(table.name)) {
+            m_file.query(QStringLiteral("SELECT 1 FROM %1 LIMIT 1").arg(quotedName(table.name)), {},
+                         [this, &table](const QSqlQuery&) {
+                             tellDamage(QStringLiteral("table %1 has readings, but no last number")
+                                            .arg(table.name));
+                         });
         }
     }
 }

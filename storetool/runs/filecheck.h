@@ -30,6 +30,7 @@ private:
     void checkStructure(const QString& table);
     void checkNames();
     void compareCatalogue(const RunFile::Catalogue& catalogue);
+    void checkNumbers(const RunFile::Catalogue& catalogue);
     void checkTable(const RunFile::Catalogue& catalogue, const ListedTable& table);
     bool countRows(const ListedTable& table, RowCounts& rows);
     bool readTimes(const ListedTable& table, const QString& curve, CheckedTable& checked);

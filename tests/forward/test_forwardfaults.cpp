@@ -72,6 +72,9 @@ private slots:
     void strayFileHidesNoInstrument();
     void spoiltNameHoldsNobodyBack_data();
     void spoiltNameHoldsNobodyBack();
+    void spoiltNumberHoldsNobodyBack_data();
+    void spoiltNumberHoldsNobodyBack();
+    void damagedFileIsReadToItsEnd();
     void tableThatDoesNotFitIsRefused_data();
     void tableThatDoesNotFitIsRefused();
     void partitionsOfAnAdministratorAreUsed_data();
@@ -215,6 +218,59 @@ void TestForwardFaults::spoiltNameHoldsNobodyBack()
     QCOMPARE(readings.filter(QStringLiteral("MY1")),
              readingsets::inFile(sound, QStringLiteral("MY1")));
     QCOMPARE(readings.filter(QStringLiteral("MY2")).size(), 20);
+}
+
+void TestForwardFaults::spoiltNumberHoldsNobodyBack_data()
+{
+    QTest::addColumn<QString>("harm");
+
+    QTest::newRow("of no table")
+        << QStringLiteral("INSERT INTO sqlite_sequence VALUES ('%1', 5)").arg(table(9));
+    QTest::newRow("of another name")
+        << QStringLiteral("UPDATE sqlite_sequence SET name = replace(name, 'curve_1', 'kurve_1')");
+    QTest::newRow("lost")
+        << QStringLiteral("DELETE FROM sqlite_sequence WHERE name = '%1'").arg(table(1));
+    QTest::newRow("no column")
+        << QStringLiteral("ALTER TABLE %1 RENAME COLUMN timestamp TO moment").arg(table(9));
+}
+
+/// SQLite's own list of the tables' last numbers does not match the tables.
+void TestForwardFaults::spoiltNumberHoldsNobodyBack()
+{
+    QFETCH(QString, harm);
+
+    const QString path = file(QStringLiteral("MY1"));
+    const auto day = writer(path, 3);
+    const QStringList expected = readingsets::inFile(path, QStringLiteral("MY1"));
+    if (harm.startsWith(QLatin1String("ALTER"))) {
+        day->addBatch(9, localTime(kMorning), table(9), points(10, 9, localTime(kMorning)));
+    }
+    day->execute(harm);
+    const QString sentence = path + QStringLiteral(" is damaged: ");
+    {
+        FollowerProcess follower({m_directory->path(), kTo, m_server->address()});
+        QVERIFY(isForwarded(expected));
+        QTRY_COMPARE_WITH_TIMEOUT(follower.errors().count(sentence), 1, kForwardPatienceMs);
+    }
+    QCOMPARE(m_server->psql(QStringLiteral("DROP TABLE reading, reading_place")), QString());
+    QCOMPARE(once(), 2);
+    QVERIFY2(m_errors.contains(sentence), qPrintable(m_errors));
+    QCOMPARE(readingsets::inDatabase(*m_server), expected);
+}
+
+/// More than one turn takes from a file.
+void TestForwardFaults::damagedFileIsReadToItsEnd()
+{
+    const QString path = file(QStringLiteral("MY1"));
+    const auto day = writer(path, 1);
+    day->addCurve(2, QStringLiteral("102(Ω)"));
+    day->addBatch(2, localTime(kMorning), table(2), points(25000, 1.0, localTime(kMorning)));
+    const QStringList expected = readingsets::inFile(path, QStringLiteral("MY1"));
+    // Read before those that are whole.
+    day->execute(QStringLiteral("INSERT INTO sqlite_sequence VALUES ('%1', 5)")
+                     .arg(table(1).replace(QLatin1String("curve_1"), QLatin1String("curve_0"))));
+    QCOMPARE(once(), 2);
+    QCOMPARE(readingsets::difference(expected, readingsets::inDatabase(*m_server)), QString());
 }
 
 void TestForwardFaults::tableThatDoesNotFitIsRefused_data()

@@ -189,6 +189,15 @@ void TestStoreCheck::damageIsASentence_data()
     row("name with a zero", "20260112.db has a name for curve 2 that is no text.",
         sql(QStringLiteral("UPDATE curve_info SET name = 'a' || char(0) || 'b' WHERE "
                            "curve_id = 2")));
+    row("number without a table",
+        "20260112.db has a last number for table curve_9_batch_20260112_060000_20260112_115959, "
+        "which is not there.",
+        sql(QStringLiteral("INSERT INTO sqlite_sequence VALUES "
+                           "('curve_9_batch_20260112_060000_20260112_115959', 5)")));
+    row("table without a number",
+        "20260112.db table curve_1_batch_20260112_060000_20260112_115959 has readings, but no last "
+        "number.",
+        sql(QStringLiteral("DELETE FROM sqlite_sequence WHERE name = '%1'").arg(kTable)));
     row("foreign reading",
         "20260112.db table curve_1_batch_20260112_060000_20260112_115959 has 1 reading of another "
         "curve.",
