@@ -108,11 +108,11 @@ BatchTableReader::Outcome BatchTableReader::read(const DayFileConnection& file,
         }
     }
     sqlite3_reset(rows);
-    if (code != SQLITE_DONE) {
-        return Outcome::Failed;
-    }
     if (count > 0) {
         batch.addPlace(instrument, m_table, m_placeRead);
+    }
+    if (code != SQLITE_DONE) {
+        return Outcome::Failed;
     }
     if (count == limit) {
         m_lastNumberRead = m_placeRead.lastId;

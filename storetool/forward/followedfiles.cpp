@@ -173,7 +173,6 @@ void FollowedFiles::openFile(const QString& path, const StoredRun& run,
     if (connection) {
         m_open.push_back(std::make_unique<FollowedFile>(path, storableText(run.serial.toUtf8()),
                                                         signature, std::move(connection)));
-        m_damaged.remove(path);
     } else if (isDamaged) {
         m_done.insert(path, signature);
         noteDamage(path);
@@ -207,6 +206,11 @@ void FollowedFiles::setAside(const FollowedFile& file)
 void FollowedFiles::noteSpoilt(const FollowedFile& file)
 {
     noteDamage(file.path());
+}
+
+void FollowedFiles::noteWhole(const FollowedFile& file)
+{
+    m_damaged.remove(file.path());
 }
 
 QStringList FollowedFiles::takeDamageNews()

@@ -43,6 +43,9 @@ public:
 
     /// A file that is read although some of it is damaged.
     void noteSpoilt(const FollowedFile& file);
+
+    /// A file that was read to its end without a damage: the next one is news.
+    void noteWhole(const FollowedFile& file);
     bool sawDamage() const { return !m_damaged.isEmpty(); }
 
     /// Damaged files that nobody was told of yet.

@@ -211,6 +211,9 @@ Forwarder::Turn Forwarder::keepRead()
         const bool isDamaged =
             std::find(m_damaged.cbegin(), m_damaged.cend(), file) != m_damaged.cend();
         isFull = isFull || (!isDamaged && !file->isComplete());
+        if (!isDamaged && file->isComplete() && !file->hasSpoiltNames()) {
+            m_files.noteWhole(*file);
+        }
     }
     for (const FollowedFile* file : m_damaged) {
         m_files.setAside(*file);

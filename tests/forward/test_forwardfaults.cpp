@@ -8,9 +8,12 @@
 #include <QFileInfo>
 #include <QRegularExpression>
 #include <QTest>
+#include <QtEndian>
 
 #include <sys/stat.h>
 #include <unistd.h>
+
+#include <csignal>
 
 namespace {
 
@@ -56,6 +59,29 @@ QString linkTo(const QString& file, const QDir& kept)
     return link;
 }
 
+constexpr double kMarkedValue = 1000000.5;
+
+/// Destroys the first leaf of a table that has this value.
+bool spoilPageWith(const QString& path, double value)
+{
+    constexpr int kPageSizePlace = 16;
+    constexpr char kTableLeaf = 13;
+    QFile database(path);
+    if (!database.open(QIODevice::ReadWrite)) {
+        return false;
+    }
+    QByteArray bytes(sizeof(value), '\0');
+    qToBigEndian(value, bytes.data());
+    const QByteArray content = database.readAll();
+    const int size = qFromBigEndian<quint16>(content.constData() + kPageSizePlace);
+    for (int page = size; page < content.size(); page += size) {
+        if (content.at(page) == kTableLeaf && content.mid(page, size).contains(bytes)) {
+            return database.seek(page) && database.write(QByteArray(size, '\xff')) == size;
+        }
+    }
+    return false;
+}
+
 } // namespace
 
 /// What keeps scn4070a-store forward from a file or from the server: what it says, and that the rest goes on.
@@ -75,6 +101,7 @@ private slots:
     void spoiltNumberHoldsNobodyBack_data();
     void spoiltNumberHoldsNobodyBack();
     void damagedFileIsReadToItsEnd();
+    void damageOfAGrowingFileIsToldOnce();
     void tableThatDoesNotFitIsRefused_data();
     void tableThatDoesNotFitIsRefused();
     void partitionsOfAnAdministratorAreUsed_data();
@@ -271,6 +298,38 @@ void TestForwardFaults::damagedFileIsReadToItsEnd()
                      .arg(table(1).replace(QLatin1String("curve_1"), QLatin1String("curve_0"))));
     QCOMPARE(once(), 2);
     QCOMPARE(readingsets::difference(expected, readingsets::inDatabase(*m_server)), QString());
+}
+
+void TestForwardFaults::damageOfAGrowingFileIsToldOnce()
+{
+    constexpr int kReadings = 40;
+    constexpr int kIntervalMs = 250;
+
+    const QString path = file(QStringLiteral("MY1"));
+    const auto day = writer(path, 1);
+    day->addCurve(2, QStringLiteral("102(Ω)"));
+    day->addBatch(2, localTime(kMorning), table(2),
+                  points(5000, kMarkedValue, localTime(kMorning)));
+    day->execute(QStringLiteral("PRAGMA wal_checkpoint(TRUNCATE)"));
+    QVERIFY(spoilPageWith(path, kMarkedValue + 250.0));
+    FollowerProcess follower({m_directory->path(), kTo, m_server->address()});
+    for (int i = 0; i < kReadings; ++i) {
+        const qint64 time = localTime("2026-01-12 07:00:00.000") + i * kIntervalMs;
+        day->execute(insertion(1, time, QStringLiteral("1")));
+        QTest::qWait(kIntervalMs);
+    }
+    const QString ofSoundCurve =
+        QStringLiteral("SELECT count(*) FROM reading WHERE curve = '101(Ω)'");
+    QTRY_COMPARE_WITH_TIMEOUT(m_server->psql(ofSoundCurve), QString::number(10 + kReadings),
+                              kForwardPatienceMs);
+    follower.signal(SIGTERM);
+    QCOMPARE(follower.exitCode(), 0);
+    QCOMPARE(follower.errors().count(QStringLiteral(" is damaged: ")), 1);
+    // What comes before the damage is not sent again and again.
+    const auto sent = QRegularExpression(QStringLiteral("(\\d+) readings forwarded"))
+                          .match(follower.errors())
+                          .captured(1);
+    QVERIFY2(!sent.isEmpty() && sent.toInt() < 6000, qPrintable(follower.errors()));
 }
 
 void TestForwardFaults::tableThatDoesNotFitIsRefused_data()
