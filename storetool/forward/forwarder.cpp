@@ -198,6 +198,7 @@ bool Forwarder::store(const ReadingBatch& batch)
     for (const FollowedFile* file : m_read) {
         waitingSince = std::min(waitingSince, file->completeAt());
     }
+    m_report.noteNews(m_table.takeNews());
     m_report.noteStored(batch.readings(), m_table.newReadings(), waitingSince);
     m_lastProgress = Clock::now();
     return true;

@@ -37,6 +37,13 @@ void ForwardReport::noteStored(qint64 readings, qint64 newReadings, Clock::time_
     m_longestLag = std::max(m_longestLag, Clock::now() - waitingSince);
 }
 
+void ForwardReport::noteNews(const QStringList& sentences)
+{
+    for (const QString& sentence : sentences) {
+        say(sentence);
+    }
+}
+
 void ForwardReport::noteFault(const QString& sentence)
 {
     if (sentence != m_fault) {
@@ -58,10 +65,7 @@ void ForwardReport::noteFiles(FollowedFiles& files)
     for (const QString& path : damaged) {
         say(QStringLiteral("%1 is damaged: what cannot be read in it is not forwarded.").arg(path));
     }
-    const QStringList faults = files.takeFaultNews();
-    for (const QString& sentence : faults) {
-        say(sentence);
-    }
+    noteNews(files.takeFaultNews());
     const int unusable = files.unusableReadings();
     if (unusable > m_unusable) {
         say(QStringLiteral("%1 readings have a time that the database does not know and are not "

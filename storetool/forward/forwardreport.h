@@ -25,6 +25,9 @@ public:
     /// Readings went into the database; the oldest had waited since this moment.
     void noteStored(qint64 readings, qint64 newReadings, Clock::time_point waitingSince);
 
+    /// Sentences that are told as they are.
+    void noteNews(const QStringList& sentences);
+
     /// The server failed; the same fault is told once.
     void noteFault(const QString& sentence);
     void noteServer();

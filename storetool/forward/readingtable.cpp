@@ -3,8 +3,10 @@
 #include "storetool/console/interrupt.h"
 
 #include <QDate>
+#include <QDateTime>
 
 #include <algorithm>
+#include <utility>
 
 namespace scnstore {
 
@@ -41,7 +43,6 @@ const QByteArray kCreateIncoming =
                       "instrument text, source text, first_time bigint, last_id bigint, "
                       "last_time bigint, last_value double precision) ON COMMIT DELETE ROWS");
 
-/// In one order, so that two programs with the same files do not wait for each other.
 /// In one order, so that two programs with the same files do not wait for each other.
 const QByteArray kMergeReadings =
     QByteArrayLiteral("INSERT INTO reading (instrument, curve, time, value) "
@@ -92,6 +93,13 @@ struct Day
     QByteArray name;
     QByteArray midnight;
 };
+
+/// Whether a reading can have been taken on a day. The clocks of two places differ by a day at most.
+bool isPlausible(qint64 day)
+{
+    const QDate date = QDate(1970, 1, 1).addDays(day);
+    return date >= QDate(2020, 1, 1) && date <= QDateTime::currentDateTimeUtc().date().addDays(2);
+}
 
 quint64 bitsFrom(const QByteArray& hex)
 {
@@ -154,17 +162,44 @@ bool ReadingTable::ensurePartitions(const QSet<qint64>& days)
 {
     constexpr int kMostNewDays = 200;
     const QSet<qint64> newDays = days - m_days;
-    if (newDays.size() > kMostNewDays) {
-        bool isRightMissing = false;
-        return createPartition("reading_rest", "DEFAULT", &isRightMissing);
-    }
+    const bool isCrowd = newDays.size() > kMostNewDays;
+    QSet<qint64> strange;
     for (const qint64 day : newDays) {
+        if (isCrowd && !isPlausible(day)) {
+            strange.insert(day);
+            continue;
+        }
         if (isInterrupted() || !ensurePartition(day)) {
             return false;
         }
         m_days.insert(day);
     }
+    return strange.isEmpty() || ensureRest(strange);
+}
+
+/// What has no day of its own is together.
+bool ReadingTable::ensureRest(const QSet<qint64>& days)
+{
+    bool isRightMissing = false;
+    if (!createPartition("reading_rest", "DEFAULT", &isRightMissing)) {
+        return false;
+    }
+    if (isRightMissing) {
+        m_uncreated += days;
+        return true;
+    }
+    if (!m_hasToldRest) {
+        m_hasToldRest = true;
+        m_news.append(QStringLiteral("The readings of %1 days go into reading_rest together: a "
+                                     "clock is wrong, or a file is damaged.")
+                          .arg(days.size()));
+    }
     return true;
+}
+
+QStringList ReadingTable::takeNews()
+{
+    return std::exchange(m_news, {});
 }
 
 QString ReadingTable::errorText() const

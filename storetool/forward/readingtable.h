@@ -8,6 +8,7 @@
 #include <QList>
 #include <QSet>
 #include <QString>
+#include <QStringList>
 
 namespace scnstore {
 
@@ -37,10 +38,14 @@ public:
     /// The readings of the last batch that were new to the table.
     qint64 newReadings() const { return m_newReadings; }
 
+    /// Sentences about what it stored that nobody was told yet.
+    QStringList takeNews();
+
 private:
     bool fits();
     bool ensurePartitions(const QSet<qint64>& days);
     bool ensurePartition(qint64 day);
+    bool ensureRest(const QSet<qint64>& days);
     bool createPartition(const QByteArray& name, const QByteArray& bounds, bool* isRightMissing);
     bool merge(const ReadingBatch& batch);
 
@@ -49,6 +54,8 @@ private:
     QSet<qint64> m_days; ///< Those that need no partition any more.
     qint64 m_newReadings = 0;
     QSet<qint64> m_uncreated; ///< Those that this role made no partition for.
+    QStringList m_news;
+    bool m_hasToldRest = false;
 };
 
 } // namespace scnstore

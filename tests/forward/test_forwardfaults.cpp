@@ -109,6 +109,7 @@ private slots:
     void missingPartitionIsNamed();
     void missingRightEndsItAtTheStart();
     void garbageTimesShareAPartition();
+    void eachDayOfAnArchiveHasItsPartition();
     void otherEncodingIsRefusedAtTheStart();
     void faultOfTheServerIsToldOnce();
     void followersOfTheSameFilesDoNotMeet();
@@ -443,11 +444,37 @@ void TestForwardFaults::garbageTimesShareAPartition()
     QCOMPARE(once(), 0);
     QCOMPARE(readingsets::difference(expected, readingsets::inDatabase(*m_server)), QString());
     QVERIFY(m_server->psql(QStringLiteral("SELECT count(*) FROM pg_inherits")).toInt() < 300);
+    QCOMPARE(m_errors.count(QStringLiteral("The readings of 3000 days go into reading_rest "
+                                           "together: ")),
+             1);
+    QCOMPARE(m_server->psql(QStringLiteral("SELECT count(*) FROM reading_rest")),
+             QStringLiteral("3000"));
     // A day of its own as before.
     day->execute(insertion(1, localTime("2026-01-20 07:00:00.000"), QStringLiteral("1")));
     QCOMPARE(once(), 0);
     QCOMPARE(m_server->psql(QStringLiteral("SELECT count(*) FROM reading_20260120")),
              QStringLiteral("1"));
+}
+
+/// Many new days at once are no garbage.
+void TestForwardFaults::eachDayOfAnArchiveHasItsPartition()
+{
+    constexpr int kDays = 210;
+    constexpr qint64 kDayMs = 86400000;
+    const auto day = writer(file(QStringLiteral("MY1")), 0);
+    day->addCurve(1, QStringLiteral("101(Ω)"));
+    QVector<QPointF> readings;
+    for (int i = 0; i < kDays; ++i) {
+        readings.append(
+            {static_cast<double>(localTime("2021-06-01 06:00:00.000") - i * kDayMs), 1.0});
+    }
+    day->addBatch(1, localTime(kMorning), table(7), readings);
+    QCOMPARE(once(), 0);
+    QCOMPARE(m_server->psql(QStringLiteral("SELECT count(DISTINCT tableoid) FROM reading")),
+             QString::number(kDays));
+    QCOMPARE(m_server->psql(QStringLiteral("SELECT to_regclass('reading_rest') IS NULL")),
+             QStringLiteral("t"));
+    QVERIFY2(!m_errors.contains(QStringLiteral("reading_rest")), qPrintable(m_errors));
 }
 
 void TestForwardFaults::otherEncodingIsRefusedAtTheStart()
