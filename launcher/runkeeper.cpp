@@ -1,5 +1,6 @@
 #include "launcher/runkeeper.h"
 
+#include "launcher/keptnames.h"
 #include "launcher/place/fileuse.h"
 
 #include <QCoreApplication>
@@ -22,18 +23,6 @@ QString text(const char* source)
     return QCoreApplication::translate("RunKeeper", source);
 }
 
-QString pathIn(const QString& directory, const QString& name)
-{
-    return directory + QLatin1Char('/') + name;
-}
-
-bool isSameFile(const QString& one, const QString& other)
-{
-    const auto first = factsOf(one);
-    const auto second = factsOf(other);
-    return first && second && first->isSameFile(*second);
-}
-
 /// When the run in a data directory began: the oldest of its files was made then.
 QDateTime startOf(const QString& directory)
 {
@@ -53,33 +42,6 @@ KeptRun* runWith(QVector<KeptRun>& runs, const QString& directory, const QString
         return isSameFile(candidate.path(name), pathIn(directory, name));
     });
     return run == runs.end() ? nullptr : &*run;
-}
-
-/// Writes down that a name in the run's folder is the archive's.
-void record(KeptRun& run, const QString& name)
-{
-    const auto facts = factsOf(run.path(name));
-    const QString number = facts ? QString::number(facts->number) : QString();
-    if (run.files.value(name) != number) {
-        run.files.insert(name, number);
-        run.write();
-    }
-}
-
-/// Whether a name is one that the archive gave.
-bool isOwn(const KeptRun& run, const QString& name)
-{
-    const auto facts = factsOf(run.path(name));
-    return facts && run.files.value(name) == QString::number(facts->number);
-}
-
-/// Takes a name away that the archive gave.
-void unlink(KeptRun& run, const QString& name)
-{
-    if (isOwn(run, name) && QFile::remove(run.path(name))) {
-        run.files.remove(name);
-        run.write();
-    }
 }
 
 } // namespace
@@ -170,15 +132,33 @@ void RunKeeper::keepDirectory(const QString& directory, Writer writer)
         KeptRun* run = runWith(runs, directory, name);
         if (!run) {
             const bool isNew = runs.isEmpty() || QFileInfo::exists(runs.constLast().path(name));
-            if ((isNew && !addRun(runs, directory)) || !link(runs.last(), directory, name)) {
+            if (isForbidden(directory, name) || (isNew && !addRun(runs, directory))) {
+                continue;
+            }
+            if (!link(runs.last(), directory, name)) {
+                if (isNew) {
+                    runs.removeLast();
+                }
                 continue;
             }
             run = &runs.last();
         }
         record(*run, name);
-        keepSideFile(*run, directory, {name, kWal, true});
-        keepSideFile(*run, directory, {name, kJournal, writer == Writer::Ended});
+        keepSideFile(*run, directory, {name, kWal, false, true});
+        keepSideFile(*run, directory, {name, kJournal, true, writer == Writer::Ended});
     }
+}
+
+/// Whether a file may have no second name, which does not change while it is there.
+bool RunKeeper::isForbidden(const QString& directory, const QString& name)
+{
+    const QString path = pathIn(directory, name);
+    const auto facts = factsOf(path);
+    if (!facts || m_forbidden.value(path) != facts->number) {
+        return false;
+    }
+    tellMissingRight(directory);
+    return true;
 }
 
 bool RunKeeper::addRun(QVector<KeptRun>& runs, const QString& directory)
@@ -205,77 +185,16 @@ bool RunKeeper::link(KeptRun& run, const QString& directory, const QString& name
         return true;
     }
     tellFailure(error, directory);
+    const auto facts = factsOf(pathIn(directory, name));
+    if (facts && error == std::errc::operation_not_permitted) {
+        m_forbidden.insert(pathIn(directory, name), facts->number);
+    }
     if (run.files.isEmpty()) {
         QFile::remove(keptRunFacts(run.folder));
         QDir().rmdir(run.folder);
         QDir().rmdir(QFileInfo(run.folder).path());
     }
     return false;
-}
-
-/// Gives a log the second name that goes with its day file's, if it may, and takes that of another away.
-void RunKeeper::keepSideFile(KeptRun& run, const QString& directory, const SideFile& file)
-{
-    const QString name = file.dayFile + file.ending;
-    const QString original = pathIn(directory, name);
-    const QString second = run.path(name);
-    if (isSameFile(original, second)) {
-        m_vanished.remove(second);
-        record(run, name);
-        return;
-    }
-    const bool isThere = QFileInfo::exists(original);
-    const bool hasSecond = factsOf(second).has_value();
-    if (isThere) {
-        m_vanished.remove(second);
-    }
-    if (isThere && file.links && (!hasSecond || isOwn(run, name))) {
-        linkSideFile(run, directory, file);
-    } else if (hasSecond && (isThere || isDoneWith(run, file) || hasVanishedFor(second)) &&
-               belongsTo(run, directory, file)) {
-        unlink(run, name);
-        m_vanished.remove(second);
-    }
-}
-
-/// The log of the next run may have come since the day file was looked at, and a program may have begun to
-/// write. SQLite would play either back into the kept file.
-void RunKeeper::linkSideFile(KeptRun& run, const QString& directory, const SideFile& file)
-{
-    const QString name = file.dayFile + file.ending;
-    const QString fresh = run.pathBefore(name);
-    QFile::remove(fresh);
-    if (addName(pathIn(directory, name), fresh)) {
-        return;
-    }
-    if (belongsTo(run, directory, file) && !isDoneWith(run, file) &&
-        isSameFile(pathIn(directory, name), fresh) && !moveName(fresh, run.path(name))) {
-        record(run, name);
-    }
-    QFile::remove(fresh);
-}
-
-/// Whether what is beside the day file of a directory is beside the same one as in the kept run.
-bool RunKeeper::belongsTo(const KeptRun& run, const QString& directory, const SideFile& file)
-{
-    return isSameFile(pathIn(directory, file.dayFile), run.path(file.dayFile));
-}
-
-/// Whether a rollback journal is not one that a killed program left: the others would undo what was
-/// committed.
-bool RunKeeper::isDoneWith(const KeptRun& run, const SideFile& file)
-{
-    return file.ending == kJournal && isOpenElsewhere(run.path(file.dayFile));
-}
-
-/// The deletion of a run may have got as far as its log: then the kept one is needed.
-bool RunKeeper::hasVanishedFor(const QString& path)
-{
-    QElapsedTimer& since = m_vanished[path];
-    if (!since.isValid()) {
-        since.start();
-    }
-    return since.elapsed() >= m_vanishedFor.count();
 }
 
 void RunKeeper::tellFailure(const std::error_code& error, const QString& directory)
@@ -286,10 +205,15 @@ void RunKeeper::tellFailure(const std::error_code& error, const QString& directo
     if (isWithoutLinks(error)) {
         tellMissingLinks();
     } else if (error == std::errc::operation_not_permitted) {
-        m_problem = text("没有权限为 %1 中的文件建立硬链接，其测量数据没有保留").arg(directory);
+        tellMissingRight(directory);
     } else {
         m_problem = text("无法写入 %1，测量数据没有保留").arg(m_runsFolder);
     }
+}
+
+void RunKeeper::tellMissingRight(const QString& directory)
+{
+    m_problem = text("没有权限为 %1 中的文件建立硬链接，其测量数据没有保留").arg(directory);
 }
 
 void RunKeeper::tellMissingLinks()

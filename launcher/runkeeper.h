@@ -48,11 +48,13 @@ private:
     {
         QString dayFile;
         QString ending;
-        bool links; ///< It may have a second name now.
+        bool isJournal; ///< For rolling back.
+        bool links;     ///< It may have a second name now.
     };
 
     void probe();
     void keepDirectory(const QString& directory, Writer writer);
+    bool isForbidden(const QString& directory, const QString& name);
     bool addRun(QVector<KeptRun>& runs, const QString& directory);
     bool link(KeptRun& run, const QString& directory, const QString& name);
     void keepSideFile(KeptRun& run, const QString& directory, const SideFile& file);
@@ -61,6 +63,7 @@ private:
     static bool isDoneWith(const KeptRun& run, const SideFile& file);
     bool hasVanishedFor(const QString& path);
     void tellFailure(const std::error_code& error, const QString& directory);
+    void tellMissingRight(const QString& directory);
     void tellMissingLinks();
 
     const QString m_folder;
@@ -72,6 +75,8 @@ private:
     QHash<QString, QVector<KeptRun>> m_runs;
     /// Logs that are no longer beside their day files.
     QHash<QString, QElapsedTimer> m_vanished;
+    /// The numbers of files that may have no second name, by path.
+    QHash<QString, quint64> m_forbidden;
     QString m_problem;
     bool m_isWithoutLinks = false;
 };

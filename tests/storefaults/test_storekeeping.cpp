@@ -62,11 +62,12 @@ bool playRun(CurveDataDB& store, const QString& directory, int run)
     while (count < kReadings / 2) {
         append(++count);
     }
-    // A run lasts longer than it takes to give it a second name.
+    // A run lasts longer than it takes to give its file and its log second names.
     const QString file = directory + QLatin1Char('/') + kDay;
     const auto isKept = [&file] {
         const auto facts = factsOf(file);
-        return facts && facts->names == 2;
+        const auto log = factsOf(file + QStringLiteral("-wal"));
+        return facts && facts->names == 2 && log && log->names == 2;
     };
     if (!QTest::qWaitFor(isKept, kTimeoutMs)) {
         return false;

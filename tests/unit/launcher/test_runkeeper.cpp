@@ -438,6 +438,7 @@ void TestRunKeeper::filesOfAnotherUserHoldNothingBack_data()
     QTest::addColumn<QString>("foreign");
     QTest::newRow("before its own") << QStringLiteral("SN0_Data");
     QTest::newRow("after its own") << QStringLiteral("SN2_Data");
+    QTest::newRow("beside its own") << QStringLiteral("SN1_Data");
 }
 
 void TestRunKeeper::filesOfAnotherUserHoldNothingBack()
@@ -457,16 +458,18 @@ void TestRunKeeper::filesOfAnotherUserHoldNothingBack()
     QVERIFY(file.open(QIODevice::WriteOnly));
     file.close();
     QVERIFY(::chmod(place.root().toLocal8Bit().constData(), 0777) == 0);
+    QVERIFY(::chmod(directory.toLocal8Bit().constData(), 0777) == 0);
 
     const AsNobody nobody;
     QVERIFY(nobody.isNobody());
-    place.write(kDay, "one");
+    place.write(kNextDay, "one");
     RunKeeper keeper = place.keeper();
     QCOMPARE(keeper.problem(), QString());
     for (int look = 0; look < 2; ++look) {
         keeper.keep(Writer::Running);
         QCOMPARE(keptRunsIn(place.runs()).size(), 1);
         QCOMPARE(place.kept().size(), 1);
+        QCOMPARE(Place::filesIn(place.kept().constFirst()), (QStringList{kNextDay, kFacts}));
         QCOMPARE(
             keeper.problem(),
             QStringLiteral("没有权限为 %1 中的文件建立硬链接，其测量数据没有保留").arg(directory));
