@@ -24,30 +24,38 @@ void FileFaults::beginLook()
 
 void FileFaults::note(const QString& path, const QString& reason)
 {
+    const Clock::time_point now = Clock::now();
     const auto fault = m_faults.find(path);
     if (fault == m_faults.end() || fault->reason != reason) {
-        m_faults.insert(path, {reason, Clock::now()});
-    } else {
+        m_faults.insert(path, {reason, now});
+        return;
+    }
+    fault->isSeen = true;
+    if (!fault->isTold && now - fault->since >= kPatience) {
+        fault->isTold = true;
+        m_news.append(reason);
+    }
+}
+
+void FileFaults::keep(const QString& path)
+{
+    const auto fault = m_faults.find(path);
+    if (fault != m_faults.end()) {
         fault->isSeen = true;
     }
 }
 
 void FileFaults::endLook()
 {
-    const Clock::time_point now = Clock::now();
     for (auto fault = m_faults.begin(); fault != m_faults.end();) {
-        if (!fault->isSeen) {
-            if (fault->isTold && QFileInfo::exists(fault.key())) {
-                m_news.append(QStringLiteral("%1 can be read now.").arg(fault.key()));
-            }
-            fault = m_faults.erase(fault);
+        if (fault->isSeen) {
+            ++fault;
             continue;
         }
-        if (!fault->isTold && now - fault->since >= kPatience) {
-            fault->isTold = true;
-            m_news.append(fault->reason);
+        if (fault->isTold && QFileInfo::exists(fault.key())) {
+            m_news.append(QStringLiteral("%1 can be read now.").arg(fault.key()));
         }
-        ++fault;
+        fault = m_faults.erase(fault);
     }
 }
 

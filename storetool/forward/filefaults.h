@@ -14,10 +14,15 @@ class FileFaults
 public:
     using Clock = std::chrono::steady_clock;
 
-    /// The calls for one look at all files: what is not noted in between is no fault any more.
+    /// The calls for one look at all files: what is neither noted nor kept in between is no fault any more.
     void beginLook();
-    void note(const QString& path, const QString& reason);
     void endLook();
+
+    /// Something could not be read.
+    void note(const QString& path, const QString& reason);
+
+    /// Something was not tried: a fault that it had, it still has.
+    void keep(const QString& path);
 
     /// Why something that is not damaged cannot be read: a folder, or a day file.
     static QString reasonFor(const QString& path);

@@ -107,6 +107,7 @@ void FollowedFiles::lookAt(const QString& path, const StoredRun& run)
     // A kept file that has lost its other name may still be open in the program that wrote it.
     if (!hasRoomFor(path) || (run.isKept && isBeingClosed(path))) {
         m_unopened.insert(path);
+        m_faults.keep(path);
         return;
     }
     openFile(path, run, signature);

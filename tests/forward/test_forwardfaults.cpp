@@ -19,6 +19,9 @@ namespace {
 
 const QString kTo = QStringLiteral("--to");
 
+const QStringList kNobody{QStringLiteral("setpriv"), QStringLiteral("--reuid=65534"),
+                          QStringLiteral("--regid=65534"), QStringLiteral("--clear-groups")};
+
 /// Nobody listens there.
 const QString kNoServer = QStringLiteral("postgresql://127.0.0.1:1/none");
 
@@ -91,6 +94,7 @@ class TestForwardFaults : public ForwardTest
 
 private slots:
     void missingRightIsTold();
+    void missingRightOutlastsACrowd();
     void secondNameIsTold();
     void secondNameWithoutFactsIsFollowedOnce();
     void linkOfABackupIsRefused();
@@ -134,9 +138,7 @@ void TestForwardFaults::missingRightIsTold()
     setMode(m_directory->path(), 0755);
     setMode(path, 0600);
     setMode(closed, 0700);
-    FollowerProcess follower({m_directory->path(), kTo, kNoServer},
-                             {QStringLiteral("setpriv"), QStringLiteral("--reuid=65534"),
-                              QStringLiteral("--regid=65534"), QStringLiteral("--clear-groups")});
+    FollowerProcess follower({m_directory->path(), kTo, kNoServer}, kNobody);
     const auto says = [&follower](const QString& sentence) {
         return follower.errors().count(sentence + QLatin1Char('\n')) == 1;
     };
@@ -149,6 +151,28 @@ void TestForwardFaults::missingRightIsTold()
     QTRY_VERIFY_WITH_TIMEOUT(says(path + QStringLiteral(" can be read now.")), kForwardPatienceMs);
     QTRY_VERIFY_WITH_TIMEOUT(says(closed + QStringLiteral(" can be read now.")),
                              kForwardPatienceMs);
+}
+
+/// More old files come than are opened at a time, and the server takes none of them.
+void TestForwardFaults::missingRightOutlastsACrowd()
+{
+    constexpr int kFiles = 18;
+    if (::geteuid() != 0) {
+        SCN_SKIP(QStringLiteral("only root can become somebody else"));
+    }
+    const QString path = file(QStringLiteral("MY1"), QStringLiteral("20260101.db"));
+    writer(path);
+    setMode(m_directory->path(), 0755);
+    setMode(path, 0600);
+    FollowerProcess follower({m_directory->path(), kTo, kNoServer}, kNobody);
+    const QString sentence = QStringLiteral("There is no right to read %1.\n").arg(path);
+    QTRY_COMPARE_WITH_TIMEOUT(follower.errors().count(sentence), 1, kForwardPatienceMs);
+    for (int i = 0; i < kFiles; ++i) {
+        writer(file(QStringLiteral("MY1"), QStringLiteral("202601%1.db").arg(31 - i)));
+    }
+    constexpr int kSomeLooksMs = 4000;
+    QTest::qWait(kSomeLooksMs);
+    QCOMPARE(follower.errors().count(path), 1);
 }
 
 void TestForwardFaults::secondNameIsTold()
