@@ -73,9 +73,9 @@ private:
     QString separator() const;
     QString identity(const StoredRun& run) const;
     QMap<QString, QString> header(const StoredRun& run, const TimeSelection& times) const;
-    int exportRun(const StoredRun& run, const RunBounds& bounds) const;
-    int writeParts(const ExportJob& job, const QString& identity) const;
-    int writeOutput(const ExportJob& job) const;
+    int exportRun(const OpenRun& open, const RunBounds& bounds) const;
+    int writeParts(const ExportJob& job, const OpenRun& open) const;
+    int writeOutput(const ExportJob& job, const OpenRun& open) const;
 
     const QCommandLineParser& m_parser;
     const ExportOptions& m_options;
@@ -87,7 +87,7 @@ int failExport(ExitCode code, const QString& sentence)
 }
 
 /// The exit code of an export, after a sentence if it has failed. `place` is where it wrote to.
-int endOf(ExportResult result, const QString& place)
+int endOf(ExportResult result, const OpenRun& open, const QString& place)
 {
     switch (result) {
     case ExportSuccess:
@@ -104,9 +104,11 @@ int endOf(ExportResult result, const QString& place)
     case ExportDbError:
         break;
     }
-    return failExport(kDamaged,
-                      QStringLiteral("the run cannot be read to its end: it is damaged, or was "
-                                     "deleted meanwhile. 'scn4070a-store check' tells more."));
+    if (const std::optional<QString> excuse = open.excuse()) {
+        return failExport(kFailed, *excuse);
+    }
+    return failExport(kDamaged, QStringLiteral("the run cannot be read to its end: it is damaged. "
+                                               "'scn4070a-store check' tells more."));
 }
 
 QString ExportCall::separator() const
@@ -160,11 +162,12 @@ int ExportCall::run() const
     if (!bounds->hasReadings()) {
         return failExport(kFailed, QStringLiteral("the run has no readings."));
     }
-    return exportRun(open->run(), *bounds);
+    return exportRun(*open, *bounds);
 }
 
-int ExportCall::exportRun(const StoredRun& run, const RunBounds& bounds) const
+int ExportCall::exportRun(const OpenRun& open, const RunBounds& bounds) const
 {
+    const StoredRun& run = open.run();
     QString sentence;
     RunStore store(run);
     const std::optional<QList<int>> curves =
@@ -176,17 +179,17 @@ int ExportCall::exportRun(const StoredRun& run, const RunBounds& bounds) const
         return failExport(kFailed, sentence);
     }
     const ExportJob job{store.store(), *curves, *times, separator(), header(run, *times)};
-    return m_parser.isSet(m_options.parts) ? writeParts(job, identity(run)) : writeOutput(job);
+    return m_parser.isSet(m_options.parts) ? writeParts(job, open) : writeOutput(job, open);
 }
 
-int ExportCall::writeParts(const ExportJob& job, const QString& identity) const
+int ExportCall::writeParts(const ExportJob& job, const OpenRun& open) const
 {
     const QString folder = value(m_options.parts);
-    return endOf(exportToParts(job, exportFilePath(folder, identity, value(m_options.name))),
-                 folder);
+    const QString path = exportFilePath(folder, identity(open.run()), value(m_options.name));
+    return endOf(exportToParts(job, path), open, folder);
 }
 
-int ExportCall::writeOutput(const ExportJob& job) const
+int ExportCall::writeOutput(const ExportJob& job, const OpenRun& open) const
 {
     OutputFile output(value(m_options.output));
     const QString place =
@@ -202,7 +205,7 @@ int ExportCall::writeOutput(const ExportJob& job) const
         return kFailed;
     }
     if (result != ExportSuccess || output.finish()) {
-        return endOf(result, place);
+        return endOf(result, open, place);
     }
     return failExport(kFailed,
                       QStringLiteral("%1 cannot be written: %2.").arg(place, output.failure()));

@@ -9,7 +9,6 @@
 #include "storetool/runs/openrun.h"
 #include "storetool/runs/runoutput.h"
 #include "storetool/runs/runstore.h"
-#include "storetool/runs/runwatch.h"
 #include "storetool/runs/selection.h"
 
 #include <QRegularExpression>
@@ -84,10 +83,10 @@ public:
 private:
     QString value(const QCommandLineOption& option) const { return m_parser.value(option); }
     int openAndDraw() const;
-    int drawRun(const StoredRun& run, const RunBounds& bounds, const RunWatch& watch) const;
+    int drawRun(const OpenRun& open, const RunBounds& bounds) const;
     bool chooseCurves(const QMap<int, QString>& curves, QStringList& chosen,
                       QString& sentence) const;
-    int draw(ChartPicture& picture, const RunWatch& watch, const QString& title) const;
+    int draw(ChartPicture& picture, const OpenRun& open, const QString& title) const;
     int write(const QByteArray& bytes) const;
 
     const QCommandLineParser& m_parser;
@@ -138,7 +137,7 @@ int PlotCall::openAndDraw() const
     if (!bounds->hasReadings()) {
         return failPlot(kFailed, QStringLiteral("the run has no readings."));
     }
-    return drawRun(open->run(), *bounds, open->watch());
+    return drawRun(*open, *bounds);
 }
 
 /// The rows of a chart: each curve once, in the order of the list.
@@ -170,8 +169,9 @@ bool PlotCall::chooseCurves(const QMap<int, QString>& curves, QStringList& chose
     return true;
 }
 
-int PlotCall::drawRun(const StoredRun& run, const RunBounds& bounds, const RunWatch& watch) const
+int PlotCall::drawRun(const OpenRun& open, const RunBounds& bounds) const
 {
+    const StoredRun& run = open.run();
     QString sentence;
     RunStore store(run);
     PictureContent content;
@@ -186,12 +186,12 @@ int PlotCall::drawRun(const StoredRun& run, const RunBounds& bounds, const RunWa
     content.end = times->end;
     applyPictureStyle(m_parser.isSet(m_options.light) ? PictureStyle::Light : PictureStyle::Dark);
     ChartPicture picture(store.store(), content, m_size);
-    return draw(picture, watch,
+    return draw(picture, open,
                 QStringLiteral("%1 %2").arg(
                     run.serial, timeText(QDateTime::fromMSecsSinceEpoch(content.start))));
 }
 
-int PlotCall::draw(ChartPicture& picture, const RunWatch& watch, const QString& title) const
+int PlotCall::draw(ChartPicture& picture, const OpenRun& open, const QString& title) const
 {
     if (!picture.hasRoom()) {
         return failPlot(kFailed, QStringLiteral("a picture of %1 is too small for these curves.")
@@ -200,10 +200,12 @@ int PlotCall::draw(ChartPicture& picture, const RunWatch& watch, const QString& 
     if (!picture.load(isInterrupted)) {
         return failPlot(kFailed, kInterrupted);
     }
-    if (!picture.isWhole() || !watch.isUnbroken()) {
-        return failPlot(kDamaged,
-                        QStringLiteral("the run cannot be read to its end: it is damaged, or was "
-                                       "deleted meanwhile. 'scn4070a-store check' tells more."));
+    if (!picture.isWhole() || !open.watch().isUnbroken()) {
+        const std::optional<QString> excuse = open.excuse();
+        return excuse ? failPlot(kFailed, *excuse)
+                      : failPlot(kDamaged, QStringLiteral("the run cannot be read to its end: it "
+                                                          "is damaged. 'scn4070a-store check' "
+                                                          "tells more."));
     }
     if (!picture.hasReadings()) {
         return failPlot(kFailed, QStringLiteral("no reading lies in that time."));

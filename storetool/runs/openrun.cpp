@@ -2,6 +2,7 @@
 
 #include "storetool/console/console.h"
 #include "storetool/console/interrupt.h"
+#include "storetool/runs/runbounds.h"
 #include "storetool/runs/runfinder.h"
 
 namespace scnstore {
@@ -11,6 +12,13 @@ OpenRun::OpenRun(const StoredRun& run)
     , m_watch(run)
     , m_sideFiles(run)
 {
+}
+
+std::optional<QString> OpenRun::excuse() const
+{
+    BoundsFailure failure;
+    const bool isReadable = boundsOf(m_run, failure).has_value();
+    return m_watch.excuseFor(!isReadable && failure.metLock);
 }
 
 void addRunArgument(QCommandLineParser& parser)

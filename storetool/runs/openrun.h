@@ -9,6 +9,7 @@
 #include <QString>
 
 #include <memory>
+#include <optional>
 
 namespace scnstore {
 
@@ -22,6 +23,9 @@ public:
     const StoredRun& run() const { return m_run; }
 
     const RunWatch& watch() const { return m_watch; }
+
+    /// After a read that failed: RunWatch's excuse for it, with a look whether the files are locked.
+    std::optional<QString> excuse() const;
 
 private:
     StoredRun m_run;

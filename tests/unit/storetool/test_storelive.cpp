@@ -22,6 +22,18 @@ bool holdsOpen(const QProcess& process, const QString& path)
                        [&path](const QFileInfo& file) { return file.symLinkTarget() == path; });
 }
 
+/// Makes the first file one that takes a while to be read.
+void lengthen(const RunScene& scene)
+{
+    scene.change(
+        "20260112",
+        QStringLiteral("INSERT OR IGNORE INTO %1 (curve_id, timestamp, value) WITH RECURSIVE "
+                       "n(i) AS (SELECT 1 UNION ALL SELECT i + 1 FROM n LIMIT "
+                       "2000000) SELECT 1, %2 + i, i FROM n")
+            .arg(kTable)
+            .arg(localTime("2026-01-12 12:00:00.000")));
+}
+
 } // namespace
 
 /// A run that is being written meanwhile, by a writer that does not wait for anybody.
@@ -36,6 +48,7 @@ private slots:
     void runThatIsDeletedMeanwhileIsNoCrash();
     void runThatIsDeletedMeanwhileIsNotDamaged();
     void lockedRunIsNotDamaged();
+    void runThatIsLockedMeanwhileIsNotDamaged();
 };
 
 void TestStoreLive::writerMeetsNoLock_data()
@@ -134,28 +147,22 @@ void TestStoreLive::runThatIsDeletedMeanwhileIsNoCrash()
 
 void TestStoreLive::runThatIsDeletedMeanwhileIsNotDamaged()
 {
-    for (const char* command : {"info", "check"}) {
+    for (const char* command : {"info", "check", "export -o run.csv", "plot -o run.svg"}) {
+        const QStringList call = QString::fromLatin1(command).split(QLatin1Char(' '));
         const RunScene scene;
         scene.addDay("20260112", 1000);
         scene.addDay("20260113", 1000);
-        // The first file is read until the other is gone.
-        scene.change(
-            "20260112",
-            QStringLiteral("INSERT OR IGNORE INTO %1 (curve_id, timestamp, value) WITH RECURSIVE "
-                           "n(i) AS (SELECT 1 UNION ALL SELECT i + 1 FROM n LIMIT "
-                           "2000000) SELECT 1, %2 + i, i FROM n")
-                .arg(kTable)
-                .arg(localTime("2026-01-12 12:00:00.000")));
+        lengthen(scene); // read until the other is gone
         QProcess process;
-        process.start(QStringLiteral(SCN_STORE),
-                      {QString::fromLatin1(command), scene.dataDirectory()});
+        process.setWorkingDirectory(scene.folder());
+        process.start(QStringLiteral(SCN_STORE), call + QStringList{scene.dataDirectory()});
         QTRY_VERIFY(holdsOpen(process, scene.dayFile("20260112")));
         scene.clear();
         QVERIFY(process.waitForFinished(kPatienceMs));
         QCOMPARE(process.exitCode(), 1);
         QCOMPARE(process.readAllStandardOutput(), QByteArray());
         QCOMPARE(process.readAllStandardError(),
-                 QByteArray("scn4070a-store: ") + command +
+                 "scn4070a-store: " + call.first().toUtf8() +
                      ": the run was deleted meanwhile. 'scn4070a-store list' shows where it is "
                      "kept.\n");
     }
@@ -178,6 +185,29 @@ void TestStoreLive::lockedRunIsNotDamaged()
     QCOMPARE(list.exitCode, 0);
     QVERIFY2(list.output.contains("\"refused\": \"another program has locked"),
              list.output.constData());
+}
+
+void TestStoreLive::runThatIsLockedMeanwhileIsNotDamaged()
+{
+    for (const char* command : {"export -o run.csv", "plot -o run.svg"}) {
+        const QStringList call = QString::fromLatin1(command).split(QLatin1Char(' '));
+        const RunScene scene;
+        scene.addDay("20260112", 1000);
+        scene.addDay("20260113", 1000);
+        lengthen(scene);
+        DayFileWriter writer(scene.dayFile("20260113"));
+        QProcess process;
+        process.setWorkingDirectory(scene.folder());
+        process.start(QStringLiteral(SCN_STORE), call + QStringList{scene.dataDirectory()});
+        QTRY_VERIFY(holdsOpen(process, scene.dayFile("20260112")));
+        writer.execute(QStringLiteral("BEGIN EXCLUSIVE"));
+        QVERIFY(process.waitForFinished(kPatienceMs));
+        QCOMPARE(process.readAllStandardError(),
+                 "scn4070a-store: " + call.first().toUtf8() +
+                     ": another program has locked the run's files. Try again.\n");
+        QCOMPARE(process.exitCode(), 1);
+        QVERIFY(!QFile::exists(scene.folder() + QLatin1Char('/') + call.last()));
+    }
 }
 
 SCN_TEST(TestStoreLive, QCoreApplication)
