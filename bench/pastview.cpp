@@ -19,6 +19,8 @@
 #include <QFile>
 #include <QLoggingCategory>
 
+#include <sys/resource.h>
+
 #include <algorithm>
 #include <cstddef>
 #include <cstdio>
@@ -78,6 +80,14 @@ bool report(const QByteArray& what, const TimeTaken& time, double limit)
     std::printf("%-56s %6.1f ms, limit %.0f: %s (processor %.1f)\n", what.constData(), time.ms,
                 limit, isKept ? "kept" : "ABOVE", time.processorMs);
     return isKept;
+}
+
+/// Of this process so far.
+double largestMemoryMb()
+{
+    rusage usage = {};
+    getrusage(RUSAGE_SELF, &usage);
+    return static_cast<double>(usage.ru_maxrss) / 1024.0; // the system counts in KB
 }
 
 double longestOf(const std::vector<TimeTaken>& times, double TimeTaken::*part)
@@ -172,7 +182,9 @@ int main(int argc, char** argv)
     const QString day = directoryOf("day", 1, 100);
     bool allKept = viewDay(day, 8);
     viewDay(day, 16); // for comparison
+    std::printf("    largest memory %.0f MB\n", largestMemoryMb());
     allKept = viewWeek(directoryOf("week", 7, 1000)) && allKept;
+    std::printf("    largest memory %.0f MB\n", largestMemoryMb());
     ConnectionPool::instance().closeForExit(QDeadlineTimer(2000));
     return allKept ? 0 : 1;
 }
