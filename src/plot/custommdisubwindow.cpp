@@ -202,10 +202,9 @@ void CustomMdiSubWindow::onMinimizeToTitleBar()
 void CustomMdiSubWindow::buildShell(const QString& iconPath)
 {
     m_holder = new QWidget(this);
-    // The window's transparency is inherited by popup lists and tool tips, which have nothing behind them.
+    // The window's transparency is inherited by popup lists, which have nothing behind them.
     m_holder->setStyleSheet(QStringLiteral("QComboBoxPrivateContainer, QComboBox QAbstractItemView "
-                                           "{ background-color: #19232D; border-radius: 0; } "
-                                           "QToolTip { background-color: #346792; }"));
+                                           "{ background-color: #19232D; border-radius: 0; }"));
     m_holderLayout = new QVBoxLayout(m_holder);
     m_holderLayout->setContentsMargins(0, 0, 0, 0);
     m_holderLayout->setSpacing(0);

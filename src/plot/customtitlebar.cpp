@@ -36,6 +36,9 @@ CustomTitleBar::CustomTitleBar(const QString& iconPath, QWidget* parent)
     , m_closeButton(makeButton(QStringLiteral(":/dark/window_close.png"), tr("关闭")))
 {
     assertGuiThread();
+    // The window's transparency is inherited by tool tips, which have nothing behind them. The same rule for the
+    // whole window makes a chart open half as slowly again.
+    setStyleSheet(QStringLiteral("QToolTip { background-color: #346792; }"));
     setMinimumHeight(kMinimumHeight);
 
     m_iconLabel->setPixmap(titleIcon(iconPath));
