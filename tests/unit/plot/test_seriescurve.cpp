@@ -82,18 +82,18 @@ QByteArray recorded(const QwtPlotCurve& curve)
     return QByteArray(picture.data(), static_cast<int>(picture.size()));
 }
 
-/// The library's curve and ours with the same samples.
+/// The curve of Qwt and ours with the same samples.
 struct TwoCurves
 {
     TwoCurves(const QPen& pen, const QVector<QPointF>& samples)
     {
-        for (QwtPlotCurve* curve : {&library, static_cast<QwtPlotCurve*>(&quick)}) {
+        for (QwtPlotCurve* curve : {&qwt, static_cast<QwtPlotCurve*>(&quick)}) {
             curve->setPen(pen);
             curve->setSamples(samples);
         }
     }
 
-    QwtPlotCurve library;
+    QwtPlotCurve qwt;
     scn::SeriesCurve quick;
 };
 
@@ -163,7 +163,7 @@ QVector<QPointF> denseSamples(QRandomGenerator& random)
 
 Q_DECLARE_METATYPE(SetUp)
 
-/// The curve against the library's, pixel by pixel.
+/// The curve against that of Qwt, pixel by pixel.
 class TestSeriesCurve : public QObject
 {
     Q_OBJECT
@@ -212,7 +212,7 @@ void TestSeriesCurve::paintsTheSamePixels()
 {
     QFETCH(QVector<QPointF>, samples);
     const TwoCurves curves(QPen(Qt::red, 0.0), samples);
-    QCOMPARE(painted(curves.quick, View()), painted(curves.library, View()));
+    QCOMPARE(painted(curves.quick, View()), painted(curves.qwt, View()));
 }
 
 void TestSeriesCurve::paintsTheSamePixelsOfRandomCurves_data()
@@ -238,7 +238,7 @@ void TestSeriesCurve::paintsTheSamePixelsOfRandomCurves()
             view.bottom = random.bounded(80.0);
             view.top = view.bottom + std::pow(10.0, random.bounded(5.0) - 3.0);
         }
-        const QImage expected = painted(curves.library, view);
+        const QImage expected = painted(curves.qwt, view);
         drawn += drawnPixels(expected);
         QVERIFY2(painted(curves.quick, view) == expected,
                  qPrintable(QStringLiteral("curve %1").arg(i)));
@@ -277,9 +277,9 @@ void TestSeriesCurve::leavesOtherLinesToTheLibrary()
     QFETCH(QBrush, brush);
     QFETCH(SetUp, setUp);
     TwoCurves curves(pen, oscillation());
-    curves.library.setBrush(brush);
+    curves.qwt.setBrush(brush);
     curves.quick.setBrush(brush);
-    QCOMPARE(painted(curves.quick, View(), setUp), painted(curves.library, View(), setUp));
+    QCOMPARE(painted(curves.quick, View(), setUp), painted(curves.qwt, View(), setUp));
 }
 
 /// On a fine screen a line of width 1 is more than a pixel wide, one of width 0 or a cosmetic one is not.
@@ -299,7 +299,7 @@ void TestSeriesCurve::paintsTheSamePixelsOnAFineScreen()
     for (int i = 0; i < 20; ++i) {
         const TwoCurves curves(pen, denseSamples(random));
         QCOMPARE(painted(curves.quick, View(), {}, kRatio),
-                 painted(curves.library, View(), {}, kRatio));
+                 painted(curves.qwt, View(), {}, kRatio));
     }
 }
 
@@ -310,7 +310,7 @@ void TestSeriesCurve::paintsTheSamePixelsOfUnsplitLines()
     bool isSame = true;
     for (int i = 0; i < 20; ++i) {
         const TwoCurves curves(QPen(Qt::red, 0.0), denseSamples(random));
-        isSame = isSame && painted(curves.quick, View()) == painted(curves.library, View());
+        isSame = isSame && painted(curves.quick, View()) == painted(curves.qwt, View());
     }
     QwtPainter::setPolylineSplitting(true);
     QVERIFY(isSame);
@@ -319,7 +319,7 @@ void TestSeriesCurve::paintsTheSamePixelsOfUnsplitLines()
 void TestSeriesCurve::leavesWhatIsNoRasterToTheLibrary()
 {
     const TwoCurves curves(QPen(Qt::red, 0.0), oscillation());
-    QCOMPARE(recorded(curves.quick), recorded(curves.library));
+    QCOMPARE(recorded(curves.quick), recorded(curves.qwt));
 }
 
 void TestSeriesCurve::emptyCurvePaintsNothing()
